@@ -1,0 +1,16 @@
+# What every target of ours is compiled with.
+add_library(ruvo_options INTERFACE)
+target_include_directories(ruvo_options INTERFACE ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR})
+target_compile_options(ruvo_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+
+# ruvo_room(NAME SOURCES file... USES room...): one static library per room. USES names the rooms that
+# this one may call; a call to any other room then fails at link time.
+function(ruvo_room name)
+    cmake_parse_arguments(ROOM "" "" "SOURCES;USES" ${ARGN})
+    add_library(ruvo_${name} STATIC ${ROOM_SOURCES})
+    target_link_libraries(ruvo_${name} PUBLIC ruvo_options)
+    foreach(used IN LISTS ROOM_USES)
+        target_link_libraries(ruvo_${name} PUBLIC ruvo_${used})
+    endforeach()
+endfunction()

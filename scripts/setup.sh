@@ -1,0 +1,42 @@
+#!/usr/bin/env bash
+# Installs what building and testing need on Debian 12, and nothing that is there already.
+#   scripts/setup.sh            what scripts/demo.sh and scripts/test.sh need
+#   scripts/setup.sh checks     the linters, sanitizer runtimes and valgrind as well (scripts/check.sh)
+set -euo pipefail
+
+packages=(g++ cmake ninja-build pkg-config
+    libtomlplusplus-dev # substation files
+    libgtest-dev        # tests
+    libbenchmark-dev)   # benchmarks
+
+for extra in "$@"; do
+    case "$extra" in
+    checks) packages+=(clang clang-format clang-tidy cppcheck libclang-rt-14-dev valgrind) ;;
+    *)
+        echo "setup.sh: unknown set '$extra' (known: checks)" >&2
+        exit 2
+        ;;
+    esac
+done
+
+missing=()
+for package in "${packages[@]}"; do
+    [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || missing+=("$package")
+done
+[ ${#missing[@]} -gt 0 ] || exit 0
+
+root=()
+if [ "$(id -u)" -ne 0 ]; then
+    command -v sudo >/dev/null || { echo "setup.sh: must install ${missing[*]}: run it as root" >&2; exit 1; }
+    root=(sudo)
+fi
+echo "Installing: ${missing[*]}"
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+export DEBIAN_FRONTEND=noninteractive
+if ! { "${root[@]}" apt-get update && "${root[@]}" apt-get install -y --no-install-recommends "${missing[@]}"; } \
+    >"$log" 2>&1; then
+    cat "$log" >&2
+    echo "setup.sh: installing failed" >&2
+    exit 1
+fi

@@ -1,0 +1,116 @@
+#include "paths/path_utilities.h"
+
+#include "platform/files.h"
+#include "platform/modules.h"
+
+namespace ruvo {
+
+namespace {
+
+constexpr const char* kForbidden = "/*?\"<>|";
+constexpr const char* kSeparators = "\\/";
+
+bool StartsWithDriveRoot(const std::string& path) {
+    const bool letter = (path[0] >= 'A' && path[0] <= 'Z') || (path[0] >= 'a' && path[0] <= 'z');
+    return letter && path[1] == ':' && path[2] == '\\';
+}
+
+} // namespace
+
+SPathParts SplitPath(const std::string& path) {
+    const std::size_t drive = path.size() >= 2 && path[1] == ':' ? 2 : 0;
+    const std::size_t separator = path.find_last_of(kSeparators);
+    const std::size_t name = separator == std::string::npos ? drive : separator + 1;
+    const std::size_t dot = path.find_last_of('.');
+    const std::size_t extension = dot == std::string::npos || dot < name ? path.size() : dot;
+    return {path.substr(0, drive), path.substr(drive, name - drive), path.substr(name, extension - name),
+            path.substr(extension)};
+}
+
+bool HasForbiddenCharacter(const std::string& path) {
+    return path.find_first_of(kForbidden) != std::string::npos;
+}
+
+void StripTrailingSeparators(std::string& path) {
+    path.erase(path.find_last_not_of(kSeparators) + 1);
+}
+
+bool DirectoryExists(const std::string& path) {
+    std::string folder = path;
+    StripTrailingSeparators(folder);
+    const EPathKind kind = GetPathKind(folder);
+    return kind == EPathKind::Missing ? IsDriveRoot(folder) : kind == EPathKind::Folder;
+}
+
+bool IsExistingFile(const std::string& path) {
+    return GetPathKind(path) == EPathKind::File;
+}
+
+bool MakeDirectory(const std::string& path) {
+    std::string folder = path;
+    StripTrailingSeparators(folder);
+    if (folder.empty()) {
+        return false;
+    }
+    // What counts is that the folder is there: another process may make it at the same moment.
+    if (!DirectoryExists(folder)) {
+        MakeFolder(folder);
+    }
+    return DirectoryExists(folder);
+}
+
+bool CreateDirectoryPath(const std::string& path, std::string& firstCreated) {
+    if (DirectoryExists(path)) {
+        return true;
+    }
+    std::string folder = path;
+    folder.erase(folder.find_last_not_of('\\') + 1);
+    if (folder.empty() || HasForbiddenCharacter(path) || IsExistingFile(path)) {
+        return false;
+    }
+    bool created = false;
+    for (std::size_t end = 0; end != std::string::npos;) {
+        end = folder.find('\\', end + 1);
+        const std::string prefix = folder.substr(0, end);
+        if (DirectoryExists(prefix)) {
+            continue;
+        }
+        if (!MakeDirectory(prefix)) {
+            return false;
+        }
+        firstCreated = created ? firstCreated : prefix;
+        created = true;
+    }
+    return true;
+}
+
+bool RemoveFolderTree(const std::string& folder) {
+    std::vector<SFolderEntry> entries;
+    if (!ListFolder(folder, entries)) {
+        return false;
+    }
+    for (const SFolderEntry& entry : entries) {
+        if (entry.isFolder && !RemoveFolderTree(folder + "\\" + entry.name)) {
+            return false;
+        }
+    }
+    return RemoveEmptyFolder(folder);
+}
+
+bool CopyFileStrict(const std::string& source, const std::string& destination) {
+    return CopyToNewFile(source, destination) && IsExistingFile(destination);
+}
+
+std::string TempFolder() {
+    return TemporaryFolder();
+}
+
+std::string AbsoluteFromProgramFolder(const std::string& path) {
+    if (path.size() >= 3 && (path.starts_with("\\\\") || StartsWithDriveRoot(path))) {
+        return path;
+    }
+    const std::string program = ProgramPath();
+    return program.substr(0, program.find_last_of('\\')) + "\\" + path;
+}
+
+} // namespace ruvo

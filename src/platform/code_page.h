@@ -1,0 +1,16 @@
+// Texts that came from a relay are code page 1252 inside the program; here they become UTF-8.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace ruvo {
+
+/// Code page 1252 to UTF-8, byte for byte; the five bytes without a character become U+FFFD.
+std::string Cp1252ToUtf8(std::string_view text);
+
+/// A relay's text in the system's own narrow encoding (UTF-8 on POSIX, code page 1252 on Windows), as it may
+/// stand in a path or a log line: control characters become blanks.
+std::string NativeRelayText(std::string_view cp1252);
+
+} // namespace ruvo

@@ -1,0 +1,12 @@
+// The debugger output stream. On POSIX RUVO_DEBUG_OUTPUT says where it goes: unset, nowhere; "stderr",
+// standard error; any other text, the file of that name, appended.
+#pragma once
+
+#include <string>
+
+namespace ruvo {
+
+/// Writes the text as it is, in one piece. Never fails.
+void WriteDebugOutput(const std::string& text) noexcept;
+
+} // namespace ruvo

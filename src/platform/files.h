@@ -1,0 +1,112 @@
+// Files and folders. Path texts are Windows-form ("C:\srv\ev"); see full_path.h for what that means on POSIX.
+// Nothing here throws or logs; a failure is a value.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace ruvo {
+
+/// Why a file operation failed, as far as callers tell failures apart.
+enum class EFileFailure : std::uint8_t {
+    None,
+    Other,
+    NotFound,         ///< no such file
+    BadPath,          ///< a folder of the path is missing or is no folder
+    TooManyOpenFiles, ///< the process or the system has no handle left
+    AccessDenied,
+    BadDescriptor, ///< the handle is not (or no longer) valid
+    SharingViolation,
+    DiskFull, ///< also a quota or a file-size limit
+};
+
+/// Outcome of a file operation: what kind of failure, and the system's own code behind it.
+struct [[nodiscard]] SFileResult {
+    EFileFailure failure = EFileFailure::None;
+    long systemCode = 0;
+
+    bool Good() const { return failure == EFileFailure::None; }
+};
+
+/// The system's text for one of its error codes, without a line end.
+std::string SystemErrorText(long systemCode);
+
+/// How to open a file. The file is always opened in binary mode.
+struct SOpenMode {
+    bool read = false;
+    bool write = false;
+    bool create = false;   ///< make the file when it is missing
+    bool truncate = false; ///< cut an existing file to nothing
+};
+
+enum class ESeekOrigin : std::uint8_t { Start = 0, Current = 1, End = 2 };
+
+/// One open file, unbuffered. Not copyable; the destructor closes without reporting.
+class CFile {
+public:
+    CFile();
+    CFile(const CFile&) = delete;
+    CFile& operator=(const CFile&) = delete;
+    ~CFile();
+
+    SFileResult Open(const std::string& path, SOpenMode mode);
+    bool IsOpen() const;
+
+    /// Length in bytes; the position is kept.
+    SFileResult GetLength(std::uint64_t& length);
+    SFileResult Seek(std::int64_t offset, ESeekOrigin origin, std::uint64_t& position);
+    /// Reads at most the span's size; `count` is what came, 0 at the end of the file.
+    SFileResult Read(std::span<std::uint8_t> buffer, std::size_t& count);
+    /// Writes at the position. On failure `count` says how many bytes reached the file all the same.
+    SFileResult Write(std::span<const std::uint8_t> bytes, std::size_t& count);
+    /// Cuts (or extends with zeros) to `length` bytes.
+    SFileResult SetLength(std::uint64_t length);
+    /// Returns when the bytes written are on the disk, not just in the system's cache.
+    SFileResult FlushToDisk();
+    /// Closes; a closed file stays closed whatever the result.
+    SFileResult Close();
+
+private:
+    struct SHandle;
+    std::unique_ptr<SHandle> m_handle;
+};
+
+enum class EPathKind : std::uint8_t { Missing, File, Folder };
+
+/// What stands at the path; Missing when it cannot be examined at all.
+EPathKind GetPathKind(const std::string& path);
+/// True when the path is the root of a removable, fixed, remote, CD-ROM or RAM drive.
+bool IsDriveRoot(const std::string& path);
+
+/// Makes one folder; its parent must exist.
+bool MakeFolder(const std::string& path);
+/// Removes one folder, which must be empty.
+bool RemoveEmptyFolder(const std::string& path);
+/// Deletes one file.
+bool RemoveFile(const std::string& path);
+/// Copies a file; fails when the destination exists.
+bool CopyToNewFile(const std::string& source, const std::string& destination);
+/// Makes an empty file with a unique name that begins with `prefix` in `folder`; its path, or empty on
+/// failure.
+std::string MakeUniqueFile(const std::string& folder, const std::string& prefix);
+/// Makes the folder's own entries (a file just created in it) durable, where the system needs that.
+void FlushFolder(const std::string& folder);
+
+struct SFolderEntry {
+    std::string name;
+    bool isFolder = false; ///< a link to a folder is no folder here: it is never followed
+};
+/// Lists a folder without "." and ".."; false when it cannot be read.
+bool ListFolder(const std::string& folder, std::vector<SFolderEntry>& entries);
+
+/// The folder for temporary files, ending in a backslash; empty when there is none.
+std::string TemporaryFolder();
+/// The working directory; empty when it cannot be had.
+std::string CurrentFolder();
+bool SetCurrentFolder(const std::string& folder);
+
+} // namespace ruvo

@@ -1,0 +1,18 @@
+// Full paths. Path texts are Windows-form everywhere in the program. On POSIX drive C: is the root "/",
+// "\" and "/" are both separators on the way in, and "\" stands in what comes out: /srv/ev is C:\srv\ev.
+// Other drives and network names do not exist there.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace ruvo {
+
+/// Longest path text that the program forms or takes, its ending NUL included.
+inline constexpr std::size_t kMaxPath = 260;
+
+/// The full path of a text relative to the current folder, as the system's own full-path function forms it.
+/// Empty when the text is empty or blank, or when the result would have kMaxPath characters or more.
+std::string FullPath(const std::string& path);
+
+} // namespace ruvo

@@ -1,0 +1,146 @@
+#include "platform/full_path_text.h"
+
+#include <algorithm>
+#include <cctype>
+#include <vector>
+
+namespace ruvo {
+
+namespace {
+
+constexpr std::string_view kBlanksAndDots = " .";
+
+// A path on its way to being full: the root that ".." cannot leave, and the names below it.
+struct SForming {
+    std::string root; // ends with a separator, except for a server without a share
+    std::vector<std::string> names;
+    bool endsWithSeparator = false;
+};
+
+std::string WithBackslashes(std::string_view path) {
+    std::string text(path);
+    std::ranges::replace(text, '/', '\\');
+    return text;
+}
+
+bool HasDrive(std::string_view path) {
+    return path.size() >= 2 && path[1] == ':' && std::isalpha(static_cast<unsigned char>(path[0])) != 0;
+}
+
+bool IsSameDrive(std::string_view left, std::string_view right) {
+    return HasDrive(left) && HasDrive(right) &&
+           std::toupper(static_cast<unsigned char>(left[0])) ==
+               std::toupper(static_cast<unsigned char>(right[0]));
+}
+
+// Takes one name off the front of `rest`; `separated` says whether a separator ended it.
+std::string_view NextName(std::string_view& rest, bool& separated) {
+    const std::size_t end = rest.find('\\');
+    separated = end != std::string_view::npos;
+    const std::string_view name = rest.substr(0, end);
+    rest.remove_prefix(separated ? end + 1 : rest.size());
+    return name;
+}
+
+// Network and device paths: "\\server\share\" or "\\?\" is the root.
+SForming StartAtServer(std::string_view& rest) {
+    SForming forming{"\\\\", {}, false};
+    rest.remove_prefix(2);
+    const bool device = rest.starts_with("?\\") || rest.starts_with(".\\");
+    for (int part = 0; part < (device ? 1 : 2) && !rest.empty(); ++part) {
+        bool separated = false;
+        forming.root += NextName(rest, separated);
+        forming.root += separated ? "\\" : "";
+    }
+    return forming;
+}
+
+SForming StartAtFolder(std::string_view folder) {
+    SForming forming{std::string(folder.substr(0, 2)) + "\\", {}, false};
+    std::string_view rest = folder.substr(std::min<std::size_t>(folder.size(), 3));
+    while (!rest.empty()) {
+        bool separated = false;
+        const std::string_view name = NextName(rest, separated);
+        if (!name.empty()) {
+            forming.names.emplace_back(name);
+        }
+    }
+    return forming;
+}
+
+// Takes what names the starting point off the path. The current folder's names are taken as they are: they
+// are a folder that exists, whatever they end with.
+SForming TakeStart(std::string_view& path, std::string_view currentFolder) {
+    if (path.starts_with("\\\\")) {
+        return StartAtServer(path);
+    }
+    if (path.starts_with('\\')) {
+        return SForming{std::string(currentFolder.substr(0, 2)) + "\\", {}, false};
+    }
+    if (!HasDrive(path)) {
+        return StartAtFolder(currentFolder);
+    }
+    const std::string_view drive = path.substr(0, 2);
+    path.remove_prefix(2);
+    if (path.starts_with('\\') || !IsSameDrive(drive, currentFolder)) {
+        return SForming{std::string(drive) + "\\", {}, false};
+    }
+    SForming forming = StartAtFolder(currentFolder);
+    forming.endsWithSeparator = path.empty();
+    return forming;
+}
+
+// A folder's name loses one dot at its end, the last name of a path all its dots and blanks. A folder's name
+// of dots alone is kept: with one dot less it would climb.
+std::string_view TrimName(std::string_view name, bool separated) {
+    if (!separated) {
+        return name.substr(0, name.find_last_not_of(kBlanksAndDots) + 1);
+    }
+    const bool dotsAlone = name.find_first_not_of('.') == std::string_view::npos;
+    return name.ends_with('.') && !dotsAlone ? name.substr(0, name.size() - 1) : name;
+}
+
+void AddName(SForming& forming, std::string_view name, bool separated) {
+    if (name == "..") {
+        if (!forming.names.empty()) {
+            forming.names.pop_back();
+        }
+        forming.endsWithSeparator = separated;
+    } else if (name == ".") {
+        forming.endsWithSeparator = separated;
+    } else if (const std::string_view trimmed = TrimName(name, separated); !trimmed.empty()) {
+        forming.names.emplace_back(trimmed);
+        forming.endsWithSeparator = separated;
+    } else {
+        forming.endsWithSeparator = true; // nothing is left of the name but the separator before it
+    }
+}
+
+std::string Join(const SForming& forming) {
+    std::string path = forming.root;
+    for (std::size_t i = 0; i < forming.names.size(); ++i) {
+        path += (i == 0 ? "" : "\\") + forming.names[i];
+    }
+    return forming.endsWithSeparator && !forming.names.empty() ? path + "\\" : path;
+}
+
+} // namespace
+
+std::string FormFullPath(std::string_view path, std::string_view currentFolder) {
+    const std::string text = WithBackslashes(path);
+    std::string_view rest = text;
+    const bool needsCurrentFolder = !rest.starts_with("\\\\") && !HasDrive(rest);
+    if (rest.find_first_not_of(' ') == std::string_view::npos ||
+        (needsCurrentFolder && !HasDrive(currentFolder))) {
+        return {};
+    }
+    SForming forming = TakeStart(rest, currentFolder);
+    while (!rest.empty()) {
+        bool separated = false;
+        const std::string_view name = NextName(rest, separated);
+        AddName(forming, name, separated);
+    }
+    return Join(forming);
+}
+
+} // namespace ruvo

@@ -1,0 +1,13 @@
+// The text rules of full paths, the same on every system: dots resolved, separators made one, ends trimmed.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace ruvo {
+
+/// Forms the full path of `path` against `currentFolder` (itself a full path such as "C:\work\dir"), by the
+/// rules of the Windows full-path function. Empty when there is nothing to form. Touches no disk.
+std::string FormFullPath(std::string_view path, std::string_view currentFolder);
+
+} // namespace ruvo

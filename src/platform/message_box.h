@@ -1,0 +1,13 @@
+// Message boxes with a single OK button. On POSIX the text goes to standard output and nobody is waited for.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace ruvo {
+
+enum class EMessageIcon : std::uint8_t { Information, Warning, Error };
+
+void ShowMessageBox(EMessageIcon icon, const std::string& title, const std::string& text);
+
+} // namespace ruvo

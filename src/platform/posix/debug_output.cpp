@@ -1,0 +1,57 @@
+#include "platform/debug_output.h"
+
+#include "platform/environment.h"
+#include "platform/posix/file_size_signal.h"
+#include "platform/posix/native_path.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <string_view>
+#include <unistd.h>
+
+namespace ruvo {
+
+namespace {
+
+constexpr mode_t kNewFileMode = 0666; // what the user's mask leaves of it
+
+// One write is one piece in an appended file, whoever else writes to it; the loop is for a pipe that takes
+// less.
+void WriteAll(int descriptor, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t put = write(descriptor, text.data(), text.size());
+        if (put > 0) {
+            text.remove_prefix(static_cast<std::size_t>(put));
+        } else if (errno != EINTR) {
+            return;
+        }
+    }
+}
+
+void AppendToFile(const std::string& path, std::string_view text) {
+    const auto native = ToNativePath(path);
+    // O_NONBLOCK: a pipe that nobody reads must not stop the program.
+    constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+    const int descriptor = native ? open(native->c_str(), kFlags, kNewFileMode) : -1;
+    if (descriptor != -1) {
+        IgnoreFileSizeSignal();
+        WriteAll(descriptor, text);
+        close(descriptor);
+    }
+}
+
+} // namespace
+
+void WriteDebugOutput(const std::string& text) noexcept {
+    try {
+        const auto target = EnvironmentValue("RUVO_DEBUG_OUTPUT");
+        if (target == "stderr") {
+            WriteAll(STDERR_FILENO, text);
+        } else if (target) {
+            AppendToFile(*target, text);
+        }
+    } catch (...) { // NOLINT(bugprone-empty-catch): out of memory, and a trace line is not worth a failure
+    }
+}
+
+} // namespace ruvo

@@ -1,0 +1,15 @@
+#include "platform/message_box.h"
+
+#include <array>
+#include <cstdio>
+
+namespace ruvo {
+
+void ShowMessageBox(EMessageIcon icon, const std::string& title, const std::string& text) {
+    constexpr std::array kLabels{"[Information] ", "[Warning] ", "[Error] "};
+    const std::string box = kLabels[static_cast<std::size_t>(icon)] + title + "\n" + text + "\n\n";
+    std::fwrite(box.data(), 1, box.size(), stdout);
+    std::fflush(stdout);
+}
+
+} // namespace ruvo

@@ -1,0 +1,82 @@
+#include "platform/profile.h"
+
+#include "platform/files.h"
+#include "platform/ini_text.h"
+
+#include <algorithm>
+#include <array>
+
+namespace ruvo {
+
+namespace {
+
+constexpr std::size_t kReadBlock = std::size_t{64} * 1024;
+
+// A default loses the blanks (not the tabs) at its end and one pair of quotes around the rest.
+std::string_view CleanDefault(std::string_view text) {
+    text = text.substr(0, text.find_last_not_of(' ') + 1);
+    const bool quoted =
+        text.size() >= 2 && text.front() == text.back() && (text.front() == '"' || text.front() == '\'');
+    return quoted ? text.substr(1, text.size() - 2) : text;
+}
+
+bool ReadAll(CFile& file, std::string& text) {
+    std::array<std::uint8_t, kReadBlock> block{};
+    for (std::size_t count = 1; count != 0;) {
+        if (!file.Read(block, count).Good() || text.size() + count > kLargestTextFile) {
+            return false;
+        }
+        text.append(reinterpret_cast<const char*>(block.data()), count);
+    }
+    return true;
+}
+
+} // namespace
+
+struct CProfileReader::SState {
+    CIniText ini;
+};
+
+CProfileReader::CProfileReader(const std::string& path) {
+    std::string text;
+    static_cast<void>(ReadTextFile(path, text)); // what cannot be read answers like an empty file
+    m_state = std::make_unique<SState>(SState{CIniText::Parse(text)});
+}
+
+CProfileReader::~CProfileReader() = default;
+
+std::vector<std::string> CProfileReader::SectionNames(std::size_t capacity) const {
+    constexpr std::size_t kEndOfList = 2; // the last name's NUL and the list's, kept when a list is cut
+    std::size_t room = capacity - std::min(capacity, kEndOfList);
+    std::vector<std::string> names;
+    for (const SIniSection& section : m_state->ini.Sections()) {
+        if (room == 0) {
+            break;
+        }
+        if (!section.name.empty()) {
+            names.push_back(section.name.substr(0, room));
+            room -= std::min(room, section.name.size() + 1);
+        }
+    }
+    return names;
+}
+
+std::string CProfileReader::ReadString(std::string_view section, std::string_view key,
+                                       std::string_view defaultValue, std::size_t capacity) const {
+    const SIniEntry* const entry = m_state->ini.FindEntry(section, key);
+    const bool found = entry != nullptr && entry->value;
+    const std::string_view answer = found ? *entry->value : CleanDefault(defaultValue);
+    return std::string(answer.substr(0, capacity - std::min<std::size_t>(capacity, 1)));
+}
+
+bool ReadTextFile(const std::string& path, std::string& text) {
+    text.clear();
+    CFile file;
+    if (file.Open(path, {.read = true}).Good() && ReadAll(file, text)) {
+        return true;
+    }
+    text.clear();
+    return false;
+}
+
+} // namespace ruvo

@@ -1,0 +1,44 @@
+// The profile (INI) functions of the system: how the program reads its configuration file.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ruvo {
+
+/// Reads one INI file, named by its full path. The answers are those of the system's profile functions; on
+/// POSIX the file is read once, at construction, on Windows each question goes to the system.
+class CProfileReader {
+public:
+    explicit CProfileReader(const std::string& path);
+    CProfileReader(const CProfileReader&) = delete;
+    CProfileReader& operator=(const CProfileReader&) = delete;
+    ~CProfileReader();
+
+    /// Names of the sections in file order. `capacity` is the size in bytes of the buffer that would take
+    /// them (each name and a NUL, one more NUL at the end); what does not fit is cut. Empty when the file is
+    /// missing, unreadable or without a section header.
+    std::vector<std::string> SectionNames(std::size_t capacity) const;
+
+    /// The value of a key, at most capacity - 1 bytes of it; the default when file, section or key is
+    /// missing.
+    std::string ReadString(std::string_view section, std::string_view key, std::string_view defaultValue,
+                           std::size_t capacity) const;
+
+private:
+    struct SState;
+    std::unique_ptr<SState> m_state;
+};
+
+/// A text file of more bytes than this counts as unreadable: it is no configuration, and taking it apart
+/// would exhaust the memory of a small machine.
+inline constexpr std::size_t kLargestTextFile = std::size_t{16} * 1024 * 1024;
+
+/// All bytes of a text file; false when it cannot be read or is no regular file. Used where the program looks
+/// at INI text itself.
+bool ReadTextFile(const std::string& path, std::string& text);
+
+} // namespace ruvo

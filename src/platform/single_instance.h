@@ -1,0 +1,32 @@
+// The marker that says "one instance is running". It dies with its process, however that ends.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace ruvo {
+
+enum class EInstanceClaim : std::uint8_t {
+    Claimed,
+    AlreadyRunning,    ///< another process holds it; its window, if it has one, was brought forward
+    MarkerFailed,      ///< the marker could not be made at all
+    WindowClassFailed, ///< the marker is held, but the window class of that name could not be registered
+};
+
+/// Holds the marker until destroyed.
+class CInstanceMarker {
+public:
+    CInstanceMarker();
+    CInstanceMarker(const CInstanceMarker&) = delete;
+    CInstanceMarker& operator=(const CInstanceMarker&) = delete;
+    ~CInstanceMarker();
+
+    EInstanceClaim Claim(const std::string& name);
+
+private:
+    struct SHandle;
+    std::unique_ptr<SHandle> m_handle;
+};
+
+} // namespace ruvo

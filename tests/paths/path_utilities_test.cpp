@@ -1,0 +1,92 @@
+#include "paths/path_utilities.h"
+#include "platform/modules.h"
+#include "platform/scratch_folder.h"
+
+#include <gtest/gtest.h>
+
+namespace ruvo {
+namespace {
+
+TEST(PathText, IsCutStrippedAndJudged) {
+    std::string parts;
+    for (const char* const text : {"C:\\a\\b.ini", "C:", "C:x.y.z", "a.b\\c", "/a/b.", ".ini", ""}) {
+        const SPathParts got = SplitPath(text);
+        parts += got.drive + "|" + got.folder + "|" + got.name + "|" + got.extension + " ";
+    }
+    EXPECT_EQ(parts, "C:|\\a\\|b|.ini C:||| C:||x.y|.z |a.b\\|c| |/a/|b|. |||.ini ||| ");
+    std::string path = "C:\\a/b\\/\\";
+    StripTrailingSeparators(path);
+    EXPECT_EQ(path, "C:\\a/b");
+    for (const char c : std::string("/*?\"<>|")) {
+        EXPECT_TRUE(HasForbiddenCharacter(std::string("C:\\a") + c)) << c;
+    }
+    EXPECT_FALSE(HasForbiddenCharacter("C:\\a b.c;d\xE4"));
+    const std::string program = ProgramPath().substr(0, ProgramPath().rfind('\\') + 1);
+    for (const std::string text : {"ev", "C:", "\\\\", "1:\\x", "C:x", "\\ev", ""}) {
+        EXPECT_EQ(AbsoluteFromProgramFolder(text), program + text);
+    }
+    EXPECT_EQ(AbsoluteFromProgramFolder("\\\\srv") + AbsoluteFromProgramFolder("d:\\"), "\\\\srvd:\\");
+}
+
+TEST(Existence, TellsFilesFromFolders) {
+    const CScratchFolder folder;
+    const std::string file = folder.Write("f", "");
+    EXPECT_TRUE(DirectoryExists(folder.Path("\\/\\")) && DirectoryExists("C:") && DirectoryExists("C:\\"));
+    EXPECT_FALSE(DirectoryExists(file) || DirectoryExists("D:\\") || DirectoryExists(""));
+    EXPECT_TRUE(IsExistingFile(file) && CopyFileStrict(file, folder.Path("g")));
+    EXPECT_FALSE(CopyFileStrict(file, folder.Path("g")) || IsExistingFile(folder.Path()) ||
+                 IsExistingFile(folder.Path("none")));
+}
+
+TEST(CreateDirectoryPath, ReportsTheFirstFolderItMade) {
+    const CScratchFolder folder;
+    std::string first = "before";
+    const std::string file = folder.Write("f", "x");
+    for (const std::string& bad :
+         {std::string(), std::string("\\\\"), folder.Path("q?"), folder.Path("q/r"), file,
+          folder.Path("f\\g"), std::string("D:\\q"), std::string("\\\\srv\\share\\q")}) {
+        EXPECT_FALSE(CreateDirectoryPath(bad, first)) << bad;
+    }
+    EXPECT_FALSE(MakeDirectory("") || MakeDirectory("\\") || MakeDirectory(folder.Path("x\\y")));
+    EXPECT_TRUE(CreateDirectoryPath(folder.Path(), first) && MakeDirectory(folder.Path()));
+    EXPECT_EQ(first, "before");
+    EXPECT_FALSE(folder.Has("q?") || folder.Has("q"));
+    EXPECT_TRUE(CreateDirectoryPath(folder.Path("a\\b\\\\"), first) && folder.Has("a/b"));
+    EXPECT_EQ(first, folder.Path("a"));
+}
+
+TEST(Proofs, LeaveNothingBehindAndChangeNothing) {
+    const CScratchFolder folder;
+    const std::string file = folder.Write("file", "kept");
+    const std::string tooLong(300, 'x');
+    EXPECT_TRUE(CanWriteInFolder(folder.Path("a\\b\\")) && CanWriteInFolder(folder.Path()));
+    EXPECT_TRUE(CanCreateFile(file) && CanCreateFile(folder.Path("new")) &&
+                CanCreateFile(folder.Path("a\\b\\new")));
+    for (const std::string& bad :
+         {std::string(), std::string("\\\\"), folder.Path("q?"), folder.Path("file\\x"), folder.Path("q/r"),
+          folder.Path("y\\" + tooLong), folder.Path("y\\" + tooLong + "\\z")}) {
+        EXPECT_FALSE(CanWriteInFolder(bad) || CanCreateFile(bad)) << bad;
+    }
+    EXPECT_FALSE(CanWriteInFolder(file) || CanWriteInFolder("C:\\proc"));
+    EXPECT_FALSE(CanCreateFile("bare") || CanCreateFile(folder.Path("q\\")) || CanCreateFile(folder.Path()));
+    EXPECT_TRUE(std::distance(std::filesystem::directory_iterator(folder.Native()), {}) == 1 &&
+                folder.Read("file") == "kept");
+}
+
+TEST(Folders, AreMadeForFilesAndRemovedWithout) {
+    const CScratchFolder folder;
+    for (const char* const left : {"a\\b\\", "c\\d?", "bare"}) {
+        EnsureFolderOfFile(folder.Path(left));
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(folder.Native()));
+    EnsureFolderOfFile(folder.Path("a\\b\\c\\f.txt"));
+    EXPECT_TRUE(folder.Has("a/b/c") && !folder.Has("a/b/c/f.txt"));
+    EXPECT_TRUE(RemoveFolderTree(folder.Path("a")) && !folder.Has("a"));
+    std::filesystem::create_directories(folder.Native("a/b/c"));
+    folder.Write("a/b/f", "");
+    EXPECT_FALSE(RemoveFolderTree(folder.Path("a")) || RemoveFolderTree(folder.Path("none")));
+    EXPECT_TRUE(folder.Has("a/b/f") && !folder.Has("a/b/c"));
+}
+
+} // namespace
+} // namespace ruvo

@@ -1,0 +1,41 @@
+// A folder of a test's own, removed at the end.
+#pragma once
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace ruvo {
+
+class CScratchFolder {
+public:
+    CScratchFolder() { mkdtemp(m_native.data()); }
+    CScratchFolder(const CScratchFolder&) = delete;
+    CScratchFolder& operator=(const CScratchFolder&) = delete;
+    ~CScratchFolder() { std::filesystem::remove_all(m_native); }
+
+    std::string Native(const std::string& name = "") const { return m_native + "/" + name; }
+    /// The Windows-form path of a name in the folder, or of the folder itself.
+    std::string Path(const std::string& name = "") const {
+        std::string path = "C:" + m_native;
+        std::ranges::replace(path, '/', '\\');
+        return name.empty() ? path : path + "\\" + name;
+    }
+    std::string Write(const std::string& name, const std::string& bytes) const {
+        std::ofstream(Native(name), std::ios::binary) << bytes;
+        return Path(name);
+    }
+    std::string Read(const std::string& name) const {
+        std::ifstream file(Native(name), std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+    bool Has(const std::string& name) const { return std::filesystem::exists(Native(name)); }
+
+private:
+    std::string m_native = std::filesystem::temp_directory_path() / "ruvo-test-XXXXXX";
+};
+
+} // namespace ruvo
