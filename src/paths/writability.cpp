@@ -46,7 +46,7 @@ bool ProveFile(const std::string& filePath, bool existed) {
     if (!OpensForWriting(filePath, {.write = true, .create = true})) {
         return false;
     }
-    if (!existed) {
+    if (!existed && !IsLink(filePath)) { // a link is somebody's, even while it leads nowhere
         RemoveFile(filePath);
     }
     return true;

@@ -23,18 +23,30 @@ char16_t CodePoint(unsigned char byte) {
     return special ? kSpecials[byte - kFirstSpecial] : char16_t{byte};
 }
 
-// No character of the code page lies beyond the three-byte range.
-void AppendUtf8(std::string& text, char16_t point) {
+void AppendUtf8(std::string& text, char32_t point) {
+    const auto follow = [&](unsigned shift) { text += static_cast<char>(0x80 | ((point >> shift) & 0x3F)); };
     if (point < 0x80) {
         text += static_cast<char>(point);
     } else if (point < 0x800) {
         text += static_cast<char>(0xC0 | (point >> 6));
-        text += static_cast<char>(0x80 | (point & 0x3F));
-    } else {
+        follow(0);
+    } else if (point < 0x10000) {
         text += static_cast<char>(0xE0 | (point >> 12));
-        text += static_cast<char>(0x80 | ((point >> 6) & 0x3F));
-        text += static_cast<char>(0x80 | (point & 0x3F));
+        follow(6);
+        follow(0);
+    } else {
+        text += static_cast<char>(0xF0 | (point >> 18));
+        follow(12);
+        follow(6);
+        follow(0);
     }
+}
+
+bool IsHighSurrogate(char32_t unit) {
+    return unit >= 0xD800 && unit < 0xDC00;
+}
+bool IsLowSurrogate(char32_t unit) {
+    return unit >= 0xDC00 && unit < 0xE000;
 }
 
 } // namespace
@@ -44,6 +56,27 @@ std::string Cp1252ToUtf8(std::string_view text) {
     converted.reserve(text.size());
     for (const char c : text) {
         AppendUtf8(converted, CodePoint(static_cast<unsigned char>(c)));
+    }
+    return converted;
+}
+
+std::string Utf16ToUtf8(std::string_view bytes) {
+    const auto unitAt = [&](std::size_t at) -> char32_t {
+        return at + 1 < bytes.size()
+                   ? static_cast<unsigned char>(bytes[at]) |
+                         static_cast<char32_t>(static_cast<unsigned char>(bytes[at + 1])) << 8
+                   : kNoCharacter;
+    };
+    std::string converted;
+    converted.reserve(bytes.size());
+    for (std::size_t at = 0; at < bytes.size(); at += 2) {
+        const char32_t unit = unitAt(at);
+        if (IsHighSurrogate(unit) && IsLowSurrogate(unitAt(at + 2))) {
+            at += 2;
+            AppendUtf8(converted, 0x10000 + ((unit - 0xD800) << 10) + (unitAt(at) - 0xDC00));
+        } else {
+            AppendUtf8(converted, IsHighSurrogate(unit) || IsLowSurrogate(unit) ? kNoCharacter : unit);
+        }
     }
     return converted;
 }

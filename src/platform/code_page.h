@@ -9,6 +9,9 @@ namespace ruvo {
 /// Code page 1252 to UTF-8, byte for byte; the five bytes without a character become U+FFFD.
 std::string Cp1252ToUtf8(std::string_view text);
 
+/// UTF-16, little-endian, to UTF-8; half a surrogate pair, or half a character at the end, becomes U+FFFD.
+std::string Utf16ToUtf8(std::string_view bytes);
+
 /// A relay's text in the system's own narrow encoding (UTF-8 on POSIX, code page 1252 on Windows), as it may
 /// stand in a path or a log line: control characters become blanks.
 std::string NativeRelayText(std::string_view cp1252);

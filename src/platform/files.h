@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -65,7 +66,8 @@ public:
     SFileResult Write(std::span<const std::uint8_t> bytes, std::size_t& count);
     /// Cuts (or extends with zeros) to `length` bytes.
     SFileResult SetLength(std::uint64_t length);
-    /// Returns when the bytes written are on the disk, not just in the system's cache.
+    /// Returns when the bytes written are on the disk, not just in the system's cache. A file system that
+    /// knows no such thing counts as good.
     SFileResult FlushToDisk();
     /// Closes; a closed file stays closed whatever the result.
     SFileResult Close();
@@ -79,6 +81,11 @@ enum class EPathKind : std::uint8_t { Missing, File, Folder };
 
 /// What stands at the path; Missing when it cannot be examined at all.
 EPathKind GetPathKind(const std::string& path);
+/// True when the path itself is a link, whatever it leads to.
+bool IsLink(const std::string& path);
+/// Bytes that may still be written on the disk that holds the path, or its nearest folder that exists; none
+/// when the system does not say.
+std::optional<std::uint64_t> FreeSpace(const std::string& path);
 /// True when the path is the root of a removable, fixed, remote, CD-ROM or RAM drive.
 bool IsDriveRoot(const std::string& path);
 

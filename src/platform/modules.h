@@ -11,6 +11,9 @@ std::string ProgramPath();
 /// Folder, without a separator at its end, of the program or library that holds this code.
 std::string CodeFolder();
 
+/// True when the file that CModule::Load would load for this path can be opened for reading.
+bool CanReadModule(const std::string& path);
+
 /// A loaded module; the destructor releases it. On POSIX a name that ends in ".dll" (any letter case) is
 /// looked for with the ending ".so", same folder and base name.
 class CModule {

@@ -35,10 +35,10 @@ private:
 
 /// A text file of more bytes than this counts as unreadable: it is no configuration, and taking it apart
 /// would exhaust the memory of a small machine.
-inline constexpr std::size_t kLargestTextFile = std::size_t{16} * 1024 * 1024;
+inline constexpr std::size_t kLargestTextFile = std::size_t{4} * 1024 * 1024;
 
-/// All bytes of a text file; false when it cannot be read or is no regular file. Used where the program looks
-/// at INI text itself.
+/// All text of a file, in UTF-8 when a byte-order mark says that it is UTF-16 (little-endian); false when it
+/// cannot be read or is no regular file. Used where the program looks at INI text itself.
 bool ReadTextFile(const std::string& path, std::string& text);
 
 } // namespace ruvo

@@ -1,6 +1,6 @@
 #include "paths/path_utilities.h"
 #include "platform/modules.h"
-#include "platform/scratch_folder.h"
+#include "support/scratch_folder.h"
 
 #include <gtest/gtest.h>
 

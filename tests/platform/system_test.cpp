@@ -9,7 +9,7 @@
 #include "platform/modules.h"
 #include "platform/posix/native_path.h"
 #include "platform/registry.h"
-#include "platform/scratch_folder.h"
+#include "support/scratch_folder.h"
 #include "platform/single_instance.h"
 
 #include <functional>

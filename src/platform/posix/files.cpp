@@ -205,7 +205,9 @@ SFileResult CFile::SetLength(std::uint64_t length) {
 }
 
 SFileResult CFile::FlushToDisk() {
-    return Outcome(Retry([&] { return fsync(m_handle->descriptor); }) == 0);
+    const bool flushed = Retry([&] { return fsync(m_handle->descriptor); }) == 0;
+    const bool unknownHere = !flushed && (errno == EINVAL || errno == ENOSYS || errno == ENOTSUP);
+    return Outcome(flushed || unknownHere);
 }
 
 SFileResult CFile::Close() {
@@ -220,6 +222,26 @@ EPathKind GetPathKind(const std::string& path) {
         return EPathKind::Missing;
     }
     return S_ISDIR(status.st_mode) ? EPathKind::Folder : EPathKind::File;
+}
+
+bool IsLink(const std::string& path) {
+    struct stat status = {};
+    return OnNativePath(path, [&](const char* native) { return lstat(native, &status); }) &&
+           S_ISLNK(status.st_mode);
+}
+
+std::optional<std::uint64_t> FreeSpace(const std::string& path) {
+    const auto native = ToNativePath(path);
+    if (!native) {
+        return std::nullopt;
+    }
+    std::filesystem::path folder(*native);
+    std::error_code failure;
+    while (!std::filesystem::exists(folder, failure) && folder.has_relative_path()) {
+        folder = folder.parent_path();
+    }
+    const std::filesystem::space_info space = std::filesystem::space(folder, failure);
+    return failure ? std::nullopt : std::optional<std::uint64_t>(space.available);
 }
 
 bool IsDriveRoot(const std::string& path) {

@@ -7,7 +7,8 @@ namespace ruvo {
 
 void ShowMessageBox(EMessageIcon icon, const std::string& title, const std::string& text) {
     constexpr std::array kLabels{"[Information] ", "[Warning] ", "[Error] "};
-    const std::string box = kLabels[static_cast<std::size_t>(icon)] + title + "\n" + text + "\n\n";
+    const char* lineEnd = text.ends_with('\n') ? "" : "\n"; // one empty line follows, however the text ends
+    const std::string box = kLabels[static_cast<std::size_t>(icon)] + title + "\n" + text + lineEnd + "\n";
     std::fwrite(box.data(), 1, box.size(), stdout);
     std::fflush(stdout);
 }

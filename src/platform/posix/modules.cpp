@@ -8,6 +8,7 @@
 #include <link.h>
 #include <string_view>
 #include <strings.h>
+#include <unistd.h>
 #include <utility>
 
 namespace ruvo {
@@ -52,6 +53,11 @@ std::string ProgramPath() {
 
 std::string CodeFolder() {
     return FromNativePath(std::filesystem::path(NativeCodePath()).parent_path().string());
+}
+
+bool CanReadModule(const std::string& path) {
+    const auto native = ToNativePath(path);
+    return native && access(ModuleFile(*native).c_str(), R_OK) == 0;
 }
 
 struct CModule::SHandle {

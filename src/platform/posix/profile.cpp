@@ -1,5 +1,6 @@
 #include "platform/profile.h"
 
+#include "platform/code_page.h"
 #include "platform/files.h"
 #include "platform/ini_text.h"
 
@@ -73,6 +74,9 @@ bool ReadTextFile(const std::string& path, std::string& text) {
     text.clear();
     CFile file;
     if (file.Open(path, {.read = true}).Good() && ReadAll(file, text)) {
+        if (text.starts_with("\xFF\xFE")) {
+            text = Utf16ToUtf8(std::string_view(text).substr(2));
+        }
         return true;
     }
     text.clear();

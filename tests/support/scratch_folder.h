@@ -17,7 +17,9 @@ public:
     CScratchFolder& operator=(const CScratchFolder&) = delete;
     ~CScratchFolder() { std::filesystem::remove_all(m_native); }
 
-    std::string Native(const std::string& name = "") const { return m_native + "/" + name; }
+    std::string Native(const std::string& name = "") const {
+        return name.empty() ? m_native : m_native + "/" + name;
+    }
     /// The Windows-form path of a name in the folder, or of the folder itself.
     std::string Path(const std::string& name = "") const {
         std::string path = "C:" + m_native;

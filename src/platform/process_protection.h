@@ -1,0 +1,10 @@
+// Keeping the process's memory, in which passwords stand for a while, from other processes of the same user.
+#pragma once
+
+namespace ruvo {
+
+/// Forbids memory dumps of this process, and attaching to it, as far as the system lets a process do so.
+/// A system that refuses is no failure: the program works all the same.
+void ProtectProcessMemory() noexcept;
+
+} // namespace ruvo

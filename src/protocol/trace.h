@@ -1,0 +1,24 @@
+// Trace lines for developers, on the debugger output. Each line is written in one piece; control characters
+// in the formatted text become ".", so that a relay's text cannot break or forge a line.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace ruvo {
+
+/// Sets the tag that the lines carry, for the whole process; empty stands for "QTV", the initial tag.
+void SetTraceTag(std::string_view tag);
+
+/// Formats are those of printf.
+[[gnu::format(printf, 1, 2)]] void TraceError(const char* format, ...);
+[[gnu::format(printf, 1, 2)]] void TraceWarning(const char* format, ...);
+[[gnu::format(printf, 1, 2)]] void TraceInfo(const char* format, ...);
+
+enum class EFunctionState : std::uint8_t { Started, Succeeded, Failed };
+void TraceFunction(std::string_view name, EFunctionState state);
+
+/// A line of dashes.
+void TraceSeparator();
+
+} // namespace ruvo
