@@ -1,0 +1,49 @@
+// Reading the INI file into the configuration, and choosing the folder that receives the event files.
+#pragma once
+
+#include "config/run_context.h"
+#include "config/ruvo_config.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace ruvo {
+
+class CProfileReader;
+
+inline constexpr std::string_view kGeneralSection = "RUVO_GENERAL";
+inline constexpr std::string_view kSerialSection = "RUVO_SERIAL";
+inline constexpr std::string_view kModemSection = "RUVO_MODEM";
+inline constexpr std::string_view kEthernetSection = "RUVO_ETHERNET";
+inline constexpr std::string_view kPasswordsSection = "RUVO_PASSWORDS";
+inline constexpr std::string_view kErrorLogName = "RUVO_Errors.log";
+
+/// Relay keys run from "RV000" to "RV999".
+inline constexpr int kRelayKeyCount = 1000;
+
+/// The key text of a number from 0 to 999: "RV007".
+std::string RelayKey(int number);
+
+/// Reads the INI file at a full path into `config`. False only when the file has no section (missing,
+/// unreadable or empty); the configuration then holds the path alone. Relative paths in the file count from
+/// the current folder.
+bool LoadConfiguration(const std::string& iniPath, CRuvoConfig& config);
+
+/// The value of an integer key: `defaultValue` when the text is absent or empty, `notANumber` when it is no
+/// number.
+std::int32_t ReadIntKey(const CProfileReader& reader, std::string_view section, std::string_view key,
+                        std::int32_t defaultValue, std::int32_t notANumber);
+
+/// True for decimal digits only; a first "0" before further digits passes only with `allowLeadingZero`.
+bool IsNumericText(std::string_view text, bool allowLeadingZero);
+
+/// The value of a text that passed IsNumericText; numbers above 2147483647 count as 2147483647.
+std::int32_t NumericValue(std::string_view text);
+
+/// Sets the destination root and the registry flag of the context: the event root of the configuration when
+/// it was loaded, unless the user's or the machine's registry names a folder, which then gets a RUVO
+/// subfolder. Shows one message box when the user's folder cannot be used and the machine's takes its place.
+void ResolveDestinationRoot(CRunContext& context, bool configurationLoaded);
+
+} // namespace ruvo

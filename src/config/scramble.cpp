@@ -1,0 +1,117 @@
+#include "config/scramble.h"
+
+#include "config/key_table.h"
+#include "platform/clock.h"
+#include "platform/debug_output.h"
+#include "platform/tea.h"
+
+#include <algorithm>
+#include <array>
+#include <cinttypes>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+
+namespace ruvo {
+
+namespace {
+
+constexpr std::size_t kWordDigits = 10;
+constexpr std::size_t kFirstWordAt = 2;
+constexpr std::size_t kSecondWordAt = kFirstWordAt + kWordDigits;
+static_assert(kSecondWordAt + kWordDigits == kScrambledLength);
+
+using Block = std::array<std::uint8_t, kMaxPasswordLength>;
+
+// Any character that is no hexadecimal digit counts as 0.
+unsigned HexDigitValue(char digit) {
+    if (digit >= '0' && digit <= '9') {
+        return static_cast<unsigned>(digit - '0');
+    }
+    const char lower = static_cast<char>(digit | 0x20);
+    return lower >= 'a' && lower <= 'f' ? static_cast<unsigned>(lower - 'a' + 10) : 0;
+}
+
+// The digits up to the first other character, modulo 2^32.
+std::uint32_t WordValue(std::string_view digits) {
+    std::uint32_t value = 0;
+    for (const char digit : digits.substr(0, digits.find_first_not_of("0123456789"))) {
+        value = value * 10 + static_cast<std::uint32_t>(digit - '0');
+    }
+    return value;
+}
+
+TeaKey KeyOfIndex(unsigned index) {
+    TeaKey key{};
+    const std::uint8_t* const bytes = &kKeyTable[std::size_t{index} * kKeySize];
+    for (std::size_t i = 0; i < kKeySize; ++i) {
+        key[i / 4] |= std::uint32_t{bytes[i]} << (8 * (i % 4)); // least significant byte first
+    }
+    return key;
+}
+
+STeaBlock ToWords(const Block& bytes) {
+    STeaBlock words;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        std::uint32_t& word = i < 4 ? words.first : words.second;
+        word = (word << 8U) | bytes[i]; // most significant byte first
+    }
+    return words;
+}
+
+Block ToBytes(const STeaBlock& words) {
+    Block bytes{};
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        const std::uint32_t word = i < 4 ? words.first : words.second;
+        bytes[i] = static_cast<std::uint8_t>(word >> (24 - 8 * (i % 4)));
+    }
+    return bytes;
+}
+
+// The C library's generator and this seed are part of the format's habits: one text per password and second.
+unsigned DrawKeyIndex() {
+    std::srand(static_cast<unsigned>(UnixSeconds()));
+    return static_cast<unsigned>(std::rand()) % static_cast<unsigned>(kKeyCount);
+}
+
+} // namespace
+
+int ScramblePassword(const char* plain, char* out23) {
+    WriteDebugOutput("ttt2Debug");
+    if (plain == nullptr || out23 == nullptr) {
+        return -1;
+    }
+    const std::string_view password(plain);
+    if (password.size() > kMaxPasswordLength) {
+        return -1;
+    }
+    Block bytes{};
+    std::copy(password.begin(), password.end(), bytes.begin());
+    const unsigned index = DrawKeyIndex();
+    const STeaBlock words = TeaEncipher(ToWords(bytes), KeyOfIndex(index));
+    std::snprintf(out23, kScrambledLength + 1, "%X%X%.10" PRIu32 "%.10" PRIu32, index,
+                  static_cast<unsigned>(password.size()), words.first, words.second);
+    return 0;
+}
+
+int UnscramblePassword(const char* text, char* out9) {
+    if (text == nullptr || out9 == nullptr) {
+        return -1;
+    }
+    const std::string_view scrambled(text);
+    if (scrambled.size() < kScrambledLength) {
+        return -1;
+    }
+    const unsigned length = HexDigitValue(scrambled[1]);
+    if (length > kMaxPasswordLength) {
+        return -1;
+    }
+    const STeaBlock words{WordValue(scrambled.substr(kFirstWordAt, kWordDigits)),
+                          WordValue(scrambled.substr(kSecondWordAt, kWordDigits))};
+    const Block bytes = ToBytes(TeaDecipher(words, KeyOfIndex(HexDigitValue(scrambled[0]))));
+    *std::copy_n(bytes.begin(), length, out9) = '\0';
+    return 0;
+}
+
+} // namespace ruvo

@@ -1,0 +1,14 @@
+#include "log/connection_details.h"
+
+namespace ruvo {
+
+SConnectionDetails& ConnectionDetails() {
+    static SConnectionDetails details;
+    return details;
+}
+
+void ResetConnectionDetails() {
+    ConnectionDetails() = SConnectionDetails();
+}
+
+} // namespace ruvo

@@ -1,0 +1,170 @@
+#include "log/error_log.h"
+
+#include "config/configuration.h"
+#include "config/run_context.h"
+#include "log/connection_details.h"
+#include "log/status_text.h"
+#include "paths/path_utilities.h"
+#include "platform/clock.h"
+#include "platform/debug_output.h"
+#include "platform/files.h"
+#include "platform/full_path.h"
+#include "protocol/string_table.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdio>
+#include <optional>
+#include <span>
+
+namespace ruvo {
+
+namespace {
+
+struct SErrorLogState {
+    std::string path;
+    bool disabled = false;
+};
+
+SErrorLogState& State() {
+    static SErrorLogState state;
+    return state;
+}
+
+// The log of a destination that the registry names; empty when that folder could not be formed.
+std::string LogPathInDestination(std::string root) {
+    StripTrailingSeparators(root);
+    if (root.empty()) {
+        return root;
+    }
+    const std::string path = root + '\\' + std::string(kErrorLogName);
+    const std::string full = FullPath(path);
+    return full.empty() ? path : full;
+}
+
+std::string RelayDetails(const SConnectionDetails& details) {
+    const std::string device = ", device address: " + std::to_string(details.deviceAddress);
+    if (details.ethernetLink) {
+        return "IP address: " + details.ipAddress + device +
+               ", bus address: " + std::to_string(details.busAddress) + ".";
+    }
+    if (details.serialLink) {
+        return "COM Port: " + details.comPort + device + ".";
+    }
+    return "modem name: " + details.modemName + device + ".";
+}
+
+std::string TimeStamp() {
+    const std::optional<SCalendarTime> now = LocalTime();
+    if (!now) {
+        return "Invalid DateTime";
+    }
+    std::array<char, 80> text{}; // room for six ints of any value
+    std::snprintf(text.data(), text.size(), "%04d/%02d/%02d %02d:%02d:%02d", now->year, now->month, now->day,
+                  now->hour, now->minute, now->second);
+    return text.data();
+}
+
+bool IsLineBreak(char character) {
+    return character == '\r' || character == '\n';
+}
+bool IsControl(char character) {
+    return static_cast<unsigned char>(character) < ' ';
+}
+
+// Texts from outside (paths, modem names) must not be able to forge a second line.
+std::string OneLine(const std::string& text) {
+    std::string line;
+    line.reserve(text.size());
+    bool afterBreak = false;
+    for (const char character : text) {
+        const bool lineBreak = IsLineBreak(character);
+        if (!lineBreak || !afterBreak) {
+            line += IsControl(character) ? ' ' : character;
+        }
+        afterBreak = lineBreak;
+    }
+    return line;
+}
+
+// Appends in one write. A line of which only a part fits (full disk) is taken back: half a line would swallow
+// the beginning of the next one.
+SFileResult AppendToFile(const std::string& path, const std::string& line) {
+    CFile file;
+    SFileResult result = file.Open(path, SOpenMode{.write = true, .create = true});
+    std::uint64_t end = 0;
+    if (result.Good()) {
+        result = file.Seek(0, ESeekOrigin::End, end);
+    }
+    if (!result.Good()) {
+        return result;
+    }
+    const std::span bytes(reinterpret_cast<const std::uint8_t*>(line.data()), line.size());
+    std::size_t written = 0;
+    result = file.Write(bytes, written);
+    if (!result.Good()) {
+        // The write's failure is the one worth telling; taking back may fail for the same reason.
+        static_cast<void>(file.SetLength(end));
+        return result;
+    }
+    return file.Close();
+}
+
+void TellLineLost(const std::string& line, const std::string& reason) {
+    WriteDebugOutput("Error log " + State().path + ": " + reason + ". Line lost: " + line + "\n");
+}
+
+} // namespace
+
+void ResolveErrorLogPath(const CRunContext& context, bool configurationLoaded) {
+    const bool givenInFile = configurationLoaded && context.Config().IsErrorLogPathGiven();
+    State().path = context.IsDestinationFromRegistry() && !givenInFile
+                       ? LogPathInDestination(context.DestinationRoot())
+                       : context.Config().ErrorLogPath();
+}
+
+const std::string& ErrorLogPath() {
+    return State().path;
+}
+
+void SetErrorLogDisabled(bool disabled) {
+    State().disabled = disabled;
+}
+
+void LogMessage(const std::string& message, bool withDetails) {
+    WriteLogLine(withDetails ? message + " Connection details - " + RelayDetails(ConnectionDetails())
+                             : message);
+}
+
+void LogStatusMessage(const std::string& message, std::uint32_t status) {
+    if (State().disabled) {
+        return;
+    }
+    const unsigned id = StatusToStringId(status);
+    const char* const text = LoadStringText(id);
+    LogMessage(text != nullptr ? message + " P32LS status: " + text
+                               : "Internal Error - Load String ID " + std::to_string(id) + " failed.",
+               false);
+}
+
+void WriteLogLine(const std::string& text) {
+    if (State().disabled) {
+        return;
+    }
+    const std::string line = TimeStamp() + ' ' + OneLine(text);
+    if (State().path.empty()) {
+        TellLineLost(line, "no path is known");
+        return;
+    }
+    EnsureFolderOfFile(State().path);
+    const SFileResult result = AppendToFile(State().path, line + "\r\n");
+    if (!result.Good()) {
+        TellLineLost(line, SystemErrorText(result.systemCode));
+    }
+}
+
+void ResetErrorLog() {
+    State() = SErrorLogState();
+}
+
+} // namespace ruvo

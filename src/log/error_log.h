@@ -1,0 +1,37 @@
+// The error log: one plain-text file, one time-stamped line per problem. Its path and its off switch are
+// process-wide; they are touched by one thread at a time. Nothing here fails towards its caller: a line that
+// cannot be written is told to the debug output and lost.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace ruvo {
+
+class CRunContext;
+
+/// Chooses where the log lives. A destination from the registry takes the log along, unless the INI file
+/// names it.
+void ResolveErrorLogPath(const CRunContext& context, bool configurationLoaded);
+
+/// Full path of the log; empty, which writes nothing, until it has been resolved.
+const std::string& ErrorLogPath();
+
+/// Silences every write, or lifts that again.
+void SetErrorLogDisabled(bool disabled);
+
+/// Writes one line; with details it ends with the link and the relay that are being handled.
+void LogMessage(const std::string& message, bool withDetails);
+
+/// Writes one line that ends with the text of a comms-server status.
+void LogStatusMessage(const std::string& message, std::uint32_t status);
+
+/// Appends local time, a blank, the text and CR LF, in one write. Control characters in the text become
+/// blanks (a run of line breaks one blank), so that one problem stays one line. The text is in the system's
+/// narrow encoding: relay texts are converted by the caller.
+void WriteLogLine(const std::string& text);
+
+/// Back to the state at process start: no path, not disabled. For tests.
+void ResetErrorLog();
+
+} // namespace ruvo

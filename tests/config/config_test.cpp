@@ -1,0 +1,260 @@
+#include "config/configuration.h"
+#include "config/ethernet_entry.h"
+#include "config/key_table.h"
+#include "config/scramble.h"
+#include "config/validation.h"
+#include "platform/full_path.h"
+#include "platform/ini_text.h"
+#include "support/fake_system.h"
+#include "support/scratch_folder.h"
+
+#include <gtest/gtest.h>
+#include <regex>
+
+namespace ruvo {
+
+// An INI text written on one line: blanks are line breaks, and section names lack their prefix.
+std::string Ini(std::string text) {
+    std::replace(text.begin(), text.end(), ' ', '\n');
+    return std::regex_replace(text, std::regex("\\[(\\w+)\\]"), "[RUVO_$1]");
+}
+
+// Loads a file of that text, which stays until the next one.
+CRuvoConfig Load(const std::string& ini) {
+    static const CScratchFolder folder;
+    CRuvoConfig config;
+    EXPECT_TRUE(LoadConfiguration(folder.Write("site.ini", ini), config)) << ini;
+    return config;
+}
+
+void ExpectCode(const std::string& ini, int want) {
+    EXPECT_EQ(static_cast<int>(ValidateConfiguration(Load(Ini("[GENERAL] " + ini)))), want) << ini;
+}
+
+TEST(Load, WhatHasNoSectionFails) {
+    const CScratchFolder folder;
+    CRuvoConfig config;
+    for (const char* ini : {"", "\r\n", "UseEthernet=1\n", "[]\nUseEthernet=1\n", "; [RUVO_GENERAL]\n"}) {
+        EXPECT_FALSE(LoadConfiguration(folder.Write("site.ini", ini), config)) << ini;
+        EXPECT_EQ(config.IniPath() + config.ErrorLogPath() + config.CommPort(), folder.Path("site.ini"));
+    }
+    EXPECT_FALSE(LoadConfiguration("C:\\no.ini", config) || LoadConfiguration(folder.Path(), config));
+}
+
+TEST(Load, Integers) {
+    std::istringstream keys(
+        "UseEthernet= 0 2 BaudRate= 9600 0 ElevenBits= 1 2 BusyHoldoff= 50 70000 BusyCount= 100 70000 "
+        "ResetResponse= 100 70000 Response= 100 70000 TryCount= 3 70000 TransmitDelay= 5 70000 "
+        "GlobalTransmit= 10 70000 UseModem= 0 2 TAPI_LineAddress= 0 0 TAPI_UseCountryAndAreaCodes= 0 2");
+    std::string key;
+    std::int32_t absent = -1, notANumber = -1;
+    for (const auto ask : {&CRuvoConfig::UseEthernet, &CRuvoConfig::BaudRate, &CRuvoConfig::ElevenBits,
+                           &CRuvoConfig::BusyHoldoff, &CRuvoConfig::BusyCount, &CRuvoConfig::ResetResponse,
+                           &CRuvoConfig::Response, &CRuvoConfig::TryCount, &CRuvoConfig::TransmitDelay,
+                           &CRuvoConfig::GlobalTransmit, &CRuvoConfig::UseModem,
+                           &CRuvoConfig::TapiLineAddress, &CRuvoConfig::TapiUseCountryAndAreaCodes}) {
+        keys >> key >> absent >> notANumber;
+        EXPECT_EQ((Load("[RUVO_SERIAL]\n").*ask)(), absent) << key;
+        const auto expect = [&](std::int32_t want, const std::string& texts) {
+            std::istringstream rest(texts); // the second occurrence must not count
+            for (std::string text; std::getline(rest, text, '|');) {
+                EXPECT_EQ((Load("[ruvo_General]\n" + key + text + "\n" + key + "7").*ask)(), want) << text;
+            }
+        };
+        expect(absent, "|  |\"\"|");
+        expect(123, "123| \"123\" ");
+        expect(2147483647, "2147483647|2147483648|4294967296|" + std::string(1500, '9'));
+        expect(notANumber, "0123|00|-1|+5|1 2|0x10|1;c|yes");
+    }
+    EXPECT_TRUE(IsNumericText("007", true) && !IsNumericText("", true));
+}
+
+TEST(Load, Texts) {
+    const std::string here = FullPath(".");
+    const std::string cut(300, 'n');
+    const auto expect = [](const std::string& lines, const std::string& root, const std::string& log) {
+        const CRuvoConfig config = Load("[RUVO_GENERAL]\n" + lines);
+        EXPECT_EQ(config.EventRoot() + "|" + config.ErrorLogPath(), root + "|" + log) << lines;
+        EXPECT_EQ(config.IsErrorLogPathGiven(), lines.find("ErrorLog") != std::string::npos) << lines;
+    };
+    expect("", here, here + "\\RUVO_Errors.log");
+    expect("EventRootDir=C:/a//b/../c\\/\\", "C:\\a\\c", "C:\\a\\c\\RUVO_Errors.log");
+    expect("EventRootDir=C:\\", "C:", "C:\\RUVO_Errors.log");
+    expect("EventRootDir=ev\nErrorLogPathname=l\\run.log", here + "\\ev", here + "\\l\\run.log");
+    expect("EventRootDir=" + cut + "nnn", "", "");
+    expect("EventRootDir=" + cut + "nnn" + "\nErrorLogPathname=" + cut + "nnn", "", cut);
+    EXPECT_EQ(Load(Ini("[GENERAL] CommPort=")).CommPort(), "COM1");
+    const CRuvoConfig config = Load(Ini("[GENERAL] CommPort=\"COM7\" TAPI_AreaCode=017 TAPI_CountryCode=44 "
+                                        "TAPI_NumberToDial=+1 TAPI_ModemName=" +
+                                        cut + "nnn"));
+    EXPECT_EQ(config.CommPort() + config.TapiModemName(), "COM7" + cut);
+    EXPECT_EQ(config.TapiNumberToDial() + config.TapiCountryCode() + config.TapiAreaCode(), "+144017");
+}
+
+TEST(Load, Entries) {
+    const std::string lines = " RV010=7 rv001=5 RV1=5 RV0002=5 RV002=x RV003= RV004=0 RV999=300 RV001=6 X=5";
+    const AddressEntries addresses{{"RV001", 5}, {"RV004", 0}, {"RV010", 7}, {"RV999", 300}};
+    EXPECT_EQ(Load(Ini("[SERIAL]" + lines)).SerialEntries(), addresses);
+    EXPECT_EQ(Load(Ini("[MODEM]" + lines)).ModemEntries(), addresses);
+    TextEntries texts{{"RV001", "5"}, {"RV002", "x"}, {"RV004", "0"}, {"RV010", "7"}, {"RV999", "300"}};
+    EXPECT_EQ(Load(Ini("[ETHERNET]" + lines)).EthernetEntries(), texts);
+    const std::string passwords = " RV000=300000000000000000000X RV001=300000000000000000000 RV003= ";
+    texts = {{"RV000", ""}};
+    EXPECT_EQ(Load(Ini("[PASSWORDS] RV002=390000000000000000000X" + passwords)).Passwords(), texts);
+}
+
+TEST(ResultCodes, EveryRuleInItsOrder) { // the code, then the INI that has it
+    std::istringstream rows(R"(27 EventRootDir=C:\ [SERIAL] RV001=5|27 EventRootDir=C:\a?b BusyCount=x|
+0 EventRootDir=C:/a ElevenBits=0 [SERIAL] RV001=5|23 UseEthernet=yes BaudRate=7|23 UseEthernet=2|25 BaudRate=1200|
+25 BaudRate=2400|25 BaudRate=4800|25 BaudRate=9600|25 BaudRate=19200|25 BaudRate=38400|25 BaudRate=57600|
+25 BaudRate=115200|12 BaudRate=600 ElevenBits=2|12 BaudRate=09600|13 ElevenBits=2 UseModem=2|25 BusyHoldoff=65535|
+14 BusyHoldoff=65536 BusyCount=x|14 BusyHoldoff=abc UseEthernet=2|25 BusyHoldoff=0|25 BusyCount=65535|
+15 BusyCount=65536 ResetResponse=x|25 ResetResponse=65535|16 ResetResponse=65536 Response=x|25 Response=65535|
+17 Response=65536 TryCount=x|25 TryCount=65535|18 TryCount=65536 TransmitDelay=x|25 TransmitDelay=65535|
+19 TransmitDelay=65536 GlobalTransmit=x|25 GlobalTransmit=65535|20 GlobalTransmit=65536|
+20 GlobalTransmit=4294967296 UseEthernet=2|21 UseModem=2|34 UseModem=1 TAPI_UseCountryAndAreaCodes=2|
+22 UseModem=1 TAPI_ModemName=m TAPI_UseCountryAndAreaCodes=2|24 UseEthernet=1 [SERIAL] RV001=5|
+35 UseEthernet=1 [ETHERNET] RV001=1.2.3.4,1 RV002=9.9.9,0 RV002=1.2.3.4,1|
+29 UseEthernet=1 [ETHERNET] RV001=192.168.1.300,0,0|31 UseEthernet=1 [ETHERNET] RV001=192.168.1.10,0,0|
+29 UseEthernet=1 [ETHERNET] RV001=192.168.1.10,254,254 RV002=x|30 UseEthernet=1 [ETHERNET] RV001=192.168.1.10,12,0|
+25 [MODEM] RV001=1|25 [SERIAL] RV001=x|
+0 BaudRate=7 ElevenBits=7 UseModem=7 UseEthernet=1 [ETHERNET] RV001=192.168.1.10,12|36 [SERIAL] RV003=5 rv003=6|
+36 [SERIAL] RV003=x RV003=1 RV4=1 RV004=1|36 [SERIAL] RV000=1 RV999=300 RV999=1|26 [SERIAL] RV001=0|
+26 [SERIAL] RV001=1 RV002=255|0 [SERIAL] R=1 R=1 RV001=254|32 UseModem=1 TAPI_ModemName=m [SERIAL] RV001=5|
+37 UseModem=1 TAPI_ModemName=m [MODEM] RV001=255 RV001=1|33 UseModem=1 TAPI_ModemName=m [MODEM] RV001=255|
+33 UseModem=1 TAPI_ModemName=m [MODEM] RV001=4294967297|
+0 UseModem=1 TAPI_ModemName=m [MODEM] RV001=254 [SERIAL] RV001=0 RV001=0|
+38 [SERIAL] RV001=1 [PASSWORDS] RV999=s RV999=s|0 [SERIAL] RV001=1 [PASSWORDS] A=1 A=1)");
+    int want = 0;
+    for (std::string ini; rows >> want && std::getline(rows, ini, '|');) {
+        ExpectCode(ini, want);
+    }
+    ExpectCode("EventRootDir=" + std::string(290, 'x') + " [SERIAL] RV001=5", 27);
+    EXPECT_EQ(ResultMessage(EResultCode::ModemNameMissing), "Modem name is not specified.");
+}
+
+// What reading, deleting the first occurrence from a copy and reading again would say.
+TEST(Duplicates, AsDeletingAndReadingAgainTells) {
+    std::istringstream rows(
+        R"(1 [S] K=1 K=2|1 [s] k=1 K=2|1 [S] K=1 Y=1 K=2 K|1 [S] K= K=|
+1 [S] K=1 K=not_found|1 [S] K=1 K=2 [S] K=3|1 [Y] K=1 [S] K=1 K=2|0 [S] K=1|0 [S] K K=1 K=2|0 [S] K=1 K K=2|
+0 [S] K=NOT_FOUND K=1 K=2|0 [S] K=1 K="NOT_FOUND" K=2|0 [S] K=1 [S] K=2|0 [S] Y=1 [T] [S] K=1 K=2|0 [S] [S] K=1 K=2|
+0 [S] K=1 ;K=2|0 [T] K=1 K=2|0 K=1 K=2|0 [S] K=1 KK=2)");
+    int want = 0;
+    for (std::string text; rows >> want && std::getline(rows, text, '|');) {
+        const CIniText ini = CIniText::Parse(Ini(text));
+        EXPECT_EQ(static_cast<int>(HasDuplicateKey(&ini, "ruvo_s", "K")), want) << text;
+    }
+    EXPECT_EQ(HasDuplicateKey(nullptr, "S", "K"), EDuplicateKey::TextMissing);
+}
+
+TEST(EthernetEntry, Fields) { // the entry, its IP field, whether that is valid, device, bus
+    std::istringstream rows(R"(10.0.0.1,12,3 10.0.0.1 1 12 3|0.0.0.0,1 0.0.0.0 1 1 0|10.0.0.1 10.0.0.1 1 -1 0|
+255.255.255.255,254, 255.255.255.255 1 254 0|, -1 0 -1 0|1.2.3.,1,1 -1 0 1 1|10.0.0,1,254 -1 0 1 254|
+10.0.0.256,1,255 10.0.0.256 0 1 -1|10.00.0.1,0,1 10.00.0.1 0 -1 1|10.0.0.1,,5 10.0.0.1 1 -1 5|
+10.0.0.1.5,255,x 10.0.0.1.5 0 -1 -1|10.0.0.1,05,05 10.0.0.1 1 -1 -1|10.0.0.1,+5,-5 10.0.0.1 1 -1 -1|
+10.0.0.1,5,6,7 10.0.0.1 1 5 -1|10..0.11,5,0 10..0.11 0 5 -1|10.0.11.,5 10.0.11. 0 5 0|1234567,1 1234567 0 1 0|
+9999999999.0.0.1,4294967297,1 9999999999.0.0.1 0 -1 1)");
+    std::string entry;
+    for (std::string want; rows >> entry && std::getline(rows, want, '|');) {
+        std::ostringstream got;
+        got << ' ' << ParseEthernetIp(entry) << ' ' << IsValidIpAddress(ParseEthernetIp(entry)) << ' '
+            << ParseEthernetDeviceAddress(entry) << ' ' << ParseEthernetBusAddress(entry);
+        EXPECT_EQ(got.str(), want) << entry;
+    }
+}
+
+// The cipher written a second time, on its own, to hold the program's against.
+std::string ScrambledByHand(unsigned index, const std::string& plain) {
+    std::array<std::uint32_t, 4> key{}, word{};
+    for (std::size_t i = 0; i < 16; ++i) {
+        key[i / 4] |= std::uint32_t{kKeyTable[index * 16 + i]} << 8 * (i % 4);
+    }
+    for (std::size_t i = 0; i < plain.size(); ++i) {
+        word[i / 4] |= std::uint32_t{static_cast<unsigned char>(plain[i])} << (24 - 8 * (i % 4));
+    }
+    for (std::uint32_t cycle = 1; cycle <= 32; ++cycle) {
+        const std::uint32_t sum = cycle * 0x9E3779B9U;
+        word[0] += ((word[1] << 4) + key[0]) ^ (word[1] + sum) ^ ((word[1] >> 5) + key[1]);
+        word[1] += ((word[0] << 4) + key[2]) ^ (word[0] + sum) ^ ((word[0] >> 5) + key[3]);
+    }
+    std::array<char, 64> text{};
+    std::snprintf(text.data(), text.size(), "%X%zX%.10u%.10u", index, plain.size(), word[0], word[1]);
+    return text.data();
+}
+
+std::string Unscrambled(const std::string& text) {
+    std::string plain = "########!";
+    return UnscramblePassword(text.c_str(), plain.data()) == 0 ? plain.c_str() : plain;
+}
+
+TEST(Scramble, EveryLengthAndEveryKeyComesBack) {
+    unsigned keys = 0;
+    for (g_unixSeconds = 1; g_unixSeconds <= 300; ++g_unixSeconds) {
+        const char* const plain = &"Pa\xE4 ,=9z"[g_unixSeconds % 9];
+        std::string text(24, '#'), again = text;
+        ASSERT_EQ(ScramblePassword(plain, text.data()) | ScramblePassword(plain, again.data()), 0);
+        ASSERT_EQ(text, again); // still the same second
+        const std::size_t index = std::string("0123456789ABCDEF").find(text[0]);
+        ASSERT_EQ(text, ScrambledByHand(static_cast<unsigned>(index), plain) + std::string("\0#", 2));
+        ASSERT_EQ(Unscrambled(text), plain);
+        keys |= 1U << index;
+    }
+    EXPECT_EQ(keys, 0xFFFFU);
+}
+
+TEST(Scramble, RefusalsAndOddTexts) {
+    g_debugOutput.clear();
+    std::string out = "untouched";
+    EXPECT_EQ(ScramblePassword("ninechars", out.data()), -1);
+    EXPECT_EQ(ScramblePassword(nullptr, out.data()), -1);
+    EXPECT_EQ(ScramblePassword("AAAA", nullptr), -1);
+    EXPECT_EQ(UnscramblePassword(nullptr, out.data()), -1);
+    EXPECT_EQ(UnscramblePassword(ScrambledByHand(0, "").c_str(), nullptr), -1);
+    EXPECT_EQ(out + g_debugOutput, "untouchedttt2Debugttt2Debugttt2Debug");
+    const std::string digits = ScrambledByHand(0, "Secret12").substr(2);
+    EXPECT_EQ(Unscrambled("x8" + digits), "Secret12"); // no digit: key 0
+    EXPECT_EQ(Unscrambled("a" + ScrambledByHand(10, "abc").substr(1)), "abc");
+    EXPECT_EQ(Unscrambled("03" + digits), "Sec");
+    EXPECT_EQ(Unscrambled("0x" + digits), "");
+    EXPECT_EQ(Unscrambled("09" + digits), "########!");
+    EXPECT_EQ(Unscrambled("08" + digits.substr(0, 19)), "########!");
+    EXPECT_EQ(Unscrambled("08" + digits + "9"), "Secret12");
+    EXPECT_EQ(Unscrambled("0842949672964294967297"), Unscrambled("0800000000000000000001")); // modulo 2^32
+    EXPECT_EQ(Unscrambled("0812x456789012345 7890"), Unscrambled("0800000000120000012345"));
+}
+
+// The boxes shown, and the destination that the two registry values (empty: not there) lead to.
+std::string Destination(const std::string& user, const std::string& machine, bool loaded = true) {
+    const CScratchFolder folder;
+    for (const auto& [variable, value] :
+         {std::pair{"RUVO_REGISTRY_USER", user}, {"RUVO_REGISTRY_MACHINE", machine}}) {
+        const std::string name = value.empty() ? "Other=" : "Q7SecurityLogs=";
+        folder.Write(variable, "[SOFTWARE\\Halvex\\Norvo Q7 Studio]\n" + name + value);
+        setenv(variable, folder.Native(variable).c_str(), 1);
+    }
+    CRunContext context;
+    context.Config() = Load("[RUVO_GENERAL]\nEventRootDir=C:\\ini root");
+    ResolveDestinationRoot(context, loaded);
+    return std::exchange(g_messageBoxes, "") + context.DestinationRoot() +
+           (context.IsDestinationFromRegistry() ? "|registry" : "|file");
+}
+
+TEST(Destination, RegistryRules) {
+    const CScratchFolder folder;
+    const std::string present = folder.Path();
+    const std::string unusable = folder.Write("file", "") + "\\below";
+    EXPECT_EQ(Destination("", ""), "C:\\ini root|file");
+    EXPECT_EQ(Destination("", "", false), "|file");
+    EXPECT_EQ(Destination(present, unusable, false), present + "\\RUVO\\|registry");
+    EXPECT_EQ(Destination(present + "\\new\\deep\\", ""), present + "\\new\\deep\\RUVO\\|registry");
+    EXPECT_EQ(Destination("", unusable), unusable + "\\RUVO\\|registry"); // the machine's goes untested
+    EXPECT_EQ(Destination("", "C:\\" + std::string(260, 'x')), "|registry");
+    EXPECT_EQ(Destination(unusable, ""), "C:\\ini root|file");
+    const std::string box = "Information|Registry entry with destination path for current user is invalid.\n"
+                            "Events will be extracted with use of default application settings.\n"
+                            "Destination path: ";
+    EXPECT_EQ(Destination(unusable, present), box + present + "|" + present + "\\RUVO\\|registry");
+}
+
+} // namespace ruvo

@@ -1,0 +1,126 @@
+#include "config/run_context.h"
+#include "log/connection_details.h"
+#include "log/error_log.h"
+#include "log/status_text.h"
+#include "support/fake_system.h"
+#include "support/scratch_folder.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+namespace ruvo {
+
+class CErrorLog : public testing::Test {
+protected:
+    CErrorLog() {
+        ResetErrorLog();
+        ResetConnectionDetails();
+        g_debugOutput.clear();
+        g_localTime = SCalendarTime{2024, 3, 5, 14, 7, 9};
+    }
+    static std::string UseLog(const std::string& path, bool given = true,
+                              const std::string& registryRoot = "", bool loaded = true) {
+        SRuvoConfigFields fields;
+        fields.errorLogPath = path;
+        fields.errorLogPathGiven = given;
+        CRunContext context;
+        context.Config() = CRuvoConfig(fields);
+        context.SetDestinationRoot(registryRoot);
+        context.SetDestinationFromRegistry(!registryRoot.empty());
+        ResolveErrorLogPath(context, loaded);
+        return ErrorLogPath();
+    }
+    CScratchFolder m_folder;
+};
+
+TEST_F(CErrorLog, PathRules) {
+    EXPECT_EQ(UseLog("C:\\ev\\x.log", false), "C:\\ev\\x.log");
+    EXPECT_EQ(UseLog("", false, "", false), "");
+    EXPECT_EQ(UseLog("C:\\ev\\x.log", true, "C:\\q7\\RUVO\\"), "C:\\ev\\x.log");
+    EXPECT_EQ(UseLog("C:\\ev\\x.log", false, "C:\\q7\\RUVO\\"), "C:\\q7\\RUVO\\RUVO_Errors.log");
+    EXPECT_EQ(UseLog("", true, "C:\\q7\\RUVO\\", false), "C:\\q7\\RUVO\\RUVO_Errors.log");
+    EXPECT_EQ(UseLog("", false, "C:\\a\\..\\b\\"), "C:\\b\\RUVO_Errors.log");
+}
+
+TEST_F(CErrorLog, LinesByteForByte) {
+    UseLog(m_folder.Write("run.log", "kept\n"));
+    LogMessage("fresh.", true);
+    SConnectionDetails& now = ConnectionDetails() = {true, true, "COM2", "Acme 56k", "10.0.0.5", 7, 0};
+    LogMessage("e", true);
+    now.ethernetLink = false;
+    LogMessage("s.", true);
+    now.serialLink = false;
+    LogMessage("m.", true);
+    LogMessage("plain", false);
+    LogStatusMessage("Failed to close COM port.", 15);
+    LogStatusMessage("Failed.", 0x0211);
+    g_localTime.reset();
+    WriteLogLine("a\r\n\r\nb\tc\x01\x01 d\n\xC3\xA4%s");
+    const std::string want =
+        "kept\n"
+        "2024/03/05 14:07:09 fresh. Connection details - modem name: , device address: -1.\r\n"
+        "2024/03/05 14:07:09 e Connection details - IP address: 10.0.0.5, device address: 7, bus address: "
+        "0.\r\n"
+        "2024/03/05 14:07:09 s. Connection details - COM Port: COM2, device address: 7.\r\n"
+        "2024/03/05 14:07:09 m. Connection details - modem name: Acme 56k, device address: 7.\r\n"
+        "2024/03/05 14:07:09 plain\r\n"
+        "2024/03/05 14:07:09 Failed to close COM port. P32LS status: P32LS Error - no port open\r\n"
+        "2024/03/05 14:07:09 Failed. P32LS status: Cell data not available\r\n"
+        "Invalid DateTime a b c   d \xC3\xA4%s\r\n";
+    EXPECT_EQ(m_folder.Read("run.log"), want);
+    EXPECT_EQ(g_debugOutput, "");
+    UseLog(m_folder.Path("logs\\deep\\run.log"));
+    WriteLogLine("folder is made");
+    EXPECT_EQ(m_folder.Read("logs/deep/run.log"), "Invalid DateTime folder is made\r\n");
+}
+
+TEST_F(CErrorLog, DisabledOrWithoutPathWritesNothing) {
+    for (const bool disabled : {false, true}) {
+        UseLog(disabled ? m_folder.Path("logs\\run.log") : "");
+        SetErrorLogDisabled(disabled);
+        LogStatusMessage("lost", 2);
+        WriteLogLine("lost");
+    }
+    EXPECT_FALSE(m_folder.Has("logs"));
+    EXPECT_EQ(g_debugOutput.find("Error log : no path is known. Line lost: "), 0U) << "a line without a home is told";
+}
+
+TEST_F(CErrorLog, UnwritableLogTellsTheDebugOutput) {
+    m_folder.Write("file", "");
+    for (const char* name : {"file\\run.log", "", "missing\\", "wrong?\\run.log"}) {
+        g_debugOutput.clear();
+        const std::string start = "Error log " + UseLog(m_folder.Path(name)) + ": ";
+        WriteLogLine("lost");
+        EXPECT_TRUE(g_debugOutput.starts_with(start)) << name;
+        EXPECT_TRUE(g_debugOutput.ends_with(" Line lost: 2024/03/05 14:07:09 lost\n")) << name;
+    }
+    EXPECT_FALSE(m_folder.Has("missing"));
+}
+
+// A limit on the size of files cuts the write short, as a full disk would.
+TEST_F(CErrorLog, PartOfALineIsTakenBack) {
+    UseLog(m_folder.Write("run.log", "kept\r\n"));
+    rlimit limit{};
+    ::getrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit before = std::exchange(limit, rlimit{16, limit.rlim_max});
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+    WriteLogLine("does not fit");
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_NE(g_debugOutput, "");
+    EXPECT_EQ(m_folder.Read("run.log"), "kept\r\n");
+}
+
+TEST(StatusText, NumberOfEveryStatus) {
+    std::istringstream rows(
+        "0 1 1 209 0  2 54 1 139 1  55 55 1 184 0  56 61 1 193 1  62 67 1 195 0  68 71 1 205 1 "
+        "72 249 1 209 0  250 250 1 213 0  251 253 1 210 1  254 272 1 209 0  274 528 1 209 0 "
+        "273 2321 256 129 1  2577 65297 256 138 0  65553 2147483647 65536 209 0");
+    std::uint32_t first = 0, last = 0, step = 0, firstId = 0, idStep = 0;
+    while (rows >> first >> last >> step >> firstId >> idStep) {
+        for (std::uint32_t i = 0; first + i * step <= last; ++i) {
+            EXPECT_EQ(StatusToStringId(first + i * step), firstId + i * idStep) << first + i * step;
+        }
+    }
+}
+
+} // namespace ruvo
