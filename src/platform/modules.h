@@ -25,6 +25,8 @@ public:
 
     /// Loads the module at a full path; false when it, or something it depends on, is missing.
     bool Load(const std::string& path);
+    /// Why the last Load failed, in the system's words; empty when it did not.
+    const std::string& FailureText() const;
     bool IsLoaded() const;
     void Unload();
 

@@ -62,6 +62,7 @@ bool CanReadModule(const std::string& path) {
 
 struct CModule::SHandle {
     void* module = nullptr;
+    std::string failure;
 };
 
 CModule::CModule() : m_handle(std::make_unique<SHandle>()) {}
@@ -72,10 +73,21 @@ CModule::~CModule() {
 
 bool CModule::Load(const std::string& path) {
     Unload();
-    if (const auto native = ToNativePath(path)) {
-        m_handle->module = dlopen(ModuleFile(*native).c_str(), RTLD_NOW | RTLD_LOCAL);
+    m_handle->failure.clear();
+    const auto native = ToNativePath(path);
+    if (!native) {
+        m_handle->failure = path + ": no such drive";
+        return false;
+    }
+    m_handle->module = dlopen(ModuleFile(*native).c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (!IsLoaded()) {
+        m_handle->failure = dlerror();
     }
     return IsLoaded();
+}
+
+const std::string& CModule::FailureText() const {
+    return m_handle->failure;
 }
 
 bool CModule::IsLoaded() const {

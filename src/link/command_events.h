@@ -1,0 +1,37 @@
+// The two events of the command discipline: "abort the running command" and "the command has completed".
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+
+namespace ruvo {
+
+/// Both events stay signalled until they are reset. The completion carries its status, so a status can never
+/// be read without its event. Every operation may be called from any thread.
+class CCommandEvents {
+public:
+    enum class EWake : std::uint8_t { Completed, Abort };
+
+    void SignalAbort();
+    bool IsAbortSignalled();
+    /// Resets the abort event; true when it was signalled.
+    bool TakeAbort();
+
+    void ResetCompletion();
+    void SignalCompletion(std::uint32_t status);
+
+    /// Waits without time-out for either event; when both are signalled the completion wins.
+    EWake WaitForAny();
+    /// Waits without time-out for the completion and returns its status.
+    std::uint32_t WaitForCompletion();
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_abort = false;
+    bool m_completed = false;
+    std::uint32_t m_status = 0;
+};
+
+} // namespace ruvo

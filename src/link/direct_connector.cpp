@@ -1,0 +1,83 @@
+// The direct connector: the server is a loadable module that is called in this process.
+#include "link/server_connection.h"
+#include "link/server_module.h"
+
+#include "platform/full_path.h"
+#include "platform/modules.h"
+#include "platform/registry.h"
+#include "protocol/trace.h"
+
+namespace ruvo {
+
+namespace {
+
+constexpr std::size_t kPathCapacity = 4096;
+
+/// Where the server is registered, else the module beside our own code.
+std::string FindServerModule() {
+    constexpr const char* kClassKey = "CLSID\\{9A69E99F-E86F-455D-B971-355C1139963E}";
+    for (const ERegistryRoot root : {ERegistryRoot::CurrentUser, ERegistryRoot::LocalMachine}) {
+        const auto path = ReadRegistryValue(root, kClassKey, "InprocServer32", kPathCapacity);
+        if (path && !path->empty()) {
+            return FullPath(path->substr(0, path->find('\0')));
+        }
+    }
+    return CodeFolder() + "\\p32ls.dll";
+}
+
+/// A server inside a module; keeps the module loaded as long as the connection lives.
+class CDirectConnection final : public IServerConnection {
+public:
+    CDirectConnection() = default;
+    CDirectConnection(const CDirectConnection&) = delete;
+    CDirectConnection& operator=(const CDirectConnection&) = delete;
+    ~CDirectConnection() override {
+        if (m_inner == nullptr) {
+            return;
+        }
+        try {
+            m_table->Disconnect(m_inner);
+        } catch (...) { // a module that fails while it is let go has been let go
+        }
+    }
+
+    bool Open(const std::string& path) {
+        if (!m_module.Load(path)) {
+            TraceError("Comms server cannot be loaded: %s", m_module.FailureText().c_str());
+            return false;
+        }
+        const auto entry = reinterpret_cast<ServerEntryPoint>(m_module.FindEntry(kServerEntryPoint));
+        m_table = entry == nullptr ? nullptr : entry();
+        if (m_table == nullptr || m_table->interfaceVersion != kServerInterfaceVersion) {
+            TraceError("Comms server %s has no entry point of interface version %u", path.c_str(),
+                       kServerInterfaceVersion);
+            return false;
+        }
+        m_inner = m_table->Connect();
+        if (m_inner == nullptr) {
+            TraceError("Comms server %s refused to start", path.c_str());
+        }
+        return m_inner != nullptr;
+    }
+
+    IP32ls& Server() override { return m_inner->Server(); }
+    bool Advise(IP32lsSink_v2& sink, std::uint32_t& cookie) override { return m_inner->Advise(sink, cookie); }
+    void Unadvise(std::uint32_t cookie) override { m_inner->Unadvise(cookie); }
+
+private:
+    CModule m_module;
+    const SServerModule* m_table = nullptr;
+    IServerConnection* m_inner = nullptr;
+};
+
+} // namespace
+
+std::unique_ptr<IServerConnection> ConnectToServer() {
+    auto connection = std::make_unique<CDirectConnection>();
+    if (!connection->Open(FindServerModule())) {
+        return nullptr;
+    }
+    return connection;
+}
+
+} // namespace ruvo

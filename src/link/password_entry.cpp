@@ -1,0 +1,156 @@
+// Entering a password on the caller's behalf: what is common to all generations of access control.
+#include "link/request_pattern.h"
+
+#include "protocol/parlane_integers.h"
+#include "protocol/parlane_text.h"
+#include "protocol/trace.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace ruvo {
+
+namespace {
+
+/// Copies a text into a record field: at most the field's size less its NUL.
+template <std::size_t Size>
+void CopyField(char (&field)[Size], const CParlaneData* value) {
+    std::fill(std::begin(field), std::end(field), '\0');
+    const auto* text = dynamic_cast<const CParlaneText*>(value);
+    if (text != nullptr) {
+        text->GetText().copy(field, Size - 1);
+    }
+}
+
+/// A value of the same type and size holding 0; null for a type that the guard cell does not use.
+std::unique_ptr<CParlaneData> MakeZero(const CParlaneData& value) {
+    if (const auto* number = dynamic_cast<const CParlaneUint*>(&value)) {
+        return std::make_unique<CParlaneUint>(0U, number->GetSize());
+    }
+    if (const auto* number = dynamic_cast<const CParlaneInt*>(&value)) {
+        return std::make_unique<CParlaneInt>(0, number->GetSize());
+    }
+    if (const auto* index = dynamic_cast<const CParlaneStringIndex*>(&value)) {
+        return std::make_unique<CParlaneStringIndex>(std::uint16_t{0}, index->GetSize());
+    }
+    return nullptr;
+}
+
+} // namespace
+
+void CP32Wrap::ProcessPasswordRequest(CProgressMonitor* monitor, LinkStatus& status, bool& passwordEntered,
+                                      bool& repeat, const std::string& message, CellAddress cell) {
+    // A request made during an entry must not start a second one: a hostile relay would recurse us to death.
+    if (IsPasswordRequest(status) && !m_enteringPassword) {
+        if (cell == 0) {
+            TraceInfo("%s", message.c_str());
+        } else {
+            TraceInfo("P32Wrap::ProcessPasswordRequest: Password requested for cell %02X.%02X. %s",
+                      ColumnOf(cell), RowOf(cell), message.c_str());
+        }
+        status = EnterPassword(monitor, passwordEntered);
+        if (IsWriteGood(status)) {
+            passwordEntered = true;
+            return;
+        }
+    }
+    repeat = false;
+}
+
+LinkStatus CP32Wrap::EnterPassword(CProgressMonitor* monitor, bool passwordEntered) {
+    const auto self = shared_from_this();
+    m_entryMonitor = monitor;
+    m_enteringPassword = true;
+    LinkStatus status = kLinkAborted;
+    std::unique_ptr<CParlaneData> guardValue;
+    try {
+        ClearPasswordGuard(guardValue);
+        status = EnterPasswordByGeneration(passwordEntered);
+    } catch (...) { // an application's callback may do anything; our own callers are promised a status
+        TraceError("CP32Wrap::EnterPassword : Exception occured during method execution");
+    }
+    RestorePasswordGuard(guardValue.get());
+    m_enteringPassword = false;
+    m_entryMonitor = nullptr;
+    return m_events.TakeAbort() ? kLinkAborted : status;
+}
+
+/// Clears the guard cell. `saved` becomes the value to write back afterwards, and stays null when there is
+/// nothing to restore.
+void CP32Wrap::ClearPasswordGuard(std::unique_ptr<CParlaneData>& saved) {
+    constexpr std::size_t kLimitCount = 5; // only a full set of limits begins with the present value
+    std::unique_ptr<CParlaneData> value;
+    CParlaneDataArray limits;
+    LinkStatus status = GetSettingLimits(m_entryMonitor, cells::kPasswordGuard, limits);
+    if (status == kLinkGood && limits.size() == kLimitCount) {
+        value = std::move(limits.front());
+    } else if (status != kLinkAborted) {
+        value = ReadFirstValue(cells::kPasswordGuard, status);
+    }
+    const std::unique_ptr<CParlaneData> zero =
+        value == nullptr || value->GetUnsigned() == 0 ? nullptr : MakeZero(*value);
+    if (zero == nullptr) {
+        return;
+    }
+    if (IsWriteGood(ChangeSetting(m_entryMonitor, cells::kPasswordGuard, *zero))) {
+        saved = std::move(value);
+    }
+    ReadFirstValue(cells::kPasswordGuard, status);
+}
+
+void CP32Wrap::RestorePasswordGuard(const CParlaneData* saved) noexcept {
+    if (saved == nullptr) {
+        return;
+    }
+    m_restoringGuard = true;
+    try {
+        if (!IsWriteGood(ChangeSetting(m_entryMonitor, cells::kPasswordGuard, *saved))) {
+            TraceError("CP32Wrap::EnterPassword : Cell BF.03 could not be restored");
+        }
+    } catch (...) { // nothing that could still be done for the cell
+    }
+    m_restoringGuard = false;
+}
+
+SPasswordRequest CP32Wrap::BuildPasswordRequest(std::uint8_t securityColumn) {
+    SPasswordRequest request{};
+    LinkStatus status = kLinkGood;
+    CopyField(request.description, ReadFirstValue(cells::kDescription, status).get());
+    CopyField(request.plant, ReadFirstValue(cells::kPlant, status).get());
+    CopyField(request.model, ReadFirstValue(cells::kModel, status).get());
+    CopyField(request.serialNumber, ReadFirstValue(cells::kSerialNumber, status).get());
+    CopyField(request.software, ReadFirstValue(cells::kSoftware, status).get());
+    if (ReadFirstValue(cells::kSecurityVersion, status) != nullptr) {
+        const CellAddress cell = MakeCellAddress(securityColumn, cells::kDisplayTextRow);
+        CopyField(request.displayText, ReadFirstValue(cell, status).get());
+    } else {
+        ReadFirstValue(cells::kSecondIdentification, status);
+    }
+    return request;
+}
+
+LinkStatus CP32Wrap::EnterPasswordByGeneration(bool passwordEntered) {
+    LinkStatus status = kLinkGood;
+    const std::unique_ptr<CParlaneData> value = ReadFirstValue(cells::kSecurityColumn, status);
+    const auto column = static_cast<std::uint8_t>(value == nullptr ? 0 : value->GetUnsigned() & 0xFFU);
+    const SPasswordRequest request = BuildPasswordRequest(column);
+    std::uint32_t version = 0;
+    if (ExtractCSVersion(version) != kLinkGood) {
+        version = 0;
+    }
+    if (IsEntryAborted()) { // what could not be read for that reason says nothing of the relay
+        return kLinkAborted;
+    }
+    switch (version) {
+    case 0:
+        return EnterNonCyberSecurityPassword(request, passwordEntered);
+    case 1:
+        return EnterCyberSecurityPassword(request, passwordEntered, column);
+    case 2:
+        return EnterCyberSecurityBrickIntegratedLoginAndPassword(request, passwordEntered, column);
+    default:
+        return EnterCyberSecurityBrickIntegratedLoginAndPasswordCSEd3(request, passwordEntered, column);
+    }
+}
+
+} // namespace ruvo

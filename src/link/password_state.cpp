@@ -1,0 +1,10 @@
+#include "link/password_state.h"
+
+namespace ruvo {
+
+SPasswordState& PasswordState() {
+    static SPasswordState state;
+    return state;
+}
+
+} // namespace ruvo

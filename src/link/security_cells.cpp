@@ -1,0 +1,180 @@
+// What a password entry reads of the relay: single cells, and what they say of its access control.
+#include "link/request_pattern.h"
+
+#include "protocol/parlane_integers.h"
+#include "protocol/parlane_text.h"
+#include "protocol/trace.h"
+
+#include <algorithm>
+
+namespace ruvo {
+
+namespace {
+
+constexpr std::uint32_t kUserNameLength = sizeof(SUserName::text) - 1;
+
+/// A user name out of a relay's text: cut or filled up with blanks.
+SUserName MakeUserName(const std::string& text) {
+    SUserName name{};
+    std::fill_n(name.text, kUserNameLength, ' ');
+    text.copy(name.text, kUserNameLength);
+    return name;
+}
+
+} // namespace
+
+std::unique_ptr<CParlaneData> CP32Wrap::ReadFirstValue(CellAddress cell, LinkStatus& status) {
+    CParlaneDataArray values;
+    status = GetValue(m_entryMonitor, cell, values);
+    if (status != kLinkGood || values.empty()) {
+        return nullptr;
+    }
+    return std::move(values.front());
+}
+
+std::optional<std::int64_t> CP32Wrap::ReadNumber(CellAddress cell, LinkStatus& status) {
+    const std::unique_ptr<CParlaneData> value = ReadFirstValue(cell, status);
+    if (value == nullptr || value->GetTypeCode() == kTypeInvalid) {
+        return std::nullopt;
+    }
+    // A negative number must stay one: the number of users is compared with 0.
+    const std::uint32_t number = value->GetUnsigned();
+    return value->GetTypeCode() == kTypeInt ? std::int64_t{static_cast<std::int32_t>(number)}
+                                            : std::int64_t{number};
+}
+
+std::optional<std::string> CP32Wrap::ReadText(CellAddress cell) {
+    LinkStatus status = kLinkGood;
+    const std::unique_ptr<CParlaneData> value = ReadFirstValue(cell, status);
+    const auto* text = dynamic_cast<const CParlaneText*>(value.get());
+    return text == nullptr ? std::nullopt : std::optional(text->GetText());
+}
+
+/// Length of the password that a cell takes: the size of the first of its limits; none when they cannot be
+/// read.
+std::optional<std::uint32_t> CP32Wrap::ReadPasswordLength(CellAddress cell) {
+    CParlaneDataArray limits;
+    if (GetSettingLimits(m_entryMonitor, cell, limits) != kLinkGood || limits.empty()) {
+        return std::nullopt;
+    }
+    return static_cast<std::uint32_t>(limits.front()->GetSize());
+}
+
+/// The names of the first `count` users; false when one cannot be read, or when the column has no room for so
+/// many: a relay may claim billions.
+bool CP32Wrap::ReadUserNames(std::uint8_t securityColumn, std::int64_t count, std::vector<SUserName>& names) {
+    names.clear();
+    if (count > std::int64_t{cells::kMaxUsers}) {
+        return false;
+    }
+    for (std::int64_t i = 0; i < count; ++i) {
+        const auto row = static_cast<std::uint8_t>(cells::kFirstUserRow + i);
+        const std::optional<std::string> text = ReadText(MakeCellAddress(securityColumn, row));
+        if (!text) {
+            return false;
+        }
+        names.push_back(MakeUserName(*text));
+    }
+    return true;
+}
+
+LinkStatus CP32Wrap::ExtractCSVersion(std::uint32_t& version) {
+    LinkStatus status = kLinkGood;
+    const std::unique_ptr<CParlaneData> value = ReadFirstValue(cells::kSecurityVersion, status);
+    if (value == nullptr) {
+        TraceError("CP32Wrap::ExtractCSVersion : Error during obtaining Cyber Security version.");
+        return kLinkAborted;
+    }
+    version = value->GetUnsigned();
+    TraceInfo("CP32Wrap::ExtractCSVersion : Cyber Security version: %d", static_cast<int>(version));
+    return kLinkGood;
+}
+
+LinkStatus CP32Wrap::ExtractCSUsernamesCount(std::int64_t& count) {
+    LinkStatus status = kLinkGood;
+    const std::optional<std::int64_t> number = ReadNumber(cells::kUserCount, status);
+    if (!number) {
+        TraceError(
+            "CP32Wrap::ExtractCSUsernamesCount : Error during obtaining number of users from the device");
+        return kLinkAborted;
+    }
+    count = *number;
+    return kLinkGood;
+}
+
+LinkStatus CP32Wrap::ExtractCSAvailableUsernames(std::vector<SUserName>& names) {
+    LinkStatus status = kLinkGood;
+    std::uint32_t length = 0;
+    std::int64_t count = 0;
+    const std::optional<std::int64_t> column = ReadNumber(cells::kSecurityColumn, status);
+    if (!column || DetermineCSUsernameMaxLength(length) != kLinkGood ||
+        ExtractCSUsernamesCount(count) != kLinkGood ||
+        !ReadUserNames(static_cast<std::uint8_t>(*column & 0xFF), count, names)) {
+        TraceError(
+            "CP32Wrap::ExtractCSAvailableUsernames : Error during obtaining list of usernames from the "
+            "device.");
+        return kLinkAborted;
+    }
+    for (const SUserName& name : names) {
+        TraceInfo("CP32Wrap::ExtractCSAvailableUsernames : Username: %s", name.text);
+    }
+    return kLinkGood;
+}
+
+bool CP32Wrap::ExtractCSEd3SATSupported() {
+    LinkStatus status = kLinkGood;
+    const bool present = ReadFirstValue(cells::kSecondEditionProbe, status) != nullptr;
+    TraceInfo("CP32Wrap::ExtractCSEd3SATSupported : CP32Wrap::GetValue: %d", static_cast<int>(status));
+    return !present;
+}
+
+LinkStatus CP32Wrap::DetermineCSPasswordMaxLength(std::uint32_t& length) {
+    constexpr std::uint32_t kLengths[] = {4, 8, 16}; // by version
+    constexpr std::uint32_t kLongLength = 32;
+    length = kLengths[0];
+    std::uint32_t version = 0;
+    if (ExtractCSVersion(version) != kLinkGood) {
+        TraceInfo("CP32Wrap::DetermineCSPasswordMaxLength : Enable to extract CS version.");
+        return kLinkAborted;
+    }
+    if (version < std::size(kLengths)) {
+        length = kLengths[version];
+    } else {
+        length = ExtractCSEd3SATSupported() ? kLongLength : kLengths[2];
+    }
+    TraceInfo("CP32Wrap::DetermineCSPasswordMaxLength : Password length: %d", static_cast<int>(length));
+    return kLinkGood;
+}
+
+LinkStatus CP32Wrap::DetermineCSUsernameMaxLength(std::uint32_t& length) {
+    constexpr std::uint32_t kUntracedVersion = 2; // its names have the same length
+    length = kUserNameLength;
+    std::uint32_t version = 0;
+    if (ExtractCSVersion(version) != kLinkGood) {
+        TraceError(
+            "CP32Wrap::DetermineCSUsernameMaxLength : Error during obtaining length of username from the "
+            "device");
+        return kLinkAborted;
+    }
+    if (version != kUntracedVersion) {
+        TraceInfo("CP32Wrap::DetermineCSUsernameMaxLength : Username length: %d", static_cast<int>(length));
+    }
+    return kLinkGood;
+}
+
+LinkStatus CP32Wrap::DetermineCSSATSupported(bool& supported) {
+    constexpr std::uint32_t kLastVersionWithout = 2;
+    std::uint32_t version = 0;
+    supported = false;
+    if (ExtractCSVersion(version) != kLinkGood) {
+        TraceInfo("CP32Wrap::DetermineCSSATSupported : Error during obtaining whether is Cyber Security SAT "
+                  "supported.");
+        return kLinkAborted;
+    }
+    // The probe cell is read only where it decides.
+    supported = version > kLastVersionWithout && ExtractCSEd3SATSupported();
+    TraceError("CP32Wrap::DetermineCSSATSupported(): Is Cyber Security SAT supported: %d", supported ? 1 : 0);
+    return kLinkGood;
+}
+
+} // namespace ruvo

@@ -1,0 +1,107 @@
+// The security event trace: one line for every write to a relay, and the application's callback.
+#include "link/request_pattern.h"
+#include "link/security_time.h"
+
+#include "platform/clock.h"
+#include "protocol/byte_cursor.h"
+#include "protocol/data_factory.h"
+#include "protocol/parlane_integers.h"
+#include "protocol/trace.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace ruvo {
+
+namespace {
+
+// Codes that stand in the place of a cell address.
+constexpr std::uint16_t kResetCellCode = 0xFFFD;
+constexpr std::uint16_t kChangeBreakerCode = 0xFFFC;
+constexpr std::uint16_t kCellChangeCode = 0xFFFB;
+
+constexpr std::size_t kTaggedHeaderSize = 1 + 1; // type code and length
+
+std::string CellLabel(const char* what, CellAddress cell) {
+    char label[32];
+    std::snprintf(label, sizeof label, "%s %02X.%02X", what, ColumnOf(cell), RowOf(cell));
+    return label;
+}
+
+std::vector<std::uint8_t> TaggedBytes(const CParlaneData& value) {
+    std::vector<std::uint8_t> bytes;
+    CDataFactory::AppendTagged(&value, bytes);
+    return bytes;
+}
+
+/// Texts as their characters, anything else as hexadecimal bytes, between single quotes.
+std::string RenderValue(std::span<const std::uint8_t> tagged) {
+    const std::span<const std::uint8_t> data = tagged.subspan(kTaggedHeaderSize);
+    if (tagged[0] == kTypeText) {
+        std::string characters(data.begin(), data.end());
+        std::ranges::replace(characters, '\0', '.'); // would end the line early
+        return "'" + characters + "'";
+    }
+    std::string text = "'";
+    for (std::size_t i = 0; i < data.size(); ++i) {
+        char byte[8];
+        std::snprintf(byte, sizeof byte, i == 0 ? "0x%02X" : " 0x%02X", data[i]);
+        text += byte;
+    }
+    return text + "'";
+}
+
+} // namespace
+
+CParlaneIEC870 SecurityTimeStamp() {
+    CParlaneIEC870 stamp;
+    const std::optional<SCalendarTime> now = LocalTime();
+    if (now) {
+        stamp.SetYear(static_cast<unsigned>(now->year % 100));
+        stamp.SetMonth(static_cast<unsigned>(now->month));
+        stamp.SetDay(static_cast<unsigned>(now->day));
+        stamp.SetHour(static_cast<unsigned>(now->hour));
+        stamp.SetMinute(static_cast<unsigned>(now->minute));
+        stamp.SetMilliseconds(static_cast<unsigned>(now->second) * 1000);
+    }
+    stamp.SetInvalid(!now);
+    stamp.SetSummerTime(IsDaylightTime());
+    return stamp;
+}
+
+void CP32Wrap::LogWrite(CellAddress cell, const CParlaneIEC870& time, const CParlaneData& value) {
+    if (cell == cells::kBreaker) {
+        LogSecurityEvent(kChangeBreakerCode, "Change Breaker", time, value);
+    } else if (m_settingChangeMode) {
+        LogSecurityEvent(cell, "Setting change", time, value);
+    } else {
+        LogSecurityEvent(kCellChangeCode, CellLabel("Cell change", cell), time, value);
+    }
+}
+
+void CP32Wrap::LogReply(CellAddress cell, const CParlaneIEC870& time, LinkStatus status) {
+    LogSecurityEvent(cell, "Setting reply code", time, CParlaneUint((status >> 8U) & 0xFFU, 1));
+}
+
+void CP32Wrap::LogReset(CellAddress cell, const CParlaneIEC870& time) {
+    if (cell != cells::kPassword) {
+        LogSecurityEvent(kResetCellCode, CellLabel("Reset cell", cell), time, CParlaneUint(0, 2));
+    }
+}
+
+void CP32Wrap::LogSecurityEvent(std::uint16_t code, const std::string& label, const CParlaneIEC870& time,
+                                const CParlaneData& value) {
+    const std::vector<std::uint8_t> stamp = TaggedBytes(time);
+    const std::vector<std::uint8_t> tagged = TaggedBytes(value);
+    const unsigned milliseconds = stamp[2] + 256U * stamp[3];
+    TraceInfo("P32Wrap : Security Event : %04d-%02d-%02d %02d:%02d:%02u.%03u  '%16s' [%02X.%02X] '%-24s'  "
+              "dt:0x%02X  dl:0x%02X  dv:%s",
+              (stamp[8] & 0x7F) + 2000, stamp[7] & 0x0F, stamp[6] & 0x1F, stamp[5] & 0x1F, stamp[4] & 0x3F,
+              milliseconds / 1000, milliseconds % 1000, m_userName, ColumnOf(code), RowOf(code),
+              label.c_str(), tagged[0], tagged[1], RenderValue(tagged).c_str());
+    if (const SecurityEventFunction callback = Callbacks().securityEvent) {
+        callback(m_userName, code, label.c_str(), stamp, tagged);
+    }
+}
+
+} // namespace ruvo

@@ -1,0 +1,24 @@
+// The entry point of a comms server that is a loadable module and called directly.
+#pragma once
+
+#include "link/server_connection.h"
+
+#include <cstdint>
+
+namespace ruvo {
+
+/// What the module's entry point returns. The version stands first, so that a client can always read it.
+struct SServerModule {
+    std::uint32_t interfaceVersion; ///< kServerInterfaceVersion of the headers that the module was built with
+    IServerConnection* (*Connect)(); ///< a new connection, or null; released with Disconnect
+    void (*Disconnect)(IServerConnection*);
+};
+
+/// Grows with every change of IP32ls, IP32lsSink_v2, Variant, IServerConnection or SServerModule.
+inline constexpr std::uint32_t kServerInterfaceVersion = 1;
+
+/// Name and type of the entry point: a C function that returns a table which lives as long as the module.
+inline constexpr const char* kServerEntryPoint = "P32lsModule";
+using ServerEntryPoint = const SServerModule* (*)();
+
+} // namespace ruvo

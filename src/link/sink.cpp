@@ -1,0 +1,51 @@
+#include "link/sink.h"
+
+#include "link/link_status.h"
+#include "link/p32_wrap.h"
+
+namespace ruvo {
+
+namespace {
+
+LinkStatus StatusOf(const Variant& variant) {
+    std::int32_t number = 0;
+    return variant.ToI4(number) ? static_cast<LinkStatus>(number) : kLinkComFailure;
+}
+
+} // namespace
+
+void CP32lsSink_v2::OnProgress(const Variant& done, const Variant& total) noexcept {
+    std::int32_t doneCount = 0;
+    std::int32_t totalCount = 0;
+    const std::shared_ptr<CP32Wrap> wrap = CP32Wrap::HoldInstance();
+    if (wrap != nullptr && done.ToI4(doneCount) && total.ToI4(totalCount)) {
+        wrap->ReportProgress(static_cast<std::uint32_t>(doneCount), static_cast<std::uint32_t>(totalCount));
+    }
+}
+
+void CP32lsSink_v2::OnCommandComplete(const Variant& status) noexcept {
+    // A status that is no number still ends the command: nothing else would ever wake its wait.
+    if (const std::shared_ptr<CP32Wrap> wrap = CP32Wrap::HoldInstance()) {
+        wrap->m_events.SignalCompletion(StatusOf(status));
+    }
+}
+
+void CP32lsSink_v2::OnCommandCompleteAlt(const Variant& status) noexcept {
+    OnCommandComplete(status);
+}
+
+void CP32lsSink_v2::OnLineStatus(const Variant& status) noexcept {
+    if (const std::shared_ptr<CP32Wrap> wrap = CP32Wrap::HoldInstance()) {
+        wrap->ReportLineStatus(StatusOf(status));
+    }
+}
+
+void CP32lsSink_v2::OnTransferProgress(const Variant& value) noexcept {
+    std::int32_t number = 0;
+    const std::shared_ptr<CP32Wrap> wrap = CP32Wrap::HoldInstance();
+    if (wrap != nullptr && value.ToI4(number)) {
+        wrap->ReportTransfer(number);
+    }
+}
+
+} // namespace ruvo

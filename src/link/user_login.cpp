@@ -1,0 +1,217 @@
+// The two generations that know users: a name, and a password that travels as a salted digest.
+#include "link/login.h"
+
+#include "link/hashed_password.h"
+#include "platform/secret.h"
+#include "protocol/parlane_text.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+namespace ruvo {
+
+namespace {
+
+constexpr std::uint32_t kFirstEditionPasswordLength = 16; ///< the second edition's length is read
+
+bool IsBlank(const std::string& text) {
+    return text.find_first_not_of(" \t\n\v\f\r") == std::string::npos;
+}
+
+/// A text of at most `length` characters, even when its NUL is missing.
+std::string BoundedText(const char* text, std::size_t length) {
+    const void* end = std::memchr(text, '\0', length);
+    return {text, end == nullptr ? length : static_cast<std::size_t>(static_cast<const char*>(end) - text)};
+}
+
+} // namespace
+
+/// One login of a user, of either edition.
+class CP32Wrap::CUserLogin {
+public:
+    CUserLogin(CP32Wrap& link, const SLoginFlow& flow, const SPasswordRequest& request, std::uint8_t column)
+        : m_link(link), m_login(link, flow, column), m_request(request), m_column(column) {}
+
+    LinkStatus RunFirstEdition(bool passwordEntered) {
+        return Guarded([&] {
+            return m_login.Run(passwordEntered,
+                               [&](const SLoginReport& report) { return AttemptFirstEdition(report); });
+        });
+    }
+
+    LinkStatus RunSecondEdition(bool passwordEntered) {
+        return Guarded([&] {
+            if (m_link.DetermineCSPasswordMaxLength(m_passwordLength) != kLinkGood ||
+                m_link.DetermineCSUsernameMaxLength(m_userNameLength) != kLinkGood) {
+                return kLinkAborted;
+            }
+            m_userName.assign(m_userNameLength, ' ');
+            return m_login.Run(passwordEntered,
+                               [&](const SLoginReport& report) { return AttemptSecondEdition(report); });
+        });
+    }
+
+private:
+    // Both attempts begin with the users, since the relay may have changed them since the last one.
+
+    /// What came of sending a login: the relay's answer, or what it did not take before the password.
+    struct SSent {
+        const char* fault = nullptr;
+        LinkStatus status = kLinkGood;
+    };
+
+    template <class Flow>
+    LinkStatus Guarded(Flow flow) {
+        try {
+            return flow();
+        } catch (...) {
+            m_login.Fail("Exception occured during method execution");
+            return kLinkAborted;
+        }
+    }
+
+    std::optional<LinkStatus> AttemptFirstEdition(const SLoginReport& report) {
+        LinkStatus status = kLinkGood;
+        const std::optional<std::int64_t> count = m_link.ReadNumber(cells::kUserCount, status);
+        if (!HasUsers(count) || !HasNames(m_link.ReadUserNames(m_column, *count, m_names))) {
+            return std::nullopt;
+        }
+        CSecret password(kFirstEditionPasswordLength, ' ');
+        char* buffer = password.Data();
+        std::uint32_t selected = 0;
+        const UsernamePasswordFunction ask = Callbacks().usernamePassword;
+        if (ask == nullptr ||
+            ask(m_request, &buffer, kFirstEditionPasswordLength, m_names.data(), &selected, NameCount(),
+                report.code, report.extra) != 0 ||
+            buffer == nullptr) {
+            return m_login.Cancel();
+        }
+        if (selected >= m_names.size()) { // a user that was not on offer
+            return m_login.Fail("Error during sending username");
+        }
+        return Conclude(Send(m_names[selected].text, buffer));
+    }
+
+    std::optional<LinkStatus> AttemptSecondEdition(const SLoginReport& report) {
+        std::int64_t number = 0;
+        const bool counted = m_link.ExtractCSUsernamesCount(number) == kLinkGood;
+        if (!HasUsers(counted ? std::optional(number) : std::nullopt) ||
+            !HasNames(m_link.ExtractCSAvailableUsernames(m_names) == kLinkGood && !m_names.empty())) {
+            return std::nullopt;
+        }
+        // A name that was typed before stays; only an empty one is filled in.
+        if (IsBlank(m_userName)) {
+            m_userName = m_names.front().text;
+        }
+        m_userName.resize(m_userNameLength, ' ');
+        CSecret password(m_passwordLength, ' ');
+        char* buffer = password.Data();
+        char* userName = m_userName.data();
+        const SecondEditionLoginFunction ask = Callbacks().secondEditionLogin;
+        if (ask == nullptr ||
+            ask(m_request, &buffer, m_passwordLength, m_names.data(), NameCount(), &userName,
+                m_userNameLength, report.code, report.extra) != 0 ||
+            buffer == nullptr || userName == nullptr) {
+            return m_login.Cancel();
+        }
+        // The application may have put its own buffer in place of ours, so the name is copied back.
+        m_userName = BoundedText(userName, m_userNameLength);
+        return Conclude(Send(m_userName, buffer));
+    }
+
+    bool HasUsers(const std::optional<std::int64_t>& count) const {
+        if (!count) {
+            m_login.Fail("Error during obtaining number of users from the device");
+        } else if (*count < 1) {
+            m_login.Fail("The number of users obtained from the device is equal or smaller than 0");
+        }
+        return count && *count >= 1;
+    }
+
+    bool HasNames(bool read) const {
+        if (!read) {
+            m_login.Fail("Error during obtaining list of users from the device");
+        }
+        return read;
+    }
+
+    std::uint32_t NameCount() const { return static_cast<std::uint32_t>(m_names.size()); }
+
+    /// User name, salt and digest: one login, so no other command may come in between.
+    SSent Send(std::string_view userName, std::string_view password) {
+        const CommandLock lock(m_link.m_commandLock);
+        const auto write = [&](CellAddress cell, const CParlaneData& value, EWriteSlot slot) {
+            return m_link.WriteCredential(lock, cell, value, slot);
+        };
+        if (!IsWriteGood(write(cells::kUserName, CParlaneText(userName), EWriteSlot::SetValue))) {
+            return {"Error during sending username"};
+        }
+        const CParlaneHashedPassword hashed(userName, password, kHashSalted);
+        if (!hashed.HasDigest()) { // an empty one would cost the user an attempt
+            return {nullptr, kLinkBadReply};
+        }
+        std::array<char, kSaltLength + 1> salt{};
+        hashed.GetSalt(salt.data(), salt.size());
+        if (!IsWriteGood(write(cells::kSalt, CParlaneText(salt.data()), EWriteSlot::SetValue))) {
+            return {"Error during sending salt"};
+        }
+        return {nullptr, write(cells::kSecurityPassword, hashed, EWriteSlot::ChangeSetting)};
+    }
+
+    std::optional<LinkStatus> Conclude(const SSent& sent) const {
+        if (sent.fault != nullptr) {
+            return m_login.Fail(sent.fault);
+        }
+        const LoginAcceptedFunction accepted = Callbacks().loginAccepted;
+        if (IsWriteGood(sent.status) && accepted != nullptr) {
+            accepted(m_request.model);
+        }
+        return sent.status;
+    }
+
+    CP32Wrap& m_link;
+    CLogin m_login;
+    const SPasswordRequest& m_request;
+    std::uint8_t m_column;
+    std::vector<SUserName> m_names;
+    std::uint32_t m_passwordLength = 0; // these three are the second edition's
+    std::uint32_t m_userNameLength = 0;
+    std::string m_userName;
+};
+
+LinkStatus CP32Wrap::EnterCyberSecurityBrickIntegratedLoginAndPassword(const SPasswordRequest& request,
+                                                                       bool passwordEntered,
+                                                                       std::uint8_t securityColumn) {
+    return CUserLogin(*this, kUserLogin, request, securityColumn).RunFirstEdition(passwordEntered);
+}
+
+LinkStatus CP32Wrap::EnterCyberSecurityBrickIntegratedLoginAndPasswordCSEd3(const SPasswordRequest& request,
+                                                                            bool passwordEntered,
+                                                                            std::uint8_t securityColumn) {
+    return CUserLogin(*this, kSecondEditionLogin, request, securityColumn).RunSecondEdition(passwordEntered);
+}
+
+LinkStatus CP32Wrap::ChangeHashedPasswordSettingForCSEd3(CProgressMonitor* monitor, CellAddress cell,
+                                                         const std::string& username,
+                                                         const std::string& password, int flag) {
+    try {
+        const CParlaneHashedPassword hashed = flag == 0
+                                                  ? CParlaneHashedPassword(username, password, kHashKeyed)
+                                                  : CParlaneHashedPassword(password, "", kHashText);
+        if (!hashed.HasDigest()) {
+            return kLinkBadReply;
+        }
+        return RunRequest(monitor, "ChangeHashedPasswordSettingForCSEd3", [&] {
+            const CommandLock lock(m_commandLock);
+            const LinkStatus named =
+                WriteCredential(lock, cells::kUserName, CParlaneText(username), EWriteSlot::SetValue);
+            return IsWriteGood(named) ? WriteCredential(lock, cell, hashed, EWriteSlot::ChangeSetting)
+                                      : named;
+        });
+    } catch (const std::exception&) { // no random numbers for the salt
+        return kLinkBadReply;
+    }
+}
+
+} // namespace ruvo
