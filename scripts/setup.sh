@@ -6,7 +6,10 @@ set -euo pipefail
 
 packages=(g++ cmake ninja-build pkg-config
     libtomlplusplus-dev # substation files
+    libssl-dev          # digests of the crypto provider's stand-in
+    libcli11-dev        # command line of ruvoctl
     libgtest-dev        # tests
+    nlohmann-json3-dev  # checks the JSON of ruvoctl, in the tests
     libbenchmark-dev)   # benchmarks
 
 for extra in "$@"; do

@@ -40,7 +40,7 @@ std::string RenderValue(std::span<const std::uint8_t> tagged) {
     if (tagged[0] == kTypeText) {
         std::string characters(data.begin(), data.end());
         std::ranges::replace(characters, '\0', '.'); // would end the line early
-        return "'" + characters + "'";
+        return std::string("'").append(characters).append("'");
     }
     std::string text = "'";
     for (std::size_t i = 0; i < data.size(); ++i) {
@@ -48,7 +48,8 @@ std::string RenderValue(std::span<const std::uint8_t> tagged) {
         std::snprintf(byte, sizeof byte, i == 0 ? "0x%02X" : " 0x%02X", data[i]);
         text += byte;
     }
-    return text + "'";
+    text += "'";
+    return text;
 }
 
 } // namespace

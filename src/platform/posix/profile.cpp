@@ -1,17 +1,12 @@
 #include "platform/profile.h"
 
-#include "platform/code_page.h"
-#include "platform/files.h"
 #include "platform/ini_text.h"
 
 #include <algorithm>
-#include <array>
 
 namespace ruvo {
 
 namespace {
-
-constexpr std::size_t kReadBlock = std::size_t{64} * 1024;
 
 // A default loses the blanks (not the tabs) at its end and one pair of quotes around the rest.
 std::string_view CleanDefault(std::string_view text) {
@@ -19,17 +14,6 @@ std::string_view CleanDefault(std::string_view text) {
     const bool quoted =
         text.size() >= 2 && text.front() == text.back() && (text.front() == '"' || text.front() == '\'');
     return quoted ? text.substr(1, text.size() - 2) : text;
-}
-
-bool ReadAll(CFile& file, std::string& text) {
-    std::array<std::uint8_t, kReadBlock> block{};
-    for (std::size_t count = 1; count != 0;) {
-        if (!file.Read(block, count).Good() || text.size() + count > kLargestTextFile) {
-            return false;
-        }
-        text.append(reinterpret_cast<const char*>(block.data()), count);
-    }
-    return true;
 }
 
 } // namespace
@@ -68,19 +52,6 @@ std::string CProfileReader::ReadString(std::string_view section, std::string_vie
     const bool found = entry != nullptr && entry->value;
     const std::string_view answer = found ? *entry->value : CleanDefault(defaultValue);
     return std::string(answer.substr(0, capacity - std::min<std::size_t>(capacity, 1)));
-}
-
-bool ReadTextFile(const std::string& path, std::string& text) {
-    text.clear();
-    CFile file;
-    if (file.Open(path, {.read = true}).Good() && ReadAll(file, text)) {
-        if (text.starts_with("\xFF\xFE")) {
-            text = Utf16ToUtf8(std::string_view(text).substr(2));
-        }
-        return true;
-    }
-    text.clear();
-    return false;
 }
 
 } // namespace ruvo

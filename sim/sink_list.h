@@ -1,0 +1,34 @@
+// The sinks that want to hear of a connection's commands.
+#pragma once
+
+#include "link/ip32ls.h"
+
+#include <cstdint>
+#include <map>
+#include <mutex>
+
+namespace ruvo::sim {
+
+/// Safe for use by several threads. A sink may take itself off the list while it is being told.
+class CSinkList {
+public:
+    /// The cookie is never 0.
+    std::uint32_t Add(IP32lsSink_v2& sink);
+    /// Waits for a notification in progress on another thread; none follows.
+    void Remove(std::uint32_t cookie);
+
+    void NotifyProgress(std::int32_t done, std::int32_t total);
+    /// Tells every sink, by one of the two methods that mean the same.
+    void NotifyComplete(std::int32_t status, bool alternate);
+
+private:
+    template <typename Tell>
+    void ForEach(Tell tell);
+
+    // Held while sinks are told, which is what Remove waits for; recursive for a sink that removes itself.
+    std::recursive_mutex m_lock;
+    std::map<std::uint32_t, IP32lsSink_v2*> m_sinks;
+    std::uint32_t m_lastCookie = 0;
+};
+
+} // namespace ruvo::sim

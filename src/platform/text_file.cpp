@@ -1,0 +1,40 @@
+// Whole text files, read alike on every system.
+#include "platform/code_page.h"
+#include "platform/files.h"
+#include "platform/profile.h"
+
+#include <array>
+
+namespace ruvo {
+
+namespace {
+
+constexpr std::size_t kReadBlock = std::size_t{64} * 1024;
+
+bool ReadAll(CFile& file, std::string& text) {
+    std::array<std::uint8_t, kReadBlock> block{};
+    for (std::size_t count = 1; count != 0;) {
+        if (!file.Read(block, count).Good() || text.size() + count > kLargestTextFile) {
+            return false;
+        }
+        text.append(reinterpret_cast<const char*>(block.data()), count);
+    }
+    return true;
+}
+
+} // namespace
+
+bool ReadTextFile(const std::string& path, std::string& text) {
+    text.clear();
+    CFile file;
+    if (file.Open(path, {.read = true}).Good() && ReadAll(file, text)) {
+        if (text.starts_with("\xFF\xFE")) {
+            text = Utf16ToUtf8(std::string_view(text).substr(2));
+        }
+        return true;
+    }
+    text.clear();
+    return false;
+}
+
+} // namespace ruvo

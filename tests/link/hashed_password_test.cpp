@@ -1,0 +1,153 @@
+// Hashed passwords, their salt, and the crypto provider behind them.
+#include "fake_modules.h"
+
+#include "link/hashed_password.h"
+#include "platform/modules.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <dlfcn.h>
+#include <filesystem>
+#include <set>
+
+namespace ruvo {
+
+inline std::string g_debugOutput; // as support/fake_system.h has it
+using test::g_modules;
+
+struct CModule::SHandle {
+    void* module = nullptr;
+};
+CModule::CModule() : m_handle(std::make_unique<SHandle>()) {}
+CModule::~CModule() = default;
+bool CModule::Load(const std::string& path) {
+    EXPECT_EQ(path, "C:\\opt\\ruvo\\HalvexCryptoKit.DLL");
+    ++g_modules.loads;
+    const auto folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+    m_handle->module =
+        g_modules.present ? dlopen((folder / "HalvexCryptoKit.so").c_str(), RTLD_NOW) : nullptr;
+    return m_handle->module != nullptr;
+}
+void CModule::Unload() {
+    ++g_modules.unloads;
+}
+void* CModule::FindEntry(unsigned ordinal) const {
+    return ordinal == g_modules.missingOrdinal
+               ? nullptr
+               : dlsym(m_handle->module, ("Ordinal" + std::to_string(ordinal)).c_str());
+}
+std::string ProgramPath() {
+    return "C:\\opt\\ruvo\\ruvo";
+}
+bool CanReadModule(const std::string& path) {
+    return path == "C:\\cur\\K.DLL";
+}
+
+namespace {
+
+constexpr const char* kDigestOfAbc = "BA7816BF8F01CFEA414140DE5DAE2223B00361A396177A9CB410FF61F20015AD";
+
+std::string Wire(const CParlaneData& value) {
+    std::vector<std::uint8_t> bytes(value.GetSize());
+    std::uint32_t type = 0;
+    std::size_t size = 0;
+    EXPECT_EQ(value.GetWireBytes(bytes, type, size), value.GetTypeCode());
+    return {bytes.begin(), bytes.end()};
+}
+
+std::string Keyed(const std::string& text, const std::string& key) {
+    DigestText digest{};
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    EXPECT_TRUE(CryptoLibrary::MakeKeyedDigest({bytes, text.size()}, key.c_str(), digest));
+    return digest.data();
+}
+
+class HashedPassword : public testing::Test {
+protected:
+    HashedPassword() {
+        CryptoLibrary::Uninitialize();
+        g_modules = {};
+        g_debugOutput.clear();
+    }
+};
+
+TEST_F(HashedPassword, TheModesAndThePublishedDigests) {
+    EXPECT_EQ(Keyed("what do ya want for nothing?", "Jefe"),
+              "5BDCC146BF60754E6A042426089575C75A003F089D2739839DEC58B964EC3843");
+    EXPECT_EQ(Wire(CParlaneHashedPassword("abc ", "x", kHashText)), kDigestOfAbc);
+    const std::string once = Keyed("pass word", "ADMIN");
+    EXPECT_EQ(Wire(CParlaneHashedPassword("ADMIN  ", "pass word \t", kHashKeyed)), once);
+    EXPECT_EQ(Wire(CParlaneHashedPassword("ADMIN", "pass word", 7)), once);
+    EXPECT_NE(Wire(CParlaneHashedPassword("ADMIN", " pass word", kHashKeyed)), once)
+        << "leading blanks count";
+    const CParlaneHashedPassword salted("ADMIN", "pass word       ", kHashSalted);
+    char salt[17];
+    salted.GetSalt(salt, sizeof salt);
+    EXPECT_EQ(Wire(*salted.Clone()), Keyed(once + '\0', salt)) << "the NUL counts";
+    EXPECT_EQ(Wire(*salted.CreateMaximum()), "\xFF");
+    EXPECT_EQ(salted.GetTypeCode() * 10 + salted.CreateMinimum()->GetUnsigned() +
+                  salted.CreateStep()->GetUnsigned(),
+              281U);
+}
+
+TEST_F(HashedPassword, SaltsAreFreshAndOfTheTable) {
+    std::set<std::string> salts;
+    for (int i = 0; i < 50; ++i) {
+        std::srand(7); // as scrambling a password does within one second
+        const CParlaneHashedPassword value("A", "B", kHashSalted);
+        std::string salt(17, '?');
+        value.GetSalt(salt.data(), 16);
+        EXPECT_EQ(salt, std::string(17, '?')) << "a buffer of another length is left alone";
+        value.GetSalt(salt.data(), value.GetSaltLength());
+        EXPECT_TRUE(std::ranges::all_of(salt.substr(0, 16), [](char c) { return c >= ' ' && c <= '}'; }));
+        EXPECT_TRUE(salt[16] == '\0' && salts.insert(salt).second);
+    }
+    std::srand(7);
+    const int first = std::rand() % 94;
+    std::srand(7);
+    EXPECT_EQ(MakeSalt()[0], 0x20 + first);
+}
+
+TEST_F(HashedPassword, WithoutAWholeProviderThereIsNoDigest) {
+    const std::string error = "CryptoLibrary::Initialize(): [Error] ";
+    g_modules.present = false;
+    EXPECT_FALSE(CParlaneHashedPassword("A", "B", kHashSalted).HasDigest());
+    EXPECT_EQ(g_debugOutput, error + "Unable to load the library DLL.");
+    g_modules.present = true;
+    for (const unsigned ordinal : {2U, 9U, 13U}) {
+        g_debugOutput.clear();
+        g_modules.missingOrdinal = ordinal;
+        DigestText digest{'x'};
+        EXPECT_FALSE(CryptoLibrary::MakeTextDigest("x", digest));
+        EXPECT_EQ(digest.data() + g_debugOutput, error + "Some functions are not available in the DLL.");
+    }
+    EXPECT_EQ(g_modules.unloads, 3);
+    g_modules = {};
+    EXPECT_EQ(CryptoLibrary::Initialize() + CryptoLibrary::Initialize(), 0) << "a failure is not final";
+    CryptoLibrary::Uninitialize();
+    CryptoLibrary::Uninitialize();
+    EXPECT_EQ(g_modules.loads * 10 + g_modules.unloads, 11);
+}
+
+TEST_F(HashedPassword, WhereTheProviderIsLookedFor) {
+    const std::array<const char*, 3> rows[] = {
+        {"\\\\srv\\K.DLL", "C:\\a\\ruvo.exe", "\\\\srv\\K.DLL"},
+        {"q:\\K.DLL", "C:\\a\\ruvo.exe", "q:\\K.DLL"},
+        {"C:", "C:\\a\\ruvo.exe", "C:\\a\\C:"},
+        {"C:K.DLL", "C:\\a\\ruvo.exe", "C:\\a\\C:K.DLL"},
+        {"1:\\K.DLL", "C:\\a\\ruvo.exe", "C:\\a\\1:\\K.DLL"},
+        {"K.DLL", "C:\\a\\testhost.x86.exe", "C:\\cur\\K.DLL"},
+        {"K.DLL", "C:\\a\\testhos1exe", "C:\\cur\\K.DLL"}, // the pattern's last letter may be absent
+        {"K.DLL", "C:\\a\\testhosexe", "C:\\a\\K.DLL"},
+        {"K.DLL", "C:\\a\\testhost.exe.old", "C:\\a\\K.DLL"},
+        {"K.DLL", "C:\\testhost.exe\\ruvo.exe", "C:\\testhost.exe\\K.DLL"},
+    };
+    for (const auto& [name, executable, want] : rows)
+        EXPECT_EQ(ResolveCryptoLibraryPath(name, executable, "C:\\cur"), want);
+    EXPECT_EQ(ResolveCryptoLibraryPath("L.DLL", "C:\\a\\testhost.x86.exe", "C:\\cur"), "C:\\a\\L.DLL");
+    EXPECT_EQ(g_debugOutput, "Unit tests error, C:\\cur\\L.DLL file not found\n");
+}
+
+} // namespace
+} // namespace ruvo

@@ -1,0 +1,378 @@
+#include "platform/profile.h"
+#include "sim/simulated_connection.h"
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <semaphore>
+#include <thread>
+
+namespace ruvo::sim {
+namespace {
+
+class CTestSink final : public IP32lsSink_v2 {
+public:
+    void OnProgress(const Variant&, const Variant&) noexcept override { ++progress; }
+    void OnCommandComplete(const Variant& value) noexcept override { Note(value, 1); }
+    void OnCommandCompleteAlt(const Variant& value) noexcept override { Note(value, 2); }
+    void OnLineStatus(const Variant&) noexcept override {}
+    void OnTransferProgress(const Variant&) noexcept override {}
+    void Note(const Variant& value, int by) noexcept {
+        method = value.ToI4(status) ? by : 0;
+        thread = std::this_thread::get_id();
+        completed.release();
+    }
+
+    std::counting_semaphore<> completed{0};
+    std::int32_t status = -1;
+    int progress = 0;
+    int method = 0; ///< which of the two completion methods came
+    std::thread::id thread;
+};
+
+Variant Tagged(std::uint8_t type, Variant::Bytes data) {
+    data.insert(data.begin(), {type, static_cast<std::uint8_t>(data.size())});
+    return Variant::FromBytes(std::move(data));
+}
+
+/// A connection with COM1 open, and relay requests to address 5.
+class CRig {
+public:
+    explicit CRig(const std::string& toml, const std::string& folder = "C:\\nowhere",
+                  bool cryptoProvider = true) {
+        SLoadedSubstation loaded = ReadSubstation("link.serial = [\"COM1\"]\n" + toml, "f", folder);
+        EXPECT_EQ(loaded.error, "");
+        if (!cryptoProvider) {
+            loaded.substation->relays.at(0).access->providerFiles = {"C:\\nowhere\\HalvexCryptoKit.dll"};
+        }
+        connection = std::make_unique<CSimulatedConnection>(std::move(loaded.substation));
+        EXPECT_EQ(connection->OpenFiles(), "");
+        connection->Advise(sink, cookie);
+        EXPECT_EQ(Open("COM1"), 0);
+    }
+    ~CRig() { connection->Unadvise(cookie); }
+
+    IP32ls& Server() { return connection->Server(); }
+    std::int32_t Status(EComResult result) {
+        std::int32_t number = -1;
+        return result == EComResult::Ok && status.ToI4(number) ? number : -1;
+    }
+    std::int32_t Completion(EComResult result) {
+        const std::int32_t started = Status(result);
+        return started == 0 ? (sink.completed.acquire(), sink.status) : started;
+    }
+    std::int32_t Open(const char* port) {
+        return Status(Server().OpenPort(Variant::FromText(port), Variant::FromText(""), status));
+    }
+    std::int32_t Value(int cell) { return Status(Server().GetValue(address, Cell(cell), a, b, c, status)); }
+    std::int32_t Change(int cell, const Variant& value) {
+        return Status(Server().ChangeSetting(address, Cell(cell), value, status));
+    }
+    std::int32_t Event() { return Status(Server().GetEvent(address, a, b, c, status)); }
+    static Variant Cell(int cell) { return Variant::FromI2(static_cast<std::int16_t>(cell)); }
+
+    CTestSink sink;
+    std::uint32_t cookie = 0;
+    std::unique_ptr<CSimulatedConnection> connection;
+    Variant address = Variant::FromUI1(5), a, b, c, status;
+};
+
+const std::string kRelay = "[[relay]]\nserial = 5\n";
+const std::string kUsers = kRelay + "access = { generation = 2, users = [";
+const std::string kFault = "[[fault]]\noperation = ";
+
+TEST(SubstationFile, BadFilesAreRefusedWithLineAndReason) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"a = ", "f:1: "}, // no TOML
+        {"[link]\nserials = []", "f:2: [link] has no key \"serials\""},
+        {"\n[link]\nserial = 5", "f:3: serial: want an array, found an integer"},
+        {"[[relay]]\nname = \"A\"", "f:1: [[relay]] needs \"serial\", \"modem\" or \"ethernet\""},
+        {"[[relay]]\nserial = 256", "f:2: serial: want 0 to 255, found 256"},
+        {kRelay + kRelay, "f:3: \"relay 2\" is where \"relay 1\" is"},
+        {"[[relay]]\nserial = { port = \"X\", address = 1 }", "f:1: the link has no serial port \"X\""},
+        {kRelay + R"(cells."0006" = "x")", R"(f:3: want a cell such as "0A.1F", found "0006")"},
+        {kRelay + R"(cells."01.01" = { uint = 256, size = 1 })", "f:3: uint: want 0 to 255, found 256"},
+        {kRelay + R"(cells."01.01" = { uint = 1, text = "x" })", "f:3: relay cell 01.01 has more than one"},
+        {kRelay + "identity.model = \"\xE2\x82\xAC\"", "f:3: model: has a character that relays lack"},
+        {kRelay + "event = [{ kind = 0, location = \"00.20\" }]", "f:3: [[relay.event]] needs the key"},
+        {kRelay + "access = { password = \"ABCDE\" }", "f:3: password: want at most 4 characters"},
+        {kUsers + "\"A\", { name = \"A \", password = \"\" }] }", "f:3: name: two users have the same"},
+        {kUsers + "{ name = \"A\" }] }", "f:3: a user needs the key \"password\""},
+        {kUsers + "{ name = \"A\", password = \"12345678901234567\" }] }", "f:3: password: want at most 16"},
+        {kFault + "\"Get\"\nstatus = 1", "f:2: there is no operation \"Get\""},
+        {kFault + "\"GetText\"\nrelay = \"A\"\nstatus = 1", "f:3: there is no relay \"A\""},
+        {kFault + "\"GetText\"\nhang = true", "f:1: GetText is complete when its call returns"},
+    };
+    for (const auto& [toml, error] : cases) {
+        const SLoadedSubstation loaded = ReadSubstation(toml, "f", "C:\\nowhere");
+        EXPECT_EQ(loaded.substation, nullptr) << toml;
+        EXPECT_EQ(loaded.error.substr(0, error.size()), error);
+    }
+}
+
+TEST(SubstationFile, FriendlyValuesHaveTheRelaysByteForms) {
+    const std::pair<std::string, Variant::Bytes> cases[] = {
+        {"{ text = \"\xC3\x8A!\", width = 3 }", {0x18, 3, 0x85, '!', ' '}},
+        {"{ flags = 0b101, size = 3 }", {0x20, 3, 5, 0, 0}},
+        {"{ number = -1.5, unit = \"V\" }", {0x2C, 4, 0xDC, 0x85, 123, 1}},
+        {"{ number = 1, long = true, unit = 0 }", {0x30, 6, 0, 0xE1, 0xF5, 5, 118, 0}},
+        {"{ float = 1.5 }", {0x34, 4, 0, 0, 0xC0, 0x3F}},
+        {"{ time = 2026-03-05T14:07:09.123, summer_time = true }", {0x3C, 7, 0xA3, 0x23, 7, 0x8E, 5, 3, 26}},
+        {"{ menu = \"05.0A\" }", {0x44, 2, 0x0A, 0x05}},
+        {"{ type = 0x99, bytes = \"01 02\" }", {0x99, 2, 1, 2}},
+        {"{ raw = \"24\" }", {0x24}},
+    };
+    for (const auto& [toml, tagged] : cases) {
+        CRig rig(kRelay + "cells.\"01.01\" = { uint = 1, limits = [" + toml + "] }\n");
+        EXPECT_EQ(rig.Status(rig.Server().GetSettingLimits(rig.address, CRig::Cell(257), rig.a, rig.status)),
+                  0);
+        EXPECT_EQ(rig.a, Variant::FromList({Variant::FromBytes(tagged)})) << toml;
+    }
+}
+
+const std::string kEvent = "[[relay.event]]\nlocation = \"01.20\"\ntime = 2026-03-05T14:07:09\ntext = \"T\"\n"
+                           "value = { uint = 1 }\nkind = ";
+const std::string kRecord = "record = { column = \"05\", number = 3 }\n";
+
+TEST(Relay, HandsOverEachKindOfEventOnce) {
+    const std::tuple<std::string, std::uint8_t, std::size_t, Variant> cases[] = {
+        {kEvent + "0", 0, 4, Tagged(0x24, {1, 0})},
+        {kEvent + "1\nformat = \"F %u\"\nvalues = [{ index = 7 }]", 1, 6, Tagged(0x50, {7, 0})},
+        {kEvent + "2\ntext_cell = \"05.0A\"", 2, 5, Tagged(0x44, {0x0A, 5})},
+        {kEvent + "3\n" + kRecord, 3, 6, Tagged(0x24, {3, 0})},
+        {kEvent + "4\nid = 9", 4, 5, Tagged(0x24, {9, 0, 0, 0})},
+        {kEvent + "5\nid = 9\n" + kRecord, 5, 7, Tagged(0x24, {3, 0})},
+        {kEvent + "77", 77, 4, Tagged(0x24, {1, 0})},
+        {"event = [{ kind = 0, elements = [{ none = true }, { other = true }] }]", 0, 2, Variant::Other()},
+    };
+    for (const auto& [toml, kind, elements, last] : cases) {
+        CRig rig(kRelay + toml);
+        Variant before;
+        EXPECT_EQ(rig.Status(rig.Server().GetDeviceStatus(rig.address, before, rig.status)), 0);
+        EXPECT_EQ(rig.Event(), 0);
+        EXPECT_EQ(rig.a, Variant::FromUI1(kind));
+        ASSERT_EQ(rig.b.AsList()->size(), elements) << toml;
+        EXPECT_EQ(rig.b.AsList()->back(), last) << toml;
+        EXPECT_EQ(rig.c, Variant::FromUI1(0));
+        EXPECT_EQ(rig.Event(), kNoData);
+        EXPECT_EQ(rig.Status(rig.Server().GetDeviceStatus(rig.address, rig.a, rig.status)), 0);
+        EXPECT_EQ(std::pair(before, rig.a), std::pair(Variant::FromUI1(0x20), Variant::FromUI1(0)));
+    }
+}
+
+TEST(Relay, GeneratesTheSameEventsFromTheSameSeed) {
+    const auto read = [](const std::string& seed) {
+        const std::string toml = kRelay + "generate = { count = 40, kinds = [0, 1, 4], seed = " + seed + " }";
+        return ReadSubstation(toml, "f", "C:\\nowhere").substation->relays.at(0).events;
+    };
+    EXPECT_EQ(read("7").size(), 40U);
+    EXPECT_TRUE(read("7") == read("7") && read("7") != read("8"));
+}
+
+TEST(Relay, ListsTheSelectedRecord) {
+    CRig rig(kRelay + "columns.\"05\" = { locations = \"uint\" }\n[[relay.record]]\nnumber = 3\n"
+                      "column = \"05\"\ncells.\"05.02\" = { uint = 4, label = \"L\" }\n");
+    EXPECT_EQ(rig.Change(0x0501, Tagged(0x24, {2, 0})), kRejected);
+    EXPECT_EQ(rig.Change(0x0501, Tagged(0x24, {3, 0})), 0);
+    auto& server = rig.Server();
+    EXPECT_EQ(rig.Completion(server.StartGetColumnTextAndValues(rig.address, rig.address, rig.status)), 0);
+    EXPECT_EQ(rig.Status(server.FetchColumnTextAndValues(rig.a, rig.b, rig.c, rig.status)), 0);
+    EXPECT_EQ(rig.a, Variant::FromList({Tagged(0x24, {0x02, 0x05})}));
+    EXPECT_EQ(rig.b, Variant::FromList({Tagged(0x18, {'L'})}));
+    EXPECT_EQ(rig.c, Variant::FromList({Tagged(0x24, {4, 0})}));
+}
+
+TEST(Relay, LetsInWithTheRightPasswordAndBlocks) {
+    const std::tuple<std::string, int, Variant, Variant> cases[] = {
+        {"password = \"AB\"", 0x0002, Tagged(0x1C, {'A', 'B', 'C', ' '}), Tagged(0x1C, {'A', 'B', ' ', ' '})},
+        // The bytes come from another implementation of the cipher, under the default key.
+        {"generation = 1, password = \"AAAAAAAA\"", 0x00E1, Tagged(0x6C, {0, 0, 0, 0, 0, 0, 0, 0}),
+         Tagged(0x6C, {0x70, 0x78, 0xAA, 0xFF, 0x5F, 0x34, 0xF9, 0x78})}};
+    for (const auto& [toml, cell, wrong, right] : cases) {
+        const std::string head = kRelay + "access = { " + toml;
+        CRig rig(head + ", attempts = 2, blocked_requests = 1, forget_after = 1 }\n" + kEvent + "0");
+        EXPECT_EQ(rig.Event(), 0x0611);
+        EXPECT_EQ(rig.Change(cell, wrong) | rig.Change(cell, wrong), kRejected);
+        EXPECT_EQ(rig.Change(cell, right), kBlocked);
+        EXPECT_EQ(rig.Change(cell, right), 0) << "one request later the blocking is over";
+        EXPECT_EQ(rig.Event(), 0);
+        EXPECT_EQ(rig.Change(0xBF15, Tagged(0x28, {1, 0})), 0x0611) << "the login is forgotten";
+        CRig low(head + ", level_too_low = true, reply = 13 }\n");
+        EXPECT_EQ(low.Change(cell, right), 0);
+        EXPECT_EQ(low.Event(), 0x0D11);
+        CRig shut(head + ", attempts = 1, blocking = \"permanent\" }\n");
+        EXPECT_EQ(shut.Change(cell, wrong), kRejected);
+        EXPECT_EQ(shut.Change(cell, right), kBlocked);
+        EXPECT_EQ(shut.Value(0x2512), kNoSuchCell);
+    }
+}
+
+Variant TaggedText(std::uint8_t type, const std::string& text) {
+    return Tagged(type, Variant::Bytes(text.begin(), text.end()));
+}
+
+// Digests under this salt, made by another implementation: of "Secret 1", "Sch\xF6n" and "Other".
+const std::string kSalt = "0123 abcXYZ<{}|}",
+                  kOperator = "C59C4C7250F0E3CFE1725BCAC52A0A5DE1C9AF8253CAE366970911A79B41FFE3",
+                  kHunter = "E5C4A54A34C399642DBE646DF9303A2567CB8C85B871740E206EE3FC7E2A99A0",
+                  kViewer = "C3FD0936A9088F2C7FA7CF14FF81DC238D0B45CCDD0FB63F69EDF2AC3FB00AB1";
+
+std::string UserRelay(int generation, const std::string& options = "") {
+    return kRelay + "access = { generation = " + std::to_string(generation) + options +
+           ", users = [{ name = \"OPERATOR\", password = \"Secret 1\" }, \"GUEST\", "
+           "{ name = \"VIEWER\", password = \"Other\", level_too_low = true }, "
+           "{ name = \"J\u00E4ger\", password = \"Sch\u00F6n  \" }] }\n" +
+           kEvent + "0\n";
+}
+
+std::int32_t LogIn(CRig& rig, const std::string& name, const std::string& digest) {
+    EXPECT_EQ(rig.Change(0x00F1, TaggedText(0x18, name)), 0);
+    EXPECT_EQ(rig.Change(0x00E5, TaggedText(0x18, kSalt)), 0);
+    return rig.Change(0x00E1, TaggedText(0x1C, digest));
+}
+
+TEST(Relay, LetsUsersInWithTheirSaltedDigest) {
+    struct SCase {
+        std::string name, options, user, digest;
+        Status second, third, event; ///< replies to the password by generation, and to what needs it
+    };
+    const SCase cases[] = {
+        {"right", "", "OPERATOR        ", kOperator, 0, 0, 0},
+        {"beyond ASCII", "", "J\x92ger", kHunter, 0, 0, 0},
+        {"wrong password", "", "OPERATOR", kViewer, kRejected, kRejected, 0x0611},
+        {"unknown user", "", "NOBODY", kOperator, kRejected, kUnknownUser, 0x0611},
+        {"user without password", "", "GUEST", kOperator, kRejected, kRejected, 0x0611},
+        {"level too low", "", "VIEWER", kViewer, 0, 0, 0x0611},
+        {"not settable", ", not_settable = true", "OPERATOR", kOperator, 0x0511, 0x0511, 0x0611},
+    };
+    for (const SCase& row : cases) {
+        for (const int generation : {2, 3}) {
+            CRig rig(UserRelay(generation, row.options));
+            EXPECT_EQ(LogIn(rig, row.user, row.digest), generation == 2 ? row.second : row.third) << row.name;
+            EXPECT_EQ(rig.Event(), row.event) << row.name;
+        }
+    }
+}
+
+TEST(Relay, BlocksUsersWhenNoAttemptsAreLeft) {
+    CRig rig(UserRelay(2, ", attempts = 2, blocked_requests = 5"));
+    const auto number = [&](int cell) { return rig.Value(cell) == 0 ? rig.c.AsBytes()->at(0) : -1; };
+    EXPECT_EQ(LogIn(rig, "OPERATOR", kViewer), kRejected);
+    EXPECT_EQ(number(0x2511), 1);
+    EXPECT_EQ(LogIn(rig, "OPERATOR", kOperator), 0);
+    EXPECT_EQ(number(0x2511), 2);
+    EXPECT_EQ(LogIn(rig, "OPERATOR", kViewer), kRejected);
+    EXPECT_EQ(LogIn(rig, "NOBODY", kOperator), kRejected);
+    EXPECT_EQ(number(0x2511), 0);
+    EXPECT_EQ(number(0x2512), 4);
+    EXPECT_EQ(LogIn(rig, "OPERATOR", kOperator), kRejected) << "in the fifth request";
+    EXPECT_EQ(LogIn(rig, "OPERATOR", kOperator), 0) << "the sixth request ended the blocking";
+    CRig shut(UserRelay(3, ", attempts = 1, blocking = \"permanent\""));
+    EXPECT_EQ(LogIn(shut, "OPERATOR", kViewer), kRejected);
+    EXPECT_EQ(LogIn(shut, "OPERATOR", kOperator), kRejected);
+    EXPECT_EQ(shut.Value(0x2512), kNoSuchCell);
+}
+
+TEST(Relay, WantsAFreshSaltAfterTheNameAndHidesIt) {
+    std::string folder = testing::TempDir() + "simXXXXXX", trace;
+    ASSERT_NE(mkdtemp(folder.data()), nullptr);
+    CRig rig("trace = \"t\"\n" + UserRelay(3, ", fresh_salt = true"), folder, false);
+    EXPECT_EQ(LogIn(rig, "OPERATOR", kOperator), Reply(9));
+    EXPECT_EQ(rig.Change(0x00E5, TaggedText(0x18, kSalt)), kRejected);
+    ASSERT_TRUE(ReadTextFile(folder + "\\t", trace));
+    EXPECT_EQ(trace.substr(trace.find('\n') + 1), "ChangeSetting 5 00.F1 0x0000 18084F50455241544F52\n"
+                                                  "ChangeSetting 5 00.E5 0x0000 (masked)\n"
+                                                  "ChangeSetting 5 00.E1 0x0911 (masked) no crypto provider\n"
+                                                  "ChangeSetting 5 00.E5 0x0411 (masked)\n");
+    CRig late(UserRelay(3, ", salted = false"));
+    EXPECT_EQ(late.Value(0x00F4), 0);
+    EXPECT_EQ(late.Status(late.Server().GetText(late.address, CRig::Cell(0x2522), late.a, late.status)), 0);
+    EXPECT_EQ(late.a, TaggedText(0x18, "GUEST           "));
+    EXPECT_EQ(LogIn(late, "OPERATOR", kOperator), 0);
+    EXPECT_EQ(late.Change(0x00E1, TaggedText(0x1C, kOperator)), kRejected) << "the salt has served";
+    EXPECT_EQ(late.Change(0x00E5, TaggedText(0x18, kSalt)), 0);
+    EXPECT_EQ(late.Change(0x00F1, TaggedText(0x18, "OPERATOR")), 0);
+    EXPECT_EQ(late.Change(0x00E1, TaggedText(0x1C, kOperator)), kRejected) << "the salt came before the name";
+}
+
+const std::string kNamedRelay = kRelay + "name = \"A\"\nidentity.model = \"ABC\"\n"
+                                         "cells.\"01.01\" = { index = 0, strings = [\"a\"] }\n";
+
+TEST(Commands, FaultsHitTheCallsTheyName) {
+    const Variant whole = Variant::FromBytes({'A', 'B', 'C'});
+    // Two calls: their statuses (-1: none arrived) and the data of the second.
+    const std::tuple<std::string, int, int, Variant> cases[] = {
+        {"call = 1\nstatus = 9\n", 9, 0, whole},
+        {"from = 2\nreply = 2\ncell = \"00.06\"\n", 0, kNoData, {}},
+        {"cell = \"00.07\"\nreply = 2\n", 0, 0, whole},
+        {"call = 1\ncom_failure = true\n", -1, 0, whole},
+        {"wrong_type = 0\n", -1, -1, whole},
+        {"wrong_type = 3\ndelay = 1\n", 0, 0, Variant::Other()},
+        {"truncate = 1\n", 0, 0, Variant::FromBytes({'A'})},
+    };
+    for (const auto& [toml, first, second, data] : cases) {
+        CRig rig(kNamedRelay + kFault + "\"GetValue\"\nrelay = \"A\"\n" + toml);
+        EXPECT_EQ(rig.Value(0x0006), first) << toml;
+        EXPECT_EQ(rig.Value(0x0006), second) << toml;
+        EXPECT_EQ(rig.c, data) << toml;
+    }
+}
+
+TEST(Commands, LinkAndInputsAreChecked) {
+    CRig rig("link.modems = [\"M\"]\n[[relay]]\nmodem = { number = \"12\", address = 5 }\n"
+             "ethernet = { ip = \"10.0.0.5\", bus = 1, address = 5 }\n");
+    IP32ls& server = rig.Server();
+    const Variant number = Variant::FromText("12"), none = Variant::FromText(""),
+                  modem = Variant::FromText("M");
+    EXPECT_EQ(rig.Value(0x0006), kNotResponding);
+    EXPECT_EQ(rig.Status(server.GetText(number, CRig::Cell(6), rig.a, rig.status)), kWrongParameters);
+    EXPECT_EQ(rig.Status(server.ClosePort(rig.status)), 0);
+    EXPECT_EQ(rig.Value(0x0006), kNoPortOpen);
+    EXPECT_EQ(rig.Open("TNLC=\"RPCDll.Dll\",\"10.0.0.6\",\"1\",\"5\",\"0\""), kCannotOpenPort);
+    EXPECT_EQ(rig.Open("TNLC=\"RPCDll.Dll\",\"10.0.0.5\",\"1\",\"5\",\"0\""), 0);
+    EXPECT_EQ(rig.Value(0x0006), kNoSuchCell);
+    EXPECT_EQ(rig.Status(server.ClosePort(rig.status)), 0);
+    EXPECT_EQ(rig.Completion(server.ModemConnect(modem, Variant::FromI4(0), none, none, number,
+                                                 Variant::FromUI1(0), rig.status)),
+              0);
+    EXPECT_EQ(rig.Value(0x0006), kNoSuchCell);
+}
+
+TEST(Commands, RunOnAnotherThreadUntilTheyAreCompleteOrAborted) {
+    CRig rig(kNamedRelay + kFault + "\"StartGetStrings\"\nfrom = 3\nhang = true\n");
+    const Variant cell = CRig::Cell(0x0101);
+    const auto start = [&] { return rig.Server().StartGetStrings(rig.address, cell, rig.status); };
+    const auto fetch = [&] { return rig.Status(rig.Server().FetchStrings(rig.a, rig.status)); };
+    for (const int method : {1, 2}) {
+        EXPECT_EQ(rig.Completion(start()), 0);
+        EXPECT_EQ(rig.sink.method, method);
+        EXPECT_EQ(fetch(), 0);
+        EXPECT_EQ(rig.a, Variant::FromList({Tagged(0x18, {'a'})}));
+    }
+    EXPECT_NE(rig.sink.thread, std::this_thread::get_id());
+    EXPECT_GE(rig.sink.progress, 4);
+    EXPECT_EQ(rig.Status(rig.Server().Abort(rig.status)), kNothingToAbort);
+    EXPECT_EQ(rig.Status(start()), 0);
+    EXPECT_EQ(rig.Value(0x0006), kBusy);
+    EXPECT_EQ(rig.Completion(rig.Server().Abort(rig.status)), kAborted);
+    EXPECT_EQ(fetch(), kDataNotReady);
+    EXPECT_EQ(rig.Status(start()), 0); // still hanging when the connection goes
+}
+
+TEST(Commands, StateAndTraceAreKept) {
+    std::string folder = testing::TempDir() + "simXXXXXX";
+    ASSERT_NE(mkdtemp(folder.data()), nullptr);
+    const std::string toml = "state = \"s\"\ntrace = \"t\"\n" + kRelay + "access = { protect = [] }\n" +
+                             "event = [{ kind = 0, elements = [] }, { kind = 0, elements = [] }]\n";
+    EXPECT_EQ(CRig(toml, folder).Event(), 0);
+    CRig rig(toml, folder);
+    EXPECT_EQ(rig.Event(), 0);
+    EXPECT_EQ(rig.Event(), kNoData);
+    EXPECT_EQ(rig.Change(0x0002, Tagged(0x1C, {'X', 'X', 'X', 'X'})), kRejected);
+    std::string trace;
+    ASSERT_TRUE(ReadTextFile(folder + "\\t", trace));
+    EXPECT_EQ(trace, "OpenPort - - 0x0000 COM1 \nGetEvent 5 - 0x0000\nOpenPort - - 0x0000 COM1 \n"
+                     "GetEvent 5 - 0x0000\nGetEvent 5 - 0x0211\nChangeSetting 5 00.02 0x0411 (masked)\n");
+}
+
+} // namespace
+} // namespace ruvo::sim

@@ -1,0 +1,169 @@
+#include "support/scripted_server.h"
+
+#include <cstdio>
+#include <stdexcept>
+
+namespace ruvo::test {
+
+namespace {
+
+CScriptedServer* g_server = nullptr;
+
+class CScriptedConnection final : public IServerConnection {
+public:
+    IP32ls& Server() override { return *g_server; }
+    bool Advise(IP32lsSink_v2& sink, std::uint32_t& cookie) override {
+        g_server->sink = &sink;
+        cookie = 7;
+        return !g_server->refuseAdvise;
+    }
+    void Unadvise(std::uint32_t cookie) override {
+        if (cookie != 7)
+            throw std::logic_error("foreign cookie");
+        g_server->sink = nullptr;
+    }
+};
+
+Variant ListOf(const std::vector<std::string>& values) {
+    Variant::List list;
+    for (const std::string& value : values)
+        list.push_back(value.empty() ? Variant() : Tagged(value));
+    return Variant::FromList(std::move(list));
+}
+
+} // namespace
+
+Variant Tagged(std::string_view hex) {
+    return Variant::FromBytes(Hex(hex));
+}
+
+Variant List(std::initializer_list<std::string_view> values) {
+    return ListOf(std::vector<std::string>(values.begin(), values.end()));
+}
+
+std::string TextHex(std::string_view text) {
+    char head[8];
+    std::snprintf(head, sizeof head, "18%02X", static_cast<unsigned>(text.size()));
+    std::string hex = head;
+    for (const unsigned char character : text) {
+        char byte[4];
+        std::snprintf(byte, sizeof byte, "%02X", character);
+        hex += byte;
+    }
+    return hex;
+}
+
+CellAddress SCall::Cell() const {
+    std::int16_t cell = 0;
+    return inputs.size() > 1 && inputs[1].ToI2(cell) ? static_cast<CellAddress>(cell) : CellAddress{0};
+}
+
+CScriptedServer::CScriptedServer() {
+    g_server = this;
+}
+CScriptedServer::~CScriptedServer() {
+    g_server = nullptr;
+}
+
+EComResult CScriptedServer::Do(const char* name, Inputs inputs, Outputs outputs, Variant& status) {
+    SCall call{name, {}, outputs};
+    for (const Variant* input : inputs) {
+        call.inputs.push_back(*input);
+    }
+    return Run(std::move(call), status);
+}
+
+EComResult CScriptedServer::Run(SCall call, Variant& status) {
+    std::string label = call.name;
+    if (call.inputs.size() > 1) {
+        char cell[16];
+        std::snprintf(cell, sizeof cell, " %02X.%02X", ColumnOf(call.Cell()), RowOf(call.Cell()));
+        label += cell;
+    }
+    calls.push_back(label);
+    std::optional<std::int64_t> scripted;
+    if (onCall) {
+        scripted = onCall(call);
+    }
+    for (const std::string& key : {label, call.name}) {
+        if (const auto found = statuses.find(key); !scripted && found != statuses.end()) {
+            scripted = found->second;
+        }
+    }
+    const std::int64_t answer = scripted ? *scripted : Answer(call);
+    if (answer == kComFailure) {
+        return EComResult::Failed;
+    }
+    status = Variant::FromI4(static_cast<std::int32_t>(answer));
+    return EComResult::Ok;
+}
+
+EComResult CScriptedServer::Start(const char* name, Inputs inputs, Variant& status) {
+    m_started = SCall{name, {}, {}};
+    for (const Variant* input : inputs) {
+        m_started.inputs.push_back(*input);
+    }
+    const EComResult result = Run(m_started, status);
+    if (completeInside && result == EComResult::Ok && status == Variant::FromI4(0)) {
+        sink->OnCommandComplete(status);
+    }
+    return result;
+}
+
+EComResult CScriptedServer::Fetch(Outputs outputs, Variant& status) {
+    const std::string& started = m_started.name;
+    SCall call{"Fetch" + started.substr(started.starts_with("Get") ? 3 : 0), m_started.inputs, outputs};
+    return Run(std::move(call), status);
+}
+
+std::int64_t CScriptedServer::AnswerEvent(SCall& call) {
+    *call.outputs[0] = Variant::FromUI1(events.front().kind);
+    *call.outputs[1] = events.front().values;
+    events.pop_front();
+    *call.outputs[2] = Variant::FromUI1(1);
+    return 0;
+}
+
+std::int64_t CScriptedServer::Answer(SCall& call) {
+    constexpr std::int64_t kNoSuchCell = 0x0111;
+    const CellAddress cell = call.Cell();
+    if (call.name == "GetValue") {
+        if (!values.contains(cell))
+            return kNoSuchCell;
+        const auto bytes = Hex(values[cell]);
+        *call.outputs[0] = Variant::FromUI1(bytes[0]);
+        *call.outputs[1] = Variant::FromUI1(bytes[1]);
+        *call.outputs[2] = Variant::FromBytes({bytes.begin() + 2, bytes.end()});
+    } else if (call.name == "GetSettingLimits") {
+        if (!limits.contains(cell))
+            return kNoSuchCell;
+        *call.outputs[0] = ListOf(limits[cell]);
+    } else if (call.name == "FetchStrings") {
+        *call.outputs[0] = ListOf(strings[cell]);
+    } else if (call.name == "GetText") {
+        if (!texts.contains(cell))
+            return kNoSuchCell;
+        *call.outputs[0] = Tagged(texts[cell]);
+    } else if (call.name == "FetchColumnTextAndValues") {
+        const auto& lists = columns[static_cast<std::uint8_t>(cell)];
+        for (std::size_t i = 0; i < lists.size(); ++i)
+            *call.outputs[i] = lists[i];
+    } else if (call.name == "GetDeviceStatus") {
+        *call.outputs[0] = Variant::FromUI1(events.empty() ? 0x00 : 0x20);
+    } else if (call.name == "GetEvent") {
+        return events.empty() ? 14 : AnswerEvent(call);
+    }
+    return 0;
+}
+
+} // namespace ruvo::test
+
+namespace ruvo {
+
+std::unique_ptr<IServerConnection> ConnectToServer() {
+    if (test::g_server == nullptr || test::g_server->refuseConnection)
+        return nullptr;
+    return std::make_unique<test::CScriptedConnection>();
+}
+
+} // namespace ruvo

@@ -1,0 +1,75 @@
+// A comms server that tests script: cells, events and statuses come from tables, every call is noted. Linking
+// it takes the place of the connector.
+#pragma once
+
+#include "support/hex.h"
+#include "support/uniform_server.h"
+
+#include "link/cell_address.h"
+#include "link/server_connection.h"
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace ruvo::test {
+
+Variant Tagged(std::string_view hex);
+/// A value list of tagged values in hex; an empty text is an empty variant.
+Variant List(std::initializer_list<std::string_view> values);
+/// Tagged text.
+std::string TextHex(std::string_view text);
+
+struct SCall {
+    std::string name;
+    std::vector<Variant> inputs;
+    std::vector<Variant*> outputs;
+    CellAddress Cell() const;
+};
+
+struct SScriptedEvent {
+    std::uint8_t kind;
+    Variant values;
+};
+
+class CScriptedServer final : public CUniformServer {
+public:
+    static constexpr std::int64_t kComFailure = -1;
+
+    CScriptedServer();
+    ~CScriptedServer();
+
+    bool refuseConnection = false;
+    bool refuseAdvise = false;
+    bool completeInside = true; ///< started commands complete inside the call; else the test completes them
+    std::map<CellAddress, std::string> values; ///< tagged hex of the one value
+    std::map<CellAddress, std::vector<std::string>> limits;
+    std::map<CellAddress, std::vector<std::string>> strings;
+    std::map<CellAddress, std::string> texts;
+    std::map<std::uint8_t, std::vector<Variant>> columns; ///< locations, texts, values
+    std::deque<SScriptedEvent> events;
+    std::map<std::string, std::int64_t>
+        statuses; ///< by "Name" or "Name CC.RR": instead of the scripted answer
+    /// Asked before everything else: a status instead of the scripted answer, or none.
+    std::function<std::optional<std::int64_t>(SCall&)> onCall;
+    std::vector<std::string> calls; ///< "Name" or "Name CC.RR", with the written bytes for writes
+    IP32lsSink_v2* sink = nullptr;
+
+    EComResult Do(const char* name, Inputs inputs, Outputs outputs, Variant& status) override;
+    EComResult Start(const char* name, Inputs inputs, Variant& status) override;
+    EComResult Fetch(Outputs outputs, Variant& status) override;
+
+private:
+    EComResult Run(SCall call, Variant& status);
+    std::int64_t Answer(SCall& call);
+    std::int64_t AnswerEvent(SCall& call);
+
+    SCall m_started;
+};
+
+} // namespace ruvo::test
