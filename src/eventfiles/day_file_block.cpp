@@ -1,0 +1,338 @@
+#include "eventfiles/day_file_block.h"
+
+#include "eventfiles/text_file_header.h"
+#include "protocol/binary_cell.h"
+#include "protocol/byte_cursor.h"
+#include "protocol/data_factory.h"
+#include "protocol/type_codes.h"
+
+#include <algorithm>
+
+namespace ruvo {
+
+namespace {
+
+using Bytes = std::span<const std::uint8_t>;
+
+constexpr std::array<std::string_view, static_cast<std::size_t>(EDayFileFault::Last) + 1> kFaultTexts{
+    "the file is empty",
+    "the header has no end byte",
+    "the header is not that of an event list",
+    "no block begins here",
+    "the block is longer than the rest of the file",
+    "an item passes the end of its block",
+    "the event code is not a valid number",
+    "the time stamp is missing",
+    "bytes are left over at the end of the block",
+    "the record's cells are missing",
+    "the cells belong to another record",
+    "a cell cannot be read",
+    "cells without their record",
+    "a value's type or size is not known",
+    "the file cannot be read further",
+};
+static_assert(!kFaultTexts.back().empty(), "one text per fault");
+
+constexpr std::size_t kUniqueIdSize = 4;
+constexpr std::size_t kTimeStampSize = 7;
+/// Behind the block's head: record number, unique id. Then comes the time stamp's type code.
+constexpr std::size_t kTimeStampAt = kBlockHeadSize + 1 + kUniqueIdSize;
+/// A body whose texts, value and event code are all empty.
+constexpr std::size_t kMinBodySize = 1 + kUniqueIdSize + 2 + kTimeStampSize + 1 + 1 + 1 + 3 + 2 + 1 + 2 + 1;
+
+struct SBlock {
+    std::uint8_t tag = 0;
+    Bytes body;
+    std::size_t Size() const { return kBlockHeadSize + body.size(); }
+};
+
+std::optional<EDayFileFault> TakeBlock(CByteCursor& cursor, SBlock& block) {
+    std::uint16_t length = 0;
+    if (!cursor.TakeByte(block.tag)) {
+        return EDayFileFault::NoBlock;
+    }
+    if (block.tag > static_cast<std::uint8_t>(EBlockTag::Cells)) {
+        return EDayFileFault::NoBlock;
+    }
+    if (!cursor.TakeWord(length) || !cursor.TakeBytes(length, block.body)) {
+        return EDayFileFault::BlockPastEnd;
+    }
+    return std::nullopt;
+}
+
+bool Skip(CByteCursor& cursor, std::size_t count) {
+    Bytes skipped;
+    return cursor.TakeBytes(count, skipped);
+}
+
+/// A text or short number: a length byte and that many bytes.
+bool SkipCounted(CByteCursor& cursor) {
+    std::uint8_t length = 0;
+    return cursor.TakeByte(length) && Skip(cursor, length);
+}
+
+/// Steps through a first block's body (from the unique id on) that a record was read from, to see what the
+/// record does not tell: what is left over, and where values were that it could not take.
+class CBodyWalk {
+public:
+    CBodyWalk(Bytes body, bool isExtended) : m_size(body.size()), m_cursor(body) {
+        const bool throughEvent = Skip(m_cursor, kUniqueIdSize + 2 + kTimeStampSize + 1) &&
+                                  SkipCounted(m_cursor) && SkipCounted(m_cursor) && SkipTexts(3) &&
+                                  Skip(m_cursor, 2) && SkipTexts(1) && TakeValue() && SkipTexts(1);
+        while (throughEvent && !isExtended && m_cursor.Remaining() > 0 && TakeValue()) {
+        }
+    }
+
+    std::size_t LeftOver() const { return m_cursor.Remaining(); }
+    const std::optional<SByteRange>& UnknownValues() const { return m_unknown; }
+
+private:
+    bool SkipTexts(int count) {
+        bool fits = true;
+        for (; fits && count > 0; --count) {
+            fits = SkipCounted(m_cursor);
+        }
+        return fits;
+    }
+
+    /// A value is understood when it holds every byte that stands there.
+    bool TakeValue() {
+        const std::size_t start = m_size - m_cursor.Remaining();
+        std::unique_ptr<CParlaneData> value;
+        if (!CDataFactory::TakeTagged(m_cursor, value)) {
+            return false;
+        }
+        if (value == nullptr || start + 2 + value->GetSize() != m_size - m_cursor.Remaining()) {
+            const std::size_t first = m_unknown ? m_unknown->offset : start;
+            m_unknown = SByteRange{first, m_size - m_cursor.Remaining() - first};
+        }
+        return true;
+    }
+
+    std::size_t m_size;
+    CByteCursor m_cursor;
+    std::optional<SByteRange> m_unknown;
+};
+
+/// What the record's constructor reported, as a fault; none when the record is sound.
+std::optional<EDayFileFault> FaultOf(const CEventRecord& record, const CErrorList& errors) {
+    struct SRow {
+        unsigned eventError;
+        EDayFileFault fault;
+    };
+    static constexpr std::array kRows{SRow{0, EDayFileFault::ItemPastEnd},
+                                      SRow{3, EDayFileFault::BadEventCode},
+                                      SRow{4, EDayFileFault::NoTimeStamp}};
+    for (const auto& error : errors) {
+        const auto* const eventError = dynamic_cast<const CEventError*>(error.get());
+        for (const SRow& row : kRows) {
+            if (eventError != nullptr && eventError->GetCode() == row.eventError) {
+                return row.fault;
+            }
+        }
+    }
+    return record.IsValid() && errors.empty() ? std::nullopt : std::optional(EDayFileFault::BadCell);
+}
+
+bool HasNullValue(const CSimpleEventRecord& record) {
+    const auto isNull = [](const auto& value) { return value == nullptr; };
+    return record.GetEventValue() == nullptr || std::ranges::any_of(record.GetValues(), isNull);
+}
+
+/// Takes over what the walk over the first block saw; offsets then count from the block's tag.
+void NoteUnknown(const CBodyWalk& walk, SParsedRecord& parsed) {
+    parsed.unknownValues = walk.UnknownValues();
+    if (parsed.unknownValues) {
+        parsed.unknownValues->offset += kBlockHeadSize + 1;
+    }
+}
+
+std::optional<EDayFileFault> ReadSimple(Bytes body, SParsedRecord& parsed) {
+    CErrorList errors;
+    auto record = std::make_unique<CSimpleEventRecord>(body, errors);
+    if (const auto fault = FaultOf(*record, errors)) {
+        return fault;
+    }
+    // Nearly all records are as they were written; only the others are worth a second look.
+    if (HasNullValue(*record) || record->GetBlockSize() != body.size() + 1) {
+        NoteUnknown(CBodyWalk(body, false), parsed);
+    }
+    parsed.isFirstBlockSound = true;
+    parsed.record = std::move(record);
+    return std::nullopt;
+}
+
+/// False when the cells have no place for all that stands there (names of bits that they do not have, data of
+/// a type without data), or are of a kind that is never stored: their type codes are not those written.
+bool HoldsAllBytes(const CCellList& cells, std::size_t size) {
+    std::size_t held = 0;
+    for (const auto& cell : cells) {
+        if (cell->GetKind() == ECellKind::Indexed) {
+            return false;
+        }
+        held += StoredTextSize(cell->GetLabelTemplate()) + StoredValueSize(cell->GetValue()) + 1;
+        if (cell->GetKind() == ECellKind::Binary) {
+            for (const std::string& name : static_cast<const CBinaryCell&>(*cell).GetBitNames()) {
+                held += StoredTextSize(name);
+            }
+        }
+    }
+    return held == size;
+}
+
+std::optional<EDayFileFault> ReadCells(CByteCursor& cursor, CExtendedEventRecord& record,
+                                       SParsedRecord& parsed) {
+    SBlock block;
+    const auto fault = TakeBlock(cursor, block);
+    if (fault == EDayFileFault::BlockPastEnd && block.tag == static_cast<std::uint8_t>(EBlockTag::Cells)) {
+        return fault;
+    }
+    if (fault || block.tag != static_cast<std::uint8_t>(EBlockTag::Cells)) {
+        return EDayFileFault::CellsMissing;
+    }
+    CByteCursor body(block.body);
+    std::uint32_t uniqueId = 0;
+    if (!body.TakeDoubleWord(uniqueId)) {
+        return EDayFileFault::ItemPastEnd;
+    }
+    if (uniqueId != record.GetUniqueId()) {
+        return EDayFileFault::CellsOfAnother;
+    }
+    CErrorList errors;
+    record.ReadCells(block.body.subspan(kUniqueIdSize), errors);
+    if (const auto unread = FaultOf(record, errors)) {
+        return unread;
+    }
+    if (!HoldsAllBytes(record.GetCells(), block.body.size() - kUniqueIdSize)) {
+        return EDayFileFault::BadCell;
+    }
+    parsed.size += block.Size();
+    return std::nullopt;
+}
+
+std::optional<EDayFileFault> ReadExtended(std::uint8_t recordNumber, Bytes body, CByteCursor& rest,
+                                          SParsedRecord& parsed) {
+    CErrorList errors;
+    auto record = std::make_unique<CExtendedEventRecord>(recordNumber, body, errors);
+    if (const auto fault = FaultOf(*record, errors)) {
+        return fault;
+    }
+    const CBodyWalk walk(body, true);
+    if (walk.LeftOver() > 0) {
+        return EDayFileFault::BytesLeftOver;
+    }
+    parsed.isFirstBlockSound = true;
+    if (const auto fault = ReadCells(rest, *record, parsed)) {
+        return fault;
+    }
+    NoteUnknown(walk, parsed);
+    parsed.record = std::move(record);
+    parsed.isExtended = true;
+    return std::nullopt;
+}
+
+std::optional<EDayFileFault> ReadRecord(Bytes bytes, SParsedRecord& parsed) {
+    CByteCursor cursor(bytes);
+    SBlock block;
+    if (const auto fault = TakeBlock(cursor, block)) {
+        return fault;
+    }
+    if (block.tag == static_cast<std::uint8_t>(EBlockTag::Cells)) {
+        return EDayFileFault::CellsAlone;
+    }
+    parsed.size = block.Size();
+    CByteCursor body(block.body);
+    std::uint8_t recordNumber = 0;
+    if (!body.TakeByte(recordNumber)) {
+        return EDayFileFault::ItemPastEnd;
+    }
+    const Bytes items = block.body.subspan(1);
+    return recordNumber == 0 ? ReadSimple(items, parsed) : ReadExtended(recordNumber, items, cursor, parsed);
+}
+
+/// Size of the block that begins there by its length word, whether it fits or not; 0 without a whole head.
+std::size_t ClaimedSize(Bytes bytes) {
+    CByteCursor cursor(bytes);
+    std::uint8_t tag = 0;
+    std::uint16_t length = 0;
+    return cursor.TakeByte(tag) && cursor.TakeWord(length) ? kBlockHeadSize + length : 0;
+}
+
+bool HasTimeStampHead(Bytes block) {
+    return block.size() > kTimeStampAt + 1 && block[kTimeStampAt] == kTypeIEC870 &&
+           block[kTimeStampAt + 1] == kTimeStampSize;
+}
+
+/// A header's byte that is no line end: anything printable, and the tab.
+bool IsTextByte(std::uint8_t byte) {
+    return byte >= 0x20 || byte == '\t';
+}
+
+/// True when each line ends in CR LF and one of them says that an event list follows.
+bool IsEventListHeader(std::string_view lines) {
+    constexpr std::string_view kLineEnd = "\r\n";
+    constexpr std::string_view kTypeLine = "TYPE: EventList";
+    bool isEventList = false;
+    while (!lines.empty()) {
+        const std::size_t end = lines.find_first_of(kLineEnd);
+        if (end == std::string_view::npos || lines.substr(end, kLineEnd.size()) != kLineEnd) {
+            return false;
+        }
+        isEventList = isEventList || lines.substr(0, end) == kTypeLine;
+        lines.remove_prefix(end + kLineEnd.size());
+    }
+    return isEventList;
+}
+
+} // namespace
+
+std::string_view DayFileFaultText(EDayFileFault fault) {
+    return kFaultTexts.at(static_cast<std::size_t>(fault));
+}
+
+SParsedRecord ParseDayFileRecord(std::span<const std::uint8_t> bytes) {
+    SParsedRecord parsed;
+    if (const auto fault = ReadRecord(bytes, parsed)) {
+        parsed.fault = *fault;
+        parsed.record.reset();
+    }
+    return parsed;
+}
+
+bool LooksLikeRecord(std::span<const std::uint8_t> bytes) {
+    const std::size_t size = ClaimedSize(bytes);
+    if (size < kBlockHeadSize + kMinBodySize || size > bytes.size() || bytes[0] != 0 ||
+        !HasTimeStampHead(bytes)) {
+        return false;
+    }
+    const Bytes behind = bytes.subspan(size);
+    const bool isExtended = bytes[kBlockHeadSize] != 0;
+    if (isExtended) {
+        return !behind.empty() && behind[0] == static_cast<std::uint8_t>(EBlockTag::Cells);
+    }
+    return behind.empty() || (behind[0] == 0 && HasTimeStampHead(behind));
+}
+
+std::size_t ParseCost(std::span<const std::uint8_t> bytes) {
+    const std::size_t first = ClaimedSize(bytes);
+    const bool isExtended = first > kBlockHeadSize && first < bytes.size() && bytes[kBlockHeadSize] != 0;
+    return first + (isExtended ? ClaimedSize(bytes.subspan(first)) : 0);
+}
+
+SParsedHeader ParseDayFileHeader(std::span<const std::uint8_t> bytes) {
+    if (bytes.empty()) {
+        return {EDayFileFault::EmptyFile, 0};
+    }
+    const Bytes searched = bytes.first(std::min(bytes.size(), kMaxHeaderSize));
+    const auto end = std::ranges::find_if(
+        searched, [](std::uint8_t byte) { return !IsTextByte(byte) && byte != '\r' && byte != '\n'; });
+    if (end == searched.end() || *end != kEndOfHeader) {
+        return {EDayFileFault::NoHeaderEnd, 0};
+    }
+    if (!IsEventListHeader(std::string(searched.begin(), end))) {
+        return {EDayFileFault::BadHeader, 0};
+    }
+    return {std::nullopt, static_cast<std::size_t>(end - searched.begin()) + 1};
+}
+
+} // namespace ruvo

@@ -1,0 +1,82 @@
+// One record of a day file out of bytes that nobody vouches for: what makes it sound, and what is wrong when
+// it is not. docs/day-file-format.md tells the rule in words.
+#pragma once
+
+#include "protocol/event_block.h"
+#include "protocol/event_record.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string_view>
+
+namespace ruvo {
+
+/// Why a place of a day file is no sound header or record.
+enum class EDayFileFault : std::uint8_t {
+    EmptyFile,
+    NoHeaderEnd,
+    BadHeader,
+    NoBlock,
+    BlockPastEnd,
+    ItemPastEnd,
+    BadEventCode,
+    NoTimeStamp,
+    BytesLeftOver,
+    CellsMissing,
+    CellsOfAnother,
+    BadCell,
+    CellsAlone,
+    UnknownValue,
+    ReadFailed,
+    Last = ReadFailed,
+};
+
+/// A reason for people: "the block is longer than the rest of the file".
+[[nodiscard]] std::string_view DayFileFaultText(EDayFileFault fault);
+
+/// The longest image of a record: two blocks.
+inline constexpr std::size_t kMaxRecordImage = 2 * (kBlockHeadSize + kMaxBlockSize);
+
+/// A range within the bytes that were parsed.
+struct SByteRange {
+    std::size_t offset = 0;
+    std::size_t length = 0;
+};
+
+/// What the bytes hold at their start: a record and its size, or a fault and no record.
+struct SParsedRecord {
+    std::unique_ptr<CEventRecord> record;
+    bool isExtended = false;
+    std::size_t size = 0; ///< of the whole image
+    /// Also for a record that fails by its cells alone.
+    bool isFirstBlockSound = false;
+    EDayFileFault fault = EDayFileFault::NoBlock;
+    /// From the first to the last value of a type or size that nobody knows. The record holds no value there.
+    std::optional<SByteRange> unknownValues;
+};
+
+/// Parses the record at the start of the bytes, which hold kMaxRecordImage bytes or all that the file has
+/// left.
+[[nodiscard]] SParsedRecord ParseDayFileRecord(std::span<const std::uint8_t> bytes);
+
+/// True when the bytes begin like a record, and behind its first block like what may stand there. Looks at a
+/// few bytes at fixed places only; every sound record passes.
+[[nodiscard]] bool LooksLikeRecord(std::span<const std::uint8_t> bytes);
+
+/// Bytes that parsing the record there may have to read at most; 0 when there is none to parse.
+[[nodiscard]] std::size_t ParseCost(std::span<const std::uint8_t> bytes);
+
+/// The fault of the header at the start of a file, or its size with the end byte. The bytes are the file's
+/// first kMaxHeaderSize or all of it.
+struct SParsedHeader {
+    std::optional<EDayFileFault> fault;
+    std::size_t size = 0;
+};
+inline constexpr std::size_t kMaxHeaderSize = std::size_t{16} * 1024;
+[[nodiscard]] SParsedHeader ParseDayFileHeader(std::span<const std::uint8_t> bytes);
+
+} // namespace ruvo

@@ -1,0 +1,253 @@
+#include "eventfiles/event_extraction.h"
+
+#include "eventfiles/event_conversion.h"
+#include "eventfiles/event_file_names.h"
+#include "eventfiles/event_file_writer.h"
+#include "eventfiles/off_file.h"
+#include "eventfiles/record_column.h"
+#include "link/p32_wrap.h"
+#include "link/password_state.h"
+#include "paths/path_utilities.h"
+#include "platform/code_page.h"
+#include "platform/files.h"
+#include "platform/full_path.h"
+
+#include <algorithm>
+#include <exception>
+#include <iterator>
+
+namespace ruvo {
+
+namespace {
+
+constexpr std::uint8_t kEventsPending = 0x20; ///< bit of the relay's status byte
+
+/// "1 event", "2 events".
+std::string Counted(std::size_t count, const std::string& what) {
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
+/// An error's text as one sentence.
+std::string MessageOf(const IError& error) {
+    std::string text;
+    error.GetMessageText(text);
+    if (const auto* relayError = dynamic_cast<const CRelayError*>(&error)) {
+        text += " " + relayError->GetDetail();
+    }
+    return text.ends_with('.') ? text : text + ".";
+}
+
+/// About what the record will take in its file.
+std::size_t SizeInFile(const CEventRecord& record) {
+    std::size_t size = record.GetBlockSize();
+    if (const auto* extended = dynamic_cast<const CExtendedEventRecord*>(&record)) {
+        for (const auto& cell : extended->GetCells()) {
+            size += StoredTextSize(cell->GetLabelTemplate()) + StoredValueSize(cell->GetValue());
+        }
+    }
+    return size;
+}
+
+/// One visit to one relay.
+class CVisit {
+public:
+    CVisit(std::uint32_t deviceAddress, std::int32_t maxEvents, SExtractionReport& report)
+        : m_deviceAddress(deviceAddress), m_maxEvents(maxEvents), m_report(report) {}
+
+    void Run(const std::string& eventRoot);
+    /// Turns what was gathered along the way into the report's texts, whatever ended the visit.
+    void FinishReport();
+
+private:
+    bool NameFile(const std::string& eventRoot);
+    bool HasRoom(const std::string& eventRoot);
+    void Refuse(EFileCause cause, const std::string& why);
+    bool AreEventsPending();
+    void ReadEvents(CEventConverter& converter);
+    bool MayTakeMore();
+    void HandleEvent(CEventConverter& converter, std::uint8_t kind, CParlaneDataArray& values);
+    void RefreshKeepGoing();
+    void WriteFile(const std::string& eventRoot);
+    std::size_t Count() const { return m_records.GetRecords().size(); }
+
+    std::uint32_t m_deviceAddress;
+    std::int32_t m_maxEvents;
+    SExtractionReport& m_report;
+    std::string m_folder;
+    CEventList m_records;
+    CErrorList m_errors;
+    RecordNotes m_notes;
+    CStatus m_status;
+    std::uint8_t m_keepGoing = 1;
+    std::size_t m_eventsTaken = 0;
+    std::size_t m_bytesGathered = 0;
+    std::size_t m_passedOver = 0;
+};
+
+void CVisit::Run(const std::string& eventRoot) {
+    if (!NameFile(eventRoot)) {
+        return;
+    }
+    SRecordTexts texts;
+    texts.plant = ReadSystemText(RowOf(cells::kPlant));
+    texts.description = ReadSystemText(RowOf(cells::kDescription));
+    texts.model = ReadSystemText(RowOf(cells::kModel));
+    if (!AreEventsPending() || !HasRoom(eventRoot)) {
+        return;
+    }
+    CEventConverter converter(m_deviceAddress, std::move(texts), m_errors);
+    std::exception_ptr failure;
+    try {
+        ReadEvents(converter);
+    } catch (const std::exception&) { // what is gathered exists nowhere else any more: it is written first
+        failure = std::current_exception();
+    }
+    if (!m_report.passwordDeclined && Count() > 0) {
+        WriteFile(eventRoot);
+    }
+    if (failure) {
+        std::rethrow_exception(failure);
+    }
+}
+
+/// Leaves the relay's events where they are.
+void CVisit::Refuse(EFileCause cause, const std::string& why) {
+    AddError(m_errors,
+             std::make_unique<CFileError>(m_records.GetName(), static_cast<int>(cause),
+                                          why + "; no event was taken from the relay.", kSaveFailedMessage));
+}
+
+/// A relay whose names would lead out of its own folder, or to no file at all, is refused before any event is
+/// taken from it.
+bool CVisit::NameFile(const std::string& eventRoot) {
+    const std::string folder = MakeDeviceFolderName();
+    const std::string file = MakeEventFileName();
+    m_folder = eventRoot + "\\" + NativeRelayText(folder);
+    m_records.SetName(m_folder + "\\" + NativeRelayText(file));
+    if (IsSafeFileName(folder) && IsSafeFileName(file) && !FullPath(m_records.GetName()).empty()) {
+        return true;
+    }
+    Refuse(EFileCause::BadPath,
+           "The relay's model or serial number is unfit for a file name: " + NativeRelayText(folder));
+    return false;
+}
+
+/// A disk that is full already would cost every relay of the run its events.
+bool CVisit::HasRoom(const std::string& eventRoot) {
+    const std::optional<std::uint64_t> room = FreeSpace(eventRoot);
+    if (!room || *room >= kLeastFreeSpace) {
+        return true;
+    }
+    Refuse(EFileCause::DiskFull, "The disk of " + eventRoot + " is full");
+    return false;
+}
+
+bool CVisit::AreEventsPending() {
+    std::uint8_t statusByte = 0;
+    m_status = ToStatusWord(CP32Wrap::GetInstance()->GetDeviceStatus(nullptr, statusByte));
+    return IsAcceptable(m_status, 0) && (statusByte & kEventsPending) != 0;
+}
+
+void CVisit::ReadEvents(CEventConverter& converter) {
+    do {
+        std::uint8_t kind = 0;
+        CParlaneDataArray values;
+        m_status = ToStatusWord(CP32Wrap::GetInstance()->GetEvent(nullptr, kind, values, m_keepGoing));
+        m_eventsTaken += m_status == CStatus() ? 1 : 0;
+        if (PasswordState().callbackCalled && !PasswordState().accepted) {
+            m_report.passwordDeclined = true;
+            return;
+        }
+        if (IsAcceptable(m_status, 0)) {
+            HandleEvent(converter, kind, values);
+        }
+        if (IsAcceptable(m_status, 0)) {
+            RefreshKeepGoing();
+        }
+        if (m_maxEvents != kNoEventLimit && Count() == static_cast<std::size_t>(m_maxEvents)) {
+            m_keepGoing = 0;
+        }
+    } while (IsAcceptable(m_status, 0) && m_keepGoing != 0 && MayTakeMore());
+}
+
+/// Ends a visit that would outgrow the memory.
+bool CVisit::MayTakeMore() {
+    if (m_eventsTaken < kMaxEventsPerVisit && m_bytesGathered < kMaxBytesPerVisit) {
+        return true;
+    }
+    m_notes.push_back("This visit has taken " + Counted(m_eventsTaken, "event") +
+                      "; the rest waits in the relay for the next run.");
+    return false;
+}
+
+void CVisit::HandleEvent(CEventConverter& converter, std::uint8_t kind, CParlaneDataArray& values) {
+    try {
+        if (std::unique_ptr<CEventRecord> record = converter.Convert(kind, values, m_status)) {
+            m_bytesGathered += SizeInFile(*record);
+            m_records.GetRecords().push_back(std::move(record));
+        } else if (!CEventConverter::IsKnownKind(kind)) {
+            ++m_passedOver;
+        }
+    } catch (const CMalformedEvent&) {
+        m_status = CStatus(kLinkDisobeysProtocol);
+    }
+}
+
+/// The relay's word on more events, as long as the event itself has not said that it was the last.
+void CVisit::RefreshKeepGoing() {
+    std::uint8_t statusByte = 0;
+    m_status = ToStatusWord(CP32Wrap::GetInstance()->GetDeviceStatus(nullptr, statusByte));
+    if (IsAcceptable(m_status, 0) && m_keepGoing != 0) {
+        m_keepGoing = statusByte & kEventsPending;
+    }
+}
+
+void CVisit::WriteFile(const std::string& eventRoot) {
+    std::string firstCreated;
+    CreateDirectoryPath(m_folder, firstCreated); // a folder that cannot be made shows when the file is opened
+    if (!WriteEventFile(m_records, "headerText", m_errors, m_notes)) {
+        return;
+    }
+    m_report.recordsWritten = Count();
+    if (!firstCreated.empty()) {
+        FlushFolder(eventRoot);
+    }
+}
+
+void CVisit::FinishReport() {
+    m_report.eventsLost = m_eventsTaken - m_passedOver - m_report.recordsWritten;
+    // A declined password has its own words already; status 18 is only how it came back.
+    if (m_status != CStatus() && !m_report.passwordDeclined) {
+        m_report.endStatus = m_status.GetValue();
+    }
+    for (const auto& error : m_errors) {
+        if (error->HasMessage()) {
+            m_report.problems.push_back(MessageOf(*error));
+        }
+    }
+    std::ranges::move(m_notes, std::back_inserter(m_report.problems));
+    if (m_passedOver > 0) {
+        m_report.problems.push_back(Counted(m_passedOver, "event") + " of unknown kind passed over.");
+    }
+    if (m_report.eventsLost > 0) {
+        m_report.problems.push_back(Counted(m_report.eventsLost, "event") +
+                                    " taken from the relay, but not stored.");
+    }
+}
+
+} // namespace
+
+void ExtractEventsToFile(std::uint32_t deviceAddress, const std::string& eventRoot, std::int32_t maxEvents,
+                         SExtractionReport* report) {
+    SExtractionReport ownReport;
+    CVisit visit(deviceAddress, maxEvents, report != nullptr ? *report : ownReport);
+    try {
+        visit.Run(eventRoot);
+    } catch (...) {
+        visit.FinishReport();
+        throw;
+    }
+    visit.FinishReport();
+}
+
+} // namespace ruvo

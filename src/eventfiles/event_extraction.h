@@ -1,0 +1,38 @@
+// The extraction proper: one relay's pending events into its day file.
+#pragma once
+
+#include "link/link_status.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace ruvo {
+
+/// A visit takes at most this many events: what is gathered has to fit into memory. The rest waits in the
+/// relay.
+inline constexpr std::size_t kMaxEventsPerVisit = 1'000'000;
+/// The same for their bytes in the file, since a relay chooses how long its records are.
+inline constexpr std::size_t kMaxBytesPerVisit = std::size_t{256} * 1024 * 1024;
+/// With less room on the disk a relay keeps its events.
+inline constexpr std::uint64_t kLeastFreeSpace = std::uint64_t{64} * 1024;
+
+inline constexpr std::int32_t kNoEventLimit = -1;
+
+/// What an extraction has to say to its caller. Texts are in the system's narrow encoding.
+struct SExtractionReport {
+    std::size_t recordsWritten = 0;
+    std::size_t eventsLost = 0;        ///< taken from the relay, but not in its day file
+    bool passwordDeclined = false;     ///< the visit ended because a password was not accepted
+    LinkStatus endStatus = kLinkGood;  ///< what ended the visit early; good when nothing did
+    std::vector<std::string> problems; ///< one text per problem, in order
+};
+
+/// Reads the pending events of the relay that the link addresses and appends them to the relay's day file
+/// below `eventRoot`. `deviceAddress` goes into every record. `maxEvents` ends the visit after so many
+/// records. Throws CStatus when a request was aborted; `report` is complete even then.
+void ExtractEventsToFile(std::uint32_t deviceAddress, const std::string& eventRoot, std::int32_t maxEvents,
+                         SExtractionReport* report = nullptr);
+
+} // namespace ruvo

@@ -1,0 +1,108 @@
+// The output file: header lines and their filter, and failures that take nothing along.
+#include "support/scripted_server.h"
+#include "support/scratch_folder.h"
+
+#include "eventfiles/event_file_writer.h"
+#include "eventfiles/off_file.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace ruvo::test {
+
+namespace {
+
+std::string WriteHeaderTo(const CScratchFolder& folder, const CTextFileHeader& header) {
+    COffFile file;
+    CFileException failure;
+    EXPECT_TRUE(file.Open(folder.Path("h"), {.read = true, .write = true, .create = true, .truncate = true},
+                          failure));
+    const std::size_t written = file.WriteHeader(header);
+    EXPECT_EQ(written, file.GetLength());
+    file.Close();
+    return folder.Read("h");
+}
+
+/// A list of one simple record whose image has 60 bytes or more.
+CEventList OneRecord(const std::string& name) {
+    CEventList list;
+    list.SetName(name);
+    list.GetRecords().push_back(std::make_unique<CSimpleEventRecord>(
+        0, 0, std::uint8_t{5}, CParlaneIEC870(), "Trip", nullptr, "a", "b", "c", std::uint16_t{1},
+        std::string(60, 'f'), CParlaneDataList()));
+    return list;
+}
+
+} // namespace
+
+TEST(OffFile, HeaderLinesAndTheirFilter) {
+    const CScratchFolder folder;
+    EXPECT_EQ(WriteHeaderTo(folder, MakeEventListHeader(7, "headerText")).size(), 81U);
+    EXPECT_EQ(MakeEventListHeader(1234567, "").lines[3], "NEXTEXTENDED: 1234567");
+    EXPECT_EQ(WriteHeaderTo(folder, {}), "\x1A");
+    const CTextFileHeader tools{{"Q7_MODEL_1: x", "Q7_LANG: en", "q7_lower", "Q7_VERSION: old", "Q7_LANG"}};
+    EXPECT_EQ(WriteHeaderTo(folder, tools), "Q7_LANG: en\r\nq7_lower\r\n\x1A");
+    const std::string key = "[SOFTWARE\\Halvex\\Norvo Q7 Studio\\Recset-Parlane]\r\nEngineerMode=dword:";
+    folder.Write("registry.ini", key + "00000001\r\n");
+    setenv("RUVO_REGISTRY_MACHINE", folder.Native("registry.ini").c_str(), 1);
+    EXPECT_EQ(WriteHeaderTo(folder, tools),
+              "Q7_MODEL_1: x\r\nQ7_LANG: en\r\nq7_lower\r\nQ7_VERSION:1700000000\r\nQ7_LANG\r\n\x1A");
+    folder.Write("registry.ini", key + "00000002\r\n");
+    EXPECT_EQ(WriteHeaderTo(folder, tools), "Q7_LANG: en\r\nq7_lower\r\n\x1A") << "bit 0 counts";
+    unsetenv("RUVO_REGISTRY_MACHINE");
+}
+
+TEST(OffFile, ClosingWhatWasNeverOpenedDoesNothing) {
+    COffFile file;
+    file.Close();
+    file.Remove();
+    CFileException failure;
+    EXPECT_FALSE(file.Open("C:\\no\\such\\folder\\x", {.write = true, .create = true}, failure));
+    EXPECT_EQ(failure.GetCause(), EFileCause::BadPath);
+}
+
+/// Runs in a child process whose files may not grow beyond so many bytes: a full disk that any machine has.
+template <class Action>
+int WithFileSizeLimit(rlim_t bytes, Action action) {
+    const pid_t child = fork();
+    if (child == 0) {
+        const rlimit limit{bytes, bytes};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        _exit(action());
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST(WriteEventFile, AFullDiskCostsNoEarlierRecord) {
+    const CScratchFolder folder;
+    const auto append = [&](const std::string& name, EFileCause cause) {
+        return [&folder, name, cause] {
+            CEventList list = OneRecord(folder.Path(name));
+            CErrorList errors;
+            RecordNotes notes;
+            const bool refused = !WriteEventFile(list, "headerText", errors, notes) && errors.size() == 1 &&
+                                 dynamic_cast<CFileError&>(*errors[0]).GetCause() == static_cast<int>(cause);
+            return refused ? 0 : 1;
+        };
+    };
+    const std::string earlier(200, 'e');
+    folder.Write("day.evt", earlier);
+    EXPECT_EQ(WithFileSizeLimit(230, append("day.evt", EFileCause::DiskFull)), 0);
+    EXPECT_EQ(folder.Read("day.evt"), earlier);
+    EXPECT_EQ(WithFileSizeLimit(100, append("new.evt", EFileCause::DiskFull)), 0)
+        << "fails behind the header";
+    EXPECT_FALSE(folder.Has("new.evt"));
+    EXPECT_EQ(WithFileSizeLimit(40, append("new.evt", EFileCause::DiskFull)), 0) << "fails inside the header";
+    EXPECT_FALSE(folder.Has("new.evt"));
+    folder.Write("empty.evt", "");
+    EXPECT_EQ(WithFileSizeLimit(100, append("empty.evt", EFileCause::DiskFull)), 0);
+    EXPECT_FALSE(folder.Has("empty.evt"));
+}
+
+} // namespace ruvo::test
