@@ -1,0 +1,44 @@
+#!/usr/bin/env bash
+# Keeps the house in order: which room may include which, no platform conditionals outside the platform room,
+# tidy files. Prints what is wrong and fails.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+declare -A may=(
+    [platform]=""
+    [paths]="platform"
+    [protocol]="platform"
+    [link]="protocol platform"
+    [eventfiles]="link protocol paths platform"
+    [config]="paths platform"
+    [log]="config protocol paths platform"
+    [run]="log config eventfiles link protocol paths platform"
+    [app]="run log config eventfiles link protocol paths platform ruvo" # ruvo/ruvo.h, the exports
+)
+bad=0
+complain() { echo "$1" >&2; bad=1; }
+
+for room in "${!may[@]}"; do
+    allowed=" $room ${may[$room]} "
+    while IFS=: read -r file line text; do
+        used=$(sed -E 's/.*"([a-z]+)\/.*/\1/' <<<"$text")
+        [[ "$allowed" == *" $used "* ]] || complain "$file:$line: room $room may not use $used"
+    done < <(grep -rnE '^#include "[a-z]+/' "src/$room" --include='*.h' --include='*.cpp' || true)
+done
+# The simulated server stands behind the seam: of link it may see the seam's headers only.
+while IFS=: read -r file line text; do
+    complain "$file:$line: sim may use platform, protocol and link's seam headers only: $text"
+done < <(grep -rnE '^#include "[a-z]+/' sim | grep -vE \
+    '"(sim|platform|protocol)/|"link/windows/|"link/(variant|ip32ls|server_connection|server_module|cell_address|link_status)\.h"' || true)
+
+while IFS= read -r found; do
+    complain "platform conditional outside the platform room: $found"
+done < <(grep -rnE '^\s*#\s*(el)?if.*(_WIN32|__linux__|__unix__|__APPLE__|__MINGW)' src sim tools --include='*.h' --include='*.cpp' |
+    grep -v '^src/platform/' || true)
+
+while IFS= read -r file; do
+    [ -z "$(tail -c 1 "$file")" ] || complain "$file: no line end at its end"
+    ! grep -q $'\r' "$file" || complain "$file: CR LF line ends"
+    [ "$(wc -l <"$file")" -le 400 ] || complain "$file: above 400 lines"
+done < <(find src sim tools tests bench scripts docs -type f \( -name '*.cpp' -o -name '*.h' -o -name '*.sh' -o -name '*.md' \))
+exit $bad

@@ -1,0 +1,178 @@
+#include "app/connection_test.h"
+
+#include "app/load_and_check.h"
+#include "app/worker_thread.h"
+#include "config/ethernet_entry.h"
+#include "link/p32_wrap.h"
+#include "link/password_state.h"
+#include "log/error_log.h"
+#include "platform/com_runtime.h"
+#include "platform/secret.h"
+#include "protocol/parlane_integers.h"
+#include "run/link_control.h"
+#include "run/password_callbacks.h"
+
+#include <algorithm>
+#include <optional>
+#include <string>
+
+namespace ruvo {
+
+namespace {
+
+using enum EConnectionTestResult;
+
+/// One test, on its worker thread. A step returns a result when the test ends with it.
+class CConnectionTest {
+public:
+    CConnectionTest(const char* iniPath, const char* deviceKey)
+        : m_iniPath(iniPath == nullptr ? "" : iniPath), m_key(deviceKey == nullptr ? "" : deviceKey) {
+        std::ranges::transform(m_key, m_key.begin(), [](char letter) {
+            return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
+        });
+    }
+    CConnectionTest(const CConnectionTest&) = delete;
+    CConnectionTest& operator=(const CConnectionTest&) = delete;
+    ~CConnectionTest() { WipePasswords(); }
+
+    EConnectionTestResult Run() {
+        SetErrorLogDisabled(true); // the caller gets a code; lines in the log would look like a failed run
+        if (!StartComRuntime()) {
+            return ComRuntimeFailed;
+        }
+        const EConnectionTestResult result = RunWithClient();
+        StopComRuntime();
+        return result;
+    }
+
+private:
+    /// Everything between starting the comms server and letting it go.
+    EConnectionTestResult RunWithClient() {
+        EConnectionTestResult result = NoResult;
+        const bool started = StartComRuntime(); // the client's own hold on the runtime, as in a run
+        try {
+            result = !started || CP32Wrap::CreateInstance() != kLinkGood ? CommsServerFailed : RunSteps();
+        } catch (...) { // what is unforeseen delivers no result, but is cleaned up after all the same
+        }
+        CleanUp(started);
+        return result;
+    }
+
+    void CleanUp(bool runtimeStarted) {
+        try {
+            CloseLink(m_context);
+            CP32Wrap::DestroyInstance();
+        } catch (...) { // out of memory: the next test starts with the client that is still there
+        }
+        if (runtimeStarted) {
+            StopComRuntime();
+        }
+    }
+
+    EConnectionTestResult RunSteps() {
+        if (LoadAndCheck(m_context, m_iniPath, true) != EResultCode::Success) {
+            return IniFileRefused;
+        }
+        const TextEntries& passwords = m_context.Config().Passwords();
+        WipeText(PasswordState().currentPassword);
+        if (const auto password = passwords.find(m_key); password != passwords.end()) {
+            PasswordState().currentPassword = password->second; // no copy on the way, which nobody would wipe
+        }
+        const std::optional<std::int32_t> address = FindDeviceAddress();
+        if (!address) {
+            return UnknownKey;
+        }
+        CP32Wrap::GetInstance()->SetDeviceAddress(static_cast<std::uint8_t>(*address & 0xFF));
+        return OpenLink(*address) ? Probe(*CP32Wrap::GetInstance()) : LinkNotOpened;
+    }
+
+    /// The relay's address, when the key stands in the section of the configured link type.
+    std::optional<std::int32_t> FindDeviceAddress() const {
+        const CRuvoConfig& config = m_context.Config();
+        if (config.UseEthernet() == 1) {
+            const auto entry = config.EthernetEntries().find(m_key);
+            return entry == config.EthernetEntries().end()
+                       ? std::nullopt
+                       : std::optional(ParseEthernetDeviceAddress(entry->second));
+        }
+        const AddressEntries& entries =
+            config.UseModem() == 1 ? config.ModemEntries() : config.SerialEntries();
+        const auto entry = entries.find(m_key);
+        return entry == entries.end() ? std::nullopt : std::optional(entry->second);
+    }
+
+    /// Ethernet has a tunnel per relay, the other links one for all.
+    bool OpenLink(std::int32_t address) {
+        const CRuvoConfig& config = m_context.Config();
+        if (config.UseEthernet() != 1) {
+            return OpenSerialOrModemLink(m_context);
+        }
+        const std::string& entry = config.EthernetEntries().at(m_key);
+        return OpenEthernetLink(m_context, ParseEthernetIp(entry), address, ParseEthernetBusAddress(entry));
+    }
+
+    /// The probe of a run, which tells only good from bad; here each cause has its result.
+    EConnectionTestResult Probe(CP32Wrap& link) {
+        const SPasswordState& state = PasswordState();
+        PasswordState().callbackCalled = false;
+        CP32Wrap::SetGetPasswordCallback(&PasswordCallback);
+        CP32Wrap::SetPasswordAcceptedCallback(&PasswordAcceptedCallback);
+        CParlaneDataArray values;
+        const LinkStatus status = link.GetValue(nullptr, cells::kSecurityVersion, values);
+        if (status == kReplyNoSuchCell) {
+            return state.currentPassword.empty() ? Good : PasswordNotAskedFor;
+        }
+        if (status != kLinkGood) {
+            return status == kLinkNotResponding ? RelayNotResponding : ReadFailed;
+        }
+        if (!IsWriteGood(link.ResetCell(nullptr, cells::kPassword))) {
+            return ResetFailed;
+        }
+        // Whether the relay takes the value does not matter: writing it makes it ask for the password.
+        link.ChangeSetting(nullptr, cells::kLoginProbe, CParlaneInt(1, 2));
+        if (state.callbackCalled && !state.accepted) {
+            return JudgeRefusal(state);
+        }
+        const bool unasked = !state.currentPassword.empty() && !state.callbackCalled;
+        link.ResetCell(nullptr, cells::kPassword);
+        return unasked ? PasswordNotAskedFor : Good;
+    }
+
+    /// A missing password explains every refusal, whatever the relay said.
+    static EConnectionTestResult JudgeRefusal(const SPasswordState& state) {
+        if (state.currentPassword.empty()) {
+            return PasswordMissing;
+        }
+        if (state.insufficientLevel) {
+            return LevelInsufficient;
+        }
+        return state.blocked ? PasswordBlocked : PasswordRefused;
+    }
+
+    void WipePasswords() {
+        WipeText(PasswordState().currentPassword);
+        for (const auto& [key, password] : m_context.Config().Passwords()) {
+            // Read-only for its readers; this test owns it, and here is its end.
+            WipeText(const_cast<std::string&>(password));
+        }
+    }
+
+    CRunContext m_context;
+    std::string m_iniPath;
+    std::string m_key;
+};
+
+} // namespace
+
+EConnectionTestResult TestConnection(const char* iniPath, const char* deviceKey) noexcept {
+    EConnectionTestResult result = NoResult;
+    const auto work = [&]() noexcept {
+        try {
+            result = CConnectionTest(iniPath, deviceKey).Run();
+        } catch (...) { // out of memory before the test began
+        }
+    };
+    return RunOnWorkerThread(work) ? result : NoResult;
+}
+
+} // namespace ruvo

@@ -1,0 +1,120 @@
+#include "app/ruvo_app.h"
+
+#include "app/load_and_check.h"
+#include "eventfiles/off_file.h"
+#include "link/p32_wrap.h"
+#include "log/error_log.h"
+#include "paths/path_utilities.h"
+#include "platform/com_runtime.h"
+#include "platform/files.h"
+#include "platform/message_box.h"
+#include "platform/modules.h"
+#include "run/extraction_run.h"
+#include "run/link_control.h"
+
+#include <exception>
+
+namespace ruvo {
+
+namespace {
+
+constexpr const char* kRpcLibrary = "oncrpc.dll";
+constexpr const char* kTitleAndVersion = "Ruvo\nVersion Number: 1.0.0.0";
+
+} // namespace
+
+std::string BuildResultText(EResultCode result, const SCommandLine& commandLine) {
+    const std::string message(ResultMessage(result));
+    if (!commandLine.checkOnly) {
+        return message;
+    }
+    return std::string(kTitleAndVersion) + "\n\nINI file: " + commandLine.iniPath + "\n\n" + message + "\n";
+}
+
+void CRuvoApp::Run(std::span<const std::string> arguments) {
+    try {
+        CRunContext context;
+        StartUp(context, arguments);
+    } catch (const CFileException& exception) {
+        LogMessage(std::string("Fatal exception occured:") + exception.what(), false);
+    } catch (const std::exception& exception) {
+        LogMessage(std::string("Unhandled exception occured:") + exception.what(), false);
+    } catch (...) {
+        LogMessage("Unhandled exception occured:of an unknown type", false);
+    }
+}
+
+void CRuvoApp::StartUp(CRunContext& context, std::span<const std::string> arguments) {
+    if (!CheckDependencies()) {
+        return;
+    }
+    m_commandLine = ParseCommandLine(arguments);
+    EnterProgramFolder();
+    EResultCode result = LoadAndCheck(context, m_commandLine.iniPath, m_commandLine.checkOnly);
+    if (!m_commandLine.checkOnly && !ClaimSingleInstance()) {
+        LogMessage("Only one instance can be running at one time.", false);
+        return;
+    }
+    if (result == EResultCode::Success) {
+        result = StartCommsServer();
+    }
+    Act(context, result);
+    TearDown(context);
+}
+
+/// The Ethernet transport needs the RPC library; without it no relay behind a tunnel would ever answer.
+bool CRuvoApp::CheckDependencies() const {
+    CModule library;
+    if (library.Load(AbsoluteFromProgramFolder(kRpcLibrary))) {
+        return true;
+    }
+    ShowMessageBox(EMessageIcon::Error, ApplicationName(),
+                   std::string(kRpcLibrary) + " or one of its dependencies is missing. Closing RUVO.");
+    return false;
+}
+
+/// From here on relative paths, in the INI file too, count from the program's folder.
+void CRuvoApp::EnterProgramFolder() {
+    m_savedWorkingFolder = CurrentFolder();
+    const SPathParts program = SplitPath(ProgramPath());
+    m_programFolder = program.drive + program.folder;
+    SetCurrentFolder(m_programFolder);
+}
+
+EResultCode CRuvoApp::StartCommsServer() {
+    m_comRuntimeStarted = m_comRuntimeStarted || StartComRuntime();
+    if (m_comRuntimeStarted && CP32Wrap::CreateInstance() == kLinkGood) {
+        return EResultCode::Success;
+    }
+    return EResultCode::CommsServerFailed;
+}
+
+void CRuvoApp::Act(CRunContext& context, EResultCode result) {
+    const bool good = result == EResultCode::Success;
+    const std::string text = BuildResultText(result, m_commandLine);
+    if (m_commandLine.checkOnly) {
+        ShowMessageBox(good ? EMessageIcon::Information : EMessageIcon::Warning, ApplicationName(), text);
+    } else if (good) {
+        RunExtraction(context);
+    } else {
+        LogMessage(text, false);
+    }
+}
+
+void CRuvoApp::TearDown(CRunContext& context) {
+    CloseLink(context);
+    if (m_comRuntimeStarted) {
+        CP32Wrap::DestroyInstance();
+        StopComRuntime();
+        m_comRuntimeStarted = false;
+    }
+    RestoreWorkingFolder();
+}
+
+void CRuvoApp::RestoreWorkingFolder() {
+    if (!m_savedWorkingFolder.empty()) {
+        SetCurrentFolder(m_savedWorkingFolder);
+    }
+}
+
+} // namespace ruvo

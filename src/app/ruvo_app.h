@@ -1,0 +1,43 @@
+// The application: start-up, check-only mode or run, tear-down.
+#pragma once
+
+#include "app/command_line.h"
+#include "app/single_instance_app.h"
+#include "config/result_code.h"
+#include "config/run_context.h"
+
+#include <span>
+#include <string>
+
+namespace ruvo {
+
+/// The whole program as one call. Outcomes reach the user through message boxes and the error log alone: the
+/// process exits with status 0 in every case.
+class CRuvoApp final : public CSingleInstanceApp {
+public:
+    CRuvoApp() = default;
+    ~CRuvoApp() override { RestoreWorkingFolder(); }
+
+    /// Starts up, works and tears down. Throws nothing.
+    void Run(std::span<const std::string> arguments);
+
+private:
+    void StartUp(CRunContext& context, std::span<const std::string> arguments);
+    bool CheckDependencies() const;
+    void EnterProgramFolder();
+    EResultCode StartCommsServer();
+    void Act(CRunContext& context, EResultCode result);
+    void TearDown(CRunContext& context);
+    void RestoreWorkingFolder();
+
+    std::string m_programFolder;
+    std::string m_savedWorkingFolder;
+    SCommandLine m_commandLine;
+    bool m_comRuntimeStarted = false;
+};
+
+/// The text that a result code is reported with: the message alone, or in check-only mode the version, the
+/// INI path as typed and the message.
+std::string BuildResultText(EResultCode result, const SCommandLine& commandLine);
+
+} // namespace ruvo

@@ -1,0 +1,114 @@
+#include "run/extraction_run.h"
+
+#include "config/ethernet_entry.h"
+#include "eventfiles/event_extraction.h"
+#include "link/p32_wrap.h"
+#include "link/password_state.h"
+#include "log/connection_details.h"
+#include "log/error_log.h"
+#include "protocol/status.h"
+#include "run/link_control.h"
+#include "run/login_probe.h"
+#include "run/password_callbacks.h"
+#include "run/run_texts.h"
+
+#include <exception>
+
+namespace ruvo {
+
+namespace {
+
+void LogUnhandled(const std::exception& exception) {
+    LogMessage(std::string("Unhandled exception occured:") + exception.what(), true);
+}
+
+/// Extracts and says in the log whatever came in the way.
+void ExtractAndReport(const CRunContext& context, std::int32_t deviceAddress) {
+    SExtractionReport report;
+    LinkStatus ended = kLinkGood;
+    try {
+        ExtractEventsToFile(static_cast<std::uint32_t>(deviceAddress), context.DestinationRoot(),
+                            kNoEventLimit, &report);
+        ended = report.endStatus;
+    } catch (const CStatus& status) {
+        ended = status.GetValue();
+    } catch (const std::exception& exception) {
+        LogUnhandled(exception);
+    }
+    if (ended != kLinkGood) {
+        LogStatusMessage("A problem occured during events extraction. " + ConnectionText(context), ended);
+    }
+    for (const std::string& problem : report.problems) {
+        LogMessage(problem, true);
+    }
+}
+
+void VisitEthernetRelay(CRunContext& context, const std::string& key, const std::string& entry) {
+    const std::int32_t bus = ParseEthernetBusAddress(entry);
+    const std::int32_t device = ParseEthernetDeviceAddress(entry);
+    const std::string ip = ParseEthernetIp(entry);
+    if (!OpenEthernetLink(context, ip, device, bus)) {
+        return;
+    }
+    SConnectionDetails& details = ConnectionDetails();
+    details.ipAddress = ip;
+    details.deviceAddress = device;
+    details.busAddress = bus;
+    ExtractDevice(context, key, device);
+    CloseLink(context);
+}
+
+void VisitAll(CRunContext& context, const AddressEntries& entries) {
+    for (const auto& [key, address] : entries) {
+        ConnectionDetails().deviceAddress = address;
+        ExtractDevice(context, key, address);
+    }
+}
+
+} // namespace
+
+void ExtractDevice(CRunContext& context, const std::string& key, std::int32_t deviceAddress) {
+    try {
+        SPasswordState& state = PasswordState();
+        state.callbackCalled = false;
+        const TextEntries& passwords = context.Config().Passwords();
+        const auto password = passwords.find(key);
+        state.currentPassword = password == passwords.end() ? std::string() : password->second;
+        context.SetDeviceAddress(deviceAddress);
+        CP32Wrap::GetInstance()->SetDeviceAddress(static_cast<std::uint8_t>(deviceAddress & 0xFF));
+        if (TestDeviceConnection(context)) {
+            ExtractAndReport(context, deviceAddress);
+        }
+    } catch (const std::exception& exception) { // one relay's trouble is never the next one's
+        LogUnhandled(exception);
+    }
+}
+
+void RunExtraction(CRunContext& context) {
+    SConnectionDetails& details = ConnectionDetails();
+    details.ethernetLink = false;
+    details.serialLink = false;
+    CP32Wrap::SetGetPasswordCallback(&PasswordCallback);
+    CP32Wrap::SetPasswordAcceptedCallback(&PasswordAcceptedCallback);
+    const CRuvoConfig& config = context.Config();
+    if (config.UseEthernet() == 1) {
+        details.ethernetLink = true;
+        for (const auto& [key, entry] : config.EthernetEntries()) {
+            VisitEthernetRelay(context, key, entry);
+        }
+        return;
+    }
+    if (!OpenSerialOrModemLink(context)) {
+        return;
+    }
+    if (config.UseModem() == 1) {
+        details.modemName = config.TapiModemName();
+        VisitAll(context, config.ModemEntries());
+    } else {
+        details.serialLink = true;
+        details.comPort = config.CommPort();
+        VisitAll(context, config.SerialEntries());
+    }
+}
+
+} // namespace ruvo

@@ -1,0 +1,110 @@
+#include "run/link_control.h"
+
+#include "link/p32_wrap.h"
+#include "log/error_log.h"
+
+namespace ruvo {
+
+namespace {
+
+CP32Wrap& Link() {
+    return *CP32Wrap::GetInstance();
+}
+
+bool OpenSerialPort(const CRuvoConfig& config) {
+    const std::string parameters =
+        std::to_string(config.BaudRate()) + "," + (config.ElevenBits() != 0 ? "E" : "N") + ",8,1";
+    const LinkStatus status = Link().OpenPort(nullptr, config.CommPort(), parameters);
+    if (status != kLinkGood) {
+        LogStatusMessage("Failed to open COM port. Port: " + config.CommPort() +
+                             ", connection parameters: " + parameters + ".",
+                         status);
+    }
+    return status == kLinkGood;
+}
+
+bool DialModem(const CRuvoConfig& config) {
+    const LinkStatus status =
+        Link().ModemConnect(nullptr, config.TapiModemName(), config.TapiLineAddress(),
+                            config.TapiCountryCode(), config.TapiAreaCode(), config.TapiNumberToDial(),
+                            static_cast<std::uint8_t>(config.TapiUseCountryAndAreaCodes()));
+    if (status != kLinkGood) {
+        LogStatusMessage("Modem connect failed. Modem name: " + config.TapiModemName() +
+                             ", number to dial: " + config.TapiNumberToDial() + ".",
+                         status);
+    }
+    return status == kLinkGood;
+}
+
+/// Marks the link open and sets the transaction values; without them the link is closed again.
+bool CompleteOpening(CRunContext& context, const std::string& where) {
+    context.SetLinkOpen(true);
+    if (ApplyTransactionValues(context)) {
+        return true;
+    }
+    CloseLink(context);
+    LogMessage("There were problems with setting transaction values. " + where, false);
+    return false;
+}
+
+} // namespace
+
+bool OpenSerialOrModemLink(CRunContext& context) {
+    const CRuvoConfig& config = context.Config();
+    if (config.UseModem() == 0) {
+        if (config.UseEthernet() != 0 || !OpenSerialPort(config)) {
+            return false;
+        }
+    } else {
+        if (!DialModem(config)) {
+            return false;
+        }
+        context.SetModemConnected(true);
+    }
+    return CompleteOpening(context, "Port: " + config.CommPort() + ".");
+}
+
+bool OpenEthernetLink(CRunContext& context, const std::string& ip, std::int32_t deviceAddress,
+                      std::int32_t busAddress) {
+    if (context.Config().UseEthernet() == 0) {
+        return false;
+    }
+    const std::string device = std::to_string(deviceAddress);
+    const std::string bus = std::to_string(busAddress);
+    const std::string connection =
+        "TNLC=\"RPCDll.Dll\",\"" + ip + "\",\"" + bus + "\",\"" + device + "\",\"0\"";
+    const LinkStatus status = Link().OpenPort(nullptr, connection, "");
+    if (status != kLinkGood) {
+        LogStatusMessage("Failed to open ethernet connection. Connection string: " + connection + ".",
+                         status);
+        return false;
+    }
+    return CompleteOpening(context, "Device IP: " + ip + ", device address: " + device +
+                                        ", bus address: " + bus + ".");
+}
+
+bool ApplyTransactionValues(const CRunContext& context) {
+    const CRuvoConfig& config = context.Config();
+    const LinkStatus status = Link().SetTransactionValues(
+        nullptr, config.BusyHoldoff(), config.BusyCount(), config.ResetResponse(), config.Response(),
+        config.TryCount(), config.TransmitDelay(), config.GlobalTransmit());
+    if (status != kLinkGood) {
+        LogStatusMessage("Setting transaction values failed.", status);
+    }
+    return status == kLinkGood;
+}
+
+void CloseLink(CRunContext& context) {
+    if (!context.IsLinkOpen()) {
+        return;
+    }
+    const bool modem = context.IsModemConnected();
+    context.SetModemConnected(false);
+    const LinkStatus status = modem ? Link().ModemHangUp(nullptr) : Link().ClosePort(nullptr);
+    if (status != kLinkGood) {
+        LogStatusMessage(modem ? "Modem hang-up failed." : "Failed to close COM port.", status);
+    }
+    context.SetLinkOpen(false);
+}
+
+} // namespace ruvo

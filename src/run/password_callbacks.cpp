@@ -1,0 +1,79 @@
+#include "run/password_callbacks.h"
+
+#include "link/password_state.h"
+#include "log/error_log.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+
+namespace ruvo {
+
+namespace {
+
+/// Why a login did not succeed: what is noted, and what the log says.
+struct SRefusalRow {
+    int code;
+    bool SPasswordState::*flag; ///< null: nothing is noted
+    const char* message;
+};
+
+constexpr std::array kRefusals{
+    SRefusalRow{GETPASSWORD_PASS_LEVEL_ERR, &SPasswordState::insufficientLevel,
+                "Insufficient password level."},
+    SRefusalRow{GETPASSWORD_PASS_INVALID_ERR, nullptr, "Invalid password."},
+    SRefusalRow{GETPASSWORD_PASS_CS_INVALID_ERR, nullptr, "Password to a Cyber Security device is invalid."},
+    SRefusalRow{GETPASSWORD_PASS_BLOCKED_TEMP_ERR, &SPasswordState::blocked,
+                "Password is blocked temporarily."},
+    SRefusalRow{GETPASSWORD_PASS_UNKNOWN_ERR, nullptr,
+                "Unknown error occured (GETPASSWORD_PASS_UNKNOWN_ERR passed to password callback)."},
+    SRefusalRow{GETPASSWORD_PASS_BLOCKED_PERM_ERR, &SPasswordState::blocked,
+                "Password is blocked permanently."},
+};
+
+void SupplyPassword(const std::string& password, char* buffer, std::uint32_t maxLength,
+                    std::uint32_t* noNotify) {
+    if (password.size() > maxLength) {
+        return; // the blanks already there go out, and the relay refuses them
+    }
+    *noNotify = 0;
+    std::fill_n(std::ranges::copy(password, buffer).out, maxLength - password.size(), ' ');
+}
+
+} // namespace
+
+int PasswordCallback(const SPasswordRequest& /*request*/, char** buffer, std::uint32_t maxLength,
+                     std::uint32_t* noNotify, int code, std::int32_t /*extra*/) {
+    SPasswordState& state = PasswordState();
+    state.callbackCalled = true;
+    state.accepted = false;
+    state.blocked = false;
+    state.insufficientLevel = false;
+    if (code == GETPASSWORD_PASS_REQUEST) {
+        SupplyPassword(state.currentPassword, *buffer, maxLength, noNotify);
+        return 0;
+    }
+    if (code == GETPASSWORD_PASS_ACCEPTED) {
+        state.accepted = true;
+        return 0;
+    }
+    const auto* refusal = std::ranges::find(kRefusals, code, &SRefusalRow::code);
+    if (refusal == kRefusals.end()) {
+        LogMessage(
+            "Unrecognized error code passed to password callback. Error code: " + std::to_string(code) + ".",
+            true);
+        return 1;
+    }
+    if (refusal->flag != nullptr) {
+        state.*(refusal->flag) = true;
+    }
+    LogMessage(refusal->message, true);
+    return 1;
+}
+
+int PasswordAcceptedCallback(const char* /*model*/) {
+    PasswordState().accepted = true;
+    return 1;
+}
+
+} // namespace ruvo

@@ -1,0 +1,87 @@
+// The command line, the outcome's text, and load and check.
+#include "support/scratch_folder.h"
+
+#include "app/command_line.h"
+#include "app/load_and_check.h"
+#include "app/ruvo_app.h"
+#include "log/error_log.h"
+
+#include <gtest/gtest.h>
+
+namespace ruvo {
+
+TEST(CommandLine, IniFileAndSwitch) {
+    struct SRow {
+        std::vector<std::string> arguments;
+        const char* iniPath;
+        bool checkOnly;
+    };
+    const SRow rows[] = {
+        {{}, "RUVO.ini", false},
+        {{"/t", "C:\\cfg\\site.INI"}, "C:\\cfg\\site.INI", true},
+        {{"/T", "site.ini"}, "site.ini", false},
+        {{"-test", " a.ini ", "b.initial", ""}, "b.initial", true},
+        {{"a.ini", "b.ini"}, "b.ini", false},
+        {{"/tmp/x.ini"}, "/tmp/x.ini", false}, // an INI file first, whatever it begins with
+        {{"/tmp/x.conf"}, "RUVO.ini", true},   // begins with "/t"
+        {{"x.ini.bak", "in", ".in", "-x"}, "RUVO.ini", false},
+        {{"\t\"x\".ini\r\n"}, "\"x\".ini", false},
+        {{"a.b/c.ini"}, "a.b/c.ini", false},
+        {{"c.ini/t"}, "c.ini/t", false}, // three characters after the last dot
+    };
+    for (const SRow& row : rows) {
+        const SCommandLine commandLine = ParseCommandLine(row.arguments);
+        EXPECT_EQ(commandLine.iniPath, row.iniPath);
+        EXPECT_EQ(commandLine.checkOnly, row.checkOnly) << row.iniPath;
+    }
+}
+
+TEST(ResultText, CheckOnlyModeAddsVersionAndFile) {
+    EXPECT_EQ(BuildResultText(EResultCode::BaudRateInvalid, {}), "BaudRate value error.");
+    EXPECT_EQ(BuildResultText(EResultCode::Success, {.checkOnly = true}),
+              "Ruvo\nVersion Number: 1.0.0.0\n\nINI file: RUVO.ini\n\nSuccess - No input errors found.\n");
+}
+
+TEST(LoadAndCheck, TheOrderOfItsSteps) {
+    const CScratchFolder folder;
+    setenv("RUVO_REGISTRY_USER", folder.Native("user.ini").c_str(), 1);
+    setenv("RUVO_REGISTRY_MACHINE", folder.Native("machine.ini").c_str(), 1);
+    const std::string good = "EventRootDir=" + folder.Path("ev") + "\n[RUVO_SERIAL]\nRV001=5\n";
+    const std::string badRoot = "EventRootDir=" + folder.Write("file", "x") + "\nBaudRate=7\n";
+    const std::string badLog = "ErrorLogPathname=" + folder.Path() + "\\\n";
+    struct SRow {
+        const char* name;
+        std::string general;
+        bool checkOnly;
+        EResultCode code;
+    };
+    const SRow rows[] = {
+        {"good", good, true, EResultCode::Success},
+        {"an event root that is a file comes before the values", badRoot, true,
+         EResultCode::EventRootInvalid},
+        {"the log is tested in check-only mode", badLog + "BaudRate=7\n" + good, true,
+         EResultCode::LogFileNotWritable},
+        {"and only there", badLog + "BaudRate=7\n" + good, false, EResultCode::BaudRateInvalid},
+        {"values last", "BaudRate=7\n" + good, true, EResultCode::BaudRateInvalid},
+        {"a path that is too long", "EventRootDir=" + std::string(280, 'x') + "\n", true,
+         EResultCode::EventRootInvalid},
+    };
+    for (const SRow& row : rows) {
+        CRunContext context;
+        const std::string path = folder.Write("site.ini", "[RUVO_GENERAL]\n" + row.general);
+        EXPECT_EQ(LoadAndCheck(context, path, row.checkOnly), row.code) << row.name;
+        EXPECT_FALSE(folder.Has("ev")) << "the write test leaves nothing behind: " << row.name;
+    }
+    CRunContext context;
+    EXPECT_EQ(LoadAndCheck(context, "", true), EResultCode::IniFileNotOpened);
+    EXPECT_EQ(LoadAndCheck(context, folder.Path("missing.ini"), true), EResultCode::IniFileNotOpened);
+    EXPECT_EQ(ErrorLogPath(), "");
+    folder.Write("machine.ini",
+                 "[SOFTWARE\\Halvex\\Norvo Q7 Studio]\nQ7SecurityLogs=" + folder.Path("file") + "\n");
+    EXPECT_EQ(LoadAndCheck(context, folder.Write("site.ini", "[RUVO_GENERAL]\n" + good), true),
+              EResultCode::RegistryDestinationInvalid);
+    unsetenv("RUVO_REGISTRY_USER");
+    unsetenv("RUVO_REGISTRY_MACHINE");
+}
+
+} // namespace ruvo

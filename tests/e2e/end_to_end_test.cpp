@@ -1,0 +1,168 @@
+// The built program from INI file to day files and error log.
+#include "e2e/cases.h"
+#include "e2e/program.h"
+
+#include "platform/single_instance.h"
+
+#include <gtest/gtest.h>
+
+namespace ruvo::test {
+
+TEST(EndToEnd, RunsOverEveryLink) {
+    for (const SCase& test : RunCases()) {
+        const CProgramRun run(test.substation, test.general, test.sections);
+        EXPECT_EQ(run.Run(), "exit 0\n") << test.name;
+        EXPECT_EQ(run.Log(), test.log) << test.name;
+        EXPECT_EQ(run.Files(), test.files) << test.name;
+    }
+}
+
+TEST(EndToEnd, TheLoginIsTraced) {
+    const CProgramRun run(kLink + Relay("serial = 5", kLocked + kTrip), "",
+                          "[RUVO_SERIAL]\nRV001=5\n" + kPassword);
+    EXPECT_EQ(WithoutTimes(run.Run("RUVO_DEBUG_OUTPUT=stderr")), kLoginTrace + "exit 0\n");
+}
+
+TEST(EndToEnd, EveryLaterRunAppendsAndTheTimeZoneDoesNotMatter) {
+    const CProgramRun run("state = \"state\"\n" + (kLink + Relay("serial = 5", kTrip + kTrip)) +
+                              "[[fault]]\noperation = \"GetEvent\"\ncall = 2\nstatus = 15\n",
+                          "", "[RUVO_SERIAL]\nRV001=5\n");
+    const std::string before = UtcDate();
+    run.Run("TZ=Pacific/Kiritimati");
+    const std::string path = "ev/AB12-0001/AB12-0001-" + before + "-DEV.evt";
+    if (before == UtcDate()) { // else midnight has passed: the file may be of either day
+        EXPECT_EQ(run.Folder().Read(path), Header("000001") + Trip());
+    }
+    run.Run("TZ=Pacific/Honolulu");
+    run.Run();
+    std::string all;
+    for (const auto& [name, bytes] : run.Files()) {
+        all += bytes;
+    }
+    if (before == UtcDate()) {
+        EXPECT_EQ(all, Header("000001") + Trip() + Trip()) << "each event once, in two runs";
+    }
+}
+
+TEST(EndToEnd, CheckOnlyModeShowsABoxAndTouchesNothing) {
+    CProgramRun run(kLink + Relay("serial = 5", kTrip), "", "[RUVO_SERIAL]\nRV001=5\n");
+    const auto box = [&](const std::string& icon, const std::string& text) {
+        return "[" + icon +
+               "] ruvo\nRuvo\nVersion Number: 1.0.0.0\n\nINI file: " + run.Folder().Native("site.ini") +
+               "\n\n" + text + "\n\n";
+    };
+    const std::string check = "$RUVO -t $DIR/site.ini; echo exit $?";
+    EXPECT_EQ(run.Shell(check), box("Information", "Success - No input errors found.") + "exit 0\n");
+    run.WriteIni("BaudRate=960\n", "[RUVO_SERIAL]\nRV001=5\n");
+    EXPECT_EQ(run.Shell(check), box("Warning", "BaudRate value error.") + "exit 0\n");
+    run.WriteIni("", "[RUVO_SERIAL]\nRV001=5\n");
+    run.Folder().Write("substation.toml", "relay = 5\n");
+    EXPECT_NE(run.Shell(check).find(box("Warning", "P32LS failed to open.")), std::string::npos);
+    EXPECT_FALSE(run.Folder().Has("ev") || run.Folder().Has("run.log"));
+}
+
+TEST(EndToEnd, WhatKeepsARunFromStarting) {
+    const auto good = kLink + Relay("serial = 5", kTrip);
+    const std::string sections = "[RUVO_SERIAL]\nRV001=5\n";
+    const struct {
+        const char* name;
+        std::string setUp; ///< shell, before the run
+        std::string log;
+    } cases[] = {
+        {"a configuration error", "echo RV001=6 >> $DIR/site.ini; ",
+         "[RUVO_SERIAL] section of the INI file contains"},
+        {"a server that is missing",
+         "printf '[CLSID\\\\{9A69E99F-E86F-455D-B971-355C1139963E}]\\nInprocServer32=C:\\\\no.dll\\n' > "
+         "$DIR/user.ini; ",
+         "P32LS failed to open.\n"},
+        {"a server without its entry point",
+         "printf '[CLSID\\\\{9A69E99F-E86F-455D-B971-355C1139963E}]\\nInprocServer32=" RUVO_BIN_DIR
+         "/oncrpc.so\\n' > $DIR/machine.ini; ",
+         "P32LS failed to open.\n"},
+        {"a server that refuses to start", "echo 'x = 1' >> $DIR/substation.toml; ",
+         "P32LS failed to open.\n"},
+        {"an event root that is a file", "touch $DIR/ev; ",
+         "EventRootDir path is invalid or write protected.\n"},
+    };
+    for (const auto& test : cases) {
+        const CProgramRun run(good, "", sections);
+        run.Shell(test.setUp + "$RUVO $DIR/site.ini");
+        const std::string want = std::string(test.name) == "a configuration error"
+                                     ? "[RUVO_SERIAL] section contains duplicate entries.\n"
+                                     : test.log;
+        EXPECT_EQ(run.Log(), want) << test.name;
+    }
+    const CProgramRun run(good, "", sections);
+    const std::string alone = run.Shell("cp $RUVO $DIR/lonely; $DIR/lonely $DIR/site.ini; echo exit $?");
+    EXPECT_EQ(alone,
+              "[Error] lonely\noncrpc.dll or one of its dependencies is missing. Closing RUVO.\n\nexit 0\n");
+    setenv("RUVO_LOCK_DIR", run.Folder().Native().c_str(), 1);
+    CInstanceMarker marker;
+    ASSERT_EQ(marker.Claim("ruvo:3B38A5F0-71B0-11d3-9C2B-00600816C2BEHX"), EInstanceClaim::Claimed);
+    EXPECT_EQ(run.Run(), "exit 0\n");
+    EXPECT_EQ(run.Log(), "Only one instance can be running at one time.\n");
+    EXPECT_FALSE(run.Folder().Has("trace.txt")) << "no relay was contacted";
+    unsetenv("RUVO_LOCK_DIR");
+}
+
+TEST(EndToEnd, OddIniFilesNeverBringItDown) {
+    const CProgramRun run(kLink + Relay("serial = 5", kTrip), "", "[RUVO_SERIAL]\nRV001=5\n");
+    const std::string failed = "Can't open INI file.\n";
+    const struct {
+        const char* name;
+        std::string make;
+        bool opens;
+    } cases[] = {
+        {"missing", "rm $DIR/site.ini", false},
+        {"empty", ": > $DIR/site.ini", false},
+        {"a folder", "rm $DIR/site.ini; mkdir $DIR/site.ini", false},
+        {"keys without a section", "rm -r $DIR/site.ini; echo BaudRate=9600 > $DIR/site.ini", false},
+        {"binary", "head -c 100000 /dev/zero | tr '\\0' '\\377' > $DIR/site.ini", false},
+        {"NUL bytes", "printf '[RUVO_GENERAL]\\0\\nEventRootDir=\\0x\\n' > $DIR/site.ini", true},
+        {"100 MB", "rm $DIR/site.ini; truncate -s 100M $DIR/site.ini", false},
+    };
+    for (const auto& test : cases) {
+        const std::string output = run.Shell(test.make + "\n$RUVO -t $DIR/site.ini; echo exit $?");
+        EXPECT_EQ(output.find(failed) != std::string::npos, !test.opens) << test.name << output;
+        EXPECT_NE(output.find("exit 0\n"), std::string::npos) << test.name;
+    }
+}
+
+TEST(EndToEnd, AFullDiskAndAVanishedRootAreLoggedAndCostNoEarlierRecord) {
+    const CProgramRun run(kLink + Relay("serial = 5", kTrip + "[relay.generate]\ncount = 200\nseed = 1\n") +
+                              Relay("serial = 6", kTrip, "0002"),
+                          "", "[RUVO_SERIAL]\nRV001=5\nRV002=6\n");
+    const std::string today = UtcDate();
+    run.Shell("mkdir -p $DIR/ev/AB12-0001; head -c 1000 /dev/zero > $DIR/ev/AB12-0001/AB12-0001-" + today +
+              "-DEV.evt; rm $DIR/substation.toml.tmp 2>/dev/null; sed -i '/^trace/d' $DIR/substation.toml; "
+              "ulimit -f 4; $RUVO $DIR/site.ini");
+    if (today != UtcDate()) {
+        GTEST_SKIP() << "midnight has passed";
+    }
+    EXPECT_EQ(run.Files()[kDay], std::string(1000, '\0'));
+    EXPECT_EQ(run.Files()["AB12-0002/AB12-0002-DATE-DEV.evt"].size(),
+              Header("000001").size() + Trip().size());
+    EXPECT_NE(run.Log().find("Failed to save event file"), std::string::npos);
+    EXPECT_NE(run.Log().find("201 events taken from the relay, but not stored. " + kSerialDetails),
+              std::string::npos);
+}
+
+TEST(EndToEnd, KilledAtAnyMomentTheNextRunWorks) {
+    const CProgramRun run(kLink + Relay("serial = 5", kTrip + kTrip + kTrip) +
+                              "[[fault]]\noperation = \"GetEvent\"\ndelay = 30\n",
+                          "", "[RUVO_SERIAL]\nRV001=5\n");
+    run.Run();
+    const auto before = run.Files();
+    for (const char* wait : {"0.01", "0.04", "0.07", "0.1"}) {
+        run.Shell("$RUVO $DIR/site.ini & sleep " + std::string(wait) + "; kill -9 $!; wait");
+        for (const auto& [name, bytes] : run.Files()) {
+            const auto found = before.find(name);
+            EXPECT_TRUE(found == before.end() || bytes.starts_with(found->second))
+                << "earlier bytes stay as they were";
+        }
+    }
+    EXPECT_EQ(run.Run(), "exit 0\n");
+    EXPECT_EQ(run.Log(), "");
+}
+
+} // namespace ruvo::test

@@ -1,0 +1,58 @@
+// What a run left behind, in a form that does not change from run to run.
+#pragma once
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <string>
+
+namespace ruvo::test {
+
+inline std::string FileBytes(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// The error log without its time stamps, one problem a line.
+inline std::string WithoutTimeStamps(const std::string& log) {
+    std::string lines;
+    for (std::size_t at = 0; at < log.size();) {
+        const std::size_t end = log.find("\r\n", at);
+        const std::size_t stamp = std::string("2026/11/24 22:17:03 ").size();
+        lines += log.substr(at + stamp, end - at - stamp) + "\n";
+        at = end + 2;
+    }
+    return lines;
+}
+
+/// All files below a folder by path, the date of the run replaced by "DATE". None when there is no such
+/// folder.
+inline std::map<std::string, std::string> FilesBelow(const std::filesystem::path& folder) {
+    std::map<std::string, std::string> files;
+    if (!std::filesystem::exists(folder)) {
+        return files;
+    }
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+        if (!entry.is_regular_file()) {
+            continue;
+        }
+        std::string name = entry.path().lexically_relative(folder).generic_string();
+        if (const std::size_t date = name.rfind("-DEV.evt"); date != std::string::npos && date > 10) {
+            name.replace(date - 10, 10, "DATE");
+        }
+        files[name] = FileBytes(entry.path());
+    }
+    return files;
+}
+
+/// Trace lines with "TIME" in the place of the times at which security events were seen.
+inline std::string WithoutTimes(std::string trace) {
+    const std::string before = "Security Event : ";
+    for (std::size_t at = trace.find(before); at != std::string::npos; at = trace.find(before, at + 1)) {
+        trace.replace(at + before.size(), std::string("2026-11-24 23:14:12.000").size(), "TIME");
+    }
+    return trace;
+}
+
+} // namespace ruvo::test
