@@ -1,0 +1,81 @@
+// Extraction over the direct seam, next to copying the same bytes and writing them.
+#include "instant_server.h"
+#include "support/scratch_folder.h"
+
+#include "eventfiles/event_extraction.h"
+#include "link/p32_wrap.h"
+#include "platform/files.h"
+
+#include <benchmark/benchmark.h>
+
+namespace ruvo {
+
+namespace {
+
+class CInstantConnection final : public IServerConnection {
+public:
+    IP32ls& Server() override { return bench::InstantServer(); }
+    bool Advise(IP32lsSink_v2&, std::uint32_t& cookie) override {
+        cookie = 1;
+        return true;
+    }
+    void Unadvise(std::uint32_t) override {}
+};
+
+} // namespace
+
+bench::CInstantServer& bench::InstantServer() {
+    static CInstantServer server;
+    return server;
+}
+
+std::unique_ptr<IServerConnection> ConnectToServer() {
+    return std::make_unique<CInstantConnection>();
+}
+
+namespace {
+
+constexpr std::size_t kEvents = 20'000;
+
+void ExtractEvents(benchmark::State& state) {
+    const CScratchFolder folder;
+    CP32Wrap::CreateInstance();
+    for (auto _ : state) {
+        bench::InstantServer().pending = kEvents;
+        ExtractEventsToFile(5, folder.Path(), kNoEventLimit);
+        state.PauseTiming();
+        std::filesystem::remove_all(folder.Native("0000-00001234"));
+        state.ResumeTiming();
+    }
+    CP32Wrap::DestroyInstance();
+    state.counters["events/s"] =
+        benchmark::Counter(static_cast<double>(state.iterations() * kEvents), benchmark::Counter::kIsRate);
+}
+BENCHMARK(ExtractEvents)->Unit(benchmark::kMillisecond);
+
+/// The bytes of as many events, copied from the server's reply into one buffer and written to a file.
+void CopyTheSameBytes(benchmark::State& state) {
+    constexpr std::size_t kEventBytes = 60;
+    const CScratchFolder folder;
+    const std::vector<std::uint8_t> event(kEventBytes, 'x');
+    for (auto _ : state) {
+        std::vector<std::uint8_t> all;
+        for (std::size_t i = 0; i < kEvents; ++i) {
+            const Variant reply = Variant::FromBytes(event);
+            all.insert(all.end(), reply.AsBytes()->begin(), reply.AsBytes()->end());
+        }
+        CFile file;
+        std::size_t written = 0;
+        benchmark::DoNotOptimize(
+            file.Open(folder.Path("f"), {.write = true, .create = true, .truncate = true}));
+        benchmark::DoNotOptimize(file.Write(all, written));
+        benchmark::DoNotOptimize(file.FlushToDisk());
+    }
+    state.counters["events/s"] =
+        benchmark::Counter(static_cast<double>(state.iterations() * kEvents), benchmark::Counter::kIsRate);
+}
+BENCHMARK(CopyTheSameBytes)->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+} // namespace ruvo
