@@ -151,10 +151,7 @@ private:
 
     void WipePasswords() {
         WipeText(PasswordState().currentPassword);
-        for (const auto& [key, password] : m_context.Config().Passwords()) {
-            // Read-only for its readers; this test owns it, and here is its end.
-            WipeText(const_cast<std::string&>(password));
-        }
+        m_context.Config().WipePasswords();
     }
 
     CRunContext m_context;

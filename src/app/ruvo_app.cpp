@@ -102,6 +102,7 @@ void CRuvoApp::Act(CRunContext& context, EResultCode result) {
 }
 
 void CRuvoApp::TearDown(CRunContext& context) {
+    context.Config().WipePasswords();
     CloseLink(context);
     if (m_comRuntimeStarted) {
         CP32Wrap::DestroyInstance();

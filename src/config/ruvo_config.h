@@ -1,6 +1,8 @@
 // The loaded configuration: what the INI file says, with defaults filled in, before any rule has judged it.
 #pragma once
 
+#include "platform/secret.h"
+
 #include <cstdint>
 #include <map>
 #include <string>
@@ -45,7 +47,7 @@ struct SRuvoConfigFields {
     TextEntries passwords;
 };
 
-/// One loaded configuration. Filled once, by loading; read only from then on.
+/// One loaded configuration. Filled once, by loading; read only from then on, until its passwords are wiped.
 class CRuvoConfig {
 public:
     CRuvoConfig() = default;
@@ -86,6 +88,13 @@ public:
     const TextEntries& EthernetEntries() const { return m_fields.ethernetEntries; }
     /// Plain passwords, at most 8 characters each.
     const TextEntries& Passwords() const { return m_fields.passwords; }
+    /// Overwrites the plain passwords, which nobody needs after the last relay.
+    void WipePasswords() {
+        for (auto& [key, password] : m_fields.passwords) {
+            WipeText(password);
+        }
+        m_fields.passwords.clear();
+    }
 
 private:
     SRuvoConfigFields m_fields;

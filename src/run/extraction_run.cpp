@@ -6,6 +6,7 @@
 #include "link/password_state.h"
 #include "log/connection_details.h"
 #include "log/error_log.h"
+#include "platform/secret.h"
 #include "protocol/status.h"
 #include "run/link_control.h"
 #include "run/login_probe.h"
@@ -70,6 +71,7 @@ void VisitAll(CRunContext& context, const AddressEntries& entries) {
 void ExtractDevice(CRunContext& context, const std::string& key, std::int32_t deviceAddress) {
     try {
         SPasswordState& state = PasswordState();
+        const CWipeAtScopeEnd wipe(state.currentPassword);
         state.callbackCalled = false;
         const TextEntries& passwords = context.Config().Passwords();
         const auto password = passwords.find(key);
