@@ -15,6 +15,7 @@ struct SForming {
     std::string root; // ends with a separator, except for a server without a share
     std::vector<std::string> names;
     bool endsWithSeparator = false;
+    std::size_t folderNames = 0; // how many of the names are those of the current folder
 };
 
 std::string WithBackslashes(std::string_view path) {
@@ -44,7 +45,7 @@ std::string_view NextName(std::string_view& rest, bool& separated) {
 
 // Network and device paths: "\\server\share\" or "\\?\" is the root.
 SForming StartAtServer(std::string_view& rest) {
-    SForming forming{"\\\\", {}, false};
+    SForming forming{"\\\\", {}};
     rest.remove_prefix(2);
     const bool device = rest.starts_with("?\\") || rest.starts_with(".\\");
     for (int part = 0; part < (device ? 1 : 2) && !rest.empty(); ++part) {
@@ -65,6 +66,7 @@ SForming StartAtFolder(std::string_view folder) {
             forming.names.emplace_back(name);
         }
     }
+    forming.folderNames = forming.names.size();
     return forming;
 }
 
@@ -104,6 +106,7 @@ void AddName(SForming& forming, std::string_view name, bool separated) {
     if (name == "..") {
         if (!forming.names.empty()) {
             forming.names.pop_back();
+            forming.folderNames = std::min(forming.folderNames, forming.names.size());
         }
         forming.endsWithSeparator = separated;
     } else if (name == ".") {
@@ -113,6 +116,19 @@ void AddName(SForming& forming, std::string_view name, bool separated) {
         forming.endsWithSeparator = separated;
     } else {
         forming.endsWithSeparator = true; // nothing is left of the name but the separator before it
+    }
+}
+
+// What dots have made the last name is one that was given as a folder's, and is trimmed only now. A name of
+// the current folder stays as it is.
+void TrimEnd(SForming& forming) {
+    if (forming.endsWithSeparator || forming.names.size() <= forming.folderNames) {
+        return;
+    }
+    forming.names.back() = TrimName(forming.names.back(), false);
+    if (forming.names.back().empty()) {
+        forming.names.pop_back();
+        forming.endsWithSeparator = true;
     }
 }
 
@@ -140,6 +156,7 @@ std::string FormFullPath(std::string_view path, std::string_view currentFolder) 
         const std::string_view name = NextName(rest, separated);
         AddName(forming, name, separated);
     }
+    TrimEnd(forming);
     return Join(forming);
 }
 

@@ -1,0 +1,216 @@
+// ruvoctl events: what people and scripts get for a day file, in each format.
+#include "support/scratch_folder.h"
+#include "tools/run_tool.h"
+
+#include "protocol/binary_cell.h"
+#include "protocol/cell_factory.h"
+#include "protocol/data_factory.h"
+#include "protocol/event_record.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace ruvo::test {
+namespace {
+
+using nlohmann::json;
+
+std::vector<std::string> Lines(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+std::unique_ptr<CParlaneData> Value(std::uint32_t type, const std::vector<std::uint8_t>& data) {
+    return CDataFactory::Create(type, data);
+}
+
+/// That day of November 2026, at hour:12:01.234.
+CParlaneIEC870 At(std::uint8_t day, std::uint8_t hour) {
+    return CParlaneIEC870(CParlaneIEC870::Octets{0xD2, 4, 12, hour, day, 11, 26});
+}
+
+std::string Image(const CEventRecord& record) {
+    std::vector<std::uint8_t> bytes;
+    record.Serialise(bytes);
+    return {bytes.begin(), bytes.end()};
+}
+
+std::string Simple(const CParlaneIEC870& time, const std::string& text) {
+    CParlaneDataList values;
+    values.push_back(Value(0x24, {7}));
+    values.push_back(nullptr);
+    return Image(CSimpleEventRecord(0, 0, 5, time, text, nullptr, "D\xE9part \"7\"", "a\x07\x1B[2J", "\x81\\",
+                                    0x0320, "Step %u", std::move(values)));
+}
+
+std::string Extended(const CParlaneIEC870& time, const std::string& text) {
+    CCellList cells;
+    cells.push_back(CCellFactory::CreateWithDefaultLimits({}, Value(0x20, {5}).get(), "Event Value "));
+    static_cast<CBinaryCell&>(*cells.back()).SetBitNames({"Start", "Trip", "Gesperrt \xFC"});
+    cells.push_back(CCellFactory::CreateWithDefaultLimits({}, Value(0x24, {0x0F, 1}).get(), "Fault %u"));
+    const auto value = Value(0x20, {5});
+    return Image(
+        CExtendedEventRecord(1, 9, 5, time, text, value->Clone(), "P", "Q", "R", 0x0901, std::move(cells)));
+}
+
+const std::string kHeader = "APP: Parlane\r\nTYPE: EventList\r\n\r\nheaderText\r\n\x1A";
+
+/// Two relays, the second in a folder below and with damage at its end; and what is to be passed over.
+struct SSite {
+    CScratchFolder folder;
+    SSite() {
+        std::filesystem::create_directories(folder.Native("b"));
+        folder.Write("AB12-1-2026-11-16-DEV.evt",
+                     kHeader + Extended(At(16, 3), "Gesch\xE4lt\x02") + Simple(At(17, 5), "Late"));
+        folder.Write("b/CD34-2-2026-11-16-DEV.EVT",
+                     kHeader + Simple(At(16, 4), "Trip, \"A\"") + Simple(At(31, 2), "When") + "\x55\x55");
+        folder.Write("notes.txt", "no day file");
+        std::filesystem::create_symlink(folder.Native("b/CD34-2-2026-11-16-DEV.EVT"), folder.Native("l.evt"));
+        std::filesystem::create_directory_symlink(folder.Native("b"), folder.Native("c"));
+    }
+    /// What `events` says of it; the folder is called "@".
+    SOutcome Events(std::vector<std::string> options) const {
+        options.insert(options.begin(), {"events", folder.Native()});
+        SOutcome outcome = RunTool(options);
+        for (std::size_t at = 0; (at = outcome.out.find(folder.Native())) != std::string::npos;)
+            outcome.out.replace(at, folder.Native().size(), "@");
+        return outcome;
+    }
+};
+
+} // namespace
+
+// The names, their order and what is null are relied on by scripts.
+TEST(EventsCommand, JsonHoldsEveryFieldInItsOrder) {
+    const std::vector<std::string> lines = Lines(SSite().Events({"--format", "json"}).out);
+    ASSERT_EQ(lines.size(), 5U);
+    EXPECT_EQ(
+        lines[0],
+        R"({"file":"@/AB12-1-2026-11-16-DEV.evt","relay":"AB12-1","offset":46,"kind":"extended",)"
+        R"("record_number":1,"unique_id":9,"event_code":5,"time":"2026-11-16T03:12:01.234",)"
+        R"("time_bytes":"D2040C03100B1A","time_invalid":false,"summer_time":false,"location":"09.01",)"
+        R"("event_text":"Geschält\u0002","event":"Geschält.","text":"Event Value \u000AFault 271\u000A",)"
+        R"("value":{"code":32,"bytes":"05"},"aux":["P","Q","R"],"cells":[{"template":"Event Value ",)"
+        R"("text":"Event Value ","value":{"code":32,"bytes":"05"},"bits":["Start","Trip","Gesperrt ü"]},)"
+        R"({"template":"Fault %u","text":"Fault 271","value":{"code":36,"bytes":"0F01"},"bits":[]}],)"
+        R"("valid":true})");
+    EXPECT_NE(lines[1].find(R"("text":"Step 7","value":null,"aux":["Départ \"7\"","a\u0007\u001B[2J","�\\"],)"
+                            R"("format":"Step %u","values":[{"code":36,"bytes":"07"},null],"valid":true})"),
+              std::string::npos);
+    EXPECT_NE(lines[3].find(R"("time":null,"time_bytes":"D2040C021F0B1A")"), std::string::npos)
+        << "31 November";
+    EXPECT_EQ(lines[4], R"({"file":"@/b/CD34-2-2026-11-16-DEV.EVT","offset":179,"length":2,)"
+                        R"("error":"no block begins here"})");
+    for (const std::string& line : lines)
+        EXPECT_TRUE(json::accept(line)) << line;
+}
+
+TEST(EventsCommand, NoFormatLetsAControlCharacterThrough) {
+    for (const char* format : {"text", "json", "csv"}) {
+        const SOutcome outcome = SSite().Events({"--format", format});
+        const std::size_t control = outcome.out.find_first_of("\x01\x02\x07\x1B\x7F");
+        EXPECT_EQ(control, std::string::npos) << format;
+        EXPECT_NO_THROW(static_cast<void>(json(outcome.out).dump())) << "well-formed UTF-8 in " << format;
+        EXPECT_EQ(outcome.status, 1) << format;
+    }
+}
+
+TEST(EventsCommand, CsvQuotesWhatNeedsIt) {
+    const std::vector<std::string> lines =
+        Lines(SSite().Events({"--format", "csv", "--match", "Trip, "}).out);
+    ASSERT_EQ(lines.size(), 3U);
+    EXPECT_TRUE(lines[0].starts_with("file,relay,offset,kind,") && lines[0].ends_with(",length,error\r"));
+    EXPECT_EQ(lines[1],
+              R"(@/b/CD34-2-2026-11-16-DEV.EVT,CD34-2,46,simple,0,0,5,2026-11-16T04:12:01.234,)"
+              R"(D2040C04100B1A,false,false,03.20,"Trip, ""A""","Trip, ""A""",Step 7,,,"Départ ""7""",)"
+              "a\\x07\\x1B[2J,�\\,Step %u,36:07 -,,true,,\r");
+    EXPECT_EQ(std::ranges::count(lines[2], ','), std::ranges::count(lines[0], ','));
+    EXPECT_TRUE(lines[2].ends_with(",2,no block begins here\r")) << lines[2];
+}
+
+TEST(EventsCommand, TextFitsAndAligns) {
+    const CScratchFolder folder;
+    const std::string path = folder.Native("R1-7-2026-11-16-DEV.evt");
+    folder.Write("R1-7-2026-11-16-DEV.evt",
+                 kHeader + Extended(At(16, 3), "A rather long text about much of \xC9"));
+    EXPECT_EQ(RunTool({"events", path}, 64).out,
+              "time                      relay  event               value\n"
+              "2026-11-16 03:12:01.234   R1-7   A rather long text  00000000000\n"
+              "                                 about much of É     00101\n"
+              "      set: Start, Gesperrt ü\n"
+              "      Fault 271\n");
+}
+
+TEST(EventsCommand, FiltersAndSorting) {
+    const SSite site;
+    struct SCase {
+        const char* name;
+        std::vector<std::string> options;
+        std::string want; ///< first letter of each event, "!" for damage
+    };
+    const SCase kCases[] = {
+        {"file order", {}, "GLTW!"},
+        {"since a day", {"--since", "2026-11-17"}, "LW!"},
+        {"since a moment", {"--since", "2026-11-16T03:12:01.235"}, "LTW!"},
+        {"since that very moment, with a blank", {"--since", "2026-11-16 03:12:01.234"}, "GLTW!"},
+        {"until a day, to its end", {"--until", "2026-11-16"}, "GT!"},
+        {"until a minute's start", {"--until", "2026-11-16T04:12"}, "G!"},
+        {"between", {"--since", "2026-11-16T04:00", "--until", "2026-11-17T05:12:01.3"}, "LT!"},
+        {"a relay, in any case", {"--relay", "ab1"}, "GL"},
+        {"no such relay", {"--relay", "zz"}, ""},
+        {"a text beyond ASCII", {"--match", "schält"}, "G!"},
+        {"a cell's text", {"--match", "FAULT 271"}, "G!"},
+        {"the rendered text", {"--match", "step 7"}, "LTW!"},
+        {"by time, damage last", {"--sort", "time"}, "GTLW!"},
+    };
+    for (const SCase& row : kCases) {
+        std::vector<std::string> options = row.options;
+        options.insert(options.end(), {"--format", "json"});
+        const SOutcome outcome = site.Events(options);
+        std::string got;
+        for (const std::string& line : Lines(outcome.out))
+            got += json::parse(line).value("event", "!")[0];
+        EXPECT_EQ(got, row.want) << row.name;
+        EXPECT_EQ(outcome.status, row.want.ends_with('!') ? 1 : 0) << row.name;
+    }
+}
+
+TEST(EventsCommand, WhatCannotBeDoneIsSaid) {
+    const CScratchFolder folder;
+    const std::string good = folder.Write("x.evt", kHeader);
+    struct SCase {
+        const char* name;
+        std::vector<std::string> arguments;
+        int status;
+        const char* error;
+    };
+    const SCase kCases[] = {
+        {"no such file",
+         {"events", folder.Native("none.evt"), folder.Native("x.evt")},
+         1,
+         "none.evt: No such file"},
+        {"a name that would move the terminal", {"events", "\x1B[2J"}, 1, "ruvoctl: \\x1B[2J: "},
+        {"no time",
+         {"events", "--since", "16.11.2026", folder.Native()},
+         2,
+         "--since: 16.11.2026: want a date"},
+        {"no such day",
+         {"events", "--until", "2026-02-30", folder.Native()},
+         2,
+         "--until: 2026-02-30: want a date"},
+        {"no such format", {"events", "--format", "xml", folder.Native()}, 2, "xml"},
+        {"nothing to read", {"events"}, 2, "FILE|FOLDER is required"},
+        {"no such command", {"dance"}, 2, "dance: no such command"},
+        {"help", {"events", "--help"}, 0, ""},
+    };
+    for (const SCase& row : kCases) {
+        const SOutcome outcome = RunTool(row.arguments);
+        EXPECT_EQ(outcome.status, row.status) << row.name;
+        EXPECT_NE(outcome.error.find(row.error), std::string::npos) << row.name << ": " << outcome.error;
+    }
+}
+
+} // namespace ruvo::test

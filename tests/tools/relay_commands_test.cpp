@@ -1,0 +1,78 @@
+// The commands about one relay: what pipes and people get, and what is never shown.
+#include "support/scratch_folder.h"
+#include "support/scripted_server.h"
+#include "tools/run_tool.h"
+
+#include "app/connection_test.h"
+#include "log/error_log.h"
+
+#include <gtest/gtest.h>
+
+#include <pty.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace ruvo::test {
+
+TEST(PasswordCommand, PipedLines) {
+    const std::string rows[][3] = {
+        {"encrypt", "SECRETPWD", "more than 8 characters"},
+        {"encrypt", std::string("SECR\0T", 6), "control characters"},
+        {"decrypt", "SECRET\n", "want the 22 characters"},
+        {"decrypt", "6426392349950675645037", "a digit is wrong"},
+        {"decrypt --key RV004", "RV003=6426392349950675645036", "the entry that --key names"},
+        {"encrypt SECRET", "x", "never an argument"},
+        {"SECRET", "x", "never an argument"},
+        {"encrypt --key SECRET", "x", "never an argument"},
+    };
+    for (const auto& [words, input, error] : rows) {
+        std::istringstream stream("password " + words);
+        const SOutcome outcome = RunTool({std::istream_iterator<std::string>(stream), {}}, 100, input);
+        EXPECT_EQ(outcome.status, error == "never an argument" ? 2 : 1) << words;
+        EXPECT_NE(outcome.error.find(error), std::string::npos) << outcome.error;
+        EXPECT_EQ((outcome.out + outcome.error).find("SECR"), std::string::npos) << words;
+    }
+    for (const std::string password : {"", "A", "PASSWORD", " a=b\xFC "}) {
+        const SOutcome made = RunTool({"password", "encrypt", "--key", "rv003"}, 9, password + "\r\nx\n");
+        EXPECT_TRUE(made.out.starts_with("RV003=") && made.out.size() == 29) << made.out;
+        for (const std::string& text : {made.out, made.out.substr(6), " rv003 = " + made.out.substr(6)})
+            EXPECT_EQ(RunTool({"password", "decrypt", "--key", "RV003"}, 100, text).out, password + "\n");
+    }
+}
+
+TEST(PasswordCommand, WhatIsTypedIsNotShown) {
+    const std::pair<const char*, int> rows[] = {{"SECRET\n", 0}, {"SECRIT\n", 1 << 8}, {"\x03", SIGINT}};
+    for (const auto& [second, want] : rows) {
+        int terminal = -1, status = -1;
+        const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+        if (child == 0) {
+            CTextOutput text(std::cout);
+            SConsole console{.in = std::cin, .out = text, .error = text, .inIsTerminal = true};
+            _exit(RunCommandLine(std::vector<std::string>{"password", "encrypt"}, console));
+        }
+        std::string seen;
+        for (char c = 0; read(terminal, &c, 1) == 1;)
+            if (seen += c; seen.ends_with("word: ") || seen.ends_with("again: "))
+                dprintf(terminal, "%s", seen.ends_with("word: ") ? "SECRET\n" : second);
+        termios mode{};
+        EXPECT_TRUE(waitpid(child, &status, 0) == child && status == want) << seen;
+        EXPECT_TRUE(tcgetattr(terminal, &mode) == 0 && (mode.c_lflag & ECHO) != 0);
+        EXPECT_EQ(seen.find("SECR"), std::string::npos) << seen;
+        close(terminal);
+    }
+}
+
+TEST(TestCommand, StatusIsTheCode) {
+    const CScratchFolder folder;
+    folder.Write("a.ini", "[RUVO_GENERAL]\nEventRootDir=" + folder.Path("e") + "\n[RUVO_SERIAL]\nRV001=5\n");
+    for (const auto& [code, probe] : {std::pair(0, 0x111), std::pair(2, 0), std::pair(8, 8)}) {
+        CScriptedServer server;
+        server.statuses["GetValue 00.DF"] = probe;
+        const SOutcome outcome = RunTool({"test", folder.Native(code == 2 ? "b.ini" : "a.ini"), "rv001"});
+        EXPECT_EQ(outcome.status, code);
+        EXPECT_EQ(outcome.out, std::string(kConnectionTestMeanings[static_cast<std::size_t>(code)]) + "\n");
+    }
+    ResetErrorLog();
+}
+
+} // namespace ruvo::test

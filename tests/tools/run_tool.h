@@ -1,0 +1,33 @@
+// The companion program inside a test.
+#pragma once
+
+#include "tools/command_line.h"
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace ruvo::test {
+
+struct SOutcome {
+    int status = 0;
+    std::string out;
+    std::string error;
+};
+
+inline SOutcome RunTool(const std::vector<std::string>& arguments, std::size_t width = 100,
+                        const std::string& input = "") {
+    std::istringstream in(input);
+    std::ostringstream out;
+    std::ostringstream error;
+    int status = -1;
+    {
+        CTextOutput outText(out);
+        CTextOutput errorText(error);
+        SConsole console{.in = in, .out = outText, .error = errorText, .width = width};
+        status = RunCommandLine(arguments, console);
+    }
+    return {status, out.str(), error.str()};
+}
+
+} // namespace ruvo::test

@@ -1,0 +1,127 @@
+#include "tools/command_line.h"
+
+#include "tools/command.h"
+#include "tools/text_encoding.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <sstream>
+#include <vector>
+
+namespace ruvo {
+
+namespace {
+
+constexpr const char* kVersion = "ruvoctl " RUVO_VERSION; // the number of every file of a build
+
+std::vector<std::string> SplitChoices(std::string_view choices) {
+    std::vector<std::string> words;
+    std::istringstream stream{std::string(choices)};
+    for (std::string word; std::getline(stream, word, '|');) {
+        words.push_back(word);
+    }
+    return words;
+}
+
+/// One command, where the parser puts what it finds for it.
+struct SParsedCommand {
+    const SCommand* command = nullptr;
+    CLI::App* app = nullptr;
+};
+
+void AddOption(CLI::App& app, const SOption& option) {
+    const std::string name(option.name);
+    const std::string help(option.help);
+    switch (option.kind) {
+    case EOptionKind::Flag:
+        app.add_flag(name, help);
+        break;
+    case EOptionKind::Text:
+        app.add_option(name, help)->type_name("TEXT")->expected(1);
+        break;
+    case EOptionKind::Choice: {
+        const std::vector<std::string> words = SplitChoices(option.choices);
+        app.add_option(name, help)
+            ->check(CLI::IsMember(words).description(""))
+            ->type_name(std::string(option.choices))
+            ->expected(1);
+        break;
+    }
+    case EOptionKind::Positional:
+        app.add_option(name, help)->required()->type_name("")->expected(1);
+        break;
+    case EOptionKind::List:
+        app.add_option(name, help)
+            ->required()
+            ->type_name("")
+            ->expected(CLI::detail::expected_max_vector_size);
+        break;
+    }
+}
+
+std::vector<SParsedCommand> AddCommands(CLI::App& program) {
+    std::vector<SParsedCommand> parsed;
+    for (const SCommand& command : Commands()) {
+        CLI::App* const app = program.add_subcommand(std::string(command.name), std::string(command.summary));
+        app->footer(std::string(command.notes));
+        for (const SOption& option : command.options) {
+            AddOption(*app, option);
+        }
+        parsed.push_back({&command, app});
+    }
+    return parsed;
+}
+
+CArguments TakeArguments(const SParsedCommand& parsed) {
+    CArguments arguments;
+    for (const SOption& option : parsed.command->options) {
+        const CLI::Option& found = *parsed.app->get_option(std::string(option.name));
+        if (found.count() > 0) {
+            arguments.Set(option.name, found.results());
+        } else if (!option.defaultChoice.empty()) {
+            arguments.Set(option.name, {std::string(option.defaultChoice)});
+        }
+    }
+    return arguments;
+}
+
+int ReportParseResult(const CLI::App& program, const CLI::ParseError& result, const SCommand* command,
+                      SConsole& console) {
+    std::ostringstream help;
+    std::ostringstream mistake;
+    const int code = program.exit(result, help, mistake);
+    console.out.Write(help.str());
+    const bool keepsSecret = code != 0 && command != nullptr && !command->secretNotice.empty();
+    console.error.Write(keepsSecret ? std::string(command->secretNotice) : mistake.str());
+    return code == 0 ? kExitGood : kExitUsage;
+}
+
+} // namespace
+
+int RunCommandLine(std::span<const std::string> arguments, SConsole& console) {
+    if (!arguments.empty() && !arguments[0].starts_with('-') && FindCommand(arguments[0]) == nullptr) {
+        console.error.Write(EscapeControls(SystemTextToUtf8(arguments[0])) +
+                            ": no such command; ruvoctl --help lists them\n");
+        return kExitUsage;
+    }
+    CLI::App program(
+        "Companion of ruvo: reads day files back, checks INI files, tests relays, scrambles passwords.",
+        "ruvoctl");
+    program.require_subcommand(1);
+    program.set_version_flag("--version", kVersion);
+    program.get_formatter()->column_width(26);
+    const std::vector<SParsedCommand> commands = AddCommands(program);
+    std::vector<std::string> words(arguments.rbegin(),
+                                   arguments.rend()); // the parser takes them from the end
+    try {
+        program.parse(words);
+    } catch (const CLI::ParseError& result) {
+        return ReportParseResult(program, result, FindNamedCommand(arguments), console);
+    }
+    const auto chosen =
+        std::ranges::find_if(commands, [](const SParsedCommand& entry) { return entry.app->parsed(); });
+    return chosen->command->run(TakeArguments(*chosen), console);
+}
+
+} // namespace ruvo

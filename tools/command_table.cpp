@@ -1,0 +1,35 @@
+// The table of commands. A new one is a file of its own and a line here.
+#include "tools/command.h"
+
+#include <algorithm>
+#include <array>
+
+namespace ruvo {
+
+SCommand EventsCommand();
+SCommand CheckCommand();
+SCommand TestCommand();
+SCommand PasswordCommand();
+
+std::span<const SCommand> Commands() {
+    static const std::array commands{
+        EventsCommand(),
+        CheckCommand(),
+        TestCommand(),
+        PasswordCommand(),
+    };
+    return commands;
+}
+
+const SCommand* FindCommand(std::string_view name) {
+    const auto found = std::ranges::find(Commands(), name, &SCommand::name);
+    return found == Commands().end() ? nullptr : &*found;
+}
+
+const SCommand* FindNamedCommand(std::span<const std::string> arguments) {
+    const auto word =
+        std::ranges::find_if(arguments, [](const std::string& text) { return !text.starts_with('-'); });
+    return word == arguments.end() ? nullptr : FindCommand(*word);
+}
+
+} // namespace ruvo

@@ -1,0 +1,86 @@
+#include "tools/event_fields.h"
+
+#include "protocol/binary_cell.h"
+#include "tools/text_encoding.h"
+
+#include <charconv>
+
+namespace ruvo {
+
+namespace {
+
+void AppendDigits(std::string& out, int number, std::size_t digits) {
+    const std::size_t start = out.size();
+    out.append(digits, '0');
+    for (std::size_t at = start + digits; at > start; --at, number /= 10) {
+        out[at - 1] = static_cast<char>('0' + number % 10);
+    }
+}
+
+} // namespace
+
+bool IsRealTime(const CParlaneIEC870& time) {
+    return time.ToVariantDate().valid;
+}
+
+void AppendTime(std::string& out, const CParlaneIEC870& time, char separator) {
+    const STimeFields fields = time.ToFields();
+    AppendDigits(out, fields.year, 4);
+    out += '-';
+    AppendDigits(out, fields.month, 2);
+    out += '-';
+    AppendDigits(out, fields.day, 2);
+    out += separator;
+    AppendDigits(out, fields.hour, 2);
+    out += ':';
+    AppendDigits(out, fields.minute, 2);
+    out += ':';
+    AppendDigits(out, fields.second, 2);
+    out += '.';
+    AppendDigits(out, fields.milliseconds, 3);
+}
+
+void AppendHex(std::string& out, std::span<const std::uint8_t> bytes) {
+    for (const std::uint8_t byte : bytes) {
+        AppendHexByte(out, byte);
+    }
+}
+
+void AppendLocation(std::string& out, std::uint16_t location) {
+    AppendHexByte(out, location >> 8U);
+    out += '.';
+    AppendHexByte(out, location & 0xFFU);
+}
+
+void AppendNumber(std::string& out, std::uint64_t number) {
+    std::array<char, 20> digits;
+    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
+    out.append(digits.data(), end);
+}
+
+bool IsValue(const CParlaneData* value) {
+    return value != nullptr && value->GetTypeCode() != kTypeInvalid;
+}
+
+void AppendWireHex(std::string& out, const CParlaneData& value) {
+    std::array<std::uint8_t, kMaxStoredData> buffer;
+    std::uint32_t typeCode = 0;
+    std::size_t size = 0;
+    value.GetWireBytes(buffer, typeCode, size);
+    AppendHex(out, std::span<const std::uint8_t>(buffer).first(std::min(size, buffer.size())));
+}
+
+const CSimpleEventRecord* AsSimple(const CEventRecord& record) {
+    return dynamic_cast<const CSimpleEventRecord*>(&record);
+}
+
+const CExtendedEventRecord* AsExtended(const CEventRecord& record) {
+    return dynamic_cast<const CExtendedEventRecord*>(&record);
+}
+
+const std::vector<std::string>& BitNamesOf(const CCell& cell) {
+    static const std::vector<std::string> kNone;
+    return cell.GetKind() == ECellKind::Binary ? static_cast<const CBinaryCell&>(cell).GetBitNames() : kNone;
+}
+
+} // namespace ruvo

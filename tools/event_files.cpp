@@ -1,0 +1,104 @@
+#include "tools/event_files.h"
+
+#include "tools/text_encoding.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+
+namespace ruvo {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view kDatePattern = "-0000-00-00";
+
+bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+bool IsDate(std::string_view text) {
+    return text.size() == kDatePattern.size() &&
+           std::ranges::equal(text, kDatePattern, [](char c, char pattern) {
+               return pattern == '0' ? IsDigit(c) : c == pattern;
+           });
+}
+
+bool HasDayFileEnding(const fs::path& path) {
+    const std::string ending = path.extension().string();
+    return ending.size() == 4 && ContainsText(ending, ".evt");
+}
+
+void Fail(SFoundFiles& found, const std::string& path, const std::string& reason) {
+    found.failures.push_back(path + ": " + reason);
+}
+
+/// One folder's entries; folders in it are put on the list of those still to be read.
+void ReadFolder(const fs::path& folder, std::vector<fs::path>& folders, std::vector<std::string>& paths,
+                SFoundFiles& found) {
+    std::error_code error;
+    fs::directory_iterator entry(folder, error);
+    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+        std::error_code unknown;
+        const fs::file_status status = entry->symlink_status(unknown);
+        if (fs::is_directory(status)) {
+            folders.push_back(entry->path());
+        } else if (fs::is_regular_file(status) && HasDayFileEnding(entry->path())) {
+            paths.push_back(entry->path().string());
+        }
+    }
+    if (error) {
+        Fail(found, folder.string(), error.message());
+    }
+}
+
+void AddFile(const std::string& path, SFoundFiles& found) {
+    found.files.push_back({path, RelayOfFileName(fs::path(path).filename().string())});
+}
+
+void AddFolder(const std::string& path, SFoundFiles& found) {
+    std::vector<fs::path> folders{path};
+    std::vector<std::string> paths;
+    while (!folders.empty()) {
+        const fs::path folder = std::move(folders.back());
+        folders.pop_back();
+        ReadFolder(folder, folders, paths, found);
+    }
+    std::ranges::sort(paths);
+    for (const std::string& file : paths) {
+        AddFile(file, found);
+    }
+}
+
+} // namespace
+
+SFoundFiles FindDayFiles(const std::vector<std::string>& paths) {
+    SFoundFiles found;
+    for (const std::string& path : paths) {
+        std::error_code error;
+        const fs::file_status status = fs::status(path, error);
+        if (!fs::exists(status)) {
+            Fail(found, path, error ? error.message() : "no such file or folder");
+        } else if (fs::is_directory(status)) {
+            AddFolder(path, found);
+        } else {
+            AddFile(path, found);
+        }
+    }
+    return found;
+}
+
+std::string RelayOfFileName(const std::string& name) {
+    std::string relay = name.substr(0, name.rfind('.'));
+    for (std::size_t at = relay.size(); at-- > 0;) {
+        if (IsDate(std::string_view(relay).substr(at, kDatePattern.size()))) {
+            relay.resize(at);
+            break;
+        }
+    }
+    return SystemTextToUtf8(relay);
+}
+
+} // namespace ruvo

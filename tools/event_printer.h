@@ -1,0 +1,37 @@
+// How records and damage are shown. Each format is one printer.
+#pragma once
+
+#include "eventfiles/day_file_reader.h"
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace ruvo {
+
+/// The day file that is being read: its path as typed or found, and the relay that its name tells. UTF-8.
+struct SEventSource {
+    std::string file;
+    std::string relay;
+};
+
+/// Appends UTF-8 without control characters other than line ends. Keeps nothing between calls, so that what
+/// it appends may be put into another order.
+class IEventPrinter {
+public:
+    virtual ~IEventPrinter() = default;
+    /// What stands before everything else.
+    virtual void PrintHead(std::string& out) = 0;
+    virtual void PrintRecord(std::string& out, const SEventSource& source, const SDayFileItem& item) = 0;
+    virtual void PrintDamage(std::string& out, const SEventSource& source, const SDayFileDamage& damage) = 0;
+};
+
+/// For reading: columns within `width`, the relay's one being `relayWidth` wide.
+std::unique_ptr<IEventPrinter> MakeTextPrinter(std::size_t width, std::size_t relayWidth);
+/// One JSON object a line.
+std::unique_ptr<IEventPrinter> MakeJsonPrinter();
+/// RFC 4180 with a header line.
+std::unique_ptr<IEventPrinter> MakeCsvPrinter();
+
+} // namespace ruvo

@@ -1,0 +1,214 @@
+// Records for reading: aligned columns, with what else a record holds below it.
+#include "protocol/binary_cell.h"
+#include "protocol/cell_factory.h"
+#include "tools/event_fields.h"
+#include "tools/event_printer.h"
+#include "tools/text_encoding.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace ruvo {
+
+namespace {
+
+constexpr std::size_t kTimeWidth = 24; ///< and a mark behind it
+constexpr std::size_t kIndent = 6;
+constexpr std::size_t kNarrowestColumn = 8;
+constexpr std::string_view kGap = "  ";
+/// How the extraction labels the cell that it makes of an event's value.
+constexpr std::string_view kValueLabel = "Event Value ";
+
+/// How many bytes the first `columns` characters take.
+std::size_t BytesOfColumns(std::string_view utf8, std::size_t columns) {
+    std::size_t at = 0;
+    for (; at < utf8.size(); ++at) {
+        const bool starts = (static_cast<unsigned char>(utf8[at]) & 0xC0U) != 0x80U;
+        if (starts && columns-- == 0) {
+            break;
+        }
+    }
+    return at;
+}
+
+/// Breaks a text into lines of at most `width` columns, at a blank where there is one.
+std::vector<std::string> Wrap(std::string_view text, std::size_t width) {
+    std::vector<std::string> lines;
+    while (ColumnsOf(text) > width) {
+        const std::size_t fits = BytesOfColumns(text, width);
+        std::size_t end = text.substr(0, fits + 1).rfind(' ');
+        if (end == std::string_view::npos || end == 0) {
+            end = fits;
+        }
+        lines.emplace_back(text.substr(0, end));
+        text.remove_prefix(std::min(text.find_first_not_of(' ', end), text.size()));
+    }
+    lines.emplace_back(text);
+    return lines;
+}
+
+std::vector<std::string> SplitLines(const std::string& text) {
+    std::vector<std::string> lines;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t end = std::min(text.find('\n', at), text.size());
+        lines.push_back(text.substr(at, end - at));
+        at = end + 1;
+    }
+    return lines;
+}
+
+std::string TimeColumn(const CParlaneIEC870& time) {
+    std::string text;
+    if (IsRealTime(time)) {
+        AppendTime(text, time, ' ');
+    } else {
+        text += "no time ";
+        AppendHex(text, time.GetOctets());
+    }
+    return text + (time.IsInvalid() ? "?" : time.IsSummerTime() ? "s" : "");
+}
+
+/// The cell's value by its label's format, or by the one of its kind: a text takes "%s", all others then fall
+/// back on their own.
+std::string ValueText(const CCell& cell) {
+    if (!IsValue(cell.GetValue())) {
+        return {};
+    }
+    if (cell.HasFormat()) {
+        return cell.GetValueText();
+    }
+    std::string text;
+    cell.Format(text, "%s", EFormatMode::Value);
+    return text;
+}
+
+/// The cell that stands for the event's value, which knows its strings; null when the record has none.
+const CCell* ValueCell(const CEventRecord& record) {
+    const auto* const extended = AsExtended(record);
+    const bool hasCell = extended != nullptr && !extended->GetCells().empty();
+    return hasCell && extended->GetCells().front()->GetLabelTemplate().starts_with(kValueLabel)
+               ? extended->GetCells().front().get()
+               : nullptr;
+}
+
+std::string EventValueText(const CEventRecord& record) {
+    if (const CCell* const cell = ValueCell(record)) {
+        return ValueText(*cell);
+    }
+    const auto cell = CCellFactory::CreateWithDefaultLimits(CCellID(), record.GetEventValue(), std::string());
+    return cell != nullptr ? ValueText(*cell) : std::string();
+}
+
+/// Names of the bits that are set, for a cell that names any.
+std::string SetBitsText(const CCell& cell) {
+    std::string text;
+    unsigned bit = 0;
+    for (const std::string& name : BitNamesOf(cell)) {
+        if (bit < 32 && (static_cast<const CParlaneFlags*>(cell.GetValue())->GetWord() >> bit & 1U) != 0) {
+            text += text.empty() ? "set: " : ", ";
+            text += name;
+        }
+        ++bit;
+    }
+    return text;
+}
+
+/// What is shown below the record's line, in code page 1252.
+std::vector<std::string> FurtherLines(const CEventRecord& record) {
+    if (const auto* const simple = AsSimple(record)) {
+        return SplitLines(simple->GetText());
+    }
+    std::vector<std::string> lines;
+    const CCell* const valueCell = ValueCell(record);
+    for (const auto& cell : AsExtended(record)->GetCells()) {
+        if (cell.get() != valueCell) {
+            lines.push_back(cell->GetLabelText() + ' ' + ValueText(*cell));
+        }
+        if (std::string bits = SetBitsText(*cell); !bits.empty()) {
+            lines.push_back(std::move(bits));
+        }
+    }
+    return lines;
+}
+
+std::string Trimmed(std::string text) {
+    text.erase(text.find_last_not_of(' ') + 1);
+    text.erase(0, std::min(text.find_first_not_of(' '), text.size()));
+    return text;
+}
+
+class CTextPrinter final : public IEventPrinter {
+public:
+    CTextPrinter(std::size_t width, std::size_t relayWidth) : m_width(width), m_relayWidth(relayWidth) {
+        const std::size_t taken = kTimeWidth + m_relayWidth + 3 * kGap.size();
+        const std::size_t rest = std::max(width > taken ? width - taken : 0, 2 * kNarrowestColumn);
+        m_valueWidth = std::max(rest * 2 / 5, kNarrowestColumn);
+        m_eventWidth = rest - m_valueWidth;
+    }
+
+    void PrintHead(std::string& out) override { PrintColumns(out, "time", "relay", "event", "value"); }
+
+    void PrintRecord(std::string& out, const SEventSource& source, const SDayFileItem& item) override {
+        const CEventRecord& record = *item.record;
+        PrintColumns(out, TimeColumn(record.GetTimeStamp()), EscapeControls(source.relay),
+                     Trimmed(ReadableRelayText(record.GetEventText())),
+                     Trimmed(ReadableRelayText(EventValueText(record))));
+        for (const std::string& line : FurtherLines(record)) {
+            PrintIndented(out, Trimmed(ReadableRelayText(line)));
+        }
+    }
+
+    void PrintDamage(std::string& out, const SEventSource& source, const SDayFileDamage& damage) override {
+        const std::string text = "! " + EscapeControls(source.file) + ": damage at byte " +
+                                 std::to_string(damage.offset) + ", " + std::to_string(damage.length) +
+                                 " bytes: " + std::string(DayFileFaultText(damage.fault));
+        for (const std::string& line : Wrap(text, m_width)) {
+            out += line;
+            out += '\n';
+        }
+    }
+
+private:
+    void PrintColumns(std::string& out, std::string_view time, std::string_view relay, std::string_view event,
+                      std::string_view value) const {
+        const std::vector<std::string> cells[] = {Wrap(time, kTimeWidth), Wrap(relay, m_relayWidth),
+                                                  Wrap(event, m_eventWidth), Wrap(value, m_valueWidth)};
+        const std::size_t widths[] = {kTimeWidth, m_relayWidth, m_eventWidth, m_valueWidth};
+        const std::size_t height = std::ranges::max(cells, {}, &std::vector<std::string>::size).size();
+        for (std::size_t line = 0; line < height; ++line) {
+            const std::size_t start = out.size();
+            for (std::size_t column = 0; column < std::size(cells); ++column) {
+                const std::string cell = line < cells[column].size() ? cells[column][line] : std::string();
+                out += column > 0 ? kGap : "";
+                out += cell;
+                out.append(widths[column] - std::min(ColumnsOf(cell), widths[column]), ' ');
+            }
+            out.erase(std::max(out.find_last_not_of(' ') + 1, start));
+            out += '\n';
+        }
+    }
+
+    void PrintIndented(std::string& out, std::string_view text) const {
+        if (text.empty()) {
+            return;
+        }
+        for (const std::string& line : Wrap(text, m_width - kIndent)) {
+            out.append(kIndent, ' ');
+            out += line;
+            out += '\n';
+        }
+    }
+
+    std::size_t m_width;
+    std::size_t m_relayWidth;
+    std::size_t m_eventWidth;
+    std::size_t m_valueWidth;
+};
+
+} // namespace
+
+std::unique_ptr<IEventPrinter> MakeTextPrinter(std::size_t width, std::size_t relayWidth) {
+    return std::make_unique<CTextPrinter>(width, relayWidth);
+}
+
+} // namespace ruvo

@@ -1,0 +1,27 @@
+// Where in an INI file the cause of a result code stands, and what is odd in it beyond what the rules refuse.
+#pragma once
+
+#include "config/result_code.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace ruvo {
+
+class CIniText;
+
+/// One finding; line 0 means the file as a whole. The text may hold whatever the file holds.
+struct SIniFinding {
+    std::size_t line = 0;
+    std::string text;
+};
+
+/// The lines that a result code is about, with what is wanted there; empty for success. A text of the file is
+/// told as it is, but for passwords.
+[[nodiscard]] std::vector<SIniFinding> FindCauses(EResultCode code, const CIniText& ini);
+
+/// What loading passes over in silence and its author will not have meant, in line order.
+[[nodiscard]] std::vector<SIniFinding> FindOddities(const CIniText& ini);
+
+} // namespace ruvo

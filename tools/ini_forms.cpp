@@ -1,0 +1,36 @@
+#include "tools/ini_forms.h"
+
+#include "config/configuration.h"
+#include "config/scramble.h"
+#include "platform/ini_text.h"
+
+#include <charconv>
+#include <cstdint>
+#include <system_error>
+
+namespace ruvo {
+
+namespace {
+
+bool IsHexDigit(char c) {
+    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
+}
+
+bool IsWord(std::string_view digits) {
+    std::uint32_t word = 0;
+    const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), word);
+    return result.ec == std::errc() && result.ptr == digits.data() + digits.size();
+}
+
+} // namespace
+
+bool IsRelayKey(std::string_view key) {
+    return key.size() == 5 && EqualIniNames(key.substr(0, 2), "RV") && IsNumericText(key.substr(2), true);
+}
+
+bool CanBeScrambled(std::string_view text) {
+    return text.size() == kScrambledLength && IsHexDigit(text[0]) && text[1] >= '0' && text[1] <= '8' &&
+           IsWord(text.substr(2, 10)) && IsWord(text.substr(12, 10));
+}
+
+} // namespace ruvo

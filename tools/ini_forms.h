@@ -1,0 +1,14 @@
+// What entries of an INI file look like when nothing is wrong with them.
+#pragma once
+
+#include <string_view>
+
+namespace ruvo {
+
+/// RV and three digits, in any letter case.
+[[nodiscard]] bool IsRelayKey(std::string_view key);
+
+/// What scrambling can have written. Unscrambling takes more than that.
+[[nodiscard]] bool CanBeScrambled(std::string_view text);
+
+} // namespace ruvo

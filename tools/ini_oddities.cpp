@@ -1,0 +1,105 @@
+// What loading passes over in silence.
+#include "config/configuration.h"
+#include "platform/ini_text.h"
+#include "tools/ini_findings.h"
+#include "tools/ini_forms.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <string_view>
+
+namespace ruvo {
+
+namespace {
+
+using Findings = std::vector<SIniFinding>;
+
+constexpr std::array kGeneralKeys{
+    std::string_view("EventRootDir"),      std::string_view("ErrorLogPathname"),
+    std::string_view("UseEthernet"),       std::string_view("CommPort"),
+    std::string_view("BaudRate"),          std::string_view("ElevenBits"),
+    std::string_view("BusyHoldoff"),       std::string_view("BusyCount"),
+    std::string_view("ResetResponse"),     std::string_view("Response"),
+    std::string_view("TryCount"),          std::string_view("TransmitDelay"),
+    std::string_view("GlobalTransmit"),    std::string_view("UseModem"),
+    std::string_view("TAPI_ModemName"),    std::string_view("TAPI_LineAddress"),
+    std::string_view("TAPI_NumberToDial"), std::string_view("TAPI_UseCountryAndAreaCodes"),
+    std::string_view("TAPI_AreaCode"),     std::string_view("TAPI_CountryCode"),
+};
+constexpr std::array kDeviceSections{kSerialSection, kModemSection, kEthernetSection};
+constexpr std::string_view kOwnPrefix = "RUVO_";
+
+bool IsKnownGeneralKey(std::string_view key) {
+    return std::ranges::any_of(kGeneralKeys,
+                               [key](std::string_view known) { return EqualIniNames(known, key); });
+}
+
+bool IsDeviceSection(std::string_view name) {
+    return std::ranges::any_of(kDeviceSections,
+                               [name](std::string_view known) { return EqualIniNames(known, name); });
+}
+
+bool IsRelaySection(std::string_view name) {
+    return IsDeviceSection(name) || EqualIniNames(name, kPasswordsSection);
+}
+
+bool HasDeviceEntry(const CIniText& ini, std::string_view key) {
+    return std::ranges::any_of(
+        kDeviceSections, [&](std::string_view section) { return ini.FindEntry(section, key) != nullptr; });
+}
+
+/// What is odd about a key that is read; none for one that is fine. The text of a password is never told.
+std::optional<std::string> OddEntry(const CIniText& ini, const SIniSection& section, const SIniEntry& entry) {
+    if (EqualIniNames(section.name, kGeneralSection)) {
+        return IsKnownGeneralKey(entry.key)
+                   ? std::nullopt
+                   : std::optional(entry.key + ": no key of [RUVO_GENERAL], not read");
+    }
+    if (!IsRelayKey(entry.key)) {
+        return entry.key + ": not read; want RV and three digits";
+    }
+    if (IsDeviceSection(section.name)) {
+        return std::nullopt;
+    }
+    if (!entry.value || entry.value->empty()) {
+        return std::nullopt; // no password: none is used
+    }
+    if (!CanBeScrambled(*entry.value)) {
+        return entry.key + ": no scrambled password; want the 22 characters that scrambling gives";
+    }
+    return HasDeviceEntry(ini, entry.key)
+               ? std::nullopt
+               : std::optional(entry.key + ": a password for a relay that no section lists");
+}
+
+void CheckEntries(const CIniText& ini, const SIniSection& section, Findings& findings) {
+    for (const SIniEntry& entry : section.entries) {
+        if (entry.IsComment()) {
+            continue;
+        }
+        if (auto text = OddEntry(ini, section, entry)) {
+            findings.push_back({entry.line, std::move(*text)});
+        }
+    }
+}
+
+} // namespace
+
+std::vector<SIniFinding> FindOddities(const CIniText& ini) {
+    Findings findings;
+    for (const SIniSection& section : ini.Sections()) {
+        const bool isKnown = EqualIniNames(section.name, kGeneralSection) || IsRelaySection(section.name);
+        const std::string shown = "[" + section.name + "]";
+        if (isKnown && ini.FindSection(section.name) != &section) {
+            findings.push_back({section.line, shown + ": a second section of this name is never read"});
+        } else if (isKnown) {
+            CheckEntries(ini, section, findings);
+        } else if (EqualIniNames(std::string_view(section.name).substr(0, kOwnPrefix.size()), kOwnPrefix)) {
+            findings.push_back({section.line, shown + ": a section of this name is not read"});
+        }
+    }
+    return findings;
+}
+
+} // namespace ruvo

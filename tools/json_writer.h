@@ -1,0 +1,81 @@
+// Writes JSON as it goes, into a text of the caller's; nothing is kept but whether a comma is due.
+#pragma once
+
+#include "tools/text_encoding.h"
+
+#include <charconv>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace ruvo {
+
+/// The caller pairs Open and Close and gives a key before each value of an object.
+class CJsonWriter {
+public:
+    explicit CJsonWriter(std::string& out) : m_out(out) {}
+
+    void Open(char bracket) {
+        Separate();
+        m_out += bracket;
+        m_isFirst = true;
+    }
+    void Close(char bracket) {
+        m_out += bracket;
+        m_isFirst = false;
+    }
+    /// The key is plain ASCII.
+    CJsonWriter& Key(std::string_view key) {
+        Separate();
+        m_out += '"';
+        m_out += key;
+        m_out += "\":";
+        m_isFirst = true;
+        return *this;
+    }
+    void RelayText(std::string_view cp1252) {
+        OpenText();
+        AppendJsonRelayText(m_out, cp1252);
+        m_out += '"';
+    }
+    void Text(std::string_view utf8) {
+        OpenText();
+        AppendJsonText(m_out, utf8);
+        m_out += '"';
+    }
+    void Number(std::uint64_t number) {
+        Separate();
+        char digits[20];
+        m_out.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
+    }
+    void Bool(bool value) { Literal(value ? "true" : "false"); }
+    void Null() { Literal("null"); }
+    /// What `write` appends, as a text; it must need no escape.
+    template <class TWrite>
+    void PlainText(const TWrite& write) {
+        OpenText();
+        write(m_out);
+        m_out += '"';
+    }
+
+private:
+    void Separate() {
+        if (!m_isFirst) {
+            m_out += ',';
+        }
+        m_isFirst = false;
+    }
+    void OpenText() {
+        Separate();
+        m_out += '"';
+    }
+    void Literal(std::string_view word) {
+        Separate();
+        m_out += word;
+    }
+
+    std::string& m_out;
+    bool m_isFirst = true;
+};
+
+} // namespace ruvo

@@ -1,0 +1,81 @@
+// Process entry of the companion program.
+#include "tools/command.h"
+#include "tools/command_line.h"
+
+#include "platform/environment.h"
+#include "platform/process_protection.h"
+#include "platform/terminal.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cstdio>
+#include <exception>
+#include <iostream>
+#include <string>
+#include <system_error>
+#include <vector>
+
+namespace {
+
+constexpr std::size_t kNarrowest = 60; // the columns of the events need that much
+constexpr std::size_t kWidest = 1000;
+constexpr std::size_t kUsual = 100;
+
+/// What the environment says counts more than the terminal itself: scripts and tests set it.
+std::size_t ConsoleWidth() {
+    const std::string text = ruvo::EnvironmentValue("COLUMNS").value_or("");
+    std::size_t width = 0;
+    const bool isNumber = std::from_chars(text.data(), text.data() + text.size(), width).ec == std::errc();
+    if (isNumber && width >= kNarrowest && width <= kWidest) {
+        return width;
+    }
+    const std::size_t columns = ruvo::TerminalWidth();
+    return columns == 0 ? kUsual : std::clamp(columns, kNarrowest, kWidest);
+}
+
+/// The library's buffers are not ours to wipe: a secret must not get into them.
+void ChooseBuffers(const ruvo::SCommand* command) {
+    if (command != nullptr && !command->secretNotice.empty()) {
+        std::setvbuf(stdin, nullptr, _IONBF, 0);
+        std::setvbuf(stdout, nullptr, _IONBF, 0);
+    } else {
+        std::ios::sync_with_stdio(false);
+    }
+}
+
+int RunProgram(const std::vector<std::string>& arguments) {
+    ChooseBuffers(ruvo::FindNamedCommand(arguments));
+    ruvo::CTextOutput out(std::cout);
+    ruvo::CTextOutput error(std::cerr);
+    ruvo::SConsole console{.in = std::cin,
+                           .out = out,
+                           .error = error,
+                           .inIsTerminal = ruvo::IsTerminal(ruvo::EStandardStream::Input),
+                           .outIsTerminal = ruvo::IsTerminal(ruvo::EStandardStream::Output),
+                           .errorIsTerminal = ruvo::IsTerminal(ruvo::EStandardStream::Error),
+                           .width = ConsoleWidth()};
+    const int status = ruvo::RunCommandLine(arguments, console);
+    out.Flush();
+    if (out.IsGood()) {
+        return status;
+    }
+    // A reader that wants no more (such as head) is no failure worth words, but a script must not take what
+    // it got for the whole.
+    if (out.FailureCode() != EPIPE) {
+        error.Write("ruvoctl: cannot write: " + std::generic_category().message(out.FailureCode()) + "\n");
+    }
+    return status != ruvo::kExitGood ? status : ruvo::kExitFailed;
+}
+
+} // namespace
+
+int main(int count, char** texts) {
+    ruvo::ProtectProcessMemory();
+    try {
+        return RunProgram(std::vector<std::string>(texts + (count > 0 ? 1 : 0), texts + count));
+    } catch (const std::exception& failure) {
+        std::cerr << "ruvoctl: " << failure.what() << '\n';
+        return ruvo::kExitFailed;
+    }
+}

@@ -1,0 +1,39 @@
+#include "tools/progress.h"
+
+#include <string>
+
+namespace ruvo {
+
+namespace {
+
+constexpr unsigned kCallsPerLook = 256; // the clock is not asked at every record
+constexpr std::chrono::milliseconds kPatience{1000};
+constexpr std::chrono::milliseconds kPause{200};
+constexpr std::string_view kClearLine = "\r\x1B[K";
+constexpr std::uint64_t kMegabyte = 1'000'000;
+
+} // namespace
+
+CProgress::CProgress(SConsole& console, std::size_t fileCount)
+    : m_error(console.error), m_fileCount(fileCount),
+      m_isWanted(console.errorIsTerminal && !console.outIsTerminal), m_next(Clock::now() + kPatience) {}
+
+CProgress::~CProgress() {
+    if (m_isShown) {
+        m_error.Write(kClearLine);
+        m_error.Flush();
+    }
+}
+
+void CProgress::Tell(std::size_t filesDone, std::uint64_t bytes) {
+    if (!m_isWanted || m_calls++ % kCallsPerLook != 0 || Clock::now() < m_next) {
+        return;
+    }
+    m_next = Clock::now() + kPause;
+    m_isShown = true;
+    m_error.Write(std::string(kClearLine) + std::to_string(filesDone) + " of " + std::to_string(m_fileCount) +
+                  " files, " + std::to_string(bytes / kMegabyte) + " MB read");
+    m_error.Flush();
+}
+
+} // namespace ruvo

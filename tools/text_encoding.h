@@ -1,0 +1,34 @@
+// Text on its way out: UTF-8, and no control character reaches a terminal as it is.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace ruvo {
+
+/// Appends a relay's text (code page 1252) as the inside of a JSON string.
+void AppendJsonRelayText(std::string& out, std::string_view cp1252);
+/// Appends UTF-8 text as the inside of a JSON string; control characters become \u00NN.
+void AppendJsonText(std::string& out, std::string_view utf8);
+
+/// A text of the system (a path, a line of a file) as UTF-8: one that is not well-formed UTF-8 is taken as
+/// code page 1252.
+std::string SystemTextToUtf8(std::string_view text);
+
+/// UTF-8 with control characters as "\xNN"; line feeds stay where they are wanted.
+enum class ELineFeeds : bool { Escape, Keep };
+std::string EscapeControls(std::string_view utf8, ELineFeeds lineFeeds = ELineFeeds::Escape);
+/// A relay's text in that form.
+std::string ReadableRelayText(std::string_view cp1252, ELineFeeds lineFeeds = ELineFeeds::Escape);
+
+/// How many columns the text takes: its characters.
+std::size_t ColumnsOf(std::string_view utf8);
+
+/// True when `part` occurs in `text`, ASCII letters compared without case.
+bool ContainsText(std::string_view text, std::string_view part);
+
+/// Two upper-case hexadecimal digits.
+void AppendHexByte(std::string& out, unsigned byte);
+
+} // namespace ruvo
