@@ -53,6 +53,10 @@ CParlaneHashedPassword::CParlaneHashedPassword(std::string_view first, std::stri
     }
 }
 
+CParlaneHashedPassword::~CParlaneHashedPassword() {
+    WipeBytes(m_digest.data(), m_digest.size());
+}
+
 bool CParlaneHashedPassword::Hash(const CSecret& first, const CSecret& second, int mode,
                                   DigestText& digest) const {
     // Once, here, so that a missing provider is told of once and not for each digest.

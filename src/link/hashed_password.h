@@ -26,6 +26,10 @@ public:
     /// Trailing white space of both texts does not count. Needs the crypto provider: without it the digest
     /// stays empty. Throws std::exception when the system has no random numbers.
     CParlaneHashedPassword(std::string_view first, std::string_view second, int mode);
+    CParlaneHashedPassword(const CParlaneHashedPassword&) = default;
+    CParlaneHashedPassword& operator=(const CParlaneHashedPassword&) = default;
+    /// Wipes the digest: an unsalted one is as good as the password.
+    ~CParlaneHashedPassword() override;
 
     std::uint32_t GetWireBytes(std::span<std::uint8_t> buffer, std::uint32_t& typeCode,
                                std::size_t& size) const override;

@@ -197,7 +197,9 @@ private:
     void LogReply(CellAddress cell, const CParlaneIEC870& time, LinkStatus status);
     void LogReset(CellAddress cell, const CParlaneIEC870& time);
     void LogSecurityEvent(std::uint16_t code, const std::string& label, const CParlaneIEC870& time,
-                          const CParlaneData& value);
+                          const CParlaneData& value) noexcept;
+    void WriteSecurityEvent(std::uint16_t code, const std::string& label, const CParlaneIEC870& time,
+                            const CParlaneData& value);
 
     // Password entry (password_entry.cpp) and the flows (password_login.cpp, user_login.cpp).
     LinkStatus EnterPasswordByGeneration(bool passwordEntered);
@@ -219,7 +221,9 @@ private:
     std::optional<std::int64_t> ReadNumber(CellAddress cell, LinkStatus& status);
     std::optional<std::string> ReadText(CellAddress cell);
     std::optional<std::uint32_t> ReadPasswordLength(CellAddress cell);
-    bool ReadUserNames(std::uint8_t securityColumn, std::int64_t count, std::vector<SUserName>& names);
+    enum class ENameTrace : bool { Silent, Traced };
+    bool ReadUserNames(std::uint8_t securityColumn, std::int64_t count, std::vector<SUserName>& names,
+                       ENameTrace trace);
 
     // What the sink reports, on any thread.
     void ReportProgress(std::uint32_t done, std::uint32_t total);

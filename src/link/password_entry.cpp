@@ -72,6 +72,7 @@ LinkStatus CP32Wrap::EnterPassword(CProgressMonitor* monitor, bool passwordEnter
     RestorePasswordGuard(guardValue.get());
     m_enteringPassword = false;
     m_entryMonitor = nullptr;
+    ReleaseMonitor(monitor);
     return m_events.TakeAbort() ? kLinkAborted : status;
 }
 
@@ -92,8 +93,9 @@ void CP32Wrap::ClearPasswordGuard(std::unique_ptr<CParlaneData>& saved) {
     if (zero == nullptr) {
         return;
     }
-    if (IsWriteGood(ChangeSetting(m_entryMonitor, cells::kPasswordGuard, *zero))) {
-        saved = std::move(value);
+    saved = std::move(value); // before the write: the relay may have taken it even when we never hear of that
+    if (!IsWriteGood(ChangeSetting(m_entryMonitor, cells::kPasswordGuard, *zero))) {
+        saved.reset();
     }
     ReadFirstValue(cells::kPasswordGuard, status);
 }

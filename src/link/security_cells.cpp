@@ -26,15 +26,14 @@ SUserName MakeUserName(const std::string& text) {
 std::unique_ptr<CParlaneData> CP32Wrap::ReadFirstValue(CellAddress cell, LinkStatus& status) {
     CParlaneDataArray values;
     status = GetValue(m_entryMonitor, cell, values);
-    if (status != kLinkGood || values.empty()) {
-        return nullptr;
-    }
-    return std::move(values.front());
+    const bool hasValue =
+        status == kLinkGood && !values.empty() && values.front()->GetTypeCode() != kTypeInvalid;
+    return hasValue ? std::move(values.front()) : nullptr;
 }
 
 std::optional<std::int64_t> CP32Wrap::ReadNumber(CellAddress cell, LinkStatus& status) {
     const std::unique_ptr<CParlaneData> value = ReadFirstValue(cell, status);
-    if (value == nullptr || value->GetTypeCode() == kTypeInvalid) {
+    if (value == nullptr) {
         return std::nullopt;
     }
     // A negative number must stay one: the number of users is compared with 0.
@@ -62,7 +61,8 @@ std::optional<std::uint32_t> CP32Wrap::ReadPasswordLength(CellAddress cell) {
 
 /// The names of the first `count` users; false when one cannot be read, or when the column has no room for so
 /// many: a relay may claim billions.
-bool CP32Wrap::ReadUserNames(std::uint8_t securityColumn, std::int64_t count, std::vector<SUserName>& names) {
+bool CP32Wrap::ReadUserNames(std::uint8_t securityColumn, std::int64_t count, std::vector<SUserName>& names,
+                             ENameTrace trace) {
     names.clear();
     if (count > std::int64_t{cells::kMaxUsers}) {
         return false;
@@ -74,6 +74,9 @@ bool CP32Wrap::ReadUserNames(std::uint8_t securityColumn, std::int64_t count, st
             return false;
         }
         names.push_back(MakeUserName(*text));
+        if (trace == ENameTrace::Traced) {
+            TraceInfo("CP32Wrap::ExtractCSAvailableUsernames : Username: %s", names.back().text);
+        }
     }
     return true;
 }
@@ -109,14 +112,11 @@ LinkStatus CP32Wrap::ExtractCSAvailableUsernames(std::vector<SUserName>& names) 
     const std::optional<std::int64_t> column = ReadNumber(cells::kSecurityColumn, status);
     if (!column || DetermineCSUsernameMaxLength(length) != kLinkGood ||
         ExtractCSUsernamesCount(count) != kLinkGood ||
-        !ReadUserNames(static_cast<std::uint8_t>(*column & 0xFF), count, names)) {
+        !ReadUserNames(static_cast<std::uint8_t>(*column & 0xFF), count, names, ENameTrace::Traced)) {
         TraceError(
             "CP32Wrap::ExtractCSAvailableUsernames : Error during obtaining list of usernames from the "
             "device.");
         return kLinkAborted;
-    }
-    for (const SUserName& name : names) {
-        TraceInfo("CP32Wrap::ExtractCSAvailableUsernames : Username: %s", name.text);
     }
     return kLinkGood;
 }

@@ -3,6 +3,7 @@
 #include "link/security_time.h"
 
 #include "platform/clock.h"
+#include "platform/debug_output.h"
 #include "protocol/byte_cursor.h"
 #include "protocol/data_factory.h"
 #include "protocol/parlane_integers.h"
@@ -90,8 +91,19 @@ void CP32Wrap::LogReset(CellAddress cell, const CParlaneIEC870& time) {
     }
 }
 
+/// Whether an event can be told, and what the application's callback does with it, must not decide about the
+/// write that it tells of.
 void CP32Wrap::LogSecurityEvent(std::uint16_t code, const std::string& label, const CParlaneIEC870& time,
-                                const CParlaneData& value) {
+                                const CParlaneData& value) noexcept {
+    try {
+        WriteSecurityEvent(code, label, time, value);
+    } catch (...) {
+        WriteDebugOutput("A security event could not be told\n");
+    }
+}
+
+void CP32Wrap::WriteSecurityEvent(std::uint16_t code, const std::string& label, const CParlaneIEC870& time,
+                                  const CParlaneData& value) {
     const std::vector<std::uint8_t> stamp = TaggedBytes(time);
     const std::vector<std::uint8_t> tagged = TaggedBytes(value);
     const unsigned milliseconds = stamp[2] + 256U * stamp[3];

@@ -74,7 +74,8 @@ private:
     std::optional<LinkStatus> AttemptFirstEdition(const SLoginReport& report) {
         LinkStatus status = kLinkGood;
         const std::optional<std::int64_t> count = m_link.ReadNumber(cells::kUserCount, status);
-        if (!HasUsers(count) || !HasNames(m_link.ReadUserNames(m_column, *count, m_names))) {
+        if (!HasUsers(count) ||
+            !HasNames(m_link.ReadUserNames(m_column, *count, m_names, ENameTrace::Silent))) {
             return std::nullopt;
         }
         CSecret password(kFirstEditionPasswordLength, ' ');

@@ -52,6 +52,9 @@ LinkStatus CP32Wrap::WriteCredential(const CommandLock& /*held*/, CellAddress ce
     if (IsEntryAborted()) {
         return kLinkAborted;
     }
+    if (m_enteringPassword) { // the reads of the entry have taken the caller's monitor back
+        StoreMonitor(m_entryMonitor);
+    }
     m_events.ResetCompletion();
     Variant packed;
     if (!PackValue(value, packed)) {

@@ -6,7 +6,8 @@
 
 namespace ruvo {
 
-/// Writes the text as it is, in one piece. Never fails.
+/// Writes one message in one piece. (Where messages go to a stream, one without a line end gets it.) Never
+/// fails.
 void WriteDebugOutput(const std::string& text) noexcept;
 
 } // namespace ruvo

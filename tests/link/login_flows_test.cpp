@@ -193,7 +193,7 @@ TEST_F(LoginFlows, SecondEditionOfTheUserLogin) {
     const std::string userLength = version + "I DetermineCSUsernameMaxLength : Username length: 16|";
     const std::string name = "I ExtractCSAvailableUsernames : Username: ";
     const std::string names = "GetValue 00.F2|GetValue BF.12|" + userLength +
-                              "GetValue 00.F2|GetValue 0C.21|GetValue 0C.22|" + name + "VIEWER          |" +
+                              "GetValue 00.F2|GetValue 0C.21|" + name + "VIEWER          |GetValue 0C.22|" +
                               name + "ENGINEER OF MORE|";
     EXPECT_EQ(Enter(true), kLinkAborted);
     EXPECT_EQ(flow, version + "GetValue 00.F4|I ExtractCSEd3SATSupported : CP32Wrap::GetValue: 273|" +

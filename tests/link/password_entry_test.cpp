@@ -215,6 +215,15 @@ TEST_F(PasswordEntry, AnAbortEndsTheEntryAndRestoresTheGuard) {
     EXPECT_EQ(Read(), kLinkGood) << "the abort is used up";
 }
 
+TEST_F(PasswordEntry, ASecurityEventCallbackThatThrowsDecidesNothing) {
+    CP32Wrap::SetSecurityEventCallback([](auto...) { throw std::runtime_error("callback"); });
+    server.texts[0x0101] = TextHex("ok");
+    server.values[0xBF03] = "240107";
+    EXPECT_EQ(Read(), kLinkGood);
+    EXPECT_EQ(written, (std::vector<std::string>{"36 1 0 ", "28 4 65 65 65 65 ", "36 1 7 "}));
+    CP32Wrap::SetSecurityEventCallback(nullptr);
+}
+
 TEST_F(PasswordEntry, WithoutACallbackTheEntryIsDeclined) {
     CP32Wrap::SetGetPasswordCallback(nullptr);
     EXPECT_EQ(Read(), kLinkAborted);

@@ -44,11 +44,13 @@ void AppendToFile(const std::string& path, std::string_view text) {
 
 void WriteDebugOutput(const std::string& text) noexcept {
     try {
+        // Each call is a message of its own; in a stream only the line end keeps it apart from the next.
+        const std::string message = text.ends_with('\n') ? text : text + "\n";
         const auto target = EnvironmentValue("RUVO_DEBUG_OUTPUT");
         if (target == "stderr") {
-            WriteAll(STDERR_FILENO, text);
+            WriteAll(STDERR_FILENO, message);
         } else if (target) {
-            AppendToFile(*target, text);
+            AppendToFile(*target, message);
         }
     } catch (...) { // NOLINT(bugprone-empty-catch): out of memory, and a trace line is not worth a failure
     }
