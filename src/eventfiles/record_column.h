@@ -25,7 +25,8 @@ bool NeedsStrings(const CParlaneData& value);
 CStatus FetchStrings(CellAddress address, CCell& cell);
 
 /// Reads a record column into `cells`. A listing that fails is recorded in `errors`. The result is the status
-/// of the listing, or of the strings fetched last. Throws CStatus when the listing or a cell's limits were aborted.
+/// of the listing, or of the strings fetched last. Throws CStatus when the listing or a cell's limits were
+/// aborted.
 CStatus ReadRecordColumn(std::uint8_t column, CCellList& cells, CErrorList& errors);
 
 } // namespace ruvo

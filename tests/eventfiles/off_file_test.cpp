@@ -1,6 +1,6 @@
 // The output file: header lines and their filter, and failures that take nothing along.
-#include "support/scripted_server.h"
 #include "support/scratch_folder.h"
+#include "support/scripted_server.h"
 
 #include "eventfiles/event_file_writer.h"
 #include "eventfiles/off_file.h"

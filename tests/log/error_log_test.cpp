@@ -82,7 +82,8 @@ TEST_F(CErrorLog, DisabledOrWithoutPathWritesNothing) {
         WriteLogLine("lost");
     }
     EXPECT_FALSE(m_folder.Has("logs"));
-    EXPECT_EQ(g_debugOutput.find("Error log : no path is known. Line lost: "), 0U) << "a line without a home is told";
+    EXPECT_EQ(g_debugOutput.find("Error log : no path is known. Line lost: "), 0U)
+        << "a line without a home is told";
 }
 
 TEST_F(CErrorLog, UnwritableLogTellsTheDebugOutput) {
