@@ -24,11 +24,12 @@ constexpr const char* kTitleAndVersion = "Ruvo\nVersion Number: 1.0.0.0";
 } // namespace
 
 std::string BuildResultText(EResultCode result, const SCommandLine& commandLine) {
-    const std::string message(ResultMessage(result));
+    const std::string_view message = ResultMessage(result);
     if (!commandLine.checkOnly) {
-        return message;
+        return std::string(message);
     }
-    return std::string(kTitleAndVersion) + "\n\nINI file: " + commandLine.iniPath + "\n\n" + message + "\n";
+    return std::string(kTitleAndVersion) + "\n\nINI file: " + commandLine.iniPath + "\n\n" +
+           std::string(message) + "\n";
 }
 
 void CRuvoApp::Run(std::span<const std::string> arguments) {

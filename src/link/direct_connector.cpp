@@ -32,7 +32,7 @@ public:
     CDirectConnection(const CDirectConnection&) = delete;
     CDirectConnection& operator=(const CDirectConnection&) = delete;
     ~CDirectConnection() override {
-        if (m_inner == nullptr) {
+        if (m_inner == nullptr || m_table == nullptr) {
             return;
         }
         try {
