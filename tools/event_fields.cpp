@@ -20,7 +20,8 @@ void AppendDigits(std::string& out, int number, std::size_t digits) {
 } // namespace
 
 bool IsRealTime(const CParlaneIEC870& time) {
-    return time.ToVariantDate().valid;
+    constexpr unsigned kLastYear = 99; // the field holds more than a year of the century
+    return time.GetYear() <= kLastYear && time.ToVariantDate().valid;
 }
 
 void AppendTime(std::string& out, const CParlaneIEC870& time, char separator) {

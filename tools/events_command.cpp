@@ -69,6 +69,9 @@ public:
         m_out.Settle();
     }
 
+    /// False when what it takes is printed only at the end.
+    bool PrintsAtOnce() const { return !m_sort; }
+
     void Finish() {
         std::ranges::stable_sort(m_records, {}, &std::pair<TimeKey, std::string>::first);
         for (const auto& [key, text] : m_records) {
@@ -110,20 +113,26 @@ public:
 private:
     void ReadDayFile(const SFoundFile& file, CEventSink& sink, CProgress& progress, std::size_t filesDone) {
         if (const SFileResult opened = m_reader.Open(file.path); !opened.Good()) {
+            progress.Clear();
             Complain(file.path + ": " + SystemErrorText(opened.systemCode));
             return;
         }
         const SEventSource source{SystemTextToUtf8(file.path), file.relay};
         SDayFileItem item;
         while (m_console.out.IsGood() && m_reader.Next(item)) {
-            TakeItem(source, item, sink);
+            TakeItem(source, item, sink, progress);
             progress.Tell(filesDone, m_bytes + m_reader.Position());
         }
         m_bytes += m_reader.Position();
     }
 
-    void TakeItem(const SEventSource& source, const SDayFileItem& item, CEventSink& sink) {
-        if (item.record != nullptr && m_filter.TakesRecord(*item.record)) {
+    void TakeItem(const SEventSource& source, const SDayFileItem& item, CEventSink& sink,
+                  CProgress& progress) {
+        const bool isTaken = item.record != nullptr && m_filter.TakesRecord(*item.record);
+        if (sink.PrintsAtOnce() && (isTaken || item.damage)) {
+            progress.GiveWayToOutput();
+        }
+        if (isTaken) {
             sink.TakeRecord(source, item);
         }
         if (item.damage) {

@@ -4,6 +4,8 @@
 #include "config/configuration.h"
 #include "config/ethernet_entry.h"
 #include "config/validation.h"
+#include "paths/path_utilities.h"
+#include "platform/full_path.h"
 #include "platform/ini_text.h"
 
 #include <algorithm>
@@ -21,6 +23,7 @@ enum class ECause : std::uint8_t {
     EmptySection, ///< a section without a usable entry
     Entries,      ///< every relay entry that the row's test refuses
     Duplicates,   ///< relay keys that stand more than once
+    EventRoot,    ///< the key of the event root, which can be wrong in three ways
 };
 
 using Accepts = bool (*)(std::string_view text);
@@ -80,8 +83,7 @@ constexpr std::array kCauses{
     SCauseRow{EResultCode::SerialSectionEmpty, ECause::EmptySection, kSerialSection, "", kWantEntry},
     SCauseRow{EResultCode::SerialAddressInvalid, ECause::Entries, kSerialSection, "", kWantAddress,
               AcceptsAddress},
-    SCauseRow{EResultCode::EventRootInvalid, ECause::Key, kGeneralSection, "EventRootDir",
-              "want a folder below a drive that can be made and written, without / * ? \" < > |"},
+    SCauseRow{EResultCode::EventRootInvalid, ECause::EventRoot, kGeneralSection, "EventRootDir", ""},
     SCauseRow{EResultCode::RegistryDestinationInvalid, ECause::Elsewhere, "", "",
               "the registry value Q7SecurityLogs names the folder for events; want one that can be written"},
     SCauseRow{EResultCode::EthernetIpInvalid, ECause::Entries, kEthernetSection, "",
@@ -130,6 +132,27 @@ void FindKey(const CIniText& ini, const SCauseRow& row, Findings& findings) {
     const SIniEntry* const entry = ini.FindEntry(row.section, row.key);
     findings.push_back(entry != nullptr ? EntryFinding(*entry, row.section, row.want)
                                         : MissingFinding(ini, row));
+}
+
+/// Which of the things that may be wrong with an event root is. Separators of either kind are understood, so
+/// only what is still there in the full path is at fault.
+std::string_view WantEventRoot(const std::string& given) {
+    std::string root = FullPath(given.empty() ? "." : given);
+    StripTrailingSeparators(root);
+    const SPathParts parts = SplitPath(root);
+    const std::string behindDrive = parts.folder + parts.name + parts.extension;
+    if (!root.empty() && behindDrive.empty()) {
+        return "want a folder below the drive, not the drive alone";
+    }
+    return HasForbiddenCharacter(behindDrive) ? "want a folder without * ? \" < > |"
+                                              : "want a folder that can be made and written";
+}
+
+void FindEventRoot(const CIniText& ini, const SCauseRow& row, Findings& findings) {
+    const SIniEntry* const entry = ini.FindEntry(row.section, row.key);
+    SCauseRow explained = row;
+    explained.want = WantEventRoot(entry != nullptr ? entry->value.value_or("") : "");
+    FindKey(ini, explained, findings);
 }
 
 /// Calls `take` with the occurrence that is read of each relay key there is, in key order.
@@ -182,8 +205,8 @@ void FindElsewhere(const CIniText& /*ini*/, const SCauseRow& row, Findings& find
 
 std::vector<SIniFinding> FindCauses(EResultCode code, const CIniText& ini) {
     // In the order of ECause.
-    static constexpr std::array kFinders{FindElsewhere, FindKey, FindEmptySection, FindEntries,
-                                         FindDuplicates};
+    static constexpr std::array kFinders{FindElsewhere, FindKey,        FindEmptySection,
+                                         FindEntries,   FindDuplicates, FindEventRoot};
     Findings findings;
     const auto* const row = std::ranges::find(kCauses, code, &SCauseRow::code);
     if (row != kCauses.end()) {

@@ -59,8 +59,13 @@ std::optional<std::string> OddEntry(const CIniText& ini, const SIniSection& sect
     if (!IsRelayKey(entry.key)) {
         return entry.key + ": not read; want RV and three digits";
     }
-    if (IsDeviceSection(section.name)) {
+    if (EqualIniNames(section.name, kEthernetSection)) {
         return std::nullopt;
+    }
+    if (IsDeviceSection(section.name)) {
+        return entry.value && IsNumericText(*entry.value, false)
+                   ? std::nullopt
+                   : std::optional(entry.key + ": passed over; want a device address from 1 to 254");
     }
     if (!entry.value || entry.value->empty()) {
         return std::nullopt; // no password: none is used

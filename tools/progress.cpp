@@ -15,25 +15,38 @@ constexpr std::uint64_t kMegabyte = 1'000'000;
 } // namespace
 
 CProgress::CProgress(SConsole& console, std::size_t fileCount)
-    : m_error(console.error), m_fileCount(fileCount),
-      m_isWanted(console.errorIsTerminal && !console.outIsTerminal), m_next(Clock::now() + kPatience) {}
+    : m_console(console), m_fileCount(fileCount), m_next(Clock::now() + kPatience) {}
 
 CProgress::~CProgress() {
+    Clear();
+}
+
+void CProgress::Clear() {
     if (m_isShown) {
-        m_error.Write(kClearLine);
-        m_error.Flush();
+        m_console.error.Write(kClearLine);
+        m_console.error.Flush();
+        m_isShown = false;
+    }
+}
+
+void CProgress::GiveWayToOutput() {
+    if (m_console.outIsTerminal && !m_hasGivenWay) {
+        Clear();
+        m_hasGivenWay = true;
     }
 }
 
 void CProgress::Tell(std::size_t filesDone, std::uint64_t bytes) {
-    if (!m_isWanted || m_calls++ % kCallsPerLook != 0 || Clock::now() < m_next) {
+    if (!m_console.errorIsTerminal || m_hasGivenWay || m_calls++ % kCallsPerLook != 0 ||
+        Clock::now() < m_next) {
         return;
     }
     m_next = Clock::now() + kPause;
     m_isShown = true;
-    m_error.Write(std::string(kClearLine) + std::to_string(filesDone) + " of " + std::to_string(m_fileCount) +
-                  " files, " + std::to_string(bytes / kMegabyte) + " MB read");
-    m_error.Flush();
+    m_console.error.Write(std::string(kClearLine) + std::to_string(filesDone) + " of " +
+                          std::to_string(m_fileCount) + " files, " + std::to_string(bytes / kMegabyte) +
+                          " MB read");
+    m_console.error.Flush();
 }
 
 } // namespace ruvo

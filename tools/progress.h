@@ -9,8 +9,8 @@
 
 namespace ruvo {
 
-/// Silent unless a person sees it and nothing else is written to the same terminal, and then only once the
-/// work has gone on for a second.
+/// Silent unless a person sees it, and then only once the work has gone on for a second. It gives way to what
+/// is printed on the same terminal.
 class CProgress {
 public:
     CProgress(SConsole& console, std::size_t fileCount);
@@ -20,14 +20,18 @@ public:
 
     /// To be called often; `bytes` is what was read in all.
     void Tell(std::size_t filesDone, std::uint64_t bytes);
+    /// Takes the line away until the next Tell: something else follows on the error output.
+    void Clear();
+    /// To be called before something is printed: the end of the progress where output is a terminal too.
+    void GiveWayToOutput();
 
 private:
     using Clock = std::chrono::steady_clock;
 
-    CTextOutput& m_error;
+    SConsole& m_console;
     std::size_t m_fileCount;
-    bool m_isWanted;
     bool m_isShown = false;
+    bool m_hasGivenWay = false;
     unsigned m_calls = 0;
     Clock::time_point m_next;
 };

@@ -7,6 +7,7 @@
 #include "protocol/type_codes.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace ruvo {
 
@@ -29,6 +30,7 @@ constexpr std::array<std::string_view, static_cast<std::size_t>(EDayFileFault::L
     "a cell cannot be read",
     "cells without their record",
     "a value's type or size is not known",
+    "the record is torn: another one begins within it",
     "the file cannot be read further",
 };
 static_assert(!kFaultTexts.back().empty(), "one text per fault");
@@ -71,11 +73,24 @@ bool SkipCounted(CByteCursor& cursor) {
     return cursor.TakeByte(length) && Skip(cursor, length);
 }
 
+/// True when the bytes begin with the length and data that the value is written with; null is written
+/// without data. A type that takes any size may not keep the data of all of them.
+bool IsStoredThere(const CParlaneData* value, Bytes bytes) {
+    std::array<std::uint8_t, kMaxStoredData> data;
+    std::uint32_t typeCode = 0;
+    std::size_t size = 0;
+    if (value != nullptr) {
+        value->GetWireBytes(data, typeCode, size);
+    }
+    return size <= data.size() && 2 + size <= bytes.size() && bytes[1] == size &&
+           std::ranges::equal(bytes.subspan(2, size), Bytes(data).first(size));
+}
+
 /// Steps through a first block's body (from the unique id on) that a record was read from, to see what the
 /// record does not tell: what is left over, and where values were that it could not take.
 class CBodyWalk {
 public:
-    CBodyWalk(Bytes body, bool isExtended) : m_size(body.size()), m_cursor(body) {
+    CBodyWalk(Bytes body, bool isExtended) : m_body(body), m_cursor(body) {
         const bool throughEvent = Skip(m_cursor, kUniqueIdSize + 2 + kTimeStampSize + 1) &&
                                   SkipCounted(m_cursor) && SkipCounted(m_cursor) && SkipTexts(3) &&
                                   Skip(m_cursor, 2) && SkipTexts(1) && TakeValue() && SkipTexts(1);
@@ -84,7 +99,13 @@ public:
     }
 
     std::size_t LeftOver() const { return m_cursor.Remaining(); }
-    const std::optional<SByteRange>& UnknownValues() const { return m_unknown; }
+    const std::vector<std::size_t>& UnknownAt() const { return m_unknownAt; }
+    /// From the first value that is not understood to the end of the last.
+    std::optional<SByteRange> UnknownRange() const {
+        return m_unknownAt.empty()
+                   ? std::nullopt
+                   : std::optional(SByteRange{m_unknownAt.front(), m_unknownEnd - m_unknownAt.front()});
+    }
 
 private:
     bool SkipTexts(int count) {
@@ -97,21 +118,24 @@ private:
 
     /// A value is understood when it holds every byte that stands there.
     bool TakeValue() {
-        const std::size_t start = m_size - m_cursor.Remaining();
+        const std::size_t start = Position();
         std::unique_ptr<CParlaneData> value;
         if (!CDataFactory::TakeTagged(m_cursor, value)) {
             return false;
         }
-        if (value == nullptr || start + 2 + value->GetSize() != m_size - m_cursor.Remaining()) {
-            const std::size_t first = m_unknown ? m_unknown->offset : start;
-            m_unknown = SByteRange{first, m_size - m_cursor.Remaining() - first};
+        if (value == nullptr || !IsStoredThere(value.get(), m_body.subspan(start))) {
+            m_unknownAt.push_back(start);
+            m_unknownEnd = Position();
         }
         return true;
     }
 
-    std::size_t m_size;
+    std::size_t Position() const { return m_body.size() - m_cursor.Remaining(); }
+
+    Bytes m_body;
     CByteCursor m_cursor;
-    std::optional<SByteRange> m_unknown;
+    std::vector<std::size_t> m_unknownAt;
+    std::size_t m_unknownEnd = 0;
 };
 
 /// What the record's constructor reported, as a fault; none when the record is sound.
@@ -135,13 +159,39 @@ std::optional<EDayFileFault> FaultOf(const CEventRecord& record, const CErrorLis
 }
 
 bool HasNullValue(const CSimpleEventRecord& record) {
-    const auto isNull = [](const auto& value) { return value == nullptr; };
-    return record.GetEventValue() == nullptr || std::ranges::any_of(record.GetValues(), isNull);
+    return record.GetEventValue() == nullptr ||
+           std::count(record.GetValues().begin(), record.GetValues().end(), nullptr) > 0;
+}
+
+/// True when the record that was read from the body holds every byte of its values, which stand at the end.
+bool HoldsAllValues(const CSimpleEventRecord& record, Bytes body) {
+    if (HasNullValue(record) || record.GetBlockSize() != body.size() + 1) {
+        return false;
+    }
+    const CParlaneDataList& values = record.GetValues();
+    std::size_t at = body.size();
+    for (auto value = values.rbegin(); value != values.rend(); ++value) {
+        at -= StoredValueSize(value->get());
+        if (!IsStoredThere(value->get(), body.subspan(at))) {
+            return false;
+        }
+    }
+    at -= StoredTextSize(record.GetFormatText()) + StoredValueSize(record.GetEventValue());
+    return IsStoredThere(record.GetEventValue(), body.subspan(at));
+}
+
+/// The body with a type that nobody knows in place of the types at those places.
+std::vector<std::uint8_t> WithoutTypes(Bytes body, const std::vector<std::size_t>& places) {
+    std::vector<std::uint8_t> changed(body.begin(), body.end());
+    for (const std::size_t at : places) {
+        changed[at] = 0;
+    }
+    return changed;
 }
 
 /// Takes over what the walk over the first block saw; offsets then count from the block's tag.
 void NoteUnknown(const CBodyWalk& walk, SParsedRecord& parsed) {
-    parsed.unknownValues = walk.UnknownValues();
+    parsed.unknownValues = walk.UnknownRange();
     if (parsed.unknownValues) {
         parsed.unknownValues->offset += kBlockHeadSize + 1;
     }
@@ -154,30 +204,34 @@ std::optional<EDayFileFault> ReadSimple(Bytes body, SParsedRecord& parsed) {
         return fault;
     }
     // Nearly all records are as they were written; only the others are worth a second look.
-    if (HasNullValue(*record) || record->GetBlockSize() != body.size() + 1) {
-        NoteUnknown(CBodyWalk(body, false), parsed);
+    if (!HoldsAllValues(*record, body)) {
+        const CBodyWalk walk(body, false);
+        NoteUnknown(walk, parsed);
+        record = std::make_unique<CSimpleEventRecord>(WithoutTypes(body, walk.UnknownAt()), errors);
     }
     parsed.isFirstBlockSound = true;
     parsed.record = std::move(record);
     return std::nullopt;
 }
 
-/// False when the cells have no place for all that stands there (names of bits that they do not have, data of
-/// a type without data), or are of a kind that is never stored: their type codes are not those written.
-bool HoldsAllBytes(const CCellList& cells, std::size_t size) {
-    std::size_t held = 0;
+/// False when the cells do not hold all that stands there (names of bits that they do not have, data that
+/// their type does not keep), or are of a kind that is never stored: their type codes are not those written.
+bool HoldsAllBytes(const CCellList& cells, Bytes body) {
+    std::size_t at = 0;
     for (const auto& cell : cells) {
-        if (cell->GetKind() == ECellKind::Indexed) {
+        at += StoredTextSize(cell->GetLabelTemplate());
+        if (cell->GetKind() == ECellKind::Indexed || at > body.size() ||
+            !IsStoredThere(cell->GetValue(), body.subspan(at))) {
             return false;
         }
-        held += StoredTextSize(cell->GetLabelTemplate()) + StoredValueSize(cell->GetValue()) + 1;
+        at += StoredValueSize(cell->GetValue()) + 1;
         if (cell->GetKind() == ECellKind::Binary) {
             for (const std::string& name : static_cast<const CBinaryCell&>(*cell).GetBitNames()) {
-                held += StoredTextSize(name);
+                at += StoredTextSize(name);
             }
         }
     }
-    return held == size;
+    return at == body.size();
 }
 
 std::optional<EDayFileFault> ReadCells(CByteCursor& cursor, CExtendedEventRecord& record,
@@ -203,7 +257,7 @@ std::optional<EDayFileFault> ReadCells(CByteCursor& cursor, CExtendedEventRecord
     if (const auto unread = FaultOf(record, errors)) {
         return unread;
     }
-    if (!HoldsAllBytes(record.GetCells(), block.body.size() - kUniqueIdSize)) {
+    if (!HoldsAllBytes(record.GetCells(), block.body.subspan(kUniqueIdSize))) {
         return EDayFileFault::BadCell;
     }
     parsed.size += block.Size();
@@ -222,6 +276,10 @@ std::optional<EDayFileFault> ReadExtended(std::uint8_t recordNumber, Bytes body,
         return EDayFileFault::BytesLeftOver;
     }
     parsed.isFirstBlockSound = true;
+    if (!walk.UnknownAt().empty()) {
+        record = std::make_unique<CExtendedEventRecord>(recordNumber, WithoutTypes(body, walk.UnknownAt()),
+                                                        errors);
+    }
     if (const auto fault = ReadCells(rest, *record, parsed)) {
         return fault;
     }
@@ -299,13 +357,17 @@ SParsedRecord ParseDayFileRecord(std::span<const std::uint8_t> bytes) {
     return parsed;
 }
 
-bool LooksLikeRecord(std::span<const std::uint8_t> bytes) {
+bool LooksLikeBlock(std::span<const std::uint8_t> bytes) {
     const std::size_t size = ClaimedSize(bytes);
-    if (size < kBlockHeadSize + kMinBodySize || size > bytes.size() || bytes[0] != 0 ||
-        !HasTimeStampHead(bytes)) {
+    return size >= kBlockHeadSize + kMinBodySize && size <= bytes.size() && bytes[0] == 0 &&
+           HasTimeStampHead(bytes);
+}
+
+bool LooksLikeRecord(std::span<const std::uint8_t> bytes) {
+    if (!LooksLikeBlock(bytes)) {
         return false;
     }
-    const Bytes behind = bytes.subspan(size);
+    const Bytes behind = bytes.subspan(ClaimedSize(bytes));
     const bool isExtended = bytes[kBlockHeadSize] != 0;
     if (isExtended) {
         return !behind.empty() && behind[0] == static_cast<std::uint8_t>(EBlockTag::Cells);

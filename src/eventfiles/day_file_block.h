@@ -31,6 +31,7 @@ enum class EDayFileFault : std::uint8_t {
     BadCell,
     CellsAlone,
     UnknownValue,
+    RecordWithin,
     ReadFailed,
     Last = ReadFailed,
 };
@@ -56,12 +57,17 @@ struct SParsedRecord {
     bool isFirstBlockSound = false;
     EDayFileFault fault = EDayFileFault::NoBlock;
     /// From the first to the last value of a type or size that nobody knows. The record holds no value there.
+    /// A value counts as known only where writing it again gives the bytes that stand there.
     std::optional<SByteRange> unknownValues;
 };
 
 /// Parses the record at the start of the bytes, which hold kMaxRecordImage bytes or all that the file has
 /// left.
 [[nodiscard]] SParsedRecord ParseDayFileRecord(std::span<const std::uint8_t> bytes);
+
+/// True when the bytes begin like a record's first block. Looks at a few bytes only; every sound block
+/// passes.
+[[nodiscard]] bool LooksLikeBlock(std::span<const std::uint8_t> bytes);
 
 /// True when the bytes begin like a record, and behind its first block like what may stand there. Looks at a
 /// few bytes at fixed places only; every sound record passes.

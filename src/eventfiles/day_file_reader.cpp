@@ -2,13 +2,14 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace ruvo {
 
 namespace {
 
-/// A record and the block behind it are looked at together.
-constexpr std::size_t kWindowSize = kMaxRecordImage + kBlockHeadSize + kMaxBlockSize;
+/// A record, one that begins within it, and the block behind that are looked at together.
+constexpr std::size_t kWindowSize = 2 * kMaxRecordImage + kBlockHeadSize + kMaxBlockSize;
 constexpr std::size_t kBufferSize = std::size_t{1024} * 1024;
 static_assert(kBufferSize > 2 * kWindowSize && kWindowSize > kMaxHeaderSize);
 
@@ -60,13 +61,17 @@ bool CDayFileReader::TakeHeader(SDayFileItem& item) {
 
 void CDayFileReader::TakeRecord(SDayFileItem& item) {
     const Bytes window = Window();
-    SParsedRecord parsed = Parse(window);
-    // Values of no known type may be what a wrong length made of other bytes: the record then needs a
-    // witness.
-    const bool isSound = parsed.record != nullptr && (!parsed.unknownValues || parsed.size == window.size() ||
-                                                      Parse(window.subspan(parsed.size)).isFirstBlockSound);
-    if (!isSound) {
-        SkipDamage(parsed.record ? EDayFileFault::UnknownValue : parsed.fault, 1, item);
+    SParsedRecord parsed = std::exchange(m_at.ahead, {});
+    if (parsed.record == nullptr) {
+        parsed = Parse(window);
+    }
+    if (parsed.record == nullptr) {
+        SkipDamage(parsed.fault, 1, item);
+        return;
+    }
+    const Bytes behind = window.subspan(parsed.size);
+    SParsedRecord ahead = LooksLikeBlock(behind) ? Parse(behind) : SParsedRecord{};
+    if (!behind.empty() && !ahead.isFirstBlockSound && SkipDoubtful(parsed, item)) {
         return;
     }
     if (parsed.unknownValues) {
@@ -76,13 +81,48 @@ void CDayFileReader::TakeRecord(SDayFileItem& item) {
     item.record = std::move(parsed.record);
     item.isExtended = parsed.isExtended;
     Advance(parsed.size);
+    // In a sound file each record is the witness of the one before: it is parsed once for both.
+    m_at.ahead = std::move(ahead);
+}
+
+/// For a record without a witness behind it: true when it has to be damage, which is then reported.
+bool CDayFileReader::SkipDoubtful(const SParsedRecord& parsed, SDayFileItem& item) {
+    // Values of no known type may be what a wrong length made of other bytes.
+    if (parsed.unknownValues) {
+        SkipDamage(EDayFileFault::UnknownValue, 1, item);
+        return true;
+    }
+    const std::size_t swallowed = FindSwallowed(parsed.size);
+    if (swallowed > 0) {
+        SkipDamage(EDayFileFault::RecordWithin, swallowed, item);
+    }
+    return swallowed > 0;
+}
+
+/// A torn record with others behind it is as long as it says only by the first bytes of those. Gives where
+/// they begin within the next `size` bytes, so that they lead, back to back, past the end of those; 0 for
+/// nowhere.
+std::size_t CDayFileReader::FindSwallowed(std::size_t size) {
+    const Bytes window = Window();
+    for (std::size_t at = 1; at < size; ++at) {
+        std::size_t end = at;
+        std::size_t step = 1;
+        while (end < size && step > 0) {
+            step = ResumableSize(window.subspan(end));
+            end += step;
+        }
+        if (end > size) {
+            return at;
+        }
+    }
+    return 0;
 }
 
 /// Moves to where reading can go on, at least `known` bytes ahead, or to the end.
 void CDayFileReader::SkipDamage(EDayFileFault fault, std::size_t known, SDayFileItem& item) {
     const std::uint64_t start = m_at.offset;
     Advance(known);
-    while (!Window().empty() && !CanResume()) {
+    while (!Window().empty() && ResumableSize(Window()) == 0) {
         Advance(1);
     }
     item.offset = start;
@@ -99,19 +139,20 @@ SParsedRecord CDayFileReader::Parse(Bytes bytes) {
     return ParseDayFileRecord(bytes);
 }
 
-/// A record alone could be chance, bytes inside a value that look like one. Its witness is the end of the
-/// file or a sound block behind its first one; an extended record brings that block along.
-bool CDayFileReader::CanResume() {
-    const Bytes window = Window();
-    if (!LooksLikeRecord(window)) {
-        return false;
+/// Size of the record at the start of the bytes if reading can go on there, else 0. A record alone could be
+/// chance, bytes inside a value that look like one. Its witness is the end of the file or a sound block
+/// behind its first one; an extended record brings that block along.
+std::size_t CDayFileReader::ResumableSize(Bytes bytes) {
+    if (!LooksLikeRecord(bytes)) {
+        return 0;
     }
-    const SParsedRecord parsed = Parse(window);
+    const SParsedRecord parsed = Parse(bytes);
     if (parsed.record == nullptr) {
-        return false;
+        return 0;
     }
-    return parsed.isExtended || parsed.size == window.size() ||
-           Parse(window.subspan(parsed.size)).isFirstBlockSound;
+    const bool hasWitness = parsed.isExtended || parsed.size == bytes.size() ||
+                            Parse(bytes.subspan(parsed.size)).isFirstBlockSound;
+    return hasWitness ? parsed.size : 0;
 }
 
 /// What could not be read is no part of the file's bytes: the report has no length.

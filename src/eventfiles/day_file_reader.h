@@ -52,7 +52,9 @@ private:
     void TakeRecord(SDayFileItem& item);
     void SkipDamage(EDayFileFault fault, std::size_t known, SDayFileItem& item);
     [[nodiscard]] SParsedRecord Parse(Bytes bytes);
-    [[nodiscard]] bool CanResume();
+    [[nodiscard]] bool SkipDoubtful(const SParsedRecord& parsed, SDayFileItem& item);
+    [[nodiscard]] std::size_t FindSwallowed(std::size_t size);
+    [[nodiscard]] std::size_t ResumableSize(Bytes bytes);
     [[nodiscard]] bool ReportReadFailure(SDayFileItem& item);
 
     /// The bytes from the position on: as many as a decision may need, or all that the file has left.
@@ -69,6 +71,7 @@ private:
         bool readFailed = false;
         bool headerTaken = false;
         std::uint64_t parseBudget = 0; ///< bytes that may still be parsed, see Parse
+        SParsedRecord ahead;           ///< the record at the position when it has been parsed already
     };
 
     CFile m_file;

@@ -42,10 +42,13 @@ bool AlignReal(SRealCheck& check, CErrorList& errors) {
     if (!(check.step > 0)) {
         return true;
     }
-    // Decimal steps have no exact binary form: a quotient that is whole but for rounding is aligned.
+    // Decimal steps have no exact binary form: a quotient that is whole but for the rounding of value,
+    // minimum and step is aligned. No rounding may excuse half a step.
+    constexpr double kMostExcused = 0.25;
     const double steps = (check.value - check.minimum) / check.step;
-    const double nearest = std::round(steps);
-    if (std::fabs(steps - nearest) <= check.tolerance * std::max(std::fabs(nearest), 1.0)) {
+    const double size = (std::fabs(check.value) + std::fabs(check.minimum)) / check.step;
+    const double excused = std::min(2 * check.error * size, kMostExcused);
+    if (std::isinf(steps) || std::fabs(steps - std::round(steps)) <= excused) {
         return true;
     }
     ReportFinding(errors, ECellMessage::ValueNotAligned, RealNumberText(check.value),

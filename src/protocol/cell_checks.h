@@ -47,8 +47,8 @@ struct SRealCheck {
     double value;
     double minimum;
     double maximum;
-    double step;      ///< alignment is tested where it is above 0
-    double tolerance; ///< how far from a whole number of steps still is one, relative to that number
+    double step;  ///< alignment is tested where it is above 0
+    double error; ///< how far each of them may be from what was meant, relative to itself
 };
 bool CheckReals(SRealCheck& check, CErrorList& errors);
 

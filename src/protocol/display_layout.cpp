@@ -73,8 +73,11 @@ void CDisplayLayout::Put(char c) {
     line[m_column++] = c;
 }
 
+/// Padding goes to the line's end and takes the cursor along; where it adds nothing, the cursor stays.
 void CDisplayLayout::PadToLength(std::size_t length) {
-    m_column = std::max(m_column, Line().size());
+    if (Line().size() < length) {
+        m_column = std::max(m_column, Line().size());
+    }
     while (Line().size() < length) {
         const std::size_t before = Line().size();
         Put(' ');
@@ -85,10 +88,9 @@ void CDisplayLayout::PadToLength(std::size_t length) {
 }
 
 void CDisplayLayout::PadToMultiple(std::size_t columns) {
-    // A blank beyond the line's end may itself pass the multiple that was next.
-    m_column = std::max(m_column, Line().size());
     if (Line().size() % columns != 0) {
-        PadToLength(NextMultiple(m_column + 1, columns));
+        // A blank beyond the line's end may itself pass the multiple that was next.
+        PadToLength(NextMultiple(std::max(m_column, Line().size()) + 1, columns));
     }
 }
 

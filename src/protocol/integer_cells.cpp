@@ -2,12 +2,26 @@
 
 #include "protocol/cell_checks.h"
 
+#include <algorithm>
+
 namespace ruvo {
 namespace {
 
 bool IsWithin(std::int64_t value, const std::optional<CParlaneUint>& minimum,
               const std::optional<CParlaneUint>& maximum) {
     return !minimum || !maximum || (minimum->GetValue() <= value && value <= maximum->GetValue());
+}
+
+/// A corrected number as its value's wire size can hold it: a limit may be wider than the value. Anything
+/// else is left as it is.
+std::uint32_t Unsigned(std::int64_t corrected, std::uint32_t value, std::size_t size) {
+    const std::int64_t greatest = (std::int64_t{1} << (8 * std::min<std::size_t>(size, 4))) - 1;
+    return corrected == value ? value : static_cast<std::uint32_t>(std::min(corrected, greatest));
+}
+
+std::int32_t Signed(std::int64_t corrected, std::int32_t value, std::size_t size) {
+    const std::int64_t half = std::int64_t{1} << (8 * std::clamp<std::size_t>(size, 1, 4) - 1);
+    return corrected == value ? value : static_cast<std::int32_t>(std::clamp(corrected, -half, half - 1));
 }
 
 } // namespace
@@ -23,8 +37,8 @@ bool CUIntCell::Validate(CErrorList& errors) {
     }
     SIntegerCheck check{m_value.GetValue(), m_minimum->GetValue(), m_maximum->GetValue(), m_step->GetValue()};
     const bool sound = CheckIntegers(check, errors);
-    m_value.SetValue(static_cast<std::uint32_t>(check.value));
-    m_maximum->SetValue(static_cast<std::uint32_t>(check.maximum));
+    m_value.SetValue(Unsigned(check.value, m_value.GetValue(), m_value.GetSize()));
+    m_maximum->SetValue(Unsigned(check.maximum, m_maximum->GetValue(), m_maximum->GetSize()));
     return sound;
 }
 
@@ -43,8 +57,8 @@ bool CIntCell::Validate(CErrorList& errors) {
     }
     SIntegerCheck check{m_value.GetValue(), m_minimum->GetValue(), m_maximum->GetValue(), m_step->GetValue()};
     const bool sound = CheckIntegers(check, errors);
-    m_value.SetValue(static_cast<std::int32_t>(check.value));
-    m_maximum->SetValue(static_cast<std::int32_t>(check.maximum));
+    m_value.SetValue(Signed(check.value, m_value.GetValue(), m_value.GetSize()));
+    m_maximum->SetValue(Signed(check.maximum, m_maximum->GetValue(), m_maximum->GetSize()));
     return sound;
 }
 
@@ -59,8 +73,9 @@ bool CIndexedCell::Validate(CErrorList& errors) {
     }
     SIntegerCheck check{m_value.GetIndex(), m_minimum->GetValue(), m_maximum->GetValue(), m_step->GetValue()};
     const bool sound = CheckIntegers(check, errors);
-    m_value.SetIndex(static_cast<std::uint16_t>(check.value));
-    m_maximum->SetValue(static_cast<std::uint32_t>(check.maximum));
+    const std::size_t size = std::min(m_value.GetSize(), sizeof(std::uint16_t));
+    m_value.SetIndex(static_cast<std::uint16_t>(Unsigned(check.value, m_value.GetIndex(), size)));
+    m_maximum->SetValue(Unsigned(check.maximum, m_maximum->GetValue(), m_maximum->GetSize()));
     return sound;
 }
 

@@ -5,9 +5,9 @@
 namespace ruvo {
 namespace {
 
-/// Steps of a decimal number are exact to its nine digits, those of a single to its seven.
-constexpr double kNumberTolerance = 1e-9;
-constexpr double kSingleTolerance = 1e-6;
+/// A decimal number is the nearest double, or the product of two; a Float value the nearest single.
+constexpr double kNumberError = 0x1p-51;
+constexpr double kSingleError = 0x1p-24;
 
 CParlaneNumber Scaled(const CParlaneInt& value, const CParlaneNumber& scale) {
     CParlaneNumber number(scale);
@@ -18,6 +18,40 @@ CParlaneNumber Scaled(const CParlaneInt& value, const CParlaneNumber& scale) {
 std::optional<CParlaneNumber> ScaledLimit(const CParlaneData* limit, const CParlaneNumber& scale) {
     const std::optional<CParlaneInt> value = CopyAs<CParlaneInt>(limit);
     return value ? std::optional(Scaled(*value, scale)) : std::nullopt;
+}
+
+/// Makes the number equal to a limit. Setting it would round its digits anew and might leave the limit
+/// behind.
+void TakeLimit(CParlaneNumber& number, const CParlaneNumber& limit) {
+    if (number.GetForm() != limit.GetForm()) {
+        number.SetValue(limit.GetValue());
+        return;
+    }
+    const std::uint8_t unit = number.GetUnit();
+    number = limit;
+    number.SetUnit(unit);
+}
+
+void TakeLimit(CParlaneFloat& number, const CParlaneFloat& limit) {
+    number = limit;
+}
+
+/// Carries over what a check corrected, and nothing else. A maximum is only ever corrected to the minimum.
+template <class T, class TNative>
+void TakeCorrections(const SRealCheck& check, const T& minimum, T& maximum, T& value) {
+    if (check.maximum != maximum.GetFloat()) {
+        TakeLimit(maximum, minimum);
+    }
+    if (check.value == value.GetFloat()) {
+        return;
+    }
+    if (check.value == check.minimum) {
+        TakeLimit(value, minimum);
+    } else if (check.value == check.maximum) {
+        TakeLimit(value, maximum);
+    } else {
+        value.SetValue(static_cast<TNative>(check.value));
+    }
 }
 
 } // namespace
@@ -53,15 +87,9 @@ bool CNumericCell::Validate(CErrorList& errors) {
         return true;
     }
     SRealCheck check{m_value.GetValue(), m_minimum->GetValue(), m_maximum->GetValue(), m_step->GetValue(),
-                     kNumberTolerance};
+                     kNumberError};
     const bool sound = CheckReals(check, errors);
-    // Setting a number rounds its digits anew, so only what was corrected is set.
-    if (check.value != m_value.GetValue()) {
-        m_value.SetValue(check.value);
-    }
-    if (check.maximum != m_maximum->GetValue()) {
-        m_maximum->SetValue(check.maximum);
-    }
+    TakeCorrections<CParlaneNumber, double>(check, *m_minimum, *m_maximum, m_value);
     return sound;
 }
 
@@ -79,14 +107,9 @@ bool CFloatCell::Validate(CErrorList& errors) {
         return true;
     }
     SRealCheck check{m_value.GetFloat(), m_minimum->GetFloat(), m_maximum->GetFloat(), m_step->GetFloat(),
-                     kSingleTolerance};
+                     kSingleError};
     const bool sound = CheckReals(check, errors);
-    if (check.value != m_value.GetFloat()) {
-        m_value.SetValue(static_cast<float>(check.value));
-    }
-    if (check.maximum != m_maximum->GetFloat()) {
-        m_maximum->SetValue(static_cast<float>(check.maximum));
-    }
+    TakeCorrections<CParlaneFloat, float>(check, *m_minimum, *m_maximum, m_value);
     return sound;
 }
 

@@ -118,6 +118,34 @@ TEST(DayFileReader, FileCutAtEveryByte) {
     }
 }
 
+// A later run's records stand behind the torn one, and their first bytes complete it as its lengths say.
+TEST(DayFileReader, RecordTornAtEveryByteBeforeSoundOnes) {
+    const CScratchFolder folder;
+    const std::string text(46, '\'');
+    const std::string cells = kFirst + " [01 02000000 ";
+    const std::pair<const char*, SImage> kTorn[] = {
+        {"ends in a text", kPlain},
+        {"ends in a long text", Make(kEvent + "'Start FF00 '" + text + " ]")},
+        {"ends in a Text value", kSimple},
+        {"ends in an Int", Make(kEvent + "'Trip FF00 '%d 28020500 ]")},
+        {"ends in bit names", Make(cells + "'Outputs 200105 02 'Start 'Trip ]")},
+        {"ends in a text cell", Make(cells + "'Phase 1803414243 00 ]")},
+    };
+    for (const auto& [name, torn] : kTorn)
+        for (const auto& [first, second] : {std::pair(&kPlain, &kSimple), std::pair(&kExtended, &kPlain)})
+            for (std::size_t cut = 1; cut < torn.bytes.size(); ++cut) {
+                SCOPED_TRACE(testing::Message() << name << ", cut at " << cut);
+                const std::size_t next = kHeader.size() + cut;
+                const SRead read =
+                    ReadBack(folder, kHeader + torn.bytes.substr(0, cut) + first->bytes + second->bytes);
+                EXPECT_EQ(read.images,
+                          (Images{{next, first->bytes}, {next + first->bytes.size(), second->bytes}}));
+                ASSERT_EQ(read.damage.size(), 1U);
+                EXPECT_EQ(read.damage[0].offset, kHeader.size());
+                EXPECT_EQ(read.damage[0].length, cut);
+            }
+}
+
 // A change may turn a record into another one that is sound in itself (a text that ends at a later value, a
 // type that suits the same bytes); that it then is such a record, written again byte for byte, is all one can
 // ask.
@@ -158,6 +186,8 @@ TEST(DayFileReader, DamageIsToldOnceAndReadingGoesOnAtASoundRecordWithAWitness) 
     const std::string lenient =
         Make("[00 0000000000 3C07D2040304100B1A 41 'ab 02 0005 ' ' ' 2003 ' FF00 ' ]").bytes;
     const std::string unknown = Make(kEvent + "'Trip 7E020500 ' ]").bytes;
+    const std::string odd = Make(kEvent + "'Trip 2803010203 ' ]").bytes;
+    const std::string oddCell = Make("[01 02000000 'Phase 5003010203 00 ]").bytes;
     const std::string J(100, '\x55');
     struct SCase {
         const char* name;
@@ -186,6 +216,8 @@ TEST(DayFileReader, DamageIsToldOnceAndReadingGoesOnAtASoundRecordWithAWitness) 
         {"cells of another record", {H, F, other, E}, "D1-3 R3 ", CellsOfAnother},
         {"bytes behind the closing text", {H, behind, C, S}, "D1-3 R3 ", BytesLeftOver},
         {"a value of unknown type is left out", {H, unknown, S}, "R1 D- R2 ", UnknownValue},
+        {"a value whose bytes its type does not keep", {H, odd, S}, "R1 D- R2 ", UnknownValue},
+        {"such a value in a cell", {H, F, oddCell, E}, "D1-3 R3 ", BadCell},
         {"such a record without a witness", {H, unknown, J}, "D1-3 ", UnknownValue},
         {"reserved items and a long event code", {H, lenient}, "R1 "},
     };
@@ -209,8 +241,10 @@ TEST(DayFileReader, DamageIsToldOnceAndReadingGoesOnAtASoundRecordWithAWitness) 
         EXPECT_EQ(text, row.want) << row.name;
         EXPECT_EQ(read.damage.empty() ? Last : read.damage[0].fault, row.fault) << row.name;
         if (row.want == "R1 D- R2 ") {
-            EXPECT_EQ(read.damage[0].offset, H.size() + unknown.size() - 5);
-            EXPECT_EQ(read.damage[0].length, 4U);
+            const bool isOdd = row.pieces[1] == odd;
+            EXPECT_EQ(read.damage[0].offset, H.size() + row.pieces[1].size() - (isOdd ? 6 : 5));
+            EXPECT_EQ(read.damage[0].length, isOdd ? 5U : 4U);
+            EXPECT_EQ(read.images.at(H.size()).size(), isOdd ? odd.size() - 3 : unknown.size() - 2);
         }
     }
 }

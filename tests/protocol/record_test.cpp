@@ -228,7 +228,8 @@ TEST(Record, DisplayTexts) {
         {"abc\rX", "abcX", "Xbc"},
         {"a\x19|", "a|", "a\n|"},
         {"ab\r\tX", "ab      X", "ab      X"},
-        {"12345678\r\tX", "12345678X", "12345678X"},
+        {"12345678\r\tX", "12345678X", "X2345678"},
+        {"abcdef\r\x10\x03X", "abcdefX", "Xbcdef"},
         {"a  b \x01", "a b .", "a  b ."},
         {"ab\x14|", "ab|", "ab|"},
     };

@@ -46,7 +46,10 @@ const SCase kCases[] = {
     {23, "UseEthernet=yes\nUseEthernet=0\n", "ini:3: UseEthernet=yes\n"},
     {24, kEthernet, "ini:4: no entry in [RUVO_ETHERNET]\n"},
     {25, "", "ini: no entry, nor a section [RUVO_SERIAL]\n"},
-    {25, "[RUVO_SERIAL]\nRV001=x\n", "ini:4: RV001=x\n"},
+    {25, "[RUVO_SERIAL]\nRV001=x\n", "ini:4: RV001=x\nini:4: warning: RV001: passed over\n"},
+    {0, kSerial + "RV002=\nRV003=07\n[RUVO_MODEM]\nRV004\n",
+     "ini:5: warning: RV002: passed over\nini:6: warning: RV003: passed over\nini:8: warning: RV004: passed "
+     "over\n"},
     {26, "[RUVO_SERIAL]\nRV009=0\nRV002=255\nRV003=5\n", "ini:5: RV002=255\nini:4: RV009=0\n"},
     {27, "[RUVO_GENERAL]\nEventRootDir=C:\\\n" + kSerial, "ini:2: EventRootDir=C:\\\n"},
     {28, kSerial, "ini\n"},
