@@ -1,8 +1,9 @@
 # What every target of ours is compiled with.
 add_library(ruvo_options INTERFACE)
 target_include_directories(ruvo_options INTERFACE ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR})
+# (The resource compiler of Windows builds knows no warnings.)
 target_compile_options(ruvo_options INTERFACE
-    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+    $<$<COMPILE_LANGUAGE:C,CXX>:-Wall;-Wextra;-Wpedantic;-Wconversion;-Wshadow;-Werror>)
 
 # ruvo_room(NAME SOURCES file... USES room...): one static library per room. USES names the rooms that
 # this one may call; a call to any other room then fails at link time.

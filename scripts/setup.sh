@@ -2,6 +2,7 @@
 # Installs what building and testing need on Debian 12, and nothing that is there already.
 #   scripts/setup.sh            what scripts/demo.sh and scripts/test.sh need
 #   scripts/setup.sh checks     the linters, sanitizer runtimes and valgrind as well (scripts/check.sh)
+#   scripts/setup.sh windows    the cross-compilers and the runner of scripts/windows.sh as well
 set -euo pipefail
 
 packages=(g++ cmake ninja-build pkg-config
@@ -15,8 +16,10 @@ packages=(g++ cmake ninja-build pkg-config
 for extra in "$@"; do
     case "$extra" in
     checks) packages+=(clang clang-format clang-tidy cppcheck libclang-rt-14-dev valgrind) ;;
+    windows) packages+=(g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix mingw-w64-tools wine64 libwine
+        libwine-dev) ;;
     *)
-        echo "setup.sh: unknown set '$extra' (known: checks)" >&2
+        echo "setup.sh: unknown set '$extra' (known: checks windows)" >&2
         exit 2
         ;;
     esac

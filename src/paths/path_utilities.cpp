@@ -3,6 +3,8 @@
 #include "platform/files.h"
 #include "platform/modules.h"
 
+#include <algorithm>
+
 namespace ruvo {
 
 namespace {
@@ -13,6 +15,17 @@ constexpr const char* kSeparators = "\\/";
 bool StartsWithDriveRoot(const std::string& path) {
     const bool letter = (path[0] >= 'A' && path[0] <= 'Z') || (path[0] >= 'a' && path[0] <= 'z');
     return letter && path[1] == ':' && path[2] == '\\';
+}
+
+// Where the folders that can be made begin: behind server and share of a network path, which can only be
+// there.
+std::size_t EndOfGivenPart(const std::string& folder) {
+    if (!folder.starts_with("\\\\")) {
+        return 0;
+    }
+    const std::size_t server = folder.find('\\', 2);
+    const std::size_t share = server == std::string::npos ? server : folder.find('\\', server + 1);
+    return std::min(share, folder.size());
 }
 
 } // namespace
@@ -69,7 +82,7 @@ bool CreateDirectoryPath(const std::string& path, std::string& firstCreated) {
         return false;
     }
     bool created = false;
-    for (std::size_t end = 0; end != std::string::npos;) {
+    for (std::size_t end = EndOfGivenPart(folder); end != std::string::npos;) {
         end = folder.find('\\', end + 1);
         const std::string prefix = folder.substr(0, end);
         if (DirectoryExists(prefix)) {

@@ -9,8 +9,8 @@
 #include "platform/modules.h"
 #include "platform/posix/native_path.h"
 #include "platform/registry.h"
-#include "support/scratch_folder.h"
 #include "platform/single_instance.h"
+#include "support/scratch_folder.h"
 
 #include <functional>
 #include <gtest/gtest.h>

@@ -1,0 +1,3 @@
+set(CMAKE_SYSTEM_PROCESSOR AMD64)
+set(RUVO_MINGW x86_64-w64-mingw32)
+include(${CMAKE_CURRENT_LIST_DIR}/mingw.cmake)

@@ -1,0 +1,3 @@
+set(CMAKE_SYSTEM_PROCESSOR x86)
+set(RUVO_MINGW i686-w64-mingw32)
+include(${CMAKE_CURRENT_LIST_DIR}/mingw.cmake)

@@ -1,0 +1,18 @@
+#include "platform/environment.h"
+
+#include "platform/windows/system.h"
+
+namespace ruvo {
+
+std::optional<std::string> EnvironmentValue(const char* name) {
+    std::string value;
+    DWORD size = GetEnvironmentVariableA(name, nullptr, 0); // with the NUL
+    while (size > value.size()) {                           // again when it grew in between
+        value.resize(size);
+        size = GetEnvironmentVariableA(name, value.data(), size);
+    }
+    value.resize(size);
+    return value.empty() ? std::nullopt : std::optional(std::move(value));
+}
+
+} // namespace ruvo

@@ -1,0 +1,305 @@
+#include "platform/files.h"
+
+#include "platform/full_path.h"
+#include "platform/windows/system.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <utility>
+
+namespace ruvo {
+
+namespace {
+
+constexpr DWORD kDiskQuotaExceeded = 1295; // the compiler's header has no name for it
+
+struct SFailureRow {
+    DWORD code;
+    EFileFailure failure;
+};
+constexpr std::array kFailures{SFailureRow{ERROR_FILE_NOT_FOUND, EFileFailure::NotFound},
+                               SFailureRow{ERROR_PATH_NOT_FOUND, EFileFailure::BadPath},
+                               SFailureRow{ERROR_INVALID_DRIVE, EFileFailure::BadPath},
+                               SFailureRow{ERROR_BAD_NETPATH, EFileFailure::BadPath},
+                               SFailureRow{ERROR_BAD_NET_NAME, EFileFailure::BadPath},
+                               SFailureRow{ERROR_INVALID_NAME, EFileFailure::BadPath},
+                               SFailureRow{ERROR_BAD_PATHNAME, EFileFailure::BadPath},
+                               SFailureRow{ERROR_FILENAME_EXCED_RANGE, EFileFailure::BadPath},
+                               SFailureRow{ERROR_DIRECTORY, EFileFailure::BadPath},
+                               SFailureRow{ERROR_TOO_MANY_OPEN_FILES, EFileFailure::TooManyOpenFiles},
+                               SFailureRow{ERROR_NO_SYSTEM_RESOURCES, EFileFailure::TooManyOpenFiles},
+                               SFailureRow{ERROR_ACCESS_DENIED, EFileFailure::AccessDenied},
+                               SFailureRow{ERROR_WRITE_PROTECT, EFileFailure::AccessDenied},
+                               SFailureRow{ERROR_NETWORK_ACCESS_DENIED, EFileFailure::AccessDenied},
+                               SFailureRow{ERROR_CANNOT_MAKE, EFileFailure::AccessDenied},
+                               SFailureRow{ERROR_INVALID_HANDLE, EFileFailure::BadDescriptor},
+                               SFailureRow{ERROR_SHARING_VIOLATION, EFileFailure::SharingViolation},
+                               SFailureRow{ERROR_LOCK_VIOLATION, EFileFailure::SharingViolation},
+                               SFailureRow{ERROR_USER_MAPPED_FILE, EFileFailure::SharingViolation},
+                               SFailureRow{ERROR_DISK_FULL, EFileFailure::DiskFull},
+                               SFailureRow{ERROR_HANDLE_DISK_FULL, EFileFailure::DiskFull},
+                               SFailureRow{kDiskQuotaExceeded, EFileFailure::DiskFull},
+                               SFailureRow{ERROR_FILE_TOO_LARGE, EFileFailure::DiskFull}};
+
+SFileResult Failed(DWORD code) {
+    const auto* const row = std::ranges::find(kFailures, code, &SFailureRow::code);
+    return {row == kFailures.end() ? EFileFailure::Other : row->failure, static_cast<long>(code)};
+}
+
+SFileResult Outcome(BOOL good) {
+    return good != FALSE ? SFileResult{} : Failed(GetLastError());
+}
+
+DWORD Disposition(SOpenMode mode) {
+    if (mode.create) {
+        return mode.truncate ? CREATE_ALWAYS : OPEN_ALWAYS;
+    }
+    return mode.truncate ? TRUNCATE_EXISTING : OPEN_EXISTING;
+}
+
+// One call of the system moves 32 bits' worth at most.
+DWORD CallSize(std::size_t size) {
+    return static_cast<DWORD>(std::min<std::size_t>(size, std::numeric_limits<DWORD>::max()));
+}
+
+// The entries of a folder that a pattern names, one after the other.
+class CSearch {
+public:
+    explicit CSearch(const std::string& pattern) : m_handle(FindFirstFileA(pattern.c_str(), &m_entry)) {}
+    CSearch(const CSearch&) = delete;
+    CSearch& operator=(const CSearch&) = delete;
+    ~CSearch() {
+        if (HasEntry()) {
+            FindClose(m_handle);
+        }
+    }
+
+    bool HasEntry() const { return m_handle != INVALID_HANDLE_VALUE; }
+    const WIN32_FIND_DATAA& Entry() const { return m_entry; }
+    bool Next() { return FindNextFileA(m_handle, &m_entry) != FALSE; }
+
+private:
+    WIN32_FIND_DATAA m_entry = {};
+    HANDLE m_handle;
+};
+
+// Other reparse points (files in the cloud, compacted files) are what they look like.
+bool IsLinkEntry(const WIN32_FIND_DATAA& entry) {
+    return (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
+           (entry.dwReserved0 == IO_REPARSE_TAG_SYMLINK || entry.dwReserved0 == IO_REPARSE_TAG_MOUNT_POINT);
+}
+
+bool IsFolderEntry(const WIN32_FIND_DATAA& entry) {
+    return (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 && !IsLinkEntry(entry);
+}
+
+bool HasWildcard(const std::string& path) {
+    return path.find_first_of("*?") != std::string::npos;
+}
+
+std::string WithSeparator(const std::string& folder) {
+    return folder.ends_with('\\') || folder.ends_with('/') ? folder : folder + "\\";
+}
+
+} // namespace
+
+std::string SystemErrorText(long systemCode) {
+    constexpr DWORD kFlags = FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
+    std::array<char, 1024> buffer{};
+    const DWORD length = FormatMessageA(kFlags, nullptr, static_cast<DWORD>(systemCode), 0, buffer.data(),
+                                        static_cast<DWORD>(buffer.size()), nullptr);
+    const std::string text(buffer.data(), length);
+    const std::size_t last = text.find_last_not_of("\r\n ");
+    return last == std::string::npos ? "System error " + std::to_string(systemCode)
+                                     : text.substr(0, last + 1);
+}
+
+struct CFile::SHandle {
+    HANDLE file = nullptr; // null when closed: every call then fails with "invalid handle"
+};
+
+CFile::CFile() : m_handle(std::make_unique<SHandle>()) {}
+
+CFile::~CFile() {
+    static_cast<void>(Close());
+}
+
+SFileResult CFile::Open(const std::string& path, SOpenMode mode) {
+    static_cast<void>(Close());
+    const DWORD access = (mode.read ? GENERIC_READ : 0) | (mode.write ? GENERIC_WRITE : 0);
+    // Shared, so that others can look at the log and the day files during a run, as on other systems.
+    const HANDLE opened = CreateFileA(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                      Disposition(mode), FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (opened == INVALID_HANDLE_VALUE) {
+        return Failed(GetLastError());
+    }
+    m_handle->file = opened;
+    // Only a file on a disk will do: a pipe or a device gives no end, no length and no position.
+    if (GetFileType(opened) != FILE_TYPE_DISK) {
+        static_cast<void>(Close());
+        return {EFileFailure::Other, ERROR_BAD_DEV_TYPE};
+    }
+    return {};
+}
+
+bool CFile::IsOpen() const {
+    return m_handle->file != nullptr;
+}
+
+SFileResult CFile::GetLength(std::uint64_t& length) {
+    LARGE_INTEGER size = {};
+    const BOOL good = GetFileSizeEx(m_handle->file, &size);
+    length = good != FALSE ? static_cast<std::uint64_t>(size.QuadPart) : 0;
+    return Outcome(good);
+}
+
+SFileResult CFile::Seek(std::int64_t offset, ESeekOrigin origin, std::uint64_t& position) {
+    constexpr std::array<DWORD, 3> kOrigins{FILE_BEGIN, FILE_CURRENT, FILE_END};
+    LARGE_INTEGER distance = {};
+    LARGE_INTEGER reached = {};
+    distance.QuadPart = offset;
+    const BOOL good =
+        SetFilePointerEx(m_handle->file, distance, &reached, kOrigins[static_cast<std::size_t>(origin)]);
+    position = good != FALSE ? static_cast<std::uint64_t>(reached.QuadPart) : 0;
+    return Outcome(good);
+}
+
+SFileResult CFile::Read(std::span<std::uint8_t> buffer, std::size_t& count) {
+    DWORD got = 0;
+    const BOOL good = ReadFile(m_handle->file, buffer.data(), CallSize(buffer.size()), &got, nullptr);
+    count = good != FALSE ? got : 0;
+    return Outcome(good);
+}
+
+SFileResult CFile::Write(std::span<const std::uint8_t> bytes, std::size_t& count) {
+    count = 0;
+    if (!IsOpen()) {
+        return Failed(ERROR_INVALID_HANDLE);
+    }
+    while (count < bytes.size()) {
+        const auto rest = bytes.subspan(count);
+        DWORD put = 0;
+        const BOOL good = WriteFile(m_handle->file, rest.data(), CallSize(rest.size()), &put, nullptr);
+        count += put; // a disk that fills up takes a part
+        if (good == FALSE || put == 0) {
+            return Failed(good == FALSE ? GetLastError() : DWORD{ERROR_WRITE_FAULT});
+        }
+    }
+    return {};
+}
+
+// The position stays, which SetEndOfFile would need to have moved first.
+SFileResult CFile::SetLength(std::uint64_t length) {
+    FILE_END_OF_FILE_INFO end = {};
+    end.EndOfFile.QuadPart = static_cast<LONGLONG>(length);
+    return Outcome(SetFileInformationByHandle(m_handle->file, FileEndOfFileInfo, &end, sizeof end));
+}
+
+SFileResult CFile::FlushToDisk() {
+    const BOOL flushed = FlushFileBuffers(m_handle->file);
+    const DWORD code = flushed != FALSE ? DWORD{ERROR_SUCCESS} : GetLastError();
+    const bool unknownHere = code == ERROR_INVALID_FUNCTION || code == ERROR_NOT_SUPPORTED;
+    return code == ERROR_SUCCESS || unknownHere ? SFileResult{} : Failed(code);
+}
+
+SFileResult CFile::Close() {
+    const HANDLE file = std::exchange(m_handle->file, nullptr);
+    return file == nullptr ? Failed(ERROR_INVALID_HANDLE) : Outcome(CloseHandle(file));
+}
+
+EPathKind GetPathKind(const std::string& path) {
+    const DWORD attributes = GetFileAttributesA(path.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES) {
+        return EPathKind::Missing;
+    }
+    return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? EPathKind::Folder : EPathKind::File;
+}
+
+bool IsLink(const std::string& path) {
+    if (HasWildcard(path)) {
+        return false;
+    }
+    const CSearch search(path);
+    return search.HasEntry() && IsLinkEntry(search.Entry());
+}
+
+std::optional<std::uint64_t> FreeSpace(const std::string& path) {
+    std::string folder = FullPath(path);
+    while (GetPathKind(folder) != EPathKind::Folder && folder.rfind('\\') != std::string::npos) {
+        folder.erase(folder.rfind('\\'));
+    }
+    ULARGE_INTEGER available = {};
+    if (folder.empty() ||
+        GetDiskFreeSpaceExA(WithSeparator(folder).c_str(), &available, nullptr, nullptr) == FALSE) {
+        return std::nullopt;
+    }
+    return available.QuadPart;
+}
+
+// The system wants a separator at the end, without which it would look at the drive's current folder.
+bool IsDriveRoot(const std::string& path) {
+    const UINT type = path.empty() ? UINT{DRIVE_UNKNOWN} : GetDriveTypeA(WithSeparator(path).c_str());
+    return type >= DRIVE_REMOVABLE && type <= DRIVE_RAMDISK;
+}
+
+bool MakeFolder(const std::string& path) {
+    return CreateDirectoryA(path.c_str(), nullptr) != FALSE;
+}
+
+bool RemoveEmptyFolder(const std::string& path) {
+    return RemoveDirectoryA(path.c_str()) != FALSE;
+}
+
+bool RemoveFile(const std::string& path) {
+    return DeleteFileA(path.c_str()) != FALSE;
+}
+
+bool CopyToNewFile(const std::string& source, const std::string& destination) {
+    return CopyFileA(source.c_str(), destination.c_str(), TRUE) != FALSE;
+}
+
+std::string MakeUniqueFile(const std::string& folder, const std::string& prefix) {
+    std::array<char, kMaxPath + 1> path{};
+    return GetTempFileNameA(folder.c_str(), prefix.c_str(), 0, path.data()) != 0 ? path.data()
+                                                                                 : std::string();
+}
+
+void FlushFolder(const std::string& /*folder*/) {} // the file system's own journal keeps the entries
+
+bool ListFolder(const std::string& folder, std::vector<SFolderEntry>& entries) {
+    entries.clear();
+    if (HasWildcard(folder)) {
+        return false;
+    }
+    CSearch search(WithSeparator(folder) + "*");
+    if (!search.HasEntry()) {
+        // The root of an empty drive has not even "." in it.
+        return GetLastError() == ERROR_FILE_NOT_FOUND && GetPathKind(folder) == EPathKind::Folder;
+    }
+    do {
+        const std::string name = search.Entry().cFileName;
+        if (name != "." && name != "..") {
+            entries.push_back({name, IsFolderEntry(search.Entry())});
+        }
+    } while (search.Next());
+    return GetLastError() == ERROR_NO_MORE_FILES;
+}
+
+std::string TemporaryFolder() {
+    std::array<char, kMaxPath + 1> folder{};
+    const DWORD length = GetTempPathA(static_cast<DWORD>(folder.size()), folder.data());
+    return length < kMaxPath ? std::string(folder.data(), length) : std::string();
+}
+
+std::string CurrentFolder() {
+    std::array<char, kMaxPath> folder{};
+    const DWORD length = GetCurrentDirectoryA(kMaxPath, folder.data());
+    return length < kMaxPath ? std::string(folder.data(), length) : std::string();
+}
+
+bool SetCurrentFolder(const std::string& folder) {
+    return SetCurrentDirectoryA(folder.c_str()) != FALSE;
+}
+
+} // namespace ruvo

@@ -1,0 +1,78 @@
+#include "platform/single_instance.h"
+
+#include "platform/windows/system.h"
+
+#include <utility>
+
+namespace ruvo {
+
+namespace {
+
+// Nobody's window of this program has the class yet; a later version's, or a helper's, may.
+void BringForward(const std::string& className) {
+    const HWND found = FindWindowA(className.c_str(), nullptr);
+    if (found == nullptr) {
+        return;
+    }
+    const HWND window = GetLastActivePopup(found);
+    ShowWindow(window, IsIconic(window) != FALSE ? SW_RESTORE : SW_SHOWNA);
+    BringWindowToTop(window);
+    SetForegroundWindow(window);
+}
+
+bool RegisterInstanceClass(const std::string& className) {
+    WNDCLASSA windowClass = {};
+    windowClass.style = CS_DBLCLKS;
+    windowClass.lpfnWndProc = DefWindowProcA;
+    windowClass.hInstance = GetModuleHandleA(nullptr);
+    windowClass.hCursor = LoadCursorA(nullptr, MAKEINTRESOURCEA(32512)); // the standard arrow
+    windowClass.lpszClassName = className.c_str();
+    return RegisterClassA(&windowClass) != 0;
+}
+
+} // namespace
+
+struct CInstanceMarker::SHandle {
+    SHandle() = default;
+    SHandle(const SHandle&) = delete;
+    SHandle& operator=(const SHandle&) = delete;
+    ~SHandle() { Release(); }
+
+    void Release() {
+        if (!className.empty()) {
+            UnregisterClassA(std::exchange(className, {}).c_str(), GetModuleHandleA(nullptr));
+        }
+        if (const HANDLE held = std::exchange(mutex, nullptr)) {
+            CloseHandle(held);
+        }
+    }
+
+    HANDLE mutex = nullptr;
+    std::string className; ///< of the registered class; empty when there is none
+};
+
+CInstanceMarker::CInstanceMarker() : m_handle(std::make_unique<SHandle>()) {}
+
+CInstanceMarker::~CInstanceMarker() = default;
+
+// The mutex is a marker alone: it is never waited for. The system removes it with its last handle.
+EInstanceClaim CInstanceMarker::Claim(const std::string& name) {
+    m_handle->Release();
+    m_handle->mutex = CreateMutexA(nullptr, FALSE, name.c_str());
+    const DWORD code = GetLastError();
+    if (m_handle->mutex == nullptr) {
+        return EInstanceClaim::MarkerFailed;
+    }
+    if (code == ERROR_ALREADY_EXISTS) {
+        m_handle->Release();
+        BringForward(name);
+        return EInstanceClaim::AlreadyRunning;
+    }
+    if (!RegisterInstanceClass(name)) {
+        return EInstanceClaim::WindowClassFailed;
+    }
+    m_handle->className = name;
+    return EInstanceClaim::Claimed;
+}
+
+} // namespace ruvo
