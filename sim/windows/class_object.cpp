@@ -1,0 +1,49 @@
+#include "sim/windows/class_object.h"
+
+#include "sim/windows/complaint.h"
+#include "sim/windows/registration.h"
+#include "sim/windows/server_object.h"
+
+namespace ruvo::sim {
+
+STDMETHODIMP CClassObject::QueryInterface(REFIID id, void** result) {
+    if (result == nullptr) {
+        return E_POINTER;
+    }
+    const bool known = id == IID_IUnknown || id == IID_IClassFactory;
+    *result = known ? static_cast<IClassFactory*>(this) : nullptr;
+    return known ? S_OK : E_NOINTERFACE;
+}
+
+STDMETHODIMP CClassObject::CreateInstance(IUnknown* outer, REFIID id, void** result) {
+    if (result == nullptr) {
+        return E_POINTER;
+    }
+    *result = nullptr;
+    if (outer != nullptr) {
+        return CLASS_E_NOAGGREGATION;
+    }
+    try {
+        std::string refusal;
+        auto connection = ConnectToSubstation(RegisteredSubstation(), refusal);
+        if (!connection) {
+            Complain(refusal);
+            return E_FAIL;
+        }
+        const auto object =
+            CComPointer<CServerObject>::Adopt(new CServerObject(std::move(connection), m_description));
+        return object->QueryInterface(id, result);
+    } catch (const std::bad_alloc&) {
+        return E_OUTOFMEMORY;
+    } catch (...) {
+        return E_UNEXPECTED;
+    }
+}
+
+STDMETHODIMP CClassObject::LockServer(BOOL lock) {
+    CServerLifetime& lifetime = CServerLifetime::Get();
+    lock != FALSE ? lifetime.AddHold() : lifetime.ReleaseHold();
+    return S_OK;
+}
+
+} // namespace ruvo::sim

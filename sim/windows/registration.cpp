@@ -1,0 +1,109 @@
+#include "sim/windows/registration.h"
+
+#include "link/windows/com_owners.h"
+#include "platform/full_path.h"
+#include "platform/modules.h"
+#include "sim/simulated_connection.h"
+#include "sim/substation.h"
+
+#include <cstdio>
+
+namespace ruvo::sim {
+namespace {
+
+constexpr const char* kClassKey = "CLSID\\{9A69E99F-E86F-455D-B971-355C1139963E}";
+constexpr const char* kServerKey = "CLSID\\{9A69E99F-E86F-455D-B971-355C1139963E}\\LocalServer32";
+constexpr const char* kLibraryKey = "CLSID\\{9A69E99F-E86F-455D-B971-355C1139963E}\\TypeLib";
+constexpr const char* kSubstationValue = "Substation";
+constexpr const char* kIdleValue = "IdleSeconds";
+constexpr std::chrono::seconds kIdleLimit(300);
+constexpr DWORD kPathCapacity = 1024;
+
+/// Of the system that the library is registered for.
+constexpr SYSKIND kSystem = sizeof(void*) == 8 ? SYS_WIN64 : SYS_WIN32;
+
+struct SKey {
+    const char* path;
+    const char* name; ///< null: the key's own value
+    std::string text;
+};
+
+std::string Reason(const char* what, unsigned long code) {
+    char text[64];
+    std::snprintf(text, sizeof(text), "%s failed: error %lX", what, code);
+    // Machine-wide keys, as for every server that other programs' users are to find.
+    const bool denied = code == ERROR_ACCESS_DENIED || code == static_cast<unsigned long>(E_ACCESSDENIED) ||
+                        code == static_cast<unsigned long>(TYPE_E_REGISTRYACCESS);
+    return text + std::string(denied ? " (run it as administrator)" : "");
+}
+
+std::string RegisterLibrary() {
+    wchar_t path[kPathCapacity] = {};
+    if (GetModuleFileNameW(nullptr, path, kPathCapacity) == 0) {
+        return Reason("The program's path", GetLastError());
+    }
+    CComPointer<ITypeLib> library;
+    const HRESULT result = LoadTypeLibEx(path, REGKIND_REGISTER, library.Receive());
+    return FAILED(result) ? Reason("Registering the type library", static_cast<unsigned long>(result)) : "";
+}
+
+} // namespace
+
+std::string RegisterServer(const std::string& substation) {
+    const std::string file = FullPath(substation);
+    // Refused here, where somebody reads the reason, and not when a client asks for the server.
+    if (const SLoadedSubstation loaded = LoadSubstation(file); !loaded.substation) {
+        return loaded.error;
+    }
+    if (std::string reason = RegisterLibrary(); !reason.empty()) {
+        return reason;
+    }
+    const SKey keys[] = {
+        {kClassKey, nullptr, "Simulated comms server"},
+        {kServerKey, nullptr, "\"" + ProgramPath() + "\""},
+        {kLibraryKey, nullptr, "{9A69E99D-E86F-455D-B971-355C1139963E}"},
+        {kClassKey, kSubstationValue, file},
+    };
+    for (const SKey& key : keys) {
+        const LSTATUS result = RegSetKeyValueA(HKEY_CLASSES_ROOT, key.path, key.name, REG_SZ,
+                                               key.text.c_str(), static_cast<DWORD>(key.text.size() + 1));
+        if (result != ERROR_SUCCESS) {
+            return Reason("Writing the registry", static_cast<unsigned long>(result));
+        }
+    }
+    return {};
+}
+
+std::string UnregisterServer() {
+    BSTR path = nullptr;
+    const bool registered = SUCCEEDED(QueryPathOfRegTypeLib(LIBID_P32LSLib, 1, 0, LOCALE_NEUTRAL, &path));
+    SysFreeString(path);
+    const HRESULT removed =
+        registered ? UnRegisterTypeLib(LIBID_P32LSLib, 1, 0, LOCALE_NEUTRAL, kSystem) : S_OK;
+    if (FAILED(removed)) {
+        return Reason("Unregistering the type library", static_cast<unsigned long>(removed));
+    }
+    const LSTATUS result = RegDeleteTreeA(HKEY_CLASSES_ROOT, kClassKey);
+    if (result != ERROR_SUCCESS && result != ERROR_FILE_NOT_FOUND) {
+        return Reason("Writing the registry", static_cast<unsigned long>(result));
+    }
+    return {};
+}
+
+std::string RegisteredSubstation() {
+    char path[kPathCapacity] = {};
+    DWORD size = sizeof(path);
+    const LSTATUS result =
+        RegGetValueA(HKEY_CLASSES_ROOT, kClassKey, kSubstationValue, RRF_RT_REG_SZ, nullptr, path, &size);
+    return result == ERROR_SUCCESS ? path : SubstationPath();
+}
+
+std::chrono::seconds RegisteredIdleLimit() {
+    DWORD seconds = 0;
+    DWORD size = sizeof(seconds);
+    const LSTATUS result =
+        RegGetValueA(HKEY_CLASSES_ROOT, kClassKey, kIdleValue, RRF_RT_REG_DWORD, nullptr, &seconds, &size);
+    return result == ERROR_SUCCESS ? std::chrono::seconds(seconds) : kIdleLimit;
+}
+
+} // namespace ruvo::sim

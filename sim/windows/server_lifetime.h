@@ -1,0 +1,49 @@
+// How long the server's process lives: as long as somebody needs it.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+#include <set>
+
+namespace ruvo::sim {
+
+class CSinkFan;
+
+/// One per process. Safe for use by several threads.
+class CServerLifetime {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    static CServerLifetime& Get();
+
+    /// An object, or a client's lock on the class object.
+    void AddHold();
+    void ReleaseHold();
+    /// Around each call of a client.
+    void CallBegins();
+    void CallEnds();
+    /// The sinks of an object that exists; they tell whether its client still lives.
+    void AddFan(CSinkFan& fan);
+    void RemoveFan(CSinkFan& fan);
+
+    /// Waits until nobody has held the process for a while, or until nobody has called it for `idleLimit` and
+    /// no client can be reached: one that died without a word never gives its references back.
+    void WaitUntilUnneeded(Clock::duration idleLimit);
+
+private:
+    bool IsUnneeded(std::unique_lock<std::mutex>& lock, Clock::duration idleLimit);
+    bool IsAnyClientAlive();
+
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::mutex m_fanMutex; ///< apart, since clients are called while it is held
+    std::set<CSinkFan*> m_fans;
+    int m_holds = 0;
+    int m_calls = 0;
+    bool m_wasHeld = false;
+    Clock::time_point m_lastUse = Clock::now();
+};
+
+} // namespace ruvo::sim
