@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Sets up, builds and runs all tests. The last line is the count.
 #   scripts/test.sh [PRESET]        default: release
+# The Windows programs are built and tested too where their tools are installed (scripts/setup.sh windows).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 preset=${1:-release}
@@ -17,6 +18,19 @@ failed=$(grep -oP '[0-9]+(?= tests? failed out of)' "$log" || echo "$total")
 if [ "$total" -eq 0 ] || [ "$failed" -gt 0 ]; then
     cat "$log"
     [ "$total" -gt 0 ] || { echo "test.sh: no test ran" >&2; failed=1; total=1; }
+fi
+
+if [ -x /usr/lib/wine/wine64 ] && command -v i686-w64-mingw32-g++-posix x86_64-w64-mingw32-g++-posix \
+    x86_64-w64-mingw32-widl >/dev/null; then
+    echo "Testing the Windows programs"
+    log=build/windows.log
+    scripts/windows.sh >"$log" 2>&1 || cat "$log"
+    passed=$(tail -1 "$log" | grep -oP '^[0-9]+(?= passed, [0-9]+ failed$)' || echo 0)
+    lost=$(tail -1 "$log" | grep -oP '(?<= passed, )[0-9]+(?= failed$)' || echo 1)
+    total=$((total + passed + lost))
+    failed=$((failed + lost))
+else
+    echo "Windows programs: skipped (scripts/setup.sh windows installs their tools)"
 fi
 
 count() { git ls-files -- "$@" | grep -E '\.(cpp|h|c|idl|rc|def)$' | xargs -r cat | grep -cvE '^\s*$' || true; }

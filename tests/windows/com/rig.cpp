@@ -1,0 +1,110 @@
+#include "rig.h"
+
+#include "platform/modules.h"
+
+#include <filesystem>
+#include <fstream>
+#include <tlhelp32.h>
+
+namespace ruvo::test {
+
+Variant Tagged(std::uint8_t type, Variant::Bytes data) {
+    data.insert(data.begin(), {type, static_cast<std::uint8_t>(data.size())});
+    return Variant::FromBytes(std::move(data));
+}
+
+std::string Folder() {
+    return std::filesystem::temp_directory_path().string() + "com_test_" +
+           std::to_string(GetCurrentProcessId());
+}
+
+void CreateFolder() {
+    std::filesystem::create_directories(Folder());
+}
+
+void RemoveFolder() {
+    std::filesystem::remove_all(Folder());
+}
+
+int RunProgram(std::string commandLine) {
+    constexpr DWORD kPatience = 30000;
+    STARTUPINFOA start = {};
+    start.cb = sizeof(start);
+    PROCESS_INFORMATION process = {};
+    if (CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start,
+                       &process) == 0) {
+        return -1;
+    }
+    DWORD status = static_cast<DWORD>(-1);
+    if (WaitForSingleObject(process.hProcess, kPatience) == WAIT_OBJECT_0) {
+        GetExitCodeProcess(process.hProcess, &status);
+    }
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+    return static_cast<int>(status);
+}
+
+int RunServer(const std::string& arguments) {
+    return RunProgram("\"" + CodeFolder() + "\\p32ls-sim.exe\" " + arguments);
+}
+
+std::vector<DWORD> ServerProcesses() {
+    std::vector<DWORD> found;
+    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+    PROCESSENTRY32 entry = {};
+    entry.dwSize = sizeof(entry);
+    for (BOOL more = Process32First(snapshot, &entry); more != FALSE;
+         more = Process32Next(snapshot, &entry)) {
+        if (_stricmp(entry.szExeFile, "p32ls-sim.exe") == 0) {
+            found.push_back(entry.th32ProcessID);
+        }
+    }
+    CloseHandle(snapshot);
+    return found;
+}
+
+void KillServer() {
+    for (const DWORD id : ServerProcesses()) {
+        const HANDLE process = OpenProcess(PROCESS_TERMINATE, FALSE, id);
+        EXPECT_NE(TerminateProcess(process, 9), FALSE);
+        CloseHandle(process);
+    }
+}
+
+bool AwaitNoServer() {
+    const auto end = std::chrono::steady_clock::now() + 20s;
+    while (!ServerProcesses().empty()) {
+        if (std::chrono::steady_clock::now() > end) {
+            return false;
+        }
+        std::this_thread::sleep_for(50ms);
+    }
+    return true;
+}
+
+const std::string kSubstation = R"(
+[link]
+serial = ["COM1"]
+modems = ["M\u00F6dem"]
+[[relay]]
+serial = 5
+modem = { number = "0123", address = 6 }
+identity = { plant = "Bay 3" }
+[relay.cells]
+"05.02" = { uint = 7, size = 2, label = "Voltage" }
+"05.03" = { uint = 9, size = 1, writable = true, limits = [{ uint = 0, size = 1 }, { uint = 20, size = 1 }] }
+"05.04" = { index = 1, strings = ["Off", { none = true }, { other = true }] }
+"BF.15" = { int = -2, size = 2 }
+[[relay.event]]
+kind = 0
+location = "05.02"
+time = 2026-03-05T14:07:09
+text = "T"
+value = { none = true }
+)";
+
+void Server::Serve(const std::string& toml) {
+    std::ofstream(File(), std::ios::binary) << toml;
+}
+
+} // namespace ruvo::test

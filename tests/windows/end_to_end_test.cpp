@@ -1,0 +1,231 @@
+// The built programs from outside: the same runs as on every system, and what only Windows has: message
+// boxes, the registry, the debugger, other programs that load the library, and a server that is a process of
+// its own.
+#include "e2e/cases.h"
+#include "platform/modules.h"
+#include "platform/single_instance.h"
+#include "windows/checks.h"
+#include "windows/program_run.h"
+
+#include <tlhelp32.h>
+
+namespace ruvo::test {
+
+namespace {
+
+constexpr const char* kSerial = "[RUVO_SERIAL]\nRV001=5\n";
+constexpr const char* kServerProgram = "p32ls-sim.exe";
+constexpr const char* kInstanceName = "RUVO:3B38A5F0-71B0-11d3-9C2B-00600816C2BEHX";
+constexpr const char* kStudioKey = "SOFTWARE\\Halvex\\Norvo Q7 Studio";
+constexpr DWORD kPatience = 60000;
+
+CChecks g_checks;
+
+std::string Plain() {
+    return kLink + Relay("serial = 5", kTrip);
+}
+
+std::string Listed(const std::map<std::string, std::string>& files) {
+    std::string listed;
+    for (const auto& [name, bytes] : files) {
+        listed += name + ": " + bytes + "; ";
+    }
+    return listed;
+}
+
+/// COM finds the server, and the server its substation, by what is registered once.
+void RegisterServer() {
+    const CRunFolder run(Plain(), "", kSerial);
+    const CProcess registration(kServerProgram, "/RegServer " + CRunFolder::Path("substation.toml"));
+    g_checks.Equal(registration.Wait(kPatience), 0, "registering the server");
+}
+
+void CheckSharedCases() {
+    for (const SCase& test : RunCases()) {
+        const CRunFolder run(test.substation, test.general, test.sections);
+        g_checks.Equal(run.Run(), 0, std::string(test.name) + ": exit status");
+        g_checks.Equal(run.Log(), test.log, std::string(test.name) + ": log");
+        g_checks.Equal(Listed(run.Files()), Listed(test.files), std::string(test.name) + ": day files");
+    }
+}
+
+void CheckBox(const std::string& arguments, const std::string& title, const std::string& text,
+              const std::string& about) {
+    const CProcess program("RUVO.exe", arguments);
+    const SBox box = AnswerBox(program, kPatience);
+    g_checks.Equal(box.title, title, about + ": title");
+    g_checks.Equal(box.text, text, about + ": text");
+    g_checks.Equal(program.Wait(kPatience), 0, about + ": exit status");
+}
+
+void CheckOnlyMode() {
+    const CRunFolder run(Plain(), "", kSerial);
+    const std::string ini = CRunFolder::Path("site.ini");
+    const std::string start = "Ruvo\nVersion Number: 1.0.0.0\n\nINI file: " + ini + "\n\n";
+    CheckBox("/t " + ini, "RUVO", start + "Success - No input errors found.\n", "check-only");
+    run.WriteIni("BaudRate=960\n", kSerial);
+    CheckBox("-t " + ini, "RUVO", start + "BaudRate value error.\n", "check-only with an error");
+    g_checks.Expect(run.Files().empty() && run.Log().empty(), "check-only touches nothing");
+}
+
+/// A second instance brings the first one's window forward, logs, and contacts nobody.
+void CheckSecondInstance() {
+    const CRunFolder run(Plain(), "", kSerial);
+    CInstanceMarker first;
+    g_checks.Expect(first.Claim(kInstanceName) == EInstanceClaim::Claimed, "the first instance");
+    const HWND window = CreateWindowA(kInstanceName, "first", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 200,
+                                      100, nullptr, nullptr, GetModuleHandleA(nullptr), nullptr);
+    ShowWindow(window, SW_MINIMIZE);
+    g_checks.Expect(IsIconic(window) != FALSE, "the first instance's window is minimised");
+    g_checks.Equal(run.Run(), 0, "second instance: exit status");
+    g_checks.Equal(run.Log(), "Only one instance can be running at one time.\n", "second instance: log");
+    g_checks.Expect(IsIconic(window) == FALSE, "the first instance's window is restored");
+    g_checks.Expect(run.Files().empty() && !std::filesystem::exists(CRunFolder::Path("trace.txt")),
+                    "second instance: no relay was contacted");
+    DestroyWindow(window);
+}
+
+void SetDestination(HKEY root, const std::string& folder) {
+    RegSetKeyValueA(root, kStudioKey, "Q7SecurityLogs", REG_SZ, folder.c_str(),
+                    static_cast<DWORD>(folder.size() + 1));
+}
+
+void CheckRegistryDestination() {
+    const std::map<std::string, std::string> wanted{{kDay, Header("000001") + Trip()}};
+    {
+        const CRunFolder run(Plain(), "", kSerial);
+        SetDestination(HKEY_CURRENT_USER, CRunFolder::Path("user"));
+        g_checks.Equal(run.Run(), 0, "a destination of the user: exit status");
+        g_checks.Equal(Listed(run.Files("user\\RUVO")), Listed(wanted), "a destination of the user");
+        g_checks.Expect(run.Files().empty(), "a destination of the user replaces the INI file's");
+    }
+    const CRunFolder run(Plain(), "", kSerial);
+    SetDestination(HKEY_CURRENT_USER, "Q:\\none");
+    SetDestination(HKEY_LOCAL_MACHINE, CRunFolder::Path("machine"));
+    CheckBox(CRunFolder::Path("site.ini"), "Information",
+             "Registry entry with destination path for current user is invalid.\n"
+             "Events will be extracted with use of default application settings.\n"
+             "Destination path: " +
+                 CRunFolder::Path("machine"),
+             "an unusable destination of the user");
+    g_checks.Equal(Listed(run.Files("machine\\RUVO")), Listed(wanted), "a destination of the machine");
+    RegDeleteTreeA(HKEY_CURRENT_USER, kStudioKey);
+    RegDeleteTreeA(HKEY_LOCAL_MACHINE, kStudioKey);
+}
+
+void CheckDebuggerLines() {
+    const CRunFolder run(kLink + Relay("serial = 5", kLocked + kTrip), "", kSerial + kPassword);
+    CDebuggerOutput output;
+    const CProcess program("RUVO.exe", CRunFolder::Path("site.ini"));
+    g_checks.Equal(program.Wait(kPatience), 0, "a login: exit status");
+    g_checks.Equal(WithoutTimes(output.Of(program.Id())), kLoginTrace, "a login: what the debugger sees");
+}
+
+/// The entry points, called by another program: this one.
+void CheckLibrary() {
+    const bool decorated = sizeof(void*) == 4;
+    CModule library;
+    g_checks.Expect(library.Load(CodeFolder() + "\\ruvo.dll"), "the library");
+    const auto entry = [&](const std::string& name) {
+        using Function = std::int32_t(__stdcall*)(const char*, const char*);
+        const std::string exported = decorated ? "_" + name + "@8" : name;
+        const auto function = reinterpret_cast<Function>(library.FindEntry(exported.c_str()));
+        g_checks.Expect(function != nullptr, exported);
+        return function;
+    };
+    const auto test = entry("TestConnectionExt");
+    char scrambled[23] = {};
+    char plain[9] = {};
+    // The second argument is what they write to.
+    g_checks.Equal(entry("encrypt")("AbC123", scrambled), 0, "scrambling");
+    g_checks.Equal(entry("decrypt")(scrambled, plain), 0, "turning back");
+    g_checks.Equal(std::string(plain), "AbC123", "the password");
+    const CRunFolder run(kLink + Relay("serial = 5", kLocked + kTrip), "", kSerial + kPassword);
+    const std::string ini = CRunFolder::Path("site.ini");
+    g_checks.Equal(test(ini.c_str(), "rv001"), 0, "the right password");
+    g_checks.Equal(test(ini.c_str(), "RV002"), 3, "no such key");
+    g_checks.Equal(test(CRunFolder::Path("none.ini").c_str(), "RV001"), 2, "no such file");
+    run.WriteIni("", kSerial);
+    g_checks.Equal(test(ini.c_str(), "RV001"), 10, "the password missing");
+}
+
+/// The companion's exit status says what it found.
+void CheckCompanion() {
+    const CRunFolder run(Plain(), "", kSerial);
+    const std::string ini = CRunFolder::Path("site.ini");
+    const auto status = [](const std::string& arguments) {
+        return CProcess("ruvoctl.exe", arguments).Wait(kPatience);
+    };
+    g_checks.Equal(status("check " + ini), 0, "ruvoctl check");
+    g_checks.Equal(status("test " + ini + " RV001"), 0, "ruvoctl test");
+    g_checks.Equal(run.Run(), 0, "a run for the companion: exit status");
+    g_checks.Equal(status("events --format json " + CRunFolder::Path("ev")), 0, "ruvoctl events");
+    run.Write("bad.evt", "no day file");
+    g_checks.Equal(status("events " + CRunFolder::Path("bad.evt")), 1, "ruvoctl events of what is none");
+    run.WriteIni("BaudRate=960\n", kSerial);
+    g_checks.Expect(status("check " + ini) > 0, "ruvoctl check with an error");
+}
+
+/// Ends the server's processes; how many there were.
+int EndServer() {
+    int ended = 0;
+    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+    PROCESSENTRY32 entry = {};
+    entry.dwSize = sizeof entry;
+    for (BOOL more = Process32First(snapshot, &entry); more != FALSE;
+         more = Process32Next(snapshot, &entry)) {
+        if (std::string(entry.szExeFile) == kServerProgram) {
+            const HANDLE process = OpenProcess(PROCESS_TERMINATE, FALSE, entry.th32ProcessID);
+            ended += TerminateProcess(process, 1) != FALSE ? 1 : 0;
+            CloseHandle(process);
+        }
+    }
+    CloseHandle(snapshot);
+    return ended;
+}
+
+/// The server dies in the middle of a request: the run says so, and ends.
+void CheckServerLost() {
+    const CRunFolder run(kLink + Relay("serial = 5", kTrip) +
+                             "[[fault]]\noperation = \"GetEvent\"\ndelay = 30000\n",
+                         "", kSerial);
+    const CProcess program("RUVO.exe", CRunFolder::Path("site.ini"));
+    // The trace tells of a call when it has ended. This is the one before the first event is asked for.
+    const auto isUnderWay = [] {
+        return FileBytes(CRunFolder::Path("trace.txt")).find("GetDeviceStatus") != std::string::npos;
+    };
+    for (int i = 0; i < 400 && !isUnderWay(); ++i) {
+        Sleep(50);
+    }
+    Sleep(500);
+    g_checks.Expect(EndServer() == 1, "the server was there to be ended");
+    g_checks.Equal(program.Wait(20000), 0, "the run ends without its server");
+    g_checks.Expect(run.Log().starts_with("A problem occured during events extraction. " + kSerialDetails),
+                    "the loss is logged: " + run.Log());
+}
+
+} // namespace
+
+int CheckPrograms() {
+    const bool outOfProcess = std::filesystem::exists(CodeFolder() + "\\" + kServerProgram);
+    if (outOfProcess) {
+        RegisterServer();
+    }
+    CheckSharedCases();
+    CheckOnlyMode();
+    CheckSecondInstance();
+    CheckRegistryDestination();
+    CheckDebuggerLines();
+    CheckLibrary();
+    CheckCompanion();
+    if (outOfProcess) {
+        CheckServerLost(); // the last: Wine goes on offering a server that was killed until the session ends
+    }
+    return g_checks.Finish();
+}
+
+} // namespace ruvo::test
+
+int main() {
+    return ruvo::test::CheckPrograms();
+}
