@@ -51,8 +51,9 @@ std::size_t SizeInFile(const CEventRecord& record) {
 /// One visit to one relay.
 class CVisit {
 public:
-    CVisit(std::uint32_t deviceAddress, std::int32_t maxEvents, SExtractionReport& report)
-        : m_deviceAddress(deviceAddress), m_maxEvents(maxEvents), m_report(report) {}
+    CVisit(std::uint32_t deviceAddress, std::int32_t maxEvents, SVisitLimits limits,
+           SExtractionReport& report)
+        : m_deviceAddress(deviceAddress), m_maxEvents(maxEvents), m_limits(limits), m_report(report) {}
 
     void Run(const std::string& eventRoot);
     /// Turns what was gathered along the way into the report's texts, whatever ended the visit.
@@ -72,6 +73,7 @@ private:
 
     std::uint32_t m_deviceAddress;
     std::int32_t m_maxEvents;
+    SVisitLimits m_limits;
     SExtractionReport& m_report;
     std::string m_folder;
     CEventList m_records;
@@ -172,7 +174,7 @@ void CVisit::ReadEvents(CEventConverter& converter) {
 
 /// Ends a visit that would outgrow the memory.
 bool CVisit::MayTakeMore() {
-    if (m_eventsTaken < kMaxEventsPerVisit && m_bytesGathered < kMaxBytesPerVisit) {
+    if (m_eventsTaken < m_limits.events && m_bytesGathered < m_limits.bytes) {
         return true;
     }
     m_notes.push_back("This visit has taken " + Counted(m_eventsTaken, "event") +
@@ -238,9 +240,9 @@ void CVisit::FinishReport() {
 } // namespace
 
 void ExtractEventsToFile(std::uint32_t deviceAddress, const std::string& eventRoot, std::int32_t maxEvents,
-                         SExtractionReport* report) {
+                         SExtractionReport* report, SVisitLimits limits) {
     SExtractionReport ownReport;
-    CVisit visit(deviceAddress, maxEvents, report != nullptr ? *report : ownReport);
+    CVisit visit(deviceAddress, maxEvents, limits, report != nullptr ? *report : ownReport);
     try {
         visit.Run(eventRoot);
     } catch (...) {

@@ -10,11 +10,12 @@
 
 namespace ruvo {
 
-/// A visit takes at most this many events: what is gathered has to fit into memory. The rest waits in the
-/// relay.
-inline constexpr std::size_t kMaxEventsPerVisit = 1'000'000;
-/// The same for their bytes in the file, since a relay chooses how long its records are.
-inline constexpr std::size_t kMaxBytesPerVisit = std::size_t{256} * 1024 * 1024;
+/// What one visit takes at most, since what is gathered has to fit into memory. The rest waits in the relay.
+struct SVisitLimits {
+    std::size_t events = 1'000'000;
+    std::size_t bytes =
+        std::size_t{256} * 1024 * 1024; ///< in the file; a relay chooses how long its records are
+};
 /// With less room on the disk a relay keeps its events.
 inline constexpr std::uint64_t kLeastFreeSpace = std::uint64_t{64} * 1024;
 
@@ -33,6 +34,6 @@ struct SExtractionReport {
 /// below `eventRoot`. `deviceAddress` goes into every record. `maxEvents` ends the visit after so many
 /// records. Throws CStatus when a request was aborted; `report` is complete even then.
 void ExtractEventsToFile(std::uint32_t deviceAddress, const std::string& eventRoot, std::int32_t maxEvents,
-                         SExtractionReport* report = nullptr);
+                         SExtractionReport* report = nullptr, SVisitLimits limits = {});
 
 } // namespace ruvo

@@ -222,6 +222,27 @@ TEST_F(Extraction, ALaterRunAppendsAndKeepsTheHeader) {
     EXPECT_EQ(Day(), first + first.substr(headerSize)) << "numbering starts at 1 again";
 }
 
+TEST_F(Extraction, AnEndlessStreamIsTakenInPieces) {
+    const std::vector<std::string> said{
+        "This visit has taken 3 events; the rest waits in the relay for the next run."};
+    for (const SVisitLimits limits : {SVisitLimits{.events = 3}, SVisitLimits{.bytes = 130}}) {
+        SExtractionReport report;
+        server.events.assign(5, Event(1, {"240107", TextHex("f")}));
+        ExtractEventsToFile(5, folder.Path(), kNoEventLimit, &report, limits);
+        EXPECT_EQ(report.recordsWritten, 3U);
+        EXPECT_EQ(report.problems, said);
+        EXPECT_EQ(server.events.size(), 2U);
+    }
+    server.onCall = [&](SCall& call) -> std::optional<std::int64_t> { // kinds that nobody knows count as well
+        server.events.assign(call.name == "GetEvent" ? 2 : server.events.size(), Event(77, {"240107"}));
+        return std::nullopt;
+    };
+    SExtractionReport report;
+    server.events.push_back(Event(77, {"240107"}));
+    ExtractEventsToFile(5, folder.Path(), kNoEventLimit, &report, {.events = 3});
+    EXPECT_EQ(report.problems.size(), 2U);
+}
+
 TEST_F(Extraction, RequestsThatFailEndTheVisit) {
     const auto prepare = [this] {
         std::filesystem::remove_all(folder.Native("AB12-00001234"));
