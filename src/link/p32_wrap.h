@@ -3,6 +3,7 @@
 
 #include "link/cell_address.h"
 #include "link/command_events.h"
+#include "link/command_mutex.h"
 #include "link/link_status.h"
 #include "link/password_request.h"
 #include "link/server_connection.h"
@@ -183,7 +184,7 @@ private:
     Variant Address() const;
 
     LinkStatus WriteWithSecurityEvents(CellAddress cell, const CParlaneData& value, EWriteSlot slot);
-    using CommandLock = std::lock_guard<std::recursive_timed_mutex>;
+    using CommandLock = std::lock_guard<CCommandMutex>;
     LinkStatus WriteCredential(const CommandLock& held, CellAddress cell, const CParlaneData& value,
                                EWriteSlot slot);
     using StartColumn = EComResult (IP32ls::*)(const Variant& address, const Variant& column,
@@ -237,7 +238,7 @@ private:
     std::mutex m_monitorMutex; ///< the sink reports on other threads while the command ends on its own
     CProgressMonitor* m_monitor = nullptr;
     CCommandEvents m_events;
-    std::recursive_timed_mutex m_commandLock; ///< recursive: callbacks inside a command may use the client
+    CCommandMutex m_commandLock;
     std::atomic<std::uint16_t> m_deviceAddress = 0xFFFF;
     std::atomic<void (*)()> m_disconnectHandler = nullptr;
     std::atomic<bool> m_enteringPassword = false;

@@ -208,6 +208,8 @@ TEST_F(Client, CallsThatDoNotGetThroughAre255) {
     EXPECT_EQ(byte, 7) << "the byte is set by status 0 only";
 }
 
+std::atomic<bool> g_abortSeen; ///< the server has been asked to abort
+
 /// Runs a command that waits and acts on it from this thread once it waits.
 template <class Action>
 LinkStatus WhileWaiting(CScriptedServer& server, CP32Wrap& link, Action action) {
@@ -215,6 +217,7 @@ LinkStatus WhileWaiting(CScriptedServer& server, CP32Wrap& link, Action action) 
     server.completeInside = false;
     server.onCall = [&](SCall& call) -> std::optional<std::int64_t> {
         started = started || call.name == "GetStrings";
+        g_abortSeen = g_abortSeen || call.name == "Abort";
         return std::nullopt;
     };
     LinkStatus status = kLinkGood;
@@ -249,11 +252,13 @@ TEST_F(Client, AbortEndsAWaitingCommand) {
     server.statuses["Abort"] = CScriptedServer::kComFailure;
     EXPECT_EQ(WhileWaiting(server, *link, abort), kLinkComFailure);
     server.statuses["Abort"] = 0;
+    g_abortSeen = false;
     EXPECT_EQ(WhileWaiting(server, *link,
                            [&] {
                                link->RequestAbort();
-                               while (server.calls.back() != "Abort")
-                                   std::this_thread::sleep_for(std::chrono::milliseconds(1));
+                               while (!g_abortSeen) {
+                                   std::this_thread::yield();
+                               }
                                server.sink->OnCommandComplete(Variant::FromI4(18));
                            }),
               kLinkAborted);
