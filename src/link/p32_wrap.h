@@ -187,6 +187,8 @@ private:
     using CommandLock = std::lock_guard<CCommandMutex>;
     LinkStatus WriteCredential(const CommandLock& held, CellAddress cell, const CParlaneData& value,
                                EWriteSlot slot);
+    LinkStatus ReadValues(CProgressMonitor* monitor, CellAddress cell, CParlaneDataArray& values,
+                          std::vector<std::uint8_t>* bytes);
     using StartColumn = EComResult (IP32ls::*)(const Variant& address, const Variant& column,
                                                Variant& status);
     using FetchTwo = EComResult (IP32ls::*)(Variant& first, Variant& second, Variant& status);

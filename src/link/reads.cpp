@@ -112,24 +112,9 @@ LinkStatus CP32Wrap::GetText(CProgressMonitor* monitor, CellAddress cell,
     });
 }
 
-LinkStatus CP32Wrap::GetValue(CProgressMonitor* monitor, CellAddress cell, CParlaneDataArray& values) {
-    values.clear();
-    return RunRequest(monitor, "GetValue", [&] {
-        Variant type;
-        Variant size;
-        Variant data;
-        return RunPass(
-            [&](IP32ls& server, Variant& status) {
-                return server.GetValue(Address(), CellVariant(cell), type, size, data, status);
-            },
-            [&] { return UnpackPackedValues(type, size, data, values); });
-    });
-}
-
-LinkStatus CP32Wrap::GetValue(CProgressMonitor* monitor, CellAddress cell,
-                              std::unique_ptr<CParlaneData>& value, std::vector<std::uint8_t>& bytes) {
-    value.reset();
-    bytes.clear();
+/// Both forms of GetValue: `values` receives every value, and `bytes` (null for none) what they were made of.
+LinkStatus CP32Wrap::ReadValues(CProgressMonitor* monitor, CellAddress cell, CParlaneDataArray& values,
+                                std::vector<std::uint8_t>* bytes) {
     return RunRequest(monitor, "GetValue", [&] {
         Variant type;
         Variant size;
@@ -139,15 +124,29 @@ LinkStatus CP32Wrap::GetValue(CProgressMonitor* monitor, CellAddress cell,
                 return server.GetValue(Address(), CellVariant(cell), type, size, data, status);
             },
             [&] {
-                bytes = data.AsBytes() == nullptr ? Variant::Bytes() : *data.AsBytes();
-                CParlaneDataArray all;
-                if (!UnpackPackedValues(type, size, data, all)) {
-                    return false;
+                if (bytes != nullptr && data.AsBytes() != nullptr) {
+                    *bytes = *data.AsBytes();
                 }
-                value = all.empty() ? nullptr : std::move(all.front());
-                return true;
+                return UnpackPackedValues(type, size, data, values);
             });
     });
+}
+
+LinkStatus CP32Wrap::GetValue(CProgressMonitor* monitor, CellAddress cell, CParlaneDataArray& values) {
+    values.clear();
+    return ReadValues(monitor, cell, values, nullptr);
+}
+
+LinkStatus CP32Wrap::GetValue(CProgressMonitor* monitor, CellAddress cell,
+                              std::unique_ptr<CParlaneData>& value, std::vector<std::uint8_t>& bytes) {
+    value.reset();
+    bytes.clear();
+    CParlaneDataArray values;
+    const LinkStatus status = ReadValues(monitor, cell, values, &bytes);
+    if (status == kLinkGood && !values.empty()) {
+        value = std::move(values.front());
+    }
+    return status;
 }
 
 LinkStatus CP32Wrap::GetValues(CProgressMonitor* monitor, std::span<const CellAddress> cells,
