@@ -188,7 +188,8 @@ void FindDuplicates(const CIniText& ini, const SCauseRow& row, Findings& finding
         if (HasDuplicateKey(&ini, row.section, key) != EDuplicateKey::Yes) {
             return;
         }
-        const SIniEntry& second = *ini.FindAll(row.section, key)[1];
+        const std::vector<const SIniEntry*> all = ini.FindAll(row.section, key);
+        const SIniEntry& second = *all[1];
         const auto also = [&row](const SIniEntry& other) {
             return "also in line " + std::to_string(other.line) + "; " + std::string(row.want);
         };

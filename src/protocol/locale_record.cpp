@@ -129,7 +129,7 @@ const SLocale& GetFallbackLocale() {
 }
 
 const SLocale& GetLocale(std::size_t index) {
-    return index < kRecordCount - 1 ? kLocales[index + 1] : GetFallbackLocale();
+    return kLocales[index < kRecordCount - 1 ? index + 1 : kFallback];
 }
 
 const SLocale& GetLocaleByCode(std::string_view code) {
