@@ -119,8 +119,16 @@ count() { # a test program's name and output: takes its last line, a count
     fi
     echo "  $1: $last"
 }
+run_test() { WINEDEBUG=-all,+relay run 400 "$wine" "$x64/test_$1.exe" >"$work/$1.log" 2>"$work/$1.calls" || true; }
 for test in path_difference ini_difference system end_to_end; do
-    WINEDEBUG=-all,+relay run 400 "$wine" "$x64/test_$test.exe" >"$work/$test.log" 2>"$work/$test.calls" || true
+    run_test "$test"
+    if ! tail -1 "$work/$test.log" | grep -q ' passed, '; then
+        # Wine itself hangs once in a long while, when COM lets go of an interface as a call returns.
+        echo "  $test did not come to its end; once more in a new session"
+        "$wineserver" -k || true
+        "$wineserver" -w
+        run_test "$test"
+    fi
     count "$test" "$work/$test.log"
 done
 scripts/windows/com.sh "$x64" >"$work/com.log" 2>&1 || true

@@ -37,7 +37,13 @@ failed=0
 # a server that was killed for as long as the session lasts.
 for tests in '-KilledServer.*' KilledServer.EndsTheWaitForAStartedCommand KilledServer.EndsTheCallInProgress; do
     end_session
-    run 300 "$wine" "$folder/test_com.exe" --gtest_filter="$tests" >"$work/out" 2>"$work/err" && ended=0 || ended=$?
+    run 200 "$wine" "$folder/test_com.exe" --gtest_filter="$tests" >"$work/out" 2>"$work/err" && ended=0 || ended=$?
+    if [ "$ended" -eq 124 ]; then
+        # Wine itself hangs once in a long while, when COM lets go of an interface as a call returns.
+        echo "test_com.exe $tests hung; once more in a new session"
+        end_session
+        run 200 "$wine" "$folder/test_com.exe" --gtest_filter="$tests" >"$work/out" 2>"$work/err" && ended=0 || ended=$?
+    fi
     good=$(grep -c '^\[       OK \]' "$work/out" || true)
     bad=$(grep -c '^\[ RUN      \]' "$work/out" || true)
     bad=$((bad - good)) # what has begun and not ended well
