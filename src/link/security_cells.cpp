@@ -53,7 +53,8 @@ std::optional<std::string> CP32Wrap::ReadText(CellAddress cell) {
 /// read.
 std::optional<std::uint32_t> CP32Wrap::ReadPasswordLength(CellAddress cell) {
     CParlaneDataArray limits;
-    if (GetSettingLimits(m_entryMonitor, cell, limits) != kLinkGood || limits.empty()) {
+    if (GetSettingLimits(m_entryMonitor, cell, limits) != kLinkGood || limits.empty() ||
+        limits.front()->GetTypeCode() == kTypeInvalid) {
         return std::nullopt;
     }
     return static_cast<std::uint32_t>(limits.front()->GetSize());

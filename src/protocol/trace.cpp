@@ -55,6 +55,15 @@ void WriteLine(std::string_view mark, std::string_view kind, std::string text) {
     return text;
 }
 
+/// A trace line is not worth a failure: what the memory does not suffice for is lost.
+[[gnu::format(printf, 3, 0)]] void WriteArguments(std::string_view mark, std::string_view kind,
+                                                  const char* format, std::va_list arguments) noexcept {
+    try {
+        WriteLine(mark, kind, FormatArguments(format, arguments));
+    } catch (...) { // NOLINT(bugprone-empty-catch)
+    }
+}
+
 } // namespace
 
 void SetTraceTag(std::string_view tag) {
@@ -64,21 +73,21 @@ void SetTraceTag(std::string_view tag) {
 void TraceError(const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
-    WriteLine(kErrorMark, " ERR  ] ", FormatArguments(format, arguments));
+    WriteArguments(kErrorMark, " ERR  ] ", format, arguments);
     va_end(arguments);
 }
 
 void TraceWarning(const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
-    WriteLine(kWarningMark, " WARN ] ", FormatArguments(format, arguments));
+    WriteArguments(kWarningMark, " WARN ] ", format, arguments);
     va_end(arguments);
 }
 
 void TraceInfo(const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
-    WriteLine(kInfoMark, " INFO ] ", FormatArguments(format, arguments));
+    WriteArguments(kInfoMark, " INFO ] ", format, arguments);
     va_end(arguments);
 }
 

@@ -10,7 +10,7 @@ namespace ruvo {
 /// Sets the tag that the lines carry, for the whole process; empty stands for "QTV", the initial tag.
 void SetTraceTag(std::string_view tag);
 
-/// Formats are those of printf.
+/// Formats are those of printf. Nothing is thrown: a line that cannot be made is lost.
 [[gnu::format(printf, 1, 2)]] void TraceError(const char* format, ...);
 [[gnu::format(printf, 1, 2)]] void TraceWarning(const char* format, ...);
 [[gnu::format(printf, 1, 2)]] void TraceInfo(const char* format, ...);
