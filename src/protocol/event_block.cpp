@@ -23,7 +23,7 @@ std::string UnwritableText(EUnwritable item, std::optional<std::size_t> position
 } // namespace
 
 CUnwritableRecord::CUnwritableRecord(EUnwritable item, std::optional<std::size_t> position)
-    : std::invalid_argument(UnwritableText(item, position)), m_item(item), m_position(position) {}
+    : std::invalid_argument(UnwritableText(item, position)) {}
 
 std::size_t StoredValueSize(const CParlaneData* value) {
     return 2 + (value != nullptr ? value->GetSize() : 0);

@@ -30,18 +30,11 @@ enum class EUnwritable : std::uint8_t {
     CellBlock,  ///< no one item, the cells together are too long
 };
 
-/// A record that has no binary form. Position counts values or cells from 0 and is empty when no single one
-/// is at fault.
+/// A record that has no binary form; the text says what keeps it back. Position counts values or cells from 0
+/// and is empty when no single one is at fault. The record's DropUnwritable mends it.
 class CUnwritableRecord : public std::invalid_argument {
 public:
     CUnwritableRecord(EUnwritable item, std::optional<std::size_t> position);
-
-    [[nodiscard]] EUnwritable GetItem() const { return m_item; }
-    [[nodiscard]] std::optional<std::size_t> GetPosition() const { return m_position; }
-
-private:
-    EUnwritable m_item;
-    std::optional<std::size_t> m_position;
 };
 
 /// Bytes that a text takes in a block, its length byte included.
