@@ -1,4 +1,4 @@
-#include "tools/ini_forms.h"
+#include "tools/ini/ini_forms.h"
 
 #include "config/configuration.h"
 #include "config/scramble.h"

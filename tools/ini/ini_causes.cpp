@@ -1,5 +1,5 @@
 // Result codes and the lines behind them.
-#include "tools/ini_findings.h"
+#include "tools/ini/ini_findings.h"
 
 #include "config/configuration.h"
 #include "config/ethernet_entry.h"

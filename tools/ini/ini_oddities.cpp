@@ -1,8 +1,8 @@
 // What loading passes over in silence.
 #include "config/configuration.h"
 #include "platform/ini_text.h"
-#include "tools/ini_findings.h"
-#include "tools/ini_forms.h"
+#include "tools/ini/ini_findings.h"
+#include "tools/ini/ini_forms.h"
 
 #include <algorithm>
 #include <array>

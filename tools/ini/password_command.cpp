@@ -3,7 +3,7 @@
 #include "platform/secret.h"
 #include "platform/terminal.h"
 #include "tools/command.h"
-#include "tools/ini_forms.h"
+#include "tools/ini/ini_forms.h"
 
 #include <algorithm>
 #include <array>

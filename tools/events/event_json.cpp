@@ -1,6 +1,6 @@
 // Records as JSON, one object a line. Scripts rely on the names, their order and on what is null.
-#include "tools/event_fields.h"
-#include "tools/event_printer.h"
+#include "tools/events/event_fields.h"
+#include "tools/events/event_printer.h"
 #include "tools/json_writer.h"
 
 namespace ruvo {

@@ -9,7 +9,7 @@
 #include "platform/modules.h"
 #include "platform/profile.h"
 #include "tools/command.h"
-#include "tools/ini_findings.h"
+#include "tools/ini/ini_findings.h"
 #include "tools/text_encoding.h"
 
 #include <array>

@@ -1,4 +1,4 @@
-#include "tools/event_fields.h"
+#include "tools/events/event_fields.h"
 
 #include "protocol/binary_cell.h"
 #include "tools/text_encoding.h"

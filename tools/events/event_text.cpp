@@ -1,8 +1,8 @@
 // Records for reading: aligned columns, with what else a record holds below it.
 #include "protocol/binary_cell.h"
 #include "protocol/cell_factory.h"
-#include "tools/event_fields.h"
-#include "tools/event_printer.h"
+#include "tools/events/event_fields.h"
+#include "tools/events/event_printer.h"
 #include "tools/text_encoding.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 // Records as comma-separated values by RFC 4180, one row each; damage is a row with the last two columns.
-#include "tools/event_fields.h"
-#include "tools/event_printer.h"
+#include "tools/events/event_fields.h"
+#include "tools/events/event_printer.h"
 #include "tools/text_encoding.h"
 
 #include <array>

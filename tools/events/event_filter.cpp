@@ -1,7 +1,7 @@
-#include "tools/event_filter.h"
+#include "tools/events/event_filter.h"
 
 #include "platform/code_page.h"
-#include "tools/event_fields.h"
+#include "tools/events/event_fields.h"
 #include "tools/text_encoding.h"
 
 #include <algorithm>

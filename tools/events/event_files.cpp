@@ -1,4 +1,4 @@
-#include "tools/event_files.h"
+#include "tools/events/event_files.h"
 
 #include "tools/text_encoding.h"
 

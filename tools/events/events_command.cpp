@@ -2,9 +2,9 @@
 #include "eventfiles/day_file_reader.h"
 #include "platform/files.h"
 #include "tools/command.h"
-#include "tools/event_files.h"
-#include "tools/event_filter.h"
-#include "tools/event_printer.h"
+#include "tools/events/event_files.h"
+#include "tools/events/event_filter.h"
+#include "tools/events/event_printer.h"
 #include "tools/progress.h"
 #include "tools/text_encoding.h"
 
