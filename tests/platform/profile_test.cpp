@@ -31,7 +31,7 @@ TEST(Profile, GivesTheRecordedAnswers) {
     const std::regex names(R"(  names size (\d+) -> ret (\d+) '(.*)')");
     const CScratchFolder folder;
     std::string file;
-    std::ifstream observed(std::filesystem::path(__FILE__).replace_filename("profile_observed.txt"));
+    std::ifstream observed(RUVO_TEST_DATA "/platform/profile_observed.txt");
     ASSERT_TRUE(observed);
     for (std::string line; std::getline(observed, line);) {
         file = line.starts_with("##") ? "" : line.starts_with("file: ") ? Unescape(line.substr(6)) : file;

@@ -24,7 +24,7 @@ namespace ruvo {
 namespace {
 
 TEST(FormFullPath, GivesTheAnswersOfTheTable) {
-    std::ifstream observed(std::filesystem::path(__FILE__).replace_filename("full_path_cases.txt"));
+    std::ifstream observed(RUVO_TEST_DATA "/platform/full_path_cases.txt");
     const std::regex row("'(.*)' -> '(.*)'");
     ASSERT_TRUE(observed);
     for (std::string line; std::getline(observed, line);) {
