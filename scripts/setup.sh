@@ -3,10 +3,16 @@
 #   scripts/setup.sh            what scripts/demo.sh and scripts/test.sh need
 #   scripts/setup.sh checks     the linters, sanitizer runtimes and valgrind as well (scripts/check.sh)
 #   scripts/setup.sh windows    the cross-compilers and the runner of scripts/windows.sh as well
+#   scripts/setup.sh fuzz       the fuzzer's compiler (scripts/fuzz.sh)
+#   scripts/setup.sh coverage   what counts covered lines (scripts/coverage.sh)
+#   scripts/setup.sh packages   what builds and examines the Debian package (scripts/package.sh)
+#   scripts/setup.sh browser    the browser that looks at the report
+#   scripts/setup.sh database   the database server that the archive's rows are loaded into
 set -euo pipefail
 
 packages=(g++ cmake ninja-build pkg-config
     libtomlplusplus-dev # substation files
+    libsqlite3-dev      # the archive of ruvoctl
     libssl-dev          # digests of the crypto provider's stand-in
     libcli11-dev        # command line of ruvoctl
     libgtest-dev        # tests
@@ -18,8 +24,13 @@ for extra in "$@"; do
     checks) packages+=(clang clang-format clang-tidy cppcheck libclang-rt-14-dev valgrind) ;;
     windows) packages+=(g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix mingw-w64-tools wine64 libwine
         libwine-dev) ;;
+    fuzz) packages+=(clang libclang-rt-14-dev) ;;
+    coverage) packages+=(gcovr) ;;
+    packages) packages+=(dpkg-dev file fakeroot lintian lowdown mandoc systemd bash-completion) ;;
+    browser) packages+=(chromium chromium-driver python3-selenium) ;;
+    database) packages+=(postgresql) ;;
     *)
-        echo "setup.sh: unknown set '$extra' (known: checks windows)" >&2
+        echo "setup.sh: unknown set '$extra' (known: checks windows fuzz coverage packages browser database)" >&2
         exit 2
         ;;
     esac

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Sets up, builds and runs all tests. The last line is the count.
 #   scripts/test.sh [PRESET]        default: release
-# The Windows programs are built and tested too where their tools are installed (scripts/setup.sh windows).
+# What needs more tools, such as the Windows programs, is tested too where scripts/setup.sh SET has installed them.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 preset=${1:-release}
@@ -20,18 +20,24 @@ if [ "$total" -eq 0 ] || [ "$failed" -gt 0 ]; then
     [ "$total" -gt 0 ] || { echo "test.sh: no test ran" >&2; failed=1; total=1; }
 fi
 
-if [ -x /usr/lib/wine/wine64 ] && command -v i686-w64-mingw32-g++-posix x86_64-w64-mingw32-g++-posix \
-    x86_64-w64-mingw32-widl >/dev/null; then
-    echo "Testing the Windows programs"
-    log=build/windows.log
-    scripts/windows.sh >"$log" 2>&1 || cat "$log"
+leg() { # a part that needs more tools: what, the set of setup.sh that installs them, its script, the tools
+    local what=$1 set=$2 script=$3
+    shift 3
+    if [ "$(command -v "$@" | wc -l)" -lt $# ]; then
+        echo "$what: skipped (scripts/setup.sh $set installs their tools)"
+        return
+    fi
+    echo "Testing $what"
+    local log=build/$set.log passed lost
+    "$script" >"$log" 2>&1 || cat "$log"
     passed=$(tail -1 "$log" | grep -oP '^[0-9]+(?= passed, [0-9]+ failed$)' || echo 0)
     lost=$(tail -1 "$log" | grep -oP '(?<= passed, )[0-9]+(?= failed$)' || echo 1)
     total=$((total + passed + lost))
     failed=$((failed + lost))
-else
-    echo "Windows programs: skipped (scripts/setup.sh windows installs their tools)"
-fi
+}
+# Each script's last line is its count.
+leg "the Windows programs" windows scripts/windows.sh /usr/lib/wine/wine64 i686-w64-mingw32-g++-posix \
+    x86_64-w64-mingw32-g++-posix x86_64-w64-mingw32-widl
 
 count() { git ls-files -- "$@" | grep -E '\.(cpp|h|c|idl|rc|def)$' | xargs -r cat | grep -cvE '^\s*$' || true; }
 if git rev-parse --git-dir >/dev/null 2>&1; then
