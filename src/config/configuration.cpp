@@ -112,6 +112,9 @@ void ReadGeneralKeys(const CProfileReader& reader, SRuvoConfigFields& fields) {
 }
 
 void ReadAddresses(const CProfileReader& reader, std::string_view section, AddressEntries& entries) {
+    if (!reader.MayHoldKeys(section)) {
+        return;
+    }
     for (int number = 0; number < kRelayKeyCount; ++number) {
         std::string key = RelayKey(number);
         const std::int32_t address = ReadIntKey(reader, section, key, kNoAddress, kNoAddress);
@@ -122,6 +125,9 @@ void ReadAddresses(const CProfileReader& reader, std::string_view section, Addre
 }
 
 void ReadTexts(const CProfileReader& reader, std::string_view section, TextEntries& entries) {
+    if (!reader.MayHoldKeys(section)) {
+        return;
+    }
     for (int number = 0; number < kRelayKeyCount; ++number) {
         std::string key = RelayKey(number);
         std::string text = ReadTextKey(reader, section, key, "");

@@ -54,6 +54,9 @@ bool IsSwitch(std::int32_t value) {
 }
 
 bool HasDuplicates(const CIniText* ini, std::string_view section) {
+    if (ini == nullptr || ini->FindSection(section) == nullptr) {
+        return false;
+    }
     for (int number = 0; number < kRelayKeyCount; ++number) {
         if (HasDuplicateKey(ini, section, RelayKey(number)) == EDuplicateKey::Yes) {
             return true;
@@ -185,9 +188,12 @@ EDuplicateKey HasDuplicateKey(const CIniText* ini, std::string_view section, std
     if (ini == nullptr) {
         return EDuplicateKey::TextMissing;
     }
-    const SIniSection* const first = ini->FindSection(section);
     const std::vector<const SIniEntry*> found = ini->FindAll(section, key);
-    const bool twice = found.size() > 1 && ReadsAsValue(*first, *found[0]) && ReadsAsValue(*first, *found[1]);
+    if (found.size() < 2) { // nearly every key: its section need not be looked for
+        return EDuplicateKey::No;
+    }
+    const SIniSection& first = *ini->FindSection(section);
+    const bool twice = ReadsAsValue(first, *found[0]) && ReadsAsValue(first, *found[1]);
     return twice ? EDuplicateKey::Yes : EDuplicateKey::No;
 }
 

@@ -23,6 +23,10 @@ public:
     /// missing, unreadable or without a section header.
     std::vector<std::string> SectionNames(std::size_t capacity) const;
 
+    /// False only where reading any key of the section gives the default: that saves asking for a thousand of
+    /// them. True where the system has no cheaper answer.
+    [[nodiscard]] bool MayHoldKeys(std::string_view section) const;
+
     /// The value of a key, at most capacity - 1 bytes of it; the default when file, section or key is
     /// missing.
     std::string ReadString(std::string_view section, std::string_view key, std::string_view defaultValue,

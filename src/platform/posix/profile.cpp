@@ -46,6 +46,10 @@ std::vector<std::string> CProfileReader::SectionNames(std::size_t capacity) cons
     return names;
 }
 
+bool CProfileReader::MayHoldKeys(std::string_view section) const {
+    return m_state->ini.FindSection(section) != nullptr;
+}
+
 std::string CProfileReader::ReadString(std::string_view section, std::string_view key,
                                        std::string_view defaultValue, std::size_t capacity) const {
     const SIniEntry* const entry = m_state->ini.FindEntry(section, key);

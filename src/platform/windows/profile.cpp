@@ -27,6 +27,10 @@ std::vector<std::string> CProfileReader::SectionNames(std::size_t capacity) cons
     return names;
 }
 
+bool CProfileReader::MayHoldKeys(std::string_view /*section*/) const {
+    return true;
+}
+
 std::string CProfileReader::ReadString(std::string_view section, std::string_view key,
                                        std::string_view defaultValue, std::size_t capacity) const {
     std::string value(capacity, '\0');
