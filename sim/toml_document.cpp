@@ -1,9 +1,9 @@
 #include "sim/toml_document.h"
 
 #include "sim/substation_error.h"
+#include "sim/toml_parser.h"
 
 #include <array>
-#include <toml++/toml.h>
 
 namespace ruvo::sim {
 namespace {
