@@ -43,12 +43,13 @@ bool AlignReal(SRealCheck& check, CErrorList& errors) {
         return true;
     }
     // Decimal steps have no exact binary form: a quotient that is whole but for the rounding of value,
-    // minimum and step is aligned. No rounding may excuse half a step.
+    // minimum and step is aligned. Where that rounding may take a quarter of a step, or the distance is no
+    // number, nobody can tell, and a correction would be rounded off its place as well.
     constexpr double kMostExcused = 0.25;
     const double steps = (check.value - check.minimum) / check.step;
     const double size = (std::fabs(check.value) + std::fabs(check.minimum)) / check.step;
-    const double excused = std::min(2 * check.error * size, kMostExcused);
-    if (std::isinf(steps) || std::fabs(steps - std::round(steps)) <= excused) {
+    const double excused = 2 * check.error * size;
+    if (!std::isfinite(steps) || excused > kMostExcused || std::fabs(steps - std::round(steps)) <= excused) {
         return true;
     }
     ReportFinding(errors, ECellMessage::ValueNotAligned, RealNumberText(check.value),
