@@ -2,6 +2,8 @@
 
 #include "protocol/cell_checks.h"
 
+#include <cmath>
+
 namespace ruvo {
 namespace {
 
@@ -36,13 +38,18 @@ void TakeLimit(CParlaneFloat& number, const CParlaneFloat& limit) {
     number = limit;
 }
 
+/// What is no number is never corrected, and so is the same as itself.
+bool IsCorrected(double checked, double before) {
+    return checked != before && !std::isnan(checked);
+}
+
 /// Carries over what a check corrected, and nothing else. A maximum is only ever corrected to the minimum.
 template <class T, class TNative>
 void TakeCorrections(const SRealCheck& check, const T& minimum, T& maximum, T& value) {
-    if (check.maximum != maximum.GetFloat()) {
+    if (IsCorrected(check.maximum, maximum.GetFloat())) {
         TakeLimit(maximum, minimum);
     }
-    if (check.value == value.GetFloat()) {
+    if (!IsCorrected(check.value, value.GetFloat())) {
         return;
     }
     if (check.value == check.minimum) {
