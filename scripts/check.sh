@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh checks
-sources() { git ls-files -co --exclude-standard -- src sim tools tests bench include examples | grep -E '\.(cpp|h|c)$'; }
+sources() { git ls-files -co --exclude-standard -- src sim tools tests bench fuzz include examples | grep -E '\.(cpp|h|c)$'; }
 product() { git ls-files -co --exclude-standard -- src sim tools | grep -E '\.cpp$' | grep -v /windows/; }
 
 check_format() { sources | grep -v '\.c$' | xargs clang-format --dry-run --Werror; }

@@ -40,5 +40,5 @@ while IFS= read -r file; do
     [ -z "$(tail -c 1 "$file")" ] || complain "$file: no line end at its end"
     ! grep -q $'\r' "$file" || complain "$file: CR LF line ends"
     [ "$(wc -l <"$file")" -le 400 ] || complain "$file: above 400 lines"
-done < <(find src sim tools tests bench scripts docs -type f \( -name '*.cpp' -o -name '*.h' -o -name '*.sh' -o -name '*.md' \))
+done < <(find src sim tools tests bench fuzz scripts docs -type f \( -name '*.cpp' -o -name '*.h' -o -name '*.sh' -o -name '*.md' \))
 exit $bad
