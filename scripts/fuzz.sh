@@ -1,0 +1,82 @@
+#!/usr/bin/env bash
+# Fuzzes: builds the targets in fuzz/ under the sanitizers and runs them. The last line is the count of targets.
+#   scripts/fuzz.sh [--short] [TARGET...]     a fixed number of executions each, from the committed inputs alone
+#   scripts/fuzz.sh MINUTES [TARGET...]       so many minutes each, one target per processor at a time
+# What a run by the clock discovers is kept in build/fuzz/work and taken up by the next one. An input that fails is
+# left in build/fuzz/findings: with its cause mended it becomes a file in fuzz/regressions/TARGET.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+declare -A short=([cell]=20000 [day_file]=4000 [ethernet]=200000 [extraction]=4000 [format]=20000 [ini]=600
+    [record]=30000 [scramble]=200000 [substation]=3000 [values]=10000)
+declare -A longest=([ethernet]=64 [scramble]=64 [format]=512 [cell]=512 [values]=512 [record]=1024 [extraction]=1024
+    [ini]=1024 [day_file]=2048 [substation]=2048) # bytes
+
+minutes=0
+case "${1:---short}" in
+--short) [ $# -eq 0 ] || shift ;;
+*[!0-9]*) ;; # a target
+*)
+    minutes=$1
+    shift
+    ;;
+esac
+targets=("$@")
+[ $# -gt 0 ] || mapfile -t targets < <(printf '%s\n' "${!short[@]}" | sort)
+for target in "${targets[@]}"; do
+    [ -n "${short[$target]:-}" ] || { echo "fuzz.sh: no target '$target' (there are: ${!short[*]})" >&2; exit 2; }
+done
+
+scripts/setup.sh fuzz
+echo "Building (fuzz)"
+scripts/build.sh fuzz "${targets[@]/#/fuzz_}"
+out=build/fuzz
+mkdir -p $out/work $out/findings $out/logs
+# Where memory was allocated is told in few frames, and what was freed kept for a shorter while: twice as fast.
+export ASAN_OPTIONS=malloc_context_size=4:quarantine_size_mb=16
+
+run() { # one target
+    local target=$1 work=$out/work/$1 limit=(-max_total_time=$((minutes * 60)))
+    if [ "$minutes" -eq 0 ]; then
+        work=$(mktemp -d "$out/short.XXXXXX")
+        limit=(-runs="${short[$target]}" -seed=1)
+    fi
+    mkdir -p "$work" fuzz/regressions/"$target"
+    local dictionary=fuzz/dictionaries/$target
+    [ ! -f "$dictionary" ] || limit+=(-dict="$dictionary")
+    # (Its entropic schedule would take more time than the target's own work.)
+    $out/bin/fuzz_"$target" "${limit[@]}" -max_len="${longest[$target]}" -entropic=0 -timeout=20 -rss_limit_mb=3072 \
+        -print_final_stats=1 -artifact_prefix="$out/findings/$target-" \
+        "$work" fuzz/corpus/"$target" fuzz/regressions/"$target" >"$out/logs/$target" 2>&1 || echo FAILED >>"$out/logs/$target"
+    [ "$minutes" -gt 0 ] || rm -rf "$work"
+}
+
+running=0
+for target in "${targets[@]}"; do
+    if [ "$running" -ge "$(nproc)" ]; then
+        wait -n
+        running=$((running - 1))
+    fi
+    run "$target" &
+    running=$((running + 1))
+done
+wait
+
+failed=0
+row() { printf '%-12s %14s %10s %8s %8s %9s\n' "$@"; }
+row target executions a-second edges corpus findings
+for target in "${targets[@]}"; do
+    log=$out/logs/$target
+    stat() { grep -aoP "^stat::$1: *\K[0-9]+" "$log" | tail -1 || true; }
+    last() { grep -aoP "$1" "$log" | tail -1 || true; }
+    findings=$(grep -acP '^(PROPERTY DOES NOT HOLD|SUMMARY: |FAILED$)' "$log" || true)
+    [ "$findings" -eq 0 ] || failed=$((failed + 1))
+    row "$target" "$(stat number_of_executed_units)" "$(stat average_exec_per_sec)" "$(last ' cov: \K[0-9]+')" \
+        "$(last ' corp: \K[0-9]+')" "$((findings > 0 ? 1 : 0))"
+done
+for target in "${targets[@]}"; do
+    grep -aP '^(PROPERTY DOES NOT HOLD|SUMMARY: |.*runtime error: |.*Test unit written to )' "$out/logs/$target" |
+        sed "s/^/$target: /" >&2 || true
+done
+echo "$((${#targets[@]} - failed)) passed, $failed failed"
+[ "$failed" -eq 0 ]
