@@ -133,6 +133,12 @@ bool IsLimitOutOfReach(const CCell& cell) {
            !fits(*cell.GetMinimum(), std::min<std::size_t>(cell.GetMaximum()->GetSize(), 4));
 }
 
+/// What is no number lies neither within limits nor outside.
+bool HoldsNumbers(const CCell& cell) {
+    const auto values = {cell.GetValue(), cell.GetMinimum(), cell.GetMaximum()};
+    return std::ranges::none_of(values, [](const CParlaneData* v) { return std::isnan(v->GetFloat()); });
+}
+
 bool Holds(const CErrorList& errors, ECellMessage message) {
     return std::ranges::any_of(
         errors, [message](const auto& error) { return MessageOf(*error) == static_cast<unsigned>(message); });
@@ -145,8 +151,7 @@ void CheckValidation(CCell& cell) {
     for (const auto& error : errors) {
         MessageOf(*error);
     }
-    const bool isNumber = cell.GetValue() == nullptr || !std::isnan(cell.GetValue()->GetFloat());
-    if (sound && isNumber && cell.LimitsApply() && IsBounded(cell)) {
+    if (sound && cell.LimitsApply() && IsBounded(cell) && HoldsNumbers(cell)) {
         Require(cell.IsCompatible(cell), "a sound value lies within its limits");
     }
     if (sound || (IsBounded(cell) && IsLimitOutOfReach(cell))) {

@@ -8,6 +8,7 @@
 #include "protocol/parlane_number.h"
 #include "protocol/parlane_text.h"
 
+#include <cstdio>
 #include <cstring>
 
 namespace ruvo::fuzz {
@@ -106,11 +107,51 @@ void Check(const SCase& made) {
     });
 }
 
+/// Conversions that mean the same to the C library.
+constexpr std::string_view kShared = "diuX";
+
+/// Such a conversion; flags that the C library leaves undefined for the letter stay out.
+std::string TakeConversion(CInput& input, char& letter) {
+    const unsigned flags = input.TakeByte();
+    const unsigned width = input.TakeByte() % 40U;
+    const unsigned precision = input.TakeByte() % 20U;
+    letter = kShared[input.TakeByte() % kShared.size()];
+    const bool isSigned = letter == 'd' || letter == 'i';
+    std::string format = "%";
+    format += (flags & 1U) != 0 ? "-" : "";
+    format += (flags & 2U) != 0 ? "0" : "";
+    format += (flags & 4U) != 0 && isSigned ? "+" : "";
+    format += (flags & 8U) != 0 && isSigned ? " " : "";
+    format += (flags & 16U) != 0 && letter == 'X' ? "#" : "";
+    format += (flags & 32U) != 0 ? std::to_string(width) : "";
+    format += (flags & 64U) != 0 ? "." + std::to_string(precision) : "";
+    format += (flags & 128U) != 0 ? "h" : "";
+    return format + letter;
+}
+
+void CheckAgainstLibrary(CInput input) {
+    char letter = 0;
+    const std::string format = TakeConversion(input, letter);
+    const std::uint32_t number = input.TakeLong();
+    if ((number & 0xFFFFU) == 0) { // to no precision, the library writes no digit of a 0
+        return;
+    }
+    const CNativeArgument argument(number);
+    const std::string ours = Formatted(kMostCapacity, [&](char* buffer, std::size_t capacity) {
+        return FormatNative(nullptr, buffer, capacity, format, {&argument, 1});
+    });
+    const std::string theirs = Formatted(kMostCapacity, [&](char* buffer, std::size_t capacity) {
+        return static_cast<std::size_t>(std::snprintf(buffer, capacity, format.c_str(), number));
+    });
+    Require(ours == theirs, "a conversion that the C library knows gives what it gives there");
+}
+
 } // namespace
 
 } // namespace ruvo::fuzz
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     ruvo::fuzz::Check(ruvo::fuzz::TakeCase(ruvo::fuzz::CInput({data, size})));
+    ruvo::fuzz::CheckAgainstLibrary(ruvo::fuzz::CInput({data, size}));
     return 0;
 }
