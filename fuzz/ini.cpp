@@ -64,6 +64,11 @@ void CheckPasswords(const TextEntries& passwords) {
     }
 }
 
+/// A name that ends at a NUL may end in a blank, and then nobody can ask for it.
+bool CanBeAskedFor(std::string_view name) {
+    return name.empty() || std::string_view(" \t\v\f\x1A").find(name.back()) == std::string_view::npos;
+}
+
 /// The reader answers what the first occurrence in the text says, up to its capacity.
 void CheckReader(const CIniText& ini) {
     constexpr std::size_t kMostAsked = 24;
@@ -74,6 +79,9 @@ void CheckReader(const CIniText& ini) {
         for (const SIniEntry& entry : section.entries) {
             if (section.line == 0 || ++asked > kMostAsked) {
                 return;
+            }
+            if (!CanBeAskedFor(section.name) || !CanBeAskedFor(entry.key)) {
+                continue;
             }
             const SIniEntry* const first = ini.FindEntry(section.name, entry.key);
             const auto all = ini.FindAll(section.name, entry.key);
