@@ -1,0 +1,169 @@
+#include "tools/log_lines.h"
+
+#include "tools/events/event_filter.h"
+#include "tools/text_encoding.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+namespace ruvo {
+
+namespace {
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF"; // of an editor
+constexpr std::string_view kTimePattern = "0000/00/00 00:00:00";
+constexpr std::string_view kDetails = " Connection details - ";
+constexpr std::string_view kStatus = " P32LS status: ";
+
+/// The stamp that the log begins its lines with, with the marks of ISO 8601; empty when it is none.
+std::string TakeTimeStamp(std::string_view& text) {
+    if (text.size() <= kTimePattern.size() || text[kTimePattern.size()] != ' ') {
+        return {};
+    }
+    std::string time(text.substr(0, kTimePattern.size()));
+    for (std::size_t at = 0; at < time.size(); ++at) {
+        const bool isMark = kTimePattern[at] != '0';
+        if (isMark && time[at] != kTimePattern[at]) {
+            return {};
+        }
+        time[at] = time[at] == '/' ? '-' : time[at] == ' ' ? 'T' : time[at];
+    }
+    if (!ParseTimeKey(time, EDayEdge::Start)) {
+        return {};
+    }
+    text.remove_prefix(kTimePattern.size() + 1);
+    return time;
+}
+
+/// Cuts the text before its last `mark` and gives what stands behind that.
+std::string_view TakeBehind(std::string_view& text, std::string_view mark) {
+    const std::size_t at = text.rfind(mark);
+    if (at == std::string_view::npos) {
+        return {};
+    }
+    const std::string_view behind = text.substr(at + mark.size());
+    text = text.substr(0, at);
+    return behind;
+}
+
+/// What stands between `mark` and the next comma, or the closing full stop.
+std::string_view FieldBehind(std::string_view text, std::string_view mark) {
+    const std::size_t at = text.rfind(mark);
+    if (at == std::string_view::npos) {
+        return {};
+    }
+    const std::string_view behind = text.substr(at + mark.size());
+    return behind.substr(0, behind.find_first_of(",."));
+}
+
+} // namespace
+
+CLogReader::CLogReader() : m_buffer(kLongestLine) {}
+
+SFileResult CLogReader::Open(const std::string& path) {
+    m_begin = m_end = 0;
+    m_number = 1;
+    m_atEnd = false;
+    m_result = m_file.Open(path, {.read = true});
+    if (m_result.Good()) {
+        Refill();
+        if (std::string_view(reinterpret_cast<const char*>(m_buffer.data()), m_end)
+                .starts_with(kByteOrderMark)) {
+            m_begin = kByteOrderMark.size();
+        }
+    }
+    return m_result;
+}
+
+bool CLogReader::Next(SLogLine& line) {
+    std::string_view text;
+    for (;;) {
+        const std::uint64_t number = m_number;
+        if (!NextText(text)) {
+            return false;
+        }
+        if (!text.empty()) {
+            line = ParseLogLine(text);
+            line.number = number;
+            return true;
+        }
+    }
+}
+
+/// The next line without its end, or as much of it as the buffer holds.
+bool CLogReader::NextText(std::string_view& text) {
+    const auto findEnd = [this] {
+        return static_cast<std::size_t>(std::find(m_buffer.begin() + static_cast<std::ptrdiff_t>(m_begin),
+                                                  m_buffer.begin() + static_cast<std::ptrdiff_t>(m_end),
+                                                  std::uint8_t{'\n'}) -
+                                        m_buffer.begin());
+    };
+    std::size_t end = findEnd();
+    if (end == m_end && !m_atEnd) {
+        Refill();
+        end = findEnd();
+    }
+    text = std::string_view(reinterpret_cast<const char*>(m_buffer.data()), end).substr(m_begin);
+    const bool isEnded = end < m_end;
+    m_begin = end + (isEnded ? 1 : 0);
+    m_number += isEnded ? 1 : 0;
+    const bool isThere = isEnded || !text.empty();
+    if (text.ends_with('\r')) {
+        text.remove_suffix(1);
+    }
+    return isThere;
+}
+
+void CLogReader::Refill() {
+    std::memmove(m_buffer.data(), m_buffer.data() + m_begin, m_end - m_begin);
+    m_end -= m_begin;
+    m_begin = 0;
+    while (!m_atEnd && m_end < m_buffer.size()) {
+        std::size_t count = 0;
+        m_result = m_file.Read(std::span(m_buffer).subspan(m_end), count);
+        m_atEnd = !m_result.Good() || count == 0;
+        m_end += count;
+    }
+}
+
+SLogLine ParseLogLine(std::string_view text) {
+    const std::string utf8 = SystemTextToUtf8(text);
+    std::string_view rest = utf8;
+    SLogLine line;
+    line.time = TakeTimeStamp(rest);
+    // A relay's own words stand before the details: only what stands behind the last of them is a status.
+    const std::size_t details = rest.rfind(kDetails);
+    if (details == std::string_view::npos || rest.rfind(kStatus) > details) {
+        line.status = TakeBehind(rest, kStatus);
+    }
+    line.connection = TakeBehind(rest, kDetails);
+    line.message = rest;
+    return line;
+}
+
+std::string ShortConnectionName(std::string_view connection) {
+    constexpr std::array<std::string_view, 4> kLinks{
+        "IP address: ", "device IP: ", "COM Port: ", "modem name: "};
+    const auto* const link = std::ranges::find_if(
+        kLinks, [connection](std::string_view start) { return connection.starts_with(start); });
+    constexpr std::string_view kDevice = ", device address: ";
+    const std::size_t device = connection.rfind(kDevice);
+    if (link == kLinks.end() || device == std::string_view::npos) {
+        return std::string(connection);
+    }
+    std::string name(connection.substr(link->size(), device - link->size()));
+    name.resize(std::min(name.size(), name.rfind(", number to dial: ")));
+    const auto add = [&name, connection](std::string_view word, std::string_view mark) {
+        const std::string_view address = FieldBehind(connection, mark);
+        if (!address.empty() && address != "0" && !address.starts_with('-')) { // what is not known is these
+            name += word;
+            name += address;
+        }
+    };
+    add(" device ", kDevice);
+    add(" bus ", ", bus address: ");
+    return name;
+}
+
+} // namespace ruvo
