@@ -159,6 +159,11 @@ std::string ReadableRelayText(std::string_view cp1252, ELineFeeds lineFeeds) {
     return EscapeControls(Cp1252ToUtf8(cp1252), lineFeeds);
 }
 
+std::string ReadableRelayLine(std::string_view cp1252) {
+    const std::size_t start = std::min(cp1252.find_first_not_of(' '), cp1252.size());
+    return ReadableRelayText(cp1252.substr(start, cp1252.find_last_not_of(' ') + 1 - start));
+}
+
 std::size_t ColumnsOf(std::string_view utf8) {
     return static_cast<std::size_t>(
         std::ranges::count_if(utf8, [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));

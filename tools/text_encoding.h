@@ -22,6 +22,9 @@ std::string EscapeControls(std::string_view utf8, ELineFeeds lineFeeds = ELineFe
 /// A relay's text in that form.
 std::string ReadableRelayText(std::string_view cp1252, ELineFeeds lineFeeds = ELineFeeds::Escape);
 
+/// The same on one line, without the blanks around it.
+std::string ReadableRelayLine(std::string_view cp1252);
+
 /// How many columns the text takes: its characters.
 std::size_t ColumnsOf(std::string_view utf8);
 

@@ -1,8 +1,7 @@
 // Records for reading: aligned columns, with what else a record holds below it.
-#include "protocol/binary_cell.h"
-#include "protocol/cell_factory.h"
 #include "tools/events/event_fields.h"
 #include "tools/events/event_printer.h"
+#include "tools/events/event_values.h"
 #include "tools/text_encoding.h"
 
 #include <algorithm>
@@ -16,8 +15,6 @@ constexpr std::size_t kTimeWidth = 24; ///< and a mark behind it
 constexpr std::size_t kIndent = 6;
 constexpr std::size_t kNarrowestColumn = 8;
 constexpr std::string_view kGap = "  ";
-/// How the extraction labels the cell that it makes of an event's value.
-constexpr std::string_view kValueLabel = "Event Value ";
 
 /// How many bytes the first `columns` characters take.
 std::size_t BytesOfColumns(std::string_view utf8, std::size_t columns) {
@@ -47,16 +44,6 @@ std::vector<std::string> Wrap(std::string_view text, std::size_t width) {
     return lines;
 }
 
-std::vector<std::string> SplitLines(const std::string& text) {
-    std::vector<std::string> lines;
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t end = std::min(text.find('\n', at), text.size());
-        lines.push_back(text.substr(at, end - at));
-        at = end + 1;
-    }
-    return lines;
-}
-
 std::string TimeColumn(const CParlaneIEC870& time) {
     std::string text;
     if (IsRealTime(time)) {
@@ -66,51 +53,6 @@ std::string TimeColumn(const CParlaneIEC870& time) {
         AppendHex(text, time.GetOctets());
     }
     return text + (time.IsInvalid() ? "?" : time.IsSummerTime() ? "s" : "");
-}
-
-/// The cell's value by its label's format, or by the one of its kind: a text takes "%s", all others then fall
-/// back on their own.
-std::string ValueText(const CCell& cell) {
-    if (!IsValue(cell.GetValue())) {
-        return {};
-    }
-    if (cell.HasFormat()) {
-        return cell.GetValueText();
-    }
-    std::string text;
-    cell.Format(text, "%s", EFormatMode::Value);
-    return text;
-}
-
-/// The cell that stands for the event's value, which knows its strings; null when the record has none.
-const CCell* ValueCell(const CEventRecord& record) {
-    const auto* const extended = AsExtended(record);
-    const bool hasCell = extended != nullptr && !extended->GetCells().empty();
-    return hasCell && extended->GetCells().front()->GetLabelTemplate().starts_with(kValueLabel)
-               ? extended->GetCells().front().get()
-               : nullptr;
-}
-
-std::string EventValueText(const CEventRecord& record) {
-    if (const CCell* const cell = ValueCell(record)) {
-        return ValueText(*cell);
-    }
-    const auto cell = CCellFactory::CreateWithDefaultLimits(CCellID(), record.GetEventValue(), std::string());
-    return cell != nullptr ? ValueText(*cell) : std::string();
-}
-
-/// Names of the bits that are set, for a cell that names any.
-std::string SetBitsText(const CCell& cell) {
-    std::string text;
-    unsigned bit = 0;
-    for (const std::string& name : BitNamesOf(cell)) {
-        if (bit < 32 && (static_cast<const CParlaneFlags*>(cell.GetValue())->GetWord() >> bit & 1U) != 0) {
-            text += text.empty() ? "set: " : ", ";
-            text += name;
-        }
-        ++bit;
-    }
-    return text;
 }
 
 /// What is shown below the record's line, in code page 1252.
@@ -124,17 +66,11 @@ std::vector<std::string> FurtherLines(const CEventRecord& record) {
         if (cell.get() != valueCell) {
             lines.push_back(cell->GetLabelText() + ' ' + ValueText(*cell));
         }
-        if (std::string bits = SetBitsText(*cell); !bits.empty()) {
-            lines.push_back(std::move(bits));
+        if (const std::string bits = SetBitsText(*cell); !bits.empty()) {
+            lines.push_back("set: " + bits);
         }
     }
     return lines;
-}
-
-std::string Trimmed(std::string text) {
-    text.erase(text.find_last_not_of(' ') + 1);
-    text.erase(0, std::min(text.find_first_not_of(' '), text.size()));
-    return text;
 }
 
 class CTextPrinter final : public IEventPrinter {
@@ -151,10 +87,9 @@ public:
     void PrintRecord(std::string& out, const SEventSource& source, const SDayFileItem& item) override {
         const CEventRecord& record = *item.record;
         PrintColumns(out, TimeColumn(record.GetTimeStamp()), EscapeControls(source.relay),
-                     Trimmed(ReadableRelayText(record.GetEventText())),
-                     Trimmed(ReadableRelayText(EventValueText(record))));
+                     ReadableRelayLine(record.GetEventText()), ReadableRelayLine(EventValueText(record)));
         for (const std::string& line : FurtherLines(record)) {
-            PrintIndented(out, Trimmed(ReadableRelayText(line)));
+            PrintIndented(out, ReadableRelayLine(line));
         }
     }
 

@@ -1,0 +1,22 @@
+// Values of event records as people read them, in code page 1252.
+#pragma once
+
+#include "protocol/event_record.h"
+
+#include <string>
+#include <vector>
+
+namespace ruvo {
+
+/// The cell that stands for the event's value, which knows its strings; null when the record has none.
+[[nodiscard]] const CCell* ValueCell(const CEventRecord& record);
+/// The cell's value by its label's format, or by the one of its kind; empty when it holds none.
+[[nodiscard]] std::string ValueText(const CCell& cell);
+/// The event's own value; empty for none.
+[[nodiscard]] std::string EventValueText(const CEventRecord& record);
+/// Names of the bits that are set, for a cell that names any: "Start, Trip".
+[[nodiscard]] std::string SetBitsText(const CCell& cell);
+
+[[nodiscard]] std::vector<std::string> SplitLines(const std::string& text);
+
+} // namespace ruvo

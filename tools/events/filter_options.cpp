@@ -1,0 +1,31 @@
+#include "tools/events/filter_options.h"
+
+#include "tools/text_encoding.h"
+
+namespace ruvo {
+
+namespace {
+
+bool TakeTime(const CArguments& arguments, std::string_view name, EDayEdge edge, std::optional<TimeKey>& key,
+              SConsole& console) {
+    if (!arguments.Has(name)) {
+        return true;
+    }
+    key = ParseTimeKey(arguments.Get(name), edge);
+    if (!key) {
+        console.error.Write(std::string(name) + ": " + EscapeControls(arguments.Get(name)) +
+                            ": want a date as 2026-11-16 or a moment as 2026-11-16T03:12:45\n");
+    }
+    return key.has_value();
+}
+
+} // namespace
+
+bool TakeFilterOptions(const CArguments& arguments, SConsole& console, SEventFilter& filter) {
+    filter.relay = arguments.Get("--relay");
+    filter.match = arguments.Get("--match");
+    return TakeTime(arguments, "--since", EDayEdge::Start, filter.since, console) &&
+           TakeTime(arguments, "--until", EDayEdge::End, filter.until, console);
+}
+
+} // namespace ruvo
