@@ -48,6 +48,11 @@ public:
         char digits[20];
         m_out.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
     }
+    void Signed(std::int64_t number) {
+        Separate();
+        char digits[20];
+        m_out.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
+    }
     void Bool(bool value) { Literal(value ? "true" : "false"); }
     void Null() { Literal("null"); }
     /// What `write` appends, as a text; it must need no escape.
