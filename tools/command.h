@@ -28,7 +28,9 @@ enum class EOptionKind : std::uint8_t {
 
 struct SOption {
     EOptionKind kind = EOptionKind::Flag;
-    std::string_view name; ///< "--since", or "FILE" for a positional one
+    /// "--since"; "-o,--output" for one with a short form, which then answers to "--output"; "FILE" for a
+    /// positional one.
+    std::string_view name;
     std::string_view help;
     std::string_view choices = {}; ///< separated by "|"
     std::string_view defaultChoice = {};

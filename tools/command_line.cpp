@@ -76,11 +76,12 @@ std::vector<SParsedCommand> AddCommands(CLI::App& program) {
 CArguments TakeArguments(const SParsedCommand& parsed) {
     CArguments arguments;
     for (const SOption& option : parsed.command->options) {
-        const CLI::Option& found = *parsed.app->get_option(std::string(option.name));
+        const std::string_view name = option.name.substr(option.name.find(',') + 1);
+        const CLI::Option& found = *parsed.app->get_option(std::string(name));
         if (found.count() > 0) {
-            arguments.Set(option.name, found.results());
+            arguments.Set(name, found.results());
         } else if (!option.defaultChoice.empty()) {
-            arguments.Set(option.name, {std::string(option.defaultChoice)});
+            arguments.Set(name, {std::string(option.defaultChoice)});
         }
     }
     return arguments;
