@@ -10,13 +10,11 @@ SCommand EventsCommand();
 SCommand CheckCommand();
 SCommand TestCommand();
 SCommand PasswordCommand();
+SCommand ReportCommand();
 
 std::span<const SCommand> Commands() {
     static const std::array commands{
-        EventsCommand(),
-        CheckCommand(),
-        TestCommand(),
-        PasswordCommand(),
+        EventsCommand(), CheckCommand(), TestCommand(), PasswordCommand(), ReportCommand(),
     };
     return commands;
 }

@@ -1,0 +1,115 @@
+// ruvoctl report: what reaches the page, and that nothing in it can be anything but data.
+#include "support/scratch_folder.h"
+#include "tools/run_tool.h"
+
+#include "protocol/event_record.h"
+#include "tools/report/event_kind.h"
+#include "tools/report/report_page.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace ruvo::test {
+namespace {
+
+using nlohmann::json;
+
+constexpr std::string_view kDataStart = R"(<script type="application/json" id="data">)";
+
+std::string Record(std::uint8_t day, std::uint8_t hour, const std::string& text) {
+    const CParlaneIEC870 time(CParlaneIEC870::Octets{0xD2, 4, 12, hour, day, 11, 26});
+    std::vector<std::uint8_t> bytes;
+    CSimpleEventRecord(0, 0, 5, time, text, nullptr, "<i>", "", "", 0x0320, "", {}).Serialise(bytes);
+    return {bytes.begin(), bytes.end()};
+}
+
+/// The data element's text, up to where a browser sees its end.
+std::string DataOf(const std::string& page) {
+    const std::size_t start = page.find(kDataStart) + kDataStart.size();
+    return page.substr(start, page.find("</", start) - start);
+}
+
+const std::string kHeader = "APP: Parlane\r\nTYPE: EventList\r\n\r\nheaderText\r\n\x1A";
+
+} // namespace
+
+TEST(ReportPage, DataCannotLeaveItsElement) {
+    struct SCase {
+        const char* name;
+        std::string json;
+        std::string want;
+    };
+    const SCase kCases[] = {
+        {"an end tag", R"(["</script>"])", R"(["\u003C/script\u003E"])"},
+        {"a comment", R"(["<!--<script>"])", R"(["\u003C!--\u003Cscript\u003E"])"},
+        {"an entity", R"(["&lt;"])", R"(["\u0026lt;"])"},
+        {"separators", "[\"a\xE2\x80\xA8\xE2\x80\xA9z\"]", R"(["a\u2028\u2029z"])"},
+        {"their neighbours and cut ones", "[\"\xE2\x80\xA7\xE2\x82\xAC\xE2\x80",
+         "[\"\xE2\x80\xA7\xE2\x82\xAC\xE2\x80"},
+        {"nothing to escape", R"({"a":[1,-2]})", R"({"a":[1,-2]})"},
+    };
+    for (const SCase& row : kCases) {
+        std::string out;
+        AppendScriptJson(out, row.json);
+        EXPECT_EQ(out, row.want) << row.name;
+    }
+}
+
+TEST(ReportCommand, PageHoldsEventsDamageAndProblems) {
+    const CScratchFolder folder;
+    const std::string attack = "</script><b>";
+    folder.Write("AB12-1-2026-11-16-DEV.evt", kHeader + Record(17, 5, attack) + Record(16, 3, "I> trip") +
+                                                  Record(31, 2, "When") + "\x55\x55");
+    folder.Write("CD34-2-2026-11-16-DEV.evt", kHeader);
+    folder.Write("log", "2026/11/16 03:00:00 Bad <b>\r\n2026/11/19 03:00:00 Too late\r\nforeign\r\n");
+    const SOutcome outcome = RunTool({"report", folder.Native(), "--log", folder.Native("log"), "--until",
+                                      "2026-11-18", "--title", "A & B", "-o", "-"});
+    EXPECT_EQ(outcome.status, 1) << "there was damage: " << outcome.error;
+    const json data = json::parse(DataOf(outcome.out));
+    const auto& columns = data["events"];
+    const auto textOf = [&](std::size_t event) {
+        return data["texts"]
+                   [data["shapes"][columns["shape"][event].get<std::size_t>()][0].get<std::size_t>()];
+    };
+    ASSERT_EQ(columns["time"].size(), 2U) << "the third lies beyond --until";
+    EXPECT_EQ(columns["time"], json({1794798721234, 93'600'000})) << "sorted, the second as a difference";
+    EXPECT_EQ(textOf(0), "I> trip");
+    EXPECT_EQ(textOf(1), attack);
+    EXPECT_EQ(data["relays"], json({"AB12-1", "CD34-2"})) << "one without any event too";
+    EXPECT_EQ(data["damage"].size(), 1U);
+    EXPECT_EQ(data["problems"][0][1], "Bad <b>");
+    EXPECT_EQ(data["problems"].size(), 2U) << "in time, and one without a time";
+    EXPECT_EQ(data["title"], "A & B");
+}
+
+TEST(ReportCommand, FileIsReplacedAndMistakesAreSaid) {
+    const CScratchFolder folder;
+    folder.Write("AB12-1-2026-11-16-DEV.evt", kHeader + Record(16, 3, "Trip"));
+    folder.Write("page.html", "old");
+    const SOutcome good = RunTool({"report", folder.Native(), "--output", folder.Native("page.html")});
+    EXPECT_EQ(good.status, 0) << good.error;
+    EXPECT_NE(good.out.find("page.html: 1 event of 1 relay, 0 problems"), std::string::npos) << good.out;
+    EXPECT_TRUE(folder.Read("page.html").starts_with("<!DOCTYPE html>"));
+    EXPECT_FALSE(folder.Has("page.html.tmp"));
+    EXPECT_EQ(RunTool({"report", folder.Native()}).status, 2) << "no word where to";
+    EXPECT_EQ(RunTool({"report", folder.Native(), "-o", "-", "--silent", "0"}).status, 2);
+    EXPECT_EQ(RunTool({"report", folder.Native(), "-o", folder.Native("no/such/x.html")}).status, 1);
+    const SOutcome noLog = RunTool({"report", folder.Native(), "-o", "-", "--log", folder.Native("none")});
+    EXPECT_EQ(noLog.status, 1);
+    EXPECT_EQ(json::parse(DataOf(noLog.out))["failures"].size(), 1U) << "the page says so too";
+}
+
+TEST(EventKind, FirstTellingWordDecides) {
+    const std::pair<const char*, EEventKind> kCases[] = {{"I> TRIP", EEventKind::Trip},
+                                                         {"DÉCLENCHEMENT", EEventKind::Trip},
+                                                         {"Trip circuit alarm", EEventKind::Alarm},
+                                                         {"Fault recorded", EEventKind::Fault},
+                                                         {"Restart", EEventKind::Other},
+                                                         {"CB open", EEventKind::Switching},
+                                                         {"stripped", EEventKind::Other},
+                                                         {"", EEventKind::Other}};
+    for (const auto& [text, kind] : kCases)
+        EXPECT_EQ(EventKindOf(text), kind) << text;
+}
+
+} // namespace ruvo::test

@@ -1,0 +1,109 @@
+// What the page shows, unpacked from the compact form in which it is stored: columns of numbers, and every text
+// once.
+
+const source = JSON.parse(byId("data").textContent);
+const texts = source.texts.map(readable);
+const relays = source.relays.map(readable);
+const kinds = source.kinds;
+const files = source.files.map(([relay, path]) => ({ relay, path: readable(path) }));
+const shapes = source.shapes.map(([event, kind, place, plant, description, model, code, flags]) => ({
+  event, kind, place, plant, description, model, code,
+  isExtended: (flags & 1) !== 0, clockDoubted: (flags & 2) !== 0, summerTime: (flags & 4) !== 0,
+  recordDoubted: (flags & 8) !== 0,
+}));
+const lineLists = source.lists;
+
+/** The events' columns; an event is its number, and numbers follow the time. Those without a time come last. */
+const events = unpackEvents(source.events);
+
+function unpackEvents(packed) {
+  const count = packed.time.length;
+  const columns = {
+    count,
+    timed: packed.timed,
+    time: new Float64Array(count),
+    file: Uint32Array.from(packed.file),
+    shape: Uint32Array.from(packed.shape),
+    value: Uint32Array.from(packed.value),
+    lines: Uint32Array.from(packed.lines),
+    offset: unpackDeltas(packed.offset, packed.file),
+    id: unpackDeltas(packed.id, packed.file),
+    relay: new Uint32Array(count),
+    kind: new Uint8Array(count),
+  };
+  let time = 0;
+  for (let id = 0; id < count; ++id) {
+    time = id < packed.timed ? time + packed.time[id] : packed.time[id];
+    columns.time[id] = time;
+    columns.relay[id] = files[columns.file[id]].relay;
+    columns.kind[id] = shapes[columns.shape[id]].kind;
+  }
+  return columns;
+}
+
+/** Numbers of which each was stored as what it adds to the one before it from the same file. */
+function unpackDeltas(deltas, fileOf) {
+  const last = new Float64Array(files.length);
+  return Float64Array.from(deltas, (delta, id) => (last[fileOf[id]] += delta));
+}
+
+const hasTime = (id) => id < events.timed;
+const shapeOf = (id) => shapes[events.shape[id]];
+const eventText = (id) => texts[shapeOf(id).event];
+const valueText = (id) => texts[events.value[id]];
+const placeText = (id) => texts[shapeOf(id).place];
+const relayText = (id) => relays[events.relay[id]];
+const timeText = (id) => (hasTime(id) ? stampText(events.time[id]) : "no time");
+
+/** Lines of the error log, in their order. A foreign line has no time. */
+const problems = source.problems.map(([time, message, connection, status]) => ({
+  time: time === "" ? NaN : Date.parse(`${time}Z`),
+  message: readable(message),
+  connection: readable(connection),
+  status: readable(status),
+}));
+
+const damage = source.damage.map(([file, offset, length, reason]) => ({ file, offset, length, reason }));
+const failures = source.failures.map(readable);
+
+/** All that there is to see, with a little air at both ends. */
+const whole = wholeSpan();
+
+function wholeSpan() {
+  let first = events.timed > 0 ? events.time[0] : Infinity;
+  let last = events.timed > 0 ? events.time[events.timed - 1] : -Infinity;
+  for (const { time } of problems) {
+    first = Math.min(first, Number.isNaN(time) ? Infinity : time);
+    last = Math.max(last, Number.isNaN(time) ? -Infinity : time);
+  }
+  if (first > last) {
+    first = last = Date.parse(`${source.made.replace(" ", "T")}Z`);
+  }
+  const air = Math.max((last - first) * 0.015, 30 * kSecond);
+  return { from: first - air, to: last + air, first, last };
+}
+
+/** What the relays call their plant: the last such text of each. */
+const plants = plantOfEachRelay();
+
+function plantOfEachRelay() {
+  const names = relays.map(() => "");
+  for (let id = 0; id < events.count; ++id) {
+    names[events.relay[id]] = texts[shapeOf(id).plant] || names[events.relay[id]];
+  }
+  return names;
+}
+
+// A relay without an event for days is what nobody notices otherwise.
+const kSilentAfter = source.silent * kDay;
+const lastEvents = lastEventOfEachRelay();
+const silentSince = Math.max(whole.first, whole.last - kSilentAfter);
+const isSilent = (relay) => !(lastEvents[relay] >= silentSince);
+
+function lastEventOfEachRelay() {
+  const last = new Float64Array(relays.length).fill(NaN);
+  for (let id = 0; id < events.timed; ++id) {
+    last[events.relay[id]] = events.time[id];
+  }
+  return last;
+}

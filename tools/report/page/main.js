@@ -1,0 +1,52 @@
+// Puts the parts together, and prepares the page for paper.
+
+const kPrintedEvents = 1000;
+
+/** On paper there is no scrolling: the events stand there as a plain table, as many as anybody would read. */
+function fillPrintPart() {
+  const ids = Array.from(listed.subarray(0, kPrintedEvents));
+  const rows = ids.map((id) => make("tr", {}, ...kColumns.map(({ name, text: textOf }) =>
+    make("td", { className: `cell-${name}` }, ...(name === "kind" ? [kindDot(events.kind[id])] : []),
+      make("bdi", { textContent: textOf(id) })))));
+  const note = listed.length > ids.length
+    ? `The first ${numberText(ids.length)} of ${counted(listed.length, "event")}: zoom or filter before printing to see others.`
+    : counted(listed.length, "event");
+  byId("print-part").replaceChildren(make("h2", { textContent: "Events" }), make("p", { textContent: note }),
+    makeTable(kColumns.map(({ title }) => title), rows));
+}
+
+function setPrinting(isPrinting) {
+  document.documentElement.classList.toggle("printing", isPrinting);
+  if (isPrinting) {
+    fillPrintPart();
+  } else {
+    byId("print-part").replaceChildren();
+  }
+  theme = readTheme();
+  measure();
+  drawAxis();
+  drawOverview();
+  drawLanes();
+}
+
+function listenToSurroundings() {
+  window.addEventListener("beforeprint", () => setPrinting(true));
+  window.addEventListener("afterprint", () => setPrinting(false));
+  matchMedia("(prefers-color-scheme: dark)").addEventListener("change", () => {
+    theme = readTheme();
+    change("theme", {});
+  });
+  new ResizeObserver(() => {
+    change("theme", {});
+    change("sort", {});
+  }).observe(byId("chart"));
+}
+
+startTimeLine();
+startEvents();
+startDetails();
+startPanels();
+listenToSurroundings();
+change("filter", {});
+change("selection", {});
+change("rest", {});

@@ -1,0 +1,188 @@
+// ruvoctl report: a page to look at, made from day files and the error log.
+#include "platform/clock.h"
+#include "tools/command.h"
+#include "tools/events/day_file_walk.h"
+#include "tools/events/filter_options.h"
+#include "tools/report/report_data.h"
+#include "tools/report/report_page.h"
+#include "tools/text_encoding.h"
+#include "tools/whole_file.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdio>
+#include <optional>
+#include <string>
+#include <system_error>
+
+namespace ruvo {
+
+namespace {
+
+constexpr std::string_view kUsualTitle = "Relay events";
+constexpr unsigned kUsualSilentDays = 3;
+constexpr unsigned kMostSilentDays = 3660;
+
+constexpr std::array kOptions{
+    SOption{EOptionKind::List, "EVENTROOT", "folders that hold day files at any depth, or day files"},
+    SOption{EOptionKind::Text, "-o,--output",
+            "the page's file, replaced at once when it exists; - for standard "
+            "output"},
+    SOption{EOptionKind::Text, "--log", "the error log, whose problems are shown beside the events"},
+    kSinceOption,
+    kUntilOption,
+    kRelayOption,
+    SOption{EOptionKind::Text, "--silent",
+            "days without an event after which a relay is called silent (default 3)"},
+    SOption{EOptionKind::Text, "--title", "what stands above the page, such as the site's name"},
+};
+
+constexpr std::string_view kNotes =
+    "The page is one file that needs no network: send it, keep it, print it.\n"
+    "--since and --until apply to the log too, whose times are this machine's; event times are the relays' "
+    "own.\n"
+    "Exit status: 0, or 1 when there was damage or something could not be read or written, or 2 for a "
+    "mistake "
+    "in the arguments.\n\n"
+    "Example: the week for the morning's meeting\n"
+    "  ruvoctl report events/ --log RUVO_Errors.log --since 2026-11-16 --title \"Northfield 33 kV\" -o "
+    "week.html";
+
+/// "2026-11-16 23:30:00", the form in which the page's script takes times.
+std::string NowText() {
+    const SCalendarTime now = UtcTime();
+    std::array<char, 80> text{}; // room for six ints of any value
+    std::snprintf(text.data(), text.size(), "%04d-%02d-%02d %02d:%02d:%02d", now.year, now.month, now.day,
+                  now.hour, now.minute, now.second);
+    return text.data();
+}
+
+std::string Counted(std::size_t count, std::string_view one, std::string_view many) {
+    return std::to_string(count) + ' ' + std::string(count == 1 ? one : many);
+}
+
+std::string Summary(const CReportData& data) {
+    return Counted(data.EventCount(), "event", "events") + " of " +
+           Counted(data.RelayCount(), "relay", "relays") + ", " +
+           Counted(data.ProblemCount(), "problem", "problems") + ", " +
+           Counted(data.DamageCount(), "damaged place", "damaged places");
+}
+
+/// False, with a word about it, when the page cannot be put there.
+bool PutPage(const std::string& path, const std::string& page, const CReportData& data, SConsole& console) {
+    if (path == "-") {
+        console.out.Write(page);
+        return true;
+    }
+    const std::string shownPath = EscapeControls(SystemTextToUtf8(path));
+    if (const std::string failure = ReplaceWholeFile(path, page); !failure.empty()) {
+        console.error.Write("ruvoctl: " + shownPath + ": " + failure + "\n");
+        return false;
+    }
+    console.out.Write(shownPath + ": " + Summary(data) + "\n");
+    return true;
+}
+
+/// A line without a time is taken: it may be the one that matters.
+bool TakesLine(const SEventFilter& filter, const SLogLine& line) {
+    const auto key = ParseTimeKey(line.time, EDayEdge::Start);
+    return !key || ((!filter.since || *key >= *filter.since) && (!filter.until || *key <= *filter.until));
+}
+
+/// The log's lines within the filter's time; false, with a word about it, when it cannot be read.
+bool AddProblems(const std::string& path, const SEventFilter& filter, CReportData& data, SConsole& console) {
+    CLogReader reader;
+    SFileResult result = reader.Open(path);
+    if (result.Good()) {
+        for (SLogLine line; reader.Next(line);) {
+            if (TakesLine(filter, line)) {
+                data.AddProblem(line);
+            }
+        }
+        result = reader.Result();
+    }
+    if (!result.Good()) {
+        const std::string failure =
+            EscapeControls(SystemTextToUtf8(path)) + ": " + SystemErrorText(result.systemCode);
+        data.AddFailure(failure);
+        console.error.Write("ruvoctl: " + failure + "\n");
+    }
+    return result.Good();
+}
+
+/// True when everything was read and nothing was damaged.
+bool AddEvents(const SFoundFiles& found, const SEventFilter& filter, CReportData& data, SConsole& console) {
+    for (const SFoundFile& file : found.files) {
+        data.AddRelay(file.relay);
+    }
+    CDayFileWalk walk(console);
+    walk.Read(found, [&](const SEventSource& source, const SDayFileItem& item, CProgress& /*progress*/) {
+        if (item.record != nullptr && filter.TakesRecord(*item.record)) {
+            data.AddRecord(source, item);
+        }
+        if (item.damage) {
+            data.AddDamage(source, *item.damage);
+        }
+    });
+    for (const std::string& failure : walk.Failures()) {
+        data.AddFailure(failure);
+    }
+    return walk.Failures().empty() && data.DamageCount() == 0;
+}
+
+/// None, with a word about it, for a number of days that is none.
+std::optional<unsigned> SilentDays(const CArguments& arguments, SConsole& console) {
+    if (!arguments.Has("--silent")) {
+        return kUsualSilentDays;
+    }
+    const std::string text = arguments.Get("--silent");
+    const char* const end = text.data() + text.size();
+    unsigned days = 0;
+    const auto [stop, error] = std::from_chars(text.data(), end, days);
+    if (error == std::errc() && stop == end && days >= 1 && days <= kMostSilentDays) {
+        return days;
+    }
+    console.error.Write("--silent: " + EscapeControls(text) + ": want a number of days, 1 to " +
+                        std::to_string(kMostSilentDays) + "\n");
+    return std::nullopt;
+}
+
+int RunReport(const CArguments& arguments, SConsole& console) {
+    SEventFilter filter;
+    const std::optional<unsigned> silentDays = SilentDays(arguments, console);
+    if (!silentDays || !TakeFilterOptions(arguments, console, filter)) {
+        return kExitUsage;
+    }
+    if (!arguments.Has("--output")) {
+        console.error.Write("report: where to? Add -o report.html, or -o - for standard output\n");
+        return kExitUsage;
+    }
+    SFoundFiles found = FindDayFiles(arguments.GetAll("EVENTROOT"));
+    std::erase_if(found.files, [&filter](const SFoundFile& file) { return !filter.TakesRelay(file.relay); });
+    CReportData data;
+    bool isGood = AddEvents(found, filter, data, console);
+    if (arguments.Has("--log")) {
+        isGood = AddProblems(arguments.Get("--log"), filter, data, console) && isGood;
+    }
+    const SReportHead head{.title = arguments.Has("--title") ? SystemTextToUtf8(arguments.Get("--title"))
+                                                             : std::string(kUsualTitle),
+                           .made = NowText(),
+                           .since = arguments.Get("--since"),
+                           .until = arguments.Get("--until"),
+                           .relay = SystemTextToUtf8(arguments.Get("--relay")),
+                           .log = SystemTextToUtf8(arguments.Get("--log")),
+                           .silentDays = *silentDays};
+    std::string json;
+    data.WriteJson(json, head);
+    isGood = PutPage(arguments.Get("--output"), MakePage(json), data, console) && isGood;
+    return isGood ? kExitGood : kExitFailed;
+}
+
+} // namespace
+
+SCommand ReportCommand() {
+    return {"report", "Make a page to look at: time line, events, problems", kNotes, kOptions, RunReport};
+}
+
+} // namespace ruvo

@@ -1,0 +1,229 @@
+#include "tools/report/report_data.h"
+
+#include "tools/events/event_fields.h"
+#include "tools/events/event_values.h"
+#include "tools/report/event_kind.h"
+#include "tools/text_encoding.h"
+
+#include <algorithm>
+#include <chrono>
+
+namespace ruvo {
+
+namespace {
+
+enum EShapeFlags : std::uint32_t { kExtended = 1, kClockDoubted = 2, kSummerTime = 4, kRecordDoubted = 8 };
+
+std::int64_t MillisecondsOf(const STimeFields& fields) {
+    using namespace std::chrono;
+    const sys_days date = year(fields.year) / month(static_cast<unsigned>(fields.month)) /
+                          day(static_cast<unsigned>(fields.day));
+    const milliseconds since = date.time_since_epoch() + hours(fields.hour) + minutes(fields.minute) +
+                               seconds(fields.second) + milliseconds(fields.milliseconds);
+    return since.count();
+}
+
+std::uint32_t FlagsOf(const SDayFileItem& item) {
+    const CParlaneIEC870& time = item.record->GetTimeStamp();
+    return (item.isExtended ? kExtended : 0U) | (time.IsInvalid() ? kClockDoubted : 0U) |
+           (time.IsSummerTime() ? kSummerTime : 0U) | (item.record->IsValid() ? 0U : kRecordDoubted);
+}
+
+/// What the event's flags are called, when they have names: they say more than ones and zeros.
+std::string NamedFlags(const CEventRecord& record) {
+    const CCell* const cell = ValueCell(record);
+    return cell != nullptr ? SetBitsText(*cell) : std::string();
+}
+
+/// The words that tell the kind: the event's own, else those of its flags.
+EEventKind KindOf(const CEventRecord& record) {
+    const EEventKind kind = EventKindOf(ReadableRelayLine(record.GetEventText()));
+    return kind != EEventKind::Other ? kind : EventKindOf(ReadableRelayLine(NamedFlags(record)));
+}
+
+template <class TItems, class TWrite>
+void WriteList(CJsonWriter& json, std::string_view key, const TItems& items, const TWrite& write) {
+    json.Key(key).Open('[');
+    for (const auto& item : items) {
+        write(item);
+    }
+    json.Close(']');
+}
+
+template <class TLists>
+void WriteLists(CJsonWriter& json, std::string_view key, const TLists& lists) {
+    WriteList(json, key, lists, [&json](const auto* list) {
+        json.Open('[');
+        for (const std::uint32_t number : *list) {
+            json.Number(number);
+        }
+        json.Close(']');
+    });
+}
+
+} // namespace
+
+void CReportData::AddRelay(const std::string& name) {
+    m_relays.try_emplace(name, static_cast<Index>(m_relays.size()));
+}
+
+CReportData::Index CReportData::FileIndex(const SEventSource& source) {
+    if (m_files.empty() || m_files.back().file != source.file) { // files come one after the other
+        m_files.push_back(source);
+        AddRelay(source.relay);
+    }
+    return static_cast<Index>(m_files.size() - 1);
+}
+
+CReportData::Index CReportData::RelayText(const std::string& cp1252) {
+    return m_texts.Add(ReadableRelayLine(cp1252));
+}
+
+CReportData::Index CReportData::ShapeOf(const SDayFileItem& item) {
+    const CEventRecord& record = *item.record;
+    std::string location;
+    AppendLocation(location, record.GetEventLocation());
+    return m_shapes.Add({RelayText(record.GetEventText()), static_cast<Index>(KindOf(record)),
+                         m_texts.Add(std::move(location)), RelayText(record.GetAuxText1()),
+                         RelayText(record.GetAuxText2()), RelayText(record.GetAuxText3()),
+                         record.GetEventCode(), FlagsOf(item)});
+}
+
+CReportData::Indexes CReportData::LinesOf(const CEventRecord& record) {
+    Indexes lines;
+    const Index none = m_texts.Add({});
+    if (const auto* const simple = AsSimple(record)) {
+        for (const std::string& line : SplitLines(simple->GetText())) {
+            lines.insert(lines.end(), {none, RelayText(line)});
+        }
+        return lines;
+    }
+    const CCell* const valueCell = ValueCell(record);
+    for (const auto& cell : AsExtended(record)->GetCells()) {
+        const std::string bits = SetBitsText(*cell);
+        if (cell.get() != valueCell || !bits.empty()) {
+            const std::string value = ValueText(*cell) + (bits.empty() ? "" : "  (" + bits + ")");
+            lines.insert(lines.end(), {RelayText(cell->GetLabelText()), RelayText(value)});
+        }
+    }
+    return lines;
+}
+
+void CReportData::TakeTime(SEvent& event, const CParlaneIEC870& time) {
+    event.hasTime = IsRealTime(time);
+    if (event.hasTime) {
+        event.time = MillisecondsOf(time.ToFields());
+        return;
+    }
+    std::string bytes;
+    AppendHex(bytes, time.GetOctets());
+    event.time = m_texts.Add(std::move(bytes));
+}
+
+void CReportData::AddRecord(const SEventSource& source, const SDayFileItem& item) {
+    const CEventRecord& record = *item.record;
+    SEvent event;
+    TakeTime(event, record.GetTimeStamp());
+    event.file = FileIndex(source);
+    event.shape = ShapeOf(item);
+    const std::string flags = NamedFlags(record);
+    event.value = RelayText(flags.empty() ? EventValueText(record) : flags);
+    event.lines = m_lines.Add(LinesOf(record));
+    event.offset = item.offset;
+    event.id = record.GetUniqueId();
+    m_events.push_back(event);
+}
+
+void CReportData::AddDamage(const SEventSource& source, const SDayFileDamage& damage) {
+    m_damage.push_back({FileIndex(source), damage});
+}
+
+// Column by column, and numbers as what they add to the one before: that is short, and quickly unpacked.
+void CReportData::WriteEvents(CJsonWriter& json) const {
+    const auto column = [&](std::string_view key, auto member) {
+        WriteList(json, key, m_events, [&](const SEvent& event) { json.Number(event.*member); });
+    };
+    const auto deltas = [&](std::string_view key, auto member) { // within each file
+        std::vector<std::int64_t> last(m_files.size());
+        WriteList(json, key, m_events, [&](const SEvent& event) {
+            const auto number = static_cast<std::int64_t>(event.*member);
+            json.Signed(number - std::exchange(last[event.file], number));
+        });
+    };
+    std::int64_t lastTime = 0;
+    json.Key("events").Open('{');
+    json.Key("timed").Number(
+        static_cast<std::uint64_t>(std::ranges::count(m_events, true, &SEvent::hasTime)));
+    WriteList(json, "time", m_events, [&](const SEvent& event) {
+        json.Signed(event.hasTime ? event.time - std::exchange(lastTime, event.time) : event.time);
+    });
+    column("file", &SEvent::file);
+    column("shape", &SEvent::shape);
+    column("value", &SEvent::value);
+    column("lines", &SEvent::lines);
+    deltas("offset", &SEvent::offset);
+    deltas("id", &SEvent::id);
+    json.Close('}');
+}
+
+void CReportData::WriteProblems(CJsonWriter& json) const {
+    WriteList(json, "problems", m_problems, [&json](const SLogLine& line) {
+        json.Open('[');
+        for (const std::string& text :
+             {line.time, line.message, ShortConnectionName(line.connection), line.status}) {
+            json.Text(EscapeControls(text));
+        }
+        json.Close(']');
+    });
+}
+
+void CReportData::WriteJson(std::string& out, const SReportHead& head) {
+    std::ranges::stable_sort(m_events, [](const SEvent& a, const SEvent& b) {
+        return a.hasTime != b.hasTime ? a.hasTime : a.hasTime && a.time < b.time;
+    });
+    std::vector<std::string_view> relays(m_relays.size());
+    for (const auto& [name, index] : m_relays) {
+        relays[index] = name;
+    }
+    CJsonWriter json(out);
+    const auto writeText = [&json](std::string_view text) { json.Text(EscapeControls(text)); };
+    json.Open('{');
+    for (const auto& [key, text] : {std::pair<std::string_view, const std::string&>{"title", head.title},
+                                    {"made", head.made},
+                                    {"since", head.since},
+                                    {"until", head.until},
+                                    {"relay", head.relay},
+                                    {"log", head.log}}) {
+        json.Key(key).Text(EscapeControls(text));
+    }
+    json.Key("silent").Number(head.silentDays);
+    json.Key("kinds").Open('[');
+    for (std::size_t kind = 0; kind < kEventKindCount; ++kind) {
+        json.Text(EventKindName(static_cast<EEventKind>(kind)));
+    }
+    json.Close(']');
+    WriteList(json, "relays", relays, writeText);
+    WriteList(json, "files", m_files, [&](const SEventSource& source) {
+        json.Open('[');
+        json.Number(m_relays.at(source.relay));
+        writeText(source.file);
+        json.Close(']');
+    });
+    WriteList(json, "texts", m_texts.Items(), [&json](const std::string* text) { json.Text(*text); });
+    WriteLists(json, "shapes", m_shapes.Items());
+    WriteLists(json, "lists", m_lines.Items());
+    WriteEvents(json);
+    WriteList(json, "damage", m_damage, [&json](const SDamage& damage) {
+        json.Open('[');
+        json.Number(damage.file);
+        json.Number(damage.range.offset);
+        json.Number(damage.range.length);
+        json.Text(DayFileFaultText(damage.range.fault));
+        json.Close(']');
+    });
+    WriteList(json, "failures", m_failures, writeText);
+    WriteProblems(json);
+    json.Close('}');
+}
+
+} // namespace ruvo
