@@ -1,0 +1,311 @@
+"""What a person does with a report page, done by a browser: report_test.py RUVOCTL FOLDER"""
+
+import os
+import subprocess
+import sys
+import time
+
+import sites
+from browser import browser
+
+ROWS = "#grid-space .grid-row"
+counts = {"passed": 0, "failed": 0}
+
+
+def check(what, good, seen=""):
+    counts["passed" if good else "failed"] += 1
+    if not good:
+        print(f"FAILED: {what}: {seen}")
+
+
+def equal(what, got, wanted):
+    check(what, got == wanted, f"got {got!r}, wanted {wanted!r}")
+
+
+def make_page(ruvoctl, folder, name, make=None, *options):
+    """A page of a site that `make` writes; its path."""
+    root = os.path.join(folder, name)
+    log = os.path.join(folder, f"{name}.log")
+    os.makedirs(root)
+    if make is not None:
+        make(root, log)
+    if os.path.exists(log):
+        options = ("--log", log, *options)
+    page = os.path.join(folder, f"{name}.html")
+    done = subprocess.run([ruvoctl, "report", root, "-o", page, *options], capture_output=True, text=True)
+    check(f"{name}: made", done.returncode in (0, 1) and os.path.exists(page), done.stderr)
+    return page
+
+
+def number(text):
+    return int(text.split()[0].replace(",", ""))
+
+
+def shown(page):
+    return number(page.text("#event-count"))
+
+
+def check_quiet(page, what, path):
+    """No complaint in the console, and nothing asked for but the page itself."""
+    equal(f"{what}: console", page.complaints(), [])
+    others = [url for url in page.requests() if not (url.startswith("file://") and url.endswith(os.path.basename(path)))
+              and not url.startswith("data:")]
+    equal(f"{what}: requests", others, [])
+
+
+def coloured(page, canvas):
+    """How many pixels of a canvas are painted."""
+    return page.run("""const c = document.querySelector(arguments[0]);
+        const d = c.getContext("2d").getImageData(0, 0, c.width, c.height).data;
+        let n = 0; for (let i = 3; i < d.length; i += 4) n += d[i] > 0; return n;""", canvas)
+
+
+def test_shows(page):
+    tiles = dict(zip(page.texts(".tile-name"), page.texts(".tile strong")))
+    equal("tiles: relays", tiles["Relays"], str(len(sites.BAYS)))
+    check("tiles: events", number(tiles["Events"]) > 1000, tiles)
+    equal("tiles: the relay that went silent", tiles["Silent relays"], "1")
+    equal("a lane for each relay and one for problems", len(page.texts(".lane-label")), len(sites.BAYS) + 1)
+    equal("the legend adds up", sum(number(text) for text in page.texts(".chip .count")), shown(page))
+    for canvas in ("#plot", "#overview", "#axis"):
+        check(f"{canvas} is painted", coloured(page, canvas) > 500)
+    check("only the rows in sight exist", 10 < len(page.texts(ROWS)) < 60, len(page.texts(ROWS)))
+    equal("problems listed", len(page.texts(".problems li")), number(tiles["Problems"]))
+    check("accents survive", "\u00c9L04-D\u00e9part 7" in page.texts(".lane-label .name"))
+
+
+def test_filters(page):
+    everything = shown(page)
+    page.type("#search", "TRIP i>")
+    check("search: fewer", 0 < shown(page) < everything, shown(page))
+    equal("search: all rows have it", set(page.texts(f"{ROWS} .cell-event")), {"I> trip"})
+    page.type("#search", "oakfield peak")
+    equal("search in cells and plant", set(page.texts(f"{ROWS} .cell-relay")), {"FD31-00001001"})
+    page.type("#search", "nothing has this")
+    equal("search: nothing", (shown(page), page.run("return document.getElementById('grid-empty').hidden")), (0, False))
+    page.click("#clear")
+    equal("cleared", shown(page), everything)
+    page.type("#relay", "5")
+    name = page.run("return document.getElementById('relay').selectedOptions[0].textContent")
+    equal("relay: its rows only", set(page.texts(f"{ROWS} .cell-relay")), {name})
+    check("relay: its lane is pressed", page.run(
+        "return document.querySelector('.lane-label[aria-pressed=true] .name').textContent") == name)
+    page.click("#clear")
+    trips = number(page.texts(".chip .count")[0])
+    page.click(".chip")
+    equal("a kind switched off", shown(page), everything - trips)
+    check("its rows are gone", "Trip" not in page.texts(f"{ROWS} .cell-kind"))
+    page.click("#clear")
+    page.click("#grid-head .cell-event button")
+    order = page.texts(f"{ROWS} .cell-event")
+    equal("sorted by event", (order == sorted(order), page.run(
+        "return document.querySelector('#grid-head .cell-event').ariaSort")), (True, "ascending"))
+    page.click("#grid-head .cell-time button")
+
+
+def test_zoom(page):
+    everything, window = shown(page), page.text("#window")
+    page.press("#plot", "d")
+    check("D: one day", page.text("#window").endswith("(1 day)"), page.text("#window"))
+    day = shown(page)
+    check("D: fewer events", 0 < day < everything, day)
+    page.press("#plot", "h")
+    check("H: one hour", page.text("#window").endswith("(1 h)"), page.text("#window"))
+    before = page.text("#window")
+    page.press("#plot", "\ue014")  # right
+    check("right: moves on", page.text("#window") != before)
+    page.press("#plot", "-")
+    check("minus: two hours", page.text("#window").endswith("(2 h)"), page.text("#window"))
+    page.press("#plot", "0")
+    equal("0: all again", (page.text("#window"), shown(page)), (window, everything))
+    page.press("#plot", "\ue015", "n")  # down
+    first = page.text(".details-event")
+    page.press("#plot", "n")
+    check("N: the next event of the lane", page.text(".details dl") is not None and first is not None)
+    check("the row of the chosen event is in sight", page.text(f"{ROWS}[aria-selected=true]") is not None)
+    drag(page, "#plot", 0.3, 0.5)
+    check("a drag zooms", 0 < shown(page) < everything, shown(page))
+    wheel(page, "#plot")
+    check("the wheel zooms further", page.text("#zoom-all") == "All" and number(page.text("#event-count")) < everything)
+    page.click("#zoom-all")
+    equal("button: all again", shown(page), everything)
+    page.click("#close-event")
+
+
+def place_of(page, selector, part):
+    box = page.run("""const e = document.querySelector(arguments[0]); e.scrollIntoView({block: "center"});
+        const b = e.getBoundingClientRect(); return [b.left, b.top, b.width, b.height];""", selector)
+    return box[0] + box[2] * part, box[1] + box[3] / 2
+
+
+def mouse(page, kind, x, y, **more):
+    page.driver.execute_cdp_cmd("Input.dispatchMouseEvent", {"type": kind, "x": x, "y": y, **more})
+    page.settle()
+
+
+def drag(page, selector, start, end):
+    x, y = place_of(page, selector, start)
+    to, _ = place_of(page, selector, end)
+    mouse(page, "mousePressed", x, y, button="left", clickCount=1)
+    mouse(page, "mouseMoved", (x + to) / 2, y, button="left", buttons=1)
+    mouse(page, "mouseMoved", to, y, button="left", buttons=1)
+    mouse(page, "mouseReleased", to, y, button="left", clickCount=1)
+
+
+def wheel(page, selector):
+    before = page.text("#window")
+    x, y = place_of(page, selector, 0.5)
+    mouse(page, "mouseWheel", x, y, deltaX=0, deltaY=-240)
+    check("wheel: the window changes", page.wait(f"document.getElementById('window').textContent !== {before!r}"))
+
+
+def test_keyboard(page):
+    page.press("#grid", "\ue015", "\ue015")
+    selected = page.text(f"{ROWS}[aria-selected=true] .cell-event")
+    check("down: the second row is chosen", selected == page.texts(f"{ROWS} .cell-event")[1], selected)
+    check("its details are shown", page.text(".details-event") == selected, page.text(".details-event"))
+    page.click("#next-event")
+    check("next in time: a row further up", page.run(
+        f"return document.querySelector('{ROWS}[aria-selected=true]').ariaRowIndex") == "2")
+    page.click("#close-event")
+    page.run("document.activeElement.blur(); window.scrollTo(0, 0)")
+    visited = []
+    for _ in range(60):
+        page.driver.switch_to.active_element.send_keys("\ue004")  # tab
+        visited.append(page.run("const e = document.activeElement; return [e.id || e.className || e.tagName, "
+                                "getComputedStyle(e).outlineStyle]"))
+    names = [name for name, _ in visited]
+    for wanted in ("skip", "zoom-in", "chip", "plot", "search", "relay", "grid", "relay-list", "problem-list"):
+        check(f"tab reaches {wanted}", wanted in names or any(wanted in name for name in names), names)
+    check("the focus is seen everywhere", all(style != "none" for name, style in visited if name != "BODY"), visited)
+    nameless = page.run("""return Array.from(document.querySelectorAll("button, input, select, [tabindex='0']"))
+        .filter((e) => !(e.ariaLabel || e.textContent.trim() || e.labels?.length || e.getAttribute("aria-labelledby")))
+        .map((e) => e.outerHTML.slice(0, 80))""")
+    equal("every control has a name", nameless, [])
+
+
+CONTRASTS = """const probe = document.createElement("canvas").getContext("2d", {willReadFrequently: true});
+const style = getComputedStyle(document.documentElement);
+function light(name) {
+  probe.fillStyle = style.getPropertyValue(name); probe.fillRect(0, 0, 1, 1);
+  const [r, g, b] = Array.from(probe.getImageData(0, 0, 1, 1).data, (v) => v / 255)
+    .map((v) => v <= 0.04045 ? v / 12.92 : ((v + 0.055) / 1.055) ** 2.4);
+  return 0.2126 * r + 0.7152 * g + 0.0722 * b;
+}
+const low = [];
+function need(least, names, grounds) {
+  for (const name of names) for (const ground of grounds) {
+    const [a, b] = [light(name), light(ground)].sort((x, y) => y - x);
+    const ratio = (a + 0.05) / (b + 0.05);
+    if (ratio < least) low.push(`${name} on ${ground}: ${ratio.toFixed(2)}`);
+  }
+}
+need(4.5, ["--ink", "--quiet", "--accent", "--problem", "--warning"], ["--surface", "--page", "--raised"]);
+need(4.5, ["--on-accent"], ["--accent"]);
+need(3, ["--control-line", ...[0, 1, 2, 3, 4, 5, 6].map((kind) => `--kind-${kind}`)], ["--surface"]);
+return low;"""
+
+
+def test_looks(page):
+    grounds = {}
+    for scheme in ("light", "dark"):
+        for width in (390, 900, 1440):
+            page.look(width, 900, scheme)
+            equal(f"{scheme}, {width} wide: nothing sticks out", page.run(
+                "return document.documentElement.scrollWidth - document.documentElement.clientWidth"), 0)
+            check(f"{scheme}, {width} wide: rows", len(page.texts(ROWS)) > 5)
+        grounds[scheme] = page.run("return getComputedStyle(document.body).backgroundColor")
+        equal(f"{scheme}: contrasts", page.run(CONTRASTS), [])
+    check("two themes", grounds["light"] != grounds["dark"], grounds)
+
+
+def test_prints(page):
+    page.run("window.addEventListener('beforeprint', () => "
+             "window.printed = document.querySelectorAll('#print-part tbody tr').length)")
+    pdf = page.pdf()
+    check("a PDF of several pages", pdf.startswith(b"%PDF") and pdf.count(b"/Type /Page\n") + pdf.count(b"/Type /Page ") > 3,
+          len(pdf))
+    equal("the events stand on paper", page.run("return window.printed"), min(shown(page), 1000))
+    check("and are gone again", page.wait("document.querySelectorAll('#print-part tr').length === 0"))
+
+
+def test_hostile(page):
+    equal("nothing ran", page.run("return window.hit ?? null"), None)
+    equal("no element came out of a text", page.run(
+        "return document.querySelectorAll('img, svg, i, b, script:not(#data):not([type=module]), iframe, object').length"), 0)
+    found = page.texts(f"{ROWS} .cell-event")
+    for attack in sites.HOSTILE[:5]:
+        check(f"stays text: {attack}", attack in found, found)
+    everything = page.run("return document.body.innerText + Array.from(document.querySelectorAll('[title]'), "
+                          "(e) => e.title).join('')")
+    tricks = [c for c in everything if ord(c) < 32 and c not in "\n\t" or c in "\x7f\u202e\u2066\u2028"]
+    equal("no control character, no turned text", tricks, [])
+    check("what would turn the text is named", "a<U+202E>txt.exe<U+2066>b<U+2028>c" in everything)
+    check("an event without a time", "no time" in page.texts(f"{ROWS} .cell-time"))
+    equal("damage is listed", len(page.texts("#damage-list tbody tr")), 1)
+    for at in range(len(found)):
+        page.press("#grid", "\ue015")
+        check(f"details {at}: text", page.text(".details-event") in found, page.text(".details-event"))
+    equal("still nothing ran", page.run("return window.hit ?? null"), None)
+
+
+def test_policy(page):
+    """Were a text ever to become markup or script, the page's own policy would still stop it."""
+    blocked = page.run("""try { document.body.innerHTML += "<p>"; return false; } catch (error) { return true; }""")
+    check("markup out of texts is refused", blocked)
+    page.run("""const s = document.createElement("script");
+        try { s.textContent = "window.hit = 9"; } catch (error) {}
+        document.body.append(s);
+        const image = new Image(); image.src = "https://example.invalid/x.png"; document.body.append(image);""")
+    page.settle()
+    equal("an added script does not run", page.run("return window.hit ?? null"), None)
+    check("an image from elsewhere is refused", any("img-src" in line for line in page.complaints()))
+
+
+def test_large(page, path):
+    start = time.monotonic()
+    page.open(path)
+    check("large: drawn", page.wait("document.querySelectorAll('#grid-space .grid-row').length > 5"))
+    print(f"100,000 events: {os.path.getsize(path) / 1e6:.1f} MB, drawn after {time.monotonic() - start:.2f} s")
+    equal("large: all are there", shown(page), 100_000)
+    check("large: few rows exist", len(page.texts(ROWS)) < 60)
+    check("large: a page of a few MB", os.path.getsize(path) < 6_000_000, os.path.getsize(path))
+    page.press("#grid", "\ue010")  # end
+    equal("large: the last row is the first event", page.run(
+        f"return document.querySelector('{ROWS}[aria-selected=true]').ariaRowIndex"), "100001")
+    page.press("#plot", "0", "d")
+    check("large: a day", 0 < shown(page) < 20_000, shown(page))
+
+
+def run(ruvoctl, folder):
+    week = make_page(ruvoctl, folder, "week", sites.week, "--title", "Northfield <33> kV")
+    hostile = make_page(ruvoctl, folder, "hostile", sites.hostile)
+    empty = make_page(ruvoctl, folder, "empty")
+    large = make_page(ruvoctl, folder, "large", lambda root, _: sites.large(root))
+    with browser() as page:
+        page.look(1440, 900)
+        page.open(week)
+        equal("title", (page.text("h1"), page.driver.title), ("Northfield <33> kV",) * 2)
+        for test in (test_shows, test_filters, test_zoom, test_keyboard, test_looks, test_prints):
+            test(page)
+        check_quiet(page, "week", week)
+        page.look(1440, 900)
+        page.open(hostile)
+        test_hostile(page)
+        check_quiet(page, "hostile", hostile)
+        test_policy(page)
+        page.open(empty)
+        check("empty: says so", "no event" in page.text("#grid-empty"), page.text("#grid-empty"))
+        page.requests()
+        check_quiet(page, "empty", empty)
+        test_large(page, large)
+        check_quiet(page, "large", large)
+
+
+if __name__ == "__main__":
+    try:
+        run(sys.argv[1], sys.argv[2])
+    except Exception as failure:  # the count must come last whatever happens
+        check("the whole test", False, repr(failure))
+    print(f"{counts['passed']} passed, {counts['failed']} failed")
+    sys.exit(counts["failed"] > 0)
