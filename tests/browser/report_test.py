@@ -281,6 +281,7 @@ def run(ruvoctl, folder):
     week = make_page(ruvoctl, folder, "week", sites.week, "--title", "Northfield <33> kV")
     hostile = make_page(ruvoctl, folder, "hostile", sites.hostile)
     empty = make_page(ruvoctl, folder, "empty")
+    clocks = make_page(ruvoctl, folder, "clocks", sites.failed_clocks)
     large = make_page(ruvoctl, folder, "large", lambda root, _: sites.large(root))
     with browser() as page:
         page.look(1440, 900)
@@ -298,6 +299,13 @@ def run(ruvoctl, folder):
         check("empty: says so", "no event" in page.text("#grid-empty"), page.text("#grid-empty"))
         page.requests()
         check_quiet(page, "empty", empty)
+        page.open(clocks)
+        equal("failed clocks: the day is in sight, not the century", (page.text("#window")[:15], shown(page)),
+              ("Sun 15 Nov 2026", 48))
+        equal("failed clocks: only the relay of the past is silent", page.texts("tr.silent button"), ["FD31-00001003"])
+        page.click("#zoom-all")
+        equal("failed clocks: all can be seen", shown(page), 50)
+        check_quiet(page, "failed clocks", clocks)
         test_large(page, large)
         check_quiet(page, "large", large)
 

@@ -123,6 +123,18 @@ def hostile(root, log):
                     (None, HOSTILE[1])])
 
 
+def failed_clocks(root, log):
+    """A day of events; one relay believes that it is 1998, another 2079."""
+    relays = [Relay(*bay) for bay in BAYS[:4]]
+    for hour in range(24):
+        for relay in relays[:2]:
+            relay.simple(after(hour), (3, 1), "I> start", unsigned(hour))
+    relays[2].simple(datetime.datetime(1998, 1, 1), (3, 1), "I> start", day=MONDAY.date())
+    relays[3].simple(datetime.datetime(2079, 1, 1), (3, 1), "I> start", day=MONDAY.date())
+    for relay in relays:
+        relay.write(root)
+
+
 WORDS = ("I> start", "I> trip", "CB open", "Thermal alarm", "Self test", "Earth fault", "Power swing")
 
 

@@ -83,6 +83,25 @@ function wholeSpan() {
   return { from: first - air, to: last + air, first, last };
 }
 
+/**
+ * Where nearly all events lie, when that is a small part of the whole: a relay whose clock has failed sends stamps
+ * that are decades away, and must not squeeze all others into one line.
+ */
+const bulk = bulkSpan();
+
+function bulkSpan() {
+  const kStray = 0.02;
+  const kSmallPart = 0.2;
+  if (events.timed === 0) {
+    return whole;
+  }
+  const low = events.time[Math.floor(events.timed * kStray)];
+  const high = events.time[Math.ceil(events.timed * (1 - kStray)) - 1];
+  const air = Math.max((high - low) * 0.05, kHour / 2);
+  const span = { from: Math.max(low - air, whole.from), to: Math.min(high + air, whole.to) };
+  return span.to - span.from < kSmallPart * (whole.to - whole.from) ? span : whole;
+}
+
 /** What the relays call their plant: the last such text of each. */
 const plants = plantOfEachRelay();
 
@@ -97,7 +116,8 @@ function plantOfEachRelay() {
 // A relay without an event for days is what nobody notices otherwise.
 const kSilentAfter = source.silent * kDay;
 const lastEvents = lastEventOfEachRelay();
-const silentSince = Math.max(whole.first, whole.last - kSilentAfter);
+const lastOfAll = Math.min(whole.last, bulk.to);
+const silentSince = Math.max(whole.first, lastOfAll - kSilentAfter);
 const isSilent = (relay) => !(lastEvents[relay] >= silentSince);
 
 function lastEventOfEachRelay() {

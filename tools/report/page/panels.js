@@ -16,7 +16,7 @@ function problemNote() {
 }
 
 function silentNote() {
-  const span = whole.last - silentSince;
+  const span = lastOfAll - silentSince;
   return span >= kSilentAfter ? `no event in the last ${counted(source.silent, "day")}` : "no event in this time";
 }
 
@@ -133,10 +133,14 @@ function noProblemText() {
   return problems.length === 0 ? "The error log names no problem." : "No problem in the time line's window.";
 }
 
+const kDamageAtMost = 500;
+
 function fillDamage() {
   byId("damage-card").hidden = damage.length + failures.length === 0;
-  byId("damage-note").textContent = "What is around a damaged place is shown all the same.";
-  const rows = damage.map(({ file, offset, length, reason }) => make("tr", {},
+  byId("damage-note").textContent = damage.length > kDamageAtMost
+    ? `The first ${numberText(kDamageAtMost)} of ${numberText(damage.length)}; ruvoctl events shows all.`
+    : "What is around a damaged place is shown all the same.";
+  const rows = damage.slice(0, kDamageAtMost).map(({ file, offset, length, reason }) => make("tr", {},
     make("th", { scope: "row" }, text(files[file].path)),
     make("td", { className: "number", textContent: numberText(offset) }),
     make("td", { className: "number", textContent: numberText(length) }),

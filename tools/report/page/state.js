@@ -1,8 +1,8 @@
 // What the person has chosen, and what follows from it. Everything on the page draws itself from here.
 
 const state = {
-  from: whole.from,
-  to: whole.to,
+  from: bulk.from,
+  to: bulk.to,
   query: "",
   relay: -1, // all
   kinds: kinds.map(() => true),
