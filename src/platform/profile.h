@@ -45,4 +45,11 @@ inline constexpr std::size_t kLargestTextFile = std::size_t{4} * 1024 * 1024;
 /// cannot be read or is no regular file. Used where the program looks at INI text itself.
 bool ReadTextFile(const std::string& path, std::string& text);
 
+/// The bytes of such a file as they are.
+bool ReadTextFileBytes(const std::string& path, std::string& bytes);
+/// The text that they stand for.
+std::string TextOfFileBytes(std::string_view bytes);
+/// What a file of UTF-16 begins with.
+inline constexpr std::string_view kWideTextMark = "\xFF\xFE";
+
 } // namespace ruvo

@@ -24,17 +24,27 @@ bool ReadAll(CFile& file, std::string& text) {
 
 } // namespace
 
-bool ReadTextFile(const std::string& path, std::string& text) {
-    text.clear();
+bool ReadTextFileBytes(const std::string& path, std::string& bytes) {
+    bytes.clear();
     CFile file;
-    if (file.Open(path, {.read = true}).Good() && ReadAll(file, text)) {
-        if (text.starts_with("\xFF\xFE")) {
-            text = Utf16ToUtf8(std::string_view(text).substr(2));
-        }
+    if (file.Open(path, {.read = true}).Good() && ReadAll(file, bytes)) {
         return true;
     }
-    text.clear();
+    bytes.clear();
     return false;
+}
+
+std::string TextOfFileBytes(std::string_view bytes) {
+    return bytes.starts_with(kWideTextMark) ? Utf16ToUtf8(bytes.substr(kWideTextMark.size()))
+                                            : std::string(bytes);
+}
+
+bool ReadTextFile(const std::string& path, std::string& text) {
+    const bool isRead = ReadTextFileBytes(path, text);
+    if (text.starts_with(kWideTextMark)) {
+        text = TextOfFileBytes(text);
+    }
+    return isRead;
 }
 
 } // namespace ruvo

@@ -2,12 +2,17 @@
 
 #include "platform/files.h"
 #include "platform/full_path_text.h"
+#include "platform/posix/native_path.h"
 
 namespace ruvo {
 
 std::string FullPath(const std::string& path) {
     std::string full = FormFullPath(path, CurrentFolder());
     return full.size() < kMaxPath ? full : std::string();
+}
+
+std::string SystemPath(const std::string& fullPath) {
+    return ToNativePath(fullPath).value_or("");
 }
 
 } // namespace ruvo

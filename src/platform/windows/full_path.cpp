@@ -13,4 +13,8 @@ std::string FullPath(const std::string& path) {
     return length < kMaxPath ? std::string(full.data(), length) : std::string();
 }
 
+std::string SystemPath(const std::string& fullPath) {
+    return fullPath;
+}
+
 } // namespace ruvo
