@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <sys/stat.h>
 
 namespace ruvo::test {
 namespace {
@@ -94,6 +95,7 @@ TEST(CheckCommand, EachResultCodeNamesItsLines) {
                              row.ini);
         else
             std::filesystem::remove(path);
+        chmod(path.c_str(), 0600);
         setenv("RUVO_REGISTRY_USER", folder.Native("none").c_str(), 1);
         setenv("RUVO_REGISTRY_MACHINE", folder.Native(row.code == 28 ? "registry.ini" : "none").c_str(), 1);
         server.refuseConnection = row.code == 7;
@@ -111,6 +113,14 @@ TEST(CheckCommand, EachResultCodeNamesItsLines) {
                       std::string::npos,
                   row.code == 12);
         EXPECT_EQ(CurrentFolder(), before);
+    }
+    folder.Write("file.ini",
+                 "[RUVO_GENERAL]\nEventRootDir=" + folder.Path("e") + "\n" + kSerial + kPasswords);
+    for (const unsigned mode : {0600U, 0640U, 0644U}) {
+        chmod(folder.Native("file.ini").c_str(), mode);
+        const SOutcome outcome = RunTool({"check", folder.Native("file.ini")});
+        EXPECT_EQ(outcome.status, 0);
+        EXPECT_EQ(outcome.out.find("\"chmod 600\"") != std::string::npos, mode == 0644) << outcome.out;
     }
 }
 

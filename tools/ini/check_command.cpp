@@ -1,17 +1,18 @@
 // ruvoctl check: the check-only mode of the extractor for people and scripts.
 #include "app/load_and_check.h"
+#include "config/configuration.h"
 #include "link/p32_wrap.h"
-#include "paths/path_utilities.h"
 #include "platform/com_runtime.h"
-#include "platform/files.h"
+#include "platform/file_access.h"
 #include "platform/full_path.h"
 #include "platform/ini_text.h"
-#include "platform/modules.h"
 #include "platform/profile.h"
 #include "tools/command.h"
 #include "tools/ini/ini_findings.h"
+#include "tools/ini/program_folder.h"
 #include "tools/text_encoding.h"
 
+#include <algorithm>
 #include <array>
 
 namespace ruvo {
@@ -31,25 +32,6 @@ constexpr std::string_view kNotes =
     "Exit status: the result code; 0 is success.\n\n"
     "Example:\n"
     "  ruvoctl check site.ini";
-
-/// The program's folder as working directory, for as long as this lives.
-class CProgramFolder {
-public:
-    CProgramFolder() : m_saved(CurrentFolder()) {
-        const SPathParts program = SplitPath(ProgramPath());
-        SetCurrentFolder(program.drive + program.folder);
-    }
-    ~CProgramFolder() {
-        if (!m_saved.empty()) {
-            SetCurrentFolder(m_saved);
-        }
-    }
-    CProgramFolder(const CProgramFolder&) = delete;
-    CProgramFolder& operator=(const CProgramFolder&) = delete;
-
-private:
-    std::string m_saved;
-};
 
 EResultCode TryCommsServer() {
     if (!StartComRuntime()) {
@@ -77,6 +59,23 @@ void PrintFindings(CTextOutput& out, const std::string& file, std::string_view p
     }
 }
 
+/// What a reader of the file could learn that is nobody else's business.
+std::vector<SIniFinding> FindOpenPasswords(const std::string& fullPath, const CIniText& ini) {
+    const auto holdsText = [](const SIniEntry& entry) {
+        return !entry.IsComment() && entry.value && !entry.value->empty();
+    };
+    const bool holdsPasswords = std::ranges::any_of(ini.Sections(), [&](const SIniSection& section) {
+        return EqualIniNames(section.name, kPasswordsSection) &&
+               std::ranges::any_of(section.entries, holdsText);
+    });
+    if (!holdsPasswords || !IsReadableByEveryone(fullPath).value_or(false)) {
+        return {};
+    }
+    return {{0,
+             "every user of this machine can read the passwords in this file; \"chmod 600\" leaves it to its "
+             "owner, \"chmod 640\" to its group too"}};
+}
+
 int RunCheck(const CArguments& arguments, SConsole& console) {
     const std::string typed = arguments.Get("INI");
     const std::string fullPath = FullPath(typed);
@@ -89,6 +88,7 @@ int RunCheck(const CArguments& arguments, SConsole& console) {
     const CIniText ini = CIniText::Parse(text);
     PrintFindings(console.out, typed, "", FindCauses(code, ini));
     PrintFindings(console.out, typed, "warning: ", FindOddities(ini));
+    PrintFindings(console.out, typed, "warning: ", FindOpenPasswords(fullPath, ini));
     return static_cast<int>(code);
 }
 
