@@ -22,7 +22,9 @@ enum class EOptionKind : std::uint8_t {
     Flag,       ///< --name
     Text,       ///< --name TEXT
     Choice,     ///< --name ONE, of the choices
+    Repeated,   ///< --name TEXT, as often as wanted
     Positional, ///< one argument, required
+    Optional,   ///< one argument that may be missing
     List,       ///< one argument or more, required
 };
 

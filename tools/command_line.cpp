@@ -48,6 +48,15 @@ void AddOption(CLI::App& app, const SOption& option) {
             ->expected(1);
         break;
     }
+    case EOptionKind::Repeated:
+        app.add_option(name, help)
+            ->type_name("TEXT")
+            ->expected(1)
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+        break;
+    case EOptionKind::Optional:
+        app.add_option(name, help)->type_name("")->expected(1);
+        break;
     case EOptionKind::Positional:
         app.add_option(name, help)->required()->type_name("")->expected(1);
         break;
@@ -107,7 +116,7 @@ int RunCommandLine(std::span<const std::string> arguments, SConsole& console) {
         return kExitUsage;
     }
     CLI::App program(
-        "Companion of ruvo: reads day files back, checks INI files, tests relays, scrambles passwords.",
+        "Companion of ruvo: reads day files back, makes, edits and checks INI files, tests relays.",
         "ruvoctl");
     program.require_subcommand(1);
     program.set_version_flag("--version", kVersion);

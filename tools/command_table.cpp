@@ -7,6 +7,10 @@
 namespace ruvo {
 
 SCommand EventsCommand();
+SCommand NewCommand();
+SCommand ListCommand();
+SCommand AddCommand();
+SCommand RemoveCommand();
 SCommand CheckCommand();
 SCommand TestCommand();
 SCommand PasswordCommand();
@@ -14,7 +18,8 @@ SCommand ReportCommand();
 
 std::span<const SCommand> Commands() {
     static const std::array commands{
-        EventsCommand(), CheckCommand(), TestCommand(), PasswordCommand(), ReportCommand(),
+        EventsCommand(), NewCommand(),  ListCommand(),     AddCommand(),    RemoveCommand(),
+        CheckCommand(),  TestCommand(), PasswordCommand(), ReportCommand(),
     };
     return commands;
 }

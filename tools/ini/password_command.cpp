@@ -1,24 +1,30 @@
-// ruvoctl password: relay passwords to and from the scrambled form of the INI file.
+// ruvoctl password: relay passwords into the INI file, and to and from their scrambled form.
+#include "config/configuration.h"
 #include "config/scramble.h"
 #include "platform/secret.h"
-#include "platform/terminal.h"
 #include "tools/command.h"
+#include "tools/ini/ini_edit.h"
 #include "tools/ini/ini_forms.h"
+#include "tools/ini/password_input.h"
+#include "tools/ini/relay_entries.h"
 
 #include <algorithm>
 #include <array>
-#include <optional>
-#include <utility>
 
 namespace ruvo {
 
 namespace {
 
-constexpr std::string_view kAction = "encrypt|decrypt";
+constexpr std::string_view kAction = "set|clear|encrypt|decrypt";
 constexpr std::string_view kBlanks = " \t";
 
 constexpr std::array kOptions{
-    SOption{EOptionKind::Positional, kAction, "to scramble a password, or to turn a scrambled text back"},
+    SOption{
+        EOptionKind::Positional, kAction,
+        "to store a relay's password in an INI file or take it away, to scramble a password, or to turn a "
+        "scrambled text back"},
+    SOption{EOptionKind::Optional, "INI", "for set and clear: the INI file"},
+    SOption{EOptionKind::Optional, "KEY", "for set and clear: the relay's key, as RV003"},
     SOption{EOptionKind::Text, "--key",
             "the relay's entry, as RV003: encrypt prints a line for the INI file, decrypt wants one of that "
             "entry"},
@@ -27,112 +33,44 @@ constexpr std::array kOptions{
 constexpr std::string_view kNotes =
     "The password, or the scrambled text, is asked for without showing it; where the standard input is no\n"
     "terminal it is one line of it. decrypt also takes a whole line of the INI file. A password has 0 to 8\n"
-    "characters; a character beyond ASCII counts for each of its bytes.\n"
-    "Exit status: 0, or 1 when the text is not usable, or 2 for a mistake in the arguments.\n\n"
-    "Example: a line for relay RV003, added to the file (whose last section is [RUVO_PASSWORDS])\n"
-    "  ruvoctl password encrypt --key RV003 >>site.ini";
+    "characters; for encrypt a character beyond ASCII counts for each of its bytes, set takes none.\n"
+    "set and clear change one line; every other byte, the owner and the permissions of the file stay.\n"
+    "Exit status: 0, or 1 when the text is not usable or nothing was done, or 2 for a mistake in the "
+    "arguments.\n\n"
+    "Examples: the password of relay RV003, typed, then one from a password store; a line to copy\n"
+    "  ruvoctl password set site.ini RV003\n"
+    "  pass show relays/RV003 | ruvoctl password set site.ini RV003\n"
+    "  ruvoctl password encrypt --key RV003";
 
 constexpr std::string_view kNotice =
-    "ruvoctl password: want encrypt or decrypt and, if at all, --key with RV and three digits.\n"
+    "ruvoctl password: want set or clear with INI and KEY, as in ruvoctl password set site.ini RV003, or "
+    "encrypt or\ndecrypt and, if at all, --key with RV and three digits.\n"
     "A password is never an argument, since other users see the arguments of a program: it is asked for, or "
     "read\nfrom the standard input.\n";
 
-// What is wrong, for people; an empty text stands for nothing. None of them may repeat what was typed.
-using Mistake = std::string_view;
-
-constexpr Mistake kNoInput = "nothing was entered";
-constexpr Mistake kNotTheSame = "the two passwords are not the same";
-constexpr Mistake kTooLong = "the password has more than 8 characters";
-constexpr Mistake kControls = "a password cannot hold control characters";
 constexpr Mistake kNoEntry = "want a scrambled text, or its line of the INI file as RV003=...";
 constexpr Mistake kOtherEntry = "this is not the line of the entry that --key names";
 constexpr Mistake kNotScrambled = "no scrambled text: want the 22 characters that scrambling gives";
 constexpr Mistake kUnreadable =
     "the text gives no readable password: a digit is wrong, or another key table made it";
 
-/// Enough to tell any line that is too long from one that is not.
-constexpr std::size_t kLongestLine = kLongestHiddenLine;
-
 bool IsControl(char c) {
     const auto byte = static_cast<unsigned char>(c);
     return byte < 0x20 || byte == 0x7F;
 }
 
-bool ReadPipedLine(std::istream& in, std::string& line) {
-    line.reserve(kLongestLine + 1); // growing would leave copies behind
-    char c = '\0';
-    bool isRead = false;
-    while (line.size() <= kLongestLine && in.get(c)) {
-        isRead = true;
-        if (c == '\n') {
-            break;
-        }
-        line += c;
-    }
-    WipeBytes(&c, 1);
-    if (line.ends_with('\r')) { // a file written on Windows
-        line.pop_back();
-    }
-    return isRead;
-}
-
-bool ReadSecret(SConsole& console, std::string_view prompt, std::string& line) {
-    if (!console.inIsTerminal) {
-        return ReadPipedLine(console.in, line);
-    }
-    std::optional<std::string> typed = ReadHiddenLine(prompt);
-    if (typed) {
-        line = std::move(*typed); // the buffer moves, and nothing is copied
-    }
-    return typed.has_value();
-}
-
-/// A person cannot see what was typed, and so types it twice.
-Mistake ReadPassword(SConsole& console, std::string& password) {
-    if (!ReadSecret(console, "Password: ", password)) {
-        return kNoInput;
-    }
-    if (console.inIsTerminal) {
-        std::string again;
-        const CWipeAtScopeEnd wipe(again);
-        if (!ReadSecret(console, "The same again: ", again)) {
-            return kNoInput;
-        }
-        if (again != password) {
-            return kNotTheSame;
-        }
-    }
-    if (password.size() > kMaxPasswordLength) {
-        return kTooLong;
-    }
-    return std::ranges::any_of(password, IsControl) ? kControls : Mistake();
-}
-
 Mistake Encrypt(const std::string& key, SConsole& console) {
-    std::string password;
-    const CWipeAtScopeEnd wipe(password);
-    if (const Mistake mistake = ReadPassword(console, password); !mistake.empty()) {
-        return mistake;
+    std::string scrambled;
+    const Mistake mistake = ReadScrambled(console, "Password: ", EPasswordBytes::Any, scrambled);
+    if (mistake.empty()) {
+        console.out.Write((key.empty() ? key : key + "=") + scrambled + "\n");
     }
-    std::array<char, kScrambledLength + 1> scrambled{};
-    if (ScramblePassword(password.c_str(), scrambled.data()) != 0) {
-        return kTooLong;
-    }
-    console.out.Write((key.empty() ? key : key + "=") + scrambled.data() + "\n");
-    return {};
+    return mistake;
 }
 
 std::string_view Trim(std::string_view text) {
     text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
     return text.substr(0, text.find_last_not_of(kBlanks) + 1);
-}
-
-std::string UpperCase(std::string_view text) {
-    std::string upper(text);
-    std::ranges::transform(upper, upper.begin(), [](char c) {
-        return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-    });
-    return upper;
 }
 
 /// Leaves the scrambled text of a line that may be one of the INI file.
@@ -147,7 +85,7 @@ Mistake TakeEntry(const std::string& wantedKey, std::string_view& line) {
         return kNoEntry;
     }
     line = Trim(line.substr(equals + 1));
-    return wantedKey.empty() || UpperCase(key) == wantedKey ? Mistake() : kOtherEntry;
+    return wantedKey.empty() || UpperKey(key) == wantedKey ? Mistake() : kOtherEntry;
 }
 
 /// Scrambling fills a short password up with zeros. Where others stand, the text is not what it was.
@@ -194,18 +132,68 @@ Mistake Decrypt(const std::string& key, SConsole& console) {
     return PrintPassword(scrambled.Text(), console);
 }
 
+SIniPlan PlanSet(const CIniText& ini, const std::string& key, SConsole& console) {
+    const auto relays = ListRelays(ini);
+    if (std::ranges::find(relays, key, &SRelay::key) == relays.end()) {
+        return {.refusal = "no section lists a relay under " + key + "; ruvoctl add adds it first"};
+    }
+    std::string scrambled;
+    const Mistake mistake =
+        ReadScrambled(console, "Password of " + key + ": ", EPasswordBytes::Ascii, scrambled);
+    if (!mistake.empty()) {
+        return {.refusal = std::string(mistake)};
+    }
+    if (IsEmptyPassword(scrambled)) {
+        return {.refusal = std::string(kNoInput) + "; ruvoctl password clear takes a password away"};
+    }
+    return {.edits = {{std::string(kPasswordsSection), key, scrambled}},
+            .done = "password of " + key + " stored"};
+}
+
+SIniPlan PlanClear(const CIniText& ini, const std::string& key, SConsole& /*console*/) {
+    if (ini.FindEntry(kPasswordsSection, key) == nullptr) {
+        return {.done = "no password of " + key + " was stored"};
+    }
+    return {.edits = {{std::string(kPasswordsSection), key, std::nullopt}},
+            .done = "password of " + key + " taken away"};
+}
+
 struct SAction {
     std::string_view name;
     Mistake (*run)(const std::string& key, SConsole& console);
 };
 constexpr std::array kActions{SAction{"encrypt", Encrypt}, SAction{"decrypt", Decrypt}};
 
+struct SFileAction {
+    std::string_view name;
+    SIniPlan (*plan)(const CIniText& ini, const std::string& key, SConsole& console);
+};
+constexpr std::array kFileActions{SFileAction{"set", PlanSet}, SFileAction{"clear", PlanClear}};
+
+int Refuse(SConsole& console) {
+    console.error.Write(kNotice);
+    return kExitUsage;
+}
+
+int RunOnFile(const SFileAction& action, const CArguments& arguments, SConsole& console) {
+    const std::string key = UpperKey(arguments.Get("KEY"));
+    if (!IsRelayKey(key) || arguments.Has("--key")) {
+        return Refuse(console);
+    }
+    return EditIniFile(arguments.Get("INI"), console,
+                       [&](const CIniText& ini) { return action.plan(ini, key, console); });
+}
+
 int RunPassword(const CArguments& arguments, SConsole& console) {
-    const auto* const action = std::ranges::find(kActions, arguments.Get(kAction), &SAction::name);
-    const std::string key = UpperCase(arguments.Get("--key"));
-    if (action == kActions.end() || (arguments.Has("--key") && !IsRelayKey(key))) {
-        console.error.Write(kNotice);
-        return kExitUsage;
+    const std::string name = arguments.Get(kAction);
+    const auto* const fileAction = std::ranges::find(kFileActions, name, &SFileAction::name);
+    if (fileAction != kFileActions.end()) {
+        return RunOnFile(*fileAction, arguments, console);
+    }
+    const auto* const action = std::ranges::find(kActions, name, &SAction::name);
+    const std::string key = UpperKey(arguments.Get("--key"));
+    if (action == kActions.end() || arguments.Has("INI") || (arguments.Has("--key") && !IsRelayKey(key))) {
+        return Refuse(console);
     }
     const Mistake mistake = action->run(key, console);
     if (mistake.empty()) {
@@ -218,8 +206,9 @@ int RunPassword(const CArguments& arguments, SConsole& console) {
 } // namespace
 
 SCommand PasswordCommand() {
-    return {"password", "Scramble a relay's password, or read it back", kNotes, kOptions, RunPassword,
-            kNotice};
+    return {"password",  "Store a relay's password, scramble one, or read it back",
+            kNotes,      kOptions,
+            RunPassword, kNotice};
 }
 
 } // namespace ruvo

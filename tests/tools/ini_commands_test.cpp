@@ -1,0 +1,203 @@
+// The commands that make, list and edit INI files: what they write, what they refuse, and whose the file is.
+#include "support/scratch_folder.h"
+#include "support/scripted_server.h"
+#include "tools/run_tool.h"
+
+#include "config/scramble.h"
+#include "log/error_log.h"
+
+#include <gtest/gtest.h>
+
+#include <pty.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+namespace ruvo::test {
+namespace {
+
+const std::string kPassword = "RV008=6426392349950675645036\r\n";
+const std::string kSite = "[RUVO_GENERAL]\r\nEventRootDir=C:\\x\r\n[RUVO_SERIAL]\r\nRV001=5\r\nRV003=7\r\n"
+                          "[RUVO_ETHERNET]\r\nRV001=10.0.0.1,2\r\n[RUVO_PASSWORDS]\r\n" +
+                          kPassword;
+
+class IniCommands : public testing::Test {
+protected:
+    /// INI stands for the file.
+    SOutcome Tool(std::string words, const std::string& input = "") const {
+        for (std::size_t at = 0; (at = words.find("INI", at)) != std::string::npos; at += m_file.size())
+            words.replace(at, 3, m_file);
+        std::istringstream stream(words);
+        return RunTool({std::istream_iterator<std::string>(stream), {}}, 100, input);
+    }
+    std::string Text() const { return m_folder.Read("site.ini"); }
+    unsigned Mode() const {
+        struct stat status {};
+        return stat(m_file.c_str(), &status) == 0 ? status.st_mode & 07777U : 0;
+    }
+    std::string Stored(const std::string& key) const {
+        char plain[9]{};
+        const std::size_t at = Text().find(key + "=", Text().find("[RUVO_PASSWORDS]"));
+        return at != std::string::npos && UnscramblePassword(Text().c_str() + at + 6, plain) == 0 ? plain
+                                                                                                  : "-";
+    }
+    CScratchFolder m_folder;
+    std::string m_file = m_folder.Native("site.ini");
+};
+
+} // namespace
+
+TEST_F(IniCommands, EditOneEntryOrNothing) {
+    const std::string three = "RV003=7\r\n", tunnel = "10.0.0.1,2\r\n";
+    const std::string rows[][5] = {
+        {"add INI 9", "", "RV009 added", three, three + "RV009=9\r\n"},
+        {"add INI 9 --key rv002", "", "RV002 added", three, "RV002=9\r\n" + three},
+        {"add INI 9 --key RV008", "", "stored under this key", three, three + "RV008=9\r\n"},
+        {"add INI 10.0.0.1,2,1 --link ethernet", "", "", tunnel, tunnel + "RV009=10.0.0.1,2,1\r\n"},
+        {"add INI 9 --link modem", "", "", kPassword, kPassword + "\r\n[RUVO_MODEM]\r\nRV009=9\r\n"},
+        {"remove INI RV003", "", "RV003 removed from [RUVO_SERIAL]\n", three, ""},
+        {"remove INI RV001 --link ethernet", "", "from [RUVO_ETHERNET]", "RV001=" + tunnel, ""},
+        {"password clear INI rv008", "", "taken away", kPassword, ""},
+        {"add INI 05", "", "from 1 to 254"},
+        {"add INI 10.0.0.1,1,0 --link ethernet", "", "behind the second comma"},
+        {"add INI 10.0.0.1,2, --link ethernet", "", "RV001 has that address"},
+        {"add INI 7", "", "RV003 has that address"},
+        {"add INI 9 --key RV003", "", "RV003 is taken"},
+        {"add INI 9 --key SECRET", "", "never an argument"},
+        {"add INI 9 --password", "SECRETPWD\n", "more than 8"},
+        {"remove INI RV002", "", "no such key"},
+        {"password set INI RV002", "SECRET\n", "no section lists"},
+        {"password set INI RV001", "SECR\xC3\xA9T\n", "of ASCII"},
+        {"password set INI RV001", "\n", "password clear"},
+        {"password set INI SECRET", "x\n", "never an argument"},
+        {"password set INI.SECRET RV001", "x\n", "cannot be read"},
+    };
+    for (const auto& [words, input, said, before, with] : rows) {
+        m_folder.Write("site.ini", kSite);
+        const SOutcome outcome = Tool(words, input);
+        EXPECT_EQ(Text(), std::string(kSite).replace(kSite.find(before), before.size(), with)) << words;
+        EXPECT_TRUE((outcome.status == 0) == !before.empty() && outcome.error.empty() == !before.empty());
+        EXPECT_NE((outcome.out + outcome.error).find(said), std::string::npos) << words << outcome.error;
+        EXPECT_EQ((outcome.out + outcome.error).find("SECR"), std::string::npos) << words;
+    }
+    EXPECT_EQ(Tool("add INI 9 --password", " a=b;\"\n").status, 0);
+    EXPECT_EQ(Tool("password set INI rv001", "PASSWORD\r\n").status, 0);
+    EXPECT_EQ(Stored("RV009") + Stored("RV001"), " a=b;\"PASSWORD");
+    EXPECT_NE(Tool("remove INI RV009").out.find("and its password"), std::string::npos);
+    EXPECT_EQ(Tool("remove INI RV003").status, 0);
+    EXPECT_EQ(Stored("RV009") + Stored("RV001"), "-PASSWORD");
+    EXPECT_NE(Tool("remove INI RV001").error.find("last relay"), std::string::npos);
+    m_folder.Write("site.ini", "[RUVO_GENERAL]\nEventRootDir=C:\\x\n[RUVO_SERIAL]\nRV001=5\nRV002=x\n");
+    EXPECT_NE(Tool("remove INI RV001").error.find("would make check fail"), std::string::npos);
+    std::string full = "[RUVO_SERIAL]\n";
+    for (int n = 1000; n < 2000; ++n)
+        full += "RV" + std::to_string(n).substr(1) + "=\n";
+    m_folder.Write("site.ini", full);
+    EXPECT_NE(Tool("add INI 9").error.find("RV000 to RV999"), std::string::npos);
+    EXPECT_EQ(Tool("add INI 9 --key RV000").status, 0); // it has no value, so it is free
+    EXPECT_EQ(Text(), full.insert(full.find('=') + 1, "9"));
+}
+
+// Nor does a folder that lets others into its new files let them into an exchanged one.
+TEST_F(IniCommands, ExchangeKeepsLinksPermissionsAndOwner) {
+    const std::string list("\2\0\0\0\1\0\7\0\xFF\xFF\xFF\xFF\2\0\4\0\xFC\xFF\0\0\4\0\5\0\xFF\xFF\xFF\xFF"
+                           "\20\0\7\0\xFF\xFF\xFF\xFF\40\0\0\0\xFF\xFF\xFF\xFF",
+                           44);
+    const bool isRoot = geteuid() == 0;
+    m_folder.Write("site.ini", kSite);
+    setxattr(m_folder.Native().c_str(), "system.posix_acl_default", list.data(), list.size(), 0);
+    std::filesystem::create_directory(m_folder.Native("d"));
+    std::filesystem::create_symlink("../site.ini", m_folder.Native("d/link"));
+    EXPECT_TRUE(!isRoot || chown(m_file.c_str(), 65534, 65533) == 0);
+    for (const unsigned mode : {0600U, 0640U, 0666U}) {
+        chmod(m_file.c_str(), mode);
+        const std::string address = std::to_string(mode % 250 + 1);
+        EXPECT_EQ(Tool("add " + m_folder.Native("d/link") + " " + address).status, 0);
+        EXPECT_EQ(Mode(), mode);
+        EXPECT_EQ(getxattr(m_file.c_str(), "system.posix_acl_access", nullptr, 0), -1);
+    }
+    struct stat status {};
+    EXPECT_EQ(stat(m_file.c_str(), &status), 0);
+    EXPECT_TRUE(!isRoot || (status.st_uid == 65534 && status.st_gid == 65533));
+    EXPECT_TRUE(std::filesystem::is_symlink(m_folder.Native("d/link")));
+    std::filesystem::create_hard_link(m_file, m_folder.Native("twin"));
+    EXPECT_NE(Tool("add INI 99").error.find("hard link"), std::string::npos);
+    std::filesystem::remove(m_folder.Native("twin"));
+    const pid_t child = fork(); // somebody who may read the file and write the folder, but not the file
+    if (child == 0) {
+        const bool isOther = chmod(m_file.c_str(), 0444) == 0 &&
+                             chmod(m_folder.Native().c_str(), 0777) == 0 && (!isRoot || seteuid(65532) == 0);
+        _exit(isOther && Tool("add INI 99").error.find("may not write") != std::string::npos ? 0 : 1);
+    }
+    int result = -1;
+    EXPECT_TRUE(waitpid(child, &result, 0) == child && result == 0);
+    EXPECT_EQ(Text().find("=99"), std::string::npos);
+    for (const auto& entry : std::filesystem::directory_iterator(m_folder.Native()))
+        EXPECT_NE(entry.path().extension(), ".tmp") << entry.path(); // nothing is left beside it
+}
+
+TEST_F(IniCommands, NewMakesAFileThatPassesCheck) {
+    CScriptedServer server;
+    const std::string make = "new INI --events INI.events --log INI.log --link ";
+    const std::string rows[][3] = {
+        {"serial --relay 5 --relay RV009=6 --relay 7 --baud 1200", "", "RV010  serial  7        none\n"},
+        {"modem --relay 5 --modem M --passwords", "PASSWORD\n", "RV001  modem  5        stored\n"},
+        {"ethernet --relay 10.0.0.1,2,3 --relay 10.0.0.1,2 --passwords", "\nA\n", "10.0.0.1,2    stored\n"},
+    };
+    for (const auto& [words, input, listed] : rows) {
+        const mode_t mask = umask(0);
+        EXPECT_EQ(Tool(make + words, input).error, "");
+        umask(mask);
+        EXPECT_EQ(Mode(), 0600U);
+        EXPECT_EQ(Tool("check INI").out, "Success - No input errors found.\n");
+        EXPECT_NE(Tool("list INI").out.find(listed), std::string::npos) << Tool("list INI").out;
+        const std::string text = Text();
+        EXPECT_EQ(Tool(make + words, input).status, 1); // it is there
+        EXPECT_EQ(Text(), text);
+        std::filesystem::remove(m_file);
+    }
+    for (const std::string words :
+         {"serial", "serial --relay 5 --relay 5", "serial --relay 0", "modem --relay 5",
+          "serial --relay 5 --modem M", "serial --relay 5 --log /proc/none/l",
+          "serial --relay 5 --port \"COM1\"", "serial --relay 5 --passwords"}) {
+        EXPECT_NE(Tool(make + words).status, 0) << words;
+        EXPECT_FALSE(m_folder.Has("site.ini")) << words;
+    }
+    EXPECT_EQ(Tool("new INI --link serial --relay 5 --log /proc/none/l").status, 1);
+    EXPECT_FALSE(m_folder.Has("site.ini")); // what check would refuse is taken back
+    m_folder.Write("site.ini", kSite);
+    const std::string json =
+        R"("visited":false,"text":"10.0.0.1,2","valid":true,"ip":"10.0.0.1","device":2,)";
+    EXPECT_NE(Tool("list --format json INI").out.find(json + R"("password":"none"})"), std::string::npos);
+    ResetErrorLog();
+}
+
+TEST_F(IniCommands, NewAsksAtATerminal) {
+    int terminal = -1, status = -1;
+    const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (child == -1) {
+        GTEST_SKIP() << "this machine gives no pseudo-terminals";
+    }
+    if (child == 0) {
+        setvbuf(stdin, nullptr, _IONBF, 0); // as the program does
+        CTextOutput text(std::cout);
+        SConsole console{.in = std::cin, .out = text, .error = text, .inIsTerminal = true};
+        _exit(RunCommandLine(std::vector<std::string>{"new", m_file}, console));
+    }
+    const char* const answers[] = {"serail", "serial", "",   "96", "1200", "", "12",
+                                   "SECRET", "SECRET", "12", "14", "",     "", ""};
+    std::string seen;
+    std::size_t asked = 0;
+    for (char c = 0; read(terminal, &c, 1) == 1;)
+        if (seen += c; seen.ends_with(": ") && asked < std::size(answers))
+            dprintf(terminal, "%s\n", answers[asked++]);
+    EXPECT_TRUE(waitpid(child, &status, 0) == child && status == 0) << seen;
+    EXPECT_TRUE(seen.find("SECR") == std::string::npos &&
+                Text().find("BaudRate=1200\n") != std::string::npos);
+    EXPECT_NE(Text().find("RV001=12\nRV002=14\n"), std::string::npos) << seen;
+    EXPECT_EQ(Stored("RV001") + Stored("RV002"), "SECRET-");
+    close(terminal);
+}
+
+} // namespace ruvo::test

@@ -1,0 +1,164 @@
+#include "tools/ini/ini_document.h"
+
+#include "platform/profile.h"
+#include "tools/ini/ini_forms.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ruvo {
+
+namespace {
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+constexpr std::string_view kBigEndianMark = "\xFE\xFF";
+constexpr std::string_view kLineEnds = "\r\n";
+constexpr std::string_view kBlanks = " \t\v\f\x1A"; // as the reader trims
+constexpr std::string_view kUsualLineEnd = "\n";
+constexpr std::size_t kWideSize = 2;
+constexpr std::size_t kLastLine = static_cast<std::size_t>(-1);
+
+bool IsWide(std::string_view bytes) {
+    return bytes.starts_with(kWideTextMark);
+}
+
+std::string Widened(std::string_view ascii) {
+    std::string wide;
+    for (const char c : ascii) {
+        wide += c;
+        wide += '\0';
+    }
+    return wide;
+}
+
+std::string_view LineEndAt(std::string_view text, std::size_t at) {
+    if (at >= text.size()) {
+        return {};
+    }
+    return text.substr(at, text.substr(at).starts_with("\r\n") ? 2 : 1);
+}
+
+/// Of the section's last line before the place where the key belongs: behind the last relay key below it, or
+/// else behind what the section says at its head.
+std::size_t LineBefore(const SIniSection& section, std::string_view key) {
+    std::size_t line = 0;
+    bool hasRelays = false;
+    for (const SIniEntry& entry : section.entries) {
+        const bool isRelay = IsRelayKey(entry.key);
+        hasRelays = hasRelays || isRelay;
+        if (isRelay && entry.key.substr(2) < key.substr(2)) {
+            line = entry.line;
+        }
+    }
+    if (line != 0 || hasRelays || section.entries.empty()) {
+        return line != 0 ? line : section.line;
+    }
+    return section.entries.back().line;
+}
+
+} // namespace
+
+CIniDocument::CIniDocument(std::string bytes)
+    : m_bytes(std::move(bytes)), m_text(TextOfFileBytes(m_bytes)), m_ini(CIniText::Parse(m_text)) {}
+
+std::string_view CIniDocument::WhyNotEditable() const {
+    if (m_bytes.starts_with(kBigEndianMark)) {
+        return "the file is UTF-16 with the high byte first, which a run cannot read; save it as UTF-8";
+    }
+    if (IsWide(m_bytes) && m_bytes.size() % kWideSize != 0) {
+        return "the file is UTF-16 that ends within a character; save it as UTF-8";
+    }
+    return m_text.find('\0') != std::string::npos
+               ? "the file holds NUL characters, which end a line for its readers "
+                 "but not for its writers; save it as plain text"
+               : std::string_view();
+}
+
+void CIniDocument::Set(std::string_view section, std::string_view key, std::string_view value) {
+    if (const SIniEntry* const entry = m_ini.FindEntry(section, key)) {
+        ChangeLine(entry->line, value);
+        return;
+    }
+    if (m_ini.FindSection(section) == nullptr) {
+        const bool isFirst = m_text.empty() || m_text == kByteOrderMark;
+        InsertLine(kLastLine, (isFirst ? "" : LineEnd(Line(1))) + "[" + std::string(section) + "]");
+    }
+    const SIniSection* const found = m_ini.FindSection(section);
+    InsertLine(LineBefore(*found, key), std::string(key) + "=" + std::string(value));
+}
+
+void CIniDocument::Remove(std::string_view section, std::string_view key) {
+    while (const SIniEntry* const entry = m_ini.FindEntry(section, key)) {
+        const SLine line = Line(entry->line);
+        Splice(line.begin, line.next, "");
+    }
+}
+
+void CIniDocument::Splice(std::size_t begin, std::size_t end, std::string_view with) {
+    const std::size_t first = ByteAt(begin);
+    m_bytes.replace(first, ByteAt(end) - first, IsWide(m_bytes) ? Widened(with) : std::string(with));
+    m_text.replace(begin, end - begin, with);
+    m_ini = CIniText::Parse(m_text);
+}
+
+/// A character of the text is one unit of UTF-16, or two when it takes four bytes of UTF-8.
+std::size_t CIniDocument::ByteAt(std::size_t textAt) const {
+    if (!IsWide(m_bytes)) {
+        return textAt;
+    }
+    std::size_t units = 0;
+    for (const char c : std::string_view(m_text).substr(0, textAt)) {
+        const auto byte = static_cast<unsigned char>(c);
+        units += (byte & 0xC0U) == 0x80 ? 0 : byte >= 0xF0 ? 2 : 1;
+    }
+    return kWideTextMark.size() + units * kWideSize;
+}
+
+/// Counts as the reader counts; a number beyond the last line gives the last one.
+CIniDocument::SLine CIniDocument::Line(std::size_t number) const {
+    const std::size_t start = m_text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
+    SLine line{start, start, start};
+    for (std::size_t at = 0; at < number && line.next < m_text.size(); ++at) {
+        line.begin = line.next;
+        line.end = std::min(m_text.find_first_of(kLineEnds, line.begin), m_text.size());
+        line.next = line.end + LineEndAt(m_text, line.end).size();
+    }
+    return line;
+}
+
+/// The line end of that line, or of the file's first line where that one has none.
+std::string CIniDocument::LineEnd(const SLine& like) const {
+    std::string_view found = LineEndAt(m_text, like.end);
+    if (found.empty()) {
+        const SLine first = Line(1);
+        found = LineEndAt(m_text, first.end);
+    }
+    return std::string(found.empty() ? kUsualLineEnd : found);
+}
+
+/// A last line without an end gets one, and the new last line has none.
+void CIniDocument::InsertLine(std::size_t after, const std::string& line) {
+    const SLine before = Line(after);
+    const std::string lineEnd = LineEnd(before);
+    const bool isOpen = before.end == before.next && before.end != before.begin;
+    Splice(before.next, before.next, isOpen ? lineEnd + line : line + lineEnd);
+}
+
+void CIniDocument::ChangeLine(std::size_t number, std::string_view value) {
+    const SLine line = Line(number);
+    const std::string_view said = std::string_view(m_text).substr(line.begin, line.end - line.begin);
+    const std::size_t equals = said.find('=');
+    if (equals == std::string_view::npos) {
+        const std::size_t end = line.begin + said.find_last_not_of(kBlanks) + 1;
+        Splice(end, end, "=" + std::string(value));
+        return;
+    }
+    const std::size_t first = said.find_first_not_of(kBlanks, equals + 1);
+    if (first == std::string_view::npos) {
+        Splice(line.begin + equals + 1, line.begin + equals + 1, value);
+        return;
+    }
+    Splice(line.begin + first, line.begin + said.find_last_not_of(kBlanks) + 1, value);
+}
+
+} // namespace ruvo

@@ -1,0 +1,155 @@
+#include "tools/ini/ini_edit.h"
+
+#include "config/configuration.h"
+#include "config/validation.h"
+#include "platform/files.h"
+#include "platform/full_path.h"
+#include "platform/profile.h"
+#include "tools/ini/ini_document.h"
+#include "tools/ini/ini_findings.h"
+#include "tools/ini/program_folder.h"
+#include "tools/text_encoding.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace ruvo {
+
+namespace {
+
+struct SFailureText {
+    EAccessFailure failure;
+    std::string_view text;
+};
+constexpr std::array kFailureTexts{
+    SFailureText{EAccessFailure::NotFound,
+                 "want an INI file that exists and is a regular file; ruvoctl new makes one"},
+    SFailureText{EAccessFailure::NotWritable, "you may not write the file; do it as its owner, or as root"},
+    SFailureText{
+        EAccessFailure::OtherNames,
+        "the file has a second name (a hard link), under which the old text would live on; remove that "
+        "name first"},
+    SFailureText{EAccessFailure::Exists, "the file exists, and is never overwritten; want another name"},
+    SFailureText{EAccessFailure::NotMade,
+                 "no file can be made in that folder; want a folder that exists and can be written"},
+    SFailureText{EAccessFailure::NotLikeOld,
+                 "the new file cannot be given the owner and the permissions of the old one; do it as the "
+                 "file's owner, or as root"},
+    SFailureText{EAccessFailure::NotWritten, "the new text could not be written; the old file is as it was"},
+    SFailureText{EAccessFailure::NotExchanged, "the file cannot be exchanged; it is as it was"},
+};
+
+constexpr std::string_view kNotReadable =
+    "the INI file cannot be read; want a text file of 4 MB at most that you may read (ruvoctl new makes one)";
+constexpr std::string_view kTooLarge = "the file would grow beyond 4 MB, which a run does not read";
+constexpr std::string_view kOddLayout =
+    "the file is laid out so that the entry cannot be edited alone; edit it by hand and use ruvoctl check";
+constexpr std::string_view kChangedMeanwhile =
+    "the file was changed by someone else meanwhile; nothing was done, try again";
+
+int Refuse(SConsole& console, std::string_view why) {
+    console.error.Write("ruvoctl: " + std::string(why) + "\n");
+    return kExitFailed;
+}
+
+/// What check would say about the file's rules.
+EResultCode RulesCode(const std::string& path) {
+    const CProgramFolder inProgramFolder; // relative paths in the file count from there
+    CRuvoConfig config;
+    const bool isLoaded = LoadConfiguration(path, config);
+    config.WipePasswords();
+    return isLoaded ? ValidateConfiguration(config) : EResultCode::IniFileNotOpened;
+}
+
+std::string_view Apply(CIniDocument& document, const SIniEdit& edit) {
+    const CIniText before = document.Ini();
+    if (edit.value) {
+        document.Set(edit.section, edit.key, *edit.value);
+    } else {
+        document.Remove(edit.section, edit.key);
+    }
+    // Read again from the bytes, as a run will.
+    const CIniDocument after(document.Bytes());
+    const SIniChange change{edit.section, edit.key, edit.value ? &*edit.value : nullptr};
+    return IsOnlyChange(before, after.Ini(), change) ? std::string_view() : kOddLayout;
+}
+
+std::string_view ApplyAll(CIniDocument& document, const std::vector<SIniEdit>& edits) {
+    std::string_view mistake = document.WhyNotEditable();
+    for (const SIniEdit& edit : edits) {
+        if (mistake.empty()) {
+            mistake = Apply(document, edit);
+        }
+    }
+    return mistake.empty() && document.Bytes().size() > kLargestTextFile ? kTooLarge : mistake;
+}
+
+/// The first line behind a code, with what is wanted there.
+std::string TellCode(EResultCode code, const CIniText& ini) {
+    const std::vector<SIniFinding> findings = FindCauses(code, ini);
+    std::string text(ResultMessage(code));
+    if (!findings.empty()) {
+        text += " " + EscapeControls(SystemTextToUtf8(findings.front().text));
+    }
+    return text;
+}
+
+int Exchange(const std::string& path, const std::string& oldBytes, const CIniDocument& document,
+             SConsole& console) {
+    CFileExchange exchange;
+    SAccessResult result = exchange.Prepare(path, document.Bytes());
+    if (!result.Good()) {
+        return Refuse(console, TellAccessFailure(result));
+    }
+    const EResultCode after = RulesCode(exchange.NewPath());
+    if (after != EResultCode::Success && RulesCode(path) == EResultCode::Success) {
+        return Refuse(console, "that would make check fail: " + TellCode(after, document.Ini()));
+    }
+    std::string bytes;
+    if (!ReadTextFileBytes(path, bytes) || bytes != oldBytes) {
+        return Refuse(console, kChangedMeanwhile);
+    }
+    result = exchange.Commit();
+    if (!result.Good()) {
+        return Refuse(console, TellAccessFailure(result));
+    }
+    if (after != EResultCode::Success) {
+        console.error.Write(
+            "ruvoctl: warning: the file does not pass check yet: " + TellCode(after, document.Ini()) + "\n");
+    }
+    return kExitGood;
+}
+
+} // namespace
+
+std::string TellAccessFailure(const SAccessResult& result) {
+    const auto* const row = std::ranges::find(kFailureTexts, result.failure, &SFailureText::failure);
+    std::string text(row == kFailureTexts.end() ? "" : row->text);
+    return result.systemCode == 0 ? text : text + " (" + SystemErrorText(result.systemCode) + ")";
+}
+
+int EditIniFile(const std::string& typedPath, SConsole& console, const MakeIniPlan& makePlan) {
+    const std::string path = FullPath(typedPath);
+    std::string bytes;
+    if (path.empty() || !ReadTextFileBytes(path, bytes)) {
+        return Refuse(console, kNotReadable);
+    }
+    CIniDocument document(bytes);
+    const SIniPlan plan = makePlan(document.Ini());
+    if (!plan.refusal.empty()) {
+        return Refuse(console, plan.refusal);
+    }
+    if (!plan.edits.empty()) {
+        if (const std::string_view mistake = ApplyAll(document, plan.edits); !mistake.empty()) {
+            return Refuse(console, mistake);
+        }
+        if (const int status = Exchange(path, bytes, document, console); status != kExitGood) {
+            return status;
+        }
+    }
+    console.out.Write(EscapeControls(SystemTextToUtf8(typedPath)) + ": " + plan.done + "\n");
+    return kExitGood;
+}
+
+} // namespace ruvo

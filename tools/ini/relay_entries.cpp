@@ -1,0 +1,153 @@
+#include "tools/ini/relay_entries.h"
+
+#include "config/configuration.h"
+#include "config/ethernet_entry.h"
+#include "config/scramble.h"
+#include "platform/secret.h"
+
+#include <algorithm>
+#include <tuple>
+
+namespace ruvo {
+
+namespace {
+
+static_assert(LinkRow(ELink::Serial).section == kSerialSection &&
+              LinkRow(ELink::Modem).section == kModemSection &&
+              LinkRow(ELink::Ethernet).section == kEthernetSection);
+
+constexpr std::string_view kWantAddress = "want a device address from 1 to 254";
+
+/// A switch of the file: 0 where it is missing or empty.
+std::string SwitchText(const CIniText& ini, std::string_view key) {
+    const SIniEntry* const entry = ini.FindEntry(kGeneralSection, key);
+    return entry == nullptr || !entry->value || entry->value->empty() ? "0" : *entry->value;
+}
+
+bool HasValue(const SIniEntry* entry) {
+    return entry != nullptr && entry->value && !entry->value->empty();
+}
+
+/// What tells two relays of a link apart.
+std::tuple<std::string, std::int32_t, std::int32_t> Address(ELink link, std::string_view text) {
+    if (link != ELink::Ethernet) {
+        return {"", IsNumericText(text, false) ? NumericValue(text) : kInvalidAddress, 0};
+    }
+    return {ParseEthernetIp(text), ParseEthernetDeviceAddress(text), ParseEthernetBusAddress(text)};
+}
+
+bool StandsAnywhere(const CIniText& ini, std::string_view key) {
+    const auto holds = [&](std::string_view section) { return !ini.FindAll(section, key).empty(); };
+    return holds(kPasswordsSection) ||
+           std::ranges::any_of(kLinks, [&](const SLinkRow& row) { return holds(row.section); });
+}
+
+} // namespace
+
+std::optional<ELink> LinkNamed(std::string_view name) {
+    const auto* const row = std::ranges::find(kLinks, name, &SLinkRow::name);
+    return row == kLinks.end() ? std::nullopt : std::optional(static_cast<ELink>(row - kLinks.begin()));
+}
+
+std::optional<ELink> SelectedLink(const CIniText& ini) {
+    const std::string useEthernet = SwitchText(ini, "UseEthernet");
+    const std::string useModem = useEthernet == "1" ? "0" : SwitchText(ini, "UseModem"); // not looked at then
+    const auto* const row = std::ranges::find_if(kLinks, [&](const SLinkRow& link) {
+        return link.useEthernet == useEthernet && link.useModem == useModem;
+    });
+    return row == kLinks.end() ? std::nullopt : std::optional(static_cast<ELink>(row - kLinks.begin()));
+}
+
+std::vector<SRelay> ListRelays(const CIniText& ini) {
+    std::vector<SRelay> relays;
+    for (std::size_t link = 0; link < kLinks.size(); ++link) {
+        for (int number = 0; number < kRelayKeyCount; ++number) {
+            const std::string key = RelayKey(number);
+            const SIniEntry* const entry = ini.FindEntry(kLinks[link].section, key);
+            if (HasValue(entry)) {
+                relays.push_back({static_cast<ELink>(link), key, *entry->value, PasswordOf(ini, key)});
+            }
+        }
+    }
+    return relays;
+}
+
+EStoredPassword PasswordOf(const CIniText& ini, std::string_view key) {
+    const SIniEntry* const entry = ini.FindEntry(kPasswordsSection, key);
+    if (!HasValue(entry)) {
+        return EStoredPassword::None;
+    }
+    CSecret plain(kMaxPasswordLength, '\0');
+    return UnscramblePassword(entry->value->c_str(), plain.Data()) == 0 ? EStoredPassword::Stored
+                                                                        : EStoredPassword::Unusable;
+}
+
+std::string_view WantInstead(ELink link, std::string_view text) {
+    if (link != ELink::Ethernet) {
+        return IsNumericText(text, false) && IsRelayAddress(NumericValue(text)) ? "" : kWantAddress;
+    }
+    if (!IsValidIpAddress(ParseEthernetIp(text))) {
+        return "want IP,device or IP,device,bus as in 192.168.1.10,12,1: four numbers from 0 to 255 with "
+               "dots "
+               "between, then addresses from 1 to 254, no blanks";
+    }
+    if (ParseEthernetDeviceAddress(text) == kInvalidAddress) {
+        return "want a device address from 1 to 254 behind the first comma";
+    }
+    return ParseEthernetBusAddress(text) == kInvalidAddress
+               ? "want nothing or a bus address from 1 to 254 behind the second comma"
+               : "";
+}
+
+std::string KeyWithAddress(const CIniText& ini, ELink link, std::string_view text) {
+    for (const SRelay& relay : ListRelays(ini)) {
+        if (relay.link == link && Address(link, relay.text) == Address(link, text)) {
+            return relay.key;
+        }
+    }
+    return {};
+}
+
+std::optional<std::string> FreeKey(const CIniText& ini) {
+    std::optional<std::string> lowest;
+    std::optional<std::string> behindLast = RelayKey(1); // people count from one
+    for (int number = 0; number < kRelayKeyCount; ++number) {
+        const std::string key = RelayKey(number);
+        if (StandsAnywhere(ini, key)) {
+            behindLast = number + 1 < kRelayKeyCount ? std::optional(RelayKey(number + 1)) : std::nullopt;
+        } else if (!lowest) {
+            lowest = key;
+        }
+    }
+    return behindLast ? behindLast : lowest;
+}
+
+std::string WhyNotAdded(const CIniText& ini, ELink link, const std::string& key, const std::string& address) {
+    const std::string_view section = LinkRow(link).section;
+    if (const std::string_view want = WantInstead(link, address); !want.empty()) {
+        return "this is no address for " + Bracketed(section) + ": " + std::string(want);
+    }
+    if (const std::string other = KeyWithAddress(ini, link, address); !other.empty()) {
+        return other + " has that address; want another one, or remove " + other + " first";
+    }
+    if (key.empty()) {
+        return "all keys from RV000 to RV999 are taken; remove a relay first, or start another INI file";
+    }
+    return HasValue(ini.FindEntry(section, key))
+               ? key + " is taken; want another key, or none given for a free one"
+               : std::string();
+}
+
+std::string Bracketed(std::string_view section) {
+    return "[" + std::string(section) + "]";
+}
+
+std::string UpperKey(std::string_view key) {
+    std::string upper(key);
+    std::ranges::transform(upper, upper.begin(), [](char c) {
+        return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+    });
+    return upper;
+}
+
+} // namespace ruvo

@@ -1,0 +1,74 @@
+// The relays of an INI file, as the commands that list and edit them see them.
+#pragma once
+
+#include "platform/ini_text.h"
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ruvo {
+
+enum class ELink : std::uint8_t { Serial = 0, Modem = 1, Ethernet = 2 };
+
+struct SLinkRow {
+    std::string_view name; ///< as users type it
+    std::string_view section;
+    std::string_view useEthernet; ///< what the two switches of [RUVO_GENERAL] say for it
+    std::string_view useModem;
+};
+/// In the order of ELink.
+inline constexpr std::array kLinks{
+    SLinkRow{"serial", "RUVO_SERIAL", "0", "0"},
+    SLinkRow{"modem", "RUVO_MODEM", "0", "1"},
+    SLinkRow{"ethernet", "RUVO_ETHERNET", "1", "0"},
+};
+inline constexpr std::string_view kLinkChoices = "serial|modem|ethernet";
+
+constexpr const SLinkRow& LinkRow(ELink link) {
+    return kLinks[static_cast<std::size_t>(link)];
+}
+/// None for a text that names no link.
+std::optional<ELink> LinkNamed(std::string_view name);
+/// The link whose relays a run visits; none when the file's switches say neither 0 nor 1.
+std::optional<ELink> SelectedLink(const CIniText& ini);
+
+/// What stands for a relay; a password is `stored` when a run would use it.
+enum class EStoredPassword : std::uint8_t { None, Stored, Unusable };
+
+struct SRelay {
+    ELink link = ELink::Serial;
+    std::string key;  ///< in capital letters
+    std::string text; ///< what the file says behind the key
+    EStoredPassword password = EStoredPassword::None;
+};
+
+/// Every entry of a device section that a reader would see and that has a value; by link, then by key.
+std::vector<SRelay> ListRelays(const CIniText& ini);
+EStoredPassword PasswordOf(const CIniText& ini, std::string_view key);
+
+/// What is wanted of an entry of that link instead of the text; empty when a run takes it.
+std::string_view WantInstead(ELink link, std::string_view text);
+
+/// The relay of the link that has that address, however its entry writes it; empty when none has.
+std::string KeyWithAddress(const CIniText& ini, ELink link, std::string_view text);
+
+/// The key behind the highest one that stands anywhere in the file, else the lowest that stands nowhere:
+/// under a key that is left over in [RUVO_PASSWORDS] a new relay would get another one's password. None when
+/// all are taken.
+std::optional<std::string> FreeKey(const CIniText& ini);
+
+/// Why the relay cannot be added under that key, with what is wanted; empty when it can. The key is empty
+/// when none is free.
+std::string WhyNotAdded(const CIniText& ini, ELink link, const std::string& key, const std::string& address);
+
+/// "[NAME]".
+std::string Bracketed(std::string_view section);
+
+/// RV and three digits in capital letters.
+std::string UpperKey(std::string_view key);
+
+} // namespace ruvo
