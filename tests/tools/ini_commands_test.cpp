@@ -5,9 +5,11 @@
 
 #include "config/scramble.h"
 #include "log/error_log.h"
+#include "platform/file_access.h"
 
 #include <gtest/gtest.h>
 
+#include <grp.h>
 #include <pty.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -121,6 +123,13 @@ TEST_F(IniCommands, ExchangeKeepsLinksPermissionsAndOwner) {
     EXPECT_EQ(stat(m_file.c_str(), &status), 0);
     EXPECT_TRUE(!isRoot || (status.st_uid == 65534 && status.st_gid == 65533));
     EXPECT_TRUE(std::filesystem::is_symlink(m_folder.Native("d/link")));
+    const group* const readers = getgrgid(65534);
+    if (isRoot && readers != nullptr && chown(m_folder.Native().c_str(), 0, 65534) == 0) {
+        EXPECT_TRUE(WriteNewPrivateFile(m_folder.Path("new"), "x", readers->gr_name).Good());
+        EXPECT_EQ(stat(m_folder.Native("new").c_str(), &status), 0);
+        EXPECT_TRUE(status.st_gid == 65534 && (status.st_mode & 07777U) == 0640U &&
+                    m_folder.Read("new") == "x");
+    }
     std::filesystem::create_hard_link(m_file, m_folder.Native("twin"));
     EXPECT_NE(Tool("add INI 99").error.find("hard link"), std::string::npos);
     std::filesystem::remove(m_folder.Native("twin"));

@@ -119,7 +119,11 @@ bool HasForeignOption(const CArguments& arguments, ELink link) {
 bool FillSite(const CArguments& arguments, SConsole& console, bool asks, SNewSite& site) {
     const std::optional<ELink> link =
         arguments.Has("--link") ? LinkNamed(arguments.Get("--link")) : AskLink(console);
-    if (!link || HasForeignOption(arguments, *link)) {
+    if (!link) {
+        return false;
+    }
+    if (HasForeignOption(arguments, *link)) {
+        Fail(console, "an option that goes with another link was given");
         return false;
     }
     site.link = *link;
