@@ -66,7 +66,8 @@ private:
     }
 
     std::array<std::unique_ptr<IEventPrinter>, 4> m_printers{
-        MakeJsonPrinter(), MakeCsvPrinter(), MakeTextPrinter(100, 20), MakeTextPrinter(46, 1)};
+        MakeJsonPrinter(), MakeCsvPrinter(ECsvCells::ForSpreadsheets), MakeTextPrinter(100, 20),
+        MakeTextPrinter(46, 1)};
     std::size_t m_csvColumns = 0;
 };
 

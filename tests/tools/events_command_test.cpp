@@ -1,11 +1,7 @@
 // ruvoctl events: what people and scripts get for a day file, in each format.
 #include "support/scratch_folder.h"
+#include "tools/day_files.h"
 #include "tools/run_tool.h"
-
-#include "protocol/binary_cell.h"
-#include "protocol/cell_factory.h"
-#include "protocol/data_factory.h"
-#include "protocol/event_record.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -14,49 +10,6 @@ namespace ruvo::test {
 namespace {
 
 using nlohmann::json;
-
-std::vector<std::string> Lines(const std::string& text) {
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);)
-        lines.push_back(line);
-    return lines;
-}
-
-std::unique_ptr<CParlaneData> Value(std::uint32_t type, const std::vector<std::uint8_t>& data) {
-    return CDataFactory::Create(type, data);
-}
-
-/// That day of November 2026, at hour:12:01.234.
-CParlaneIEC870 At(std::uint8_t day, std::uint8_t hour) {
-    return CParlaneIEC870(CParlaneIEC870::Octets{0xD2, 4, 12, hour, day, 11, 26});
-}
-
-std::string Image(const CEventRecord& record) {
-    std::vector<std::uint8_t> bytes;
-    record.Serialise(bytes);
-    return {bytes.begin(), bytes.end()};
-}
-
-std::string Simple(const CParlaneIEC870& time, const std::string& text) {
-    CParlaneDataList values;
-    values.push_back(Value(0x24, {7}));
-    values.push_back(nullptr);
-    return Image(CSimpleEventRecord(0, 0, 5, time, text, nullptr, "D\xE9part \"7\"", "a\x07\x1B[2J", "\x81\\",
-                                    0x0320, "Step %u", std::move(values)));
-}
-
-std::string Extended(const CParlaneIEC870& time, const std::string& text) {
-    CCellList cells;
-    cells.push_back(CCellFactory::CreateWithDefaultLimits({}, Value(0x20, {5}).get(), "Event Value "));
-    static_cast<CBinaryCell&>(*cells.back()).SetBitNames({"Start", "Trip", "Gesperrt \xFC"});
-    cells.push_back(CCellFactory::CreateWithDefaultLimits({}, Value(0x24, {0x0F, 1}).get(), "Fault %u"));
-    const auto value = Value(0x20, {5});
-    return Image(
-        CExtendedEventRecord(1, 9, 5, time, text, value->Clone(), "P", "Q", "R", 0x0901, std::move(cells)));
-}
-
-const std::string kHeader = "APP: Parlane\r\nTYPE: EventList\r\n\r\nheaderText\r\n\x1A";
 
 /// Two relays, the second in a folder below and with damage at its end; and what is to be passed over.
 struct SSite {
@@ -129,6 +82,21 @@ TEST(EventsCommand, CsvQuotesWhatNeedsIt) {
               "a\\x07\\x1B[2J,�\\,Step %u,36:07 -,,true,,\r");
     EXPECT_EQ(std::ranges::count(lines[2], ','), std::ranges::count(lines[0], ','));
     EXPECT_TRUE(lines[2].ends_with(",2,no block begins here\r")) << lines[2];
+}
+
+TEST(EventsCommand, SpreadsheetsGetNoFormula) {
+    const CScratchFolder folder;
+    std::string records;
+    for (const char* text : {"=1+1", "+1", "-1", "@A1", "a=1", "=\"x\""})
+        records += Simple(At(16, 3), text);
+    folder.Write("=R1-2026-11-16-DEV.evt", kHeader + records);
+    const std::string path = folder.Native("=R1-2026-11-16-DEV.evt");
+    const std::string csv = RunTool({"events", path, "--format", "csv", "--spreadsheet"}).out;
+    for (const char* part : {",'=R1,46,", ",'=1+1,'=1+1,", ",'+1,'+1,", ",'-1,'-1,", ",'@A1,'@A1,",
+                             ",a=1,a=1,", R"(,"'=""x""",)"})
+        EXPECT_NE(csv.find(part), std::string::npos) << part << '\n' << csv;
+    EXPECT_NE(RunTool({"events", path, "--format", "csv"}).out.find(",=1+1,=1+1,"), std::string::npos);
+    EXPECT_EQ(RunTool({"events", path, "--spreadsheet"}).status, 2);
 }
 
 TEST(EventsCommand, TextFitsAndAligns) {

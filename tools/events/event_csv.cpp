@@ -15,15 +15,23 @@ constexpr std::string_view kHeaderLine =
     "location,"
     "event_text,event,text,value_code,value_bytes,aux1,aux2,aux3,format,values,cells,valid,length,error\r\n";
 
+/// A spreadsheet takes a cell that begins so for a formula, which a relay's text must never become.
+bool LooksLikeFormula(std::string_view cell) {
+    return !cell.empty() && std::string_view("=+-@").find(cell.front()) != std::string_view::npos;
+}
+
 /// Fields of one row, in the order of the header line. A relay's text is readable: control characters but
 /// line feeds are escaped.
 class CCsvRow {
 public:
-    explicit CCsvRow(std::string& out) : m_out(out) {}
+    CCsvRow(std::string& out, ECsvCells cells) : m_out(out), m_cells(cells) {}
 
     void Text(std::string_view utf8) {
         Separate();
-        const std::string text = EscapeControls(utf8, ELineFeeds::Keep);
+        std::string text = EscapeControls(utf8, ELineFeeds::Keep);
+        if (m_cells == ECsvCells::ForSpreadsheets && LooksLikeFormula(text)) {
+            text.insert(0, 1, '\'');
+        }
         if (text.find_first_of("\",\n") == std::string::npos) {
             m_out += text;
             return;
@@ -45,10 +53,12 @@ public:
             Separate();
         }
     }
+    /// What `write` appends.
     template <class TWrite>
     void Plain(const TWrite& write) {
-        Separate();
-        write(m_out);
+        std::string text;
+        write(text);
+        Text(text);
     }
     void End() { m_out += "\r\n"; }
 
@@ -61,14 +71,19 @@ private:
     }
 
     std::string& m_out;
+    ECsvCells m_cells;
     bool m_isFirst = true;
 };
 
 class CCsvPrinter final : public IEventPrinter {
 public:
+    explicit CCsvPrinter(ECsvCells cells) : m_cells(cells) {}
     void PrintHead(std::string& out) override { out += kHeaderLine; }
     void PrintRecord(std::string& out, const SEventSource& source, const SDayFileItem& item) override;
     void PrintDamage(std::string& out, const SEventSource& source, const SDayFileDamage& damage) override;
+
+private:
+    ECsvCells m_cells;
 };
 
 void WriteTime(CCsvRow& row, const CParlaneIEC870& time) {
@@ -120,7 +135,7 @@ void WriteCells(CCsvRow& row, const CCellList& cells) {
 
 void CCsvPrinter::PrintRecord(std::string& out, const SEventSource& source, const SDayFileItem& item) {
     const CEventRecord& record = *item.record;
-    CCsvRow row(out);
+    CCsvRow row(out, m_cells);
     row.Text(source.file);
     row.Text(source.relay);
     row.Number(item.offset);
@@ -149,7 +164,7 @@ void CCsvPrinter::PrintRecord(std::string& out, const SEventSource& source, cons
 
 void CCsvPrinter::PrintDamage(std::string& out, const SEventSource& source, const SDayFileDamage& damage) {
     constexpr int kColumnsOfRecords = 21; // from kind to valid
-    CCsvRow row(out);
+    CCsvRow row(out, m_cells);
     row.Text(source.file);
     row.Text(source.relay);
     row.Number(damage.offset);
@@ -161,8 +176,8 @@ void CCsvPrinter::PrintDamage(std::string& out, const SEventSource& source, cons
 
 } // namespace
 
-std::unique_ptr<IEventPrinter> MakeCsvPrinter() {
-    return std::make_unique<CCsvPrinter>();
+std::unique_ptr<IEventPrinter> MakeCsvPrinter(ECsvCells cells) {
+    return std::make_unique<CCsvPrinter>(cells);
 }
 
 } // namespace ruvo

@@ -31,7 +31,9 @@ public:
 std::unique_ptr<IEventPrinter> MakeTextPrinter(std::size_t width, std::size_t relayWidth);
 /// One JSON object a line.
 std::unique_ptr<IEventPrinter> MakeJsonPrinter();
+/// What becomes of a cell that a spreadsheet would take for a formula: nothing, or an apostrophe before it.
+enum class ECsvCells : bool { AsTheyAre, ForSpreadsheets };
 /// RFC 4180 with a header line.
-std::unique_ptr<IEventPrinter> MakeCsvPrinter();
+std::unique_ptr<IEventPrinter> MakeCsvPrinter(ECsvCells cells);
 
 } // namespace ruvo

@@ -5,6 +5,7 @@
 #include "tools/events/event_filter.h"
 #include "tools/events/event_printer.h"
 #include "tools/events/filter_options.h"
+#include "tools/events/format_options.h"
 #include "tools/text_encoding.h"
 
 #include <algorithm>
@@ -16,14 +17,10 @@ namespace ruvo {
 
 namespace {
 
-constexpr std::size_t kWidestRelay = 24;
-constexpr std::size_t kNarrowestRest = 46; ///< what the text's other columns need
-
 constexpr std::array kOptions{
     SOption{EOptionKind::List, "FILE|FOLDER", "day files, or folders that hold them at any depth"},
-    SOption{EOptionKind::Choice, "--format",
-            "text (default) for reading, json: an object a line, csv: with a header line", "text|json|csv",
-            "text"},
+    kFormatOption,
+    kSpreadsheetOption,
     kSinceOption,
     kUntilOption,
     kRelayOption,
@@ -87,30 +84,18 @@ private:
     std::string m_damage;
 };
 
-std::unique_ptr<IEventPrinter> MakePrinter(const CArguments& arguments, const SFoundFiles& found,
-                                           std::size_t width) {
-    const std::string format = arguments.Get("--format");
-    if (format == "json") {
-        return MakeJsonPrinter();
-    }
-    if (format == "csv") {
-        return MakeCsvPrinter();
-    }
-    std::size_t relayWidth = std::string_view("relay").size();
-    for (const SFoundFile& file : found.files) {
-        relayWidth = std::max(relayWidth, ColumnsOf(file.relay));
-    }
-    return MakeTextPrinter(width, std::min({relayWidth, kWidestRelay, width - kNarrowestRest}));
-}
-
 int RunEvents(const CArguments& arguments, SConsole& console) {
     SEventFilter filter;
-    if (!TakeFilterOptions(arguments, console, filter)) {
+    if (!TakeFilterOptions(arguments, console, filter) || !CheckFormatOptions(arguments, console)) {
         return kExitUsage;
     }
     SFoundFiles found = FindDayFiles(arguments.GetAll("FILE|FOLDER"));
     std::erase_if(found.files, [&filter](const SFoundFile& file) { return !filter.TakesRelay(file.relay); });
-    const std::unique_ptr<IEventPrinter> printer = MakePrinter(arguments, found, console.width);
+    std::size_t relayWidth = 0;
+    for (const SFoundFile& file : found.files) {
+        relayWidth = std::max(relayWidth, ColumnsOf(file.relay));
+    }
+    const std::unique_ptr<IEventPrinter> printer = MakePrinter(arguments, relayWidth, console.width);
     CEventSink sink(console.out, *printer, arguments.Has("--sort"));
     bool isSound = true;
     CDayFileWalk walk(console);

@@ -1,0 +1,37 @@
+#include "tools/events/format_options.h"
+
+#include <algorithm>
+
+namespace ruvo {
+
+namespace {
+
+constexpr std::size_t kNarrowestRelay = 5; ///< the column's head
+constexpr std::size_t kWidestRelay = 24;
+constexpr std::size_t kNarrowestRest = 46; ///< what the text's other columns need
+
+} // namespace
+
+bool CheckFormatOptions(const CArguments& arguments, SConsole& console) {
+    const bool isGood = !arguments.Has("--spreadsheet") || arguments.Get("--format") == "csv";
+    if (!isGood) {
+        console.error.Write("--spreadsheet goes with --format csv\n");
+    }
+    return isGood;
+}
+
+std::unique_ptr<IEventPrinter> MakePrinter(const CArguments& arguments, std::size_t relayWidth,
+                                           std::size_t width) {
+    const std::string format = arguments.Get("--format");
+    if (format == "json") {
+        return MakeJsonPrinter();
+    }
+    if (format == "csv") {
+        return MakeCsvPrinter(arguments.Has("--spreadsheet") ? ECsvCells::ForSpreadsheets
+                                                             : ECsvCells::AsTheyAre);
+    }
+    const std::size_t wanted = std::max(relayWidth, kNarrowestRelay);
+    return MakeTextPrinter(width, std::min({wanted, kWidestRelay, width - kNarrowestRest}));
+}
+
+} // namespace ruvo
