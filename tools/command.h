@@ -69,6 +69,7 @@ struct SCommand {
     /// For a command that handles secrets: what is said of any mistake in its arguments. They are not
     /// repeated, since one of them may be the secret.
     std::string_view secretNotice = {};
+    int usageStatus = kExitUsage; ///< for a mistake in the arguments
 };
 
 /// Every command there is.

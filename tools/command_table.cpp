@@ -11,6 +11,7 @@ SCommand NewCommand();
 SCommand ListCommand();
 SCommand AddCommand();
 SCommand RemoveCommand();
+SCommand StatusCommand();
 SCommand CheckCommand();
 SCommand TestCommand();
 SCommand PasswordCommand();
@@ -18,8 +19,8 @@ SCommand ReportCommand();
 
 std::span<const SCommand> Commands() {
     static const std::array commands{
-        EventsCommand(), NewCommand(),  ListCommand(),     AddCommand(),    RemoveCommand(),
-        CheckCommand(),  TestCommand(), PasswordCommand(), ReportCommand(),
+        EventsCommand(), StatusCommand(), ReportCommand(), NewCommand(),  ListCommand(),
+        AddCommand(),    RemoveCommand(), CheckCommand(),  TestCommand(), PasswordCommand(),
     };
     return commands;
 }

@@ -26,6 +26,16 @@ bool IsDate(std::string_view text) {
            });
 }
 
+/// Where the last date of a name without its ending begins; npos for none.
+std::size_t FindDate(std::string_view stem) {
+    for (std::size_t at = stem.size(); at-- > 0;) {
+        if (IsDate(stem.substr(at, kDatePattern.size()))) {
+            return at;
+        }
+    }
+    return std::string_view::npos;
+}
+
 bool HasDayFileEnding(const fs::path& path) {
     const std::string ending = path.extension().string();
     return ending.size() == 4 && ContainsText(ending, ".evt");
@@ -91,14 +101,15 @@ SFoundFiles FindDayFiles(const std::vector<std::string>& paths) {
 }
 
 std::string RelayOfFileName(const std::string& name) {
-    std::string relay = name.substr(0, name.rfind('.'));
-    for (std::size_t at = relay.size(); at-- > 0;) {
-        if (IsDate(std::string_view(relay).substr(at, kDatePattern.size()))) {
-            relay.resize(at);
-            break;
-        }
-    }
-    return SystemTextToUtf8(relay);
+    const std::string_view stem = std::string_view(name).substr(0, name.rfind('.'));
+    return SystemTextToUtf8(stem.substr(0, FindDate(stem)));
+}
+
+std::string DayOfFileName(const std::string& name) {
+    const std::string_view stem = std::string_view(name).substr(0, name.rfind('.'));
+    const std::size_t date = FindDate(stem);
+    return date == std::string_view::npos ? std::string()
+                                          : std::string(stem.substr(date + 1, kDatePattern.size() - 1));
 }
 
 } // namespace ruvo

@@ -22,5 +22,7 @@ struct SFoundFiles {
 
 /// The day file's name up to its date; without a date, up to its ending.
 [[nodiscard]] std::string RelayOfFileName(const std::string& name);
+/// The date in the day file's name, as "2026-11-16"; empty for a name without one.
+[[nodiscard]] std::string DayOfFileName(const std::string& name);
 
 } // namespace ruvo

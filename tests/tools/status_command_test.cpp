@@ -1,0 +1,119 @@
+// ruvoctl status: the verdict on a site, at a time of our own.
+#include "support/fake_system.h"
+#include "support/scratch_folder.h"
+#include "tools/day_files.h"
+#include "tools/run_tool.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace ruvo::test {
+namespace {
+
+/// Two relays, the second damaged; the log is in a local time two hours ahead.
+class CStatus : public testing::Test {
+protected:
+    CStatus() {
+        g_utcTime = {2026, 11, 20, 23, 30, 0};
+        g_localTime = SCalendarTime{2026, 11, 21, 1, 30, 0};
+        m_folder.Write("AB12-1-2026-11-18-DEV.evt", kHeader + Simple(At(18, 3), "Old"));
+        m_folder.Write("AB12-1-2026-11-19-DEV.evt", kHeader + Simple(At(19, 3), "New") +
+                                                        Simple(At(19, 2), "New") + Simple(At(31, 2), "When"));
+        m_folder.Write("CD\"34-2-2026-11-05-DEV.evt", kHeader + Simple(At(5, 3), "x") + "\x55");
+        m_folder.Write("run.log",
+                       "torn\r\n"
+                       "2026/11/19 03:00:00 Before. P32LS status: no port\r\n"
+                       "belongs to the line before\r\n"
+                       "2026/11/20 01:30:00 Then \x1B. Connection details - COM Port: COM2, device "
+                       "address: 7.\r\n"
+                       "torn\r\n");
+        m_folder.Write("expected", "AB12-1 # the feeder\r\n\n  EF56-3  \n");
+    }
+    SOutcome Status(std::vector<std::string> options, const std::string& log = "run.log") {
+        options.insert(options.begin(), {"status", m_folder.Native(), m_folder.Native(log)});
+        return RunTool(options);
+    }
+    CScratchFolder m_folder;
+};
+
+TEST_F(CStatus, ExitStatusFollowsTheThresholds) {
+    using Options = std::map<std::string, std::string>;
+    const Options kQuiet{{"--warn-problems", "0"}, {"--warn-silent", "0"}, {"--critical-silent", "0"}};
+    struct SCase {
+        const char* name;
+        Options options; ///< besides the quiet ones
+        int status;
+        const char* said = "";
+    };
+    const SCase kCases[] = {
+        {"damage alone", {}, 1, "WARNING: CD\"34-2 has 1 damaged place in"},
+        {"silent for more than N days",
+         {{"--critical-silent", "14"}},
+         2,
+         "CRITICAL: CD\"34-2 has been silent for 15"},
+        {"not for more", {{"--critical-silent", "15"}}, 1},
+        {"problems of a day",
+         {{"--critical-problems", "2"}},
+         2,
+         "2 problems in the log since 2026-11-20T01:30:00"},
+        {"not so many", {{"--critical-problems", "3"}}, 1},
+        {"of two days", {{"--critical-problems", "5"}, {"--since", "2d"}}, 2, "5 problems"},
+        {"since a day", {{"--critical-problems", "5"}, {"--since", "2026-11-19"}}, 2},
+        {"since later", {{"--critical-problems", "1"}, {"--since", "23h"}}, 1},
+        {"an expected relay",
+         {{"--critical-silent", "60"}, {"--expect", "@expected"}},
+         2,
+         ": EF56-3 has no day file"},
+        {"no number", {{"--warn-silent", "two"}}, 3, "--warn-silent: two: want a number"},
+        {"no time", {{"--since", "2w"}}, 3, "want a length as 36h"},
+        {"no list", {{"--expect", "@none"}}, 3},
+        {"no such option", {{"--warn", "1"}}, 3},
+        {"metrics that cannot be written", {{"--prometheus", "@no/x.prom"}}, 3},
+    };
+    const auto run = [&](const Options& more, const std::string& log = "run.log") {
+        Options options = more;
+        options.insert(kQuiet.begin(), kQuiet.end());
+        std::vector<std::string> words;
+        for (const auto& [name, value] : options)
+            words.insert(words.end(), {name, value[0] == '@' ? m_folder.Native(value.substr(1)) : value});
+        return Status(words, log);
+    };
+    for (const SCase& row : kCases) {
+        const SOutcome outcome = run(row.options);
+        EXPECT_EQ(outcome.status, row.status) << row.name << ": " << outcome.out;
+        EXPECT_NE((outcome.error + outcome.out).find(row.said), std::string::npos)
+            << row.name << ": " << outcome.out;
+        EXPECT_EQ(outcome.out.find('\x1B'), std::string::npos) << row.name;
+    }
+    EXPECT_EQ(run({}, "none.log").status, 1) << "the first problem makes the log";
+    EXPECT_EQ(run({}, "no/such.log").status, 3);
+    std::filesystem::remove(m_folder.Native("CD\"34-2-2026-11-05-DEV.evt"));
+    EXPECT_TRUE(run({}).status == 0 && run({}).out.starts_with("GOOD: 1 relay,")) << run({}).out;
+}
+
+TEST_F(CStatus, JsonAndMetrics) {
+    const SOutcome outcome =
+        Status({"--format", "json", "--prometheus", m_folder.Native("m.prom"), "--site", "N\"1"});
+    const auto status = nlohmann::json::parse(outcome.out);
+    EXPECT_EQ(status["state"], "warning");
+    EXPECT_EQ(
+        status["relays"][0].dump(),
+        R"({"damaged_places":0,"last_day":"2026-11-19","last_event":"2026-11-19T03:12:01.234",)"
+        R"("last_file":"AB12-1-2026-11-19-DEV.evt","records":4,"records_in_last_file":3,"relay":"AB12-1",)"
+        R"("silent_days":1})");
+    EXPECT_EQ(status["log"]["lines"], 5);
+    EXPECT_EQ(status["log"]["by_connection"][1]["connection"], "COM2 device 7");
+    EXPECT_EQ(status["log"]["latest"][0]["message"], "Then \x1B.");
+    const std::string metrics = m_folder.Read("m.prom");
+    for (const char* line :
+         {"ruvo_relay_records{site=\"N\\\"1\",relay=\"AB12-1\"} 4\n",
+          "ruvo_relay_silent_days{site=\"N\\\"1\",relay=\"CD\\\"34-2\"} 15\n",
+          "ruvo_relay_last_file_timestamp_seconds{site=\"N\\\"1\",relay=\"AB12-1\"} 1795046400\n",
+          "ruvo_relay_last_event_timestamp_seconds{site=\"N\\\"1\",relay=\"AB12-1\"} 1795057921\n",
+          "# TYPE ruvo_site_state gauge\nruvo_site_state{site=\"N\\\"1\"} 1\n",
+          "ruvo_status_timestamp_seconds{site=\"N\\\"1\"} 1700000000\n"})
+        EXPECT_NE(metrics.find(line), std::string::npos) << line << metrics;
+}
+
+} // namespace
+} // namespace ruvo::test

@@ -1,0 +1,67 @@
+// What a site's day files and its error log say about how it is doing.
+#pragma once
+
+#include "tools/log_lines.h"
+#include "tools/text_output.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ruvo {
+
+struct SRelayStatus {
+    std::string lastFile;      ///< name of the newest day file, UTF-8; empty for a relay without one
+    std::string lastDay;       ///< the UTC date in that name; empty for a name without one
+    std::string lastEvent;     ///< latest time in that file, by the relay's clock; empty without a real one
+    std::uint64_t records = 0; ///< in all its day files
+    std::uint64_t lastRecords = 0;          ///< in the newest one
+    std::uint64_t damaged = 0;              ///< places in all its day files
+    std::optional<std::int64_t> silentDays; ///< from the last day to today; none without a last day
+};
+
+/// Problems of one relay or link, by the name that the log knows it by.
+struct SLogGroup {
+    std::uint64_t problems = 0;
+    std::string lastTime;
+};
+
+struct SLogStatus {
+    static constexpr std::size_t kKeptLines = 20;
+
+    bool isThere = false;
+    std::uint64_t lines = 0;    ///< in all
+    std::uint64_t problems = 0; ///< since the moment asked for
+    std::map<std::string, SLogGroup> groups;
+    std::vector<SLogLine> latest; ///< the last ones of the problems
+};
+
+struct SSiteStatus {
+    std::map<std::string, SRelayStatus> relays; ///< by name
+    SLogStatus log;
+    std::string since;                 ///< local time, "2026-11-16T03:00:00"
+    std::vector<std::string> failures; ///< what could not be read, and why
+};
+
+struct SSiteQuestion {
+    std::string eventRoot;
+    std::string logPath;
+    std::string since;                 ///< as in SSiteStatus
+    std::vector<std::string> expected; ///< names of relays that should be there
+};
+
+/// Reads all day files and the log. A log that is missing in a folder that is there is an empty one: the
+/// first problem makes it.
+[[nodiscard]] SSiteStatus ReadSiteStatus(const SSiteQuestion& question, SConsole& console);
+
+/// The moment that "36h", "7d", a date or a moment means, counted back from now where it is a length; local
+/// time. Empty for anything else.
+[[nodiscard]] std::string ParseSince(const std::string& text);
+
+/// Days from 1970-01-01 to a date "2026-11-16"; none for what is no date.
+[[nodiscard]] std::optional<std::int64_t> DayNumber(const std::string& date);
+
+} // namespace ruvo

@@ -1,0 +1,156 @@
+// ruvoctl status: how is the site doing? For people, and for systems that watch.
+#include "platform/clock.h"
+#include "tools/command.h"
+#include "tools/status/status_output.h"
+#include "tools/text_encoding.h"
+#include "tools/whole_file.h"
+
+#include <array>
+#include <charconv>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+
+namespace ruvo {
+
+namespace {
+
+constexpr int kExitUnknown = static_cast<int>(EState::Unknown);
+
+constexpr std::array kOptions{
+    SOption{EOptionKind::Positional, "EVENTROOT", "the folder that holds the day files, at any depth"},
+    SOption{EOptionKind::Positional, "LOG", "the error log"},
+    SOption{EOptionKind::Choice, "--format", "text (default) or json", "text|json", "text"},
+    SOption{EOptionKind::Text, "--since",
+            "problems of the last 36h or 7d, or since a date or moment in local time (default: 24h)"},
+    SOption{EOptionKind::Text, "--warn-silent",
+            "warn of a relay without a new day file for more than this many days (default: 14; 0: never)"},
+    SOption{EOptionKind::Text, "--critical-silent", "the same, critical (default: 60; 0: never)"},
+    SOption{EOptionKind::Text, "--warn-problems", "warn from this many problems on (default: 1; 0: never)"},
+    SOption{EOptionKind::Text, "--critical-problems", "the same, critical (default: 0: never)"},
+    SOption{
+        EOptionKind::Text, "--expect",
+        "a file with the names of the relays that should be there, one a line, as in the day files' names"},
+    SOption{EOptionKind::Text, "--prometheus", "write the figures as metrics to this file too"},
+    SOption{EOptionKind::Text, "--site", "the site's name in the metrics (default: the event root's name)"},
+};
+
+constexpr std::string_view kNotes =
+    "A relay's last day is the UTC date of its newest day file: the last run that found events in it. The\n"
+    "log is in local time; a relay's events are in the relay's own time. Damage in a day file is a warning.\n"
+    "Exit status, as monitoring systems want it: 0 good, 1 warning, 2 critical, 3 unknown (a mistake in the\n"
+    "arguments, or something could not be read).\n\n"
+    "Example: after each night's run\n"
+    "  ruvoctl status events/ RUVO_Errors.log --warn-silent 7 --prometheus "
+    "/var/lib/prometheus/node-exporter/ruvo.prom";
+
+/// False, with a word about it, when a number given is none.
+bool TakeNumber(const CArguments& arguments, std::string_view name, std::uint64_t& number,
+                SConsole& console) {
+    if (!arguments.Has(name)) {
+        return true;
+    }
+    const std::string text = arguments.Get(name);
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool isGood = error == std::errc() && end == text.data() + text.size();
+    if (!isGood) {
+        console.error.Write(std::string(name) + ": " + EscapeControls(SystemTextToUtf8(text)) +
+                            ": want a number, 0 for never\n");
+    }
+    return isGood;
+}
+
+bool TakeThresholds(const CArguments& arguments, SThresholds& thresholds, SConsole& console) {
+    return TakeNumber(arguments, "--warn-silent", thresholds.warnSilent, console) &&
+           TakeNumber(arguments, "--critical-silent", thresholds.criticalSilent, console) &&
+           TakeNumber(arguments, "--warn-problems", thresholds.warnProblems, console) &&
+           TakeNumber(arguments, "--critical-problems", thresholds.criticalProblems, console);
+}
+
+bool TakeSince(const CArguments& arguments, std::string& since, SConsole& console) {
+    const std::string text = arguments.Has("--since") ? arguments.Get("--since") : "24h";
+    since = ParseSince(text);
+    if (since.empty()) {
+        console.error.Write("--since: " + EscapeControls(SystemTextToUtf8(text)) +
+                            ": want a length as 36h or 7d, a date as 2026-11-16 or a moment as "
+                            "2026-11-16T03:12:45\n");
+    }
+    return !since.empty();
+}
+
+/// One name a line; what stands behind a "#" is a comment.
+bool TakeExpected(const CArguments& arguments, std::vector<std::string>& relays, SConsole& console) {
+    const std::string path = arguments.Get("--expect");
+    if (path.empty()) {
+        return true;
+    }
+    std::ifstream file{std::filesystem::path(path), std::ios::binary};
+    for (std::string line; std::getline(file, line);) {
+        line.resize(std::min(line.size(), line.find('#')));
+        const std::size_t first = line.find_first_not_of(" \t\r");
+        if (first != std::string::npos) {
+            relays.push_back(
+                SystemTextToUtf8(line.substr(first, line.find_last_not_of(" \t\r") + 1 - first)));
+        }
+    }
+    if (!file.eof()) {
+        console.error.Write("--expect: " + EscapeControls(SystemTextToUtf8(path)) + ": cannot be read\n");
+    }
+    return file.eof();
+}
+
+std::string SiteName(const CArguments& arguments) {
+    if (arguments.Has("--site")) {
+        return SystemTextToUtf8(arguments.Get("--site"));
+    }
+    std::error_code ignored;
+    std::filesystem::path root = std::filesystem::weakly_canonical(arguments.Get("EVENTROOT"), ignored);
+    root = root.has_filename() ? root : root.parent_path();
+    return SystemTextToUtf8(root.filename().string());
+}
+
+bool WriteMetrics(const CArguments& arguments, const SSiteStatus& status, const SVerdict& verdict,
+                  SConsole& console) {
+    const std::string path = arguments.Get("--prometheus");
+    if (path.empty()) {
+        return true;
+    }
+    const std::string failure =
+        ReplaceWholeFile(path, StatusAsMetrics(status, verdict, SiteName(arguments), UnixSeconds()));
+    if (!failure.empty()) {
+        console.error.Write("ruvoctl: " + EscapeControls(SystemTextToUtf8(path + ": " + failure)) + "\n");
+    }
+    return failure.empty();
+}
+
+int RunStatus(const CArguments& arguments, SConsole& console) {
+    SThresholds thresholds;
+    SSiteQuestion question{.eventRoot = arguments.Get("EVENTROOT"),
+                           .logPath = arguments.Get("LOG"),
+                           .since = {},
+                           .expected = {}};
+    if (!TakeThresholds(arguments, thresholds, console) || !TakeSince(arguments, question.since, console) ||
+        !TakeExpected(arguments, question.expected, console)) {
+        return kExitUnknown;
+    }
+    const SSiteStatus status = ReadSiteStatus(question, console);
+    const SVerdict verdict = Judge(status, thresholds);
+    console.out.Write(arguments.Get("--format") == "json" ? StatusAsJson(status, verdict)
+                                                          : StatusAsText(status, verdict));
+    const bool isWritten = WriteMetrics(arguments, status, verdict, console);
+    return isWritten || verdict.state == EState::Critical ? static_cast<int>(verdict.state) : kExitUnknown;
+}
+
+} // namespace
+
+SCommand StatusCommand() {
+    return {.name = "status",
+            .summary = "Tell how a site is doing",
+            .notes = kNotes,
+            .options = kOptions,
+            .run = RunStatus,
+            .secretNotice = {},
+            .usageStatus = kExitUnknown};
+}
+
+} // namespace ruvo

@@ -1,0 +1,89 @@
+// The status as JSON. Scripts rely on the names and on what is null.
+#include "tools/json_writer.h"
+#include "tools/status/status_output.h"
+
+namespace ruvo {
+
+namespace {
+
+void WriteOptional(CJsonWriter& json, std::string_view name, const std::string& text) {
+    json.Key(name);
+    text.empty() ? json.Null() : json.Text(text);
+}
+
+void WriteRelay(CJsonWriter& json, const std::string& name, const SRelayStatus& relay) {
+    json.Open('{');
+    json.Key("relay").Text(name);
+    WriteOptional(json, "last_file", relay.lastFile);
+    WriteOptional(json, "last_day", relay.lastDay);
+    WriteOptional(json, "last_event", relay.lastEvent);
+    json.Key("silent_days");
+    relay.silentDays ? json.Number(static_cast<std::uint64_t>(*relay.silentDays)) : json.Null();
+    json.Key("records").Number(relay.records);
+    json.Key("records_in_last_file").Number(relay.lastRecords);
+    json.Key("damaged_places").Number(relay.damaged);
+    json.Close('}');
+}
+
+void WriteLogLine(CJsonWriter& json, const SLogLine& line) {
+    json.Open('{');
+    json.Key("line").Number(line.number);
+    WriteOptional(json, "time", line.time);
+    json.Key("message").Text(line.message);
+    WriteOptional(json, "connection", line.connection);
+    WriteOptional(json, "status", line.status);
+    json.Close('}');
+}
+
+void WriteLog(CJsonWriter& json, const SSiteStatus& status) {
+    const SLogStatus& log = status.log;
+    json.Open('{');
+    json.Key("exists").Bool(log.isThere);
+    json.Key("lines").Number(log.lines);
+    json.Key("since").Text(status.since);
+    json.Key("problems").Number(log.problems);
+    json.Key("by_connection").Open('[');
+    for (const auto& [name, group] : log.groups) {
+        json.Open('{');
+        WriteOptional(json, "connection", name);
+        json.Key("problems").Number(group.problems);
+        WriteOptional(json, "last", group.lastTime);
+        json.Close('}');
+    }
+    json.Close(']');
+    json.Key("latest").Open('[');
+    for (const SLogLine& line : log.latest) {
+        WriteLogLine(json, line);
+    }
+    json.Close(']');
+    json.Close('}');
+}
+
+} // namespace
+
+std::string StatusAsJson(const SSiteStatus& status, const SVerdict& verdict) {
+    std::string out;
+    CJsonWriter json(out);
+    json.Open('{');
+    json.Key("state").Text(StateName(verdict.state));
+    json.Key("causes").Open('[');
+    for (const SCause& cause : verdict.causes) {
+        json.Open('{');
+        json.Key("state").Text(StateName(cause.state));
+        json.Key("text").Text(cause.text);
+        json.Close('}');
+    }
+    json.Close(']');
+    json.Key("relays").Open('[');
+    for (const auto& [name, relay] : status.relays) {
+        WriteRelay(json, name, relay);
+    }
+    json.Close(']');
+    json.Key("log");
+    WriteLog(json, status);
+    json.Close('}');
+    out += '\n';
+    return out;
+}
+
+} // namespace ruvo

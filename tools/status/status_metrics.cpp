@@ -1,0 +1,117 @@
+// The status as metrics. Names, once published, stay: dashboards and alarms are made of them.
+#include "tools/status/status_output.h"
+
+#include "tools/events/event_filter.h"
+#include "tools/text_encoding.h"
+
+#include <array>
+
+namespace ruvo {
+
+namespace {
+
+using Value = std::optional<std::int64_t>;
+
+constexpr std::int64_t kSecondsPerDay = 86'400;
+
+Value Seconds(const std::string& day) {
+    const auto number = DayNumber(day);
+    return number ? Value(*number * kSecondsPerDay) : std::nullopt;
+}
+
+/// "2026-11-16T03:12:45" as if it were UTC.
+Value SecondsOfEvent(const std::string& time) {
+    constexpr std::size_t kDateSize = 10;
+    if (time.size() < kDateSize + 9) {
+        return std::nullopt;
+    }
+    const auto two = [&time](std::size_t at) {
+        return std::int64_t{time[at] - '0'} * 10 + (time[at + 1] - '0');
+    };
+    const Value day = Seconds(time.substr(0, kDateSize));
+    return day ? Value(*day + two(11) * 3600 + two(14) * 60 + two(17)) : std::nullopt;
+}
+
+struct SRelayMetric {
+    std::string_view name;
+    std::string_view help;
+    Value (*value)(const SRelayStatus& relay);
+};
+
+Value Whole(std::uint64_t number) {
+    return static_cast<std::int64_t>(number);
+}
+
+constexpr std::array kRelayMetrics{
+    SRelayMetric{"ruvo_relay_records", "Records in all day files of the relay",
+                 [](const SRelayStatus& relay) { return Whole(relay.records); }},
+    SRelayMetric{"ruvo_relay_last_file_records", "Records in the relay's newest day file",
+                 [](const SRelayStatus& relay) { return Whole(relay.lastRecords); }},
+    SRelayMetric{"ruvo_relay_last_file_timestamp_seconds",
+                 "Start of the UTC day of the relay's newest day file",
+                 [](const SRelayStatus& relay) { return Seconds(relay.lastDay); }},
+    SRelayMetric{"ruvo_relay_last_event_timestamp_seconds",
+                 "Latest event in the newest day file, by the relay's clock taken as UTC",
+                 [](const SRelayStatus& relay) { return SecondsOfEvent(relay.lastEvent); }},
+    SRelayMetric{"ruvo_relay_silent_days", "Days since the UTC day of the relay's newest day file",
+                 [](const SRelayStatus& relay) { return relay.silentDays; }},
+    SRelayMetric{"ruvo_relay_damaged_places", "Damaged places in all day files of the relay",
+                 [](const SRelayStatus& relay) { return Whole(relay.damaged); }},
+};
+
+std::string Label(std::string_view name, std::string_view value) {
+    std::string text(name);
+    text += "=\"";
+    for (const char c : EscapeControls(value)) { // which leaves backslashes and quotes to us
+        text += c == '\\' || c == '"' ? "\\" : "";
+        text += c;
+    }
+    return text + '"';
+}
+
+void AppendHead(std::string& out, std::string_view name, std::string_view help) {
+    out.append("# HELP ").append(name).append(" ").append(help).append("\n");
+    out.append("# TYPE ").append(name).append(" gauge\n");
+}
+
+void AppendSample(std::string& out, std::string_view name, const std::string& labels, std::int64_t value) {
+    out += std::string(name) + '{' + labels + "} " + std::to_string(value) + '\n';
+}
+
+} // namespace
+
+std::string StatusAsMetrics(const SSiteStatus& status, const SVerdict& verdict, const std::string& site,
+                            std::int64_t now) {
+    std::string out;
+    const std::string siteLabel = Label("site", site);
+    for (const SRelayMetric& metric : kRelayMetrics) {
+        AppendHead(out, metric.name, metric.help);
+        for (const auto& [name, relay] : status.relays) {
+            if (const Value value = metric.value(relay)) {
+                AppendSample(out, metric.name, siteLabel + ',' + Label("relay", name), *value);
+            }
+        }
+    }
+    struct SSiteMetric {
+        std::string_view name;
+        std::string_view help;
+        std::int64_t value;
+    };
+    const SSiteMetric metrics[] = {
+        {"ruvo_site_state", "0 good, 1 warning, 2 critical, 3 unknown",
+         static_cast<std::int64_t>(verdict.state)},
+        {"ruvo_site_relays", "Relays that have a day file or are expected to",
+         static_cast<std::int64_t>(status.relays.size())},
+        {"ruvo_log_lines", "Lines in the error log", *Whole(status.log.lines)},
+        {"ruvo_log_problems", "Lines in the error log since the moment that the check looks back to",
+         *Whole(status.log.problems)},
+        {"ruvo_status_timestamp_seconds", "When these figures were taken", now},
+    };
+    for (const SSiteMetric& metric : metrics) {
+        AppendHead(out, metric.name, metric.help);
+        AppendSample(out, metric.name, siteLabel, metric.value);
+    }
+    return out;
+}
+
+} // namespace ruvo

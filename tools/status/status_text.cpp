@@ -1,0 +1,109 @@
+#include "tools/status/status_output.h"
+#include "tools/text_encoding.h"
+
+#include <algorithm>
+
+namespace ruvo {
+
+namespace {
+
+using Row = std::vector<std::string>;
+
+/// Columns as wide as their widest cell; numbers, which all columns but the first `leftColumns` hold, stand
+/// to the right.
+void AppendTable(std::string& out, const std::vector<Row>& rows, std::size_t leftColumns) {
+    std::vector<std::size_t> widths(rows.front().size());
+    for (const Row& row : rows) {
+        for (std::size_t column = 0; column < row.size(); ++column) {
+            widths[column] = std::max(widths[column], ColumnsOf(row[column]));
+        }
+    }
+    for (const Row& row : rows) {
+        const std::size_t start = out.size();
+        for (std::size_t column = 0; column < row.size(); ++column) {
+            const std::string blanks(widths[column] - ColumnsOf(row[column]), ' ');
+            out += column > 0 ? "  " : "";
+            out += column < leftColumns ? row[column] + blanks : blanks + row[column];
+        }
+        out.erase(std::max(out.find_last_not_of(' ') + 1, start));
+        out += '\n';
+    }
+}
+
+std::string Upper(std::string_view word) {
+    std::string text(word);
+    std::ranges::transform(text, text.begin(), [](char c) { return static_cast<char>(c - ('a' - 'A')); });
+    return text;
+}
+
+/// Times have a "T" where people read a blank.
+std::string ForPeople(std::string time) {
+    std::ranges::replace(time, 'T', ' ');
+    return time;
+}
+
+void AppendVerdict(std::string& out, const SSiteStatus& status, const SVerdict& verdict) {
+    out += Upper(StateName(verdict.state));
+    std::string_view separator = ": ";
+    for (const SCause& cause : verdict.causes) {
+        out += separator;
+        out += EscapeControls(cause.text);
+        separator = "; ";
+    }
+    if (verdict.causes.empty()) {
+        out += ": " + CountText(status.relays.size(), "relay") + ", " +
+               CountText(status.log.problems, "problem") + " in the log since " + status.since;
+    }
+    out += '\n';
+}
+
+void AppendRelays(std::string& out, const SSiteStatus& status) {
+    constexpr std::size_t kTextColumns = 3;
+    std::vector<Row> rows{
+        {"relay", "last day", "last event", "days silent", "records", "in last file", "damaged places"}};
+    for (const auto& [name, relay] : status.relays) {
+        rows.push_back({EscapeControls(name), relay.lastDay.empty() ? "-" : relay.lastDay,
+                        relay.lastEvent.empty() ? "-" : ForPeople(relay.lastEvent),
+                        relay.silentDays ? std::to_string(*relay.silentDays) : "-",
+                        std::to_string(relay.records), std::to_string(relay.lastRecords),
+                        std::to_string(relay.damaged)});
+    }
+    AppendTable(out, rows, kTextColumns);
+}
+
+void AppendProblems(std::string& out, const SSiteStatus& status) {
+    const SLogStatus& log = status.log;
+    out += "Problems in the log since " + ForPeople(status.since) + ": " + std::to_string(log.problems) +
+           (log.isThere ? "\n" : " (there is no log: nothing was ever logged, or the path is another one)\n");
+    for (const auto& [name, group] : log.groups) {
+        out += "  " + std::to_string(group.problems) + " of " +
+               (name.empty() ? "no relay in particular" : EscapeControls(name)) + "\n";
+    }
+    if (log.problems > log.latest.size()) {
+        out += "The last of them:\n";
+    }
+    for (const SLogLine& line : log.latest) {
+        out += "  " + (line.time.empty() ? "no time" : ForPeople(line.time)) + "  " +
+               EscapeControls(line.message);
+        const std::string relay = ShortConnectionName(line.connection);
+        out += relay.empty() ? "" : " (" + EscapeControls(relay) + ")";
+        out += line.status.empty() ? "" : " " + EscapeControls(line.status);
+        out += '\n';
+    }
+}
+
+} // namespace
+
+std::string StatusAsText(const SSiteStatus& status, const SVerdict& verdict) {
+    std::string out;
+    AppendVerdict(out, status, verdict);
+    out += '\n';
+    if (!status.relays.empty()) {
+        AppendRelays(out, status);
+        out += '\n';
+    }
+    AppendProblems(out, status);
+    return out;
+}
+
+} // namespace ruvo

@@ -1,0 +1,78 @@
+#include "tools/status/verdict.h"
+
+#include "tools/text_encoding.h"
+
+#include <algorithm>
+#include <array>
+
+namespace ruvo {
+
+namespace {
+
+/// What cannot be told may be anything but is not known to be the worst.
+int Severity(EState state) {
+    constexpr std::array<int, 4> kSeverities{0, 1, 3, 2};
+    return kSeverities.at(static_cast<std::size_t>(state));
+}
+
+EState Grade(std::uint64_t number, std::uint64_t warn, std::uint64_t critical) {
+    if (critical > 0 && number >= critical) {
+        return EState::Critical;
+    }
+    return warn > 0 && number >= warn ? EState::Warning : EState::Good;
+}
+
+void Add(SVerdict& verdict, EState state, std::string text) {
+    if (state != EState::Good) {
+        verdict.causes.push_back({state, std::move(text)});
+    }
+}
+
+void JudgeRelay(const std::string& name, const SRelayStatus& relay, const SThresholds& thresholds,
+                SVerdict& verdict) {
+    if (relay.silentDays) {
+        // Silent for longer than N days: the day that is not over is on the relay's side.
+        const auto days = static_cast<std::uint64_t>(*relay.silentDays);
+        Add(verdict, Grade(days > 0 ? days - 1 : 0, thresholds.warnSilent, thresholds.criticalSilent),
+            name + " has been silent for " + CountText(days, "day"));
+    } else {
+        const EState state = thresholds.criticalSilent > 0 ? EState::Critical
+                             : thresholds.warnSilent > 0   ? EState::Warning
+                                                           : EState::Good;
+        Add(verdict, state, name + (relay.lastFile.empty() ? " has no day file" : " has no dated day file"));
+    }
+    if (relay.damaged > 0) {
+        Add(verdict, EState::Warning,
+            name + " has " + CountText(relay.damaged, "damaged place") + " in its day files");
+    }
+}
+
+} // namespace
+
+std::string_view StateName(EState state) {
+    constexpr std::array<std::string_view, 4> kNames{"good", "warning", "critical", "unknown"};
+    return kNames.at(static_cast<std::size_t>(state));
+}
+
+SVerdict Judge(const SSiteStatus& status, const SThresholds& thresholds) {
+    SVerdict verdict;
+    for (const std::string& failure : status.failures) {
+        Add(verdict, EState::Unknown, failure);
+    }
+    if (status.relays.empty() && status.failures.empty()) {
+        Add(verdict, EState::Warning, "no relay has a day file yet");
+    }
+    for (const auto& [name, relay] : status.relays) {
+        JudgeRelay(name, relay, thresholds, verdict);
+    }
+    const std::uint64_t problems = status.log.problems;
+    Add(verdict, Grade(problems, thresholds.warnProblems, thresholds.criticalProblems),
+        CountText(problems, "problem") + " in the log since " + status.since);
+    std::ranges::stable_sort(verdict.causes, [](const SCause& a, const SCause& b) {
+        return Severity(a.state) > Severity(b.state);
+    });
+    verdict.state = verdict.causes.empty() ? EState::Good : verdict.causes.front().state;
+    return verdict;
+}
+
+} // namespace ruvo

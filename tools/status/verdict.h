@@ -1,0 +1,38 @@
+// From what is to what it means: the verdict that a monitoring system takes.
+#pragma once
+
+#include "tools/status/site_status.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace ruvo {
+
+/// The values are the exit statuses that monitoring systems know.
+enum class EState : std::uint8_t { Good = 0, Warning = 1, Critical = 2, Unknown = 3 };
+
+/// "good", "warning", "critical", "unknown".
+[[nodiscard]] std::string_view StateName(EState state);
+
+/// From this number on; 0 turns a threshold off.
+struct SThresholds {
+    std::uint64_t warnSilent = 14; ///< days
+    std::uint64_t criticalSilent = 60;
+    std::uint64_t warnProblems = 1;
+    std::uint64_t criticalProblems = 0;
+};
+
+struct SCause {
+    EState state = EState::Good;
+    std::string text; ///< UTF-8
+};
+
+struct SVerdict {
+    EState state = EState::Good;
+    std::vector<SCause> causes; ///< the worst first; none when all is good
+};
+
+[[nodiscard]] SVerdict Judge(const SSiteStatus& status, const SThresholds& thresholds);
+
+} // namespace ruvo
