@@ -28,7 +28,7 @@ for extra in "$@"; do
     coverage) packages+=(gcovr) ;;
     packages) packages+=(dpkg-dev file fakeroot lintian lowdown mandoc systemd bash-completion) ;;
     browser) packages+=(chromium chromium-driver python3-selenium) ;;
-    database) packages+=(postgresql) ;;
+    database) packages+=(postgresql sqlite3) ;;
     *)
         echo "setup.sh: unknown set '$extra' (known: checks windows fuzz coverage packages browser database)" >&2
         exit 2

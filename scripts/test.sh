@@ -40,6 +40,8 @@ leg "the Windows programs" windows scripts/windows.sh /usr/lib/wine/wine64 i686-
     x86_64-w64-mingw32-g++-posix x86_64-w64-mingw32-widl
 leg "the fuzz targets" fuzz scripts/fuzz.sh clang++
 leg "the report in a browser" browser tests/browser/run.sh chromium chromedriver
+RUVO_BIN_DIR=$PWD/build/$preset/bin leg "the archive in a database server" database tests/database/run.sh psql sqlite3 \
+    /usr/lib/postgresql/*/bin/postgres
 
 count() { git ls-files -- "$@" | grep -E '\.(cpp|h|c|idl|rc|def)$' | xargs -r cat | grep -cvE '^\s*$' || true; }
 if git rev-parse --git-dir >/dev/null 2>&1; then

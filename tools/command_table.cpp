@@ -1,8 +1,9 @@
 // The table of commands. A new one is a file of its own and a line here.
 #include "tools/command.h"
+#include "tools/database_commands.h"
 
 #include <algorithm>
-#include <array>
+#include <vector>
 
 namespace ruvo {
 
@@ -18,10 +19,15 @@ SCommand PasswordCommand();
 SCommand ReportCommand();
 
 std::span<const SCommand> Commands() {
-    static const std::array commands{
-        EventsCommand(), StatusCommand(), ReportCommand(), NewCommand(),  ListCommand(),
-        AddCommand(),    RemoveCommand(), CheckCommand(),  TestCommand(), PasswordCommand(),
-    };
+    static const std::vector<SCommand> commands = [] {
+        std::vector<SCommand> table{
+            EventsCommand(), StatusCommand(), ReportCommand(), NewCommand(),  ListCommand(),
+            AddCommand(),    RemoveCommand(), CheckCommand(),  TestCommand(), PasswordCommand(),
+        };
+        const std::span<const SCommand> more = DatabaseCommands();
+        table.insert(table.end(), more.begin(), more.end());
+        return table;
+    }();
     return commands;
 }
 

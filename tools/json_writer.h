@@ -55,6 +55,8 @@ public:
     }
     void Bool(bool value) { Literal(value ? "true" : "false"); }
     void Null() { Literal("null"); }
+    /// A value that is JSON already.
+    void Ready(std::string_view json) { Literal(json); }
     /// What `write` appends, as a text; it must need no escape.
     template <class TWrite>
     void PlainText(const TWrite& write) {
@@ -74,9 +76,9 @@ private:
         Separate();
         m_out += '"';
     }
-    void Literal(std::string_view word) {
+    void Literal(std::string_view json) {
         Separate();
-        m_out += word;
+        m_out += json;
     }
 
     std::string& m_out;

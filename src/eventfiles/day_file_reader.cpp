@@ -80,6 +80,7 @@ void CDayFileReader::TakeRecord(SDayFileItem& item) {
     }
     item.record = std::move(parsed.record);
     item.isExtended = parsed.isExtended;
+    item.bytes = window.first(parsed.size);
     Advance(parsed.size);
     // In a sound file each record is the witness of the one before: it is parsed once for both.
     m_at.ahead = std::move(ahead);

@@ -28,6 +28,7 @@ struct SDayFileItem {
     std::uint64_t offset = 0; ///< of the record's first block, or of the damage
     std::unique_ptr<CEventRecord> record;
     bool isExtended = false;
+    std::span<const std::uint8_t> bytes; ///< the record's, as they stand in the file; until the next item
     std::optional<SDayFileDamage> damage;
 };
 

@@ -1,7 +1,8 @@
 // Records as JSON, one object a line. Scripts rely on the names, their order and on what is null.
+#include "tools/events/event_json.h"
+
 #include "tools/events/event_fields.h"
 #include "tools/events/event_printer.h"
-#include "tools/json_writer.h"
 
 namespace ruvo {
 
@@ -73,14 +74,6 @@ void WriteCell(CJsonWriter& json, const CCell& cell) {
     json.Close('}');
 }
 
-void WriteCells(CJsonWriter& json, const CExtendedEventRecord& record) {
-    json.Key("cells").Open('[');
-    for (const auto& cell : record.GetCells()) {
-        WriteCell(json, *cell);
-    }
-    json.Close(']');
-}
-
 void CJsonPrinter::PrintRecord(std::string& out, const SEventSource& source, const SDayFileItem& item) {
     const CEventRecord& record = *item.record;
     CJsonWriter json(out);
@@ -100,7 +93,8 @@ void CJsonPrinter::PrintRecord(std::string& out, const SEventSource& source, con
     if (const auto* simple = AsSimple(record)) {
         WriteSimple(json, *simple);
     } else if (const auto* extended = AsExtended(record)) {
-        WriteCells(json, *extended);
+        json.Key("cells");
+        WriteJsonCells(json, extended->GetCells());
     }
     json.Key("valid").Bool(record.IsValid());
     json.Close('}');
@@ -119,6 +113,14 @@ void CJsonPrinter::PrintDamage(std::string& out, const SEventSource& source, con
 }
 
 } // namespace
+
+void WriteJsonCells(CJsonWriter& json, const CCellList& cells) {
+    json.Open('[');
+    for (const auto& cell : cells) {
+        WriteCell(json, *cell);
+    }
+    json.Close(']');
+}
 
 std::unique_ptr<IEventPrinter> MakeJsonPrinter() {
     return std::make_unique<CJsonPrinter>();

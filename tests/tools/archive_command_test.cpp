@@ -1,0 +1,172 @@
+// ruvoctl archive and find: what is kept of a site, through all that can happen to its files.
+#include "support/scratch_folder.h"
+#include "tools/day_files.h"
+#include "tools/run_tool.h"
+
+#include "tools/archive/database.h"
+#include "tools/archive/find_query.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace ruvo::test {
+namespace {
+
+constexpr const char* kDayFile = "events/AB12-1-2026-11-16-DEV.evt";
+
+class CArchive : public testing::Test {
+protected:
+    CArchive() { std::filesystem::create_directories(m_folder.Native("events")); }
+
+    SOutcome Archive() {
+        return RunTool({"archive", m_folder.Native("events"), "--sqlite", m_folder.Native("a.db")});
+    }
+    SOutcome Find(const std::vector<std::string>& options) {
+        std::vector<std::string> arguments{"find", m_folder.Native("a.db")};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        return RunTool(arguments);
+    }
+    std::int64_t Ask(const std::string& query) {
+        CDatabase database(m_folder.Native("a.db"), EDatabaseAccess::Read);
+        return database.Number(query);
+    }
+    CScratchFolder m_folder;
+};
+
+TEST_F(CArchive, FollowsAFileThroughItsLife) {
+    const std::string first = Extended(At(16, 3), "Gesch\xE4lt");
+    const std::string twin = Simple(At(16, 4), "Trip");
+    struct SStep {
+        const char* name;
+        std::string bytes;
+        const char* said; ///< "added, known; damage", and on the error output
+        std::int64_t records;
+        std::int64_t damaged;
+    };
+    const SStep kSteps[] = {
+        {"new", kHeader + first + twin, "1 day file read, 0 unchanged; 2 records added, 0 known", 2, 0},
+        {"as it was", kHeader + first + twin, "0 day files read, 1 unchanged; 0 records added", 2, 0},
+        {"appended, with a twin", kHeader + first + twin + twin, "1 record added, 2 known already", 3, 0},
+        {"torn at the end", kHeader + first + twin + twin + first.substr(0, 20),
+         "0 records added, 3 known already; 1 damaged place\n", 3, 1},
+        {"whole again", kHeader + first + twin + twin + first, "1 record added, 3 known", 4, 0},
+        {"shrunk", kHeader + first, "has changed: 3 archived records of it no longer in the file; kept", 4,
+         0},
+        {"another one in its place", kHeader + twin + first, "2 records added, 0 known", 6, 0},
+        {"spoilt", "x", "0 records added, 0 known already; 1 damaged place\n", 6, 1},
+    };
+    std::filesystem::file_time_type time = std::filesystem::file_time_type::clock::now();
+    std::string before;
+    for (const SStep& step : kSteps) {
+        m_folder.Write(kDayFile, step.bytes);
+        time += std::chrono::seconds(step.bytes == before ? 0 : 1);
+        std::filesystem::last_write_time(m_folder.Native(kDayFile), time);
+        before = step.bytes;
+        const SOutcome outcome = Archive();
+        EXPECT_EQ(outcome.status, 0) << step.name;
+        EXPECT_NE((outcome.out + outcome.error).find(step.said), std::string::npos)
+            << step.name << ": " << outcome.out << outcome.error;
+        EXPECT_EQ(Ask("SELECT count(*) FROM events"), step.records) << step.name;
+        EXPECT_EQ(Ask("SELECT count(*) FROM damaged_places"), step.damaged) << step.name;
+    }
+    EXPECT_EQ(Ask("SELECT count(*) FROM records_text WHERE records_text MATCH 'trip'"), 3);
+    std::filesystem::remove(m_folder.Native(kDayFile));
+    Archive();
+    EXPECT_EQ(Ask("SELECT count(*) FROM events"), 6) << "of a file that is gone";
+    EXPECT_FALSE(m_folder.Has("a.db-wal")) << "people who may only read it can search it";
+}
+
+TEST_F(CArchive, FindsWhatIsAskedFor) {
+    m_folder.Write(kDayFile,
+                   kHeader + Extended(At(17, 3), "Gesch\xE4lt I>>1") + Simple(At(16, 4), "Trip \"A\" low"));
+    m_folder.Write("events/CD34-2-2026-11-16-DEV.evt",
+                   kHeader + Simple(At(31, 2), "When") + Simple(At(16, 5), "Tripped"));
+    ASSERT_EQ(Archive().status, 0);
+    struct SCase {
+        const char* name;
+        std::vector<std::string> options;
+        std::string want; ///< first letter of each event
+        int status = 0;
+    };
+    const SCase kCases[] = {
+        {"all, by time, those without a real one last", {""}, "TTGW"},
+        {"the beginning of a word, in any case", {"tRIP"}, "TT"},
+        {"the word alone, as a phrase", {"\"trip\""}, "T"},
+        {"all words, in any order", {"low a trip"}, "T"},
+        {"a phrase", {"\"a low\""}, "T"},
+        {"no such phrase", {"\"low a\""}, "", 1},
+        {"without its accent", {"geschalt"}, "G"},
+        {"a name with signs in it", {"I>>1"}, "G"},
+        {"a cell's text", {"271"}, "G"},
+        {"the plant", {"Départ 7"}, "TTW"},
+        {"operators are words", {"trip NOT low"}, "", 1},
+        {"an open quote", {"\"trip"}, "T"},
+        {"nothing to look for", {"\"*\" - ("}, "", 2},
+        {"signs beyond ASCII", {"\xE2\x80\x94"}, "", 1},
+        {"a column's name is a word", {"event:trip"}, "", 1},
+        {"a relay", {"", "--relay", "cd3"}, "TW"},
+        {"a relay that is a pattern", {"", "--relay", "%"}, "", 1},
+        {"since a moment", {"", "--since", "2026-11-16 04:12:01.235"}, "TG"},
+        {"until a day, to its end", {"", "--until", "2026-11-16"}, "TT"},
+        {"until a minute's start", {"", "--until", "2026-11-16T05:12"}, "T"},
+        {"no time", {"", "--since", "yesterday"}, "", 2},
+    };
+    for (const SCase& row : kCases) {
+        std::vector<std::string> options = row.options;
+        options.insert(options.end(), {"--format", "json"});
+        const SOutcome outcome = Find(options);
+        std::string got;
+        for (const std::string& line : Lines(outcome.out))
+            got += nlohmann::json::parse(line).at("event").get<std::string>()[0];
+        EXPECT_EQ(got, row.want) << row.name;
+        EXPECT_EQ(outcome.status, row.status) << row.name << ": " << outcome.error;
+    }
+    SOutcome events = RunTool({"events", m_folder.Native(kDayFile), "--format", "csv", "--sort", "time"});
+    events.out.replace(events.out.find(m_folder.Native()), m_folder.Native().size() + 1 + 7, ""); // "events/"
+    EXPECT_EQ(Lines(Find({"trip", "--format", "csv"}).out)[1], Lines(events.out)[1]);
+}
+
+TEST_F(CArchive, LinesOfJsonHoldTheSameColumns) {
+    m_folder.Write(kDayFile,
+                   kHeader + Extended(At(16, 3), "a", std::string("\\u0000\0", 7)) + Simple(At(31, 2), "b"));
+    ASSERT_EQ(RunTool({"archive", m_folder.Native("events"), "--sqlite", m_folder.Native("a.db"), "--ndjson",
+                       m_folder.Native("lines")})
+                  .status,
+              0);
+    const std::vector<std::string> lines = Lines(m_folder.Read("lines"));
+    ASSERT_EQ(lines.size(), 2U);
+    CDatabase database(m_folder.Native("a.db"), EDatabaseAccess::Read);
+    CStatement columns(database, "SELECT name FROM pragma_table_info('events') WHERE name <> 'id'");
+    const auto row = nlohmann::ordered_json::parse(lines[0]);
+    for (auto item = row.begin(); item.key() != "bytes"; ++item)
+        EXPECT_EQ(columns.Step() ? columns.TextAt(0) : "", item.key());
+    EXPECT_FALSE(columns.Step());
+    EXPECT_EQ(row["cells"][0]["bits"][2], "Gesperrt ü");
+    EXPECT_EQ(row["cells"][1]["template"], "\\u0000\xEF\xBF\xBD") << "no NUL";
+    EXPECT_EQ(nlohmann::json::parse(lines[1])["time"], nullptr) << "31 November";
+    EXPECT_FALSE(m_folder.Has("lines.tmp"));
+    EXPECT_EQ(RunTool({"archive", m_folder.Native("events"), "--ndjson", m_folder.Native("no/lines")}).status,
+              1);
+}
+
+TEST_F(CArchive, LeavesOtherDatabasesAlone) {
+    m_folder.Write(kDayFile, kHeader);
+    EXPECT_EQ(RunTool({"archive", m_folder.Native("events")}).status, 2) << "no output";
+    EXPECT_EQ(Find({"x"}).status, 2) << "no archive";
+    ASSERT_EQ(Archive().status, 0);
+    const auto refuses = [this](const char* change, const char* why) {
+        CDatabase(m_folder.Native("a.db"), EDatabaseAccess::Write).Run(change);
+        for (const SOutcome& outcome : {Archive(), Find({"x"})}) {
+            EXPECT_GT(outcome.status, 0) << change;
+            EXPECT_NE(outcome.error.find(why), std::string::npos) << outcome.error;
+        }
+    };
+    refuses("PRAGMA user_version = 99", "a newer ruvoctl (version 99)");
+    refuses("PRAGMA application_id = 7", "a database of another program");
+    m_folder.Write("a.db", std::string(5000, 'x'));
+    EXPECT_EQ(Archive().status, 1);
+    EXPECT_EQ(m_folder.Read("a.db"), std::string(5000, 'x'));
+}
+
+} // namespace
+} // namespace ruvo::test

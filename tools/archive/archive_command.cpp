@@ -1,0 +1,274 @@
+// ruvoctl archive: all records of an event root in one database, or as lines for other databases.
+#include "eventfiles/day_file_reader.h"
+#include "tools/archive/archive_store.h"
+#include "tools/command.h"
+#include "tools/events/event_files.h"
+#include "tools/progress.h"
+#include "tools/text_encoding.h"
+
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <optional>
+#include <system_error>
+
+namespace ruvo {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::array kOptions{
+    SOption{EOptionKind::Positional, "EVENTROOT", "the folder that holds the day files, at any depth"},
+    SOption{EOptionKind::Text, "--sqlite", "add the records to the archive in this file; made when missing"},
+    SOption{EOptionKind::Text, "--ndjson",
+            "write all records to this file, one JSON object a line; - for the standard output"},
+};
+
+constexpr std::string_view kNotes =
+    "With --sqlite, day files that are as they were in an earlier run are not read again, and of others "
+    "only\n"
+    "what is new is added. Nothing is ever taken out of an archive: what is no longer in a day file stays,\n"
+    "and a line says so. docs/archive.md describes the tables, and how to load the lines of --ndjson into\n"
+    "other databases.\n"
+    "Exit status: 0, or 1 when something could not be read or written, or 2 for a mistake in the "
+    "arguments.\n\n"
+    "Example: after each night's run\n"
+    "  ruvoctl archive events/ --sqlite site.sqlite && ruvoctl find site.sqlite trip --since 2026-11-16";
+
+/// Where the lines go: the standard output, or a file that takes its place only when it is whole.
+class CLineOutput {
+public:
+    CLineOutput(const std::string& path, SConsole& console) : m_console(console), m_path(path) {
+        if (!IsStandard()) {
+            m_stream.open(Beside(), std::ios::binary | std::ios::trunc);
+            m_openError = m_stream ? 0 : errno;
+            m_file.emplace(m_stream);
+        }
+    }
+    CLineOutput(const CLineOutput&) = delete;
+    CLineOutput& operator=(const CLineOutput&) = delete;
+    ~CLineOutput() {
+        if (!IsStandard() && !m_isFinished) {
+            std::error_code ignored;
+            fs::remove(Beside(), ignored);
+        }
+    }
+
+    [[nodiscard]] bool IsStandard() const { return m_path == "-"; }
+    [[nodiscard]] CTextOutput& Text() { return m_file ? *m_file : m_console.out; }
+    /// What went wrong; empty for nothing.
+    [[nodiscard]] std::string Finish() {
+        Text().Flush();
+        if (IsStandard()) {
+            return {}; // the program itself says when that failed
+        }
+        m_stream.close();
+        std::error_code error(m_openError != 0 ? m_openError : m_file->FailureCode(),
+                              std::generic_category());
+        if (!error && !m_stream) {
+            error = std::make_error_code(std::errc::io_error); // when it was closed
+        }
+        if (!error) {
+            fs::rename(Beside(), m_path, error);
+        }
+        m_isFinished = !error;
+        return error ? m_path + ": " + error.message() : std::string();
+    }
+
+private:
+    [[nodiscard]] std::string Beside() const { return m_path + ".tmp"; }
+
+    SConsole& m_console;
+    std::string m_path;
+    std::ofstream m_stream;
+    std::optional<CTextOutput> m_file;
+    int m_openError = 0;
+    bool m_isFinished = false;
+};
+
+/// One run over the files, into one or both outputs.
+class CArchiveRun {
+public:
+    CArchiveRun(SConsole& console, CArchiveStore* store, CLineOutput* lines)
+        : m_console(console), m_store(store), m_lines(lines) {}
+
+    void Take(const SFoundFiles& found) {
+        for (const std::string& failure : found.failures) {
+            Complain(failure);
+        }
+        m_progress.emplace(m_console, found.files.size());
+        for (const SFoundFile& file : found.files) {
+            ++m_names[fs::path(file.path).filename().string()];
+        }
+        for (const SFoundFile& file : found.files) {
+            if (m_lines == nullptr || m_lines->Text().IsGood()) {
+                TakeFile(file);
+            }
+            ++m_filesDone;
+        }
+        m_progress.reset();
+    }
+    void Complain(const std::string& what) {
+        Say(what);
+        m_isGood = false;
+    }
+    [[nodiscard]] bool IsGood() const { return m_isGood; }
+    [[nodiscard]] std::string Summary() const {
+        std::string text =
+            CountText(m_read, "day file") + " read, " + std::to_string(m_unchanged) + " unchanged; ";
+        text += m_store != nullptr
+                    ? CountText(m_added, "record") + " added, " + std::to_string(m_known) + " known already"
+                    : CountText(m_records, "record");
+        return text + "; " + CountText(m_damaged, "damaged place") + "\n";
+    }
+
+private:
+    void TakeFile(const SFoundFile& file) {
+        std::error_code error;
+        const fs::path path(file.path);
+        const std::string name = path.filename().string();
+        // Looked at before it is read: what comes in between is then seen in the next run.
+        const SDayFileState state{.name = SystemTextToUtf8(name),
+                                  .relay = file.relay,
+                                  .day = DayOfFileName(name),
+                                  .size = fs::file_size(path, error),
+                                  .changed = fs::last_write_time(path, error).time_since_epoch().count()};
+        if (!error && m_store != nullptr && m_lines == nullptr && m_store->IsUnchanged(state)) {
+            ++m_unchanged;
+            return;
+        }
+        if (const SFileResult opened = m_reader.Open(file.path); !opened.Good()) {
+            Complain(file.path + ": " + SystemErrorText(opened.systemCode));
+            return;
+        }
+        ++m_read;
+        if (m_store != nullptr) {
+            m_store->BeginFile(state);
+        }
+        const bool isComplete = TakeItems(state);
+        m_bytes += m_reader.Position();
+        if (!isComplete) {
+            Complain(file.path + ": could not be read to its end");
+        }
+        if (m_store != nullptr) {
+            EndFile(file, isComplete);
+        }
+    }
+
+    bool TakeItems(const SDayFileState& state) {
+        bool isComplete = true;
+        SDayFileItem item;
+        while (m_reader.Next(item)) {
+            if (item.record != nullptr) {
+                TakeRecord(state, item);
+            }
+            if (item.damage) {
+                ++m_damaged;
+                isComplete = isComplete && item.damage->fault != EDayFileFault::ReadFailed;
+                if (m_store != nullptr) {
+                    m_store->TakeDamage(*item.damage);
+                }
+            }
+            m_progress->Tell(m_filesDone, m_bytes + m_reader.Position());
+        }
+        return isComplete;
+    }
+
+    void TakeRecord(const SDayFileState& state, const SDayFileItem& item) {
+        ++m_records;
+        if (m_store != nullptr) {
+            m_store->TakeRecord(item);
+        }
+        if (m_lines != nullptr) {
+            if (m_lines->IsStandard()) {
+                m_progress->GiveWayToOutput();
+            }
+            AppendJsonLine(m_lines->Text().Text(), state.relay, state.name, MakeArchiveRow(item));
+            m_lines->Text().Settle();
+        }
+    }
+
+    void EndFile(const SFoundFile& file, bool isComplete) {
+        const SFileTally tally = m_store->EndFile(isComplete);
+        m_added += tally.added;
+        m_known += tally.known;
+        // Of two files of one name neither has to hold the other's records.
+        const bool isOnlyOne = m_names[fs::path(file.path).filename().string()] == 1;
+        if (isComplete && isOnlyOne && tally.gone > 0) {
+            Say(file.path + ": has changed: " + CountText(tally.gone, "archived record") +
+                " of it no longer in the file; kept in the archive");
+        }
+    }
+
+    void Say(const std::string& what) {
+        if (m_progress) {
+            m_progress->Clear();
+        }
+        m_console.error.Write("ruvoctl: " + EscapeControls(SystemTextToUtf8(what)) + "\n");
+        m_console.error.Flush();
+    }
+
+    SConsole& m_console;
+    CArchiveStore* m_store; ///< null for none
+    CLineOutput* m_lines;   ///< null for none
+    CDayFileReader m_reader;
+    std::optional<CProgress> m_progress; ///< while files are read
+    std::map<std::string, int> m_names;  ///< how many files there are of each name
+    std::size_t m_filesDone = 0;
+    std::uint64_t m_bytes = 0;
+    std::uint64_t m_read = 0;
+    std::uint64_t m_unchanged = 0;
+    std::uint64_t m_records = 0;
+    std::uint64_t m_added = 0;
+    std::uint64_t m_known = 0;
+    std::uint64_t m_damaged = 0;
+    bool m_isGood = true;
+};
+
+int RunInto(const std::string& root, CArchiveStore* store, CLineOutput* lines, SConsole& console) {
+    CArchiveRun run(console, store, lines);
+    run.Take(FindDayFiles({root}));
+    if (lines != nullptr) {
+        if (const std::string failure = lines->Finish(); !failure.empty()) {
+            run.Complain(failure);
+        }
+    }
+    CTextOutput& out = lines != nullptr && lines->IsStandard() ? console.error : console.out;
+    out.Write(run.Summary());
+    return run.IsGood() ? kExitGood : kExitFailed;
+}
+
+int RunArchive(const CArguments& arguments, SConsole& console) {
+    const std::string database = arguments.Get("--sqlite");
+    const std::string linesPath = arguments.Get("--ndjson");
+    if (database.empty() && linesPath.empty()) {
+        console.error.Write("ruvoctl archive: say where to: --sqlite FILE, --ndjson FILE or --ndjson -\n");
+        return kExitUsage;
+    }
+    try {
+        std::optional<CArchiveStore> store;
+        std::optional<CLineOutput> lines;
+        if (!database.empty()) {
+            store.emplace(database);
+        }
+        if (!linesPath.empty()) {
+            lines.emplace(linesPath, console);
+        }
+        return RunInto(arguments.Get("EVENTROOT"), store ? &*store : nullptr, lines ? &*lines : nullptr,
+                       console);
+    } catch (const CDatabaseError& failure) {
+        console.error.Write("ruvoctl: " + EscapeControls(SystemTextToUtf8(database + ": " + failure.what())) +
+                            "\n");
+        return kExitFailed;
+    }
+}
+
+} // namespace
+
+SCommand ArchiveCommand() {
+    return {"archive", "Gather all records in one database", kNotes, kOptions, RunArchive};
+}
+
+} // namespace ruvo

@@ -1,0 +1,117 @@
+#include "tools/archive/database.h"
+
+#include <sqlite3.h>
+
+namespace ruvo {
+
+namespace {
+
+constexpr int kPatienceMilliseconds = 10'000; // for another program that writes
+
+/// Some names mean more to the library than a file; none of those begins like this.
+std::string PlainFileName(const std::string& path) {
+    return path.starts_with('/') ? path : "./" + path;
+}
+
+} // namespace
+
+CDatabase::CDatabase(const std::string& path, EDatabaseAccess access) {
+    const int flags =
+        access == EDatabaseAccess::Write ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE : SQLITE_OPEN_READONLY;
+    sqlite3* handle = nullptr;
+    const int result = sqlite3_open_v2(PlainFileName(path).c_str(), &handle, flags, nullptr);
+    m_handle.reset(handle);
+    if (handle == nullptr) {
+        throw CDatabaseError(sqlite3_errstr(result));
+    }
+    if (result != SQLITE_OK) {
+        Fail();
+    }
+    sqlite3_busy_timeout(handle, kPatienceMilliseconds);
+}
+
+void CDatabase::Run(const char* statements) {
+    if (sqlite3_exec(Handle(), statements, nullptr, nullptr, nullptr) != SQLITE_OK) {
+        Fail();
+    }
+}
+
+std::int64_t CDatabase::Number(std::string_view query) {
+    CStatement statement(*this, query);
+    return statement.Step() ? statement.NumberAt(0) : 0;
+}
+
+void CDatabase::Fail() const {
+    throw CDatabaseError(sqlite3_errmsg(Handle()));
+}
+
+void CDatabase::SClose::operator()(sqlite3* handle) const {
+    sqlite3_close_v2(handle);
+}
+
+CStatement::CStatement(CDatabase& database, std::string_view sql) : m_database(database) {
+    sqlite3_stmt* handle = nullptr;
+    const int result =
+        sqlite3_prepare_v2(database.Handle(), sql.data(), static_cast<int>(sql.size()), &handle, nullptr);
+    m_handle.reset(handle);
+    Check(result);
+}
+
+CStatement& CStatement::BindNull() {
+    return Check(sqlite3_bind_null(m_handle.get(), m_next++));
+}
+
+CStatement& CStatement::Bind(std::int64_t number) {
+    return Check(sqlite3_bind_int64(m_handle.get(), m_next++, number));
+}
+
+CStatement& CStatement::Bind(std::string_view text) {
+    return Check(sqlite3_bind_text64(m_handle.get(), m_next++, text.data() != nullptr ? text.data() : "",
+                                     text.size(), SQLITE_STATIC, SQLITE_UTF8));
+}
+
+CStatement& CStatement::Bind(std::span<const std::uint8_t> bytes) {
+    return Check(sqlite3_bind_blob64(m_handle.get(), m_next++, bytes.data(), bytes.size(), SQLITE_STATIC));
+}
+
+bool CStatement::Step() {
+    const int result = sqlite3_step(m_handle.get());
+    if (result != SQLITE_ROW && result != SQLITE_DONE) {
+        m_database.Fail();
+    }
+    return result == SQLITE_ROW;
+}
+
+void CStatement::Rewind() {
+    sqlite3_reset(m_handle.get()); // its result is that of the last step, which has been looked at
+    m_next = 1;
+}
+
+std::int64_t CStatement::NumberAt(int column) const {
+    return sqlite3_column_int64(m_handle.get(), column);
+}
+
+std::string CStatement::TextAt(int column) const {
+    const unsigned char* const text = sqlite3_column_text(m_handle.get(), column);
+    const auto size = static_cast<std::size_t>(sqlite3_column_bytes(m_handle.get(), column));
+    return text != nullptr ? std::string(reinterpret_cast<const char*>(text), size) : std::string();
+}
+
+std::span<const std::uint8_t> CStatement::BytesAt(int column) const {
+    const void* const bytes = sqlite3_column_blob(m_handle.get(), column);
+    const auto size = static_cast<std::size_t>(sqlite3_column_bytes(m_handle.get(), column));
+    return {static_cast<const std::uint8_t*>(bytes), bytes != nullptr ? size : 0};
+}
+
+CStatement& CStatement::Check(int result) {
+    if (result != SQLITE_OK) {
+        m_database.Fail();
+    }
+    return *this;
+}
+
+void CStatement::SFinalize::operator()(sqlite3_stmt* handle) const {
+    sqlite3_finalize(handle);
+}
+
+} // namespace ruvo

@@ -1,0 +1,114 @@
+// ruvoctl find: the events of an archive that matter.
+#include "tools/archive/archive_schema.h"
+#include "tools/archive/find_query.h"
+#include "tools/command.h"
+#include "tools/events/filter_options.h"
+#include "tools/events/format_options.h"
+#include "tools/text_encoding.h"
+
+#include <array>
+
+namespace ruvo {
+
+namespace {
+
+constexpr int kExitNoneFound = 1;
+constexpr int kExitTrouble = 2;
+
+constexpr std::array kOptions{
+    SOption{EOptionKind::Positional, "DB", "the file that ruvoctl archive --sqlite made"},
+    SOption{EOptionKind::Positional, "TEXT",
+            "words of the event, its texts, its value or its plant; '' for all events"},
+    kFormatOption,
+    kSpreadsheetOption,
+    kSinceOption,
+    kUntilOption,
+    kRelayOption,
+};
+
+constexpr std::string_view kNotes =
+    "All words must be there, in any order and letter case, with or without accents. A word also finds\n"
+    "longer ones that begin with it; words in double quotes are one phrase. Events come by time, in the\n"
+    "formats of ruvoctl events.\n"
+    "Exit status: 0, or 1 when no event was found, or 2 for a mistake in the arguments or an archive that\n"
+    "cannot be read.\n\n"
+    "Example: which feeders tripped this month?\n"
+    "  ruvoctl find site.sqlite 'trip \"earth fault\"' --relay FEED --since 2026-11-01";
+
+/// The records stand in the archive as they stood in the day file: they are read as that is read.
+bool PrintRow(const CStatement& row, IEventPrinter& printer, std::string& out) {
+    SParsedRecord parsed = ParseDayFileRecord(row.BytesAt(3));
+    if (parsed.record == nullptr) {
+        return false;
+    }
+    const SEventSource source{.file = row.TextAt(1), .relay = row.TextAt(0)};
+    SDayFileItem item;
+    item.offset = static_cast<std::uint64_t>(row.NumberAt(2));
+    item.record = std::move(parsed.record);
+    item.isExtended = parsed.isExtended;
+    printer.PrintRecord(out, source, item);
+    return true;
+}
+
+std::size_t RelayWidth(CDatabase& database) {
+    std::size_t width = 0;
+    CStatement relays(database, "SELECT DISTINCT relay FROM files");
+    while (relays.Step()) {
+        width = std::max(width, ColumnsOf(relays.TextAt(0)));
+    }
+    return width;
+}
+
+int Find(const CArguments& arguments, const SFindQuery& query, SConsole& console) {
+    CDatabase database(arguments.Get("DB"), EDatabaseAccess::Read);
+    RequireCurrent(database);
+    CFindStatement found(database, query);
+    const std::unique_ptr<IEventPrinter> printer =
+        MakePrinter(arguments, RelayWidth(database), console.width);
+    std::uint64_t count = 0;
+    printer->PrintHead(console.out.Text());
+    while (console.out.IsGood() && found.Rows().Step()) {
+        if (!PrintRow(found.Rows(), *printer, console.out.Text())) {
+            throw CDatabaseError("a record's bytes were changed in it");
+        }
+        ++count;
+        console.out.Settle();
+    }
+    if (count == 0) {
+        console.error.Write("No event found.\n");
+    }
+    return count > 0 ? kExitGood : kExitNoneFound;
+}
+
+int RunFind(const CArguments& arguments, SConsole& console) {
+    SEventFilter checked;
+    if (!TakeFilterOptions(arguments, console, checked) || !CheckFormatOptions(arguments, console)) {
+        return kExitUsage;
+    }
+    const SFindQuery query{.text = SystemTextToUtf8(arguments.Get("TEXT")),
+                           .since = arguments.Get("--since"),
+                           .until = arguments.Get("--until"),
+                           .relay = arguments.Get("--relay")};
+    if (!query.text.empty() && FullTextQuery(query.text).empty()) {
+        console.error.Write("ruvoctl find: no letter and no digit to look for in \"" +
+                            EscapeControls(query.text) + "\"; '' shows all events\n");
+        return kExitUsage;
+    }
+    try {
+        return Find(arguments, query, console);
+    } catch (const CDatabaseError& failure) {
+        console.out.Flush();
+        console.error.Write(
+            "ruvoctl: " + EscapeControls(SystemTextToUtf8(arguments.Get("DB") + ": " + failure.what())) +
+            "\n");
+        return kExitTrouble;
+    }
+}
+
+} // namespace
+
+SCommand FindCommand() {
+    return {"find", "Find events in an archive", kNotes, kOptions, RunFind};
+}
+
+} // namespace ruvo

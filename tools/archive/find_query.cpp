@@ -1,0 +1,90 @@
+#include "tools/archive/find_query.h"
+
+#include <algorithm>
+
+namespace ruvo {
+
+namespace {
+
+bool IsSearchable(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return (byte >= '0' && byte <= '9') || ((byte | 0x20U) >= 'a' && (byte | 0x20U) <= 'z') || byte >= 0x80;
+}
+
+void AppendTerm(std::string& query, std::string_view word, std::string_view ending) {
+    if (std::ranges::any_of(word, IsSearchable)) {
+        query += query.empty() ? "\"" : " \"";
+        query += word;
+        query += '"';
+        query += ending;
+    }
+}
+
+/// Takes a word, or what stands in quotes, off the text.
+std::string_view TakePart(std::string_view& text, std::string_view ends) {
+    const std::size_t end = std::min(text.find_first_of(ends), text.size());
+    const std::string_view part = text.substr(0, end);
+    text.remove_prefix(end);
+    return part;
+}
+
+/// The moment in the form of the archive's times, all digits given. A day's last moment is later than any
+/// that the day's stamps can name.
+std::string LastMoment(const std::string& text) {
+    constexpr std::string_view kFullForm = "0000-00-00T00:00:00.000";
+    constexpr std::size_t kDateSize = 10;
+    if (text.size() == kDateSize) {
+        return text + "T99";
+    }
+    return text + std::string(kFullForm.substr(std::min(text.size(), kFullForm.size())));
+}
+
+/// The archive writes a "T" where people may write a blank.
+std::string WithSeparator(std::string text) {
+    std::ranges::replace(text, ' ', 'T');
+    return text;
+}
+
+std::string QueryText(const SFindQuery& query) {
+    std::string text = "SELECT f.relay, f.day_file, r.byte_offset, r.bytes "
+                       "FROM records r JOIN files f ON f.id = r.file_id WHERE 1";
+    text +=
+        query.text.empty() ? "" : " AND r.id IN (SELECT rowid FROM records_text WHERE records_text MATCH ?)";
+    text += query.since.empty() ? "" : " AND r.time >= ?";
+    text += query.until.empty() ? "" : " AND r.time <= ?";
+    text += query.relay.empty() ? "" : " AND instr(lower(f.relay), lower(?)) > 0";
+    return text + " ORDER BY r.time NULLS LAST, f.relay, r.id";
+}
+
+} // namespace
+
+std::string FullTextQuery(std::string_view text) {
+    std::string query;
+    while (!text.empty()) {
+        const bool isPhrase = text.front() == '"';
+        if (isPhrase || text.front() == ' ') {
+            text.remove_prefix(1);
+        }
+        const std::string_view part = TakePart(text, isPhrase ? "\"" : " \"");
+        AppendTerm(query, part, isPhrase ? "" : "*");
+        if (isPhrase && !text.empty()) {
+            text.remove_prefix(1); // the closing quote
+        }
+    }
+    return query;
+}
+
+CFindStatement::CFindStatement(CDatabase& database, const SFindQuery& query)
+    : m_match(FullTextQuery(query.text)), m_since(WithSeparator(query.since)),
+      m_until(LastMoment(WithSeparator(query.until))), m_relay(query.relay),
+      m_statement(database, QueryText(query)) {
+    const std::pair<const std::string&, const std::string&> parts[] = {
+        {query.text, m_match}, {query.since, m_since}, {query.until, m_until}, {query.relay, m_relay}};
+    for (const auto& [given, value] : parts) {
+        if (!given.empty()) {
+            m_statement.Bind(value);
+        }
+    }
+}
+
+} // namespace ruvo

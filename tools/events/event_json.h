@@ -1,0 +1,12 @@
+// Parts of a record as JSON, the same wherever they are written.
+#pragma once
+
+#include "protocol/cell.h"
+#include "tools/json_writer.h"
+
+namespace ruvo {
+
+/// An array of {"template", "text", "value": {"code", "bytes"} or null, "bits": [names]}.
+void WriteJsonCells(CJsonWriter& json, const CCellList& cells);
+
+} // namespace ruvo
