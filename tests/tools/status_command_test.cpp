@@ -18,7 +18,8 @@ protected:
         g_localTime = SCalendarTime{2026, 11, 21, 1, 30, 0};
         m_folder.Write("AB12-1-2026-11-18-DEV.evt", kHeader + Simple(At(18, 3), "Old"));
         m_folder.Write("AB12-1-2026-11-19-DEV.evt", kHeader + Simple(At(19, 3), "New") +
-                                                        Simple(At(19, 2), "New") + Simple(At(31, 2), "When"));
+                                                        Simple(At(19, 2), "New") + Simple(At(31, 2), "When") +
+                                                        "\x55");
         m_folder.Write("CD\"34-2-2026-11-05-DEV.evt", kHeader + Simple(At(5, 3), "x") + "\x55");
         m_folder.Write("run.log",
                        "torn\r\n"
@@ -46,7 +47,8 @@ TEST_F(CStatus, ExitStatusFollowsTheThresholds) {
         const char* said = "";
     };
     const SCase kCases[] = {
-        {"damage alone", {}, 1, "WARNING: CD\"34-2 has 1 damaged place in"},
+        {"damage alone", {}, 1, "WARNING: AB12-1 has 1 damaged place in its"},
+        {"of old", {{"--since", "2026-11-21"}}, 0},
         {"silent for more than N days",
          {{"--critical-silent", "14"}},
          2,
@@ -88,7 +90,7 @@ TEST_F(CStatus, ExitStatusFollowsTheThresholds) {
     EXPECT_EQ(run({}, "none.log").status, 1) << "the first problem makes the log";
     EXPECT_EQ(run({}, "no/such.log").status, 3);
     std::filesystem::remove(m_folder.Native("CD\"34-2-2026-11-05-DEV.evt"));
-    EXPECT_TRUE(run({}).status == 0 && run({}).out.starts_with("GOOD: 1 relay,")) << run({}).out;
+    EXPECT_TRUE(run({{"--since", "2026-11-21"}}).out.starts_with("GOOD: 1 relay, 0 problems"));
 }
 
 TEST_F(CStatus, JsonAndMetrics) {
@@ -98,7 +100,7 @@ TEST_F(CStatus, JsonAndMetrics) {
     EXPECT_EQ(status["state"], "warning");
     EXPECT_EQ(
         status["relays"][0].dump(),
-        R"({"damaged_places":0,"last_day":"2026-11-19","last_event":"2026-11-19T03:12:01.234",)"
+        R"({"damaged_places":1,"last_day":"2026-11-19","last_event":"2026-11-19T03:12:01.234",)"
         R"("last_file":"AB12-1-2026-11-19-DEV.evt","records":4,"records_in_last_file":3,"relay":"AB12-1",)"
         R"("silent_days":1})");
     EXPECT_EQ(status["log"]["lines"], 5);

@@ -85,9 +85,20 @@ private:
         }
         CDayFileWalk walk(m_console);
         walk.Read(found, [&](const SEventSource& source, const SDayFileItem& item, CProgress& /*progress*/) {
-            TakeItem(item, m_status.relays[source.relay], newest[source.relay] == source.file);
+            SRelayStatus& relay = m_status.relays[source.relay];
+            TakeItem(item, relay, newest[source.relay] == source.file);
+            relay.freshDamaged += item.damage && IsFresh(source.file) ? 1 : 0;
         });
         m_status.failures = walk.Failures();
+    }
+
+    /// Whether the day file is of the time that was asked for, give or take the time zone. One without a date
+    /// may be.
+    [[nodiscard]] bool IsFresh(const std::string& file) const {
+        constexpr std::size_t kDateSize = 10;
+        const auto day = DayNumber(DayOfFileName(file));
+        const auto first = DayNumber(m_question.since.substr(0, kDateSize));
+        return !day || !first || *day + 1 >= *first;
     }
 
     static void TakeItem(const SDayFileItem& item, SRelayStatus& relay, bool isNewestFile) {

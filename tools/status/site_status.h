@@ -20,6 +20,7 @@ struct SRelayStatus {
     std::uint64_t records = 0; ///< in all its day files
     std::uint64_t lastRecords = 0;          ///< in the newest one
     std::uint64_t damaged = 0;              ///< places in all its day files
+    std::uint64_t freshDamaged = 0;         ///< those in files of the time that was asked for
     std::optional<std::int64_t> silentDays; ///< from the last day to today; none without a last day
 };
 

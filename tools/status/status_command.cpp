@@ -37,7 +37,8 @@ constexpr std::array kOptions{
 
 constexpr std::string_view kNotes =
     "A relay's last day is the UTC date of its newest day file: the last run that found events in it. The\n"
-    "log is in local time; a relay's events are in the relay's own time. Damage in a day file is a warning.\n"
+    "log is in local time; a relay's events are in the relay's own time. Damage is a warning as long as its\n"
+    "day file is of the time that --since names; what is older is only counted.\n"
     "Exit status, as monitoring systems want it: 0 good, 1 warning, 2 critical, 3 unknown (a mistake in the\n"
     "arguments, or something could not be read).\n\n"
     "Example: after each night's run\n"

@@ -41,9 +41,10 @@ void JudgeRelay(const std::string& name, const SRelayStatus& relay, const SThres
                                                            : EState::Good;
         Add(verdict, state, name + (relay.lastFile.empty() ? " has no day file" : " has no dated day file"));
     }
-    if (relay.damaged > 0) {
+    // What is older was told in its time; it would hide what is new.
+    if (relay.freshDamaged > 0) {
         Add(verdict, EState::Warning,
-            name + " has " + CountText(relay.damaged, "damaged place") + " in its day files");
+            name + " has " + CountText(relay.freshDamaged, "damaged place") + " in its latest day files");
     }
 }
 
