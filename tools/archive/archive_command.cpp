@@ -1,6 +1,7 @@
 // ruvoctl archive: all records of an event root in one database, or as lines for other databases.
 #include "eventfiles/day_file_reader.h"
 #include "tools/archive/archive_store.h"
+#include "tools/archive/line_output.h"
 #include "tools/command.h"
 #include "tools/events/event_files.h"
 #include "tools/progress.h"
@@ -8,7 +9,6 @@
 
 #include <array>
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <optional>
 #include <system_error>
@@ -36,57 +36,6 @@ constexpr std::string_view kNotes =
     "arguments.\n\n"
     "Example: after each night's run\n"
     "  ruvoctl archive events/ --sqlite site.sqlite && ruvoctl find site.sqlite trip --since 2026-11-16";
-
-/// Where the lines go: the standard output, or a file that takes its place only when it is whole.
-class CLineOutput {
-public:
-    CLineOutput(const std::string& path, SConsole& console) : m_console(console), m_path(path) {
-        if (!IsStandard()) {
-            m_stream.open(Beside(), std::ios::binary | std::ios::trunc);
-            m_openError = m_stream ? 0 : errno;
-            m_file.emplace(m_stream);
-        }
-    }
-    CLineOutput(const CLineOutput&) = delete;
-    CLineOutput& operator=(const CLineOutput&) = delete;
-    ~CLineOutput() {
-        if (!IsStandard() && !m_isFinished) {
-            std::error_code ignored;
-            fs::remove(Beside(), ignored);
-        }
-    }
-
-    [[nodiscard]] bool IsStandard() const { return m_path == "-"; }
-    [[nodiscard]] CTextOutput& Text() { return m_file ? *m_file : m_console.out; }
-    /// What went wrong; empty for nothing.
-    [[nodiscard]] std::string Finish() {
-        Text().Flush();
-        if (IsStandard()) {
-            return {}; // the program itself says when that failed
-        }
-        m_stream.close();
-        std::error_code error(m_openError != 0 ? m_openError : m_file->FailureCode(),
-                              std::generic_category());
-        if (!error && !m_stream) {
-            error = std::make_error_code(std::errc::io_error); // when it was closed
-        }
-        if (!error) {
-            fs::rename(Beside(), m_path, error);
-        }
-        m_isFinished = !error;
-        return error ? m_path + ": " + error.message() : std::string();
-    }
-
-private:
-    [[nodiscard]] std::string Beside() const { return m_path + ".tmp"; }
-
-    SConsole& m_console;
-    std::string m_path;
-    std::ofstream m_stream;
-    std::optional<CTextOutput> m_file;
-    int m_openError = 0;
-    bool m_isFinished = false;
-};
 
 /// One run over the files, into one or both outputs.
 class CArchiveRun {
