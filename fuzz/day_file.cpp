@@ -80,7 +80,11 @@ void CheckPlace(const SDayFileItem& item, std::uint64_t& passed, std::uint64_t p
         Require(item.damage->offset == item.offset && item.damage->offset + item.damage->length == position,
                 "damage reaches up to where reading goes on");
     } else {
-        Require(position > item.offset, "a record has bytes");
+        Require(position > item.offset && item.bytes.size() == position - item.offset, "a record has bytes");
+        const SParsedRecord alone = ParseDayFileRecord(item.bytes);
+        Require(alone.record != nullptr && alone.size == item.bytes.size() &&
+                    alone.isExtended == item.isExtended && alone.record->GetText() == item.record->GetText(),
+                "a record's bytes alone are that record");
         Require(!item.damage ||
                     (item.damage->fault == EDayFileFault::UnknownValue && item.damage->offset > item.offset &&
                      item.damage->offset + item.damage->length <= position),
