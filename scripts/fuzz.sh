@@ -7,10 +7,10 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-declare -A short=([cell]=20000 [day_file]=4000 [ethernet]=200000 [extraction]=4000 [format]=20000 [ini]=600
+declare -A short=([cell]=20000 [day_file]=4000 [ethernet]=200000 [extraction]=4000 [format]=20000 [ini]=600 [log]=20000
     [record]=30000 [scramble]=200000 [substation]=3000 [values]=10000)
 declare -A longest=([ethernet]=64 [scramble]=64 [format]=512 [cell]=512 [values]=512 [record]=1024 [extraction]=1024
-    [ini]=1024 [day_file]=2048 [substation]=2048) # bytes
+    [ini]=1024 [log]=1024 [day_file]=2048 [substation]=2048) # bytes
 
 minutes=0
 case "${1:---short}" in
