@@ -1,6 +1,5 @@
 #include "eventfiles/day_file_block.h"
 
-#include "eventfiles/text_file_header.h"
 #include "protocol/binary_cell.h"
 #include "protocol/byte_cursor.h"
 #include "protocol/data_factory.h"
@@ -39,6 +38,8 @@ constexpr std::size_t kUniqueIdSize = 4;
 constexpr std::size_t kTimeStampSize = 7;
 /// Behind the block's head: record number, unique id. Then comes the time stamp's type code.
 constexpr std::size_t kTimeStampAt = kBlockHeadSize + 1 + kUniqueIdSize;
+/// Within the items from the unique id on.
+constexpr std::size_t kReservedTextAt = kUniqueIdSize + 2 + kTimeStampSize + 1;
 /// A body whose texts, value and event code are all empty.
 constexpr std::size_t kMinBodySize = 1 + kUniqueIdSize + 2 + kTimeStampSize + 1 + 1 + 1 + 3 + 2 + 1 + 2 + 1;
 
@@ -91,9 +92,9 @@ bool IsStoredThere(const CParlaneData* value, Bytes bytes) {
 class CBodyWalk {
 public:
     CBodyWalk(Bytes body, bool isExtended) : m_body(body), m_cursor(body) {
-        const bool throughEvent = Skip(m_cursor, kUniqueIdSize + 2 + kTimeStampSize + 1) &&
-                                  SkipCounted(m_cursor) && SkipCounted(m_cursor) && SkipTexts(3) &&
-                                  Skip(m_cursor, 2) && SkipTexts(1) && TakeValue() && SkipTexts(1);
+        const bool throughEvent = Skip(m_cursor, kReservedTextAt) && SkipCounted(m_cursor) &&
+                                  SkipCounted(m_cursor) && SkipTexts(3) && Skip(m_cursor, 2) &&
+                                  SkipTexts(1) && TakeValue() && SkipTexts(1);
         while (throughEvent && !isExtended && m_cursor.Remaining() > 0 && TakeValue()) {
         }
     }
@@ -289,6 +290,13 @@ std::optional<EDayFileFault> ReadExtended(std::uint8_t recordNumber, Bytes body,
     return std::nullopt;
 }
 
+/// A short number of no bytes would read as 0, but nobody writes one: it is a length that was changed.
+bool HasEmptyEventCode(Bytes items) {
+    CByteCursor cursor(items);
+    std::uint8_t length = 0;
+    return Skip(cursor, kReservedTextAt) && SkipCounted(cursor) && cursor.TakeByte(length) && length == 0;
+}
+
 std::optional<EDayFileFault> ReadRecord(Bytes bytes, SParsedRecord& parsed) {
     CByteCursor cursor(bytes);
     SBlock block;
@@ -305,6 +313,9 @@ std::optional<EDayFileFault> ReadRecord(Bytes bytes, SParsedRecord& parsed) {
         return EDayFileFault::ItemPastEnd;
     }
     const Bytes items = block.body.subspan(1);
+    if (HasEmptyEventCode(items)) {
+        return EDayFileFault::BadEventCode;
+    }
     return recordNumber == 0 ? ReadSimple(items, parsed) : ReadExtended(recordNumber, items, cursor, parsed);
 }
 
@@ -319,27 +330,6 @@ std::size_t ClaimedSize(Bytes bytes) {
 bool HasTimeStampHead(Bytes block) {
     return block.size() > kTimeStampAt + 1 && block[kTimeStampAt] == kTypeIEC870 &&
            block[kTimeStampAt + 1] == kTimeStampSize;
-}
-
-/// A header's byte that is no line end: anything printable, and the tab.
-bool IsTextByte(std::uint8_t byte) {
-    return byte >= 0x20 || byte == '\t';
-}
-
-/// True when each line ends in CR LF and one of them says that an event list follows.
-bool IsEventListHeader(std::string_view lines) {
-    constexpr std::string_view kLineEnd = "\r\n";
-    constexpr std::string_view kTypeLine = "TYPE: EventList";
-    bool isEventList = false;
-    while (!lines.empty()) {
-        const std::size_t end = lines.find_first_of(kLineEnd);
-        if (end == std::string_view::npos || lines.substr(end, kLineEnd.size()) != kLineEnd) {
-            return false;
-        }
-        isEventList = isEventList || lines.substr(0, end) == kTypeLine;
-        lines.remove_prefix(end + kLineEnd.size());
-    }
-    return isEventList;
 }
 
 } // namespace
@@ -379,22 +369,6 @@ std::size_t ParseCost(std::span<const std::uint8_t> bytes) {
     const std::size_t first = ClaimedSize(bytes);
     const bool isExtended = first > kBlockHeadSize && first < bytes.size() && bytes[kBlockHeadSize] != 0;
     return first + (isExtended ? ClaimedSize(bytes.subspan(first)) : 0);
-}
-
-SParsedHeader ParseDayFileHeader(std::span<const std::uint8_t> bytes) {
-    if (bytes.empty()) {
-        return {EDayFileFault::EmptyFile, 0};
-    }
-    const Bytes searched = bytes.first(std::min(bytes.size(), kMaxHeaderSize));
-    const auto end = std::ranges::find_if(
-        searched, [](std::uint8_t byte) { return !IsTextByte(byte) && byte != '\r' && byte != '\n'; });
-    if (end == searched.end() || *end != kEndOfHeader) {
-        return {EDayFileFault::NoHeaderEnd, 0};
-    }
-    if (!IsEventListHeader(std::string(searched.begin(), end))) {
-        return {EDayFileFault::BadHeader, 0};
-    }
-    return {std::nullopt, static_cast<std::size_t>(end - searched.begin()) + 1};
 }
 
 } // namespace ruvo

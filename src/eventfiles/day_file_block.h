@@ -76,13 +76,4 @@ struct SParsedRecord {
 /// Bytes that parsing the record there may have to read at most; 0 when there is none to parse.
 [[nodiscard]] std::size_t ParseCost(std::span<const std::uint8_t> bytes);
 
-/// The fault of the header at the start of a file, or its size with the end byte. The bytes are the file's
-/// first kMaxHeaderSize or all of it.
-struct SParsedHeader {
-    std::optional<EDayFileFault> fault;
-    std::size_t size = 0;
-};
-inline constexpr std::size_t kMaxHeaderSize = std::size_t{16} * 1024;
-[[nodiscard]] SParsedHeader ParseDayFileHeader(std::span<const std::uint8_t> bytes);
-
 } // namespace ruvo

@@ -1,5 +1,7 @@
 #include "eventfiles/day_file_reader.h"
 
+#include "eventfiles/day_file_header.h"
+
 #include <algorithm>
 #include <cstring>
 #include <utility>

@@ -1,122 +1,30 @@
 // Day files read back: whatever bytes are cut off or changed, the damage is told once and every other record
 // comes out as it was.
-#include "support/hex.h"
+#include "eventfiles/record_image.h"
 #include "support/scratch_folder.h"
-
-#include "eventfiles/day_file_reader.h"
 
 #include <gtest/gtest.h>
 
 #include <map>
-#include <sstream>
 
 namespace ruvo::test {
 namespace {
 
-/// Bytes of blocks; `structure` are the places of those that carry it.
-struct SImage {
-    std::string bytes;
-    std::vector<std::size_t> structure;
-};
-
-/// Made of words: "[00" opens a block of that tag and "]" closes it, "'Trip" is a text, "!3C" a structural
-/// byte, anything else hexadecimal digits. "_" in a text stands for a blank.
-SImage Make(const std::string& words) {
-    SImage image;
-    std::size_t block = 0;
-    std::istringstream stream(words);
-    for (std::string word; stream >> word;) {
-        const char mark = word[0];
-        const std::size_t start = image.bytes.size();
-        const bool isMarked = mark == '[' || mark == '!' || mark == '\'';
-        for (std::size_t at = start; isMarked && at < start + (mark == '[' ? 3 : 1); ++at)
-            image.structure.push_back(at);
-        std::string rest = word.substr(isMarked ? 1 : 0);
-        if (mark == '\'') {
-            std::ranges::replace(rest, '_', ' ');
-            image.bytes += static_cast<char>(rest.size()) + rest;
-        } else if (mark == ']') {
-            image.bytes[block + 1] = static_cast<char>(start - block - 3);
-        } else {
-            for (const std::uint8_t byte : Hex(rest + (mark == '[' ? "0000" : "")))
-                image.bytes += static_cast<char>(byte);
-        }
-        block = mark == '[' ? start : block;
-    }
-    return image;
-}
-
 const std::string kFirst =
     "[00 01 02000000 !3C !07 D2040304100B1A 00 ' !01 05 'Plant 'Desc 'AB12 2003 'Outputs !20 !01 05 ' ]";
 const std::string kEvent = "[00 00 00000000 !3C !07 D2040304100B1A 00 ' !01 05 'Plant 'Desc 'AB12 2003 ";
-const SImage kSimple = Make(kEvent + "'Trip !24 !02 0500 '%u_of_%s !24 !01 07 !18 !03 616263 ]");
-const SImage kPlain = Make(kEvent + "'Start !FF !00 'Start ]");
+const SImage kSimple = MakeImage(kEvent + "'Trip !24 !02 0500 '%u_of_%s !24 !01 07 !18 !03 616263 ]");
+const SImage kPlain = MakeImage(kEvent + "'Start !FF !00 'Start ]");
 const SImage kExtended =
-    Make(kFirst + " [01 02000000 'Event_Value_ !20 !01 05 !02 'Start 'Trip 'Phase_%s !18 !01 42 !00 "
-                  "'Fault !FF !00 !00 ]");
-const std::string kHeader =
-    "APP: Parlane\r\nTYPE: EventList\r\nFORMAT: 1.0\r\nNEXTEXTENDED: 000003\r\n\r\nheaderText\r\n\x1A";
-
-using Images = std::map<std::uint64_t, std::string>; ///< of records, by offset
-struct SRead {
-    Images images; ///< records written again
-    std::vector<SDayFileDamage> damage;
-};
+    MakeImage(kFirst + " [01 02000000 'Event_Value_ !20 !01 05 !02 'Start 'Trip 'Phase_%s !18 !01 42 !00 "
+                       "'Fault !FF !00 !00 ]");
+const std::string& kHeader = kDayFileHeader;
 
 SRead ReadBack(const CScratchFolder& folder, const std::string& bytes) {
-    static CDayFileReader reader;
-    EXPECT_TRUE(reader.Open(folder.Write("day.evt", bytes)).Good());
-    SRead read;
-    for (SDayFileItem item; reader.Next(item);) {
-        if (item.damage)
-            read.damage.push_back(*item.damage);
-        if (!item.record)
-            continue;
-        EXPECT_TRUE(item.record->IsValid());
-        std::vector<std::uint8_t> image;
-        item.record->Serialise(image);
-        read.images[item.offset] = {image.begin(), image.end()};
-    }
-    return read;
+    return test::ReadBack(folder.Write("day.evt", bytes));
 }
-
-/// A file of every kind of record.
-struct SSample {
-    std::vector<const SImage*> records{&kSimple, &kExtended, &kPlain, &kExtended, &kSimple};
-    std::string bytes = kHeader;
-    std::vector<std::size_t> starts;
-    Images all;
-    SSample() {
-        for (const SImage* image : records) {
-            starts.push_back(bytes.size());
-            all[bytes.size()] = image->bytes;
-            bytes += image->bytes;
-        }
-    }
-};
 
 } // namespace
-
-TEST(DayFileReader, FileCutAtEveryByte) {
-    const CScratchFolder folder;
-    const SSample sample;
-    for (std::size_t cut = 0; cut <= sample.bytes.size(); ++cut) {
-        SCOPED_TRACE(cut);
-        Images whole;
-        std::size_t sound = cut < kHeader.size() ? 0 : kHeader.size();
-        for (const auto& [start, image] : sample.all)
-            if (start + image.size() <= cut) {
-                whole[start] = image;
-                sound = start + image.size();
-            }
-        const SRead read = ReadBack(folder, sample.bytes.substr(0, cut));
-        EXPECT_EQ(read.images, whole);
-        ASSERT_EQ(read.damage.size(), sound != cut || cut == 0 ? 1U : 0U);
-        if (!read.damage.empty()) {
-            EXPECT_EQ(std::pair(read.damage[0].offset, read.damage[0].length), std::pair(sound, cut - sound));
-        }
-    }
-}
 
 // A later run's records stand behind the torn one, and their first bytes complete it as its lengths say.
 TEST(DayFileReader, RecordTornAtEveryByteBeforeSoundOnes) {
@@ -125,11 +33,11 @@ TEST(DayFileReader, RecordTornAtEveryByteBeforeSoundOnes) {
     const std::string cells = kFirst + " [01 02000000 ";
     const std::pair<const char*, SImage> kTorn[] = {
         {"ends in a text", kPlain},
-        {"ends in a long text", Make(kEvent + "'Start FF00 '" + text + " ]")},
+        {"ends in a long text", MakeImage(kEvent + "'Start FF00 '" + text + " ]")},
         {"ends in a Text value", kSimple},
-        {"ends in an Int", Make(kEvent + "'Trip FF00 '%d 28020500 ]")},
-        {"ends in bit names", Make(cells + "'Outputs 200105 02 'Start 'Trip ]")},
-        {"ends in a text cell", Make(cells + "'Phase 1803414243 00 ]")},
+        {"ends in an Int", MakeImage(kEvent + "'Trip FF00 '%d 28020500 ]")},
+        {"ends in bit names", MakeImage(cells + "'Outputs 200105 02 'Start 'Trip ]")},
+        {"ends in a text cell", MakeImage(cells + "'Phase 1803414243 00 ]")},
     };
     for (const auto& [name, torn] : kTorn)
         for (const auto& [first, second] : {std::pair(&kPlain, &kSimple), std::pair(&kExtended, &kPlain)})
@@ -146,48 +54,21 @@ TEST(DayFileReader, RecordTornAtEveryByteBeforeSoundOnes) {
             }
 }
 
-// A change may turn a record into another one that is sound in itself (a text that ends at a later value, a
-// type that suits the same bytes); that it then is such a record, written again byte for byte, is all one can
-// ask.
-TEST(DayFileReader, EveryStructuralByteChanged) {
-    const CScratchFolder folder;
-    const SSample sample;
-    for (std::size_t index = 0; index < sample.records.size(); ++index)
-        for (const std::size_t at : sample.records[index]->structure)
-            for (const int flip : {1, 2, 3, 4, 8, 16, 32, 64, 128, 255}) {
-                SCOPED_TRACE(testing::Message()
-                             << "record " << index << ", byte " << at << ", flip " << flip);
-                const std::size_t start = sample.starts[index];
-                const std::size_t size = sample.records[index]->bytes.size();
-                std::string bytes = sample.bytes;
-                bytes[start + at] = static_cast<char>(bytes[start + at] ^ flip);
-                SRead read = ReadBack(folder, bytes);
-                ASSERT_LE(read.damage.size(), 1U);
-                if (read.damage.empty()) {
-                    EXPECT_EQ(read.images[start], bytes.substr(start, size));
-                } else {
-                    EXPECT_TRUE(read.damage[0].offset >= start && read.damage[0].offset < start + size);
-                }
-                read.images[start] = sample.all.at(start);
-                ASSERT_EQ(read.images, sample.all) << "the other records";
-            }
-}
-
 TEST(DayFileReader, DamageIsToldOnceAndReadingGoesOnAtASoundRecordWithAWitness) {
     using enum EDayFileFault;
     const std::string& H = kHeader;
     const std::string N = H.substr(0, H.size() - 1); // without its end byte
     const std::string& S = kSimple.bytes;
-    const std::string F = Make(kFirst).bytes;
+    const std::string F = MakeImage(kFirst).bytes;
     const std::string& E = kExtended.bytes;
     const std::string C = E.substr(F.size());
-    const std::string other = Make("[01 03000000 ]").bytes;
-    const std::string behind = Make(kFirst.substr(0, kFirst.size() - 1) + "00 ]").bytes;
+    const std::string other = MakeImage("[01 03000000 ]").bytes;
+    const std::string behind = MakeImage(kFirst.substr(0, kFirst.size() - 1) + "00 ]").bytes;
     const std::string lenient =
-        Make("[00 0000000000 3C07D2040304100B1A 41 'ab 02 0005 ' ' ' 2003 ' FF00 ' ]").bytes;
-    const std::string unknown = Make(kEvent + "'Trip 7E020500 ' ]").bytes;
-    const std::string odd = Make(kEvent + "'Trip 2803010203 ' ]").bytes;
-    const std::string oddCell = Make("[01 02000000 'Phase 5003010203 00 ]").bytes;
+        MakeImage("[00 0000000000 3C07D2040304100B1A 41 'ab 02 0005 ' ' ' 2003 ' FF00 ' ]").bytes;
+    const std::string unknown = MakeImage(kEvent + "'Trip 7E020500 ' ]").bytes;
+    const std::string odd = MakeImage(kEvent + "'Trip 2803010203 ' ]").bytes;
+    const std::string oddCell = MakeImage("[01 02000000 'Phase 5003010203 00 ]").bytes;
     const std::string J(100, '\x55');
     struct SCase {
         const char* name;
@@ -255,7 +136,7 @@ TEST(DayFileReader, HostileFileIsReadInReasonableWork) {
     const CScratchFolder folder;
     std::string bytes = kHeader;
     while (bytes.size() < 1500000)
-        bytes += Make("00EBFF00 03000F01 3C07 002202111E0302").bytes;
+        bytes += MakeImage("00EBFF00 03000F01 3C07 002202111E0302").bytes;
     const SRead read = ReadBack(folder, bytes);
     ASSERT_EQ(read.damage.size(), 1U);
     EXPECT_EQ(read.damage[0].length, bytes.size() - kHeader.size());
