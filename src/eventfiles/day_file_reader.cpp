@@ -194,4 +194,19 @@ void CDayFileReader::Advance(std::size_t count) {
     m_at.parseBudget += kBudgetPerByte * count;
 }
 
+std::optional<std::uint64_t> FindTornEnd(const std::string& path) {
+    CDayFileReader reader;
+    if (!reader.Open(path).Good()) {
+        return std::nullopt;
+    }
+    std::optional<std::uint64_t> torn;
+    for (SDayFileItem item; reader.Next(item);) {
+        // Damage with a record behind it was at the file's end in an earlier run; damage without a length is
+        // an empty file, or one that cannot be read further.
+        const bool isTorn = item.record == nullptr && item.damage->length > 0;
+        torn = isTorn ? std::optional(item.damage->offset) : std::nullopt;
+    }
+    return torn;
+}
+
 } // namespace ruvo

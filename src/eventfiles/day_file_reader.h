@@ -80,4 +80,8 @@ private:
     SProgress m_at;
 };
 
+/// Where the damage begins that a day file ends with; none when it ends with a whole record or its header, is
+/// empty or cannot be read. Reads the whole file.
+[[nodiscard]] std::optional<std::uint64_t> FindTornEnd(const std::string& path);
+
 } // namespace ruvo

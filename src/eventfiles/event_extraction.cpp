@@ -1,5 +1,6 @@
 #include "eventfiles/event_extraction.h"
 
+#include "eventfiles/day_file_reader.h"
 #include "eventfiles/event_conversion.h"
 #include "eventfiles/event_file_names.h"
 #include "eventfiles/event_file_writer.h"
@@ -68,6 +69,7 @@ private:
     bool MayTakeMore();
     void HandleEvent(CEventConverter& converter, std::uint8_t kind, CParlaneDataArray& values);
     void RefreshKeepGoing();
+    void NoteTornEnd();
     void WriteFile(const std::string& eventRoot);
     std::size_t Count() const { return m_records.GetRecords().size(); }
 
@@ -204,7 +206,21 @@ void CVisit::RefreshKeepGoing() {
     }
 }
 
+/// What a killed run or a power failure left at the end of the day's file is told once, by the run that
+/// appends behind it. It is news only: whatever goes wrong here is no reason to lose the events.
+void CVisit::NoteTornEnd() {
+    try {
+        if (const auto damage = FindTornEnd(m_records.GetName())) {
+            m_notes.push_back("Day file " + m_records.GetName() +
+                              " does not end with a whole record: damage at byte " + std::to_string(*damage) +
+                              ".");
+        }
+    } catch (const std::exception&) { // no memory for the reader
+    }
+}
+
 void CVisit::WriteFile(const std::string& eventRoot) {
+    NoteTornEnd();
     std::string firstCreated;
     CreateDirectoryPath(m_folder, firstCreated); // a folder that cannot be made shows when the file is opened
     if (!WriteEventFile(m_records, "headerText", m_errors, m_notes)) {

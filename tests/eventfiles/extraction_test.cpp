@@ -222,6 +222,43 @@ TEST_F(Extraction, ALaterRunAppendsAndKeepsTheHeader) {
     EXPECT_EQ(Day(), first + first.substr(headerSize)) << "numbering starts at 1 again";
 }
 
+TEST_F(Extraction, ATornEndIsToldOnceAndStaysAsItIs) {
+    const auto run = [this] {
+        server.events = {Event(0, {"240107"})};
+        return Extract().problems;
+    };
+    run();
+    const std::string whole = Day();
+    const std::size_t header = Header("000002").size();
+    const std::string record = whole.substr(header);
+    const struct {
+        const char* name;
+        std::string before;
+        const char* damageAt; ///< null: nothing to tell
+    } cases[] = {
+        {"a whole record", whole, nullptr},
+        {"no record", whole.substr(0, header), nullptr},
+        {"an empty file, which gets its header", "", nullptr},
+        {"a torn record", whole + record.substr(0, record.size() - 1), "155"},
+        {"a record without its cells", whole.substr(0, whole.size() - 25), "81"},
+        {"an older tear, followed by a whole record", whole + record.substr(0, 9) + record, nullptr},
+        {"an older tear and a new one", whole + record.substr(0, 9) + record + record.substr(0, 1), "238"},
+        {"a torn header", whole.substr(0, header - 1), "0"},
+        {"no header and no record", "junk", "0"},
+    };
+    for (const auto& test : cases) {
+        folder.Write(kFile, test.before);
+        const std::string line = "Day file " +
+                                 folder.Path("AB12-00001234\\AB12-00001234-2026-11-16-DEV.evt") +
+                                 " does not end with a whole record: damage at byte ";
+        EXPECT_EQ(run(), test.damageAt == nullptr ? std::vector<std::string>{}
+                                                  : std::vector<std::string>{line + test.damageAt + "."})
+            << test.name;
+        EXPECT_EQ(Day(), test.before.empty() ? whole : test.before + record) << test.name;
+        EXPECT_EQ(run(), std::vector<std::string>{}) << test.name << ": told once";
+    }
+}
+
 TEST_F(Extraction, AnEndlessStreamIsTakenInPieces) {
     const std::vector<std::string> said{
         "This visit has taken 3 events; the rest waits in the relay for the next run."};
