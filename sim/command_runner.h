@@ -14,7 +14,7 @@ namespace ruvo::sim {
 
 struct SRunPlan {
     Status status = kGood; ///< with which the command completes
-    std::chrono::milliseconds delay{0};
+    std::chrono::microseconds delay{0};
     bool hangs = false; ///< only an abort ends it
 };
 

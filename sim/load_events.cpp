@@ -106,6 +106,7 @@ void ReadGenerator(const STomlNode& node, SRelay& relay) {
     if (plan.kinds.empty()) {
         plan.kinds.push_back(0);
     }
+    relay.endless = table.Flag("endless", false);
     table.Finish();
     const std::string refusal = GenerateEvents(plan, relay);
     if (!refusal.empty()) {

@@ -40,6 +40,10 @@ std::string CServerCore::RelayName(const SCall& call) {
     return relay == nullptr ? std::string() : relay->Model().name;
 }
 
+std::chrono::microseconds CServerCore::DelayOf(const SFault& fault) const {
+    return std::chrono::microseconds(std::chrono::milliseconds(fault.delay)) / m_substation->speed;
+}
+
 EComResult CServerCore::Answer(const SCall& call, const Ask& ask, const Outputs& outputs, Variant& status) {
     std::unique_lock lock(m_lock);
     const SFault fault = m_faults.Match(call, RelayName(call));
@@ -47,7 +51,7 @@ EComResult CServerCore::Answer(const SCall& call, const Ask& ask, const Outputs&
     if (fault.delay != 0 && !runsOn) {
         // The caller waits, the server does not: an abort from another thread must get through.
         lock.unlock();
-        std::this_thread::sleep_for(std::chrono::milliseconds(fault.delay));
+        std::this_thread::sleep_for(DelayOf(fault));
         lock.lock();
     }
     if (fault.comFailure) {
@@ -116,7 +120,7 @@ void CServerCore::StartRunning(const SCall& call, const SFault& fault, const SAn
     m_results = answer.outputs;
     SRunPlan plan;
     plan.status = fault.completion.value_or(answer.completion);
-    plan.delay = std::chrono::milliseconds(fault.delay);
+    plan.delay = DelayOf(fault);
     plan.hangs = fault.hangs;
     m_runner.Start(plan);
 }

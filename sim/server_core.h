@@ -8,6 +8,7 @@
 #include "sim/record_files.h"
 #include "sim/sink_list.h"
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -50,6 +51,8 @@ private:
     void StartRunning(const SCall& call, const SFault& fault, const SAnswer& answer);
     void Finish(Status status);
     std::string RelayName(const SCall& call);
+    /// A fault's delay as the substation's clock has it pass.
+    std::chrono::microseconds DelayOf(const SFault& fault) const;
 
     const std::unique_ptr<const SSubstation> m_substation;
     CSinkList& m_sinks;

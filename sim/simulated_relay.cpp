@@ -45,7 +45,11 @@ CSimulatedRelay::CSimulatedRelay(const SRelay& model)
       m_cells(model.cells), m_access(model.access) {}
 
 void CSimulatedRelay::SkipEvents(std::size_t count) {
-    m_nextEvent = std::min(count, m_model.events.size());
+    m_nextEvent = m_model.endless ? count : std::min(count, m_model.events.size());
+}
+
+bool CSimulatedRelay::HasEvents() const {
+    return m_nextEvent < m_model.events.size() || (m_model.endless && !m_model.events.empty());
 }
 
 const SRecord* CSimulatedRelay::SelectedRecord(std::uint8_t column) const {
@@ -272,21 +276,20 @@ SAnswer CSimulatedRelay::NextEvent() {
     if (const Status status = m_access.Check(EAccess::Event, 0); status != kGood) {
         return Refused(status);
     }
-    if (m_nextEvent == m_model.events.size()) {
+    if (!HasEvents()) {
         return Refused(kNoData);
     }
-    const SEvent& event = m_model.events[m_nextEvent];
+    const SEvent& event = m_model.events[m_nextEvent % m_model.events.size()];
     // Gone from here on, whatever becomes of the answer.
     ++m_nextEvent;
-    const bool more = event.more.value_or(m_nextEvent < m_model.events.size());
+    const bool more = event.more.value_or(HasEvents());
     return Given(
         {Variant::FromUI1(event.kind), Variant::FromList(event.values), Variant::FromUI1(more ? 1 : 0)});
 }
 
 SAnswer CSimulatedRelay::StatusByte() const {
-    const bool waiting = m_nextEvent < m_model.events.size();
-    return Given(
-        {Variant::FromUI1(static_cast<std::uint8_t>(m_model.statusByte | (waiting ? kEventsWaiting : 0)))});
+    return Given({Variant::FromUI1(
+        static_cast<std::uint8_t>(m_model.statusByte | (HasEvents() ? kEventsWaiting : 0)))});
 }
 
 } // namespace ruvo::sim

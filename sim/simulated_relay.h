@@ -61,6 +61,7 @@ private:
     void AddToListing(CellAddress address, const SCell& cell, bool unsignedLocations,
                       SListing& listing) const;
     Status Store(CellAddress cell, const SCell& before, const Variant::Bytes& data);
+    bool HasEvents() const;
     bool IsUnknownRecord(CellAddress cell, const Variant::Bytes& data) const;
 
     const SRelay& m_model;

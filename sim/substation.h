@@ -130,6 +130,7 @@ struct SRelay {
     std::vector<SRecord> records;
     std::optional<SAccess> access;
     std::vector<SEvent> events;
+    bool endless = false;        ///< after the last event the first one waits again
     std::uint8_t statusByte = 0; ///< without the bit that says that events wait
 };
 
@@ -172,8 +173,9 @@ struct SSubstation {
     SLink link;
     std::vector<SRelay> relays;
     std::vector<SFault> faults;
-    std::string stateFile; ///< full path; empty: events are handed over anew in every run
-    std::string traceFile; ///< full path; empty: no trace
+    std::string stateFile;   ///< full path; empty: events are handed over anew in every run
+    std::string traceFile;   ///< full path; empty: no trace
+    std::uint32_t speed = 1; ///< how many times faster than it says a delay passes
 };
 
 /// A substation, or the one line that says why its file is refused: "FILE:LINE: REASON".

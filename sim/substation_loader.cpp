@@ -9,6 +9,8 @@
 namespace ruvo::sim {
 namespace {
 
+constexpr std::int64_t kMaxSpeed = 1000000;
+
 std::string PathIn(CTableReader& table, std::string_view key, const std::string& folder) {
     const std::optional<std::string> name = table.Text(key);
     if (!name) {
@@ -62,6 +64,7 @@ std::unique_ptr<SSubstation> Build(const STomlNode& root, const std::string& fol
     CTableReader table(root, "a substation");
     substation->stateFile = PathIn(table, "state", folder);
     substation->traceFile = PathIn(table, "trace", folder);
+    substation->speed = static_cast<std::uint32_t>(table.Integer("speed", 1, kMaxSpeed).value_or(1));
     if (const STomlNode* link = table.Find("link")) {
         substation->link = ReadLink(*link);
     }

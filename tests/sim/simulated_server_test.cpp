@@ -168,6 +168,19 @@ TEST(Relay, GeneratesTheSameEventsFromTheSameSeed) {
     EXPECT_TRUE(read("7") == read("7") && read("7") != read("8"));
 }
 
+TEST(Relay, NeverRunsOutOfEventsAndTenMinutesPassInNoTime) {
+    CRig rig("speed = 1000000\n" + kRelay + "generate = { count = 2, endless = true }\n" + kFault +
+             "\"GetEvent\"\ndelay = 600000\n" + kFault + "\"StartGetColumnText\"\ndelay = 600000\n");
+    std::vector<Variant> values;
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(rig.Event(), 0);
+        EXPECT_EQ(rig.c, Variant::FromUI1(1)) << "more wait";
+        values.push_back(rig.b);
+    }
+    EXPECT_TRUE(values[0] == values[2] && values[2] == values[4] && !(values[0] == values[1]));
+    EXPECT_EQ(rig.Completion(rig.Server().StartGetColumnText(rig.address, rig.address, rig.status)), 0x0111);
+}
+
 TEST(Relay, ListsTheSelectedRecord) {
     CRig rig(kRelay + "columns.\"05\" = { locations = \"uint\" }\n[[relay.record]]\nnumber = 3\n"
                       "column = \"05\"\ncells.\"05.02\" = { uint = 4, label = \"L\" }\n");
