@@ -147,22 +147,4 @@ TEST(EndToEnd, AFullDiskAndAVanishedRootAreLoggedAndCostNoEarlierRecord) {
               std::string::npos);
 }
 
-TEST(EndToEnd, KilledAtAnyMomentTheNextRunWorks) {
-    const CProgramRun run(kLink + Relay("serial = 5", kTrip + kTrip + kTrip) +
-                              "[[fault]]\noperation = \"GetEvent\"\ndelay = 30\n",
-                          "", "[RUVO_SERIAL]\nRV001=5\n");
-    run.Run();
-    const auto before = run.Files();
-    for (const char* wait : {"0.01", "0.04", "0.07", "0.1"}) {
-        run.Shell("$RUVO $DIR/site.ini & sleep " + std::string(wait) + "; kill -9 $!; wait");
-        for (const auto& [name, bytes] : run.Files()) {
-            const auto found = before.find(name);
-            EXPECT_TRUE(found == before.end() || bytes.starts_with(found->second))
-                << "earlier bytes stay as they were";
-        }
-    }
-    EXPECT_EQ(run.Run(), "exit 0\n");
-    EXPECT_EQ(run.Log(), "");
-}
-
 } // namespace ruvo::test

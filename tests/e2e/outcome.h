@@ -26,9 +26,10 @@ inline std::string WithoutTimeStamps(const std::string& log) {
     return lines;
 }
 
-/// All files below a folder by path, the date of the run replaced by "DATE". None when there is no such
-/// folder.
-inline std::map<std::string, std::string> FilesBelow(const std::filesystem::path& folder) {
+/// All files below a folder by path, the date of the run replaced by "DATE" unless it is to be kept. None
+/// when there is no such folder.
+inline std::map<std::string, std::string> FilesBelow(const std::filesystem::path& folder,
+                                                     bool keepsDates = false) {
     std::map<std::string, std::string> files;
     if (!std::filesystem::exists(folder)) {
         return files;
@@ -38,7 +39,8 @@ inline std::map<std::string, std::string> FilesBelow(const std::filesystem::path
             continue;
         }
         std::string name = entry.path().lexically_relative(folder).generic_string();
-        if (const std::size_t date = name.rfind("-DEV.evt"); date != std::string::npos && date > 10) {
+        if (const std::size_t date = name.rfind("-DEV.evt");
+            !keepsDates && date != std::string::npos && date > 10) {
             name.replace(date - 10, 10, "DATE");
         }
         files[name] = FileBytes(entry.path());
