@@ -44,7 +44,7 @@ printf '%s\n' '[RUVO_GENERAL]' "EventRootDir=$dir/ev" "ErrorLogPathname=$dir/log
 
 # Of the JSON lines of two readings: says which earlier records are gone, how many there are now, and which files end
 # torn at which byte.
-cat >"$dir/compare.awk" <<'END'
+cat >"$dir/compare.awk" <<'AWK'
 function field(name) { match($0, "\"" name "\":(\"[^\"]*\"|[0-9]+)"); return substr($0, RSTART + length(name) + 3, RLENGTH - length(name) - 3) }
 FILENAME == ARGV[1] { if (!/"error":/) before[$0]; next }
 /"error":/ { torn[field("file")] = field("length") > 0 ? field("offset") : "no"; next }
@@ -54,9 +54,9 @@ END {
     print "now " now + 0
     for (file in torn) if (torn[file] != "no") print "torn " substr(file, 2, length(file) - 2) " " torn[file]
 }
-END
+AWK
 
-passed=0 failed=0 untouched=0 grown=0 cut=0 torn=0 headers=0
+passed=0 failed=0 untouched=0 grown=0 cut=0 torn=0 torn_by_kill=0 is_cut=false
 declare -A size expected
 complain() {
     echo "kill $((passed + failed + 1)): $1" >&2
@@ -101,6 +101,7 @@ kill_run() { # false when the run was over before the kill
 look_at_files() { # and perhaps cut what the killed run has added
     local file
     local -A now=()
+    is_cut=false
     if ! take_sizes; then
         untouched=$((untouched + 1))
         return
@@ -108,6 +109,7 @@ look_at_files() { # and perhaps cut what the killed run has added
     grown=$((grown + 1))
     [ $((RANDOM % 3)) -eq 0 ] || return 0
     cut=$((cut + 1))
+    is_cut=true
     for file in "${!now[@]}"; do
         local before=${size[$file]:-0}
         [ "${now[$file]}" -le "$before" ] ||
@@ -132,7 +134,8 @@ look_at_records() { # notes in `expected` what the next run has to say
         torn)
             file=C:${rest% *}
             expected["Day file ${file//\//\\} does not end with a whole record: damage at byte ${rest##* }."]=untold
-            [ "${rest##* }" -gt 0 ] && torn=$((torn + 1)) || headers=$((headers + 1))
+            torn=$((torn + 1))
+            $is_cut || torn_by_kill=$((torn_by_kill + 1))
             ;;
         esac
     done < <(awk -f "$dir/compare.awk" "$dir/before.json" "$dir/now.json")
@@ -183,6 +186,6 @@ while [ $((passed + failed)) -lt "$kills" ]; do
 done
 look_at_records
 echo "Killed before a day file grew: $untouched; after: $grown, of which cut as by a power failure: $cut."
-echo "Torn records left behind and told: $torn; torn headers: $headers. $((SECONDS - begun)) s."
+echo "Torn files told and read: $torn, of which $torn_by_kill by the kill alone. $((SECONDS - begun)) s."
 echo "$passed passed, $failed failed"
 [ "$failed" -eq 0 ]

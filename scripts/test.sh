@@ -37,6 +37,7 @@ leg() { # a part that needs more tools: what, the set of setup.sh that installs 
 }
 # Each script's last line is its count.
 leg "kills at random moments" crash scripts/crash.sh
+leg "endless and silent relays" endurance scripts/endurance.sh
 leg "the Windows programs" windows scripts/windows.sh /usr/lib/wine/wine64 i686-w64-mingw32-g++-posix \
     x86_64-w64-mingw32-g++-posix x86_64-w64-mingw32-widl
 leg "the fuzz targets" fuzz scripts/fuzz.sh clang++
