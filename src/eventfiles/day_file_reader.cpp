@@ -195,6 +195,9 @@ void CDayFileReader::Advance(std::size_t count) {
 }
 
 std::optional<std::uint64_t> FindTornEnd(const std::string& path) {
+    if (GetPathKind(path) != EPathKind::File) { // as in the day's first run: no buffer is made for nothing
+        return std::nullopt;
+    }
     CDayFileReader reader;
     if (!reader.Open(path).Good()) {
         return std::nullopt;
