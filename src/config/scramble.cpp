@@ -3,6 +3,7 @@
 #include "config/key_table.h"
 #include "platform/clock.h"
 #include "platform/debug_output.h"
+#include "platform/secret.h"
 #include "platform/tea.h"
 
 #include <algorithm>
@@ -87,9 +88,12 @@ int ScramblePassword(const char* plain, char* out23) {
         return -1;
     }
     Block bytes{};
+    const CWipeValueAtScopeEnd wipeBytes(bytes);
     std::copy(password.begin(), password.end(), bytes.begin());
+    STeaBlock clear = ToWords(bytes);
+    const CWipeValueAtScopeEnd wipeClear(clear);
     const unsigned index = DrawKeyIndex();
-    const STeaBlock words = TeaEncipher(ToWords(bytes), KeyOfIndex(index));
+    const STeaBlock words = TeaEncipher(clear, KeyOfIndex(index));
     std::snprintf(out23, kScrambledLength + 1, "%X%X%.10" PRIu32 "%.10" PRIu32, index,
                   static_cast<unsigned>(password.size()), words.first, words.second);
     return 0;
@@ -109,7 +113,10 @@ int UnscramblePassword(const char* text, char* out9) {
     }
     const STeaBlock words{WordValue(scrambled.substr(kFirstWordAt, kWordDigits)),
                           WordValue(scrambled.substr(kSecondWordAt, kWordDigits))};
-    const Block bytes = ToBytes(TeaDecipher(words, KeyOfIndex(HexDigitValue(scrambled[0]))));
+    STeaBlock clear = TeaDecipher(words, KeyOfIndex(HexDigitValue(scrambled[0])));
+    const CWipeValueAtScopeEnd wipeClear(clear);
+    Block bytes = ToBytes(clear);
+    const CWipeValueAtScopeEnd wipeBytes(bytes);
     *std::copy_n(bytes.begin(), length, out9) = '\0';
     return 0;
 }

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace ruvo {
 
@@ -51,6 +52,21 @@ public:
 
 private:
     std::string& m_text;
+};
+
+/// The same for a plain value, such as a block of bytes.
+template <class TValue>
+class CWipeValueAtScopeEnd {
+public:
+    static_assert(std::is_trivially_copyable_v<TValue>, "what the value points to would stay");
+
+    explicit CWipeValueAtScopeEnd(TValue& value) : m_value(value) {}
+    CWipeValueAtScopeEnd(const CWipeValueAtScopeEnd&) = delete;
+    CWipeValueAtScopeEnd& operator=(const CWipeValueAtScopeEnd&) = delete;
+    ~CWipeValueAtScopeEnd() { WipeBytes(&m_value, sizeof m_value); }
+
+private:
+    TValue& m_value;
 };
 
 } // namespace ruvo
