@@ -36,11 +36,10 @@ bool IsEngineerMode() {
 
 /// The line as it goes to disk; none when it is left out.
 std::optional<std::string> FilterHeaderLine(const std::string& line) {
-    const bool engineerMode = IsEngineerMode(); // asked afresh for every line
     if (!line.starts_with("Q7_") || line.starts_with("Q7_LANG:")) {
         return line;
     }
-    if (!engineerMode) {
+    if (!IsEngineerMode()) { // asked afresh for every line that it decides on
         return std::nullopt;
     }
     if (line.starts_with("Q7_VERSION")) {

@@ -137,11 +137,15 @@ struct CFile::SHandle {
 CFile::CFile() : m_handle(std::make_unique<SHandle>()) {}
 
 CFile::~CFile() {
-    static_cast<void>(Close());
+    if (IsOpen()) {
+        static_cast<void>(Close());
+    }
 }
 
 SFileResult CFile::Open(const std::string& path, SOpenMode mode) {
-    static_cast<void>(Close());
+    if (IsOpen()) {
+        static_cast<void>(Close());
+    }
     const auto native = ToNativePath(path);
     if (!native) {
         return {EFileFailure::BadPath, ENOENT};
