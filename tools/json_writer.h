@@ -26,8 +26,7 @@ public:
     }
     /// The key is plain ASCII.
     CJsonWriter& Key(std::string_view key) {
-        Separate();
-        m_out += '"';
+        OpenText();
         m_out += key;
         m_out += "\":";
         m_isFirst = true;
@@ -73,8 +72,8 @@ private:
         m_isFirst = false;
     }
     void OpenText() {
-        Separate();
-        m_out += '"';
+        m_out += m_isFirst ? "\"" : ",\"";
+        m_isFirst = false;
     }
     void Literal(std::string_view json) {
         Separate();

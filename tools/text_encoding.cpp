@@ -125,16 +125,18 @@ void AppendJsonRelayText(std::string& out, std::string_view cp1252) {
 }
 
 void AppendJsonText(std::string& out, std::string_view utf8) {
+    std::size_t done = 0;
     for (std::size_t at = 0; at < utf8.size();) {
         unsigned code = 0;
         std::size_t size = 0;
         if (IsControlAt(utf8, at, code, size) || code == '"' || code == '\\') {
+            out += utf8.substr(done, at - done);
             AppendJsonEscape(out, code);
-        } else {
-            out += utf8.substr(at, size);
+            done = at + size;
         }
         at += size;
     }
+    out += utf8.substr(done);
 }
 
 std::string SystemTextToUtf8(std::string_view text) {

@@ -36,7 +36,7 @@ public:
         if (!trial.TakeByte(length) || !trial.TakeBytes(length, bytes)) {
             return false;
         }
-        text.assign(bytes.begin(), bytes.end());
+        text.assign(reinterpret_cast<const char*>(bytes.data()), bytes.size());
         *this = trial;
         return true;
     }
