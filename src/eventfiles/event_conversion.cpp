@@ -27,8 +27,8 @@ const CCellID kNoCell(0xFFFFFFFF, 0xFFFFFFFF);
 
 /// The element as the class that it has to be.
 template <class TValue>
-const TValue& Require(const CParlaneDataArray& values, std::size_t element) {
-    const auto* value = dynamic_cast<const TValue*>(values.at(element).get());
+TValue& Require(const CParlaneDataArray& values, std::size_t element) {
+    auto* value = dynamic_cast<TValue*>(values.at(element).get());
     if (value == nullptr) {
         throw CMalformedEvent("element " + std::to_string(element) + " is of the wrong type");
     }
@@ -84,7 +84,7 @@ std::unique_ptr<CEventRecord> CEventConverter::Convert(std::uint8_t kind, CParla
                  status,
                  Require<CParlaneMenu>(values, 0).GetLocation(),
                  Require<CParlaneIEC870>(values, 1),
-                 Require<CParlaneText>(values, 2).GetText()};
+                 Require<CParlaneText>(values, 2).TakeText()};
     const SKindRow* row = FindKind(kind);
     if (row == nullptr) {
         return nullptr;
@@ -136,9 +136,11 @@ std::unique_ptr<CEventRecord> CEventConverter::MakeWithRecordColumn(SEvent& even
 /// Kinds 1 and 2: a format text, given or fetched, and the values that it consumes.
 std::unique_ptr<CEventRecord> CEventConverter::MakeSimple(SEvent& event) {
     std::string format =
-        event.kind == 1 ? Require<CParlaneText>(event.values, 4).GetText() : FetchFormatText(event);
+        event.kind == 1 ? Require<CParlaneText>(event.values, 4).TakeText() : FetchFormatText(event);
+    constexpr std::size_t kFirstFurther = 5;
     CParlaneDataList further;
-    for (std::size_t i = 5; i < event.values.size(); ++i) {
+    further.reserve(event.values.size() - kFirstFurther);
+    for (std::size_t i = kFirstFurther; i < event.values.size(); ++i) {
         further.push_back(std::move(event.values[i]));
     }
     return std::make_unique<CSimpleEventRecord>(0, 0, static_cast<std::uint8_t>(m_deviceAddress & 0xFFU),
@@ -154,11 +156,11 @@ std::string CEventConverter::FetchFormatText(SEvent& event) {
     if (!IsAcceptable(event.status, 0)) {
         return {};
     }
-    const auto* text = dynamic_cast<const CParlaneText*>(value.get());
+    auto* text = dynamic_cast<CParlaneText*>(value.get());
     if (text == nullptr) {
         throw CMalformedEvent("the format text is no text");
     }
-    return text->GetText();
+    return text->TakeText();
 }
 
 std::unique_ptr<CEventRecord> CEventConverter::MakeExtended(SEvent& event, std::uint32_t recordNumber,
@@ -174,7 +176,7 @@ std::unique_ptr<CEventRecord> CEventConverter::MakeExtended(SEvent& event, std::
 void CEventConverter::AddEventValue(SEvent& event, CCellList& cells) {
     std::string label = kValueLabel;
     if (const std::size_t percent = event.text.find('%'); percent != std::string::npos) {
-        label += event.text.substr(percent);
+        label.append(event.text, percent);
         event.text.erase(percent);
     }
     AddValueCell(event, std::move(label), 3, cells);

@@ -38,17 +38,6 @@ std::string MessageOf(const IError& error) {
     return text.ends_with('.') ? text : text + ".";
 }
 
-/// About what the record will take in its file.
-std::size_t SizeInFile(const CEventRecord& record) {
-    std::size_t size = record.GetBlockSize();
-    if (const auto* extended = dynamic_cast<const CExtendedEventRecord*>(&record)) {
-        for (const auto& cell : extended->GetCells()) {
-            size += StoredTextSize(cell->GetLabelTemplate()) + StoredValueSize(cell->GetValue());
-        }
-    }
-    return size;
-}
-
 /// One visit to one relay.
 class CVisit {
 public:
@@ -153,9 +142,9 @@ bool CVisit::AreEventsPending() {
 }
 
 void CVisit::ReadEvents(CEventConverter& converter) {
+    CParlaneDataArray values; // emptied by each request, with its memory kept
     do {
         std::uint8_t kind = 0;
-        CParlaneDataArray values;
         m_status = ToStatusWord(CP32Wrap::GetInstance()->GetEvent(nullptr, kind, values, m_keepGoing));
         m_eventsTaken += m_status == CStatus() ? 1 : 0;
         if (PasswordState().callbackCalled && !PasswordState().accepted) {
@@ -187,7 +176,7 @@ bool CVisit::MayTakeMore() {
 void CVisit::HandleEvent(CEventConverter& converter, std::uint8_t kind, CParlaneDataArray& values) {
     try {
         if (std::unique_ptr<CEventRecord> record = converter.Convert(kind, values, m_status)) {
-            m_bytesGathered += SizeInFile(*record);
+            m_bytesGathered += record->GetImageSize();
             m_records.GetRecords().push_back(std::move(record));
         } else if (!CEventConverter::IsKnownKind(kind)) {
             ++m_passedOver;

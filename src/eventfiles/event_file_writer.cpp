@@ -46,7 +46,12 @@ void SerialiseRecord(CEventRecord& record, std::vector<std::uint8_t>& bytes, Rec
 }
 
 std::vector<std::uint8_t> SerialiseRecords(CEventList& list, RecordNotes& notes) {
+    std::size_t size = 0;
+    for (const auto& record : list.GetRecords()) {
+        size += record->GetImageSize();
+    }
     std::vector<std::uint8_t> bytes;
+    bytes.reserve(size); // growing step by step would copy the images again and again
     for (const auto& record : list.GetRecords()) {
         SerialiseRecord(*record, bytes, notes);
     }

@@ -89,7 +89,7 @@ void SetDeviceCodePage(unsigned codePage) {
 }
 
 std::string DecodeDeviceBytes(std::span<const std::uint8_t> bytes) {
-    std::string text(bytes.begin(), bytes.end());
+    std::string text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     unsigned char previous = 0;
     for (char& character : text) {
         const unsigned char code = ToCode(character);

@@ -29,26 +29,15 @@ std::size_t StoredValueSize(const CParlaneData* value) {
     return 2 + (value != nullptr ? value->GetSize() : 0);
 }
 
-std::span<std::uint8_t> CBlockWriter::Take(std::size_t count) {
-    if (count > m_rest.size()) {
-        throw std::length_error("an event block is larger than its size says");
-    }
-    const std::span<std::uint8_t> taken = m_rest.first(count);
-    m_rest = m_rest.subspan(count);
-    return taken;
-}
-
-void CBlockWriter::WriteLittleEndian(std::uint32_t value, std::size_t size) {
-    for (std::uint8_t& byte : Take(size)) {
-        byte = static_cast<std::uint8_t>(value & 0xFFU);
-        value >>= 8U;
-    }
+void CBlockWriter::ThrowPastEnd() {
+    throw std::length_error("an event block is larger than its size says");
 }
 
 void CBlockWriter::WriteText(std::string_view text) {
     const std::string_view stored = text.substr(0, kMaxStoredText);
     WriteByte(static_cast<std::uint8_t>(stored.size()));
-    std::copy(stored.begin(), stored.end(), Take(stored.size()).begin());
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(stored.data());
+    std::copy_n(bytes, stored.size(), Take(stored.size()).begin());
 }
 
 void CBlockWriter::WriteValueHead(std::uint32_t typeCode, std::size_t size) {

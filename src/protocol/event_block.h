@@ -63,8 +63,21 @@ public:
     void WriteBlockHead(EBlockTag tag, std::size_t blockSize);
 
 private:
-    [[nodiscard]] std::span<std::uint8_t> Take(std::size_t count);
-    void WriteLittleEndian(std::uint32_t value, std::size_t size);
+    [[nodiscard]] std::span<std::uint8_t> Take(std::size_t count) {
+        if (count > m_rest.size()) {
+            ThrowPastEnd();
+        }
+        const std::span<std::uint8_t> taken = m_rest.first(count);
+        m_rest = m_rest.subspan(count);
+        return taken;
+    }
+    void WriteLittleEndian(std::uint32_t value, std::size_t size) {
+        for (std::uint8_t& byte : Take(size)) {
+            byte = static_cast<std::uint8_t>(value & 0xFFU);
+            value >>= 8U;
+        }
+    }
+    [[noreturn]] static void ThrowPastEnd();
     void WriteValueHead(std::uint32_t typeCode, std::size_t size);
 
     std::span<std::uint8_t> m_rest;

@@ -263,6 +263,16 @@ std::unique_ptr<CEventRecord> CExtendedEventRecord::Clone() const {
     return std::make_unique<CExtendedEventRecord>(*this);
 }
 
+std::size_t CExtendedEventRecord::GetImageSize() const {
+    constexpr std::size_t kNoValueSize = 2 + 1; // an empty value, and no names of bits
+    std::size_t size = 2 * kBlockHeadSize + GetBlockSize() + kUniqueIdSize;
+    for (std::size_t i = 0; i < m_cells.size(); ++i) {
+        size += HasStoredValue(*m_cells[i]) ? StoredCellSize(*m_cells[i], i)
+                                            : StoredTextSize(m_cells[i]->GetLabelTemplate()) + kNoValueSize;
+    }
+    return size;
+}
+
 std::size_t CExtendedEventRecord::GetBlockSize() const {
     return CEventRecord::GetBlockSize() + StoredTextSize({});
 }

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 namespace ruvo {
 
@@ -75,7 +76,11 @@ void PutLittleEndianWord(std::uint32_t word, std::uint8_t* bytes) {
 } // namespace
 
 CParlaneText::CParlaneText(std::span<const std::uint8_t> data)
-    : CParlaneData(kTypeText), m_raw(data.begin(), data.end()), m_text(DecodeDeviceBytes(data)) {}
+    : CParlaneData(kTypeText), m_text(DecodeDeviceBytes(data)) {
+    if (!std::ranges::equal(BytesOf(m_text), data)) {
+        m_raw.assign(data.begin(), data.end());
+    }
+}
 
 CParlaneText::CParlaneText(std::string_view text) : CParlaneData(kTypeText) {
     SetText(text);
@@ -83,7 +88,7 @@ CParlaneText::CParlaneText(std::string_view text) : CParlaneData(kTypeText) {
 
 std::uint32_t CParlaneText::GetWireBytes(std::span<std::uint8_t> buffer, std::uint32_t& typeCode,
                                          std::size_t& size) const {
-    return PutWireBytes(BytesOf(m_raw), buffer, typeCode, size);
+    return PutWireBytes(BytesOf(m_raw.empty() ? m_text : m_raw), buffer, typeCode, size);
 }
 
 std::unique_ptr<CParlaneData> CParlaneText::Clone() const {
@@ -100,8 +105,16 @@ std::unique_ptr<CParlaneData> CParlaneText::CreateStep() const {
 }
 
 void CParlaneText::SetText(std::string_view text) {
-    m_raw = EncodeDeviceText(text);
     m_text = text;
+    m_raw = EncodeDeviceText(text);
+    if (m_raw == m_text) {
+        m_raw.clear();
+    }
+}
+
+std::string CParlaneText::TakeText() {
+    m_raw.clear();
+    return std::exchange(m_text, {});
 }
 
 CParlanePassword::CParlanePassword(std::span<const std::uint8_t> data)

@@ -9,6 +9,7 @@
 namespace ruvo {
 
 /// A text of the relay: its bytes in the device character set, and their meaning in the program's code page.
+/// Most texts are plain ASCII, whose bytes mean themselves; those are held once.
 class CParlaneText final : public CParlaneData {
 public:
     explicit CParlaneText(std::span<const std::uint8_t> data);
@@ -16,21 +17,21 @@ public:
 
     std::uint32_t GetWireBytes(std::span<std::uint8_t> buffer, std::uint32_t& typeCode,
                                std::size_t& size) const override;
-    std::size_t GetSize() const override { return m_raw.size(); }
+    std::size_t GetSize() const override { return m_text.size(); } // a character is a byte on both sides
     std::unique_ptr<CParlaneData> Clone() const override;
     std::unique_ptr<CParlaneData> CreateMinimum() const override;
     std::unique_ptr<CParlaneData> CreateMaximum() const override;
     std::unique_ptr<CParlaneData> CreateStep() const override;
 
     const std::string& GetText() const { return m_text; }
-    /// The bytes as the relay holds them.
-    const std::string& GetRawText() const { return m_raw; }
+    /// Gives the text away; the value is empty afterwards.
+    std::string TakeText();
     /// Encodes every character anew; one without a device character becomes "." on the wire.
     void SetText(std::string_view text);
 
 private:
-    std::string m_raw;
     std::string m_text;
+    std::string m_raw; ///< the bytes as the relay holds them; empty where they are those of the text
 };
 
 /// A password in clear; its bytes are not mapped.
