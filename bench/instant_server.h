@@ -5,24 +5,38 @@
 #include "support/uniform_server.h"
 
 #include "link/cell_address.h"
+#include "protocol/type_codes.h"
 
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <string>
+#include <string_view>
 
 namespace ruvo::bench {
 
-/// Relays that each have so many events pending; every event is the same.
+/// What the events of a run are like; texts are as long as a relay's usually are.
+enum class EEventForm : std::uint8_t {
+    Extended, ///< one value, which becomes a cell
+    Simple,   ///< a format text and a value for it
+};
+
+/// Relays that each have so many events pending, all of one form. Opening a port leads to the next relay.
 class CInstantServer final : public test::CUniformServer {
 public:
     std::size_t pending = 0;
+    std::size_t pendingPerPort = 0;
+    EEventForm form = EEventForm::Simple;
 
     CInstantServer() {
-        for (const char* hex :
-             {"44021201", "3C074523070D10021A", "180454726970", "240107", "18022564", "280105"}) {
-            m_list.push_back(Variant::FromBytes(test::Hex(hex)));
-        }
-        m_event = Variant::FromList(m_list);
+        const Variant place = Variant::FromBytes(test::Hex("44021201"));
+        const Variant time = Variant::FromBytes(test::Hex("3C074523070D10021A"));
+        const Variant number = Variant::FromBytes(test::Hex("240107"));
+        m_events[0] = Variant::FromList({place, time, Text("Overcurrent I> Trip = %lu A"), number});
+        m_events[1] =
+            Variant::FromList({place, time, Text("Overcurrent I> Stage 1 Trip"), number,
+                               Text("Fault current %ld A"), Variant::FromBytes(test::Hex("280105"))});
     }
 
     EComResult Do(const char* name, Inputs inputs, Outputs outputs, Variant& status) override {
@@ -31,11 +45,14 @@ public:
             **outputs.begin() = Variant::FromUI1(pending > 0 ? 0x20 : 0);
         } else if (std::strcmp(name, "GetEvent") == 0) {
             --pending;
-            *outputs.begin()[0] = Variant::FromUI1(1);
-            *outputs.begin()[1] = m_event;
+            *outputs.begin()[0] = Variant::FromUI1(static_cast<std::uint8_t>(form));
+            *outputs.begin()[1] = m_events[static_cast<std::size_t>(form)];
             *outputs.begin()[2] = Variant::FromUI1(1);
         } else if (std::strcmp(name, "GetValue") == 0) {
             answer = AnswerText(*inputs.begin()[1], outputs);
+        } else if (std::strcmp(name, "OpenPort") == 0) {
+            ++m_port;
+            pending = pendingPerPort;
         }
         status = Variant::FromI4(answer);
         return EComResult::Ok;
@@ -48,19 +65,27 @@ private:
         status = Variant::FromI4(10);
         return EComResult::Ok;
     }
-    static std::int32_t AnswerText(const Variant& cell, Outputs outputs) {
+    static Variant Text(std::string_view text) {
+        Variant::Bytes bytes{kTypeText, static_cast<std::uint8_t>(text.size())};
+        bytes.insert(bytes.end(), text.begin(), text.end());
+        return Variant::FromBytes(std::move(bytes));
+    }
+    /// Every text of a relay is eight digits, others for each port.
+    std::int32_t AnswerText(const Variant& cell, Outputs outputs) const {
+        constexpr std::size_t kFirstText = 10'001'234;
         std::int16_t address = 0;
         if (!cell.ToI2(address) || static_cast<CellAddress>(address) == cells::kSecurityVersion) {
             return 0x0111;
         }
-        *outputs.begin()[0] = Variant::FromUI1(0x18);
-        *outputs.begin()[1] = Variant::FromUI1(8);
-        *outputs.begin()[2] = Variant::FromBytes(test::Hex("3030303031323334"));
+        const std::string text = std::to_string(kFirstText + m_port);
+        *outputs.begin()[0] = Variant::FromUI1(kTypeText);
+        *outputs.begin()[1] = Variant::FromUI1(static_cast<std::uint8_t>(text.size()));
+        *outputs.begin()[2] = Variant::FromBytes({text.begin(), text.end()});
         return 0;
     }
 
-    Variant::List m_list;
-    Variant m_event;
+    std::array<Variant, 2> m_events;
+    std::size_t m_port = 0;
 };
 
 /// The server that the client connects to; one per program.

@@ -1,27 +1,51 @@
-// A whole process with a small INI file and nothing pending, next to a process that does nothing.
+// Whole processes: a start with a small INI file and nothing pending, next to a process that does nothing;
+// and day files as JSON, next to a plain dump of their bytes.
+#include "instant_server.h"
 #include "support/scratch_folder.h"
+
+#include "eventfiles/event_extraction.h"
+#include "link/p32_wrap.h"
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <fcntl.h>
+#include <filesystem>
+#include <iterator>
 #include <spawn.h>
+#include <string>
+#include <sys/resource.h>
 #include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
 
 namespace ruvo {
 
 namespace {
 
-void RunProcess(const std::string& program, const std::string& argument,
-                const std::vector<std::string>& environment) {
-    std::vector<char*> variables;
-    for (const std::string& variable : environment) {
-        variables.push_back(const_cast<char*>(variable.c_str()));
-    }
-    variables.push_back(nullptr);
-    char* arguments[] = {const_cast<char*>(program.c_str()), const_cast<char*>(argument.c_str()), nullptr};
+/// Runs a program to its end with nowhere to write to; gives the processor time that it took.
+double RunProcess(std::vector<std::string> arguments, std::vector<std::string> environment) {
+    const auto pointers = [](std::vector<std::string>& texts) {
+        std::vector<char*> all;
+        for (std::string& text : texts) {
+            all.push_back(text.data());
+        }
+        all.push_back(nullptr);
+        return all;
+    };
+    const std::vector<char*> argv = pointers(arguments);
+    const std::vector<char*> variables = pointers(environment);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    rusage usage{};
     pid_t child = 0;
-    if (posix_spawn(&child, program.c_str(), nullptr, nullptr, arguments, variables.data()) == 0) {
-        waitpid(child, nullptr, 0);
+    if (posix_spawn(&child, argv[0], &actions, nullptr, argv.data(), variables.data()) == 0) {
+        wait4(child, nullptr, 0, &usage);
     }
+    posix_spawn_file_actions_destroy(&actions);
+    return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
+           1e-6 * static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec);
 }
 
 void StartWithNothingPending(benchmark::State& state) {
@@ -29,20 +53,65 @@ void StartWithNothingPending(benchmark::State& state) {
     folder.Write("substation.toml", "[link]\nserial = [\"COM1\"]\n[[relay]]\nserial = 5\n");
     folder.Write("site.ini",
                  "[RUVO_GENERAL]\nEventRootDir=" + folder.Path("ev") + "\n[RUVO_SERIAL]\nRV001=5\n");
+    double processor = 0;
     for (auto _ : state) {
-        RunProcess(
-            RUVO_BIN_DIR "/ruvo", folder.Native("site.ini"),
+        processor += RunProcess(
+            {RUVO_BIN_DIR "/ruvo", folder.Native("site.ini")},
             {"P32LS_SUBSTATION=" + folder.Native("substation.toml"), "RUVO_LOCK_DIR=" + folder.Native()});
     }
+    state.counters["processor s"] = processor / static_cast<double>(state.iterations());
 }
-BENCHMARK(StartWithNothingPending)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(StartWithNothingPending)->UseRealTime();
 
 void StartOfTrue(benchmark::State& state) {
+    double processor = 0;
     for (auto _ : state) {
-        RunProcess("/bin/true", "", {});
+        processor += RunProcess({"/bin/true"}, {});
     }
+    state.counters["processor s"] = processor / static_cast<double>(state.iterations());
 }
-BENCHMARK(StartOfTrue)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(StartOfTrue)->UseRealTime();
+
+constexpr int kTreeRelays = 10;
+constexpr std::size_t kTreeEventsPerRelay = 2000;
+
+/// Day files of some relays, half of them with records of the one form and half with the other.
+void FillTree(const CScratchFolder& folder) {
+    CP32Wrap::CreateInstance();
+    bench::CInstantServer& server = bench::InstantServer();
+    server.pendingPerPort = kTreeEventsPerRelay;
+    for (int relay = 0; relay < kTreeRelays; ++relay) {
+        CP32Wrap::GetInstance()->OpenPort(nullptr, "", "");
+        server.form = relay % 2 == 0 ? bench::EEventForm::Simple : bench::EEventForm::Extended;
+        ExtractEventsToFile(5, folder.Path("ev"), kNoEventLimit);
+    }
+    CP32Wrap::DestroyInstance();
+}
+
+std::vector<std::string> DayFiles(const CScratchFolder& folder) {
+    std::vector<std::string> files;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.Native("ev"))) {
+        if (entry.path().extension() == ".evt") {
+            files.push_back(entry.path());
+        }
+    }
+    return files;
+}
+
+/// `command` on all files of a tree.
+void ReadTree(benchmark::State& state, std::vector<std::string> command) {
+    const CScratchFolder folder;
+    FillTree(folder);
+    std::ranges::copy(DayFiles(folder), std::back_inserter(command));
+    for (auto _ : state) {
+        state.SetIterationTime(RunProcess(command, {}));
+    }
+    state.counters["records/s"] =
+        benchmark::Counter(static_cast<double>(state.iterations()) * kTreeRelays * kTreeEventsPerRelay,
+                           benchmark::Counter::kIsRate);
+}
+BENCHMARK_CAPTURE(ReadTree, json, {RUVO_BIN_DIR "/ruvoctl", "events", "--format", "json"})->UseManualTime();
+BENCHMARK_CAPTURE(ReadTree, dump, {"/usr/bin/od", "-An", "-v", "-tx1"})->UseManualTime();
 
 } // namespace
 

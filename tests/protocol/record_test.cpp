@@ -83,9 +83,13 @@ TEST(Record, IsWritten) {
     const Bytes block = Block("00", "00 " + kSimpleBody);
     EXPECT_EQ(extended.GetBlockSize() + extended.GetCellBlockSize() + 6, ExtendedBlocks(kCells).size());
     Bytes bytes;
+    bytes.reserve(simple.GetImageSize() + extended.GetImageSize());
+    const auto* const memory = bytes.data();
     simple.Clone()->Serialise(bytes);
+    EXPECT_EQ(bytes.size(), simple.GetImageSize());
     extended.Clone()->Serialise(bytes);
     EXPECT_EQ(bytes, Joined(block, ExtendedBlocks(kCells)));
+    EXPECT_EQ(bytes.data(), memory) << "images that fit are never moved";
 }
 
 TEST(Record, IsReadUpToEveryCut) {

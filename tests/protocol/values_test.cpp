@@ -247,6 +247,12 @@ TEST(Texts, SettersAndForms) {
     EXPECT_EQ(text.GetText(), "A\xCA");
     text.SetText("\xF3\xD5");
     EXPECT_EQ(Tagged(&text), "18 02 A3 2E");
+    text.SetText("plain");
+    EXPECT_EQ(Tagged(&text), "18 05 70 6C 61 69 6E") << "nothing stays of the bytes before";
+    CParlaneText unmapped(FromHex("41 FF 10 8A"));
+    EXPECT_EQ(Tagged(unmapped.Clone().get()), "18 04 41 FF 10 8A") << "bytes that no text encodes to";
+    EXPECT_EQ(unmapped.TakeText(), "A.\x10\x8A");
+    EXPECT_EQ(Tagged(&unmapped), "18 00");
     CParlaneHex hex(FromHex("0A FF"));
     EXPECT_EQ(hex.GetText(), "0AFF");
     hex.SetText("1fG12X7");

@@ -12,7 +12,10 @@ namespace ruvo {
 
 class CScratchFolder {
 public:
-    CScratchFolder() { mkdtemp(m_native.data()); }
+    explicit CScratchFolder(const std::filesystem::path& parent = std::filesystem::temp_directory_path())
+        : m_native(parent / "ruvo-test-XXXXXX") {
+        mkdtemp(m_native.data());
+    }
     CScratchFolder(const CScratchFolder&) = delete;
     CScratchFolder& operator=(const CScratchFolder&) = delete;
     ~CScratchFolder() { std::filesystem::remove_all(m_native); }
@@ -37,7 +40,7 @@ public:
     bool Has(const std::string& name) const { return std::filesystem::exists(Native(name)); }
 
 private:
-    std::string m_native = std::filesystem::temp_directory_path() / "ruvo-test-XXXXXX";
+    std::string m_native;
 };
 
 } // namespace ruvo
