@@ -72,13 +72,25 @@ void WriteContents(COffFile& file, std::uint64_t earlierLength, const CTextFileH
     file.FlushToDisk();
 }
 
+/// Takes back a file that an opening made before it failed. It is looked at afresh, since nothing is known of
+/// it: one with anything in it stays.
+void RemoveIfEmpty(COffFile& file, const std::string& path) {
+    file.Abort();
+    CFile look;
+    std::uint64_t length = 0;
+    const bool isEmpty =
+        look.Open(path, {.read = true}).Good() && look.GetLength(length).Good() && length == 0;
+    if (isEmpty && look.Close().Good()) {
+        RemoveFile(path);
+    }
+}
+
 /// Takes back what a failed write left: earlier records stay, a file made for nothing goes. The handle may be
 /// the very thing that failed, so the file is cut through a fresh one. False when a torn record may remain.
 bool UndoWrite(COffFile& file, const std::string& path, std::uint64_t earlierLength) {
     file.Abort();
     if (earlierLength == 0) {
-        file.Remove();
-        return GetPathKind(path) == EPathKind::Missing;
+        return file.Remove();
     }
     CFile cut;
     return cut.Open(path, {.read = true, .write = true}).Good() && cut.SetLength(earlierLength).Good() &&
@@ -93,14 +105,15 @@ bool WriteEventFile(CEventList& list, const std::string& freeText, CErrorList& e
     CFileException failure;
     if (!file.Open(list.GetName(), {.read = true, .write = true, .create = true, .truncate = false},
                    failure)) {
+        RemoveIfEmpty(file, list.GetName());
         AddFileError(errors, failure);
         return false;
     }
     std::uint64_t earlierLength = 0;
     try {
         earlierLength = file.GetLength();
-    } catch (const CFileException& raised) { // nothing is known of the file, so it is left as it is
-        file.Abort();
+    } catch (const CFileException& raised) {
+        RemoveIfEmpty(file, list.GetName());
         AddFileError(errors, raised);
         return false;
     }

@@ -146,10 +146,8 @@ void COffFile::Close() {
     m_fileName.clear();
 }
 
-void COffFile::Remove() {
-    if (!m_fileName.empty()) {
-        RemoveFile(m_fileName);
-    }
+bool COffFile::Remove() {
+    return m_fileName.empty() || RemoveFile(m_fileName);
 }
 
 } // namespace ruvo

@@ -89,8 +89,8 @@ public:
     /// Does nothing when no file is open through this object.
     void Close();
     void Abort() noexcept { m_file.Abort(); }
-    /// Deletes the file from disk.
-    void Remove();
+    /// Deletes the file from disk; false when it may still be there.
+    bool Remove();
 
 private:
     std::string m_fileName; ///< empty while no file is open through this object
