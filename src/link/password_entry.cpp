@@ -94,10 +94,13 @@ void CP32Wrap::ClearPasswordGuard(std::unique_ptr<CParlaneData>& saved) {
         return;
     }
     saved = std::move(value); // before the write: the relay may have taken it even when we never hear of that
-    if (!IsWriteGood(ChangeSetting(m_entryMonitor, cells::kPasswordGuard, *zero))) {
+    const bool taken = IsWriteGood(ChangeSetting(m_entryMonitor, cells::kPasswordGuard, *zero));
+    const std::unique_ptr<CParlaneData> now = ReadFirstValue(cells::kPasswordGuard, status);
+    const bool isCleared =
+        now != nullptr && now->GetUnsigned() == 0; // says more than an answer that got lost
+    if (!taken && !isCleared) {
         saved.reset();
     }
-    ReadFirstValue(cells::kPasswordGuard, status);
 }
 
 void CP32Wrap::RestorePasswordGuard(const CParlaneData* saved) noexcept {
