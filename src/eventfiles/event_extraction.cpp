@@ -67,6 +67,7 @@ private:
     SVisitLimits m_limits;
     SExtractionReport& m_report;
     std::string m_folder;
+    bool m_isNameWhole = true;
     CEventList m_records;
     CErrorList m_errors;
     RecordNotes m_notes;
@@ -117,6 +118,7 @@ bool CVisit::NameFile(const std::string& eventRoot) {
     const std::string file = MakeEventFileName();
     m_folder = eventRoot + "\\" + NativeRelayText(folder);
     m_records.SetName(m_folder + "\\" + NativeRelayText(file));
+    m_isNameWhole = AreNamesWhole(folder, file);
     if (IsSafeFileName(folder) && IsSafeFileName(file) && !FullPath(m_records.GetName()).empty()) {
         return true;
     }
@@ -209,6 +211,10 @@ void CVisit::NoteTornEnd() {
 }
 
 void CVisit::WriteFile(const std::string& eventRoot) {
+    if (!m_isNameWhole) { // else nobody would look for them there
+        m_notes.push_back("The relay's model or serial number could not be read. Its events are in " +
+                          m_records.GetName() + ".");
+    }
     NoteTornEnd();
     std::string firstCreated;
     CreateDirectoryPath(m_folder, firstCreated); // a folder that cannot be made shows when the file is opened

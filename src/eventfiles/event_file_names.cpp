@@ -54,6 +54,11 @@ std::string MakeEventFileName() {
     return model.substr(0, kModelCharacters) + "-" + TrimBlanks(serialNumber) + "-" + UtcDate() + "-DEV.evt";
 }
 
+bool AreNamesWhole(const std::string& folder, const std::string& file) {
+    return !folder.starts_with('-') && !folder.ends_with('-') && !file.starts_with('-') &&
+           file.find("--") == std::string::npos;
+}
+
 bool IsSafeFileName(const std::string& name) {
     constexpr unsigned char kDelete = 0x7F;
     return !HasForbiddenCharacter(name) && std::ranges::none_of(name, [](unsigned char character) {

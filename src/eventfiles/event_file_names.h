@@ -16,6 +16,9 @@ std::string MakeDeviceFolderName();
 /// Model and serial number again, the current UTC date and "DEV.evt".
 std::string MakeEventFileName();
 
+/// False when the relay gave no text for its model or its serial number: the two names then lack it.
+bool AreNamesWhole(const std::string& folder, const std::string& file);
+
 /// True for a name that stays inside its folder on every system: without separators, colons, control
 /// characters and the characters that no path may hold.
 bool IsSafeFileName(const std::string& name);
