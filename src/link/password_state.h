@@ -10,6 +10,7 @@ struct SPasswordState {
     std::string currentPassword;    ///< plain password of the relay being visited
     bool callbackCalled = false;    ///< the link has asked for a password since this was cleared
     bool accepted = false;          ///< the relay accepted the password given last
+    bool unanswered = false;        ///< a password was given, and nobody has told since what became of it
     bool blocked = false;           ///< the relay has blocked its password
     bool insufficientLevel = false; ///< accepted, but the relay wants a higher level
 };

@@ -73,6 +73,7 @@ void ExtractDevice(CRunContext& context, const std::string& key, std::int32_t de
         SPasswordState& state = PasswordState();
         const CWipeAtScopeEnd wipe(state.currentPassword);
         state.callbackCalled = false;
+        state.unanswered = false;
         const TextEntries& passwords = context.Config().Passwords();
         const auto password = passwords.find(key);
         state.currentPassword = password == passwords.end() ? std::string() : password->second;

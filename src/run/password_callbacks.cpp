@@ -47,6 +47,7 @@ int PasswordCallback(const SPasswordRequest& /*request*/, char** buffer, std::ui
     SPasswordState& state = PasswordState();
     state.callbackCalled = true;
     state.accepted = false;
+    state.unanswered = code == GETPASSWORD_PASS_REQUEST;
     state.blocked = false;
     state.insufficientLevel = false;
     if (code == GETPASSWORD_PASS_REQUEST) {
@@ -73,6 +74,7 @@ int PasswordCallback(const SPasswordRequest& /*request*/, char** buffer, std::ui
 
 int PasswordAcceptedCallback(const char* /*model*/) {
     PasswordState().accepted = true;
+    PasswordState().unanswered = false;
     return 1;
 }
 
