@@ -88,6 +88,7 @@ void AddBytes(SCall& call, const Variant& bytes) {
         call.wellFormed = false;
         return;
     }
+    call.bytes = held;
     call.detail = IsSecret(call, *held) ? "(masked)" : HexOf(*held);
 }
 

@@ -28,13 +28,13 @@ public:
     CServerCore(std::unique_ptr<SSubstation> substation, CSinkList& sinks);
     CServerCore(const CServerCore&) = delete;
     CServerCore& operator=(const CServerCore&) = delete;
-    ~CServerCore() = default;
+    virtual ~CServerCore() = default;
 
     /// Opens the files that the substation names; a reason when one cannot be opened, else empty.
     std::string OpenFiles();
 
-    /// Answers a call to the server itself.
-    EComResult Answer(const SCall& call, const Ask& ask, const Outputs& outputs, Variant& status);
+    /// Answers a call to the server itself. Every call ends here: tests override it to come in between.
+    virtual EComResult Answer(const SCall& call, const Ask& ask, const Outputs& outputs, Variant& status);
     /// Answers a call to the relay at the call's address. What a relay refuses of an operation that runs on
     /// is told at its completion, since the server has to ask the relay first.
     EComResult AnswerRelay(const SCall& call, const AskRelay& ask, const Outputs& outputs, Variant& status);

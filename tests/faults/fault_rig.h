@@ -1,0 +1,183 @@
+// A complete run over a simulated substation, on a disk in memory, in which something goes wrong.
+#pragma once
+
+#include "faulty_core.h"
+#include "memory_disk.h"
+#include "support/fake_system.h"
+
+#include "eventfiles/day_file_reader.h"
+#include "log/connection_details.h"
+#include "log/error_log.h"
+#include "run/extraction_run.h"
+#include "run/link_control.h"
+#include "sim/simulated_server.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <fstream>
+#include <functional>
+#include <iterator>
+
+namespace ruvo {
+
+inline std::function<std::unique_ptr<IServerConnection>()> g_connect;
+std::unique_ptr<IServerConnection> ConnectToServer() {
+    return g_connect();
+}
+
+namespace test {
+
+// The relays of substation.toml. Between the two a run visits one that does not answer, so that each log has
+// something to say.
+inline constexpr int kTested = 1; ///< with a login; its day file is there already
+inline constexpr int kNext = 6;   ///< whose folder and day file have to be made
+
+enum class ELinkType : std::uint8_t { Serial, Modem, Ethernet };
+
+inline sim::SSubstation LoadFor(int generation) {
+    std::ifstream file(RUVO_TEST_DATA "/faults/substation.toml");
+    std::string text{std::istreambuf_iterator<char>(file), {}};
+    const std::string login = generation == 0   ? R"(password = "SECRET78", length = 8)"
+                              : generation == 1 ? R"(password = "SECRET78")"
+                                                : R"(users = [{ name = "A", password = "SECRET78" }])";
+    for (const auto& [name, value] :
+         {std::pair<std::string, std::string>{"GENERATION", std::to_string(generation)}, {"LOGIN", login}})
+        for (std::size_t at = text.find(name, text.find("[link]")); at != std::string::npos;
+             at = text.find(name, at))
+            text.replace(at, name.size(), value);
+    const sim::SLoadedSubstation loaded = sim::ReadSubstation(text, "substation.toml", "C:");
+    EXPECT_EQ(loaded.error, "");
+    return *loaded.substation;
+}
+
+class CFaultyConnection final : public IServerConnection {
+public:
+    CFaultyConnection(const sim::SSubstation& substation, SServerFault fault, SServerNotes& notes)
+        : m_core(substation, m_sinks, fault, notes), m_server(m_core) {}
+    IP32ls& Server() override { return m_server; }
+    bool Advise(IP32lsSink_v2& sink, std::uint32_t& cookie) override {
+        return (cookie = m_sinks.Add(sink)) != 0;
+    }
+    void Unadvise(std::uint32_t cookie) override { m_sinks.Remove(cookie); }
+
+private:
+    sim::CSinkList m_sinks;
+    CFaultyCore m_core;
+    sim::CSimulatedServer m_server;
+};
+
+struct SOutcome {
+    SMemoryDisk disk;
+    std::string debug;
+    SServerNotes notes;
+
+    const std::string& Log() const { return disk.files.at("C:\\run.log"); }
+    /// What a line lost to the log is told to counts as well.
+    bool IsTold(const std::string& text) const { return (Log() + debug).find(text) != std::string::npos; }
+    /// The bytes of a relay's day file; none when there is no file.
+    std::optional<std::string> DayFile(int address) const {
+        const std::string name = "AB12-000" + std::to_string(address);
+        const auto found = disk.files.find("C:\\ev\\" + name + "\\" + name + "-2026-11-16-DEV.evt");
+        return found == disk.files.end() ? std::nullopt : std::optional(found->second);
+    }
+};
+
+/// Records in all day files, which must be sound.
+inline std::size_t CountRecords(const SMemoryDisk& disk) {
+    g_disk = {disk.files, {}, {}};
+    std::size_t records = 0;
+    for (const auto& [path, bytes] : disk.files) {
+        CDayFileReader reader;
+        EXPECT_TRUE(reader.Open(path).Good());
+        for (SDayFileItem item; path.ends_with(".evt") && reader.Next(item); ++records)
+            EXPECT_FALSE(item.damage) << path << " is damaged at " << item.offset;
+    }
+    return records;
+}
+
+class CFaultRig {
+public:
+    CFaultRig(int generation, ELinkType link) : m_substation(LoadFor(generation)) {
+        m_fields.errorLogPath = "C:\\run.log";
+        m_fields.commPort = "COM1";
+        m_fields.useModem = link == ELinkType::Modem ? 1 : 0;
+        m_fields.useEthernet = link == ELinkType::Ethernet ? 1 : 0;
+        m_fields.tapiModemName = "Acme";
+        m_fields.tapiNumberToDial = "555";
+        m_fields.modemEntries = m_fields.serialEntries = {{"RV001", kTested}, {"RV002", 2}, {"RV003", kNext}};
+        m_fields.ethernetEntries = {
+            {"RV001", "10.0.0.1,1"}, {"RV002", "10.0.0.6,2"}, {"RV003", "10.0.0.6,6"}};
+        m_fields.passwords = {{"RV001", std::string(kSecret)}};
+        // Users log in as in a program that has user names.
+        CP32Wrap::SetUsernamePasswordCallback([](auto&, char** buffer, auto, auto*, auto*, auto, int code,
+                                                 auto) { return Supply(*buffer, code); });
+        CP32Wrap::SetSecondEditionLoginCallback([](auto&, char** buffer, auto, auto*, auto, auto*, auto,
+                                                   int code, auto) { return Supply(*buffer, code); });
+        before.disk.folders = {"C:", "C:\\ev"};
+        before.disk = Run({}).disk; // with the files that later runs append to
+        std::erase_if(before.disk.files,
+                      [](const auto& file) { return file.first.starts_with("C:\\ev\\AB12-0006"); });
+        before.disk.folders.erase("C:\\ev\\AB12-0006");
+        clean = Run({});
+    }
+
+    /// The run from the same start every time.
+    SOutcome Run(SServerFault serverFault, const std::vector<SDiskFault>& diskFaults = {}) {
+        SOutcome outcome;
+        g_connect = [&] {
+            return std::make_unique<CFaultyConnection>(m_substation, serverFault, outcome.notes);
+        };
+        ResetConnectionDetails();
+        g_debugOutput.clear();
+        g_disk = {before.disk.files, before.disk.folders, diskFaults};
+        Extract();
+        ++m_runs;
+        outcome.disk = std::move(g_disk);
+        outcome.debug = g_debugOutput;
+        return outcome;
+    }
+
+    SOutcome before; ///< only the disk
+    SOutcome clean;  ///< a run in which nothing goes wrong
+
+private:
+    static int Supply(char* buffer, int code) {
+        std::ranges::copy(kSecret, buffer);
+        return code == GETPASSWORD_PASS_REQUEST ? 0 : 1;
+    }
+
+    void Extract() const {
+        CRunContext context;
+        context.Config() = CRuvoConfig(m_fields);
+        context.SetDestinationRoot("C:\\ev");
+        ResolveErrorLogPath(context, true);
+        EXPECT_EQ(CP32Wrap::CreateInstance(), kLinkGood);
+        RunExtraction(context);
+        CloseLink(context);
+        CP32Wrap::DestroyInstance();
+    }
+
+    /// A run that hangs ends the program, with a word on which one it was.
+    void Watch(const std::stop_token& stop) const {
+        constexpr int kPatience = 1200; // tenths of a second
+        int idle = 0;
+        for (std::size_t seen = 0; !stop.stop_requested() && idle < kPatience; seen = m_runs) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            idle = seen == m_runs ? idle + 1 : 0;
+        }
+        if (idle == kPatience) {
+            std::cerr << "Run " << m_runs + 1 << " hangs" << std::endl;
+            std::abort();
+        }
+    }
+
+    sim::SSubstation m_substation;
+    SRuvoConfigFields m_fields;
+    std::atomic<std::size_t> m_runs = 0;
+    std::jthread m_watch{[this](const std::stop_token& stop) { Watch(stop); }}; // last: it uses what is above
+};
+
+} // namespace test
+
+} // namespace ruvo

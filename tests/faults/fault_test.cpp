@@ -1,0 +1,158 @@
+// Complete runs in which one thing after the other fails: what was written stays, what is lost is told, and
+// the next relay is still handled.
+#include "fault_rig.h"
+
+#include <limits>
+#include <sstream>
+
+namespace ruvo::test {
+
+class FileFaults : public testing::Test {
+protected:
+    /// A day file is complete or as it was, or else people are warned of it; what it lacks is told.
+    void CheckDayFile(const SOutcome& got, int address, bool mayTear) const {
+        const auto before = rig.before.DayFile(address);
+        const auto file = got.DayFile(address);
+        const std::size_t events = address == kTested ? 3 : 2;
+        if (file == rig.clean.DayFile(address))
+            return;
+        EXPECT_TRUE(got.IsTold(std::to_string(events) +
+                               " events taken from the relay, but not stored. Connection details - " +
+                               "COM Port: COM1, device address: " + std::to_string(address)));
+        if (file == before)
+            return;
+        EXPECT_TRUE(mayTear && file && file->starts_with(before.value_or("")));
+        EXPECT_TRUE(file == "" || got.IsTold("bytes; it may end with a torn record"));
+    }
+
+    /// No line is lost in silence, and a single fault tears none.
+    void CheckLog(const SOutcome& got, bool mayTear) const {
+        ASSERT_TRUE(got.Log().starts_with(rig.before.Log()));
+        std::istringstream wanted(rig.clean.Log());
+        for (std::string line; std::getline(wanted, line, '\r'); wanted.ignore())
+            EXPECT_TRUE(got.IsTold(line)) << line;
+        std::istringstream lines(got.Log());
+        for (std::string line; !mayTear && std::getline(lines, line);)
+            EXPECT_TRUE(line.starts_with("2021/03/02 14:03:07 ") && line.ends_with(".\r")) << line;
+    }
+
+    void Try(const std::vector<SDiskFault>& faults) {
+        const SDiskFault& first = faults.front();
+        SCOPED_TRACE("operations " + std::to_string(first.first) + " to " +
+                     std::to_string(faults.back().last) + ", failure " + std::to_string(int(first.failure)));
+        const bool mayTear = faults.size() > 1 || first.last > first.first;
+        const SOutcome got = rig.Run({}, faults);
+        EXPECT_EQ(got.notes.taken, rig.clean.notes.taken) << "every relay is visited, whatever the disk does";
+        CheckDayFile(got, kTested, mayTear);
+        CheckDayFile(got, kNext, mayTear);
+        CheckLog(got, mayTear);
+        ++points;
+    }
+
+    CFaultRig rig{0, ELinkType::Serial};
+    std::size_t points = 0;
+};
+
+TEST_F(FileFaults, OneOperationFailsOrAllFromItOn) {
+    using enum EFileFailure;
+    ASSERT_GT(rig.clean.disk.operations, 40U);
+    for (const EFileFailure failure : {DiskFull, BadPath, AccessDenied, BadDescriptor})
+        for (const bool writesTakePart : {false, true})
+            for (std::size_t n = 1; n <= rig.clean.disk.operations && !HasFailure(); ++n)
+                for (const std::size_t last : {n, std::numeric_limits<std::size_t>::max()})
+                    Try({{n, last, failure, writesTakePart}});
+    std::cout << points << " file faults at " << rig.clean.disk.operations << " operations\n";
+}
+
+/// What mends the first failure fails itself: the cut of a torn record, the removal of a file made for
+/// nothing.
+TEST_F(FileFaults, TwoOperationsFail) {
+    constexpr std::size_t kFarthest = 12;
+    for (std::size_t n = 1; n <= rig.clean.disk.operations && !HasFailure(); ++n)
+        for (std::size_t m = n + 1; m <= n + kFarthest; ++m)
+            Try({{n, n, EFileFailure::DiskFull, true}, {m, m, EFileFailure::AccessDenied}});
+    std::cout << points << " pairs of file faults\n";
+}
+
+class ServerFaults : public testing::TestWithParam<std::tuple<int, ELinkType>> {
+protected:
+    using enum EServerFault;
+
+    /// True for the relay that is called, and with an abort for the one that is called next.
+    bool MaySuffer(int address, const SServerFault& fault) const {
+        const auto calls = [&](std::size_t n) {
+            const auto& all = rig.clean.notes.calls;
+            return n <= all.size() && (all[n - 1].address == 0 || all[n - 1].address == address);
+        };
+        const bool isAbort = fault.kind == AbortedInside || fault.kind == NeverEnds;
+        return calls(fault.call) || (isAbort && calls(fault.call + 1));
+    }
+
+    void CheckFiles(const SOutcome& got) const {
+        for (const auto& [path, bytes] : rig.before.disk.files)
+            EXPECT_TRUE(got.disk.files.at(path).starts_with(bytes)) << path;
+        const std::size_t stored = CountRecords(got.disk) - earlier;
+        const bool isTold = got.IsTold("A problem occured during events extraction. Connection details") ||
+                            got.IsTold("taken from the relay, but not stored. Connection details");
+        EXPECT_TRUE(stored == got.notes.taken || (stored < got.notes.taken && isTold));
+        EXPECT_TRUE(stored == rig.clean.notes.taken || got.Log() != rig.clean.Log())
+            << "nobody knows of events that stayed away";
+    }
+
+    void Try(const SServerFault& fault) {
+        const auto operation = rig.clean.notes.calls[fault.call - 1].operation;
+        SCOPED_TRACE("call " + std::to_string(fault.call) + " (" + std::string(sim::RowOf(operation).name) +
+                     "), fault " + std::to_string(int(fault.kind)) + ", detail " +
+                     std::to_string(fault.detail));
+        const SOutcome got = rig.Run(fault);
+        for (const int address : {kTested, kNext})
+            EXPECT_TRUE(MaySuffer(address, fault) || got.DayFile(address) == rig.clean.DayFile(address))
+                << "relay " << address;
+        CheckFiles(got);
+        EXPECT_TRUE(got.notes.guard == rig.clean.notes.guard ||
+                    got.IsTold("Cell BF.03 could not be restored"));
+        EXPECT_FALSE(got.notes.sentPlain && std::get<int>(GetParam()) > 0);
+        EXPECT_FALSE(got.IsTold(std::string(kSecret)));
+        ++points;
+    }
+
+    std::vector<SServerFault> FaultsOf(std::size_t call) const {
+        const SNotedCall& noted = rig.clean.notes.calls[call - 1];
+        std::vector<SServerFault> faults{{call, RequestLost}, {call, ReplyLost},   {call, AbortedInside},
+                                         {call, Status, 254}, {call, Status, 255}, {call, Status, 18}};
+        for (int output = 0; output <= int(noted.outputs); ++output)
+            faults.push_back({call, WrongType, output});
+        using enum sim::EOperation;
+        // Writes and events ask for logins, and logins are answered through writes: there each code is tried.
+        const bool all = std::get<ELinkType>(GetParam()) == ELinkType::Serial &&
+                         (noted.operation == ChangeSetting || noted.operation == SetValue ||
+                          noted.operation == ResetCell || noted.operation == GetEvent);
+        for (int code = 0; code <= 255; code += all || code < 31 ? 1 : 14)
+            faults.push_back({call, Status, int(ReplyStatus(std::uint8_t(code)))});
+        for (int answer = kAbortAccepted; sim::RowOf(noted.operation).runsOn && answer <= kAbortLost;
+             ++answer)
+            faults.push_back({call, NeverEnds, answer});
+        return faults;
+    }
+
+    CFaultRig rig{std::get<int>(GetParam()), std::get<ELinkType>(GetParam())};
+    const std::size_t earlier = CountRecords(rig.before.disk);
+    std::size_t points = 0;
+};
+
+TEST_P(ServerFaults, OneCallFails) {
+    EXPECT_EQ(earlier, 3U);
+    EXPECT_EQ(CountRecords(rig.clean.disk), 8U);
+    EXPECT_EQ(rig.clean.notes.guard, Variant::FromBytes({7}));
+    for (std::size_t call = 1; call <= rig.clean.notes.calls.size() && !HasFailure(); ++call)
+        std::ranges::for_each(FaultsOf(call), [this](const SServerFault& fault) { Try(fault); });
+    std::cout << points << " server faults at " << rig.clean.notes.calls.size() << " calls\n";
+}
+
+INSTANTIATE_TEST_SUITE_P(Logins, ServerFaults,
+                         testing::Combine(testing::Range(0, 4), testing::Values(ELinkType::Serial)));
+INSTANTIATE_TEST_SUITE_P(Links, ServerFaults,
+                         testing::Combine(testing::Values(0),
+                                          testing::Values(ELinkType::Modem, ELinkType::Ethernet)));
+
+} // namespace ruvo::test

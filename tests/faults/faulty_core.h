@@ -1,0 +1,123 @@
+// The simulated comms server with one call that goes wrong, and a note of what the client asked.
+#pragma once
+
+#include "link/p32_wrap.h"
+#include "sim/server_core.h"
+
+#include <algorithm>
+#include <string_view>
+#include <thread>
+
+namespace ruvo::test {
+
+inline constexpr std::string_view kSecret = "SECRET78"; ///< every password
+
+enum class EServerFault : std::uint8_t {
+    None,
+    RequestLost,   ///< the call fails and nothing happened
+    ReplyLost,     ///< the call fails and yet it was done
+    WrongType,     ///< done, but the output of number `detail` is useless, 0 being the status
+    Status,        ///< not done; answers the status `detail`
+    AbortedInside, ///< done, with an abort from another thread while it runs
+    NeverEnds,     ///< starts and never completes; another thread aborts, which is answered as `detail` says
+};
+enum EAbortAnswer : std::uint8_t { kAbortAccepted, kAbortRefused, kAbortLost };
+
+struct SServerFault {
+    std::size_t call = 0; ///< counted from 1
+    EServerFault kind = EServerFault::None;
+    int detail = 0;
+};
+
+struct SNotedCall {
+    sim::EOperation operation;
+    int address; ///< 0 for a call to the link
+    std::size_t outputs;
+};
+
+struct SServerNotes {
+    std::vector<SNotedCall> calls;
+    std::size_t taken = 0;  ///< events that the relays handed over, even those that never arrived
+    bool sentPlain = false; ///< a password was written as it is
+    Variant guard;          ///< cell BF.03 of the first relay, at the end
+};
+
+class CFaultyCore final : public sim::CServerCore {
+public:
+    CFaultyCore(const sim::SSubstation& substation, sim::CSinkList& sinks, SServerFault fault,
+                SServerNotes& notes)
+        : CServerCore(std::make_unique<sim::SSubstation>(substation), sinks), m_sinks(sinks), m_fault(fault),
+          m_notes(notes) {}
+    ~CFaultyCore() override {
+        for (std::thread& thread : m_threads)
+            thread.join();
+        Link().ForEachRelay([this](sim::CSimulatedRelay& relay) {
+            if (const sim::SAnswer answer = relay.Value(cells::kPasswordGuard); answer.status == sim::kGood)
+                m_notes.guard = answer.outputs.back();
+        });
+    }
+
+    EComResult Answer(const sim::SCall& call, const Ask& ask, const Outputs& outputs,
+                      Variant& status) override {
+        using enum EServerFault;
+        Note(call, outputs.size());
+        const EServerFault kind = m_notes.calls.size() == m_fault.call ? m_fault.kind : None;
+        if (kind == RequestLost)
+            return EComResult::Failed;
+        if (kind == AbortedInside)
+            std::thread(RequestAbort).join();
+        if (kind == NeverEnds)
+            m_threads.emplace_back(RequestAbort);
+        if (kind == Status || kind == NeverEnds) {
+            status = Variant::FromI4(kind == Status ? m_fault.detail : sim::kGood);
+            return EComResult::Ok;
+        }
+        const bool isAbort = call.operation == sim::EOperation::Abort && m_fault.kind == NeverEnds;
+        const EComResult result =
+            isAbort ? AnswerAbort(status) : CServerCore::Answer(call, ask, outputs, status);
+        if (call.operation == sim::EOperation::GetEvent && status == Variant::FromI4(sim::kGood))
+            ++m_notes.taken;
+        if (kind == WrongType)
+            *(m_fault.detail == 0 ? &status : outputs[static_cast<std::size_t>(m_fault.detail) - 1]) =
+                Variant::Other();
+        if (kind == ReplyLost || kind == WrongType)
+            AwaitIdle();
+        return kind == ReplyLost ? EComResult::Failed : result;
+    }
+
+private:
+    static void RequestAbort() { CP32Wrap::GetInstance()->RequestAbort(); }
+
+    /// A command that the client does not know of keeps the server busy, which is nobody's fault here.
+    void AwaitIdle() {
+        const sim::SCall harmless{
+            .operation = sim::EOperation::ClosePort, .address = {}, .cell = {}, .detail = {}};
+        for (Variant status = Variant::FromI4(sim::kBusy); status == Variant::FromI4(sim::kBusy);
+             std::this_thread::yield())
+            static_cast<void>(CServerCore::Answer(
+                harmless, [] { return sim::SAnswer{}; }, {}, status));
+    }
+
+    /// An accepted abort completes the command on another thread, as every command of the server does.
+    EComResult AnswerAbort(Variant& status) {
+        status = Variant::FromI4(m_fault.detail == kAbortRefused ? sim::kAbortInProgress : sim::kGood);
+        if (m_fault.detail == kAbortAccepted)
+            m_threads.emplace_back([this] { m_sinks.NotifyComplete(sim::kAborted, false); });
+        return m_fault.detail == kAbortLost ? EComResult::Failed : EComResult::Ok;
+    }
+
+    void Note(const sim::SCall& call, std::size_t outputs) {
+        const bool fetches = sim::RowOf(call.operation).name.starts_with("Fetch");
+        const int address = fetches ? m_notes.calls.back().address : call.address.value_or(0);
+        m_notes.calls.push_back({call.operation, address, outputs});
+        if (call.bytes != nullptr && !std::ranges::search(*call.bytes, kSecret).empty())
+            m_notes.sentPlain = true;
+    }
+
+    sim::CSinkList& m_sinks;
+    SServerFault m_fault;
+    SServerNotes& m_notes;
+    std::vector<std::thread> m_threads;
+};
+
+} // namespace ruvo::test

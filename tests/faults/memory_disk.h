@@ -1,0 +1,139 @@
+// A disk in memory that stands in for the platform's files, and breaks when told to. Exactly one file of a
+// test program includes this: its definitions take the place of the platform's, which the linker then leaves
+// out.
+#pragma once
+
+#include "platform/files.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+namespace ruvo {
+
+namespace test {
+
+/// What goes wrong with the operations of those numbers, counted from 1. A write that takes a part puts half
+/// of its bytes into the file before it fails.
+struct SDiskFault {
+    std::size_t first = 0;
+    std::size_t last = 0;
+    EFileFailure failure = EFileFailure::None;
+    bool writesTakePart = false;
+};
+
+struct SMemoryDisk {
+    std::map<std::string, std::string> files;
+    std::set<std::string> folders;
+    std::vector<SDiskFault> faults;
+    std::size_t operations = 0; ///< what was asked of the disk so far
+
+    /// Counts an operation and gives what is wrong with it.
+    SDiskFault Count() {
+        const auto isHit = [number = ++operations](const SDiskFault& fault) {
+            return fault.first <= number && number <= fault.last;
+        };
+        const auto hit = std::ranges::find_if(faults, isHit);
+        return hit == faults.end() ? SDiskFault{} : *hit;
+    }
+    SFileResult Do() { return Fail(Count().failure); }
+    static SFileResult Fail(EFileFailure failure) { return {failure, static_cast<long>(failure)}; }
+    bool HasFolderOf(const std::string& path) const {
+        return folders.contains(path.substr(0, path.rfind('\\')));
+    }
+};
+inline SMemoryDisk g_disk;
+
+} // namespace test
+
+using test::g_disk;
+
+struct CFile::SHandle {
+    std::string path; ///< empty when closed
+    std::size_t position = 0;
+    std::string& Bytes() const { return g_disk.files[path]; }
+};
+
+CFile::CFile() : m_handle(std::make_unique<SHandle>()) {}
+CFile::~CFile() = default;
+
+SFileResult CFile::Open(const std::string& path, SOpenMode mode) {
+    *m_handle = {};
+    SFileResult result = g_disk.Do();
+    if (result.Good() && !g_disk.files.contains(path) && !(mode.create && g_disk.HasFolderOf(path)))
+        result = g_disk.Fail(EFileFailure::BadPath);
+    if (result.Good())
+        g_disk.files.try_emplace(m_handle->path = path);
+    return result;
+}
+bool CFile::IsOpen() const {
+    return !m_handle->path.empty();
+}
+SFileResult CFile::GetLength(std::uint64_t& length) {
+    length = m_handle->Bytes().size();
+    return g_disk.Do();
+}
+SFileResult CFile::Seek(std::int64_t offset, ESeekOrigin origin, std::uint64_t& position) {
+    const SFileResult result = g_disk.Do();
+    const std::size_t start = origin == ESeekOrigin::End ? m_handle->Bytes().size() : 0;
+    if (result.Good())
+        m_handle->position = start + static_cast<std::size_t>(offset);
+    position = m_handle->position;
+    return result;
+}
+SFileResult CFile::Read(std::span<std::uint8_t> buffer, std::size_t& count) {
+    count = m_handle->Bytes().copy(reinterpret_cast<char*>(buffer.data()), buffer.size(), m_handle->position);
+    m_handle->position += count;
+    return g_disk.Do();
+}
+SFileResult CFile::Write(std::span<const std::uint8_t> bytes, std::size_t& count) {
+    const test::SDiskFault fault = g_disk.Count();
+    count = fault.failure == EFileFailure::None ? bytes.size() : fault.writesTakePart ? bytes.size() / 2 : 0;
+    m_handle->Bytes().replace(m_handle->position, count, reinterpret_cast<const char*>(bytes.data()), count);
+    m_handle->position += count;
+    return g_disk.Fail(fault.failure);
+}
+SFileResult CFile::SetLength(std::uint64_t length) {
+    const SFileResult result = g_disk.Do();
+    m_handle->Bytes().resize(result.Good() ? length : m_handle->Bytes().size());
+    return result;
+}
+SFileResult CFile::FlushToDisk() {
+    return g_disk.Do();
+}
+SFileResult CFile::Close() {
+    const SFileResult result = IsOpen() ? g_disk.Do() : g_disk.Fail(EFileFailure::BadDescriptor);
+    *m_handle = {};
+    return result;
+}
+
+EPathKind GetPathKind(const std::string& path) {
+    const bool works = g_disk.Do().Good();
+    const bool isFolder = works && g_disk.folders.contains(path);
+    return works && g_disk.files.contains(path) ? EPathKind::File
+           : isFolder                           ? EPathKind::Folder
+                                                : EPathKind::Missing;
+}
+bool MakeFolder(const std::string& path) {
+    return g_disk.Do().Good() && g_disk.HasFolderOf(path) && g_disk.folders.insert(path).second;
+}
+bool RemoveFile(const std::string& path) {
+    return g_disk.Do().Good() && g_disk.files.erase(path) != 0;
+}
+
+// A run asks for the first two, and looks at no answer; the rest is only linked.
+// clang-format off
+void FlushFolder(const std::string&) {}
+std::optional<std::uint64_t> FreeSpace(const std::string&) { return std::nullopt; }
+std::string SystemErrorText(long systemCode) { return "failure " + std::to_string(systemCode); }
+bool IsLink(const std::string&) { return false; }
+bool IsDriveRoot(const std::string&) { return false; }
+bool RemoveEmptyFolder(const std::string&) { return false; }
+bool CopyToNewFile(const std::string&, const std::string&) { return false; }
+bool ListFolder(const std::string&, std::vector<SFolderEntry>&) { return false; }
+std::string MakeUniqueFile(const std::string&, const std::string&) { return {}; }
+std::string TemporaryFolder() { return {}; }
+std::string CurrentFolder() { return {}; }
+// clang-format on
+
+} // namespace ruvo
