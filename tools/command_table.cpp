@@ -14,6 +14,7 @@ SCommand AddCommand();
 SCommand RemoveCommand();
 SCommand StatusCommand();
 SCommand CheckCommand();
+SCommand PathsCommand();
 SCommand TestCommand();
 SCommand PasswordCommand();
 SCommand ReportCommand();
@@ -21,8 +22,8 @@ SCommand ReportCommand();
 std::span<const SCommand> Commands() {
     static const std::vector<SCommand> commands = [] {
         std::vector<SCommand> table{
-            EventsCommand(), StatusCommand(), ReportCommand(), NewCommand(),  ListCommand(),
-            AddCommand(),    RemoveCommand(), CheckCommand(),  TestCommand(), PasswordCommand(),
+            EventsCommand(), StatusCommand(), ReportCommand(), NewCommand(),  ListCommand(),     AddCommand(),
+            RemoveCommand(), CheckCommand(),  PathsCommand(),  TestCommand(), PasswordCommand(),
         };
         const std::span<const SCommand> more = DatabaseCommands();
         table.insert(table.end(), more.begin(), more.end());

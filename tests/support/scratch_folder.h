@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <stdexcept>
 #include <string>
 
 namespace ruvo {
@@ -14,7 +15,9 @@ class CScratchFolder {
 public:
     explicit CScratchFolder(const std::filesystem::path& parent = std::filesystem::temp_directory_path())
         : m_native(parent / "ruvo-test-XXXXXX") {
-        mkdtemp(m_native.data());
+        if (mkdtemp(m_native.data()) == nullptr) {
+            throw std::runtime_error("no folder for the test"); // nothing outside may be written or removed
+        }
     }
     CScratchFolder(const CScratchFolder&) = delete;
     CScratchFolder& operator=(const CScratchFolder&) = delete;
