@@ -1,0 +1,217 @@
+// Writes what is told elsewhere about the commands of ruvoctl, from the table that the program itself goes
+// by:
+//   make_command_pages completion        the shell's completion, on standard output
+//   make_command_pages check PAGE.md     fails when the page's chapter on the commands is not the table's
+//   make_command_pages update PAGE.md    puts the table's into the page
+#include "tools/command.h"
+
+#include <algorithm>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+using ruvo::EOptionKind;
+using ruvo::SCommand;
+using ruvo::SOption;
+
+constexpr std::string_view kBegin = "<!-- commands: made by scripts/pages.sh -->\n";
+constexpr std::string_view kEnd = "<!-- end of commands -->\n";
+
+bool IsPositional(const SOption& option) {
+    return option.kind == EOptionKind::Positional || option.kind == EOptionKind::List;
+}
+
+std::vector<std::string> Split(std::string_view text, char separator) {
+    std::vector<std::string> parts;
+    for (std::size_t start = 0; start <= text.size();) {
+        const std::size_t end = std::min(text.find(separator, start), text.size());
+        parts.emplace_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    return parts;
+}
+
+/// Words that are typed as they are, as in "encrypt|decrypt", and not names of what is typed, as in
+/// "FILE|FOLDER".
+bool IsLiteral(std::string_view name) {
+    return std::ranges::none_of(name, [](char c) { return c >= 'A' && c <= 'Z'; });
+}
+
+/// Plain words as the page's language wants them.
+std::string Escaped(std::string_view text) {
+    std::string out;
+    for (const char c : text) {
+        if (std::string_view("\\`*_<>[]#|~").find(c) != std::string_view::npos) {
+            out += '\\';
+        }
+        out += c;
+    }
+    return out;
+}
+
+/// As it is typed: "--format text|json|csv", "INI", "FILE|FOLDER...".
+std::string Spelling(const SOption& option) {
+    const std::string name(option.name);
+    switch (option.kind) {
+    case EOptionKind::Text:
+        return name + " TEXT";
+    case EOptionKind::Choice:
+        return name + " " + std::string(option.choices);
+    case EOptionKind::List:
+        return name + "...";
+    case EOptionKind::Flag:
+    case EOptionKind::Positional:
+        break;
+    }
+    return name;
+}
+
+std::string Synopsis(const SCommand& command) {
+    std::string line = "ruvoctl " + std::string(command.name);
+    if (std::ranges::any_of(command.options, [](const SOption& option) { return !IsPositional(option); })) {
+        line += " [OPTION...]";
+    }
+    for (const SOption& option : command.options) {
+        if (IsPositional(option)) {
+            line += " " + Spelling(option);
+        }
+    }
+    return line;
+}
+
+/// The notes of the help: lines set in by blanks are shown as they are, all others are running text.
+std::string Notes(std::string_view notes) {
+    std::string out;
+    bool inBlock = false;
+    for (const std::string& line : Split(notes, '\n')) {
+        const bool isExample = line.starts_with("  ");
+        if (isExample != inBlock && !line.empty()) {
+            out += isExample ? "\n```\n" : "```\n\n";
+            inBlock = isExample;
+        }
+        out += (isExample ? line.substr(2) : Escaped(line)) + "\n";
+    }
+    return out + (inBlock ? "```\n" : "");
+}
+
+std::string Chapter() {
+    std::string out;
+    for (const SCommand& command : ruvo::Commands()) {
+        out += "\n### " + std::string(command.name) + "\n\n`" + Synopsis(command) + "`\n\n" +
+               Escaped(command.summary) + ".\n\n";
+        for (const SOption& option : command.options) {
+            out += "- `" + Spelling(option) + "`: " + Escaped(option.help) + "\n";
+        }
+        out += "\n" + Notes(command.notes);
+    }
+    return out + "\n";
+}
+
+/// One line of the completion's tables: what may follow which word.
+void AddCase(std::string& out, const std::string& pattern, const std::string& words) {
+    out += "        \"" + pattern + "\") words=\"" + words + "\" ;;\n";
+}
+
+std::string Completion() {
+    std::string names;
+    std::string options; // by command
+    std::string choices; // by command and the word before
+    for (const SCommand& command : ruvo::Commands()) {
+        const std::string name(command.name);
+        names += name + " ";
+        std::string all;
+        for (const SOption& option : command.options) {
+            std::string words(IsPositional(option) ? option.name : option.choices);
+            std::ranges::replace(words, '|', ' ');
+            if (!IsPositional(option)) {
+                all += std::string(option.name) + " ";
+            }
+            if (option.kind == EOptionKind::Choice) {
+                AddCase(choices, name + " " + std::string(option.name), words);
+            } else if (IsPositional(option) && IsLiteral(option.name)) {
+                AddCase(choices, name + " " + name, words);
+            }
+        }
+        AddCase(options, name, all + "--help");
+    }
+    return "# Completion of ruvoctl's commands, options and choices; anything else is the name of a file.\n"
+           "_ruvoctl() {\n"
+           "    local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} words=\n"
+           "    COMPREPLY=()\n"
+           "    if [ \"$COMP_CWORD\" -eq 1 ]; then\n"
+           "        words=\"" +
+           names +
+           "--help --version\"\n"
+           "    else\n"
+           "        case \"${COMP_WORDS[1]} $before\" in\n" +
+           choices +
+           "        esac\n"
+           "        if [[ $word == -* ]]; then\n"
+           "            case \"${COMP_WORDS[1]}\" in\n" +
+           options +
+           "            esac\n"
+           "        fi\n"
+           "    fi\n"
+           "    [ -z \"$words\" ] || mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"$word\")\n"
+           "}\n"
+           "complete -o bashdefault -o default -F _ruvoctl ruvoctl\n";
+}
+
+std::string ReadPage(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// The page with the table's chapter between its marks; empty when a mark is missing.
+std::string Updated(const std::string& page) {
+    const std::size_t begin = page.find(kBegin);
+    const std::size_t end = page.find(kEnd);
+    if (begin == std::string::npos || end == std::string::npos || end < begin) {
+        return {};
+    }
+    return page.substr(0, begin + kBegin.size()) + Chapter() + page.substr(end);
+}
+
+int CheckPage(const std::string& path) {
+    const std::string page = ReadPage(path);
+    if (!page.empty() && page == Updated(page)) {
+        return 0;
+    }
+    std::cerr << path << ": not what the commands say of themselves; scripts/pages.sh mends that\n";
+    return 1;
+}
+
+int UpdatePage(const std::string& path) {
+    const std::string page = ReadPage(path);
+    const std::string updated = Updated(page);
+    if (updated.empty()) {
+        std::cerr << path << ": the marks around the chapter are missing\n";
+        return 1;
+    }
+    std::ofstream file(path, std::ios::binary);
+    file << updated;
+    return file.flush().good() ? 0 : 1;
+}
+
+} // namespace
+
+int main(int count, char** texts) {
+    const std::vector<std::string> arguments(texts + 1, texts + count);
+    if (arguments == std::vector<std::string>{"completion"}) {
+        std::cout << Completion();
+        return std::cout.flush().good() ? 0 : 1;
+    }
+    if (arguments.size() == 2 && arguments[0] == "check") {
+        return CheckPage(arguments[1]);
+    }
+    if (arguments.size() == 2 && arguments[0] == "update") {
+        return UpdatePage(arguments[1]);
+    }
+    std::cerr << "usage: make_command_pages completion | check PAGE.md | update PAGE.md\n";
+    return 2;
+}
