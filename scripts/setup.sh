@@ -26,7 +26,11 @@ for extra in "$@"; do
         libwine-dev) ;;
     fuzz) packages+=(clang libclang-rt-14-dev) ;;
     coverage) packages+=(gcovr) ;;
-    packages) packages+=(dpkg-dev file fakeroot lintian lowdown mandoc systemd bash-completion) ;;
+    packages)
+        packages+=(dpkg-dev file fakeroot lintian lowdown mandoc man-db systemd bash-completion binutils time debootstrap)
+        # (Where they come from elsewhere, Debian's would be in their way.)
+        command -v npm >/dev/null || packages+=(nodejs npm) # the schema that the fleet's manifests are held against
+        ;;
     browser) packages+=(chromium chromium-driver python3-selenium) ;;
     database) packages+=(postgresql sqlite3) ;;
     *)

@@ -44,6 +44,11 @@ leg "the fuzz targets" fuzz scripts/fuzz.sh clang++
 leg "the report in a browser" browser tests/browser/run.sh chromium chromedriver
 RUVO_BIN_DIR=$PWD/build/$preset/bin leg "the archive in a database server" database tests/database/run.sh psql sqlite3 \
     /usr/lib/postgresql/*/bin/postgres
+if [ "$(id -u)" -eq 0 ]; then
+    leg "the Debian package" packages tests/packages/run.sh lintian lowdown mandoc man systemd-analyze node npm
+else
+    echo "the Debian package: skipped (it is installed for its test, which needs root)"
+fi
 
 count() { git ls-files -- "$@" | grep -E '\.(cpp|h|c|idl|rc|def)$' | xargs -r cat | grep -cvE '^\s*$' || true; }
 if git rev-parse --git-dir >/dev/null 2>&1; then

@@ -1,0 +1,121 @@
+# The Debian package: programs and modules side by side in a folder of their own, with links where shells look. What
+# systems and people find elsewhere: units, manual pages, completion, documentation, examples, /etc/ruvo.
+set(linux_files ${CMAKE_SOURCE_DIR}/packaging)
+set(private usr/lib/ruvo)
+set(documentation usr/share/doc/ruvo)
+set(examples ${documentation}/examples)
+set(made ${CMAKE_BINARY_DIR}/package) # what has no file in the source tree
+file(MAKE_DIRECTORY ${made}/links ${made}/man)
+
+install(TARGETS ruvo ruvoctl RUNTIME DESTINATION ${private})
+install(TARGETS ruvo_shared oncrpc LIBRARY DESTINATION ${private})
+# Not beside the program, where it would be taken for a real comms server.
+install(TARGETS p32ls HalvexCryptoKit LIBRARY DESTINATION ${private}/simulator)
+install(PROGRAMS ${linux_files}/linux/run-site DESTINATION ${private})
+foreach(program ruvo ruvoctl)
+    file(CREATE_LINK ../lib/ruvo/${program} ${made}/links/${program} SYMBOLIC)
+    install(FILES ${made}/links/${program} DESTINATION usr/bin)
+endforeach()
+install(FILES ${CMAKE_SOURCE_DIR}/include/ruvo/ruvo.h DESTINATION usr/include/ruvo)
+
+install(FILES ${linux_files}/systemd/ruvo@.service ${linux_files}/systemd/ruvo@.timer DESTINATION lib/systemd/system)
+install(FILES ${linux_files}/systemd/sysusers.conf DESTINATION usr/lib/sysusers.d RENAME ruvo.conf)
+install(FILES ${linux_files}/systemd/tmpfiles.conf DESTINATION usr/lib/tmpfiles.d RENAME ruvo.conf)
+install(FILES ${linux_files}/linux/registry.ini DESTINATION etc/ruvo)
+
+# What is made when the package is packed.
+find_program(RUVO_LOWDOWN lowdown)
+set(pages)
+set(page_sources ruvo.1 ruvoctl.1 ruvo.ini.5 day-file-format substation-file)
+set(page_names ruvo.1 ruvoctl.1 ruvo.ini.5 ruvo-events.5 ruvo-substation.5)
+file(STRINGS ${linux_files}/debian/changelog changes REGEX "^ -- ")
+list(GET changes 0 latest)
+string(REGEX REPLACE "^.*>  " "" latest "${latest}")
+if(RUVO_LOWDOWN)
+    foreach(source name IN ZIP_LISTS page_sources page_names)
+        string(REGEX REPLACE "^.*\\." "" section ${name})
+        set(page ${made}/man/${name}.gz)
+        add_custom_command(OUTPUT ${page}
+            COMMAND sh ${linux_files}/linux/make_man_page.sh ${PROJECT_VERSION} "${latest}"
+                ${CMAKE_SOURCE_DIR}/docs/${source}.md ${made}/man/${name}
+            COMMAND gzip -9nf ${made}/man/${name}
+            DEPENDS ${CMAKE_SOURCE_DIR}/docs/${source}.md ${linux_files}/linux/make_man_page.sh
+                ${linux_files}/debian/changelog
+            VERBATIM)
+        list(APPEND pages ${page})
+        install(FILES ${page} DESTINATION usr/share/man/man${section})
+    endforeach()
+endif()
+set(completion ${made}/ruvoctl.bash)
+add_custom_command(OUTPUT ${completion}
+    COMMAND make_command_pages completion >${completion}
+    DEPENDS make_command_pages)
+set(changelog ${made}/changelog.Debian.gz)
+add_custom_command(OUTPUT ${changelog}
+    COMMAND gzip -9nc ${linux_files}/debian/changelog >${changelog}
+    DEPENDS ${linux_files}/debian/changelog)
+# The notices of the libraries whose headers became part of the programs come from where they were taken.
+set(copyright ${made}/copyright)
+set(notices ${linux_files}/debian/copyright /usr/share/doc/libcli11-dev/copyright
+    /usr/share/doc/libtomlplusplus-dev/copyright)
+add_custom_command(OUTPUT ${copyright}
+    COMMAND cat ${notices} >${copyright}
+    DEPENDS ${linux_files}/debian/copyright)
+# Whoever packs makes this first; nobody else needs it.
+add_custom_target(package_files DEPENDS ${pages} ${completion} ${changelog} ${copyright})
+add_dependencies(package_files ruvo ruvoctl ruvo_shared oncrpc p32ls HalvexCryptoKit)
+
+install(FILES ${linux_files}/linux/ruvo.bash DESTINATION usr/share/bash-completion/completions RENAME ruvo)
+install(FILES ${completion} DESTINATION usr/share/bash-completion/completions RENAME ruvoctl)
+install(FILES ${copyright} ${changelog} DESTINATION ${documentation})
+install(FILES ${linux_files}/debian/lintian-overrides DESTINATION usr/share/lintian/overrides RENAME ruvo)
+file(GLOB documents ${CMAKE_SOURCE_DIR}/docs/*.md)
+install(FILES ${documents} DESTINATION ${documentation})
+install(FILES ${linux_files}/linux/site.ini DESTINATION ${examples})
+install(DIRECTORY ${linux_files}/fleet ${linux_files}/container DESTINATION ${examples})
+install(FILES ${CMAKE_SOURCE_DIR}/examples/c/check_relay.c DESTINATION ${examples}/c)
+install(FILES ${linux_files}/linux/simulator.ini DESTINATION ${examples}/simulator RENAME registry.ini)
+install(FILES ${linux_files}/linux/demo.env ${CMAKE_SOURCE_DIR}/examples/substation/substation.toml
+    DESTINATION ${examples}/simulator)
+foreach(link serial modem ethernet)
+    file(READ ${CMAKE_SOURCE_DIR}/examples/substation/${link}.ini text)
+    string(REPLACE "EventRootDir=events" "EventRootDir=/var/lib/ruvo/demo" text "${text}")
+    string(REPLACE "ErrorLogPathname=RUVO_Errors.log" "ErrorLogPathname=/var/log/ruvo/demo.log" text "${text}")
+    file(WRITE ${made}/simulator/${link}.ini "${text}")
+    install(FILES ${made}/simulator/${link}.ini DESTINATION ${examples}/simulator)
+endforeach()
+
+set(RUVO_PACKAGE_CONTACT "ruvo packagers <packagers@ruvo.invalid>" CACHE STRING "Who answers for the package")
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME ruvo)
+set(CPACK_PACKAGE_VENDOR ruvo)
+set(CPACK_PACKAGING_INSTALL_PREFIX /)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
+    WORLD_READ WORLD_EXECUTE)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_DEBIAN_PACKAGE_MAINTAINER "${RUVO_PACKAGE_CONTACT}")
+set(CPACK_DEBIAN_PACKAGE_SECTION science)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+# (The libraries that the programs are linked with are added by dpkg-shlibdeps.)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# What makes the user and the folders; a container needs no more of systemd than that.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS
+    "systemd-standalone-sysusers | systemd, systemd-standalone-tmpfiles | systemd")
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "bash-completion")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "unattended extractor of event records from protection relays")
+set(CPACK_PACKAGE_DESCRIPTION
+"ruvo reads one INI file, visits every relay that it lists (serial port, modem
+line or Ethernet tunnel) through a comms server, and appends the relays' event
+records to one day file per relay and UTC day. Every problem becomes one line
+in an error log; a relay that fails never stops the others.
+.
+This package also has ruvoctl, which checks INI files, tests relays and shows
+day files, a library for other programs, units that visit sites every night,
+and a simulated substation to try everything with. The comms server that
+speaks to real relays comes from elsewhere.")
+set(scripts ${linux_files}/debian)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${scripts}/conffiles ${scripts}/postinst ${scripts}/prerm ${scripts}/postrm)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+include(CPack)

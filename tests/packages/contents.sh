@@ -1,0 +1,29 @@
+# What is in the package, before it is installed. Sourced by run.sh.
+# shellcheck shell=bash
+echo "Looking into the package"
+check "lintian has nothing to say but what is overridden" lintian --allow-root -I --fail-on error,warning,info "$deb"
+mkdir "$work/files"
+dpkg-deb -x "$deb" "$work/files"
+private=$work/files/usr/lib/ruvo
+
+libraries() { ldd "$1" | sed -E 's/^\s*([^ ]*\/)?([^ ]+\.so[^ ]*).*/\2/' | grep -v '^ld-linux\|linux-vdso' | LC_ALL=C sort | tr '\n' ' '; }
+check "the extractor wants the C++ runtime and the C library only" \
+    equal "$(libraries "$private/ruvo")" "libc.so.6 libgcc_s.so.1 libm.so.6 libstdc++.so.6 "
+check "so does the library for other programs" \
+    equal "$(libraries "$private/libruvo.so")" "libc.so.6 libgcc_s.so.1 libm.so.6 libstdc++.so.6 "
+check "no server stands where one is found unasked" test ! -e "$private/p32ls.so"
+hardened() { readelf -W -d -l "$1" >"$work/elf" && grep -q GNU_RELRO "$work/elf" && grep -q 'NOW\|BIND_NOW' "$work/elf"; }
+for file in ruvo ruvoctl libruvo.so simulator/p32ls.so; do
+    check "$file is linked for protection" hardened "$private/$file"
+done
+
+shown_well() { LC_ALL=C.UTF-8 MANROFFSEQ= MANWIDTH=$1 man --warnings -l "$2" 2>&1 >/dev/null; } # warnings, if any
+for page in "$work"/files/usr/share/man/man*/*.gz; do
+    name=$(basename "$page" .gz)
+    zcat "$page" >"$work/$name"
+    check "$name: mandoc" silent mandoc -T lint -W warning "$work/$name"
+    for width in 80 100; do
+        check "$name: man, $width columns" silent shown_well "$width" "$work/$name"
+    done
+done
+check "five manual pages" equal "$(find "$work/files/usr/share/man" -name '*.gz' | wc -l)" 5

@@ -1,0 +1,144 @@
+# Every step of docs/install.md on this machine, and what it must have led to. Sourced by run.sh.
+# shellcheck shell=bash
+echo "Installing, visiting, upgrading, removing"
+mkdir "$work/bin" "$work/place"
+cp "$deb" "$work/place/ruvo_1.0.0-1_amd64.deb"
+# This machine's first process is no systemd: a start of the service does what its unit says, all else is told.
+cat >"$work/bin/systemctl" <<'END'
+#!/bin/bash
+echo "systemctl $*" >>"$ASKED"
+unit=/lib/systemd/system/ruvo@.service
+if [[ "$1 $2" =~ ^start\ ruvo@(.*)\.service$ ]]; then
+    site=${BASH_REMATCH[1]}
+    variables=$(sed -n "s|^Environment=||p" "$unit" | sed "s|%t|/run|g; s|%i|$site|g")
+    command=$(sed -n "s|^ExecStart=||p" "$unit" | sed "s|%i|$site|g")
+    # shellcheck disable=SC2086
+    runuser -u "$(sed -n 's/^User=//p' "$unit")" -- env -i $variables $command
+fi
+END
+printf '#!/bin/sh\necho "journalctl $*" >>"$ASKED"\n' >"$work/bin/journalctl"
+chmod +x "$work/bin"/*
+export ASKED=$work/asked
+
+step() { # takes the next command of docs/install.md, which begins with these words
+    local line
+    steps=$((steps + 1))
+    line=$(sed -n 's/^# \([a-z].*\)$/\1/p' docs/install.md | sed -n "${steps}p")
+    [[ "$line" == "$1"* ]] || { echo "the document goes on with: $line"; return 1; }
+    (cd "$work/place" && PATH=$work/bin:$PATH bash -c "$line") >"$work/step.log" 2>&1 <"${2:-/dev/null}"
+}
+try() { # a step that ends with this status, shown when it does not
+    local status=0
+    step "$2" "${3:-/dev/null}" || status=$?
+    [ "$status" -eq "$1" ] || { echo "ended with $status"; cat "$work/step.log"; return 1; }
+}
+steps=0
+
+export DEBIAN_FRONTEND=noninteractive
+check "install" try 0 "apt install"
+modes() { stat -c '%a %U %G %n' "$@"; }
+check "folders" equal "$(modes /etc/ruvo /var/lib/ruvo /var/log/ruvo /run/ruvo)" \
+    "$(printf '%s\n' '2750 root ruvo /etc/ruvo' '750 ruvo ruvo /var/lib/ruvo' '750 ruvo ruvo /var/log/ruvo' '755 ruvo ruvo /run/ruvo')"
+check "units" silent systemd-analyze verify --man=yes /lib/systemd/system/ruvo@.service /lib/systemd/system/ruvo@.timer
+exposure=$(systemd-analyze security --offline=true --no-pager /lib/systemd/system/ruvo@.service | sed -n 's/^.*exposure level for [^:]*: \([0-9.]*\) .*/\1/p')
+echo "  exposure of the service: $exposure of 10"
+check "exposure of the service" awk "BEGIN { exit !($exposure < 2) }"
+for page in ruvo ruvoctl ruvo.ini ruvo-events ruvo-substation; do
+    check "man $page" test -n "$(man -w "$page")"
+done
+check "libraries of what is installed" equal "$(libraries /usr/bin/ruvo)" "libc.so.6 libgcc_s.so.1 libm.so.6 libstdc++.so.6 "
+# A check as the documented one, which takes no server for granted.
+cat >"$work/alone.ini" <<END
+[RUVO_GENERAL]
+EventRootDir=$work/events
+ErrorLogPathname=$work/alone.log
+[RUVO_SERIAL]
+RV001=1
+END
+ruvo -t "$work/alone.ini" >"$work/alone.txt"
+check "without a server named there is none" grep -q "P32LS failed to open" "$work/alone.txt"
+
+check "demo: its file" try 0 "cp "
+check "demo: its environment" try 0 "cp "
+check "demo: check" try 0 "runuser"
+check "demo: a visit with problems" try 1 "runuser"
+check "demo: the problems are shown" grep -q "Invalid password" "$work/step.log"
+check "demo: events" try 0 "ruvoctl events"
+check "demo: as many as the serial relays have" equal "$(ruvoctl events --format json /var/lib/ruvo/demo | wc -l)" 9
+check "demo: whose files they are" equal "$(find /var/lib/ruvo/demo /var/log/ruvo/demo.log -not -user ruvo | wc -l)" 0
+
+check "yard: its file" try 0 "cp "
+check "yard: its name" try 0 "sed "
+check "yard: closed" try 0 "chmod"
+check "yard: read by its group" equal "$(modes /etc/ruvo/yard.ini)" "640 root ruvo /etc/ruvo/yard.ini"
+echo BAY1PASS >"$work/password"
+check "yard: password" try 0 "ruvoctl password" "$work/password"
+# The site's server: here the simulated one, named as a real one would be.
+printf '%s\n' '[CLSID\{9A69E99F-E86F-455D-B971-355C1139963E}]' 'InprocServer32=/usr/lib/ruvo/simulator/p32ls.so' >>/etc/ruvo/registry.ini
+echo "P32LS_SUBSTATION=/usr/share/doc/ruvo/examples/simulator/substation.toml" >/etc/ruvo/yard.env
+check "yard: check" try 0 "runuser"
+check "yard: paths" try 0 "ruvoctl paths"
+check "yard: where things go" equal "$(cat "$work/step.log")" "$(printf 'events: /var/lib/ruvo/yard\nlog: /var/log/ruvo/yard.log')"
+check "yard: scheduled" try 0 "systemctl enable"
+check "yard: visited, one event passed over" try 1 "systemctl start"
+check "yard: events" equal "$(ruvoctl events --format json /var/lib/ruvo/yard | wc -l)" 500
+check "yard: lock" test -f /run/ruvo/yard/*.lock
+check "timers" try 0 "systemctl list-timers"
+check "failed units" try 0 "systemctl --failed"
+check "journal" try 0 "journalctl"
+check "nothing of the document is left out" equal "$(sed -n 's/^# \([a-z].*\)$/\1/p' docs/install.md | wc -l)" "$steps"
+
+visit() { runuser -u ruvo -- /usr/lib/ruvo/run-site "$1"; }
+ends_with() { local status=0 wanted=$1; shift; "$@" || status=$?; equal "$status" "$wanted"; }
+sed -i 's/^RV001=10.*/RV001=10.20.0.6,2/; /\[RUVO_PASSWORDS\]/q' /etc/ruvo/yard.ini
+check "a visit without problems" silent ends_with 0 visit yard
+sed 's|/var/lib/ruvo/yard|/usr/lib/ruvo/events|' /etc/ruvo/yard.ini >/etc/ruvo/shut.ini
+check "a site that cannot write its events" ends_with 2 visit shut
+check "a site that is not there" ends_with 2 visit nowhere
+check "a file that the extractor would not take" ends_with 2 visit ./yard.conf
+while_visited() { # a site that is being visited, and the one to visit meanwhile
+    flock "$(echo /run/ruvo/"$1"/*.lock)" runuser -u ruvo -- /usr/lib/ruvo/run-site "$2"
+}
+check "one site never twice" ends_with 1 while_visited yard yard
+check "two sites at once" ends_with 0 while_visited demo yard
+runuser -u ruvo -- env P32LS_SUBSTATION=/usr/share/doc/ruvo/examples/simulator/substation.toml ruvo -t /etc/ruvo/yard.ini >"$work/check-only"
+check "ruvo -t" grep -q "No input errors found" "$work/check-only"
+
+complete_words() { # what is offered for the last of these words
+    # shellcheck disable=SC2016
+    bash -c 'source "/usr/share/bash-completion/completions/$1"; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); "_$1"; echo ${COMPREPLY[*]}' _ "$@"
+}
+check "completion: commands" equal "$(complete_words ruvoctl ch)" "check"
+check "completion: options" equal "$(complete_words ruvoctl events --so)" "--sort"
+check "completion: choices" equal "$(complete_words ruvoctl events --format "")" "text json csv"
+check "completion: first words" equal "$(complete_words ruvoctl password e)" "encrypt"
+check "completion: INI files" equal "$(cd /etc/ruvo && complete_words ruvo y)" "yard.ini"
+check "completion: found by the shell's own loader" bash -c \
+    'source /usr/share/bash-completion/bash_completion; _completion_loader ruvoctl; complete -p ruvoctl'
+for command in $(ruvoctl --help | sed -n '/^Subcommands:/,$s/^  \([a-z]\+\) .*/\1/p'); do
+    options=$(ruvoctl "$command" --help | grep -oE '^ +(-h,)?--[a-z-]+' | grep -oE -- '--[a-z-]+' | LC_ALL=C sort -u | tr '\n' ' ')
+    check "completion: options of $command" equal "$(complete_words ruvoctl "$command" -- | tr ' ' '\n' | LC_ALL=C sort -u | tr '\n' ' ')" "$options"
+done
+
+cc -I/usr/include -o "$work/check_relay" /usr/share/doc/ruvo/examples/c/check_relay.c -L/usr/lib/ruvo -lruvo -Wl,-rpath,/usr/lib/ruvo
+check "the example in C" env P32LS_SUBSTATION=/usr/share/doc/ruvo/examples/simulator/substation.toml "$work/check_relay" /etc/ruvo/yard.ini RV001
+
+sums() { find /etc/ruvo /var/lib/ruvo -type f -exec sha256sum {} + | LC_ALL=C sort; }
+before=$(sums)
+cmake -E chdir build/release cpack -G DEB -D CPACK_PACKAGE_VERSION=1.0.1 -B "$work/newer" >"$work/cpack.log"
+check "upgrade" dpkg -i "$work"/newer/ruvo_1.0.1-1_*.deb
+check "upgrade: version" equal "$(dpkg-query -W -f '${Version}' ruvo)" 1.0.1-1
+check "upgrade: sites, registry and events stay" equal "$(sums)" "$before"
+check "upgrade: no copies of files" equal "$(find /etc/ruvo -name '*.dpkg-*')" ""
+check "upgrade: a visit" ends_with 0 visit yard
+check "remove" dpkg -r ruvo
+check "remove: programs and units are gone" not ls /usr/bin/ruvo /usr/lib/ruvo /lib/systemd/system/ruvo@.service /usr/share/doc/ruvo
+check "remove: the rest stays" test -f /etc/ruvo/registry.ini -a -f /etc/ruvo/yard.ini -a -d /var/lib/ruvo/yard -a -f /var/log/ruvo/yard.log
+check "purge" dpkg --purge ruvo
+check "purge: day files and sites stay" test -f /etc/ruvo/yard.ini -a -d /var/lib/ruvo/yard
+check "purge: registry and logs are gone" not ls /etc/ruvo/registry.ini /var/log/ruvo
+# Again, with nothing to keep.
+rm -rf /etc/ruvo /var/lib/ruvo
+dpkg -i "$deb" >"$work/again.log" 2>&1
+check "purge of an unused package" dpkg --purge ruvo
+check "purge: nothing is left" equal "$(ls -d /etc/ruvo /var/lib/ruvo /var/log/ruvo /run/ruvo 2>/dev/null)" ""
