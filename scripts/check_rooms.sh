@@ -39,6 +39,7 @@ done < <(grep -rnE '^\s*#\s*(el)?if.*(_WIN32|__linux__|__unix__|__APPLE__|__MING
 while IFS= read -r file; do
     [ -z "$(tail -c 1 "$file")" ] || complain "$file: no line end at its end"
     ! grep -q $'\r' "$file" || complain "$file: CR LF line ends"
-    [ "$(wc -l <"$file")" -le 400 ] || complain "$file: above 400 lines"
-done < <(find src sim tools tests bench fuzz scripts docs -type f \( -name '*.cpp' -o -name '*.h' -o -name '*.sh' -o -name '*.md' \))
+    # (The page that is made from the commands is as long as they are many.)
+    [ "$(wc -l <"$file")" -le 400 ] || [ "$file" = docs/ruvoctl.1.md ] || complain "$file: above 400 lines"
+done < <(find src sim tools tests bench fuzz scripts docs packaging -type f \( -name '*.cpp' -o -name '*.h' -o -name '*.sh' -o -name '*.md' \))
 exit $bad

@@ -116,7 +116,7 @@ check "completion: INI files" equal "$(cd /etc/ruvo && complete_words ruvo y)" "
 check "completion: found by the shell's own loader" bash -c \
     'source /usr/share/bash-completion/bash_completion; _completion_loader ruvoctl; complete -p ruvoctl'
 for command in $(ruvoctl --help | sed -n '/^Subcommands:/,$s/^  \([a-z]\+\) .*/\1/p'); do
-    options=$(ruvoctl "$command" --help | grep -oE '^ +(-h,)?--[a-z-]+' | grep -oE -- '--[a-z-]+' | LC_ALL=C sort -u | tr '\n' ' ')
+    options=$(ruvoctl "$command" --help | grep -oE '^ +(-[a-z],)?--[a-z-]+' | grep -oE -- '--[a-z-]+' | LC_ALL=C sort -u | tr '\n' ' ')
     check "completion: options of $command" equal "$(complete_words ruvoctl "$command" -- | tr ' ' '\n' | LC_ALL=C sort -u | tr '\n' ' ')" "$options"
 done
 

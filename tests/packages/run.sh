@@ -11,10 +11,10 @@ fi
 deb=$PWD/$(scripts/package.sh)
 source tests/packages/checks.sh
 
-exec 9>/run/lock/ruvo-package-test
-flock 9 # a machine has one dpkg
+exec 9</etc/debian_version
+flock 9 # one test at a time on a machine, which has one dpkg
 # What an earlier test left that was killed may go; what somebody uses may not.
-mark=/var/tmp/ruvo-package-test
+mark=/var/lib/ruvo-package-test
 if [ ! -e "$mark" ]; then
     if dpkg-query -W ruvo >/dev/null 2>&1 || [ -e /etc/ruvo ] || [ -e /var/lib/ruvo ] || getent passwd ruvo >/dev/null; then
         echo "packages: ruvo is on this machine, and its sites and events are not for a test: not run" >&2

@@ -39,7 +39,9 @@ SPlaces ResolvePlaces(const std::string& fullPath) {
     context.Config().WipePasswords();
     ResolveDestinationRoot(context, true);
     ResolveErrorLogPath(context, true);
-    return {SystemPath(context.DestinationRoot()), SystemPath(ErrorLogPath())};
+    std::string events = context.DestinationRoot(); // the registry's ends with a separator
+    StripTrailingSeparators(events);
+    return {SystemPath(events), SystemPath(ErrorLogPath())};
 }
 
 int RunPaths(const CArguments& arguments, SConsole& console) {

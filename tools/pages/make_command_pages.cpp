@@ -23,7 +23,7 @@ constexpr std::string_view kBegin = "<!-- commands: made by scripts/pages.sh -->
 constexpr std::string_view kEnd = "<!-- end of commands -->\n";
 
 bool IsPositional(const SOption& option) {
-    return option.kind == EOptionKind::Positional || option.kind == EOptionKind::List;
+    return !option.name.starts_with('-');
 }
 
 std::vector<std::string> Split(std::string_view text, char separator) {
@@ -54,21 +54,20 @@ std::string Escaped(std::string_view text) {
     return out;
 }
 
-/// As it is typed: "--format text|json|csv", "INI", "FILE|FOLDER...".
+/// As it is typed: "--format text|json|csv", "-o, --output TEXT", "INI", "FILE|FOLDER...".
 std::string Spelling(const SOption& option) {
-    const std::string name(option.name);
-    switch (option.kind) {
-    case EOptionKind::Text:
-        return name + " TEXT";
-    case EOptionKind::Choice:
-        return name + " " + std::string(option.choices);
-    case EOptionKind::List:
-        return name + "...";
-    case EOptionKind::Flag:
-    case EOptionKind::Positional:
-        break;
+    std::string typed;
+    for (const std::string& form : Split(option.name, ',')) {
+        typed += (typed.empty() ? "" : ", ") + form;
     }
-    return name;
+    if (IsPositional(option)) {
+        typed += option.kind == EOptionKind::List ? "..." : "";
+    } else if (!option.choices.empty()) {
+        typed += " " + std::string(option.choices);
+    } else if (option.kind != EOptionKind::Flag) {
+        typed += " TEXT";
+    }
+    return typed;
 }
 
 std::string Synopsis(const SCommand& command) {
@@ -112,32 +111,44 @@ std::string Chapter() {
     return out + "\n";
 }
 
-/// One line of the completion's tables: what may follow which word.
-void AddCase(std::string& out, const std::string& pattern, const std::string& words) {
-    out += "        \"" + pattern + "\") words=\"" + words + "\" ;;\n";
+/// What the completion looks words up in: lines of shell code, by what was typed before.
+struct SCompletionTables {
+    std::string names;   ///< of the commands
+    std::string options; ///< by command
+    std::string choices; ///< by command and the word before
+};
+
+void AddCase(std::string& table, const std::string& command, const std::string& before, std::string words) {
+    std::ranges::replace(words, '|', ' ');
+    table.append("        \"").append(command).append(before.empty() ? "" : " ").append(before);
+    table.append("\") words=\"").append(words).append("\" ;;\n");
+}
+
+void AddCommand(SCompletionTables& tables, const SCommand& command) {
+    const std::string name(command.name);
+    tables.names.append(name).append(" ");
+    std::string all;
+    for (const SOption& option : command.options) {
+        if (IsPositional(option)) {
+            if (IsLiteral(option.name)) {
+                AddCase(tables.choices, name, name, std::string(option.name));
+            }
+            continue;
+        }
+        for (const std::string& form : Split(option.name, ',')) {
+            all.append(form).append(" ");
+            if (!option.choices.empty()) {
+                AddCase(tables.choices, name, form, std::string(option.choices));
+            }
+        }
+    }
+    AddCase(tables.options, name, "", all + "--help");
 }
 
 std::string Completion() {
-    std::string names;
-    std::string options; // by command
-    std::string choices; // by command and the word before
+    SCompletionTables tables;
     for (const SCommand& command : ruvo::Commands()) {
-        const std::string name(command.name);
-        names += name + " ";
-        std::string all;
-        for (const SOption& option : command.options) {
-            std::string words(IsPositional(option) ? option.name : option.choices);
-            std::ranges::replace(words, '|', ' ');
-            if (!IsPositional(option)) {
-                all += std::string(option.name) + " ";
-            }
-            if (option.kind == EOptionKind::Choice) {
-                AddCase(choices, name + " " + std::string(option.name), words);
-            } else if (IsPositional(option) && IsLiteral(option.name)) {
-                AddCase(choices, name + " " + name, words);
-            }
-        }
-        AddCase(options, name, all + "--help");
+        AddCommand(tables, command);
     }
     return "# Completion of ruvoctl's commands, options and choices; anything else is the name of a file.\n"
            "_ruvoctl() {\n"
@@ -145,15 +156,15 @@ std::string Completion() {
            "    COMPREPLY=()\n"
            "    if [ \"$COMP_CWORD\" -eq 1 ]; then\n"
            "        words=\"" +
-           names +
+           tables.names +
            "--help --version\"\n"
            "    else\n"
            "        case \"${COMP_WORDS[1]} $before\" in\n" +
-           choices +
+           tables.choices +
            "        esac\n"
            "        if [[ $word == -* ]]; then\n"
            "            case \"${COMP_WORDS[1]}\" in\n" +
-           options +
+           tables.options +
            "            esac\n"
            "        fi\n"
            "    fi\n"
