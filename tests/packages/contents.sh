@@ -2,6 +2,7 @@
 # shellcheck shell=bash
 echo "Looking into the package"
 check "lintian has nothing to say but what is overridden" lintian --allow-root -I --fail-on error,warning,info "$deb"
+check "the changelog's version" equal "$(sed -n '1s/.*(\(.*\)).*/\1/p' packaging/debian/changelog)" "$(dpkg-deb -f "$deb" Version)"
 mkdir "$work/files"
 dpkg-deb -x "$deb" "$work/files"
 private=$work/files/usr/lib/ruvo

@@ -2,7 +2,7 @@
 # shellcheck shell=bash
 echo "Installing, visiting, upgrading, removing"
 mkdir "$work/bin" "$work/place"
-cp "$deb" "$work/place/ruvo_1.0.0-1_amd64.deb"
+cp "$deb" "$work/place"
 # This machine's first process is no systemd: a start of the service does what its unit says, all else is told.
 cat >"$work/bin/systemctl" <<'END'
 #!/bin/bash
