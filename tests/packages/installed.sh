@@ -86,6 +86,8 @@ check "yard: lock" test -f /run/ruvo/yard/*.lock
 check "timers" try 0 "systemctl list-timers"
 check "failed units" try 0 "systemctl --failed"
 check "journal" try 0 "journalctl"
+check "report" try 0 "ruvoctl report"
+check "report: a page" grep -q "</html>" "$work/place/yard.html"
 check "nothing of the document is left out" equal "$(sed -n 's/^# \([a-z].*\)$/\1/p' docs/install.md | wc -l)" "$steps"
 
 visit() { runuser -u ruvo -- /usr/lib/ruvo/run-site "$1"; }
