@@ -67,12 +67,13 @@ check "demo: events" try 0 "ruvoctl events"
 check "demo: as many as the serial relays have" equal "$(ruvoctl events --format json /var/lib/ruvo/demo | wc -l)" 9
 check "demo: whose files they are" equal "$(find /var/lib/ruvo/demo /var/log/ruvo/demo.log -not -user ruvo | wc -l)" 0
 
-check "yard: its file" try 0 "cp "
-check "yard: its name" try 0 "sed "
-check "yard: closed" try 0 "chmod"
+check "yard: its file" try 0 "ruvoctl new"
 check "yard: read by its group" equal "$(modes /etc/ruvo/yard.ini)" "640 root ruvo /etc/ruvo/yard.ini"
 echo BAY1PASS >"$work/password"
-check "yard: password" try 0 "ruvoctl password" "$work/password"
+check "yard: password" try 0 "ruvoctl password set" "$work/password"
+check "yard: read by its group still" equal "$(modes /etc/ruvo/yard.ini)" "640 root ruvo /etc/ruvo/yard.ini"
+check "yard: relays" try 0 "ruvoctl list"
+check "yard: the relay and its password" grep -q "RV001.*10.20.0.5" "$work/step.log"
 # The site's server: here the simulated one, named as a real one would be.
 printf '%s\n' '[CLSID\{9A69E99F-E86F-455D-B971-355C1139963E}]' 'InprocServer32=/usr/lib/ruvo/simulator/p32ls.so' >>/etc/ruvo/registry.ini
 echo "P32LS_SUBSTATION=/usr/share/doc/ruvo/examples/simulator/substation.toml" >/etc/ruvo/yard.env
