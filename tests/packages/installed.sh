@@ -89,6 +89,10 @@ check "failed units" try 0 "systemctl --failed"
 check "journal" try 0 "journalctl"
 check "report" try 0 "ruvoctl report"
 check "report: a page" grep -q "</html>" "$work/place/yard.html"
+check "status: last night's line in the log" try 1 "ruvoctl status"
+check "status: the verdict" grep -q "^WARNING" "$work/step.log"
+check "archive" try 0 "ruvoctl archive"
+check "find" try 0 "ruvoctl find"
 check "nothing of the document is left out" equal "$(sed -n 's/^# \([a-z].*\)$/\1/p' docs/install.md | wc -l)" "$steps"
 
 visit() { runuser -u ruvo -- /usr/lib/ruvo/run-site "$1"; }
