@@ -58,7 +58,7 @@ private:
     bool MayTakeMore();
     void HandleEvent(CEventConverter& converter, std::uint8_t kind, CParlaneDataArray& values);
     void RefreshKeepGoing();
-    void NoteTornEnd();
+    void LookForTornEnd();
     void WriteFile(const std::string& eventRoot);
     std::size_t Count() const { return m_records.GetRecords().size(); }
 
@@ -68,6 +68,7 @@ private:
     SExtractionReport& m_report;
     std::string m_folder;
     bool m_isNameWhole = true;
+    std::optional<std::uint64_t> m_tornEnd;
     CEventList m_records;
     CErrorList m_errors;
     RecordNotes m_notes;
@@ -89,6 +90,7 @@ void CVisit::Run(const std::string& eventRoot) {
     if (!AreEventsPending() || !HasRoom(eventRoot)) {
         return;
     }
+    LookForTornEnd();
     CEventConverter converter(m_deviceAddress, std::move(texts), m_errors);
     std::exception_ptr failure;
     try {
@@ -114,11 +116,10 @@ void CVisit::Refuse(EFileCause cause, const std::string& why) {
 /// A relay whose names would lead out of its own folder, or to no file at all, is refused before any event is
 /// taken from it.
 bool CVisit::NameFile(const std::string& eventRoot) {
-    const std::string folder = MakeDeviceFolderName();
-    const std::string file = MakeEventFileName();
+    const std::string folder = MakeDeviceFolderName(&m_isNameWhole);
+    const std::string file = MakeEventFileName(&m_isNameWhole);
     m_folder = eventRoot + "\\" + NativeRelayText(folder);
     m_records.SetName(m_folder + "\\" + NativeRelayText(file));
-    m_isNameWhole = AreNamesWhole(folder, file);
     if (IsSafeFileName(folder) && IsSafeFileName(file) && !FullPath(m_records.GetName()).empty()) {
         return true;
     }
@@ -197,15 +198,11 @@ void CVisit::RefreshKeepGoing() {
     }
 }
 
-/// What a killed run or a power failure left at the end of the day's file is told once, by the run that
-/// appends behind it. It is news only: whatever goes wrong here is no reason to lose the events.
-void CVisit::NoteTornEnd() {
+/// Looks for what a killed run or a power failure left at the end of the day's file, while all events are
+/// still safe in the relay. It is news only: whatever goes wrong here is no reason to lose the events.
+void CVisit::LookForTornEnd() {
     try {
-        if (const auto damage = FindTornEnd(m_records.GetName())) {
-            m_notes.push_back("Day file " + m_records.GetName() +
-                              " does not end with a whole record: damage at byte " + std::to_string(*damage) +
-                              ".");
-        }
+        m_tornEnd = FindTornEnd(m_records.GetName());
     } catch (const std::exception&) { // no memory for the reader
     }
 }
@@ -215,7 +212,11 @@ void CVisit::WriteFile(const std::string& eventRoot) {
         m_notes.push_back("The relay's model or serial number could not be read. Its events are in " +
                           m_records.GetName() + ".");
     }
-    NoteTornEnd();
+    if (m_tornEnd) { // told by the run that appends behind it
+        m_notes.push_back("Day file " + m_records.GetName() +
+                          " does not end with a whole record: damage at byte " + std::to_string(*m_tornEnd) +
+                          ".");
+    }
     std::string firstCreated;
     CreateDirectoryPath(m_folder, firstCreated); // a folder that cannot be made shows when the file is opened
     if (!WriteEventFile(m_records, "headerText", m_errors, m_notes)) {

@@ -29,6 +29,22 @@ std::string UtcDate() {
     return date;
 }
 
+/// What a relay is called by.
+struct SIdentity {
+    std::string serialNumber;
+    std::string model; ///< its first characters
+};
+
+SIdentity ReadIdentity(bool* isWhole) {
+    SIdentity identity;
+    identity.serialNumber = ReadSystemText(RowOf(cells::kSerialNumber));
+    identity.model = ReadSystemText(RowOf(cells::kModel)).substr(0, kModelCharacters);
+    if (isWhole != nullptr && (identity.serialNumber.empty() || identity.model.empty())) {
+        *isWhole = false;
+    }
+    return identity;
+}
+
 } // namespace
 
 std::string ReadSystemText(std::uint8_t row) {
@@ -42,21 +58,14 @@ std::string ReadSystemText(std::uint8_t row) {
     return text == nullptr ? std::string() : text->GetText();
 }
 
-std::string MakeDeviceFolderName() {
-    const std::string serialNumber = ReadSystemText(RowOf(cells::kSerialNumber));
-    const std::string model = ReadSystemText(RowOf(cells::kModel));
-    return TrimBlanks(model.substr(0, kModelCharacters) + "-" + serialNumber);
+std::string MakeDeviceFolderName(bool* isWhole) {
+    const SIdentity identity = ReadIdentity(isWhole);
+    return TrimBlanks(identity.model + "-" + identity.serialNumber);
 }
 
-std::string MakeEventFileName() {
-    const std::string serialNumber = ReadSystemText(RowOf(cells::kSerialNumber));
-    const std::string model = ReadSystemText(RowOf(cells::kModel));
-    return model.substr(0, kModelCharacters) + "-" + TrimBlanks(serialNumber) + "-" + UtcDate() + "-DEV.evt";
-}
-
-bool AreNamesWhole(const std::string& folder, const std::string& file) {
-    return !folder.starts_with('-') && !folder.ends_with('-') && !file.starts_with('-') &&
-           file.find("--") == std::string::npos;
+std::string MakeEventFileName(bool* isWhole) {
+    const SIdentity identity = ReadIdentity(isWhole);
+    return identity.model + "-" + TrimBlanks(identity.serialNumber) + "-" + UtcDate() + "-DEV.evt";
 }
 
 bool IsSafeFileName(const std::string& name) {

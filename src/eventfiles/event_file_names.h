@@ -10,14 +10,12 @@ namespace ruvo {
 /// 1252.
 std::string ReadSystemText(std::uint8_t row);
 
-/// The first four characters of the model, "-", the serial number; blanks at both ends removed.
-std::string MakeDeviceFolderName();
+/// The first four characters of the model, "-", the serial number; blanks at both ends removed. `isWhole`,
+/// when given, becomes false where the relay gave no text for one of the two.
+std::string MakeDeviceFolderName(bool* isWhole = nullptr);
 
-/// Model and serial number again, the current UTC date and "DEV.evt".
-std::string MakeEventFileName();
-
-/// False when the relay gave no text for its model or its serial number: the two names then lack it.
-bool AreNamesWhole(const std::string& folder, const std::string& file);
+/// Model and serial number again, the current UTC date and "DEV.evt"; `isWhole` likewise.
+std::string MakeEventFileName(bool* isWhole = nullptr);
 
 /// True for a name that stays inside its folder on every system: without separators, colons, control
 /// characters and the characters that no path may hold.

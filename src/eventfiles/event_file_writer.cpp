@@ -74,13 +74,12 @@ void WriteContents(COffFile& file, std::uint64_t earlierLength, const CTextFileH
 
 /// Takes back a file that an opening made before it failed. It is looked at afresh, since nothing is known of
 /// it: one with anything in it stays.
-void RemoveIfEmpty(COffFile& file, const std::string& path) {
+void RemoveIfMade(COffFile& file, const std::string& path, bool wasThere) {
     file.Abort();
     CFile look;
     std::uint64_t length = 0;
-    const bool isEmpty =
-        look.Open(path, {.read = true}).Good() && look.GetLength(length).Good() && length == 0;
-    if (isEmpty && look.Close().Good()) {
+    if (!wasThere && look.Open(path, {.read = true}).Good() && look.GetLength(length).Good() && length == 0 &&
+        look.Close().Good()) {
         RemoveFile(path);
     }
 }
@@ -103,9 +102,10 @@ bool WriteEventFile(CEventList& list, const std::string& freeText, CErrorList& e
     const std::vector<std::uint8_t> images = SerialiseRecords(list, notes);
     COffFile file;
     CFileException failure;
+    const bool wasThere = GetPathKind(list.GetName()) != EPathKind::Missing;
     if (!file.Open(list.GetName(), {.read = true, .write = true, .create = true, .truncate = false},
                    failure)) {
-        RemoveIfEmpty(file, list.GetName());
+        RemoveIfMade(file, list.GetName(), wasThere);
         AddFileError(errors, failure);
         return false;
     }
@@ -113,7 +113,7 @@ bool WriteEventFile(CEventList& list, const std::string& freeText, CErrorList& e
     try {
         earlierLength = file.GetLength();
     } catch (const CFileException& raised) {
-        RemoveIfEmpty(file, list.GetName());
+        RemoveIfMade(file, list.GetName(), wasThere);
         AddFileError(errors, raised);
         return false;
     }

@@ -3,6 +3,7 @@
 
 #include "protocol/parlane_integers.h"
 #include "protocol/parlane_text.h"
+#include "protocol/status.h"
 #include "protocol/trace.h"
 
 #include <algorithm>
@@ -94,11 +95,13 @@ void CP32Wrap::ClearPasswordGuard(std::unique_ptr<CParlaneData>& saved) {
         return;
     }
     saved = std::move(value); // before the write: the relay may have taken it even when we never hear of that
-    const bool taken = IsWriteGood(ChangeSetting(m_entryMonitor, cells::kPasswordGuard, *zero));
+    const LinkStatus written = ChangeSetting(m_entryMonitor, cells::kPasswordGuard, *zero);
     const std::unique_ptr<CParlaneData> now = ReadFirstValue(cells::kPasswordGuard, status);
+    // Where no answer came through, the cell itself tells whether it was cleared.
+    const bool isAnswered = written == kLinkGood || (written & 0xFFU) == kStatusReply;
     const bool isCleared =
-        now != nullptr && now->GetUnsigned() == 0; // says more than an answer that got lost
-    if (!taken && !isCleared) {
+        !isAnswered && now != nullptr && now->GetUnsigned() == 0 && MakeZero(*now) != nullptr;
+    if (!IsWriteGood(written) && !isCleared) {
         saved.reset();
     }
 }

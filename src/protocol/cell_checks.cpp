@@ -43,18 +43,25 @@ bool AlignReal(SRealCheck& check, CErrorList& errors) {
         return true;
     }
     // Decimal steps have no exact binary form: a quotient that is whole but for the rounding of value,
-    // minimum and step is aligned. Where that rounding may take a quarter of a step, or the distance is no
-    // number, nobody can tell, and a correction would be rounded off its place as well.
+    // minimum and step is aligned. No rounding may excuse half a step. Where the quotient itself is no number
+    // or too large to tell quarters apart, nobody can say.
     constexpr double kMostExcused = 0.25;
+    constexpr double kQuotientError = 0x1p-50;
     const double steps = (check.value - check.minimum) / check.step;
     const double size = (std::fabs(check.value) + std::fabs(check.minimum)) / check.step;
-    const double excused = 2 * check.error * size;
-    if (!std::isfinite(steps) || excused > kMostExcused || std::fabs(steps - std::round(steps)) <= excused) {
+    const double excused = std::min(2 * check.error * size, kMostExcused);
+    if (!std::isfinite(steps) || kQuotientError * size > kMostExcused ||
+        std::fabs(steps - std::round(steps)) <= excused) {
+        return true;
+    }
+    // Where the value's type is too coarse for the step, a correction would be rounded off its place.
+    const double corrected = check.minimum + check.step * std::floor(steps);
+    if (check.error * std::fabs(corrected) / check.step > kMostExcused) {
         return true;
     }
     ReportFinding(errors, ECellMessage::ValueNotAligned, RealNumberText(check.value),
                   RealNumberText(check.step), RealNumberText(check.minimum));
-    check.value = check.minimum + check.step * std::floor(steps);
+    check.value = corrected;
     return false;
 }
 

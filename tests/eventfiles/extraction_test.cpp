@@ -259,6 +259,17 @@ TEST_F(Extraction, ATornEndIsToldOnceAndStaysAsItIs) {
     }
 }
 
+TEST_F(Extraction, ARelayWithoutANameIsTold) {
+    const std::array<std::string, 2> cases[] = {{"P14-", "12--34"}, {"", "1234"}, {"AB12", ""}};
+    for (const auto& [model, serialNumber] : cases) { // dashes are no lack
+        server.values[0x0006] = TextHex(model.c_str());
+        server.values[0x0008] = TextHex(serialNumber.c_str());
+        server.events = {Event(1, {"240107", TextHex("f")})};
+        EXPECT_EQ(Extract().problems.empty(), !model.empty() && !serialNumber.empty()) << model;
+        EXPECT_TRUE(folder.Has(model + "-" + serialNumber)) << model;
+    }
+}
+
 TEST_F(Extraction, AnEndlessStreamIsTakenInPieces) {
     const std::vector<std::string> said{
         "This visit has taken 3 events; the rest waits in the relay for the next run."};

@@ -136,12 +136,15 @@ TEST_F(PasswordEntry, TheGuardCellIsClearedAndRestored) {
         EXPECT_EQ(Read(), kLinkGood) << row.name;
         EXPECT_EQ(written, row.written) << row.name;
     }
-    written.clear();
-    passwordRequests = 1;
-    server.values[0xBF03] = "240109";
-    server.statuses["ChangeSetting BF.03"] = 0x0411; // a guard that cannot be cleared is not restored either
-    EXPECT_EQ(Read(), kLinkGood);
-    EXPECT_EQ(written, (std::vector<std::string>{"36 1 0 ", password}));
+    server.limits[0xBF03] = {"240109", "240100", "2401FF", "240101", "240101"};
+    server.statuses["ChangeSetting BF.03"] = 0x0411; // a guard that is not cleared is not restored either
+    for (const std::string& after : {std::string("240109"), std::string("240100"), TextHex("x")}) {
+        written.clear();
+        passwordRequests = 1;
+        server.values[0xBF03] = after;
+        EXPECT_EQ(Read(), kLinkGood);
+        EXPECT_EQ(written, (std::vector<std::string>{"36 1 0 ", password})) << after;
+    }
 }
 
 TEST_F(PasswordEntry, TheApplicationLearnsWhyItIsAskedAgain) {
