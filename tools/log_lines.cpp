@@ -64,8 +64,8 @@ CLogReader::CLogReader() : m_buffer(kLongestLine) {}
 SFileResult CLogReader::Open(const std::string& path) {
     m_begin = m_end = 0;
     m_number = 1;
-    m_atEnd = false;
     m_result = m_file.Open(path, {.read = true});
+    m_atEnd = !m_result.Good(); // reading on would put another failure over the true one
     if (m_result.Good()) {
         Refill();
         if (std::string_view(reinterpret_cast<const char*>(m_buffer.data()), m_end)

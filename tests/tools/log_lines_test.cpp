@@ -73,7 +73,11 @@ TEST(LogLines, NoLineIsLost) {
     const std::string whole(CLogReader::kLongestLine, 'y');
     EXPECT_EQ(read(whole + "z\nend"), "1:" + whole + " 1:z 2:end ") << "pieces of a line that never ends";
     EXPECT_EQ(read(""), "");
-    EXPECT_EQ(CLogReader().Open(folder.Path("none.log")).failure, EFileFailure::NotFound);
+    CLogReader reader;
+    SLogLine line;
+    EXPECT_EQ(reader.Open(folder.Path("none.log")).failure, EFileFailure::NotFound);
+    EXPECT_FALSE(reader.Next(line));
+    EXPECT_EQ(reader.Result().failure, EFileFailure::NotFound) << "the cause stays the true one";
 }
 
 } // namespace ruvo::test
