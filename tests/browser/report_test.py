@@ -1,6 +1,8 @@
 """What a person does with a report page, done by a browser: report_test.py RUVOCTL FOLDER"""
 
 import os
+import pathlib
+import re
 import subprocess
 import sys
 import time
@@ -22,8 +24,8 @@ def equal(what, got, wanted):
     check(what, got == wanted, f"got {got!r}, wanted {wanted!r}")
 
 
-def make_page(ruvoctl, folder, name, make=None, *options):
-    """A page of a site that `make` writes; its path."""
+def make_page(ruvoctl, folder, name, make=None, *options, made="2026-11-22 23:30:00"):
+    """A page of a site that `make` writes, as if made at that moment; its path."""
     root = os.path.join(folder, name)
     log = os.path.join(folder, f"{name}.log")
     os.makedirs(root)
@@ -34,6 +36,8 @@ def make_page(ruvoctl, folder, name, make=None, *options):
     page = os.path.join(folder, f"{name}.html")
     done = subprocess.run([ruvoctl, "report", root, "-o", page, *options], capture_output=True, text=True)
     check(f"{name}: made", done.returncode in (0, 1) and os.path.exists(page), done.stderr)
+    text = re.sub(r'"made":"[^"]*"', f'"made":"{made}"', pathlib.Path(page).read_text("utf-8"))
+    pathlib.Path(page).write_text(text, "utf-8")
     return page
 
 
@@ -277,11 +281,22 @@ def test_large(page, path):
     check("large: a day", 0 < shown(page) < 20_000, shown(page))
 
 
+def test_old_sites(page, old, bounded):
+    """A site that nobody has visited for a month has gone silent as a whole."""
+    page.open(old)
+    equal("old site: every relay is silent", len(page.texts("tr.silent button")), len(sites.BAYS))
+    page.open(bounded)
+    equal("old week: silent in that week", page.texts("tr.silent button"), ["CY01-00001107"])
+    check("old week: up to when", "no event in 3 days up to 2026-11-22 23:59" in page.texts(".tile .quiet"))
+
+
 def run(ruvoctl, folder):
     week = make_page(ruvoctl, folder, "week", sites.week, "--title", "Northfield <33> kV")
     hostile = make_page(ruvoctl, folder, "hostile", sites.hostile)
     empty = make_page(ruvoctl, folder, "empty")
-    clocks = make_page(ruvoctl, folder, "clocks", sites.failed_clocks)
+    clocks = make_page(ruvoctl, folder, "clocks", sites.failed_clocks, made="2026-11-17 03:00:00")
+    old = make_page(ruvoctl, folder, "old", sites.week, made="2026-12-22 23:30:00")
+    bounded = make_page(ruvoctl, folder, "bounded", sites.week, "--until", "2026-11-22", made="2026-12-22 23:30:00")
     large = make_page(ruvoctl, folder, "large", lambda root, _: sites.large(root))
     with browser() as page:
         page.look(1440, 900)
@@ -306,6 +321,8 @@ def run(ruvoctl, folder):
         page.click("#zoom-all")
         equal("failed clocks: all can be seen", shown(page), 50)
         check_quiet(page, "failed clocks", clocks)
+        test_old_sites(page, old, bounded)
+        page.requests()
         test_large(page, large)
         check_quiet(page, "large", large)
 

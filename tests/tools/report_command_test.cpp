@@ -94,7 +94,9 @@ TEST(ReportCommand, FileIsReplacedAndMistakesAreSaid) {
     EXPECT_EQ(RunTool({"report", folder.Native()}).status, 2) << "no word where to";
     EXPECT_EQ(RunTool({"report", folder.Native(), "-o", "-", "--silent", "0"}).status, 2);
     EXPECT_EQ(RunTool({"report", folder.Native(), "-o", folder.Native("no/such/x.html")}).status, 1);
-    const SOutcome noLog = RunTool({"report", folder.Native(), "-o", "-", "--log", folder.Native("none")});
+    EXPECT_EQ(RunTool({"report", folder.Native(), "-o", "-", "--log", folder.Native("none")}).status, 0)
+        << "the first problem makes the log";
+    const SOutcome noLog = RunTool({"report", folder.Native(), "-o", "-", "--log", folder.Native("no/none")});
     EXPECT_EQ(noLog.status, 1);
     EXPECT_EQ(json::parse(DataOf(noLog.out))["failures"].size(), 1U) << "the page says so too";
 }

@@ -34,7 +34,8 @@ constexpr std::array kOptions{
     kUntilOption,
     kRelayOption,
     SOption{EOptionKind::Text, "--silent",
-            "days without an event after which a relay is called silent (default 3)"},
+            "days without an event, up to now or to --until, after which a relay is called silent (default "
+            "3)"},
     SOption{EOptionKind::Text, "--title", "what stands above the page, such as the site's name"},
 };
 
@@ -90,10 +91,16 @@ bool TakesLine(const SEventFilter& filter, const SLogLine& line) {
     return !key || ((!filter.since || *key >= *filter.since) && (!filter.until || *key <= *filter.until));
 }
 
-/// The log's lines within the filter's time; false, with a word about it, when it cannot be read.
+/// The log's lines within the filter's time; false, with a word about it, when it cannot be read. The first
+/// problem makes the log: one that is missing in a folder that is there has none.
 bool AddProblems(const std::string& path, const SEventFilter& filter, CReportData& data, SConsole& console) {
     CLogReader reader;
     SFileResult result = reader.Open(path);
+    if (result.failure == EFileFailure::NotFound) {
+        console.error.Write("ruvoctl: " + EscapeControls(SystemTextToUtf8(path)) +
+                            ": there is no log: nothing was ever logged, or the path is another one\n");
+        return true;
+    }
     if (result.Good()) {
         for (SLogLine line; reader.Next(line);) {
             if (TakesLine(filter, line)) {

@@ -66,6 +66,14 @@ const problems = source.problems.map(([time, message, connection, status]) => ({
 const damage = source.damage.map(([file, offset, length, reason]) => ({ file, offset, length, reason }));
 const failures = source.failures.map(readable);
 
+const kMade = momentOf(source.made);
+
+/** A moment as the command line takes it; of a date alone, the end of that day. */
+function momentOf(written) {
+  const isDate = written.length === "2026-11-16".length;
+  return Date.parse(`${written.replace(" ", "T")}${isDate ? "T23:59:59.999" : ""}Z`);
+}
+
 /** All that there is to see, with a little air at both ends. */
 const whole = wholeSpan();
 
@@ -77,7 +85,7 @@ function wholeSpan() {
     last = Math.max(last, Number.isNaN(time) ? -Infinity : time);
   }
   if (first > last) {
-    first = last = Date.parse(`${source.made.replace(" ", "T")}Z`);
+    first = last = kMade;
   }
   const air = Math.max((last - first) * 0.015, 30 * kSecond);
   return { from: first - air, to: last + air, first, last };
@@ -113,11 +121,12 @@ function plantOfEachRelay() {
   return names;
 }
 
-// A relay without an event for days is what nobody notices otherwise.
+// A relay without an event for days is what nobody notices otherwise. Days count back from the end of what the page
+// could have shown, not from the last event: when a whole site is silent, that is long ago.
 const kSilentAfter = source.silent * kDay;
 const lastEvents = lastEventOfEachRelay();
-const lastOfAll = Math.min(whole.last, bulk.to);
-const silentSince = Math.max(whole.first, lastOfAll - kSilentAfter);
+const kEnd = source.until === "" ? kMade : Math.min(momentOf(source.until), kMade);
+const silentSince = Math.max(whole.first, kEnd - kSilentAfter);
 const isSilent = (relay) => !(lastEvents[relay] >= silentSince);
 
 function lastEventOfEachRelay() {

@@ -16,8 +16,11 @@ function problemNote() {
 }
 
 function silentNote() {
-  const span = lastOfAll - silentSince;
-  return span >= kSilentAfter ? `no event in the last ${counted(source.silent, "day")}` : "no event in this time";
+  if (kEnd - silentSince < kSilentAfter) {
+    return "no event in this time";
+  }
+  const days = counted(source.silent, "day");
+  return kEnd < kMade ? `no event in ${days} up to ${stampText(kEnd).slice(0, 16)}` : `no event in the last ${days}`;
 }
 
 function fillTiles() {
