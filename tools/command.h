@@ -69,7 +69,9 @@ struct SCommand {
     /// For a command that handles secrets: what is said of any mistake in its arguments. They are not
     /// repeated, since one of them may be the secret.
     std::string_view secretNotice = {};
-    int usageStatus = kExitUsage; ///< for a mistake in the arguments
+    int usageStatus = kExitUsage;       ///< for a mistake in the arguments
+    std::string_view usageVerdict = {}; ///< what such a mistake puts on the standard output
+    int failureStatus = kExitFailed;    ///< for output that could not be written, and for what nobody foresaw
 };
 
 /// Every command there is.

@@ -104,6 +104,7 @@ int ReportParseResult(const CLI::App& program, const CLI::ParseError& result, co
     console.out.Write(help.str());
     const bool keepsSecret = code != 0 && command != nullptr && !command->secretNotice.empty();
     console.error.Write(keepsSecret ? std::string(command->secretNotice) : mistake.str());
+    console.out.Write(code != 0 && command != nullptr ? command->usageVerdict : std::string_view());
     return code == 0 ? kExitGood : command != nullptr ? command->usageStatus : kExitUsage;
 }
 

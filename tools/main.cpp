@@ -34,6 +34,10 @@ std::size_t ConsoleWidth() {
     return columns == 0 ? kUsual : std::clamp(columns, kNarrowest, kWidest);
 }
 
+int FailureStatus(const ruvo::SCommand* command) {
+    return command != nullptr ? command->failureStatus : ruvo::kExitFailed;
+}
+
 /// The library's buffers are not ours to wipe: a secret must not get into them.
 void ChooseBuffers(const ruvo::SCommand* command) {
     if (command != nullptr && !command->secretNotice.empty()) {
@@ -44,8 +48,8 @@ void ChooseBuffers(const ruvo::SCommand* command) {
     }
 }
 
-int RunProgram(const std::vector<std::string>& arguments) {
-    ChooseBuffers(ruvo::FindNamedCommand(arguments));
+int RunProgram(const std::vector<std::string>& arguments, const ruvo::SCommand* command) {
+    ChooseBuffers(command);
     ruvo::CTextOutput out(std::cout);
     ruvo::CTextOutput error(std::cerr);
     ruvo::SConsole console{.in = std::cin,
@@ -65,17 +69,21 @@ int RunProgram(const std::vector<std::string>& arguments) {
     if (out.FailureCode() != EPIPE) {
         error.Write("ruvoctl: cannot write: " + std::generic_category().message(out.FailureCode()) + "\n");
     }
-    return status != ruvo::kExitGood ? status : ruvo::kExitFailed;
+    // The graver of both: what a command said with its own status was said all the same.
+    return status == ruvo::kExitUsage ? status : std::max(status, FailureStatus(command));
 }
 
 } // namespace
 
 int main(int count, char** texts) {
     ruvo::ProtectProcessMemory();
+    const ruvo::SCommand* command = nullptr;
     try {
-        return RunProgram(std::vector<std::string>(texts + (count > 0 ? 1 : 0), texts + count));
+        const std::vector<std::string> arguments(texts + (count > 0 ? 1 : 0), texts + count);
+        command = ruvo::FindNamedCommand(arguments);
+        return RunProgram(arguments, command);
     } catch (const std::exception& failure) {
         std::cerr << "ruvoctl: " << failure.what() << '\n';
-        return ruvo::kExitFailed;
+        return FailureStatus(command);
     }
 }

@@ -108,7 +108,12 @@ int RunFind(const CArguments& arguments, SConsole& console) {
 } // namespace
 
 SCommand FindCommand() {
-    return {"find", "Find events in an archive", kNotes, kOptions, RunFind};
+    return {.name = "find",
+            .summary = "Find events in an archive",
+            .notes = kNotes,
+            .options = kOptions,
+            .run = RunFind,
+            .failureStatus = kExitTrouble};
 }
 
 } // namespace ruvo
