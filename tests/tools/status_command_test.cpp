@@ -66,11 +66,12 @@ TEST_F(CStatus, ExitStatusFollowsTheThresholds) {
          {{"--critical-silent", "60"}, {"--expect", "@expected"}},
          2,
          ": EF56-3 has no day file"},
+        {"a mistake, for who sees one output only", {{"--warn-silent", "two"}}, 3, "UNKNOWN: a mistake"},
         {"no number", {{"--warn-silent", "two"}}, 3, "--warn-silent: two: want a number"},
         {"no time", {{"--since", "2w"}}, 3, "want a length as 36h"},
         {"no list", {{"--expect", "@none"}}, 3},
-        {"no such option", {{"--warn", "1"}}, 3},
-        {"metrics that cannot be written", {{"--prometheus", "@no/x.prom"}}, 3},
+        {"no such option", {{"--warn", "1"}}, 3, "UNKNOWN: a mistake"},
+        {"metrics that cannot be written", {{"--prometheus", "@no/x.prom"}}, 3, "UNKNOWN: "},
     };
     const auto run = [&](const Options& more, const std::string& log = "run.log") {
         Options options = more;
@@ -91,6 +92,18 @@ TEST_F(CStatus, ExitStatusFollowsTheThresholds) {
     EXPECT_EQ(run({}, "no/such.log").status, 3);
     std::filesystem::remove(m_folder.Native("CD\"34-2-2026-11-05-DEV.evt"));
     EXPECT_TRUE(run({{"--since", "2026-11-21"}}).out.starts_with("GOOD: 1 relay, 0 problems"));
+}
+
+TEST_F(CStatus, NoNameHidesASilentRelay) {
+    for (const char* name :
+         {"CD\"34-2-2099-01-01", "CD\"34-2-2026-99-99", "EF56-3-2026-11-22", "GH78-4-2026-11-21"})
+        m_folder.Write(name + std::string("-DEV.evt"), kHeader);
+    const std::string said = Status({"--critical-silent", "14", "--warn-problems", "0"}).out;
+    for (const char* cause :
+         {"CRITICAL: CD\"34-2 has been silent for 15 days; EF56-3 has no day file of a day that",
+          "CD\"34-2 has a day file of 2099-01-01, which is still to come"})
+        EXPECT_NE(said.find(cause), std::string::npos) << said;
+    EXPECT_EQ(said.find("GH78-4 has"), std::string::npos) << "tomorrow is another clock's today: " << said;
 }
 
 TEST_F(CStatus, JsonAndMetrics) {

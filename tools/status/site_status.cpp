@@ -59,10 +59,9 @@ public:
         for (const std::string& relay : m_question.expected) {
             m_status.relays.try_emplace(relay);
         }
-        const std::int64_t today = sys_days(floor<days>(Moment(UtcTime()))).time_since_epoch().count();
         for (auto& [name, relay] : m_status.relays) {
             if (const auto last = DayNumber(relay.lastDay)) {
-                relay.silentDays = std::max<std::int64_t>(today - *last, 0);
+                relay.silentDays = std::max<std::int64_t>(m_today - *last, 0);
             }
         }
         ReadLog();
@@ -74,12 +73,7 @@ private:
         const SFoundFiles found = FindDayFiles({m_question.eventRoot});
         std::map<std::string, std::string> newest; // path by relay
         for (const SFoundFile& file : found.files) {
-            SRelayStatus& relay = m_status.relays[file.relay];
-            const std::string name = std::filesystem::path(file.path).filename().string();
-            const std::string lastDay = DayOfFileName(name);
-            if (relay.lastFile.empty() || lastDay > relay.lastDay) {
-                relay.lastFile = SystemTextToUtf8(name);
-                relay.lastDay = lastDay;
+            if (TakeName(NameOf(file.path), m_status.relays[file.relay])) {
                 newest[file.relay] = SystemTextToUtf8(file.path);
             }
         }
@@ -87,16 +81,43 @@ private:
         walk.Read(found, [&](const SEventSource& source, const SDayFileItem& item, CProgress& /*progress*/) {
             SRelayStatus& relay = m_status.relays[source.relay];
             TakeItem(item, relay, newest[source.relay] == source.file);
-            relay.freshDamaged += item.damage && IsFresh(source.file) ? 1 : 0;
+            relay.freshDamaged += item.damage && IsFresh(NameOf(source.file)) ? 1 : 0;
+            if (item.damage && item.damage->fault == EDayFileFault::ReadFailed) {
+                m_status.failures.push_back(source.file + ": could not be read to its end");
+            }
         });
-        m_status.failures = walk.Failures();
+        m_status.failures.insert(m_status.failures.begin(), walk.Failures().begin(), walk.Failures().end());
+    }
+
+    static std::string NameOf(const std::string& path) {
+        return std::filesystem::path(path).filename().string();
+    }
+
+    /// True when it is the relay's newest day file so far. A day that is still to come, because a clock was
+    /// wrong once, must not hide for years that nothing comes any more.
+    [[nodiscard]] bool TakeName(const std::string& name, SRelayStatus& relay) const {
+        std::string day = DayOfFileName(name);
+        const auto number = DayNumber(day);
+        const bool isToCome = number && *number > m_today + 1; // a file of tomorrow is one of another clock
+        if (isToCome) {
+            relay.futureDay = std::max(relay.futureDay, day);
+        }
+        if (!number || isToCome) {
+            day.clear();
+        }
+        if (!relay.lastFile.empty() && day <= relay.lastDay) {
+            return false;
+        }
+        relay.lastFile = SystemTextToUtf8(name);
+        relay.lastDay = day;
+        return true;
     }
 
     /// Whether the day file is of the time that was asked for, give or take the time zone. One without a date
     /// may be.
-    [[nodiscard]] bool IsFresh(const std::string& file) const {
+    [[nodiscard]] bool IsFresh(const std::string& name) const {
         constexpr std::size_t kDateSize = 10;
-        const auto day = DayNumber(DayOfFileName(file));
+        const auto day = DayNumber(DayOfFileName(name));
         const auto first = DayNumber(m_question.since.substr(0, kDateSize));
         return !day || !first || *day + 1 >= *first;
     }
@@ -123,7 +144,7 @@ private:
         const SFileResult opened = reader.Open(m_question.logPath);
         m_status.log.isThere = opened.Good();
         if (opened.failure == EFileFailure::NotFound) {
-            return;
+            return; // the first problem makes it
         }
         // A line without a time belongs to the one before; at the beginning, to the first that has one.
         std::vector<SLogLine> early;
@@ -172,6 +193,7 @@ private:
 
     const SSiteQuestion& m_question;
     SConsole& m_console;
+    const std::int64_t m_today = floor<days>(Moment(UtcTime())).time_since_epoch().count();
     SSiteStatus m_status;
 };
 

@@ -14,10 +14,11 @@
 namespace ruvo {
 
 struct SRelayStatus {
-    std::string lastFile;      ///< name of the newest day file, UTF-8; empty for a relay without one
-    std::string lastDay;       ///< the UTC date in that name; empty for a name without one
-    std::string lastEvent;     ///< latest time in that file, by the relay's clock; empty without a real one
-    std::uint64_t records = 0; ///< in all its day files
+    std::string lastFile;  ///< name of the newest day file up to now, UTF-8; empty for a relay without one
+    std::string lastDay;   ///< the UTC date in that name; empty for a name without one
+    std::string futureDay; ///< latest UTC date in its names that is still to come; empty for none
+    std::string lastEvent; ///< latest time in that file, by the relay's clock; empty without a real one
+    std::uint64_t records = 0;              ///< in all its day files
     std::uint64_t lastRecords = 0;          ///< in the newest one
     std::uint64_t damaged = 0;              ///< places in all its day files
     std::uint64_t freshDamaged = 0;         ///< those in files of the time that was asked for

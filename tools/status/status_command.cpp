@@ -16,6 +16,9 @@ namespace ruvo {
 namespace {
 
 constexpr int kExitUnknown = static_cast<int>(EState::Unknown);
+/// Monitoring systems show the standard output alone.
+constexpr std::string_view kUsageVerdict =
+    "UNKNOWN: a mistake in the arguments of ruvoctl status; the error output names it\n";
 
 constexpr std::array kOptions{
     SOption{EOptionKind::Positional, "EVENTROOT", "the folder that holds the day files, at any depth"},
@@ -40,7 +43,8 @@ constexpr std::string_view kNotes =
     "log is in local time; a relay's events are in the relay's own time. Damage is a warning as long as its\n"
     "day file is of the time that --since names; what is older is only counted.\n"
     "Exit status, as monitoring systems want it: 0 good, 1 warning, 2 critical, 3 unknown (a mistake in the\n"
-    "arguments, or something could not be read).\n\n"
+    "arguments, or something could not be read or written). It is about what is there: GOOD does not say\n"
+    "that last night's run took place; watch the timer or task that starts it too.\n\n"
     "Example: after each night's run\n"
     "  ruvoctl status events/ RUVO_Errors.log --warn-silent 7 --prometheus "
     "/var/lib/prometheus/node-exporter/ruvo.prom";
@@ -110,18 +114,15 @@ std::string SiteName(const CArguments& arguments) {
     return SystemTextToUtf8(root.filename().string());
 }
 
-bool WriteMetrics(const CArguments& arguments, const SSiteStatus& status, const SVerdict& verdict,
-                  SConsole& console) {
+/// What went wrong, for people; empty for nothing.
+std::string WriteMetrics(const CArguments& arguments, const SSiteStatus& status, const SVerdict& verdict) {
     const std::string path = arguments.Get("--prometheus");
     if (path.empty()) {
-        return true;
+        return {};
     }
     const std::string failure =
         ReplaceWholeFile(path, StatusAsMetrics(status, verdict, SiteName(arguments), UnixSeconds()));
-    if (!failure.empty()) {
-        console.error.Write("ruvoctl: " + EscapeControls(SystemTextToUtf8(path + ": " + failure)) + "\n");
-    }
-    return failure.empty();
+    return failure.empty() ? failure : SystemTextToUtf8(path + ": " + failure);
 }
 
 int RunStatus(const CArguments& arguments, SConsole& console) {
@@ -132,14 +133,20 @@ int RunStatus(const CArguments& arguments, SConsole& console) {
                            .expected = {}};
     if (!TakeThresholds(arguments, thresholds, console) || !TakeSince(arguments, question.since, console) ||
         !TakeExpected(arguments, question.expected, console)) {
+        console.out.Write(kUsageVerdict);
         return kExitUnknown;
     }
-    const SSiteStatus status = ReadSiteStatus(question, console);
-    const SVerdict verdict = Judge(status, thresholds);
+    SSiteStatus status = ReadSiteStatus(question, console);
+    SVerdict verdict = Judge(status, thresholds);
+    // Before the verdict is told, of which it is a part.
+    if (const std::string failure = WriteMetrics(arguments, status, verdict); !failure.empty()) {
+        console.error.Write("ruvoctl: " + EscapeControls(failure) + "\n");
+        status.failures.push_back(failure);
+        verdict = Judge(status, thresholds);
+    }
     console.out.Write(arguments.Get("--format") == "json" ? StatusAsJson(status, verdict)
                                                           : StatusAsText(status, verdict));
-    const bool isWritten = WriteMetrics(arguments, status, verdict, console);
-    return isWritten || verdict.state == EState::Critical ? static_cast<int>(verdict.state) : kExitUnknown;
+    return static_cast<int>(verdict.state);
 }
 
 } // namespace
@@ -151,7 +158,9 @@ SCommand StatusCommand() {
             .options = kOptions,
             .run = RunStatus,
             .secretNotice = {},
-            .usageStatus = kExitUnknown};
+            .usageStatus = kExitUnknown,
+            .usageVerdict = kUsageVerdict,
+            .failureStatus = kExitUnknown};
 }
 
 } // namespace ruvo

@@ -2,12 +2,29 @@
 #include "tools/text_encoding.h"
 
 #include <algorithm>
+#include <span>
 
 namespace ruvo {
 
 namespace {
 
 using Row = std::vector<std::string>;
+
+// A foreign file in the log's place, or a thousand relays at once, must not drown what is said.
+constexpr std::size_t kMostListed = 20;
+constexpr std::size_t kLongestMessage = 300; ///< in bytes
+
+/// Cut where a character begins.
+std::string Shortened(std::string text) {
+    if (text.size() <= kLongestMessage) {
+        return text;
+    }
+    std::size_t size = kLongestMessage;
+    while (size > 0 && (static_cast<unsigned char>(text[size]) & 0xC0U) == 0x80U) {
+        --size;
+    }
+    return text.substr(0, size) + "...";
+}
 
 /// Columns as wide as their widest cell; numbers, which all columns but the first `leftColumns` hold, stand
 /// to the right.
@@ -45,10 +62,14 @@ std::string ForPeople(std::string time) {
 void AppendVerdict(std::string& out, const SSiteStatus& status, const SVerdict& verdict) {
     out += Upper(StateName(verdict.state));
     std::string_view separator = ": ";
-    for (const SCause& cause : verdict.causes) {
+    const std::size_t listed = std::min(verdict.causes.size(), kMostListed);
+    for (const SCause& cause : std::span(verdict.causes).first(listed)) {
         out += separator;
-        out += EscapeControls(cause.text);
+        out += Shortened(EscapeControls(cause.text));
         separator = "; ";
+    }
+    if (const std::size_t rest = verdict.causes.size() - listed; rest > 0) {
+        out += "; and " + std::to_string(rest) + " more";
     }
     if (verdict.causes.empty()) {
         out += ": " + CountText(status.relays.size(), "relay") + ", " +
@@ -71,23 +92,36 @@ void AppendRelays(std::string& out, const SSiteStatus& status) {
     AppendTable(out, rows, kTextColumns);
 }
 
+void AppendGroups(std::string& out, const SLogStatus& log) {
+    std::vector<std::pair<std::string, SLogGroup>> groups(log.groups.begin(), log.groups.end());
+    if (groups.size() > kMostListed) {
+        std::ranges::stable_sort(
+            groups, [](const auto& a, const auto& b) { return a.second.problems > b.second.problems; });
+    }
+    const std::size_t listed = std::min(groups.size(), kMostListed);
+    for (const auto& [name, group] : std::span(groups).first(listed)) {
+        out += "  " + std::to_string(group.problems) + " of " +
+               (name.empty() ? "no relay in particular" : Shortened(EscapeControls(name))) + "\n";
+    }
+    if (const std::size_t rest = groups.size() - listed; rest > 0) {
+        out += "  and " + std::to_string(rest) + " more\n";
+    }
+}
+
 void AppendProblems(std::string& out, const SSiteStatus& status) {
     const SLogStatus& log = status.log;
     out += "Problems in the log since " + ForPeople(status.since) + ": " + std::to_string(log.problems) +
            (log.isThere ? "\n" : " (there is no log: nothing was ever logged, or the path is another one)\n");
-    for (const auto& [name, group] : log.groups) {
-        out += "  " + std::to_string(group.problems) + " of " +
-               (name.empty() ? "no relay in particular" : EscapeControls(name)) + "\n";
-    }
+    AppendGroups(out, log);
     if (log.problems > log.latest.size()) {
         out += "The last of them:\n";
     }
     for (const SLogLine& line : log.latest) {
         out += "  " + (line.time.empty() ? "no time" : ForPeople(line.time)) + "  " +
-               EscapeControls(line.message);
+               Shortened(EscapeControls(line.message));
         const std::string relay = ShortConnectionName(line.connection);
-        out += relay.empty() ? "" : " (" + EscapeControls(relay) + ")";
-        out += line.status.empty() ? "" : " " + EscapeControls(line.status);
+        out += relay.empty() ? "" : " (" + Shortened(EscapeControls(relay)) + ")";
+        out += line.status.empty() ? "" : " " + Shortened(EscapeControls(line.status));
         out += '\n';
     }
 }

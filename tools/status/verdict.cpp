@@ -39,7 +39,15 @@ void JudgeRelay(const std::string& name, const SRelayStatus& relay, const SThres
         const EState state = thresholds.criticalSilent > 0 ? EState::Critical
                              : thresholds.warnSilent > 0   ? EState::Warning
                                                            : EState::Good;
-        Add(verdict, state, name + (relay.lastFile.empty() ? " has no day file" : " has no dated day file"));
+        Add(verdict, state,
+            name + (relay.lastFile.empty()    ? " has no day file"
+                    : relay.futureDay.empty() ? " has no dated day file"
+                                              : " has no day file of a day that has been"));
+    }
+    if (!relay.futureDay.empty()) {
+        Add(verdict, EState::Warning,
+            name + " has a day file of " + relay.futureDay +
+                ", which is still to come: check this machine's clock, then move the file away");
     }
     // What is older was told in its time; it would hide what is new.
     if (relay.freshDamaged > 0) {
