@@ -149,6 +149,36 @@ TEST_F(CArchive, LinesOfJsonHoldTheSameColumns) {
               1);
 }
 
+TEST_F(CArchive, LinesReplaceWholeFilesOnly) {
+    namespace fs = std::filesystem;
+    const auto write = [this](const std::string& root, const std::string& path) {
+        return RunTool({"archive", m_folder.Native(root), "--ndjson", path});
+    };
+    m_folder.Write(kDayFile, kHeader + Simple(At(16, 3), "a"));
+    const std::string lines = m_folder.Native("lines");
+    m_folder.Write("lines", "old");
+    fs::permissions(lines, fs::perms::owner_read | fs::perms::owner_write);
+    fs::create_symlink("lines", m_folder.Native("link"));
+    fs::create_symlink("later", m_folder.Native("dangling"));
+    const SOutcome partial = write("none", m_folder.Native("link"));
+    EXPECT_EQ(partial.status, 1);
+    EXPECT_NE(partial.error.find("link: not replaced: the old one is kept"), std::string::npos)
+        << partial.error;
+    EXPECT_EQ(m_folder.Read("lines"), "old");
+    EXPECT_EQ(write("events", m_folder.Native("link")).status, 0);
+    EXPECT_EQ(Lines(m_folder.Read("lines")).size(), 1U);
+    EXPECT_EQ(fs::status(lines).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_EQ(write("events", m_folder.Native("dangling")).status, 0);
+    EXPECT_EQ(m_folder.Read("later"), m_folder.Read("lines"));
+    for (const char* link : {"link", "dangling"})
+        EXPECT_TRUE(fs::is_symlink(m_folder.Native(link))) << link;
+    fs::create_symlink("/dev/null", m_folder.Native("device"));
+    EXPECT_EQ(write("events", m_folder.Native("device")).status, 0);
+    EXPECT_EQ(RunTool({"report", m_folder.Native("events"), "-o", m_folder.Native("device")}).status, 0);
+    EXPECT_TRUE(fs::is_character_file(m_folder.Native("device"))) << "through the link, which stays one";
+    EXPECT_FALSE(m_folder.Has("lines.tmp") || m_folder.Has("later.tmp") || m_folder.Has("device.tmp"));
+}
+
 TEST_F(CArchive, LeavesOtherDatabasesAlone) {
     m_folder.Write(kDayFile, kHeader);
     EXPECT_EQ(RunTool({"archive", m_folder.Native("events")}).status, 2) << "no output";

@@ -180,7 +180,7 @@ int RunInto(const std::string& root, CArchiveStore* store, CLineOutput* lines, S
     CArchiveRun run(console, store, lines);
     run.Take(FindDayFiles({root}));
     if (lines != nullptr) {
-        if (const std::string failure = lines->Finish(); !failure.empty()) {
+        if (const std::string failure = lines->Finish(run.IsGood()); !failure.empty()) {
             run.Complain(failure);
         }
     }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tools/text_output.h"
+#include "tools/whole_file.h"
 
 #include <fstream>
 #include <optional>
@@ -18,16 +19,16 @@ public:
     CLineOutput& operator=(const CLineOutput&) = delete;
     ~CLineOutput();
 
-    [[nodiscard]] bool IsStandard() const { return m_path == "-"; }
+    [[nodiscard]] bool IsStandard() const { return !m_place; }
     [[nodiscard]] CTextOutput& Text() { return m_file ? *m_file : m_console.out; }
-    /// Puts the file in its place. What went wrong; empty for nothing.
-    [[nodiscard]] std::string Finish();
+    /// Ends the output; a file takes its place, unless there are not all lines in it. What went wrong; empty
+    /// for nothing.
+    [[nodiscard]] std::string Finish(bool isWhole);
 
 private:
-    [[nodiscard]] std::string Beside() const { return m_path + ".tmp"; }
-
     SConsole& m_console;
     std::string m_path;
+    std::optional<CFilePlace> m_place; ///< none for the standard output
     std::ofstream m_stream;
     std::optional<CTextOutput> m_file;
     int m_openError = 0;
