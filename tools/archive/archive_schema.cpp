@@ -81,9 +81,14 @@ struct SState {
 SState RequireArchive(CDatabase& database) {
     const bool isEmpty = database.Number("SELECT count(*) FROM sqlite_schema") == 0;
     if (!isEmpty && database.Number("PRAGMA application_id") != kApplicationId) {
-        throw CDatabaseError("a database of another program, not an archive");
+        throw CDatabaseError("a database of another program, not an archive; name another file");
     }
     const std::int64_t version = database.Number("PRAGMA user_version");
+    if (version < 0 || (version == 0 && !isEmpty)) {
+        throw CDatabaseError(
+            "an archive of version " + std::to_string(version) +
+            ", which there never was: move the file away and archive again from the day files");
+    }
     if (version > kCurrentVersion) {
         throw CDatabaseError("an archive of a newer ruvoctl (version " + std::to_string(version) +
                              "); use that one");

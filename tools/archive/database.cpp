@@ -2,6 +2,9 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+#include <array>
+
 namespace ruvo {
 
 namespace {
@@ -13,6 +16,36 @@ std::string PlainFileName(const std::string& path) {
     return path.starts_with('/') ? path : "./" + path;
 }
 
+struct SAdvice {
+    int code;
+    std::string_view text;
+};
+constexpr std::array kAdvice{
+    SAdvice{SQLITE_BUSY,
+            "another program has it in use, such as a search or a backup; run again when that has ended"},
+    SAdvice{SQLITE_LOCKED, "another program has it in use; run again when that has ended"},
+    SAdvice{SQLITE_CANTOPEN, "is it there, and may you read it and its folder (to archive: write there)?"},
+    SAdvice{SQLITE_READONLY, "you must be allowed to write the file and in its folder"},
+    SAdvice{SQLITE_PERM, "you must be allowed to write the file and in its folder"},
+    SAdvice{SQLITE_FULL, "make room and run again: what is in the archive stays"},
+    SAdvice{SQLITE_IOERR, "the disk or its file system fails; an archive belongs on a local disk"},
+    SAdvice{SQLITE_CORRUPT, "move the file away and archive again from the day files"},
+    SAdvice{SQLITE_NOTADB, "name an archive, or a file that is not there yet"},
+};
+
+/// The library's words, and what to do.
+std::string FailureText(int code, const char* words) {
+    std::string text = words;
+    constexpr int kPrimaryBits = 0xFF; // the others tell kinds of one failure apart
+    const auto* const advice =
+        std::ranges::find(kAdvice, code & kPrimaryBits, [](const SAdvice& row) { return row.code; });
+    if (advice != kAdvice.end()) {
+        text += "; ";
+        text += advice->text;
+    }
+    return text;
+}
+
 } // namespace
 
 CDatabase::CDatabase(const std::string& path, EDatabaseAccess access) {
@@ -22,7 +55,7 @@ CDatabase::CDatabase(const std::string& path, EDatabaseAccess access) {
     const int result = sqlite3_open_v2(PlainFileName(path).c_str(), &handle, flags, nullptr);
     m_handle.reset(handle);
     if (handle == nullptr) {
-        throw CDatabaseError(sqlite3_errstr(result));
+        throw CDatabaseError(FailureText(result, sqlite3_errstr(result)));
     }
     if (result != SQLITE_OK) {
         Fail();
@@ -42,7 +75,7 @@ std::int64_t CDatabase::Number(std::string_view query) {
 }
 
 void CDatabase::Fail() const {
-    throw CDatabaseError(sqlite3_errmsg(Handle()));
+    throw CDatabaseError(FailureText(sqlite3_errcode(Handle()), sqlite3_errmsg(Handle())));
 }
 
 void CDatabase::SClose::operator()(sqlite3* handle) const {

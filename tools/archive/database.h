@@ -1,4 +1,5 @@
-// SQLite with owners for what it hands out. A failure throws CDatabaseError with the library's words.
+// SQLite with owners for what it hands out. A failure throws CDatabaseError with the library's words
+// and what to do about it.
 #pragma once
 
 #include <cstdint>
