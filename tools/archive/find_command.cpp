@@ -1,4 +1,5 @@
 // ruvoctl find: the events of an archive that matter.
+#include "eventfiles/day_file_block.h"
 #include "tools/archive/archive_schema.h"
 #include "tools/archive/find_query.h"
 #include "tools/command.h"
@@ -7,6 +8,8 @@
 #include "tools/text_encoding.h"
 
 #include <array>
+#include <span>
+#include <vector>
 
 namespace ruvo {
 
@@ -59,36 +62,53 @@ std::size_t RelayWidth(CDatabase& database) {
     return width;
 }
 
+/// Prints the records of these ids up to a page's end; how many.
+std::size_t PrintPage(CDatabase& database, std::span<const std::int64_t> ids, IEventPrinter& printer,
+                      std::string& out) {
+    constexpr std::size_t kPageSize = std::size_t{128} * 1024; // bytes, before the console hands them on
+    CStatement row(database, kFoundRow);
+    std::size_t count = 0;
+    database.Run("BEGIN"); // or each row would lock the file for itself
+    for (; count < ids.size() && out.size() < kPageSize; ++count) {
+        if (!row.Bind(ids[count]).Step() || !PrintRow(row, printer, out)) {
+            throw CDatabaseError("a record was changed in it; archive again from the day files");
+        }
+        row.Rewind();
+    }
+    database.Run("COMMIT");
+    return count;
+}
+
+/// A reader may take hours over the output, in a pager. Nothing is locked meanwhile: the night's archive run
+/// would wait for that in vain.
 int Find(const CArguments& arguments, const SFindQuery& query, SConsole& console) {
     CDatabase database(arguments.Get("DB"), EDatabaseAccess::Read);
     RequireCurrent(database);
-    CFindStatement found(database, query);
+    const std::vector<std::int64_t> found = FindRecords(database, query);
     const std::unique_ptr<IEventPrinter> printer =
         MakePrinter(arguments, RelayWidth(database), console.width);
-    std::uint64_t count = 0;
     printer->PrintHead(console.out.Text());
-    while (console.out.IsGood() && found.Rows().Step()) {
-        if (!PrintRow(found.Rows(), *printer, console.out.Text())) {
-            throw CDatabaseError("a record's bytes were changed in it");
-        }
-        ++count;
-        console.out.Settle();
+    std::span<const std::int64_t> ids(found);
+    while (console.out.IsGood() && !ids.empty()) {
+        ids = ids.subspan(PrintPage(database, ids, *printer, console.out.Text()));
+        console.out.Flush();
     }
-    if (count == 0) {
+    if (found.empty()) {
         console.error.Write("No event found.\n");
     }
-    return count > 0 ? kExitGood : kExitNoneFound;
+    return found.empty() ? kExitNoneFound : kExitGood;
 }
 
 int RunFind(const CArguments& arguments, SConsole& console) {
-    SEventFilter checked;
-    if (!TakeFilterOptions(arguments, console, checked) || !CheckFormatOptions(arguments, console)) {
+    SEventFilter filter;
+    if (!TakeFilterOptions(arguments, console, filter) || !CheckFormatOptions(arguments, console)) {
         return kExitUsage;
     }
     const SFindQuery query{.text = SystemTextToUtf8(arguments.Get("TEXT")),
                            .since = arguments.Get("--since"),
                            .until = arguments.Get("--until"),
-                           .relay = arguments.Get("--relay")};
+                           .relay = arguments.Get("--relay"),
+                           .filter = filter};
     if (!query.text.empty() && FullTextQuery(query.text).empty()) {
         console.error.Write("ruvoctl find: no letter and no digit to look for in \"" +
                             EscapeControls(query.text) + "\"; '' shows all events\n");

@@ -1,10 +1,20 @@
 #include "tools/archive/find_query.h"
 
+#include "eventfiles/day_file_block.h"
+
 #include <algorithm>
+#include <span>
 
 namespace ruvo {
 
 namespace {
+
+constexpr std::string_view kBlanks = " \t\r\n";
+constexpr std::string_view kWordEnds = " \t\r\n\"";
+
+bool IsBlank(char c) {
+    return kBlanks.find(c) != std::string_view::npos;
+}
 
 bool IsSearchable(char c) {
     const auto byte = static_cast<unsigned char>(c);
@@ -46,12 +56,12 @@ std::string WithSeparator(std::string text) {
 }
 
 std::string QueryText(const SFindQuery& query) {
-    std::string text = "SELECT f.relay, f.day_file, r.byte_offset, r.bytes "
-                       "FROM records r JOIN files f ON f.id = r.file_id WHERE 1";
+    std::string text = "SELECT r.id, CASE WHEN r.time IS NULL THEN r.bytes END FROM records r JOIN files f "
+                       "ON f.id = r.file_id WHERE 1";
     text +=
         query.text.empty() ? "" : " AND r.id IN (SELECT rowid FROM records_text WHERE records_text MATCH ?)";
-    text += query.since.empty() ? "" : " AND r.time >= ?";
-    text += query.until.empty() ? "" : " AND r.time <= ?";
+    text += query.since.empty() ? "" : " AND (r.time IS NULL OR r.time >= ?)";
+    text += query.until.empty() ? "" : " AND (r.time IS NULL OR r.time <= ?)";
     text += query.relay.empty() ? "" : " AND instr(lower(f.relay), lower(?)) > 0";
     return text + " ORDER BY r.time NULLS LAST, f.relay, r.id";
 }
@@ -62,10 +72,10 @@ std::string FullTextQuery(std::string_view text) {
     std::string query;
     while (!text.empty()) {
         const bool isPhrase = text.front() == '"';
-        if (isPhrase || text.front() == ' ') {
+        if (isPhrase || IsBlank(text.front())) {
             text.remove_prefix(1);
         }
-        const std::string_view part = TakePart(text, isPhrase ? "\"" : " \"");
+        const std::string_view part = TakePart(text, isPhrase ? "\"" : kWordEnds);
         AppendTerm(query, part, isPhrase ? "" : "*");
         if (isPhrase && !text.empty()) {
             text.remove_prefix(1); // the closing quote
@@ -74,17 +84,27 @@ std::string FullTextQuery(std::string_view text) {
     return query;
 }
 
-CFindStatement::CFindStatement(CDatabase& database, const SFindQuery& query)
-    : m_match(FullTextQuery(query.text)), m_since(WithSeparator(query.since)),
-      m_until(LastMoment(WithSeparator(query.until))), m_relay(query.relay),
-      m_statement(database, QueryText(query)) {
+std::vector<std::int64_t> FindRecords(CDatabase& database, const SFindQuery& query) {
+    const std::string match = FullTextQuery(query.text);
+    const std::string since = WithSeparator(query.since);
+    const std::string until = LastMoment(WithSeparator(query.until));
+    CStatement rows(database, QueryText(query));
     const std::pair<const std::string&, const std::string&> parts[] = {
-        {query.text, m_match}, {query.since, m_since}, {query.until, m_until}, {query.relay, m_relay}};
+        {query.text, match}, {query.since, since}, {query.until, until}, {query.relay, query.relay}};
     for (const auto& [given, value] : parts) {
         if (!given.empty()) {
-            m_statement.Bind(value);
+            rows.Bind(value);
         }
     }
+    std::vector<std::int64_t> ids;
+    while (rows.Step()) {
+        const std::span<const std::uint8_t> bytes = rows.BytesAt(1);
+        const SParsedRecord parsed = bytes.empty() ? SParsedRecord() : ParseDayFileRecord(bytes);
+        if (parsed.record == nullptr || query.filter.TakesRecord(*parsed.record)) {
+            ids.push_back(rows.NumberAt(0));
+        }
+    }
+    return ids;
 }
 
 } // namespace ruvo

@@ -2,17 +2,21 @@
 #pragma once
 
 #include "tools/archive/database.h"
+#include "tools/events/event_filter.h"
 
+#include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace ruvo {
 
 struct SFindQuery {
-    std::string text;  ///< words; empty for all records
-    std::string since; ///< as ParseTimeKey takes it; empty for none
-    std::string until; ///< likewise
-    std::string relay; ///< part of the relay's name; empty for all
+    std::string text;    ///< words; empty for all records
+    std::string since;   ///< as ParseTimeKey takes it; empty for none
+    std::string until;   ///< likewise
+    std::string relay;   ///< part of the relay's name; empty for all
+    SEventFilter filter; ///< the same bounds, for records without a real time
 };
 
 /// The words in the language of the full-text index: all of them must be there, each as the beginning of a
@@ -20,20 +24,13 @@ struct SFindQuery {
 /// Empty when there is no letter and no digit to look for.
 [[nodiscard]] std::string FullTextQuery(std::string_view text);
 
-/// Columns relay, day_file, byte_offset, bytes, by time; records without a real time come last, and not at
-/// all where a bound is given. The query must live as long as the statement.
-class CFindStatement {
-public:
-    CFindStatement(CDatabase& database, const SFindQuery& query);
+/// The ids of the records that are asked for, by time; those without a real time come last, and are held
+/// against the bounds as ruvoctl events does. Nothing stays locked.
+[[nodiscard]] std::vector<std::int64_t> FindRecords(CDatabase& database, const SFindQuery& query);
 
-    [[nodiscard]] CStatement& Rows() { return m_statement; }
-
-private:
-    std::string m_match;
-    std::string m_since;
-    std::string m_until;
-    std::string m_relay;
-    CStatement m_statement;
-};
+/// Columns relay, day_file, byte_offset, bytes of the record of an id.
+inline constexpr std::string_view kFoundRow =
+    "SELECT f.relay, f.day_file, r.byte_offset, r.bytes "
+    "FROM records r JOIN files f ON f.id = r.file_id WHERE r.id = ?";
 
 } // namespace ruvo
