@@ -40,6 +40,15 @@ modes() { stat -c '%a %U %G %n' "$@"; }
 check "folders" equal "$(modes /etc/ruvo /var/lib/ruvo /var/log/ruvo /run/ruvo)" \
     "$(printf '%s\n' '2750 root ruvo /etc/ruvo' '750 ruvo ruvo /var/lib/ruvo' '750 ruvo ruvo /var/log/ruvo' '755 ruvo ruvo /run/ruvo')"
 check "units" silent systemd-analyze verify --man=yes /lib/systemd/system/ruvo@.service /lib/systemd/system/ruvo@.timer
+# The last Sunday of March leaves out an hour; that of October has one twice.
+nights() { # the UTC times of the visits from noon of this day on
+    TZ=Europe/Berlin systemd-analyze calendar --base-time="$1 12:00" --iterations=3 \
+        "$(sed -n 's/^OnCalendar=//p' /lib/systemd/system/ruvo@.timer)" | sed -n 's/^ *(in UTC): [A-Z][a-z]* //p'
+}
+check "a visit in the night when summer time begins" equal "$(nights 2027-03-27)" \
+    "$(printf '2027-03-%s 02:00:00 UTC\n' 28 29 30)"
+check "a visit in the night when summer time ends" equal "$(nights 2027-10-30)" \
+    "$(printf '2027-%s 02:00:00 UTC\n' 10-31 11-01 11-02)"
 exposure=$(systemd-analyze security --offline=true --no-pager /lib/systemd/system/ruvo@.service | sed -n 's/^.*exposure level for [^:]*: \([0-9.]*\) .*/\1/p')
 echo "  exposure of the service: $exposure of 10"
 check "exposure of the service" awk "BEGIN { exit !($exposure < 2) }"
