@@ -16,6 +16,7 @@ check() { # what, then a command that succeeds
 }
 equal() { [ "$1" = "$2" ] || { printf 'got:    %s\nwanted: %s\n' "$1" "$2"; return 1; }; }
 not() { ! "$@"; }
+ends_with() { local status=0 wanted=$1; shift; "$@" || status=$?; equal "$status" "$wanted"; }
 silent() { # a command that succeeds and says nothing
     local said
     said=$("$@" 2>&1) && [ -z "$said" ] || { printf '%s\n' "$said"; return 1; }

@@ -13,6 +13,7 @@ if [[ "$1 $2" =~ ^start\ ruvo@(.*)\.service$ ]]; then
     variables=$(sed -n "s|^Environment=||p" "$unit" | sed "s|%t|/run|g; s|%i|$site|g")
     command=$(sed -n "s|^ExecStart=||p" "$unit" | sed "s|%i|$site|g")
     # shellcheck disable=SC2086
+    umask "$(sed -n 's/^UMask=//p' "$unit")"
     runuser -u "$(sed -n 's/^User=//p' "$unit")" -- env -i $variables $command
 fi
 END
@@ -38,7 +39,8 @@ export DEBIAN_FRONTEND=noninteractive
 check "install" try 0 "apt install"
 modes() { stat -c '%a %U %G %n' "$@"; }
 check "folders" equal "$(modes /etc/ruvo /var/lib/ruvo /var/log/ruvo /run/ruvo)" \
-    "$(printf '%s\n' '2750 root ruvo /etc/ruvo' '750 ruvo ruvo /var/lib/ruvo' '750 ruvo ruvo /var/log/ruvo' '755 ruvo ruvo /run/ruvo')"
+    "$(printf '%s\n' '2750 root ruvo /etc/ruvo' '2750 ruvo ruvo-events /var/lib/ruvo' '2750 ruvo ruvo-events /var/log/ruvo' '755 ruvo ruvo /run/ruvo')"
+check "groups" equal "$(id -nG ruvo)" "ruvo dialout ruvo-events"
 check "units" silent systemd-analyze verify --man=yes /lib/systemd/system/ruvo@.service /lib/systemd/system/ruvo@.timer
 # The last Sunday of March leaves out an hour; that of October has one twice.
 nights() { # the UTC times of the visits from noon of this day on
@@ -100,12 +102,17 @@ check "report" try 0 "ruvoctl report"
 check "report: a page" grep -q "</html>" "$work/place/yard.html"
 check "status: last night's line in the log" try 1 "ruvoctl status"
 check "status: the verdict" grep -q "^WARNING" "$work/step.log"
+watcher() { setpriv --reuid=nobody --regid=nogroup --groups="$1" -- "${@:2}"; }
+check "who watches has the group for it" ends_with 1 watcher ruvo-events ruvoctl status /var/lib/ruvo/yard /var/log/ruvo/yard.log
+check "and can read the events, but no site file" watcher ruvo-events sh -c 'ruvoctl events /var/lib/ruvo/yard && ! cat /etc/ruvo/yard.ini'
+check "who has not, reads nothing" not watcher nogroup ls /var/lib/ruvo /var/log/ruvo
+check "what a visit makes is for its group" equal "$(find /var/lib/ruvo/yard /var/log/ruvo/yard.log -not -group ruvo-events)" ""
+check "and for nobody else" equal "$(find /var/lib/ruvo/yard -perm /o=rwx)" ""
 check "archive" try 0 "ruvoctl archive"
 check "find" try 0 "ruvoctl find"
 check "nothing of the document is left out" equal "$(sed -n 's/^# \([a-z].*\)$/\1/p' docs/install.md | wc -l)" "$steps"
 
 visit() { runuser -u ruvo -- /usr/lib/ruvo/run-site "$1"; }
-ends_with() { local status=0 wanted=$1; shift; "$@" || status=$?; equal "$status" "$wanted"; }
 sed -i 's/^RV001=10.*/RV001=10.20.0.6,2/; /\[RUVO_PASSWORDS\]/q' /etc/ruvo/yard.ini
 check "a visit without problems" silent ends_with 0 visit yard
 sed 's|/var/lib/ruvo/yard|/usr/lib/ruvo/events|' /etc/ruvo/yard.ini >/etc/ruvo/shut.ini

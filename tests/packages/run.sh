@@ -28,6 +28,7 @@ clean_up() {
     rm -rf /etc/ruvo /var/lib/ruvo /var/log/ruvo /run/ruvo
     userdel ruvo >/dev/null 2>&1 || true
     groupdel ruvo >/dev/null 2>&1 || true
+    groupdel ruvo-events >/dev/null 2>&1 || true
 }
 clean_up
 trap 'clean_up; rm -rf "$work" "$mark"' EXIT
