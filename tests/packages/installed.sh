@@ -1,8 +1,8 @@
 # Every step of docs/install.md on this machine, and what it must have led to. Sourced by run.sh.
 # shellcheck shell=bash
 echo "Installing, visiting, upgrading, removing"
-mkdir "$work/bin" "$work/place"
-cp "$deb" "$work/place"
+mkdir -p "$work/bin" "$work/place/build/release"
+cp "$deb" "$work/place/build/release"
 # This machine's first process is no systemd: a start of the service does what its unit says, all else is told.
 cat >"$work/bin/systemctl" <<'END'
 #!/bin/bash
@@ -110,6 +110,7 @@ check "what a visit makes is for its group" equal "$(find /var/lib/ruvo/yard /va
 check "and for nobody else" equal "$(find /var/lib/ruvo/yard -perm /o=rwx)" ""
 check "archive" try 0 "ruvoctl archive"
 check "find" try 0 "ruvoctl find"
+check "taken off the schedule" try 0 "systemctl disable"
 check "nothing of the document is left out" equal "$(sed -n 's/^# \([a-z].*\)$/\1/p' docs/install.md | wc -l)" "$steps"
 
 visit() { runuser -u ruvo -- /usr/lib/ruvo/run-site "$1"; }
@@ -154,12 +155,19 @@ check "upgrade: version" equal "$(dpkg-query -W -f '${Version}' ruvo)" 1.0.1-1
 check "upgrade: sites, registry and events stay" equal "$(sums)" "$before"
 check "upgrade: no copies of files" equal "$(find /etc/ruvo -name '*.dpkg-*')" ""
 check "upgrade: a visit" ends_with 0 visit yard
+# The machine's own systemctl can enable without a running systemd.
+check "enable" systemctl enable ruvo@yard.timer
+check "enable: its link" test -L "$enabled"
+[ -d "$stamps" ] || { mkdir -p "$stamps" && made_stamps=1; }
+touch "$stamps/stamp-ruvo@yard.timer"
 check "remove" dpkg -r ruvo
 check "remove: programs and units are gone" not ls /usr/bin/ruvo /usr/lib/ruvo /lib/systemd/system/ruvo@.service /usr/share/doc/ruvo
-check "remove: the rest stays" test -f /etc/ruvo/registry.ini -a -f /etc/ruvo/yard.ini -a -d /var/lib/ruvo/yard -a -f /var/log/ruvo/yard.log
+check "remove: the rest stays" test -f /etc/ruvo/registry.ini -a -f /etc/ruvo/yard.ini -a -d /var/lib/ruvo/yard -a -f /var/log/ruvo/yard.log -a -L "$enabled"
 check "purge" dpkg --purge ruvo
 check "purge: day files and sites stay" test -f /etc/ruvo/yard.ini -a -d /var/lib/ruvo/yard
-check "purge: registry and logs are gone" not ls /etc/ruvo/registry.ini /var/log/ruvo
+for left in /etc/ruvo/registry.ini /var/log/ruvo "$enabled" "$stamps/stamp-ruvo@yard.timer"; do
+    check "purge: $left is gone" test ! -e "$left" -a ! -L "$left"
+done
 # Again, with nothing to keep.
 rm -rf /etc/ruvo /var/lib/ruvo
 dpkg -i "$deb" >"$work/again.log" 2>&1

@@ -23,8 +23,12 @@ if [ ! -e "$mark" ]; then
     fi
 fi
 touch "$mark"
+enabled=/etc/systemd/system/timers.target.wants/ruvo@yard.timer
+stamps=/var/lib/systemd/timers made_stamps=
 clean_up() {
     dpkg --purge ruvo >/dev/null 2>&1 || true
+    rm -f "$enabled" "$stamps/stamp-ruvo@yard.timer"
+    [ -z "$made_stamps" ] || rmdir "$stamps" 2>/dev/null || true
     rm -rf /etc/ruvo /var/lib/ruvo /var/log/ruvo /run/ruvo
     userdel ruvo >/dev/null 2>&1 || true
     groupdel ruvo >/dev/null 2>&1 || true
