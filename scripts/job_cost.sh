@@ -5,6 +5,7 @@
 #   scripts/job_cost.sh
 set -euo pipefail
 cd "$(dirname "$0")/.."
+[ -x /usr/bin/time ] || scripts/setup.sh package-test >&2
 deb=$(scripts/package.sh)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT

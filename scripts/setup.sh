@@ -5,10 +5,12 @@
 #   scripts/setup.sh windows    the cross-compilers and the runner of scripts/windows.sh as well
 #   scripts/setup.sh fuzz       the fuzzer's compiler (scripts/fuzz.sh)
 #   scripts/setup.sh coverage   what counts covered lines (scripts/coverage.sh)
-#   scripts/setup.sh packages   what builds and examines the Debian package (scripts/package.sh)
+#   scripts/setup.sh packages   what builds the Debian package (scripts/package.sh)
+#   scripts/setup.sh package-test   what examines it as well (tests/packages), some of it from npm, into build/npm
 #   scripts/setup.sh browser    the browser that looks at the report
 #   scripts/setup.sh database   the database server that the archive's rows are loaded into
 set -euo pipefail
+cd "$(dirname "$0")/.."
 
 packages=(g++ cmake ninja-build pkg-config
     libtomlplusplus-dev # substation files
@@ -19,6 +21,8 @@ packages=(g++ cmake ninja-build pkg-config
     nlohmann-json3-dev  # checks the JSON of ruvoctl, in the tests
     libbenchmark-dev)   # benchmarks
 
+package_tools=(dpkg-dev file fakeroot lowdown)
+modules= # of npm
 for extra in "$@"; do
     case "$extra" in
     checks) packages+=(clang clang-format clang-tidy cppcheck libclang-rt-14-dev valgrind) ;;
@@ -26,15 +30,18 @@ for extra in "$@"; do
         libwine-dev) ;;
     fuzz) packages+=(clang libclang-rt-14-dev) ;;
     coverage) packages+=(gcovr) ;;
-    packages)
-        packages+=(dpkg-dev file fakeroot lintian lowdown mandoc man-db systemd bash-completion binutils time debootstrap)
-        # (Where they come from elsewhere, Debian's would be in their way.)
-        command -v npm >/dev/null || packages+=(nodejs npm) # the schema that the fleet's manifests are held against
+    packages) packages+=("${package_tools[@]}") ;;
+    package-test)
+        # (time is for scripts/job_cost.sh, debootstrap for tests/packages/bare.sh.)
+        packages+=("${package_tools[@]}" lintian mandoc man-db systemd bash-completion binutils tzdata time debootstrap)
+        # Where they come from elsewhere, Debian's would be in their way.
+        command -v npm >/dev/null || packages+=(nodejs npm)
+        modules=tests/packages/fleet # the schema that the fleet's manifests are held against
         ;;
     browser) packages+=(chromium chromium-driver python3-selenium) ;;
     database) packages+=(postgresql sqlite3) ;;
     *)
-        echo "setup.sh: unknown set '$extra' (known: checks windows fuzz coverage packages browser database)" >&2
+        echo "setup.sh: unknown set '$extra' (known: checks windows fuzz coverage packages package-test browser database)" >&2
         exit 2
         ;;
     esac
@@ -44,20 +51,35 @@ missing=()
 for package in "${packages[@]}"; do
     [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || missing+=("$package")
 done
-[ ${#missing[@]} -gt 0 ] || exit 0
-
-root=()
-if [ "$(id -u)" -ne 0 ]; then
-    command -v sudo >/dev/null || { echo "setup.sh: must install ${missing[*]}: run it as root" >&2; exit 1; }
-    root=(sudo)
-fi
-echo "Installing: ${missing[*]}"
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
-export DEBIAN_FRONTEND=noninteractive
-if ! { "${root[@]}" apt-get update && "${root[@]}" apt-get install -y --no-install-recommends "${missing[@]}"; } \
-    >"$log" 2>&1; then
-    cat "$log" >&2
-    echo "setup.sh: installing failed" >&2
-    exit 1
-fi
+install_packages() {
+    local root=()
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null || { echo "setup.sh: must install ${missing[*]}: run it as root" >&2; exit 1; }
+        root=(sudo)
+    fi
+    echo "Installing: ${missing[*]}"
+    export DEBIAN_FRONTEND=noninteractive
+    if ! { "${root[@]}" apt-get update && "${root[@]}" apt-get install -y --no-install-recommends "${missing[@]}"; } \
+        >"$log" 2>&1; then
+        cat "$log" >&2
+        echo "setup.sh: installing failed" >&2
+        exit 1
+    fi
+}
+[ ${#missing[@]} -eq 0 ] || install_packages
+
+install_modules() { # the very versions of the lock file, into build/npm
+    echo "Installing from npm: what $modules/package.json names"
+    mkdir -p build/npm
+    rm -f build/npm/complete
+    cp "$modules/package.json" "$modules/package-lock.json" build/npm
+    if ! npm ci --prefix build/npm --ignore-scripts --no-audit --no-fund --prefer-offline >"$log" 2>&1; then
+        cat "$log" >&2
+        echo "setup.sh: installing from npm failed" >&2
+        exit 1
+    fi
+    cp "$modules/package-lock.json" build/npm/complete
+}
+[ -z "$modules" ] || cmp -s "$modules/package-lock.json" build/npm/complete || install_modules

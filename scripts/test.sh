@@ -45,7 +45,7 @@ leg "the report in a browser" browser tests/browser/run.sh chromium chromedriver
 RUVO_BIN_DIR=$PWD/build/$preset/bin leg "the archive in a database server" database tests/database/run.sh psql sqlite3 \
     /usr/lib/postgresql/*/bin/postgres
 if [ "$(id -u)" -eq 0 ]; then
-    leg "the Debian package" packages tests/packages/run.sh lintian lowdown mandoc man systemd-analyze node npm
+    leg "the Debian package" package-test tests/packages/run.sh lintian lowdown mandoc man systemd-analyze node npm
 else
     echo "the Debian package: skipped (it is installed for its test, which needs root)"
 fi

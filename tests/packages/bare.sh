@@ -5,6 +5,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 recipe=packaging/container/Containerfile
+scripts/setup.sh package-test >&2
 deb=$(scripts/package.sh)
 source tests/packages/checks.sh
 root=$work/root

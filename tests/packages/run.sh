@@ -8,6 +8,7 @@ if [ "$(id -u)" -ne 0 ]; then
     echo "packages: the package is installed for its test, which needs root" >&2
     exit 1
 fi
+scripts/setup.sh package-test >&2
 deb=$PWD/$(scripts/package.sh)
 source tests/packages/checks.sh
 
