@@ -119,6 +119,9 @@ check "a visit without problems" silent ends_with 0 visit yard
 sed 's|/var/lib/ruvo/yard|/usr/lib/ruvo/events|' /etc/ruvo/yard.ini >/etc/ruvo/shut.ini
 check "a site that cannot write its events" ends_with 2 visit shut
 check "a site that is not there" ends_with 2 visit nowhere
+check "the site's name with its ending" silent ends_with 0 visit yard.ini
+check "run-site --help" equal "$(/usr/lib/ruvo/run-site --help | grep -c 'run-site .*SITE\|Exit status:')" 2
+check "an option that is none" ends_with 2 visit --chekc
 check "a file that the extractor would not take" ends_with 2 visit ./yard.conf
 while_visited() { # a site that is being visited, and the one to visit meanwhile
     flock "$(echo /run/ruvo/"$1"/*.lock)" runuser -u ruvo -- /usr/lib/ruvo/run-site "$2"
