@@ -34,7 +34,8 @@ struct SOption {
     /// positional one.
     std::string_view name;
     std::string_view help;
-    std::string_view choices = {}; ///< separated by "|"
+    /// For a Choice its words, separated by "|"; for a text what stands for it in the help, as "FILE".
+    std::string_view values = {};
     std::string_view defaultChoice = {};
 };
 

@@ -24,6 +24,10 @@ std::vector<std::string> SplitChoices(std::string_view choices) {
     return words;
 }
 
+std::string ValueName(const SOption& option) {
+    return option.values.empty() ? "TEXT" : std::string(option.values);
+}
+
 /// One command, where the parser puts what it finds for it.
 struct SParsedCommand {
     const SCommand* command = nullptr;
@@ -38,19 +42,19 @@ void AddOption(CLI::App& app, const SOption& option) {
         app.add_flag(name, help);
         break;
     case EOptionKind::Text:
-        app.add_option(name, help)->type_name("TEXT")->expected(1);
+        app.add_option(name, help)->type_name(ValueName(option))->expected(1);
         break;
     case EOptionKind::Choice: {
-        const std::vector<std::string> words = SplitChoices(option.choices);
+        const std::vector<std::string> words = SplitChoices(option.values);
         app.add_option(name, help)
             ->check(CLI::IsMember(words).description(""))
-            ->type_name(std::string(option.choices))
+            ->type_name(ValueName(option))
             ->expected(1);
         break;
     }
     case EOptionKind::Repeated:
         app.add_option(name, help)
-            ->type_name("TEXT")
+            ->type_name(ValueName(option))
             ->expected(1)
             ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
         break;

@@ -21,9 +21,10 @@ namespace fs = std::filesystem;
 
 constexpr std::array kOptions{
     SOption{EOptionKind::Positional, "EVENTROOT", "the folder that holds the day files, at any depth"},
-    SOption{EOptionKind::Text, "--sqlite", "add the records to the archive in this file; made when missing"},
+    SOption{EOptionKind::Text, "--sqlite", "add the records to the archive in this file; made when missing",
+            "FILE"},
     SOption{EOptionKind::Text, "--ndjson",
-            "write all records to this file, one JSON object a line; - for the standard output"},
+            "write all records to this file, one JSON object a line; - for the standard output", "FILE"},
 };
 
 constexpr std::string_view kNotes =

@@ -7,9 +7,10 @@
 namespace ruvo {
 
 inline constexpr SOption kSinceOption{
-    EOptionKind::Text, "--since", "events of this date (2026-11-16) or moment (2026-11-16T03:12) and later"};
+    EOptionKind::Text, "--since", "events of this date (2026-11-16) or moment (2026-11-16T03:12) and later",
+    "TIME"};
 inline constexpr SOption kUntilOption{EOptionKind::Text, "--until",
-                                      "events of this date or moment and earlier"};
+                                      "events of this date or moment and earlier", "TIME"};
 inline constexpr SOption kRelayOption{EOptionKind::Text, "--relay",
                                       "relays whose name holds this text, in any letter case"};
 

@@ -19,7 +19,8 @@ constexpr std::array kAddOptions{
     SOption{EOptionKind::Positional, "INI", kIniHelp},
     SOption{EOptionKind::Positional, "ADDRESS",
             "the device address, 1 to 254; for Ethernet IP,device or IP,device,bus as in 10.20.0.5,2,1"},
-    SOption{EOptionKind::Text, "--key", "the relay's key, as RV003; without it the one behind the last key"},
+    SOption{EOptionKind::Text, "--key", "the relay's key, as RV003; without it the one behind the last key",
+            "KEY"},
     SOption{EOptionKind::Choice, "--link", kLinkHelp, kLinkChoices},
     SOption{EOptionKind::Flag, "--password", "asks for the relay's password, or reads a line of the input"},
 };

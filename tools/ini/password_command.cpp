@@ -27,7 +27,8 @@ constexpr std::array kOptions{
     SOption{EOptionKind::Optional, "KEY", "for set and clear: the relay's key, as RV003"},
     SOption{EOptionKind::Text, "--key",
             "the relay's entry, as RV003: encrypt prints a line for the INI file, decrypt wants one of that "
-            "entry"},
+            "entry",
+            "KEY"},
 };
 
 constexpr std::string_view kNotes =

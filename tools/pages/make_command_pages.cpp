@@ -62,8 +62,8 @@ std::string Spelling(const SOption& option) {
     }
     if (IsPositional(option)) {
         typed += option.kind == EOptionKind::List ? "..." : "";
-    } else if (!option.choices.empty()) {
-        typed += " " + std::string(option.choices);
+    } else if (!option.values.empty()) {
+        typed += " " + std::string(option.values);
     } else if (option.kind != EOptionKind::Flag) {
         typed += " TEXT";
     }
@@ -137,8 +137,8 @@ void AddCommand(SCompletionTables& tables, const SCommand& command) {
         }
         for (const std::string& form : Split(option.name, ',')) {
             all.append(form).append(" ");
-            if (!option.choices.empty()) {
-                AddCase(tables.choices, name, form, std::string(option.choices));
+            if (option.kind == EOptionKind::Choice) {
+                AddCase(tables.choices, name, form, std::string(option.values));
             }
         }
     }

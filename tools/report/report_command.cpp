@@ -28,14 +28,16 @@ constexpr std::array kOptions{
     SOption{EOptionKind::List, "EVENTROOT", "folders that hold day files at any depth, or day files"},
     SOption{EOptionKind::Text, "-o,--output",
             "the page's file, replaced at once when it exists; - for standard "
-            "output"},
-    SOption{EOptionKind::Text, "--log", "the error log, whose problems are shown beside the events"},
+            "output",
+            "FILE"},
+    SOption{EOptionKind::Text, "--log", "the error log, whose problems are shown beside the events", "FILE"},
     kSinceOption,
     kUntilOption,
     kRelayOption,
-    SOption{EOptionKind::Text, "--silent",
-            "days without an event, up to now or to --until, after which a relay is called silent (default "
-            "3)"},
+    SOption{
+        EOptionKind::Text, "--silent",
+        "days without an event, up to now or to --until, after which a relay is called silent (default 3)",
+        "DAYS"},
     SOption{EOptionKind::Text, "--title", "what stands above the page, such as the site's name"},
 };
 
