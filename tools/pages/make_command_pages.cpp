@@ -3,9 +3,11 @@
 //   make_command_pages completion        the shell's completion, on standard output
 //   make_command_pages check PAGE.md     fails when the page's chapter on the commands is not the table's
 //   make_command_pages update PAGE.md    puts the table's into the page
+#include "config/result_code.h"
 #include "tools/command.h"
 
 #include <algorithm>
+#include <array>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -98,6 +100,19 @@ std::string Notes(std::string_view notes) {
     return out + (inBlock ? "```\n" : "");
 }
 
+/// The exit statuses of check. Numbers of messages that no run ends with are left out.
+std::string ResultCodes() {
+    constexpr std::array kNeverReached{1, 2, 3, 5, 8, 9, 10, 11};
+    std::string out = "\n| exit status | message |\n|---|---|\n";
+    for (int code = 0; code < static_cast<int>(ruvo::kResultMessages.size()); ++code) {
+        if (std::ranges::find(kNeverReached, code) == kNeverReached.end()) {
+            const std::string_view message = ruvo::ResultMessage(static_cast<ruvo::EResultCode>(code));
+            out += "| " + std::to_string(code) + " | " + Escaped(message) + " |\n";
+        }
+    }
+    return out;
+}
+
 std::string Chapter() {
     std::string out;
     for (const SCommand& command : ruvo::Commands()) {
@@ -106,7 +121,7 @@ std::string Chapter() {
         for (const SOption& option : command.options) {
             out += "- `" + Spelling(option) + "`: " + Escaped(option.help) + "\n";
         }
-        out += "\n" + Notes(command.notes);
+        out += "\n" + Notes(command.notes) + (command.name == "check" ? ResultCodes() : "");
     }
     return out + "\n";
 }
