@@ -111,9 +111,11 @@ line or Ethernet tunnel) through a comms server, and appends the relays' event
 records to one day file per relay and UTC day. Every problem becomes one line
 in an error log; a relay that fails never stops the others.
 .
-This package also has ruvoctl, which checks INI files, tests relays and shows
-day files, a library for other programs, units that visit sites every night,
-and a simulated substation to try everything with. The comms server that
+This package also has ruvoctl, which makes, edits and checks INI files, tests
+relays, shows day files as text, JSON, CSV and a page for any browser,
+archives and searches them, and tells a monitoring system how a site is
+doing; a library for other programs, units that visit sites every night, and
+a simulated substation to try everything with. The comms server that
 speaks to real relays comes from elsewhere.")
 set(scripts ${linux_files}/debian)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${scripts}/conffiles ${scripts}/postinst ${scripts}/prerm ${scripts}/postrm)
