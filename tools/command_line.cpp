@@ -39,7 +39,8 @@ void AddOption(CLI::App& app, const SOption& option) {
     const std::string help(option.help);
     switch (option.kind) {
     case EOptionKind::Flag:
-        app.add_flag(name, help);
+        // A value, as in --password=..., would be a secret that is taken without a word.
+        app.add_flag(name, help)->disable_flag_override();
         break;
     case EOptionKind::Text:
         app.add_option(name, help)->type_name(ValueName(option))->expected(1);

@@ -68,6 +68,7 @@ TEST_F(IniCommands, EditOneEntryOrNothing) {
         {"add INI 9 --key RV003", "", "RV003 is taken"},
         {"add INI 9 --key SECRET", "", "never an argument"},
         {"add INI 9 --password", "SECRETPWD\n", "more than 8"},
+        {"add INI 9 --password=SECRET", "x\n", "never an argument"},
         {"remove INI RV002", "", "no such key"},
         {"password set INI RV002", "SECRET\n", "no section lists"},
         {"password set INI RV001", "SECR\xC3\xA9T\n", "of ASCII"},
