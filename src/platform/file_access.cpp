@@ -1,80 +1,73 @@
 // The order of steps, which is the same on every system.
 #include "platform/file_access.h"
 
-#include "platform/files.h"
-
-#include <span>
-#include <utility>
+#include <random>
 
 namespace ruvo {
 
 namespace {
 
-constexpr std::string_view kNewPrefix = "RVI";
+constexpr std::string_view kLetters = "abcdefghijklmnopqrstuvwxyz012345";
+constexpr std::size_t kLetterCount = 6;
+constexpr std::string_view kEnding = ".tmp";
 
-std::string FolderOf(const std::string& path) {
-    const std::size_t separator = path.find_last_of("\\/");
-    return separator == std::string::npos ? "." : path.substr(0, separator + 1);
-}
-
-SAccessResult WriteDurably(const std::string& path, std::string_view bytes) {
-    CFile file;
-    std::size_t count = 0;
-    SFileResult result = file.Open(path, {.write = true});
-    if (result.Good()) {
-        result = file.Write({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}, count);
-    }
-    if (result.Good()) {
-        result = file.FlushToDisk();
-    }
-    if (result.Good()) {
-        result = file.Close();
-    }
-    return result.Good() ? SAccessResult{} : SAccessResult{EAccessFailure::NotWritten, result.systemCode};
+/// Hidden, and not what a run or a scheduler takes for an INI file.
+std::string NewNameHead(const std::string& oldName) {
+    constexpr std::size_t kLongestName = 255;
+    constexpr std::size_t kLongestHead = kLongestName - kLetterCount - kEnding.size();
+    return ("." + oldName).substr(0, kLongestHead - 1) + ".";
 }
 
 } // namespace
 
+std::string file_access::NewName(const std::string& oldName) {
+    std::random_device random;
+    std::string name = NewNameHead(oldName);
+    for (std::size_t count = 0; count < kLetterCount; ++count) {
+        name += kLetters[random() % kLetters.size()];
+    }
+    return name.append(kEnding);
+}
+
+bool file_access::IsNewName(std::string_view name, const std::string& oldName) {
+    const std::string head = NewNameHead(oldName);
+    return name.size() == head.size() + kLetterCount + kEnding.size() && name.starts_with(head) &&
+           name.ends_with(kEnding) &&
+           name.substr(head.size(), kLetterCount).find_first_not_of(kLetters) == std::string_view::npos;
+}
+
 SAccessResult WriteNewPrivateFile(const std::string& path, std::string_view bytes, std::string_view readers) {
-    SAccessResult result = file_access::MakeNew(path, readers);
-    if (!result.Good()) {
-        return result;
+    file_access::CNewFile file;
+    SAccessResult result = file.Make(path, readers);
+    if (result.Good()) {
+        result = file.WriteDurably(bytes);
     }
-    result = WriteDurably(path, bytes);
-    if (!result.Good()) {
-        RemoveFile(path);
-        return result;
+    if (result.Good()) {
+        file.Keep();
     }
-    FlushFolder(FolderOf(path));
     return result;
 }
 
-CFileExchange::~CFileExchange() {
-    if (!m_newPath.empty()) {
-        RemoveFile(m_newPath);
-    }
+SAccessResult CanBeExchanged(const std::string& path) {
+    return file_access::COldFile().Open(path);
 }
 
 SAccessResult CFileExchange::Prepare(const std::string& path, std::string_view bytes) {
-    SAccessResult result = file_access::FindExchangeable(path, m_path);
-    if (!result.Good()) {
-        return result;
+    SAccessResult result = m_old.Open(path);
+    if (result.Good()) {
+        result = m_old.Lock();
     }
-    m_newPath = MakeUniqueFile(FolderOf(m_path), std::string(kNewPrefix));
-    if (m_newPath.empty()) {
-        return {EAccessFailure::NotMade, 0};
+    if (result.Good()) {
+        result = m_new.MakeBeside(m_old);
     }
-    result = file_access::MakeAlike(m_path, m_newPath); // while nothing can be read from it
-    return result.Good() ? WriteDurably(m_newPath, bytes) : result;
+    return result.Good() ? m_new.WriteDurably(bytes) : result;
 }
 
-SAccessResult CFileExchange::Commit() {
-    SAccessResult result = file_access::MoveOver(m_newPath, m_path);
-    if (result.Good()) {
-        m_newPath.clear();
-        FlushFolder(FolderOf(m_path));
+SAccessResult CFileExchange::Commit(std::string_view oldBytes) {
+    if (!m_old.Holds(oldBytes)) {
+        return {EAccessFailure::Changed, 0};
     }
-    return result;
+    return m_new.TakePlaceOf(m_old);
 }
 
 } // namespace ruvo

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,6 +22,8 @@ enum class EAccessFailure : std::uint8_t {
     OtherNames,   ///< the file has another name, under which the old contents would live on
     Exists,       ///< a file that was to be new is there
     NotMade,      ///< the new file cannot be made in the folder
+    InUse,        ///< somebody else exchanges the file right now
+    Changed,      ///< the file is no longer the one, or says no longer what it said
     NotLikeOld,   ///< owner, group or permissions of the old file cannot be given to the new one
     NotWritten,   ///< the new bytes did not reach the disk
     NotExchanged, ///< the new file cannot take the old one's name
@@ -38,40 +41,83 @@ struct [[nodiscard]] SAccessResult {
 /// permissions.
 SAccessResult WriteNewPrivateFile(const std::string& path, std::string_view bytes, std::string_view readers);
 
-/// Exchanges a file: the new bytes are written beside it, looked at if wanted, and then take its name in one
-/// step. Before, after and on failure there is one whole file of that name; a crash may leave the other one
-/// beside it. Owner, group and permissions stay; a link stays a link, and the file it leads to is exchanged.
-class CFileExchange {
-public:
-    CFileExchange() = default;
-    CFileExchange(const CFileExchange&) = delete;
-    CFileExchange& operator=(const CFileExchange&) = delete;
-    ~CFileExchange(); ///< removes the new file unless it took the place
-
-    /// Writes the new bytes beside the file and flushes them.
-    SAccessResult Prepare(const std::string& path, std::string_view bytes);
-    /// Of the new file, between Prepare and Commit.
-    const std::string& NewPath() const { return m_newPath; }
-    SAccessResult Commit();
-
-private:
-    std::string m_path; // behind any links
-    std::string m_newPath;
-};
-
 /// The pieces that differ from system to system.
 namespace file_access {
 
-/// The file behind any links, when it can be exchanged: a regular one, that has no other name and that the
-/// user may write.
-SAccessResult FindExchangeable(const std::string& path, std::string& found);
-/// Makes an empty file that only its owner may read, unless it is there.
-SAccessResult MakeNew(const std::string& path, std::string_view readers);
-/// Gives an empty new file the owner, group and permissions of another.
-SAccessResult MakeAlike(const std::string& pattern, const std::string& path);
-/// Gives the file another's name, in one step.
-SAccessResult MoveOver(const std::string& newPath, const std::string& path);
+/// A name for the new file beside an old one, and whether a name is such a one.
+std::string NewName(const std::string& oldName);
+bool IsNewName(std::string_view name, const std::string& oldName);
+
+/// The file that is to be exchanged, open: a regular one that has no other name, that the user may write, in
+/// a folder that the user may write. Links to it are followed once, and then it stays the file in its folder.
+class COldFile {
+public:
+    COldFile();
+    COldFile(const COldFile&) = delete;
+    COldFile& operator=(const COldFile&) = delete;
+    ~COldFile(); ///< lets others in again
+
+    SAccessResult Open(const std::string& path);
+    /// Keeps other exchanges out; waits a little for one that goes on. If that one put another file in the
+    /// place, this is the one from then on. Then removes what exchanges that were killed left behind.
+    SAccessResult Lock();
+    /// Whether this is still the file of that name, and says this.
+    bool Holds(std::string_view bytes);
+
+    struct SHandle;
+    SHandle& Handle() { return *m_handle; }
+
+private:
+    std::string m_path;
+    std::unique_ptr<SHandle> m_handle;
+};
+
+/// A file that did not exist before, worked on through what its making opened: whoever else may write the
+/// folder can put another file in its place at any time, and must not steer what is written, or given away.
+class CNewFile {
+public:
+    CNewFile();
+    CNewFile(const CNewFile&) = delete;
+    CNewFile& operator=(const CNewFile&) = delete;
+    ~CNewFile(); ///< removes it, unless it is kept or took a place
+
+    /// Makes a file that its owner alone may read, on POSIX also the group `readers` if that has the folder.
+    SAccessResult Make(const std::string& path, std::string_view readers);
+    /// Makes one beside the other, with its owner, group and permissions.
+    SAccessResult MakeBeside(COldFile& old);
+    SAccessResult WriteDurably(std::string_view bytes);
+    SAccessResult TakePlaceOf(COldFile& old);
+    void Keep();
+    const std::string& Path() const { return m_path; }
+
+private:
+    struct SHandle;
+    std::string m_path;
+    std::unique_ptr<SHandle> m_handle;
+};
 
 } // namespace file_access
+
+/// Whether the file can be exchanged as far as can be told without doing it: to be asked before a person is
+/// asked for anything.
+SAccessResult CanBeExchanged(const std::string& path);
+
+/// Exchanges a file: the new bytes are written beside it, looked at if wanted, and then take its name in one
+/// step. Before, after and on failure there is one whole file of that name; a crash may leave the other one
+/// beside it as .NAME.XXXXXX.tmp, until the next exchange. Owner, group and permissions stay; a link stays a
+/// link, and the file it leads to is exchanged. One exchange of a file goes on at a time.
+class CFileExchange {
+public:
+    /// Writes the new bytes beside the file and flushes them.
+    SAccessResult Prepare(const std::string& path, std::string_view bytes);
+    /// Of the new file, between Prepare and Commit.
+    const std::string& NewPath() const { return m_new.Path(); }
+    /// Changed unless the old file still says `oldBytes`.
+    SAccessResult Commit(std::string_view oldBytes);
+
+private:
+    file_access::COldFile m_old;
+    file_access::CNewFile m_new; // goes first, while others are kept out
+};
 
 } // namespace ruvo

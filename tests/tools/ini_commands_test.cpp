@@ -16,6 +16,9 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <thread>
+
 namespace ruvo::test {
 namespace {
 
@@ -145,6 +148,52 @@ TEST_F(IniCommands, ExchangeKeepsLinksPermissionsAndOwner) {
     EXPECT_EQ(Text().find("=99"), std::string::npos);
     for (const auto& entry : std::filesystem::directory_iterator(m_folder.Native()))
         EXPECT_NE(entry.path().extension(), ".tmp") << entry.path(); // nothing is left beside it
+}
+
+// Somebody who may write the folder puts a link in the new file's place, in time for any step or for the
+// last.
+TEST_F(IniCommands, ExchangeIsNotSteeredIntoAnotherFile) {
+    m_folder.Write("victim", "v");
+    m_folder.Write("site.ini", "old");
+    const auto swapNew = [&] {
+        std::error_code ignored;
+        for (const auto& entry : std::filesystem::directory_iterator(m_folder.Native()))
+            if (entry.path().extension() == ".tmp" && unlink(entry.path().c_str()) == 0)
+                std::filesystem::create_symlink("victim", entry.path(), ignored);
+    };
+    std::atomic<bool> isOver = false;
+    std::thread attacker([&] {
+        while (!isOver)
+            swapNew();
+    });
+    for (int round = 0; round < 100; ++round)
+        static_cast<void>(CFileExchange().Prepare(m_folder.Path("site.ini"), "new"));
+    isOver = true;
+    attacker.join();
+    CFileExchange exchange;
+    EXPECT_TRUE(exchange.Prepare(m_folder.Path("site.ini"), "new").Good());
+    swapNew();
+    EXPECT_EQ(exchange.Commit("old").failure, EAccessFailure::NotExchanged);
+    EXPECT_EQ(m_folder.Read("victim") + Text(), "vold");
+}
+
+TEST_F(IniCommands, EditsAtOnceAreAllThereOrRefused) {
+    m_folder.Write("site.ini", kSite);
+    m_folder.Write(".site.ini.abcdef.tmp", "of an edit that was killed");
+    m_folder.Write(".site.ini.ABCDEF.tmp", "of somebody else");
+    pid_t children[8]{};
+    for (int at = 0; at < 8; ++at)
+        if (children[at] = fork(); children[at] == 0)
+            _exit(Tool("add INI 10" + std::to_string(at)).status);
+    int good = 0;
+    for (int at = 0, status = -1; at < 8; ++at) {
+        EXPECT_EQ(waitpid(children[at], &status, 0), children[at]);
+        good += status == 0;
+        EXPECT_EQ(Text().find("=10" + std::to_string(at)) != std::string::npos, status == 0) << Text();
+    }
+    EXPECT_GE(good, 1);
+    EXPECT_FALSE(m_folder.Has(".site.ini.abcdef.tmp"));
+    EXPECT_TRUE(m_folder.Has(".site.ini.ABCDEF.tmp"));
 }
 
 TEST_F(IniCommands, NewMakesAFileThatPassesCheck) {

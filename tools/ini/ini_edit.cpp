@@ -36,7 +36,11 @@ constexpr std::array kFailureTexts{
     SFailureText{EAccessFailure::NotLikeOld,
                  "the new file cannot be given the owner and the permissions of the old one; do it as the "
                  "file's owner, or as root"},
-    SFailureText{EAccessFailure::NotWritten, "the new text could not be written; the old file is as it was"},
+    SFailureText{EAccessFailure::InUse,
+                 "somebody else edits the file right now; nothing was done, try again"},
+    SFailureText{EAccessFailure::Changed,
+                 "the file was changed by someone else meanwhile; nothing was done, try again"},
+    SFailureText{EAccessFailure::NotWritten, "the new text could not be written, and nothing was changed"},
     SFailureText{EAccessFailure::NotExchanged, "the file cannot be exchanged; it is as it was"},
 };
 
@@ -45,9 +49,6 @@ constexpr std::string_view kNotReadable =
 constexpr std::string_view kTooLarge = "the file would grow beyond 4 MB, which a run does not read";
 constexpr std::string_view kOddLayout =
     "the file is laid out so that the entry cannot be edited alone; edit it by hand and use ruvoctl check";
-constexpr std::string_view kChangedMeanwhile =
-    "the file was changed by someone else meanwhile; nothing was done, try again";
-
 int Refuse(SConsole& console, std::string_view why) {
     console.error.Write("ruvoctl: " + std::string(why) + "\n");
     return kExitFailed;
@@ -106,11 +107,7 @@ int Exchange(const std::string& path, const std::string& oldBytes, const CIniDoc
     if (after != EResultCode::Success && RulesCode(path) == EResultCode::Success) {
         return Refuse(console, "that would make check fail: " + TellCode(after, document.Ini()));
     }
-    std::string bytes;
-    if (!ReadTextFileBytes(path, bytes) || bytes != oldBytes) {
-        return Refuse(console, kChangedMeanwhile);
-    }
-    result = exchange.Commit();
+    result = exchange.Commit(oldBytes);
     if (!result.Good()) {
         return Refuse(console, TellAccessFailure(result));
     }
@@ -134,6 +131,9 @@ int EditIniFile(const std::string& typedPath, SConsole& console, const MakeIniPl
     std::string bytes;
     if (path.empty() || !ReadTextFileBytes(path, bytes)) {
         return Refuse(console, kNotReadable);
+    }
+    if (const SAccessResult can = CanBeExchanged(path); !can.Good()) { // before a password is typed
+        return Refuse(console, TellAccessFailure(can));
     }
     CIniDocument document(bytes);
     const SIniPlan plan = makePlan(document.Ini());

@@ -1,17 +1,23 @@
 #include "platform/file_access.h"
 
+#include "platform/posix/file_size_signal.h"
 #include "platform/posix/native_path.h"
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <dirent.h>
 #include <fcntl.h>
 #include <grp.h>
 #include <memory>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
+#include <thread>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace ruvo {
@@ -29,8 +35,12 @@ SAccessResult Failed(EAccessFailure failure) {
 // An open file or folder.
 class CDescriptor {
 public:
-    CDescriptor(const std::string& native, int flags, mode_t mode = 0)
-        : m_descriptor(open(native.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, mode)) {}
+    explicit CDescriptor(int descriptor = -1) : m_descriptor(descriptor) {}
+    CDescriptor(CDescriptor&& other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
+    CDescriptor& operator=(CDescriptor&& other) noexcept {
+        std::swap(m_descriptor, other.m_descriptor);
+        return *this;
+    }
     CDescriptor(const CDescriptor&) = delete;
     CDescriptor& operator=(const CDescriptor&) = delete;
     ~CDescriptor() {
@@ -41,15 +51,47 @@ public:
 
     bool IsOpen() const { return m_descriptor != -1; }
     int Get() const { return m_descriptor; }
+    int Release() { return std::exchange(m_descriptor, -1); }
 
 private:
     int m_descriptor;
 };
 
-std::string FolderOf(const std::string& native) {
-    const std::size_t separator = native.rfind('/');
-    return separator == std::string::npos ? "." : native.substr(0, separator + 1);
-}
+// A name in a folder. The folder stays open, so that it is the same one in every step.
+struct SPlace {
+    CDescriptor folder;
+    std::string folderPath; // with its separator
+    std::string name;
+
+    SPlace() = default;
+    explicit SPlace(const std::string& native) {
+        const std::size_t begin = native.rfind('/') + 1; // 0 when there is none
+        folderPath = begin == 0 ? "./" : native.substr(0, begin);
+        name = native.substr(begin);
+        folder = CDescriptor(open(folderPath.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    }
+
+    // A link of that name is never followed, and nothing that is no regular file is waited for.
+    CDescriptor Open(int flags, mode_t mode = 0) const {
+        constexpr int kAlways = O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
+        return CDescriptor(openat(folder.Get(), name.c_str(), flags | kAlways, mode));
+    }
+    CDescriptor OpenFolder() const {
+        return CDescriptor(openat(folder.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    }
+    bool Examine(struct stat& status) const {
+        return fstatat(folder.Get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
+    }
+    // Whether the name stands for that open file.
+    bool IsOf(const CDescriptor& file) const {
+        struct stat named = {};
+        struct stat opened = {};
+        return Examine(named) && fstat(file.Get(), &opened) == 0 && named.st_dev == opened.st_dev &&
+               named.st_ino == opened.st_ino;
+    }
+    void Remove() const { static_cast<void>(unlinkat(folder.Get(), name.c_str(), 0)); }
+    void Flush() const { static_cast<void>(fsync(OpenFolder().Get())); }
+};
 
 bool IsGroupNamed(gid_t id, std::string_view name) {
     group entry = {};
@@ -61,9 +103,9 @@ bool IsGroupNamed(gid_t id, std::string_view name) {
 
 // A folder that gives its files another group would need the system's leave; without it the file stays its
 // owner's alone.
-void LetReadersIn(const std::string& native, int file, std::string_view readers) {
+void LetReadersIn(const SPlace& place, int file, std::string_view readers) {
     struct stat folder = {};
-    if (stat(FolderOf(native).c_str(), &folder) == 0 && IsGroupNamed(folder.st_gid, readers) &&
+    if (fstat(place.folder.Get(), &folder) == 0 && IsGroupNamed(folder.st_gid, readers) &&
         fchown(file, static_cast<uid_t>(-1), folder.st_gid) == 0) {
         static_cast<void>(fchmod(file, kOwnerAlone | S_IRGRP));
     }
@@ -83,6 +125,55 @@ bool CopyAccessList(int from, int to) {
     return HasNoAccessList(errno) && (fremovexattr(to, kAccessList) == 0 || HasNoAccessList(errno));
 }
 
+bool MakeAlike(int from, int to) {
+    struct stat wanted = {};
+    struct stat given = {};
+    if (fstat(from, &wanted) != 0 || fstat(to, &given) != 0) {
+        return false;
+    }
+    const bool isSameOwner = wanted.st_uid == given.st_uid && wanted.st_gid == given.st_gid;
+    // The mode last: a change of the owner takes bits of it away, and a list of users brings its own.
+    return (isSameOwner || fchown(to, wanted.st_uid, wanted.st_gid) == 0) && CopyAccessList(from, to) &&
+           fchmod(to, wanted.st_mode & kPermissions) == 0;
+}
+
+// Only what an exchange of this file can have made: files of its owner that have such a name.
+void RemoveLeftovers(const SPlace& old, uid_t owner) {
+    const std::unique_ptr<DIR, int (*)(DIR*)> folder(fdopendir(old.OpenFolder().Release()), &closedir);
+    while (const dirent* const entry = folder ? readdir(folder.get()) : nullptr) {
+        struct stat status = {};
+        if (file_access::IsNewName(entry->d_name, old.name) &&
+            fstatat(old.folder.Get(), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+            S_ISREG(status.st_mode) && status.st_uid == owner) {
+            static_cast<void>(unlinkat(old.folder.Get(), entry->d_name, 0));
+        }
+    }
+}
+
+// Writes all, or tells by errno why not.
+bool WriteAll(int file, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t put = write(file, bytes.data(), bytes.size());
+        if (put == 0) {
+            errno = EIO;
+        }
+        if (put > 0) {
+            bytes.remove_prefix(static_cast<std::size_t>(put));
+        } else if (put == 0 || errno != EINTR) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool FlushToDisk(int file) {
+    int result = fsync(file);
+    while (result != 0 && errno == EINTR) {
+        result = fsync(file);
+    }
+    return result == 0 || errno == EINVAL || errno == ENOSYS || errno == ENOTSUP; // knows no such thing
+}
+
 } // namespace
 
 std::optional<bool> IsReadableByEveryone(const std::string& path) {
@@ -96,65 +187,156 @@ std::optional<bool> IsReadableByEveryone(const std::string& path) {
 
 namespace file_access {
 
-SAccessResult FindExchangeable(const std::string& path, std::string& found) {
+struct COldFile::SHandle {
+    SPlace place;
+    CDescriptor file;
+};
+
+COldFile::COldFile() : m_handle(std::make_unique<SHandle>()) {}
+COldFile::~COldFile() = default;
+
+SAccessResult COldFile::Open(const std::string& path) {
+    m_path = path;
     const auto native = ToNativePath(path);
     errno = ENOENT;
     const std::unique_ptr<char, decltype(&std::free)> real(
         native ? realpath(native->c_str(), nullptr) : nullptr, &std::free);
     struct stat status = {};
-    if (!real || stat(real.get(), &status) != 0) {
+    if (!real) {
         return Failed(EAccessFailure::NotFound);
     }
-    if (!S_ISREG(status.st_mode)) {
+    m_handle->file = CDescriptor(); // before its place, so that a wait leaves nothing locked
+    m_handle->place = SPlace(real.get());
+    const SPlace& place = m_handle->place;
+    if (!place.folder.IsOpen() || !place.Examine(status)) {
+        return Failed(EAccessFailure::NotFound);
+    }
+    if (!S_ISREG(status.st_mode)) { // asked first: the opening alone does something to some devices
         return {EAccessFailure::NotFound, 0};
     }
     // The folder's permissions decide about the exchange; the file's own would not be asked.
-    if (faccessat(AT_FDCWD, real.get(), W_OK, AT_EACCESS) != 0) {
-        return Failed(EAccessFailure::NotWritable);
+    m_handle->file = place.Open(O_RDWR);
+    if (!m_handle->file.IsOpen() || fstat(m_handle->file.Get(), &status) != 0) {
+        return Failed(errno == ENOENT ? EAccessFailure::NotFound : EAccessFailure::NotWritable);
     }
-    if (status.st_nlink > 1) {
-        return {EAccessFailure::OtherNames, 0};
+    if (!S_ISREG(status.st_mode) || status.st_nlink > 1) {
+        return {S_ISREG(status.st_mode) ? EAccessFailure::OtherNames : EAccessFailure::NotFound, 0};
     }
-    found = FromNativePath(real.get());
-    return {};
+    return faccessat(place.folder.Get(), ".", W_OK | X_OK, AT_EACCESS) == 0 ? SAccessResult{}
+                                                                            : Failed(EAccessFailure::NotMade);
 }
 
-SAccessResult MakeNew(const std::string& path, std::string_view readers) {
+SAccessResult COldFile::Lock() {
+    constexpr int kTries = 100;
+    constexpr std::chrono::milliseconds kPause(20);
+    for (int tries = 0; tries < kTries; ++tries) {
+        if (flock(m_handle->file.Get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+            std::this_thread::sleep_for(kPause);
+            continue;
+        } // a file system without locks does without
+        struct stat status = {};
+        if (m_handle->place.IsOf(m_handle->file) && fstat(m_handle->file.Get(), &status) == 0) {
+            RemoveLeftovers(m_handle->place, status.st_uid);
+            return {};
+        }
+        if (const SAccessResult result = Open(m_path); !result.Good()) {
+            return result;
+        }
+    }
+    return {EAccessFailure::InUse, 0};
+}
+
+bool COldFile::Holds(std::string_view bytes) {
+    std::array<char, 16384> block{};
+    off_t at = 0;
+    for (;;) {
+        const ssize_t count = pread(m_handle->file.Get(), block.data(), block.size(), at);
+        if (count <= 0) {
+            return count == 0 && bytes.empty() && m_handle->place.IsOf(m_handle->file);
+        }
+        const std::string_view read(block.data(), static_cast<std::size_t>(count));
+        if (!bytes.starts_with(read)) {
+            return false;
+        }
+        bytes.remove_prefix(read.size());
+        at += count;
+    }
+}
+
+struct CNewFile::SHandle {
+    SPlace place;
+    CDescriptor file; // open as long as the file may have to go again
+};
+
+CNewFile::CNewFile() : m_handle(std::make_unique<SHandle>()) {}
+
+CNewFile::~CNewFile() {
+    if (m_handle->file.IsOpen() && m_handle->place.IsOf(m_handle->file)) {
+        m_handle->place.Remove();
+    }
+}
+
+SAccessResult CNewFile::Make(const std::string& path, std::string_view readers) {
     const auto native = ToNativePath(path);
     errno = ENOENT;
     if (!native) {
         return Failed(EAccessFailure::NotMade);
     }
-    const CDescriptor made(*native, O_WRONLY | O_CREAT | O_EXCL, kOwnerAlone);
-    if (!made.IsOpen()) {
+    m_path = path;
+    m_handle->place = SPlace(*native);
+    m_handle->file = m_handle->place.Open(O_WRONLY | O_CREAT | O_EXCL, kOwnerAlone);
+    if (!m_handle->file.IsOpen()) {
         return Failed(errno == EEXIST ? EAccessFailure::Exists : EAccessFailure::NotMade);
     }
-    LetReadersIn(*native, made.Get(), readers);
+    LetReadersIn(m_handle->place, m_handle->file.Get(), readers);
     return {};
 }
 
-SAccessResult MakeAlike(const std::string& pattern, const std::string& path) {
-    const CDescriptor from(ToNativePath(pattern).value_or(""), O_RDONLY);
-    const CDescriptor to(ToNativePath(path).value_or(""), O_WRONLY | O_NOFOLLOW);
-    struct stat wanted = {};
-    struct stat given = {};
-    if (!from.IsOpen() || !to.IsOpen() || fstat(from.Get(), &wanted) != 0 || fstat(to.Get(), &given) != 0) {
-        return Failed(EAccessFailure::NotLikeOld);
+SAccessResult CNewFile::MakeBeside(COldFile& old) {
+    constexpr int kTries = 100;
+    const COldFile::SHandle& oldFile = old.Handle();
+    SPlace& place = m_handle->place;
+    place.folderPath = oldFile.place.folderPath;
+    place.folder = CDescriptor(fcntl(oldFile.place.folder.Get(), F_DUPFD_CLOEXEC, 0));
+    for (int tries = 0; tries < kTries && !m_handle->file.IsOpen(); ++tries) {
+        place.name = NewName(oldFile.place.name);
+        m_handle->file = place.Open(O_WRONLY | O_CREAT | O_EXCL, kOwnerAlone);
+        if (!m_handle->file.IsOpen() && errno != EEXIST) {
+            break;
+        }
     }
-    const bool isSameOwner = wanted.st_uid == given.st_uid && wanted.st_gid == given.st_gid;
-    // The mode last: a change of the owner takes bits of it away, and a list of users brings its own.
-    const bool isAlike = (isSameOwner || fchown(to.Get(), wanted.st_uid, wanted.st_gid) == 0) &&
-                         CopyAccessList(from.Get(), to.Get()) &&
-                         fchmod(to.Get(), wanted.st_mode & kPermissions) == 0;
-    return isAlike ? SAccessResult{} : Failed(EAccessFailure::NotLikeOld);
+    if (!m_handle->file.IsOpen()) {
+        return Failed(EAccessFailure::NotMade);
+    }
+    m_path = FromNativePath(place.folderPath + place.name);
+    return MakeAlike(oldFile.file.Get(), m_handle->file.Get()) // while nothing can be read from it
+               ? SAccessResult{}
+               : Failed(EAccessFailure::NotLikeOld);
 }
 
-SAccessResult MoveOver(const std::string& newPath, const std::string& path) {
-    const auto from = ToNativePath(newPath);
-    const auto to = ToNativePath(path);
-    errno = ENOENT;
-    return from && to && rename(from->c_str(), to->c_str()) == 0 ? SAccessResult{}
-                                                                 : Failed(EAccessFailure::NotExchanged);
+SAccessResult CNewFile::WriteDurably(std::string_view bytes) {
+    IgnoreFileSizeSignal();
+    return WriteAll(m_handle->file.Get(), bytes) && FlushToDisk(m_handle->file.Get())
+               ? SAccessResult{}
+               : Failed(EAccessFailure::NotWritten);
+}
+
+SAccessResult CNewFile::TakePlaceOf(COldFile& old) {
+    const SPlace& from = m_handle->place;
+    const SPlace& to = old.Handle().place;
+    if (!from.IsOf(m_handle->file)) {
+        return {EAccessFailure::NotExchanged, 0};
+    }
+    if (renameat(from.folder.Get(), from.name.c_str(), to.folder.Get(), to.name.c_str()) != 0) {
+        return Failed(EAccessFailure::NotExchanged);
+    }
+    Keep();
+    return {};
+}
+
+void CNewFile::Keep() {
+    m_handle->file = CDescriptor();
+    m_handle->place.Flush();
 }
 
 } // namespace file_access

@@ -1,9 +1,13 @@
 #include "platform/file_access.h"
 
+#include "platform/files.h"
 #include "platform/windows/system.h"
 
 #include <array>
+#include <chrono>
 #include <string_view>
+#include <thread>
+#include <utility>
 #include <vector>
 
 namespace ruvo {
@@ -20,7 +24,12 @@ SAccessResult Failed(EAccessFailure failure) {
 // An open file.
 class CHandle {
 public:
-    explicit CHandle(HANDLE handle) : m_handle(handle) {}
+    explicit CHandle(HANDLE handle = INVALID_HANDLE_VALUE) : m_handle(handle) {}
+    CHandle(CHandle&& other) noexcept : m_handle(std::exchange(other.m_handle, INVALID_HANDLE_VALUE)) {}
+    CHandle& operator=(CHandle&& other) noexcept {
+        std::swap(m_handle, other.m_handle);
+        return *this;
+    }
     CHandle(const CHandle&) = delete;
     CHandle& operator=(const CHandle&) = delete;
     ~CHandle() {
@@ -51,6 +60,72 @@ std::string PathBehindLinks(HANDLE file) {
     return length < path.size() ? WithoutDevicePrefix({path.data(), length}) : std::string();
 }
 
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+// Whether the path leads to that open file.
+bool IsOf(const std::string& path, const CHandle& file) {
+    const CHandle named(CreateFileA(path.c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+    BY_HANDLE_FILE_INFORMATION one = {};
+    BY_HANDLE_FILE_INFORMATION other = {};
+    return named.IsOpen() && GetFileInformationByHandle(named.Get(), &one) != FALSE &&
+           GetFileInformationByHandle(file.Get(), &other) != FALSE &&
+           one.dwVolumeSerialNumber == other.dwVolumeSerialNumber &&
+           one.nFileIndexHigh == other.nFileIndexHigh && one.nFileIndexLow == other.nFileIndexLow;
+}
+
+std::string FolderOf(const std::string& path) {
+    return path.substr(0, path.find_last_of("\\/") + 1);
+}
+
+std::string NameOf(const std::string& path) {
+    return path.substr(path.find_last_of("\\/") + 1);
+}
+
+void RemoveLeftovers(const std::string& oldPath) {
+    std::vector<SFolderEntry> entries;
+    if (!ListFolder(FolderOf(oldPath), entries)) {
+        return;
+    }
+    for (const SFolderEntry& entry : entries) {
+        if (!entry.isFolder && file_access::IsNewName(entry.name, NameOf(oldPath))) {
+            RemoveFile(FolderOf(oldPath) + entry.name);
+        }
+    }
+}
+
+// A file of this system that its maker may give other permissions, and another owner if the system lets him.
+CHandle MakeFile(const std::string& path) {
+    constexpr DWORD kAccess = GENERIC_WRITE | READ_CONTROL | WRITE_DAC;
+    const auto make = [&](DWORD access) {
+        return CreateFileA(path.c_str(), access, FILE_SHARE_READ, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL,
+                           nullptr);
+    };
+    CHandle made(make(kAccess | WRITE_OWNER));
+    if (!made.IsOpen() && GetLastError() == ERROR_ACCESS_DENIED) {
+        made = CHandle(make(kAccess));
+    }
+    return made;
+}
+
+bool IsThere(DWORD code) {
+    return code == ERROR_FILE_EXISTS || code == ERROR_ALREADY_EXISTS;
+}
+
+// The list of who may do what is kept. The owner is kept where the system lets the user give a file away,
+// which takes a privilege that hardly anyone has; whoever may write the file owns the new one otherwise.
+bool MakeAlike(const CHandle& from, const CHandle& to) {
+    constexpr SECURITY_INFORMATION kList = DACL_SECURITY_INFORMATION;
+    constexpr SECURITY_INFORMATION kBoth = kList | OWNER_SECURITY_INFORMATION;
+    DWORD size = 0;
+    GetKernelObjectSecurity(from.Get(), kBoth, nullptr, 0, &size);
+    std::vector<char> bytes(size);
+    auto* const descriptor = static_cast<PSECURITY_DESCRIPTOR>(bytes.data());
+    return size != 0 && GetKernelObjectSecurity(from.Get(), kBoth, descriptor, size, &size) != FALSE &&
+           (SetKernelObjectSecurity(to.Get(), kBoth, descriptor) != FALSE ||
+            SetKernelObjectSecurity(to.Get(), kList, descriptor) != FALSE);
+}
+
 } // namespace
 
 // Permissions here are lists that only the system itself can judge.
@@ -60,10 +135,20 @@ std::optional<bool> IsReadableByEveryone(const std::string& /*path*/) {
 
 namespace file_access {
 
-SAccessResult FindExchangeable(const std::string& path, std::string& found) {
-    constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-    const CHandle file(CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, kShare, nullptr, OPEN_EXISTING,
-                                   FILE_ATTRIBUTE_NORMAL, nullptr));
+struct COldFile::SHandle {
+    CHandle file;
+    CHandle lock; // a file beside it, which goes when it is closed, also by a process that is killed
+    std::string path;
+};
+
+COldFile::COldFile() : m_handle(std::make_unique<SHandle>()) {}
+COldFile::~COldFile() = default;
+
+SAccessResult COldFile::Open(const std::string& path) {
+    m_path = path;
+    m_handle->file = CHandle(CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, kShareAll, nullptr,
+                                         OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    const CHandle& file = m_handle->file;
     if (!file.IsOpen()) {
         const bool isDenied = GetLastError() == ERROR_ACCESS_DENIED;
         return Failed(isDenied ? EAccessFailure::NotWritable : EAccessFailure::NotFound);
@@ -76,43 +161,118 @@ SAccessResult FindExchangeable(const std::string& path, std::string& found) {
     if (facts.nNumberOfLinks > 1) {
         return {EAccessFailure::OtherNames, 0};
     }
-    found = PathBehindLinks(file.Get());
-    return found.empty() ? Failed(EAccessFailure::NotFound) : SAccessResult{};
+    m_handle->path = PathBehindLinks(file.Get());
+    return m_handle->path.empty() ? Failed(EAccessFailure::NotFound) : SAccessResult{};
 }
 
-SAccessResult MakeNew(const std::string& path, std::string_view /*readers*/) {
-    const CHandle made(
-        CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (made.IsOpen()) {
+// By a file that only one can have open: it also holds while the old file is closed to be exchanged.
+SAccessResult COldFile::Lock() {
+    constexpr int kTries = 100;
+    constexpr std::chrono::milliseconds kPause(20);
+    const std::string lock = FolderOf(m_handle->path) + "." + NameOf(m_handle->path) + ".lock";
+    DWORD code = ERROR_SUCCESS;
+    for (int tries = 0; tries < kTries && !m_handle->lock.IsOpen(); ++tries) {
+        m_handle->lock = CHandle(CreateFileA(lock.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                             FILE_ATTRIBUTE_NORMAL | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+        code = m_handle->lock.IsOpen() ? ERROR_SUCCESS : GetLastError();
+        // Access is also denied to a file that is about to go.
+        if (code != ERROR_SHARING_VIOLATION && code != ERROR_ACCESS_DENIED) {
+            break;
+        }
+        std::this_thread::sleep_for(kPause);
+    }
+    if (code != ERROR_SUCCESS) {
+        return code == ERROR_SHARING_VIOLATION
+                   ? SAccessResult{EAccessFailure::InUse, 0}
+                   : SAccessResult{EAccessFailure::NotMade, static_cast<long>(code)};
+    }
+    RemoveLeftovers(m_handle->path);
+    return IsOf(m_handle->path, m_handle->file) ? SAccessResult{} : Open(m_path);
+}
+
+bool COldFile::Holds(std::string_view bytes) {
+    std::array<char, 16384> block{};
+    LARGE_INTEGER start = {};
+    if (SetFilePointerEx(m_handle->file.Get(), start, nullptr, FILE_BEGIN) == FALSE) {
+        return false;
+    }
+    for (;;) {
+        DWORD count = 0;
+        const bool isRead = ReadFile(m_handle->file.Get(), block.data(), static_cast<DWORD>(block.size()),
+                                     &count, nullptr) != FALSE;
+        if (!isRead || count == 0) {
+            return isRead && bytes.empty() && IsOf(m_handle->path, m_handle->file);
+        }
+        if (!bytes.starts_with(std::string_view(block.data(), count))) {
+            return false;
+        }
+        bytes.remove_prefix(count);
+    }
+}
+
+struct CNewFile::SHandle {
+    CHandle file;
+    bool mayHaveToGo = false;
+};
+
+CNewFile::CNewFile() : m_handle(std::make_unique<SHandle>()) {}
+
+CNewFile::~CNewFile() {
+    m_handle->file = CHandle();
+    if (m_handle->mayHaveToGo) {
+        RemoveFile(m_path);
+    }
+}
+
+SAccessResult CNewFile::Make(const std::string& path, std::string_view /*readers*/) {
+    m_path = path;
+    m_handle->file = MakeFile(path);
+    m_handle->mayHaveToGo = m_handle->file.IsOpen();
+    if (m_handle->mayHaveToGo) {
         return {};
     }
-    const bool exists = GetLastError() == ERROR_FILE_EXISTS || GetLastError() == ERROR_ALREADY_EXISTS;
-    return Failed(exists ? EAccessFailure::Exists : EAccessFailure::NotMade);
+    return Failed(IsThere(GetLastError()) ? EAccessFailure::Exists : EAccessFailure::NotMade);
 }
 
-// The list of who may do what is kept. The owner is kept where the system lets the user give a file away,
-// which takes a privilege that hardly anyone has; whoever may write the file owns the new one otherwise.
-SAccessResult MakeAlike(const std::string& pattern, const std::string& path) {
-    constexpr SECURITY_INFORMATION kList = DACL_SECURITY_INFORMATION;
-    DWORD size = 0;
-    GetFileSecurityA(pattern.c_str(), kList | OWNER_SECURITY_INFORMATION, nullptr, 0, &size);
-    std::vector<char> bytes(size);
-    auto* const descriptor = static_cast<PSECURITY_DESCRIPTOR>(bytes.data());
-    if (size == 0 || GetFileSecurityA(pattern.c_str(), kList | OWNER_SECURITY_INFORMATION, descriptor, size,
-                                      &size) == FALSE) {
-        return Failed(EAccessFailure::NotLikeOld);
+SAccessResult CNewFile::MakeBeside(COldFile& old) {
+    constexpr int kTries = 100;
+    const std::string& oldPath = old.Handle().path;
+    SAccessResult result{EAccessFailure::Exists, 0};
+    for (int tries = 0; tries < kTries && result.failure == EAccessFailure::Exists; ++tries) {
+        result = Make(FolderOf(oldPath) + NewName(NameOf(oldPath)), "");
     }
-    if (SetFileSecurityA(path.c_str(), kList | OWNER_SECURITY_INFORMATION, descriptor) != FALSE ||
-        SetFileSecurityA(path.c_str(), kList, descriptor) != FALSE) {
-        return {};
+    if (!result.Good()) {
+        return {EAccessFailure::NotMade, result.systemCode};
     }
-    return Failed(EAccessFailure::NotLikeOld);
+    return MakeAlike(old.Handle().file, m_handle->file) ? SAccessResult{}
+                                                        : Failed(EAccessFailure::NotLikeOld);
 }
 
-SAccessResult MoveOver(const std::string& newPath, const std::string& path) {
+// Closed at the end: those who look at the new file do not let others have it open for writing.
+SAccessResult CNewFile::WriteDurably(std::string_view bytes) {
+    DWORD count = 0;
+    const HANDLE file = m_handle->file.Get();
+    if (WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr) == FALSE ||
+        FlushFileBuffers(file) == FALSE) {
+        return Failed(EAccessFailure::NotWritten);
+    }
+    m_handle->file = CHandle();
+    return count == bytes.size() ? SAccessResult{} : SAccessResult{EAccessFailure::NotWritten, 0};
+}
+
+SAccessResult CNewFile::TakePlaceOf(COldFile& old) {
     constexpr DWORD kFlags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
-    return MoveFileExA(newPath.c_str(), path.c_str(), kFlags) != FALSE ? SAccessResult{}
-                                                                       : Failed(EAccessFailure::NotExchanged);
+    old.Handle().file = CHandle(); // an open file keeps its place
+    if (MoveFileExA(m_path.c_str(), old.Handle().path.c_str(), kFlags) == FALSE) {
+        return Failed(EAccessFailure::NotExchanged);
+    }
+    Keep();
+    return {};
+}
+
+void CNewFile::Keep() {
+    m_handle->file = CHandle();
+    m_handle->mayHaveToGo = false;
 }
 
 } // namespace file_access
