@@ -49,6 +49,7 @@ TEST(IniDocument, EditsOddLayouts) {
         {"[S]\n;c\nRV004=1\n;d\nRV006=3\n", "2", "[S]\n;c\nRV004=1\nRV005=2\n;d\nRV006=3\n"},
         {"[S]\nRV006=3\n", "2", "[S]\nRV005=2\nRV006=3\n"},
         {"[S]\r;c\r\r[T]\r", "2", "[S]\r;c\rRV005=2\r\r[T]\r"},
+        {"[S]\n;c\n\n;t\n[T]\n", "2", "[S]\n;c\nRV005=2\n\n;t\n[T]\n"}, // ;t speaks of [T]
         {"[T]\r\nx=1", "2", "[T]\r\nx=1\r\n\r\n[S]\r\nRV005=2"},
         {kMark, "2", kMark + "[S]\nRV005=2\n"},
         {"[S]\nRV005=1\nb\nrv005\n[S]\nRV005=4", "-", "[S]\nb\n[S]\nRV005=4"},

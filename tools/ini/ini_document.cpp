@@ -42,18 +42,20 @@ std::string_view LineEndAt(std::string_view text, std::size_t at) {
 /// else behind what the section says at its head.
 std::size_t LineBefore(const SIniSection& section, std::string_view key) {
     std::size_t line = 0;
+    std::size_t head = section.line; // an empty line ends it: what follows may be the next section's heading
     bool hasRelays = false;
     for (const SIniEntry& entry : section.entries) {
+        head = !entry.IsComment() || entry.line == head + 1 ? entry.line : head;
         const bool isRelay = IsRelayKey(entry.key);
         hasRelays = hasRelays || isRelay;
         if (isRelay && entry.key.substr(2) < key.substr(2)) {
             line = entry.line;
         }
     }
-    if (line != 0 || hasRelays || section.entries.empty()) {
-        return line != 0 ? line : section.line;
+    if (line != 0) {
+        return line;
     }
-    return section.entries.back().line;
+    return hasRelays ? section.line : head;
 }
 
 } // namespace
@@ -61,9 +63,15 @@ std::size_t LineBefore(const SIniSection& section, std::string_view key) {
 CIniDocument::CIniDocument(std::string bytes)
     : m_bytes(std::move(bytes)), m_text(TextOfFileBytes(m_bytes)), m_ini(CIniText::Parse(m_text)) {}
 
+std::string_view WhyNotReadable(std::string_view bytes) {
+    return bytes.starts_with(kBigEndianMark)
+               ? "the file is UTF-16 with the high byte first, which a run cannot read; save it as UTF-8"
+               : std::string_view();
+}
+
 std::string_view CIniDocument::WhyNotEditable() const {
-    if (m_bytes.starts_with(kBigEndianMark)) {
-        return "the file is UTF-16 with the high byte first, which a run cannot read; save it as UTF-8";
+    if (const std::string_view why = WhyNotReadable(m_bytes); !why.empty()) {
+        return why;
     }
     if (IsWide(m_bytes) && m_bytes.size() % kWideSize != 0) {
         return "the file is UTF-16 that ends within a character; save it as UTF-8";

@@ -9,6 +9,9 @@
 
 namespace ruvo {
 
+/// Why a run cannot read what these bytes say; empty when it can.
+std::string_view WhyNotReadable(std::string_view bytes);
+
 /// The bytes of an INI file and what they say. Values that are set are plain ASCII without line ends.
 class CIniDocument {
 public:

@@ -49,8 +49,21 @@ bool HasDeviceEntry(const CIniText& ini, std::string_view key) {
         kDeviceSections, [&](std::string_view section) { return ini.FindEntry(section, key) != nullptr; });
 }
 
+bool IsLogNamedAsIni(const SIniSection& section, const SIniEntry& entry) {
+    constexpr std::string_view kExtension = ".ini";
+    if (!EqualIniNames(section.name, kGeneralSection) || !EqualIniNames(entry.key, "ErrorLogPathname")) {
+        return false;
+    }
+    const std::string_view path = entry.value ? std::string_view(*entry.value) : std::string_view();
+    return path.size() >= kExtension.size() &&
+           EqualIniNames(path.substr(path.size() - kExtension.size()), kExtension);
+}
+
 /// What is odd about a key that is read; none for one that is fine. The text of a password is never told.
 std::optional<std::string> OddEntry(const CIniText& ini, const SIniSection& section, const SIniEntry& entry) {
+    if (IsLogNamedAsIni(section, entry)) {
+        return "ErrorLogPathname: an INI file, to which the error log would be written; want another name";
+    }
     if (EqualIniNames(section.name, kGeneralSection)) {
         return IsKnownGeneralKey(entry.key)
                    ? std::nullopt

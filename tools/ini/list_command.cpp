@@ -3,6 +3,7 @@
 #include "platform/full_path.h"
 #include "platform/profile.h"
 #include "tools/command.h"
+#include "tools/ini/ini_document.h"
 #include "tools/ini/relay_entries.h"
 #include "tools/json_writer.h"
 #include "tools/text_encoding.h"
@@ -107,13 +108,16 @@ void PrintJson(const std::vector<SRelay>& relays, std::optional<ELink> selected,
 int RunList(const CArguments& arguments, SConsole& console) {
     const std::string typed = arguments.Get("INI");
     const std::string path = FullPath(typed);
-    std::string text;
-    if (path.empty() || !ReadTextFile(path, text)) {
-        console.error.Write("ruvoctl: " + EscapeControls(SystemTextToUtf8(typed)) +
-                            ": cannot be read; want an INI file, which ruvoctl new makes\n");
+    std::string bytes;
+    const std::string_view why = path.empty() || !ReadTextFileBytes(path, bytes)
+                                     ? "cannot be read; want an INI file, which ruvoctl new makes"
+                                     : WhyNotReadable(bytes);
+    if (!why.empty()) {
+        console.error.Write("ruvoctl: " + EscapeControls(SystemTextToUtf8(typed)) + ": " + std::string(why) +
+                            "\n");
         return kExitFailed;
     }
-    const CIniText ini = CIniText::Parse(text);
+    const CIniText ini = CIniText::Parse(TextOfFileBytes(bytes));
     const std::optional<ELink> selected = SelectedLink(ini);
     std::vector<SRelay> relays = ListRelays(ini);
     std::stable_partition(relays.begin(), relays.end(),

@@ -4,6 +4,7 @@
 #include "platform/full_path.h"
 #include "tools/command.h"
 #include "tools/ini/program_folder.h"
+#include "tools/text_encoding.h"
 
 #include <array>
 
@@ -44,6 +45,11 @@ SPlaces ResolvePlaces(const std::string& fullPath) {
     return {SystemPath(events), SystemPath(ErrorLogPath())};
 }
 
+/// For people; alone a path goes to a script as it is.
+std::string Shown(const std::string& path) {
+    return EscapeControls(SystemTextToUtf8(path));
+}
+
 int RunPaths(const CArguments& arguments, SConsole& console) {
     const SPlaces places = ResolvePlaces(FullPath(arguments.Get("INI")));
     if (places.events.empty() || places.log.empty()) {
@@ -52,7 +58,7 @@ int RunPaths(const CArguments& arguments, SConsole& console) {
     }
     const std::string wanted = arguments.Get("--of");
     if (wanted.empty()) {
-        console.out.Write("events: " + places.events + "\nlog: " + places.log + "\n");
+        console.out.Write("events: " + Shown(places.events) + "\nlog: " + Shown(places.log) + "\n");
     } else {
         console.out.Write((wanted == "log" ? places.log : places.events) + "\n");
     }

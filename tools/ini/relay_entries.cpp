@@ -24,10 +24,6 @@ std::string SwitchText(const CIniText& ini, std::string_view key) {
     return entry == nullptr || !entry->value || entry->value->empty() ? "0" : *entry->value;
 }
 
-bool HasValue(const SIniEntry* entry) {
-    return entry != nullptr && entry->value && !entry->value->empty();
-}
-
 /// What tells two relays of a link apart.
 std::tuple<std::string, std::int32_t, std::int32_t> Address(ELink link, std::string_view text) {
     if (link != ELink::Ethernet) {
@@ -43,6 +39,10 @@ bool StandsAnywhere(const CIniText& ini, std::string_view key) {
 }
 
 } // namespace
+
+bool HasValue(const SIniEntry* entry) {
+    return entry != nullptr && entry->value && !entry->value->empty();
+}
 
 std::optional<ELink> LinkNamed(std::string_view name) {
     const auto* const row = std::ranges::find(kLinks, name, &SLinkRow::name);
@@ -78,8 +78,10 @@ EStoredPassword PasswordOf(const CIniText& ini, std::string_view key) {
         return EStoredPassword::None;
     }
     CSecret plain(kMaxPasswordLength, '\0');
-    return UnscramblePassword(entry->value->c_str(), plain.Data()) == 0 ? EStoredPassword::Stored
-                                                                        : EStoredPassword::Unusable;
+    if (UnscramblePassword(entry->value->c_str(), plain.Data()) != 0) {
+        return EStoredPassword::Unusable;
+    }
+    return *plain.Text() == '\0' ? EStoredPassword::None : EStoredPassword::Stored;
 }
 
 std::string_view WantInstead(ELink link, std::string_view text) {

@@ -36,7 +36,8 @@ std::optional<ELink> LinkNamed(std::string_view name);
 /// The link whose relays a run visits; none when the file's switches say neither 0 nor 1.
 std::optional<ELink> SelectedLink(const CIniText& ini);
 
-/// What stands for a relay; a password is `stored` when a run would use it.
+/// What stands for a relay; a password is `stored` when a run would use it, `none` also when it is an empty
+/// one.
 enum class EStoredPassword : std::uint8_t { None, Stored, Unusable };
 
 struct SRelay {
@@ -45,6 +46,9 @@ struct SRelay {
     std::string text; ///< what the file says behind the key
     EStoredPassword password = EStoredPassword::None;
 };
+
+/// Whether there is such an entry, and it says something.
+bool HasValue(const SIniEntry* entry);
 
 /// Every entry of a device section that a reader would see and that has a value; by link, then by key.
 std::vector<SRelay> ListRelays(const CIniText& ini);
