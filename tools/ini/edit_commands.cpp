@@ -35,7 +35,9 @@ constexpr std::string_view kAddNotes =
     "address that is none, a key that is taken), and an address that another relay has.\n"
     "The file is exchanged as a whole, with the same owner and permissions; what goes wrong leaves it as it "
     "was.\n"
-    "Exit status: 0, or 1 when nothing was done, or 2 for a mistake in the arguments.\n\n"
+    "Exit status: 0, or 1 when nothing was done (or it was, and saying so failed), or 2 for a mistake in "
+    "the\n"
+    "arguments.\n\n"
     "Example: a relay behind the serial port, then one at an IP address, with its password\n"
     "  ruvoctl add site.ini 12\n"
     "  ruvoctl add site.ini 10.20.0.5,2,1 --key RV010 --password";
@@ -43,7 +45,9 @@ constexpr std::string_view kRemoveNotes =
     "Takes the relay's line out, and its password unless another section lists that key too. Every other "
     "byte\n"
     "stays. The last relay cannot be removed: a run needs one.\n"
-    "Exit status: 0, or 1 when nothing was done, or 2 for a mistake in the arguments.\n\n"
+    "Exit status: 0, or 1 when nothing was done (or it was, and saying so failed), or 2 for a mistake in "
+    "the\n"
+    "arguments.\n\n"
     "Example:\n"
     "  ruvoctl remove site.ini RV003";
 
@@ -84,6 +88,9 @@ SIniPlan PlanAdd(const CArguments& arguments, const CIniText& ini, SConsole& con
         if (!mistake.empty()) {
             return Refusal(std::string(mistake));
         }
+        if (IsEmptyPassword(scrambled)) {
+            return Refusal(std::string(kNoInput) + "; without --password the relay gets none");
+        }
         plan.edits.push_back({std::string(kPasswordsSection), key, scrambled});
     } else if (PasswordOf(ini, key) != EStoredPassword::None) {
         plan.done += "; it has the password that was stored under this key before";
@@ -101,7 +108,7 @@ SIniPlan PlanRemove(const CArguments& arguments, const CIniText& ini) {
     if (ini.FindEntry(section, key) == nullptr) {
         return Refusal("no such key in " + Bracketed(section) + "; ruvoctl list shows the relays");
     }
-    bool isLast = SelectedLink(ini) == link;
+    bool isLast = SelectedLink(ini) == link && HasValue(ini.FindEntry(section, key)); // else it is no relay
     bool isElsewhere = false;
     for (const SRelay& relay : ListRelays(ini)) {
         isLast = isLast && (relay.link != *link || relay.key == key);

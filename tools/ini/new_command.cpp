@@ -40,12 +40,17 @@ constexpr std::array kOptions{
 constexpr std::string_view kNotes =
     "Asks for what the options leave open; with --link and --relay nothing is asked. The file has comments, "
     "passes\n"
-    "check, and is readable by its owner alone, or also by the group ruvo in a folder of that group. A file "
-    "that\n"
-    "exists is never overwritten. Its paths are full ones: events go to /var/lib/ruvo/SITE and problems to\n"
-    "/var/log/ruvo/SITE.log where those folders exist and can be written, else to SITE and SITE.log beside "
-    "the file.\n"
-    "Exit status: 0, or 1 when no file was made, or 2 for a mistake in the arguments.\n\n"
+    "check, and is readable by its owner alone, or also by the group ruvo in a folder of that group; on "
+    "Windows the\n"
+    "folder's permissions decide. A file that exists is never overwritten. Its paths are full ones: events "
+    "go "
+    "to\n"
+    "/var/lib/ruvo/SITE and problems to /var/log/ruvo/SITE.log where those folders exist and can be written, "
+    "else to\n"
+    "SITE and SITE.log beside the file.\n"
+    "Exit status: 0, or 1 when no file was made (or it was, and saying so failed), or 2 for a mistake in "
+    "the\n"
+    "arguments.\n\n"
     "Example: asking, then without a question\n"
     "  ruvoctl new /etc/ruvo/north.ini\n"
     "  ruvoctl new /etc/ruvo/south.ini --link ethernet --relay 10.20.0.5,2,1 --relay 10.20.0.6,2";
@@ -87,9 +92,10 @@ std::string FindPlace(const std::string& typed, SPlace& place) {
     if (!HasIniExtension(parts) || place.site.empty()) {
         return "want a file whose name ends in .ini, since a run takes no other";
     }
-    return GetPathKind(place.path) != EPathKind::Missing || IsLink(place.path)
-               ? TellAccessFailure({EAccessFailure::Exists, 0})
-               : std::string();
+    if (GetPathKind(place.path) != EPathKind::Missing || IsLink(place.path)) {
+        return TellAccessFailure({EAccessFailure::Exists, 0});
+    }
+    return DirectoryExists(place.folder) ? std::string() : TellAccessFailure({EAccessFailure::NotMade, 0});
 }
 
 /// In the usual folder of the machine, where there is one, else beside the file.
@@ -171,6 +177,47 @@ std::string AddRelays(const CArguments& arguments, ELink link, SConsole& console
     return {};
 }
 
+int TellRefused(EResultCode code, const CIniText& ini, SConsole& console) {
+    Fail(console, "no file was made, since check would refuse it: " + std::string(ResultMessage(code)));
+    for (const SIniFinding& finding : FindCauses(code, ini)) {
+        Fail(console, finding.text);
+    }
+    return kExitFailed;
+}
+
+EResultCode CheckCode(const std::string& path) {
+    CRunContext context;
+    const EResultCode code = LoadAndCheck(context, path, true);
+    context.Config().WipePasswords();
+    return code;
+}
+
+/// Makes the file on trial under another name, to tell what is wrong with the places before anything is
+/// typed. True when nothing is.
+bool TryPlaces(const SPlace& place, const SNewSite& site, SConsole& console) {
+    constexpr std::array kOfPlaces{EResultCode::EventRootInvalid, EResultCode::RegistryDestinationInvalid,
+                                   EResultCode::LogFileNotWritable};
+    const CIniDocument document(NewSiteText(site));
+    const std::string path = place.folder + file_access::NewName(place.site + ".ini");
+    const SAccessResult written = WriteNewPrivateFile(path, document.Bytes(), {});
+    if (!written.Good()) {
+        Fail(console, TellAccessFailure(written));
+        return false;
+    }
+    const EResultCode code = CheckCode(path);
+    RemoveFile(path);
+    if (std::ranges::find(kOfPlaces, code) == kOfPlaces.end()) {
+        return true;
+    }
+    TellRefused(code, document.Ini(), console);
+    return false;
+}
+
+/// As it is typed at a shell.
+std::string Quoted(const std::string& file) {
+    return file.find_first_of(" \t") == std::string::npos ? file : "\"" + file + "\"";
+}
+
 /// Writes the file, and takes it back unless check would be content with it.
 int WriteSite(const SPlace& place, const CIniDocument& document, const std::string& typed,
               SConsole& console) {
@@ -178,21 +225,14 @@ int WriteSite(const SPlace& place, const CIniDocument& document, const std::stri
     if (!written.Good()) {
         return Fail(console, TellAccessFailure(written));
     }
-    CRunContext context;
-    const EResultCode code = LoadAndCheck(context, place.path, true);
-    context.Config().WipePasswords();
-    if (code != EResultCode::Success) {
+    if (const EResultCode code = CheckCode(place.path); code != EResultCode::Success) {
         RemoveFile(place.path);
-        Fail(console, "no file was made, since check would refuse it: " + std::string(ResultMessage(code)));
-        for (const SIniFinding& finding : FindCauses(code, document.Ini())) {
-            Fail(console, finding.text);
-        }
-        return kExitFailed;
+        return TellRefused(code, document.Ini(), console);
     }
     const std::string file = EscapeControls(SystemTextToUtf8(typed));
     console.out.Write(file + ": made, with " + std::to_string(ListRelays(document.Ini()).size()) +
-                      " relays.\nNext: ruvoctl check " + file + ", then ruvoctl test " + file +
-                      " KEY for one of them.\n");
+                      " relays.\nNext: ruvoctl check " + Quoted(file) + ", then ruvoctl test " +
+                      Quoted(file) + " KEY for one of them.\n");
     return kExitGood;
 }
 
@@ -211,6 +251,12 @@ int RunNew(const CArguments& arguments, SConsole& console) {
     site.name = place.site;
     site.events = ChosenPath(arguments, "--events", UsualPath(place, kUsualEvents, place.site));
     site.log = ChosenPath(arguments, "--log", UsualPath(place, kUsualLogs, place.site + ".log"));
+    if (HasIniExtension(SplitPath(site.log))) {
+        return Fail(console, "--log: an INI file cannot be the error log; want another name");
+    }
+    if (!TryPlaces(place, site, console)) {
+        return kExitFailed;
+    }
     if (!FillSite(arguments, console, asks, site)) {
         console.error.Write(asks ? "\nruvoctl: no file was made\n" : kNotice);
         return asks ? kExitFailed : kExitUsage;
