@@ -103,7 +103,7 @@ void AppendHexByte(std::string& out, unsigned byte) {
     out += kDigits[byte & 0xFU];
 }
 
-std::string CountText(std::size_t number, std::string_view what) {
+std::string CountText(std::uint64_t number, std::string_view what) {
     return std::to_string(number) + ' ' + std::string(what) + (number == 1 ? "" : "s");
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -32,7 +33,7 @@ std::size_t ColumnsOf(std::string_view utf8);
 bool ContainsText(std::string_view text, std::string_view part);
 
 /// "1 record", "2 records".
-std::string CountText(std::size_t number, std::string_view what);
+std::string CountText(std::uint64_t number, std::string_view what);
 
 /// Two upper-case hexadecimal digits.
 void AppendHexByte(std::string& out, unsigned byte);
