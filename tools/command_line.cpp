@@ -107,9 +107,10 @@ int ReportParseResult(const CLI::App& program, const CLI::ParseError& result, co
     std::ostringstream mistake;
     const int code = program.exit(result, help, mistake);
     console.out.Write(help.str());
-    const bool keepsSecret = code != 0 && command != nullptr && !command->secretNotice.empty();
-    console.error.Write(keepsSecret ? std::string(command->secretNotice) : mistake.str());
-    console.out.Write(code != 0 && command != nullptr ? command->usageVerdict : std::string_view());
+    const bool isMistake = code != 0 && command != nullptr;
+    const std::string_view notice = isMistake ? command->secretNotice : std::string_view();
+    console.error.Write(notice.empty() ? mistake.str() : std::string(notice));
+    console.out.Write(isMistake ? command->usageVerdict : std::string_view());
     return code == 0 ? kExitGood : command != nullptr ? command->usageStatus : kExitUsage;
 }
 
