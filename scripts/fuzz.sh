@@ -2,7 +2,7 @@
 # Fuzzes: builds the targets in fuzz/ under the sanitizers and runs them. The last line is the count of targets.
 #   scripts/fuzz.sh [--short] [TARGET...]     a fixed number of executions each, from the committed inputs alone
 #   scripts/fuzz.sh MINUTES [TARGET...]       so many minutes each, one target per processor at a time
-# What a run by the clock discovers is kept in build/fuzz/work and taken up by the next one. An input that fails is
+# What a run by the clock discovers is kept in build/fuzz/inputs and taken up by the next one. An input that fails is
 # left in build/fuzz/findings: with its cause mended it becomes a file in fuzz/regressions/TARGET.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -31,24 +31,24 @@ scripts/setup.sh fuzz
 echo "Building (fuzz)"
 scripts/build.sh fuzz "${targets[@]/#/fuzz_}"
 out=build/fuzz
-mkdir -p $out/work $out/findings $out/logs
+mkdir -p $out/inputs $out/findings $out/logs
 # Where memory was allocated is told in few frames, and what was freed kept for a shorter while: twice as fast.
 export ASAN_OPTIONS=malloc_context_size=4:quarantine_size_mb=16
 
 run() { # one target
-    local target=$1 work=$out/work/$1 limit=(-max_total_time=$((minutes * 60)))
+    local target=$1 inputs=$out/inputs/$1 limit=(-max_total_time=$((minutes * 60)))
     if [ "$minutes" -eq 0 ]; then
-        work=$(mktemp -d "$out/short.XXXXXX")
+        inputs=$(mktemp -d "$out/short.XXXXXX")
         limit=(-runs="${short[$target]}" -seed=1)
     fi
-    mkdir -p "$work" fuzz/regressions/"$target"
+    mkdir -p "$inputs" fuzz/regressions/"$target"
     local dictionary=fuzz/dictionaries/$target
     [ ! -f "$dictionary" ] || limit+=(-dict="$dictionary")
     # (Its entropic schedule would take more time than the target's own work.)
     $out/bin/fuzz_"$target" "${limit[@]}" -max_len="${longest[$target]}" -entropic=0 -timeout=20 -rss_limit_mb=3072 \
         -print_final_stats=1 -artifact_prefix="$out/findings/$target-" \
-        "$work" fuzz/corpus/"$target" fuzz/regressions/"$target" >"$out/logs/$target" 2>&1 || echo FAILED >>"$out/logs/$target"
-    [ "$minutes" -gt 0 ] || rm -rf "$work"
+        "$inputs" fuzz/corpus/"$target" fuzz/regressions/"$target" >"$out/logs/$target" 2>&1 || echo FAILED >>"$out/logs/$target"
+    [ "$minutes" -gt 0 ] || rm -rf "$inputs"
 }
 
 running=0

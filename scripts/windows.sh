@@ -12,7 +12,7 @@ done
 x86=build/windows-x86/bin
 x64=build/windows-x64/bin
 
-work=$(mktemp -d)
+source scripts/checks.sh
 export WINEPREFIX=$work/prefix WINEDEBUG=-all LC_ALL=C.UTF-8
 export WINEDLLOVERRIDES="mscoree=;mshtml=;winemenubuilder.exe=d" # no questions, no menu files
 unset DISPLAY WINEARCH
@@ -27,21 +27,6 @@ clean_up() {
 }
 trap clean_up EXIT
 trap 'exit 1' INT TERM
-
-passed=0
-failed=0
-check() { # what, then a command that succeeds
-    local what=$1
-    shift
-    if "$@" >"$work/check.log" 2>&1; then
-        passed=$((passed + 1))
-    else
-        failed=$((failed + 1))
-        echo "FAILED: $what"
-        head -20 "$work/check.log"
-    fi
-}
-equal() { [ "$1" = "$2" ] || { printf 'got:    %s\nwanted: %s\n' "$1" "$2"; return 1; }; }
 
 echo "Looking into the 32-bit files"
 headers() { i686-w64-mingw32-objdump -p "$x86/$1"; }

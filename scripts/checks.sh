@@ -1,4 +1,4 @@
-# What the parts of the package's test count with. Sourced by run.sh.
+# What tests in shell count with, and a folder for their work, which they remove. To be sourced.
 # shellcheck shell=bash
 work=$(mktemp -d)
 passed=0
