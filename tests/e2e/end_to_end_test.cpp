@@ -4,6 +4,7 @@
 
 #include "platform/single_instance.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 namespace ruvo::test {
@@ -145,6 +146,26 @@ TEST(EndToEnd, AFullDiskAndAVanishedRootAreLoggedAndCostNoEarlierRecord) {
     EXPECT_NE(run.Log().find("Failed to save event file"), std::string::npos);
     EXPECT_NE(run.Log().find("201 events taken from the relay, but not stored. " + kSerialDetails),
               std::string::npos);
+}
+
+TEST(EndToEnd, TheCompanionTellsTroubleApartFromItsFindings) {
+    const CProgramRun run(kLink + Relay("serial = 5", kTrip), "", "[RUVO_SERIAL]\nRV001=5\n");
+    run.Run();
+    EXPECT_EQ(run.Shell("cd $DIR; ${RUVO}ctl archive ev --sqlite a.sqlite >archived\n"
+                        "for c in 'events ev' 'find a.sqlite trip' 'status ev run.log'; do\n"
+                        "${RUVO}ctl $c >taken; echo -n \"$? \"; ${RUVO}ctl $c >/dev/full 2>told; echo $?\n"
+                        "done"),
+              "0 1\n0 2\n0 3\n")
+        << "what nobody could read is no verdict";
+    EXPECT_NE(run.Shell("${RUVO}ctl find $DIR/none.sqlite trip; echo $?").find("is it there"),
+              std::string::npos);
+    const std::string many = run.Shell(
+        "cd $DIR; for i in {1..254}; do printf '2026/11/25 01:00:00 Invalid password. Connection details - "
+        "COM Port: COM1, device address: %d.\\r\\n' $i; done >many.log\n"
+        "${RUVO}ctl status ev many.log --since 2026-11-01");
+    EXPECT_LT(std::ranges::count(many, '\n'), 60) << many;
+    EXPECT_NE(many.find("254 problems"), std::string::npos) << many;
+    EXPECT_NE(many.find("234 more"), std::string::npos) << many;
 }
 
 } // namespace ruvo::test
