@@ -43,7 +43,8 @@ std::nullopt_t CP32Wrap::CLogin::Cancel() const {
     return std::nullopt;
 }
 
-std::nullopt_t CP32Wrap::CLogin::Fail(const char* fault) const {
+std::nullopt_t CP32Wrap::CLogin::Fail(const char* fault, LinkStatus status) {
+    m_givenUp = status;
     TraceError("CP32Wrap::%s : %s", m_flow.name, fault);
     return std::nullopt;
 }

@@ -43,8 +43,8 @@ public:
     CLogin(CP32Wrap& link, const SLoginFlow& flow, std::uint8_t securityColumn)
         : m_link(link), m_flow(flow), m_column(securityColumn) {}
 
-    /// Attempts until one is accepted: its status, or 18 when an attempt gives up. `attempt` takes the report
-    /// and returns the relay's answer, or none to give up.
+    /// Attempts until one is accepted: its status, or what an attempt gives up with. `attempt` takes the
+    /// report and returns the relay's answer, or none to give up.
     template <class Attempt>
     LinkStatus Run(bool passwordEntered, Attempt attempt) {
         SLoginReport report;
@@ -52,7 +52,7 @@ public:
         while (!m_link.IsEntryAborted()) {
             const std::optional<LinkStatus> status = attempt(report);
             if (!status || IsWriteGood(*status)) {
-                return status.value_or(kLinkAborted);
+                return status.value_or(m_givenUp);
             }
             if (!m_link.IsEntryAborted()) {
                 report = Judge(*status);
@@ -61,10 +61,16 @@ public:
         return kLinkAborted;
     }
 
+    /// Asks the application for a password of at most `length` characters and lets `send` send it: what
+    /// `send` returns, or none when the application declines.
+    template <class Send>
+    std::optional<LinkStatus> Attempt(const SPasswordRequest& request, std::uint32_t length,
+                                      const SLoginReport& report, Send send) const;
+
     /// Gives up because a callback is missing or declined.
     std::nullopt_t Cancel() const;
-    /// Gives up because of a fault, which is traced.
-    std::nullopt_t Fail(const char* fault) const;
+    /// Gives up because of a fault, which is traced; the entry then ends with `status`.
+    std::nullopt_t Fail(const char* fault, LinkStatus status = kLinkAborted);
 
 private:
     SLoginReport Judge(LinkStatus status);
@@ -76,6 +82,7 @@ private:
     CP32Wrap& m_link;
     const SLoginFlow& m_flow;
     std::uint8_t m_column;
+    LinkStatus m_givenUp = kLinkAborted; ///< how an entry ends whose attempt gives up
 };
 
 } // namespace ruvo

@@ -208,7 +208,7 @@ private:
     LinkStatus EnterPasswordByGeneration(bool passwordEntered);
     void ClearPasswordGuard(std::unique_ptr<CParlaneData>& saved);
     void RestorePasswordGuard(const CParlaneData* saved) noexcept;
-    SPasswordRequest BuildPasswordRequest(std::uint8_t securityColumn);
+    SPasswordRequest BuildPasswordRequest(std::uint8_t securityColumn, std::uint32_t& version);
     LinkStatus EnterNonCyberSecurityPassword(const SPasswordRequest& request, bool passwordEntered);
     LinkStatus EnterCyberSecurityPassword(const SPasswordRequest& request, bool passwordEntered,
                                           std::uint8_t securityColumn);
@@ -222,7 +222,7 @@ private:
     // Reads of a password entry (security_cells.cpp).
     std::unique_ptr<CParlaneData> ReadFirstValue(CellAddress cell, LinkStatus& status);
     std::optional<std::int64_t> ReadNumber(CellAddress cell, LinkStatus& status);
-    std::optional<std::string> ReadText(CellAddress cell);
+    std::optional<std::string> ReadText(CellAddress cell, LinkStatus& status);
     std::optional<std::uint32_t> ReadPasswordLength(CellAddress cell);
     enum class ENameTrace : bool { Silent, Traced };
     bool ReadUserNames(std::uint8_t securityColumn, std::int64_t count, std::vector<SUserName>& names,

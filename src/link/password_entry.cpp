@@ -120,7 +120,9 @@ void CP32Wrap::RestorePasswordGuard(const CParlaneData* saved) noexcept {
     m_restoringGuard = false;
 }
 
-SPasswordRequest CP32Wrap::BuildPasswordRequest(std::uint8_t securityColumn) {
+/// Gathers the facts about the relay. `version` becomes its access-control generation, or 0 when it tells
+/// none.
+SPasswordRequest CP32Wrap::BuildPasswordRequest(std::uint8_t securityColumn, std::uint32_t& version) {
     SPasswordRequest request{};
     LinkStatus status = kLinkGood;
     CopyField(request.description, ReadFirstValue(cells::kDescription, status).get());
@@ -128,7 +130,9 @@ SPasswordRequest CP32Wrap::BuildPasswordRequest(std::uint8_t securityColumn) {
     CopyField(request.model, ReadFirstValue(cells::kModel, status).get());
     CopyField(request.serialNumber, ReadFirstValue(cells::kSerialNumber, status).get());
     CopyField(request.software, ReadFirstValue(cells::kSoftware, status).get());
-    if (ReadFirstValue(cells::kSecurityVersion, status) != nullptr) {
+    const std::unique_ptr<CParlaneData> generation = ReadFirstValue(cells::kSecurityVersion, status);
+    version = generation == nullptr ? 0 : generation->GetUnsigned();
+    if (generation != nullptr) {
         const CellAddress cell = MakeCellAddress(securityColumn, cells::kDisplayTextRow);
         CopyField(request.displayText, ReadFirstValue(cell, status).get());
     } else {
@@ -141,12 +145,18 @@ LinkStatus CP32Wrap::EnterPasswordByGeneration(bool passwordEntered) {
     LinkStatus status = kLinkGood;
     const std::unique_ptr<CParlaneData> value = ReadFirstValue(cells::kSecurityColumn, status);
     const auto column = static_cast<std::uint8_t>(value == nullptr ? 0 : value->GetUnsigned() & 0xFFU);
-    const SPasswordRequest request = BuildPasswordRequest(column);
+    std::uint32_t versionBefore = 0;
+    const SPasswordRequest request = BuildPasswordRequest(column, versionBefore);
     std::uint32_t version = 0;
     if (ExtractCSVersion(version) != kLinkGood) {
         version = 0;
     }
     if (IsEntryAborted()) { // what could not be read for that reason says nothing of the relay
+        return kLinkAborted;
+    }
+    if (version == 0 && versionBefore != 0) { // one bad answer must not send the password as it is
+        TraceError("CP32Wrap::EnterPassword : Cell 00.DF gave %d before and cannot be read now",
+                   static_cast<int>(versionBefore));
         return kLinkAborted;
     }
     switch (version) {

@@ -8,31 +8,24 @@
 
 namespace ruvo {
 
-namespace {
-
-/// Asks the application for a password of at most `length` characters and lets `send` send it: the relay's
-/// answer, or none when the application gives none.
 template <class Send>
-std::optional<LinkStatus> AttemptWithPassword(GetPasswordFunction getPassword,
-                                              PasswordAcceptedFunction accepted,
-                                              const SPasswordRequest& request, std::uint32_t length,
-                                              const SLoginReport& report, Send send) {
+std::optional<LinkStatus> CP32Wrap::CLogin::Attempt(const SPasswordRequest& request, std::uint32_t length,
+                                                    const SLoginReport& report, Send send) const {
     CSecret password(length, ' ');
     char* buffer = password.Data();
     std::uint32_t noNotify = 0;
-    if (getPassword == nullptr ||
-        getPassword(request, &buffer, length, &noNotify, report.code, report.extra) != 0 ||
+    const GetPasswordFunction ask = Callbacks().getPassword;
+    if (ask == nullptr || ask(request, &buffer, length, &noNotify, report.code, report.extra) != 0 ||
         buffer == nullptr) {
-        return std::nullopt;
+        return Cancel();
     }
-    const LinkStatus status = send(buffer);
-    if (IsWriteGood(status) && noNotify == 0 && accepted != nullptr) {
+    const std::optional<LinkStatus> status = send(buffer);
+    const PasswordAcceptedFunction accepted = Callbacks().passwordAccepted;
+    if (status && IsWriteGood(*status) && noNotify == 0 && accepted != nullptr) {
         accepted(request.model);
     }
     return status;
 }
-
-} // namespace
 
 LinkStatus CP32Wrap::EnterNonCyberSecurityPassword(const SPasswordRequest& request, bool passwordEntered) {
     CLogin login(*this, kPlainLogin, 0);
@@ -43,21 +36,24 @@ LinkStatus CP32Wrap::EnterNonCyberSecurityPassword(const SPasswordRequest& reque
         const CommandLock lock(m_commandLock);
         return WriteCredential(lock, cells::kPassword, value, EWriteSlot::ChangeSetting);
     };
-    return login.Run(passwordEntered, [&](const SLoginReport& report) -> std::optional<LinkStatus> {
+    return login.Run(passwordEntered, [&](const SLoginReport& report) {
         const std::uint32_t length = ReadPasswordLength(cells::kPassword).value_or(0);
-        const auto status = AttemptWithPassword(Callbacks().getPassword, Callbacks().passwordAccepted,
-                                                request, length, report, send);
-        return status ? status : login.Cancel();
+        return login.Attempt(request, length, report, send);
     });
 }
 
 LinkStatus CP32Wrap::EnterCyberSecurityPassword(const SPasswordRequest& request, bool passwordEntered,
                                                 std::uint8_t securityColumn) {
     CLogin login(*this, kEncipheredLogin, securityColumn);
-    const auto send = [&](const char* password) {
-        const std::string key = ReadText(cells::kEncryptionKey).value_or("");
+    const auto send = [&](const char* password) -> std::optional<LinkStatus> {
+        LinkStatus status = kLinkGood;
+        const std::optional<std::string> key = ReadText(cells::kEncryptionKey, status);
+        if (!key) { // under another key the password is wrong, and costs one of the relay's attempts
+            // A status that counts as success would have the request repeated, with this entry, for ever.
+            return login.Fail("Encryption key cannot be read", IsWriteGood(status) ? kLinkAborted : status);
+        }
         try {
-            const CParlaneEncryptedPassword value(password, key);
+            const CParlaneEncryptedPassword value(password, *key);
             const CommandLock lock(m_commandLock);
             return WriteCredential(lock, cells::kSecurityPassword, value, EWriteSlot::ChangeSetting);
         } catch (const std::invalid_argument&) { // shorter than the cipher's block
@@ -69,9 +65,7 @@ LinkStatus CP32Wrap::EnterCyberSecurityPassword(const SPasswordRequest& request,
         if (!length) {
             return login.Fail("Check if P32LS supports cyber-security enhancements");
         }
-        const auto status = AttemptWithPassword(Callbacks().getPassword, Callbacks().passwordAccepted,
-                                                request, *length, report, send);
-        return status ? status : login.Cancel();
+        return login.Attempt(request, *length, report, send);
     });
 }
 

@@ -42,8 +42,7 @@ std::optional<std::int64_t> CP32Wrap::ReadNumber(CellAddress cell, LinkStatus& s
                                             : std::int64_t{number};
 }
 
-std::optional<std::string> CP32Wrap::ReadText(CellAddress cell) {
-    LinkStatus status = kLinkGood;
+std::optional<std::string> CP32Wrap::ReadText(CellAddress cell, LinkStatus& status) {
     const std::unique_ptr<CParlaneData> value = ReadFirstValue(cell, status);
     const auto* text = dynamic_cast<const CParlaneText*>(value.get());
     return text == nullptr ? std::nullopt : std::optional(text->GetText());
@@ -70,7 +69,8 @@ bool CP32Wrap::ReadUserNames(std::uint8_t securityColumn, std::int64_t count, st
     }
     for (std::int64_t i = 0; i < count; ++i) {
         const auto row = static_cast<std::uint8_t>(cells::kFirstUserRow + i);
-        const std::optional<std::string> text = ReadText(MakeCellAddress(securityColumn, row));
+        LinkStatus status = kLinkGood;
+        const std::optional<std::string> text = ReadText(MakeCellAddress(securityColumn, row), status);
         if (!text) {
             return false;
         }

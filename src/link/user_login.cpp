@@ -121,7 +121,7 @@ private:
         return Conclude(Send(m_userName, buffer));
     }
 
-    bool HasUsers(const std::optional<std::int64_t>& count) const {
+    bool HasUsers(const std::optional<std::int64_t>& count) {
         if (!count) {
             m_login.Fail("Error during obtaining number of users from the device");
         } else if (*count < 1) {
@@ -130,7 +130,7 @@ private:
         return count && *count >= 1;
     }
 
-    bool HasNames(bool read) const {
+    bool HasNames(bool read) {
         if (!read) {
             m_login.Fail("Error during obtaining list of users from the device");
         }
@@ -160,7 +160,7 @@ private:
         return {nullptr, write(cells::kSecurityPassword, hashed, EWriteSlot::ChangeSetting)};
     }
 
-    std::optional<LinkStatus> Conclude(const SSent& sent) const {
+    std::optional<LinkStatus> Conclude(const SSent& sent) {
         if (sent.fault != nullptr) {
             return m_login.Fail(sent.fault);
         }

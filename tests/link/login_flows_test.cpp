@@ -167,6 +167,29 @@ TEST_F(LoginFlows, EncipheredPassword) {
               "enhancements|");
 }
 
+TEST_F(LoginFlows, WithoutItsKeyAPasswordIsNotEnciphered) {
+    const std::tuple<std::optional<std::int64_t>, const char*, LinkStatus> rows[] = {
+        {0x0111, "", 0x0111},
+        {0x0611, "", 0x0611},
+        {CScriptedServer::kComFailure, "", 255},
+        {8, "", 8},
+        {1, "", kLinkAborted},
+        {{}, "580100", 254},
+        {{}, "FF00", kLinkAborted},
+        {{}, "240107", kLinkAborted},
+        {0, "", 254}};
+    for (const auto& [answer, value, status] : rows) {
+        SetRelay(1);
+        if (answer)
+            server.statuses["GetValue BF.10"] = *answer;
+        server.values[0xBF10] = value;
+        EXPECT_EQ(Enter(), status);
+        EXPECT_EQ(flow, "GetSettingLimits 00.E1|ask 8 Notice 0,-1;|GetValue BF.10|"
+                        "E EnterCyberSecurityPassword : Encryption key cannot be read|");
+        EXPECT_TRUE(written.empty());
+    }
+}
+
 TEST_F(LoginFlows, FirstEditionOfTheUserLogin) {
     SetRelay(2);
     EXPECT_EQ(Enter(), kLinkGood);

@@ -178,6 +178,33 @@ TEST_F(PasswordEntry, TheApplicationLearnsWhyItIsAskedAgain) {
     }
 }
 
+TEST_F(PasswordEntry, OneBadAnswerDoesNotSendThePasswordAsItIs) {
+    struct SRow {
+        std::string first, second; ///< values of cell 00.DF as it is read twice, empty for none
+        bool isSent;
+    };
+    const SRow rows[] = {{"240101", "", false},       {"240102", "FF00", false},
+                         {"240103", "580100", false}, {"240101", "240100", false},
+                         {"240104", "240100", false}, {"240100", "", true},
+                         {"", "240100", true},        {"240100", "240100", true}};
+    for (const SRow& row : rows) {
+        server.texts[0x0101] = TextHex("ok");
+        server.calls.clear();
+        written.clear();
+        passwordRequests = 1;
+        g_application.codes.clear();
+        server.onCall = [&](SCall& call) -> std::optional<std::int64_t> {
+            const auto reads = std::ranges::count(server.calls, "GetValue 00.DF");
+            server.values[0x00DF] = reads < 2 ? row.first : row.second;
+            return server.values[0x00DF].empty() && server.calls.back() == "GetValue 00.DF" ? 0x0111
+                                                                                            : Answer(call);
+        };
+        EXPECT_EQ(Read(), row.isSent ? kLinkGood : kLinkAborted);
+        EXPECT_EQ(written.size(), row.isSent ? 1U : 0U) << row.first << " then " << row.second;
+        EXPECT_EQ(g_application.codes.size(), written.size());
+    }
+}
+
 TEST_F(PasswordEntry, ARelayThatAsksDuringTheEntryStartsNoSecondOne) {
     server.onCall = [](SCall&) { return 0x0611; };
     EXPECT_EQ(Read(), kLinkAborted);
