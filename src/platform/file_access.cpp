@@ -18,6 +18,20 @@ std::string NewNameHead(const std::string& oldName) {
     return ("." + oldName).substr(0, kLongestHead - 1) + ".";
 }
 
+SAccessResult WriteDurably(file_access::CNewFile& file, std::string_view bytes) {
+    const SAccessResult result = file.Write(bytes);
+    return result.Good() ? file.Flush() : result;
+}
+
+SAccessResult Begin(file_access::COldFile& old, file_access::CNewFile& file, const std::string& path,
+                    file_access::EFileKind kind) {
+    SAccessResult result = old.Open(path, kind);
+    if (result.Good()) {
+        result = old.Lock();
+    }
+    return result.Good() ? file.MakeBeside(old) : result;
+}
+
 } // namespace
 
 std::string file_access::NewName(const std::string& oldName) {
@@ -40,7 +54,7 @@ SAccessResult WriteNewPrivateFile(const std::string& path, std::string_view byte
     file_access::CNewFile file;
     SAccessResult result = file.Make(path, readers);
     if (result.Good()) {
-        result = file.WriteDurably(bytes);
+        result = WriteDurably(file, bytes);
     }
     if (result.Good()) {
         file.Keep();
@@ -49,18 +63,12 @@ SAccessResult WriteNewPrivateFile(const std::string& path, std::string_view byte
 }
 
 SAccessResult CanBeExchanged(const std::string& path) {
-    return file_access::COldFile().Open(path);
+    return file_access::COldFile().Open(path, file_access::EFileKind::Secret);
 }
 
 SAccessResult CFileExchange::Prepare(const std::string& path, std::string_view bytes) {
-    SAccessResult result = m_old.Open(path);
-    if (result.Good()) {
-        result = m_old.Lock();
-    }
-    if (result.Good()) {
-        result = m_new.MakeBeside(m_old);
-    }
-    return result.Good() ? m_new.WriteDurably(bytes) : result;
+    const SAccessResult result = Begin(m_old, m_new, path, file_access::EFileKind::Secret);
+    return result.Good() ? WriteDurably(m_new, bytes) : result;
 }
 
 SAccessResult CFileExchange::Commit(std::string_view oldBytes) {
@@ -68,6 +76,19 @@ SAccessResult CFileExchange::Commit(std::string_view oldBytes) {
         return {EAccessFailure::Changed, 0};
     }
     return m_new.TakePlaceOf(m_old);
+}
+
+SAccessResult CFileReplacement::Open(const std::string& path) {
+    return Begin(m_old, m_new, path, file_access::EFileKind::Output);
+}
+
+SAccessResult CFileReplacement::Write(std::string_view bytes) {
+    return m_new.Write(bytes);
+}
+
+SAccessResult CFileReplacement::Commit() {
+    const SAccessResult result = m_new.Flush();
+    return result.Good() && !IsStream() ? m_new.TakePlaceOf(m_old) : result;
 }
 
 } // namespace ruvo

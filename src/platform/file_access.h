@@ -1,5 +1,5 @@
-// Who may read and write a file, and how a file is exchanged as a whole without changing that. For files that
-// hold passwords. Path texts are Windows-form, as in files.h.
+// Who may read and write a file, and how a file is exchanged as a whole without changing that: one that holds
+// passwords, or one that others read. Path texts are Windows-form, as in files.h.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +17,8 @@ std::optional<bool> IsReadableByEveryone(const std::string& path);
 /// Where an operation of this header failed.
 enum class EAccessFailure : std::uint8_t {
     None,
-    NotFound,     ///< no such file, or no regular one
+    NotFound,     ///< no such file or folder, or no regular file
+    ForeignLink,  ///< a link on the way belongs to another user, or there are too many
     NotWritable,  ///< the user may not write the file
     OtherNames,   ///< the file has another name, under which the old contents would live on
     Exists,       ///< a file that was to be new is there
@@ -25,7 +26,7 @@ enum class EAccessFailure : std::uint8_t {
     InUse,        ///< somebody else exchanges the file right now
     Changed,      ///< the file is no longer the one, or says no longer what it said
     NotLikeOld,   ///< owner, group or permissions of the old file cannot be given to the new one
-    NotWritten,   ///< the new bytes did not reach the disk
+    NotWritten,   ///< the new bytes did not reach the disk, or the device that takes them
     NotExchanged, ///< the new file cannot take the old one's name
 };
 
@@ -48,8 +49,16 @@ namespace file_access {
 std::string NewName(const std::string& oldName);
 bool IsNewName(std::string_view name, const std::string& oldName);
 
-/// The file that is to be exchanged, open: a regular one that has no other name, that the user may write, in
-/// a folder that the user may write. Links to it are followed once, and then it stays the file in its folder.
+/// What is exchanged.
+enum class EFileKind : std::uint8_t {
+    Secret, ///< a regular file that has no other name, in a folder that the user may write
+    Output, ///< may be missing, may have other names, which keep the old contents, or be a device or a pipe.
+            ///< Its folder may be another user's: links on the way are followed when they are the user's own
+            ///< or root's (Windows lets hardly anyone make links, and follows all).
+};
+
+/// The file that is to be exchanged, open; the user may write it. Links to it are followed once, and then it
+/// stays the file in its folder.
 class COldFile {
 public:
     COldFile();
@@ -57,7 +66,10 @@ public:
     COldFile& operator=(const COldFile&) = delete;
     ~COldFile(); ///< lets others in again
 
-    SAccessResult Open(const std::string& path);
+    SAccessResult Open(const std::string& path, EFileKind kind);
+    bool IsThere() const;
+    /// Whether it is no file, but something that takes bytes as they come.
+    bool IsStream() const;
     /// Keeps other exchanges out; waits a little for one that goes on. If that one put another file in the
     /// place, this is the one from then on. Then removes what exchanges that were killed left behind.
     SAccessResult Lock();
@@ -68,7 +80,10 @@ public:
     SHandle& Handle() { return *m_handle; }
 
 private:
+    SAccessResult OpenStream();
+
     std::string m_path;
+    EFileKind m_kind = EFileKind::Secret;
     std::unique_ptr<SHandle> m_handle;
 };
 
@@ -83,9 +98,12 @@ public:
 
     /// Makes a file that its owner alone may read, on POSIX also the group `readers` if that has the folder.
     SAccessResult Make(const std::string& path, std::string_view readers);
-    /// Makes one beside the other, with its owner, group and permissions.
+    /// Makes one beside the other, with its owner, group and permissions to read and write; with what the
+    /// system gives to new files when there is no other. For a stream it is that one itself.
     SAccessResult MakeBeside(COldFile& old);
-    SAccessResult WriteDurably(std::string_view bytes);
+    SAccessResult Write(std::string_view bytes);
+    /// Ends the writing: what was written is on the disk then.
+    SAccessResult Flush();
     SAccessResult TakePlaceOf(COldFile& old);
     void Keep();
     const std::string& Path() const { return m_path; }
@@ -118,6 +136,21 @@ public:
 private:
     file_access::COldFile m_old;
     file_access::CNewFile m_new; // goes first, while others are kept out
+};
+
+/// Writes a file that others read: bit by bit beside the old one, if there is one, which it replaces in one
+/// step, as CFileExchange does. A device or a pipe takes the bytes as they come.
+class CFileReplacement {
+public:
+    SAccessResult Open(const std::string& path);
+    SAccessResult Write(std::string_view bytes);
+    SAccessResult Commit();
+    bool IsStream() const { return m_old.IsStream(); }
+    bool HasOldFile() const { return m_old.IsThere() && !IsStream(); }
+
+private:
+    file_access::COldFile m_old;
+    file_access::CNewFile m_new;
 };
 
 } // namespace ruvo

@@ -177,28 +177,6 @@ TEST_F(CArchive, LinesOfJsonHoldTheSameColumns) {
               1);
 }
 
-TEST_F(CArchive, LinesReplaceWholeFilesOnly) {
-    namespace fs = std::filesystem;
-    constexpr auto kPrivate = fs::perms::owner_read | fs::perms::owner_write;
-    m_folder.Write(kDayFile, kHeader + Simple(At(16, 3), "a"));
-    m_folder.Write("lines", "old");
-    fs::permissions(m_folder.Native("lines"), kPrivate);
-    const auto write = [this](const char* root, const std::string& target) {
-        fs::remove(m_folder.Native("link"));
-        fs::create_symlink(target, m_folder.Native("link"));
-        const SOutcome done =
-            RunTool({"archive", m_folder.Native(root), "--ndjson", m_folder.Native("link")});
-        EXPECT_TRUE(fs::is_symlink(m_folder.Native("link"))) << target;
-        return std::to_string(done.status) + done.error;
-    };
-    EXPECT_NE(write("none", "lines").find("link: not replaced: the old one is kept"), std::string::npos);
-    EXPECT_EQ(m_folder.Read("lines"), "old");
-    for (const char* target : {"/dev/null", "lines", "to come"})
-        EXPECT_EQ(write("events", target), "0");
-    EXPECT_EQ(m_folder.Read("lines"), m_folder.Read("to come"));
-    EXPECT_EQ(fs::status(m_folder.Native("lines")).permissions(), kPrivate);
-}
-
 TEST_F(CArchive, LeavesOtherDatabasesAlone) {
     m_folder.Write(kDayFile, kHeader);
     EXPECT_EQ(RunTool({"archive", m_folder.Native("events")}).status, 2) << "no output";

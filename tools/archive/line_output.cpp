@@ -1,25 +1,25 @@
 #include "tools/archive/line_output.h"
 
-#include <cerrno>
-#include <filesystem>
-#include <system_error>
+#include <utility>
 
 namespace ruvo {
 
-CLineOutput::CLineOutput(const std::string& path, SConsole& console) : m_console(console), m_path(path) {
-    if (path == "-") {
-        return;
+std::streamsize CLineOutput::CBuffer::xsputn(const char* text, std::streamsize size) {
+    if (m_result.Good()) {
+        m_result = m_file.Write({text, static_cast<std::size_t>(size)});
     }
-    m_place.emplace(path);
-    m_stream.open(m_place->WritePath(), std::ios::binary | std::ios::trunc);
-    m_openError = m_stream ? 0 : errno;
-    m_place->TakeAccessRights();
-    m_file.emplace(m_stream);
+    return m_result.Good() ? size : 0;
 }
 
-CLineOutput::~CLineOutput() {
-    if (m_place && !m_isFinished) {
-        m_place->Discard();
+CLineOutput::CBuffer::int_type CLineOutput::CBuffer::overflow(int_type letter) {
+    const char text = traits_type::to_char_type(letter);
+    return xsputn(&text, 1) == 1 ? letter : traits_type::eof();
+}
+
+CLineOutput::CLineOutput(std::string path, SConsole& console)
+    : m_console(console), m_path(std::move(path)), m_stream(&m_buffer), m_text(m_stream) {
+    if (!IsStandard()) {
+        m_buffer.Open(m_path);
     }
 }
 
@@ -28,21 +28,15 @@ std::string CLineOutput::Finish(bool isWhole) {
     if (IsStandard()) {
         return {}; // the program itself says when that failed
     }
-    m_stream.close();
-    std::error_code error(m_openError != 0 ? m_openError : m_file->FailureCode(), std::generic_category());
-    if (!error && !m_stream) {
-        error = std::make_error_code(std::errc::io_error); // when it was closed
+    SAccessResult result = m_buffer.Result();
+    if (result.Good() && !isWhole && !m_buffer.File().IsStream()) {
+        return m_path + (m_buffer.File().HasOldFile() ? ": not replaced: the old one is kept"
+                                                      : ": not written: not all lines are there");
     }
-    if (!error && !isWhole && !m_place->IsDirect()) {
-        std::error_code ignored;
-        return m_path + (std::filesystem::exists(m_path, ignored) ? ": not replaced: the old one is kept"
-                                                                  : ": not written: not all lines are there");
+    if (result.Good()) {
+        result = m_buffer.File().Commit();
     }
-    if (!error) {
-        error = m_place->Settle();
-    }
-    m_isFinished = !error;
-    return error ? m_path + ": " + error.message() : std::string();
+    return result.Good() ? std::string() : m_path + ": " + TellOutputFailure(result);
 }
 
 } // namespace ruvo

@@ -4,8 +4,8 @@
 #include "tools/text_output.h"
 #include "tools/whole_file.h"
 
-#include <fstream>
-#include <optional>
+#include <ostream>
+#include <streambuf>
 #include <string>
 
 namespace ruvo {
@@ -14,25 +14,36 @@ namespace ruvo {
 class CLineOutput {
 public:
     /// "-" is the console's output, which must outlive this.
-    CLineOutput(const std::string& path, SConsole& console);
-    CLineOutput(const CLineOutput&) = delete;
-    CLineOutput& operator=(const CLineOutput&) = delete;
-    ~CLineOutput();
+    CLineOutput(std::string path, SConsole& console);
 
-    [[nodiscard]] bool IsStandard() const { return !m_place; }
-    [[nodiscard]] CTextOutput& Text() { return m_file ? *m_file : m_console.out; }
+    [[nodiscard]] bool IsStandard() const { return m_path == "-"; }
+    [[nodiscard]] CTextOutput& Text() { return IsStandard() ? m_console.out : m_text; }
     /// Ends the output; a file takes its place, unless there are not all lines in it. What went wrong; empty
     /// for nothing.
     [[nodiscard]] std::string Finish(bool isWhole);
 
 private:
+    /// Hands the pieces to the file, and keeps its first failure.
+    class CBuffer : public std::streambuf {
+    public:
+        void Open(const std::string& path) { m_result = m_file.Open(path); }
+        CFileReplacement& File() { return m_file; }
+        [[nodiscard]] const SAccessResult& Result() const { return m_result; }
+
+    protected:
+        std::streamsize xsputn(const char* text, std::streamsize size) override;
+        int_type overflow(int_type letter) override;
+
+    private:
+        CFileReplacement m_file;
+        SAccessResult m_result;
+    };
+
     SConsole& m_console;
     std::string m_path;
-    std::optional<CFilePlace> m_place; ///< none for the standard output
-    std::ofstream m_stream;
-    std::optional<CTextOutput> m_file;
-    int m_openError = 0;
-    bool m_isFinished = false;
+    CBuffer m_buffer;
+    std::ostream m_stream;
+    CTextOutput m_text; ///< goes first
 };
 
 } // namespace ruvo

@@ -2,6 +2,7 @@
 
 #include "platform/posix/file_size_signal.h"
 #include "platform/posix/native_path.h"
+#include "platform/posix/place.h"
 
 #include <array>
 #include <cerrno>
@@ -25,73 +26,13 @@ namespace ruvo {
 namespace {
 
 constexpr mode_t kPermissions = 07777;
+constexpr mode_t kReadAndWrite = 0666; // nothing that is written here is a program
 constexpr mode_t kOwnerAlone = S_IRUSR | S_IWUSR;
 constexpr const char* kAccessList = "system.posix_acl_access";
 
 SAccessResult Failed(EAccessFailure failure) {
     return {failure, errno};
 }
-
-// An open file or folder.
-class CDescriptor {
-public:
-    explicit CDescriptor(int descriptor = -1) : m_descriptor(descriptor) {}
-    CDescriptor(CDescriptor&& other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
-    CDescriptor& operator=(CDescriptor&& other) noexcept {
-        std::swap(m_descriptor, other.m_descriptor);
-        return *this;
-    }
-    CDescriptor(const CDescriptor&) = delete;
-    CDescriptor& operator=(const CDescriptor&) = delete;
-    ~CDescriptor() {
-        if (IsOpen()) {
-            close(m_descriptor);
-        }
-    }
-
-    bool IsOpen() const { return m_descriptor != -1; }
-    int Get() const { return m_descriptor; }
-    int Release() { return std::exchange(m_descriptor, -1); }
-
-private:
-    int m_descriptor;
-};
-
-// A name in a folder. The folder stays open, so that it is the same one in every step.
-struct SPlace {
-    CDescriptor folder;
-    std::string folderPath; // with its separator
-    std::string name;
-
-    SPlace() = default;
-    explicit SPlace(const std::string& native) {
-        const std::size_t begin = native.rfind('/') + 1; // 0 when there is none
-        folderPath = begin == 0 ? "./" : native.substr(0, begin);
-        name = native.substr(begin);
-        folder = CDescriptor(open(folderPath.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    }
-
-    // A link of that name is never followed, and nothing that is no regular file is waited for.
-    CDescriptor Open(int flags, mode_t mode = 0) const {
-        constexpr int kAlways = O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
-        return CDescriptor(openat(folder.Get(), name.c_str(), flags | kAlways, mode));
-    }
-    CDescriptor OpenFolder() const {
-        return CDescriptor(openat(folder.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    }
-    bool Examine(struct stat& status) const {
-        return fstatat(folder.Get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
-    }
-    // Whether the name stands for that open file.
-    bool IsOf(const CDescriptor& file) const {
-        struct stat named = {};
-        struct stat opened = {};
-        return Examine(named) && fstat(file.Get(), &opened) == 0 && named.st_dev == opened.st_dev &&
-               named.st_ino == opened.st_ino;
-    }
-    void Remove() const { static_cast<void>(unlinkat(folder.Get(), name.c_str(), 0)); }
-    void Flush() const { static_cast<void>(fsync(OpenFolder().Get())); }
-};
 
 bool IsGroupNamed(gid_t id, std::string_view name) {
     group entry = {};
@@ -125,6 +66,15 @@ bool CopyAccessList(int from, int to) {
     return HasNoAccessList(errno) && (fremovexattr(to, kAccessList) == 0 || HasNoAccessList(errno));
 }
 
+// A file system may know one mode for all its files alone.
+bool GivePermissions(mode_t wanted, int to) {
+    constexpr mode_t kOwnersPower = S_ISUID | S_ISGID;
+    struct stat given = {};
+    return fchmod(to, wanted & kReadAndWrite) == 0 ||
+           (fstat(to, &given) == 0 && ((given.st_mode ^ wanted) & kPermissions) == 0 &&
+            (wanted & kOwnersPower) == 0);
+}
+
 bool MakeAlike(int from, int to) {
     struct stat wanted = {};
     struct stat given = {};
@@ -134,7 +84,13 @@ bool MakeAlike(int from, int to) {
     const bool isSameOwner = wanted.st_uid == given.st_uid && wanted.st_gid == given.st_gid;
     // The mode last: a change of the owner takes bits of it away, and a list of users brings its own.
     return (isSameOwner || fchown(to, wanted.st_uid, wanted.st_gid) == 0) && CopyAccessList(from, to) &&
-           fchmod(to, wanted.st_mode & kPermissions) == 0;
+           GivePermissions(wanted.st_mode, to);
+}
+
+// Whoever writes a file anew holds it locked; a lock that cannot be asked for is nobody's.
+bool IsInUse(const SPlace& old, const char* name) {
+    const CDescriptor file(openat(old.folder.Get(), name, O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    return file.IsOpen() && flock(file.Get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
 }
 
 // Only what an exchange of this file can have made: files of its owner that have such a name.
@@ -144,7 +100,7 @@ void RemoveLeftovers(const SPlace& old, uid_t owner) {
         struct stat status = {};
         if (file_access::IsNewName(entry->d_name, old.name) &&
             fstatat(old.folder.Get(), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
-            S_ISREG(status.st_mode) && status.st_uid == owner) {
+            S_ISREG(status.st_mode) && status.st_uid == owner && !IsInUse(old, entry->d_name)) {
             static_cast<void>(unlinkat(old.folder.Get(), entry->d_name, 0));
         }
     }
@@ -190,46 +146,76 @@ namespace file_access {
 struct COldFile::SHandle {
     SPlace place;
     CDescriptor file;
+    bool isStream = false;
 };
 
 COldFile::COldFile() : m_handle(std::make_unique<SHandle>()) {}
 COldFile::~COldFile() = default;
 
-SAccessResult COldFile::Open(const std::string& path) {
+SAccessResult COldFile::Open(const std::string& path, EFileKind kind) {
     m_path = path;
-    const auto native = ToNativePath(path);
-    errno = ENOENT;
-    const std::unique_ptr<char, decltype(&std::free)> real(
-        native ? realpath(native->c_str(), nullptr) : nullptr, &std::free);
-    struct stat status = {};
-    if (!real) {
-        return Failed(EAccessFailure::NotFound);
-    }
+    m_kind = kind;
     m_handle->file = CDescriptor(); // before its place, so that a wait leaves nothing locked
-    m_handle->place = SPlace(real.get());
-    const SPlace& place = m_handle->place;
-    if (!place.folder.IsOpen() || !place.Examine(status)) {
-        return Failed(EAccessFailure::NotFound);
+    m_handle->isStream = false;
+    SPlace& place = m_handle->place;
+    const auto native = ToNativePath(path);
+    const bool isOutput = kind == EFileKind::Output;
+    errno = ENOENT;
+    if (!native || !FindPlace(*native, isOutput ? ELinks::Trusted : ELinks::All, place)) {
+        return native && errno == ELOOP ? SAccessResult{EAccessFailure::ForeignLink, 0}
+                                        : Failed(EAccessFailure::NotFound);
+    }
+    struct stat status = {};
+    if (!place.Examine(status)) {
+        return isOutput && errno == ENOENT ? SAccessResult{} : Failed(EAccessFailure::NotFound);
     }
     if (!S_ISREG(status.st_mode)) { // asked first: the opening alone does something to some devices
-        return {EAccessFailure::NotFound, 0};
+        return isOutput ? OpenStream() : SAccessResult{EAccessFailure::NotFound, 0};
     }
     // The folder's permissions decide about the exchange; the file's own would not be asked.
     m_handle->file = place.Open(O_RDWR);
     if (!m_handle->file.IsOpen() || fstat(m_handle->file.Get(), &status) != 0) {
         return Failed(errno == ENOENT ? EAccessFailure::NotFound : EAccessFailure::NotWritable);
     }
-    if (!S_ISREG(status.st_mode) || status.st_nlink > 1) {
-        return {S_ISREG(status.st_mode) ? EAccessFailure::OtherNames : EAccessFailure::NotFound, 0};
+    if (!S_ISREG(status.st_mode)) {
+        return {EAccessFailure::NotFound, 0};
+    }
+    if (status.st_nlink > 1 && !isOutput) {
+        return {EAccessFailure::OtherNames, 0};
     }
     return faccessat(place.folder.Get(), ".", W_OK | X_OK, AT_EACCESS) == 0 ? SAccessResult{}
                                                                             : Failed(EAccessFailure::NotMade);
+}
+
+// A pipe is waited for until somebody reads from it.
+SAccessResult COldFile::OpenStream() {
+    const SPlace& place = m_handle->place;
+    const int links = place.IsDoor() ? 0 : O_NOFOLLOW;
+    m_handle->file =
+        CDescriptor(openat(place.folder.Get(), place.name.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY | links));
+    struct stat status = {};
+    if (!m_handle->file.IsOpen() || fstat(m_handle->file.Get(), &status) != 0) {
+        return Failed(EAccessFailure::NotWritable);
+    }
+    m_handle->isStream = !S_ISREG(status.st_mode); // which it may have become meanwhile
+    return m_handle->isStream ? SAccessResult{} : SAccessResult{EAccessFailure::NotFound, 0};
+}
+
+bool COldFile::IsThere() const {
+    return m_handle->file.IsOpen();
+}
+
+bool COldFile::IsStream() const {
+    return m_handle->isStream;
 }
 
 SAccessResult COldFile::Lock() {
     constexpr int kTries = 100;
     constexpr std::chrono::milliseconds kPause(20);
     for (int tries = 0; tries < kTries; ++tries) {
+        if (!IsThere() || IsStream()) {
+            return {};
+        }
         if (flock(m_handle->file.Get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
             std::this_thread::sleep_for(kPause);
             continue;
@@ -239,7 +225,7 @@ SAccessResult COldFile::Lock() {
             RemoveLeftovers(m_handle->place, status.st_uid);
             return {};
         }
-        if (const SAccessResult result = Open(m_path); !result.Good()) {
+        if (const SAccessResult result = Open(m_path, m_kind); !result.Good()) {
             return result;
         }
     }
@@ -294,13 +280,17 @@ SAccessResult CNewFile::Make(const std::string& path, std::string_view readers) 
 
 SAccessResult CNewFile::MakeBeside(COldFile& old) {
     constexpr int kTries = 100;
-    const COldFile::SHandle& oldFile = old.Handle();
+    COldFile::SHandle& oldFile = old.Handle();
+    if (old.IsStream()) {
+        m_handle->file = std::move(oldFile.file); // with no place, from which it could go
+        return {};
+    }
     SPlace& place = m_handle->place;
     place.folderPath = oldFile.place.folderPath;
     place.folder = CDescriptor(fcntl(oldFile.place.folder.Get(), F_DUPFD_CLOEXEC, 0));
     for (int tries = 0; tries < kTries && !m_handle->file.IsOpen(); ++tries) {
         place.name = NewName(oldFile.place.name);
-        m_handle->file = place.Open(O_WRONLY | O_CREAT | O_EXCL, kOwnerAlone);
+        m_handle->file = place.Open(O_WRONLY | O_CREAT | O_EXCL, old.IsThere() ? kOwnerAlone : kReadAndWrite);
         if (!m_handle->file.IsOpen() && errno != EEXIST) {
             break;
         }
@@ -308,17 +298,21 @@ SAccessResult CNewFile::MakeBeside(COldFile& old) {
     if (!m_handle->file.IsOpen()) {
         return Failed(EAccessFailure::NotMade);
     }
+    static_cast<void>(flock(m_handle->file.Get(), LOCK_EX | LOCK_NB)); // so that it is no leftover
     m_path = FromNativePath(place.folderPath + place.name);
-    return MakeAlike(oldFile.file.Get(), m_handle->file.Get()) // while nothing can be read from it
+    // While nothing can be read from it.
+    return !old.IsThere() || MakeAlike(oldFile.file.Get(), m_handle->file.Get())
                ? SAccessResult{}
                : Failed(EAccessFailure::NotLikeOld);
 }
 
-SAccessResult CNewFile::WriteDurably(std::string_view bytes) {
+SAccessResult CNewFile::Write(std::string_view bytes) {
     IgnoreFileSizeSignal();
-    return WriteAll(m_handle->file.Get(), bytes) && FlushToDisk(m_handle->file.Get())
-               ? SAccessResult{}
-               : Failed(EAccessFailure::NotWritten);
+    return WriteAll(m_handle->file.Get(), bytes) ? SAccessResult{} : Failed(EAccessFailure::NotWritten);
+}
+
+SAccessResult CNewFile::Flush() {
+    return FlushToDisk(m_handle->file.Get()) ? SAccessResult{} : Failed(EAccessFailure::NotWritten);
 }
 
 SAccessResult CNewFile::TakePlaceOf(COldFile& old) {

@@ -1,8 +1,10 @@
 #include "platform/file_access.h"
 
 #include "platform/files.h"
+#include "platform/full_path.h"
 #include "platform/windows/system.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <string_view>
@@ -108,7 +110,12 @@ CHandle MakeFile(const std::string& path) {
     return made;
 }
 
-bool IsThere(DWORD code) {
+CHandle OpenOld(const std::string& path, DWORD access) {
+    return CHandle(
+        CreateFileA(path.c_str(), access, kShareAll, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
+bool IsThereAlready(DWORD code) {
     return code == ERROR_FILE_EXISTS || code == ERROR_ALREADY_EXISTS;
 }
 
@@ -139,34 +146,62 @@ struct COldFile::SHandle {
     CHandle file;
     CHandle lock; // a file beside it, which goes when it is closed, also by a process that is killed
     std::string path;
+    bool isStream = false;
 };
 
 COldFile::COldFile() : m_handle(std::make_unique<SHandle>()) {}
 COldFile::~COldFile() = default;
 
-SAccessResult COldFile::Open(const std::string& path) {
+SAccessResult COldFile::Open(const std::string& path, EFileKind kind) {
+    const bool isOutput = kind == EFileKind::Output;
     m_path = path;
-    m_handle->file = CHandle(CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, kShareAll, nullptr,
-                                         OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    m_kind = kind;
+    m_handle->isStream = false;
+    m_handle->file = OpenOld(path, GENERIC_READ | GENERIC_WRITE);
+    if (!m_handle->file.IsOpen() && isOutput && GetLastError() == ERROR_FILE_NOT_FOUND) {
+        m_handle->path = FullPath(path);
+        return m_handle->path.empty() ? Failed(EAccessFailure::NotFound) : SAccessResult{};
+    }
     const CHandle& file = m_handle->file;
     if (!file.IsOpen()) {
         const bool isDenied = GetLastError() == ERROR_ACCESS_DENIED;
-        return Failed(isDenied ? EAccessFailure::NotWritable : EAccessFailure::NotFound);
+        return isDenied && isOutput
+                   ? OpenStream()
+                   : Failed(isDenied ? EAccessFailure::NotWritable : EAccessFailure::NotFound);
     }
     BY_HANDLE_FILE_INFORMATION facts = {};
     if (GetFileType(file.Get()) != FILE_TYPE_DISK ||
         GetFileInformationByHandle(file.Get(), &facts) == FALSE) {
-        return {EAccessFailure::NotFound, 0};
+        return isOutput ? OpenStream() : SAccessResult{EAccessFailure::NotFound, 0};
     }
-    if (facts.nNumberOfLinks > 1) {
+    if (facts.nNumberOfLinks > 1 && !isOutput) {
         return {EAccessFailure::OtherNames, 0};
     }
     m_handle->path = PathBehindLinks(file.Get());
     return m_handle->path.empty() ? Failed(EAccessFailure::NotFound) : SAccessResult{};
 }
 
+// A pipe may be one that only takes bytes.
+SAccessResult COldFile::OpenStream() {
+    m_handle->file = CHandle(); // a pipe may have one end only
+    m_handle->file = OpenOld(m_path, GENERIC_WRITE);
+    m_handle->isStream = m_handle->file.IsOpen() && GetFileType(m_handle->file.Get()) != FILE_TYPE_DISK;
+    return m_handle->isStream ? SAccessResult{} : Failed(EAccessFailure::NotWritable);
+}
+
+bool COldFile::IsThere() const {
+    return m_handle->file.IsOpen();
+}
+
+bool COldFile::IsStream() const {
+    return m_handle->isStream;
+}
+
 // By a file that only one can have open: it also holds while the old file is closed to be exchanged.
 SAccessResult COldFile::Lock() {
+    if (IsStream()) {
+        return {};
+    }
     constexpr int kTries = 100;
     constexpr std::chrono::milliseconds kPause(20);
     const std::string lock = FolderOf(m_handle->path) + "." + NameOf(m_handle->path) + ".lock";
@@ -187,7 +222,7 @@ SAccessResult COldFile::Lock() {
                    : SAccessResult{EAccessFailure::NotMade, static_cast<long>(code)};
     }
     RemoveLeftovers(m_handle->path);
-    return IsOf(m_handle->path, m_handle->file) ? SAccessResult{} : Open(m_path);
+    return IsThere() && IsOf(m_handle->path, m_handle->file) ? SAccessResult{} : Open(m_path, m_kind);
 }
 
 bool COldFile::Holds(std::string_view bytes) {
@@ -231,11 +266,15 @@ SAccessResult CNewFile::Make(const std::string& path, std::string_view /*readers
     if (m_handle->mayHaveToGo) {
         return {};
     }
-    return Failed(IsThere(GetLastError()) ? EAccessFailure::Exists : EAccessFailure::NotMade);
+    return Failed(IsThereAlready(GetLastError()) ? EAccessFailure::Exists : EAccessFailure::NotMade);
 }
 
 SAccessResult CNewFile::MakeBeside(COldFile& old) {
     constexpr int kTries = 100;
+    if (old.IsStream()) {
+        m_handle->file = std::move(old.Handle().file);
+        return {};
+    }
     const std::string& oldPath = old.Handle().path;
     SAccessResult result{EAccessFailure::Exists, 0};
     for (int tries = 0; tries < kTries && result.failure == EAccessFailure::Exists; ++tries) {
@@ -244,20 +283,32 @@ SAccessResult CNewFile::MakeBeside(COldFile& old) {
     if (!result.Good()) {
         return {EAccessFailure::NotMade, result.systemCode};
     }
-    return MakeAlike(old.Handle().file, m_handle->file) ? SAccessResult{}
-                                                        : Failed(EAccessFailure::NotLikeOld);
+    return !old.IsThere() || MakeAlike(old.Handle().file, m_handle->file)
+               ? SAccessResult{}
+               : Failed(EAccessFailure::NotLikeOld);
+}
+
+SAccessResult CNewFile::Write(std::string_view bytes) {
+    constexpr std::size_t kLargestPiece = std::size_t{1} << 20U;
+    while (!bytes.empty()) {
+        DWORD count = 0;
+        const auto size = static_cast<DWORD>(std::min(bytes.size(), kLargestPiece));
+        if (WriteFile(m_handle->file.Get(), bytes.data(), size, &count, nullptr) == FALSE || count == 0) {
+            return Failed(EAccessFailure::NotWritten);
+        }
+        bytes.remove_prefix(count);
+    }
+    return {};
 }
 
 // Closed at the end: those who look at the new file do not let others have it open for writing.
-SAccessResult CNewFile::WriteDurably(std::string_view bytes) {
-    DWORD count = 0;
-    const HANDLE file = m_handle->file.Get();
-    if (WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr) == FALSE ||
-        FlushFileBuffers(file) == FALSE) {
+SAccessResult CNewFile::Flush() {
+    const bool isStream = !m_handle->mayHaveToGo; // which knows no flushing
+    if (!isStream && FlushFileBuffers(m_handle->file.Get()) == FALSE) {
         return Failed(EAccessFailure::NotWritten);
     }
     m_handle->file = CHandle();
-    return count == bytes.size() ? SAccessResult{} : SAccessResult{EAccessFailure::NotWritten, 0};
+    return {};
 }
 
 SAccessResult CNewFile::TakePlaceOf(COldFile& old) {

@@ -1,0 +1,159 @@
+#include "platform/posix/place.h"
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <fcntl.h>
+#include <sys/vfs.h>
+#include <unistd.h>
+#include <vector>
+
+namespace ruvo {
+
+namespace {
+
+constexpr int kMostLinks = 40; // as many as the system follows; more are a circle
+
+// The way that is still to go, its next step last.
+class CWay {
+public:
+    void PutFirst(const std::string& native) {
+        if (native.ends_with('/')) {
+            m_steps.emplace_back("."); // a path that ends so means a folder
+        }
+        for (std::size_t end = native.size(); end != std::string::npos;) {
+            const std::size_t separator = end == 0 ? std::string::npos : native.rfind('/', end - 1);
+            const std::size_t begin = separator + 1; // 0 when there is none
+            if (begin < end) {
+                m_steps.push_back(native.substr(begin, end - begin));
+            }
+            end = separator;
+        }
+    }
+    bool IsAtEnd() const { return m_steps.empty(); }
+    std::string Next() {
+        std::string step = std::move(m_steps.back());
+        m_steps.pop_back();
+        return step;
+    }
+
+private:
+    std::vector<std::string> m_steps;
+};
+
+CDescriptor OpenStep(int folder, const char* name) {
+    return CDescriptor(openat(folder, name, O_PATH | O_NOFOLLOW | O_CLOEXEC));
+}
+
+bool EnterRoot(SPlace& place) {
+    place.folderPath = '/';
+    place.folder = OpenStep(AT_FDCWD, "/");
+    return place.folder.IsOpen();
+}
+
+// A link in a folder that others may write may have been put there to turn the way elsewhere.
+bool IsFollowed(const struct stat& link, ELinks links) {
+    return links == ELinks::All || link.st_uid == 0 || link.st_uid == geteuid();
+}
+
+// Goes through a link: what it says is the next part of the way.
+bool Follow(const CDescriptor& link, SPlace& place, CWay& way) {
+    std::array<char, PATH_MAX> target{};
+    const ssize_t size = readlinkat(link.Get(), "", target.data(), target.size());
+    if (size <= 0 || static_cast<std::size_t>(size) == target.size()) {
+        errno = size < 0 ? errno : ENAMETOOLONG;
+        return false;
+    }
+    way.PutFirst({target.data(), static_cast<std::size_t>(size)});
+    return target.front() != '/' || EnterRoot(place);
+}
+
+} // namespace
+
+CDescriptor::~CDescriptor() {
+    if (IsOpen()) {
+        close(m_descriptor);
+    }
+}
+
+SPlace::SPlace(const std::string& native) {
+    const std::size_t begin = native.rfind('/') + 1; // 0 when there is none
+    folderPath = begin == 0 ? "./" : native.substr(0, begin);
+    name = native.substr(begin);
+    folder = CDescriptor(open(folderPath.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+}
+
+CDescriptor SPlace::Open(int flags, mode_t mode) const {
+    constexpr int kAlways = O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
+    return CDescriptor(openat(folder.Get(), name.c_str(), flags | kAlways, mode));
+}
+
+CDescriptor SPlace::OpenFolder() const {
+    return CDescriptor(openat(folder.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+}
+
+bool SPlace::Examine(struct stat& status) const {
+    return fstatat(folder.Get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+bool SPlace::IsOf(const CDescriptor& file) const {
+    struct stat named = {};
+    struct stat opened = {};
+    return Examine(named) && fstat(file.Get(), &opened) == 0 && named.st_dev == opened.st_dev &&
+           named.st_ino == opened.st_ino;
+}
+
+void SPlace::Remove() const {
+    static_cast<void>(unlinkat(folder.Get(), name.c_str(), 0));
+}
+
+void SPlace::Flush() const {
+    static_cast<void>(fsync(OpenFolder().Get()));
+}
+
+bool SPlace::IsDoor() const {
+    constexpr decltype(std::declval<struct statfs>().f_type) kProcessFileSystem = 0x9FA0;
+    struct statfs system = {};
+    struct stat behind = {};
+    return fstatfs(folder.Get(), &system) == 0 && system.f_type == kProcessFileSystem &&
+           fstatat(folder.Get(), name.c_str(), &behind, 0) == 0 && !S_ISREG(behind.st_mode) &&
+           !S_ISDIR(behind.st_mode);
+}
+
+bool FindPlace(const std::string& native, ELinks links, SPlace& place) {
+    std::array<char, PATH_MAX> current{};
+    CWay way;
+    way.PutFirst(native);
+    if (!native.starts_with('/')) {
+        if (getcwd(current.data(), current.size()) == nullptr) {
+            return false;
+        }
+        way.PutFirst(current.data());
+    }
+    if (!EnterRoot(place)) {
+        return false;
+    }
+    for (int linksSeen = 0; !way.IsAtEnd();) {
+        place.name = way.Next();
+        CDescriptor step = OpenStep(place.folder.Get(), place.name.c_str());
+        struct stat status = {};
+        if (!step.IsOpen()) {
+            return errno == ENOENT && way.IsAtEnd(); // a file that is still to be made
+        }
+        if (fstat(step.Get(), &status) != 0) {
+            return false;
+        }
+        if (S_ISLNK(status.st_mode) && !(way.IsAtEnd() && place.IsDoor())) {
+            errno = ELOOP;
+            if (++linksSeen > kMostLinks || !IsFollowed(status, links) || !Follow(step, place, way)) {
+                return false;
+            }
+        } else if (!way.IsAtEnd()) {
+            place.folder = std::move(step);
+            place.folderPath += place.name + '/';
+        }
+    }
+    return true;
+}
+
+} // namespace ruvo
