@@ -94,7 +94,7 @@ check "yard: where things go" equal "$(cat "$work/step.log")" "$(printf 'events:
 check "yard: scheduled" try 0 "systemctl enable"
 check "yard: visited, one event passed over" try 1 "systemctl start"
 check "yard: events" equal "$(ruvoctl events --format json /var/lib/ruvo/yard | wc -l)" 500
-check "yard: lock" test -f /run/ruvo/yard/*.lock
+check "yard: lock" test -f /run/ruvo/*@yard.lock
 check "timers" try 0 "systemctl list-timers"
 check "failed units" try 0 "systemctl --failed"
 check "journal" try 0 "journalctl"
@@ -123,11 +123,61 @@ check "the site's name with its ending" silent ends_with 0 visit yard.ini
 check "run-site --help" equal "$(/usr/lib/ruvo/run-site --help | grep -c 'run-site .*SITE\|Exit status:')" 2
 check "an option that is none" ends_with 2 visit --chekc
 check "a file that the extractor would not take" ends_with 2 visit ./yard.conf
-while_visited() { # a site that is being visited, and the one to visit meanwhile
-    flock "$(echo /run/ruvo/"$1"/*.lock)" runuser -u ruvo -- /usr/lib/ruvo/run-site "$2"
+lock=$(echo /run/ruvo/ruvo*HX.lock)
+while_visited() { # a site that is being visited, and what is done meanwhile
+    flock --shared "$lock" flock "${lock%.lock}@$1.lock" runuser -u ruvo -- "${@:2}"
 }
-check "one site never twice" ends_with 1 while_visited yard yard
-check "two sites at once" ends_with 0 while_visited demo yard
+refused() { "$@" && tail -n 1 /var/log/ruvo/yard.log | grep -q "Only one instance"; }
+check "one site never twice" ends_with 1 while_visited yard /usr/lib/ruvo/run-site yard
+check "not beside it, started by hand" refused while_visited yard env HOME=/root XDG_RUNTIME_DIR="$work" ruvo /etc/ruvo/yard.ini
+check "nor beside one that was" refused ends_with 1 flock "$lock" runuser -u ruvo -- /usr/lib/ruvo/run-site yard
+check "two sites at once" silent while_visited demo /usr/lib/ruvo/run-site yard
+
+# Root goes on as the user that owns what it finds: neither a link nor a file may become root's.
+others() { find /var/lib/ruvo/yard /var/log/ruvo -not -user ruvo; }
+echo untouched >"$work/roots"
+sed 's|/yard|/bait|' /etc/ruvo/yard.ini >/etc/ruvo/bait.ini
+cp /etc/ruvo/yard.env /etc/ruvo/bait.env
+chgrp ruvo /etc/ruvo/bait.ini
+install -d -o ruvo -g ruvo-events /var/lib/ruvo/bait
+ln -s "$work/roots" /var/log/ruvo/bait.log
+chown -h ruvo /var/log/ruvo/bait.log
+check "root: a planted link" ends_with 2 /usr/lib/ruvo/run-site bait
+check "root: is not followed" equal "$(cat "$work/roots")" untouched
+rm -r /etc/ruvo/bait.* /var/lib/ruvo/bait /var/log/ruvo/bait.log
+check "root: a visit" silent /usr/lib/ruvo/run-site yard
+check "root: leaves nothing of its own" equal "$(others)" ""
+install -d -o nobody "$work/nobody"
+chmod a+x "$work"
+printf '%s\n' '[RUVO_GENERAL]' "EventRootDir=$work/nobody/a/b" "ErrorLogPathname=$work/nobody/log" '[RUVO_SERIAL]' RV001=5 >"$work/nobody/own.ini"
+cp /etc/ruvo/yard.env "$work/nobody/own.env"
+chown nobody "$work"/nobody/*
+check "root: another file" ends_with 2 /usr/lib/ruvo/run-site "$work/nobody/own.ini" # its owner has no home, and so no lock
+check "root: as its owner" equal "$(stat -c %U "$work/nobody/log")" nobody
+sed -i "s|^EventRootDir=.*|EventRootDir=$work/of-root|" "$work/nobody/own.ini"
+check "root: not with the file of another" ends_with 2 /usr/lib/ruvo/run-site "$work/nobody/own.ini"
+check "root: nothing of it was done" equal "$(wc -l <"$work/nobody/log")$(find "$work/of-root" 2>/dev/null)" 1
+
+# Lines of the environment reach the programs and nothing else; what is no such line is told, and the visit is made.
+visited_with() { # status, line
+    local events status=0 before
+    before=$(ruvoctl events --format json /var/lib/ruvo/yard | wc -l)
+    printf '%s\n' "$2" >>/etc/ruvo/yard.env
+    visit yard || status=$?
+    sed -i '$d' /etc/ruvo/yard.env
+    events=$(ruvoctl events --format json /var/lib/ruvo/yard | wc -l)
+    equal "$status $((events - before))" "$1 1"
+}
+for line in mode=fast here=/x ini=/x site=x line=x log=/x lines= status=1 PATH= IFS=u; do
+    check "environment: $line" visited_with 0 "$line"
+done
+for line in COMMS-PORT=1 1ST=x =x alone OPTIND=x RUVO_LOCK_DIR=/none RUVO_SITE=x; do
+    check "environment: $line is refused" visited_with 2 "$line"
+done
+secret() { ! visit yard 2>&1 | grep -q hidden; }
+echo "COMMS KEY=hidden" >>/etc/ruvo/yard.env
+check "environment: nothing of a line is shown" secret
+sed -i '$d' /etc/ruvo/yard.env
 runuser -u ruvo -- env P32LS_SUBSTATION=/usr/share/doc/ruvo/examples/simulator/substation.toml ruvo -t /etc/ruvo/yard.ini >"$work/check-only"
 check "ruvo -t" grep -q "No input errors found" "$work/check-only"
 

@@ -201,6 +201,41 @@ TEST(CInstanceMarker, IsHeldByOneProcessAtATime) {
     EXPECT_TRUE(claim("linked") == EInstanceClaim::MarkerFailed && !folder.Has("target"));
     setenv("RUVO_LOCK_DIR", folder.Native("none").c_str(), 1);
     EXPECT_EQ(claim("A/b"), EInstanceClaim::MarkerFailed);
+    unsetenv("RUVO_LOCK_DIR");
+}
+
+TEST(CInstanceMarker, KeepsAUsersRunsApartHoweverTheyAreStarted) {
+    const CScratchFolder folder;
+    setenv("XDG_STATE_HOME", folder.Native("state").c_str(), 1);
+    const auto claim = [&](const char* site, CInstanceMarker& marker) {
+        setenv("RUVO_SITE", site, 1);
+        return marker.Claim("A");
+    };
+    const struct {
+        const char* running; ///< its site; of none, as a run by hand is
+        const char* started;
+        EInstanceClaim outcome;
+    } cases[] = {
+        {"", "", EInstanceClaim::AlreadyRunning},     {"", "yard", EInstanceClaim::AlreadyRunning},
+        {"yard", "", EInstanceClaim::AlreadyRunning}, {"yard", "yard", EInstanceClaim::AlreadyRunning},
+        {"yard", "east", EInstanceClaim::Claimed},    {"a b", "a_b", EInstanceClaim::Claimed},
+    };
+    for (const auto& test : cases) {
+        CInstanceMarker marker;
+        EXPECT_EQ(claim(test.running, marker), EInstanceClaim::Claimed);
+        const auto outcome = RunInChild([&] {
+            setenv("XDG_RUNTIME_DIR", folder.Native().c_str(), 1); // as a login has it, and cron has not
+            CInstanceMarker second;
+            return static_cast<int>(claim(test.started, second));
+        });
+        EXPECT_EQ(EInstanceClaim(outcome), test.outcome) << test.running << "-" << test.started;
+    }
+    CInstanceMarker marker;
+    EXPECT_TRUE(folder.Has("state/ruvo/A.lock") && folder.Has("state/ruvo/A@a%20b.lock"));
+    chmod(folder.Native("state/ruvo").c_str(), 0777);
+    EXPECT_EQ(claim("", marker), EInstanceClaim::MarkerFailed) << "others could take it";
+    unsetenv("XDG_STATE_HOME");
+    unsetenv("RUVO_SITE");
 }
 
 TEST(Texts, AreConvertedAndGoWhereTheyAreSent) {

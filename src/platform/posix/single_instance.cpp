@@ -4,92 +4,165 @@
 #include "platform/posix/native_path.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <fcntl.h>
+#include <pwd.h>
+#include <string_view>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace ruvo {
 
 namespace {
 
-// Where the lock file is. In a folder that all users share it must be our own: anybody can make a file there.
-struct SLockFile {
-    std::string path;
-    bool mustBeOurs = false;
+// An open file or folder, closed at the end.
+class CDescriptor {
+public:
+    explicit CDescriptor(int descriptor = -1) : m_descriptor(descriptor) {}
+    CDescriptor(CDescriptor&& other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
+    CDescriptor& operator=(CDescriptor&& other) noexcept {
+        std::swap(m_descriptor, other.m_descriptor);
+        return *this;
+    }
+    ~CDescriptor() {
+        if (m_descriptor != -1) {
+            close(m_descriptor);
+        }
+    }
+
+    int Get() const { return m_descriptor; }
+    bool IsOpen() const { return m_descriptor != -1; }
+
+private:
+    int m_descriptor;
 };
 
-std::string FileName(std::string name) {
-    const auto isOdd = [](char c) {
-        const bool letterOrDigit = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-        return !letterOrDigit && c != '-' && c != '_';
-    };
-    std::ranges::replace_if(name, isOdd, '_');
-    return name;
-}
+constexpr const char* kPackageFolder = "/run/ruvo"; // made at boot, for the user of the services
 
-SLockFile LockFile(const std::string& name) {
-    const auto named = EnvironmentValue("RUVO_LOCK_DIR");
-    const auto folder = named ? named : EnvironmentValue("XDG_RUNTIME_DIR");
-    if (folder) {
-        return {*folder + "/" + FileName(name) + ".lock", false};
+// The home that the system's list of users gives, which is the same for a login, cron and a service. The
+// environment's may be another user's: programs that change the user leave it as it was.
+std::string HomeFolder() {
+    std::array<char, 16384> buffer{};
+    struct passwd entry = {};
+    struct passwd* found = nullptr;
+    if (getpwuid_r(geteuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found != nullptr &&
+        found->pw_dir != nullptr && *found->pw_dir == '/') {
+        return found->pw_dir;
     }
-    return {"/tmp/" + FileName(name) + "-" + std::to_string(geteuid()) + ".lock", true};
+    return EnvironmentValue("HOME").value_or("/nonexistent");
 }
 
-// Opens the lock file, -1 when that fails or something else stands in its place. A link is not followed: it
-// could make us create a file anywhere.
-int OpenLockFile(const SLockFile& lock) {
-    constexpr mode_t kOwnerOnly = 0600;
-    const auto native = ToNativePath(lock.path);
-    constexpr int kFlags = O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
-    const int descriptor = native ? open(native->c_str(), kFlags, kOwnerOnly) : -1;
+CDescriptor OpenFolder(const std::string& path) {
+    return CDescriptor(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+}
+
+// True when nobody else can put anything into the folder, or take a file of it away.
+bool IsOursAlone(const CDescriptor& folder) {
     struct stat status = {};
-    if (descriptor != -1 && (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode) ||
-                             (lock.mustBeOurs && status.st_uid != geteuid()))) {
-        close(descriptor);
-        return -1;
+    return folder.IsOpen() && fstat(folder.Get(), &status) == 0 && status.st_uid == geteuid() &&
+           (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+}
+
+// Makes the folder and those above it that are missing, for their owner alone.
+void MakeFolders(const std::string& path) {
+    constexpr mode_t kOwnerOnly = 0700;
+    for (std::size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1)) {
+        mkdir(path.substr(0, end).c_str(), kOwnerOnly);
     }
-    return descriptor;
+    mkdir(path.c_str(), kOwnerOnly);
+}
+
+// The one place of all of a user's runs, whatever starts them, where no other user can take the lock. Closed
+// when there is none.
+CDescriptor OpenUsersFolder() {
+    if (CDescriptor folder = OpenFolder(kPackageFolder); IsOursAlone(folder)) {
+        return folder;
+    }
+    const auto state = EnvironmentValue("XDG_STATE_HOME");
+    const std::string parent = state && state->starts_with('/') ? *state : HomeFolder() + "/.local/state";
+    const std::string path = parent + "/ruvo";
+    MakeFolders(path); // what comes of it is seen below
+    CDescriptor folder = OpenFolder(path);
+    return IsOursAlone(folder) ? std::move(folder) : CDescriptor();
+}
+
+CDescriptor OpenLockFolder() {
+    if (const auto named = EnvironmentValue("RUVO_LOCK_DIR")) {
+        const auto native = ToNativePath(*named);
+        return native ? OpenFolder(*native) : CDescriptor();
+    }
+    return OpenUsersFolder();
+}
+
+// Different names give different texts.
+std::string FileName(std::string_view name) {
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    std::string text;
+    for (const char c : name) {
+        const bool letterOrDigit = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+        if (letterOrDigit || c == '-' || c == '_') {
+            text += c;
+        } else {
+            const auto byte = static_cast<unsigned char>(c);
+            text += {'%', kDigits[byte >> 4], kDigits[byte & 0xF]};
+        }
+    }
+    return text;
+}
+
+// Opens a lock file, closed when that fails or something else stands in its place. A link is not followed: it
+// could make us create a file anywhere.
+CDescriptor OpenLockFile(const CDescriptor& folder, const std::string& name) {
+    constexpr mode_t kOwnerOnly = 0600;
+    constexpr int kFlags = O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+    CDescriptor file(openat(folder.Get(), (name + ".lock").c_str(), kFlags, kOwnerOnly));
+    struct stat status = {};
+    const bool isFile = file.IsOpen() && fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode);
+    return isFile ? std::move(file) : CDescriptor();
 }
 
 } // namespace
 
 struct CInstanceMarker::SHandle {
-    SHandle() = default;
-    SHandle(const SHandle&) = delete;
-    SHandle& operator=(const SHandle&) = delete;
-    ~SHandle() { Release(); }
-
-    // Closing gives the lock up, as the end of the process does. The file stays: to remove it could take it
+    // Closing gives the locks up, as the end of the process does. The files stay: to remove one could take it
     // away from a process that has just opened it.
-    void Release() {
-        if (descriptor != -1) {
-            close(std::exchange(descriptor, -1));
-        }
-    }
-
-    int descriptor = -1;
+    std::vector<CDescriptor> locks;
 };
 
 CInstanceMarker::CInstanceMarker() : m_handle(std::make_unique<SHandle>()) {}
 
 CInstanceMarker::~CInstanceMarker() = default;
 
+// A run that is of no site is the only one. Runs of sites share that lock with each other, and each has its
+// site's for itself: two sites may be visited at once, but none of them beside a run of another kind, which
+// could be that of the same site.
 EInstanceClaim CInstanceMarker::Claim(const std::string& name) {
-    m_handle->Release();
-    m_handle->descriptor = OpenLockFile(LockFile(name));
-    if (m_handle->descriptor == -1) {
-        return EInstanceClaim::MarkerFailed;
-    }
-    if (flock(m_handle->descriptor, LOCK_EX | LOCK_NB) == 0) {
+    m_handle->locks.clear();
+    const CDescriptor folder = OpenLockFolder();
+    const auto take = [&](const std::string& file, int kind) {
+        CDescriptor lock = OpenLockFile(folder, file);
+        if (!lock.IsOpen()) {
+            return EInstanceClaim::MarkerFailed;
+        }
+        if (flock(lock.Get(), kind | LOCK_NB) != 0) {
+            return errno == EWOULDBLOCK ? EInstanceClaim::AlreadyRunning : EInstanceClaim::MarkerFailed;
+        }
+        m_handle->locks.push_back(std::move(lock));
         return EInstanceClaim::Claimed;
+    };
+    const auto site = EnvironmentValue("RUVO_SITE");
+    EInstanceClaim claim = take(FileName(name), site ? LOCK_SH : LOCK_EX);
+    if (site && claim == EInstanceClaim::Claimed) {
+        claim = take(FileName(name) + "@" + FileName(*site), LOCK_EX);
     }
-    const bool heldElsewhere = errno == EWOULDBLOCK;
-    m_handle->Release();
-    return heldElsewhere ? EInstanceClaim::AlreadyRunning : EInstanceClaim::MarkerFailed;
+    if (claim != EInstanceClaim::Claimed) {
+        m_handle->locks.clear();
+    }
+    return claim;
 }
 
 } // namespace ruvo
