@@ -58,7 +58,7 @@ public:
         return EComResult::Ok;
     }
     EComResult Start(const char*, Inputs, Variant& status) override { return Refuse(status); }
-    EComResult Fetch(Outputs, Variant& status) override { return Refuse(status); }
+    EComResult Fetch(const char*, Outputs, Variant& status) override { return Refuse(status); }
 
 private:
     static EComResult Refuse(Variant& status) {

@@ -97,7 +97,7 @@ EComResult CByteServer::Start(const char* name, Inputs inputs, Variant& status) 
     return result;
 }
 
-EComResult CByteServer::Fetch(Outputs outputs, Variant& status) {
+EComResult CByteServer::Fetch(const char* /*name*/, Outputs outputs, Variant& status) {
     Require(!m_isRunning, "nothing is fetched from a command that runs");
     return Answer(m_started, {}, outputs, status);
 }

@@ -26,7 +26,7 @@ public:
 
     EComResult Do(const char* name, Inputs inputs, Outputs outputs, Variant& status) override;
     EComResult Start(const char* name, Inputs inputs, Variant& status) override;
-    EComResult Fetch(Outputs outputs, Variant& status) override;
+    EComResult Fetch(const char* name, Outputs outputs, Variant& status) override;
 
     [[nodiscard]] std::size_t CallCount() const { return m_calls; }
     [[nodiscard]] bool WasAbortRequested() const { return m_abortRequested; }

@@ -71,6 +71,9 @@ protected:
     ~LoginFlows() override {
         CP32Wrap::DestroyInstance();
         SetCallbacks(false);
+        CP32Wrap::SetPasswordAcceptedCallback(nullptr);
+        CP32Wrap::SetLoginAcceptedCallback(nullptr);
+        CP32Wrap::SetLoginCancelledCallback(nullptr);
     }
 
     static void SetCallbacks(bool set) {

@@ -1,4 +1,4 @@
-// Bytes written out in a test.
+// Bytes written out in a test, and written for one.
 #pragma once
 
 #include <cstdint>
@@ -23,6 +23,16 @@ inline std::vector<std::uint8_t> Hex(std::string_view text) {
         }
     }
     return bytes;
+}
+
+/// Two hexadecimal digits for each element.
+template <class Elements>
+std::string HexDigits(const Elements& elements) {
+    std::string digits;
+    for (const auto element : elements)
+        for (const int shift : {4, 0})
+            digits += "0123456789ABCDEF"[(static_cast<unsigned>(element) >> shift) & 0x0F];
+    return digits;
 }
 
 } // namespace ruvo::test

@@ -1,5 +1,6 @@
 #include "support/scripted_server.h"
 
+#include <array>
 #include <cstdio>
 #include <stdexcept>
 
@@ -8,6 +9,16 @@ namespace ruvo::test {
 namespace {
 
 CScriptedServer* g_server = nullptr;
+
+/// Gives the call its inputs; its whole line.
+std::string AddInputs(SCall& call, std::initializer_list<const Variant*> inputs) {
+    std::string line = call.name;
+    for (const Variant* input : inputs) {
+        call.inputs.push_back(*input);
+        line += " " + Describe(*input);
+    }
+    return line;
+}
 
 class CScriptedConnection final : public IServerConnection {
 public:
@@ -42,15 +53,29 @@ Variant List(std::initializer_list<std::string_view> values) {
 }
 
 std::string TextHex(std::string_view text) {
-    char head[8];
-    std::snprintf(head, sizeof head, "18%02X", static_cast<unsigned>(text.size()));
-    std::string hex = head;
-    for (const unsigned char character : text) {
-        char byte[4];
-        std::snprintf(byte, sizeof byte, "%02X", character);
-        hex += byte;
+    const char head[] = {0x18, static_cast<char>(text.size())};
+    return HexDigits(std::string_view(head, 2)) + HexDigits(text);
+}
+
+std::string Describe(const Variant& value) {
+    std::int32_t number = 0;
+    if (value.IsEmpty())
+        return "EMPTY";
+    if (const std::string* text = value.AsText())
+        return "BSTR(\"" + *text + "\")";
+    if (const Variant::Bytes* bytes = value.AsBytes())
+        return HexDigits(*bytes);
+    if (const Variant::Words* words = value.AsWords()) {
+        std::string text = "WORDS(";
+        for (const std::int16_t word : *words)
+            text += HexDigits(std::array{word >> 8, word & 0xFF});
+        return text + ")";
     }
-    return hex;
+    if (value.AsList() != nullptr || !value.ToI4(number))
+        return value.AsList() != nullptr ? "LIST" : "OTHER";
+    if (value == Variant::FromI2(static_cast<std::int16_t>(number)))
+        return "I2(" + HexDigits(std::array{number >> 8, number & 0xFF}) + ")";
+    return (value == Variant::FromI4(number) ? "I4(" : "UI1(") + std::to_string(number) + ")";
 }
 
 CellAddress SCall::Cell() const {
@@ -67,13 +92,11 @@ CScriptedServer::~CScriptedServer() {
 
 EComResult CScriptedServer::Do(const char* name, Inputs inputs, Outputs outputs, Variant& status) {
     SCall call{name, {}, outputs};
-    for (const Variant* input : inputs) {
-        call.inputs.push_back(*input);
-    }
-    return Run(std::move(call), status);
+    const std::string line = AddInputs(call, inputs);
+    return Run(std::move(call), line, status);
 }
 
-EComResult CScriptedServer::Run(SCall call, Variant& status) {
+EComResult CScriptedServer::Run(SCall call, const std::string& line, Variant& status) {
     std::string label = call.name;
     if (call.inputs.size() > 1) {
         char cell[16];
@@ -81,6 +104,7 @@ EComResult CScriptedServer::Run(SCall call, Variant& status) {
         label += cell;
     }
     calls.push_back(label);
+    lines.push_back(line);
     std::optional<std::int64_t> scripted;
     if (onCall) {
         scripted = onCall(call);
@@ -94,26 +118,22 @@ EComResult CScriptedServer::Run(SCall call, Variant& status) {
     if (answer == kComFailure) {
         return EComResult::Failed;
     }
-    status = Variant::FromI4(static_cast<std::int32_t>(answer));
+    status = answer == kNoNumber ? Variant::Other() : Variant::FromI4(static_cast<std::int32_t>(answer));
     return EComResult::Ok;
 }
 
 EComResult CScriptedServer::Start(const char* name, Inputs inputs, Variant& status) {
     m_started = SCall{name, {}, {}};
-    for (const Variant* input : inputs) {
-        m_started.inputs.push_back(*input);
-    }
-    const EComResult result = Run(m_started, status);
+    const std::string line = AddInputs(m_started, inputs);
+    const EComResult result = Run(m_started, line, status);
     if (completeInside && result == EComResult::Ok && status == Variant::FromI4(0)) {
         sink->OnCommandComplete(status);
     }
     return result;
 }
 
-EComResult CScriptedServer::Fetch(Outputs outputs, Variant& status) {
-    const std::string& started = m_started.name;
-    SCall call{"Fetch" + started.substr(started.starts_with("Get") ? 3 : 0), m_started.inputs, outputs};
-    return Run(std::move(call), status);
+EComResult CScriptedServer::Fetch(const char* name, Outputs outputs, Variant& status) {
+    return Run(SCall{name, m_started.inputs, outputs}, name, status);
 }
 
 std::int64_t CScriptedServer::AnswerEvent(SCall& call) {

@@ -25,8 +25,12 @@ Variant List(std::initializer_list<std::string_view> values);
 /// Tagged text.
 std::string TextHex(std::string_view text);
 
+/// Kind and value in one word: UI1(5), I2(BF15) in hexadecimal, I4(7), BSTR("x"), bytes and words as
+/// hexadecimal digits, EMPTY; LIST and OTHER without what they hold.
+std::string Describe(const Variant& value);
+
 struct SCall {
-    std::string name;
+    std::string name; ///< of the slot that was called
     std::vector<Variant> inputs;
     std::vector<Variant*> outputs;
     CellAddress Cell() const;
@@ -40,6 +44,7 @@ struct SScriptedEvent {
 class CScriptedServer final : public CUniformServer {
 public:
     static constexpr std::int64_t kComFailure = -1;
+    static constexpr std::int64_t kNoNumber = -2; ///< the call gets through, its status is no number
 
     CScriptedServer();
     ~CScriptedServer();
@@ -57,15 +62,16 @@ public:
         statuses; ///< by "Name" or "Name CC.RR": instead of the scripted answer
     /// Asked before everything else: a status instead of the scripted answer, or none.
     std::function<std::optional<std::int64_t>(SCall&)> onCall;
-    std::vector<std::string> calls; ///< "Name" or "Name CC.RR", with the written bytes for writes
+    std::vector<std::string> calls; ///< "Name" or "Name CC.RR"
+    std::vector<std::string> lines; ///< the same calls whole: the name and every input, as Describe tells it
     IP32lsSink_v2* sink = nullptr;
 
     EComResult Do(const char* name, Inputs inputs, Outputs outputs, Variant& status) override;
     EComResult Start(const char* name, Inputs inputs, Variant& status) override;
-    EComResult Fetch(Outputs outputs, Variant& status) override;
+    EComResult Fetch(const char* name, Outputs outputs, Variant& status) override;
 
 private:
-    EComResult Run(SCall call, Variant& status);
+    EComResult Run(SCall call, const std::string& line, Variant& status);
     std::int64_t Answer(SCall& call);
     std::int64_t AnswerEvent(SCall& call);
 

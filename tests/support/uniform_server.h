@@ -14,9 +14,10 @@ public:
 
     /// Answers an operation that is called once.
     virtual EComResult Do(const char* name, Inputs inputs, Outputs outputs, Variant& status) = 0;
-    /// Answers the start of an operation that is fetched later, and the fetching of the last one started.
+    /// Answers the start of an operation that is fetched later, and the fetching of the last one started;
+    /// each is named after its own slot.
     virtual EComResult Start(const char* name, Inputs inputs, Variant& status) = 0;
-    virtual EComResult Fetch(Outputs outputs, Variant& status) = 0;
+    virtual EComResult Fetch(const char* name, Outputs outputs, Variant& status) = 0;
 
     EComResult OpenPort(In a, In b, Out status) override { return Do("OpenPort", {&a, &b}, {}, status); }
     EComResult ClosePort(Out status) override { return Do("ClosePort", {}, {}, status); }
@@ -26,25 +27,31 @@ public:
     EComResult StartGetColumnHeadings(In a, Out status) override {
         return Start("GetColumnHeadings", {&a}, status);
     }
-    EComResult FetchColumnHeadings(Out x, Out y, Out status) override { return Fetch({&x, &y}, status); }
+    EComResult FetchColumnHeadings(Out x, Out y, Out status) override {
+        return Fetch("FetchColumnHeadings", {&x, &y}, status);
+    }
     EComResult StartGetColumnText(In a, In b, Out status) override {
         return Start("GetColumnText", {&a, &b}, status);
     }
-    EComResult FetchColumnText(Out x, Out y, Out status) override { return Fetch({&x, &y}, status); }
+    EComResult FetchColumnText(Out x, Out y, Out status) override {
+        return Fetch("FetchColumnText", {&x, &y}, status);
+    }
     EComResult StartGetColumnValues(In a, In b, Out status) override {
         return Start("GetColumnValues", {&a, &b}, status);
     }
-    EComResult FetchColumnValues(Out x, Out y, Out status) override { return Fetch({&x, &y}, status); }
+    EComResult FetchColumnValues(Out x, Out y, Out status) override {
+        return Fetch("FetchColumnValues", {&x, &y}, status);
+    }
     EComResult StartGetColumnTextAndValues(In a, In b, Out status) override {
         return Start("GetColumnTextAndValues", {&a, &b}, status);
     }
     EComResult FetchColumnTextAndValues(Out x, Out y, Out z, Out status) override {
-        return Fetch({&x, &y, &z}, status);
+        return Fetch("FetchColumnTextAndValues", {&x, &y, &z}, status);
     }
     EComResult StartGetStrings(In a, In b, Out status) override {
         return Start("GetStrings", {&a, &b}, status);
     }
-    EComResult FetchStrings(Out x, Out status) override { return Fetch({&x}, status); }
+    EComResult FetchStrings(Out x, Out status) override { return Fetch("FetchStrings", {&x}, status); }
     EComResult GetText(In a, In b, Out x, Out status) override {
         return Do("GetText", {&a, &b}, {&x}, status);
     }
@@ -60,7 +67,9 @@ public:
     EComResult StartGetColumnSettingLimits(In a, In b, Out status) override {
         return Start("GetColumnSettingLimits", {&a, &b}, status);
     }
-    EComResult FetchColumnSettingLimits(Out x, Out y, Out status) override { return Fetch({&x, &y}, status); }
+    EComResult FetchColumnSettingLimits(Out x, Out y, Out status) override {
+        return Fetch("FetchColumnSettingLimits", {&x, &y}, status);
+    }
     EComResult ChangeSetting(In a, In b, In c, Out status) override {
         return Do("ChangeSetting", {&a, &b, &c}, {}, status);
     }
@@ -80,7 +89,9 @@ public:
     EComResult StartGetCompressDisturbanceRecord(In a, In b, Out status) override {
         return Start("GetCompressDisturbanceRecord", {&a, &b}, status);
     }
-    EComResult FetchCompressDisturbanceRecord(Out x, Out status) override { return Fetch({&x}, status); }
+    EComResult FetchCompressDisturbanceRecord(Out x, Out status) override {
+        return Fetch("FetchCompressDisturbanceRecord", {&x}, status);
+    }
     EComResult StartGetDisturbanceRecordConfiguration(In a, In b, Out status) override {
         return Start("GetDisturbanceRecordConfiguration", {&a, &b}, status);
     }
@@ -88,7 +99,7 @@ public:
         return Start("GetDisturbanceRecordValues", {&a}, status);
     }
     EComResult FetchDisturbanceRecordValues(Out x, Out y, Out status) override {
-        return Fetch({&x, &y}, status);
+        return Fetch("FetchDisturbanceRecordValues", {&x, &y}, status);
     }
     EComResult SetRealTime(In a, In b, Out status) override {
         return Do("SetRealTime", {&a, &b}, {}, status);
@@ -104,7 +115,7 @@ public:
     }
     EComResult Abort(Out status) override { return Do("Abort", {}, {}, status); }
     EComResult FetchDisturbanceRecordConfiguration(Out w, Out x, Out y, Out z, Out status) override {
-        return Fetch({&w, &x, &y, &z}, status);
+        return Fetch("FetchDisturbanceRecordConfiguration", {&w, &x, &y, &z}, status);
     }
     EComResult ModemConnect(In a, In b, In c, In d, In e, In f, Out status) override {
         return Start("ModemConnect", {&a, &b, &c, &d, &e, &f}, status);
