@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <chrono>
 #include <thread>
 
@@ -179,27 +180,41 @@ TEST_F(Client, AbortEndsAWaitingCommand) {
               kLinkAborted);
     std::uint8_t byte = 0;
     EXPECT_EQ(link->GetDeviceStatus(nullptr, byte), kLinkGood) << "the abort is used up";
+    server.completeInside = true;
+    server.onCall = [&](SCall& call) -> std::optional<std::int64_t> {
+        if (call.name == "GetStrings")
+            link->RequestAbort();
+        return std::nullopt;
+    };
+    CParlaneDataArray strings;
+    EXPECT_EQ(link->GetStrings(nullptr, 0x0102, strings), kLinkGood) << "what has completed is not aborted";
+    EXPECT_EQ(link->GetDeviceStatus(nullptr, byte), kLinkAborted);
 }
 
 TEST_F(Client, DestroyingWhileACommandWaitsAbortsItFirst) {
     server.statuses["Abort"] = 29;
+    const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(WhileWaiting(server, *link, [] { CP32Wrap::DestroyInstance(); }), 29U);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(1)) << "not at once";
     EXPECT_EQ(CP32Wrap::GetInstance(), nullptr);
 }
 
 TEST_F(Client, TheSinkReportsProgressToTheRunningCommandOnly) {
-    struct CRecorder final : CTransferProgressMonitor {
-        CRecorder() : CTransferProgressMonitor(nullptr, 0, 100) {}
+    struct CRecorder final : CProgressMonitor {
+        CRecorder() : CProgressMonitor(nullptr, 0, 100) {}
         void SetPercent(int percent) override { percents.push_back(percent); }
         std::vector<int> percents;
-    } monitor;
+    } recorder;
+    CTransferProgressMonitor monitor(&recorder, 100, 300);
     const auto report = [&](std::int32_t done, std::int32_t total) {
         server.sink->OnProgress(Variant::FromI4(done), Variant::FromI4(total));
     };
     server.onCall = [&](SCall&) -> std::optional<std::int64_t> {
-        report(1, 3);
+        report(2, 3); // 66 of 100, not 67
+        report(2, 3); // told once
         report(5, 0);
-        report(-1, 3); // unsigned: far beyond the total
+        report(INT32_MIN, -1); // unsigned: a half
+        report(-1, 3);         // unsigned: far beyond the total
         server.sink->OnTransferProgress(Variant::FromI4(77));
         return std::nullopt;
     };
@@ -208,9 +223,21 @@ TEST_F(Client, TheSinkReportsProgressToTheRunningCommandOnly) {
     EXPECT_EQ(monitor.GetTransferred(), 0);
     monitor.SetReportingTransfer(true);
     EXPECT_EQ(link->GetDeviceStatus(&monitor, byte), kLinkGood);
-    report(1, 1); // nobody listens any more
-    EXPECT_EQ(monitor.percents, (std::vector<int>{33, 100, 33, 100}));
+    report(1, 4); // nobody listens any more
+    EXPECT_EQ(recorder.percents, (std::vector<int>{232, 200, 300, 232, 200, 300}));
     EXPECT_EQ(monitor.GetTransferred(), 77);
+}
+
+TEST_F(Client, ALineThatHangsUpCallsTheHandler) {
+    static int calls = 0;
+    const auto tell = [&] {
+        for (const int status : {0, 45, 46, 47})
+            server.sink->OnLineStatus(Variant::FromI4(status));
+    };
+    tell();
+    link->SetDisconnectHandler([] { ++calls; });
+    tell();
+    EXPECT_EQ(calls, 1);
 }
 
 TEST_F(Client, WritesLeaveSecurityEvents) {
@@ -236,15 +263,24 @@ TEST_F(Client, WritesLeaveSecurityEvents) {
               stamp + "[FF.FD] 'Reset cell 00.10        '  dt:0x24  dl:0x02  dv:'0x00 0x00'\n");
     EXPECT_EQ(lines([&] { link->ResetCell(nullptr, 0x0002); }), "");
     static std::string called;
-    CP32Wrap::SetSecurityEventCallback([](const char*, std::uint16_t code, const char* label,
-                                          std::span<const std::uint8_t> time, std::span<const std::uint8_t>) {
-        called = label + std::to_string(code) + "/" + std::to_string(time[3] * 256 + time[2]);
+    CP32Wrap::SetSecurityEventCallback([](const char* user, std::uint16_t code, const char* label,
+                                          std::span<const std::uint8_t> time,
+                                          std::span<const std::uint8_t> value) {
+        called = std::string(user) + "|" + label + "|" + HexDigits(std::array{code >> 8, code & 0xFF}) + "|" +
+                 HexDigits(time) + "|" + HexDigits(value);
     });
+    g_daylight = true; // the marks of a time are in the bytes of its hour and its minute
+    EXPECT_EQ(lines([&] { link->ResetCell(nullptr, 0x0110); }),
+              stamp + "[FF.FD] 'Reset cell 01.10        '  dt:0x24  dl:0x02  dv:'0x00 0x00'\n");
+    EXPECT_EQ(called, "                |Reset cell 01.10|FFFD|3C07581B038E020315|24020000");
     g_localTime.reset();
-    EXPECT_NE(lines([&] { link->ResetCell(nullptr, 0x0110); }), "")
+    EXPECT_NE(lines([&] { link->SetValue(nullptr, 0xBF15, CParlaneUint(0x0203, 2)); }).find("01 00:00:00.0"),
+              std::string::npos)
         << "without a clock the event is still there";
-    EXPECT_EQ(called, "Reset cell 01.10" + std::to_string(0xFFFD) + "/0");
+    EXPECT_EQ(called, "                |Setting reply code|BF15|3C07000080800101"
+                      "62|240104");
     CP32Wrap::SetSecurityEventCallback(nullptr);
+    g_daylight = false;
     g_localTime = SCalendarTime{2021, 3, 2, 14, 3, 7};
 }
 

@@ -24,6 +24,7 @@ std::string g_events;         ///< server calls, callbacks and trace lines in th
 std::string g_told;           ///< code and extra of every callback call
 int g_declineAt = 1;          ///< the call of a callback that gives up
 bool g_fail = false;          ///< callbacks throw
+bool g_own = false;           ///< callbacks answer with buffers of their own
 std::uint32_t g_selected = 1; ///< the user that is chosen
 
 void FlushTrace() {
@@ -41,7 +42,7 @@ int Note(const std::string& event, const char* more = "") {
     return 0;
 }
 
-int Answer(char* password, std::uint32_t length, int code, std::int32_t extra, const std::string& seen) {
+int Answer(char*& password, std::uint32_t length, int code, std::int32_t extra, const std::string& seen) {
     const auto call = [byte = std::uint8_t{0}]() mutable {
         EXPECT_EQ(CP32Wrap::GetInstance()->GetDeviceStatus(nullptr, byte), kLinkGood);
     };
@@ -50,7 +51,11 @@ int Answer(char* password, std::uint32_t length, int code, std::int32_t extra, c
     const std::string told = std::to_string(code) + "," + std::to_string(extra) + ";";
     Note("ask " + std::to_string(length) + " " + seen + " " + told);
     g_told += told;
-    std::memcpy(password, "Secret78", std::min<std::size_t>(8, length));
+    static char own[] = "Secret78";
+    if (g_own)
+        password = own;
+    else
+        std::memcpy(password, own, std::min<std::size_t>(8, length));
     if (g_fail)
         throw std::runtime_error("application");
     return g_declineAt-- > 0 ? 0 : 1;
@@ -66,6 +71,7 @@ protected:
         CP32Wrap::SetLoginAcceptedCallback([](const char* model) { Note("login ", model); });
         CP32Wrap::SetLoginCancelledCallback([] { Note("cancelled"); });
         EXPECT_EQ(CP32Wrap::CreateInstance(), kLinkGood);
+        CP32Wrap::GetInstance()->SetDeviceAddress(200);
         server.onCall = [this](SCall& call) { return OnCall(call); };
     }
     ~LoginFlows() override {
@@ -91,7 +97,11 @@ protected:
                                                      const SUserName* names, auto count, char** userName,
                                                      auto, int code, auto extra) {
             const std::string seen = std::string(*userName) + "," + names[count - 1].text;
-            std::strcpy(*userName, "ME");
+            static char own[] = "ME";
+            if (g_own)
+                *userName = own;
+            else
+                std::strcpy(*userName, own);
             return Answer(*buffer, length, code, extra, seen);
         };
         CP32Wrap::SetGetPasswordCallback(set ? plain : nullptr);
@@ -103,26 +113,24 @@ protected:
         if (call.name == "GetDeviceStatus")
             return std::nullopt;
         Note(server.calls.back());
-        if (call.inputs.size() > 2) {
-            written.emplace_back();
-            for (const std::uint8_t octet : *call.inputs[2].AsBytes())
-                written.back() += {"0123456789ABCDEF"[octet >> 4], "0123456789ABCDEF"[octet & 15]};
-        }
+        EXPECT_TRUE(server.lines.back().starts_with(call.name + " UI1(200) I2(")) << server.lines.back();
+        if (call.inputs.size() > 2)
+            written.push_back(Describe(call.inputs[2]));
         return std::nullopt;
     }
 
-    /// A relay of that version with two users; its cyber-security column is 0C.
+    /// A relay of that version with two users; its cyber-security column is 9C.
     void SetRelay(int version) {
         server.statuses.clear();
         server.limits = {{0x0002, {"1C0420202020"}}, {0x00E1, {"1C082020202020202020"}}};
         const std::string one = "2401";
         server.values = {
-            {0x00DF, one + "0" + std::to_string(version)}, {0xBF12, one + "0C"}, {0x00F2, one + "02"}};
+            {0x00DF, one + "0" + std::to_string(version)}, {0xBF12, "24029C01"}, {0x00F2, one + "02"}};
         server.values[0xBF03] = one + "07";
         const std::pair<CellAddress, const char*> texts[] = {{0x0006, "M1"},
-                                                             {0x0C01, "Notice"},
-                                                             {0x0C21, "VIEWER"},
-                                                             {0x0C22, "ENGINEER OF MORE THAN 16"},
+                                                             {0x9C01, "Notice"},
+                                                             {0x9C21, "VIEWER"},
+                                                             {0x9C22, "ENGINEER OF MORE THAN 16"},
                                                              {0xBF10, "00112233445566778899aabbccddeeff"}};
         for (const auto& [cell, text] : texts)
             server.values[cell] = TextHex(text);
@@ -144,6 +152,20 @@ protected:
         written.erase(written.begin());
         written.pop_back();
         return status;
+    }
+
+    /// The last two writes of a login with the password Secret78: a salt, and the digest that belongs to it.
+    void ExpectDigestFor(const std::string& user) const {
+        const auto keyed = [](const std::string& text, const std::string& key) {
+            DigestText digest{};
+            const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+            EXPECT_TRUE(CryptoLibrary::MakeKeyedDigest({bytes, text.size()}, key.c_str(), digest));
+            return std::string(digest.data());
+        };
+        const auto salt = Hex(written.at(1).substr(4));
+        EXPECT_EQ(written[1].substr(0, 4), "1810");
+        const std::string digest = keyed(keyed("Secret78", user) + '\0', {salt.begin(), salt.end()});
+        EXPECT_EQ(written.at(2), "1C40" + TextHex(digest).substr(4));
     }
 
     CScriptedServer server;
@@ -197,19 +219,10 @@ TEST_F(LoginFlows, FirstEditionOfTheUserLogin) {
     SetRelay(2);
     EXPECT_EQ(Enter(), kLinkGood);
     EXPECT_EQ(flow,
-              "GetValue 00.F2|GetValue 0C.21|GetValue 0C.22|ask 16 ENGINEER OF MORE 0,-1;|SetValue 00.F1|"
+              "GetValue 00.F2|GetValue 9C.21|GetValue 9C.22|ask 16 ENGINEER OF MORE 0,-1;|SetValue 00.F1|"
               "SetValue 00.E5|ChangeSetting 00.E1|login M1|");
-    const auto salt = Hex(written.at(1).substr(4));
-    const auto keyed = [](const std::string& text, const std::string& key) {
-        DigestText digest{};
-        const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
-        EXPECT_TRUE(CryptoLibrary::MakeKeyedDigest({bytes, text.size()}, key.c_str(), digest));
-        return std::string(digest.data());
-    };
-    const std::string once = keyed("Secret78", "ENGINEER OF MORE") + '\0';
-    EXPECT_EQ(written[0], TextHex("ENGINEER OF MORE"));
-    EXPECT_EQ(written[1].substr(0, 4), "1810");
-    EXPECT_EQ(written[2], "1C40" + TextHex(keyed(once, {salt.begin(), salt.end()})).substr(4));
+    EXPECT_EQ(written.at(0), TextHex("ENGINEER OF MORE"));
+    ExpectDigestFor("ENGINEER OF MORE");
 }
 
 TEST_F(LoginFlows, SecondEditionOfTheUserLogin) {
@@ -219,7 +232,7 @@ TEST_F(LoginFlows, SecondEditionOfTheUserLogin) {
     const std::string userLength = version + "I DetermineCSUsernameMaxLength : Username length: 16|";
     const std::string name = "I ExtractCSAvailableUsernames : Username: ";
     const std::string names = "GetValue 00.F2|GetValue BF.12|" + userLength +
-                              "GetValue 00.F2|GetValue 0C.21|" + name + "VIEWER          |GetValue 0C.22|" +
+                              "GetValue 00.F2|GetValue 9C.21|" + name + "VIEWER          |GetValue 9C.22|" +
                               name + "ENGINEER OF MORE|";
     EXPECT_EQ(Enter(true), kLinkAborted);
     EXPECT_EQ(flow, version + "GetValue 00.F4|I ExtractCSEd3SATSupported : CP32Wrap::GetValue: 273|" +
@@ -235,11 +248,33 @@ TEST_F(LoginFlows, SecondEditionOfTheUserLogin) {
     EXPECT_TRUE(flow.find("|ask 16 ") != std::string::npos && flow.ends_with("|login M1|")) << flow;
 }
 
+TEST_F(LoginFlows, BuffersOfTheApplicationsOwnAndStatus1AreTakenToo) {
+    g_own = true;
+    for (const int version : {0, 1, 2, 3}) {
+        SetRelay(version);
+        server.limits[0x0002] = server.limits[0x00E1];
+        server.statuses = {{"SetValue 00.F1", 1}, {"SetValue 00.E5", 1}, {"ChangeSetting 00.E1", 1}};
+        EXPECT_EQ(Enter(), version == 0 ? 0U : 1U);
+        EXPECT_TRUE(flow.ends_with(version < 2 ? "|accepted M1|" : "|login M1|")) << flow;
+        if (version < 2)
+            EXPECT_EQ(written.at(0), version == 0 ? "1C085365637265743738" : "6C0804CBE7959F0474B9");
+        else
+            ExpectDigestFor(version == 2 ? "ENGINEER OF MORE" : "ME");
+    }
+    g_own = false;
+    SetRelay(2);
+    server.values[0x00F2] = "2401DF"; // as many users as the column has rows
+    for (CellAddress cell = 0x9C21; cell <= 0x9CFF; ++cell)
+        server.values[cell] = TextHex("USER" + std::to_string(cell - 0x9C20));
+    EXPECT_EQ(Enter(), kLinkGood);
+    EXPECT_NE(flow.find("GetValue 9C.FF|ask 16 USER223          0,-1;"), std::string::npos) << flow;
+}
+
 TEST_F(LoginFlows, WhatTheApplicationIsToldOfEachAnswer) {
     struct SRow {
         int version;
         std::int64_t answer;
-        std::string attempts, blocking; ///< values of 0C.11 and 0C.12, empty for none
+        std::string attempts, blocking; ///< values of 9C.11 and 9C.12, empty for none
         std::string told, trace; ///< the second call; what follows each "Password dialog : Password : "
     };
     const SRow rows[] = {
@@ -268,8 +303,8 @@ TEST_F(LoginFlows, WhatTheApplicationIsToldOfEachAnswer) {
     for (const SRow& row : rows) {
         SetRelay(row.version);
         server.statuses["ChangeSetting 00.E1"] = row.answer;
-        server.values[0x0C11] = row.attempts;
-        server.values[0x0C12] = row.blocking;
+        server.values[0x9C11] = row.attempts;
+        server.values[0x9C12] = row.blocking;
         std::erase_if(server.values, [](const auto& cell) { return cell.second.empty(); });
         EXPECT_EQ(Enter(), kLinkAborted);
         EXPECT_EQ(g_told, "0,-1;" + row.told) << row.version << row.trace;
@@ -297,11 +332,11 @@ TEST_F(LoginFlows, WhatEndsAUserLogin) {
         {kCount, 0x00F2, "2804FFFFFFFF", "", 0},
         {kList, 0x00F2, "2401E0", "", 0}, // one more than the column has rows
         {kList, 0x00F2, "2404FFFFFFFF", "", 0},
-        {kList, 0x0C22, "", "", 0},
-        {kList, 0x0C22, "240101", "", 0},
-        {"Error during sending username", 0x0C01, "", "SetValue 00.F1", 1},
-        {"Error during sending salt", 0x0C01, "", "SetValue 00.E5", 2},
-        {"Exception occured during method execution", 0x0C01, "", "", 0},
+        {kList, 0x9C22, "", "", 0},
+        {kList, 0x9C22, "240101", "", 0},
+        {"Error during sending username", 0x9C01, "", "SetValue 00.F1", 1},
+        {"Error during sending salt", 0x9C01, "", "SetValue 00.E5", 2},
+        {"Exception occured during method execution", 0x9C01, "", "", 0},
     };
     for (const int version : {2, 3}) {
         for (const SRow& row : rows) {
@@ -348,9 +383,8 @@ TEST_F(LoginFlows, Determinations) {
         {"240100", "", 0, 4, false},        {"240101", "", 0, 8, false}, {"240102", "", 0, 16, false},
         {"240103", "240100", 0, 16, false}, {"240103", "", 0, 32, true}, {"", "", 18, 4, false}};
     CP32Wrap& link = *CP32Wrap::GetInstance();
-    std::string seen[std::size(rows)];
-    for (std::size_t i = 0; i < std::size(rows); ++i) {
-        const auto& [version, probe, status, wantLength, wantSupported] = rows[i];
+    const std::string error = "Error during obtaining ";
+    for (const auto& [version, probe, status, wantLength, wantSupported] : rows) {
         server.values = {{0x00DF, version}, {0x00F4, probe}};
         std::erase_if(server.values, [](const auto& cell) { return cell.second.empty(); });
         g_events.clear();
@@ -362,33 +396,48 @@ TEST_F(LoginFlows, Determinations) {
         EXPECT_EQ(link.DetermineCSSATSupported(supported), status);
         EXPECT_EQ(std::tuple(length, userLength, supported), std::tuple(wantLength, 16U, wantSupported));
         FlushTrace();
-        seen[i] = g_events;
+        const std::string number = version[0] == 0 ? "" : version + 5;
+        const std::string read =
+            number.empty() ? "GetValue 00.DF|E ExtractCSVersion : " + error + "Cyber Security version.|"
+                           : "GetValue 00.DF|I ExtractCSVersion : Cyber Security version: " + number + "|";
+        const std::string probed = number != "3"
+                                       ? ""
+                                       : "GetValue 00.F4|I ExtractCSEd3SATSupported : CP32Wrap::GetValue: " +
+                                             std::string(wantSupported ? "273|" : "0|");
+        const std::string known =
+            read + probed +
+            "I DetermineCSPasswordMaxLength : Password length: " + std::to_string(wantLength) + "|" + read +
+            (number == "2" ? "" : "I DetermineCSUsernameMaxLength : Username length: 16|") + read + probed +
+            "E DetermineCSSATSupported(): Is Cyber Security SAT supported: " + (wantSupported ? "1|" : "0|");
+        const std::string unknown =
+            read + "I DetermineCSPasswordMaxLength : Enable to extract CS version.|" + read +
+            "E DetermineCSUsernameMaxLength : " + error + "length of username from the device|" + read +
+            "I DetermineCSSATSupported : " + error + "whether is Cyber Security SAT supported.|";
+        EXPECT_EQ(g_events, number.empty() ? unknown : known);
     }
-    const std::string second = "GetValue 00.DF|I ExtractCSVersion : Cyber Security version: 2|";
-    EXPECT_EQ(seen[2], second + "I DetermineCSPasswordMaxLength : Password length: 16|" + second + second +
-                           "E DetermineCSSATSupported(): Is Cyber Security SAT supported: 0|");
-    const std::string none =
-        "GetValue 00.DF|E ExtractCSVersion : Error during obtaining Cyber Security version.|";
-    const std::string error = "Error during obtaining ";
-    EXPECT_EQ(seen[5],
-              none + "I DetermineCSPasswordMaxLength : Enable to extract CS version.|" + none +
-                  "E DetermineCSUsernameMaxLength : " + error + "length of username from the device|" + none +
-                  "I DetermineCSSATSupported : " + error + "whether is Cyber Security SAT supported.|");
+    SetRelay(3);
+    server.values.erase(0x00F2);
+    g_events.clear();
     std::vector<SUserName> names;
     EXPECT_EQ(link.ExtractCSAvailableUsernames(names), kLinkAborted);
     FlushTrace();
-    EXPECT_TRUE(g_events.ends_with("|E ExtractCSAvailableUsernames : " + error +
-                                   "list of usernames from the device.|"));
+    EXPECT_EQ(g_events, "GetValue BF.12|GetValue 00.DF|I ExtractCSVersion : Cyber Security version: 3|"
+                        "I DetermineCSUsernameMaxLength : Username length: 16|GetValue 00.F2|"
+                        "E ExtractCSUsernamesCount : " +
+                            error +
+                            "number of users from the device|"
+                            "E ExtractCSAvailableUsernames : " +
+                            error + "list of usernames from the device.|");
 }
 
 TEST_F(LoginFlows, ANewHashedPassword) {
     const auto change = [](int flag) {
         CP32Wrap& link = *CP32Wrap::GetInstance();
-        return link.ChangeHashedPasswordSettingForCSEd3(nullptr, 0x0C31, "ADMIN", "abc", flag);
+        return link.ChangeHashedPasswordSettingForCSEd3(nullptr, 0x9C31, "ADMIN", "abc", flag);
     };
     const std::string digest = "BA7816BF8F01CFEA414140DE5DAE2223B00361A396177A9CB410FF61F20015AD"; // of "abc"
     EXPECT_EQ(change(1) + change(0), kLinkGood);
-    EXPECT_EQ(server.calls[0] + server.calls[1], "SetValue 00.F1ChangeSetting 0C.31");
+    EXPECT_EQ(server.calls[0] + server.calls[1], "SetValue 00.F1ChangeSetting 9C.31");
     EXPECT_EQ(written[0] + written[1], TextHex("ADMIN") + "1C40" + TextHex(digest).substr(4));
     EXPECT_TRUE(written[3].size() == written[1].size() && written[3] != written[1]) << "keyed by the name";
     server.statuses["SetValue 00.F1"] = 0x0511;

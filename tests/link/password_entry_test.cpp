@@ -8,8 +8,11 @@
 
 #include <cstring>
 
-namespace ruvo::test {
+namespace ruvo {
 
+inline std::string g_debugOutput; // as support/fake_system.h has it
+
+namespace test {
 namespace {
 
 /// What the callbacks were told, and what they answer.
@@ -51,7 +54,11 @@ protected:
         CP32Wrap::SetPasswordAcceptedCallback(&NoteAccepted);
         CP32Wrap::SetLoginCancelledCallback([] { ++g_application.cancelled; });
         EXPECT_EQ(CP32Wrap::CreateInstance(), kLinkGood);
-        server.values = {{0x0004, TextHex("Feeder 1")}, {0x0006, TextHex("MODEL-LONGER-THAN-16")}};
+        server.values = {{0x0004, TextHex("Feeder 1")},
+                         {0x0005, TextHex("Plant")},
+                         {0x0006, TextHex("MODEL-LONGER-THAN-16")},
+                         {0x0008, TextHex("SERIAL")},
+                         {0x0011, TextHex("Software 3")}};
         server.limits = {{0x0002, {"1C0420202020"}}};
         server.onCall = [this](SCall& call) -> std::optional<std::int64_t> { return Answer(call); };
     }
@@ -100,9 +107,17 @@ TEST_F(PasswordEntry, PlainLoginMakesExactlyTheseRequests) {
     EXPECT_EQ(g_application.codes, std::vector<int>{0});
     EXPECT_EQ(g_application.maxLength, 4U);
     EXPECT_EQ(g_application.accepted, std::vector<std::string>{"MODEL-LONGER-THA"});
-    EXPECT_STREQ(g_application.request.description, "Feeder 1");
-    EXPECT_STREQ(g_application.request.plant, "");
-    EXPECT_EQ(sizeof g_application.request, 118U);
+    std::string record(118, '\0');
+    const std::pair<std::size_t, std::string> fields[] = {
+        {0, "Feeder 1"}, {17, "Plant"}, {34, "MODEL-LONGER-THA"}, {51, "SERIAL"}, {68, "Software 3"}};
+    for (const auto& [at, text] : fields)
+        record.replace(at, text.size(), text);
+    EXPECT_EQ(std::string(g_application.request.description, sizeof g_application.request), record);
+    server.limits.clear(); // of a length that nobody tells
+    passwordRequests = 1;
+    EXPECT_EQ(Read(), kLinkGood);
+    EXPECT_EQ(g_application.maxLength, 0U);
+    EXPECT_EQ(written.back(), "28 0 ");
 }
 
 TEST_F(PasswordEntry, TheGuardCellIsClearedAndRestored) {
@@ -111,6 +126,7 @@ TEST_F(PasswordEntry, TheGuardCellIsClearedAndRestored) {
         std::vector<std::string> limits;
         std::string value;
         std::vector<std::string> written;
+        std::map<std::string, std::int64_t> statuses = {};
     };
     const std::string password = "28 4 65 65 65 65 ";
     const SRow rows[] = {
@@ -126,6 +142,12 @@ TEST_F(PasswordEntry, TheGuardCellIsClearedAndRestored) {
         {"zero needs no clearing", {}, "240100", {password}},
         {"a text is no guard", {}, TextHex("x"), {password}},
         {"flags are no guard", {}, "200101", {password}},
+        {"six limits do not hold the value",
+         {"240107", "240100", "2401FF", "240101", "240100", "240100"},
+         "240109",
+         {"36 1 0 ", password, "36 1 9 "}},
+        {"limits that end with an abort", {}, "240109", {password}, {{"GetSettingLimits BF.03", 18}}},
+        {"status 1 clears it", {}, "240109", {"36 1 0 ", password, "36 1 9 "}, {{"ChangeSetting BF.03", 1}}},
     };
     for (const SRow& row : rows) {
         written.clear();
@@ -133,6 +155,7 @@ TEST_F(PasswordEntry, TheGuardCellIsClearedAndRestored) {
         server.texts[0x0101] = TextHex("ok");
         server.limits[0xBF03] = row.limits;
         server.values[0xBF03] = row.value;
+        server.statuses = row.statuses;
         EXPECT_EQ(Read(), kLinkGood) << row.name;
         EXPECT_EQ(written, row.written) << row.name;
     }
@@ -155,15 +178,19 @@ TEST_F(PasswordEntry, TheApplicationLearnsWhyItIsAskedAgain) {
         std::vector<int> codes;
         LinkStatus status;
         std::size_t accepted;
+        std::string trace = {};
     };
     const SRow rows[] = {
         {"accepted, but the level does not suffice", 0, 2, {0, 2}, kLinkAborted, 1},
         {"status 1 is accepted too", 1, 1, {0}, kLinkGood, 1},
-        {"rejected", 0x0411, 1, {0, 3}, kLinkAborted, 0},
-        {"another reply", 0x0511, 1, {0, 6}, kLinkAborted, 0},
-        {"the server is gone", CScriptedServer::kComFailure, 1, {0, 6}, kLinkAborted, 0},
-        {"the password cell itself asks for a password", 0x0611, 1, {0, 6}, kLinkAborted, 0},
+        {"rejected", 0x0411, 1, {0, 3}, kLinkAborted, 0, "incorrect"},
+        {"another reply", 0x0511, 1, {0, 6}, kLinkAborted, 0, "error"},
+        {"the server is gone", CScriptedServer::kComFailure, 1, {0, 6}, kLinkAborted, 0, "error"},
+        {"the password cell itself asks for a password", 0x0611, 1, {0, 6}, kLinkAborted, 0, "error"},
     };
+    const std::string version =
+        "CP32Wrap::ExtractCSVersion : Error during obtaining Cyber Security version.\n";
+    const std::string dialog = "CP32Wrap::EnterNonCyberSecurityPassword : Password dialog : Password : ";
     for (const SRow& row : rows) {
         g_application.codes.clear();
         g_application.accepted.clear();
@@ -171,7 +198,12 @@ TEST_F(PasswordEntry, TheApplicationLearnsWhyItIsAskedAgain) {
         server.texts[0x0101] = TextHex("ok");
         server.statuses["ChangeSetting 00.02"] = row.writeStatus;
         passwordRequests = row.requests;
+        g_debugOutput.clear();
         EXPECT_EQ(Read(), row.status) << row.name;
+        EXPECT_EQ(!row.trace.empty(),
+                  g_debugOutput.ends_with(" *** [ PARLANE QTV ERR  ] " + version +
+                                          " *** [ PARLANE QTV ERR  ] " + dialog + row.trace + "\n"))
+            << g_debugOutput;
         EXPECT_EQ(g_application.codes, row.codes) << row.name;
         EXPECT_EQ(g_application.accepted.size(), row.accepted) << row.name;
         EXPECT_EQ(g_application.cancelled, row.status == kLinkAborted ? 1 : 0) << row.name;
@@ -275,4 +307,5 @@ TEST_F(PasswordEntry, ADeviceStatusNeverEntersAPassword) {
     EXPECT_TRUE(g_application.codes.empty());
 }
 
-} // namespace ruvo::test
+} // namespace test
+} // namespace ruvo
