@@ -199,7 +199,7 @@ TEST_F(LoginFlows, WithoutItsKeyAPasswordIsNotEnciphered) {
         {CScriptedServer::kComFailure, "", 255},
         {8, "", 8},
         {1, "", kLinkAborted},
-        {{}, "580100", 254},
+        {{}, "580100", kLinkAborted},
         {{}, "FF00", kLinkAborted},
         {{}, "240107", kLinkAborted},
         {0, "", 254}};
