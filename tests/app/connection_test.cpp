@@ -54,6 +54,7 @@ struct SRow {
 void Script(CScriptedServer& server, const SRow& row) {
     if (row.generation >= 0)
         server.values[0x00DF] = "24010" + std::to_string(row.generation);
+    server.values[0xBF10] = TextHex("00112233445566778899aabbccddeeff");
     server.limits = {{0x0002, {"1C082020202020202020"}}, {0x00E1, {"1C082020202020202020"}}};
     server.statuses = {{row.call, row.status},
                        {"ChangeSetting 00.02", row.passwordStatus},
