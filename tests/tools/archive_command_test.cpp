@@ -189,6 +189,21 @@ TEST_F(CArchive, LeavesOtherDatabasesAlone) {
             EXPECT_NE(outcome.error.find(why), std::string::npos) << outcome.error;
         }
     };
+    const std::string archive = m_folder.Read("a.db");
+    for (const char* change :
+         {"CREATE VIEW extra AS SELECT 1", "CREATE INDEX extra ON records (text)", "DROP INDEX records_time",
+          "CREATE TRIGGER extra AFTER INSERT ON records BEGIN DELETE FROM records; END",
+          "DROP VIEW events; CREATE TABLE events (id)",
+          "DROP VIEW events; DROP VIEW damaged_places; DROP TABLE records; CREATE VIEW records AS WITH "
+          "RECURSIVE "
+          "n(id) AS (SELECT 1 UNION ALL SELECT id + 1 FROM n) SELECT id FROM n"}) {
+        refuses(change, "not what ruvoctl archive makes");
+        m_folder.Write("a.db", archive);
+    }
+    CDatabase(m_folder.Native("a.db"), EDatabaseAccess::Write).Run("ANALYZE; VACUUM");
+    EXPECT_EQ(Archive().status + Find({"x"}).status, 1) << "nothing is found";
+    EXPECT_ANY_THROW(CDatabase(m_folder.Native("a.db"), EDatabaseAccess::Write)
+                         .Run("PRAGMA writable_schema = 1; DELETE FROM sqlite_schema"));
     refuses("PRAGMA user_version = 99", "a newer ruvoctl (version 99)");
     refuses("PRAGMA user_version = -1", "of version -1, which there never was");
     refuses("PRAGMA application_id = 7", "a database of another program");

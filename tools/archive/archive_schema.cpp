@@ -1,6 +1,8 @@
 #include "tools/archive/archive_schema.h"
 
 #include <array>
+#include <string>
+#include <vector>
 
 namespace ruvo {
 
@@ -78,6 +80,37 @@ struct SState {
     bool isEmpty;
 };
 
+void TakeStep(CDatabase& database, std::int64_t version) {
+    database.Run(kSteps.at(static_cast<std::size_t>(version)));
+}
+
+/// All that a schema says; what the library itself notes about how values are spread is left out.
+std::vector<std::string> SchemaTexts(CDatabase& database) {
+    CStatement rows(database, "SELECT type || ' ' || name || ' ' || tbl_name || ' ' || ifnull(sql, '') "
+                              "FROM sqlite_schema WHERE ifnull(sql, '') NOT IN "
+                              "('CREATE TABLE sqlite_stat1(tbl,idx,stat)', "
+                              "'CREATE TABLE sqlite_stat4(tbl,idx,neq,nlt,ndlt,sample)') ORDER BY 1");
+    std::vector<std::string> texts;
+    while (rows.Step()) {
+        texts.push_back(rows.TextAt(0));
+    }
+    return texts;
+}
+
+/// A view in a table's place may have no end, and a trigger may undo what is added: only what this program
+/// makes is an archive.
+void RequireOwnSchema(CDatabase& database, std::int64_t version) {
+    CDatabase own;
+    for (std::int64_t step = 0; step < version; ++step) {
+        TakeStep(own, step);
+    }
+    if (SchemaTexts(database) != SchemaTexts(own)) {
+        throw CDatabaseError(
+            "not what ruvoctl archive makes: its tables, views or triggers were changed; move "
+            "the file away and archive again from the day files");
+    }
+}
+
 SState RequireArchive(CDatabase& database) {
     const bool isEmpty = database.Number("SELECT count(*) FROM sqlite_schema") == 0;
     if (!isEmpty && database.Number("PRAGMA application_id") != kApplicationId) {
@@ -93,6 +126,7 @@ SState RequireArchive(CDatabase& database) {
         throw CDatabaseError("an archive of a newer ruvoctl (version " + std::to_string(version) +
                              "); use that one");
     }
+    RequireOwnSchema(database, version);
     return {version, isEmpty};
 }
 
@@ -104,7 +138,7 @@ void BringUpToDate(CDatabase& database) {
     };
     database.Run("BEGIN IMMEDIATE");
     for (std::int64_t version = RequireArchive(database).version; version < kCurrentVersion; ++version) {
-        database.Run(kSteps.at(static_cast<std::size_t>(version)));
+        TakeStep(database, version);
         set("application_id", kApplicationId);
         set("user_version", version + 1);
     }

@@ -9,6 +9,7 @@ namespace {
 CDatabase OpenArchive(const std::string& path) {
     CDatabase database(path, EDatabaseAccess::Write);
     BringUpToDate(database);
+    database.TrustSchema(); // its trigger feeds the index of texts
     // A commit for each file would wait for the disk each time. A power failure may take the last files out
     // again, whole ones; the next run puts them back.
     database.Run("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL");
@@ -109,6 +110,14 @@ void CArchiveStore::BeginFile(const SDayFileState& file) {
     m_putFile.Rewind();
     RunOnce(m_clearDamage.Bind(m_fileId));
     m_tally = {};
+    m_before = CountRecords();
+}
+
+std::uint64_t CArchiveStore::CountRecords() {
+    m_countRecords.Bind(m_fileId).Step();
+    const auto count = static_cast<std::uint64_t>(m_countRecords.NumberAt(0));
+    m_countRecords.Rewind();
+    return count;
 }
 
 bool CArchiveStore::HasRecord(const SDayFileItem& item) {
@@ -143,10 +152,14 @@ SFileTally CArchiveStore::EndFile(bool isComplete) {
     if (!isComplete) {
         RunOnce(m_spoilFile.Bind(m_fileId));
     }
-    m_countRecords.Bind(m_fileId).Step();
-    m_tally.gone = static_cast<std::uint64_t>(m_countRecords.NumberAt(0)) - m_tally.added - m_tally.known;
-    m_countRecords.Rewind();
     m_database.Run("COMMIT");
+    // What is told is what is there; another run may have added more since.
+    if (CountRecords() < m_before + m_tally.added) {
+        throw CDatabaseError(
+            "records that were added are not in it; move the file away and archive again from "
+            "the day files");
+    }
+    m_tally.gone = m_before - m_tally.known;
     return m_tally;
 }
 

@@ -48,6 +48,8 @@ public:
 
 private:
     [[nodiscard]] bool HasRecord(const SDayFileItem& item);
+    /// Of the file.
+    [[nodiscard]] std::uint64_t CountRecords();
 
     CDatabase m_database; // before the statements, which must end earlier
     CStatement m_findFile;
@@ -59,6 +61,7 @@ private:
     CStatement m_findRecord;
     CStatement m_putRecord;
     std::int64_t m_fileId = 0;
+    std::uint64_t m_before = 0; ///< records of the file, when it was begun
     SFileTally m_tally;
 };
 

@@ -49,18 +49,34 @@ std::string FailureText(int code, const char* words) {
 } // namespace
 
 CDatabase::CDatabase(const std::string& path, EDatabaseAccess access) {
-    const int flags =
-        access == EDatabaseAccess::Write ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE : SQLITE_OPEN_READONLY;
+    Open(PlainFileName(path).c_str(), access == EDatabaseAccess::Write
+                                          ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE
+                                          : SQLITE_OPEN_READONLY);
+}
+
+CDatabase::CDatabase() {
+    Open(":memory:", SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+}
+
+void CDatabase::Open(const char* name, int flags) {
     sqlite3* handle = nullptr;
-    const int result = sqlite3_open_v2(PlainFileName(path).c_str(), &handle, flags, nullptr);
+    const int result = sqlite3_open_v2(name, &handle, flags, nullptr);
     m_handle.reset(handle);
     if (handle == nullptr) {
         throw CDatabaseError(FailureText(result, sqlite3_errstr(result)));
     }
-    if (result != SQLITE_OK) {
+    if (result != SQLITE_OK ||
+        sqlite3_db_config(handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr) != SQLITE_OK ||
+        sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr) != SQLITE_OK) {
         Fail();
     }
     sqlite3_busy_timeout(handle, kPatienceMilliseconds);
+}
+
+void CDatabase::TrustSchema() {
+    if (sqlite3_db_config(Handle(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 1, nullptr) != SQLITE_OK) {
+        Fail();
+    }
 }
 
 void CDatabase::Run(const char* statements) {

@@ -23,11 +23,16 @@ public:
 enum class EDatabaseAccess : bool { Read, Write };
 
 /// One open database file; made when it is missing and is to be written. What a transaction left open is
-/// rolled back at the end.
+/// rolled back at the end. The file may come from anybody: what stands in its schema can neither damage it
+/// nor call anything that reaches beyond it.
 class CDatabase {
 public:
     CDatabase(const std::string& path, EDatabaseAccess access);
+    /// One in memory, which goes with this.
+    CDatabase();
 
+    /// Lets triggers and views use virtual tables: for a schema that was found to be our own.
+    void TrustSchema();
     /// Runs statements that give nothing back.
     void Run(const char* statements);
     /// The first column of the first row.
@@ -37,6 +42,8 @@ public:
     [[noreturn]] void Fail() const;
 
 private:
+    void Open(const char* name, int flags);
+
     struct SClose {
         void operator()(sqlite3* handle) const;
     };
