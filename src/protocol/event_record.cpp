@@ -150,6 +150,12 @@ std::size_t CEventRecord::GetBlockSize() const {
     return size;
 }
 
+// Not virtual: the record's virtual operations have places that are given.
+std::size_t CEventRecord::GetImageSize() const {
+    const auto* extended = dynamic_cast<const CExtendedEventRecord*>(this);
+    return kBlockHeadSize + GetBlockSize() + (extended != nullptr ? extended->GetCellImageSize() : 0);
+}
+
 void CEventRecord::WriteBlock(CBlockWriter& writer, std::size_t blockSize) const {
     writer.WriteBlockHead(EBlockTag::Event, blockSize);
     writer.WriteByte(static_cast<std::uint8_t>(m_recordNumber & 0xFFU));
@@ -263,9 +269,9 @@ std::unique_ptr<CEventRecord> CExtendedEventRecord::Clone() const {
     return std::make_unique<CExtendedEventRecord>(*this);
 }
 
-std::size_t CExtendedEventRecord::GetImageSize() const {
+std::size_t CExtendedEventRecord::GetCellImageSize() const {
     constexpr std::size_t kNoValueSize = 2 + 1; // an empty value, and no names of bits
-    std::size_t size = 2 * kBlockHeadSize + GetBlockSize() + kUniqueIdSize;
+    std::size_t size = kBlockHeadSize + kUniqueIdSize;
     for (std::size_t i = 0; i < m_cells.size(); ++i) {
         size += HasStoredValue(*m_cells[i]) ? StoredCellSize(*m_cells[i], i)
                                             : StoredTextSize(m_cells[i]->GetLabelTemplate()) + kNoValueSize;

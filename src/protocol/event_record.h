@@ -38,13 +38,13 @@ public:
     /// Appends the record's blocks. A record without a binary form throws CUnwritableRecord and leaves the
     /// bytes as they were.
     virtual void Serialise(std::vector<std::uint8_t>& bytes) const = 0;
-    /// How many bytes Serialise appends; for a record without a binary form, about how many it would.
-    [[nodiscard]] virtual std::size_t GetImageSize() const { return kBlockHeadSize + GetBlockSize(); }
     /// Size of the first block without tag and length word; may exceed what a block can hold.
     [[nodiscard]] virtual std::size_t GetBlockSize() const;
     /// Writes the first block; blockSize goes into its length word as it is.
     virtual void WriteBlock(CBlockWriter& writer, std::size_t blockSize) const;
 
+    /// How many bytes Serialise appends; for a record without a binary form, about how many it would.
+    [[nodiscard]] std::size_t GetImageSize() const;
     [[nodiscard]] std::uint32_t GetRecordNumber() const { return m_recordNumber; }
     [[nodiscard]] std::uint32_t GetUniqueId() const { return m_uniqueId; }
     [[nodiscard]] std::uint8_t GetEventCode() const { return m_eventCode; }
@@ -149,7 +149,6 @@ public:
     [[nodiscard]] std::unique_ptr<CEventRecord> Clone() const override;
     [[nodiscard]] std::string GetText() const override;
     void Serialise(std::vector<std::uint8_t>& bytes) const override;
-    [[nodiscard]] std::size_t GetImageSize() const override;
     [[nodiscard]] std::size_t GetBlockSize() const override;
     void WriteBlock(CBlockWriter& writer, std::size_t blockSize) const override;
     /// Size of the second block without tag and length word. Throws CUnwritableRecord for an indexed cell
@@ -167,6 +166,9 @@ public:
     SDroppedItems DropUnwritable();
 
 private:
+    friend CEventRecord; // asks for the size of the second block's image
+
+    [[nodiscard]] std::size_t GetCellImageSize() const;
     bool ReadCell(CByteCursor& cursor, CErrorList& errors);
     [[nodiscard]] std::size_t RequireWritableCells() const;
 
