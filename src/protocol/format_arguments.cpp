@@ -147,7 +147,10 @@ bool CNativeArguments::TakeNumber(SFormatNumber& number) {
 
 SFormatText CNativeArguments::TakeText() {
     const auto* text = TakeAs<std::string_view>();
-    return {.text = text == nullptr || text->data() == nullptr ? kNullText : *text};
+    if (text == nullptr) {
+        return {};
+    }
+    return {.text = text->data() == nullptr ? kNullText : *text};
 }
 
 CParlaneIEC870 CNativeArguments::TakeTime() {

@@ -67,7 +67,7 @@ private:
 };
 
 /// One native argument: an integer for d, i, u, x, b, c and "*", a double for e and f, a number for k, a text
-/// for s (without a buffer: "(null)"), a time stamp for t.
+/// for s (a null pointer: "(null)"), a time stamp for t.
 using CNativeArgument =
     std::variant<std::int32_t, std::uint32_t, double, SFormatNumber, std::string_view, CParlaneIEC870>;
 

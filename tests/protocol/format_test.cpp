@@ -109,6 +109,9 @@ TEST(Format, TextsAndGrammar) {
 TEST(Format, FloatingNumbers) {
     Check({{"default precision", "%f", "f0.5 f0 f-0.0", "0.500000;0.000000;0.000000"},
            {"large ones show fewer decimals", "%f", "f1234567.891 f10", "1234567.875;10.00000"},
+           {"half of an odd precision", "%.3f|%.5f", "f1234.5+f1234.5 f12.5+f12.5",
+            "1234.50|1234.500;12.50|12.5000"},
+           {"l is nothing to them", "%le|%lf", "f1234.5+f0.5", "1235|0.500000"},
            {"no decimals, half up", "%.0f", "f12 f0.4 f0.5 f2.5 f9.5", "12.;0.;1.;3.;10."},
            {"carries", "%.1f", "f9.96 f-0.96 f0.0625 f0.00625", "10.0;-1.0;0.1;0.0"},
            {"signs and zeros", "%+08.2f|% .1f|%.3f", "f-1.5+f1.5+f0.0625", "-0001.50| 1.5|0.063"},
@@ -129,9 +132,12 @@ TEST(Format, NumbersWithUnits) {
            {"no point", "%k", "V1234 V-1234", "  1234 V; -1234 V"},
            {"zero", "%k", "V0 V-0.0 %0", "     0 V;     0 V;     0%"},
            {"nine digits", "%lk", "V230.5 V0", " 230.500000 V;          0 V"},
-           {"prefixes", "%k", "A0.05 V12345 A75e-6", " 50.00mA; 12.35kV; 75.00uA"},
+           {"prefixes", "%k", "V75e-18 V1.5e-15 V1.5e-12 V1.5e-9 V1.5e-6 V1.5e-3",
+            " 75.00aV; 1.500fV; 1.500pV; 1.500nV; 1.500uV; 1.500mV"},
+           {"prefixes upwards", "%k", "V12345 V1.5e6 V1.5e9 V1.5e12 V1.5e15 V1.5e18",
+            " 12.35kV; 1.500MV; 1.500GV; 1.500TV; 1.500PV; 1.500EV"},
+           {"no prefix at 0", "%.2k", "V123 %123", "  120 V;  120%"},
            {"carries", "%k", "A9999.6 A0.099996", " 10.00kA; 100.0mA"},
-           {"last prefixes", "%k", "V-1e18 V1.25e-18", "-1.000EV; 1.250aV"},
            {"beyond them", "%k", "V5e21 V1e-19 V999.96e18", " 5.000e21V; 100.0e-21V; 1.000e21V"},
            {"no prefix", "%k", "%50 %12345 ^12345 _5 ?5", " 50.00%; 12.35e3%; 12.35e3ft; 5.000; 5.000"},
            {"one digit", "%.0k", "%50 A9.6 V2.5 V0", "  50%;  10 A;  3 V;  0 V"},
@@ -139,6 +145,22 @@ TEST(Format, NumbersWithUnits) {
            {"width and zeros", "%-+10k|%010k", "A1.5+A1.5 A-1.5+A-1.5",
             "+1.500 A  | 001.500 A;-1.500 A  |-001.500 A"},
            {"no number", "%k", "f5", "     0", false}});
+}
+
+TEST(Format, Units) {
+    // 12345 in every unit behind its digits, from code 0 on; the last two codes have no unit.
+    std::istringstream shown(
+        "kA kV kdeg kOhm kW kVA kVAr km ks e3:1 kCel kHz e3% e3PU kA2 e3 kWh kVAh kVArh "
+        "kmin kS kV/Hz kHz/s kmi e3ft e3in e3hr e3d e3j e3A2s e3m/s e3rev/s e3K e3F e3 e3");
+    std::uint8_t unit = 0;
+    for (std::string want; shown >> want; ++unit) {
+        bool success = true;
+        std::array<char, 40> text;
+        const CParlaneNumber number(12345, unit, ENumberForm::Long);
+        FormatValue(nullptr, text.data(), text.size(), "%k", &number, success);
+        EXPECT_EQ(text.data(), " 12.35" + want);
+    }
+    EXPECT_EQ(unit, 36);
 }
 
 TEST(Format, Times) {
@@ -166,10 +188,7 @@ TEST(Format, Times) {
 TEST(Format, Locales) {
     bool success = true;
     EXPECT_EQ(Format("%t", "t", success, &GetLocaleByCode("de")), "Montag 05 Februar 2024 13:07:09 GMT");
-    EXPECT_EQ(Format("%t", "t", success, &GetLocaleByCode("fr")), "lundi 05 f\xE9vrier 2024 13:07:09 GMT");
     EXPECT_EQ(Format("%k", "V230.5", success, &GetLocaleByCode("es")), " 230,5 V");
-    EXPECT_EQ(Format("%.1f", "f1.5", success, &GetLocaleByCode("ru")), "1.5");
-    EXPECT_EQ(GetLocaleByCode("ru").shortMonths[4], "\xCC\xE0\xE9");
     const std::array<const char*, 6> codes{"uk", "fr", "de", "es", "ru", "xx"};
     for (std::size_t i = 0; i < codes.size(); ++i) {
         EXPECT_EQ(&GetLocale(i), &GetLocaleByCode(codes.at(i)));
@@ -184,16 +203,78 @@ TEST(Format, Locales) {
     american.showWeekday = false;
     EXPECT_EQ(Format("%t", "t3000", success, &american), "Feb 05 24 12:07:09 AM GMT");
     EXPECT_EQ(Format("%t", "t3012", success, &american), "Feb 05 24 12:07:09 PM GMT");
+    american.clock24 = true;
+    EXPECT_EQ(Format("%t", "t", success, &american), "Feb 05 24 13:07:09 GMT")
+        << "no mark on a 24-hour clock";
+}
+
+/// A language's text in UTF-8, from the code page of the language.
+std::string Utf8(std::string_view text, bool isCyrillic) {
+    std::string utf8;
+    for (const char c : text) {
+        const auto octet = static_cast<unsigned char>(c);
+        const unsigned point = octet < 0x80 || !isCyrillic ? octet : octet - 0xC0U + 0x410U;
+        utf8 += point < 0x80 ? "" : std::string(1, static_cast<char>(0xC0U | point >> 6U));
+        utf8 += static_cast<char>(point < 0x80 ? point : 0x80U | (point & 0x3FU));
+    }
+    return utf8;
+}
+
+TEST(Format, WordsOfTheLocales) {
+    const std::string english = "Monday Tuesday Wednesday Thursday Friday Saturday Sunday Mon Tue Wed Thu "
+                                "Fri Sat Sun January February "
+                                "March April May June July August September October November December Jan "
+                                "Feb Mar Apr May Jun Jul Aug "
+                                "Sep Oct Nov Dec Date: Illegal time value|Invalid|AM PM GMT st Time: .:.6";
+    const std::array<std::string, 2> cases[] = {
+        {"", english},
+        {"uk", english},
+        {"fr", "lundi mardi mercredi jeudi vendredi samedi dimanche lun mar mer jeu ven sam dim janvier "
+               "février mars "
+               "avril mai juin juillet août septembre octobre novembre décembre jan fév mar avr mai jun jul "
+               "aoû sep "
+               "oct nov déc Date : Heure incorrecte|Incorrect|AM PM GMT st Heure : ,:.6"},
+        {"de",
+         "Montag Dienstag Mittwoch Donnerstag Freitag Samstag Sonntag Mo Di Mi Do Fr Sa So Januar Februar "
+         "März "
+         "April Mai Juni Juli August September Oktober November Dezember Jan Feb Mär Apr Mai Jun Jul Aug Sep "
+         "Okt Nov Dez Datum: Ungültige Zeitangabe|Ungültig|AM PM GMT st Zeit: ,:.6"},
+        {"es", "lunes martes miércoles jueves viernes sábado domingo lun mar mié jue vie sáb dom enero "
+               "febrero marzo "
+               "abril mayo junio julio agosto septiembre octubre noviembre diciembre ene feb mar abr may jun "
+               "jul ago "
+               "sep oct nov dic Fecha: Hora no válida|No válido|AM PM GMT st Hora: ,:.6"},
+        {"ru",
+         "Понедельник Вторник Среда Четверг Пятница Суббота Воскресенье Пн Вт Ср Чт Пт Сб Вс Январь Февраль "
+         "Март Апрель Май Июнь Июль Август Сентябрь Октябрь Ноябрь Декабрь Янв Фев Мар Апр Май Июн Июл Авг "
+         "Сен "
+         "Окт Ноя Дек Дата: Недопустимое время|Недопустимо|AM PM GMT st Время: .:.6"}};
+    for (const auto& [code, want] : cases) {
+        const SLocale& l = GetLocaleByCode(code);
+        std::string words;
+        const auto add = [&](const auto& names) {
+            for (const std::string_view name : names)
+                words += std::string(name) + " ";
+        };
+        add(l.weekdays), add(l.shortWeekdays), add(l.months), add(l.shortMonths);
+        words +=
+            std::string(l.dateCaption) + " " + std::string(l.badTime) + "|" + std::string(l.invalid) + "|";
+        add(std::array{l.am, l.pm, l.standardTime, l.summerTime, l.timeCaption});
+        words +=
+            {l.decimalPoint, l.timeSeparator, l.fractionSeparator, static_cast<char>('0' + l.floatPrecision)};
+        EXPECT_EQ(Utf8(words, code == "ru"), want);
+    }
 }
 
 TEST(Format, NativeArguments) {
     std::array<char, 150> text;
     const char* null = nullptr;
-    FormatText(nullptr, text.data(), text.size(), "%f %e %d %u %x %*.*d %s %s %.2s %k %d %t", 1234567.891,
-               1e-320, -1, -1, 255U, 5, 3, 7, "a", null, std::string_view("xyz"), SFormatNumber{-5e-324, 1},
-               "no integer", CParlaneIEC870(kMonday));
+    FormatText(nullptr, text.data(), text.size(), "%f %e %d %u %x %*.*d %s %s %.2s %k %d %t <%s><%5s>",
+               1234567.891, 1e-320, -1, -1, 255U, 5, 3, 7, "a", null, std::string_view("xyz"),
+               SFormatNumber{-5e-324, 1}, "no integer", CParlaneIEC870(kMonday), 7);
     EXPECT_STREQ(text.data(), "1234567.891 10.00e-321 -1 4294967295 FF   007 a (null) xy -4.941e-324V 0 "
-                              "Monday 05 February 2024 13:07:09 GMT");
+                              "Monday 05 February 2024 13:07:09 GMT <><     >")
+        << "a text that is none or missing is empty, a null pointer is not";
 }
 
 TEST(Format, CapacityCutsAnywhere) {
