@@ -105,11 +105,9 @@ std::unique_ptr<CParlaneData> CParlaneText::CreateStep() const {
 }
 
 void CParlaneText::SetText(std::string_view text) {
-    m_text = text;
-    m_raw = EncodeDeviceText(text);
-    if (m_raw == m_text) {
-        m_raw.clear();
-    }
+    std::string raw = EncodeDeviceText(text);
+    m_text = std::string(text); // may be a view of the text that it replaces
+    m_raw = raw == m_text ? std::string() : std::move(raw);
 }
 
 std::string CParlaneText::TakeText() {

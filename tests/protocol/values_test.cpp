@@ -52,8 +52,10 @@ TEST(Values, DecodeAndEncodeAgain) {
         {"long number", "30 06 FF FF FF FF 7D 21", "", 0, -214748364.7},
         {"signalling NaN comes back", "34 04 01 00 80 7F", "", 0, std::nan("")},
         {"float with bytes behind", "34 05 00 00 40 C0 07", "34 04 00 00 40 C0", 0, -3},
+        {"timer with bytes behind", "38 05 01 00 00 80 07", "38 04 01 00 00 80", 0, 0},
         {"reply of three keeps its size", "48 03 0D 0E 0F", "48 03 0D 0E 00", 0x0D, 0},
         {"no data becomes invalid", "58 01 07", "FF 00", 0, 0},
+        {"invalid with bytes", "FF 02 01 02", "FF 00", 0, 0},
         {"bytes behind the length are ignored", "24 01 07 99 99", "24 01 07", 7, 0}};
     for (const char* refused :
          {"20 00", "20 05 01 02 03 04 05", "24 00", "24 05 01 02 03 04 05", "2C 06 01 00 00 00 7E 00",
@@ -74,9 +76,17 @@ TEST(Values, DecodeAndEncodeAgain) {
 
 TEST(Values, DefaultLimits) {
     const std::tuple<const char*, const char*, const char*, const char*> kCases[] = {
+        {"18 02 41 42", "24 01 00", "24 01 FF", "24 01 01"},
+        {"1C 02 41 42", "24 01 00", "24 01 FF", "24 01 01"},
         {"20 02 00 00", "24 02 FF FF", "24 02 10 00", "24 02 01 00"},
+        {"24 01 07", "24 01 00", "24 01 FF", "24 01 01"},
+        {"24 02 07 00", "24 02 00 00", "24 02 FF FF", "24 02 01 00"},
         {"24 03 07 00 00", "none", "none", "none"},
+        {"24 04 07 00 00 00", "24 04 00 00 00 00", "24 04 FF FF FF FF", "24 04 01 00 00 00"},
         {"28 01 07", "28 01 80", "28 01 7F", "28 01 01"},
+        {"28 02 07 00", "28 02 00 80", "28 02 FF 7F", "28 02 01 00"},
+        {"28 04 07 00 00 00", "28 04 00 00 00 80", "28 04 FF FF FF 7F", "28 04 01 00 00 00"},
+        {"2C 04 05 80 7E 03", "2C 04 FF FF 90 03", "2C 04 FF 7F 90 03", "2C 04 00 00 00 03"},
         {"30 06 05 00 00 80 7E 03", "30 06 FF FF FF FF 90 03", "30 06 FF FF FF 7F 90 03",
          "30 06 00 00 00 00 00 03"},
         {"34 04 00 00 00 00", "34 04 FF FF 7F FF", "34 04 FF FF 7F 7F", "34 04 00 00 00 00"},
@@ -84,8 +94,16 @@ TEST(Values, DefaultLimits) {
         {"3C 07 00 00 00 00 01 01 62", "3C 07 00 00 00 00 00 00 00", "3C 07 5F EA 3B 17 1F 0C 63",
          "3C 07 01 00 00 00 00 00 00"},
         {"44 02 01 02", "44 02 00 00", "44 02 FF FF", "44 02 01 01"},
+        {"48 01 05", "24 01 00", "24 01 FF", "24 01 01"},
+        {"48 02 05 06", "24 02 00 00", "24 02 FF FF", "24 02 01 00"},
+        {"48 03 05 06 07", "none", "none", "none"},
+        {"50 01 00", "24 01 00", "24 01 FF", "24 01 01"},
         {"50 02 00 00", "24 02 00 00", "24 02 FF FF", "24 02 01 00"},
-        {"50 04 00 00 00 00", "none", "none", "none"}};
+        {"50 04 00 00 00 00", "none", "none", "none"},
+        {"58 00", "FF 00", "FF 00", "FF 00"},
+        {"64 02 0A FF", "24 01 00", "24 01 FF", "24 01 01"},
+        {"68 02 41 54", "68 00", "68 00", "68 00"},
+        {"6C 02 41 42", "24 01 00", "24 01 FF", "24 01 01"}};
     for (const auto& [in, minimum, maximum, step] : kCases) {
         const auto value = CDataFactory::CreateTagged(FromHex(in));
         EXPECT_EQ(Tagged(value->CreateMinimum()), minimum) << in;
@@ -178,7 +196,11 @@ TEST(Times, CalendarFieldsAndDates) {
         {"leap day", "00 00 00 00 1D 02 18", true, 2024, 4},
         {"no leap day", "00 00 00 00 1D 02 17", false, 0, 0},
         {"last of century", "00 00 00 00 01 01 4F", true, 2079, 7},
-        {"second 60", "60 EA 00 00 01 01 18", false, 0, 0}};
+        {"second 60", "60 EA 00 00 01 01 18", false, 0, 0},
+        {"minute 60", "00 00 3C 00 01 01 18", false, 0, 0},
+        {"hour 24", "00 00 00 18 01 01 18", false, 0, 0},
+        {"hour 31", "00 00 00 1F 01 01 18", false, 0, 0},
+        {"month 13", "00 00 00 00 01 0D 18", false, 0, 0}};
     for (const auto& [name, octets, valid, year, weekday] : kCases) {
         const SVariantDate date = CParlaneIEC870(FromHex(octets)).ToVariantDate();
         EXPECT_EQ(std::tuple(date.valid, date.year, date.weekday), std::tuple(valid, year, weekday)) << name;
@@ -249,6 +271,9 @@ TEST(Texts, SettersAndForms) {
     EXPECT_EQ(Tagged(&text), "18 02 A3 2E");
     text.SetText("plain");
     EXPECT_EQ(Tagged(&text), "18 05 70 6C 61 69 6E") << "nothing stays of the bytes before";
+    text.SetText("plain\xCA");
+    text.SetText(std::string_view(text.GetText()).substr(4));
+    EXPECT_EQ(Tagged(&text), "18 02 6E 85") << "a view of the text itself";
     CParlaneText unmapped(FromHex("41 FF 10 8A"));
     EXPECT_EQ(Tagged(unmapped.Clone().get()), "18 04 41 FF 10 8A") << "bytes that no text encodes to";
     EXPECT_EQ(unmapped.TakeText(), "A.\x10\x8A");
