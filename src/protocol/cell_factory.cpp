@@ -5,6 +5,7 @@
 #include "protocol/number_cells.h"
 #include "protocol/other_cells.h"
 #include "protocol/text_cells.h"
+#include "protocol/units.h"
 
 #include <array>
 #include <utility>
@@ -16,7 +17,7 @@ struct SCellParts {
     SCellHead head;
     const CParlaneData& value;
     SCellLimits limits;
-    const CParlaneNumber* scale;
+    const CParlaneData* scale; ///< null for none
 };
 
 template <class TCell, class TValue>
@@ -25,12 +26,16 @@ std::unique_ptr<CCell> Make(SCellParts& parts) {
     return value != nullptr ? std::make_unique<TCell>(std::move(parts.head), *value, parts.limits) : nullptr;
 }
 
+/// An Int with a scale is shown as a number. A scale that is no number scales by nothing: times one, no unit.
 std::unique_ptr<CCell> MakeInt(SCellParts& parts) {
     const auto* value = dynamic_cast<const CParlaneInt*>(&parts.value);
-    if (value != nullptr && parts.scale != nullptr) {
-        return std::make_unique<CNumericCell>(std::move(parts.head), *value, parts.limits, *parts.scale);
+    if (value == nullptr || parts.scale == nullptr || parts.scale->GetTypeCode() == kTypeInvalid) {
+        return Make<CIntCell, CParlaneInt>(parts);
     }
-    return Make<CIntCell, CParlaneInt>(parts);
+    const CParlaneNumber one(1.0, kNoUnit, ENumberForm::Long);
+    const auto* number = dynamic_cast<const CParlaneNumber*>(parts.scale);
+    return std::make_unique<CNumericCell>(std::move(parts.head), *value, parts.limits,
+                                          number != nullptr ? *number : one);
 }
 
 std::unique_ptr<CCell> MakeHeading(SCellParts& parts) {
@@ -74,7 +79,7 @@ std::unique_ptr<CCell> CCellFactory::Create(const CCellID& id, const CParlaneDat
     SCellParts parts{.head = {id, std::move(labelTemplate), attributeB, attributeA, limitsApply},
                      .value = *value,
                      .limits = {minimum, maximum, step},
-                     .scale = dynamic_cast<const CParlaneNumber*>(scale)};
+                     .scale = scale};
     for (const SKindRow& row : kKindRows) {
         if (row.typeCode == value->GetTypeCode()) {
             return row.make(parts);

@@ -11,8 +11,9 @@ namespace ruvo {
 class CCellFactory {
 public:
     /// A new cell holding copies of what it is given, or null when no kind of cell suits the value's type
-    /// code (or the value is null). Any of the limits may be null: the cell then has none. A scale that is
-    /// a Number makes a numeric cell of an Int value; any other value given as a scale counts as none.
+    /// code (or the value is null). Any of the limits may be null: the cell then has none. Any scale
+    /// but null and the invalid value makes a numeric cell of an Int value; one that is no Number is 1
+    /// without a unit.
     static std::unique_ptr<CCell> Create(const CCellID& id, const CParlaneData* value,
                                          const CParlaneData* minimum, const CParlaneData* maximum,
                                          const CParlaneData* step, const CParlaneData* scale,

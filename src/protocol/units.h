@@ -21,6 +21,9 @@ inline constexpr std::array<SUnitRow, 34> kUnits{{
     {"m/s", false}, {"rev/s", false}, {"K", false},  {"F", false},
 }};
 
+/// The code of a number without a unit.
+inline constexpr std::uint8_t kNoUnit = 15;
+
 /// The unit's name; empty for a code beyond the table.
 constexpr std::string_view GetUnitName(std::uint8_t unit) {
     return unit < kUnits.size() ? kUnits[unit].name : std::string_view{};

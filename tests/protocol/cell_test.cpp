@@ -2,6 +2,7 @@
 #include "protocol/cell_factory.h"
 #include "protocol/integer_cells.h"
 #include "protocol/number_cells.h"
+#include "protocol/other_cells.h"
 #include "protocol/relay_values.h"
 #include "protocol/string_table.h"
 #include "protocol/text_cells.h"
@@ -39,7 +40,8 @@ TEST(Cell, Texts) {
         {"24 01 07", "100%% done", "100% done", "100% done"},
         {"24 01 07", "100%% %% is %u%%", "100% % is 7%", "100% % is 7%"},
         {"24 01 07", "%d", "%d", "7"},
-        {"24 01 07", "\x10\x05 A\x19\x02\n\x14 %u\r\x1D!", ". A . 7 !", "\x10\x05 A\x19\x02\n\x14 7\r\x1D!"},
+        {"24 01 07", "\x10\x05 A\t\x19\x02\n\x14 %u\r\x1D!", ". A  . 7 !",
+         "\x10\x05 A\t\x19\x02\n\x14 7\r\x1D!"},
         {"20 01 81", "Flags %s", "Flags 0000000010000001", "Flags 0000000010000001"},
         {"28 01 FF", "Int %x", "Int -1", "Int -1"},
         {"34 04 00 00 20 41", "Float %u", "Float 10.00000", "Float 10.00000"},
@@ -64,7 +66,29 @@ TEST(Cell, Texts) {
         EXPECT_EQ(cell->GetText(), text) << labelTemplate;
         EXPECT_EQ(cell->GetRawText(), rawText) << labelTemplate;
     }
+    const std::string letters(300, 'x'), cut(255, 'x'); // a label that is no format of the value stays whole
+    EXPECT_EQ(Cell("24 01 07", letters + "%u " + letters)->GetText(), cut + " 7 " + cut.substr(2));
+    EXPECT_EQ(Cell("24 01 07", "%d" + letters)->GetText(), "%d" + letters);
+    const CDateTimeCell german({{}, "Um %t"}, CParlaneIEC870(kMonday), {}, 2);
+    EXPECT_EQ(german.Clone()->GetText(), "Um Montag 05 Februar 2024 13:07:09 GMT");
 }
+
+/// What is said of a value and its limits.
+const std::map<unsigned, std::string> kMessages{
+    {225, "Step size \"%1\" should be \"1\"."},
+    {226, "Max value \"%1\" > \"%2\" (the number of bits)."},
+    {227, "Value \"%1\" has non-settable flags that aren't zero.\nEditable mask is \"%2\"."},
+    {228, "Max value \"%1\" < min value \"%2\"."},
+    {229, "Max value \"%1\" not aligned on step \"%2\" from min value \"%3\"."},
+    {230, "Value \"%1\" < min value \"%2\"."},
+    {231, "Value \"%1\" > max value \"%2\"."},
+    {232, "Value \"%1\" not aligned on step \"%2\" from min value \"%3\"."},
+    {233, "Date time:\n\"%1\"\nnot aligned on %2ms step interval."},
+    {234, "Date time:\n\"%1\"\nnot aligned on %2min step interval."},
+    {235, "Date time:\n\"%1\"\nnot aligned on %2 hour step interval."},
+    {236, "Date time:\n\"%1\"\nnot aligned on daily interval."},
+    {237, "Step size \"%1\" was negative."},
+    {238, "Value \"%1\" contains characters out of range."}};
 
 /// Findings are written "number argument argument argument; ...", "_" in an argument being a blank.
 void CheckFindings(CCell& cell, const std::string& findings) {
@@ -83,7 +107,7 @@ void CheckFindings(CCell& cell, const std::string& findings) {
         ASSERT_LT(count, errors.size()) << row;
         std::string text;
         errors[count]->GetMessageText(text);
-        EXPECT_EQ(text, FormatPositional(LoadStringText(static_cast<unsigned>(std::stoul(part[0]))),
+        EXPECT_EQ(text, FormatPositional(kMessages.at(static_cast<unsigned>(std::stoul(part[0]))),
                                          {part[1], part[2], part[3]}));
     }
     EXPECT_EQ(errors.size(), count);
@@ -108,14 +132,29 @@ f33554432 f0 f100000000 f0.1 | f33554432 f100000000 |
 24_01_FF 24_02_00_00 24_02_00_10 24_02_02_00 | 24_01_FE 24_02_00_10 | 232 255 2 0
 V0.3 V0 V20 V0.1 | V0.3 V20 |
 V-7 V-5 V20 V0 | V-5 V20 | 230 -7.000000 -5.000000
+30_06_07_00_00_00_7E_02 V9 V20 V0 | 30_06_00_E9_A4_35_76_02 V20 | 230 7.000000 9.000000
+2C_04_07_00_7E_02 V9 V20 V0 | 2C_04_28_23_7B_02 V20 | 230 7.000000 9.000000
 V13 V0 V-5 V-3 | V0 V0 | 237 -3.000000; 228 -5.000000 0.000000; 231 13.000000 0.000000
 b171 u15 u9 u2 | b11 u8 | 225 0x00000002; 226 9 8; 227 0x000000ab 0x0000000f
 18_04_41_62_21_20 u65 u90 u2 | 18_04_41_5A_41_41 u90 | 225 2; 238 Ab!_
 18_01_41 u66 u65 u1 | 18_01_42 u66 | 228 65 66; 238 A
 t3141 FF FF S100 | 3C_07_28_23_07_8D_25_02_18 FF | 233 Monday_05_February_2024_13:07:09.045_st 100
 t2148 FF FF S2015 | 3C_07_00_00_8F_0D_25_02_18 FF | 234 Monday_05_February_2024_13:20:09.045_GMT 15
+t2015 FF FF S2015 | 3C_07_00_00_0F_0D_25_02_18 FF | 234 Monday_05_February_2024_13:15:09.045_GMT 15
+3C_07_00_00_0F_0D_25_02_18 FF FF S2015 | 3C_07_00_00_0F_0D_25_02_18 FF |
 t FF FF S3006 | 3C_07_00_00_00_0C_25_02_18 FF | 235 Monday_05_February_2024_13:07:09.045_GMT 6
-t FF FF S4001 | 3C_07_00_00_00_00_25_02_18 FF | 236 Monday_05_February_2024_13:07:09.045_GMT)");
+3C_07_00_00_00_0D_25_02_18 FF FF S3006 | 3C_07_00_00_00_0C_25_02_18 FF | 235 Monday_05_February_2024_13:00:00.000_GMT 6
+3C_07_00_00_07_0C_25_02_18 FF FF S3006 | 3C_07_00_00_00_0C_25_02_18 FF | 235 Monday_05_February_2024_12:07:00.000_GMT 6
+3C_07_01_00_00_0C_25_02_18 FF FF S3006 | 3C_07_00_00_00_0C_25_02_18 FF | 235 Monday_05_February_2024_12:00:00.001_GMT 6
+3C_07_00_00_00_0C_25_02_18 FF FF S3006 | 3C_07_00_00_00_0C_25_02_18 FF |
+t FF FF S4001 | 3C_07_00_00_00_00_25_02_18 FF | 236 Monday_05_February_2024_13:07:09.045_GMT
+3C_07_00_00_00_0C_25_02_18 FF FF S4001 | 3C_07_00_00_00_00_25_02_18 FF | 236 Monday_05_February_2024_12:00:00.000_GMT
+3C_07_00_00_07_00_25_02_18 FF FF S4001 | 3C_07_00_00_00_00_25_02_18 FF | 236 Monday_05_February_2024_00:07:00.000_GMT
+3C_07_01_00_00_00_25_02_18 FF FF S4001 | 3C_07_00_00_00_00_25_02_18 FF | 236 Monday_05_February_2024_00:00:00.001_GMT
+3C_07_00_00_00_00_25_02_18 FF FF S4001 | 3C_07_00_00_00_00_25_02_18 FF |
+t FF FF 3C_07_64_00_0F_06_01_00_00 | 3C_07_28_23_07_0D_25_02_18 FF | 233 Monday_05_February_2024_13:07:09.045_GMT 100
+t FF FF 3C_07_00_00_0F_06_01_00_00 | 3C_07_00_00_00_0D_25_02_18 FF | 234 Monday_05_February_2024_13:07:09.045_GMT 15
+t FF FF 3C_07_00_00_00_06_01_00_00 | 3C_07_00_00_00_0C_25_02_18 FF | 235 Monday_05_February_2024_13:07:09.045_GMT 6)");
     for (std::string row; std::getline(cases, row);) {
         SCOPED_TRACE(row);
         std::array<std::string, 8> words; // the bars are two of them
@@ -144,8 +183,8 @@ TEST(Cell, Compatibility) {
         EXPECT_EQ(Cell(cell, 0)->IsCompatible(*Cell(other)), any) << cell[0] << ' ' << other;
         EXPECT_EQ(Cell(cell, 1)->IsCompatible(*Cell(other)), within) << cell[0] << ' ' << other;
     };
-    for (const std::string kind : {"u", "i", "x", "f", "V"}) {
-        const std::string limit = kind == "x" ? "u" : kind;
+    for (const std::string kind : {"u", "i", "x", "f", "V", "T"}) {
+        const std::string limit = kind == "x" || kind == "T" ? "u" : kind;
         const Values cell{kind + "7", limit + "5", limit + "9", limit + "1"};
         check(cell, kind + "5", true, true);
         check(cell, kind + "9", true, true);
@@ -159,6 +198,7 @@ TEST(Cell, Compatibility) {
     check(bits, "20 02 0F 00", false, false);
     check({"V7", "V5", "V9", "V1"}, "2C 04 07 00 7E 02", false, false); // another unit
     check({"18 01 41", "u65", "u90", "u1"}, "18 02 41 62", true, false);
+    check({"18 01 41", "u65", "u90", "u1"}, "18 03 5A 20 20", true, true); // blanks at the end do not count
 }
 
 TEST(Cell, Factory) {
@@ -176,6 +216,13 @@ TEST(Cell, Factory) {
                                              nullptr, scale.get(), "%k", 0, 1, 1);
     EXPECT_EQ(scaled->GetText(), " 5.000 V");
     EXPECT_DOUBLE_EQ(static_cast<CNumericCell&>(*scaled).GetMinimumNumber(), -32768 * 0.05);
+    const Value odd = FromWord("u5"), none = FromWord("FF");
+    for (const auto& [other, text] : {std::pair("u5", " 100.0"), {"FF", "100"}}) {
+        const Value noNumber = FromWord(other);
+        const auto asGiven =
+            CCellFactory::Create({}, integer.get(), nullptr, nullptr, nullptr, noNumber.get(), "%k", 0, 1, 1);
+        EXPECT_EQ(asGiven->GetRawText(), text);
+    }
 }
 
 TEST(Cell, NamesAndTexts) {

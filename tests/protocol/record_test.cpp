@@ -4,11 +4,15 @@
 #include "protocol/event_location.h"
 #include "protocol/event_record.h"
 #include "protocol/integer_cells.h"
+#include "protocol/number_cells.h"
 #include "protocol/relay_values.h"
+#include "protocol/text_cells.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
+#include <numeric>
 #include <tuple>
 
 namespace ruvo {
@@ -157,6 +161,42 @@ TEST(Record, OddItemsAreRead) {
     EXPECT_TRUE(record.GetCells().size() == 1 && errors.empty() && !record.IsValid());
 }
 
+/// Where an operation stands in the table of its class's virtual operations; the destructor is number 0.
+template <class TOperation>
+std::size_t SlotOf(TOperation operation) {
+    std::size_t offset = 0; // the first word of the pointer; the destructor has two entries
+    std::memcpy(&offset, &operation, sizeof offset);
+    return offset / sizeof(void*) - 1;
+}
+template <class... TOperations>
+void ExpectSlots(std::size_t first, TOperations... operations) {
+    std::vector<std::size_t> want(sizeof...(operations));
+    std::iota(want.begin(), want.end(), first);
+    EXPECT_EQ(std::vector{SlotOf(operations)...}, want);
+}
+
+TEST(VirtualOperations, KeepTheirOrder) {
+    using D = CParlaneData;
+    ExpectSlots(1, &D::GetWireBytes, &D::GetSize, &D::Clone, &D::CreateMinimum, &D::CreateMaximum,
+                &D::CreateStep, &D::GetUnsigned, &D::GetFloat);
+    using C = CCell;
+    ExpectSlots(1, &C::GetText, &C::GetRawText, &C::GetLabelText, &C::GetValueText, &C::IsCompatible,
+                static_cast<const D* (C::*)() const>(&C::GetValue), static_cast<D* (C::*)()>(&C::GetValue),
+                &C::GetMinimum, &C::GetMaximum, &C::GetStep, &C::Clone, &C::Validate, &C::Format);
+    using S = CStringCell;
+    ExpectSlots(14, &S::GetTextValue, &S::GetMinimumCode, &S::GetMaximumCode, &S::GetStepCode,
+                &S::GetFixedLength, &S::IsCharAllowed, &S::IsTextAllowed, &S::SetTextValue,
+                &CTextCell::ClampText);
+    ExpectSlots(14, &CNumericCell::GetMinimumNumber, &CNumericCell::GetMaximumNumber);
+    ExpectSlots(14, &CBinaryCell::GetBitListText);
+    using R = CEventRecord;
+    ExpectSlots(1, &R::Clone, &R::GetText, &R::Serialise, &R::GetBlockSize, &R::WriteBlock,
+                &CExtendedEventRecord::GetCellBlockSize, &CExtendedEventRecord::WriteCellBlock);
+    using E = IError;
+    ExpectSlots(1, &E::HasLog, &E::HasMessage, &E::GetLogText, &E::GetMessageText, &E::GetStatusCode,
+                &E::Clone);
+}
+
 /// What keeps the record from being written; "" when it is.
 std::string Fault(const CEventRecord& record) {
     Bytes bytes{9};
@@ -212,7 +252,14 @@ TEST(Record, Texts) {
     EXPECT_EQ(MakeSimple({}, nullptr).GetEventText(), "Trip 0");
     EXPECT_EQ(MakeSimple({"u5"}).GetText() + MakeSimple({}).GetText(), "50"); // what was made, value or not
     EXPECT_EQ(MakeSimple({}).GetTimeText(), "Monday 05 February 2024 13:07:09.045 GMT");
-    EXPECT_EQ(MakeExtended(MakeCells(), 0x33).GetText(), "State s\nB\n  OFF  96  one\n  ON   97  two\nI\n\n");
+    const CParlaneIEC870 longest(CParlaneIEC870::Octets{0x55, 0x23, 7, 13, 0x65, 9, 24});
+    const std::string letters(300, 'x'), cut(255, 'x');
+    const CSimpleEventRecord full(0, 0, 0, longest, letters, nullptr, "", "", "", 0, letters, {});
+    EXPECT_EQ(full.GetTimeText(), "Wednesday 05 September 2024 13:07:09.045 GMT");
+    EXPECT_EQ(full.GetEventText() + full.GetText(), cut + cut);
+    EXPECT_EQ(CSimpleEventRecord(0, 0, 0, {}, letters, FromWord("u5"), "", "", "", 0, "", {}).GetEventText(),
+              cut);
+    EXPECT_EQ(MakeExtended(MakeCells(), 0x5F).GetText(), "State s\nB\n  OFF 480  one\n  ON  481  two\nI\n\n");
     CCellList continued = MakeCells();
     AddCell(continued, "u5", "one\x14");
     AddCell(continued, "u5", "two\n");
@@ -252,7 +299,9 @@ TEST(Record, DisplayTexts) {
 
 TEST(Record, LocationClasses) {
     std::istringstream cases(
-        "20 20 30 20 31 30 40 21 4F 40 50 22 5A 50 60 23 61 60 155 100 DF DF FFFC FFFC 24 0 1131 0");
+        "20 20 21 21 22 22 23 23 30 20 31 30 3F 30 40 21 41 40 4F 40 50 22 5A 50 60 23 61 60 "
+        "6F 60 100 100 155 100 1FF 100 DF DF FFFB FFFB FFFC FFFC FFFD FFFD 0 0 1F 0 24 0 2F 0 "
+        "70 0 DE 0 E0 0 200 0 1131 0 FFFA 0 FFFE 0");
     for (std::uint16_t location = 0, want = 0; cases >> std::hex >> location >> want;) {
         EXPECT_EQ(ClassifyEventLocation(location), want) << location;
         EXPECT_EQ(ListsBits(location), want >= 0x30 && want <= 0x60) << location;

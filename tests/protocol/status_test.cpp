@@ -78,22 +78,31 @@ TEST(Statuses, FailureIsRecordedAndTraced) {
 }
 
 TEST(Errors, Texts) {
-    const std::tuple<std::unique_ptr<IError>, bool, std::string, std::string> kCases[] = {
-        {std::make_unique<CEventError>(0), false, "-", "Error during Fetch Device Values: %1\n"},
-        {std::make_unique<CEventError>(4), true, "Failed to open setting file\n%1",
+    // An error, whether it has a message and a log text, and both.
+    const std::tuple<std::unique_ptr<IError>, bool, bool, std::string, std::string> kCases[] = {
+        {std::make_unique<CEventError>(0), false, true, "-", "Error during Fetch Device Values: %1\n"},
+        {std::make_unique<CEventError>(3), true, true, "Failed to save event file\n%1",
          "Failed to open event file\n%1"},
-        {std::make_unique<CCellError>(229, "%2", "b", "c"), true,
+        {std::make_unique<CEventError>(4), true, true, "Failed to open setting file\n%1",
+         "Failed to open event file\n%1"},
+        {std::make_unique<CCellError>(229, "%2", "b", "c"), true, true,
          "Max value \"%2\" not aligned on step \"b\" from min value \"c\".",
          "Value \"%2\" < min value \"b\"."},
-        {std::make_unique<CFileError>("f", 5, "No %1", 246), true, "Failed to save event file\nNo %1",
+        {std::make_unique<CCellError>(239), true, false, "Unknown", "-"},
+        {std::make_unique<CFileError>("f", 5, "No %1", 246), true, true, "Failed to save event file\nNo %1",
          "Failed to open event file\nNo %1"},
-        {std::make_unique<CCellError>(200), false, "", ""}};
-    for (const auto& [error, hasMessage, message, log] : kCases) {
+        {std::make_unique<CFileError>("f", 5, "no", 239), true, false, "Unknown", "-"},
+        {std::make_unique<CRelayError>(243, 242, 0x0A05, 139, 0x0502), true, true,
+         "Error Connecting To Device:\nSet Password operation:  [0A05]  P32LS Error - Busy Counter overflow",
+         "MV Event Extraction process: "},
+        {std::make_unique<CCellError>(200), false, false, "", ""}};
+    for (const auto& [error, hasMessage, hasLog, message, log] : kCases) {
         std::string shown;
         std::string logged;
         error->GetMessageText(shown);
         error->Clone()->GetLogText(logged);
-        EXPECT_EQ(std::tuple(error->HasMessage(), shown, logged), std::tuple(hasMessage, message, log));
+        EXPECT_EQ(std::tuple(error->HasMessage(), error->HasLog(), shown, logged),
+                  std::tuple(hasMessage, hasLog, message, log));
     }
     EXPECT_EQ(FormatPositional("100%% %3%1%", {"a"}), "100% a%");
     EXPECT_EQ(CFileError(239U, 247).GetDetail(), "Unknown");
@@ -116,6 +125,16 @@ TEST(Traces, Lines) {
     EXPECT_EQ(g_output, " *** [ PARLANE QTV ERR  ] a..b 7\n|  *  [ PARLANE RUVO WARN ] " + longText +
                             "\n|     [ PARLANE QTV INFO ] Function  ##  TenLetters" + std::string(38, ' ') +
                             "  ##  started\n|" + std::string(128, '-') + "\n|");
+}
+
+TEST(Traces, StatesOfAFunction) {
+    g_output.clear();
+    for (const EFunctionState state :
+         {EFunctionState::Started, EFunctionState::Succeeded, EFunctionState::Failed}) {
+        TraceFunction(std::string(48, 'F'), state);
+    }
+    const std::string line = "     [ PARLANE QTV INFO ] Function  ##  " + std::string(48, 'F') + "  ##  ";
+    EXPECT_EQ(g_output, line + "started\n|" + line + "succeeded\n|" + line + "failed\n|");
 }
 
 TEST(EncipheredPasswords, BuiltFromPasswordAndKey) {
@@ -153,7 +172,8 @@ TEST(Progress, MapsOntoThePartOfTheParent) {
          {Report{5, 0}, {0, 3}, {1, 3}, {34, 100}, {0xFFFFFFFE, 0xFFFFFFFF}, {7, 3}}) {
         part.SetProgress(done, total);
     }
-    EXPECT_EQ(recorder.seen, "20 29 30 49 50 ");
+    CProgressMonitor(&recorder, 0, 100).SetProgress(0, 3); // the first report is no repetition
+    EXPECT_EQ(recorder.seen, "20 29 30 49 50 0 ");
 }
 
 } // namespace
