@@ -4,6 +4,7 @@
 #include "support/scripted_server.h"
 
 #include "eventfiles/event_extraction.h"
+#include "eventfiles/event_file_names.h"
 #include "eventfiles/event_file_writer.h"
 #include "link/p32_wrap.h"
 #include "link/password_state.h"
@@ -95,14 +96,16 @@ struct SKindCase {
 
 TEST_F(Extraction, EachEventKindBecomesItsRecord) {
     server.strings[0x0112] = {TextHex("Start"), TextHex("Trip A")};
-    server.strings[0x3002] = {TextHex("Off"), TextHex("On")};
+    server.strings[0x3002] = {TextHex("Off"), TextHex("On\x95")}; // the relay's e with an acute accent
     server.limits[0x3003] = {TextHex("Limit")};
     server.texts[0x2005] = TextHex("Value %d");
-    server.columns[0x30] = {List({"44020230", "24020330", "24020430", "44020530"}),
-                            List({TextHex("State"), TextHex("Text %s"), "240101"}),
-                            List({"500101", TextHex("old"), "480101"})};
+    server.columns[0x30] = {List({"44020230", "24020330", "24020430", "24020530", "24020630", "44020730"}),
+                            List({TextHex("State"), TextHex("Text %s"), "240101", "240101"}),
+                            List({"500101", TextHex("old"), "480101", "240107", "240108"})};
     const std::string id1 = "01000000";
     const std::string trip = "04 54726970";
+    const std::string column = // a state as its text, a text as its limit, two numbers without a label
+        "05 5374617465 18034F6E95 00 07 54657874202573 18054C696D6974 00 00 24010700 00 24010800";
     const auto extended = [&](const std::string& number, const std::string& length, const std::string& text,
                               const std::string& value) {
         return "00" + length + Body(number, id1, text, value) + "00";
@@ -145,17 +148,14 @@ TEST_F(Extraction, EachEventKindBecomesItsRecord) {
         {"kind 3 reads its record column", Event(3, {"240107", "44020030", "240109"}),
          "ChangeSetting 30.01;GetColumnTextAndValues 00.30;FetchColumnTextAndValues 00.30;GetStrings 30.02;"
          "FetchStrings 30.02;GetSettingLimits 30.03;",
-         extended("01", "2F00", trip, "240107") +
-             "01 3000 01000000 0C 4576656E742056616C756520 24010700"
-             "05 5374617465 18024F6E 00 07 54657874202573 18054C696D6974 00",
+         extended("01", "2F00", trip, "240107") + "01 3B00 01000000 0C 4576656E742056616C756520 24010700" +
+             column,
          "000002"},
         {"kind 5 adds the relay's own id", Event(5, {"240107", "240108", "44020030", "240109"}),
          "ChangeSetting 30.01;GetColumnTextAndValues 00.30;FetchColumnTextAndValues 00.30;GetStrings 30.02;"
          "FetchStrings 30.02;GetSettingLimits 30.03;",
-         extended("01", "2F00", trip, "240107") +
-             "01 4900 01000000 0C 4576656E742056616C756520 24010700"
-             "05 5374617465 18024F6E 00 07 54657874202573 18054C696D6974 00"
-             "14 45767420556E69717565204964202020 20256C75 24010800",
+         extended("01", "2F00", trip, "240107") + "01 5400 01000000 0C 4576656E742056616C756520 24010700" +
+             column + "14 45767420556E69717565204964202020 20256C75 24010800",
          "000002"},
     };
     for (const SKindCase& test : cases) {
@@ -169,12 +169,51 @@ TEST_F(Extraction, EachEventKindBecomesItsRecord) {
             << test.name;
         EXPECT_EQ(Day(), Header(test.nextExtended) + Bytes(test.image)) << test.name;
     }
-    std::filesystem::remove_all(folder.Native("AB12-00001234"));
-    server.events.push_back(Event(3, {"240107", "44020030", "240109"}));
-    server.statuses["ChangeSetting 30.01"] = 0x0511;
-    EXPECT_EQ(Extract().endStatus, ReplyStatus(5)) << "a record that cannot be selected";
-    EXPECT_EQ(Day(), Header("000002") + Bytes(extended("02", "2F00", trip, "240107") +
-                                              "01 1500 01000000 0C 4576656E742056616C756520 24010700"));
+    // A relay that does not let a record be selected, or its texts be read, still gives its event.
+    const std::string value = " 01000000 0C 4576656E742056616C756520 24010700";
+    const struct {
+        const char* call;
+        LinkStatus status;
+        std::string cells; ///< hex; empty: no record
+    } faults[] = {
+        {"ChangeSetting 30.01", ReplyStatus(9), "01 1500" + value},
+        {"FetchColumnTextAndValues 00.30", ReplyStatus(12), "01 1500" + value},
+        {"FetchStrings 30.02", ReplyStatus(9),
+         "01 3800" + value + "05 5374617465 FF00 00" + column.substr(column.find(" 07 "))},
+        {"FetchStrings 30.02", kLinkNotResponding, ""},
+    };
+    for (const auto& fault : faults) {
+        std::filesystem::remove_all(folder.Native("AB12-00001234"));
+        server.events.push_back(Event(3, {"240107", "44020030", "240109"}));
+        server.statuses = {{fault.call, fault.status}};
+        const SExtractionReport report = Extract();
+        EXPECT_EQ(report.endStatus, fault.status) << fault.call;
+        EXPECT_EQ(report.eventsLost, fault.cells.empty() ? 1U : 0U);
+        EXPECT_EQ(Day(),
+                  fault.cells.empty()
+                      ? ""
+                      : Header("000002") + Bytes(extended("02", "2F00", trip, "240107") + fault.cells));
+    }
+}
+
+TEST_F(Extraction, KindsWithoutAnUpperLimitTakeMoreElements) {
+    server.events = {Event(0, {"240107", "240107"}), Event(4, {"240107", "240107", "240107"}),
+                     Event(2, {"240107", "44020620", "240107"})};
+    EXPECT_EQ(Extract().recordsWritten, 3U);
+}
+
+TEST_F(Extraction, AnEventThatIsTheLastEndsTheVisit) {
+    server.events.assign(3, Event(1, {"240107", TextHex("f")}));
+    std::uint8_t more = 1;
+    server.onCall = [&](SCall& call) -> std::optional<std::int64_t> {
+        if (call.name != "GetEvent")
+            return std::nullopt;
+        *call.outputs[0] = Variant::FromUI1(1);
+        *call.outputs[1] = server.events.front().values;
+        *call.outputs[2] = Variant::FromUI1(std::exchange(more, std::uint8_t{0}));
+        return 0;
+    };
+    EXPECT_EQ(Extract().recordsWritten, 2U) << "whatever the relay's status says behind the second one";
 }
 
 TEST_F(Extraction, MalformedEventsEndTheVisitAndKeepWhatCameBefore) {
@@ -189,12 +228,16 @@ TEST_F(Extraction, MalformedEventsEndTheVisitAndKeepWhatCameBefore) {
         {"no text", Event(0, {"240107"}, "240107")},
         {"an unknown kind is looked at too", Event(200, {"240107"}, "240107")},
         {"kind 4 of four", Event(4, {"240107"})},
+        {"kind 1 of four", Event(1, {"240107"})},
         {"kind 1 without a format", Event(1, {"240107", "240107"})},
+        {"kind 2 of four", Event(2, {"240107"})},
         {"kind 2 without a location", Event(2, {"240107", TextHex("x")})},
         {"kind 2 whose text is none", Event(2, {"240107", "44020720"})},
+        {"kind 3 of five", Event(3, {"240107", "44020030"})},
         {"kind 3 of seven", Event(3, {"240107", "44020030", "240109", "240109"})},
         {"kind 3 with a signed record", Event(3, {"240107", "44020030", "280109"})},
         {"kind 5 of six", Event(5, {"240107", "240108", "44020030"})},
+        {"kind 5 of eight", Event(5, {"240107", "240108", "44020030", "240109", "240109"})},
         {"kind 5 without a column", Event(5, {"240107", "240108", "240130", "240109"})},
     };
     server.texts[0x2007] = "240107";
@@ -361,6 +404,8 @@ TEST_F(Extraction, NoNameLeadsOutOfTheEventRoot) {
         EXPECT_EQ(server.events.size(), 1U) << "no event is taken";
         EXPECT_TRUE(std::filesystem::is_empty(folder.Native())) << serial;
     }
+    EXPECT_TRUE(IsSafeFileName("AB12-\xE9") && !IsSafeFileName("AB12-\x7F"))
+        << "no relay can send a DEL alone";
     server.values[0x0008] = "18FA" + std::string(500, '5'); // longer than a path may be
     server.events = {Event(1, {"240107", TextHex("f")})};
     EXPECT_EQ(Extract().problems.size(), 1U);

@@ -65,6 +65,23 @@ TEST(OffFile, ClosingWhatWasNeverOpenedDoesNothing) {
     EXPECT_EQ(failure.GetCause(), EFileCause::BadPath);
 }
 
+TEST(OffFile, AFileThatDoesNotTakeBytesIsInvalid) {
+    const CScratchFolder folder;
+    for (const bool isOpen : {false, true}) { // or open for reading alone
+        CStdioFileThrower file;
+        EXPECT_EQ(file.Open(folder.Write("old", "x"), {.read = true}).Good(), true);
+        if (!isOpen)
+            file.Close();
+        try {
+            file.WriteString("x");
+            ADD_FAILURE() << isOpen;
+        } catch (const CFileException& raised) {
+            EXPECT_EQ(std::tuple(raised.GetCause(), raised.GetSystemCode(), raised.GetPath()),
+                      std::tuple(EFileCause::InvalidFile, EBADF, folder.Path("old")));
+        }
+    }
+}
+
 /// Runs in a child process whose files may not grow beyond so many bytes: a full disk that any machine has.
 template <class Action>
 int WithFileSizeLimit(rlim_t bytes, Action action) {
