@@ -146,10 +146,11 @@ bool CVisit::AreEventsPending() {
 
 void CVisit::ReadEvents(CEventConverter& converter) {
     CParlaneDataArray values; // emptied by each request, with its memory kept
+    CP32Wrap& link = *CP32Wrap::GetInstance();
     do {
         std::uint8_t kind = 0;
-        m_status = ToStatusWord(CP32Wrap::GetInstance()->GetEvent(nullptr, kind, values, m_keepGoing));
-        m_eventsTaken += m_status == CStatus() ? 1 : 0;
+        m_status = ToStatusWord(link.GetEvent(nullptr, kind, values, m_keepGoing));
+        m_eventsTaken += link.IsEventHandedOver() ? 1 : 0; // its reply may make no sense all the same
         if (PasswordState().callbackCalled && !PasswordState().accepted) {
             m_report.passwordDeclined = true;
             return;

@@ -105,6 +105,9 @@ public:
                                       CParlaneDataArray& first, CParlaneDataArray& second);
     LinkStatus GetEvent(CProgressMonitor* monitor, std::uint8_t& kind, CParlaneDataArray& values,
                         std::uint8_t& moreEvents);
+    /// True when the last GetEvent was answered with status 0: the relay has let go of that event, even when
+    /// its reply could not be unpacked.
+    bool IsEventHandedOver() const { return m_eventHandedOver; }
     /// Never enters a password; `statusByte` is set only by status 0.
     LinkStatus GetDeviceStatus(CProgressMonitor* monitor, std::uint8_t& statusByte);
     LinkStatus TestAvailableDisturbanceRecord(CProgressMonitor* monitor, std::uint8_t& available);
@@ -243,6 +246,7 @@ private:
     CCommandMutex m_commandLock;
     std::atomic<std::uint16_t> m_deviceAddress = 0xFFFF;
     std::atomic<void (*)()> m_disconnectHandler = nullptr;
+    std::atomic<bool> m_eventHandedOver = false;
     std::atomic<bool> m_enteringPassword = false;
     std::atomic<bool> m_restoringGuard = false; ///< the one write of an entry that an abort does not stop
     CProgressMonitor* m_entryMonitor = nullptr; ///< of the requests that an entry makes

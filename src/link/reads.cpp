@@ -182,6 +182,7 @@ LinkStatus CP32Wrap::GetEvent(CProgressMonitor* monitor, std::uint8_t& kind, CPa
     kind = 0;
     moreEvents = 0;
     values.clear();
+    m_eventHandedOver = false;
     return RunRequest(monitor, "GetEvent", [&] {
         Variant outputs[3];
         return RunPass(
@@ -189,6 +190,7 @@ LinkStatus CP32Wrap::GetEvent(CProgressMonitor* monitor, std::uint8_t& kind, CPa
                 return server.GetEvent(Address(), outputs[0], outputs[1], outputs[2], status);
             },
             [&] {
+                m_eventHandedOver = true;
                 return outputs[0].ToUI1(kind) && outputs[2].ToUI1(moreEvents) &&
                        UnpackValueList(outputs[1], values);
             });

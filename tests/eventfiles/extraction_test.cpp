@@ -356,6 +356,17 @@ TEST_F(Extraction, RequestsThatFailEndTheVisit) {
     failSecondEvent(0x10000); // would be success if its upper half were dropped
     EXPECT_EQ(Extract().endStatus, kLinkComFailure);
 
+    for (const bool isHandedOver :
+         {false, true}) { // the server cannot answer, or what it answers makes no sense
+        prepare();
+        failSecondEvent(isHandedOver ? 0 : 254);
+        report = Extract();
+        EXPECT_EQ(report.endStatus, kLinkBadReply);
+        EXPECT_EQ(report.recordsWritten, 1U);
+        EXPECT_EQ(report.problems.size(), isHandedOver ? 1U : 0U);
+        EXPECT_EQ(report.eventsLost, isHandedOver ? 1U : 0U);
+    }
+
     prepare();
     failSecondEvent(18); // the user aborted
     report = SExtractionReport{};

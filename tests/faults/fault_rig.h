@@ -75,6 +75,15 @@ struct SOutcome {
     const std::string& Log() const { return disk.files.at("C:\\run.log"); }
     /// What a line lost to the log is told to counts as well.
     bool IsTold(const std::string& text) const { return (Log() + debug).find(text) != std::string::npos; }
+    /// Events that the lines of the run say are lost.
+    std::size_t CountLost() const {
+        static constexpr std::string_view kMark = " taken from the relay, but not stored.";
+        const std::string told = Log() + debug;
+        std::size_t lost = 0;
+        for (std::size_t at = told.find(kMark); at != std::string::npos; at = told.find(kMark, at + 1))
+            lost += std::stoul(told.substr(told.rfind(' ', told.rfind(' ', at - 1) - 1) + 1));
+        return lost;
+    }
     /// The bytes of a relay's day file; none when there is no file.
     std::optional<std::string> DayFile(int address) const {
         const std::string name = "AB12-000" + std::to_string(address);

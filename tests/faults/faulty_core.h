@@ -38,6 +38,7 @@ struct SNotedCall {
 struct SServerNotes {
     std::vector<SNotedCall> calls;
     std::size_t taken = 0;  ///< events that the relays handed over, even those that never arrived
+    std::size_t given = 0;  ///< those of them whose answer had status 0
     bool sentPlain = false; ///< a password was written as it is
     Variant guard;          ///< cell BF.03 of the first relay, at the end
 };
@@ -80,6 +81,9 @@ public:
         if (kind == WrongType)
             *(m_fault.detail == 0 ? &status : outputs[static_cast<std::size_t>(m_fault.detail) - 1]) =
                 Variant::Other();
+        if (call.operation == sim::EOperation::GetEvent && kind != ReplyLost &&
+            status == Variant::FromI4(sim::kGood))
+            ++m_notes.given;
         if (kind == ReplyLost || kind == WrongType)
             AwaitIdle();
         return kind == ReplyLost ? EComResult::Failed : result;
