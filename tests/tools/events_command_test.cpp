@@ -112,6 +112,45 @@ TEST(EventsCommand, TextFitsAndAligns) {
               "      Fault 271\n");
 }
 
+// "%" in a relay's text need not be meant as a format.
+TEST(EventsCommand, NoPercentSignHidesAValue) {
+    const CScratchFolder folder;
+    const auto extended = [](const std::string& text, std::uint8_t value, const std::string& cellTemplate) {
+        CCellList cells;
+        const std::size_t percent = std::min(text.find('%'), text.size());
+        cells.push_back(CCellFactory::CreateWithDefaultLimits({}, Value(0x24, {value}).get(),
+                                                              "Event Value " + text.substr(percent)));
+        cells.push_back(CCellFactory::CreateWithDefaultLimits({}, Value(0x24, {10}).get(), cellTemplate));
+        return Image(CExtendedEventRecord(1, 9, 5, At(16, 3), text.substr(0, percent), Value(0x24, {value}),
+                                          "", "", "", 0x0901, std::move(cells)));
+    };
+    struct SCase {
+        std::string record;
+        const char* wanted; ///< event, value and the other cell, blanks as one
+    };
+    const SCase kCases[] = {
+        {extended("Thermal state above 80% zone 1", 97, "%u"), "Thermal state above 80% zone 1 97\n 10\n"},
+        {extended("Overload 110%", 113, "[%u]"), "Overload 110% 113\n [10]\n"},
+        {extended("Load 80%%, fast", 152, "Stage %u"), "Load 80%, fast 152\n Stage 10\n"},
+        {extended("Load %u A", 152, "90% y"), "Load 152 A\n 90 10\n"},
+        {extended("Load", 152, "%s"), "Load 152\n %s 10\n"},
+        {Image(CSimpleEventRecord(0, 0, 5, At(16, 3), "Overload 80% stage", Value(0xFF, {}), "", "", "",
+                                  0x0320, "", {})),
+         "???? (Overload 80% stage)\n"},
+        {Image(CSimpleEventRecord(0, 0, 5, At(16, 3), "At 80% zone", Value(0x24, {7}), "", "", "", 0x0320, "",
+                                  {})),
+         "At 80% zone 7\n"},
+    };
+    for (const SCase& row : kCases) {
+        folder.Write("R-1-2026-11-16-DEV.evt", kHeader + row.record);
+        std::string text = RunTool({"events", folder.Native()}, 200).out;
+        text.erase(0, text.find("R-1") + 4);
+        const auto isBlanks = [](char a, char b) { return a == ' ' && b == ' '; };
+        text.erase(std::unique(text.begin(), text.end(), isBlanks), text.end());
+        EXPECT_EQ(text, " " + std::string(row.wanted));
+    }
+}
+
 TEST(EventsCommand, FiltersAndSorting) {
     const SSite site;
     struct SCase {

@@ -70,7 +70,7 @@ SArchiveRow MakeArchiveRow(const SDayFileItem& item) {
     row.isTimeInvalid = time.IsInvalid();
     row.isSummerTime = time.IsSummerTime();
     AppendLocation(row.location, record.GetEventLocation());
-    row.event = ReadableRelayLine(record.GetEventText());
+    row.event = ReadableRelayLine(EventLine(record));
     row.text = Readable(record.GetText());
     row.value = ReadableRelayLine(EventValueText(record));
     row.plant = Readable(record.GetAuxText1());

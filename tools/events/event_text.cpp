@@ -64,7 +64,8 @@ std::vector<std::string> FurtherLines(const CEventRecord& record) {
     const CCell* const valueCell = ValueCell(record);
     for (const auto& cell : AsExtended(record)->GetCells()) {
         if (cell.get() != valueCell) {
-            lines.push_back(cell->GetLabelText() + ' ' + ValueText(*cell));
+            const SCellTexts texts = CellTexts(*cell);
+            lines.push_back(texts.label + ' ' + texts.value);
         }
         if (const std::string bits = SetBitsText(*cell); !bits.empty()) {
             lines.push_back("set: " + bits);
@@ -87,7 +88,7 @@ public:
     void PrintRecord(std::string& out, const SEventSource& source, const SDayFileItem& item) override {
         const CEventRecord& record = *item.record;
         PrintColumns(out, TimeColumn(record.GetTimeStamp()), EscapeControls(source.relay),
-                     ReadableRelayLine(record.GetEventText()), ReadableRelayLine(EventValueText(record)));
+                     ReadableRelayLine(EventLine(record)), ReadableRelayLine(EventValueText(record)));
         for (const std::string& line : FurtherLines(record)) {
             PrintIndented(out, ReadableRelayLine(line));
         }

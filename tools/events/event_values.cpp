@@ -2,10 +2,15 @@
 
 #include "protocol/binary_cell.h"
 #include "protocol/cell_factory.h"
+#include "protocol/cell_values.h"
+#include "protocol/display_layout.h"
+#include "protocol/formatter.h"
 #include "tools/events/event_fields.h"
 
 #include <algorithm>
+#include <array>
 #include <string_view>
+#include <utility>
 
 namespace ruvo {
 
@@ -14,6 +19,35 @@ namespace {
 /// How the extraction labels the cell that it makes of an event's value.
 constexpr std::string_view kValueLabel = "Event Value ";
 constexpr unsigned kFlagBits = 32;
+/// What a record gives for an event's text that does not suit its value.
+constexpr std::string_view kUnreadable = "????";
+
+/// Whether a format asks for any value: "80% zone" and "110%" hold no conversion that does.
+bool TakesValue(std::string_view format) {
+    std::array<char, kCellTextCapacity> text{};
+    bool lacksNone = true;
+    FormatValues(nullptr, text.data(), text.size(), format, CParlaneDataList(), lacksNone);
+    return !lacksNone;
+}
+
+std::string WithoutDoubled(std::string_view format) {
+    std::string text;
+    for (std::size_t at = 0; at < format.size(); ++at) {
+        text += format[at];
+        at += format.substr(at, 2) == "%%" ? 1 : 0;
+    }
+    return text;
+}
+
+/// What the extraction took off the event's text with its first "%", where that was no format after all.
+std::string TextTakenOff(const CEventRecord& record) {
+    const CCell* const cell = ValueCell(record);
+    if (cell == nullptr) {
+        return {};
+    }
+    const std::string_view rest = std::string_view(cell->GetLabelTemplate()).substr(kValueLabel.size());
+    return rest.starts_with('%') && !TakesValue(rest) ? WithoutDoubled(rest) : std::string();
+}
 
 } // namespace
 
@@ -30,12 +64,31 @@ std::string ValueText(const CCell& cell) {
     if (!IsValue(cell.GetValue())) {
         return {};
     }
-    if (cell.HasFormat()) {
+    if (cell.HasFormat() && TakesValue(cell.GetFormatPart())) {
         return cell.GetValueText();
     }
     std::string text;
     cell.Format(text, "%s", EFormatMode::Value);
     return text;
+}
+
+SCellTexts CellTexts(const CCell& cell) {
+    std::string label = cell.GetLabelText();
+    // A value that does not suit leaves the template as it stands.
+    const bool isValue = !cell.HasFormat() && TakesValue(cell.GetLabelTemplate()) &&
+                         IsValue(cell.GetValue()) && label != cell.GetLabelTemplate();
+    return isValue ? SCellTexts{.label = {}, .value = std::move(label)}
+                   : SCellTexts{.label = std::move(label), .value = ValueText(cell)};
+}
+
+std::string EventLine(const CEventRecord& record) {
+    const std::string& stored = record.GetEventFormat();
+    const std::string text = record.GetEventText();
+    if (text == kUnreadable && stored != kUnreadable) {
+        return text + " (" + stored + ")";
+    }
+    const bool isFormat = text.empty() || TakesValue(stored);
+    return (isFormat ? text : CleanDisplayLine(WithoutDoubled(stored))) + TextTakenOff(record);
 }
 
 std::string EventValueText(const CEventRecord& record) {

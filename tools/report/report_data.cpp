@@ -37,7 +37,7 @@ std::string NamedFlags(const CEventRecord& record) {
 
 /// The words that tell the kind: the event's own, else those of its flags.
 EEventKind KindOf(const CEventRecord& record) {
-    const EEventKind kind = EventKindOf(ReadableRelayLine(record.GetEventText()));
+    const EEventKind kind = EventKindOf(ReadableRelayLine(EventLine(record)));
     return kind != EEventKind::Other ? kind : EventKindOf(ReadableRelayLine(NamedFlags(record)));
 }
 
@@ -83,7 +83,7 @@ CReportData::Index CReportData::ShapeOf(const SDayFileItem& item) {
     const CEventRecord& record = *item.record;
     std::string location;
     AppendLocation(location, record.GetEventLocation());
-    return m_shapes.Add({RelayText(record.GetEventText()), static_cast<Index>(KindOf(record)),
+    return m_shapes.Add({RelayText(EventLine(record)), static_cast<Index>(KindOf(record)),
                          m_texts.Add(std::move(location)), RelayText(record.GetAuxText1()),
                          RelayText(record.GetAuxText2()), RelayText(record.GetAuxText3()),
                          record.GetEventCode(), FlagsOf(item)});
@@ -102,8 +102,9 @@ CReportData::Indexes CReportData::LinesOf(const CEventRecord& record) {
     for (const auto& cell : AsExtended(record)->GetCells()) {
         const std::string bits = SetBitsText(*cell);
         if (cell.get() != valueCell || !bits.empty()) {
-            const std::string value = ValueText(*cell) + (bits.empty() ? "" : "  (" + bits + ")");
-            lines.insert(lines.end(), {RelayText(cell->GetLabelText()), RelayText(value)});
+            const SCellTexts texts = CellTexts(*cell);
+            const std::string value = texts.value + (bits.empty() ? "" : "  (" + bits + ")");
+            lines.insert(lines.end(), {RelayText(texts.label), RelayText(value)});
         }
     }
     return lines;
