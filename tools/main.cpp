@@ -4,6 +4,7 @@
 
 #include "platform/environment.h"
 #include "platform/process_protection.h"
+#include "platform/standard_streams.h"
 #include "platform/terminal.h"
 
 #include <algorithm>
@@ -76,6 +77,7 @@ int RunProgram(const std::vector<std::string>& arguments, const ruvo::SCommand* 
 } // namespace
 
 int main(int count, char** texts) {
+    ruvo::OccupyClosedStandardStreams();
     ruvo::ProtectProcessMemory();
     const ruvo::SCommand* command = nullptr;
     try {

@@ -148,6 +148,19 @@ TEST(EndToEnd, AFullDiskAndAVanishedRootAreLoggedAndCostNoEarlierRecord) {
               std::string::npos);
 }
 
+TEST(EndToEnd, StreamsThatAreClosedOrThatNobodyReadsCostNoEvent) {
+    const std::string silent =
+        "exec 3> >(true); wait $!; export RUVO_DEBUG_OUTPUT=stderr\n"; // 3: nobody reads
+    for (const char* const streams : {"2>&3", ">&3 2>&3", "2>&-", "<&- 2>&-", ">&- 2>&-", "<&- >&- 2>&-"}) {
+        const CProgramRun run(kLink + Relay("serial = 5", kTrip), "", "[RUVO_SERIAL]\nRV001=5\n");
+        run.Shell(silent + "($RUVO -t $DIR/site.ini && $RUVO $DIR/site.ini) " + streams +
+                  "; echo $? >$DIR/status");
+        EXPECT_EQ(run.Folder().Read("status"), "0\n") << streams;
+        EXPECT_EQ(run.Files()[kDay], Header("000001") + Trip()) << streams;
+        EXPECT_EQ(run.Log(), "") << streams;
+    }
+}
+
 TEST(EndToEnd, TheCompanionTellsTroubleApartFromItsFindings) {
     const CProgramRun run(kLink + Relay("serial = 5", kTrip), "", "[RUVO_SERIAL]\nRV001=5\n");
     run.Run();

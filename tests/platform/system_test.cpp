@@ -12,6 +12,7 @@
 #include "platform/single_instance.h"
 #include "support/scratch_folder.h"
 
+#include <csignal>
 #include <functional>
 #include <gtest/gtest.h>
 #include <regex>
@@ -250,6 +251,23 @@ TEST(Texts, AreConvertedAndGoWhereTheyAreSent) {
     testing::internal::CaptureStdout();
     ShowMessageBox(EMessageIcon::Warning, "Title", "First\nSecond");
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "[Warning] Title\nFirst\nSecond\n\n");
+    // In a host program that knows nothing of pipes, both go where nobody reads.
+    const int kept = RunInChild([] {
+        int ends[2] = {};
+        signal(SIGPIPE, SIG_DFL);
+        setenv("RUVO_DEBUG_OUTPUT", "stderr", 1);
+        if (pipe(ends) != 0 || close(ends[0]) != 0 || dup2(ends[1], 1) != 1 || dup2(ends[1], 2) != 2) {
+            return 1;
+        }
+        WriteDebugOutput("line\n");
+        ShowMessageBox(EMessageIcon::Warning, "Title", "Text");
+        sigset_t held;
+        return pthread_sigmask(SIG_BLOCK, nullptr, &held) == 0 && sigismember(&held, SIGPIPE) == 0 &&
+                       signal(SIGPIPE, SIG_DFL) == SIG_DFL
+                   ? 42
+                   : 2;
+    });
+    EXPECT_EQ(kept, 42) << "neither ends it, and the signal is as it was";
 }
 
 TEST(Clock, FollowsTheTimeZone) {

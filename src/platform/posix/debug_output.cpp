@@ -3,6 +3,7 @@
 #include "platform/environment.h"
 #include "platform/posix/file_size_signal.h"
 #include "platform/posix/native_path.h"
+#include "platform/posix/pipe_signal.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -18,6 +19,7 @@ constexpr mode_t kNewFileMode = 0666; // what the user's mask leaves of it
 // One write is one piece in an appended file, whoever else writes to it; the loop is for a pipe that takes
 // less.
 void WriteAll(int descriptor, std::string_view text) {
+    const CPipeSignalHold hold; // what nobody reads is lost, and no reason to end
     while (!text.empty()) {
         const ssize_t put = write(descriptor, text.data(), text.size());
         if (put > 0) {
