@@ -201,8 +201,8 @@ bool IsLink(const std::string& /*path*/) {
     return false;
 }
 
-std::optional<std::uint64_t> FreeSpace(const std::string& /*path*/) {
-    return kFreeSpace;
+SFreeSpace FreeSpace(const std::string& /*path*/) {
+    return {kFreeSpace, kFreeSpace};
 }
 
 bool IsDriveRoot(const std::string& path) {

@@ -130,12 +130,14 @@ bool CVisit::NameFile(const std::string& eventRoot) {
 
 /// A disk that is full already would cost every relay of the run its events.
 bool CVisit::HasRoom(const std::string& eventRoot) {
-    const std::optional<std::uint64_t> room = FreeSpace(eventRoot);
-    if (!room || *room >= kLeastFreeSpace) {
-        return true;
+    const SFreeSpace room = FreeSpace(eventRoot);
+    const bool isFull = room.bytes.value_or(kLeastFreeSpace) < kLeastFreeSpace;
+    if (isFull || room.files.value_or(kLeastFreeFiles) < kLeastFreeFiles) {
+        Refuse(EFileCause::DiskFull,
+               "The disk of " + eventRoot + (isFull ? " is full" : " can take no more files"));
+        return false;
     }
-    Refuse(EFileCause::DiskFull, "The disk of " + eventRoot + " is full");
-    return false;
+    return true;
 }
 
 bool CVisit::AreEventsPending() {

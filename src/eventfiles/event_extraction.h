@@ -18,6 +18,8 @@ struct SVisitLimits {
 };
 /// With less room on the disk a relay keeps its events.
 inline constexpr std::uint64_t kLeastFreeSpace = std::uint64_t{64} * 1024;
+/// Likewise: a visit may have to make a folder and a file.
+inline constexpr std::uint64_t kLeastFreeFiles = 2;
 
 inline constexpr std::int32_t kNoEventLimit = -1;
 

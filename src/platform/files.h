@@ -83,9 +83,13 @@ enum class EPathKind : std::uint8_t { Missing, File, Folder };
 EPathKind GetPathKind(const std::string& path);
 /// True when the path itself is a link, whatever it leads to.
 bool IsLink(const std::string& path);
-/// Bytes that may still be written on the disk that holds the path, or its nearest folder that exists; none
-/// when the system does not say.
-std::optional<std::uint64_t> FreeSpace(const std::string& path);
+/// What may still be made on a disk; none where the system does not say.
+struct SFreeSpace {
+    std::optional<std::uint64_t> bytes;
+    std::optional<std::uint64_t> files; ///< and folders
+};
+/// Room on the disk that holds the path, or its nearest folder that exists.
+SFreeSpace FreeSpace(const std::string& path);
 /// True when the path is the root of a removable, fixed, remote, CD-ROM or RAM drive.
 bool IsDriveRoot(const std::string& path);
 

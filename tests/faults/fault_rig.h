@@ -139,7 +139,7 @@ public:
         };
         ResetConnectionDetails();
         g_debugOutput.clear();
-        g_disk = {before.disk.files, before.disk.folders, diskFaults};
+        g_disk = {before.disk.files, before.disk.folders, diskFaults, 0, before.disk.room};
         Extract();
         ++m_runs;
         outcome.disk = std::move(g_disk);

@@ -74,6 +74,25 @@ TEST_F(FileFaults, TwoOperationsFail) {
     std::cout << points << " pairs of file faults\n";
 }
 
+TEST_F(FileFaults, WithoutRoomTheRelaysKeepTheirEvents) {
+    const struct {
+        SFreeSpace room;
+        const char* refusal; ///< empty when there is room enough
+    } cases[] = {{{65535, 9}, "is full"}, {{65536, 1}, "can take no more files"}, {{65536, 2}, ""}, {{}, ""}};
+    for (const auto& test : cases) {
+        rig.before.disk.room = test.room;
+        const SOutcome got = rig.Run({});
+        const bool isRefused = *test.refusal != '\0';
+        EXPECT_EQ(got.notes.taken, isRefused ? 0 : rig.clean.notes.taken) << test.refusal;
+        EXPECT_EQ(
+            got.IsTold("Failed to save event file The disk of C:\\ev " + std::string(test.refusal) +
+                       "; no event was taken from the relay. Connection details - COM Port: COM1, device "
+                       "address: 6."),
+            isRefused)
+            << got.Log();
+    }
+}
+
 class ServerFaults : public testing::TestWithParam<std::tuple<int, ELinkType>> {
 protected:
     using enum EServerFault;

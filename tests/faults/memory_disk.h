@@ -27,6 +27,7 @@ struct SMemoryDisk {
     std::set<std::string> folders;
     std::vector<SDiskFault> faults;
     std::size_t operations = 0; ///< what was asked of the disk so far
+    SFreeSpace room{};
 
     /// Counts an operation and gives what is wrong with it.
     SDiskFault Count() {
@@ -124,7 +125,7 @@ bool RemoveFile(const std::string& path) {
 // A run asks for the first two, and looks at no answer; the rest is only linked.
 // clang-format off
 void FlushFolder(const std::string&) {}
-std::optional<std::uint64_t> FreeSpace(const std::string&) { return std::nullopt; }
+SFreeSpace FreeSpace(const std::string&) { return g_disk.room; }
 std::string SystemErrorText(long systemCode) { return "failure " + std::to_string(systemCode); }
 bool IsLink(const std::string&) { return false; }
 bool IsDriveRoot(const std::string&) { return false; }

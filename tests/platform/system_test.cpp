@@ -7,6 +7,7 @@
 #include "platform/full_path_text.h"
 #include "platform/message_box.h"
 #include "platform/modules.h"
+#include "platform/posix/file_system_room.h"
 #include "platform/posix/native_path.h"
 #include "platform/registry.h"
 #include "platform/single_instance.h"
@@ -152,6 +153,31 @@ TEST(Files, AreListedNamedAndCopiedSafely) {
     EXPECT_TRUE(CopyToNewFile(source, folder.Path("b")) && folder.Read("b") == "secret");
     EXPECT_EQ(std::filesystem::status(folder.Native("b")).permissions(), std::filesystem::perms(0600));
     EXPECT_FALSE(CopyToNewFile(folder.Path("none"), folder.Path("c")) || folder.Has("c"));
+}
+
+TEST(Files, RoomThatTheSystemDoesNotStateIsUnknown) {
+    using Room = std::optional<std::uint64_t>;
+    const std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
+    const struct {
+        const char* name;
+        fsblkcnt_t size, left;
+        fsfilcnt_t files, filesLeft;
+        Room bytes, more;
+    } cases[] = {{"a disk", 100, 3, 50, 7, 3 * 4096, 7},
+                 {"a full disk", 100, 0, 50, 0, 0, 0},
+                 {"no size stated", 0, 0, 50, 7, std::nullopt, 7},
+                 {"files not counted", 100, 3, 0, 0, 3 * 4096, std::nullopt},
+                 {"more than a number holds", most, most, 0, 0, most / 4096 * 4096, std::nullopt}};
+    for (const auto& test : cases) {
+        struct statvfs status = {};
+        status.f_frsize = 4096;
+        status.f_blocks = test.size;
+        status.f_bavail = test.left;
+        status.f_files = test.files;
+        status.f_favail = test.filesLeft;
+        EXPECT_EQ(RoomOf(status).bytes, test.bytes) << test.name;
+        EXPECT_EQ(RoomOf(status).files, test.more) << test.name;
+    }
 }
 
 TEST(Registry, ReadsTextsNumbersAndDefaults) {

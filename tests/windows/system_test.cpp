@@ -109,7 +109,8 @@ void CheckFolders() {
                     "copying");
     g_checks.Expect(RemoveFile(In("copy")) && !RemoveFile(In("copy")), "deleting");
     g_checks.Expect(RemoveEmptyFolder(In("sub")) && !RemoveEmptyFolder(g_folder), "removing folders");
-    g_checks.Expect(FreeSpace(In("none\\deep\\file")).value_or(0) > 0 && !FreeSpace("Q:\\x"), "free space");
+    g_checks.Expect(FreeSpace(In("none\\deep\\file")).bytes.value_or(0) > 0 && !FreeSpace("Q:\\x").bytes,
+                    "free space");
     for (const std::string root : {"C:", "C:\\", "c:"}) {
         g_checks.Expect(IsDriveRoot(root), root + " is a root");
     }

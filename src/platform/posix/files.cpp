@@ -3,6 +3,7 @@
 #include "platform/environment.h"
 #include "platform/full_path.h"
 #include "platform/posix/file_size_signal.h"
+#include "platform/posix/file_system_room.h"
 #include "platform/posix/native_path.h"
 
 #include <array>
@@ -234,18 +235,18 @@ bool IsLink(const std::string& path) {
            S_ISLNK(status.st_mode);
 }
 
-std::optional<std::uint64_t> FreeSpace(const std::string& path) {
+SFreeSpace FreeSpace(const std::string& path) {
     const auto native = ToNativePath(path);
     if (!native) {
-        return std::nullopt;
+        return {};
     }
     std::filesystem::path folder(*native);
-    std::error_code failure;
-    while (!std::filesystem::exists(folder, failure) && folder.has_relative_path()) {
+    std::error_code ignored;
+    while (!std::filesystem::exists(folder, ignored) && folder.has_relative_path()) {
         folder = folder.parent_path();
     }
-    const std::filesystem::space_info space = std::filesystem::space(folder, failure);
-    return failure ? std::nullopt : std::optional<std::uint64_t>(space.available);
+    struct statvfs status = {};
+    return Retry([&] { return statvfs(folder.c_str(), &status); }) == 0 ? RoomOf(status) : SFreeSpace();
 }
 
 bool IsDriveRoot(const std::string& path) {

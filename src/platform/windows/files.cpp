@@ -224,17 +224,19 @@ bool IsLink(const std::string& path) {
     return search.HasEntry() && IsLinkEntry(search.Entry());
 }
 
-std::optional<std::uint64_t> FreeSpace(const std::string& path) {
+// A table of files of a fixed size is not known here.
+SFreeSpace FreeSpace(const std::string& path) {
     std::string folder = FullPath(path);
     while (GetPathKind(folder) != EPathKind::Folder && folder.rfind('\\') != std::string::npos) {
         folder.erase(folder.rfind('\\'));
     }
     ULARGE_INTEGER available = {};
-    if (folder.empty() ||
-        GetDiskFreeSpaceExA(WithSeparator(folder).c_str(), &available, nullptr, nullptr) == FALSE) {
-        return std::nullopt;
-    }
-    return available.QuadPart;
+    ULARGE_INTEGER size = {};
+    const bool isStated =
+        !folder.empty() &&
+        GetDiskFreeSpaceExA(WithSeparator(folder).c_str(), &available, &size, nullptr) != FALSE &&
+        size.QuadPart != 0;
+    return {isStated ? std::optional<std::uint64_t>(available.QuadPart) : std::nullopt, std::nullopt};
 }
 
 // The system wants a separator at the end, without which it would look at the drive's current folder.
