@@ -226,6 +226,10 @@ bool RemoveFile(const std::string& path) {
     return MemorySystem().files.erase(NoteTouched(path)) > 0;
 }
 
+bool RemovePlainFile(const std::string& path) {
+    return RemoveFile(path);
+}
+
 bool CopyToNewFile(const std::string& source, const std::string& destination) {
     const auto* const bytes = MemorySystem().Find(Key(source));
     const std::string key = NoteTouched(destination);
@@ -252,12 +256,12 @@ bool ListFolder(const std::string& folder, std::vector<SFolderEntry>& entries) {
     const std::string key = Key(folder);
     for (const std::string& path : MemorySystem().folders) {
         if (path.size() > key.size() && ParentOf(path) == key) {
-            entries.push_back({path.substr(key.size() + 1), true});
+            entries.push_back({path.substr(key.size() + 1), true, false});
         }
     }
     for (const auto& [path, bytes] : MemorySystem().files) {
         if (ParentOf(path) == key) {
-            entries.push_back({path.substr(key.size() + 1), false});
+            entries.push_back({path.substr(key.size() + 1), false, true});
         }
     }
     return IsFolder(key);

@@ -24,10 +24,10 @@ constexpr std::uint64_t kBudgetPerByte = 8;
 
 CDayFileReader::CDayFileReader() : m_buffer(kBufferSize) {}
 
-SFileResult CDayFileReader::Open(const std::string& path) {
+SFileResult CDayFileReader::Open(const std::string& path, SOpenMode mode) {
     m_at = SProgress{};
     m_at.parseBudget = kFirstBudget;
-    return m_file.Open(path, {.read = true});
+    return m_file.Open(path, mode);
 }
 
 bool CDayFileReader::Next(SDayFileItem& item) {
@@ -199,7 +199,7 @@ std::optional<std::uint64_t> FindTornEnd(const std::string& path) {
         return std::nullopt;
     }
     CDayFileReader reader;
-    if (!reader.Open(path).Good()) {
+    if (!reader.Open(path, {.read = true, .plain = true}).Good()) {
         return std::nullopt;
     }
     std::optional<std::uint64_t> torn;

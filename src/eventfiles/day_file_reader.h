@@ -40,7 +40,7 @@ public:
     CDayFileReader();
 
     /// Starts over with the file at a path, in Windows form or the system's own.
-    SFileResult Open(const std::string& path);
+    SFileResult Open(const std::string& path, SOpenMode mode = {.read = true});
     /// The next item in file order; false at the end of the file.
     [[nodiscard]] bool Next(SDayFileItem& item);
     /// Bytes passed so far.

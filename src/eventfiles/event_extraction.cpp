@@ -52,6 +52,7 @@ public:
 private:
     bool NameFile(const std::string& eventRoot);
     bool HasRoom(const std::string& eventRoot);
+    bool MayAppend();
     void Refuse(EFileCause cause, const std::string& why);
     bool AreEventsPending();
     void ReadEvents(CEventConverter& converter);
@@ -87,7 +88,7 @@ void CVisit::Run(const std::string& eventRoot) {
     texts.plant = ReadSystemText(RowOf(cells::kPlant));
     texts.description = ReadSystemText(RowOf(cells::kDescription));
     texts.model = ReadSystemText(RowOf(cells::kModel));
-    if (!AreEventsPending() || !HasRoom(eventRoot)) {
+    if (!AreEventsPending() || !HasRoom(eventRoot) || !MayAppend()) {
         return;
     }
     LookForTornEnd();
@@ -138,6 +139,23 @@ bool CVisit::HasRoom(const std::string& eventRoot) {
         return false;
     }
     return true;
+}
+
+/// A day file that is there, but cannot be written or lies elsewhere, would cost the relay its events.
+bool CVisit::MayAppend() {
+    using enum EFileFailure;
+    CFile file;
+    const SFileResult opened = file.Open(m_records.GetName(), {.read = true, .write = true, .plain = true});
+    if (opened.Good() || opened.failure == NotFound || opened.failure == BadPath) { // then it is made
+        return true;
+    }
+    const std::string name = "Day file " + m_records.GetName();
+    const std::string why = IsLink(m_folder)              ? "The relay's folder " + m_folder + " is a link"
+                            : IsLink(m_records.GetName()) ? name + " is a link"
+                            : opened.failure == NotPlain  ? name + " is not a regular file in a folder"
+                                                          : name + ": " + SystemErrorText(opened.systemCode);
+    Refuse(EFileCause::AccessDenied, why);
+    return false;
 }
 
 bool CVisit::AreEventsPending() {

@@ -78,9 +78,9 @@ void RemoveIfMade(COffFile& file, const std::string& path, bool wasThere) {
     file.Abort();
     CFile look;
     std::uint64_t length = 0;
-    if (!wasThere && look.Open(path, {.read = true}).Good() && look.GetLength(length).Good() && length == 0 &&
-        look.Close().Good()) {
-        RemoveFile(path);
+    if (!wasThere && look.Open(path, {.read = true, .plain = true}).Good() && look.GetLength(length).Good() &&
+        length == 0 && look.Close().Good()) {
+        RemovePlainFile(path);
     }
 }
 
@@ -92,8 +92,8 @@ bool UndoWrite(COffFile& file, const std::string& path, std::uint64_t earlierLen
         return file.Remove();
     }
     CFile cut;
-    return cut.Open(path, {.read = true, .write = true}).Good() && cut.SetLength(earlierLength).Good() &&
-           cut.FlushToDisk().Good();
+    return cut.Open(path, {.read = true, .write = true, .plain = true}).Good() &&
+           cut.SetLength(earlierLength).Good() && cut.FlushToDisk().Good();
 }
 
 } // namespace

@@ -13,11 +13,12 @@ namespace {
 
 EFileCause CauseOf(EFileFailure failure) {
     static constexpr std::array kCauses{
-        EFileCause::None,        EFileCause::Generic,          EFileCause::FileNotFound,
-        EFileCause::BadPath,     EFileCause::TooManyOpenFiles, EFileCause::AccessDenied,
-        EFileCause::InvalidFile, EFileCause::SharingViolation, EFileCause::DiskFull,
+        EFileCause::None,         EFileCause::Generic,          EFileCause::FileNotFound,
+        EFileCause::BadPath,      EFileCause::TooManyOpenFiles, EFileCause::AccessDenied,
+        EFileCause::InvalidFile,  EFileCause::SharingViolation, EFileCause::DiskFull,
+        EFileCause::AccessDenied,
     };
-    static_assert(kCauses.size() == static_cast<std::size_t>(EFileFailure::DiskFull) + 1);
+    static_assert(kCauses.size() == static_cast<std::size_t>(EFileFailure::NotPlain) + 1);
     return kCauses[static_cast<std::size_t>(failure)];
 }
 
@@ -102,6 +103,7 @@ void CStdioFileThrower::Abort() noexcept {
 }
 
 bool COffFile::Open(const std::string& path, SOpenMode mode, CFileException& failure) {
+    mode.plain = true; // nothing that stands in its place leads the records elsewhere
     const SFileResult opened = m_file.Open(path, mode);
     if (!opened.Good()) {
         failure = CFileException(CauseOf(opened.failure), opened.systemCode, path);
@@ -147,7 +149,7 @@ void COffFile::Close() {
 }
 
 bool COffFile::Remove() {
-    return m_fileName.empty() || RemoveFile(m_fileName);
+    return m_fileName.empty() || RemovePlainFile(m_fileName);
 }
 
 } // namespace ruvo

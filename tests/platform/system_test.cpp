@@ -115,6 +115,15 @@ TEST(CFile, TellsWhyItCannotOpen) {
         EXPECT_EQ(open(folder.Path("pipe"), mode), EFileFailure::Other);
         EXPECT_EQ(open("C:\\dev\\null", mode), EFileFailure::Other);
     }
+    std::filesystem::create_directory_symlink(folder.Native(), folder.Native("linked"));
+    std::filesystem::create_symlink(folder.Native("file"), folder.Native("to-file"));
+    const SOpenMode plain{.read = true, .write = true, .plain = true};
+    for (const char* const name : {"", "pipe", "to-file", "linked\\file", "file\\f"}) {
+        EXPECT_EQ(open(folder.Path(name), plain), EFileFailure::NotPlain) << name;
+    }
+    EXPECT_EQ(open(folder.Path("none"), plain), EFileFailure::NotFound);
+    EXPECT_EQ(open(folder.Path("none\\f"), plain), EFileFailure::BadPath);
+    EXPECT_FALSE(RemovePlainFile(folder.Path("linked\\file")) || !RemovePlainFile(folder.Path("file")));
 }
 
 // A child process writes 10 bytes where its file-size limit leaves room for 4.
@@ -143,6 +152,7 @@ TEST(Files, AreListedNamedAndCopiedSafely) {
     EXPECT_TRUE(ListFolder(folder.Path(), entries) && entries.size() == 3);
     for (const SFolderEntry& entry : entries) {
         EXPECT_EQ(entry.isFolder, entry.name == "sub") << entry.name;
+        EXPECT_EQ(entry.isFile, entry.name == "file") << entry.name;
     }
     EXPECT_FALSE(ListFolder(folder.Path("none"), entries));
     const std::string first = MakeUniqueFile(folder.Path(), "RWT");

@@ -124,4 +124,31 @@ TEST(CheckCommand, EachResultCodeNamesItsLines) {
     }
 }
 
+TEST(CheckCommand, NamesTheLinksThatARunWouldRefuse) {
+    const CScratchFolder folder;
+    CScriptedServer server;
+    setenv("RUVO_REGISTRY_USER", folder.Native("none").c_str(), 1);
+    setenv("RUVO_REGISTRY_MACHINE", folder.Native("none").c_str(), 1);
+    const std::string ini = folder.Native("file.ini");
+    folder.Write("file.ini", "[RUVO_GENERAL]\nEventRootDir=" + folder.Path("root") + "\n" + kSerial);
+    ASSERT_EQ(std::system(("cd " + folder.Native() +
+                           " && mkdir -p moved real/A real/B && ln -s real root && : > real/A/a.evt && "
+                           "ln -s a.evt real/A/b.evt && mkfifo real/A/c.evt && ln -s none real/A/notes && "
+                           "ln -s ../moved real/C && ln -s none real/D && ln -s A/a.evt real/e")
+                              .c_str()),
+              0);
+    const SOutcome outcome = RunTool({"check", ini});
+    EXPECT_EQ(outcome.status, 0);
+    std::string names;
+    std::istringstream lines(outcome.out);
+    const std::string start = ini + ": warning: " + folder.Native("root/");
+    for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with(start))
+            names += line.substr(start.size(), line.find(':', start.size()) - start.size()) + "\n";
+    }
+    EXPECT_EQ(names,
+              "A/b.evt is not a regular file\nA/c.evt is not a regular file\nC is a link\nD is a link\n")
+        << outcome.out;
+}
+
 } // namespace ruvo::test

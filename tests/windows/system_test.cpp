@@ -83,7 +83,24 @@ void CheckWhyOpeningFails() {
     const HANDLE alone = CreateFileA(In("file").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     g_checks.Expect(failure(In("file"), {.read = true}) == EFileFailure::SharingViolation,
                     "a file that somebody has for himself");
+    const SOpenMode plain{.read = true, .write = true, .plain = true};
+    g_checks.Expect(failure(In("file"), plain) == EFileFailure::SharingViolation, "nor where no link may be");
     CloseHandle(alone);
+    g_checks.Expect(failure(In("none"), plain) == EFileFailure::NotFound, "no such plain file");
+    g_checks.Expect(failure(In("none\\f"), plain) == EFileFailure::BadPath, "no such plain folder");
+    g_checks.Expect(failure(g_folder, plain) == EFileFailure::NotPlain, "a folder for a plain file");
+    g_checks.Expect(failure(In("file\\f"), plain) == EFileFailure::NotPlain, "a file for a plain folder");
+}
+
+void CheckPlainFiles() {
+    CFile file;
+    std::size_t count = 0;
+    const SOpenMode plain{.read = true, .write = true, .create = true, .plain = true};
+    for (const char* const what : {"a plain file is made", "and opened again"}) {
+        g_checks.Expect(file.Open(In("plain"), plain).Good() && Put(file, "x", count).Good(), what);
+    }
+    g_checks.Expect(file.Close().Good() && RemovePlainFile(In("plain")) && !RemovePlainFile(In("plain")),
+                    "and deleted");
 }
 
 void CheckFolders() {
@@ -92,7 +109,8 @@ void CheckFolders() {
     std::vector<SFolderEntry> entries;
     g_checks.Expect(ListFolder(g_folder, entries) && entries.size() == 2, "listing");
     for (const SFolderEntry& entry : entries) {
-        g_checks.Expect(entry.isFolder == (entry.name == "sub"), "kind of " + entry.name);
+        g_checks.Expect(entry.isFolder == (entry.name == "sub") && entry.isFile != entry.isFolder,
+                        "kind of " + entry.name);
     }
     g_checks.Expect(ListFolder(In("sub"), entries) && entries.empty(), "listing an empty folder");
     g_checks.Expect(!ListFolder(In("none"), entries) && !ListFolder(In("*"), entries), "listing nothing");
@@ -254,6 +272,7 @@ int CheckSystem() {
     g_checks.Expect(MakeFolder(g_folder), "a folder for the test");
     CheckWritingAndReading();
     CheckWhyOpeningFails();
+    CheckPlainFiles();
     CheckFolders();
     CheckFoldersBelowAShare();
     CheckRegistry();

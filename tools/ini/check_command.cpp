@@ -43,10 +43,14 @@ EResultCode TryCommsServer() {
     return started ? EResultCode::Success : EResultCode::CommsServerFailed;
 }
 
-EResultCode CheckFile(const std::string& fullPath) {
+EResultCode CheckFile(const std::string& fullPath, std::vector<SIniFinding>& blockedPlaces) {
     const CProgramFolder inProgramFolder;
     CRunContext context;
     const EResultCode code = LoadAndCheck(context, fullPath, true);
+    if (!context.DestinationRoot().empty() && code != EResultCode::EventRootInvalid &&
+        code != EResultCode::RegistryDestinationInvalid) {
+        blockedPlaces = FindBlockedPlaces(FullPath(context.DestinationRoot()));
+    }
     return code == EResultCode::Success ? TryCommsServer() : code;
 }
 
@@ -79,7 +83,9 @@ std::vector<SIniFinding> FindOpenPasswords(const std::string& fullPath, const CI
 int RunCheck(const CArguments& arguments, SConsole& console) {
     const std::string typed = arguments.Get("INI");
     const std::string fullPath = FullPath(typed);
-    const EResultCode code = fullPath.empty() ? EResultCode::IniFileNotOpened : CheckFile(fullPath);
+    std::vector<SIniFinding> blockedPlaces;
+    const EResultCode code =
+        fullPath.empty() ? EResultCode::IniFileNotOpened : CheckFile(fullPath, blockedPlaces);
     console.out.Write(std::string(ResultMessage(code)) + "\n");
     std::string text;
     if (!ReadTextFile(fullPath, text)) {
@@ -89,6 +95,7 @@ int RunCheck(const CArguments& arguments, SConsole& console) {
     PrintFindings(console.out, typed, "", FindCauses(code, ini));
     PrintFindings(console.out, typed, "warning: ", FindOddities(ini));
     PrintFindings(console.out, typed, "warning: ", FindOpenPasswords(fullPath, ini));
+    PrintFindings(console.out, typed, "warning: ", blockedPlaces);
     return static_cast<int>(code);
 }
 

@@ -24,4 +24,8 @@ struct SIniFinding {
 /// What loading passes over in silence and its author will not have meant, in line order.
 [[nodiscard]] std::vector<SIniFinding> FindOddities(const CIniText& ini);
 
+/// Links in the place of a relay's folder in the event root, and what is no regular file in the place of a
+/// day file: there a run refuses to store, and leaves the events where they are.
+[[nodiscard]] std::vector<SIniFinding> FindBlockedPlaces(const std::string& eventRoot);
+
 } // namespace ruvo

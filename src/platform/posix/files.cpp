@@ -5,6 +5,7 @@
 #include "platform/posix/file_size_signal.h"
 #include "platform/posix/file_system_room.h"
 #include "platform/posix/native_path.h"
+#include "platform/posix/place.h"
 
 #include <array>
 #include <cerrno>
@@ -76,6 +77,11 @@ SFileResult MissingResult(const std::string& native) {
     return {folderThere ? EFileFailure::NotFound : EFileFailure::BadPath, ENOENT};
 }
 
+// What the system says of a link, or of something else than a file in a folder, where only those will do.
+bool IsNotPlain(int code) {
+    return code == ELOOP || code == ENOTDIR || code == EISDIR || code == ENXIO;
+}
+
 int OpenFlags(SOpenMode mode) {
     const int access = !mode.write ? O_RDONLY : mode.read ? O_RDWR : O_WRONLY;
     // Without O_NONBLOCK the opening of a pipe would wait for its other end; it means nothing to a regular
@@ -94,6 +100,23 @@ SFileResult CheckRegular(int descriptor) {
         return Failed(EISDIR);
     }
     return S_ISREG(status.st_mode) ? SFileResult{} : Failed(ENXIO);
+}
+
+SFileResult OpenPlain(const std::string& native, int flags, int& descriptor) {
+    const SPlace place = SPlace::InPlainFolder(native);
+    if (!place.folder.IsOpen()) {
+        return errno == ENOENT ? SFileResult{EFileFailure::BadPath, ENOENT} : Failed(errno);
+    }
+    descriptor = Retry([&] { return place.Open(flags, kNewFileMode).Release(); });
+    return descriptor == -1 ? Failed(errno) : CheckRegular(descriptor);
+}
+
+SFileResult OpenAny(const std::string& native, int flags, int& descriptor) {
+    descriptor = Retry([&] { return open(native.c_str(), flags, kNewFileMode); });
+    if (descriptor == -1) {
+        return errno == ENOENT ? MissingResult(native) : Failed(errno);
+    }
+    return CheckRegular(descriptor);
 }
 
 bool CopyAll(CFile& source, CFile& destination) {
@@ -154,13 +177,14 @@ SFileResult CFile::Open(const std::string& path, SOpenMode mode) {
     if (mode.write) {
         IgnoreFileSizeSignal();
     }
-    m_handle->descriptor = Retry([&] { return open(native->c_str(), OpenFlags(mode), kNewFileMode); });
-    if (!IsOpen()) {
-        return errno == ENOENT ? MissingResult(*native) : Failed(errno);
-    }
-    const SFileResult result = CheckRegular(m_handle->descriptor);
-    if (!result.Good()) {
+    int& descriptor = m_handle->descriptor;
+    SFileResult result = mode.plain ? OpenPlain(*native, OpenFlags(mode), descriptor)
+                                    : OpenAny(*native, OpenFlags(mode), descriptor);
+    if (!result.Good() && IsOpen()) {
         static_cast<void>(Close());
+    }
+    if (mode.plain && IsNotPlain(static_cast<int>(result.systemCode))) {
+        result.failure = EFileFailure::NotPlain;
     }
     return result;
 }
@@ -266,6 +290,12 @@ bool RemoveFile(const std::string& path) {
     return OnNativePath(path, unlink);
 }
 
+bool RemovePlainFile(const std::string& path) {
+    const auto native = ToNativePath(path);
+    const SPlace place = native ? SPlace::InPlainFolder(*native) : SPlace();
+    return place.folder.IsOpen() && unlinkat(place.folder.Get(), place.name.c_str(), 0) == 0;
+}
+
 bool CopyToNewFile(const std::string& source, const std::string& destination) {
     const auto from = ToNativePath(source);
     const auto to = ToNativePath(destination);
@@ -318,7 +348,9 @@ bool ListFolder(const std::string& folder, std::vector<SFolderEntry>& entries) {
         std::error_code unknown;
         // A name with a backslash cannot be told from a path above the seam; it would lead out of the folder.
         if (name.find('\\') == std::string::npos) {
-            entries.push_back({std::move(name), std::filesystem::is_directory(it->symlink_status(unknown))});
+            const std::filesystem::file_status status = it->symlink_status(unknown);
+            entries.push_back({std::move(name), std::filesystem::is_directory(status),
+                               std::filesystem::is_regular_file(status)});
         }
     }
     return !error;

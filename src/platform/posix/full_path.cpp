@@ -15,4 +15,8 @@ std::string SystemPath(const std::string& fullPath) {
     return ToNativePath(fullPath).value_or("");
 }
 
+std::string DisplayPath(const std::string& path) {
+    return ToNativePath(path).value_or(path);
+}
+
 } // namespace ruvo

@@ -83,6 +83,17 @@ SPlace::SPlace(const std::string& native) {
     folder = CDescriptor(open(folderPath.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
 }
 
+SPlace SPlace::InPlainFolder(const std::string& native) {
+    SPlace place;
+    const std::size_t begin = native.rfind('/') + 1; // 0 when there is none
+    place.folderPath = begin == 0 ? "./" : native.substr(0, begin);
+    place.name = native.substr(begin);
+    // With its separator at the end a link would be followed.
+    const std::string folder = begin <= 1 ? place.folderPath : native.substr(0, begin - 1);
+    place.folder = CDescriptor(open(folder.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    return place;
+}
+
 CDescriptor SPlace::Open(int flags, mode_t mode) const {
     constexpr int kAlways = O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
     return CDescriptor(openat(folder.Get(), name.c_str(), flags | kAlways, mode));

@@ -39,6 +39,8 @@ struct SPlace {
     SPlace() = default;
     /// The place that a path names, its links followed by the system, but for one of the last name.
     explicit SPlace(const std::string& native);
+    /// The same, where the folder itself is no link either; else the folder is not open, with errno.
+    static SPlace InPlainFolder(const std::string& native);
 
     /// A link of that name is never followed, and nothing that is no regular file is waited for.
     CDescriptor Open(int flags, mode_t mode = 0) const;

@@ -85,17 +85,97 @@ private:
 };
 
 // Other reparse points (files in the cloud, compacted files) are what they look like.
+bool IsLinkTag(DWORD tag) {
+    return tag == IO_REPARSE_TAG_SYMLINK || tag == IO_REPARSE_TAG_MOUNT_POINT;
+}
+
 bool IsLinkEntry(const WIN32_FIND_DATAA& entry) {
-    return (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
-           (entry.dwReserved0 == IO_REPARSE_TAG_SYMLINK || entry.dwReserved0 == IO_REPARSE_TAG_MOUNT_POINT);
+    return (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && IsLinkTag(entry.dwReserved0);
 }
 
 bool IsFolderEntry(const WIN32_FIND_DATAA& entry) {
     return (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 && !IsLinkEntry(entry);
 }
 
+// What stands at a path, a link itself and not what it leads to. While it is held, nobody can rename or
+// delete it, and so put something else in its place.
+class CHeldEntry {
+public:
+    explicit CHeldEntry(const std::string& path)
+        : m_handle(CreateFileA(path.c_str(), FILE_READ_DATA | FILE_READ_ATTRIBUTES, // a folder's names: alike
+                               FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                               FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr)),
+          m_code(m_handle == INVALID_HANDLE_VALUE ? GetLastError() : DWORD{ERROR_SUCCESS}) {
+        if (m_code == ERROR_SUCCESS && GetFileInformationByHandle(m_handle, &m_entry) == FALSE) {
+            m_code = GetLastError();
+        }
+    }
+    CHeldEntry(const CHeldEntry&) = delete;
+    CHeldEntry& operator=(const CHeldEntry&) = delete;
+    ~CHeldEntry() {
+        if (m_handle != INVALID_HANDLE_VALUE) {
+            CloseHandle(m_handle);
+        }
+    }
+
+    DWORD Code() const { return m_code; }
+    bool IsPlain(bool folder) const {
+        const bool isFolder = (m_entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+        return m_code == ERROR_SUCCESS && isFolder == folder && GetFileType(m_handle) == FILE_TYPE_DISK &&
+               !IsLink();
+    }
+
+private:
+    bool IsLink() const {
+        FILE_ATTRIBUTE_TAG_INFO tag = {};
+        return (m_entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
+               (GetFileInformationByHandleEx(m_handle, FileAttributeTagInfo, &tag, sizeof tag) == FALSE ||
+                IsLinkTag(tag.ReparseTag));
+    }
+
+    HANDLE m_handle;
+    DWORD m_code;
+    BY_HANDLE_FILE_INFORMATION m_entry = {};
+};
+
 bool HasWildcard(const std::string& path) {
     return path.find_first_of("*?") != std::string::npos;
+}
+
+// Shared, so that others can look at the log and the day files during a run, as on other systems.
+HANDLE OpenAny(const std::string& path, SOpenMode mode, DWORD disposition, DWORD flags) {
+    const DWORD access = (mode.read ? GENERIC_READ : 0) | (mode.write ? GENERIC_WRITE : 0);
+    return CreateFileA(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition,
+                       FILE_ATTRIBUTE_NORMAL | flags, nullptr);
+}
+
+// Without a separator at the end, which would follow a link; that of a drive's root belongs to it.
+std::string FolderOf(const std::string& path) {
+    const std::size_t end = path.find_last_of("\\/");
+    return end == std::string::npos ? "." : path.substr(0, end == 2 && path[1] == ':' ? 3 : end);
+}
+
+// A file that is there is held while it is opened, so that what is opened is what was looked at; one that is
+// missing is made where nothing is, not even a link that leads nowhere.
+SFileResult OpenPlain(const std::string& path, SOpenMode mode, HANDLE& opened) {
+    const CHeldEntry folder(FolderOf(path));
+    if (folder.Code() == ERROR_FILE_NOT_FOUND) {
+        return {EFileFailure::BadPath, ERROR_FILE_NOT_FOUND};
+    }
+    if (!folder.IsPlain(true)) {
+        return folder.Code() == ERROR_SUCCESS ? SFileResult{EFileFailure::NotPlain, ERROR_CANT_ACCESS_FILE}
+                                              : Failed(folder.Code());
+    }
+    const CHeldEntry file(path);
+    if (file.Code() == ERROR_FILE_NOT_FOUND && mode.create) {
+        opened = OpenAny(path, mode, CREATE_NEW, FILE_FLAG_OPEN_REPARSE_POINT);
+    } else if (file.IsPlain(false)) {
+        opened = OpenAny(path, mode, mode.truncate ? TRUNCATE_EXISTING : OPEN_EXISTING, 0);
+    } else {
+        return file.Code() == ERROR_SUCCESS ? SFileResult{EFileFailure::NotPlain, ERROR_CANT_ACCESS_FILE}
+                                            : Failed(file.Code());
+    }
+    return Outcome(opened != INVALID_HANDLE_VALUE);
 }
 
 std::string WithSeparator(const std::string& folder) {
@@ -127,12 +207,12 @@ CFile::~CFile() {
 
 SFileResult CFile::Open(const std::string& path, SOpenMode mode) {
     static_cast<void>(Close());
-    const DWORD access = (mode.read ? GENERIC_READ : 0) | (mode.write ? GENERIC_WRITE : 0);
-    // Shared, so that others can look at the log and the day files during a run, as on other systems.
-    const HANDLE opened = CreateFileA(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                      Disposition(mode), FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (opened == INVALID_HANDLE_VALUE) {
-        return Failed(GetLastError());
+    HANDLE opened = INVALID_HANDLE_VALUE;
+    const SFileResult result =
+        mode.plain ? OpenPlain(path, mode, opened)
+                   : Outcome((opened = OpenAny(path, mode, Disposition(mode), 0)) != INVALID_HANDLE_VALUE);
+    if (!result.Good()) {
+        return result;
     }
     m_handle->file = opened;
     // Only a file on a disk will do: a pipe or a device gives no end, no length and no position.
@@ -257,6 +337,11 @@ bool RemoveFile(const std::string& path) {
     return DeleteFileA(path.c_str()) != FALSE;
 }
 
+bool RemovePlainFile(const std::string& path) {
+    const CHeldEntry folder(FolderOf(path));
+    return folder.IsPlain(true) && RemoveFile(path);
+}
+
 bool CopyToNewFile(const std::string& source, const std::string& destination) {
     return CopyFileA(source.c_str(), destination.c_str(), TRUE) != FALSE;
 }
@@ -282,7 +367,8 @@ bool ListFolder(const std::string& folder, std::vector<SFolderEntry>& entries) {
     do {
         const std::string name = search.Entry().cFileName;
         if (name != "." && name != "..") {
-            entries.push_back({name, IsFolderEntry(search.Entry())});
+            const bool isFolder = IsFolderEntry(search.Entry());
+            entries.push_back({name, isFolder, !isFolder && !IsLinkEntry(search.Entry())});
         }
     } while (search.Next());
     return GetLastError() == ERROR_NO_MORE_FILES;

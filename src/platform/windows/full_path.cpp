@@ -17,4 +17,8 @@ std::string SystemPath(const std::string& fullPath) {
     return fullPath;
 }
 
+std::string DisplayPath(const std::string& path) {
+    return path;
+}
+
 } // namespace ruvo
