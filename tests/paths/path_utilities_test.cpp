@@ -4,6 +4,12 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstddef>
+
 namespace ruvo {
 namespace {
 
@@ -71,6 +77,18 @@ TEST(Proofs, LeaveNothingBehindAndChangeNothing) {
     EXPECT_FALSE(CanCreateFile("bare") || CanCreateFile(folder.Path("q\\")) || CanCreateFile(folder.Path()));
     EXPECT_TRUE(std::distance(std::filesystem::directory_iterator(folder.Native()), {}) == 1 &&
                 folder.Read("file") == "kept");
+}
+
+// An empty file that a killed proof left is told by its name.
+TEST(Proofs, ProveAFolderWithAFileThatIsKnownByItsName) {
+    const CScratchFolder folder;
+    const int watch = inotify_init1(IN_NONBLOCK);
+    ASSERT_NE(inotify_add_watch(watch, folder.Native().c_str(), IN_CREATE), -1);
+    EXPECT_TRUE(CanWriteInFolder(folder.Path()));
+    alignas(inotify_event) std::array<char, 4096> made{};
+    EXPECT_GT(read(watch, made.data(), made.size()), 0);
+    close(watch);
+    EXPECT_EQ(std::string(made.data() + offsetof(inotify_event, name), 3), "RWT");
 }
 
 TEST(Folders, AreMadeForFilesAndRemovedWithout) {
