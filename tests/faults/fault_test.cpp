@@ -97,6 +97,12 @@ TEST_F(FileFaults, WithoutRoomTheRelaysKeepTheirEvents) {
     }
 }
 
+TEST_F(FileFaults, DayFilesAreOnTheDiskWhenARunHasEnded) {
+    EXPECT_TRUE(rig.clean.DayFile(kNext));
+    EXPECT_TRUE(std::ranges::none_of(rig.clean.disk.unflushed,
+                                     [](const std::string& path) { return path.ends_with(".evt"); }));
+}
+
 class ServerFaults : public testing::TestWithParam<std::tuple<int, ELinkType>> {
 protected:
     using enum EServerFault;

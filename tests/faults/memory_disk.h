@@ -42,6 +42,8 @@ struct SMemoryDisk {
     bool HasFolderOf(const std::string& path) const {
         return folders.contains(path.substr(0, path.rfind('\\')));
     }
+
+    std::set<std::string> unflushed{}; ///< files that a loss of power would cost bytes
 };
 inline SMemoryDisk g_disk;
 
@@ -89,6 +91,7 @@ SFileResult CFile::Read(std::span<std::uint8_t> buffer, std::size_t& count) {
 }
 SFileResult CFile::Write(std::span<const std::uint8_t> bytes, std::size_t& count) {
     const test::SDiskFault fault = g_disk.Count();
+    g_disk.unflushed.insert(m_handle->path);
     count = fault.failure == EFileFailure::None ? bytes.size() : fault.writesTakePart ? bytes.size() / 2 : 0;
     m_handle->Bytes().replace(m_handle->position, count, reinterpret_cast<const char*>(bytes.data()), count);
     m_handle->position += count;
@@ -100,7 +103,10 @@ SFileResult CFile::SetLength(std::uint64_t length) {
     return result;
 }
 SFileResult CFile::FlushToDisk() {
-    return g_disk.Do();
+    const SFileResult result = g_disk.Do();
+    if (result.Good())
+        g_disk.unflushed.erase(m_handle->path);
+    return result;
 }
 SFileResult CFile::Close() {
     const SFileResult result = IsOpen() ? g_disk.Do() : g_disk.Fail(EFileFailure::BadDescriptor);
