@@ -1,5 +1,7 @@
 #include "sim/server_core.h"
 
+#include "platform/full_path.h"
+
 #include <thread>
 
 namespace ruvo::sim {
@@ -25,10 +27,10 @@ CServerCore::CServerCore(std::unique_ptr<SSubstation> substation, CSinkList& sin
 
 std::string CServerCore::OpenFiles() {
     if (!m_state.Open(m_substation->stateFile)) {
-        return "state: cannot open " + m_substation->stateFile;
+        return "state: cannot open " + DisplayPath(m_substation->stateFile);
     }
     if (!m_trace.Open(m_substation->traceFile)) {
-        return "trace: cannot open " + m_substation->traceFile;
+        return "trace: cannot open " + DisplayPath(m_substation->traceFile);
     }
     m_link.ForEachRelay(
         [this](CSimulatedRelay& relay) { relay.SkipEvents(m_state.HandedOver(relay.Model().name)); });

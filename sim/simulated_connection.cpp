@@ -1,6 +1,7 @@
 #include "sim/simulated_connection.h"
 
 #include "platform/environment.h"
+#include "platform/full_path.h"
 #include "platform/modules.h"
 
 namespace ruvo::sim {
@@ -29,7 +30,7 @@ std::unique_ptr<CSimulatedConnection> ConnectToSubstation(const std::string& pat
     }
     auto connection = std::make_unique<CSimulatedConnection>(std::move(loaded.substation));
     if (const std::string reason = connection->OpenFiles(); !reason.empty()) {
-        refusal = path + ":1: " + reason;
+        refusal = DisplayPath(path) + ":1: " + reason;
         return nullptr;
     }
     return connection;

@@ -100,9 +100,9 @@ SLoadedSubstation LoadSubstation(const std::string& path) {
     const std::string fullPath = FullPath(path);
     std::string text;
     if (fullPath.empty() || !ReadTextFile(fullPath, text)) {
-        return {nullptr, path + ":1: the file cannot be read"};
+        return {nullptr, DisplayPath(path) + ":1: the file cannot be read"};
     }
-    return ReadSubstation(text, path, FolderOf(fullPath));
+    return ReadSubstation(text, DisplayPath(path), FolderOf(fullPath));
 }
 
 } // namespace ruvo::sim

@@ -180,7 +180,7 @@ void TellUserDestinationInvalid(const std::string& machineFolder) {
                    "Registry entry with destination path for current user is invalid.\n"
                    "Events will be extracted with use of default application settings.\n"
                    "Destination path: " +
-                       FullPath(machineFolder));
+                       DisplayPath(FullPath(machineFolder)));
 }
 
 } // namespace

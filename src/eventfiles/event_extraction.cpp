@@ -135,7 +135,7 @@ bool CVisit::HasRoom(const std::string& eventRoot) {
     const bool isFull = room.bytes.value_or(kLeastFreeSpace) < kLeastFreeSpace;
     if (isFull || room.files.value_or(kLeastFreeFiles) < kLeastFreeFiles) {
         Refuse(EFileCause::DiskFull,
-               "The disk of " + eventRoot + (isFull ? " is full" : " can take no more files"));
+               "The disk of " + DisplayPath(eventRoot) + (isFull ? " is full" : " can take no more files"));
         return false;
     }
     return true;
@@ -149,8 +149,8 @@ bool CVisit::MayAppend() {
     if (opened.Good() || opened.failure == NotFound || opened.failure == BadPath) { // then it is made
         return true;
     }
-    const std::string name = "Day file " + m_records.GetName();
-    const std::string why = IsLink(m_folder)              ? "The relay's folder " + m_folder + " is a link"
+    const std::string name = "Day file " + DisplayPath(m_records.GetName());
+    const std::string why = IsLink(m_folder) ? "The relay's folder " + DisplayPath(m_folder) + " is a link"
                             : IsLink(m_records.GetName()) ? name + " is a link"
                             : opened.failure == NotPlain  ? name + " is not a regular file in a folder"
                                                           : name + ": " + SystemErrorText(opened.systemCode);
@@ -231,10 +231,10 @@ void CVisit::LookForTornEnd() {
 void CVisit::WriteFile(const std::string& eventRoot) {
     if (!m_isNameWhole) { // else nobody would look for them there
         m_notes.push_back("The relay's model or serial number could not be read. Its events are in " +
-                          m_records.GetName() + ".");
+                          DisplayPath(m_records.GetName()) + ".");
     }
     if (m_tornEnd) { // told by the run that appends behind it
-        m_notes.push_back("Day file " + m_records.GetName() +
+        m_notes.push_back("Day file " + DisplayPath(m_records.GetName()) +
                           " does not end with a whole record: damage at byte " + std::to_string(*m_tornEnd) +
                           ".");
     }

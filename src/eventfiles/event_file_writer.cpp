@@ -3,6 +3,7 @@
 #include "eventfiles/off_file.h"
 #include "paths/path_utilities.h"
 #include "platform/code_page.h"
+#include "platform/full_path.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -123,7 +124,7 @@ bool WriteEventFile(CEventList& list, const std::string& freeText, CErrorList& e
         file.Close();
     } catch (const CFileException& raised) {
         if (!UndoWrite(file, list.GetName(), earlierLength)) {
-            notes.push_back(list.GetName() + " could not be cut back to its earlier " +
+            notes.push_back(DisplayPath(list.GetName()) + " could not be cut back to its earlier " +
                             std::to_string(earlierLength) + " bytes; it may end with a torn record.");
         }
         AddFileError(errors, raised);

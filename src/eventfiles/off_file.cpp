@@ -2,6 +2,7 @@
 
 #include "platform/clock.h"
 #include "platform/debug_output.h"
+#include "platform/full_path.h"
 #include "platform/registry.h"
 
 #include <array>
@@ -52,8 +53,8 @@ std::optional<std::string> FilterHeaderLine(const std::string& line) {
 } // namespace
 
 CFileException::CFileException(EFileCause cause, long systemCode, const std::string& path)
-    : std::runtime_error(path + ": " + SystemErrorText(systemCode)), m_cause(cause), m_systemCode(systemCode),
-      m_path(path) {}
+    : std::runtime_error(DisplayPath(path) + ": " + SystemErrorText(systemCode)), m_cause(cause),
+      m_systemCode(systemCode), m_path(path) {}
 
 SFileResult CStdioFileThrower::Open(const std::string& path, SOpenMode mode) {
     m_path = path;

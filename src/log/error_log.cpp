@@ -111,7 +111,8 @@ SFileResult AppendToFile(const std::string& path, const std::string& line) {
 }
 
 void TellLineLost(const std::string& line, const std::string& reason) {
-    WriteDebugOutput("Error log " + State().path + ": " + reason + ". Line lost: " + line + "\n");
+    WriteDebugOutput("Error log " + DisplayPath(State().path) + ": " + reason + ". Line lost: " + line +
+                     "\n");
 }
 
 } // namespace

@@ -254,7 +254,7 @@ TEST(Destination, RegistryRules) {
     const std::string box = "Information|Registry entry with destination path for current user is invalid.\n"
                             "Events will be extracted with use of default application settings.\n"
                             "Destination path: ";
-    EXPECT_EQ(Destination(unusable, present), box + present + "|" + present + "\\RUVO\\|registry");
+    EXPECT_EQ(Destination(unusable, present), box + folder.Native() + "|" + present + "\\RUVO\\|registry");
 }
 
 } // namespace ruvo

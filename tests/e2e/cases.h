@@ -130,14 +130,16 @@ inline std::vector<SCase> RunCases() {
          "",
          "[RUVO_SERIAL]\nRV001=5\n",
          "A problem occured during events extraction. " + kSerialDetails +
-             " P32LS status: Undefined P32LS Error\n",
+             " P32LS status: Undefined P32LS Error\n1 event taken from the relay, but not stored. " +
+             kSerialDetails + "\n",
          {{kDay, Header("000001") + Trip()}}},
         {"a value with its last byte missing",
          kLink + Relay("serial = 5", kTrip + kTrip) + fault + "truncate = 2\n",
          "",
          "[RUVO_SERIAL]\nRV001=5\n",
          "A problem occured during events extraction. " + kSerialDetails +
-             " P32LS status: Undefined P32LS Error\n",
+             " P32LS status: Undefined P32LS Error\n1 event taken from the relay, but not stored. " +
+             kSerialDetails + "\n",
          {{kDay, Header("000001") + Trip()}}},
     };
 }

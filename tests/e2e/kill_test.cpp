@@ -116,9 +116,8 @@ TEST(Kill, BeforeEveryChangeOfAFile) {
                 ASSERT_EQ(file.records, left[name].records + (isFirst ? 4 : 3));
                 if (left[name].tornAt) {
                     ++torn;
-                    std::string path = run.Folder().Path("ev/" + name);
-                    std::ranges::replace(path, '/', '\\');
-                    log += "Day file " + path + " does not end with a whole record: damage at byte " +
+                    log += "Day file " + run.Folder().Native("ev/" + name) +
+                           " does not end with a whole record: damage at byte " +
                            std::to_string(*left[name].tornAt) +
                            ". Connection details - COM Port: COM1, device address: " +
                            (isFirst ? "5.\n" : "6.\n");

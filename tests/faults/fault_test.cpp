@@ -89,7 +89,7 @@ TEST_F(FileFaults, WithoutRoomTheRelaysKeepTheirEvents) {
         const bool isRefused = *test.refusal != '\0';
         EXPECT_EQ(got.notes.taken, isRefused ? 0 : rig.clean.notes.taken) << test.refusal;
         EXPECT_EQ(
-            got.IsTold("Failed to save event file The disk of C:\\ev " + std::string(test.refusal) +
+            got.IsTold("Failed to save event file The disk of /ev " + std::string(test.refusal) +
                        "; no event was taken from the relay. Connection details - COM Port: COM1, device "
                        "address: 6."),
             isRefused)

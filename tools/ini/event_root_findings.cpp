@@ -1,6 +1,7 @@
 // What stands in an event root where a run would put its events, and would refuse to.
 #include "tools/ini/ini_findings.h"
 
+#include "paths/path_utilities.h"
 #include "platform/files.h"
 #include "platform/full_path.h"
 
@@ -34,8 +35,9 @@ void FindDayFiles(const std::string& folder, std::vector<SIniFinding>& findings)
 
 } // namespace
 
-std::vector<SIniFinding> FindBlockedPlaces(const std::string& eventRoot) {
+std::vector<SIniFinding> FindBlockedPlaces(std::string eventRoot) {
     std::vector<SIniFinding> findings;
+    StripTrailingSeparators(eventRoot);
     for (const SFolderEntry& entry : SortedEntries(eventRoot)) {
         const std::string path = eventRoot + "\\" + entry.name;
         if (entry.isFolder) {

@@ -26,6 +26,6 @@ struct SIniFinding {
 
 /// Links in the place of a relay's folder in the event root, and what is no regular file in the place of a
 /// day file: there a run refuses to store, and leaves the events where they are.
-[[nodiscard]] std::vector<SIniFinding> FindBlockedPlaces(const std::string& eventRoot);
+[[nodiscard]] std::vector<SIniFinding> FindBlockedPlaces(std::string eventRoot);
 
 } // namespace ruvo
