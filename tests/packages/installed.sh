@@ -78,6 +78,10 @@ check "demo: events" try 0 "ruvoctl events"
 check "demo: as many as the serial relays have" equal "$(ruvoctl events --format json /var/lib/ruvo/demo | wc -l)" 9
 check "demo: whose files they are" equal "$(find /var/lib/ruvo/demo /var/log/ruvo/demo.log -not -user ruvo | wc -l)" 0
 
+for name in "two words" süd -x; do
+    check "a name that no timer can have: $name" ends_with 1 ruvoctl new "/etc/ruvo/$name.ini" --link serial --relay 5
+done
+check "none of these was made" equal "$(ls -A /etc/ruvo)" "$(printf '%s\n' demo.env demo.ini registry.ini)"
 check "yard: its file" try 0 "ruvoctl new"
 check "yard: read by its group" equal "$(modes /etc/ruvo/yard.ini)" "640 root ruvo /etc/ruvo/yard.ini"
 echo BAY1PASS >"$work/password"
@@ -216,6 +220,15 @@ touch "$stamps/stamp-ruvo@yard.timer"
 check "remove" dpkg -r ruvo
 check "remove: programs and units are gone" not ls /usr/bin/ruvo /usr/lib/ruvo /lib/systemd/system/ruvo@.service /usr/share/doc/ruvo
 check "remove: the rest stays" test -f /etc/ruvo/registry.ini -a -f /etc/ruvo/yard.ini -a -d /var/lib/ruvo/yard -a -f /var/log/ruvo/yard.log -a -L "$enabled"
+# Comes back on a machine that systemd runs, as far as the package's scripts see.
+booted=/run/systemd/system
+[ ! -d "$booted" ] || booted=
+[ -z "$booted" ] || mkdir -p "$booted"
+printf '#!/bin/sh\necho "invoke $*" >>"$ASKED"\n' >"$work/bin/deb-systemd-invoke"
+chmod +x "$work/bin/deb-systemd-invoke"
+check "reinstall" env PATH="$work/bin:$PATH" dpkg -i "$deb"
+[ -z "$booted" ] || rmdir "$booted"
+check "reinstall: the timer begins again" equal "$(tail -n 1 "$ASKED")" "invoke start ruvo@yard.timer"
 check "purge" dpkg --purge ruvo
 check "purge: day files and sites stay" test -f /etc/ruvo/yard.ini -a -d /var/lib/ruvo/yard
 for left in /etc/ruvo/registry.ini /var/log/ruvo "$enabled" "$stamps/stamp-ruvo@yard.timer"; do

@@ -42,9 +42,9 @@ constexpr std::string_view kNotes =
     "passes\n"
     "check, and is readable by its owner alone, or also by the group ruvo in a folder of that group; on "
     "Windows the\n"
-    "folder's permissions decide. A file that exists is never overwritten. Its paths are full ones: events "
-    "go "
-    "to\n"
+    "folder's permissions decide. A file that exists is never overwritten, and one in /etc/ruvo must have a "
+    "name that\n"
+    "its timer can have too. Its paths are full ones: events go to\n"
     "/var/lib/ruvo/SITE and problems to /var/log/ruvo/SITE.log where those folders exist and can be written, "
     "else to\n"
     "SITE and SITE.log beside the file.\n"
@@ -63,6 +63,7 @@ constexpr std::string_view kNotice =
     "read\nfrom the standard input. Example: ruvoctl new site.ini --link serial --relay 12 --passwords\n";
 
 constexpr std::string_view kReaders = "ruvo"; // the group that runs of a packaged installation have
+constexpr std::string_view kScheduledSites = R"(C:\etc\ruvo\)";
 constexpr std::string_view kUsualEvents = R"(C:\var\lib\ruvo)";
 constexpr std::string_view kUsualLogs = R"(C:\var\log\ruvo)";
 
@@ -83,6 +84,12 @@ bool HasIniExtension(const SPathParts& parts) {
     return parts.extension.size() == 4 && EqualIniNames(parts.extension, ".ini");
 }
 
+/// True for a name that a site's timer can have as it is.
+bool CanBeScheduled(const std::string& site) {
+    constexpr std::string_view kPlain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_-.";
+    return site.find_first_not_of(kPlain) == std::string::npos && site.front() != '-';
+}
+
 /// Why no file can be made there; empty when one can.
 std::string FindPlace(const std::string& typed, SPlace& place) {
     place.path = FullPath(typed);
@@ -91,6 +98,10 @@ std::string FindPlace(const std::string& typed, SPlace& place) {
     place.site = parts.name;
     if (!HasIniExtension(parts) || place.site.empty()) {
         return "want a file whose name ends in .ini, since a run takes no other";
+    }
+    if (place.folder == kScheduledSites && !CanBeScheduled(place.site)) {
+        return "want a name that the site's timer can have too: of letters A to Z, digits, \"_\", \"-\" and "
+               "\".\", and without \"-\" in front";
     }
     if (GetPathKind(place.path) != EPathKind::Missing || IsLink(place.path)) {
         return TellAccessFailure({EAccessFailure::Exists, 0});
