@@ -18,6 +18,20 @@ for file in ruvo ruvoctl libruvo.so simulator/p32ls.so; do
     check "$file is linked for protection" hardened "$private/$file"
 done
 
+# What the package was made from, beside it.
+parts() { node -p "JSON.parse(fs.readFileSync('${deb%.deb}.spdx.json')).packages.map(part => part.name + ' ' + part.versionInfo).sort().join('\n')"; }
+installed() { dpkg-query -W -f '${Package} ${Version}\n' "$@"; }
+check "parts: this package alone, its headers' packages, tools and libraries" equal "$(parts)" "$( (
+    echo "ruvo $(dpkg-deb -f "$deb" Version)"
+    installed libc6-dev libcli11-dev libgcc-12-dev libsqlite3-dev libssl-dev libstdc++-12-dev libtomlplusplus-dev linux-libc-dev
+    installed binutils-x86-64-linux-gnu cmake g++-12 ninja-build libc6 libgcc-s1 libsqlite3-0 libssl3 libstdc++6 systemd) | LC_ALL=C sort)"
+check "parts: this very file" grep -q "$(sha256sum "$deb" | cut -d ' ' -f 1)" "${deb%.deb}.spdx.json"
+
+# The same bytes at another time.
+epoch=$(dpkg-parsechangelog -l packaging/debian/changelog -S Timestamp)
+packed_again() { cmake -E chdir build/release env SOURCE_DATE_EPOCH="$epoch" cpack -G DEB -B "$work/again" && cmp "$work/again/$(basename "$deb")" "$deb"; }
+check "packed again, the same bytes" packed_again
+
 shown_well() { LC_ALL=C.UTF-8 MANROFFSEQ= MANWIDTH=$1 man --warnings -l "$2" 2>&1 >/dev/null; } # warnings, if any
 for page in "$work"/files/usr/share/man/man*/*.gz; do
     name=$(basename "$page" .gz)
