@@ -143,7 +143,8 @@ private:
         CLogReader reader;
         const SFileResult opened = reader.Open(m_question.logPath);
         m_status.log.isThere = opened.Good();
-        if (opened.failure == EFileFailure::NotFound) {
+        m_status.log.isMissing = opened.failure == EFileFailure::NotFound;
+        if (m_status.log.isMissing) {
             return; // the first problem makes it
         }
         // A line without a time belongs to the one before; at the beginning, to the first that has one.

@@ -35,6 +35,7 @@ struct SLogStatus {
     static constexpr std::size_t kKeptLines = 20;
 
     bool isThere = false;
+    bool isMissing = false;     ///< in a folder that is there
     std::uint64_t lines = 0;    ///< in all
     std::uint64_t problems = 0; ///< since the moment asked for
     std::map<std::string, SLogGroup> groups;

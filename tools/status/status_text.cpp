@@ -111,7 +111,7 @@ void AppendGroups(std::string& out, const SLogStatus& log) {
 void AppendProblems(std::string& out, const SSiteStatus& status) {
     const SLogStatus& log = status.log;
     out += "Problems in the log since " + ForPeople(status.since) + ": " + std::to_string(log.problems) +
-           (log.isThere ? "\n" : " (there is no log: nothing was ever logged, or the path is another one)\n");
+           (log.isThere ? "\n" : " (there is no log)\n");
     AppendGroups(out, log);
     if (log.problems > log.latest.size()) {
         out += "The last of them:\n";

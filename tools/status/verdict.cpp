@@ -74,6 +74,9 @@ SVerdict Judge(const SSiteStatus& status, const SThresholds& thresholds) {
     for (const auto& [name, relay] : status.relays) {
         JudgeRelay(name, relay, thresholds, verdict);
     }
+    if (status.log.isMissing) { // as good as it looks, it may be another site's path
+        Add(verdict, EState::Warning, "there is no log: nothing was ever logged, or the path is another one");
+    }
     const std::uint64_t problems = status.log.problems;
     Add(verdict, Grade(problems, thresholds.warnProblems, thresholds.criticalProblems),
         CountText(problems, "problem") + " in the log since " + status.since);
