@@ -243,14 +243,15 @@ TEST_F(IniCommands, NewAsksAtATerminal) {
         SConsole console{.in = std::cin, .out = text, .error = text, .inIsTerminal = true};
         _exit(RunCommandLine(std::vector<std::string>{"new", m_file}, console));
     }
-    const char* const answers[] = {"serail", "serial", "",   "96", "1200", "", "12",
-                                   "SECRET", "SECRET", "12", "14", "",     "", ""};
+    const char* const answers[] = {"serail", "serial", "",       "96", "1200", "", "12", "SECRIT",
+                                   "SECRET", "SECRET", "SECRET", "12", "14",   "", "",   ""};
     std::string seen;
     std::size_t asked = 0;
     for (char c = 0; read(terminal, &c, 1) == 1;)
         if (seen += c; seen.ends_with(": ") && asked < std::size(answers))
             dprintf(terminal, "%s\n", answers[asked++]);
     EXPECT_TRUE(waitpid(child, &status, 0) == child && status == 0) << seen;
+    EXPECT_LT(seen.find("are not the same"), seen.rfind("Password of RV001")) << seen;
     EXPECT_TRUE(seen.find("SECR") == std::string::npos &&
                 Text().find("BaudRate=1200\n") != std::string::npos);
     EXPECT_NE(Text().find("RV001=12\nRV002=14\n"), std::string::npos) << seen;

@@ -59,6 +59,11 @@ TEST(IniDocument, EditsOddLayouts) {
         EXPECT_EQ(Edit(before, "RV005", value), after);
         EXPECT_TRUE(IsGood(before, after, "RV005", value)) << before;
     }
+    std::string many = "[S]\nx=1\n"; // a file of them alone is edited at once
+    for (int line = 0; line < 200'000; ++line)
+        many += "RV005=1\n";
+    EXPECT_EQ(Edit(many, "RV005", "-"), "[S]\nx=1\n");
+    EXPECT_EQ(Edit(Wide("ü\n[S]\nRV005=ü\nü\nRV005"), "RV005", "-"), Wide("ü\n[S]\nü\n"));
     for (const char* const bytes : {"[S]\0\n", "\xFE\xFF\0[", "\xFF\xFE[\0]"})
         EXPECT_NE(CIniDocument(std::string(bytes, 5)).WhyNotEditable(), "");
 }

@@ -96,10 +96,33 @@ void CIniDocument::Set(std::string_view section, std::string_view key, std::stri
 }
 
 void CIniDocument::Remove(std::string_view section, std::string_view key) {
-    while (const SIniEntry* const entry = m_ini.FindEntry(section, key)) {
-        const SLine line = Line(entry->line);
-        Splice(line.begin, line.next, "");
+    const SIniSection* const found = m_ini.FindSection(section);
+    if (found == nullptr) {
+        return;
     }
+    // In one pass: a key may stand in every line.
+    SLine line = Line(0);
+    std::string text = m_text.substr(0, line.next);
+    std::string bytes = m_bytes.substr(0, ByteAt(line.next));
+    std::size_t byteAt = bytes.size();
+    auto entry = found->entries.begin();
+    for (std::size_t number = 1; line.next < m_text.size(); ++number) {
+        line = LineBehind(line);
+        const std::string_view whole = std::string_view(m_text).substr(line.begin, line.next - line.begin);
+        const std::size_t size = SizeInBytes(whole);
+        entry = std::find_if(entry, found->entries.end(),
+                             [number](const SIniEntry& each) { return each.line >= number; });
+        const bool isCut =
+            entry != found->entries.end() && entry->line == number && EqualIniNames(entry->key, key);
+        if (!isCut) {
+            text += whole;
+            bytes.append(m_bytes, byteAt, size);
+        }
+        byteAt += size;
+    }
+    m_text = std::move(text);
+    m_bytes = std::move(bytes);
+    m_ini = CIniText::Parse(m_text);
 }
 
 void CIniDocument::Splice(std::size_t begin, std::size_t end, std::string_view with) {
@@ -109,17 +132,22 @@ void CIniDocument::Splice(std::size_t begin, std::size_t end, std::string_view w
     m_ini = CIniText::Parse(m_text);
 }
 
-/// A character of the text is one unit of UTF-16, or two when it takes four bytes of UTF-8.
 std::size_t CIniDocument::ByteAt(std::size_t textAt) const {
+    const std::size_t mark = IsWide(m_bytes) ? kWideTextMark.size() : 0;
+    return mark + SizeInBytes(std::string_view(m_text).substr(0, textAt));
+}
+
+/// A character of the text is one unit of UTF-16, or two when it takes four bytes of UTF-8.
+std::size_t CIniDocument::SizeInBytes(std::string_view text) const {
     if (!IsWide(m_bytes)) {
-        return textAt;
+        return text.size();
     }
     std::size_t units = 0;
-    for (const char c : std::string_view(m_text).substr(0, textAt)) {
+    for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);
         units += (byte & 0xC0U) == 0x80 ? 0 : byte >= 0xF0 ? 2 : 1;
     }
-    return kWideTextMark.size() + units * kWideSize;
+    return units * kWideSize;
 }
 
 /// Counts as the reader counts; a number beyond the last line gives the last one.
@@ -127,11 +155,14 @@ CIniDocument::SLine CIniDocument::Line(std::size_t number) const {
     const std::size_t start = m_text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
     SLine line{start, start, start};
     for (std::size_t at = 0; at < number && line.next < m_text.size(); ++at) {
-        line.begin = line.next;
-        line.end = std::min(m_text.find_first_of(kLineEnds, line.begin), m_text.size());
-        line.next = line.end + LineEndAt(m_text, line.end).size();
+        line = LineBehind(line);
     }
     return line;
+}
+
+CIniDocument::SLine CIniDocument::LineBehind(const SLine& line) const {
+    const std::size_t end = std::min(m_text.find_first_of(kLineEnds, line.next), m_text.size());
+    return {line.next, end, end + LineEndAt(m_text, end).size()};
 }
 
 /// The line end of that line, or of the file's first line where that one has none.

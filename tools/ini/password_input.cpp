@@ -54,6 +54,8 @@ bool ReadSecret(SConsole& console, std::string_view prompt, std::string& line) {
     if (!console.inIsTerminal) {
         return ReadPipedLine(console.in, line);
     }
+    console.error.Flush(); // the terminal is written to directly
+    console.out.Flush();
     std::optional<std::string> typed = ReadHiddenLine(prompt);
     if (typed) {
         line = std::move(*typed); // the buffer moves, and nothing is copied
