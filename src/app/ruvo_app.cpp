@@ -1,6 +1,7 @@
 #include "app/ruvo_app.h"
 
 #include "app/load_and_check.h"
+#include "app/run_library.h"
 #include "eventfiles/off_file.h"
 #include "link/p32_wrap.h"
 #include "log/error_log.h"
@@ -18,7 +19,6 @@ namespace ruvo {
 
 namespace {
 
-constexpr const char* kRpcLibrary = "oncrpc.dll";
 constexpr const char* kTitleAndVersion = "Ruvo\nVersion Number: 1.0.0.0";
 
 } // namespace
@@ -63,15 +63,12 @@ void CRuvoApp::StartUp(CRunContext& context, std::span<const std::string> argume
     TearDown(context);
 }
 
-/// The Ethernet transport needs the RPC library; without it no relay behind a tunnel would ever answer.
 bool CRuvoApp::CheckDependencies() const {
-    CModule library;
-    if (library.Load(AbsoluteFromProgramFolder(kRpcLibrary))) {
-        return true;
+    const std::optional<SMissingLibrary> missing = FindMissingLibrary();
+    if (missing) {
+        ShowMessageBox(EMessageIcon::Error, ApplicationName(), missing->message);
     }
-    ShowMessageBox(EMessageIcon::Error, ApplicationName(),
-                   std::string(kRpcLibrary) + " or one of its dependencies is missing. Closing RUVO.");
-    return false;
+    return !missing;
 }
 
 /// From here on relative paths, in the INI file too, count from the program's folder.

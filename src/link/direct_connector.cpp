@@ -2,28 +2,12 @@
 #include "link/server_connection.h"
 #include "link/server_module.h"
 
-#include "platform/full_path.h"
 #include "platform/modules.h"
-#include "platform/registry.h"
 #include "protocol/trace.h"
 
 namespace ruvo {
 
 namespace {
-
-constexpr std::size_t kPathCapacity = 4096;
-
-/// Where the server is registered, else the module beside our own code.
-std::string FindServerModule() {
-    constexpr const char* kClassKey = "CLSID\\{9A69E99F-E86F-455D-B971-355C1139963E}";
-    for (const ERegistryRoot root : {ERegistryRoot::CurrentUser, ERegistryRoot::LocalMachine}) {
-        const auto path = ReadRegistryValue(root, kClassKey, "InprocServer32", kPathCapacity);
-        if (path && !path->empty()) {
-            return FullPath(path->substr(0, path->find('\0')));
-        }
-    }
-    return CodeFolder() + "\\p32ls.dll";
-}
 
 /// A server inside a module; keeps the module loaded as long as the connection lives.
 class CDirectConnection final : public IServerConnection {
@@ -74,7 +58,7 @@ private:
 
 std::unique_ptr<IServerConnection> ConnectToServer() {
     auto connection = std::make_unique<CDirectConnection>();
-    if (!connection->Open(FindServerModule())) {
+    if (!connection->Open(FindServerModule().path)) {
         return nullptr;
     }
     return connection;

@@ -4,6 +4,7 @@
 #include "link/server_connection.h"
 
 #include <cstdint>
+#include <string>
 
 namespace ruvo {
 
@@ -20,5 +21,12 @@ inline constexpr std::uint32_t kServerInterfaceVersion = 1;
 /// Name and type of the entry point: a C function that returns a table which lives as long as the module.
 inline constexpr const char* kServerEntryPoint = "P32lsModule";
 using ServerEntryPoint = const SServerModule* (*)();
+
+/// Where the module is looked for.
+struct SServerPlace {
+    std::string path;     ///< full, with the ending of a library's name
+    std::string registry; ///< the part of the registry that names it; empty for the one beside our own code
+};
+SServerPlace FindServerModule();
 
 } // namespace ruvo

@@ -10,9 +10,20 @@
 
 namespace ruvo {
 
-/// Whether every user of the machine may read the file by its own permissions (those of its folders aside);
+/// Whether every user of the machine may read the file, by its permissions and those of the folders above it;
 /// none when the system does not tell by one simple mark, or there is no such file.
 std::optional<bool> IsReadableByEveryone(const std::string& path);
+
+enum class EOwnFile : std::uint8_t {
+    Read,
+    Missing,
+    Unreadable,
+    OfOthers, ///< somebody else may have written it, or put a link on the way to it
+    NotTold,  ///< the system does not tell by one simple mark
+};
+/// Reads a small file that nobody but this user and root can have written: what it says may decide what a
+/// program does.
+EOwnFile ReadOwnFile(const std::string& path, std::string& bytes);
 
 /// Where an operation of this header failed.
 enum class EAccessFailure : std::uint8_t {

@@ -97,6 +97,12 @@ TEST(EndToEnd, WhatKeepsARunFromStarting) {
     const std::string alone = run.Shell("cp $RUVO $DIR/lonely; $DIR/lonely $DIR/site.ini; echo exit $?");
     EXPECT_EQ(alone,
               "[Error] lonely\noncrpc.dll or one of its dependencies is missing. Closing RUVO.\n\nexit 0\n");
+    const std::string checked =
+        run.Shell("cp " RUVO_BIN_DIR "/ruvoctl $DIR/lone; $DIR/lone check $DIR/site.ini; echo exit $?");
+    EXPECT_TRUE(checked.starts_with("oncrpc.dll or one of its dependencies is missing. Closing RUVO.\n"))
+        << checked;
+    EXPECT_NE(checked.find("/oncrpc.so: cannot open shared object file"), std::string::npos) << checked;
+    EXPECT_TRUE(checked.ends_with("exit 39\n")) << checked;
     setenv("RUVO_LOCK_DIR", run.Folder().Native().c_str(), 1);
     CInstanceMarker marker;
     ASSERT_EQ(marker.Claim("ruvo:3B38A5F0-71B0-11d3-9C2B-00600816C2BEHX"), EInstanceClaim::Claimed);
@@ -164,7 +170,7 @@ TEST(EndToEnd, StreamsThatAreClosedOrThatNobodyReadsCostNoEvent) {
 TEST(EndToEnd, TheCompanionTellsTroubleApartFromItsFindings) {
     const CProgramRun run(kLink + Relay("serial = 5", kTrip), "", "[RUVO_SERIAL]\nRV001=5\n");
     run.Run();
-    EXPECT_EQ(run.Shell("cd $DIR; ${RUVO}ctl archive ev --sqlite a.sqlite >archived\n"
+    EXPECT_EQ(run.Shell("cd $DIR; touch run.log; ${RUVO}ctl archive ev --sqlite a.sqlite >archived\n"
                         "for c in 'events ev' 'find a.sqlite trip' 'status ev run.log'; do\n"
                         "${RUVO}ctl $c >taken; echo -n \"$? \"; ${RUVO}ctl $c >/dev/full 2>told; echo $?\n"
                         "done"),

@@ -4,6 +4,8 @@
 #include "tools/run_tool.h"
 
 #include "config/result_code.h"
+#include "log/error_log.h"
+#include "platform/environment.h"
 #include "platform/files.h"
 
 #include <gtest/gtest.h>
@@ -30,9 +32,12 @@ const std::string kPasswords = "[RUVO_PASSWORDS]\nRV001=6426392349950675645036\n
 
 const SCase kCases[] = {
     {0, kSerial + kPasswords, ""},
-    {4, "", "ini\n"},
+    {4, "", "ini\nini: No such file or directory\n"},
+    {4, "a=b\n", "ini\nini: no section begins in it\n"},
     {6, "ErrorLogPathname=C:\\proc\\n\\l\n" + kSerial, "ini:3: ErrorLogPathname=C:\\proc\\n\\l\n"},
-    {7, kSerial, "ini\n"},
+    {7, kSerial,
+     "ini\nini: /none/p32ls.so: cannot open shared object file: No such file or directory (named in "
+     "@/server)\n"},
     {12, "BaudRate=960\n" + kSerial, "ini:3: BaudRate=960\n"},
     {13, "ElevenBits=2\n", "ini:3: ElevenBits=2\n"},
     {14, "BusyHoldoff=abc\n", "ini:3: BusyHoldoff=abc\n"},
@@ -51,6 +56,15 @@ const SCase kCases[] = {
     {0, kSerial + "RV002=\nRV003=07\n[RUVO_MODEM]\nRV004\n",
      "ini:5: warning: RV002: passed over\nini:6: warning: RV003: passed over\nini:8: warning: RV004: passed "
      "over\n"},
+    {25, "[RUVO_SERIAL\nRV001=5\n",
+     "ini: no entry, nor a section [RUVO_SERIAL]\nini:3: warning: [RUVO_SERIAL: begins no section\n"
+     "ini:4: warning: RV001: no key of [RUVO_GENERAL], not read\n"},
+    {0,
+     kSerial +
+         "RV002=5\n[RUVO_MODEM]\nRV003=5\nRV004=6\n[RUVO_ETHERNET]\nRV005=1.1.1.1,5\nRV006=1.1.1.1,5,2\n"
+         "RV007=1.1.1.1,5\n",
+     "ini:5: warning: RV002: the address of RV001 in line 4; the relay is visited twice\n"
+     "ini:12: warning: RV007: the address of RV005 in line 10; the relay is visited twice\n"},
     {26, "[RUVO_SERIAL]\nRV009=0\nRV002=255\nRV003=5\n", "ini:5: RV002=255\nini:4: RV009=0\n"},
     {27, "[RUVO_GENERAL]\nEventRootDir=C:\\\n" + kSerial, "ini:2: EventRootDir=C:\\\n"},
     {28, kSerial, "ini\n"},
@@ -84,19 +98,21 @@ TEST(CheckCommand, EachResultCodeNamesItsLines) {
     const CScratchFolder folder;
     CScriptedServer server;
     folder.Write("registry.ini", "[SOFTWARE\\Halvex\\Norvo Q7 Studio]\nQ7SecurityLogs=C:\\proc\\none\n");
+    folder.Write("server",
+                 "[CLSID\\{9A69E99F-E86F-455D-B971-355C1139963E}]\nInprocServer32=/none/p32ls.dll\n");
     const std::string before = CurrentFolder();
     for (const SCase& row : kCases) {
         SCOPED_TRACE(row.ini);
         const std::string path = folder.Native("file.ini");
-        const bool hasRoot = row.ini.starts_with("[RUVO_GENERAL]");
-        if (row.code != 4)
+        const bool hasRoot = row.ini.starts_with("[RUVO_GENERAL]") || row.code == 4;
+        if (!row.ini.empty() || row.code != 4)
             folder.Write("file.ini",
                          (hasRoot ? "" : "[RUVO_GENERAL]\nEventRootDir=" + folder.Path("events") + "\n") +
                              row.ini);
         else
             std::filesystem::remove(path);
         chmod(path.c_str(), 0600);
-        setenv("RUVO_REGISTRY_USER", folder.Native("none").c_str(), 1);
+        setenv("RUVO_REGISTRY_USER", folder.Native(row.code == 7 ? "server" : "none").c_str(), 1);
         setenv("RUVO_REGISTRY_MACHINE", folder.Native(row.code == 28 ? "registry.ini" : "none").c_str(), 1);
         server.refuseConnection = row.code == 7;
         const SOutcome outcome = RunTool({"check", path});
@@ -104,6 +120,8 @@ TEST(CheckCommand, EachResultCodeNamesItsLines) {
         std::istringstream lines(outcome.out);
         for (std::string line; std::getline(lines, line); text += line + "\n") {
             line.replace(0, line.starts_with(path) ? path.size() : 0, line.starts_with(path) ? "ini" : "");
+            if (const std::size_t at = line.find(folder.Native()); at != std::string::npos)
+                line.replace(at, folder.Native().size(), "@");
             const std::size_t want = std::min(line.find(" want "), line.find(" the registry value"));
             line.erase(want == std::string::npos ? line.size() : want - 1); // and the mark before it
         }
@@ -116,11 +134,14 @@ TEST(CheckCommand, EachResultCodeNamesItsLines) {
     }
     folder.Write("file.ini",
                  "[RUVO_GENERAL]\nEventRootDir=" + folder.Path("e") + "\n" + kSerial + kPasswords);
-    for (const unsigned mode : {0600U, 0640U, 0644U}) {
+    const std::pair<unsigned, unsigned> modes[] = {{0600, 0755}, {0640, 0755}, {0644, 0755}, {0644, 0750}};
+    for (const auto& [mode, folderMode] : modes) {
         chmod(folder.Native("file.ini").c_str(), mode);
+        chmod(folder.Native().c_str(), folderMode);
         const SOutcome outcome = RunTool({"check", folder.Native("file.ini")});
         EXPECT_EQ(outcome.status, 0);
-        EXPECT_EQ(outcome.out.find("\"chmod 600\"") != std::string::npos, mode == 0644) << outcome.out;
+        EXPECT_EQ(outcome.out.find("\"chmod 600\"") != std::string::npos, mode + folderMode == 0644 + 0755)
+            << outcome.out;
     }
 }
 
@@ -149,6 +170,40 @@ TEST(CheckCommand, NamesTheLinksThatARunWouldRefuse) {
     EXPECT_EQ(names,
               "A/b.evt is not a regular file\nA/c.evt is not a regular file\nC is a link\nD is a link\n")
         << outcome.out;
+}
+
+// A file beside the INI file may decide which libraries are loaded.
+TEST(CheckCommand, TakesTheSitesEnvironmentFromItsOwnerAlone) {
+    const CScratchFolder folder;
+    CScriptedServer server;
+    folder.Write("a.ini", "[RUVO_GENERAL]\nEventRootDir=" + folder.Path("e") + "\n" + kSerial);
+    folder.Write(
+        "a.env",
+        "# of the server\n\nRUVO_TEST_A= b=\"c\" \n1A=x\nRUVO_LOCK_DIR=x\nnone\nLD_X=1\nRUVO_TEST_B=");
+    const std::string path = folder.Native("a.env");
+    const auto check = [&] {
+        for (const char* name : {"RUVO_TEST_A", "LD_X"})
+            unsetenv(name);
+        const SOutcome checked = RunTool({"check", folder.Native("a.ini")});
+        const SOutcome tested = RunTool({"test", folder.Native("a.ini"), "RV001"});
+        EXPECT_EQ(checked.status, 0);
+        EXPECT_EQ(checked.out.find("a.env") == std::string::npos,
+                  tested.error.find("a.env") == std::string::npos);
+        return EnvironmentValue("RUVO_TEST_A").value_or("none") + checked.out;
+    };
+    chmod(path.c_str(), 0640);
+    const std::string refused = ": warning: no NAME=value that may stand here; not taken\n";
+    std::string said = " b=\"c\" " + std::string(ResultMessage(EResultCode::Success)) + "\n";
+    for (const char* line : {":4", ":5", ":6"})
+        said += path + line + refused;
+    EXPECT_TRUE(check().starts_with(said + path + ":7: warning: LD_X; the system's loader")) << check();
+    EXPECT_NE(EnvironmentValue("RUVO_LOCK_DIR"), "x");
+    chmod(path.c_str(), 0660);
+    EXPECT_NE(check().find("a.env: warning: not taken: another user may have written it"), std::string::npos);
+    setenv("RUVO_SITE", "a", 1); // run-site has read it
+    EXPECT_EQ(check(), "none" + std::string(ResultMessage(EResultCode::Success)) + "\n");
+    unsetenv("RUVO_SITE");
+    ResetErrorLog();
 }
 
 } // namespace ruvo::test

@@ -75,6 +75,17 @@ TEST(TestCommand, StatusIsTheCode) {
         EXPECT_EQ(outcome.status, code);
         EXPECT_EQ(outcome.out, std::string(kConnectionTestMeanings[static_cast<std::size_t>(code)]) + "\n");
     }
+    CScriptedServer server; // a relay with users: it wants a name too
+    server.values = {{0x00DF, "240102"}, {0xBF12, "24029C01"}, {0x00F2, "240101"}, {0xBF03, "240107"}};
+    for (const auto& [cell, text] : {std::pair(0x0006, "M1"), {0x9C01, "Notice"}, {0x9C21, "VIEWER"}})
+        server.values[static_cast<CellAddress>(cell)] = TextHex(text);
+    server.limits = {{0x0002, {"1C0420202020"}}, {0x00E1, {"1C082020202020202020"}}};
+    server.onCall = [left = 1](SCall& call) mutable -> std::optional<std::int64_t> {
+        return call.name == "ChangeSetting" && left-- > 0 ? std::optional(0x0611) : std::nullopt;
+    };
+    const SOutcome outcome = RunTool({"test", folder.Native("a.ini"), "rv001"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_NE(outcome.error.find("asked for a user name"), std::string::npos) << outcome.error;
     ResetErrorLog();
 }
 

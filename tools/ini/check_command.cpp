@@ -1,19 +1,26 @@
 // ruvoctl check: the check-only mode of the extractor for people and scripts.
 #include "app/load_and_check.h"
+#include "app/run_library.h"
 #include "config/configuration.h"
 #include "link/p32_wrap.h"
+#include "link/server_failure.h"
 #include "platform/com_runtime.h"
 #include "platform/file_access.h"
+#include "platform/files.h"
 #include "platform/full_path.h"
 #include "platform/ini_text.h"
 #include "platform/profile.h"
 #include "tools/command.h"
+#include "tools/ini/ini_document.h"
 #include "tools/ini/ini_findings.h"
 #include "tools/ini/program_folder.h"
+#include "tools/ini/site_environment.h"
 #include "tools/text_encoding.h"
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <utility>
 
 namespace ruvo {
 
@@ -24,34 +31,91 @@ constexpr std::array kOptions{
 };
 
 constexpr std::string_view kNotes =
-    "Takes the steps of a run up to the first relay: reads the file, proves that events and error log can "
-    "be\n"
-    "written, applies the rules and starts the comms server. Relative paths in the file count from the "
-    "program's\n"
+    "Takes the steps of a run up to the first relay: loads the RPC library, reads the file, proves that "
+    "events and\n"
+    "error log can be written, applies the rules and starts the comms server, with the environment that "
+    "run-site\n"
+    "would take from the .env file beside the INI file. Relative paths in the file count from the program's\n"
     "folder, as in a run. Prints the outcome, the lines behind it, and warnings.\n"
-    "Exit status: the result code; 0 is success.\n\n"
+    "Exit status: the result code; 0 is success; 39 when the RPC library cannot be loaded, without which no "
+    "run\n"
+    "begins.\n\n"
     "Example:\n"
     "  ruvoctl check site.ini";
 
-EResultCode TryCommsServer() {
+/// Behind the last result code: a run says it in a message box and has no code for it.
+constexpr int kLibraryMissing = static_cast<int>(EResultCode::Last) + 1;
+
+/// How the check ended, and what stands behind that beyond the file's lines.
+struct SOutcome {
+    int status = 0;
+    std::string message;
+    std::vector<SIniFinding> causes;
+    std::vector<SIniFinding> blockedPlaces; ///< where a run would refuse to write
+};
+
+EResultCode TryCommsServer(std::vector<SIniFinding>& causes) {
     if (!StartComRuntime()) {
         return EResultCode::CommsServerFailed;
     }
     const bool started = CP32Wrap::CreateInstance() == kLinkGood;
     CP32Wrap::DestroyInstance();
+    if (!started) {
+        causes.push_back({0, ExplainServerFailure()});
+    }
     StopComRuntime();
     return started ? EResultCode::Success : EResultCode::CommsServerFailed;
 }
 
-EResultCode CheckFile(const std::string& fullPath, std::vector<SIniFinding>& blockedPlaces) {
-    const CProgramFolder inProgramFolder;
-    CRunContext context;
-    const EResultCode code = LoadAndCheck(context, fullPath, true);
-    if (!context.DestinationRoot().empty() && code != EResultCode::EventRootInvalid &&
-        code != EResultCode::RegistryDestinationInvalid) {
-        blockedPlaces = FindBlockedPlaces(FullPath(context.DestinationRoot()));
+/// Why a file is none that a run can read.
+std::string WhyNotOpened(const std::string& fullPath, const CIniText& ini) {
+    if (fullPath.empty()) {
+        return "the path has " + std::to_string(kMaxPath) + " characters or more, or none";
     }
-    return code == EResultCode::Success ? TryCommsServer() : code;
+    CFile file;
+    std::uint64_t length = 0;
+    SFileResult result = file.Open(fullPath, {.read = true});
+    if (result.Good()) {
+        result = file.GetLength(length);
+    }
+    if (!result.Good()) {
+        return SystemErrorText(result.systemCode);
+    }
+    std::string bytes;
+    if (length > kLargestTextFile || !ReadTextFileBytes(fullPath, bytes)) {
+        return std::to_string(length) + " bytes, of which a run reads " + std::to_string(kLargestTextFile) +
+               " at most";
+    }
+    const std::string_view why = WhyNotReadable(bytes);
+    return !why.empty()                ? std::string(why)
+           : ini.Sections().size() < 2 ? "no section begins in it"
+                                       : "it could not be read";
+}
+
+SOutcome CheckFile(const std::string& fullPath, const CIniText& ini) {
+    if (const auto missing = FindMissingLibrary()) {
+        return {kLibraryMissing, missing->message, {{0, missing->reason}}, {}};
+    }
+    std::vector<SIniFinding> causes;
+    std::vector<SIniFinding> blockedPlaces;
+    EResultCode code = EResultCode::IniFileNotOpened;
+    if (!fullPath.empty()) {
+        const CProgramFolder inProgramFolder;
+        CRunContext context;
+        code = LoadAndCheck(context, fullPath, true);
+        if (!context.DestinationRoot().empty() && code != EResultCode::EventRootInvalid &&
+            code != EResultCode::RegistryDestinationInvalid) {
+            blockedPlaces = FindBlockedPlaces(FullPath(context.DestinationRoot()));
+        }
+        code = code == EResultCode::Success ? TryCommsServer(causes) : code;
+    }
+    if (code == EResultCode::IniFileNotOpened) {
+        causes.push_back({0, WhyNotOpened(fullPath, ini)});
+    }
+    std::vector<SIniFinding> lines = FindCauses(code, ini);
+    lines.insert(lines.end(), causes.begin(), causes.end());
+    return {static_cast<int>(code), std::string(ResultMessage(code)), std::move(lines),
+            std::move(blockedPlaces)};
 }
 
 void PrintFindings(CTextOutput& out, const std::string& file, std::string_view prefix,
@@ -83,20 +147,20 @@ std::vector<SIniFinding> FindOpenPasswords(const std::string& fullPath, const CI
 int RunCheck(const CArguments& arguments, SConsole& console) {
     const std::string typed = arguments.Get("INI");
     const std::string fullPath = FullPath(typed);
-    std::vector<SIniFinding> blockedPlaces;
-    const EResultCode code =
-        fullPath.empty() ? EResultCode::IniFileNotOpened : CheckFile(fullPath, blockedPlaces);
-    console.out.Write(std::string(ResultMessage(code)) + "\n");
+    const SSiteEnvironment environment = TakeSiteEnvironment(typed);
     std::string text;
     if (!ReadTextFile(fullPath, text)) {
         text.clear(); // then there is nothing to point at but the file itself
     }
     const CIniText ini = CIniText::Parse(text);
-    PrintFindings(console.out, typed, "", FindCauses(code, ini));
+    const SOutcome outcome = CheckFile(fullPath, ini);
+    console.out.Write(outcome.message + "\n");
+    PrintFindings(console.out, typed, "", outcome.causes);
     PrintFindings(console.out, typed, "warning: ", FindOddities(ini));
     PrintFindings(console.out, typed, "warning: ", FindOpenPasswords(fullPath, ini));
-    PrintFindings(console.out, typed, "warning: ", blockedPlaces);
-    return static_cast<int>(code);
+    PrintFindings(console.out, typed, "warning: ", outcome.blockedPlaces);
+    PrintFindings(console.out, environment.path, "warning: ", environment.findings);
+    return outcome.status;
 }
 
 } // namespace

@@ -3,9 +3,11 @@
 #include "platform/ini_text.h"
 #include "tools/ini/ini_findings.h"
 #include "tools/ini/ini_forms.h"
+#include "tools/ini/relay_entries.h"
 
 #include <algorithm>
 #include <array>
+#include <map>
 #include <optional>
 #include <string_view>
 
@@ -61,6 +63,9 @@ bool IsLogNamedAsIni(const SIniSection& section, const SIniEntry& entry) {
 
 /// What is odd about a key that is read; none for one that is fine. The text of a password is never told.
 std::optional<std::string> OddEntry(const CIniText& ini, const SIniSection& section, const SIniEntry& entry) {
+    if (entry.key.starts_with('[')) {
+        return std::nullopt; // told as what it is
+    }
     if (IsLogNamedAsIni(section, entry)) {
         return "ErrorLogPathname: an INI file, to which the error log would be written; want another name";
     }
@@ -91,6 +96,38 @@ std::optional<std::string> OddEntry(const CIniText& ini, const SIniSection& sect
                : std::optional(entry.key + ": a password for a relay that no section lists");
 }
 
+/// The lines below it then count for the section before, or for none.
+void CheckHeaders(const SIniSection& section, Findings& findings) {
+    for (const SIniEntry& entry : section.entries) {
+        if (entry.key.starts_with('[')) {
+            findings.push_back({entry.line, entry.key + ": begins no section; want a \"]\" at its end"});
+        }
+    }
+}
+
+/// A relay that two keys name is visited twice; the second key's password may be another one.
+void CheckAddresses(const CIniText& ini, const SIniSection& section, Findings& findings) {
+    std::map<RelayAddress, const SIniEntry*> seen;
+    for (std::size_t link = 0; link < kLinks.size(); ++link) {
+        if (!EqualIniNames(section.name, kLinks[link].section)) {
+            continue;
+        }
+        for (const SIniEntry& entry : section.entries) {
+            const auto kind = static_cast<ELink>(link);
+            if (!IsRelayKey(entry.key) || !HasValue(&entry) || !WantInstead(kind, *entry.value).empty() ||
+                ini.FindEntry(section.name, entry.key) != &entry) {
+                continue;
+            }
+            const auto [first, isNew] = seen.try_emplace(AddressOf(kind, *entry.value), &entry);
+            if (!isNew) {
+                findings.push_back({entry.line, entry.key + ": the address of " + first->second->key +
+                                                    " in line " + std::to_string(first->second->line) +
+                                                    "; the relay is visited twice"});
+            }
+        }
+    }
+}
+
 void CheckEntries(const CIniText& ini, const SIniSection& section, Findings& findings) {
     for (const SIniEntry& entry : section.entries) {
         if (entry.IsComment()) {
@@ -109,14 +146,17 @@ std::vector<SIniFinding> FindOddities(const CIniText& ini) {
     for (const SIniSection& section : ini.Sections()) {
         const bool isKnown = EqualIniNames(section.name, kGeneralSection) || IsRelaySection(section.name);
         const std::string shown = "[" + section.name + "]";
+        CheckHeaders(section, findings);
         if (isKnown && ini.FindSection(section.name) != &section) {
             findings.push_back({section.line, shown + ": a second section of this name is never read"});
         } else if (isKnown) {
             CheckEntries(ini, section, findings);
+            CheckAddresses(ini, section, findings);
         } else if (EqualIniNames(std::string_view(section.name).substr(0, kOwnPrefix.size()), kOwnPrefix)) {
             findings.push_back({section.line, shown + ": a section of this name is not read"});
         }
     }
+    std::ranges::stable_sort(findings, {}, &SIniFinding::line);
     return findings;
 }
 

@@ -6,7 +6,6 @@
 #include "platform/secret.h"
 
 #include <algorithm>
-#include <tuple>
 
 namespace ruvo {
 
@@ -22,14 +21,6 @@ constexpr std::string_view kWantAddress = "want a device address from 1 to 254";
 std::string SwitchText(const CIniText& ini, std::string_view key) {
     const SIniEntry* const entry = ini.FindEntry(kGeneralSection, key);
     return entry == nullptr || !entry->value || entry->value->empty() ? "0" : *entry->value;
-}
-
-/// What tells two relays of a link apart.
-std::tuple<std::string, std::int32_t, std::int32_t> Address(ELink link, std::string_view text) {
-    if (link != ELink::Ethernet) {
-        return {"", IsNumericText(text, false) ? NumericValue(text) : kInvalidAddress, 0};
-    }
-    return {ParseEthernetIp(text), ParseEthernetDeviceAddress(text), ParseEthernetBusAddress(text)};
 }
 
 bool StandsAnywhere(const CIniText& ini, std::string_view key) {
@@ -101,9 +92,16 @@ std::string_view WantInstead(ELink link, std::string_view text) {
                : "";
 }
 
+RelayAddress AddressOf(ELink link, std::string_view text) {
+    if (link != ELink::Ethernet) {
+        return {"", IsNumericText(text, false) ? NumericValue(text) : kInvalidAddress, 0};
+    }
+    return {ParseEthernetIp(text), ParseEthernetDeviceAddress(text), ParseEthernetBusAddress(text)};
+}
+
 std::string KeyWithAddress(const CIniText& ini, ELink link, std::string_view text) {
     for (const SRelay& relay : ListRelays(ini)) {
-        if (relay.link == link && Address(link, relay.text) == Address(link, text)) {
+        if (relay.link == link && AddressOf(link, relay.text) == AddressOf(link, text)) {
             return relay.key;
         }
     }

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 namespace ruvo {
@@ -56,6 +57,11 @@ EStoredPassword PasswordOf(const CIniText& ini, std::string_view key);
 
 /// What is wanted of an entry of that link instead of the text; empty when a run takes it.
 std::string_view WantInstead(ELink link, std::string_view text);
+
+/// What tells two relays of a link apart: IP address, device address, bus address.
+using RelayAddress = std::tuple<std::string, std::int32_t, std::int32_t>;
+/// Of an entry that says that text.
+RelayAddress AddressOf(ELink link, std::string_view text);
 
 /// The relay of the link that has that address, however its entry writes it; empty when none has.
 std::string KeyWithAddress(const CIniText& ini, ELink link, std::string_view text);

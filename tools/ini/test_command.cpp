@@ -1,6 +1,9 @@
 // ruvoctl test: can this relay be reached and logged into?
 #include "app/connection_test.h"
+#include "link/p32_wrap.h"
 #include "tools/command.h"
+#include "tools/ini/site_environment.h"
+#include "tools/text_encoding.h"
 
 #include <array>
 
@@ -25,10 +28,34 @@ std::string BuildNotes() {
     return notes + "\nExample:\n  ruvoctl test site.ini RV003";
 }
 
-int RunTest(const CArguments& arguments, SConsole& console) {
+/// A relay with users asks for a name beside the password. Nobody answers that, as in a run.
+bool g_wasUserNameWanted = false;
+void NoteUserNameWanted() {
+    g_wasUserNameWanted = true;
+}
+
+EConnectionTestResult TestNotingUsers(const CArguments& arguments) {
+    g_wasUserNameWanted = false;
+    CP32Wrap::SetLoginCancelledCallback(&NoteUserNameWanted);
     const EConnectionTestResult result =
         TestConnection(arguments.Get("INI").c_str(), arguments.Get("KEY").c_str());
+    CP32Wrap::SetLoginCancelledCallback(nullptr);
+    return result;
+}
+
+int RunTest(const CArguments& arguments, SConsole& console) {
+    const SSiteEnvironment environment = TakeSiteEnvironment(arguments.Get("INI"));
+    for (const SIniFinding& finding : environment.findings) {
+        const std::string line = environment.path + ":" + std::to_string(finding.line) + ": " + finding.text;
+        console.error.Write("ruvoctl: warning: " + EscapeControls(SystemTextToUtf8(line)) + "\n");
+    }
+    const EConnectionTestResult result = TestNotingUsers(arguments);
     console.out.Write(std::string(ConnectionTestMeaning(result)) + "\n");
+    if (g_wasUserNameWanted && result == EConnectionTestResult::Good) {
+        console.error.Write(
+            "ruvoctl: warning: the relay asked for a user name, and an INI file can hold none: "
+            "a visit fails at the first thing that the relay gives to its users alone\n");
+    }
     if (result == EConnectionTestResult::IniFileRefused) {
         console.error.Write("ruvoctl check tells what is wrong with the file.\n");
     }

@@ -12,4 +12,8 @@ std::optional<std::string> EnvironmentValue(const char* name) {
     return value;
 }
 
+void SetEnvironmentValue(const std::string& name, const std::string& value) {
+    setenv(name.c_str(), value.c_str(), 1);
+}
+
 } // namespace ruvo

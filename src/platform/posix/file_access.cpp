@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <dirent.h>
 #include <fcntl.h>
+#include <filesystem>
 #include <grp.h>
 #include <memory>
 #include <sys/file.h>
@@ -133,12 +134,43 @@ bool FlushToDisk(int file) {
 } // namespace
 
 std::optional<bool> IsReadableByEveryone(const std::string& path) {
-    struct stat status = {};
+    namespace fs = std::filesystem;
     const auto native = ToNativePath(path);
-    if (!native || stat(native->c_str(), &status) != 0) {
-        return std::nullopt;
+    std::error_code error;
+    fs::path place = native ? fs::canonical(*native, error) : fs::path();
+    const auto lets = [&error](const fs::path& file, fs::perms others) {
+        return (fs::status(file, error).permissions() & others) == others;
+    };
+    bool isReadable = lets(place, fs::perms::others_read);
+    for (; !error && place.has_relative_path(); place = place.parent_path()) {
+        isReadable = isReadable && lets(place.parent_path(), fs::perms::others_exec);
     }
-    return (status.st_mode & S_IROTH) != 0;
+    return !native || error ? std::nullopt : std::optional(isReadable);
+}
+
+EOwnFile ReadOwnFile(const std::string& path, std::string& bytes) {
+    constexpr mode_t kOthersWrite = S_IWGRP | S_IWOTH;
+    constexpr std::size_t kLargest = std::size_t{64} * 1024;
+    const auto native = ToNativePath(path);
+    SPlace place;
+    struct stat status = {};
+    errno = ENOENT;
+    if (!native || !FindPlace(*native, ELinks::Trusted, place) || !place.Examine(status)) {
+        return errno == ENOENT  ? EOwnFile::Missing
+               : errno == ELOOP ? EOwnFile::OfOthers
+                                : EOwnFile::Unreadable;
+    }
+    const CDescriptor file = S_ISREG(status.st_mode) ? place.Open(O_RDONLY) : CDescriptor();
+    if (!file.IsOpen() || fstat(file.Get(), &status) != 0) {
+        return EOwnFile::Unreadable;
+    }
+    if ((status.st_uid != 0 && status.st_uid != geteuid()) || (status.st_mode & kOthersWrite) != 0) {
+        return EOwnFile::OfOthers;
+    }
+    bytes.resize(kLargest + 1);
+    const ssize_t size = pread(file.Get(), bytes.data(), bytes.size(), 0);
+    bytes.resize(size < 0 ? 0 : static_cast<std::size_t>(size));
+    return size < 0 || bytes.size() > kLargest ? EOwnFile::Unreadable : EOwnFile::Read;
 }
 
 namespace file_access {

@@ -23,12 +23,6 @@ std::string UserFile() {
     return home ? *home + "/.config" + kInConfigFolder : std::string();
 }
 
-std::string RegistryFile(ERegistryRoot root) {
-    return root == ERegistryRoot::CurrentUser
-               ? UserFile()
-               : EnvironmentValue("RUVO_REGISTRY_MACHINE").value_or("/etc/ruvo/registry.ini");
-}
-
 // The key's default value is written "=text", or "@=text" as registry exports write it.
 const SIniEntry* FindValue(const CIniText& ini, std::string_view keyPath, std::string_view valueName) {
     const SIniEntry* const entry = ini.FindEntry(keyPath, valueName);
@@ -57,10 +51,16 @@ std::optional<std::string> NumberBytes(std::string_view text) {
 
 } // namespace
 
+std::string RegistryPlace(ERegistryRoot root) {
+    return root == ERegistryRoot::CurrentUser
+               ? UserFile()
+               : EnvironmentValue("RUVO_REGISTRY_MACHINE").value_or("/etc/ruvo/registry.ini");
+}
+
 std::optional<std::string> ReadRegistryValue(ERegistryRoot root, std::string_view keyPath,
                                              std::string_view valueName, std::size_t capacity) {
     std::string text;
-    if (!ReadTextFile(RegistryFile(root), text)) {
+    if (!ReadTextFile(RegistryPlace(root), text)) {
         return std::nullopt;
     }
     const CIniText ini = CIniText::Parse(text);

@@ -15,4 +15,8 @@ std::optional<std::string> EnvironmentValue(const char* name) {
     return value.empty() ? std::nullopt : std::optional(std::move(value));
 }
 
+void SetEnvironmentValue(const std::string& name, const std::string& value) {
+    SetEnvironmentVariableA(name.c_str(), value.c_str());
+}
+
 } // namespace ruvo

@@ -140,6 +140,10 @@ std::optional<bool> IsReadableByEveryone(const std::string& /*path*/) {
     return std::nullopt;
 }
 
+EOwnFile ReadOwnFile(const std::string& /*path*/, std::string& /*bytes*/) {
+    return EOwnFile::NotTold;
+}
+
 namespace file_access {
 
 struct COldFile::SHandle {

@@ -45,4 +45,8 @@ std::optional<std::string> ReadRegistryValue(ERegistryRoot root, std::string_vie
     return key.Read(std::string(valueName), bytes) ? std::optional(std::move(bytes)) : std::nullopt;
 }
 
+std::string RegistryPlace(ERegistryRoot root) {
+    return root == ERegistryRoot::CurrentUser ? "HKEY_CURRENT_USER" : "HKEY_LOCAL_MACHINE";
+}
+
 } // namespace ruvo

@@ -1,0 +1,91 @@
+#include "tools/ini/site_environment.h"
+
+#include "paths/path_utilities.h"
+#include "platform/environment.h"
+#include "platform/file_access.h"
+#include "platform/full_path.h"
+#include "platform/ini_text.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace ruvo {
+
+namespace {
+
+constexpr const char* kSetByRunSite = "RUVO_SITE";
+/// They would let a site be visited twice at once.
+constexpr std::array kRefusedNames{std::string_view("RUVO_LOCK_DIR"), std::string_view(kSetByRunSite),
+                                   std::string_view("XDG_STATE_HOME")};
+constexpr std::string_view kRefused = "no NAME=value that may stand here; not taken"; // it may hold a secret
+constexpr std::string_view kForLoader =
+    "; the system's loader looks at it when a program begins: ruvoctl check cannot tell what it does, "
+    "run-site --check can";
+
+bool IsName(std::string_view name) {
+    const auto isLetter = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_'; };
+    const auto isLetterOrDigit = [&](char c) { return isLetter(c) || (c >= '0' && c <= '9'); };
+    return !name.empty() && isLetter(name.front()) && std::ranges::all_of(name, isLetterOrDigit) &&
+           std::ranges::find(kRefusedNames, name) == kRefusedNames.end();
+}
+
+void TakeLine(const std::string& line, std::size_t number, std::vector<SIniFinding>& findings) {
+    const std::size_t equals = line.find('=');
+    const std::string name = line.substr(0, equals);
+    if (equals == std::string::npos || !IsName(name) || line.find('\0') != std::string::npos) {
+        findings.push_back({number, std::string(kRefused)});
+        return;
+    }
+    SetEnvironmentValue(name, line.substr(equals + 1));
+    if (name.starts_with("LD_")) {
+        findings.push_back({number, name + std::string(kForLoader)});
+    }
+}
+
+void TakeLines(const std::string& text, std::vector<SIniFinding>& findings) {
+    std::size_t number = 0;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t end = std::min(text.find('\n', at), text.size());
+        const std::string line = text.substr(at, end - at);
+        ++number;
+        if (!line.empty() && !line.starts_with('#')) {
+            TakeLine(line, number, findings);
+        }
+        at = end + 1;
+    }
+}
+
+} // namespace
+
+SSiteEnvironment TakeSiteEnvironment(const std::string& iniPath) {
+    constexpr std::string_view kIniExtension = ".ini";
+    const SPathParts parts = SplitPath(iniPath);
+    SSiteEnvironment environment{.path = iniPath.substr(0, iniPath.size() - parts.extension.size()) + ".env",
+                                 .findings = {}};
+    const std::string path = FullPath(environment.path);
+    if (!EqualIniNames(parts.extension, kIniExtension) || path.empty() || EnvironmentValue(kSetByRunSite)) {
+        return environment;
+    }
+    std::string text;
+    switch (ReadOwnFile(path, text)) {
+    case EOwnFile::Read:
+        TakeLines(text, environment.findings);
+        break;
+    case EOwnFile::Unreadable:
+        environment.findings.push_back({0, "cannot be read; want a small text file that you may read"});
+        break;
+    case EOwnFile::OfOthers:
+        environment.findings.push_back(
+            {0,
+             "not taken: another user may have written it; want a file of root or of the user who runs this, "
+             "that nobody else may write"});
+        break;
+    case EOwnFile::Missing:
+    case EOwnFile::NotTold: // no visit reads one there
+        break;
+    }
+    return environment;
+}
+
+} // namespace ruvo
