@@ -69,8 +69,15 @@ TEST(Cell, Texts) {
     const std::string letters(300, 'x'), cut(255, 'x'); // a label that is no format of the value stays whole
     EXPECT_EQ(Cell("24 01 07", letters + "%u " + letters)->GetText(), cut + " 7 " + cut.substr(2));
     EXPECT_EQ(Cell("24 01 07", "%d" + letters)->GetText(), "%d" + letters);
-    const CDateTimeCell german({{}, "Um %t"}, CParlaneIEC870(kMonday), {}, 2);
+    const Value daily = FromWord("S4001");
+    CDateTimeCell german({{}, "Um %t"}, CParlaneIEC870(kMonday), {.step = daily.get()}, 2);
     EXPECT_EQ(german.Clone()->GetText(), "Um Montag 05 Februar 2024 13:07:09 GMT");
+    CErrorList errors;
+    EXPECT_FALSE(german.Validate(errors));
+    std::string finding;
+    errors.at(0)->GetMessageText(finding);
+    EXPECT_EQ(finding,
+              "Date time:\n\"Montag 05 Februar 2024 13:07:09.045 GMT\"\nnot aligned on daily interval.");
 }
 
 /// What is said of a value and its limits.
