@@ -87,6 +87,7 @@ struct CFile::SHandle {
     std::shared_ptr<FileBytes> bytes;
     std::size_t position = 0;
     bool mayWrite = false;
+    std::string key;
 };
 
 CFile::CFile() : m_handle(std::make_unique<SHandle>()) {}
@@ -102,13 +103,16 @@ SFileResult CFile::Open(const std::string& path, SOpenMode mode) {
         return Failed(EFileFailure::AccessDenied);
     }
     auto& files = MemorySystem().files;
+    if (mode.exclusive && files.contains(key)) {
+        return Failed(EFileFailure::Other);
+    }
     if (!files.contains(key)) {
         if (!mode.create) {
             return Failed(EFileFailure::NotFound);
         }
         files[key] = std::make_shared<FileBytes>();
     }
-    *m_handle = {files[key], 0, mode.write};
+    *m_handle = {files[key], 0, mode.write, key};
     if (mode.truncate) {
         m_handle->bytes->clear();
     }
@@ -177,6 +181,19 @@ SFileResult CFile::SetLength(std::uint64_t length) {
 
 SFileResult CFile::FlushToDisk() {
     return IsOpen() ? SFileResult{} : Failed(EFileFailure::BadDescriptor);
+}
+
+EFileLock CFile::TryLock() {
+    return IsOpen() ? EFileLock::Taken : EFileLock::Unknown;
+}
+
+bool CFile::IsAt(const std::string& path) const {
+    const auto found = MemorySystem().files.find(Key(path));
+    return found != MemorySystem().files.end() && found->second == m_handle->bytes;
+}
+
+bool CFile::RemoveIfEmpty() {
+    return IsOpen() && m_handle->bytes->empty() && MemorySystem().files.erase(m_handle->key) > 0;
 }
 
 SFileResult CFile::Close() {

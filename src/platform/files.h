@@ -46,6 +46,18 @@ struct SOpenMode {
     /// The file is a regular one in a folder, and neither of them a link, even if others change that
     /// meanwhile; links that lead to the folder's own place are followed.
     bool plain = false;
+    /// With `create`, not `plain`: this opening makes the file, and fails when there is one. Links are
+    /// followed all the same.
+    bool exclusive = false;
+    /// Others may remove or rename the file while it is open, which some systems always allow.
+    bool removable = false;
+};
+
+/// How the asking for a file's lock has ended.
+enum class EFileLock : std::uint8_t {
+    Taken,
+    HeldByAnother,
+    Unknown, ///< the file system knows no locks, or does not say
 };
 
 enum class ESeekOrigin : std::uint8_t { Start = 0, Current = 1, End = 2 };
@@ -73,6 +85,15 @@ public:
     /// Returns when the bytes written are on the disk, not just in the system's cache. A file system that
     /// knows no such thing counts as good.
     SFileResult FlushToDisk();
+    /// Asks for the file's one lock, without waiting; closing gives it back. The file must be open for
+    /// writing. Each opening counts for itself, also within one process. The lock shuts nobody out who does
+    /// not ask for it, least of all readers.
+    EFileLock TryLock();
+    /// True when the path leads to this very file; it may have been removed or renamed since the opening.
+    bool IsAt(const std::string& path) const;
+    /// Removes the file that an exclusive opening has made, wherever links led it, unless something is in it.
+    /// The caller holds the lock; nothing but closing is left to do then.
+    bool RemoveIfEmpty();
     /// Closes; a closed file stays closed whatever the result.
     SFileResult Close();
 

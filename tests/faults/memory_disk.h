@@ -43,7 +43,7 @@ struct SMemoryDisk {
         return folders.contains(path.substr(0, path.rfind('\\')));
     }
 
-    std::set<std::string> unflushed{}; ///< files that a loss of power would cost bytes
+    std::map<std::string, std::string> onDisk{}; ///< what a power failure leaves of files that were flushed
 };
 inline SMemoryDisk g_disk;
 
@@ -91,7 +91,6 @@ SFileResult CFile::Read(std::span<std::uint8_t> buffer, std::size_t& count) {
 }
 SFileResult CFile::Write(std::span<const std::uint8_t> bytes, std::size_t& count) {
     const test::SDiskFault fault = g_disk.Count();
-    g_disk.unflushed.insert(m_handle->path);
     count = fault.failure == EFileFailure::None ? bytes.size() : fault.writesTakePart ? bytes.size() / 2 : 0;
     m_handle->Bytes().replace(m_handle->position, count, reinterpret_cast<const char*>(bytes.data()), count);
     m_handle->position += count;
@@ -105,8 +104,14 @@ SFileResult CFile::SetLength(std::uint64_t length) {
 SFileResult CFile::FlushToDisk() {
     const SFileResult result = g_disk.Do();
     if (result.Good())
-        g_disk.unflushed.erase(m_handle->path);
+        g_disk.onDisk[m_handle->path] = m_handle->Bytes();
     return result;
+}
+EFileLock CFile::TryLock() {
+    return g_disk.Do().Good() ? EFileLock::Taken : EFileLock::Unknown;
+}
+bool CFile::IsAt(const std::string& path) const {
+    return g_disk.Do().Good() && path == m_handle->path;
 }
 SFileResult CFile::Close() {
     const SFileResult result = IsOpen() ? g_disk.Do() : g_disk.Fail(EFileFailure::BadDescriptor);
@@ -139,6 +144,7 @@ std::string SystemErrorText(long systemCode) { return "failure " + std::to_strin
 bool IsLink(const std::string&) { return false; }
 bool IsDriveRoot(const std::string&) { return false; }
 bool RemoveEmptyFolder(const std::string&) { return false; }
+bool CFile::RemoveIfEmpty() { return false; }
 bool CopyToNewFile(const std::string&, const std::string&) { return false; }
 bool ListFolder(const std::string&, std::vector<SFolderEntry>&) { return false; }
 std::string MakeUniqueFile(const std::string&, const std::string&) { return {}; }

@@ -126,6 +126,31 @@ TEST(CFile, TellsWhyItCannotOpen) {
     EXPECT_FALSE(RemovePlainFile(folder.Path("linked\\file")) || !RemovePlainFile(folder.Path("file")));
 }
 
+TEST(CFile, IsSharedUnderItsLockAndTakenBack) {
+    const CScratchFolder folder;
+    const std::string link = folder.Path("link");
+    const std::string target = folder.Path("target");
+    const SOpenMode make{.write = true, .create = true, .exclusive = true};
+    std::filesystem::create_symlink("target", folder.Native("link"));
+    std::filesystem::create_symlink("circle", folder.Native("circle"));
+    CFile made;
+    CFile other;
+    std::size_t count = 0;
+    ASSERT_TRUE(made.Open(link, make).Good());
+    EXPECT_FALSE(other.Open(link, make).Good() || other.Open(folder.Path("circle"), make).Good());
+    ASSERT_TRUE(other.Open(target, {.write = true}).Good());
+    EXPECT_TRUE(other.TryLock() == EFileLock::Taken && made.TryLock() == EFileLock::HeldByAnother);
+    EXPECT_FALSE(other.RemoveIfEmpty()) << "another has made it";
+    EXPECT_TRUE(other.Close().Good() && made.TryLock() == EFileLock::Taken);
+    EXPECT_TRUE(other.Open(target, {.read = true}).Good() && other.TryLock() == EFileLock::Unknown);
+    EXPECT_TRUE(Put(made, "x", count).Good() && !made.RemoveIfEmpty() && made.SetLength(0).Good());
+    std::filesystem::rename(folder.Native("target"), folder.Native("moved"));
+    EXPECT_FALSE(made.IsAt(target) || made.RemoveIfEmpty());
+    std::filesystem::rename(folder.Native("moved"), folder.Native("target"));
+    EXPECT_TRUE(made.IsAt(target) && made.IsAt(link) && made.RemoveIfEmpty());
+    EXPECT_FALSE(made.IsAt(target) || folder.Has("target"));
+}
+
 // A child process writes 10 bytes where its file-size limit leaves room for 4.
 TEST(CFile, ReportsAFileSizeLimitAndWhatWasWritten) {
     const CScratchFolder folder;

@@ -62,6 +62,25 @@ void CheckWritingAndReading() {
     g_checks.Equal(Content(path), "", "nothing is left");
 }
 
+void CheckSharing() {
+    CFile made;
+    CFile other;
+    const std::string path = In("shared");
+    const SOpenMode make{.write = true, .create = true, .exclusive = true, .removable = true};
+    g_checks.Expect(made.Open(path, make).Good() && !other.Open(path, make).Good(), "made by one opening");
+    g_checks.Expect(other.Open(path, {.write = true, .removable = true}).Good() && other.IsAt(path),
+                    "shared");
+    g_checks.Expect(other.TryLock() == EFileLock::Taken && made.TryLock() == EFileLock::HeldByAnother,
+                    "locked");
+    g_checks.Expect(other.Close().Good() && made.TryLock() == EFileLock::Taken, "the lock of a closed file");
+    std::size_t count = 0;
+    g_checks.Expect(Put(made, "x", count).Good() && !made.RemoveIfEmpty(),
+                    "a file with something in it stays");
+    g_checks.Expect(made.SetLength(0).Good() && made.RemoveIfEmpty() && !made.IsAt(path),
+                    "an empty one goes");
+    g_checks.Expect(made.Close().Good() && GetPathKind(path) == EPathKind::Missing, "and is gone");
+}
+
 void CheckWhyOpeningFails() {
     const auto failure = [](const std::string& path, SOpenMode mode) {
         CFile file;
@@ -271,6 +290,7 @@ int CheckSystem() {
     g_folder = TemporaryFolder() + "ruvo-system-" + std::to_string(GetCurrentProcessId());
     g_checks.Expect(MakeFolder(g_folder), "a folder for the test");
     CheckWritingAndReading();
+    CheckSharing();
     CheckWhyOpeningFails();
     CheckPlainFiles();
     CheckFolders();

@@ -2,6 +2,7 @@
 
 #include "platform/environment.h"
 #include "platform/full_path.h"
+#include "platform/posix/file_handle.h"
 #include "platform/posix/file_size_signal.h"
 #include "platform/posix/file_system_room.h"
 #include "platform/posix/native_path.h"
@@ -87,7 +88,7 @@ int OpenFlags(SOpenMode mode) {
     // Without O_NONBLOCK the opening of a pipe would wait for its other end; it means nothing to a regular
     // file.
     return access | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | (mode.create ? O_CREAT : 0) |
-           (mode.truncate ? O_TRUNC : 0);
+           (mode.truncate ? O_TRUNC : 0) | (mode.exclusive ? O_EXCL : 0);
 }
 
 // Only a regular file will do: a pipe or a device gives no end, no length and no position.
@@ -111,8 +112,12 @@ SFileResult OpenPlain(const std::string& native, int flags, int& descriptor) {
     return descriptor == -1 ? Failed(errno) : CheckRegular(descriptor);
 }
 
-SFileResult OpenAny(const std::string& native, int flags, int& descriptor) {
-    descriptor = Retry([&] { return open(native.c_str(), flags, kNewFileMode); });
+// With an exclusive opening `native` becomes the path of the file made.
+SFileResult OpenAny(std::string& native, int flags, int& descriptor) {
+    descriptor = Retry([&] {
+        return (flags & O_EXCL) != 0 ? MakeNewFile(native, flags, kNewFileMode)
+                                     : open(native.c_str(), flags, kNewFileMode);
+    });
     if (descriptor == -1) {
         return errno == ENOENT ? MissingResult(native) : Failed(errno);
     }
@@ -154,10 +159,6 @@ std::string SystemErrorText(long systemCode) {
     return std::system_category().message(static_cast<int>(systemCode));
 }
 
-struct CFile::SHandle {
-    int descriptor = -1;
-};
-
 CFile::CFile() : m_handle(std::make_unique<SHandle>()) {}
 
 CFile::~CFile() {
@@ -170,7 +171,7 @@ SFileResult CFile::Open(const std::string& path, SOpenMode mode) {
     if (IsOpen()) {
         static_cast<void>(Close());
     }
-    const auto native = ToNativePath(path);
+    auto native = ToNativePath(path);
     if (!native) {
         return {EFileFailure::BadPath, ENOENT};
     }
@@ -180,6 +181,7 @@ SFileResult CFile::Open(const std::string& path, SOpenMode mode) {
     int& descriptor = m_handle->descriptor;
     SFileResult result = mode.plain ? OpenPlain(*native, OpenFlags(mode), descriptor)
                                     : OpenAny(*native, OpenFlags(mode), descriptor);
+    m_handle->madePath = mode.exclusive && IsOpen() ? *native : std::string();
     if (!result.Good() && IsOpen()) {
         static_cast<void>(Close());
     }

@@ -1,7 +1,7 @@
 #include "platform/files.h"
 
 #include "platform/full_path.h"
-#include "platform/windows/system.h"
+#include "platform/windows/file_handle.h"
 
 #include <algorithm>
 #include <array>
@@ -52,6 +52,9 @@ SFileResult Outcome(BOOL good) {
 }
 
 DWORD Disposition(SOpenMode mode) {
+    if (mode.exclusive) {
+        return CREATE_NEW;
+    }
     if (mode.create) {
         return mode.truncate ? CREATE_ALWAYS : OPEN_ALWAYS;
     }
@@ -144,9 +147,11 @@ bool HasWildcard(const std::string& path) {
 
 // Shared, so that others can look at the log and the day files during a run, as on other systems.
 HANDLE OpenAny(const std::string& path, SOpenMode mode, DWORD disposition, DWORD flags) {
-    const DWORD access = (mode.read ? GENERIC_READ : 0) | (mode.write ? GENERIC_WRITE : 0);
-    return CreateFileA(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition,
-                       FILE_ATTRIBUTE_NORMAL | flags, nullptr);
+    const DWORD access = (mode.read ? GENERIC_READ : 0) | (mode.write ? GENERIC_WRITE : 0) |
+                         (mode.exclusive ? DELETE : 0); // for RemoveIfEmpty
+    const DWORD sharing = FILE_SHARE_READ | FILE_SHARE_WRITE | (mode.removable ? FILE_SHARE_DELETE : 0);
+    return CreateFileA(path.c_str(), access, sharing, nullptr, disposition, FILE_ATTRIBUTE_NORMAL | flags,
+                       nullptr);
 }
 
 // Without a separator at the end, which would follow a link; that of a drive's root belongs to it.
@@ -194,10 +199,6 @@ std::string SystemErrorText(long systemCode) {
     return last == std::string::npos ? "System error " + std::to_string(systemCode)
                                      : text.substr(0, last + 1);
 }
-
-struct CFile::SHandle {
-    HANDLE file = nullptr; // null when closed: every call then fails with "invalid handle"
-};
 
 CFile::CFile() : m_handle(std::make_unique<SHandle>()) {}
 

@@ -1,0 +1,13 @@
+// What stands behind an open CFile, for the sources that share it.
+#pragma once
+
+#include "platform/files.h"
+#include "platform/windows/system.h"
+
+namespace ruvo {
+
+struct CFile::SHandle {
+    HANDLE file = nullptr; ///< null when closed: every call then fails with "invalid handle"
+};
+
+} // namespace ruvo

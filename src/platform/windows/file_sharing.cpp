@@ -1,0 +1,53 @@
+// What programs that work on one file at the same time need: its lock, and the question whether the path
+// still leads to it.
+#include "platform/windows/file_handle.h"
+
+namespace ruvo {
+
+namespace {
+
+bool IsSameFile(HANDLE one, HANDLE other) {
+    BY_HANDLE_FILE_INFORMATION first = {};
+    BY_HANDLE_FILE_INFORMATION second = {};
+    return GetFileInformationByHandle(one, &first) != FALSE &&
+           GetFileInformationByHandle(other, &second) != FALSE &&
+           first.dwVolumeSerialNumber == second.dwVolumeSerialNumber &&
+           first.nFileIndexHigh == second.nFileIndexHigh && first.nFileIndexLow == second.nFileIndexLow;
+}
+
+} // namespace
+
+EFileLock CFile::TryLock() {
+    OVERLAPPED place = {}; // far beyond any end: here a lock would shut others out of the bytes themselves
+    place.OffsetHigh = DWORD{1} << 30;
+    constexpr DWORD kHow = LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY;
+    if (LockFileEx(m_handle->file, kHow, 0, 1, 0, &place) != FALSE) {
+        return EFileLock::Taken;
+    }
+    const DWORD code = GetLastError();
+    return code == ERROR_LOCK_VIOLATION || code == ERROR_IO_PENDING ? EFileLock::HeldByAnother
+                                                                    : EFileLock::Unknown;
+}
+
+bool CFile::IsAt(const std::string& path) const {
+    constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const HANDLE found = CreateFileA(path.c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING,
+                                     FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (found == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    const bool isSame = IsSameFile(m_handle->file, found);
+    CloseHandle(found);
+    return isSame;
+}
+
+// The handle removes what it has opened, so no path is needed. Only an exclusive opening has the right to.
+bool CFile::RemoveIfEmpty() {
+    std::uint64_t length = 0;
+    FILE_DISPOSITION_INFO removal = {};
+    removal.DeleteFile = TRUE;
+    return GetLength(length).Good() && length == 0 &&
+           SetFileInformationByHandle(m_handle->file, FileDispositionInfo, &removal, sizeof removal) != FALSE;
+}
+
+} // namespace ruvo
