@@ -11,6 +11,7 @@ namespace {
 
 constexpr const char* kForbidden = "/*?\"<>|";
 constexpr const char* kSeparators = "\\/";
+constexpr int kAttempts = 4; // the first, and three when others remove what was just found
 
 bool StartsWithDriveRoot(const std::string& path) {
     const bool letter = (path[0] >= 'A' && path[0] <= 'Z') || (path[0] >= 'a' && path[0] <= 'z');
@@ -26,6 +27,24 @@ std::size_t EndOfGivenPart(const std::string& folder) {
     const std::size_t server = folder.find('\\', 2);
     const std::size_t share = server == std::string::npos ? server : folder.find('\\', server + 1);
     return std::min(share, folder.size());
+}
+
+// One walk from the top to the folder itself. What counts is that each level is there; only those that this
+// call has made are its own.
+bool MakeMissingLevels(const std::string& folder, std::vector<std::string>& made) {
+    for (std::size_t end = EndOfGivenPart(folder); end != std::string::npos;) {
+        end = folder.find('\\', end + 1);
+        const std::string level = folder.substr(0, end);
+        if (DirectoryExists(level)) {
+            continue;
+        }
+        if (MakeFolder(level)) {
+            made.push_back(level);
+        } else if (!DirectoryExists(level)) { // nor has another process made it at the same moment
+            return false;
+        }
+    }
+    return true;
 }
 
 } // namespace
@@ -73,6 +92,13 @@ bool MakeDirectory(const std::string& path) {
 }
 
 bool CreateDirectoryPath(const std::string& path, std::string& firstCreated) {
+    std::vector<std::string> made;
+    const bool isThere = MakeFolderChain(path, made);
+    firstCreated = made.empty() ? firstCreated : made.front();
+    return isThere;
+}
+
+bool MakeFolderChain(const std::string& path, std::vector<std::string>& made) {
     if (DirectoryExists(path)) {
         return true;
     }
@@ -81,20 +107,12 @@ bool CreateDirectoryPath(const std::string& path, std::string& firstCreated) {
     if (folder.empty() || HasForbiddenCharacter(path) || IsExistingFile(path)) {
         return false;
     }
-    bool created = false;
-    for (std::size_t end = EndOfGivenPart(folder); end != std::string::npos;) {
-        end = folder.find('\\', end + 1);
-        const std::string prefix = folder.substr(0, end);
-        if (DirectoryExists(prefix)) {
-            continue;
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        if (MakeMissingLevels(folder, made)) {
+            return true;
         }
-        if (!MakeDirectory(prefix)) {
-            return false;
-        }
-        firstCreated = created ? firstCreated : prefix;
-        created = true;
     }
-    return true;
+    return false;
 }
 
 bool RemoveFolderTree(const std::string& folder) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace ruvo {
 
@@ -32,19 +33,24 @@ bool IsExistingFile(const std::string& path);
 /// Makes one folder; true when it exists afterwards, whoever made it. False for an empty path.
 bool MakeDirectory(const std::string& path);
 
-/// Makes a folder and every missing one above it. `firstCreated` receives the topmost folder made and stays
-/// as it was when none was made. On failure the folders already made stay.
+/// Makes a folder and every missing one above it, and begins again, three times at most, when one of them is
+/// removed meanwhile. `firstCreated` receives the topmost folder made and stays as it was when none was made.
+/// On failure the folders already made stay.
 bool CreateDirectoryPath(const std::string& path, std::string& firstCreated);
+
+/// The same; `made` receives every folder that this call has made, none that others made at the same moment.
+bool MakeFolderChain(const std::string& path, std::vector<std::string>& made);
 
 /// Makes the folder of a file that does not exist yet. An empty or invalid path, or one that ends with "\",
 /// is left alone.
 void EnsureFolderOfFile(const std::string& filePath);
 
-/// Proves by a temporary file that the folder can be written. A folder made for the proof is removed again.
+/// Proves by a temporary file that the folder can be written. A folder made for the proof is removed again,
+/// unless others have put something into it meanwhile.
 bool CanWriteInFolder(const std::string& folder);
 
 /// Proves that the file can be opened for writing, or made. An existing file is left unchanged; a file or
-/// folder made for the proof is removed again.
+/// folder made for the proof is removed again, unless others have put something into it meanwhile.
 bool CanCreateFile(const std::string& filePath);
 
 /// Removes a folder and the folders in it, depth first. Files stay where they are, so a folder that holds one

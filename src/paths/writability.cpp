@@ -9,22 +9,25 @@ namespace {
 
 constexpr const char* kProbePrefix = "RWT";
 
-// Makes a folder for the length of a proof; whatever was made for it goes again at the end.
+// Others make and remove folders at the same time, among them proofs: one that fails is tried again.
+constexpr int kAttempts = 4;
+
+// Makes a folder for the length of a proof. Only what was made for it goes again, and only while nothing is
+// in it: what others have put there meanwhile is theirs.
 class CTrialFolder {
 public:
-    explicit CTrialFolder(const std::string& folder) : m_ready(CreateDirectoryPath(folder, m_firstCreated)) {}
+    explicit CTrialFolder(const std::string& folder) : m_ready(MakeFolderChain(folder, m_made)) {}
     CTrialFolder(const CTrialFolder&) = delete;
     CTrialFolder& operator=(const CTrialFolder&) = delete;
     ~CTrialFolder() {
-        if (!m_firstCreated.empty()) {
-            RemoveFolderTree(m_firstCreated);
+        for (auto folder = m_made.rbegin(); folder != m_made.rend() && RemoveEmptyFolder(*folder); ++folder) {
         }
     }
 
     bool IsReady() const { return m_ready; }
 
 private:
-    std::string m_firstCreated; // before m_ready, whose making fills it
+    std::vector<std::string> m_made; // before m_ready, whose making fills it
     bool m_ready;
 };
 
@@ -42,14 +45,51 @@ bool OpensForWriting(const std::string& path, SOpenMode mode) {
     return file.Open(path, mode).Good() && file.Close().Good();
 }
 
-bool ProveFile(const std::string& filePath, bool existed) {
-    if (!OpensForWriting(filePath, {.write = true, .create = true})) {
+bool ProveFolder(const std::string& folder) {
+    const CTrialFolder trial(folder);
+    const std::string probe = trial.IsReady() ? MakeUniqueFile(folder, kProbePrefix) : std::string();
+    if (probe.empty()) {
         return false;
     }
-    if (!existed && !IsLink(filePath)) { // a link is somebody's, even while it leads nowhere
-        RemoveFile(filePath);
+    const bool proven = OpensForWriting(probe, {.write = true});
+    RemoveFile(probe);
+    return proven;
+}
+
+// A log that somebody begins to write while it is being proven must not be taken from him: he asks for its
+// lock before he writes, and looks then whether the file is still there.
+bool MakeAndRemoveFile(const std::string& filePath) {
+    CFile file;
+    const SOpenMode mode{.write = true, .create = true, .exclusive = true, .removable = true};
+    if (!file.Open(filePath, mode).Good()) {
+        return false;
     }
-    return true;
+    if (file.TryLock() != EFileLock::HeldByAnother) {
+        file.RemoveIfEmpty();
+    }
+    return file.Close().Good();
+}
+
+bool ProveFile(const std::string& filePath) {
+    CFile file;
+    const SFileResult found = file.Open(filePath, {.write = true, .removable = true});
+    if (found.Good()) {
+        return file.Close().Good();
+    }
+    if (found.failure != EFileFailure::NotFound && found.failure != EFileFailure::BadPath) {
+        return false;
+    }
+    const CTrialFolder trial(FolderOfFile(filePath));
+    return trial.IsReady() && MakeAndRemoveFile(filePath);
+}
+
+bool Succeeds(bool (*proof)(const std::string&), const std::string& path) {
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        if (proof(path)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 } // namespace
@@ -68,25 +108,11 @@ bool CanWriteInFolder(const std::string& folder) {
     if (stripped.empty() || HasForbiddenCharacter(folder)) {
         return false;
     }
-    const CTrialFolder trial(stripped);
-    const std::string probe = trial.IsReady() ? MakeUniqueFile(stripped, kProbePrefix) : std::string();
-    if (probe.empty()) {
-        return false;
-    }
-    const bool proven = OpensForWriting(probe, {.write = true});
-    RemoveFile(probe);
-    return proven;
+    return Succeeds(ProveFolder, stripped);
 }
 
 bool CanCreateFile(const std::string& filePath) {
-    if (!IsFilePathUsable(filePath)) {
-        return false;
-    }
-    if (IsExistingFile(filePath)) {
-        return ProveFile(filePath, true);
-    }
-    const CTrialFolder trial(FolderOfFile(filePath));
-    return trial.IsReady() && ProveFile(filePath, false);
+    return IsFilePathUsable(filePath) && Succeeds(ProveFile, filePath);
 }
 
 } // namespace ruvo

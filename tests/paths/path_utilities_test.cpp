@@ -65,9 +65,11 @@ TEST(Proofs, LeaveNothingBehindAndChangeNothing) {
     const CScratchFolder folder;
     const std::string file = folder.Write("file", "kept");
     const std::string tooLong(300, 'x');
+    std::filesystem::create_symlink("gone", folder.Native("link"));
     EXPECT_TRUE(CanWriteInFolder(folder.Path("a\\b\\")) && CanWriteInFolder(folder.Path()));
     EXPECT_TRUE(CanCreateFile(file) && CanCreateFile(folder.Path("new")) &&
-                CanCreateFile(folder.Path("a\\b\\new")));
+                CanCreateFile(folder.Path("a\\b\\new")) && CanCreateFile(folder.Path("link")) &&
+                CanCreateFile(folder.Path("a\\..\\b\\new")));
     for (const std::string& bad :
          {std::string(), std::string("\\\\"), folder.Path("q?"), folder.Path("file\\x"), folder.Path("q/r"),
           folder.Path("y\\" + tooLong), folder.Path("y\\" + tooLong + "\\z")}) {
@@ -75,7 +77,7 @@ TEST(Proofs, LeaveNothingBehindAndChangeNothing) {
     }
     EXPECT_FALSE(CanWriteInFolder(file) || CanWriteInFolder("C:\\proc"));
     EXPECT_FALSE(CanCreateFile("bare") || CanCreateFile(folder.Path("q\\")) || CanCreateFile(folder.Path()));
-    EXPECT_TRUE(std::distance(std::filesystem::directory_iterator(folder.Native()), {}) == 1 &&
+    EXPECT_TRUE(std::distance(std::filesystem::directory_iterator(folder.Native()), {}) == 2 &&
                 folder.Read("file") == "kept");
 }
 
