@@ -251,6 +251,7 @@ void CVisit::WriteFile(const std::string& eventRoot) {
 
 void CVisit::FinishReport() {
     m_report.eventsLost = m_eventsTaken - m_passedOver - m_report.recordsWritten;
+    m_report.eventsPassedOver = m_passedOver;
     // A declined password has its own words already; status 18 is only how it came back. An abort before the
     // relay has answered has none.
     if (m_status != CStatus() && (!m_report.passwordDeclined || PasswordState().unanswered)) {

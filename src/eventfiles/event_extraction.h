@@ -27,6 +27,7 @@ inline constexpr std::int32_t kNoEventLimit = -1;
 struct SExtractionReport {
     std::size_t recordsWritten = 0;
     std::size_t eventsLost = 0;        ///< taken from the relay, but not in its day file
+    std::size_t eventsPassedOver = 0;  ///< taken from the relay, and of a kind that nobody knows
     bool passwordDeclined = false;     ///< the visit ended because a password was not accepted
     LinkStatus endStatus = kLinkGood;  ///< what ended the visit early; good when nothing did
     std::vector<std::string> problems; ///< one text per problem, in order

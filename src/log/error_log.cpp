@@ -12,10 +12,12 @@
 #include "protocol/string_table.h"
 
 #include <array>
+#include <chrono>
 #include <cstddef>
 #include <cstdio>
 #include <optional>
 #include <span>
+#include <thread>
 
 namespace ruvo {
 
@@ -87,11 +89,48 @@ std::string OneLine(const std::string& text) {
     return line;
 }
 
-// Appends in one write. A line of which only a part fits (full disk) is taken back: half a line would swallow
-// the beginning of the next one.
-SFileResult AppendToFile(const std::string& path, const std::string& line) {
+// Others hold the lock for the length of one line. A longer wait means that somebody holds it for another
+// reason, perhaps to stop us: then the line is written without it.
+void WaitForLock(CFile& file) {
+    constexpr std::chrono::milliseconds kPause{1};
+    constexpr int kMostPauses = 2000;
+    for (int pause = 0; pause < kMostPauses && file.TryLock() == EFileLock::HeldByAnother; ++pause) {
+        std::this_thread::sleep_for(kPause);
+    }
+}
+
+// Opens the log and locks it. Between the two others may remove it or put another in its place (a proof that
+// it can be written, somebody's cleaning up), and it is opened anew. Where the system cannot tell such files
+// apart the last one will do.
+SFileResult OpenLocked(CFile& file, const std::string& path) {
+    constexpr int kAttempts = 4;
+    SFileResult result;
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        EnsureFolderOfFile(path);
+        result = file.Open(path, SOpenMode{.write = true, .create = true, .removable = true});
+        if (result.Good()) {
+            WaitForLock(file);
+            if (file.IsAt(path)) {
+                break;
+            }
+        }
+    }
+    return result;
+}
+
+// A line of which only a part fits (full disk) is taken back: half a line would swallow the beginning of the
+// next one. Whoever writes without the lock may have appended meanwhile; his line stays.
+void TakeBack(CFile& file, std::uint64_t end, std::size_t written) {
+    std::uint64_t length = 0;
+    if (file.GetLength(length).Good() && length == end + written) {
+        static_cast<void>(file.SetLength(end)); // the write's failure is the one worth telling
+    }
+}
+
+// Appends in one write.
+SFileResult AppendToFile(const std::string& path, const std::string& line, ELineWorth worth) {
     CFile file;
-    SFileResult result = file.Open(path, SOpenMode{.write = true, .create = true});
+    SFileResult result = OpenLocked(file, path);
     std::uint64_t end = 0;
     if (result.Good()) {
         result = file.Seek(0, ESeekOrigin::End, end);
@@ -103,11 +142,14 @@ SFileResult AppendToFile(const std::string& path, const std::string& line) {
     std::size_t written = 0;
     result = file.Write(bytes, written);
     if (!result.Good()) {
-        // The write's failure is the one worth telling; taking back may fail for the same reason.
-        static_cast<void>(file.SetLength(end));
+        TakeBack(file, end, written);
         return result;
     }
-    return file.Close();
+    if (worth == ELineWorth::TellsOfLoss) {
+        FlushFolder(SplitPath(path).drive + SplitPath(path).folder);
+        result = file.FlushToDisk();
+    }
+    return result.Good() ? file.Close() : result;
 }
 
 void TellLineLost(const std::string& line, const std::string& reason) {
@@ -132,9 +174,10 @@ void SetErrorLogDisabled(bool disabled) {
     State().disabled = disabled;
 }
 
-void LogMessage(const std::string& message, bool withDetails) {
+void LogMessage(const std::string& message, bool withDetails, ELineWorth worth) {
     WriteLogLine(withDetails ? message + " Connection details - " + RelayDetails(ConnectionDetails())
-                             : message);
+                             : message,
+                 worth);
 }
 
 void LogStatusMessage(const std::string& message, std::uint32_t status) {
@@ -148,7 +191,7 @@ void LogStatusMessage(const std::string& message, std::uint32_t status) {
                false);
 }
 
-void WriteLogLine(const std::string& text) {
+void WriteLogLine(const std::string& text, ELineWorth worth) {
     if (State().disabled) {
         return;
     }
@@ -157,8 +200,7 @@ void WriteLogLine(const std::string& text) {
         TellLineLost(line, "no path is known");
         return;
     }
-    EnsureFolderOfFile(State().path);
-    const SFileResult result = AppendToFile(State().path, line + "\r\n");
+    const SFileResult result = AppendToFile(State().path, line + "\r\n", worth);
     if (!result.Good()) {
         TellLineLost(line, SystemErrorText(result.systemCode));
     }

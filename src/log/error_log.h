@@ -1,6 +1,7 @@
 // The error log: one plain-text file, one time-stamped line per problem. Its path and its off switch are
-// process-wide; they are touched by one thread at a time. Nothing here fails towards its caller: a line that
-// cannot be written is told to the debug output and lost.
+// process-wide; they are touched by one thread at a time. Several processes may write to one log: each line
+// is written under the file's lock. Nothing here fails towards its caller: a line that cannot be written is
+// told to the debug output and lost.
 #pragma once
 
 #include <cstdint>
@@ -20,16 +21,21 @@ const std::string& ErrorLogPath();
 /// Silences every write, or lifts that again.
 void SetErrorLogDisabled(bool disabled);
 
+/// What a line is worth: one that tells of lost events must outlast a power failure, since nothing else tells
+/// of them.
+enum class ELineWorth : std::uint8_t { Usual, TellsOfLoss };
+
 /// Writes one line; with details it ends with the link and the relay that are being handled.
-void LogMessage(const std::string& message, bool withDetails);
+void LogMessage(const std::string& message, bool withDetails, ELineWorth worth = ELineWorth::Usual);
 
 /// Writes one line that ends with the text of a comms-server status.
 void LogStatusMessage(const std::string& message, std::uint32_t status);
 
 /// Appends local time, a blank, the text and CR LF, in one write. Control characters in the text become
 /// blanks (a run of line breaks one blank), so that one problem stays one line. The text is in the system's
-/// narrow encoding: relay texts are converted by the caller.
-void WriteLogLine(const std::string& text);
+/// narrow encoding: relay texts are converted by the caller. A line that tells of loss is on the disk, with
+/// all lines before it, when this returns.
+void WriteLogLine(const std::string& text, ELineWorth worth = ELineWorth::Usual);
 
 /// Back to the state at process start: no path, not disabled. For tests.
 void ResetErrorLog();

@@ -39,8 +39,9 @@ void ExtractAndReport(const CRunContext& context, std::int32_t deviceAddress) {
     if (ended != kLinkGood) {
         LogStatusMessage("A problem occured during events extraction. " + ConnectionText(context), ended);
     }
+    const bool isLoss = report.eventsLost > 0 || report.eventsPassedOver > 0;
     for (const std::string& problem : report.problems) {
-        LogMessage(problem, true);
+        LogMessage(problem, true, isLoss ? ELineWorth::TellsOfLoss : ELineWorth::Usual);
     }
 }
 

@@ -125,6 +125,11 @@ protected:
         EXPECT_EQ(stored + got.CountLost(), got.notes.given) << "a lost event is counted";
         EXPECT_TRUE(got.notes.given == got.notes.taken ||
                     got.IsTold("A problem occured during events extraction. Connection details"));
+        const auto onDisk = got.disk.onDisk.find("C:\\run.log");
+        const std::size_t lossTold = std::max(got.Log().rfind(", but not stored.") + 1,
+                                              got.Log().rfind(" of unknown kind passed over.") + 1);
+        EXPECT_TRUE(lossTold == 0 || (onDisk != got.disk.onDisk.end() && onDisk->second.size() > lossTold))
+            << "a power failure would take the only word on lost events";
         EXPECT_TRUE(stored == rig.clean.notes.taken || got.Log() != rig.clean.Log())
             << "nobody knows of events that stayed away";
     }
