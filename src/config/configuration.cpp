@@ -6,6 +6,7 @@
 #include "platform/message_box.h"
 #include "platform/profile.h"
 #include "platform/registry.h"
+#include "platform/secret.h"
 
 #include <algorithm>
 #include <array>
@@ -143,6 +144,7 @@ void ReadPasswords(const CProfileReader& reader, TextEntries& passwords) {
     ReadTexts(reader, kPasswordsSection, scrambled);
     for (const auto& [key, text] : scrambled) {
         std::array<char, kMaxPasswordLength + 1> plain{};
+        const CWipeValueAtScopeEnd wipe(plain);
         if (UnscramblePassword(text.c_str(), plain.data()) == 0) {
             passwords.emplace_hint(passwords.end(), key, plain.data());
         }

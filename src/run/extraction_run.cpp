@@ -77,7 +77,10 @@ void ExtractDevice(CRunContext& context, const std::string& key, std::int32_t de
         state.unanswered = false;
         const TextEntries& passwords = context.Config().Passwords();
         const auto password = passwords.find(key);
-        state.currentPassword = password == passwords.end() ? std::string() : password->second;
+        state.currentPassword.clear();
+        if (password != passwords.end()) { // assigned in place: a copy on the way would not be wiped
+            state.currentPassword = password->second;
+        }
         context.SetDeviceAddress(deviceAddress);
         CP32Wrap::GetInstance()->SetDeviceAddress(static_cast<std::uint8_t>(deviceAddress & 0xFF));
         if (TestDeviceConnection(context)) {
