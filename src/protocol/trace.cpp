@@ -24,12 +24,7 @@ std::string& TraceTag() {
     return tag;
 }
 
-bool IsControl(char character) {
-    return static_cast<unsigned char>(character) < 0x20 || character == 0x7F;
-}
-
-void WriteLine(std::string_view mark, std::string_view kind, std::string text) {
-    std::replace_if(text.begin(), text.end(), IsControl, '.');
+void WriteLine(std::string_view mark, std::string_view kind, std::string_view text) {
     std::string line(mark);
     line += TraceTag().empty() ? kDefaultTag : std::string_view(TraceTag());
     line += kind;
@@ -98,7 +93,7 @@ void TraceFunction(std::string_view name, EFunctionState state) {
     text.append(kFunctionNameWidth - std::min(name.size(), kFunctionNameWidth), ' ');
     text += "  ##  ";
     text += kStates[static_cast<std::size_t>(state)];
-    WriteLine(kInfoMark, " INFO ] ", std::move(text));
+    WriteLine(kInfoMark, " INFO ] ", text);
 }
 
 void TraceSeparator() {

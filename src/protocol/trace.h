@@ -1,5 +1,5 @@
-// Trace lines for developers, on the debugger output. Each line is written in one piece; control characters
-// in the formatted text become ".", so that a relay's text cannot break or forge a line.
+// Trace lines for developers, on the debugger output. Each line is written in one piece, with the formatted
+// text as it is: a relay's text can hold any byte, and break a line.
 #pragma once
 
 #include <cstdint>

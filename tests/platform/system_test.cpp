@@ -14,6 +14,7 @@
 #include "support/scratch_folder.h"
 
 #include <csignal>
+#include <fcntl.h>
 #include <functional>
 #include <gtest/gtest.h>
 #include <regex>
@@ -306,14 +307,27 @@ TEST(Texts, AreConvertedAndGoWhereTheyAreSent) {
     const CScratchFolder folder;
     for (const char* const name : {"trace", "no/such/folder", "trace"}) {
         setenv("RUVO_DEBUG_OUTPUT", folder.Native(name).c_str(), 1);
-        WriteDebugOutput("line\n");
+        WriteDebugOutput("a\r\n\x1B\x7F");
     }
-    EXPECT_EQ(folder.Read("trace"), "line\nline\n");
+    EXPECT_EQ(folder.Read("trace"), "a\r\n\x1B\x7F\na\r\n\x1B\x7F\n");
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK);
+    ASSERT_TRUE(grantpt(terminal) == 0 && unlockpt(terminal) == 0);
+    const std::string name = ptsname(terminal);
+    const int kept =
+        open(name.c_str(), O_RDWR | O_NOCTTY); // what was written goes with the last that has it open
+    setenv("RUVO_DEBUG_OUTPUT", name.c_str(), 1);
+    WriteDebugOutput("a\r\n\x1B\x7F");
+    std::array<char, 32> shown{};
+    EXPECT_EQ(std::string(shown.data(), static_cast<std::size_t>(read(terminal, shown.data(), shown.size()))),
+              "a....\r\n")
+        << "no command for the terminal";
+    close(kept);
+    close(terminal);
     testing::internal::CaptureStdout();
     ShowMessageBox(EMessageIcon::Warning, "Title", "First\nSecond");
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "[Warning] Title\nFirst\nSecond\n\n");
     // In a host program that knows nothing of pipes, both go where nobody reads.
-    const int kept = RunInChild([] {
+    const int ended = RunInChild([] {
         int ends[2] = {};
         signal(SIGPIPE, SIG_DFL);
         setenv("RUVO_DEBUG_OUTPUT", "stderr", 1);
@@ -328,7 +342,7 @@ TEST(Texts, AreConvertedAndGoWhereTheyAreSent) {
                    ? 42
                    : 2;
     });
-    EXPECT_EQ(kept, 42) << "neither ends it, and the signal is as it was";
+    EXPECT_EQ(ended, 42) << "neither ends it, and the signal is as it was";
 }
 
 TEST(Clock, FollowsTheTimeZone) {

@@ -116,15 +116,15 @@ TEST(Errors, Texts) {
 TEST(Traces, Lines) {
     const std::string longText(600, 'x');
     g_output.clear();
-    TraceError("%s %d", "a\r\nb", 7);
+    TraceError("%s %d", "a\r\nb\x1B\x7F", 7);
     SetTraceTag("RUVO");
     TraceWarning("%s", longText.c_str());
     SetTraceTag("");
     TraceFunction("TenLetters", EFunctionState::Started);
     TraceSeparator();
-    EXPECT_EQ(g_output, " *** [ PARLANE QTV ERR  ] a..b 7\n|  *  [ PARLANE RUVO WARN ] " + longText +
-                            "\n|     [ PARLANE QTV INFO ] Function  ##  TenLetters" + std::string(38, ' ') +
-                            "  ##  started\n|" + std::string(128, '-') + "\n|");
+    EXPECT_EQ(g_output, " *** [ PARLANE QTV ERR  ] a\r\nb\x1B\x7F 7\n|  *  [ PARLANE RUVO WARN ] " +
+                            longText + "\n|     [ PARLANE QTV INFO ] Function  ##  TenLetters" +
+                            std::string(38, ' ') + "  ##  started\n|" + std::string(128, '-') + "\n|");
 }
 
 TEST(Traces, StatesOfAFunction) {

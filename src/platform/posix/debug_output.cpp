@@ -5,6 +5,7 @@
 #include "platform/posix/native_path.h"
 #include "platform/posix/pipe_signal.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <string_view>
@@ -16,9 +17,23 @@ namespace {
 
 constexpr mode_t kNewFileMode = 0666; // what the user's mask leaves of it
 
+bool IsControl(char character) {
+    return static_cast<unsigned char>(character) < 0x20 || character == 0x7F;
+}
+
+// Each call is a message of its own; in a stream only the line end keeps it apart from the next.
+std::string MessageFor(int descriptor, const std::string& text) {
+    std::string message = text.ends_with('\n') ? text : text + "\n";
+    if (isatty(descriptor) == 1) {
+        std::replace_if(message.begin(), message.end() - 1, IsControl, '.');
+    }
+    return message;
+}
+
 // One write is one piece in an appended file, whoever else writes to it; the loop is for a pipe that takes
 // less.
-void WriteAll(int descriptor, std::string_view text) {
+void WriteMessage(int descriptor, const std::string& message) {
+    std::string_view text = message;
     const CPipeSignalHold hold; // what nobody reads is lost, and no reason to end
     while (!text.empty()) {
         const ssize_t put = write(descriptor, text.data(), text.size());
@@ -30,14 +45,14 @@ void WriteAll(int descriptor, std::string_view text) {
     }
 }
 
-void AppendToFile(const std::string& path, std::string_view text) {
+void AppendToFile(const std::string& path, const std::string& text) {
     const auto native = ToNativePath(path);
     // O_NONBLOCK: a pipe that nobody reads must not stop the program.
     constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
     const int descriptor = native ? open(native->c_str(), kFlags, kNewFileMode) : -1;
     if (descriptor != -1) {
         IgnoreFileSizeSignal();
-        WriteAll(descriptor, text);
+        WriteMessage(descriptor, MessageFor(descriptor, text));
         close(descriptor);
     }
 }
@@ -46,13 +61,11 @@ void AppendToFile(const std::string& path, std::string_view text) {
 
 void WriteDebugOutput(const std::string& text) noexcept {
     try {
-        // Each call is a message of its own; in a stream only the line end keeps it apart from the next.
-        const std::string message = text.ends_with('\n') ? text : text + "\n";
         const auto target = EnvironmentValue("RUVO_DEBUG_OUTPUT");
         if (target == "stderr") {
-            WriteAll(STDERR_FILENO, message);
+            WriteMessage(STDERR_FILENO, MessageFor(STDERR_FILENO, text));
         } else if (target) {
-            AppendToFile(*target, message);
+            AppendToFile(*target, text);
         }
     } catch (...) { // NOLINT(bugprone-empty-catch): out of memory, and a trace line is not worth a failure
     }
