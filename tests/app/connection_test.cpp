@@ -17,7 +17,7 @@
 namespace ruvo {
 
 // What only a broken machine would refuse.
-static int g_runtimeStarts = 2;
+int g_runtimeStarts = 2; // start-up's tests use it too
 static int g_runtimeUsers = 0;
 static bool g_hasThreads = true;
 
@@ -69,7 +69,7 @@ TEST(ConnectionTest, EveryResult) {
     const CScratchFolder folder;
     setenv("RUVO_REGISTRY_USER", folder.Native("user.ini").c_str(), 1);
     setenv("RUVO_REGISTRY_MACHINE", folder.Native("machine.ini").c_str(), 1);
-    const std::string ethernet = "UseEthernet=1\n[RUVO_ETHERNET]\nRV003=10.0.0.5,3,7\n";
+    const std::string ethernet = "UseEthernet=1\n[RUVO_ETHERNET]\nRV003=10.0.0.5,200,7\n";
     const std::string modem = "UseModem=1\nTAPI_ModemName=M\nTAPI_NumberToDial=5\n[RUVO_MODEM]\nRV004=4\n";
     const SRow rows[] = {
         {0, "the password is accepted, the key in lower case", "rv001"},
@@ -81,6 +81,8 @@ TEST(ConnectionTest, EveryResult) {
         {1, "no comms server", "RV001", 0, 1, 0, "no server"},
         {1, "no runtime for the comms server", "RV001", 0, 1, 0, "no second runtime"},
         {2, "a value breaks its rule", "RV001", 0, 1, 0, "", 0, "BaudRate=7\n"},
+        {2, "a log that cannot be written", "RV001", 0, 1, 0, "", 0,
+         "ErrorLogPathname=" + folder.Path() + "\\\n"},
         {3, "an unknown key", "RV009"},
         {3, "no key", nullptr},
         {3, "a key of another link type", "RV004", 0, 0, 0, "", 0, "[RUVO_MODEM]\nRV004=4\n"},
@@ -110,7 +112,7 @@ TEST(ConnectionTest, EveryResult) {
         g_hasThreads = row.call != "no thread";
         const std::string path = folder.Write(
             "site.ini", "[RUVO_GENERAL]\nEventRootDir=" + folder.Path("ev") + "\n" + row.ini +
-                            "\n[RUVO_SERIAL]\nRV001=1\nRV002=2\n[RUVO_PASSWORDS]\nRV003=" + scrambled +
+                            "\n[RUVO_SERIAL]\nRV001=200\nRV002=2\n[RUVO_PASSWORDS]\nRV003=" + scrambled +
                             "\nRV001=" + scrambled + "\n");
         EXPECT_EQ(static_cast<int>(TestConnection(path.c_str(), row.key)), row.result) << row.name;
         const std::string end = row.ini == modem ? "ModemHangUp" : "ClosePort";
@@ -121,12 +123,13 @@ TEST(ConnectionTest, EveryResult) {
         EXPECT_TRUE(g_runtimeUsers == 0 && PasswordState().currentPassword.empty()) << row.name;
         EXPECT_FALSE(folder.Has("RUVO_Errors.log") || folder.Has("ev")) << row.name;
         if (row.result == 0 && row.generation == 0 && row.requests == 1 && row.call.empty()) {
-            std::erase_if(server.calls, [](const std::string& call) { return call.starts_with("Get"); });
-            server.calls.erase(server.calls.begin(), server.calls.begin() + 2); // opening
-            const std::vector<std::string> want{"ResetCell 00.02",     "ChangeSetting BF.15",
-                                                "ChangeSetting 00.02", "ChangeSetting BF.15",
-                                                "ResetCell 00.02",     "ClosePort"};
-            EXPECT_EQ(server.calls, want);
+            std::erase_if(server.lines, [](const std::string& line) { return line.starts_with("Get"); });
+            server.lines.erase(server.lines.begin(), server.lines.begin() + 2); // opening
+            const std::string reset = "ResetCell UI1(200) I2(0002)";
+            const std::string probe = "ChangeSetting UI1(200) I2(BF15) 28020100";
+            const std::string password = "ChangeSetting UI1(200) I2(0002) 1C0850415353574F5244";
+            EXPECT_EQ(server.lines,
+                      (std::vector<std::string>{reset, probe, password, probe, reset, "ClosePort"}));
         }
     }
     ResetErrorLog();

@@ -1,14 +1,19 @@
-// The command line, the outcome's text, and load and check.
+// The command line, the outcome's text, load and check, and start-up from its first step to its last.
+#include "support/fake_system.h"
 #include "support/scratch_folder.h"
+#include "support/scripted_server.h"
 
 #include "app/command_line.h"
 #include "app/load_and_check.h"
 #include "app/ruvo_app.h"
+#include "eventfiles/off_file.h"
 #include "log/error_log.h"
 
 #include <gtest/gtest.h>
 
 namespace ruvo {
+
+extern int g_runtimeStarts; // the connection test's tests stand in for the runtime
 
 TEST(CommandLine, IniFileAndSwitch) {
     struct SRow {
@@ -82,6 +87,55 @@ TEST(LoadAndCheck, TheOrderOfItsSteps) {
               EResultCode::RegistryDestinationInvalid);
     unsetenv("RUVO_REGISTRY_USER");
     unsetenv("RUVO_REGISTRY_MACHINE");
+}
+
+TEST(StartUp, FromItsFirstStepToItsLast) {
+    const CScratchFolder folder;
+    setenv("RUVO_LOCK_DIR", folder.Native().c_str(), 1);
+    setenv("RUVO_REGISTRY_USER", folder.Native("user.ini").c_str(), 1);
+    setenv("RUVO_REGISTRY_MACHINE", folder.Native("machine.ini").c_str(), 1);
+    const std::string ini = folder.Write("site.ini", "[RUVO_GENERAL]\nEventRootDir=" + folder.Path("ev") +
+                                                         "\n[RUVO_SERIAL]\nRV001=200\n");
+    const auto home = std::filesystem::current_path();
+    test::CScriptedServer server;
+    const auto run = [&](const std::vector<std::string>& arguments) {
+        g_runtimeStarts = 1;
+        server.lines.clear();
+        std::filesystem::remove_all(folder.Native("ev"));
+        CRuvoApp().Run(arguments);
+        EXPECT_EQ(std::filesystem::current_path(), home);
+        return std::exchange(g_messageBoxes, "") + "|" + folder.Read("ev/RUVO_Errors.log");
+    };
+    EXPECT_EQ(run({ini}), "|");
+    ASSERT_GT(server.lines.size(), 2U);
+    EXPECT_EQ(server.lines.front(), "OpenPort BSTR(\"COM1\") BSTR(\"9600,E,8,1\")");
+    EXPECT_EQ(server.lines.back(), "ClosePort");
+    EXPECT_EQ(server.sink, nullptr);
+    const std::string head = "Ruvo\nVersion Number: 1.0.0.0\n\nINI file: " + ini + "\n\n";
+    EXPECT_EQ(run({"-t", ini}), "test_app|" + head + "Success - No input errors found.\n||");
+    server.refuseConnection = true;
+    EXPECT_EQ(run({"-t", ini}), "warning test_app|" + head + "P32LS failed to open.\n||");
+    EXPECT_TRUE(server.lines.empty());
+    const std::string stamp = "|2021/03/02 14:03:07 ";
+    EXPECT_EQ(run({ini}), stamp + "P32LS failed to open.\r\n");
+    const CFileException full(EFileCause::None, 0, "C:\\x");
+    for (const bool ofFile : {false, true}) {
+        g_onLocalTime = [&, failed = false]() mutable {
+            if (std::exchange(failed, true))
+                return;
+            if (ofFile)
+                throw full;
+            throw std::runtime_error("no clock");
+        };
+        EXPECT_EQ(run({ini}), stamp +
+                                  (ofFile ? "Fatal exception occured:" + std::string(full.what())
+                                          : "Unhandled exception occured:no clock") +
+                                  "\r\n");
+    }
+    g_onLocalTime = nullptr;
+    for (const char* name : {"RUVO_LOCK_DIR", "RUVO_REGISTRY_USER", "RUVO_REGISTRY_MACHINE"})
+        unsetenv(name);
+    ResetErrorLog();
 }
 
 } // namespace ruvo

@@ -130,7 +130,15 @@ TEST(ResultCodes, EveryRuleInItsOrder) { // the code, then the INI that has it
         ExpectCode(ini, want);
     }
     ExpectCode("EventRootDir=" + std::string(290, 'x') + " [SERIAL] RV001=5", 27);
-    EXPECT_EQ(ResultMessage(EResultCode::ModemNameMissing), "Modem name is not specified.");
+}
+
+TEST(ResultCodes, TheMessagesThatUsersAndScriptsKnow) {
+    std::ifstream lines(RUVO_TEST_DATA "/config/result_messages.txt");
+    int code = 0;
+    for (std::string line; std::getline(lines, line); ++code) {
+        EXPECT_EQ(ResultMessage(static_cast<EResultCode>(code)), line) << code;
+    }
+    EXPECT_EQ(code, 39);
 }
 
 // What reading, deleting the first occurrence from a copy and reading again would say.
@@ -255,6 +263,8 @@ TEST(Destination, RegistryRules) {
                             "Events will be extracted with use of default application settings.\n"
                             "Destination path: ";
     EXPECT_EQ(Destination(unusable, present), box + folder.Native() + "|" + present + "\\RUVO\\|registry");
+    const std::string here = std::filesystem::current_path();
+    EXPECT_EQ(Destination(unusable, "q7"), box + here + "/q7|" + FullPath("q7") + "\\RUVO\\|registry");
 }
 
 } // namespace ruvo

@@ -74,7 +74,11 @@ TEST(EndToEnd, WhatKeepsARunFromStarting) {
          "[RUVO_SERIAL] section of the INI file contains"},
         {"a server that is missing",
          "printf '[CLSID\\\\{9A69E99F-E86F-455D-B971-355C1139963E}]\\nInprocServer32=C:\\\\no.dll\\n' > "
-         "$DIR/user.ini; ",
+         "$DIR/user.ini; sed 's|32=.*|32=" RUVO_BIN_DIR "/p32ls.so|' $DIR/user.ini > $DIR/machine.ini; ",
+         "P32LS failed to open.\n"},
+        {"a server of another version",
+         "printf '[CLSID\\\\{9A69E99F-E86F-455D-B971-355C1139963E}]\\nInprocServer32=" RUVO_BIN_DIR
+         "/other_server.so\\n' > $DIR/user.ini; ",
          "P32LS failed to open.\n"},
         {"a server without its entry point",
          "printf '[CLSID\\\\{9A69E99F-E86F-455D-B971-355C1139963E}]\\nInprocServer32=" RUVO_BIN_DIR
@@ -109,7 +113,33 @@ TEST(EndToEnd, WhatKeepsARunFromStarting) {
     EXPECT_EQ(run.Run(), "exit 0\n");
     EXPECT_EQ(run.Log(), "Only one instance can be running at one time.\n");
     EXPECT_FALSE(run.Folder().Has("trace.txt")) << "no relay was contacted";
+    EXPECT_NE(run.Shell("$RUVO -t $DIR/site.ini").find("Success"), std::string::npos) << "beside a run";
     unsetenv("RUVO_LOCK_DIR");
+}
+
+TEST(EndToEnd, WithoutArgumentsItTakesTheIniFileBesideIt) {
+    const CProgramRun run(kLink + Relay("serial = 5", kTrip), "", "");
+    run.Folder().Write("site.ini", "[RUVO_GENERAL]\nEventRootDir=ev\n[RUVO_SERIAL]\nRV001=5\n");
+    run.Shell("mkdir $DIR/bin; mv $DIR/site.ini $DIR/bin/RUVO.ini; cd $(dirname $RUVO)\n"
+              "cp ruvo p32ls.so oncrpc.so $DIR/bin; cd /; $DIR/bin/ruvo");
+    const std::map<std::string, std::string> files{{kDay, Header("000001") + Trip()}};
+    EXPECT_EQ(FilesBelow(run.Folder().Native("bin/ev")), files);
+}
+
+TEST(EndToEnd, TheDemoSubstationKeepsItsPromises) {
+    const std::string example = RUVO_TEST_DATA "/../examples/substation/";
+    const CProgramRun run("", "", "");
+    const std::string counts =
+        run.Shell("cd '" + example +
+                  "'; export P32LS_SUBSTATION=$PWD/substation.toml\n"
+                  "for link in serial modem ethernet; do\n"
+                  "sed \"s|^EventRootDir=.*|EventRootDir=$DIR/ev|; "
+                  "s|^ErrorLogPathname=.*|ErrorLogPathname=$DIR/run.log|\" "
+                  "$link.ini >$DIR/$link.ini; $RUVO $DIR/$link.ini\ndone\n"
+                  "cut -d'|' -f2 promised-events.txt | while read -r relay; do\n"
+                  "echo \"$(${RUVO}ctl events --format json \"$DIR/ev/$relay\" | wc -l)|$relay\"\ndone");
+    EXPECT_EQ(run.Log(), FileBytes(example + "promised-log.txt"));
+    EXPECT_EQ(counts, FileBytes(example + "promised-events.txt"));
 }
 
 TEST(EndToEnd, OddIniFilesNeverBringItDown) {

@@ -6,6 +6,9 @@
 #include "support/fake_system.h"
 #include "support/scratch_folder.h"
 
+#include "protocol/string_table.h"
+
+#include <fstream>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -142,6 +145,17 @@ TEST_F(CErrorLog, ProcessesKeepEachOthersLines) {
         wanted += line.ends_with("free " + std::to_string(wanted) + ".\r") ? 1 : 0;
     }
     EXPECT_EQ(wanted, kLines);
+}
+
+TEST(StatusText, TheTextsThatUsersAndScriptsKnow) {
+    std::ifstream rows(RUVO_TEST_DATA "/log/status_texts.txt");
+    int count = 0;
+    for (std::string status, text;
+         std::getline(rows >> std::ws, status, '|') && std::getline(rows, text, '|'); ++count) {
+        const auto number = static_cast<std::uint32_t>(std::stoul(status));
+        EXPECT_STREQ(LoadStringText(StatusToStringId(number)), text.c_str()) << number;
+    }
+    EXPECT_GT(count, 90);
 }
 
 TEST(StatusText, NumberOfEveryStatus) {

@@ -29,7 +29,10 @@ protected:
         fields.tapiModemName = "Acme 56k";
         fields.tapiNumberToDial = "555";
     }
-    ~Run() override { CP32Wrap::DestroyInstance(); }
+    ~Run() override {
+        CP32Wrap::DestroyInstance();
+        g_onLocalTime = nullptr;
+    }
 
     /// The log's lines without their time stamps, each ended by "|".
     std::string RunAll() {
@@ -39,6 +42,7 @@ protected:
         context.SetDestinationRoot(folder.Path("ev"));
         ResolveErrorLogPath(context, true);
         server.calls.clear();
+        server.lines.clear();
         RunExtraction(context);
         CloseLink(context);
         std::string lines;
@@ -47,10 +51,11 @@ protected:
             lines += log.substr(at + 20, log.find("\r\n", at) - at - 20) + "|";
         return lines;
     }
+    /// All calls, whole but for those that read values.
     std::string Calls() const {
         std::string all;
-        for (const std::string& call : server.calls)
-            all += call + ";";
+        for (std::size_t i = 0; i < server.calls.size(); ++i)
+            all += (server.calls[i].starts_with("GetValue") ? server.calls[i] : server.lines[i]) + ";";
         return all;
     }
 
@@ -61,34 +66,97 @@ protected:
 };
 
 TEST_F(Run, EachLinkTypeOpensAndClosesAsItShould) {
-    const std::string visit = "GetValue 00.DF;" // a relay without that cell knows no login
-                              "GetValue 00.08;GetValue 00.06;GetValue 00.08;GetValue 00.06;GetValue 00.05;"
-                              "GetValue 00.04;GetValue 00.06;GetDeviceStatus;";
-    std::vector<std::string> arguments;
-    server.onCall = [&](SCall& call) -> std::optional<std::int64_t> {
-        if (call.name == "OpenPort")
-            arguments.insert(arguments.end(), {*call.inputs[0].AsText(), *call.inputs[1].AsText()});
-        return std::nullopt;
+    const auto visit = [](const std::string& address) {
+        return "GetValue 00.DF;" // a relay without that cell knows no login
+               "GetValue 00.08;GetValue 00.06;GetValue 00.08;GetValue 00.06;GetValue 00.05;"
+               "GetValue 00.04;GetValue 00.06;GetDeviceStatus UI1(" +
+               address + ");";
     };
-    fields.serialEntries = {{"RV002", 6}, {"RV001", 5}};
+    const std::string timing =
+        "SetTransactionValues I2(0001) I2(0002) I2(0003) I2(0004) I2(0005) I2(0006) I2(0007);";
+    const auto open = [&](const std::string& port, const std::string& parameters) {
+        return "OpenPort BSTR(\"" + port + "\") BSTR(\"" + parameters + "\");" + timing;
+    };
+    int value = 0;
+    for (std::int32_t* field :
+         {&fields.busyHoldoff, &fields.busyCount, &fields.resetResponse, &fields.response, &fields.tryCount,
+          &fields.transmitDelay, &fields.globalTransmit, &fields.tapiLineAddress})
+        *field = ++value;
+    fields.tapiCountryCode = "44";
+    fields.tapiAreaCode = "1785";
+    fields.tapiUseCountryAndAreaCodes = 1;
+    fields.serialEntries = {{"RV002", 6}, {"RV001", 200}};
     EXPECT_EQ(RunAll(), "");
-    EXPECT_EQ(Calls(), "OpenPort 00.00;SetTransactionValues 00.00;" + visit + visit + "ClosePort;");
+    EXPECT_EQ(Calls(), open("COM3", "19200,N,8,1") + visit("200") + visit("6") + "ClosePort;");
     fields.elevenBits = 1;
+    EXPECT_EQ(RunAll(), "");
+    EXPECT_TRUE(Calls().starts_with(open("COM3", "19200,E,8,1")));
     fields.useModem = 1;
-    fields.modemEntries = {{"RV001", 5}};
+    fields.modemEntries = {{"RV001", 254}};
     EXPECT_EQ(RunAll(), "");
-    EXPECT_EQ(Calls(), "ModemConnect 00.00;SetTransactionValues 00.00;" + visit + "ModemHangUp;");
+    EXPECT_EQ(Calls(),
+              "ModemConnect BSTR(\"Acme 56k\") I4(8) BSTR(\"44\") BSTR(\"1785\") BSTR(\"555\") UI1(1);" +
+                  timing + visit("254") + "ModemHangUp;");
     fields.useModem = 0;
-    EXPECT_EQ(RunAll(), "");
     fields.useEthernet = 1;
-    fields.ethernetEntries = {{"RV001", "10.0.0.5,2,1"}, {"RV002", "10.0.0.6,12"}};
+    fields.ethernetEntries = {{"RV001", "10.0.0.5,2,1"}, {"RV002", "10.0.0.6,212"}};
     EXPECT_EQ(RunAll(), "");
-    const std::string tunnel = "OpenPort 00.00;SetTransactionValues 00.00;" + visit + "ClosePort;";
-    EXPECT_EQ(Calls(), tunnel + tunnel);
-    EXPECT_EQ(arguments,
-              (std::vector<std::string>{"COM3", "19200,N,8,1", "COM3", "19200,E,8,1",
-                                        "TNLC=\"RPCDll.Dll\",\"10.0.0.5\",\"1\",\"2\",\"0\"", "",
-                                        "TNLC=\"RPCDll.Dll\",\"10.0.0.6\",\"0\",\"12\",\"0\"", ""}));
+    EXPECT_EQ(Calls(), open("TNLC=\"RPCDll.Dll\",\"10.0.0.5\",\"1\",\"2\",\"0\"", "") + visit("2") +
+                           "ClosePort;" + open("TNLC=\"RPCDll.Dll\",\"10.0.0.6\",\"0\",\"212\",\"0\"", "") +
+                           visit("212") + "ClosePort;");
+}
+
+TEST_F(Run, TheLogNamesTheRelayWhateverTheLink) {
+    fields.serialEntries = fields.modemEntries = {{"RV001", 5}, {"RV002", 200}};
+    fields.ethernetEntries = {{"RV001", "10.0.0.5,5,1"}, {"RV002", "10.0.0.6,200"}};
+    server.limits[0x0002] = {"1C0420202020"};
+    struct SRow {
+        int useModem, useEthernet;
+        std::string noted[2], told[2]; ///< of each relay
+    };
+    const std::string port = "COM Port: COM3, device address: ", modem = "modem name: Acme 56k, ";
+    const SRow rows[] = {{0, 0, {port + "5.", port + "200."}, {port + "5.", port + "200."}},
+                         {1,
+                          0,
+                          {modem + "device address: 5.", modem + "device address: 200."},
+                          {modem + "number to dial: 555, device address: 5.",
+                           modem + "number to dial: 555, device address: 200."}},
+                         {0,
+                          1,
+                          {"IP address: 10.0.0.5, device address: 5, bus address: 1.",
+                           "IP address: 10.0.0.6, device address: 200, bus address: 0."},
+                          {"device IP: 10.0.0.5, device address: 5, bus address: 1.",
+                           "device IP: 10.0.0.6, device address: 200, bus address: 0."}}};
+    const std::string details = "Connection details - ";
+    for (const SRow& row : rows) {
+        fields.useModem = row.useModem;
+        fields.useEthernet = row.useEthernet;
+        const auto expect = [&](const auto& lines) {
+            EXPECT_EQ(RunAll(), lines(row.noted[0], row.told[0]) + lines(row.noted[1], row.told[1]));
+        };
+        server.values[0x00DF] = "240100";
+        server.statuses = {{"ChangeSetting BF.15", 0x0611}, {"ChangeSetting 00.02", 0x0411}};
+        expect([&](const std::string& noted, const std::string& told) {
+            return "Invalid password. " + details + noted +
+                   "|Test connection failed. Unable to connect to the device or password is invalid. " +
+                   details + told + "|";
+        });
+        server.statuses = {{"GetValue 00.DF", 8}};
+        g_onLocalTime = [calls = 0]() mutable { // as a run without memory for its line
+            if (calls++ % 2 == 0)
+                throw std::runtime_error("no clock");
+        };
+        expect([&](const std::string& noted, const std::string&) {
+            return "Unhandled exception occured:no clock " + details + noted + "|";
+        });
+        g_onLocalTime = nullptr;
+        server.values.clear();
+        server.statuses = {{"GetDeviceStatus", 15}};
+        expect([&](const std::string&, const std::string& told) {
+            return "A problem occured during events extraction. " + details + told +
+                   " P32LS status: P32LS Error - no port open|";
+        });
+    }
 }
 
 TEST_F(Run, LinksThatFailSayWhy) {
@@ -97,7 +165,7 @@ TEST_F(Run, LinksThatFailSayWhy) {
     server.statuses = {{"OpenPort", 11}};
     EXPECT_EQ(RunAll(), "Failed to open COM port. Port: COM3, connection parameters: 19200,N,8,1." + status +
                             "cannot open port|");
-    EXPECT_EQ(Calls(), "OpenPort 00.00;") << "a port that is not open is not closed";
+    EXPECT_EQ(server.calls.size(), 1U) << "a port that is not open is not closed";
     server.statuses = {{"SetTransactionValues", 12}, {"ClosePort", 13}};
     EXPECT_EQ(RunAll(), "Setting transaction values failed." + status +
                             "communication parameters cannot be set|" + "Failed to close COM port." + status +
@@ -124,8 +192,11 @@ TEST_F(Run, LinksThatFailSayWhy) {
               "TNLC=\"RPCDll.Dll\",\"10.0.0.5\",\"1\",\"2\",\"0\". P32LS status: Undefined P32LS Error|");
     EXPECT_EQ(opened, 2) << "the next relay is still visited";
     server.statuses = {{"SetTransactionValues", 12}};
-    EXPECT_NE(RunAll().find("values. Device IP: 10.0.0.6, device address: 12, bus address: 0.|"),
-              std::string::npos);
+    const std::string refused = "Setting transaction values failed." + status +
+                                "communication parameters cannot be set|There were problems with setting "
+                                "transaction values. Device IP: ";
+    EXPECT_EQ(RunAll(), refused + "10.0.0.5, device address: 2, bus address: 1.|" + refused +
+                            "10.0.0.6, device address: 12, bus address: 0.|");
 }
 
 TEST_F(Run, TheLoginProbe) {
@@ -206,13 +277,6 @@ TEST_F(Run, ARelaysTroubleIsLoggedAndTheNextOneHandled) {
                   "-a\\b; no event was taken from the relay. Connection details - COM Port: COM3, device "
                   "address: 5.|"),
               0U);
-    fields.useModem = 1;
-    fields.modemEntries = {{"RV001", 5}};
-    server.statuses = {{"GetDeviceStatus", 15}};
-    server.values.clear();
-    EXPECT_EQ(RunAll(),
-              "A problem occured during events extraction. Connection details - modem name: Acme 56k, number "
-              "to dial: 555, device address: 5. P32LS status: P32LS Error - no port open|");
 }
 
 TEST_F(Run, PasswordCallbackReasons) {

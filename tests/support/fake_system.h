@@ -6,6 +6,7 @@
 #include "platform/debug_output.h"
 #include "platform/message_box.h"
 
+#include <functional>
 #include <string>
 
 namespace ruvo {
@@ -15,12 +16,15 @@ inline std::optional<SCalendarTime> g_localTime = SCalendarTime{2021, 3, 2, 14, 
 inline SCalendarTime g_utcTime{2026, 11, 16, 23, 30, 0};
 inline bool g_daylight = false;
 inline std::string g_debugOutput;
-inline std::string g_messageBoxes; ///< "TITLE|TEXT|" each
+inline std::string g_messageBoxes;          ///< "TITLE|TEXT|" each, "warning " or "error " before some titles
+inline std::function<void()> g_onLocalTime; ///< called with each question for the time; may throw
 
 std::int64_t UnixSeconds() {
     return g_unixSeconds;
 }
 std::optional<SCalendarTime> LocalTime() {
+    if (g_onLocalTime)
+        g_onLocalTime();
     return g_localTime;
 }
 SCalendarTime UtcTime() {
@@ -33,7 +37,8 @@ void WriteDebugOutput(const std::string& text) noexcept {
     g_debugOutput += text;
 }
 void ShowMessageBox(EMessageIcon icon, const std::string& title, const std::string& text) {
-    g_messageBoxes += (icon == EMessageIcon::Information ? title : "wrong icon") + "|" + text + "|";
+    constexpr const char* kIcons[] = {"", "warning ", "error "};
+    g_messageBoxes += kIcons[static_cast<std::size_t>(icon)] + title + "|" + text + "|";
 }
 
 } // namespace ruvo
