@@ -41,12 +41,6 @@ TEST(CommandLine, IniFileAndSwitch) {
     }
 }
 
-TEST(ResultText, CheckOnlyModeAddsVersionAndFile) {
-    EXPECT_EQ(BuildResultText(EResultCode::BaudRateInvalid, {}), "BaudRate value error.");
-    EXPECT_EQ(BuildResultText(EResultCode::Success, {.checkOnly = true}),
-              "Ruvo\nVersion Number: 1.0.0.0\n\nINI file: RUVO.ini\n\nSuccess - No input errors found.\n");
-}
-
 TEST(LoadAndCheck, TheOrderOfItsSteps) {
     const CScratchFolder folder;
     setenv("RUVO_REGISTRY_USER", folder.Native("user.ini").c_str(), 1);

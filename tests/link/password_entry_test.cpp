@@ -287,25 +287,11 @@ TEST_F(PasswordEntry, ASecurityEventCallbackThatThrowsDecidesNothing) {
     CP32Wrap::SetSecurityEventCallback(nullptr);
 }
 
-TEST_F(PasswordEntry, WithoutACallbackTheEntryIsDeclined) {
-    CP32Wrap::SetGetPasswordCallback(nullptr);
-    EXPECT_EQ(Read(), kLinkAborted);
-    EXPECT_EQ(g_application.cancelled, 1);
-    EXPECT_TRUE(written.empty());
-}
-
 TEST_F(PasswordEntry, TheApplicationMaySilenceTheAcceptance) {
     g_application.noNotify = 1;
     server.texts[0x0101] = TextHex("ok");
     EXPECT_EQ(Read(), kLinkGood);
     EXPECT_TRUE(g_application.accepted.empty());
-}
-
-TEST_F(PasswordEntry, ADeviceStatusNeverEntersAPassword) {
-    server.onCall = [](SCall&) { return 0x0611; };
-    std::uint8_t byte = 0;
-    EXPECT_EQ(CP32Wrap::GetInstance()->GetDeviceStatus(nullptr, byte), kReplyPasswordNeeded);
-    EXPECT_TRUE(g_application.codes.empty());
 }
 
 } // namespace test

@@ -151,11 +151,14 @@ TEST_F(Run, TheLogNamesTheRelayWhateverTheLink) {
         });
         g_onLocalTime = nullptr;
         server.values.clear();
-        server.statuses = {{"GetDeviceStatus", 15}};
-        expect([&](const std::string&, const std::string& told) {
-            return "A problem occured during events extraction. " + details + told +
-                   " P32LS status: P32LS Error - no port open|";
-        });
+        for (const auto& [status, text] :
+             {std::pair{15, "no port open|"}, {18, "Function Aborted by User|"}}) {
+            server.statuses = {{"GetDeviceStatus", status}};
+            expect([&, end = text](const std::string&, const std::string& told) {
+                return "A problem occured during events extraction. " + details + told +
+                       " P32LS status: P32LS Error - " + end;
+            });
+        }
     }
 }
 
@@ -252,25 +255,8 @@ TEST_F(Run, TheLoginProbe) {
     }
 }
 
-TEST_F(Run, ARelaysTroubleIsLoggedAndTheNextOneHandled) {
-    fields.serialEntries = {{"RV001", 5}, {"RV002", 6}};
-    const std::string details = " Connection details - COM Port: COM3, device address: 5.";
-    int statusCalls = 0;
-    std::int64_t answer = 8;
-    server.onCall = [&](SCall& call) -> std::optional<std::int64_t> {
-        if (call.name == "GetDeviceStatus" && ++statusCalls == 1)
-            return answer;
-        return std::nullopt;
-    };
-    EXPECT_EQ(RunAll(), "A problem occured during events extraction." + details +
-                            " P32LS status: P32LS Error - device is either not connected or not responding|");
-    EXPECT_EQ(statusCalls, 2);
-    statusCalls = 0;
-    answer = 18;
-    EXPECT_EQ(RunAll(), "A problem occured during events extraction." + details +
-                            " P32LS status: P32LS Error - Function Aborted by User|");
-    EXPECT_EQ(statusCalls, 2);
-    server.onCall = nullptr;
+TEST_F(Run, ANameThatNoFileCanHaveIsLogged) {
+    fields.serialEntries = {{"RV001", 5}};
     server.values[0x0008] = TextHex("a\\b");
     EXPECT_EQ(RunAll().find(
                   "Failed to save event file The relay's model or serial number is unfit for a file name: "
