@@ -268,6 +268,9 @@ TEST_F(LoginFlows, BuffersOfTheApplicationsOwnAndStatus1AreTakenToo) {
         server.values[cell] = TextHex("USER" + std::to_string(cell - 0x9C20));
     EXPECT_EQ(Enter(), kLinkGood);
     EXPECT_NE(flow.find("GetValue 9C.FF|ask 16 USER223          0,-1;"), std::string::npos) << flow;
+    server.values[0x00F2] = "2401E0";
+    server.values[0x9C00] = TextHex("USER224");
+    EXPECT_EQ(Enter(), kLinkAborted);
 }
 
 TEST_F(LoginFlows, WhatTheApplicationIsToldOfEachAnswer) {

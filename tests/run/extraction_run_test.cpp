@@ -267,7 +267,7 @@ TEST_F(Run, ANameThatNoFileCanHaveIsLogged) {
 
 TEST_F(Run, PasswordCallbackReasons) {
     RunAll();
-    const std::string details = " Connection details - COM Port: , device address: -1.|";
+    const std::string details = " Connection details - COM Port: , device address: -1.\r\n";
     ConnectionDetails().serialLink = true;
     ConnectionDetails().comPort.clear();
     struct SRow {
@@ -303,7 +303,8 @@ TEST_F(Run, PasswordCallbackReasons) {
         EXPECT_EQ(PasswordState().accepted, row.code == 1) << row.code;
         EXPECT_EQ(PasswordState().blocked, row.blocked) << row.code;
         EXPECT_EQ(PasswordState().insufficientLevel, row.level) << row.code;
-        EXPECT_EQ(folder.Read("run.log").find(row.message), row.code == 1 ? 0U : 20U) << row.code;
+        EXPECT_EQ(folder.Read("run.log"),
+                  row.code == 1 ? "" : "2021/03/02 14:03:07 " + (row.message + details));
     }
     PasswordState().currentPassword = "PASS";
     EXPECT_EQ(PasswordCallback(request, &buffer, 6, &noNotify, 0, -1), 0);

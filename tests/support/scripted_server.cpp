@@ -126,8 +126,9 @@ EComResult CScriptedServer::Start(const char* name, Inputs inputs, Variant& stat
     m_started = SCall{name, {}, {}};
     const std::string line = AddInputs(m_started, inputs);
     const EComResult result = Run(m_started, line, status);
-    if (completeInside && result == EComResult::Ok && status == Variant::FromI4(0)) {
-        sink->OnCommandComplete(status);
+    std::int32_t number = 0;
+    if (completeInside && result == EComResult::Ok && (!status.ToI4(number) || number == 0)) {
+        sink->OnCommandComplete(Variant::FromI4(0));
     }
     return result;
 }
