@@ -47,18 +47,9 @@ TEST(EndToEnd, EveryLaterRunAppendsAndTheTimeZoneDoesNotMatter) {
 
 TEST(EndToEnd, CheckOnlyModeShowsABoxAndTouchesNothing) {
     CProgramRun run(kLink + Relay("serial = 5", kTrip), "", "[RUVO_SERIAL]\nRV001=5\n");
-    const auto box = [&](const std::string& icon, const std::string& text) {
-        return "[" + icon +
-               "] ruvo\nRuvo\nVersion Number: 1.0.0.0\n\nINI file: " + run.Folder().Native("site.ini") +
-               "\n\n" + text + "\n\n";
-    };
-    const std::string check = "$RUVO -t $DIR/site.ini; echo exit $?";
-    EXPECT_EQ(run.Shell(check), box("Information", "Success - No input errors found.") + "exit 0\n");
-    run.WriteIni("BaudRate=960\n", "[RUVO_SERIAL]\nRV001=5\n");
-    EXPECT_EQ(run.Shell(check), box("Warning", "BaudRate value error.") + "exit 0\n");
-    run.WriteIni("", "[RUVO_SERIAL]\nRV001=5\n");
-    run.Folder().Write("substation.toml", "relay = 5\n");
-    EXPECT_NE(run.Shell(check).find(box("Warning", "P32LS failed to open.")), std::string::npos);
+    EXPECT_EQ(run.Shell("$RUVO -t $DIR/site.ini; echo exit $?"),
+              "[Information] ruvo\nRuvo\nVersion Number: 1.0.0.0\n\nINI file: " +
+                  run.Folder().Native("site.ini") + "\n\nSuccess - No input errors found.\n\nexit 0\n");
     EXPECT_FALSE(run.Folder().Has("ev") || run.Folder().Has("run.log"));
 }
 
@@ -71,7 +62,7 @@ TEST(EndToEnd, WhatKeepsARunFromStarting) {
         std::string log;
     } cases[] = {
         {"a configuration error", "echo RV001=6 >> $DIR/site.ini; ",
-         "[RUVO_SERIAL] section of the INI file contains"},
+         "[RUVO_SERIAL] section contains duplicate entries.\n"},
         {"a server that is missing",
          "printf '[CLSID\\\\{9A69E99F-E86F-455D-B971-355C1139963E}]\\nInprocServer32=C:\\\\no.dll\\n' > "
          "$DIR/user.ini; sed 's|32=.*|32=" RUVO_BIN_DIR "/p32ls.so|' $DIR/user.ini > $DIR/machine.ini; ",
@@ -92,10 +83,7 @@ TEST(EndToEnd, WhatKeepsARunFromStarting) {
     for (const auto& test : cases) {
         const CProgramRun run(good, "", sections);
         run.Shell(test.setUp + "$RUVO $DIR/site.ini");
-        const std::string want = std::string(test.name) == "a configuration error"
-                                     ? "[RUVO_SERIAL] section contains duplicate entries.\n"
-                                     : test.log;
-        EXPECT_EQ(run.Log(), want) << test.name;
+        EXPECT_EQ(run.Log(), test.log) << test.name;
     }
     const CProgramRun run(good, "", sections);
     const std::string alone = run.Shell("cp $RUVO $DIR/lonely; $DIR/lonely $DIR/site.ini; echo exit $?");

@@ -108,12 +108,10 @@ TEST_F(PasswordEntry, PlainLoginMakesExactlyTheseRequests) {
     EXPECT_EQ(g_application.codes, std::vector<int>{0});
     EXPECT_EQ(g_application.maxLength, 4U);
     EXPECT_EQ(g_application.accepted, std::vector<std::string>{"MODEL-LONGER-THA"});
-    std::string record(118, '\0');
-    const std::pair<std::size_t, std::string> fields[] = {
-        {0, "Feeder 1"}, {17, "Plant"}, {34, "MODEL-LONGER-THA"}, {51, "SERIAL"}, {68, "Software 3"}};
-    for (const auto& [at, text] : fields)
-        record.replace(at, text.size(), text);
-    EXPECT_EQ(std::string(g_application.request.description, sizeof g_application.request), record);
+    const SPasswordRequest& request = g_application.request;
+    EXPECT_EQ(std::string(request.description) + "|" + request.plant + "|" + request.model + "|" +
+                  request.serialNumber + "|" + request.software + "|" + request.displayText,
+              "Feeder 1|Plant|MODEL-LONGER-THA|SERIAL|Software 3|");
     server.limits.clear(); // of a length that nobody tells
     passwordRequests = 1;
     EXPECT_EQ(Read(), kLinkGood);

@@ -158,17 +158,4 @@ TEST(StatusText, TheTextsThatUsersAndScriptsKnow) {
     EXPECT_GT(count, 90);
 }
 
-TEST(StatusText, NumberOfEveryStatus) {
-    std::istringstream rows(
-        "0 1 1 209 0  2 54 1 139 1  55 55 1 184 0  56 61 1 193 1  62 67 1 195 0  68 71 1 205 1 "
-        "72 249 1 209 0  250 250 1 213 0  251 253 1 210 1  254 272 1 209 0  274 528 1 209 0 "
-        "273 2321 256 129 1  2577 65297 256 138 0  65553 2147483647 65536 209 0");
-    std::uint32_t first = 0, last = 0, step = 0, firstId = 0, idStep = 0;
-    while (rows >> first >> last >> step >> firstId >> idStep) {
-        for (std::uint32_t i = 0; first + i * step <= last; ++i) {
-            EXPECT_EQ(StatusToStringId(first + i * step), firstId + i * idStep) << first + i * step;
-        }
-    }
-}
-
 } // namespace ruvo

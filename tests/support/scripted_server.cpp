@@ -71,8 +71,8 @@ std::string Describe(const Variant& value) {
             text += HexDigits(std::array{word >> 8, word & 0xFF});
         return text + ")";
     }
-    if (value.AsList() != nullptr || !value.ToI4(number))
-        return value.AsList() != nullptr ? "LIST" : "OTHER";
+    if (!value.ToI4(number))
+        return "OTHER";
     if (value == Variant::FromI2(static_cast<std::int16_t>(number)))
         return "I2(" + HexDigits(std::array{number >> 8, number & 0xFF}) + ")";
     return (value == Variant::FromI4(number) ? "I4(" : "UI1(") + std::to_string(number) + ")";

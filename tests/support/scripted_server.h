@@ -26,7 +26,7 @@ Variant List(std::initializer_list<std::string_view> values);
 std::string TextHex(std::string_view text);
 
 /// Kind and value in one word: UI1(5), I2(BF15) in hexadecimal, I4(7), BSTR("x"), bytes and words as
-/// hexadecimal digits, EMPTY; LIST and OTHER without what they hold.
+/// hexadecimal digits, EMPTY; OTHER for what no operation takes.
 std::string Describe(const Variant& value);
 
 struct SCall {

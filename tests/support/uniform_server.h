@@ -11,6 +11,7 @@ class CUniformServer : public IP32ls {
 public:
     using Inputs = std::initializer_list<const Variant*>;
     using Outputs = std::initializer_list<Variant*>;
+    using Com = EComResult;
 
     /// Answers an operation that is called once.
     virtual EComResult Do(const char* name, Inputs inputs, Outputs outputs, Variant& status) = 0;
@@ -19,108 +20,80 @@ public:
     virtual EComResult Start(const char* name, Inputs inputs, Variant& status) = 0;
     virtual EComResult Fetch(const char* name, Outputs outputs, Variant& status) = 0;
 
-    EComResult OpenPort(In a, In b, Out status) override { return Do("OpenPort", {&a, &b}, {}, status); }
-    EComResult ClosePort(Out status) override { return Do("ClosePort", {}, {}, status); }
-    EComResult SetTransactionValues(In a, In b, In c, In d, In e, In f, In g, Out status) override {
-        return Do("SetTransactionValues", {&a, &b, &c, &d, &e, &f, &g}, {}, status);
+    Com OpenPort(In a, In b, Out s) override { return Do("OpenPort", {&a, &b}, {}, s); }
+    Com ClosePort(Out s) override { return Do("ClosePort", {}, {}, s); }
+    Com SetTransactionValues(In a, In b, In c, In d, In e, In f, In g, Out s) override {
+        return Do("SetTransactionValues", {&a, &b, &c, &d, &e, &f, &g}, {}, s);
     }
-    EComResult StartGetColumnHeadings(In a, Out status) override {
-        return Start("GetColumnHeadings", {&a}, status);
+    Com StartGetColumnHeadings(In a, Out s) override { return Start("GetColumnHeadings", {&a}, s); }
+    Com FetchColumnHeadings(Out x, Out y, Out s) override {
+        return Fetch("FetchColumnHeadings", {&x, &y}, s);
     }
-    EComResult FetchColumnHeadings(Out x, Out y, Out status) override {
-        return Fetch("FetchColumnHeadings", {&x, &y}, status);
+    Com StartGetColumnText(In a, In b, Out s) override { return Start("GetColumnText", {&a, &b}, s); }
+    Com FetchColumnText(Out x, Out y, Out s) override { return Fetch("FetchColumnText", {&x, &y}, s); }
+    Com StartGetColumnValues(In a, In b, Out s) override { return Start("GetColumnValues", {&a, &b}, s); }
+    Com FetchColumnValues(Out x, Out y, Out s) override { return Fetch("FetchColumnValues", {&x, &y}, s); }
+    Com StartGetColumnTextAndValues(In a, In b, Out s) override {
+        return Start("GetColumnTextAndValues", {&a, &b}, s);
     }
-    EComResult StartGetColumnText(In a, In b, Out status) override {
-        return Start("GetColumnText", {&a, &b}, status);
+    Com FetchColumnTextAndValues(Out x, Out y, Out z, Out s) override {
+        return Fetch("FetchColumnTextAndValues", {&x, &y, &z}, s);
     }
-    EComResult FetchColumnText(Out x, Out y, Out status) override {
-        return Fetch("FetchColumnText", {&x, &y}, status);
+    Com StartGetStrings(In a, In b, Out s) override { return Start("GetStrings", {&a, &b}, s); }
+    Com FetchStrings(Out x, Out s) override { return Fetch("FetchStrings", {&x}, s); }
+    Com GetText(In a, In b, Out x, Out s) override { return Do("GetText", {&a, &b}, {&x}, s); }
+    Com GetValue(In a, In b, Out x, Out y, Out z, Out s) override {
+        return Do("GetValue", {&a, &b}, {&x, &y, &z}, s);
     }
-    EComResult StartGetColumnValues(In a, In b, Out status) override {
-        return Start("GetColumnValues", {&a, &b}, status);
+    Com GetValues(In a, In b, Out x, Out s) override { return Do("GetValues", {&a, &b}, {&x}, s); }
+    Com GetSettingLimits(In a, In b, Out x, Out s) override {
+        return Do("GetSettingLimits", {&a, &b}, {&x}, s);
     }
-    EComResult FetchColumnValues(Out x, Out y, Out status) override {
-        return Fetch("FetchColumnValues", {&x, &y}, status);
+    Com StartGetColumnSettingLimits(In a, In b, Out s) override {
+        return Start("GetColumnSettingLimits", {&a, &b}, s);
     }
-    EComResult StartGetColumnTextAndValues(In a, In b, Out status) override {
-        return Start("GetColumnTextAndValues", {&a, &b}, status);
+    Com FetchColumnSettingLimits(Out x, Out y, Out s) override {
+        return Fetch("FetchColumnSettingLimits", {&x, &y}, s);
     }
-    EComResult FetchColumnTextAndValues(Out x, Out y, Out z, Out status) override {
-        return Fetch("FetchColumnTextAndValues", {&x, &y, &z}, status);
+    Com ChangeSetting(In a, In b, In c, Out s) override { return Do("ChangeSetting", {&a, &b, &c}, {}, s); }
+    Com ResetCell(In a, In b, Out s) override { return Do("ResetCell", {&a, &b}, {}, s); }
+    Com SetValue(In a, In b, In c, Out s) override { return Do("SetValue", {&a, &b, &c}, {}, s); }
+    Com SetBlockedValue(In a, In b, In c, Out s) override {
+        return Do("SetBlockedValue", {&a, &b, &c}, {}, s);
     }
-    EComResult StartGetStrings(In a, In b, Out status) override {
-        return Start("GetStrings", {&a, &b}, status);
+    Com GetEvent(In a, Out x, Out y, Out z, Out s) override { return Do("GetEvent", {&a}, {&x, &y, &z}, s); }
+    Com TestAvailableDisturbanceRecord(In a, Out x, Out s) override {
+        return Do("TestAvailableDisturbanceRecord", {&a}, {&x}, s);
     }
-    EComResult FetchStrings(Out x, Out status) override { return Fetch("FetchStrings", {&x}, status); }
-    EComResult GetText(In a, In b, Out x, Out status) override {
-        return Do("GetText", {&a, &b}, {&x}, status);
+    Com StartGetCompressDisturbanceRecord(In a, In b, Out s) override {
+        return Start("GetCompressDisturbanceRecord", {&a, &b}, s);
     }
-    EComResult GetValue(In a, In b, Out x, Out y, Out z, Out status) override {
-        return Do("GetValue", {&a, &b}, {&x, &y, &z}, status);
+    Com FetchCompressDisturbanceRecord(Out x, Out s) override {
+        return Fetch("FetchCompressDisturbanceRecord", {&x}, s);
     }
-    EComResult GetValues(In a, In b, Out x, Out status) override {
-        return Do("GetValues", {&a, &b}, {&x}, status);
+    Com StartGetDisturbanceRecordConfiguration(In a, In b, Out s) override {
+        return Start("GetDisturbanceRecordConfiguration", {&a, &b}, s);
     }
-    EComResult GetSettingLimits(In a, In b, Out x, Out status) override {
-        return Do("GetSettingLimits", {&a, &b}, {&x}, status);
+    Com StartGetDisturbanceRecordValues(In a, Out s) override {
+        return Start("GetDisturbanceRecordValues", {&a}, s);
     }
-    EComResult StartGetColumnSettingLimits(In a, In b, Out status) override {
-        return Start("GetColumnSettingLimits", {&a, &b}, status);
+    Com FetchDisturbanceRecordValues(Out x, Out y, Out s) override {
+        return Fetch("FetchDisturbanceRecordValues", {&x, &y}, s);
     }
-    EComResult FetchColumnSettingLimits(Out x, Out y, Out status) override {
-        return Fetch("FetchColumnSettingLimits", {&x, &y}, status);
+    Com SetRealTime(In a, In b, Out s) override { return Do("SetRealTime", {&a, &b}, {}, s); }
+    Com ChangeDeviceAddress(In a, In b, In c, Out s) override {
+        return Do("ChangeDeviceAddress", {&a, &b, &c}, {}, s);
     }
-    EComResult ChangeSetting(In a, In b, In c, Out status) override {
-        return Do("ChangeSetting", {&a, &b, &c}, {}, status);
+    Com SelectSettingGroup(In a, In b, Out s) override { return Do("SelectSettingGroup", {&a, &b}, {}, s); }
+    Com GetDeviceStatus(In a, Out x, Out s) override { return Do("GetDeviceStatus", {&a}, {&x}, s); }
+    Com Abort(Out s) override { return Do("Abort", {}, {}, s); }
+    Com FetchDisturbanceRecordConfiguration(Out w, Out x, Out y, Out z, Out s) override {
+        return Fetch("FetchDisturbanceRecordConfiguration", {&w, &x, &y, &z}, s);
     }
-    EComResult ResetCell(In a, In b, Out status) override { return Do("ResetCell", {&a, &b}, {}, status); }
-    EComResult SetValue(In a, In b, In c, Out status) override {
-        return Do("SetValue", {&a, &b, &c}, {}, status);
+    Com ModemConnect(In a, In b, In c, In d, In e, In f, Out s) override {
+        return Start("ModemConnect", {&a, &b, &c, &d, &e, &f}, s);
     }
-    EComResult SetBlockedValue(In a, In b, In c, Out status) override {
-        return Do("SetBlockedValue", {&a, &b, &c}, {}, status);
-    }
-    EComResult GetEvent(In a, Out x, Out y, Out z, Out status) override {
-        return Do("GetEvent", {&a}, {&x, &y, &z}, status);
-    }
-    EComResult TestAvailableDisturbanceRecord(In a, Out x, Out status) override {
-        return Do("TestAvailableDisturbanceRecord", {&a}, {&x}, status);
-    }
-    EComResult StartGetCompressDisturbanceRecord(In a, In b, Out status) override {
-        return Start("GetCompressDisturbanceRecord", {&a, &b}, status);
-    }
-    EComResult FetchCompressDisturbanceRecord(Out x, Out status) override {
-        return Fetch("FetchCompressDisturbanceRecord", {&x}, status);
-    }
-    EComResult StartGetDisturbanceRecordConfiguration(In a, In b, Out status) override {
-        return Start("GetDisturbanceRecordConfiguration", {&a, &b}, status);
-    }
-    EComResult StartGetDisturbanceRecordValues(In a, Out status) override {
-        return Start("GetDisturbanceRecordValues", {&a}, status);
-    }
-    EComResult FetchDisturbanceRecordValues(Out x, Out y, Out status) override {
-        return Fetch("FetchDisturbanceRecordValues", {&x, &y}, status);
-    }
-    EComResult SetRealTime(In a, In b, Out status) override {
-        return Do("SetRealTime", {&a, &b}, {}, status);
-    }
-    EComResult ChangeDeviceAddress(In a, In b, In c, Out status) override {
-        return Do("ChangeDeviceAddress", {&a, &b, &c}, {}, status);
-    }
-    EComResult SelectSettingGroup(In a, In b, Out status) override {
-        return Do("SelectSettingGroup", {&a, &b}, {}, status);
-    }
-    EComResult GetDeviceStatus(In a, Out x, Out status) override {
-        return Do("GetDeviceStatus", {&a}, {&x}, status);
-    }
-    EComResult Abort(Out status) override { return Do("Abort", {}, {}, status); }
-    EComResult FetchDisturbanceRecordConfiguration(Out w, Out x, Out y, Out z, Out status) override {
-        return Fetch("FetchDisturbanceRecordConfiguration", {&w, &x, &y, &z}, status);
-    }
-    EComResult ModemConnect(In a, In b, In c, In d, In e, In f, Out status) override {
-        return Start("ModemConnect", {&a, &b, &c, &d, &e, &f}, status);
-    }
-    EComResult ModemHangUp(Out status) override { return Do("ModemHangUp", {}, {}, status); }
+    Com ModemHangUp(Out s) override { return Do("ModemHangUp", {}, {}, s); }
 
 protected:
     ~CUniformServer() = default;
