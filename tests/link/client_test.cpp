@@ -249,7 +249,7 @@ TEST_F(Client, WritesLeaveSecurityEvents) {
                   "[01.02] 'Setting reply code      '  dt:0x24  dl:0x01  dv:'0x00'\n");
     server.statuses["SetValue"] = 0x0411;
     EXPECT_EQ(lines([&] { link->SetValue(nullptr, 0x0010, CParlaneText("trip\n")); }),
-              stamp + "[FF.FC] 'Change Breaker          '  dt:0x18  dl:0x05  dv:'trip.'\n" + stamp +
+              stamp + "[FF.FC] 'Change Breaker          '  dt:0x18  dl:0x05  dv:'trip\n'\n" + stamp +
                   "[00.10] 'Setting reply code      '  dt:0x24  dl:0x01  dv:'0x04'\n");
     EXPECT_EQ(lines([&] { link->ResetCell(nullptr, 0x0010); }),
               stamp + "[FF.FD] 'Reset cell 00.10        '  dt:0x24  dl:0x02  dv:'0x00 0x00'\n");
