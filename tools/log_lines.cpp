@@ -59,7 +59,7 @@ std::string_view FieldBehind(std::string_view text, std::string_view mark) {
 
 } // namespace
 
-CLogReader::CLogReader() : m_buffer(kLongestLine) {}
+CLogReader::CLogReader() : m_buffer(std::make_unique_for_overwrite<std::uint8_t[]>(kLongestLine)) {}
 
 SFileResult CLogReader::Open(const std::string& path) {
     m_begin = m_end = 0;
@@ -68,7 +68,7 @@ SFileResult CLogReader::Open(const std::string& path) {
     m_atEnd = !m_result.Good(); // reading on would put another failure over the true one
     if (m_result.Good()) {
         Refill();
-        if (std::string_view(reinterpret_cast<const char*>(m_buffer.data()), m_end)
+        if (std::string_view(reinterpret_cast<const char*>(m_buffer.get()), m_end)
                 .starts_with(kByteOrderMark)) {
             m_begin = kByteOrderMark.size();
         }
@@ -94,17 +94,16 @@ bool CLogReader::Next(SLogLine& line) {
 /// The next line without its end, or as much of it as the buffer holds.
 bool CLogReader::NextText(std::string_view& text) {
     const auto findEnd = [this] {
-        return static_cast<std::size_t>(std::find(m_buffer.begin() + static_cast<std::ptrdiff_t>(m_begin),
-                                                  m_buffer.begin() + static_cast<std::ptrdiff_t>(m_end),
-                                                  std::uint8_t{'\n'}) -
-                                        m_buffer.begin());
+        const std::uint8_t* const buffer = m_buffer.get();
+        return static_cast<std::size_t>(std::find(buffer + m_begin, buffer + m_end, std::uint8_t{'\n'}) -
+                                        buffer);
     };
     std::size_t end = findEnd();
     if (end == m_end && !m_atEnd) {
         Refill();
         end = findEnd();
     }
-    text = std::string_view(reinterpret_cast<const char*>(m_buffer.data()), end).substr(m_begin);
+    text = std::string_view(reinterpret_cast<const char*>(m_buffer.get()), end).substr(m_begin);
     const bool isEnded = end < m_end;
     m_begin = end + (isEnded ? 1 : 0);
     m_number += isEnded ? 1 : 0;
@@ -116,12 +115,12 @@ bool CLogReader::NextText(std::string_view& text) {
 }
 
 void CLogReader::Refill() {
-    std::memmove(m_buffer.data(), m_buffer.data() + m_begin, m_end - m_begin);
+    std::memmove(m_buffer.get(), m_buffer.get() + m_begin, m_end - m_begin);
     m_end -= m_begin;
     m_begin = 0;
-    while (!m_atEnd && m_end < m_buffer.size()) {
+    while (!m_atEnd && m_end < kLongestLine) {
         std::size_t count = 0;
-        m_result = m_file.Read(std::span(m_buffer).subspan(m_end), count);
+        m_result = m_file.Read(std::span(m_buffer.get() + m_end, kLongestLine - m_end), count);
         m_atEnd = !m_result.Good() || count == 0;
         m_end += count;
     }

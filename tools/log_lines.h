@@ -5,9 +5,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace ruvo {
 
@@ -40,8 +40,8 @@ private:
     void Refill();
 
     CFile m_file;
-    std::vector<std::uint8_t> m_buffer;
-    std::size_t m_begin = 0; ///< of the bytes in the buffer that are still to come
+    std::unique_ptr<std::uint8_t[]> m_buffer; ///< not zeroed: most logs are small
+    std::size_t m_begin = 0;                  ///< of the bytes in the buffer that are still to come
     std::size_t m_end = 0;
     std::uint64_t m_number = 1; ///< of the line that the next bytes belong to
     bool m_atEnd = false;

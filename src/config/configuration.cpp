@@ -3,6 +3,7 @@
 #include "config/scramble.h"
 #include "paths/path_utilities.h"
 #include "platform/full_path.h"
+#include "platform/ini_text.h"
 #include "platform/message_box.h"
 #include "platform/profile.h"
 #include "platform/registry.h"
@@ -27,6 +28,9 @@ constexpr std::size_t kRegistryCapacity = 100000;
 constexpr std::string_view kStudioKey = R"(SOFTWARE\Halvex\Norvo Q7 Studio)";
 constexpr std::string_view kDestinationValue = "Q7SecurityLogs";
 constexpr std::string_view kRegistrySubfolder = R"(\RUVO\)";
+
+constexpr std::string_view kRelayPrefix = "RV";
+constexpr std::size_t kRelayKeySize = 5;
 
 // What a text that is no number becomes: above every limit, so that validation names the key.
 constexpr std::int32_t kBadSwitch = 2;
@@ -113,27 +117,19 @@ void ReadGeneralKeys(const CProfileReader& reader, SRuvoConfigFields& fields) {
 }
 
 void ReadAddresses(const CProfileReader& reader, std::string_view section, AddressEntries& entries) {
-    if (!reader.MayHoldKeys(section)) {
-        return;
-    }
-    for (int number = 0; number < kRelayKeyCount; ++number) {
-        std::string key = RelayKey(number);
+    for (const std::string& key : RelayKeys(reader.KeyNames(section))) {
         const std::int32_t address = ReadIntKey(reader, section, key, kNoAddress, kNoAddress);
         if (address != kNoAddress) {
-            entries.emplace_hint(entries.end(), std::move(key), address);
+            entries.emplace_hint(entries.end(), key, address);
         }
     }
 }
 
 void ReadTexts(const CProfileReader& reader, std::string_view section, TextEntries& entries) {
-    if (!reader.MayHoldKeys(section)) {
-        return;
-    }
-    for (int number = 0; number < kRelayKeyCount; ++number) {
-        std::string key = RelayKey(number);
+    for (const std::string& key : RelayKeys(reader.KeyNames(section))) {
         std::string text = ReadTextKey(reader, section, key, "");
         if (!text.empty()) {
-            entries.emplace_hint(entries.end(), std::move(key), std::move(text));
+            entries.emplace_hint(entries.end(), key, std::move(text));
         }
     }
 }
@@ -193,6 +189,21 @@ std::string RelayKey(int number) {
         key[digit - 1] = static_cast<char>('0' + number % 10);
     }
     return key;
+}
+
+bool IsRelayKey(std::string_view key) {
+    return key.size() == kRelayKeySize && EqualIniNames(key.substr(0, kRelayPrefix.size()), kRelayPrefix) &&
+           IsNumericText(key.substr(kRelayPrefix.size()), true);
+}
+
+std::set<std::string> RelayKeys(std::span<const std::string> names) {
+    std::set<std::string> keys;
+    for (const std::string& name : names) {
+        if (IsRelayKey(name)) {
+            keys.insert(std::string(kRelayPrefix) + name.substr(kRelayPrefix.size()));
+        }
+    }
+    return keys;
 }
 
 bool LoadConfiguration(const std::string& iniPath, CRuvoConfig& config) {

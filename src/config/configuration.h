@@ -5,6 +5,8 @@
 #include "config/ruvo_config.h"
 
 #include <cstdint>
+#include <set>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -24,6 +26,10 @@ inline constexpr int kRelayKeyCount = 1000;
 
 /// The key text of a number from 0 to 999: "RV007".
 std::string RelayKey(int number);
+/// True for "RV" and three digits, in any letter case.
+[[nodiscard]] bool IsRelayKey(std::string_view key);
+/// The relay keys among names of keys, each once, as RelayKey writes it and in the order of its number.
+[[nodiscard]] std::set<std::string> RelayKeys(std::span<const std::string> names);
 
 /// Reads the INI file at a full path into `config`. False only when the file has no section (missing,
 /// unreadable or empty); the configuration then holds the path alone. Relative paths in the file count from

@@ -10,6 +10,7 @@
 #include <array>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -54,15 +55,13 @@ bool IsSwitch(std::int32_t value) {
 }
 
 bool HasDuplicates(const CIniText* ini, std::string_view section) {
-    if (ini == nullptr || ini->FindSection(section) == nullptr) {
+    if (ini == nullptr) {
         return false;
     }
-    for (int number = 0; number < kRelayKeyCount; ++number) {
-        if (HasDuplicateKey(ini, section, RelayKey(number)) == EDuplicateKey::Yes) {
-            return true;
-        }
-    }
-    return false;
+    const std::set<std::string> keys = RelayKeys(ini->KeyNames(section));
+    return std::any_of(keys.begin(), keys.end(), [&](const std::string& key) {
+        return HasDuplicateKey(ini, section, key) == EDuplicateKey::Yes;
+    });
 }
 
 EResultCode CheckEventRoot(const CRuvoConfig& config) {

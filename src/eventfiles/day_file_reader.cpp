@@ -22,7 +22,7 @@ constexpr std::uint64_t kBudgetPerByte = 8;
 
 } // namespace
 
-CDayFileReader::CDayFileReader() : m_buffer(kBufferSize) {}
+CDayFileReader::CDayFileReader() : m_buffer(std::make_unique_for_overwrite<std::uint8_t[]>(kBufferSize)) {}
 
 SFileResult CDayFileReader::Open(const std::string& path, SOpenMode mode) {
     m_at = SProgress{};
@@ -173,16 +173,17 @@ CDayFileReader::Bytes CDayFileReader::Window() {
     if (m_at.end - m_at.begin < kWindowSize && !m_at.atEnd) {
         Refill();
     }
-    return Bytes(m_buffer).subspan(m_at.begin, std::min(m_at.end - m_at.begin, kWindowSize));
+    return Bytes(m_buffer.get() + m_at.begin, std::min(m_at.end - m_at.begin, kWindowSize));
 }
 
 void CDayFileReader::Refill() {
-    std::memmove(m_buffer.data(), m_buffer.data() + m_at.begin, m_at.end - m_at.begin);
+    std::memmove(m_buffer.get(), m_buffer.get() + m_at.begin, m_at.end - m_at.begin);
     m_at.end -= m_at.begin;
     m_at.begin = 0;
-    while (!m_at.atEnd && m_at.end < m_buffer.size()) {
+    while (!m_at.atEnd && m_at.end < kBufferSize) {
         std::size_t count = 0;
-        m_at.readFailed = !m_file.Read(std::span(m_buffer).subspan(m_at.end), count).Good();
+        m_at.readFailed =
+            !m_file.Read(std::span(m_buffer.get() + m_at.end, kBufferSize - m_at.end), count).Good();
         m_at.atEnd = m_at.readFailed || count == 0;
         m_at.end += count;
     }

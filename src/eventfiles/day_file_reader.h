@@ -11,7 +11,6 @@
 #include <optional>
 #include <span>
 #include <string>
-#include <vector>
 
 namespace ruvo {
 
@@ -76,7 +75,8 @@ private:
     };
 
     CFile m_file;
-    std::vector<std::uint8_t> m_buffer;
+    std::unique_ptr<std::uint8_t[]>
+        m_buffer; ///< not zeroed: a visit that reads a small file touches little of it
     SProgress m_at;
 };
 

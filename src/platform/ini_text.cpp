@@ -55,7 +55,7 @@ std::optional<std::string_view> HeaderName(std::string_view line) {
     return Trim(line.substr(1, end - 1));
 }
 
-// FNV-1a over the folded names; a thousand relay keys are asked for in each section, so nothing is allocated.
+// FNV-1a over the folded names; every key of every section is asked for, so nothing is allocated.
 std::size_t HashName(std::string_view section, std::string_view key) {
     std::uint64_t hash = 0xCBF29CE484222325;
     const auto add = [&hash](char c) { hash = (hash ^ static_cast<unsigned char>(Fold(c))) * 0x100000001B3; };
@@ -139,6 +139,18 @@ const SIniSection* CIniText::FindSection(std::string_view name) const {
         }
     }
     return nullptr;
+}
+
+std::vector<std::string> CIniText::KeyNames(std::string_view section) const {
+    std::vector<std::string> names;
+    const SIniSection* const found = FindSection(section);
+    for (const SIniEntry& entry :
+         found != nullptr ? std::span(found->entries) : std::span<const SIniEntry>()) {
+        if (!entry.IsComment()) {
+            names.push_back(entry.key);
+        }
+    }
+    return names;
 }
 
 const SIniEntry* CIniText::FindEntry(std::string_view section, std::string_view key) const {

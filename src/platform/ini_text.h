@@ -45,6 +45,8 @@ public:
 
     /// The first section of that name, the only one that reading looks at; null when there is none.
     const SIniSection* FindSection(std::string_view name) const;
+    /// The keys of the first section of that name, repeated ones included, without comments.
+    std::vector<std::string> KeyNames(std::string_view section) const;
     /// The first occurrence of a key in the first section of that name; null when there is none.
     const SIniEntry* FindEntry(std::string_view section, std::string_view key) const;
     /// Every occurrence of the key in every section of that name, in the order of the file.

@@ -23,9 +23,9 @@ public:
     /// missing, unreadable or without a section header.
     std::vector<std::string> SectionNames(std::size_t capacity) const;
 
-    /// False only where reading any key of the section gives the default: that saves asking for a thousand of
-    /// them. True where the system has no cheaper answer.
-    [[nodiscard]] bool MayHoldKeys(std::string_view section) const;
+    /// Names of the keys of the section that reading looks at, in file order, repeated ones included. Every
+    /// key with a value is among them, so that nobody has to ask for a thousand that might be there.
+    [[nodiscard]] std::vector<std::string> KeyNames(std::string_view section) const;
 
     /// The value of a key, at most capacity - 1 bytes of it; the default when file, section or key is
     /// missing.

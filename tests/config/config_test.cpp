@@ -92,9 +92,10 @@ TEST(Load, Texts) {
 }
 
 TEST(Load, Entries) {
-    const std::string lines = " RV010=7 rv001=5 RV1=5 RV0002=5 RV002=x RV003= RV004=0 RV999=300 RV001=6 X=5";
+    const std::string lines =
+        " RV010=7 rv001=5 RV1=5 RV0002=5 RV002=x RV003= RV004=0 RV999=300 RV001=6 X=5 RV006 RV006=6 ;RV007=7";
     const AddressEntries addresses{{"RV001", 5}, {"RV004", 0}, {"RV010", 7}, {"RV999", 300}};
-    EXPECT_EQ(Load(Ini("[SERIAL]" + lines)).SerialEntries(), addresses);
+    EXPECT_EQ(Load(Ini("[SERIAL]" + lines + " [SERIAL] RV020=3")).SerialEntries(), addresses);
     EXPECT_EQ(Load(Ini("[MODEM]" + lines)).ModemEntries(), addresses);
     TextEntries texts{{"RV001", "5"}, {"RV002", "x"}, {"RV004", "0"}, {"RV010", "7"}, {"RV999", "300"}};
     EXPECT_EQ(Load(Ini("[ETHERNET]" + lines)).EthernetEntries(), texts);

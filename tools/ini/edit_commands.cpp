@@ -2,7 +2,6 @@
 #include "config/configuration.h"
 #include "tools/command.h"
 #include "tools/ini/ini_edit.h"
-#include "tools/ini/ini_forms.h"
 #include "tools/ini/password_input.h"
 #include "tools/ini/relay_entries.h"
 

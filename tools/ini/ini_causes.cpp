@@ -158,8 +158,7 @@ void FindEventRoot(const CIniText& ini, const SCauseRow& row, Findings& findings
 /// Calls `take` with the occurrence that is read of each relay key there is, in key order.
 template <class TTake>
 void ForEachRelayEntry(const CIniText& ini, std::string_view section, const TTake& take) {
-    for (int number = 0; number < kRelayKeyCount; ++number) {
-        const std::string key = RelayKey(number);
+    for (const std::string& key : RelayKeys(ini.KeyNames(section))) {
         if (const SIniEntry* const entry = ini.FindEntry(section, key)) {
             take(*entry, key);
         }

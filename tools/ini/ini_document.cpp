@@ -1,7 +1,7 @@
 #include "tools/ini/ini_document.h"
 
+#include "config/configuration.h"
 #include "platform/profile.h"
-#include "tools/ini/ini_forms.h"
 
 #include <algorithm>
 #include <utility>

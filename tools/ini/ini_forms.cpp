@@ -1,8 +1,6 @@
 #include "tools/ini/ini_forms.h"
 
-#include "config/configuration.h"
 #include "config/scramble.h"
-#include "platform/ini_text.h"
 
 #include <charconv>
 #include <cstdint>
@@ -23,10 +21,6 @@ bool IsWord(std::string_view digits) {
 }
 
 } // namespace
-
-bool IsRelayKey(std::string_view key) {
-    return key.size() == 5 && EqualIniNames(key.substr(0, 2), "RV") && IsNumericText(key.substr(2), true);
-}
 
 bool CanBeScrambled(std::string_view text) {
     return text.size() == kScrambledLength && IsHexDigit(text[0]) && text[1] >= '0' && text[1] <= '8' &&

@@ -5,9 +5,6 @@
 
 namespace ruvo {
 
-/// RV and three digits, in any letter case.
-[[nodiscard]] bool IsRelayKey(std::string_view key);
-
 /// What scrambling can have written. Unscrambling takes more than that.
 [[nodiscard]] bool CanBeScrambled(std::string_view text);
 

@@ -52,8 +52,7 @@ std::optional<ELink> SelectedLink(const CIniText& ini) {
 std::vector<SRelay> ListRelays(const CIniText& ini) {
     std::vector<SRelay> relays;
     for (std::size_t link = 0; link < kLinks.size(); ++link) {
-        for (int number = 0; number < kRelayKeyCount; ++number) {
-            const std::string key = RelayKey(number);
+        for (const std::string& key : RelayKeys(ini.KeyNames(kLinks[link].section))) {
             const SIniEntry* const entry = ini.FindEntry(kLinks[link].section, key);
             if (HasValue(entry)) {
                 relays.push_back({static_cast<ELink>(link), key, *entry->value, PasswordOf(ini, key)});

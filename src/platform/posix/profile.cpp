@@ -46,8 +46,8 @@ std::vector<std::string> CProfileReader::SectionNames(std::size_t capacity) cons
     return names;
 }
 
-bool CProfileReader::MayHoldKeys(std::string_view section) const {
-    return m_state->ini.FindSection(section) != nullptr;
+std::vector<std::string> CProfileReader::KeyNames(std::string_view section) const {
+    return m_state->ini.KeyNames(section);
 }
 
 std::string CProfileReader::ReadString(std::string_view section, std::string_view key,

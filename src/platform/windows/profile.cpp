@@ -6,6 +6,20 @@
 
 namespace ruvo {
 
+namespace {
+
+/// The names in a list of them, each ended by a NUL, or by the end of a list that was cut.
+std::vector<std::string> SplitNames(const std::string& list) {
+    std::vector<std::string> names;
+    for (std::size_t at = 0; at < list.size();) {
+        names.emplace_back(list.c_str() + at);
+        at += names.back().size() + 1;
+    }
+    return names;
+}
+
+} // namespace
+
 struct CProfileReader::SState {
     std::string path;
 };
@@ -19,16 +33,22 @@ std::vector<std::string> CProfileReader::SectionNames(std::size_t capacity) cons
     const DWORD length =
         GetPrivateProfileSectionNamesA(list.data(), static_cast<DWORD>(capacity), m_state->path.c_str());
     list.resize(std::min<std::size_t>(length, capacity));
-    std::vector<std::string> names;
-    for (std::size_t at = 0; at < list.size();) {
-        names.emplace_back(list.c_str() + at); // up to the name's NUL, or to the end of a list that was cut
-        at += names.back().size() + 1;
-    }
-    return names;
+    return SplitNames(list);
 }
 
-bool CProfileReader::MayHoldKeys(std::string_view /*section*/) const {
-    return true;
+std::vector<std::string> CProfileReader::KeyNames(std::string_view section) const {
+    constexpr std::size_t kFirstCapacity = std::size_t{64} * 1024;
+    constexpr std::size_t kEndOfList = 2; // a list that was cut is shorter than its buffer by two NULs
+    const std::string name(section);
+    for (std::size_t capacity = kFirstCapacity;; capacity *= 2) {
+        std::string list(capacity, '\0');
+        const DWORD length = GetPrivateProfileStringA(name.c_str(), nullptr, "", list.data(),
+                                                      static_cast<DWORD>(capacity), m_state->path.c_str());
+        if (length < capacity - kEndOfList) {
+            list.resize(length);
+            return SplitNames(list);
+        }
+    }
 }
 
 std::string CProfileReader::ReadString(std::string_view section, std::string_view key,
