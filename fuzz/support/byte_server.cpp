@@ -159,6 +159,12 @@ EComResult CByteServer::Fail(unsigned how, Variant& status) {
 }
 
 void CByteServer::FillUsual(std::string_view name, Inputs inputs, Outputs outputs) {
+    static const Variant kEvent = Variant::FromList(
+        {Bytes("44020103"), Bytes("3C07BD1B0C03100B1A"), Bytes("18045472 6970"), Bytes("2C04DC857B01")});
+    static const std::array kColumn{Variant::FromList({Bytes("44020205")}),
+                                    Variant::FromList({Bytes("1805492025642E")}),
+                                    Variant::FromList({Bytes("280105")})};
+    static const Variant kText = Variant::FromList({Bytes("18024F6E")});
     Variant* const* const out = outputs.begin();
     std::int16_t cell = 0;
     if (name == "GetValue" && inputs.begin()[1]->ToI2(cell)) {
@@ -169,16 +175,15 @@ void CByteServer::FillUsual(std::string_view name, Inputs inputs, Outputs output
         *out[0] = Variant::FromUI1(0x20);
     } else if (name == "GetEvent") {
         *out[0] = Variant::FromUI1(0);
-        *out[1] = Variant::FromList(
-            {Bytes("44020103"), Bytes("3C07BD1B0C03100B1A"), Bytes("18045472 6970"), Bytes("2C04DC857B01")});
+        *out[1] = kEvent;
         *out[2] = Variant::FromUI1(1);
-    } else if (name == "GetColumnTextAndValues" && outputs.size() == 3) {
-        *out[0] = Variant::FromList({Bytes("44020205")});
-        *out[1] = Variant::FromList({Bytes("1805492025642E")});
-        *out[2] = Variant::FromList({Bytes("280105")});
+    } else if (name == "GetColumnTextAndValues" && outputs.size() == kColumn.size()) {
+        for (std::size_t i = 0; i < kColumn.size(); ++i) {
+            *out[i] = kColumn.at(i);
+        }
     } else {
         for (Variant* output : outputs) {
-            *output = Variant::FromList({Bytes("18024F6E")});
+            *output = kText;
         }
     }
 }
