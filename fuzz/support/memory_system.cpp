@@ -5,7 +5,6 @@
 #include "platform/files.h"
 #include "platform/full_path_text.h"
 #include "platform/message_box.h"
-#include "platform/registry.h"
 
 #include <algorithm>
 
@@ -320,10 +319,5 @@ bool IsDaylightTime() {
 void WriteDebugOutput(const std::string& /*text*/) noexcept {}
 
 void ShowMessageBox(EMessageIcon /*icon*/, const std::string& /*title*/, const std::string& /*text*/) {}
-
-std::optional<std::string> ReadRegistryValue(ERegistryRoot /*root*/, std::string_view /*keyPath*/,
-                                             std::string_view /*valueName*/, std::size_t /*capacity*/) {
-    return std::nullopt;
-}
 
 } // namespace ruvo
