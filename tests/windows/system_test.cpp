@@ -76,9 +76,12 @@ void CheckSharing() {
     std::size_t count = 0;
     g_checks.Expect(Put(made, "x", count).Good() && !made.RemoveIfEmpty(),
                     "a file with something in it stays");
-    g_checks.Expect(made.SetLength(0).Good() && made.RemoveIfEmpty() && !made.IsAt(path),
+    g_checks.Expect(MoveFileA(path.c_str(), In("moved").c_str()) != FALSE && !made.IsAt(path),
+                    "renamed meanwhile");
+    g_checks.Expect(MoveFileA(In("moved").c_str(), path.c_str()) != FALSE && made.IsAt(path), "and back");
+    g_checks.Expect(made.SetLength(0).Good() && made.RemoveIfEmpty() && made.Close().Good(),
                     "an empty one goes");
-    g_checks.Expect(made.Close().Good() && GetPathKind(path) == EPathKind::Missing, "and is gone");
+    g_checks.Expect(GetPathKind(path) == EPathKind::Missing, "and is gone");
 }
 
 void CheckWhyOpeningFails() {
