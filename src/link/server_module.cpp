@@ -35,7 +35,7 @@ std::string ExplainServerFailure() {
     } else {
         const auto entry = reinterpret_cast<ServerEntryPoint>(module.FindEntry(kServerEntryPoint));
         const SServerModule* const table = entry == nullptr ? nullptr : entry();
-        words = SystemPath(place.path) + ": ";
+        words = SystemModulePath(place.path) + ": ";
         words += table == nullptr ? "no comms server: it has no entry point " + std::string(kServerEntryPoint)
                  : table->interfaceVersion != kServerInterfaceVersion
                      ? "made for interface version " + std::to_string(table->interfaceVersion) + ", not " +

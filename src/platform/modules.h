@@ -11,6 +11,8 @@ std::string ProgramPath();
 /// Folder, without a separator at its end, of the program or library that holds this code.
 std::string CodeFolder();
 
+/// The file that CModule::Load would load for this path, as the system's own programs write it.
+std::string SystemModulePath(const std::string& path);
 /// True when the file that CModule::Load would load for this path can be opened for reading.
 bool CanReadModule(const std::string& path);
 

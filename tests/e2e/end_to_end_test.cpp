@@ -50,6 +50,10 @@ TEST(EndToEnd, CheckOnlyModeShowsABoxAndTouchesNothing) {
     EXPECT_EQ(run.Shell("$RUVO -t $DIR/site.ini; echo exit $?"),
               "[Information] ruvo\nRuvo\nVersion Number: 1.0.0.0\n\nINI file: " +
                   run.Folder().Native("site.ini") + "\n\nSuccess - No input errors found.\n\nexit 0\n");
+    run.Folder().Write("substation.toml", "relay = 5\n");
+    EXPECT_NE(
+        run.Shell("${RUVO}ctl check $DIR/site.ini").find("/p32ls.so: loaded, but it refused to start ("),
+        std::string::npos);
     EXPECT_FALSE(run.Folder().Has("ev") || run.Folder().Has("run.log"));
 }
 

@@ -18,7 +18,9 @@ constexpr std::array kOptions{
 
 std::string BuildNotes() {
     std::string notes = "Opens the link of this one relay, logs in with its password and closes the link.\n"
-                        "Relative paths in the file count from the current folder too.\n"
+                        "Relative paths in the file count from the current folder too. The comms server gets "
+                        "the environment\n"
+                        "that run-site would take from the .env file beside the INI file.\n"
                         "Prints the outcome. Exit status (2 also for a mistake in the arguments):\n";
     for (std::size_t code = 0; code < kConnectionTestMeanings.size(); ++code) {
         const std::string number = std::to_string(code);

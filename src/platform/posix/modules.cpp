@@ -55,6 +55,11 @@ std::string CodeFolder() {
     return FromNativePath(std::filesystem::path(NativeCodePath()).parent_path().string());
 }
 
+std::string SystemModulePath(const std::string& path) {
+    const auto native = ToNativePath(path);
+    return native ? ModuleFile(*native) : path;
+}
+
 bool CanReadModule(const std::string& path) {
     const auto native = ToNativePath(path);
     return native && access(ModuleFile(*native).c_str(), R_OK) == 0;

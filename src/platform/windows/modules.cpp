@@ -51,6 +51,10 @@ std::string CodeFolder() {
     return path.substr(0, path.rfind('\\'));
 }
 
+std::string SystemModulePath(const std::string& path) {
+    return path;
+}
+
 bool CanReadModule(const std::string& path) {
     CFile file;
     return file.Open(path, {.read = true}).Good();
