@@ -83,7 +83,7 @@ TEST_F(Extraction, ARelayWithoutANameIsTold) {
 TEST_F(Extraction, AnEndlessStreamIsTakenInPieces) {
     const std::vector<std::string> said{
         "This visit has taken 3 events; the rest waits in the relay for the next run."};
-    for (const SVisitLimits limits : {SVisitLimits{.events = 3}, SVisitLimits{.bytes = 130}}) {
+    for (const SVisitLimits limits : {SVisitLimits{.events = 3}, SVisitLimits{.bytes = 2 * 51 + 1}}) {
         SExtractionReport report;
         server.events.assign(5, Event(1, {"240107", TextHex("f")}));
         ExtractEventsToFile(5, folder.Path(), kNoEventLimit, &report, limits);
