@@ -4,6 +4,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <system_error>
 #include <thread>
 
 namespace ruvo {
@@ -12,8 +13,26 @@ namespace ruvo {
 /// mutex: the timed lock of the standard library's own is invisible to the thread sanitizer.
 class CCommandMutex {
 public:
+    /// While one lives, its thread does not wait for a lock that another thread holds: taking it is an error.
+    /// For the threads that tell of a running command: it could not end while they wait.
+    class CNoWaiting {
+    public:
+        CNoWaiting() { ++Depth(); }
+        CNoWaiting(const CNoWaiting&) = delete;
+        CNoWaiting& operator=(const CNoWaiting&) = delete;
+        ~CNoWaiting() { --Depth(); }
+
+        static unsigned& Depth() {
+            thread_local unsigned depth = 0;
+            return depth;
+        }
+    };
+
     void lock() {
         std::unique_lock guard(m_mutex);
+        if (!IsOurs() && CNoWaiting::Depth() > 0) {
+            throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur));
+        }
         m_freed.wait(guard, [this] { return IsOurs(); });
         Take();
     }

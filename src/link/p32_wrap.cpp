@@ -144,6 +144,13 @@ bool CP32Wrap::Begin() {
     return !m_events.TakeAbort();
 }
 
+/// A completion that a command is waiting for stays: the request comes out of a report on it.
+void CP32Wrap::ResetCompletion() {
+    if (!m_isAwaiting) {
+        m_events.ResetCompletion();
+    }
+}
+
 bool CP32Wrap::IsEntryAborted() {
     return m_enteringPassword && !m_restoringGuard && m_events.IsAbortSignalled();
 }
@@ -173,20 +180,36 @@ LinkStatus CP32Wrap::WaitForCommand() {
     return aborted == kLinkGood ? m_events.WaitForCompletion() : aborted;
 }
 
-void CP32Wrap::ReportProgress(std::uint32_t done, std::uint32_t total) {
+/// Tells the monitor of the command that runs, if it has one. The command's operation waits for the end of
+/// the report before it returns, unless the report comes out of that operation itself.
+template <class Tell>
+void CP32Wrap::TellMonitor(Tell tell) {
     const std::lock_guard guard(m_monitorMutex);
-    if (m_monitor == nullptr || total == 0) {
+    CProgressMonitor* const monitor = m_monitor;
+    if (monitor == nullptr) {
         return;
     }
-    m_monitor->SetPercent(done >= total ? 100 : static_cast<int>(static_cast<double>(done) * 100.0 / total));
+    tell(*monitor);
+    if (m_monitor == nullptr) { // a request out of the report has taken it away
+        m_monitor = monitor;
+    }
+}
+
+void CP32Wrap::ReportProgress(std::uint32_t done, std::uint32_t total) {
+    if (total == 0) {
+        return;
+    }
+    const int percent = done >= total ? 100 : static_cast<int>(static_cast<double>(done) * 100.0 / total);
+    TellMonitor([&](CProgressMonitor& monitor) { monitor.SetPercent(percent); });
 }
 
 void CP32Wrap::ReportTransfer(std::int32_t value) {
-    const std::lock_guard guard(m_monitorMutex);
-    auto* transfer = dynamic_cast<CTransferProgressMonitor*>(m_monitor);
-    if (transfer != nullptr && transfer->IsReportingTransfer()) {
-        transfer->ReportTransfer(value);
-    }
+    TellMonitor([&](CProgressMonitor& monitor) {
+        auto* transfer = dynamic_cast<CTransferProgressMonitor*>(&monitor);
+        if (transfer != nullptr && transfer->IsReportingTransfer()) {
+            transfer->ReportTransfer(value);
+        }
+    });
 }
 
 void CP32Wrap::ReportLineStatus(LinkStatus status) {
@@ -225,21 +248,16 @@ LinkStatus CP32Wrap::ModemConnect(CProgressMonitor* monitor, const std::string& 
                                   std::int32_t lineAddress, const std::string& countryCode,
                                   const std::string& areaCode, const std::string& numberToDial,
                                   std::uint8_t useCountryAndAreaCodes) {
-    const auto self = shared_from_this();
-    const CMonitorScope scope(*this, monitor);
-    if (!Begin()) {
-        return kLinkAborted;
-    }
     const auto dial = [&](IP32ls& server, Variant& status) {
         return server.ModemConnect(Variant::FromText(modemName), Variant::FromI4(lineAddress),
                                    Variant::FromText(countryCode), Variant::FromText(areaCode),
                                    Variant::FromText(numberToDial), Variant::FromUI1(useCountryAndAreaCodes),
                                    status);
     };
-    const std::lock_guard lock(m_commandLock);
-    m_events.ResetCompletion();
-    const LinkStatus status = CallServer(dial);
-    return status == kLinkGood ? WaitForCommand() : status;
+    return RunOnce(monitor, [&] {
+        const std::lock_guard lock(m_commandLock);
+        return StartAndAwait(dial);
+    });
 }
 
 LinkStatus CP32Wrap::ModemHangUp(CProgressMonitor* monitor) {

@@ -32,8 +32,9 @@ using SecurityEventFunction = void (*)(const char* userName, std::uint16_t code,
 
 /// Client of the comms server. Every operation that calls the server takes the caller's progress monitor
 /// first (null for none; borrowed until the operation returns), returns a status (0 is success) and throws
-/// nothing. At most one server call is in progress at a time; a command runs to its end or until it is
-/// aborted.
+/// nothing: what there is no memory for has status 255. At most one server call is in progress at a time; a
+/// command runs to its end or until it is aborted. What a monitor or handler asks for out of a report gets
+/// 255 where it would have to wait for the command that the report is about.
 class CP32Wrap : public std::enable_shared_from_this<CP32Wrap> {
 public:
     /// Starts the server and connects the event sink; 0, or 255 with no object left behind.
@@ -168,6 +169,7 @@ private:
 
     // The command discipline (request_pattern.h and p32_wrap.cpp).
     bool Begin();
+    void ResetCompletion();
     bool IsEntryAborted();
     void StoreMonitor(CProgressMonitor* monitor);
     void ReleaseMonitor(const CProgressMonitor* monitor);
@@ -181,6 +183,10 @@ private:
     LinkStatus RunRequest(CProgressMonitor* monitor, const char* name, Pass pass, CellAddress cell = 0);
     template <class Call>
     LinkStatus RunWrite(CProgressMonitor* monitor, const char* name, Call call, CellAddress cell = 0);
+    template <class Start>
+    LinkStatus StartAndAwait(Start start);
+    template <class Pass>
+    LinkStatus RunOnce(CProgressMonitor* monitor, Pass pass);
     template <class Call>
     LinkStatus RunCommand(CProgressMonitor* monitor, Call call);
     LinkStatus WaitForCommand();
@@ -199,12 +205,12 @@ private:
                           FetchTwo fetch, CParlaneDataArray& first, CParlaneDataArray& second);
 
     // Security events (security_events.cpp).
-    void LogWrite(CellAddress cell, const CParlaneIEC870& time, const CParlaneData& value);
-    void LogReply(CellAddress cell, const CParlaneIEC870& time, LinkStatus status);
-    void LogReset(CellAddress cell, const CParlaneIEC870& time);
-    void LogSecurityEvent(std::uint16_t code, const std::string& label, const CParlaneIEC870& time,
+    void LogWrite(CellAddress cell, const CParlaneIEC870& time, const CParlaneData& value) noexcept;
+    void LogReply(CellAddress cell, const CParlaneIEC870& time, LinkStatus status) noexcept;
+    void LogReset(CellAddress cell, const CParlaneIEC870& time) noexcept;
+    void LogSecurityEvent(std::uint16_t code, const char* label, const CParlaneIEC870& time,
                           const CParlaneData& value) noexcept;
-    void WriteSecurityEvent(std::uint16_t code, const std::string& label, const CParlaneIEC870& time,
+    void WriteSecurityEvent(std::uint16_t code, const char* label, const CParlaneIEC870& time,
                             const CParlaneData& value);
 
     // Password entry (password_entry.cpp) and the flows (password_login.cpp, user_login.cpp).
@@ -232,6 +238,8 @@ private:
                        ENameTrace trace);
 
     // What the sink reports, on any thread.
+    template <class Tell>
+    void TellMonitor(Tell tell);
     void ReportProgress(std::uint32_t done, std::uint32_t total);
     void ReportTransfer(std::int32_t value);
     void ReportLineStatus(LinkStatus status);
@@ -240,10 +248,13 @@ private:
     std::uint32_t m_adviseCookie = 0;
     bool m_settingChangeMode = true; ///< label of security events; nothing changes it
     char m_userName[17] = "                ";
-    std::mutex m_monitorMutex; ///< the sink reports on other threads while the command ends on its own
+    /// The sink reports on other threads while the command ends on its own. Held over a report, so that the
+    /// monitor cannot go meanwhile; recursive, since the report may make a request itself.
+    std::recursive_mutex m_monitorMutex;
     CProgressMonitor* m_monitor = nullptr;
     CCommandEvents m_events;
     CCommandMutex m_commandLock;
+    bool m_isAwaiting = false; ///< a started command runs; under the command lock
     std::atomic<std::uint16_t> m_deviceAddress = 0xFFFF;
     std::atomic<void (*)()> m_disconnectHandler = nullptr;
     std::atomic<bool> m_eventHandedOver = false;

@@ -152,11 +152,11 @@ LinkStatus CP32Wrap::GetValue(CProgressMonitor* monitor, CellAddress cell,
 LinkStatus CP32Wrap::GetValues(CProgressMonitor* monitor, std::span<const CellAddress> cells,
                                CParlaneDataArray& values) {
     values.clear();
-    Variant::Words words(cells.size());
-    std::ranges::transform(cells, words.begin(),
-                           [](CellAddress cell) { return static_cast<std::int16_t>(cell); });
-    const Variant cellList = Variant::FromWords(std::move(words));
     return RunRequest(monitor, "GetValues", [&] {
+        Variant::Words words(cells.size());
+        std::ranges::transform(cells, words.begin(),
+                               [](CellAddress cell) { return static_cast<std::int16_t>(cell); });
+        const Variant cellList = Variant::FromWords(std::move(words));
         Variant list;
         return RunPass([&](IP32ls& server,
                            Variant& status) { return server.GetValues(Address(), cellList, list, status); },
@@ -198,15 +198,12 @@ LinkStatus CP32Wrap::GetEvent(CProgressMonitor* monitor, std::uint8_t& kind, CPa
 }
 
 LinkStatus CP32Wrap::GetDeviceStatus(CProgressMonitor* monitor, std::uint8_t& statusByte) {
-    const auto self = shared_from_this();
-    const CMonitorScope scope(*this, monitor);
-    if (!Begin()) {
-        return kLinkAborted;
-    }
-    Variant byte;
-    return RunPass(
-        [&](IP32ls& server, Variant& status) { return server.GetDeviceStatus(Address(), byte, status); },
-        [&] { return byte.ToUI1(statusByte); });
+    return RunOnce(monitor, [&] {
+        Variant byte;
+        return RunPass(
+            [&](IP32ls& server, Variant& status) { return server.GetDeviceStatus(Address(), byte, status); },
+            [&] { return byte.ToUI1(statusByte); });
+    });
 }
 
 } // namespace ruvo

@@ -55,25 +55,47 @@ LinkStatus CP32Wrap::CallServer(Call call) {
     }
 }
 
+/// What is left of a request that cannot be carried through: no memory for it or its reply, or a wait that
+/// would never end. For the caller it has not come through.
+template <class Action>
+LinkStatus CaughtAsFailure(Action action) noexcept {
+    try {
+        return action();
+    } catch (...) {
+        return kLinkComFailure;
+    }
+}
+
 /// One pass of a request that answers at once. `unpack` takes the outputs apart and is called for status 0
 /// only; false makes the status 254.
 template <class Call, class Unpack>
 LinkStatus CP32Wrap::RunPass(Call call, Unpack unpack) {
     const std::lock_guard lock(m_commandLock);
-    m_events.ResetCompletion();
+    ResetCompletion();
     const LinkStatus status = CallServer(call);
     return status == kLinkGood && !unpack() ? kLinkBadReply : status;
+}
+
+/// Starts a command and waits for its end; the caller holds the command lock. A command that a report on this
+/// one starts is refused, since nobody could tell their completions apart.
+template <class Start>
+LinkStatus CP32Wrap::StartAndAwait(Start start) {
+    if (m_isAwaiting) {
+        return kLinkComFailure;
+    }
+    m_events.ResetCompletion();
+    m_isAwaiting = true;
+    const LinkStatus started = CallServer(start);
+    const LinkStatus ended = started == kLinkGood ? WaitForCommand() : started;
+    m_isAwaiting = false;
+    return ended;
 }
 
 /// One pass of a request that is started, completes later and is then fetched.
 template <class Start, class Fetch, class Unpack>
 LinkStatus CP32Wrap::RunStartedPass(Start start, Fetch fetch, Unpack unpack) {
     const std::lock_guard lock(m_commandLock);
-    m_events.ResetCompletion();
-    LinkStatus status = CallServer(start);
-    if (status == kLinkGood) {
-        status = WaitForCommand();
-    }
+    LinkStatus status = StartAndAwait(start);
     if (status == kLinkGood) {
         status = CallServer(fetch);
     }
@@ -88,20 +110,22 @@ LinkStatus CP32Wrap::RunRequest(CProgressMonitor* monitor, const char* name, Pas
     if (!Begin()) {
         return kLinkAborted;
     }
-    bool passwordEntered = false;
-    bool repeat = true;
-    LinkStatus status = kLinkGood;
-    while (repeat) {
-        StoreMonitor(monitor); // the requests of a password entry in between have released it
-        status = pass();
-        if (IsPasswordRequest(status)) {
-            ProcessPasswordRequest(monitor, status, passwordEntered, repeat,
-                                   std::string("CP32Wrap::") + name + " calls EnterPassword()", cell);
-        } else {
-            repeat = false;
+    return CaughtAsFailure([&] {
+        bool passwordEntered = false;
+        bool repeat = true;
+        LinkStatus status = kLinkGood;
+        while (repeat) {
+            StoreMonitor(monitor); // the requests of a password entry in between have released it
+            status = pass();
+            if (IsPasswordRequest(status)) {
+                ProcessPasswordRequest(monitor, status, passwordEntered, repeat,
+                                       std::string("CP32Wrap::") + name + " calls EnterPassword()", cell);
+            } else {
+                repeat = false;
+            }
         }
-    }
-    return status;
+        return status;
+    });
 }
 
 /// A request without outputs.
@@ -111,15 +135,18 @@ LinkStatus CP32Wrap::RunWrite(CProgressMonitor* monitor, const char* name, Call 
         monitor, name, [&] { return RunPass(call, [] { return true; }); }, cell);
 }
 
-/// A command without outputs and without password entry.
-template <class Call>
-LinkStatus CP32Wrap::RunCommand(CProgressMonitor* monitor, Call call) {
+/// A command without password entry.
+template <class Pass>
+LinkStatus CP32Wrap::RunOnce(CProgressMonitor* monitor, Pass pass) {
     const auto self = shared_from_this();
     const CMonitorScope scope(*this, monitor);
-    if (!Begin()) {
-        return kLinkAborted;
-    }
-    return RunPass(call, [] { return true; });
+    return Begin() ? CaughtAsFailure(pass) : kLinkAborted;
+}
+
+/// The same without outputs.
+template <class Call>
+LinkStatus CP32Wrap::RunCommand(CProgressMonitor* monitor, Call call) {
+    return RunOnce(monitor, [&] { return RunPass(call, [] { return true; }); });
 }
 
 } // namespace ruvo

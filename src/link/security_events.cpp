@@ -3,7 +3,6 @@
 #include "link/security_time.h"
 
 #include "platform/clock.h"
-#include "platform/debug_output.h"
 #include "protocol/byte_cursor.h"
 #include "protocol/data_factory.h"
 #include "protocol/parlane_integers.h"
@@ -23,9 +22,13 @@ constexpr std::uint16_t kCellChangeCode = 0xFFFB;
 
 constexpr std::size_t kTaggedHeaderSize = 1 + 1; // type code and length
 
-std::string CellLabel(const char* what, CellAddress cell) {
-    char label[32];
-    std::snprintf(label, sizeof label, "%s %02X.%02X", what, ColumnOf(cell), RowOf(cell));
+struct SCellLabel {
+    char text[32];
+};
+
+SCellLabel CellLabel(const char* what, CellAddress cell) {
+    SCellLabel label{};
+    std::snprintf(label.text, sizeof label.text, "%s %02X.%02X", what, ColumnOf(cell), RowOf(cell));
     return label;
 }
 
@@ -71,38 +74,38 @@ CParlaneIEC870 SecurityTimeStamp() {
     return stamp;
 }
 
-void CP32Wrap::LogWrite(CellAddress cell, const CParlaneIEC870& time, const CParlaneData& value) {
+void CP32Wrap::LogWrite(CellAddress cell, const CParlaneIEC870& time, const CParlaneData& value) noexcept {
     if (cell == cells::kBreaker) {
         LogSecurityEvent(kChangeBreakerCode, "Change Breaker", time, value);
     } else if (m_settingChangeMode) {
         LogSecurityEvent(cell, "Setting change", time, value);
     } else {
-        LogSecurityEvent(kCellChangeCode, CellLabel("Cell change", cell), time, value);
+        LogSecurityEvent(kCellChangeCode, CellLabel("Cell change", cell).text, time, value);
     }
 }
 
-void CP32Wrap::LogReply(CellAddress cell, const CParlaneIEC870& time, LinkStatus status) {
+void CP32Wrap::LogReply(CellAddress cell, const CParlaneIEC870& time, LinkStatus status) noexcept {
     LogSecurityEvent(cell, "Setting reply code", time, CParlaneUint((status >> 8U) & 0xFFU, 1));
 }
 
-void CP32Wrap::LogReset(CellAddress cell, const CParlaneIEC870& time) {
+void CP32Wrap::LogReset(CellAddress cell, const CParlaneIEC870& time) noexcept {
     if (cell != cells::kPassword) {
-        LogSecurityEvent(kResetCellCode, CellLabel("Reset cell", cell), time, CParlaneUint(0, 2));
+        LogSecurityEvent(kResetCellCode, CellLabel("Reset cell", cell).text, time, CParlaneUint(0, 2));
     }
 }
 
 /// Whether an event can be told, and what the application's callback does with it, must not decide about the
 /// write that it tells of.
-void CP32Wrap::LogSecurityEvent(std::uint16_t code, const std::string& label, const CParlaneIEC870& time,
+void CP32Wrap::LogSecurityEvent(std::uint16_t code, const char* label, const CParlaneIEC870& time,
                                 const CParlaneData& value) noexcept {
     try {
         WriteSecurityEvent(code, label, time, value);
     } catch (...) {
-        WriteDebugOutput("A security event could not be told\n");
+        TraceError("A security event could not be told");
     }
 }
 
-void CP32Wrap::WriteSecurityEvent(std::uint16_t code, const std::string& label, const CParlaneIEC870& time,
+void CP32Wrap::WriteSecurityEvent(std::uint16_t code, const char* label, const CParlaneIEC870& time,
                                   const CParlaneData& value) {
     const std::vector<std::uint8_t> stamp = TaggedBytes(time);
     const std::vector<std::uint8_t> tagged = TaggedBytes(value);
@@ -110,10 +113,10 @@ void CP32Wrap::WriteSecurityEvent(std::uint16_t code, const std::string& label, 
     TraceInfo("P32Wrap : Security Event : %04d-%02d-%02d %02d:%02d:%02u.%03u  '%16s' [%02X.%02X] '%-24s'  "
               "dt:0x%02X  dl:0x%02X  dv:%s",
               (stamp[8] & 0x7F) + 2000, stamp[7] & 0x0F, stamp[6] & 0x1F, stamp[5] & 0x1F, stamp[4] & 0x3F,
-              milliseconds / 1000, milliseconds % 1000, m_userName, ColumnOf(code), RowOf(code),
-              label.c_str(), tagged[0], tagged[1], RenderValue(tagged).c_str());
+              milliseconds / 1000, milliseconds % 1000, m_userName, ColumnOf(code), RowOf(code), label,
+              tagged[0], tagged[1], RenderValue(tagged).c_str());
     if (const SecurityEventFunction callback = Callbacks().securityEvent) {
-        callback(m_userName, code, label.c_str(), stamp, tagged);
+        callback(m_userName, code, label, stamp, tagged);
     }
 }
 

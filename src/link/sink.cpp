@@ -14,20 +14,34 @@ LinkStatus StatusOf(const Variant& variant) {
 
 } // namespace
 
+/// Tells the client, if there is one. The server learns of no failure in it, and its thread is not kept.
+template <class Tell>
+void CP32lsSink_v2::Deliver(Tell tell) noexcept {
+    const std::shared_ptr<CP32Wrap> wrap = CP32Wrap::HoldInstance();
+    if (wrap == nullptr) {
+        return;
+    }
+    const CCommandMutex::CNoWaiting noWaiting;
+    try {
+        tell(*wrap);
+    } catch (...) { // NOLINT(bugprone-empty-catch): a monitor's or handler's own trouble
+    }
+}
+
 void CP32lsSink_v2::OnProgress(const Variant& done, const Variant& total) noexcept {
     std::int32_t doneCount = 0;
     std::int32_t totalCount = 0;
-    const std::shared_ptr<CP32Wrap> wrap = CP32Wrap::HoldInstance();
-    if (wrap != nullptr && done.ToI4(doneCount) && total.ToI4(totalCount)) {
-        wrap->ReportProgress(static_cast<std::uint32_t>(doneCount), static_cast<std::uint32_t>(totalCount));
+    if (done.ToI4(doneCount) && total.ToI4(totalCount)) {
+        Deliver([&](CP32Wrap& wrap) {
+            wrap.ReportProgress(static_cast<std::uint32_t>(doneCount),
+                                static_cast<std::uint32_t>(totalCount));
+        });
     }
 }
 
 void CP32lsSink_v2::OnCommandComplete(const Variant& status) noexcept {
     // A status that is no number still ends the command: nothing else would ever wake its wait.
-    if (const std::shared_ptr<CP32Wrap> wrap = CP32Wrap::HoldInstance()) {
-        wrap->m_events.SignalCompletion(StatusOf(status));
-    }
+    Deliver([&](CP32Wrap& wrap) { wrap.m_events.SignalCompletion(StatusOf(status)); });
 }
 
 void CP32lsSink_v2::OnCommandCompleteAlt(const Variant& status) noexcept {
@@ -35,16 +49,13 @@ void CP32lsSink_v2::OnCommandCompleteAlt(const Variant& status) noexcept {
 }
 
 void CP32lsSink_v2::OnLineStatus(const Variant& status) noexcept {
-    if (const std::shared_ptr<CP32Wrap> wrap = CP32Wrap::HoldInstance()) {
-        wrap->ReportLineStatus(StatusOf(status));
-    }
+    Deliver([&](CP32Wrap& wrap) { wrap.ReportLineStatus(StatusOf(status)); });
 }
 
 void CP32lsSink_v2::OnTransferProgress(const Variant& value) noexcept {
     std::int32_t number = 0;
-    const std::shared_ptr<CP32Wrap> wrap = CP32Wrap::HoldInstance();
-    if (wrap != nullptr && value.ToI4(number)) {
-        wrap->ReportTransfer(number);
+    if (value.ToI4(number)) {
+        Deliver([&](CP32Wrap& wrap) { wrap.ReportTransfer(number); });
     }
 }
 

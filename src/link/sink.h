@@ -14,6 +14,10 @@ public:
     void OnCommandCompleteAlt(const Variant& status) noexcept override;
     void OnLineStatus(const Variant& status) noexcept override;
     void OnTransferProgress(const Variant& value) noexcept override;
+
+private:
+    template <class Tell>
+    static void Deliver(Tell tell) noexcept;
 };
 
 } // namespace ruvo

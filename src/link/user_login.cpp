@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <new>
 
 namespace ruvo {
 
@@ -210,6 +211,8 @@ LinkStatus CP32Wrap::ChangeHashedPasswordSettingForCSEd3(CProgressMonitor* monit
             return IsWriteGood(named) ? WriteCredential(lock, cell, hashed, EWriteSlot::ChangeSetting)
                                       : named;
         });
+    } catch (const std::bad_alloc&) {
+        return kLinkComFailure;
     } catch (const std::exception&) { // no random numbers for the salt
         return kLinkBadReply;
     }

@@ -26,6 +26,16 @@ bool ParseNumber(const std::string& text, std::int64_t& value) {
 
 } // namespace
 
+/// Not by the holder's own copy: with g++ 12 one that fails for want of memory leaves a holder that holds
+/// nothing, which its destructor does not expect. Here what fails has not touched the holder yet.
+Variant::Variant(const Variant& other) {
+    const auto take = [this]<class Held>(const Held& held) {
+        Held copy(held);
+        m_value.template emplace<Held>(std::move(copy));
+    };
+    std::visit(take, other.m_value);
+}
+
 bool Variant::ToNumber(std::int64_t& value) const {
     struct SToNumber {
         std::int64_t& value;

@@ -21,6 +21,11 @@ public:
     };
 
     Variant() = default; ///< empty
+    Variant(const Variant& other);
+    Variant(Variant&& other) noexcept = default;
+    Variant& operator=(const Variant& other) { return *this = Variant(other); }
+    Variant& operator=(Variant&& other) noexcept = default;
+    ~Variant() = default;
 
     static Variant FromUI1(std::uint8_t value) { return Variant(std::in_place_type<std::uint8_t>, value); }
     static Variant FromI2(std::int16_t value) { return Variant(std::in_place_type<std::int16_t>, value); }

@@ -8,7 +8,7 @@ namespace ruvo {
 
 LinkStatus CP32Wrap::WriteWithSecurityEvents(CellAddress cell, const CParlaneData& value, EWriteSlot slot) {
     const std::lock_guard lock(m_commandLock);
-    m_events.ResetCompletion();
+    ResetCompletion();
     Variant packed;
     if (!PackValue(value, packed)) {
         return kLinkBadReply;
@@ -37,7 +37,7 @@ LinkStatus CP32Wrap::SetValue(CProgressMonitor* monitor, CellAddress cell, const
 LinkStatus CP32Wrap::ResetCell(CProgressMonitor* monitor, CellAddress cell) {
     return RunRequest(monitor, "ResetCell", [&] {
         const std::lock_guard lock(m_commandLock);
-        m_events.ResetCompletion();
+        ResetCompletion();
         LogReset(cell, SecurityTimeStamp());
         return CallServer([&](IP32ls& server, Variant& status) {
             return server.ResetCell(Address(), CellVariant(cell), status);
@@ -55,7 +55,7 @@ LinkStatus CP32Wrap::WriteCredential(const CommandLock& /*held*/, CellAddress ce
     if (m_enteringPassword) { // the reads of the entry have taken the caller's monitor back
         StoreMonitor(m_entryMonitor);
     }
-    m_events.ResetCompletion();
+    ResetCompletion();
     Variant packed;
     if (!PackValue(value, packed)) {
         return kLinkBadReply;
@@ -71,8 +71,8 @@ LinkStatus CP32Wrap::WriteCredential(const CommandLock& /*held*/, CellAddress ce
 
 LinkStatus CP32Wrap::SetBlockedValue(CProgressMonitor* monitor, CellAddress cell,
                                      std::span<const std::uint8_t> bytes) {
-    const Variant block = Variant::FromBytes(Variant::Bytes(bytes.begin(), bytes.end()));
     const auto write = [&](IP32ls& server, Variant& status) {
+        const Variant block = Variant::FromBytes(Variant::Bytes(bytes.begin(), bytes.end()));
         return server.SetBlockedValue(Address(), CellVariant(cell), block, status);
     };
     return RunWrite(monitor, "SetBlockedValue", write, cell);
