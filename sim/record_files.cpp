@@ -72,17 +72,25 @@ std::string CCallTrace::StatusText(Status status) {
     return text.data();
 }
 
-void CCallTrace::NoteText(const SCall& call, const std::string& status, std::string_view remark) {
-    std::string line(RowOf(call.operation).name);
-    line += " " + (call.address ? std::to_string(*call.address) : std::string("-"));
-    line += " " + CellText(call) + " " + status;
-    line += call.detail.empty() ? "" : " " + call.detail;
-    line += remark.empty() ? "" : " " + std::string(remark);
-    m_file.Append(line);
+// What there is no memory for is not noted; the calls and the notifications go on.
+
+void CCallTrace::NoteText(const SCall& call, std::optional<Status> status, std::string_view remark) noexcept {
+    try {
+        std::string line(RowOf(call.operation).name);
+        line += " " + (call.address ? std::to_string(*call.address) : std::string("-"));
+        line += " " + CellText(call) + " " + (status ? StatusText(*status) : "failed");
+        line += call.detail.empty() ? "" : " " + call.detail;
+        line += remark.empty() ? "" : " " + std::string(remark);
+        m_file.Append(line);
+    } catch (...) { // NOLINT(bugprone-empty-catch)
+    }
 }
 
-void CCallTrace::NoteCompletion(std::string_view method, Status status) {
-    m_file.Append(std::string(method) + " - - " + StatusText(status));
+void CCallTrace::NoteCompletion(const char* method, Status status) noexcept {
+    try {
+        m_file.Append(std::string(method) + " - - " + StatusText(status));
+    } catch (...) { // NOLINT(bugprone-empty-catch)
+    }
 }
 
 } // namespace ruvo::sim

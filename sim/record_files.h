@@ -41,17 +41,17 @@ class CCallTrace {
 public:
     bool Open(const std::string& path) { return m_file.Open(path); }
     /// `remark` stands at the end of the line; empty for none.
-    void Note(const SCall& call, Status status, std::string_view remark) {
-        NoteText(call, StatusText(status), remark);
+    void Note(const SCall& call, Status status, std::string_view remark) noexcept {
+        NoteText(call, status, remark);
     }
     /// The call did not reach the server.
-    void NoteComFailure(const SCall& call) { NoteText(call, "failed", {}); }
+    void NoteComFailure(const SCall& call) noexcept { NoteText(call, std::nullopt, {}); }
     /// A notification of the sink.
-    void NoteCompletion(std::string_view method, Status status);
+    void NoteCompletion(const char* method, Status status) noexcept;
 
 private:
     static std::string StatusText(Status status);
-    void NoteText(const SCall& call, const std::string& status, std::string_view remark);
+    void NoteText(const SCall& call, std::optional<Status> status, std::string_view remark) noexcept;
 
     CLineFile m_file;
 };

@@ -116,10 +116,10 @@ SAnswer CServerCore::AskAt(const SCall& call, const AskRelay& ask) {
 }
 
 void CServerCore::StartRunning(const SCall& call, const SFault& fault, const SAnswer& answer) {
+    m_results = answer.outputs; // first, since there may be no memory for them
     m_running = true;
     m_resultsReady = false;
     m_resultsOf = call.operation;
-    m_results = answer.outputs;
     SRunPlan plan;
     plan.status = fault.completion.value_or(answer.completion);
     plan.delay = DelayOf(fault);

@@ -1,7 +1,5 @@
 #include "sim/sink_list.h"
 
-#include <vector>
-
 namespace ruvo::sim {
 
 std::uint32_t CSinkList::Add(IP32lsSink_v2& sink) {
@@ -18,15 +16,13 @@ void CSinkList::Remove(std::uint32_t cookie) {
 template <typename Tell>
 void CSinkList::ForEach(Tell tell) {
     const std::lock_guard lock(m_lock);
-    std::vector<std::uint32_t> cookies;
-    for (const auto& [cookie, sink] : m_sinks) {
-        cookies.push_back(cookie);
-    }
-    // By cookie, since a sink that was told may have removed itself or another.
-    for (const std::uint32_t cookie : cookies) {
-        if (const auto found = m_sinks.find(cookie); found != m_sinks.end()) {
-            tell(*found->second);
-        }
+    // By cookie, since a sink that was told may have removed itself or another, and without memory, since a
+    // client that is not told of a command's end waits for ever.
+    const std::uint32_t last = m_lastCookie;
+    for (auto next = m_sinks.begin(); next != m_sinks.end() && next->first <= last;) {
+        const std::uint32_t cookie = next->first;
+        tell(*next->second);
+        next = m_sinks.upper_bound(cookie);
     }
 }
 

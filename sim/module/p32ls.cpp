@@ -8,26 +8,28 @@
 
 namespace {
 
-void Complain(const std::string& line) {
-    const std::string text = line + "\n";
-    std::fputs(text.c_str(), stderr);
+void Complain(const char* before, const char* text) noexcept {
+    std::fprintf(stderr, "%s%s\n", before, text);
 }
 
-ruvo::IServerConnection* Connect() {
+ruvo::IServerConnection* Connect() noexcept {
     try {
         std::string refusal;
         auto connection = ruvo::sim::ConnectToSubstation(ruvo::sim::SubstationPath(), refusal);
         if (!connection) {
-            Complain(refusal);
+            Complain("", refusal.c_str());
         }
         return connection.release();
     } catch (const std::exception& error) {
-        Complain(std::string("p32ls: ") + error.what());
+        Complain("p32ls: ", error.what());
+        return nullptr;
+    } catch (...) {
+        Complain("p32ls: ", "a failure of an unknown kind");
         return nullptr;
     }
 }
 
-void Disconnect(ruvo::IServerConnection* connection) {
+void Disconnect(ruvo::IServerConnection* connection) noexcept {
     delete connection;
 }
 
