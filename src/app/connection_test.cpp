@@ -169,7 +169,11 @@ EConnectionTestResult TestConnection(const char* iniPath, const char* deviceKey)
         } catch (...) { // out of memory before the test began
         }
     };
-    return RunOnWorkerThread(work) ? result : NoResult;
+    try {
+        return RunOnWorkerThread(work) ? result : NoResult;
+    } catch (...) { // no memory to name the work
+        return NoResult;
+    }
 }
 
 } // namespace ruvo

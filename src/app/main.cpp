@@ -3,6 +3,8 @@
 #include "platform/process_protection.h"
 #include "platform/standard_streams.h"
 
+#include <cstdio>
+#include <exception>
 #include <string>
 #include <vector>
 
@@ -10,8 +12,12 @@ int main(int count, char** texts) {
     ruvo::OccupyClosedStandardStreams();
     ruvo::SurviveClosedPipes();
     ruvo::ProtectProcessMemory();
-    const std::vector<std::string> arguments(texts + (count > 0 ? 1 : 0), texts + count);
-    ruvo::CRuvoApp application;
-    application.Run(arguments);
+    try {
+        const std::vector<std::string> arguments(texts + (count > 0 ? 1 : 0), texts + count);
+        ruvo::CRuvoApp application;
+        application.Run(arguments);
+    } catch (const std::exception& exception) { // before there is a log
+        std::fprintf(stderr, "RUVO cannot start: %s\n", exception.what());
+    }
     return 0;
 }

@@ -5,6 +5,7 @@
 #include "eventfiles/off_file.h"
 #include "link/p32_wrap.h"
 #include "log/error_log.h"
+#include "log/log_reserve.h"
 #include "paths/path_utilities.h"
 #include "platform/com_runtime.h"
 #include "platform/files.h"
@@ -21,6 +22,23 @@ namespace {
 
 constexpr const char* kTitleAndVersion = "Ruvo\nVersion Number: 1.0.0.0";
 
+void LogFailure(const char* kind, const char* what) noexcept {
+    WithLogReserve([&] { LogMessage(std::string(kind) + " exception occured:" + what, false); });
+}
+
+template <class Action>
+void LogFailures(Action action) noexcept {
+    try {
+        action();
+    } catch (const CFileException& exception) {
+        LogFailure("Fatal", exception.what());
+    } catch (const std::exception& exception) {
+        LogFailure("Unhandled", exception.what());
+    } catch (...) {
+        LogFailure("Unhandled", "of an unknown type");
+    }
+}
+
 } // namespace
 
 std::string BuildResultText(EResultCode result, const SCommandLine& commandLine) {
@@ -32,17 +50,13 @@ std::string BuildResultText(EResultCode result, const SCommandLine& commandLine)
            std::string(message) + "\n";
 }
 
-void CRuvoApp::Run(std::span<const std::string> arguments) {
-    try {
+/// Whatever ends the start-up or the run, the link is closed and the server let go.
+void CRuvoApp::Run(std::span<const std::string> arguments) noexcept {
+    LogFailures([&] {
         CRunContext context;
-        StartUp(context, arguments);
-    } catch (const CFileException& exception) {
-        LogMessage(std::string("Fatal exception occured:") + exception.what(), false);
-    } catch (const std::exception& exception) {
-        LogMessage(std::string("Unhandled exception occured:") + exception.what(), false);
-    } catch (...) {
-        LogMessage("Unhandled exception occured:of an unknown type", false);
-    }
+        LogFailures([&] { StartUp(context, arguments); });
+        TearDown(context);
+    });
 }
 
 void CRuvoApp::StartUp(CRunContext& context, std::span<const std::string> arguments) {
@@ -60,7 +74,6 @@ void CRuvoApp::StartUp(CRunContext& context, std::span<const std::string> argume
         result = StartCommsServer();
     }
     Act(context, result);
-    TearDown(context);
 }
 
 bool CRuvoApp::CheckDependencies() const {

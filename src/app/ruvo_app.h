@@ -19,7 +19,7 @@ public:
     ~CRuvoApp() override { RestoreWorkingFolder(); }
 
     /// Starts up, works and tears down. Throws nothing.
-    void Run(std::span<const std::string> arguments);
+    void Run(std::span<const std::string> arguments) noexcept;
 
 private:
     void StartUp(CRunContext& context, std::span<const std::string> arguments);

@@ -257,6 +257,7 @@ void CVisit::FinishReport() {
     if (m_status != CStatus() && (!m_report.passwordDeclined || PasswordState().unanswered)) {
         m_report.endStatus = m_status.GetValue();
     }
+    m_records.GetRecords().clear(); // what they leave is memory for the texts
     for (const auto& error : m_errors) {
         if (error->HasMessage()) {
             m_report.problems.push_back(MessageOf(*error));
@@ -266,13 +267,13 @@ void CVisit::FinishReport() {
     if (m_passedOver > 0) {
         m_report.problems.push_back(Counted(m_passedOver, "event") + " of unknown kind passed over.");
     }
-    if (m_report.eventsLost > 0) {
-        m_report.problems.push_back(Counted(m_report.eventsLost, "event") +
-                                    " taken from the relay, but not stored.");
-    }
 }
 
 } // namespace
+
+std::string LossText(std::size_t events) {
+    return Counted(events, "event") + " taken from the relay, but not stored.";
+}
 
 void ExtractEventsToFile(std::uint32_t deviceAddress, const std::string& eventRoot, std::int32_t maxEvents,
                          SExtractionReport* report, SVisitLimits limits) {

@@ -30,8 +30,11 @@ struct SExtractionReport {
     std::size_t eventsPassedOver = 0;  ///< taken from the relay, and of a kind that nobody knows
     bool passwordDeclined = false;     ///< the visit ended because a password was not accepted
     LinkStatus endStatus = kLinkGood;  ///< what ended the visit early; good when nothing did
-    std::vector<std::string> problems; ///< one text per problem, in order
+    std::vector<std::string> problems; ///< one text per problem, in order, but for the lost events
 };
+
+/// What the log says of events that a relay has let go of and that are in no day file.
+std::string LossText(std::size_t events);
 
 /// Reads the pending events of the relay that the link addresses and appends them to the relay's day file
 /// below `eventRoot`. `deviceAddress` goes into every record. `maxEvents` ends the visit after so many

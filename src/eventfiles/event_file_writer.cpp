@@ -103,6 +103,8 @@ bool WriteEventFile(CEventList& list, const std::string& freeText, CErrorList& e
     const std::vector<std::uint8_t> images = SerialiseRecords(list, notes);
     COffFile file;
     CFileException failure;
+    const SPathParts parts = SplitPath(list.GetName());
+    const std::string folder = parts.drive + parts.folder;
     const bool wasThere = GetPathKind(list.GetName()) != EPathKind::Missing;
     if (!file.Open(list.GetName(), {.read = true, .write = true, .create = true, .truncate = false},
                    failure)) {
@@ -118,21 +120,26 @@ bool WriteEventFile(CEventList& list, const std::string& freeText, CErrorList& e
         AddFileError(errors, raised);
         return false;
     }
-    try {
-        WriteContents(file, earlierLength, MakeEventListHeader(LastExtendedNumber(list) + 1, freeText),
-                      images);
-        file.Close();
-    } catch (const CFileException& raised) {
+    const auto undo = [&] {
         if (!UndoWrite(file, list.GetName(), earlierLength)) {
             notes.push_back(DisplayPath(list.GetName()) + " could not be cut back to its earlier " +
                             std::to_string(earlierLength) + " bytes; it may end with a torn record.");
         }
+    };
+    try {
+        WriteContents(file, earlierLength, MakeEventListHeader(LastExtendedNumber(list) + 1, freeText),
+                      images);
+        if (earlierLength == 0) {
+            FlushFolder(folder);
+        }
+        file.Close(); // last: what fails from here on would have records that are there counted as lost
+    } catch (const CFileException& raised) {
+        undo();
         AddFileError(errors, raised);
         return false;
-    }
-    if (earlierLength == 0) {
-        const SPathParts parts = SplitPath(list.GetName());
-        FlushFolder(parts.drive + parts.folder);
+    } catch (...) { // no memory: the caller counts the records as lost
+        undo();
+        throw;
     }
     return true;
 }

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <optional>
+#include <utility>
 
 namespace ruvo {
 
@@ -104,13 +105,14 @@ void CStdioFileThrower::Abort() noexcept {
 }
 
 bool COffFile::Open(const std::string& path, SOpenMode mode, CFileException& failure) {
-    mode.plain = true; // nothing that stands in its place leads the records elsewhere
+    mode.plain = true;       // nothing that stands in its place leads the records elsewhere
+    std::string name = path; // first: without memory for it nobody would remove what the opening made
     const SFileResult opened = m_file.Open(path, mode);
     if (!opened.Good()) {
         failure = CFileException(CauseOf(opened.failure), opened.systemCode, path);
         return false;
     }
-    m_fileName = path;
+    m_fileName = std::move(name);
     try {
         if (m_file.Seek(0, ESeekOrigin::End) != 0) {
             m_file.Seek(0, ESeekOrigin::Start);

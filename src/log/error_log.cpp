@@ -3,6 +3,7 @@
 #include "config/configuration.h"
 #include "config/run_context.h"
 #include "log/connection_details.h"
+#include "log/log_reserve.h"
 #include "log/status_text.h"
 #include "paths/path_utilities.h"
 #include "platform/clock.h"
@@ -15,6 +16,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdio>
+#include <new>
 #include <optional>
 #include <span>
 #include <thread>
@@ -75,7 +77,7 @@ bool IsControl(char character) {
 }
 
 // Texts from outside (paths, modem names) must not be able to forge a second line.
-std::string OneLine(const std::string& text) {
+std::string OneLine(std::string_view text) {
     std::string line;
     line.reserve(text.size());
     bool afterBreak = false;
@@ -146,7 +148,11 @@ SFileResult AppendToFile(const std::string& path, const std::string& line, ELine
         return result;
     }
     if (worth == ELineWorth::TellsOfLoss) {
-        FlushFolder(SplitPath(path).drive + SplitPath(path).folder);
+        try {
+            FlushFolder(SplitPath(path).drive + SplitPath(path).folder);
+        } catch (
+            const std::bad_alloc&) { // NOLINT(bugprone-empty-catch): else the line would be written twice
+        }
         result = file.FlushToDisk();
     }
     return result.Good() ? file.Close() : result;
@@ -157,41 +163,7 @@ void TellLineLost(const std::string& line, const std::string& reason) {
                      "\n");
 }
 
-} // namespace
-
-void ResolveErrorLogPath(const CRunContext& context, bool configurationLoaded) {
-    const bool givenInFile = configurationLoaded && context.Config().IsErrorLogPathGiven();
-    State().path = context.IsDestinationFromRegistry() && !givenInFile
-                       ? LogPathInDestination(context.DestinationRoot())
-                       : context.Config().ErrorLogPath();
-}
-
-const std::string& ErrorLogPath() {
-    return State().path;
-}
-
-void SetErrorLogDisabled(bool disabled) {
-    State().disabled = disabled;
-}
-
-void LogMessage(const std::string& message, bool withDetails, ELineWorth worth) {
-    WriteLogLine(withDetails ? message + " Connection details - " + RelayDetails(ConnectionDetails())
-                             : message,
-                 worth);
-}
-
-void LogStatusMessage(const std::string& message, std::uint32_t status) {
-    if (State().disabled) {
-        return;
-    }
-    const unsigned id = StatusToStringId(status);
-    const char* const text = LoadStringText(id);
-    LogMessage(text != nullptr ? message + " P32LS status: " + text
-                               : "Internal Error - Load String ID " + std::to_string(id) + " failed.",
-               false);
-}
-
-void WriteLogLine(const std::string& text, ELineWorth worth) {
+void AppendLine(std::string_view text, ELineWorth worth) {
     if (State().disabled) {
         return;
     }
@@ -204,6 +176,51 @@ void WriteLogLine(const std::string& text, ELineWorth worth) {
     if (!result.Good()) {
         TellLineLost(line, SystemErrorText(result.systemCode));
     }
+}
+
+} // namespace
+
+void ResolveErrorLogPath(const CRunContext& context, bool configurationLoaded) {
+    const bool givenInFile = configurationLoaded && context.Config().IsErrorLogPathGiven();
+    State().path = context.IsDestinationFromRegistry() && !givenInFile
+                       ? LogPathInDestination(context.DestinationRoot())
+                       : context.Config().ErrorLogPath();
+    KeepLogReserve();
+}
+
+const std::string& ErrorLogPath() {
+    return State().path;
+}
+
+void SetErrorLogDisabled(bool disabled) {
+    State().disabled = disabled;
+}
+
+void LogMessage(std::string_view message, bool withDetails, ELineWorth worth) noexcept {
+    WithLogReserve([&] {
+        std::string text(message);
+        if (withDetails) {
+            text += " Connection details - " + RelayDetails(ConnectionDetails());
+        }
+        AppendLine(text, worth);
+    });
+}
+
+void LogStatusMessage(std::string_view message, std::uint32_t status) noexcept {
+    if (State().disabled) {
+        return;
+    }
+    WithLogReserve([&] {
+        const unsigned id = StatusToStringId(status);
+        const char* const text = LoadStringText(id);
+        AppendLine(text != nullptr ? std::string(message) + " P32LS status: " + text
+                                   : "Internal Error - Load String ID " + std::to_string(id) + " failed.",
+                   ELineWorth::Usual);
+    });
+}
+
+void WriteLogLine(std::string_view text, ELineWorth worth) noexcept {
+    WithLogReserve([&] { AppendLine(text, worth); });
 }
 
 void ResetErrorLog() {

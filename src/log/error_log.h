@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace ruvo {
 
@@ -26,16 +27,16 @@ void SetErrorLogDisabled(bool disabled);
 enum class ELineWorth : std::uint8_t { Usual, TellsOfLoss };
 
 /// Writes one line; with details it ends with the link and the relay that are being handled.
-void LogMessage(const std::string& message, bool withDetails, ELineWorth worth = ELineWorth::Usual);
+void LogMessage(std::string_view message, bool withDetails, ELineWorth worth = ELineWorth::Usual) noexcept;
 
 /// Writes one line that ends with the text of a comms-server status.
-void LogStatusMessage(const std::string& message, std::uint32_t status);
+void LogStatusMessage(std::string_view message, std::uint32_t status) noexcept;
 
 /// Appends local time, a blank, the text and CR LF, in one write. Control characters in the text become
 /// blanks (a run of line breaks one blank), so that one problem stays one line. The text is in the system's
 /// narrow encoding: relay texts are converted by the caller. A line that tells of loss is on the disk, with
 /// all lines before it, when this returns.
-void WriteLogLine(const std::string& text, ELineWorth worth = ELineWorth::Usual);
+void WriteLogLine(std::string_view text, ELineWorth worth = ELineWorth::Usual) noexcept;
 
 /// Back to the state at process start: no path, not disabled. For tests.
 void ResetErrorLog();

@@ -6,6 +6,7 @@
 #include "link/password_state.h"
 #include "log/connection_details.h"
 #include "log/error_log.h"
+#include "log/log_reserve.h"
 #include "platform/secret.h"
 #include "protocol/status.h"
 #include "run/link_control.h"
@@ -14,49 +15,58 @@
 #include "run/run_texts.h"
 
 #include <exception>
+#include <optional>
 
 namespace ruvo {
 
 namespace {
 
-void LogUnhandled(const std::exception& exception) {
-    LogMessage(std::string("Unhandled exception occured:") + exception.what(), true);
+void LogUnhandled(const std::exception& exception) noexcept {
+    WithLogReserve([&] { LogMessage(std::string("Unhandled exception occured:") + exception.what(), true); });
 }
 
 /// Extracts and says in the log whatever came in the way.
 void ExtractAndReport(const CRunContext& context, std::int32_t deviceAddress) {
     SExtractionReport report;
-    LinkStatus ended = kLinkGood;
+    std::optional<LinkStatus> raised;
     try {
         ExtractEventsToFile(static_cast<std::uint32_t>(deviceAddress), context.DestinationRoot(),
                             kNoEventLimit, &report);
-        ended = report.endStatus;
     } catch (const CStatus& status) {
-        ended = status.GetValue();
+        raised = status.GetValue();
     } catch (const std::exception& exception) {
         LogUnhandled(exception);
     }
+    const LinkStatus ended = raised.value_or(report.endStatus);
     if (ended != kLinkGood) {
-        LogStatusMessage("A problem occured during events extraction. " + ConnectionText(context), ended);
+        WithLogReserve([&] {
+            LogStatusMessage("A problem occured during events extraction. " + ConnectionText(context), ended);
+        });
     }
     const bool isLoss = report.eventsLost > 0 || report.eventsPassedOver > 0;
     for (const std::string& problem : report.problems) {
         LogMessage(problem, true, isLoss ? ELineWorth::TellsOfLoss : ELineWorth::Usual);
+    }
+    if (report.eventsLost > 0) { // from the number, which needs no memory to be kept
+        WithLogReserve([&] { LogMessage(LossText(report.eventsLost), true, ELineWorth::TellsOfLoss); });
     }
 }
 
 void VisitEthernetRelay(CRunContext& context, const std::string& key, const std::string& entry) {
     const std::int32_t bus = ParseEthernetBusAddress(entry);
     const std::int32_t device = ParseEthernetDeviceAddress(entry);
-    const std::string ip = ParseEthernetIp(entry);
-    if (!OpenEthernetLink(context, ip, device, bus)) {
-        return;
+    try {
+        const std::string ip = ParseEthernetIp(entry);
+        if (OpenEthernetLink(context, ip, device, bus)) {
+            SConnectionDetails& details = ConnectionDetails();
+            details.ipAddress = ip;
+            details.deviceAddress = device;
+            details.busAddress = bus;
+            ExtractDevice(context, key, device);
+        }
+    } catch (const std::exception& exception) { // the next relay has a tunnel of its own
+        LogUnhandled(exception);
     }
-    SConnectionDetails& details = ConnectionDetails();
-    details.ipAddress = ip;
-    details.deviceAddress = device;
-    details.busAddress = bus;
-    ExtractDevice(context, key, device);
     CloseLink(context);
 }
 

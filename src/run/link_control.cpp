@@ -36,9 +36,8 @@ bool DialModem(const CRuvoConfig& config) {
     return status == kLinkGood;
 }
 
-/// Marks the link open and sets the transaction values; without them the link is closed again.
+/// Sets the transaction values of a link that has just been opened; without them it is closed again.
 bool CompleteOpening(CRunContext& context, const std::string& where) {
-    context.SetLinkOpen(true);
     if (ApplyTransactionValues(context)) {
         return true;
     }
@@ -61,6 +60,7 @@ bool OpenSerialOrModemLink(CRunContext& context) {
         }
         context.SetModemConnected(true);
     }
+    context.SetLinkOpen(true); // at once: whatever fails from here on, the link will be closed
     return CompleteOpening(context, "Port: " + config.CommPort() + ".");
 }
 
@@ -79,6 +79,7 @@ bool OpenEthernetLink(CRunContext& context, const std::string& ip, std::int32_t 
                          status);
         return false;
     }
+    context.SetLinkOpen(true);
     return CompleteOpening(context, "Device IP: " + ip + ", device address: " + device +
                                         ", bus address: " + bus + ".");
 }

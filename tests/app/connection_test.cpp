@@ -21,7 +21,10 @@ int g_runtimeStarts = 2; // start-up's tests use it too
 static int g_runtimeUsers = 0;
 static bool g_hasThreads = true;
 
+std::function<void()> g_onRuntimeStart; ///< may throw
 bool StartComRuntime() {
+    if (g_onRuntimeStart)
+        g_onRuntimeStart();
     g_runtimeUsers += g_runtimeStarts > 0 ? 1 : 0;
     return g_runtimeStarts-- > 0;
 }

@@ -14,6 +14,7 @@
 namespace ruvo {
 
 extern int g_runtimeStarts; // the connection test's tests stand in for the runtime
+extern std::function<void()> g_onRuntimeStart;
 
 TEST(CommandLine, IniFileAndSwitch) {
     struct SRow {
@@ -114,19 +115,13 @@ TEST(StartUp, FromItsFirstStepToItsLast) {
     EXPECT_EQ(run({ini}), stamp + "P32LS failed to open.\r\n");
     const CFileException full(EFileCause::None, 0, "C:\\x");
     for (const bool ofFile : {false, true}) {
-        g_onLocalTime = [&, failed = false]() mutable {
-            if (std::exchange(failed, true))
-                return;
-            if (ofFile)
-                throw full;
-            throw std::runtime_error("no clock");
-        };
+        g_onRuntimeStart = [&] { ofFile ? throw full : throw std::runtime_error("no runtime"); };
         EXPECT_EQ(run({ini}), stamp +
                                   (ofFile ? "Fatal exception occured:" + std::string(full.what())
-                                          : "Unhandled exception occured:no clock") +
+                                          : "Unhandled exception occured:no runtime") +
                                   "\r\n");
     }
-    g_onLocalTime = nullptr;
+    g_onRuntimeStart = nullptr;
     for (const char* name : {"RUVO_LOCK_DIR", "RUVO_REGISTRY_USER", "RUVO_REGISTRY_MACHINE"})
         unsetenv(name);
     ResetErrorLog();

@@ -31,7 +31,7 @@ protected:
     }
     ~Run() override {
         CP32Wrap::DestroyInstance();
-        g_onLocalTime = nullptr;
+        g_onTime = nullptr;
     }
 
     /// The log's lines without their time stamps, each ended by "|".
@@ -133,21 +133,24 @@ TEST_F(Run, TheLogNamesTheRelayWhateverTheLink) {
         };
         server.values[0x00DF] = "240100";
         server.statuses = {{"ChangeSetting BF.15", 0x0611}, {"ChangeSetting 00.02", 0x0411}};
+        const std::string failed =
+            "Test connection failed. Unable to connect to the device or password is invalid. ";
         expect([&](const std::string& noted, const std::string& told) {
-            return "Invalid password. " + details + noted +
-                   "|Test connection failed. Unable to connect to the device or password is invalid. " +
-                   details + told + "|";
+            return "Invalid password. " + details + noted + "|" + failed + details + told + "|";
         });
         server.statuses = {{"GetValue 00.DF", 8}};
-        g_onLocalTime = [calls = 0]() mutable { // as a run without memory for its line
+        g_onTime = [calls = 0]() mutable {
             if (calls++ % 2 == 0)
                 throw std::runtime_error("no clock");
         };
-        expect([&](const std::string& noted, const std::string&) {
+        expect(
+            [&](const auto&, const auto& told) { return failed + details + told + "|"; }); // the second time
+        server.values.clear();
+        server.statuses.clear();
+        expect([&](const auto& noted, const auto&) {
             return "Unhandled exception occured:no clock " + details + noted + "|";
         });
-        g_onLocalTime = nullptr;
-        server.values.clear();
+        g_onTime = nullptr;
         for (const auto& [status, text] :
              {std::pair{15, "no port open|"}, {18, "Function Aborted by User|"}}) {
             server.statuses = {{"GetDeviceStatus", status}};

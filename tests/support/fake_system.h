@@ -16,18 +16,20 @@ inline std::optional<SCalendarTime> g_localTime = SCalendarTime{2021, 3, 2, 14, 
 inline SCalendarTime g_utcTime{2026, 11, 16, 23, 30, 0};
 inline bool g_daylight = false;
 inline std::string g_debugOutput;
-inline std::string g_messageBoxes;          ///< "TITLE|TEXT|" each, "warning " or "error " before some titles
-inline std::function<void()> g_onLocalTime; ///< called with each question for the time; may throw
+inline std::string g_messageBoxes;     ///< "TITLE|TEXT|" each, "warning " or "error " before some titles
+inline std::function<void()> g_onTime; ///< called with each question for the time; may throw
 
 std::int64_t UnixSeconds() {
     return g_unixSeconds;
 }
 std::optional<SCalendarTime> LocalTime() {
-    if (g_onLocalTime)
-        g_onLocalTime();
+    if (g_onTime)
+        g_onTime();
     return g_localTime;
 }
 SCalendarTime UtcTime() {
+    if (g_onTime)
+        g_onTime();
     return g_utcTime;
 }
 bool IsDaylightTime() {

@@ -1,0 +1,36 @@
+#include "log/log_reserve.h"
+
+#include "protocol/trace.h"
+
+#include <cstddef>
+#include <memory>
+#include <new>
+
+namespace ruvo {
+
+namespace {
+
+constexpr std::size_t kReserveSize = std::size_t{32} * 1024; // a line with its paths, several times over
+
+std::unique_ptr<std::byte[]>& Reserve() {
+    static std::unique_ptr<std::byte[]> reserve;
+    return reserve;
+}
+
+} // namespace
+
+void GiveLogReserve() noexcept {
+    Reserve().reset();
+}
+
+void KeepLogReserve() noexcept {
+    if (Reserve() == nullptr) {
+        Reserve().reset(new (std::nothrow) std::byte[kReserveSize]);
+    }
+}
+
+void TellNoMemoryForLine() noexcept {
+    TraceError("A line of the error log is lost: no memory for it");
+}
+
+} // namespace ruvo

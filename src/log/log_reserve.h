@@ -1,0 +1,32 @@
+// Memory for the last words: what is kept so that lines of the log can be made when there is no other.
+#pragma once
+
+namespace ruvo {
+
+/// Gives the kept memory back, to be used by what comes next.
+void GiveLogReserve() noexcept;
+/// Keeps it (again); nothing when there is no memory for it.
+void KeepLogReserve() noexcept;
+/// Tells the debug output that a line of the log is lost.
+void TellNoMemoryForLine() noexcept;
+
+/// Does what makes and writes a line; when it fails, gives it the reserve and lets it begin again. It must
+/// not fail once its line is written.
+template <class Write>
+void WithLogReserve(Write write) noexcept {
+    try {
+        write();
+        return;
+    } catch (
+        ...) { // NOLINT(bugprone-empty-catch): what was made in vain is gone, and the reserve comes to it
+    }
+    GiveLogReserve();
+    try {
+        write();
+    } catch (...) {
+        TellNoMemoryForLine();
+    }
+    KeepLogReserve();
+}
+
+} // namespace ruvo
