@@ -71,6 +71,7 @@ struct SOutcome {
     SMemoryDisk disk;
     std::string debug;
     SServerNotes notes;
+    std::size_t allocations = 0;
 
     const std::string& Log() const { return disk.files.at("C:\\run.log"); }
     /// What a line lost to the log is told to counts as well.
@@ -132,15 +133,18 @@ public:
     }
 
     /// The run from the same start every time.
-    SOutcome Run(SServerFault serverFault, const std::vector<SDiskFault>& diskFaults = {}) {
+    SOutcome Run(SServerFault serverFault, const std::vector<SDiskFault>& diskFaults = {},
+                 std::size_t failingAllocation = 0) {
         SOutcome outcome;
         g_connect = [&] {
             return std::make_unique<CFaultyConnection>(m_substation, serverFault, outcome.notes);
         };
         ResetConnectionDetails();
         g_debugOutput.clear();
+        g_debugOutput.reserve(std::size_t{1} << 20); // what is told there needs no memory
         g_disk = {before.disk.files, before.disk.folders, diskFaults, 0, before.disk.room};
-        Extract();
+        Extract(failingAllocation);
+        outcome.allocations = CFailingMemory::Count();
         ++m_runs;
         outcome.disk = std::move(g_disk);
         outcome.debug = g_debugOutput;
@@ -156,13 +160,20 @@ private:
         return code == GETPASSWORD_PASS_REQUEST ? 0 : 1;
     }
 
-    void Extract() const {
+    void Extract(std::size_t failingAllocation) const {
         CRunContext context;
         context.Config() = CRuvoConfig(m_fields);
         context.SetDestinationRoot("C:\\ev");
         ResolveErrorLogPath(context, true);
-        EXPECT_EQ(CP32Wrap::CreateInstance(), kLinkGood);
-        RunExtraction(context);
+        const CFailingMemory memory(failingAllocation);
+        try {
+            if (CP32Wrap::CreateInstance() == kLinkGood)
+                RunExtraction(context);
+            else
+                LogMessage("P32LS failed to open.", false);
+        } catch (const std::bad_alloc&) {
+            LogMessage("Unhandled exception occured.", false);
+        }
         CloseLink(context);
         CP32Wrap::DestroyInstance();
     }

@@ -134,6 +134,13 @@ protected:
             << "nobody knows of events that stayed away";
     }
 
+    void CheckPrivacy(const SOutcome& got) const {
+        EXPECT_TRUE(got.notes.calls.empty() || got.notes.guard == rig.clean.notes.guard ||
+                    got.IsTold("Cell BF.03 could not be restored"));
+        EXPECT_FALSE(got.notes.sentPlain && std::get<int>(GetParam()) > 0);
+        EXPECT_FALSE(got.IsTold(std::string(kSecret)));
+    }
+
     void Try(const SServerFault& fault) {
         const auto operation = rig.clean.notes.calls[fault.call - 1].operation;
         SCOPED_TRACE("call " + std::to_string(fault.call) + " (" + std::string(sim::RowOf(operation).name) +
@@ -144,10 +151,7 @@ protected:
             EXPECT_TRUE(MaySuffer(address, fault) || got.DayFile(address) == rig.clean.DayFile(address))
                 << "relay " << address;
         CheckFiles(got);
-        EXPECT_TRUE(got.notes.guard == rig.clean.notes.guard ||
-                    got.IsTold("Cell BF.03 could not be restored"));
-        EXPECT_FALSE(got.notes.sentPlain && std::get<int>(GetParam()) > 0);
-        EXPECT_FALSE(got.IsTold(std::string(kSecret)));
+        CheckPrivacy(got);
         ++points;
     }
 
@@ -182,6 +186,17 @@ TEST_P(ServerFaults, OneCallFails) {
     for (std::size_t call = 1; call <= rig.clean.notes.calls.size() && !HasFailure(); ++call)
         std::ranges::for_each(FaultsOf(call), [this](const SServerFault& fault) { Try(fault); });
     std::cout << points << " server faults at " << rig.clean.notes.calls.size() << " calls\n";
+}
+
+TEST_P(ServerFaults, OneAllocationFails) {
+    ASSERT_GT(rig.clean.allocations, 500U);
+    for (std::size_t n = 1; n <= rig.clean.allocations && !HasFailure(); ++n) {
+        SCOPED_TRACE("allocation " + std::to_string(n));
+        const SOutcome got = rig.Run({}, {}, n);
+        CheckFiles(got);
+        CheckPrivacy(got);
+    }
+    std::cout << rig.clean.allocations << " allocations failed\n";
 }
 
 INSTANTIATE_TEST_SUITE_P(Logins, ServerFaults,

@@ -1,6 +1,8 @@
 // The simulated comms server with one call that goes wrong, and a note of what the client asked.
 #pragma once
 
+#include "failing_memory.h"
+
 #include "link/p32_wrap.h"
 #include "sim/server_core.h"
 
@@ -50,6 +52,7 @@ public:
         : CServerCore(std::make_unique<sim::SSubstation>(substation), sinks), m_sinks(sinks), m_fault(fault),
           m_notes(notes) {}
     ~CFaultyCore() override {
+        const CFailingMemory::SExempt exempt;
         for (std::thread& thread : m_threads)
             thread.join();
         Link().ForEachRelay([this](sim::CSimulatedRelay& relay) {
@@ -111,6 +114,7 @@ private:
     }
 
     void Note(const sim::SCall& call, std::size_t outputs) {
+        const CFailingMemory::SExempt exempt;
         const bool fetches = sim::RowOf(call.operation).name.starts_with("Fetch");
         const int address = fetches ? m_notes.calls.back().address : call.address.value_or(0);
         m_notes.calls.push_back({call.operation, address, outputs});

@@ -3,6 +3,8 @@
 // out.
 #pragma once
 
+#include "failing_memory.h"
+
 #include "platform/files.h"
 
 #include <algorithm>
@@ -61,6 +63,7 @@ CFile::CFile() : m_handle(std::make_unique<SHandle>()) {}
 CFile::~CFile() = default;
 
 SFileResult CFile::Open(const std::string& path, SOpenMode mode) {
+    const test::CFailingMemory::SExempt exempt;
     *m_handle = {};
     SFileResult result = g_disk.Do();
     if (result.Good() && !g_disk.files.contains(path) && !(mode.create && g_disk.HasFolderOf(path)))
@@ -90,6 +93,7 @@ SFileResult CFile::Read(std::span<std::uint8_t> buffer, std::size_t& count) {
     return g_disk.Do();
 }
 SFileResult CFile::Write(std::span<const std::uint8_t> bytes, std::size_t& count) {
+    const test::CFailingMemory::SExempt exempt;
     const test::SDiskFault fault = g_disk.Count();
     count = fault.failure == EFileFailure::None ? bytes.size() : fault.writesTakePart ? bytes.size() / 2 : 0;
     m_handle->Bytes().replace(m_handle->position, count, reinterpret_cast<const char*>(bytes.data()), count);
@@ -97,6 +101,7 @@ SFileResult CFile::Write(std::span<const std::uint8_t> bytes, std::size_t& count
     return g_disk.Fail(fault.failure);
 }
 SFileResult CFile::SetLength(std::uint64_t length) {
+    const test::CFailingMemory::SExempt exempt;
     const SFileResult result = g_disk.Do();
     m_handle->Bytes().resize(result.Good() ? length : m_handle->Bytes().size());
     return result;
@@ -127,6 +132,7 @@ EPathKind GetPathKind(const std::string& path) {
                                                 : EPathKind::Missing;
 }
 bool MakeFolder(const std::string& path) {
+    const test::CFailingMemory::SExempt exempt;
     return g_disk.Do().Good() && g_disk.HasFolderOf(path) && g_disk.folders.insert(path).second;
 }
 bool RemoveFile(const std::string& path) {
