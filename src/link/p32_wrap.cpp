@@ -189,7 +189,10 @@ void CP32Wrap::TellMonitor(Tell tell) {
     if (monitor == nullptr) {
         return;
     }
-    tell(*monitor);
+    try {
+        tell(*monitor);
+    } catch (...) { // NOLINT(bugprone-empty-catch): its own trouble, and no reason to tell it nothing more
+    }
     if (m_monitor == nullptr) { // a request out of the report has taken it away
         m_monitor = monitor;
     }

@@ -24,7 +24,7 @@ void CP32lsSink_v2::Deliver(Tell tell) noexcept {
     const CCommandMutex::CNoWaiting noWaiting;
     try {
         tell(*wrap);
-    } catch (...) { // NOLINT(bugprone-empty-catch): a monitor's or handler's own trouble
+    } catch (...) { // NOLINT(bugprone-empty-catch): the handler's own trouble
     }
 }
 

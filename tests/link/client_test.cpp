@@ -12,6 +12,7 @@
 
 #include <array>
 #include <chrono>
+#include <stdexcept>
 #include <thread>
 
 namespace ruvo::test {
@@ -220,6 +221,43 @@ TEST_F(Client, TheSinkReportsProgressToTheRunningCommandOnly) {
     report(1, 4); // nobody listens any more
     EXPECT_EQ(recorder.percents, (std::vector<int>{232, 200, 300, 232, 200, 300}));
     EXPECT_EQ(monitor.GetTransferred(), 77);
+}
+
+TEST_F(Client, AReportMayAskTheClientItself) {
+    struct CAsking final : CProgressMonitor {
+        explicit CAsking(CP32Wrap& client) : CProgressMonitor(nullptr, 0, 100), link(client) {}
+        void SetPercent(int) override {
+            std::uint8_t byte = 0;
+            CParlaneDataArray strings;
+            statuses.push_back(link.GetDeviceStatus(nullptr, byte));
+            statuses.push_back(link.GetStrings(nullptr, 0x0102, strings));
+            throw std::runtime_error("monitor");
+        }
+        CP32Wrap& link;
+        std::vector<LinkStatus> statuses;
+    } monitor(*link);
+    std::thread serverThread;
+    server.onCall = [&](SCall& call) -> std::optional<std::int64_t> {
+        const auto report = [&] { server.sink->OnProgress(Variant::FromI4(1), Variant::FromI4(2)); };
+        if (call.name == "GetStrings" && server.completeInside) {
+            report();
+            report();
+        } else if (call.name == "GetStrings") {
+            serverThread = std::thread([&, report] {
+                report();
+                server.sink->OnCommandComplete(Variant::FromI4(0));
+            });
+        }
+        return std::nullopt;
+    };
+    CParlaneDataArray strings;
+    EXPECT_EQ(link->GetStrings(&monitor, 0x0102, strings), kLinkGood);
+    EXPECT_EQ(monitor.statuses, (std::vector<LinkStatus>{0, 255, 0, 255})) << "inside the call that reports";
+    monitor.statuses.clear();
+    server.completeInside = false;
+    EXPECT_EQ(link->GetStrings(&monitor, 0x0102, strings), kLinkGood);
+    serverThread.join();
+    EXPECT_EQ(monitor.statuses, (std::vector<LinkStatus>{255, 255})) << "the command would never end";
 }
 
 TEST_F(Client, ALineThatHangsUpCallsTheHandler) {
