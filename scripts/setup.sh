@@ -5,6 +5,7 @@
 #   scripts/setup.sh windows    the cross-compilers and the runner of scripts/windows.sh as well
 #   scripts/setup.sh fuzz       the fuzzer's compiler (scripts/fuzz.sh)
 #   scripts/setup.sh coverage   what counts covered lines (scripts/coverage.sh)
+#   scripts/setup.sh mutants    what changes the sources on purpose (scripts/mutants.sh)
 #   scripts/setup.sh packages   what builds the Debian package (scripts/package.sh)
 #   scripts/setup.sh package-test   what examines it as well (tests/packages), some of it from npm, into build/npm
 #   scripts/setup.sh browser    the browser that looks at the report
@@ -30,6 +31,7 @@ for extra in "$@"; do
         libwine-dev) ;;
     fuzz) packages+=(clang libclang-rt-14-dev) ;;
     coverage) packages+=(gcovr) ;;
+    mutants) packages+=(python3 git lld) ;;
     packages) packages+=("${package_tools[@]}") ;;
     package-test)
         # (time is for scripts/job_cost.sh, debootstrap for tests/packages/bare.sh.)
@@ -41,7 +43,7 @@ for extra in "$@"; do
     browser) packages+=(chromium chromium-driver python3-selenium) ;;
     database) packages+=(postgresql sqlite3) ;;
     *)
-        echo "setup.sh: unknown set '$extra' (known: checks windows fuzz coverage packages package-test browser database)" >&2
+        echo "setup.sh: unknown set '$extra' (known: checks windows fuzz coverage mutants packages package-test browser database)" >&2
         exit 2
         ;;
     esac

@@ -1,0 +1,230 @@
+"""Makes random single changes in src and runs the tests over each: those that no test notices are printed."""
+import argparse
+import os
+import pathlib
+import queue
+import random
+import re
+import resource
+import shutil
+import signal
+import subprocess
+import sys
+import threading
+import time
+
+from cpp_changes import changes_of
+
+TOP = pathlib.Path(__file__).resolve().parents[2]
+PLACE = TOP / 'build' / 'mutants'
+# A changed program may do anything, also to files: it runs as nobody where we are root, and in bounds.
+NOBODY = 65534
+MEMORY = 8 << 30
+PATIENCE = 20 # a test program that takes so many times as long as before hangs
+ROOMS = ['platform', 'paths', 'protocol', 'config', 'log', 'link', 'eventfiles', 'run', 'app']
+OTHER_TESTS = ['sim', 'tools', 'e2e', 'faults'] # the slowest last
+
+
+def tracked_files():
+    listed = subprocess.run(['git', 'ls-files', '-z', '--cached', '--others', '--exclude-standard'], cwd=TOP, check=True,
+                            capture_output=True).stdout
+    return [name for name in listed.decode().split('\0') if name and (TOP / name).is_file()]
+
+
+def sources():
+    """The files of src that this system's build compiles, by room."""
+    rooms = {}
+    for name in tracked_files():
+        path = pathlib.PurePosixPath(name)
+        if path.parts[0] == 'src' and path.suffix in ('.cpp', '.h') and 'windows' not in path.parts:
+            rooms.setdefault(path.parts[1], []).append(name)
+    return rooms
+
+
+def choose(count, seed):
+    """`count` changes, no two the same: the room by the root of its size, then the kind, then the place."""
+    chance = random.Random(seed)
+    pools = {}
+    for room, names in sources().items():
+        kinds = {}
+        for name in sorted(names):
+            for change in changes_of((TOP / name).read_text(), chance):
+                kinds.setdefault(change.kind, []).append((name, change))
+        pools[room] = kinds
+    rooms = sorted(pools)
+    weights = [sum(map(len, pools[room].values())) ** 0.5 for room in rooms]
+    chosen, seen = [], set()
+    while len(chosen) < count:
+        room = chance.choices(rooms, weights)[0]
+        kind = chance.choice(sorted(pools[room]))
+        name, change = chance.choice(pools[room][kind])
+        if (name, change) not in seen:
+            seen.add((name, change))
+            chosen.append((room, name, change))
+    return chosen
+
+
+def describe(name, change):
+    source = (TOP / name).read_text()
+    line = source.count('\n', 0, change.start) + 1
+    old = ' '.join(source[change.start:change.end].split())
+    begin = source.rfind('\n', 0, change.start) + 1
+    end = source.find('\n', change.end)
+    return f'{name}:{line}: {change.kind}: {old} -> {change.new.strip()}   | {" ".join(source[begin:end].split())}'
+
+
+class Worker:
+    """A copy of the tree with its own build, in which one change at a time is tried."""
+
+    def __init__(self, number):
+        self.place = PLACE / str(number)
+        self.tree = self.place / 'tree'
+        self.scratch = self.place / 'scratch'
+        self.times = {}
+
+    def prepare(self, files):
+        self.tree.mkdir(parents=True, exist_ok=True)
+        kept = set(files)
+        for old in [path for path in self.tree.rglob('*') if path.is_file() and 'build' not in path.parts[len(self.tree.parts):]]:
+            if str(old.relative_to(self.tree)) not in kept:
+                old.unlink()
+        for name in files:
+            old, new = self.tree / name, TOP / name
+            if not old.exists() or old.read_bytes() != new.read_bytes():
+                old.parent.mkdir(parents=True, exist_ok=True)
+                shutil.copy(new, old)
+        self.reset_scratch()
+        linker = ['-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld', '-DCMAKE_SHARED_LINKER_FLAGS=-fuse-ld=lld']
+        self.must(['cmake', '-S', '.', '-B', 'build', '-G', 'Ninja', '-DRUVO_BENCH=OFF', '-DCMAKE_BUILD_TYPE=None',
+                   '-DCMAKE_CXX_FLAGS=-O1 -w -Wno-error', *linker])
+        self.must(['cmake', '--build', 'build', '-j', '1'])
+        for test in ROOMS + OTHER_TESTS: # nothing can be said of tests that fail by themselves
+            begin = time.monotonic()
+            if not self.passes(test):
+                sys.exit(f'mutants.py: test_{test} fails without any change; see {self.place}/test.log')
+            self.times[test] = time.monotonic() - begin
+
+    def must(self, command):
+        with open(self.place / 'build.log', 'w') as log:
+            if subprocess.run(command, cwd=self.tree, stdout=log, stderr=subprocess.STDOUT).returncode != 0:
+                sys.exit(f'mutants.py: {command[0]} failed; see {self.place}/build.log')
+
+    def reset_scratch(self):
+        shutil.rmtree(self.scratch, ignore_errors=True)
+        self.scratch.mkdir(parents=True)
+        if os.geteuid() == 0:
+            os.chown(self.scratch, NOBODY, NOBODY)
+
+    def build(self, *targets):
+        with open(self.place / 'build.log', 'w') as log:
+            return subprocess.run(['cmake', '--build', 'build', '-j', '1', '--target', *targets], cwd=self.tree, stdout=log,
+                                  stderr=subprocess.STDOUT).returncode == 0
+
+    def passes(self, test):
+        bounded = PATIENCE + 10 * self.times.get(test, 300)
+        environment = {'PATH': os.environ['PATH'], 'HOME': str(self.scratch), 'TMPDIR': str(self.scratch),
+                       'GTEST_FAIL_FAST': '1', 'GTEST_BRIEF': '1'}
+
+        def restrain():
+            resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
+            resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 30, 1 << 30))
+            resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+
+        who = {'user': NOBODY, 'group': NOBODY, 'extra_groups': []} if os.geteuid() == 0 else {}
+        with open(self.place / 'test.log', 'w') as log:
+            program = subprocess.Popen([str(self.tree / 'build/bin' / f'test_{test}')], cwd=self.scratch, env=environment,
+                                       stdin=subprocess.DEVNULL, stdout=log, stderr=subprocess.STDOUT, start_new_session=True,
+                                       preexec_fn=restrain, **who)
+            try:
+                good = program.wait(timeout=bounded) == 0
+            except subprocess.TimeoutExpired:
+                good = False
+            try: # whatever it started
+                os.killpg(program.pid, signal.SIGKILL)
+            except ProcessLookupError:
+                pass
+            program.wait()
+        if not good:
+            self.reset_scratch()
+        return good
+
+    def try_change(self, room, name, change):
+        """Who noticed: a test, the compiler, or nobody."""
+        path = self.tree / name
+        original = path.read_text()
+        path.write_text(original[:change.start] + change.new + original[change.end:])
+        try:
+            if not self.build(f'test_{room}'):
+                return 'compiler'
+            if not self.passes(room):
+                return f'test_{room}'
+            if not self.build('all'):
+                return 'compiler'
+            for test in [other for other in ROOMS + OTHER_TESTS if other != room]:
+                if not self.passes(test):
+                    return f'test_{test}'
+            return None
+        finally:
+            path.write_text(original)
+
+
+def arguments():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument('count', nargs='?', type=int, default=300, help='how many changes (default 300)')
+    parser.add_argument('seed', nargs='?', type=int, default=1, help='which ones: the same seed chooses the same changes')
+    parser.add_argument('--workers', type=int, default=os.cpu_count(), help='copies of the tree that are worked on at once')
+    parser.add_argument('--list', action='store_true', help='only print what would be changed')
+    parser.add_argument('--only', metavar='TEXT', help='only changes whose line in the list holds this')
+    return parser.parse_args()
+
+
+def main():
+    wanted = arguments()
+    # The compiler refuses some; for these others are tried, so that the count is of changes that were built.
+    candidates = choose(wanted.count * 3, wanted.seed)
+    if wanted.only:
+        candidates = [one for one in candidates if re.search(wanted.only, describe(*one[1:]))]
+    if wanted.list:
+        print('\n'.join(describe(name, change) for _, name, change in candidates[:wanted.count]))
+        return 0
+    files, work, outcomes, lock = tracked_files(), queue.SimpleQueue(), [], threading.Lock()
+    for candidate in candidates:
+        work.put(candidate)
+    workers = [Worker(number) for number in range(wanted.workers)]
+    print(f'Building ({wanted.workers} copies)', flush=True)
+
+    def run(worker):
+        while not work.empty() and len(outcomes) < wanted.count:
+            room, name, change = work.get()
+            noticed = worker.try_change(room, name, change)
+            with lock:
+                if noticed == 'compiler' or len(outcomes) >= wanted.count:
+                    continue
+                outcomes.append((room, noticed))
+                print(f'{len(outcomes)} {noticed or "SURVIVED"}: {describe(name, change)}', flush=True)
+
+    def prepared(worker):
+        worker.prepare(files)
+        ready.append(worker)
+
+    ready = []
+    for stage in (prepared, run):
+        threads = [threading.Thread(target=stage, args=(worker,)) for worker in workers]
+        for thread in threads:
+            thread.start()
+        for thread in threads:
+            thread.join()
+        if len(ready) < len(workers):
+            return 2
+        if stage is prepared:
+            print('Changing', flush=True)
+    for room in sorted({room for room, _ in outcomes}):
+        of_room = [noticed for where, noticed in outcomes if where == room]
+        print(f'{room:<12} {len(of_room):4} changes {of_room.count(None):4} survived')
+    survived = sum(noticed is None for _, noticed in outcomes)
+    print(f'{len(outcomes) - survived} passed, {survived} failed')
+    return 1 if survived else 0
+
+
+if __name__ == '__main__':
+    sys.exit(main())
