@@ -17,6 +17,13 @@ hardened() { readelf -W -d -l "$1" >"$work/elf" && grep -q GNU_RELRO "$work/elf"
 for file in ruvo ruvoctl libruvo.so simulator/p32ls.so; do
     check "$file is linked for protection" hardened "$private/$file"
 done
+# Of each compiler's option something that it alone leads to.
+guards() { LC_ALL=C readelf -W --dyn-syms "$1" | grep -o 'UND [^@ ]*' | grep -c "UND \($2\)\$"; }
+for symbol in __stack_chk_fail '__[a-z]*_chk' '.*glibcxx_assert_fail.*'; do
+    check "ruvo is compiled for protection: $symbol" guards "$private/ruvo" "$symbol"
+done
+marked() { [ "$(uname -m)" != x86_64 ] || [ "$(objdump -d "$1" | grep -c endbr64)" -gt 1000 ]; }
+check "ruvo is compiled for protection: jumps" marked "$private/ruvo"
 
 # What the package was made from, beside it.
 parts() { node -p "JSON.parse(fs.readFileSync('${deb%.deb}.spdx.json')).packages.map(part => part.name + ' ' + part.versionInfo).sort().join('\n')"; }
@@ -31,6 +38,20 @@ check "parts: this very file" grep -q "$(sha256sum "$deb" | cut -d ' ' -f 1)" "$
 epoch=$(dpkg-parsechangelog -l packaging/debian/changelog -S Timestamp)
 packed_again() { cmake -E chdir build/release env SOURCE_DATE_EPOCH="$epoch" cpack -G DEB -B "$work/again" && cmp "$work/again/$(basename "$deb")" "$deb"; }
 check "packed again, the same bytes" packed_again
+# And from another folder: two modules, whole, and the two lowest rooms. (All the rest would cost minutes.)
+built=(oncrpc HalvexCryptoKit ruvo_paths)
+built_in() ( # a folder
+    mkdir -p "$1"
+    cp -r CMakeLists.txt CMakePresets.json cmake docs examples include packaging sim src tools "$1"
+    cd "$1"
+    cmake --preset release -D RUVO_TESTS=OFF -D RUVO_BENCH=OFF -D CMAKE_CXX_COMPILER_LAUNCHER= &&
+        cmake --build build/release --target "${built[@]}"
+)
+check "built in a folder" built_in "$work/one"
+check "built in another folder" built_in "$work/another/below"
+for file in bin/oncrpc.so bin/HalvexCryptoKit.so src/platform/libruvo_platform.a src/paths/libruvo_paths.a; do
+    check "from two folders the same bytes: $file" cmp "$work/one/build/release/$file" "$work/another/below/build/release/$file"
+done
 
 shown_well() { LC_ALL=C.UTF-8 MANROFFSEQ= MANWIDTH=$1 man --warnings -l "$2" 2>&1 >/dev/null; } # warnings, if any
 for page in "$work"/files/usr/share/man/man*/*.gz; do
