@@ -46,7 +46,7 @@ std::size_t LineBefore(const SIniSection& section, std::string_view key) {
     bool hasRelays = false;
     for (const SIniEntry& entry : section.entries) {
         head = !entry.IsComment() || entry.line == head + 1 ? entry.line : head;
-        const bool isRelay = IsRelayKey(entry.key);
+        const bool isRelay = IsRelayKey(key) && IsRelayKey(entry.key); // another key has no place among them
         hasRelays = hasRelays || isRelay;
         if (isRelay && entry.key.substr(2) < key.substr(2)) {
             line = entry.line;
