@@ -3,6 +3,9 @@
 
 #include "platform/files.h"
 
+#include <algorithm>
+#include <new>
+
 namespace ruvo {
 
 namespace {
@@ -16,19 +19,20 @@ constexpr int kAttempts = 4;
 // in it: what others have put there meanwhile is theirs.
 class CTrialFolder {
 public:
-    explicit CTrialFolder(const std::string& folder) : m_ready(MakeFolderChain(folder, m_made)) {}
+    CTrialFolder() = default;
     CTrialFolder(const CTrialFolder&) = delete;
     CTrialFolder& operator=(const CTrialFolder&) = delete;
     ~CTrialFolder() {
-        for (auto folder = m_made.rbegin(); folder != m_made.rend() && RemoveEmptyFolder(*folder); ++folder) {
+        try { // a level that others took away meanwhile was made again, and stands here twice
+            std::for_each(m_made.rbegin(), m_made.rend(), RemoveEmptyFolder);
+        } catch (const std::bad_alloc&) { // NOLINT(bugprone-empty-catch): an empty folder stays
         }
     }
 
-    bool IsReady() const { return m_ready; }
+    bool Make(const std::string& folder) { return MakeFolderChain(folder, m_made); }
 
 private:
-    std::vector<std::string> m_made; // before m_ready, whose making fills it
-    bool m_ready;
+    std::vector<std::string> m_made;
 };
 
 bool IsFilePathUsable(const std::string& filePath) {
@@ -46,8 +50,8 @@ bool OpensForWriting(const std::string& path, SOpenMode mode) {
 }
 
 bool ProveFolder(const std::string& folder) {
-    const CTrialFolder trial(folder);
-    const std::string probe = trial.IsReady() ? MakeUniqueFile(folder, kProbePrefix) : std::string();
+    CTrialFolder trial;
+    const std::string probe = trial.Make(folder) ? MakeUniqueFile(folder, kProbePrefix) : std::string();
     if (probe.empty()) {
         return false;
     }
@@ -79,8 +83,8 @@ bool ProveFile(const std::string& filePath) {
     if (found.failure != EFileFailure::NotFound && found.failure != EFileFailure::BadPath) {
         return false;
     }
-    const CTrialFolder trial(FolderOfFile(filePath));
-    return trial.IsReady() && MakeAndRemoveFile(filePath);
+    CTrialFolder trial;
+    return trial.Make(FolderOfFile(filePath)) && MakeAndRemoveFile(filePath);
 }
 
 bool Succeeds(bool (*proof)(const std::string&), const std::string& path) {
