@@ -120,10 +120,6 @@ void CRuvoApp::TearDown(CRunContext& context) {
         StopComRuntime();
         m_comRuntimeStarted = false;
     }
-    RestoreWorkingFolder();
-}
-
-void CRuvoApp::RestoreWorkingFolder() {
     if (!m_savedWorkingFolder.empty()) {
         SetCurrentFolder(m_savedWorkingFolder);
     }

@@ -15,9 +15,6 @@ namespace ruvo {
 /// process exits with status 0 in every case.
 class CRuvoApp final : public CSingleInstanceApp {
 public:
-    CRuvoApp() = default;
-    ~CRuvoApp() override { RestoreWorkingFolder(); }
-
     /// Starts up, works and tears down. Throws nothing.
     void Run(std::span<const std::string> arguments) noexcept;
 
@@ -28,7 +25,6 @@ private:
     EResultCode StartCommsServer();
     void Act(CRunContext& context, EResultCode result);
     void TearDown(CRunContext& context);
-    void RestoreWorkingFolder();
 
     std::string m_programFolder;
     std::string m_savedWorkingFolder;
