@@ -33,13 +33,13 @@ public:
         const auto entry = reinterpret_cast<ServerEntryPoint>(m_module.FindEntry(kServerEntryPoint));
         m_table = entry == nullptr ? nullptr : entry();
         if (m_table == nullptr || m_table->interfaceVersion != kServerInterfaceVersion) {
-            TraceError("Comms server %s has no entry point of interface version %u", path.c_str(),
-                       kServerInterfaceVersion);
+            TraceError("Comms server %s has no entry point of interface version %u",
+                       SystemModulePath(path).c_str(), kServerInterfaceVersion);
             return false;
         }
         m_inner = m_table->Connect();
         if (m_inner == nullptr) {
-            TraceError("Comms server %s refused to start", path.c_str());
+            TraceError("Comms server %s refused to start", SystemModulePath(path).c_str());
         }
         return m_inner != nullptr;
     }

@@ -72,7 +72,11 @@ void CP32Wrap::DestroyInstance() {
         std::unique_lock lock(wrap->m_commandLock, kPatience);
         if (!lock.owns_lock()) {
             wrap->m_events.SignalAbort();
-            lock.lock();
+            try {
+                lock.lock();
+            } catch (const std::system_error&) { // out of a report on the command, which cannot end meanwhile
+                return;
+            }
         }
         connection = std::move(wrap->m_connection);
     }

@@ -40,7 +40,8 @@ public:
     /// Starts the server and connects the event sink; 0, or 255 with no object left behind.
     static LinkStatus CreateInstance();
     /// Lets the server go. A running command is aborted first; a command that is still on its way out keeps
-    /// the object alive until it is through, and gets status 255 for what it asks then.
+    /// the object alive until it is through, and gets status 255 for what it asks then. Out of a report on a
+    /// running command it aborts that command and no more.
     static void DestroyInstance();
     /// The one object, or null.
     static CP32Wrap* GetInstance();
