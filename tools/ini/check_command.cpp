@@ -15,7 +15,6 @@
 #include "tools/ini/ini_findings.h"
 #include "tools/ini/program_folder.h"
 #include "tools/ini/site_environment.h"
-#include "tools/text_encoding.h"
 
 #include <algorithm>
 #include <array>
@@ -70,7 +69,7 @@ EResultCode TryCommsServer(std::vector<SIniFinding>& causes) {
 /// Why a file is none that a run can read.
 std::string WhyNotOpened(const std::string& fullPath, const CIniText& ini) {
     if (fullPath.empty()) {
-        return "the path has " + std::to_string(kMaxPath) + " characters or more, or none";
+        return "want a path whose full form has fewer than " + std::to_string(kMaxPath) + " characters";
     }
     CFile file;
     std::uint64_t length = 0;
@@ -116,15 +115,6 @@ SOutcome CheckFile(const std::string& fullPath, const CIniText& ini) {
     lines.insert(lines.end(), causes.begin(), causes.end());
     return {static_cast<int>(code), std::string(ResultMessage(code)), std::move(lines),
             std::move(blockedPlaces)};
-}
-
-void PrintFindings(CTextOutput& out, const std::string& file, std::string_view prefix,
-                   const std::vector<SIniFinding>& findings) {
-    for (const SIniFinding& finding : findings) {
-        const std::string place = finding.line > 0 ? file + ":" + std::to_string(finding.line) : file;
-        const std::string line = place + ": " + std::string(prefix) + finding.text;
-        out.Write(EscapeControls(SystemTextToUtf8(line)) + "\n");
-    }
 }
 
 /// What a reader of the file could learn that is nobody else's business.

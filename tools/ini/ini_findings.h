@@ -5,11 +5,13 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace ruvo {
 
 class CIniText;
+class CTextOutput;
 
 /// One finding; line 0 means the file as a whole. The text may hold whatever the file holds.
 struct SIniFinding {
@@ -27,5 +29,9 @@ struct SIniFinding {
 /// Links in the place of a relay's folder in the event root, and what is no regular file in the place of a
 /// day file: there a run refuses to store, and leaves the events where they are.
 [[nodiscard]] std::vector<SIniFinding> FindBlockedPlaces(std::string eventRoot);
+
+/// Writes a line each: the file with the finding's line, the prefix, the text.
+void PrintFindings(CTextOutput& out, const std::string& file, std::string_view prefix,
+                   const std::vector<SIniFinding>& findings);
 
 } // namespace ruvo

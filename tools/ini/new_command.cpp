@@ -1,7 +1,6 @@
 // ruvoctl new: an INI file for a site.
 #include "app/load_and_check.h"
 #include "config/configuration.h"
-#include "config/configuration.h"
 #include "paths/path_utilities.h"
 #include "platform/files.h"
 #include "platform/full_path.h"

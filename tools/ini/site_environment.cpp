@@ -15,9 +15,9 @@ namespace ruvo {
 namespace {
 
 constexpr const char* kSetByRunSite = "RUVO_SITE";
-/// They would let a site be visited twice at once.
+/// They would let a site be visited twice at once; the last one is a name that run-site itself uses.
 constexpr std::array kRefusedNames{std::string_view("RUVO_LOCK_DIR"), std::string_view(kSetByRunSite),
-                                   std::string_view("XDG_STATE_HOME")};
+                                   std::string_view("XDG_STATE_HOME"), std::string_view("run_site_line")};
 constexpr std::string_view kRefused = "no NAME=value that may stand here; not taken"; // it may hold a secret
 constexpr std::string_view kForLoader =
     "; the system's loader looks at it when a program begins: ruvoctl check cannot tell what it does, "

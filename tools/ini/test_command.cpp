@@ -3,7 +3,6 @@
 #include "link/p32_wrap.h"
 #include "tools/command.h"
 #include "tools/ini/site_environment.h"
-#include "tools/text_encoding.h"
 
 #include <array>
 
@@ -47,10 +46,7 @@ EConnectionTestResult TestNotingUsers(const CArguments& arguments) {
 
 int RunTest(const CArguments& arguments, SConsole& console) {
     const SSiteEnvironment environment = TakeSiteEnvironment(arguments.Get("INI"));
-    for (const SIniFinding& finding : environment.findings) {
-        const std::string line = environment.path + ":" + std::to_string(finding.line) + ": " + finding.text;
-        console.error.Write("ruvoctl: warning: " + EscapeControls(SystemTextToUtf8(line)) + "\n");
-    }
+    PrintFindings(console.error, environment.path, "warning: ", environment.findings);
     const EConnectionTestResult result = TestNotingUsers(arguments);
     console.out.Write(std::string(ConnectionTestMeaning(result)) + "\n");
     if (g_wasUserNameWanted && result == EConnectionTestResult::Good) {
