@@ -2,6 +2,7 @@
 
 #include "platform/environment.h"
 #include "platform/posix/native_path.h"
+#include "platform/posix/place.h"
 
 #include <algorithm>
 #include <array>
@@ -18,28 +19,6 @@
 namespace ruvo {
 
 namespace {
-
-// An open file or folder, closed at the end.
-class CDescriptor {
-public:
-    explicit CDescriptor(int descriptor = -1) : m_descriptor(descriptor) {}
-    CDescriptor(CDescriptor&& other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
-    CDescriptor& operator=(CDescriptor&& other) noexcept {
-        std::swap(m_descriptor, other.m_descriptor);
-        return *this;
-    }
-    ~CDescriptor() {
-        if (m_descriptor != -1) {
-            close(m_descriptor);
-        }
-    }
-
-    int Get() const { return m_descriptor; }
-    bool IsOpen() const { return m_descriptor != -1; }
-
-private:
-    int m_descriptor;
-};
 
 constexpr const char* kPackageFolder = "/run/ruvo"; // made at boot, for the user of the services
 
