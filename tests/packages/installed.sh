@@ -161,6 +161,15 @@ check "root: as its owner" equal "$(stat -c %U "$work/nobody/log")" nobody
 sed -i "s|^EventRootDir=.*|EventRootDir=$work/of-root|" "$work/nobody/own.ini"
 check "root: not with the file of another" ends_with 2 /usr/lib/ruvo/run-site "$work/nobody/own.ini"
 check "root: nothing of it was done" equal "$(wc -l <"$work/nobody/log")$(find "$work/of-root" 2>/dev/null)" 1
+# A file of root's own, whose events or log another user leads to a place of root's.
+mkdir "$work/of-root"
+ln -s "$work/of-root" "$work/nobody/way"
+leads_root() { # where events and log are said to be
+    printf '%s\n' '[RUVO_GENERAL]' "EventRootDir=$1" "ErrorLogPathname=$2" '[RUVO_SERIAL]' RV001=5 >"$work/roots.ini"
+    ends_with 2 /usr/lib/ruvo/run-site "$work/roots.ini" && equal "$(find "$work/of-root" "$work/roots.log")" "$work/of-root"
+}
+check "root: no events where another leads" leads_root "$work/nobody/way/a" "$work/roots.log"
+check "root: no log where another leads" leads_root "$work/of-root" "$work/nobody/way/log"
 
 # Lines of the environment reach the programs and nothing else; what is no such line is told, and the visit is made.
 visited_with() { # status, line
