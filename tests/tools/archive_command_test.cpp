@@ -157,9 +157,9 @@ TEST_F(CArchive, GrowsWhileASearchIsLeftOpen) {
 TEST_F(CArchive, LinesOfJsonHoldTheSameColumns) {
     m_folder.Write(kDayFile,
                    kHeader + Extended(At(16, 3), "a", std::string("\\u0000\0", 7)) + Simple(At(31, 2), "b"));
-    ASSERT_EQ(RunTool({"archive", m_folder.Native("events"), "--sqlite", m_folder.Native("a.db"), "--ndjson",
-                       m_folder.Native("lines")})
-                  .status,
+    const std::string events = m_folder.Native("events");
+    const std::string target = m_folder.Native("lines");
+    ASSERT_EQ(RunTool({"archive", events, "--sqlite", m_folder.Native("a.db"), "--ndjson", target}).status,
               0);
     const std::vector<std::string> lines = Lines(m_folder.Read("lines"));
     ASSERT_EQ(lines.size(), 2U);
@@ -173,8 +173,7 @@ TEST_F(CArchive, LinesOfJsonHoldTheSameColumns) {
     EXPECT_EQ(row["cells"][1]["template"], "\\u0000\xEF\xBF\xBD") << "no NUL";
     EXPECT_EQ(nlohmann::json::parse(lines[1])["time"], nullptr) << "31 November";
     EXPECT_FALSE(m_folder.Has("lines.tmp"));
-    EXPECT_EQ(RunTool({"archive", m_folder.Native("events"), "--ndjson", m_folder.Native("no/lines")}).status,
-              1);
+    EXPECT_EQ(RunTool({"archive", events, "--ndjson", m_folder.Native("no/lines")}).status, 1);
 }
 
 TEST_F(CArchive, LeavesOtherDatabasesAlone) {
@@ -194,9 +193,8 @@ TEST_F(CArchive, LeavesOtherDatabasesAlone) {
          {"CREATE VIEW extra AS SELECT 1", "CREATE INDEX extra ON records (text)", "DROP INDEX records_time",
           "CREATE TRIGGER extra AFTER INSERT ON records BEGIN DELETE FROM records; END",
           "DROP VIEW events; CREATE TABLE events (id)",
-          "DROP VIEW events; DROP VIEW damaged_places; DROP TABLE records; CREATE VIEW records AS WITH "
-          "RECURSIVE "
-          "n(id) AS (SELECT 1 UNION ALL SELECT id + 1 FROM n) SELECT id FROM n"}) {
+          "DROP VIEW events; DROP VIEW damaged_places; DROP TABLE records; CREATE VIEW records AS "
+          "WITH RECURSIVE n(id) AS (SELECT 1 UNION ALL SELECT id + 1 FROM n) SELECT id FROM n"}) {
         refuses(change, "not what ruvoctl archive makes");
         m_folder.Write("a.db", archive);
     }
@@ -207,6 +205,14 @@ TEST_F(CArchive, LeavesOtherDatabasesAlone) {
     refuses("PRAGMA user_version = 99", "a newer ruvoctl (version 99)");
     refuses("PRAGMA user_version = -1", "of version -1, which there never was");
     refuses("PRAGMA application_id = 7", "a database of another program");
+    m_folder.Write("a.db", archive);
+    m_folder.Write("other", "of somebody else"); // named by a journal of what no archive takes part in
+    std::filesystem::copy_file(RUVO_TEST_DATA "/tools/foreign.journal", m_folder.Native("a.db-journal"));
+    const std::filesystem::path home = std::filesystem::current_path();
+    std::filesystem::current_path(m_folder.Native());
+    EXPECT_EQ(Archive().status, 1);
+    std::filesystem::current_path(home);
+    EXPECT_EQ(m_folder.Read("other"), "of somebody else");
     m_folder.Write("a.db", std::string(5000, 'x'));
     EXPECT_EQ(Archive().status, 1);
     EXPECT_EQ(m_folder.Read("a.db"), std::string(5000, 'x'));

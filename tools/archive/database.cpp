@@ -46,6 +46,30 @@ std::string FailureText(int code, const char* words) {
     return text;
 }
 
+// A journal beside the database may say that its transaction was one over several databases, and name the
+// file that tells of them, which is removed in the end. No archive was ever part of such a transaction, and
+// whoever writes the journal may name any file.
+int OpenNoSuperJournal(sqlite3_vfs* /*own*/, const char* name, sqlite3_file* file, int flags, int* given) {
+    if ((flags & SQLITE_OPEN_SUPER_JOURNAL) != 0) {
+        file->pMethods = nullptr; // nothing to close
+        return SQLITE_CANTOPEN;
+    }
+    sqlite3_vfs* const system = sqlite3_vfs_find(nullptr);
+    return system->xOpen(system, name, file, flags, given);
+}
+
+/// The library's way to the system's files, but for that.
+const char* FileSystemName() {
+    static sqlite3_vfs files = [] {
+        sqlite3_vfs own = *sqlite3_vfs_find(nullptr);
+        own.zName = "archive";
+        own.xOpen = &OpenNoSuperJournal;
+        return own;
+    }();
+    static const bool isKnown = sqlite3_vfs_register(&files, 0) == SQLITE_OK;
+    return isKnown ? files.zName : "none";
+}
+
 } // namespace
 
 CDatabase::CDatabase(const std::string& path, EDatabaseAccess access) {
@@ -60,7 +84,7 @@ CDatabase::CDatabase() {
 
 void CDatabase::Open(const char* name, int flags) {
     sqlite3* handle = nullptr;
-    const int result = sqlite3_open_v2(name, &handle, flags, nullptr);
+    const int result = sqlite3_open_v2(name, &handle, flags, FileSystemName());
     m_handle.reset(handle);
     if (handle == nullptr) {
         throw CDatabaseError(FailureText(result, sqlite3_errstr(result)));

@@ -24,7 +24,7 @@ enum class EDatabaseAccess : bool { Read, Write };
 
 /// One open database file; made when it is missing and is to be written. What a transaction left open is
 /// rolled back at the end. The file may come from anybody: what stands in its schema can neither damage it
-/// nor call anything that reaches beyond it.
+/// nor call anything that reaches beyond it, and no journal beside it names another file to be removed.
 class CDatabase {
 public:
     CDatabase(const std::string& path, EDatabaseAccess access);
