@@ -15,8 +15,9 @@ struct SFailureText {
 };
 /// Of the others the system's own words are enough.
 constexpr std::array kFailureTexts{
-    SFailureText{EAccessFailure::ForeignLink,
-                 "a link on the way belongs to another user and is not followed; name the place behind it"},
+    SFailureText{
+        EAccessFailure::ForeignLink,
+        "a link on the way, or the pipe there, belongs to another user and is not used; name another place"},
     SFailureText{EAccessFailure::NotWritable, "you may not write the file that is there"},
     SFailureText{EAccessFailure::NotMade, "no file can be made in that folder"},
     SFailureText{EAccessFailure::InUse, "another program writes it right now; try again"},

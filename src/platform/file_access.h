@@ -29,7 +29,8 @@ EOwnFile ReadOwnFile(const std::string& path, std::string& bytes);
 enum class EAccessFailure : std::uint8_t {
     None,
     NotFound,     ///< no such file or folder, or no regular file
-    ForeignLink,  ///< a link on the way belongs to another user, or there are too many
+    ForeignLink,  ///< a link on the way, or the pipe there, belongs to another user, or there are too many
+                  ///< links
     NotWritable,  ///< the user may not write the file
     OtherNames,   ///< the file has another name, under which the old contents would live on
     Exists,       ///< a file that was to be new is there

@@ -164,7 +164,7 @@ EOwnFile ReadOwnFile(const std::string& path, std::string& bytes) {
     if (!file.IsOpen() || fstat(file.Get(), &status) != 0) {
         return EOwnFile::Unreadable;
     }
-    if ((status.st_uid != 0 && status.st_uid != geteuid()) || (status.st_mode & kOthersWrite) != 0) {
+    if (!IsOfTrusted(status) || (status.st_mode & kOthersWrite) != 0) {
         return EOwnFile::OfOthers;
     }
     bytes.resize(kLargest + 1);
@@ -219,14 +219,19 @@ SAccessResult COldFile::Open(const std::string& path, EFileKind kind) {
                                                                             : Failed(EAccessFailure::NotMade);
 }
 
-// A pipe is waited for until somebody reads from it.
+// A pipe with a name is waited for until somebody reads from it; nobody might ever read from another user's.
 SAccessResult COldFile::OpenStream() {
     const SPlace& place = m_handle->place;
-    const int links = place.IsDoor() ? 0 : O_NOFOLLOW;
-    m_handle->file =
-        CDescriptor(openat(place.folder.Get(), place.name.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY | links));
     struct stat status = {};
-    if (!m_handle->file.IsOpen() || fstat(m_handle->file.Get(), &status) != 0) {
+    const bool isPipe = place.Examine(status) && S_ISFIFO(status.st_mode);
+    if (isPipe && !IsOfTrusted(status)) {
+        return {EAccessFailure::ForeignLink, 0};
+    }
+    const int flags = (place.IsDoor() ? 0 : O_NOFOLLOW) | (isPipe ? 0 : O_NONBLOCK);
+    m_handle->file =
+        CDescriptor(openat(place.folder.Get(), place.name.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY | flags));
+    if (!m_handle->file.IsOpen() || fcntl(m_handle->file.Get(), F_SETFL, 0) != 0 ||
+        fstat(m_handle->file.Get(), &status) != 0) {
         return Failed(EAccessFailure::NotWritable);
     }
     m_handle->isStream = !S_ISREG(status.st_mode); // which it may have become meanwhile

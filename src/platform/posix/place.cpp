@@ -41,8 +41,8 @@ private:
     std::vector<std::string> m_steps;
 };
 
-CDescriptor OpenStep(int folder, const char* name) {
-    return CDescriptor(openat(folder, name, O_PATH | O_NOFOLLOW | O_CLOEXEC));
+CDescriptor OpenStep(int folder, const char* name, int flags = 0) {
+    return CDescriptor(openat(folder, name, O_PATH | O_NOFOLLOW | O_CLOEXEC | flags));
 }
 
 bool EnterRoot(SPlace& place) {
@@ -53,7 +53,7 @@ bool EnterRoot(SPlace& place) {
 
 // A link in a folder that others may write may have been put there to turn the way elsewhere.
 bool IsFollowed(const struct stat& link, ELinks links) {
-    return links == ELinks::All || link.st_uid == 0 || link.st_uid == geteuid();
+    return links == ELinks::All || IsOfTrusted(link);
 }
 
 // Goes through a link: what it says is the next part of the way.
@@ -69,6 +69,10 @@ bool Follow(const CDescriptor& link, SPlace& place, CWay& way) {
 }
 
 } // namespace
+
+bool IsOfTrusted(const struct stat& status) {
+    return status.st_uid == 0 || status.st_uid == geteuid();
+}
 
 CDescriptor::~CDescriptor() {
     if (IsOpen()) {
@@ -160,8 +164,12 @@ bool FindPlace(const std::string& native, ELinks links, SPlace& place) {
                 return false;
             }
         } else if (!way.IsAtEnd()) {
-            place.folder = std::move(step);
+            // Opened as a folder, which also mounts what is mounted at its first use.
+            place.folder = OpenStep(place.folder.Get(), place.name.c_str(), O_DIRECTORY);
             place.folderPath += place.name + '/';
+            if (!place.folder.IsOpen()) {
+                return false;
+            }
         }
     }
     return true;

@@ -55,6 +55,9 @@ struct SPlace {
     bool IsDoor() const;
 };
 
+/// Whether what was examined belongs to the user or to root.
+bool IsOfTrusted(const struct stat& status);
+
 /// Whose links are followed.
 enum class ELinks : std::uint8_t {
     All,
