@@ -126,6 +126,7 @@ class Worker:
                        'GTEST_FAIL_FAST': '1', 'GTEST_BRIEF': '1'}
 
         def restrain():
+            signal.signal(signal.SIGINT, signal.SIG_DFL) # whatever started us
             resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
             resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 30, 1 << 30))
             resource.setrlimit(resource.RLIMIT_CORE, (0, 0))

@@ -49,6 +49,7 @@ TEST(PasswordCommand, WhatIsTypedIsNotShown) {
             GTEST_SKIP() << "this machine gives no pseudo-terminals";
         }
         if (child == 0) {
+            signal(SIGINT, SIG_DFL); // a shell ignores it for what it starts in the background
             CTextOutput text(std::cout);
             SConsole console{.in = std::cin, .out = text, .error = text, .inIsTerminal = true};
             _exit(RunCommandLine(std::vector<std::string>{"password", "encrypt"}, console));
