@@ -155,7 +155,7 @@ LinkStatus CP32Wrap::EnterPasswordByGeneration(bool passwordEntered) {
         return kLinkAborted;
     }
     if (version == 0 && versionBefore != 0) { // one bad answer must not send the password as it is
-        TraceError("CP32Wrap::EnterPassword : Cell 00.DF gave %d before and cannot be read now",
+        TraceError("CP32Wrap::EnterPassword : Cell 00.DF gave %d before and gives no version now",
                    static_cast<int>(versionBefore));
         return kLinkAborted;
     }

@@ -8,6 +8,7 @@
 #include "tools/text_encoding.h"
 
 #include <array>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -62,20 +63,29 @@ std::size_t RelayWidth(CDatabase& database) {
     return width;
 }
 
-/// Prints the records of these ids up to a page's end; how many.
+/// Begins to read one state of the file, and makes sure that it is an archive, whoever writes it meanwhile.
+/// `checked` is the version of the schema that was looked at last; the library goes by it too.
+void BeginReading(CDatabase& database, std::optional<std::int64_t>& checked) {
+    database.Run("BEGIN");
+    const std::int64_t version = database.Number("PRAGMA schema_version");
+    if (checked != version) {
+        RequireCurrent(database);
+        checked = version;
+    }
+}
+
+/// Prints the records of these ids up to a page's end, from a state that is being read; how many.
 std::size_t PrintPage(CDatabase& database, std::span<const std::int64_t> ids, IEventPrinter& printer,
                       std::string& out) {
     constexpr std::size_t kPageSize = std::size_t{128} * 1024; // bytes, before the console hands them on
     CStatement row(database, kFoundRow);
     std::size_t count = 0;
-    database.Run("BEGIN"); // or each row would lock the file for itself
     for (; count < ids.size() && out.size() < kPageSize; ++count) {
         if (!row.Bind(ids[count]).Step() || !PrintRow(row, printer, out)) {
             throw CDatabaseError("a record was changed in it; archive again from the day files");
         }
         row.Rewind();
     }
-    database.Run("COMMIT");
     return count;
 }
 
@@ -83,14 +93,18 @@ std::size_t PrintPage(CDatabase& database, std::span<const std::int64_t> ids, IE
 /// would wait for that in vain.
 int Find(const CArguments& arguments, const SFindQuery& query, SConsole& console) {
     CDatabase database(arguments.Get("DB"), EDatabaseAccess::Read);
-    RequireCurrent(database);
+    std::optional<std::int64_t> checked;
+    BeginReading(database, checked);
     const std::vector<std::int64_t> found = FindRecords(database, query);
     const std::unique_ptr<IEventPrinter> printer =
         MakePrinter(arguments, RelayWidth(database), console.width);
+    database.Run("COMMIT");
     printer->PrintHead(console.out.Text());
     std::span<const std::int64_t> ids(found);
     while (console.out.IsGood() && !ids.empty()) {
+        BeginReading(database, checked); // or each row would lock the file for itself
         ids = ids.subspan(PrintPage(database, ids, *printer, console.out.Text()));
+        database.Run("COMMIT");
         console.out.Flush();
     }
     if (found.empty()) {
