@@ -128,6 +128,10 @@ private:
 
 } // namespace file_access
 
+/// The path of an output file without links, for a library that opens files itself: those on the way are
+/// followed as for EFileKind::Output. The file may be missing. Both paths are in the system's own form.
+SAccessResult ResolveOutputPath(const std::string& systemPath, std::string& resolved);
+
 /// Whether the file can be exchanged as far as can be told without doing it: to be asked before a person is
 /// asked for anything.
 SAccessResult CanBeExchanged(const std::string& path);

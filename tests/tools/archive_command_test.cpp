@@ -206,6 +206,12 @@ TEST_F(CArchive, LeavesOtherDatabasesAlone) {
     refuses("PRAGMA user_version = -1", "of version -1, which there never was");
     refuses("PRAGMA application_id = 7", "a database of another program");
     m_folder.Write("a.db", archive);
+    std::filesystem::rename(m_folder.Native("a.db"), m_folder.Native("b.db"));
+    std::filesystem::create_symlink("b.db", m_folder.Native("a.db"));
+    EXPECT_EQ(Archive().status, 0) << "a link of one's own";
+    std::filesystem::create_symlink("other", m_folder.Native("b.db-journal"));
+    EXPECT_EQ(Archive().status, 1) << "but not beside it";
+    std::filesystem::rename(m_folder.Native("b.db"), m_folder.Native("a.db"));
     m_folder.Write("other", "of somebody else"); // named by a journal of what no archive takes part in
     std::filesystem::copy_file(RUVO_TEST_DATA "/tools/foreign.journal", m_folder.Native("a.db-journal"));
     const std::filesystem::path home = std::filesystem::current_path();

@@ -94,10 +94,15 @@ TEST_P(COutputFile, IsWrittenWholeInItsPlace) {
 TEST_P(COutputFile, IsNotSteeredToAnotherFile) {
     std::filesystem::create_symlink("victim", m_folder.Native("out.tmp"));
     EXPECT_EQ(Write("out"), "") << "a name that is easy to guess";
-    const bool canPlant = PlantLink("victim", "planted") && PlantLink("real", "folder");
+    const bool canPlant =
+        PlantLink("victim", "planted") && PlantLink("real", "folder") && PlantLink("real/new", "nowhere");
     if (canPlant) {
-        for (const char* name : {"planted", "folder/out"})
+        for (const char* name : {"planted", "folder/out", "nowhere"}) {
             EXPECT_NE(Write(name).find("belongs to another user"), std::string::npos) << name;
+            const SOutcome archive =
+                RunTool({"archive", m_folder.Native("events"), "--sqlite", m_folder.Native(name)});
+            EXPECT_NE(archive.error.find("belongs to another user"), std::string::npos) << name;
+        }
         EXPECT_EQ(chown(m_folder.Native("out").c_str(), kOther, kOther), 0);
         EXPECT_EQ(Write("out"), "");
         struct stat status {};

@@ -1,5 +1,8 @@
 #include "tools/archive/database.h"
 
+#include "platform/file_access.h"
+#include "tools/whole_file.h"
+
 #include <sqlite3.h>
 
 #include <algorithm>
@@ -72,10 +75,18 @@ const char* FileSystemName() {
 
 } // namespace
 
+// The library would make and change a file wherever another user's link leads. What it has beside the file,
+// its journal, it never opens through a link.
 CDatabase::CDatabase(const std::string& path, EDatabaseAccess access) {
-    Open(PlainFileName(path).c_str(), access == EDatabaseAccess::Write
-                                          ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE
-                                          : SQLITE_OPEN_READONLY);
+    if (access == EDatabaseAccess::Read) {
+        Open(PlainFileName(path).c_str(), SQLITE_OPEN_READONLY);
+        return;
+    }
+    std::string resolved;
+    if (const SAccessResult result = ResolveOutputPath(path, resolved); !result.Good()) {
+        throw CDatabaseError(TellOutputFailure(result));
+    }
+    Open(PlainFileName(resolved).c_str(), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOFOLLOW);
 }
 
 CDatabase::CDatabase() {

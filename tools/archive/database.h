@@ -22,7 +22,8 @@ public:
 
 enum class EDatabaseAccess : bool { Read, Write };
 
-/// One open database file; made when it is missing and is to be written. What a transaction left open is
+/// One open database file; made when it is missing and is to be written, which only the user's own links and
+/// those of root lead to. What a transaction left open is
 /// rolled back at the end. The file may come from anybody: what stands in its schema can neither damage it
 /// nor call anything that reaches beyond it, and no journal beside it names another file to be removed.
 class CDatabase {

@@ -173,6 +173,16 @@ EOwnFile ReadOwnFile(const std::string& path, std::string& bytes) {
     return size < 0 || bytes.size() > kLargest ? EOwnFile::Unreadable : EOwnFile::Read;
 }
 
+SAccessResult ResolveOutputPath(const std::string& systemPath, std::string& resolved) {
+    SPlace place;
+    if (!FindPlace(systemPath, ELinks::Trusted, place)) {
+        return errno == ELOOP ? SAccessResult{EAccessFailure::ForeignLink, 0}
+                              : Failed(EAccessFailure::NotFound);
+    }
+    resolved = place.folderPath + place.name;
+    return {};
+}
+
 namespace file_access {
 
 struct COldFile::SHandle {

@@ -144,6 +144,11 @@ EOwnFile ReadOwnFile(const std::string& /*path*/, std::string& /*bytes*/) {
     return EOwnFile::NotTold;
 }
 
+SAccessResult ResolveOutputPath(const std::string& systemPath, std::string& resolved) {
+    resolved = systemPath; // hardly anyone may make links
+    return {};
+}
+
 namespace file_access {
 
 struct COldFile::SHandle {
