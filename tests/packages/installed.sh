@@ -187,6 +187,20 @@ done
 for line in COMMS-PORT=1 1ST=x =x alone OPTIND=x RUVO_LOCK_DIR=/none RUVO_SITE=x; do
     check "environment: $line is refused" visited_with 2 "$line"
 done
+not_taken() { # what lets another user write the file, and what ends that
+    local status=0
+    $1 /etc/ruvo/yard.env
+    visit yard >"$work/taken" 2>&1 || status=$?
+    $2 /etc/ruvo/yard.env
+    equal "$status $(grep -c 'yard.env: not taken' "$work/taken")" "2 1"
+}
+check "environment: not where the group may write it" not_taken "chmod g+w" "chmod g-w"
+check "environment: not where others may write it" not_taken "chmod o+w" "chmod o-w"
+check "environment: not another user's" not_taken "chown nobody" "chown root"
+install -d -o ruvo /var/lib/ruvo/.config/ruvo
+printf '%s\n' '[CLSID\{9A69E99F-E86F-455D-B971-355C1139963E}]' 'InprocServer32=/none.so' >/var/lib/ruvo/.config/ruvo/registry.ini
+check "no registry of the services' user" ends_with 0 runuser -u ruvo -- env HOME=/var/lib/ruvo /usr/lib/ruvo/run-site yard
+rm -r /var/lib/ruvo/.config
 secret() { ! visit yard 2>&1 | grep -q hidden; }
 echo "COMMS KEY=hidden" >>/etc/ruvo/yard.env
 check "environment: nothing of a line is shown" secret
