@@ -274,14 +274,21 @@ TEST(CInstanceMarker, KeepsAUsersRunsApartHoweverTheyAreStarted) {
         setenv("RUVO_SITE", site, 1);
         return marker.Claim("A");
     };
+    const std::string longName(251, '\xE9'); // as long as a site's file can have it
+    const std::string otherLong = longName.substr(1) + "x";
     const struct {
         const char* running; ///< its site; of none, as a run by hand is
         const char* started;
         EInstanceClaim outcome;
     } cases[] = {
-        {"", "", EInstanceClaim::AlreadyRunning},     {"", "yard", EInstanceClaim::AlreadyRunning},
-        {"yard", "", EInstanceClaim::AlreadyRunning}, {"yard", "yard", EInstanceClaim::AlreadyRunning},
-        {"yard", "east", EInstanceClaim::Claimed},    {"a b", "a_b", EInstanceClaim::Claimed},
+        {"", "", EInstanceClaim::AlreadyRunning},
+        {"", "yard", EInstanceClaim::AlreadyRunning},
+        {"yard", "", EInstanceClaim::AlreadyRunning},
+        {"yard", "yard", EInstanceClaim::AlreadyRunning},
+        {"yard", "east", EInstanceClaim::Claimed},
+        {"a b", "a_b", EInstanceClaim::Claimed},
+        {longName.c_str(), longName.c_str(), EInstanceClaim::AlreadyRunning},
+        {longName.c_str(), otherLong.c_str(), EInstanceClaim::Claimed},
     };
     for (const auto& test : cases) {
         CInstanceMarker marker;

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdint>
+#include <cstdio>
 #include <fcntl.h>
 #include <pwd.h>
 #include <string_view>
@@ -77,7 +79,19 @@ CDescriptor OpenLockFolder() {
     return OpenUsersFolder();
 }
 
-// Different names give different texts.
+// FNV-1a of 64 bits. It need not withstand forgers: who may name sites may also visit them.
+std::string Digest(std::string_view text) {
+    std::uint64_t sum = 0xCBF29CE484222325;
+    for (const char c : text) {
+        sum = (sum ^ static_cast<unsigned char>(c)) * 0x100000001B3;
+    }
+    std::array<char, 17> digits{};
+    std::snprintf(digits.data(), digits.size(), "%016llX", static_cast<unsigned long long>(sum));
+    return digits.data();
+}
+
+// Different names give different texts. Two of them make a file's name: file systems take 255 bytes,
+// enciphered ones fewer.
 std::string FileName(std::string_view name) {
     constexpr std::string_view kDigits = "0123456789ABCDEF";
     std::string text;
@@ -89,6 +103,11 @@ std::string FileName(std::string_view name) {
             const auto byte = static_cast<unsigned char>(c);
             text += {'%', kDigits[byte >> 4], kDigits[byte & 0xF]};
         }
+    }
+    constexpr std::size_t kLongest = 64;
+    if (text.size() > kLongest) {
+        const std::string end = '~' + Digest(text); // short texts have no such character
+        text.replace(kLongest - end.size(), std::string::npos, end);
     }
     return text;
 }
