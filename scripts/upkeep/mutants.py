@@ -17,8 +17,8 @@ from cpp_changes import changes_of
 
 TOP = pathlib.Path(__file__).resolve().parents[2]
 PLACE = TOP / 'build' / 'mutants'
-# A changed program may do anything, also to files: it runs as nobody where we are root, and in bounds.
-NOBODY = 65534
+# A changed program may do anything, also to files: where we are root it runs as a user who owns nothing, and in bounds.
+NOBODY = 65533 # no user's, and not the one that tests take for a stranger
 MEMORY = 8 << 30
 PATIENCE = 20 # a test program that takes so many times as long as before hangs
 ROOMS = ['platform', 'paths', 'protocol', 'config', 'log', 'link', 'eventfiles', 'run', 'app']
@@ -101,13 +101,17 @@ class Worker:
         for test in ROOMS + OTHER_TESTS: # nothing can be said of tests that fail by themselves
             begin = time.monotonic()
             if not self.passes(test):
-                sys.exit(f'mutants.py: test_{test} fails without any change; see {self.place}/test.log')
+                self.give_up(f'test_{test} fails without any change; see {self.place}/test.log')
             self.times[test] = time.monotonic() - begin
+
+    def give_up(self, why):
+        print(f'mutants.py: {why}', file=sys.stderr, flush=True)
+        raise SystemExit(2) # of this worker; the others are seen to come short
 
     def must(self, command):
         with open(self.place / 'build.log', 'w') as log:
             if subprocess.run(command, cwd=self.tree, stdout=log, stderr=subprocess.STDOUT).returncode != 0:
-                sys.exit(f'mutants.py: {command[0]} failed; see {self.place}/build.log')
+                self.give_up(f'{command[0]} failed; see {self.place}/build.log')
 
     def reset_scratch(self):
         shutil.rmtree(self.scratch, ignore_errors=True)
@@ -129,7 +133,7 @@ class Worker:
             signal.signal(signal.SIGINT, signal.SIG_DFL) # whatever started us
             resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
             resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 30, 1 << 30))
-            resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+            resource.setrlimit(resource.RLIMIT_CORE, (0, resource.RLIM_INFINITY)) # which a test may raise
 
         who = {'user': NOBODY, 'group': NOBODY, 'extra_groups': []} if os.geteuid() == 0 else {}
         with open(self.place / 'test.log', 'w') as log:
