@@ -147,7 +147,7 @@ private:
             {Simple(At(16, 3), "Trip L1 earth-fault"), Simple(At(16, 4), "trip coil failed"),
              Simple(noDay, "Trip of no day"), Extended(At(17, 3), "Earth fault"),
              Extended(At(18, 23), "D\xE9"
-                                  "part 110%, start")});
+                                  "part: 110%, start")});
         Put(store, "Bay \xC3\xBC_2",
             {Simple(At(16, 3), "CB open 2026"), Extended(noDay, "and or not near"),
              Simple(At(15, 0), "A-B C"), Extended(At(16, 3), "tripped; a b c")});

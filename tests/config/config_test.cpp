@@ -212,6 +212,15 @@ TEST(Scramble, EveryLengthAndEveryKeyComesBack) {
     EXPECT_EQ(keys, 0xFFFFU);
 }
 
+TEST(Scramble, OurKeysStayAsTheyAre) { // under others no password of any site's INI file could be read
+    if (!std::string_view(RUVO_KEY_TABLE).empty())
+        GTEST_SKIP() << "this build has a site's own";
+    std::uint64_t hash = 0xCBF29CE484222325; // FNV-1a
+    for (const std::uint8_t byte : kKeyTable)
+        hash = (hash ^ byte) * 0x100000001B3;
+    EXPECT_EQ(hash, 0x1DCF46BFFA668FCEU);
+}
+
 TEST(Scramble, RefusalsAndOddTexts) {
     g_debugOutput.clear();
     std::string out = "untouched";
