@@ -226,6 +226,10 @@ bool IsDriveRoot(const std::string& path) {
     return isDrive && (path.size() == 2 || (path.size() == 3 && path[2] == '\\'));
 }
 
+SFileResult CanMakeEntryIn(const std::string& folder, EPathKind /*entry*/) {
+    return IsFolder(Key(folder)) ? SFileResult{} : Failed(EFileFailure::BadPath);
+}
+
 bool MakeFolder(const std::string& path) {
     const std::string key = NoteTouched(path);
     const bool isFree =

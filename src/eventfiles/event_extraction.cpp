@@ -53,6 +53,7 @@ private:
     bool NameFile(const std::string& eventRoot);
     bool HasRoom(const std::string& eventRoot);
     bool MayAppend();
+    bool MayMakeFile();
     void Refuse(EFileCause cause, const std::string& why);
     bool AreEventsPending();
     void ReadEvents(CEventConverter& converter);
@@ -146,8 +147,11 @@ bool CVisit::MayAppend() {
     using enum EFileFailure;
     CFile file;
     const SFileResult opened = file.Open(m_records.GetName(), {.read = true, .write = true, .plain = true});
-    if (opened.Good() || opened.failure == NotFound || opened.failure == BadPath) { // then it is made
+    if (opened.Good()) {
         return true;
+    }
+    if (opened.failure == NotFound || opened.failure == BadPath) {
+        return MayMakeFile();
     }
     const std::string name = "Day file " + DisplayPath(m_records.GetName());
     const std::string why = IsLink(m_folder) ? "The relay's folder " + DisplayPath(m_folder) + " is a link"
@@ -156,6 +160,20 @@ bool CVisit::MayAppend() {
                                                           : name + ": " + SystemErrorText(opened.systemCode);
     Refuse(EFileCause::AccessDenied, why);
     return false;
+}
+
+/// So would a folder in which the day file, or the first of the folders that lead to it, cannot be made.
+bool CVisit::MayMakeFile() {
+    const std::string folder = NearestExisting(m_folder);
+    const EPathKind missing = folder == m_folder ? EPathKind::File : EPathKind::Folder;
+    const SFileResult result = CanMakeEntryIn(folder, missing);
+    if (!result.Good()) {
+        const std::string what = missing == EPathKind::File ? "No file" : "No folder";
+        const std::string where = folder.ends_with(':') ? folder + "\\" : folder;
+        Refuse(EFileCause::AccessDenied,
+               what + " can be made in " + DisplayPath(where) + ": " + SystemErrorText(result.systemCode));
+    }
+    return result.Good();
 }
 
 bool CVisit::AreEventsPending() {

@@ -78,6 +78,18 @@ bool IsExistingFile(const std::string& path) {
     return GetPathKind(path) == EPathKind::File;
 }
 
+std::string NearestExisting(const std::string& path) {
+    const std::size_t given = EndOfGivenPart(path);
+    std::string nearest = path;
+    for (std::size_t end = nearest.rfind('\\');
+         end != std::string::npos && end > 0 && end >= given && GetPathKind(nearest) == EPathKind::Missing &&
+         !IsLink(nearest);
+         end = nearest.rfind('\\')) {
+        nearest.erase(end);
+    }
+    return nearest;
+}
+
 bool MakeDirectory(const std::string& path) {
     std::string folder = path;
     StripTrailingSeparators(folder);

@@ -30,6 +30,11 @@ bool DirectoryExists(const std::string& path);
 /// True when the path exists and is no folder.
 bool IsExistingFile(const std::string& path);
 
+/// The path itself when something stands there, be it a link that leads nowhere, else the nearest folder
+/// above it that exists. Drive, or server and share, are not looked at: they are the answer when nothing
+/// below is.
+std::string NearestExisting(const std::string& path);
+
 /// Makes one folder; true when it exists afterwards, whoever made it. False for an empty path.
 bool MakeDirectory(const std::string& path);
 

@@ -118,6 +118,9 @@ SFreeSpace FreeSpace(const std::string& path);
 /// True when the path is the root of a removable, fixed, remote, CD-ROM or RAM drive.
 bool IsDriveRoot(const std::string& path);
 
+/// Whether this user may make a file, or a folder, in the folder; nothing is made to find out.
+SFileResult CanMakeEntryIn(const std::string& folder, EPathKind entry);
+
 /// Makes one folder; its parent must exist.
 bool MakeFolder(const std::string& path);
 /// Removes one folder, which must be empty.

@@ -142,7 +142,8 @@ public:
         ResetConnectionDetails();
         g_debugOutput.clear();
         g_debugOutput.reserve(std::size_t{1} << 20); // what is told there needs no memory
-        g_disk = {before.disk.files, before.disk.folders, diskFaults, 0, before.disk.room};
+        g_disk = {before.disk.files, before.disk.folders, diskFaults, 0,
+                  before.disk.room,  before.disk.locked};
         Extract(failingAllocation);
         outcome.allocations = CFailingMemory::Count();
         ++m_runs;

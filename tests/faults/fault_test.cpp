@@ -78,21 +78,26 @@ TEST_F(FileFaults, TwoOperationsFail) {
     std::cout << points << " pairs of file faults\n";
 }
 
-TEST_F(FileFaults, WithoutRoomTheRelaysKeepTheirEvents) {
+TEST_F(FileFaults, WhereNothingCanBeMadeTheRelaysKeepTheirEvents) {
     const struct {
         SFreeSpace room;
-        const char* refusal; ///< empty when there is room enough
-    } cases[] = {{{65535, 9}, "is full"}, {{65536, 1}, "can take no more files"}, {{65536, 2}, ""}, {{}, ""}};
+        std::string locked;  ///< a folder that takes nothing new
+        const char* refusal; ///< to the relay whose file has to be made; empty where it can be
+        std::size_t taken;   ///< from both relays
+    } cases[] = {{{65535, 9}, "", "The disk of /ev is full", 0},
+                 {{65536, 1}, "", "The disk of /ev can take no more files", 0},
+                 {{65536, 2}, "", "", rig.clean.notes.taken},
+                 {{}, "C:\\ev", "No folder can be made in /ev: failure 5", 3},
+                 {{}, "C:\\ev\\AB12-0006", "No file can be made in /ev/AB12-0006: failure 5", 3}};
     for (const auto& test : cases) {
         rig.before.disk.room = test.room;
+        rig.before.disk.folders.insert(rig.before.disk.locked = test.locked);
         const SOutcome got = rig.Run({});
-        const bool isRefused = *test.refusal != '\0';
-        EXPECT_EQ(got.notes.taken, isRefused ? 0 : rig.clean.notes.taken) << test.refusal;
-        EXPECT_EQ(
-            got.IsTold("Failed to save event file The disk of /ev " + std::string(test.refusal) +
-                       "; no event was taken from the relay. Connection details - COM Port: COM1, device "
-                       "address: 6."),
-            isRefused)
+        EXPECT_EQ(got.notes.taken, test.taken) << test.refusal;
+        EXPECT_EQ(got.IsTold("Failed to save event file " + std::string(test.refusal) +
+                             "; no event was taken from the relay. Connection details - COM Port: COM1, "
+                             "device address: 6."),
+                  *test.refusal != '\0')
             << got.Log();
     }
 }

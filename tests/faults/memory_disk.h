@@ -30,6 +30,7 @@ struct SMemoryDisk {
     std::vector<SDiskFault> faults;
     std::size_t operations = 0; ///< what was asked of the disk so far
     SFreeSpace room{};
+    std::string locked{}; ///< a folder in which nothing can be made
 
     /// Counts an operation and gives what is wrong with it.
     SDiskFault Count() {
@@ -41,9 +42,8 @@ struct SMemoryDisk {
     }
     SFileResult Do() { return Fail(Count().failure); }
     static SFileResult Fail(EFileFailure failure) { return {failure, static_cast<long>(failure)}; }
-    bool HasFolderOf(const std::string& path) const {
-        return folders.contains(path.substr(0, path.rfind('\\')));
-    }
+    bool Takes(const std::string& folder) const { return folders.contains(folder) && folder != locked; }
+    bool HasFolderOf(const std::string& path) const { return Takes(path.substr(0, path.rfind('\\'))); }
 
     std::map<std::string, std::string> onDisk{}; ///< what a power failure leaves of files that were flushed
 };
@@ -130,6 +130,10 @@ EPathKind GetPathKind(const std::string& path) {
     return works && g_disk.files.contains(path) ? EPathKind::File
            : isFolder                           ? EPathKind::Folder
                                                 : EPathKind::Missing;
+}
+SFileResult CanMakeEntryIn(const std::string& folder, EPathKind) {
+    const SFileResult result = g_disk.Do();
+    return result.Good() && !g_disk.Takes(folder) ? g_disk.Fail(EFileFailure::AccessDenied) : result;
 }
 bool MakeFolder(const std::string& path) {
     const test::CFailingMemory::SExempt exempt;

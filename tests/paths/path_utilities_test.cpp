@@ -42,6 +42,11 @@ TEST(Existence, TellsFilesFromFolders) {
     EXPECT_TRUE(IsExistingFile(file) && CopyFileStrict(file, folder.Path("g")));
     EXPECT_FALSE(CopyFileStrict(file, folder.Path("g")) || IsExistingFile(folder.Path()) ||
                  IsExistingFile(folder.Path("none")));
+    std::filesystem::create_symlink("gone", folder.Native("link"));
+    for (const std::string& nearest :
+         {folder.Path(), file, folder.Path("link"), std::string("D:"), std::string("\\\\srv\\share")}) {
+        EXPECT_EQ(NearestExisting(nearest + "\\a\\b"), nearest);
+    }
 }
 
 TEST(CreateDirectoryPath, ReportsTheFirstFolderItMade) {

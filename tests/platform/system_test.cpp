@@ -191,6 +191,24 @@ TEST(Files, AreListedNamedAndCopiedSafely) {
     EXPECT_FALSE(CopyToNewFile(folder.Path("none"), folder.Path("c")) || folder.Has("c"));
 }
 
+TEST(Files, AreMadeWhereTheUserMayMakeThem) {
+    const CScratchFolder folder;
+    const auto failure = [&](const char* name) {
+        return CanMakeEntryIn(folder.Path(name), EPathKind::File).failure;
+    };
+    folder.Write("file", "");
+    chmod(folder.Native("file").c_str(), 0777); // root may enter what somebody may
+    EXPECT_EQ(failure(""), EFileFailure::None);
+    EXPECT_EQ(failure("file"), EFileFailure::BadPath);
+    EXPECT_EQ(failure("none"), EFileFailure::NotFound);
+    chmod(folder.Native().c_str(), 0555);
+    const uid_t user = geteuid();
+    ASSERT_EQ(seteuid(user == 0 ? 65534 : user), 0);
+    EXPECT_EQ(failure(""), EFileFailure::AccessDenied);
+    ASSERT_EQ(seteuid(user), 0);
+    chmod(folder.Native().c_str(), 0755);
+}
+
 TEST(Files, RoomThatTheSystemDoesNotStateIsUnknown) {
     using Room = std::optional<std::uint64_t>;
     const std::uint64_t most = std::numeric_limits<std::uint64_t>::max();

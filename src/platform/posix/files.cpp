@@ -280,6 +280,14 @@ bool IsDriveRoot(const std::string& path) {
     return isDrive && (path.size() == 2 || (path.size() == 3 && path[2] == '\\'));
 }
 
+// One permission is for both kinds. The system is asked, since it knows of access lists and of disks that are
+// mounted read-only; the separator makes it refuse what is no folder.
+SFileResult CanMakeEntryIn(const std::string& folder, EPathKind /*entry*/) {
+    const auto native = ToNativePath(folder + "\\");
+    return native ? Outcome(faccessat(AT_FDCWD, native->c_str(), W_OK | X_OK, AT_EACCESS) == 0)
+                  : SFileResult{EFileFailure::BadPath, ENOENT};
+}
+
 bool MakeFolder(const std::string& path) {
     return OnNativePath(path, [](const char* native) { return mkdir(native, kNewFolderMode); });
 }

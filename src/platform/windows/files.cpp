@@ -1,6 +1,7 @@
 #include "platform/files.h"
 
 #include "platform/full_path.h"
+#include "platform/windows/file_failures.h"
 #include "platform/windows/file_handle.h"
 
 #include <algorithm>
@@ -11,41 +12,6 @@
 namespace ruvo {
 
 namespace {
-
-constexpr DWORD kDiskQuotaExceeded = 1295; // the compiler's header has no name for it
-
-struct SFailureRow {
-    DWORD code;
-    EFileFailure failure;
-};
-constexpr std::array kFailures{SFailureRow{ERROR_FILE_NOT_FOUND, EFileFailure::NotFound},
-                               SFailureRow{ERROR_PATH_NOT_FOUND, EFileFailure::BadPath},
-                               SFailureRow{ERROR_INVALID_DRIVE, EFileFailure::BadPath},
-                               SFailureRow{ERROR_BAD_NETPATH, EFileFailure::BadPath},
-                               SFailureRow{ERROR_BAD_NET_NAME, EFileFailure::BadPath},
-                               SFailureRow{ERROR_INVALID_NAME, EFileFailure::BadPath},
-                               SFailureRow{ERROR_BAD_PATHNAME, EFileFailure::BadPath},
-                               SFailureRow{ERROR_FILENAME_EXCED_RANGE, EFileFailure::BadPath},
-                               SFailureRow{ERROR_DIRECTORY, EFileFailure::BadPath},
-                               SFailureRow{ERROR_TOO_MANY_OPEN_FILES, EFileFailure::TooManyOpenFiles},
-                               SFailureRow{ERROR_NO_SYSTEM_RESOURCES, EFileFailure::TooManyOpenFiles},
-                               SFailureRow{ERROR_ACCESS_DENIED, EFileFailure::AccessDenied},
-                               SFailureRow{ERROR_WRITE_PROTECT, EFileFailure::AccessDenied},
-                               SFailureRow{ERROR_NETWORK_ACCESS_DENIED, EFileFailure::AccessDenied},
-                               SFailureRow{ERROR_CANNOT_MAKE, EFileFailure::AccessDenied},
-                               SFailureRow{ERROR_INVALID_HANDLE, EFileFailure::BadDescriptor},
-                               SFailureRow{ERROR_SHARING_VIOLATION, EFileFailure::SharingViolation},
-                               SFailureRow{ERROR_LOCK_VIOLATION, EFileFailure::SharingViolation},
-                               SFailureRow{ERROR_USER_MAPPED_FILE, EFileFailure::SharingViolation},
-                               SFailureRow{ERROR_DISK_FULL, EFileFailure::DiskFull},
-                               SFailureRow{ERROR_HANDLE_DISK_FULL, EFileFailure::DiskFull},
-                               SFailureRow{kDiskQuotaExceeded, EFileFailure::DiskFull},
-                               SFailureRow{ERROR_FILE_TOO_LARGE, EFileFailure::DiskFull}};
-
-SFileResult Failed(DWORD code) {
-    const auto* const row = std::ranges::find(kFailures, code, &SFailureRow::code);
-    return {row == kFailures.end() ? EFileFailure::Other : row->failure, static_cast<long>(code)};
-}
 
 SFileResult Outcome(BOOL good) {
     return good != FALSE ? SFileResult{} : Failed(GetLastError());
@@ -324,6 +290,23 @@ SFreeSpace FreeSpace(const std::string& path) {
 bool IsDriveRoot(const std::string& path) {
     const UINT type = path.empty() ? UINT{DRIVE_UNKNOWN} : GetDriveTypeA(WithSeparator(path).c_str());
     return type >= DRIVE_REMOVABLE && type <= DRIVE_RAMDISK;
+}
+
+// Folders and files are permissions of their own: in a drive's root most users may make the former alone.
+SFileResult CanMakeEntryIn(const std::string& folder, EPathKind entry) {
+    if (GetPathKind(folder) == EPathKind::File) {
+        return Failed(ERROR_DIRECTORY);
+    }
+    const DWORD access = entry == EPathKind::Folder ? FILE_ADD_SUBDIRECTORY : FILE_ADD_FILE;
+    const HANDLE opened = CreateFileA(WithSeparator(folder).c_str(), access,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                      OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (opened != INVALID_HANDLE_VALUE) {
+        CloseHandle(opened);
+        return {};
+    }
+    const DWORD code = GetLastError(); // what others share is asked of those alone who have the permission
+    return code == ERROR_SHARING_VIOLATION ? SFileResult{} : Failed(code);
 }
 
 bool MakeFolder(const std::string& path) {
