@@ -103,7 +103,7 @@ SFileResult CFile::Open(const std::string& path, SOpenMode mode) {
     }
     auto& files = MemorySystem().files;
     if (mode.exclusive && files.contains(key)) {
-        return Failed(EFileFailure::Other);
+        return Failed(EFileFailure::Exists);
     }
     if (!files.contains(key)) {
         if (!mode.create) {
@@ -230,11 +230,13 @@ SFileResult CanMakeEntryIn(const std::string& folder, EPathKind /*entry*/) {
     return IsFolder(Key(folder)) ? SFileResult{} : Failed(EFileFailure::BadPath);
 }
 
-bool MakeFolder(const std::string& path) {
+SFileResult MakeFolder(const std::string& path) {
     const std::string key = NoteTouched(path);
-    const bool isFree =
-        !key.empty() && IsFolder(ParentOf(key)) && !IsFolder(key) && !MemorySystem().files.contains(key);
-    return isFree && MemorySystem().folders.insert(key).second;
+    if (key.empty() || !IsFolder(ParentOf(key))) {
+        return Failed(EFileFailure::BadPath);
+    }
+    const bool isFree = !MemorySystem().files.contains(key) && MemorySystem().folders.insert(key).second;
+    return isFree ? SFileResult{} : Failed(EFileFailure::Exists);
 }
 
 bool RemoveEmptyFolder(const std::string& path) {

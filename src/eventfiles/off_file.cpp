@@ -18,9 +18,9 @@ EFileCause CauseOf(EFileFailure failure) {
         EFileCause::None,         EFileCause::Generic,          EFileCause::FileNotFound,
         EFileCause::BadPath,      EFileCause::TooManyOpenFiles, EFileCause::AccessDenied,
         EFileCause::InvalidFile,  EFileCause::SharingViolation, EFileCause::DiskFull,
-        EFileCause::AccessDenied,
+        EFileCause::AccessDenied, EFileCause::Generic,
     };
-    static_assert(kCauses.size() == static_cast<std::size_t>(EFileFailure::NotPlain) + 1);
+    static_assert(kCauses.size() == static_cast<std::size_t>(EFileFailure::Exists) + 1);
     return kCauses[static_cast<std::size_t>(failure)];
 }
 

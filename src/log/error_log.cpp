@@ -102,19 +102,19 @@ void WaitForLock(CFile& file) {
 }
 
 // Opens the log and locks it. Between the two others may remove it or put another in its place (a proof that
-// it can be written, somebody's cleaning up), and it is opened anew. Where the system cannot tell such files
-// apart the last one will do.
+// it can be written, somebody's cleaning up), or its folder, and it is opened anew. Where the system cannot
+// tell such files apart the last one will do.
 SFileResult OpenLocked(CFile& file, const std::string& path) {
     constexpr int kAttempts = 4;
     SFileResult result;
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        EnsureFolderOfFile(path);
+        const bool isFolderThere = EnsureFolderOfFile(path); // else the next wait for it would be as long
         result = file.Open(path, SOpenMode{.write = true, .create = true, .removable = true});
         if (result.Good()) {
             WaitForLock(file);
-            if (file.IsAt(path)) {
-                break;
-            }
+        }
+        if (result.Good() ? file.IsAt(path) : !isFolderThere) {
+            break;
         }
     }
     return result;

@@ -4,6 +4,7 @@
 #include "platform/modules.h"
 
 #include <algorithm>
+#include <cstdint>
 
 namespace ruvo {
 
@@ -29,22 +30,32 @@ std::size_t EndOfGivenPart(const std::string& folder) {
     return std::min(share, folder.size());
 }
 
+enum class EWalk : std::uint8_t { Done, Disturbed, Refused };
+
 // One walk from the top to the folder itself. What counts is that each level is there; only those that this
-// call has made are its own.
-bool MakeMissingLevels(const std::string& folder, std::vector<std::string>& made) {
-    for (std::size_t end = EndOfGivenPart(folder); end != std::string::npos;) {
+// call has made are its own. Disturbed when a level is gone that this walk has found, or that was in the way
+// of making it: another walk may fare better. What else fails would fail again, and cost the wait for a
+// server that does not answer again.
+EWalk MakeMissingLevels(const std::string& folder, std::vector<std::string>& made) {
+    bool isFirst = true;
+    for (std::size_t end = EndOfGivenPart(folder); end != std::string::npos; isFirst = false) {
         end = folder.find('\\', end + 1);
         const std::string level = folder.substr(0, end);
         if (DirectoryExists(level)) {
             continue;
         }
-        if (MakeFolder(level)) {
+        const SFileResult result = MakeFolder(level);
+        if (result.Good()) {
             made.push_back(level);
         } else if (!DirectoryExists(level)) { // nor has another process made it at the same moment
-            return false;
+            const bool isParentGone =
+                result.failure == EFileFailure::NotFound || result.failure == EFileFailure::BadPath;
+            const bool isLevelGone =
+                result.failure == EFileFailure::Exists && GetPathKind(level) == EPathKind::Missing;
+            return (isParentGone && !isFirst) || isLevelGone ? EWalk::Disturbed : EWalk::Refused;
         }
     }
-    return true;
+    return EWalk::Done;
 }
 
 } // namespace
@@ -97,10 +108,7 @@ bool MakeDirectory(const std::string& path) {
         return false;
     }
     // What counts is that the folder is there: another process may make it at the same moment.
-    if (!DirectoryExists(folder)) {
-        MakeFolder(folder);
-    }
-    return DirectoryExists(folder);
+    return DirectoryExists(folder) || MakeFolder(folder).Good() || DirectoryExists(folder);
 }
 
 bool CreateDirectoryPath(const std::string& path, std::string& firstCreated) {
@@ -119,12 +127,11 @@ bool MakeFolderChain(const std::string& path, std::vector<std::string>& made) {
     if (folder.empty() || HasForbiddenCharacter(path) || IsExistingFile(path)) {
         return false;
     }
-    for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        if (MakeMissingLevels(folder, made)) {
-            return true;
-        }
+    EWalk walk = EWalk::Disturbed;
+    for (int attempt = 0; attempt < kAttempts && walk == EWalk::Disturbed; ++attempt) {
+        walk = MakeMissingLevels(folder, made);
     }
-    return false;
+    return walk == EWalk::Done;
 }
 
 bool RemoveFolderTree(const std::string& folder) {

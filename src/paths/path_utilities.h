@@ -39,16 +39,16 @@ std::string NearestExisting(const std::string& path);
 bool MakeDirectory(const std::string& path);
 
 /// Makes a folder and every missing one above it, and begins again, three times at most, when one of them is
-/// removed meanwhile. `firstCreated` receives the topmost folder made and stays as it was when none was made.
-/// On failure the folders already made stay.
+/// removed meanwhile; what fails otherwise is not tried again. `firstCreated` receives the topmost folder
+/// made and stays as it was when none was made. On failure the folders already made stay.
 bool CreateDirectoryPath(const std::string& path, std::string& firstCreated);
 
 /// The same; `made` receives every folder that this call has made, none that others made at the same moment.
 bool MakeFolderChain(const std::string& path, std::vector<std::string>& made);
 
 /// Makes the folder of a file that does not exist yet. An empty or invalid path, or one that ends with "\",
-/// is left alone.
-void EnsureFolderOfFile(const std::string& filePath);
+/// is left alone. True when the folder or the file is there.
+bool EnsureFolderOfFile(const std::string& filePath);
 
 /// Proves by a temporary file that the folder can be written. A folder made for the proof is removed again,
 /// unless others have put something into it meanwhile.

@@ -4,6 +4,7 @@
 #include "platform/files.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <new>
 
 namespace ruvo {
@@ -12,8 +13,10 @@ namespace {
 
 constexpr const char* kProbePrefix = "RWT";
 
-// Others make and remove folders at the same time, among them proofs: one that fails is tried again.
-constexpr int kAttempts = 4;
+constexpr int kAttempts = 4; // the first, and three when others remove what was just found
+
+/// Disturbed: others, among them proofs, have made or removed at the same time what it was about.
+enum class EProof : std::uint8_t { Given, Disturbed, Refuted };
 
 // Makes a folder for the length of a proof. Only what was made for it goes again, and only while nothing is
 // in it: what others have put there meanwhile is theirs.
@@ -49,61 +52,72 @@ bool OpensForWriting(const std::string& path, SOpenMode mode) {
     return file.Open(path, mode).Good() && file.Close().Good();
 }
 
-bool ProveFolder(const std::string& folder) {
+EProof ProveFolder(const std::string& folder) {
     CTrialFolder trial;
-    const std::string probe = trial.Make(folder) ? MakeUniqueFile(folder, kProbePrefix) : std::string();
-    if (probe.empty()) {
-        return false;
+    if (!trial.Make(folder)) {
+        return EProof::Refuted;
     }
-    const bool proven = OpensForWriting(probe, {.write = true});
-    RemoveFile(probe);
-    return proven;
+    const std::string probe = MakeUniqueFile(folder, kProbePrefix);
+    if (probe.empty()) { // the folder may be gone, or be there again already
+        return CanMakeEntryIn(folder, EPathKind::File).failure == EFileFailure::AccessDenied
+                   ? EProof::Refuted
+                   : EProof::Disturbed;
+    }
+    const bool opens = OpensForWriting(probe, {.write = true});
+    const bool wasThere = RemoveFile(probe);
+    return opens ? EProof::Given : wasThere ? EProof::Refuted : EProof::Disturbed;
 }
 
 // A log that somebody begins to write while it is being proven must not be taken from him: he asks for its
 // lock before he writes, and looks then whether the file is still there.
-bool MakeAndRemoveFile(const std::string& filePath) {
+EProof MakeAndRemoveFile(const std::string& filePath) {
+    using enum EFileFailure;
     CFile file;
     const SOpenMode mode{.write = true, .create = true, .exclusive = true, .removable = true};
-    if (!file.Open(filePath, mode).Good()) {
-        return false;
+    const SFileResult made = file.Open(filePath, mode);
+    if (!made.Good()) { // the folder is gone, or somebody has made the file
+        const bool isDisturbed =
+            made.failure == NotFound || made.failure == BadPath || made.failure == Exists;
+        return isDisturbed ? EProof::Disturbed : EProof::Refuted;
     }
     if (file.TryLock() != EFileLock::HeldByAnother) {
         file.RemoveIfEmpty();
     }
-    return file.Close().Good();
+    return file.Close().Good() ? EProof::Given : EProof::Refuted;
 }
 
-bool ProveFile(const std::string& filePath) {
+EProof ProveFile(const std::string& filePath) {
     CFile file;
     const SFileResult found = file.Open(filePath, {.write = true, .removable = true});
     if (found.Good()) {
-        return file.Close().Good();
+        return file.Close().Good() ? EProof::Given : EProof::Refuted;
     }
     if (found.failure != EFileFailure::NotFound && found.failure != EFileFailure::BadPath) {
-        return false;
+        // A file that is being removed, which some systems show to nobody, refuses everybody for a moment.
+        const bool isGoing =
+            found.failure == EFileFailure::AccessDenied && GetPathKind(filePath) == EPathKind::Missing;
+        return isGoing ? EProof::Disturbed : EProof::Refuted;
     }
     CTrialFolder trial;
-    return trial.Make(FolderOfFile(filePath)) && MakeAndRemoveFile(filePath);
+    return trial.Make(FolderOfFile(filePath)) ? MakeAndRemoveFile(filePath) : EProof::Refuted;
 }
 
-bool Succeeds(bool (*proof)(const std::string&), const std::string& path) {
-    for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        if (proof(path)) {
-            return true;
-        }
+bool Succeeds(EProof (*prove)(const std::string&), const std::string& path) {
+    EProof proof = EProof::Disturbed;
+    for (int attempt = 0; attempt < kAttempts && proof == EProof::Disturbed; ++attempt) {
+        proof = prove(path);
     }
-    return false;
+    return proof == EProof::Given;
 }
 
 } // namespace
 
-void EnsureFolderOfFile(const std::string& filePath) {
-    if (!IsFilePathUsable(filePath) || IsExistingFile(filePath)) {
-        return;
+bool EnsureFolderOfFile(const std::string& filePath) {
+    if (!IsFilePathUsable(filePath)) {
+        return false;
     }
     std::string firstCreated;
-    CreateDirectoryPath(FolderOfFile(filePath), firstCreated);
+    return IsExistingFile(filePath) || CreateDirectoryPath(FolderOfFile(filePath), firstCreated);
 }
 
 bool CanWriteInFolder(const std::string& folder) {

@@ -24,6 +24,7 @@ enum class EFileFailure : std::uint8_t {
     SharingViolation,
     DiskFull, ///< also a quota or a file-size limit
     NotPlain, ///< a plain file in a plain folder was asked for, and one of them is a link or something else
+    Exists,   ///< what was to be made is there already
 };
 
 /// Outcome of a file operation: what kind of failure, and the system's own code behind it.
@@ -122,7 +123,7 @@ bool IsDriveRoot(const std::string& path);
 SFileResult CanMakeEntryIn(const std::string& folder, EPathKind entry);
 
 /// Makes one folder; its parent must exist.
-bool MakeFolder(const std::string& path);
+SFileResult MakeFolder(const std::string& path);
 /// Removes one folder, which must be empty.
 bool RemoveEmptyFolder(const std::string& path);
 /// Deletes one file.

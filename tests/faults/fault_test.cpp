@@ -2,6 +2,8 @@
 // the next relay is still handled.
 #include "fault_rig.h"
 
+#include "paths/path_utilities.h"
+
 #include <limits>
 #include <sstream>
 
@@ -106,6 +108,23 @@ TEST_F(FileFaults, DayFilesAreOnTheDiskWhenARunHasEnded) {
     EXPECT_TRUE(rig.clean.DayFile(kNext));
     for (const auto& [path, bytes] : rig.clean.disk.files)
         EXPECT_TRUE(!path.ends_with(".evt") || rig.clean.disk.onDisk.at(path) == bytes) << path;
+}
+
+TEST_F(FileFaults, AnUnreachableShareIsAskedOnce) {
+    const std::string folder = "\\\\srv\\share\\a\\b", file = folder + "\\run.log";
+    CRunContext context;
+    SRuvoConfigFields fields;
+    fields.errorLogPath = file;
+    context.Config() = CRuvoConfig(fields);
+    ResolveErrorLogPath(context, true);
+    const std::function<void()> actions[] = {[&] { EXPECT_FALSE(CanWriteInFolder(folder)); },
+                                             [&] { EXPECT_FALSE(CanCreateFile(file)); },
+                                             [&] { WriteLogLine("lost"); }};
+    for (const auto& action : actions) {
+        g_disk = {};
+        action();
+        EXPECT_LE(g_disk.operations, 7U) << "each operation may wait for minutes";
+    }
 }
 
 class ServerFaults : public testing::TestWithParam<std::tuple<int, ELinkType>> {

@@ -135,9 +135,13 @@ SFileResult CanMakeEntryIn(const std::string& folder, EPathKind) {
     const SFileResult result = g_disk.Do();
     return result.Good() && !g_disk.Takes(folder) ? g_disk.Fail(EFileFailure::AccessDenied) : result;
 }
-bool MakeFolder(const std::string& path) {
+SFileResult MakeFolder(const std::string& path) {
     const test::CFailingMemory::SExempt exempt;
-    return g_disk.Do().Good() && g_disk.HasFolderOf(path) && g_disk.folders.insert(path).second;
+    const SFileResult result = g_disk.Do();
+    return !result.Good()                       ? result
+           : !g_disk.HasFolderOf(path)          ? g_disk.Fail(EFileFailure::BadPath)
+           : g_disk.folders.insert(path).second ? result
+                                                : g_disk.Fail(EFileFailure::Exists);
 }
 bool RemoveFile(const std::string& path) {
     return g_disk.Do().Good() && g_disk.files.erase(path) != 0;

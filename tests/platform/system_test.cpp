@@ -170,7 +170,8 @@ TEST(CFile, ReportsAFileSizeLimitAndWhatWasWritten) {
 
 TEST(Files, AreListedNamedAndCopiedSafely) {
     const CScratchFolder folder;
-    EXPECT_TRUE(MakeFolder(folder.Path("sub")) && !MakeFolder(folder.Path("none\\sub")));
+    EXPECT_TRUE(MakeFolder(folder.Path("sub")).Good() && !MakeFolder(folder.Path("none\\sub")).Good());
+    EXPECT_EQ(MakeFolder(folder.Path("sub")).failure, EFileFailure::Exists);
     folder.Write("file", "");
     std::filesystem::create_directory_symlink(folder.Native("sub"), folder.Native("link"));
     std::filesystem::create_directory(folder.Native("..\\..\\out")); // one name here, a path above the seam

@@ -126,7 +126,8 @@ void CheckPlainFiles() {
 }
 
 void CheckFolders() {
-    g_checks.Expect(MakeFolder(In("sub")) && !MakeFolder(In("sub")) && !MakeFolder(In("none\\sub")),
+    g_checks.Expect(MakeFolder(In("sub")).Good() && MakeFolder(In("sub")).failure == EFileFailure::Exists &&
+                        MakeFolder(In("none\\sub")).failure == EFileFailure::BadPath,
                     "making folders");
     std::vector<SFolderEntry> entries;
     g_checks.Expect(ListFolder(g_folder, entries) && entries.size() == 2, "listing");
@@ -291,7 +292,7 @@ void CheckStringTable() {
 
 int CheckSystem() {
     g_folder = TemporaryFolder() + "ruvo-system-" + std::to_string(GetCurrentProcessId());
-    g_checks.Expect(MakeFolder(g_folder), "a folder for the test");
+    g_checks.Expect(MakeFolder(g_folder).Good(), "a folder for the test");
     CheckWritingAndReading();
     CheckSharing();
     CheckWhyOpeningFails();

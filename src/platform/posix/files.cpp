@@ -30,15 +30,22 @@ struct SFailureRow {
     int code;
     EFileFailure failure;
 };
-constexpr std::array kFailures{
-    SFailureRow{ENOENT, EFileFailure::NotFound},        SFailureRow{ENOTDIR, EFileFailure::BadPath},
-    SFailureRow{ENAMETOOLONG, EFileFailure::BadPath},   SFailureRow{ELOOP, EFileFailure::BadPath},
-    SFailureRow{EACCES, EFileFailure::AccessDenied},    SFailureRow{EPERM, EFileFailure::AccessDenied},
-    SFailureRow{EROFS, EFileFailure::AccessDenied},     SFailureRow{EISDIR, EFileFailure::AccessDenied},
-    SFailureRow{EBADF, EFileFailure::BadDescriptor},    SFailureRow{ETXTBSY, EFileFailure::SharingViolation},
-    SFailureRow{ENOSPC, EFileFailure::DiskFull},        SFailureRow{EDQUOT, EFileFailure::DiskFull},
-    SFailureRow{EFBIG, EFileFailure::DiskFull},         SFailureRow{EMFILE, EFileFailure::TooManyOpenFiles},
-    SFailureRow{ENFILE, EFileFailure::TooManyOpenFiles}};
+constexpr std::array kFailures{SFailureRow{ENOENT, EFileFailure::NotFound},
+                               SFailureRow{ENOTDIR, EFileFailure::BadPath},
+                               SFailureRow{EEXIST, EFileFailure::Exists},
+                               SFailureRow{ENAMETOOLONG, EFileFailure::BadPath},
+                               SFailureRow{ELOOP, EFileFailure::BadPath},
+                               SFailureRow{EACCES, EFileFailure::AccessDenied},
+                               SFailureRow{EPERM, EFileFailure::AccessDenied},
+                               SFailureRow{EROFS, EFileFailure::AccessDenied},
+                               SFailureRow{EISDIR, EFileFailure::AccessDenied},
+                               SFailureRow{EBADF, EFileFailure::BadDescriptor},
+                               SFailureRow{ETXTBSY, EFileFailure::SharingViolation},
+                               SFailureRow{ENOSPC, EFileFailure::DiskFull},
+                               SFailureRow{EDQUOT, EFileFailure::DiskFull},
+                               SFailureRow{EFBIG, EFileFailure::DiskFull},
+                               SFailureRow{EMFILE, EFileFailure::TooManyOpenFiles},
+                               SFailureRow{ENFILE, EFileFailure::TooManyOpenFiles}};
 
 SFileResult Failed(int code) {
     for (const SFailureRow& row : kFailures) {
@@ -288,8 +295,10 @@ SFileResult CanMakeEntryIn(const std::string& folder, EPathKind /*entry*/) {
                   : SFileResult{EFileFailure::BadPath, ENOENT};
 }
 
-bool MakeFolder(const std::string& path) {
-    return OnNativePath(path, [](const char* native) { return mkdir(native, kNewFolderMode); });
+SFileResult MakeFolder(const std::string& path) {
+    const auto native = ToNativePath(path);
+    return native ? Outcome(mkdir(native->c_str(), kNewFolderMode) == 0)
+                  : SFileResult{EFileFailure::BadPath, ENOENT};
 }
 
 bool RemoveEmptyFolder(const std::string& path) {

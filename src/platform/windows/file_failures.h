@@ -16,6 +16,8 @@ struct SFailureRow {
     EFileFailure failure;
 };
 inline constexpr std::array kFailures{SFailureRow{ERROR_FILE_NOT_FOUND, EFileFailure::NotFound},
+                                      SFailureRow{ERROR_FILE_EXISTS, EFileFailure::Exists},
+                                      SFailureRow{ERROR_ALREADY_EXISTS, EFileFailure::Exists},
                                       SFailureRow{ERROR_PATH_NOT_FOUND, EFileFailure::BadPath},
                                       SFailureRow{ERROR_INVALID_DRIVE, EFileFailure::BadPath},
                                       SFailureRow{ERROR_BAD_NETPATH, EFileFailure::BadPath},

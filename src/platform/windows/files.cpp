@@ -309,8 +309,8 @@ SFileResult CanMakeEntryIn(const std::string& folder, EPathKind entry) {
     return code == ERROR_SHARING_VIOLATION ? SFileResult{} : Failed(code);
 }
 
-bool MakeFolder(const std::string& path) {
-    return CreateDirectoryA(path.c_str(), nullptr) != FALSE;
+SFileResult MakeFolder(const std::string& path) {
+    return Outcome(CreateDirectoryA(path.c_str(), nullptr));
 }
 
 bool RemoveEmptyFolder(const std::string& path) {
