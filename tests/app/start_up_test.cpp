@@ -1,4 +1,5 @@
 // The command line, the outcome's text, load and check, and start-up from its first step to its last.
+#include "support/failing_memory.h"
 #include "support/fake_system.h"
 #include "support/scratch_folder.h"
 #include "support/scripted_server.h"
@@ -10,6 +11,8 @@
 #include "log/error_log.h"
 
 #include <gtest/gtest.h>
+
+#include <unistd.h>
 
 namespace ruvo {
 
@@ -84,15 +87,56 @@ TEST(LoadAndCheck, TheOrderOfItsSteps) {
     unsetenv("RUVO_REGISTRY_MACHINE");
 }
 
-TEST(StartUp, FromItsFirstStepToItsLast) {
-    const CScratchFolder folder;
-    setenv("RUVO_LOCK_DIR", folder.Native().c_str(), 1);
-    setenv("RUVO_REGISTRY_USER", folder.Native("user.ini").c_str(), 1);
-    setenv("RUVO_REGISTRY_MACHINE", folder.Native("machine.ini").c_str(), 1);
+class StartUp : public testing::Test {
+protected:
+    StartUp() {
+        setenv("RUVO_LOCK_DIR", folder.Native().c_str(), 1);
+        setenv("RUVO_REGISTRY_USER", folder.Native("user.ini").c_str(), 1);
+        setenv("RUVO_REGISTRY_MACHINE", folder.Native("machine.ini").c_str(), 1);
+    }
+    ~StartUp() override {
+        for (const char* name : {"RUVO_LOCK_DIR", "RUVO_REGISTRY_USER", "RUVO_REGISTRY_MACHINE"})
+            unsetenv(name);
+        ResetErrorLog();
+    }
+
+    /// In memory where the system has a place there: a disk takes its time over the folders of 500 runs.
+    const CScratchFolder folder{access("/dev/shm", W_OK) == 0 ? "/dev/shm"
+                                                              : std::filesystem::temp_directory_path()};
     const std::string ini = folder.Write("site.ini", "[RUVO_GENERAL]\nEventRootDir=" + folder.Path("ev") +
                                                          "\n[RUVO_SERIAL]\nRV001=200\n");
-    const auto home = std::filesystem::current_path();
     test::CScriptedServer server;
+};
+
+TEST_F(StartUp, NoMissingMemoryEndsItWithoutAWord) {
+    server.statuses["GetDeviceStatus"] = 255;    // for the log
+    g_debugOutput.reserve(std::size_t{1} << 20); // what is told to the doubles needs no memory
+    g_messageBoxes.reserve(std::size_t{1} << 16);
+    for (const std::vector<std::string>& arguments :
+         std::vector<std::vector<std::string>>{{ini}, {"-t", ini}}) {
+        std::size_t total = 0; // known from the first run, in which nothing fails
+        for (std::size_t n = 0; n <= total; ++n) {
+            std::filesystem::remove_all(folder.Native("ev"));
+            g_runtimeStarts = 1;
+            g_debugOutput.clear();
+            g_messageBoxes.clear();
+            CRuvoApp application; // one that cannot even be made is the process entry's to tell
+            {
+                const test::CFailingMemory memory(n);
+                application.Run(arguments);
+            }
+            total = std::max(total, test::CFailingMemory::Count());
+            EXPECT_NE(folder.Read("ev/RUVO_Errors.log") + g_debugOutput + g_messageBoxes, "") << n;
+        }
+        std::cout << total << " allocations failed\n";
+        EXPECT_GT(total, 200U);
+    }
+    g_debugOutput.clear();
+    g_messageBoxes.clear();
+}
+
+TEST_F(StartUp, FromItsFirstStepToItsLast) {
+    const auto home = std::filesystem::current_path();
     const auto run = [&](const std::vector<std::string>& arguments) {
         g_runtimeStarts = 1;
         server.lines.clear();
@@ -122,9 +166,6 @@ TEST(StartUp, FromItsFirstStepToItsLast) {
                                   "\r\n");
     }
     g_onRuntimeStart = nullptr;
-    for (const char* name : {"RUVO_LOCK_DIR", "RUVO_REGISTRY_USER", "RUVO_REGISTRY_MACHINE"})
-        unsetenv(name);
-    ResetErrorLog();
 }
 
 } // namespace ruvo

@@ -1,7 +1,7 @@
 // The simulated comms server with one call that goes wrong, and a note of what the client asked.
 #pragma once
 
-#include "failing_memory.h"
+#include "support/failing_memory.h"
 
 #include "link/p32_wrap.h"
 #include "sim/server_core.h"

@@ -3,7 +3,7 @@
 // out.
 #pragma once
 
-#include "failing_memory.h"
+#include "support/failing_memory.h"
 
 #include "platform/files.h"
 
