@@ -11,7 +11,6 @@
 #include "log/error_log.h"
 
 #include <gtest/gtest.h>
-
 #include <unistd.h>
 
 namespace ruvo {
@@ -60,10 +59,8 @@ TEST(LoadAndCheck, TheOrderOfItsSteps) {
     };
     const SRow rows[] = {
         {"good", good, true, EResultCode::Success},
-        {"an event root that is a file comes before the values", badRoot, true,
-         EResultCode::EventRootInvalid},
-        {"the log is tested in check-only mode", badLog + "BaudRate=7\n" + good, true,
-         EResultCode::LogFileNotWritable},
+        {"an event root that is a file, before the values", badRoot, true, EResultCode::EventRootInvalid},
+        {"the log if checked", badLog + "BaudRate=7\n" + good, true, EResultCode::LogFileNotWritable},
         {"and only there", badLog + "BaudRate=7\n" + good, false, EResultCode::BaudRateInvalid},
         {"values last", "BaudRate=7\n" + good, true, EResultCode::BaudRateInvalid},
         {"a path that is too long", "EventRootDir=" + std::string(280, 'x') + "\n", true,
@@ -87,69 +84,31 @@ TEST(LoadAndCheck, TheOrderOfItsSteps) {
     unsetenv("RUVO_REGISTRY_MACHINE");
 }
 
-class StartUp : public testing::Test {
-protected:
-    StartUp() {
-        setenv("RUVO_LOCK_DIR", folder.Native().c_str(), 1);
-        setenv("RUVO_REGISTRY_USER", folder.Native("user.ini").c_str(), 1);
-        setenv("RUVO_REGISTRY_MACHINE", folder.Native("machine.ini").c_str(), 1);
-    }
-    ~StartUp() override {
-        for (const char* name : {"RUVO_LOCK_DIR", "RUVO_REGISTRY_USER", "RUVO_REGISTRY_MACHINE"})
-            unsetenv(name);
-        ResetErrorLog();
-    }
-
-    /// In memory where the system has a place there: a disk takes its time over the folders of 500 runs.
-    const CScratchFolder folder{access("/dev/shm", W_OK) == 0 ? "/dev/shm"
-                                                              : std::filesystem::temp_directory_path()};
+TEST(StartUp, FromItsFirstStepToItsLast) {
+    const CScratchFolder folder(access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp"); // disks take their time
+    setenv("RUVO_LOCK_DIR", folder.Native().c_str(), 1);
+    setenv("RUVO_REGISTRY_USER", folder.Native("user.ini").c_str(), 1);
+    setenv("RUVO_REGISTRY_MACHINE", folder.Native("machine.ini").c_str(), 1);
     const std::string ini = folder.Write("site.ini", "[RUVO_GENERAL]\nEventRootDir=" + folder.Path("ev") +
                                                          "\n[RUVO_SERIAL]\nRV001=200\n");
-    test::CScriptedServer server;
-};
-
-TEST_F(StartUp, NoMissingMemoryEndsItWithoutAWord) {
-    server.statuses["GetDeviceStatus"] = 255;    // for the log
-    g_debugOutput.reserve(std::size_t{1} << 20); // what is told to the doubles needs no memory
-    g_messageBoxes.reserve(std::size_t{1} << 16);
-    for (const std::vector<std::string>& arguments :
-         std::vector<std::vector<std::string>>{{ini}, {"-t", ini}}) {
-        std::size_t total = 0; // known from the first run, in which nothing fails
-        for (std::size_t n = 0; n <= total; ++n) {
-            std::filesystem::remove_all(folder.Native("ev"));
-            g_runtimeStarts = 1;
-            g_debugOutput.clear();
-            g_messageBoxes.clear();
-            CRuvoApp application; // one that cannot even be made is the process entry's to tell
-            {
-                const test::CFailingMemory memory(n);
-                application.Run(arguments);
-            }
-            total = std::max(total, test::CFailingMemory::Count());
-            EXPECT_NE(folder.Read("ev/RUVO_Errors.log") + g_debugOutput + g_messageBoxes, "") << n;
-        }
-        std::cout << total << " allocations failed\n";
-        EXPECT_GT(total, 200U);
-    }
-    g_debugOutput.clear();
-    g_messageBoxes.clear();
-}
-
-TEST_F(StartUp, FromItsFirstStepToItsLast) {
     const auto home = std::filesystem::current_path();
-    const auto run = [&](const std::vector<std::string>& arguments) {
+    test::CScriptedServer server;
+    const auto run = [&](const std::vector<std::string>& arguments, std::size_t failingAllocation = 0) {
         g_runtimeStarts = 1;
         server.lines.clear();
         std::filesystem::remove_all(folder.Native("ev"));
-        CRuvoApp().Run(arguments);
-        EXPECT_EQ(std::filesystem::current_path(), home);
+        CRuvoApp application;
+        std::optional<test::CFailingMemory> memory(failingAllocation);
+        application.Run(arguments);
+        memory.reset();
+        EXPECT_TRUE(failingAllocation != 0 || std::filesystem::current_path() == home);
+        std::filesystem::current_path(home);
         return std::exchange(g_messageBoxes, "") + "|" + folder.Read("ev/RUVO_Errors.log");
     };
     EXPECT_EQ(run({ini}), "|");
     ASSERT_GT(server.lines.size(), 2U);
     EXPECT_EQ(server.lines.front(), "OpenPort BSTR(\"COM1\") BSTR(\"9600,E,8,1\")");
-    EXPECT_EQ(server.lines.back(), "ClosePort");
-    EXPECT_EQ(server.sink, nullptr);
+    EXPECT_TRUE(server.lines.back() == "ClosePort" && server.sink == nullptr);
     const std::string head = "Ruvo\nVersion Number: 1.0.0.0\n\nINI file: " + ini + "\n\n";
     EXPECT_EQ(run({"-t", ini}), "test_app|" + head + "Success - No input errors found.\n||");
     server.refuseConnection = true;
@@ -166,6 +125,20 @@ TEST_F(StartUp, FromItsFirstStepToItsLast) {
                                   "\r\n");
     }
     g_onRuntimeStart = nullptr;
+    server.refuseConnection = false;
+    server.statuses["GetDeviceStatus"] = 255;    // for the log
+    g_debugOutput.reserve(std::size_t{1} << 20); // what is told there needs no memory
+    for (const std::string mode : {"", "-t"}) {  // no missing memory ends the program without a word
+        std::size_t total = 0;                   // known from the first run, in which nothing fails
+        for (std::size_t n = 0; n <= total; total = std::max(total, test::CFailingMemory::Count()), ++n) {
+            g_debugOutput.clear();
+            EXPECT_NE(run({mode, ini}, n) + g_debugOutput, "|") << n;
+        }
+        EXPECT_GT(total, 200U);
+    }
+    for (const char* name : {"RUVO_LOCK_DIR", "RUVO_REGISTRY_USER", "RUVO_REGISTRY_MACHINE"})
+        unsetenv(name);
+    ResetErrorLog();
 }
 
 } // namespace ruvo

@@ -7,7 +7,6 @@
 #include "protocol/status.h"
 
 #include <cstdlib>
-#include <sys/resource.h>
 
 namespace ruvo::test {
 
@@ -123,8 +122,7 @@ TEST_F(Extraction, RequestsThatFailEndTheVisit) {
     failSecondEvent(0x10000); // would be success if its upper half were dropped
     EXPECT_EQ(Extract().endStatus, kLinkComFailure);
 
-    for (const bool isHandedOver :
-         {false, true}) { // the server cannot answer, or what it answers makes no sense
+    for (const bool isHandedOver : {false, true}) { // no answer, or one that makes no sense
         prepare();
         failSecondEvent(isHandedOver ? 0 : 254);
         report = Extract();
@@ -151,11 +149,9 @@ TEST_F(Extraction, RequestsThatFailEndTheVisit) {
     server.onCall = nullptr;
     server.statuses["GetDeviceStatus"] = 255;
     EXPECT_EQ(Extract().endStatus, kLinkComFailure);
-    EXPECT_FALSE(folder.Has("AB12-00001234"));
     server.statuses.clear();
 
-    PasswordState().callbackCalled =
-        true; // declined during the identification: the event that still comes is counted
+    PasswordState().callbackCalled = true; // declined at identification: what still comes is counted
     server.events = {Event(1, {"240107", TextHex("f")})};
     EXPECT_EQ(Extract().eventsLost, 1U);
     PasswordState() = SPasswordState{};
@@ -176,8 +172,8 @@ TEST_F(Extraction, NoNameLeadsOutOfTheEventRoot) {
         server.events = {Event(1, {"240107", TextHex("f")})};
         const SExtractionReport report = Extract();
         ASSERT_EQ(report.problems.size(), 1U) << serial;
-        EXPECT_EQ(
-            report.problems[0].rfind("Failed to save event file\nThe relay's model or serial number", 0), 0U);
+        EXPECT_TRUE(
+            report.problems[0].starts_with("Failed to save event file\nThe relay's model or serial "));
         EXPECT_EQ(server.events.size(), 1U) << "no event is taken";
         EXPECT_TRUE(std::filesystem::is_empty(folder.Native())) << serial;
     }
@@ -205,22 +201,6 @@ TEST_F(Extraction, RecordsWithoutABinaryFormAreWrittenWithoutTheItem) {
         many.push_back(Tagged(TextHex(std::string(250, 'x'))));
     server.events = {{1, Variant::FromList(many)}};
     EXPECT_NE(Extract().problems.at(0).find("is written without value 260 and 40 more"), std::string::npos);
-}
-
-TEST_F(Extraction, AFileThatCannotBeWrittenIsReported) {
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    rlimit full = before;
-    full.rlim_cur = 0;
-    server.events = {Event(1, {"240107", TextHex("f")})};
-    setrlimit(RLIMIT_FSIZE, &full);
-    const SExtractionReport report = Extract();
-    setrlimit(RLIMIT_FSIZE, &before);
-    EXPECT_EQ(report.eventsLost, 1U);
-    ASSERT_EQ(report.problems.size(), 1U);
-    EXPECT_NE(report.problems[0].find("Failed to save event file\n" + folder.Native("AB12-00001234/")),
-              std::string::npos);
-    EXPECT_FALSE(folder.Has(kFile));
 }
 
 TEST_F(Extraction, WhatStandsInTheDayFilesPlaceLeavesTheEventsInTheRelay) {

@@ -132,16 +132,14 @@ EPathKind GetPathKind(const std::string& path) {
                                                 : EPathKind::Missing;
 }
 SFileResult CanMakeEntryIn(const std::string& folder, EPathKind) {
-    const SFileResult result = g_disk.Do();
-    return result.Good() && !g_disk.Takes(folder) ? g_disk.Fail(EFileFailure::AccessDenied) : result;
+    return g_disk.Takes(folder) ? g_disk.Do() : g_disk.Fail(EFileFailure::AccessDenied);
 }
 SFileResult MakeFolder(const std::string& path) {
     const test::CFailingMemory::SExempt exempt;
     const SFileResult result = g_disk.Do();
-    return !result.Good()                       ? result
-           : !g_disk.HasFolderOf(path)          ? g_disk.Fail(EFileFailure::BadPath)
-           : g_disk.folders.insert(path).second ? result
-                                                : g_disk.Fail(EFileFailure::Exists);
+    const bool isDone = !result.Good() || (g_disk.HasFolderOf(path) && g_disk.folders.insert(path).second);
+    return isDone ? result
+                  : g_disk.Fail(g_disk.folders.contains(path) ? EFileFailure::Exists : EFileFailure::BadPath);
 }
 bool RemoveFile(const std::string& path) {
     return g_disk.Do().Good() && g_disk.files.erase(path) != 0;

@@ -44,9 +44,8 @@ TEST(Existence, TellsFilesFromFolders) {
                  IsExistingFile(folder.Path("none")));
     std::filesystem::create_symlink("gone", folder.Native("link"));
     for (const std::string& nearest :
-         {folder.Path(), file, folder.Path("link"), std::string("D:"), std::string("\\\\srv\\share")}) {
+         {folder.Path(), file, folder.Path("link"), std::string("D:"), std::string("\\\\srv\\share")})
         EXPECT_EQ(NearestExisting(nearest + "\\a\\b"), nearest);
-    }
 }
 
 TEST(CreateDirectoryPath, ReportsTheFirstFolderItMade) {

@@ -1,7 +1,5 @@
 #include "support/scripted_server.h"
 
-#include "support/failing_memory.h"
-
 #include <array>
 #include <cstdio>
 #include <stdexcept>
@@ -93,7 +91,6 @@ CScriptedServer::~CScriptedServer() {
 }
 
 EComResult CScriptedServer::Do(const char* name, Inputs inputs, Outputs outputs, Variant& status) {
-    const CFailingMemory::SExempt exempt;
     SCall call{name, {}, outputs};
     const std::string line = AddInputs(call, inputs);
     return Run(std::move(call), line, status);
@@ -126,11 +123,9 @@ EComResult CScriptedServer::Run(SCall call, const std::string& line, Variant& st
 }
 
 EComResult CScriptedServer::Start(const char* name, Inputs inputs, Variant& status) {
-    std::optional<CFailingMemory::SExempt> exempt(std::in_place);
     m_started = SCall{name, {}, {}};
     const std::string line = AddInputs(m_started, inputs);
     const EComResult result = Run(m_started, line, status);
-    exempt.reset();
     std::int32_t number = 0;
     if (completeInside && result == EComResult::Ok && (!status.ToI4(number) || number == 0)) {
         sink->OnCommandComplete(Variant::FromI4(0));
@@ -139,7 +134,6 @@ EComResult CScriptedServer::Start(const char* name, Inputs inputs, Variant& stat
 }
 
 EComResult CScriptedServer::Fetch(const char* name, Outputs outputs, Variant& status) {
-    const CFailingMemory::SExempt exempt;
     return Run(SCall{name, m_started.inputs, outputs}, name, status);
 }
 

@@ -58,8 +58,7 @@ public:
     std::map<CellAddress, std::string> texts;
     std::map<std::uint8_t, std::vector<Variant>> columns; ///< locations, texts, values
     std::deque<SScriptedEvent> events;
-    std::map<std::string, std::int64_t>
-        statuses; ///< by "Name" or "Name CC.RR": instead of the scripted answer
+    std::map<std::string, std::int64_t> statuses; ///< by "Name" or "Name CC.RR": instead of the answer
     /// Asked before everything else: a status instead of the scripted answer, or none.
     std::function<std::optional<std::int64_t>(SCall&)> onCall;
     std::vector<std::string> calls; ///< "Name" or "Name CC.RR"
