@@ -182,8 +182,9 @@ TEST(EndToEnd, StreamsThatAreClosedOrThatNobodyReadsCostNoEvent) {
     for (const char* const streams : {"2>&3", ">&3 2>&3", "2>&-", "<&- 2>&-", ">&- 2>&-", "<&- >&- 2>&-"}) {
         const CProgramRun run(kLink + Relay("serial = 5", kTrip), "", "[RUVO_SERIAL]\nRV001=5\n");
         run.Shell(silent + "($RUVO -t $DIR/site.ini && $RUVO $DIR/site.ini) " + streams +
-                  "; echo $? >$DIR/status");
+                  "; echo $? >$DIR/status; cat $DIR/*.lock >$DIR/locks");
         EXPECT_EQ(run.Folder().Read("status"), "0\n") << streams;
+        EXPECT_EQ(run.Folder().Read("locks"), "") << streams; // the first file that is opened
         EXPECT_EQ(run.Files()[kDay], Header("000001") + Trip()) << streams;
         EXPECT_EQ(run.Log(), "") << streams;
     }
