@@ -5,15 +5,16 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 declare -A may=(
-    [platform]=""
-    [paths]="platform"
-    [protocol]="platform"
-    [link]="protocol platform"
-    [eventfiles]="link protocol paths platform"
-    [config]="paths platform"
-    [log]="config protocol paths platform"
-    [run]="log config eventfiles link protocol paths platform"
-    [app]="run log config eventfiles link protocol paths platform ruvo" # ruvo/ruvo.h, the exports
+    [base]=""
+    [platform]="base"
+    [paths]="platform base"
+    [protocol]="platform base"
+    [link]="protocol platform base"
+    [eventfiles]="link protocol paths platform base"
+    [config]="paths platform base"
+    [log]="config protocol paths platform base"
+    [run]="log config eventfiles link protocol paths platform base"
+    [app]="run log config eventfiles link protocol paths platform base ruvo" # ruvo/ruvo.h, the exports
 )
 bad=0
 complain() { echo "$1" >&2; bad=1; }
@@ -29,7 +30,7 @@ done
 while IFS=: read -r file line text; do
     complain "$file:$line: sim may use platform, protocol and link's seam headers only: $text"
 done < <(grep -rnE '^#include "[a-z]+/' sim | grep -vE \
-    '"(sim|platform|protocol)/|"link/windows/|"link/(variant|ip32ls|server_connection|server_module|cell_address|link_status)\.h"' || true)
+    '"(sim|platform|protocol|base)/|"link/windows/|"link/(variant|ip32ls|server_connection|server_module|cell_address|link_status)\.h"' || true)
 
 while IFS= read -r found; do
     complain "platform conditional outside the platform room: $found"

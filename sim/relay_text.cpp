@@ -1,6 +1,6 @@
 #include "sim/relay_text.h"
 
-#include "platform/code_page.h"
+#include "base/code_page.h"
 #include "protocol/character_set.h"
 
 #include <map>

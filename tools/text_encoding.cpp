@@ -1,6 +1,6 @@
 #include "tools/text_encoding.h"
 
-#include "platform/code_page.h"
+#include "base/code_page.h"
 
 #include <algorithm>
 #include <array>

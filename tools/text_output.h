@@ -1,7 +1,7 @@
 // Bulk output through one big buffer.
 #pragma once
 
-#include "platform/secret.h"
+#include "base/secret.h"
 
 #include <cerrno>
 #include <cstddef>

@@ -2,12 +2,12 @@
 
 #include "app/load_and_check.h"
 #include "app/worker_thread.h"
+#include "base/secret.h"
 #include "config/ethernet_entry.h"
 #include "link/p32_wrap.h"
 #include "link/password_state.h"
 #include "log/error_log.h"
 #include "platform/com_runtime.h"
-#include "platform/secret.h"
 #include "protocol/parlane_integers.h"
 #include "run/link_control.h"
 #include "run/password_callbacks.h"

@@ -1,5 +1,6 @@
 #include "config/configuration.h"
 
+#include "base/secret.h"
 #include "config/scramble.h"
 #include "paths/path_utilities.h"
 #include "platform/full_path.h"
@@ -7,7 +8,6 @@
 #include "platform/message_box.h"
 #include "platform/profile.h"
 #include "platform/registry.h"
-#include "platform/secret.h"
 
 #include <algorithm>
 #include <array>

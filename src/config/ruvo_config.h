@@ -1,7 +1,7 @@
 // The loaded configuration: what the INI file says, with defaults filled in, before any rule has judged it.
 #pragma once
 
-#include "platform/secret.h"
+#include "base/secret.h"
 
 #include <cstdint>
 #include <map>

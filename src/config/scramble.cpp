@@ -1,10 +1,10 @@
 #include "config/scramble.h"
 
+#include "base/secret.h"
+#include "base/tea.h"
 #include "config/key_table.h"
 #include "platform/clock.h"
 #include "platform/debug_output.h"
-#include "platform/secret.h"
-#include "platform/tea.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #include "eventfiles/day_file_block.h"
 
+#include "base/byte_cursor.h"
 #include "protocol/binary_cell.h"
-#include "protocol/byte_cursor.h"
 #include "protocol/data_factory.h"
 #include "protocol/type_codes.h"
 

@@ -9,9 +9,9 @@
 #include "link/p32_wrap.h"
 #include "link/password_state.h"
 #include "paths/path_utilities.h"
-#include "platform/code_page.h"
 #include "platform/files.h"
 #include "platform/full_path.h"
+#include "platform/native_text.h"
 
 #include <algorithm>
 #include <exception>

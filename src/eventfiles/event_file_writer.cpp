@@ -2,8 +2,8 @@
 
 #include "eventfiles/off_file.h"
 #include "paths/path_utilities.h"
-#include "platform/code_page.h"
 #include "platform/full_path.h"
+#include "platform/native_text.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -3,7 +3,7 @@
 #include "link/server_module.h"
 
 #include "platform/modules.h"
-#include "protocol/trace.h"
+#include "platform/trace.h"
 
 namespace ruvo {
 

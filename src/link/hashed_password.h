@@ -1,8 +1,8 @@
 // The password value of the user-name generations: never the password, only a digest of it.
 #pragma once
 
+#include "base/secret.h"
 #include "link/crypto_library.h"
-#include "platform/secret.h"
 #include "protocol/parlane_data.h"
 
 #include <array>

@@ -1,6 +1,6 @@
 #include "link/login.h"
 
-#include "protocol/trace.h"
+#include "platform/trace.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // The two generations that know a password and no user: plain, and enciphered.
 #include "link/login.h"
 
-#include "platform/secret.h"
+#include "base/secret.h"
 #include "protocol/parlane_text.h"
 
 #include <stdexcept>

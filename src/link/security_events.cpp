@@ -2,11 +2,11 @@
 #include "link/request_pattern.h"
 #include "link/security_time.h"
 
+#include "base/byte_cursor.h"
 #include "platform/clock.h"
-#include "protocol/byte_cursor.h"
+#include "platform/trace.h"
 #include "protocol/data_factory.h"
 #include "protocol/parlane_integers.h"
-#include "protocol/trace.h"
 
 #include <algorithm>
 #include <cstdio>

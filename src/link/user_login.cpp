@@ -1,8 +1,8 @@
 // The two generations that know users: a name, and a password that travels as a salted digest.
 #include "link/login.h"
 
+#include "base/secret.h"
 #include "link/hashed_password.h"
-#include "platform/secret.h"
 #include "protocol/parlane_text.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "link/variant.h"
 
-#include "platform/secret.h"
+#include "base/secret.h"
 
 #include <charconv>
 #include <limits>

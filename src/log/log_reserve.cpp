@@ -1,6 +1,6 @@
 #include "log/log_reserve.h"
 
-#include "protocol/trace.h"
+#include "platform/trace.h"
 
 #include <cstddef>
 #include <memory>

@@ -1,5 +1,5 @@
 // Whole text files, read alike on every system.
-#include "platform/code_page.h"
+#include "base/code_page.h"
 #include "platform/files.h"
 #include "platform/profile.h"
 

@@ -2,7 +2,7 @@
 // which are [type code][length][data].
 #pragma once
 
-#include "protocol/byte_cursor.h"
+#include "base/byte_cursor.h"
 #include "protocol/parlane_data.h"
 
 namespace ruvo {

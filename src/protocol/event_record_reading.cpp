@@ -1,8 +1,8 @@
 // Records from bytes. A fault is reported once, where it is met; what was read before it stays.
 #include "protocol/event_record.h"
 
+#include "base/byte_cursor.h"
 #include "protocol/binary_cell.h"
-#include "protocol/byte_cursor.h"
 #include "protocol/cell_factory.h"
 #include "protocol/data_factory.h"
 

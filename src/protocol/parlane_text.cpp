@@ -1,9 +1,9 @@
 #include "protocol/parlane_text.h"
 
-#include "platform/tea.h"
+#include "base/tea.h"
+#include "platform/trace.h"
 #include "protocol/character_set.h"
 #include "protocol/parlane_integers.h"
-#include "protocol/trace.h"
 
 #include <algorithm>
 #include <stdexcept>

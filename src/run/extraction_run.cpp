@@ -1,5 +1,6 @@
 #include "run/extraction_run.h"
 
+#include "base/secret.h"
 #include "config/ethernet_entry.h"
 #include "eventfiles/event_extraction.h"
 #include "link/p32_wrap.h"
@@ -7,7 +8,6 @@
 #include "log/connection_details.h"
 #include "log/error_log.h"
 #include "log/log_reserve.h"
-#include "platform/secret.h"
 #include "protocol/status.h"
 #include "run/link_control.h"
 #include "run/login_probe.h"

@@ -1,9 +1,9 @@
 // The shared library as other programs see it: its names, and many calls in one process.
 #include "support/scratch_folder.h"
 
+#include "base/secret.h"
 #include "include/ruvo/ruvo.h"
 #include "platform/process_protection.h"
-#include "platform/secret.h"
 
 #include <gtest/gtest.h>
 

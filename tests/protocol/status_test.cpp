@@ -1,11 +1,11 @@
+#include "base/tea.h"
 #include "platform/debug_output.h"
-#include "platform/tea.h"
+#include "platform/trace.h"
 #include "protocol/parlane_text.h"
 #include "protocol/progress.h"
 #include "protocol/status.h"
 #include "protocol/status_strings.h"
 #include "protocol/string_table.h"
-#include "protocol/trace.h"
 
 #include <gtest/gtest.h>
 

@@ -2,11 +2,11 @@
 // marker; and the resources and exports of the programs beside this one.
 #include "paths/path_utilities.h"
 #include "platform/clock.h"
-#include "platform/code_page.h"
 #include "platform/environment.h"
 #include "platform/files.h"
 #include "platform/full_path.h"
 #include "platform/modules.h"
+#include "platform/native_text.h"
 #include "platform/profile.h"
 #include "platform/registry.h"
 #include "platform/single_instance.h"

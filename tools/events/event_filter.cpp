@@ -1,6 +1,6 @@
 #include "tools/events/event_filter.h"
 
-#include "platform/code_page.h"
+#include "base/code_page.h"
 #include "tools/events/event_fields.h"
 #include "tools/text_encoding.h"
 

@@ -1,7 +1,7 @@
 // ruvoctl password: relay passwords into the INI file, and to and from their scrambled form.
+#include "base/secret.h"
 #include "config/configuration.h"
 #include "config/scramble.h"
-#include "platform/secret.h"
 #include "tools/command.h"
 #include "tools/ini/ini_edit.h"
 #include "tools/ini/ini_forms.h"

@@ -1,6 +1,6 @@
 #include "tools/ini/password_input.h"
 
-#include "platform/secret.h"
+#include "base/secret.h"
 #include "platform/terminal.h"
 
 #include <algorithm>

@@ -1,9 +1,9 @@
 #include "tools/ini/relay_entries.h"
 
+#include "base/secret.h"
 #include "config/configuration.h"
 #include "config/ethernet_entry.h"
 #include "config/scramble.h"
-#include "platform/secret.h"
 
 #include <algorithm>
 

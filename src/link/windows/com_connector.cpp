@@ -4,7 +4,7 @@
 #include "link/link_status.h"
 #include "link/windows/com_server.h"
 #include "link/windows/com_sink.h"
-#include "protocol/trace.h"
+#include "platform/trace.h"
 
 #include <algorithm>
 

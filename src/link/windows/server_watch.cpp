@@ -1,6 +1,6 @@
 #include "link/windows/server_watch.h"
 
-#include "protocol/trace.h"
+#include "platform/trace.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,6 +1,6 @@
 #include "link/windows/variant_conversion.h"
 
-#include "platform/secret.h"
+#include "base/secret.h"
 
 #include <algorithm>
 #include <new>

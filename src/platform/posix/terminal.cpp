@@ -1,6 +1,6 @@
 #include "platform/terminal.h"
 
-#include "platform/secret.h"
+#include "base/secret.h"
 
 #include <array>
 #include <cerrno>

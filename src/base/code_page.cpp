@@ -1,6 +1,5 @@
-#include "platform/code_page.h"
+#include "base/code_page.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -80,13 +79,6 @@ std::string Utf16ToUtf8(std::string_view bytes) {
         }
     }
     return converted;
-}
-
-std::string BlankControlCharacters(std::string_view text) {
-    std::string cleaned(text);
-    const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; };
-    std::ranges::replace_if(cleaned, isControl, ' ');
-    return cleaned;
 }
 
 } // namespace ruvo

@@ -12,11 +12,4 @@ std::string Cp1252ToUtf8(std::string_view text);
 /// UTF-16, little-endian, to UTF-8; half a surrogate pair, or half a character at the end, becomes U+FFFD.
 std::string Utf16ToUtf8(std::string_view bytes);
 
-/// The text with a blank in the place of every control character.
-std::string BlankControlCharacters(std::string_view text);
-
-/// A relay's text in the system's own narrow encoding (UTF-8 on POSIX, code page 1252 on Windows), as it may
-/// stand in a path or a log line: control characters become blanks.
-std::string NativeRelayText(std::string_view cp1252);
-
 } // namespace ruvo

@@ -1,4 +1,6 @@
-#include "platform/code_page.h"
+#include "platform/native_text.h"
+
+#include "base/text.h"
 
 namespace ruvo {
 

@@ -1,4 +1,4 @@
-#include "protocol/trace.h"
+#include "platform/trace.h"
 
 #include "platform/debug_output.h"
 

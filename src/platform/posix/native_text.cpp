@@ -1,4 +1,7 @@
-#include "platform/code_page.h"
+#include "platform/native_text.h"
+
+#include "base/code_page.h"
+#include "base/text.h"
 
 namespace ruvo {
 
