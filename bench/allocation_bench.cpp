@@ -5,8 +5,8 @@
 
 #include "eventfiles/event_extraction.h"
 #include "link/p32_wrap.h"
-#include "protocol/event_record.h"
-#include "protocol/parlane_integers.h"
+#include "model/records/event_record.h"
+#include "model/values/parlane_integers.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,8 +1,8 @@
 // The formatter's conversions, each next to the C library's nearest one.
-#include "protocol/formatter.h"
-#include "protocol/locale_record.h"
-#include "protocol/parlane_number.h"
-#include "protocol/parlane_time.h"
+#include "model/format/formatter.h"
+#include "model/format/locale_record.h"
+#include "model/values/parlane_number.h"
+#include "model/values/parlane_time.h"
 
 #include <benchmark/benchmark.h>
 

@@ -5,7 +5,7 @@
 #include "support/uniform_server.h"
 
 #include "link/cell_address.h"
-#include "protocol/type_codes.h"
+#include "model/values/type_codes.h"
 
 #include <array>
 #include <cstddef>

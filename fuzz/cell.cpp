@@ -4,12 +4,12 @@
 #include "fuzz/support/input.h"
 #include "fuzz/support/require.h"
 
-#include "protocol/binary_cell.h"
-#include "protocol/cell_checks.h"
-#include "protocol/cell_factory.h"
-#include "protocol/character_set.h"
-#include "protocol/integer_cells.h"
-#include "protocol/number_cells.h"
+#include "model/cells/binary_cell.h"
+#include "model/cells/cell_checks.h"
+#include "model/cells/cell_factory.h"
+#include "model/cells/integer_cells.h"
+#include "model/cells/number_cells.h"
+#include "model/values/character_set.h"
 
 #include <cmath>
 

@@ -3,10 +3,10 @@
 #include "fuzz/support/input.h"
 #include "fuzz/support/require.h"
 
-#include "protocol/formatter.h"
-#include "protocol/parlane_integers.h"
-#include "protocol/parlane_number.h"
-#include "protocol/parlane_text.h"
+#include "model/format/formatter.h"
+#include "model/values/parlane_integers.h"
+#include "model/values/parlane_number.h"
+#include "model/values/parlane_text.h"
 
 #include <cstdio>
 #include <cstring>

@@ -3,7 +3,7 @@
 #include "fuzz/support/require.h"
 
 #include "eventfiles/day_file_block.h"
-#include "protocol/cell_factory.h"
+#include "model/cells/cell_factory.h"
 
 namespace ruvo::fuzz {
 

@@ -4,7 +4,7 @@
 #include "fuzz/support/require.h"
 
 #include "link/reply_values.h"
-#include "protocol/data_factory.h"
+#include "model/values/data_factory.h"
 
 #include <stdexcept>
 

@@ -8,13 +8,13 @@ declare -A may=(
     [base]=""
     [platform]="base"
     [paths]="platform base"
-    [protocol]="platform base"
-    [link]="protocol platform base"
-    [eventfiles]="link protocol paths platform base"
+    [model]="platform base"
+    [link]="model platform base"
+    [eventfiles]="link model paths platform base"
     [config]="paths platform base"
-    [log]="config protocol paths platform base"
-    [run]="log config eventfiles link protocol paths platform base"
-    [app]="run log config eventfiles link protocol paths platform base ruvo" # ruvo/ruvo.h, the exports
+    [log]="config model paths platform base"
+    [run]="log config eventfiles link model paths platform base"
+    [app]="run log config eventfiles link model paths platform base ruvo" # ruvo/ruvo.h, the exports
 )
 bad=0
 complain() { echo "$1" >&2; bad=1; }
@@ -28,9 +28,9 @@ for room in "${!may[@]}"; do
 done
 # The simulated server stands behind the seam: of link it may see the seam's headers only.
 while IFS=: read -r file line text; do
-    complain "$file:$line: sim may use platform, protocol and link's seam headers only: $text"
+    complain "$file:$line: sim may use platform, model and link's seam headers only: $text"
 done < <(grep -rnE '^#include "[a-z]+/' sim | grep -vE \
-    '"(sim|platform|protocol|base)/|"link/windows/|"link/(variant|ip32ls|server_connection|server_module|cell_address|link_status)\.h"' || true)
+    '"(sim|platform|model|base)/|"link/windows/|"link/(variant|ip32ls|server_connection|server_module|cell_address|link_status)\.h"' || true)
 
 while IFS= read -r found; do
     complain "platform conditional outside the platform room: $found"

@@ -1,4 +1,4 @@
-#include "protocol/character_set.h"
+#include "model/values/character_set.h"
 #include "sim/crypto_provider.h"
 #include "sim/loaders.h"
 #include "sim/password_cipher.h"

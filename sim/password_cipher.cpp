@@ -1,6 +1,6 @@
 #include "sim/password_cipher.h"
 
-#include "protocol/parlane_text.h"
+#include "model/values/parlane_text.h"
 #include "sim/relay_text.h"
 #include "sim/substation_error.h"
 

@@ -1,7 +1,7 @@
 #include "sim/relay_text.h"
 
 #include "base/code_page.h"
-#include "protocol/character_set.h"
+#include "model/values/character_set.h"
 
 #include <map>
 

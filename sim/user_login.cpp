@@ -1,6 +1,6 @@
 #include "sim/user_login.h"
 
-#include "protocol/character_set.h"
+#include "model/values/character_set.h"
 #include "sim/password_cipher.h"
 #include "sim/relay_addresses.h"
 #include "sim/values.h"

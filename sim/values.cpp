@@ -1,8 +1,8 @@
 #include "sim/values.h"
 
-#include "protocol/parlane_number.h"
-#include "protocol/parlane_time.h"
-#include "protocol/type_codes.h"
+#include "model/values/parlane_number.h"
+#include "model/values/parlane_time.h"
+#include "model/values/type_codes.h"
 #include "sim/password_cipher.h"
 #include "sim/relay_text.h"
 #include "sim/substation_error.h"

@@ -2,7 +2,7 @@
 // something.
 #pragma once
 
-#include "protocol/data_factory.h"
+#include "model/values/data_factory.h"
 
 #include <algorithm>
 #include <cstddef>

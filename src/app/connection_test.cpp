@@ -7,8 +7,8 @@
 #include "link/p32_wrap.h"
 #include "link/password_state.h"
 #include "log/error_log.h"
+#include "model/values/parlane_integers.h"
 #include "platform/com_runtime.h"
-#include "protocol/parlane_integers.h"
 #include "run/link_control.h"
 #include "run/password_callbacks.h"
 

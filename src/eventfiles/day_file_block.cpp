@@ -1,9 +1,9 @@
 #include "eventfiles/day_file_block.h"
 
 #include "base/byte_cursor.h"
-#include "protocol/binary_cell.h"
-#include "protocol/data_factory.h"
-#include "protocol/type_codes.h"
+#include "model/cells/binary_cell.h"
+#include "model/values/data_factory.h"
+#include "model/values/type_codes.h"
 
 #include <algorithm>
 #include <vector>

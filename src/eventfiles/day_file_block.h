@@ -2,8 +2,8 @@
 // it is not. docs/day-file-format.md tells the rule in words.
 #pragma once
 
-#include "protocol/event_block.h"
-#include "protocol/event_record.h"
+#include "model/records/event_block.h"
+#include "model/records/event_record.h"
 
 #include <array>
 #include <cstddef>

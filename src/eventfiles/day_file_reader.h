@@ -2,8 +2,8 @@
 #pragma once
 
 #include "eventfiles/day_file_block.h"
+#include "model/records/event_record.h"
 #include "platform/files.h"
-#include "protocol/event_record.h"
 
 #include <cstddef>
 #include <cstdint>

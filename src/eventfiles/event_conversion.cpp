@@ -2,11 +2,11 @@
 
 #include "eventfiles/record_column.h"
 #include "link/p32_wrap.h"
-#include "protocol/cell_factory.h"
-#include "protocol/parlane_integers.h"
-#include "protocol/parlane_location.h"
-#include "protocol/parlane_text.h"
-#include "protocol/parlane_time.h"
+#include "model/cells/cell_factory.h"
+#include "model/values/parlane_integers.h"
+#include "model/values/parlane_location.h"
+#include "model/values/parlane_text.h"
+#include "model/values/parlane_time.h"
 
 #include <array>
 #include <limits>

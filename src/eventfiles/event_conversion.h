@@ -1,11 +1,11 @@
 // From the values that a relay delivers for one event to the event record.
 #pragma once
 
-#include "protocol/cell.h"
-#include "protocol/errors.h"
-#include "protocol/event_record.h"
-#include "protocol/parlane_data.h"
-#include "protocol/status.h"
+#include "model/cells/cell.h"
+#include "model/records/event_record.h"
+#include "model/status/errors.h"
+#include "model/status/status.h"
+#include "model/values/parlane_data.h"
 
 #include <cstdint>
 #include <memory>

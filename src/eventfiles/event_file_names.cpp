@@ -1,9 +1,9 @@
 #include "eventfiles/event_file_names.h"
 
 #include "link/p32_wrap.h"
+#include "model/values/parlane_text.h"
 #include "paths/path_utilities.h"
 #include "platform/clock.h"
-#include "protocol/parlane_text.h"
 
 #include <algorithm>
 #include <cstdio>

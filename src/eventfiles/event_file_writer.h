@@ -1,8 +1,8 @@
 // From an event list to its day file.
 #pragma once
 
-#include "protocol/errors.h"
-#include "protocol/event_record.h"
+#include "model/records/event_record.h"
+#include "model/status/errors.h"
 
 #include <cstdint>
 #include <string>

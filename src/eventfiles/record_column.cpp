@@ -1,12 +1,12 @@
 #include "eventfiles/record_column.h"
 
 #include "link/p32_wrap.h"
-#include "protocol/binary_cell.h"
-#include "protocol/cell_factory.h"
-#include "protocol/integer_cells.h"
-#include "protocol/parlane_integers.h"
-#include "protocol/parlane_location.h"
-#include "protocol/parlane_text.h"
+#include "model/cells/binary_cell.h"
+#include "model/cells/cell_factory.h"
+#include "model/cells/integer_cells.h"
+#include "model/values/parlane_integers.h"
+#include "model/values/parlane_location.h"
+#include "model/values/parlane_text.h"
 
 #include <limits>
 

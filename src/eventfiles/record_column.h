@@ -3,10 +3,10 @@
 
 #include "link/cell_address.h"
 #include "link/link_status.h"
-#include "protocol/cell.h"
-#include "protocol/errors.h"
-#include "protocol/parlane_data.h"
-#include "protocol/status.h"
+#include "model/cells/cell.h"
+#include "model/status/errors.h"
+#include "model/status/status.h"
+#include "model/values/parlane_data.h"
 
 #include <cstdint>
 #include <string>

@@ -1,6 +1,6 @@
 #include "link/hashed_password.h"
 
-#include "protocol/parlane_integers.h"
+#include "model/values/parlane_integers.h"
 
 #include <algorithm>
 #include <cstdlib>

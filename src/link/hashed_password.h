@@ -3,7 +3,7 @@
 
 #include "base/secret.h"
 #include "link/crypto_library.h"
-#include "protocol/parlane_data.h"
+#include "model/values/parlane_data.h"
 
 #include <array>
 #include <string>

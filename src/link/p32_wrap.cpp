@@ -2,7 +2,7 @@
 
 #include "link/request_pattern.h"
 #include "link/sink.h"
-#include "protocol/progress.h"
+#include "model/status/progress.h"
 
 #include <chrono>
 

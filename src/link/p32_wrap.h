@@ -7,7 +7,7 @@
 #include "link/link_status.h"
 #include "link/password_request.h"
 #include "link/server_connection.h"
-#include "protocol/parlane_data.h"
+#include "model/values/parlane_data.h"
 
 #include <atomic>
 #include <cstdint>

@@ -1,10 +1,10 @@
 // Entering a password on the caller's behalf: what is common to all generations of access control.
 #include "link/request_pattern.h"
 
+#include "model/status/status.h"
+#include "model/values/parlane_integers.h"
+#include "model/values/parlane_text.h"
 #include "platform/trace.h"
-#include "protocol/parlane_integers.h"
-#include "protocol/parlane_text.h"
-#include "protocol/status.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -2,7 +2,7 @@
 #include "link/login.h"
 
 #include "base/secret.h"
-#include "protocol/parlane_text.h"
+#include "model/values/parlane_text.h"
 
 #include <stdexcept>
 

@@ -1,6 +1,6 @@
 #include "link/reply_values.h"
 
-#include "protocol/data_factory.h"
+#include "model/values/data_factory.h"
 
 #include <span>
 #include <stdexcept>

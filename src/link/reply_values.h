@@ -2,7 +2,7 @@
 #pragma once
 
 #include "link/variant.h"
-#include "protocol/parlane_data.h"
+#include "model/values/parlane_data.h"
 
 #include <cstdint>
 #include <memory>

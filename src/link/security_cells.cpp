@@ -1,9 +1,9 @@
 // What a password entry reads of the relay: single cells, and what they say of its access control.
 #include "link/request_pattern.h"
 
+#include "model/values/parlane_integers.h"
+#include "model/values/parlane_text.h"
 #include "platform/trace.h"
-#include "protocol/parlane_integers.h"
-#include "protocol/parlane_text.h"
 
 #include <algorithm>
 

@@ -3,10 +3,10 @@
 #include "link/security_time.h"
 
 #include "base/byte_cursor.h"
+#include "model/values/data_factory.h"
+#include "model/values/parlane_integers.h"
 #include "platform/clock.h"
 #include "platform/trace.h"
-#include "protocol/data_factory.h"
-#include "protocol/parlane_integers.h"
 
 #include <algorithm>
 #include <cstdio>

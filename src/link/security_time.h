@@ -1,7 +1,7 @@
 // The time stamp of security events.
 #pragma once
 
-#include "protocol/parlane_time.h"
+#include "model/values/parlane_time.h"
 
 namespace ruvo {
 

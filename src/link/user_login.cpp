@@ -3,7 +3,7 @@
 
 #include "base/secret.h"
 #include "link/hashed_password.h"
-#include "protocol/parlane_text.h"
+#include "model/values/parlane_text.h"
 
 #include <algorithm>
 #include <array>

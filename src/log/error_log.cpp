@@ -5,12 +5,12 @@
 #include "log/connection_details.h"
 #include "log/log_reserve.h"
 #include "log/status_text.h"
+#include "model/status/string_table.h"
 #include "paths/path_utilities.h"
 #include "platform/clock.h"
 #include "platform/debug_output.h"
 #include "platform/files.h"
 #include "platform/full_path.h"
-#include "protocol/string_table.h"
 
 #include <array>
 #include <chrono>

@@ -1,6 +1,6 @@
 #include "log/status_text.h"
 
-#include "protocol/status_strings.h"
+#include "model/status/status_strings.h"
 
 namespace ruvo {
 

@@ -8,7 +8,7 @@
 #include "log/connection_details.h"
 #include "log/error_log.h"
 #include "log/log_reserve.h"
-#include "protocol/status.h"
+#include "model/status/status.h"
 #include "run/link_control.h"
 #include "run/login_probe.h"
 #include "run/password_callbacks.h"

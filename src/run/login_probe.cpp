@@ -3,7 +3,7 @@
 #include "link/p32_wrap.h"
 #include "link/password_state.h"
 #include "log/error_log.h"
-#include "protocol/parlane_integers.h"
+#include "model/values/parlane_integers.h"
 #include "run/run_texts.h"
 
 namespace ruvo {

@@ -4,7 +4,7 @@
 
 #include "eventfiles/event_file_names.h"
 #include "eventfiles/event_file_writer.h"
-#include "protocol/status.h"
+#include "model/status/status.h"
 
 #include <cstdlib>
 

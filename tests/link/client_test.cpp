@@ -3,10 +3,10 @@
 #include "support/scripted_server.h"
 
 #include "link/p32_wrap.h"
-#include "protocol/parlane_integers.h"
-#include "protocol/parlane_text.h"
-#include "protocol/parlane_time.h"
-#include "protocol/progress.h"
+#include "model/status/progress.h"
+#include "model/values/parlane_integers.h"
+#include "model/values/parlane_text.h"
+#include "model/values/parlane_time.h"
 
 #include <gtest/gtest.h>
 

@@ -3,9 +3,9 @@
 #include "support/scripted_server.h"
 
 #include "link/p32_wrap.h"
-#include "protocol/data_factory.h"
-#include "protocol/parlane_integers.h"
-#include "protocol/parlane_time.h"
+#include "model/values/data_factory.h"
+#include "model/values/parlane_integers.h"
+#include "model/values/parlane_time.h"
 
 #include <gtest/gtest.h>
 

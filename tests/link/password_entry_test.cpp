@@ -2,7 +2,7 @@
 #include "support/scripted_server.h"
 
 #include "link/p32_wrap.h"
-#include "protocol/parlane_integers.h"
+#include "model/values/parlane_integers.h"
 
 #include <gtest/gtest.h>
 

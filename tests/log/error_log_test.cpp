@@ -6,7 +6,7 @@
 #include "support/fake_system.h"
 #include "support/scratch_folder.h"
 
-#include "protocol/string_table.h"
+#include "model/status/string_table.h"
 
 #include <fstream>
 #include <gtest/gtest.h>

@@ -1,10 +1,10 @@
 // Day files made for the tests of the commands that read them.
 #pragma once
 
-#include "protocol/binary_cell.h"
-#include "protocol/cell_factory.h"
-#include "protocol/data_factory.h"
-#include "protocol/event_record.h"
+#include "model/cells/binary_cell.h"
+#include "model/cells/cell_factory.h"
+#include "model/records/event_record.h"
+#include "model/values/data_factory.h"
 
 #include <cstdint>
 #include <memory>

@@ -2,7 +2,7 @@
 #include "support/scratch_folder.h"
 #include "tools/run_tool.h"
 
-#include "protocol/event_record.h"
+#include "model/records/event_record.h"
 #include "tools/report/event_kind.h"
 #include "tools/report/report_page.h"
 

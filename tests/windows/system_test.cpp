@@ -1,5 +1,6 @@
 // The platform room on the system itself: files, folders, modules, registry, clock, the single-instance
 // marker; and the resources and exports of the programs beside this one.
+#include "model/status/string_table.h"
 #include "paths/path_utilities.h"
 #include "platform/clock.h"
 #include "platform/environment.h"
@@ -11,7 +12,6 @@
 #include "platform/registry.h"
 #include "platform/single_instance.h"
 #include "platform/windows/system.h"
-#include "protocol/string_table.h"
 #include "windows/checks.h"
 
 #include <array>

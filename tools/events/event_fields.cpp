@@ -1,6 +1,6 @@
 #include "tools/events/event_fields.h"
 
-#include "protocol/binary_cell.h"
+#include "model/cells/binary_cell.h"
 #include "tools/text_encoding.h"
 
 #include <charconv>

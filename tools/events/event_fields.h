@@ -1,7 +1,7 @@
 // Fields of event records as the printers write them.
 #pragma once
 
-#include "protocol/event_record.h"
+#include "model/records/event_record.h"
 
 #include <array>
 #include <cstdint>

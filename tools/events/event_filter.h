@@ -1,7 +1,7 @@
 // Which records a person wants to see.
 #pragma once
 
-#include "protocol/event_record.h"
+#include "model/records/event_record.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,7 +1,7 @@
 // Parts of a record as JSON, the same wherever they are written.
 #pragma once
 
-#include "protocol/cell.h"
+#include "model/cells/cell.h"
 #include "tools/json_writer.h"
 
 namespace ruvo {

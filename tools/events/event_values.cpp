@@ -1,10 +1,10 @@
 #include "tools/events/event_values.h"
 
-#include "protocol/binary_cell.h"
-#include "protocol/cell_factory.h"
-#include "protocol/cell_values.h"
-#include "protocol/display_layout.h"
-#include "protocol/formatter.h"
+#include "model/cells/binary_cell.h"
+#include "model/cells/cell_factory.h"
+#include "model/cells/cell_values.h"
+#include "model/format/display_layout.h"
+#include "model/format/formatter.h"
 #include "tools/events/event_fields.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // Values of event records as people read them, in code page 1252.
 #pragma once
 
-#include "protocol/event_record.h"
+#include "model/records/event_record.h"
 
 #include <string>
 #include <vector>

@@ -1,5 +1,5 @@
 // Writes the string table as a resource script. Runs on the building system.
-#include "protocol/string_table.h"
+#include "model/status/string_table.h"
 
 #include <cstdio>
 #include <string>

@@ -3,7 +3,7 @@
 
 #include "link/windows/com_sink.h"
 #include "link/windows/variant_conversion.h"
-#include "protocol/progress.h"
+#include "model/status/progress.h"
 
 #include <filesystem>
 #include <fstream>
