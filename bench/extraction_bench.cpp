@@ -2,7 +2,7 @@
 #include "instant_server.h"
 #include "support/scratch_folder.h"
 
-#include "eventfiles/event_extraction.h"
+#include "extraction/event_extraction.h"
 #include "link/p32_wrap.h"
 #include "platform/files.h"
 

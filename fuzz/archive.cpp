@@ -3,7 +3,7 @@
 #include "fuzz/support/require.h"
 #include "fuzz/support/text_checks.h"
 
-#include "eventfiles/day_file_reader.h"
+#include "dayfile/day_file_reader.h"
 #include "tools/archive/archive_row.h"
 #include "tools/events/event_fields.h"
 #include "tools/events/event_filter.h"

@@ -6,9 +6,9 @@
 #include "fuzz/support/require.h"
 #include "fuzz/support/text_checks.h"
 
-#include "eventfiles/day_file_reader.h"
+#include "dayfile/day_file_reader.h"
+#include "extraction/password_state.h"
 #include "link/p32_wrap.h"
-#include "link/password_state.h"
 #include "log/connection_details.h"
 #include "log/error_log.h"
 #include "run/extraction_run.h"

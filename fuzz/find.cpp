@@ -3,7 +3,7 @@
 #include "fuzz/support/input.h"
 #include "fuzz/support/require.h"
 
-#include "eventfiles/day_file_block.h"
+#include "dayfile/block_parser.h"
 #include "support/scratch_folder.h"
 #include "tools/archive/archive_store.h"
 #include "tools/archive/find_query.h"

@@ -2,7 +2,7 @@
 #include "fuzz/support/input.h"
 #include "fuzz/support/require.h"
 
-#include "eventfiles/day_file_block.h"
+#include "dayfile/block_parser.h"
 #include "model/cells/cell_factory.h"
 
 namespace ruvo::fuzz {

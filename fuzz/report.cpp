@@ -5,7 +5,7 @@
 #include "fuzz/support/require.h"
 #include "fuzz/support/text_checks.h"
 
-#include "eventfiles/day_file_reader.h"
+#include "dayfile/day_file_reader.h"
 #include "tools/report/event_kind.h"
 #include "tools/report/report_data.h"
 #include "tools/report/report_page.h"

@@ -6,7 +6,7 @@
 #include "fuzz/support/require.h"
 #include "fuzz/support/text_checks.h"
 
-#include "eventfiles/day_file_reader.h"
+#include "dayfile/day_file_reader.h"
 #include "support/scratch_folder.h"
 #include "tools/status/status_output.h"
 

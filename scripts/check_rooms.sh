@@ -10,11 +10,12 @@ declare -A may=(
     [paths]="platform base"
     [model]="platform base"
     [link]="model platform base"
-    [eventfiles]="link model paths platform base"
+    [dayfile]="model paths platform base"
+    [extraction]="dayfile link model paths platform base"
     [config]="paths platform base"
     [log]="config model paths platform base"
-    [run]="log config eventfiles link model paths platform base"
-    [app]="run log config eventfiles link model paths platform base ruvo" # ruvo/ruvo.h, the exports
+    [run]="log config extraction dayfile link model paths platform base"
+    [app]="run log config extraction dayfile link model paths platform base ruvo" # ruvo/ruvo.h, the exports
 )
 bad=0
 complain() { echo "$1" >&2; bad=1; }

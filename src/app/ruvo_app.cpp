@@ -2,7 +2,7 @@
 
 #include "app/load_and_check.h"
 #include "app/run_library.h"
-#include "eventfiles/off_file.h"
+#include "dayfile/off_file.h"
 #include "link/p32_wrap.h"
 #include "log/error_log.h"
 #include "log/log_reserve.h"

@@ -2,9 +2,9 @@
 
 #include "base/secret.h"
 #include "config/ethernet_entry.h"
-#include "eventfiles/event_extraction.h"
+#include "extraction/event_extraction.h"
+#include "extraction/password_state.h"
 #include "link/p32_wrap.h"
-#include "link/password_state.h"
 #include "log/connection_details.h"
 #include "log/error_log.h"
 #include "log/log_reserve.h"

@@ -1,6 +1,6 @@
 #include "run/password_callbacks.h"
 
-#include "link/password_state.h"
+#include "extraction/password_state.h"
 #include "log/error_log.h"
 
 #include <algorithm>

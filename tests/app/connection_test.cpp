@@ -5,8 +5,8 @@
 #include "app/connection_test.h"
 #include "app/worker_thread.h"
 #include "config/scramble.h"
+#include "extraction/password_state.h"
 #include "link/p32_wrap.h"
-#include "link/password_state.h"
 #include "log/error_log.h"
 #include "platform/com_runtime.h"
 

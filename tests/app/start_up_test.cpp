@@ -7,7 +7,7 @@
 #include "app/command_line.h"
 #include "app/load_and_check.h"
 #include "app/ruvo_app.h"
-#include "eventfiles/off_file.h"
+#include "dayfile/off_file.h"
 #include "log/error_log.h"
 
 #include <gtest/gtest.h>

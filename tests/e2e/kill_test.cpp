@@ -3,7 +3,7 @@
 #include "e2e/cases.h"
 #include "e2e/program.h"
 
-#include "eventfiles/day_file_reader.h"
+#include "dayfile/day_file_reader.h"
 
 #include <gtest/gtest.h>
 

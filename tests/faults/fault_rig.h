@@ -5,7 +5,7 @@
 #include "memory_disk.h"
 #include "support/fake_system.h"
 
-#include "eventfiles/day_file_reader.h"
+#include "dayfile/day_file_reader.h"
 #include "log/connection_details.h"
 #include "log/error_log.h"
 #include "run/extraction_run.h"

@@ -3,8 +3,8 @@
 #include "support/scratch_folder.h"
 #include "support/scripted_server.h"
 
+#include "extraction/password_state.h"
 #include "link/p32_wrap.h"
-#include "link/password_state.h"
 #include "log/connection_details.h"
 #include "log/error_log.h"
 #include "run/extraction_run.h"

@@ -1,5 +1,5 @@
 // ruvoctl archive: all records of an event root in one database, or as lines for other databases.
-#include "eventfiles/day_file_reader.h"
+#include "dayfile/day_file_reader.h"
 #include "tools/archive/archive_store.h"
 #include "tools/archive/line_output.h"
 #include "tools/command.h"

@@ -2,7 +2,7 @@
 // is the contract.
 #pragma once
 
-#include "eventfiles/day_file_reader.h"
+#include "dayfile/day_file_reader.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,5 +1,5 @@
 // ruvoctl find: the events of an archive that matter.
-#include "eventfiles/day_file_block.h"
+#include "dayfile/block_parser.h"
 #include "tools/archive/archive_schema.h"
 #include "tools/archive/find_query.h"
 #include "tools/command.h"

@@ -1,6 +1,6 @@
 #include "tools/archive/find_query.h"
 
-#include "eventfiles/day_file_block.h"
+#include "dayfile/block_parser.h"
 
 #include <algorithm>
 #include <span>

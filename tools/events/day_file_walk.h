@@ -2,7 +2,7 @@
 // that cannot be read.
 #pragma once
 
-#include "eventfiles/day_file_reader.h"
+#include "dayfile/day_file_reader.h"
 #include "tools/events/event_files.h"
 #include "tools/events/event_printer.h"
 #include "tools/progress.h"

@@ -1,7 +1,7 @@
 // How records and damage are shown. Each format is one printer.
 #pragma once
 
-#include "eventfiles/day_file_reader.h"
+#include "dayfile/day_file_reader.h"
 
 #include <cstddef>
 #include <memory>

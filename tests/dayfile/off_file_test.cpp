@@ -2,8 +2,8 @@
 #include "support/scratch_folder.h"
 #include "support/scripted_server.h"
 
-#include "eventfiles/event_file_writer.h"
-#include "eventfiles/off_file.h"
+#include "dayfile/day_file_writer.h"
+#include "dayfile/off_file.h"
 
 #include <gtest/gtest.h>
 

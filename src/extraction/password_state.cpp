@@ -1,4 +1,4 @@
-#include "link/password_state.h"
+#include "extraction/password_state.h"
 
 namespace ruvo {
 

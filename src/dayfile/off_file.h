@@ -2,7 +2,7 @@
 // CFileException.
 #pragma once
 
-#include "eventfiles/text_file_header.h"
+#include "dayfile/text_file_header.h"
 #include "platform/files.h"
 
 #include <cstdint>

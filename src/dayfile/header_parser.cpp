@@ -1,6 +1,6 @@
-#include "eventfiles/day_file_header.h"
+#include "dayfile/header_parser.h"
 
-#include "eventfiles/text_file_header.h"
+#include "dayfile/text_file_header.h"
 
 #include <algorithm>
 #include <string>

@@ -1,6 +1,6 @@
-#include "eventfiles/event_conversion.h"
+#include "extraction/event_conversion.h"
 
-#include "eventfiles/record_column.h"
+#include "extraction/record_column.h"
 #include "link/p32_wrap.h"
 #include "model/cells/cell_factory.h"
 #include "model/values/parlane_integers.h"

@@ -1,4 +1,4 @@
-#include "eventfiles/day_file_block.h"
+#include "dayfile/block_parser.h"
 
 #include "base/byte_cursor.h"
 #include "model/cells/binary_cell.h"

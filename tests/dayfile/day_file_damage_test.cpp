@@ -1,5 +1,5 @@
 // A day file of 100 records, cut at every byte and with every single bit flipped.
-#include "eventfiles/record_image.h"
+#include "dayfile/record_image.h"
 #include "support/scratch_folder.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
-#include "eventfiles/event_file_writer.h"
+#include "dayfile/day_file_writer.h"
 
-#include "eventfiles/off_file.h"
+#include "dayfile/off_file.h"
 #include "paths/path_utilities.h"
 #include "platform/full_path.h"
 #include "platform/native_text.h"

@@ -1,4 +1,4 @@
-#include "eventfiles/event_file_names.h"
+#include "extraction/event_file_names.h"
 
 #include "link/p32_wrap.h"
 #include "model/values/parlane_text.h"

@@ -1,4 +1,4 @@
-#include "eventfiles/text_file_header.h"
+#include "dayfile/text_file_header.h"
 
 #include <cstdio>
 

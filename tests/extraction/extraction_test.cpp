@@ -1,9 +1,9 @@
 // One relay's pending events become its day file, byte for byte as written out here by hand.
-#include "eventfiles/extraction_fixture.h"
+#include "extraction/extraction_fixture.h"
 #include "support/fake_system.h"
 
-#include "eventfiles/event_file_names.h"
-#include "eventfiles/event_file_writer.h"
+#include "dayfile/day_file_writer.h"
+#include "extraction/event_file_names.h"
 #include "model/status/status.h"
 
 #include <cstdlib>

@@ -3,7 +3,7 @@
 
 #include "support/hex.h"
 
-#include "eventfiles/day_file_reader.h"
+#include "dayfile/day_file_reader.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // What each kind of event must hold, and the record that it becomes.
-#include "eventfiles/extraction_fixture.h"
+#include "extraction/extraction_fixture.h"
 
 #include <filesystem>
 

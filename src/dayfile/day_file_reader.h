@@ -1,7 +1,7 @@
 // Reads a day file back, record by record and in little memory, whatever has happened to the file.
 #pragma once
 
-#include "eventfiles/day_file_block.h"
+#include "dayfile/block_parser.h"
 #include "model/records/event_record.h"
 #include "platform/files.h"
 

@@ -1,6 +1,6 @@
-#include "eventfiles/day_file_reader.h"
+#include "dayfile/day_file_reader.h"
 
-#include "eventfiles/day_file_header.h"
+#include "dayfile/header_parser.h"
 
 #include <algorithm>
 #include <cstring>

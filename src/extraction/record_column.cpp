@@ -1,4 +1,4 @@
-#include "eventfiles/record_column.h"
+#include "extraction/record_column.h"
 
 #include "link/p32_wrap.h"
 #include "model/cells/binary_cell.h"

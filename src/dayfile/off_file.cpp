@@ -1,4 +1,4 @@
-#include "eventfiles/off_file.h"
+#include "dayfile/off_file.h"
 
 #include "platform/clock.h"
 #include "platform/debug_output.h"

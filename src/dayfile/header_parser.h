@@ -1,7 +1,7 @@
 // The header of a day file out of bytes that nobody vouches for.
 #pragma once
 
-#include "eventfiles/day_file_block.h"
+#include "dayfile/block_parser.h"
 
 #include <cstddef>
 #include <cstdint>

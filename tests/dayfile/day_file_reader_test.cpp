@@ -1,6 +1,6 @@
 // Day files read back: whatever bytes are cut off or changed, the damage is told once and every other record
 // comes out as it was.
-#include "eventfiles/record_image.h"
+#include "dayfile/record_image.h"
 #include "support/scratch_folder.h"
 
 #include <gtest/gtest.h>

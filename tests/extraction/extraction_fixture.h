@@ -4,9 +4,9 @@
 #include "support/scratch_folder.h"
 #include "support/scripted_server.h"
 
-#include "eventfiles/event_extraction.h"
+#include "extraction/event_extraction.h"
+#include "extraction/password_state.h"
 #include "link/p32_wrap.h"
-#include "link/password_state.h"
 
 #include <gtest/gtest.h>
 
