@@ -4,7 +4,7 @@
 #include "support/scratch_folder.h"
 
 #include "extraction/event_extraction.h"
-#include "link/p32_wrap.h"
+#include "link/client.h"
 #include "model/records/event_record.h"
 #include "model/values/parlane_integers.h"
 

@@ -6,7 +6,7 @@
 
 #include "app/load_and_check.h"
 #include "config/configuration.h"
-#include "link/p32_wrap.h"
+#include "link/client.h"
 #include "run/extraction_run.h"
 
 #include <benchmark/benchmark.h>

@@ -3,7 +3,7 @@
 #include "fuzz/support/input.h"
 #include "fuzz/support/require.h"
 
-#include "link/reply_values.h"
+#include "link/requests/reply_values.h"
 #include "model/values/data_factory.h"
 
 #include <stdexcept>

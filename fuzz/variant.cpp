@@ -3,7 +3,7 @@
 #include "fuzz/support/input.h"
 #include "fuzz/support/require.h"
 
-#include "link/variant.h"
+#include "link/seam/variant.h"
 
 #include <limits>
 #include <optional>

@@ -1,7 +1,7 @@
 // Passwords in the forms in which a login writes them.
 #pragma once
 
-#include "link/variant.h"
+#include "link/seam/variant.h"
 
 #include <cstddef>
 #include <string>

@@ -1,7 +1,7 @@
 // A connection to the simulated comms server. Each has a server and a substation of its own.
 #pragma once
 
-#include "link/server_connection.h"
+#include "link/seam/server_connection.h"
 #include "sim/simulated_server.h"
 
 #include <memory>

@@ -1,7 +1,7 @@
 // The simulated comms server: every operation of the interface, answered from a substation.
 #pragma once
 
-#include "link/ip32ls.h"
+#include "link/seam/ip32ls.h"
 #include "sim/server_core.h"
 
 namespace ruvo::sim {

@@ -1,7 +1,7 @@
 // The sinks that want to hear of a connection's commands.
 #pragma once
 
-#include "link/ip32ls.h"
+#include "link/seam/ip32ls.h"
 
 #include <cstdint>
 #include <map>

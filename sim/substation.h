@@ -3,7 +3,7 @@
 // wrong type.
 #pragma once
 
-#include "link/variant.h"
+#include "link/seam/variant.h"
 #include "sim/operations.h"
 
 #include <cstdint>

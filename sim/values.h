@@ -2,7 +2,7 @@
 // "05" }.
 #pragma once
 
-#include "link/variant.h"
+#include "link/seam/variant.h"
 #include "sim/substation.h"
 #include "sim/table_reader.h"
 

@@ -2,8 +2,8 @@
 
 #include "fuzz/support/require.h"
 
-#include "link/cell_address.h"
-#include "link/p32_wrap.h"
+#include "link/client.h"
+#include "link/seam/cell_address.h"
 #include "support/hex.h"
 
 #include <array>

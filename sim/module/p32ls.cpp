@@ -1,5 +1,5 @@
 // The simulated comms server as a loadable module.
-#include "link/server_module.h"
+#include "link/seam/server_module.h"
 #include "sim/simulated_connection.h"
 
 #include <cstdio>

@@ -1,7 +1,7 @@
 // The clients' sinks behind one connection to the simulated server.
 #pragma once
 
-#include "link/ip32ls.h"
+#include "link/seam/ip32ls.h"
 #include "link/windows/com_owners.h"
 
 #include <cstdint>

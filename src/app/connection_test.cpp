@@ -5,7 +5,7 @@
 #include "base/secret.h"
 #include "config/ethernet_entry.h"
 #include "extraction/password_state.h"
-#include "link/p32_wrap.h"
+#include "link/client.h"
 #include "log/error_log.h"
 #include "model/values/parlane_integers.h"
 #include "platform/com_runtime.h"

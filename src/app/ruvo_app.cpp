@@ -3,7 +3,7 @@
 #include "app/load_and_check.h"
 #include "app/run_library.h"
 #include "dayfile/off_file.h"
-#include "link/p32_wrap.h"
+#include "link/client.h"
 #include "log/error_log.h"
 #include "log/log_reserve.h"
 #include "paths/path_utilities.h"

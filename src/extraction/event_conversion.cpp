@@ -1,7 +1,7 @@
 #include "extraction/event_conversion.h"
 
 #include "extraction/record_column.h"
-#include "link/p32_wrap.h"
+#include "link/client.h"
 #include "model/cells/cell_factory.h"
 #include "model/values/parlane_integers.h"
 #include "model/values/parlane_location.h"

@@ -7,7 +7,7 @@
 #include "extraction/event_file_names.h"
 #include "extraction/password_state.h"
 #include "extraction/record_column.h"
-#include "link/p32_wrap.h"
+#include "link/client.h"
 #include "paths/path_utilities.h"
 #include "platform/files.h"
 #include "platform/full_path.h"

@@ -1,7 +1,7 @@
 // The extraction proper: one relay's pending events into its day file.
 #pragma once
 
-#include "link/link_status.h"
+#include "link/seam/link_status.h"
 
 #include <cstddef>
 #include <cstdint>

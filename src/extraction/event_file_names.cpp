@@ -1,6 +1,6 @@
 #include "extraction/event_file_names.h"
 
-#include "link/p32_wrap.h"
+#include "link/client.h"
 #include "model/values/parlane_text.h"
 #include "paths/path_utilities.h"
 #include "platform/clock.h"

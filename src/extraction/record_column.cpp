@@ -1,6 +1,6 @@
 #include "extraction/record_column.h"
 
-#include "link/p32_wrap.h"
+#include "link/client.h"
 #include "model/cells/binary_cell.h"
 #include "model/cells/cell_factory.h"
 #include "model/cells/integer_cells.h"

@@ -1,8 +1,8 @@
 // The cells that belong to an event's record, read from a column of the relay's menu.
 #pragma once
 
-#include "link/cell_address.h"
-#include "link/link_status.h"
+#include "link/seam/cell_address.h"
+#include "link/seam/link_status.h"
 #include "model/cells/cell.h"
 #include "model/status/errors.h"
 #include "model/status/status.h"

@@ -4,7 +4,7 @@
 #include "config/ethernet_entry.h"
 #include "extraction/event_extraction.h"
 #include "extraction/password_state.h"
-#include "link/p32_wrap.h"
+#include "link/client.h"
 #include "log/connection_details.h"
 #include "log/error_log.h"
 #include "log/log_reserve.h"

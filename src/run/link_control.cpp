@@ -1,6 +1,6 @@
 #include "run/link_control.h"
 
-#include "link/p32_wrap.h"
+#include "link/client.h"
 #include "log/error_log.h"
 
 namespace ruvo {

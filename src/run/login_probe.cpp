@@ -1,7 +1,7 @@
 #include "run/login_probe.h"
 
 #include "extraction/password_state.h"
-#include "link/p32_wrap.h"
+#include "link/client.h"
 #include "log/error_log.h"
 #include "model/values/parlane_integers.h"
 #include "run/run_texts.h"

@@ -1,7 +1,7 @@
 // How the run answers the link when a relay asks for its password.
 #pragma once
 
-#include "link/password_request.h"
+#include "link/login/password_request.h"
 
 #include <cstdint>
 

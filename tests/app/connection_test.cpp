@@ -6,7 +6,7 @@
 #include "app/worker_thread.h"
 #include "config/scramble.h"
 #include "extraction/password_state.h"
-#include "link/p32_wrap.h"
+#include "link/client.h"
 #include "log/error_log.h"
 #include "platform/com_runtime.h"
 

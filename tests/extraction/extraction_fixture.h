@@ -6,7 +6,7 @@
 
 #include "extraction/event_extraction.h"
 #include "extraction/password_state.h"
-#include "link/p32_wrap.h"
+#include "link/client.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 
 #include "support/failing_memory.h"
 
-#include "link/p32_wrap.h"
+#include "link/client.h"
 #include "sim/server_core.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 #include "support/fake_system.h"
 #include "support/scripted_server.h"
 
-#include "link/p32_wrap.h"
+#include "link/client.h"
 #include "model/status/progress.h"
 #include "model/values/parlane_integers.h"
 #include "model/values/parlane_text.h"

@@ -1,7 +1,7 @@
 // Hashed passwords, their salt, and the crypto provider behind them.
 #include "fake_modules.h"
 
-#include "link/hashed_password.h"
+#include "link/login/hashed_password.h"
 #include "platform/modules.h"
 
 #include <gtest/gtest.h>

@@ -5,8 +5,8 @@
 #include "fake_modules.h"
 #include "support/scripted_server.h"
 
-#include "link/crypto_library.h"
-#include "link/p32_wrap.h"
+#include "link/client.h"
+#include "link/login/crypto_library.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 // statuses make of both.
 #include "support/scripted_server.h"
 
-#include "link/p32_wrap.h"
+#include "link/client.h"
 #include "model/values/data_factory.h"
 #include "model/values/parlane_integers.h"
 #include "model/values/parlane_time.h"

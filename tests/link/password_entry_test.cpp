@@ -1,7 +1,7 @@
 // Entering passwords: when, with what requests, and what the application is told.
 #include "support/scripted_server.h"
 
-#include "link/p32_wrap.h"
+#include "link/client.h"
 #include "model/values/parlane_integers.h"
 
 #include <gtest/gtest.h>

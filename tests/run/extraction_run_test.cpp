@@ -4,7 +4,7 @@
 #include "support/scripted_server.h"
 
 #include "extraction/password_state.h"
-#include "link/p32_wrap.h"
+#include "link/client.h"
 #include "log/connection_details.h"
 #include "log/error_log.h"
 #include "run/extraction_run.h"

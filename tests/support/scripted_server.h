@@ -5,8 +5,8 @@
 #include "support/hex.h"
 #include "support/uniform_server.h"
 
-#include "link/cell_address.h"
-#include "link/server_connection.h"
+#include "link/seam/cell_address.h"
+#include "link/seam/server_connection.h"
 
 #include <cstdint>
 #include <deque>

@@ -1,7 +1,7 @@
 // A comms server whose operations all end in one place: what tests and benchmarks put behind the seam.
 #pragma once
 
-#include "link/server_connection.h"
+#include "link/seam/server_connection.h"
 
 #include <initializer_list>
 

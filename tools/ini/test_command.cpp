@@ -1,6 +1,6 @@
 // ruvoctl test: can this relay be reached and logged into?
 #include "app/connection_test.h"
-#include "link/p32_wrap.h"
+#include "link/client.h"
 #include "tools/command.h"
 #include "tools/ini/site_environment.h"
 

@@ -1,7 +1,7 @@
 // The COM connector: the server is a program of its own, which COM starts when it is not running.
-#include "link/server_connection.h"
+#include "link/seam/server_connection.h"
 
-#include "link/link_status.h"
+#include "link/seam/link_status.h"
 #include "link/windows/com_server.h"
 #include "link/windows/com_sink.h"
 #include "platform/trace.h"

@@ -1,7 +1,7 @@
 // The comms server's operations, called through COM.
 #pragma once
 
-#include "link/ip32ls.h"
+#include "link/seam/ip32ls.h"
 #include "link/windows/server_watch.h"
 #include "link/windows/variant_conversion.h"
 

@@ -1,7 +1,7 @@
 // The COM object that the server calls with its events.
 #pragma once
 
-#include "link/ip32ls.h"
+#include "link/seam/ip32ls.h"
 #include "link/windows/dual_interface.h"
 
 #include <condition_variable>

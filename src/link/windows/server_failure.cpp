@@ -1,4 +1,4 @@
-#include "link/server_failure.h"
+#include "link/seam/server_failure.h"
 
 #include "link/windows/com_owners.h"
 #include "platform/files.h"

@@ -1,7 +1,7 @@
 // The seam's values as the system's variants, and back.
 #pragma once
 
-#include "link/variant.h"
+#include "link/seam/variant.h"
 #include "link/windows/com_owners.h"
 
 namespace ruvo {

@@ -1,7 +1,7 @@
 // What the tests of the COM side share: the server's program, its substation file, a sink that counts.
 #pragma once
 
-#include "link/p32_wrap.h"
+#include "link/client.h"
 #include "link/windows/com_headers.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // How long the fetching of an event takes through COM, directly, and in the conversions between the two.
-#include "link/server_connection.h"
+#include "link/seam/server_connection.h"
 #include "link/windows/variant_conversion.h"
 #include "platform/com_runtime.h"
 #include "platform/modules.h"

@@ -1,7 +1,7 @@
-#include "link/p32_wrap.h"
+#include "link/client.h"
 
-#include "link/request_pattern.h"
-#include "link/sink.h"
+#include "link/channel/request_pattern.h"
+#include "link/channel/sink.h"
 #include "model/status/progress.h"
 
 #include <chrono>

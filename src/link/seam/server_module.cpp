@@ -1,6 +1,6 @@
-#include "link/server_module.h"
+#include "link/seam/server_module.h"
 
-#include "link/server_failure.h"
+#include "link/seam/server_failure.h"
 #include "platform/full_path.h"
 #include "platform/modules.h"
 #include "platform/registry.h"

@@ -2,7 +2,7 @@
 // answer. Included by the files that implement CP32Wrap, by nobody else.
 #pragma once
 
-#include "link/request_pattern.h"
+#include "link/channel/request_pattern.h"
 
 #include <optional>
 #include <span>

@@ -1,7 +1,7 @@
-#include "link/sink.h"
+#include "link/channel/sink.h"
 
-#include "link/link_status.h"
-#include "link/p32_wrap.h"
+#include "link/client.h"
+#include "link/seam/link_status.h"
 
 namespace ruvo {
 

@@ -1,5 +1,5 @@
 // What a password entry reads of the relay: single cells, and what they say of its access control.
-#include "link/request_pattern.h"
+#include "link/channel/request_pattern.h"
 
 #include "model/values/parlane_integers.h"
 #include "model/values/parlane_text.h"

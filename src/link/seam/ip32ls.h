@@ -2,7 +2,7 @@
 // called directly, and the out-of-process COM server.
 #pragma once
 
-#include "link/variant.h"
+#include "link/seam/variant.h"
 
 #include <cstdint>
 

@@ -1,5 +1,5 @@
 // Entering a password on the caller's behalf: what is common to all generations of access control.
-#include "link/request_pattern.h"
+#include "link/channel/request_pattern.h"
 
 #include "model/status/status.h"
 #include "model/values/parlane_integers.h"

@@ -1,7 +1,7 @@
 // The reading requests of the client.
-#include "link/request_pattern.h"
+#include "link/channel/request_pattern.h"
 
-#include "link/reply_values.h"
+#include "link/requests/reply_values.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "link/crypto_library.h"
+#include "link/login/crypto_library.h"
 
 #include "platform/debug_output.h"
 #include "platform/files.h"

@@ -1,7 +1,7 @@
 // The client's event sink: what the server calls to report progress and completion.
 #pragma once
 
-#include "link/ip32ls.h"
+#include "link/seam/ip32ls.h"
 
 namespace ruvo {
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "base/secret.h"
-#include "link/crypto_library.h"
+#include "link/login/crypto_library.h"
 #include "model/values/parlane_data.h"
 
 #include <array>

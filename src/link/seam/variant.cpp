@@ -1,4 +1,4 @@
-#include "link/variant.h"
+#include "link/seam/variant.h"
 
 #include "base/secret.h"
 

@@ -1,4 +1,4 @@
-#include "link/hashed_password.h"
+#include "link/login/hashed_password.h"
 
 #include "model/values/parlane_integers.h"
 

@@ -1,7 +1,7 @@
 // One connection to the comms server. Which connector provides it is chosen when the program is linked.
 #pragma once
 
-#include "link/ip32ls.h"
+#include "link/seam/ip32ls.h"
 
 #include <cstdint>
 #include <memory>

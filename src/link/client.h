@@ -1,12 +1,12 @@
 // The client of the comms server. One object per process; every relay request goes through it.
 #pragma once
 
-#include "link/cell_address.h"
-#include "link/command_events.h"
-#include "link/command_mutex.h"
-#include "link/link_status.h"
-#include "link/password_request.h"
-#include "link/server_connection.h"
+#include "link/channel/command_events.h"
+#include "link/channel/command_mutex.h"
+#include "link/login/password_request.h"
+#include "link/seam/cell_address.h"
+#include "link/seam/link_status.h"
+#include "link/seam/server_connection.h"
 #include "model/values/parlane_data.h"
 
 #include <atomic>
@@ -168,7 +168,7 @@ private:
     /// The one object kept alive for the time of a call, or null.
     static std::shared_ptr<CP32Wrap> HoldInstance();
 
-    // The command discipline (request_pattern.h and p32_wrap.cpp).
+    // The command discipline (request_pattern.h and client.cpp).
     bool Begin();
     void ResetCompletion();
     bool IsEntryAborted();

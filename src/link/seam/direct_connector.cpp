@@ -1,6 +1,6 @@
 // The direct connector: the server is a loadable module that is called in this process.
-#include "link/server_connection.h"
-#include "link/server_module.h"
+#include "link/seam/server_connection.h"
+#include "link/seam/server_module.h"
 
 #include "platform/modules.h"
 #include "platform/trace.h"

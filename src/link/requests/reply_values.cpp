@@ -1,4 +1,4 @@
-#include "link/reply_values.h"
+#include "link/requests/reply_values.h"
 
 #include "model/values/data_factory.h"
 

@@ -1,7 +1,7 @@
 // The entry point of a comms server that is a loadable module and called directly.
 #pragma once
 
-#include "link/server_connection.h"
+#include "link/seam/server_connection.h"
 
 #include <cstdint>
 #include <string>

@@ -1,8 +1,8 @@
 // The two generations that know users: a name, and a password that travels as a salted digest.
-#include "link/login.h"
+#include "link/login/login.h"
 
 #include "base/secret.h"
-#include "link/hashed_password.h"
+#include "link/login/hashed_password.h"
 #include "model/values/parlane_text.h"
 
 #include <algorithm>

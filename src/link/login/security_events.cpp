@@ -1,6 +1,6 @@
 // The security event trace: one line for every write to a relay, and the application's callback.
-#include "link/request_pattern.h"
-#include "link/security_time.h"
+#include "link/channel/request_pattern.h"
+#include "link/login/security_time.h"
 
 #include "base/byte_cursor.h"
 #include "model/values/data_factory.h"

@@ -1,8 +1,8 @@
 // The writing requests of the client.
-#include "link/request_pattern.h"
+#include "link/channel/request_pattern.h"
 
-#include "link/reply_values.h"
-#include "link/security_time.h"
+#include "link/login/security_time.h"
+#include "link/requests/reply_values.h"
 
 namespace ruvo {
 

@@ -1,5 +1,5 @@
 // The two generations that know a password and no user: plain, and enciphered.
-#include "link/login.h"
+#include "link/login/login.h"
 
 #include "base/secret.h"
 #include "model/values/parlane_text.h"

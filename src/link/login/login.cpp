@@ -1,4 +1,4 @@
-#include "link/login.h"
+#include "link/login/login.h"
 
 #include "platform/trace.h"
 

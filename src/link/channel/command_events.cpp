@@ -1,4 +1,4 @@
-#include "link/command_events.h"
+#include "link/channel/command_events.h"
 
 #include <utility>
 

@@ -1,7 +1,7 @@
 // From the variants of a reply to data values and back.
 #pragma once
 
-#include "link/variant.h"
+#include "link/seam/variant.h"
 #include "model/values/parlane_data.h"
 
 #include <cstdint>

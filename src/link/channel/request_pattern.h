@@ -1,7 +1,7 @@
 // The pattern that every request follows; included by the files that implement CP32Wrap, by nobody else.
 #pragma once
 
-#include "link/p32_wrap.h"
+#include "link/client.h"
 
 namespace ruvo {
 
