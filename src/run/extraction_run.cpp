@@ -6,13 +6,13 @@
 #include "extraction/password_state.h"
 #include "link/client.h"
 #include "log/connection_details.h"
+#include "log/connection_text.h"
 #include "log/error_log.h"
 #include "log/log_reserve.h"
 #include "model/status/status.h"
 #include "run/link_control.h"
 #include "run/login_probe.h"
 #include "run/password_callbacks.h"
-#include "run/run_texts.h"
 
 #include <exception>
 #include <optional>

@@ -2,9 +2,9 @@
 
 #include "extraction/password_state.h"
 #include "link/client.h"
+#include "log/connection_text.h"
 #include "log/error_log.h"
 #include "model/values/parlane_integers.h"
-#include "run/run_texts.h"
 
 namespace ruvo {
 

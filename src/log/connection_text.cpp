@@ -1,4 +1,4 @@
-#include "run/run_texts.h"
+#include "log/connection_text.h"
 
 #include "log/connection_details.h"
 
