@@ -1,7 +1,7 @@
 // The loader of substation files. Input: the file's text.
 #include "fuzz/support/require.h"
 
-#include "sim/substation.h"
+#include "sim/file/substation.h"
 
 #include <algorithm>
 #include <cstdint>

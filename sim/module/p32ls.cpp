@@ -1,6 +1,6 @@
 // The simulated comms server as a loadable module.
 #include "link/seam/server_module.h"
-#include "sim/simulated_connection.h"
+#include "sim/server/simulated_connection.h"
 
 #include <cstdio>
 #include <exception>

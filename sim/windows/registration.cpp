@@ -3,8 +3,8 @@
 #include "link/windows/com_owners.h"
 #include "platform/full_path.h"
 #include "platform/modules.h"
-#include "sim/simulated_connection.h"
-#include "sim/substation.h"
+#include "sim/file/substation.h"
+#include "sim/server/simulated_connection.h"
 
 #include <cstdio>
 

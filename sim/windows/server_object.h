@@ -3,7 +3,7 @@
 
 #include "link/windows/dual_interface.h"
 #include "link/windows/variant_conversion.h"
-#include "sim/simulated_connection.h"
+#include "sim/server/simulated_connection.h"
 #include "sim/windows/server_lifetime.h"
 #include "sim/windows/sink_fan.h"
 

@@ -10,7 +10,7 @@
 #include "log/error_log.h"
 #include "run/extraction_run.h"
 #include "run/link_control.h"
-#include "sim/simulated_server.h"
+#include "sim/server/simulated_server.h"
 
 #include <gtest/gtest.h>
 

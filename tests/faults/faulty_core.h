@@ -4,7 +4,7 @@
 #include "support/failing_memory.h"
 
 #include "link/client.h"
-#include "sim/server_core.h"
+#include "sim/server/server_core.h"
 
 #include <algorithm>
 #include <string_view>

@@ -1,5 +1,5 @@
 #include "platform/profile.h"
-#include "sim/simulated_connection.h"
+#include "sim/server/simulated_connection.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>

@@ -3,7 +3,7 @@
 #include "link/windows/variant_conversion.h"
 #include "platform/com_runtime.h"
 #include "platform/modules.h"
-#include "sim/simulated_connection.h"
+#include "sim/server/simulated_connection.h"
 
 #include <chrono>
 #include <cstdio>

@@ -1,0 +1,295 @@
+#include "sim/relay/simulated_relay.h"
+
+#include "sim/file/toml_values.h"
+#include "sim/relay/event_generator.h"
+#include "sim/relay/relay_addresses.h"
+
+#include <algorithm>
+
+namespace ruvo::sim {
+namespace {
+
+constexpr std::uint8_t kEventsWaiting = 0x20;
+
+SAnswer Refused(Status status) {
+    return {status, {}, kGood};
+}
+SAnswer Given(Variant::List outputs) {
+    return {kGood, std::move(outputs), kGood};
+}
+
+bool IsInteger(std::uint8_t type) {
+    return type == kUintType || type == kIndexType;
+}
+
+// Minimum and maximum as far as they are unsigned numbers; other kinds of limits are for the client to check.
+bool IsWithinLimits(const SCell& cell, const Variant::Bytes& data) {
+    const auto limit = [&](std::size_t index) -> std::optional<std::uint32_t> {
+        const Variant::Bytes* bytes = index < cell.limits.size() ? cell.limits[index].AsBytes() : nullptr;
+        if (bytes == nullptr || bytes->size() < 2) {
+            return std::nullopt;
+        }
+        return NumberOf(Variant::Bytes(bytes->begin() + 2, bytes->end()));
+    };
+    if (!IsInteger(cell.type) || cell.limits.size() < 2) {
+        return true;
+    }
+    const std::uint32_t value = NumberOf(data);
+    return value >= limit(0).value_or(0) && value <= limit(1).value_or(UINT32_MAX);
+}
+
+} // namespace
+
+CSimulatedRelay::CSimulatedRelay(const SRelay& model)
+    : m_model(model), m_serial(model.serial), m_modem(model.modem), m_ethernet(model.ethernet),
+      m_cells(model.cells), m_access(model.access) {}
+
+void CSimulatedRelay::SkipEvents(std::size_t count) {
+    m_nextEvent = m_model.endless ? count : std::min(count, m_model.events.size());
+}
+
+bool CSimulatedRelay::HasEvents() const {
+    return m_nextEvent < m_model.events.size() || (m_model.endless && !m_model.events.empty());
+}
+
+const SRecord* CSimulatedRelay::SelectedRecord(std::uint8_t column) const {
+    const auto selector = m_cells.find(MakeCell(column, kSelectionRow));
+    if (selector == m_cells.end()) {
+        return nullptr;
+    }
+    const std::uint32_t number = NumberOf(selector->second.data);
+    const auto record =
+        std::find_if(m_model.records.begin(), m_model.records.end(), [&](const SRecord& candidate) {
+            return candidate.column == column && candidate.number == number;
+        });
+    return record == m_model.records.end() ? nullptr : &*record;
+}
+
+std::optional<SCell> CSimulatedRelay::Look(CellAddress cell) const {
+    // The selected record lies over the column, as a page over a desk.
+    if (const SRecord* record = SelectedRecord(ColumnOf(cell))) {
+        if (const auto found = record->cells.find(cell); found != record->cells.end()) {
+            return found->second;
+        }
+    }
+    if (const auto found = m_cells.find(cell); found != m_cells.end()) {
+        return found->second;
+    }
+    return m_access.FindCell(cell);
+}
+
+CSimulatedRelay::SFound CSimulatedRelay::Find(CellAddress cell, EAccess access) const {
+    std::optional<SCell> found = Look(cell);
+    if (!found) {
+        return {kNoSuchCell, {}};
+    }
+    if (found->replyCode != 0) {
+        return {Reply(found->replyCode), {}};
+    }
+    if (const Status status = m_access.Check(access, cell); status != kGood) {
+        return {status, {}};
+    }
+    return {kGood, std::move(*found)};
+}
+
+SAnswer CSimulatedRelay::Value(CellAddress cell) const {
+    SFound found = Find(cell, EAccess::Read);
+    if (found.status != kGood) {
+        return Refused(found.status);
+    }
+    return Given({Variant::FromUI1(found.cell.type), Variant::FromUI1(found.cell.size),
+                  Variant::FromBytes(std::move(found.cell.data))});
+}
+
+SAnswer CSimulatedRelay::Text(CellAddress cell) const {
+    const SFound found = Find(cell, EAccess::Read);
+    if (found.status != kGood) {
+        return Refused(found.status);
+    }
+    if (found.cell.label) {
+        return Given({*found.cell.label});
+    }
+    return found.cell.type == kTextType ? Given({FirstValueOf(found.cell)}) : Refused(kNoData);
+}
+
+SAnswer CSimulatedRelay::Limits(CellAddress cell) const {
+    SFound found = Find(cell, EAccess::Read);
+    if (found.status != kGood) {
+        return Refused(found.status);
+    }
+    return Given({Variant::FromList(std::move(found.cell.limits))});
+}
+
+SAnswer CSimulatedRelay::Strings(CellAddress cell) const {
+    SFound found = Find(cell, EAccess::Read);
+    if (found.status != kGood) {
+        return Refused(found.status);
+    }
+    return Given({Variant::FromList(std::move(found.cell.strings))});
+}
+
+SAnswer CSimulatedRelay::Values(const Variant::Words& wanted) const {
+    Variant::List values;
+    for (const std::int16_t word : wanted) {
+        const SFound found = Find(static_cast<CellAddress>(word), EAccess::Read);
+        if (found.status != kGood) {
+            return Refused(found.status);
+        }
+        values.push_back(FirstValueOf(found.cell));
+    }
+    return Given({Variant::FromList(std::move(values))});
+}
+
+void CSimulatedRelay::AddToListing(CellAddress address, const SCell& cell, bool unsignedLocations,
+                                   SListing& listing) const {
+    if (!cell.listed) {
+        return;
+    }
+    listing.locations.push_back(unsignedLocations ? TaggedUnsigned(address, 2) : MenuValue(address));
+    listing.texts.push_back(cell.label.value_or(TaggedValue(kTextType, {})));
+    listing.values.push_back(FirstValueOf(cell));
+    listing.limits.emplace_back();
+    if (!cell.limits.empty()) {
+        listing.limits.back() = cell.limits.front();
+    }
+}
+
+SListing CSimulatedRelay::MakeListing(std::uint8_t column) const {
+    const auto model = m_model.columns.find(column);
+    const SRecord* record = SelectedRecord(column);
+    if (record != nullptr && record->listing) {
+        return *record->listing;
+    }
+    if (record == nullptr && model != m_model.columns.end() && model->second.listing) {
+        return *model->second.listing;
+    }
+    const bool unsignedLocations = model != m_model.columns.end() && model->second.unsignedLocations;
+    SListing listing;
+    const CellMap& cells = record != nullptr ? record->cells : m_cells;
+    for (const auto& [address, cell] : cells) {
+        if (ColumnOf(address) == column) {
+            AddToListing(address, cell, unsignedLocations, listing);
+        }
+    }
+    return listing;
+}
+
+SAnswer CSimulatedRelay::Column(std::uint8_t column, EListing wanted) const {
+    if (const Status status = m_access.Check(EAccess::Read, MakeCell(column, 0)); status != kGood) {
+        return Refused(status);
+    }
+    SListing listing = MakeListing(column);
+    if (listing.locations.empty() && m_model.columns.count(column) == 0) {
+        return Refused(kNoSuchCell);
+    }
+    SAnswer answer = Given({Variant::FromList(listing.locations)});
+    if (wanted == EListing::TextAndValues || wanted == EListing::Text) {
+        answer.outputs.push_back(Variant::FromList(std::move(listing.texts)));
+    }
+    if (wanted == EListing::TextAndValues || wanted == EListing::Values) {
+        answer.outputs.push_back(Variant::FromList(std::move(listing.values)));
+    }
+    if (wanted == EListing::Limits) {
+        answer.outputs.push_back(Variant::FromList(std::move(listing.limits)));
+    }
+    return answer;
+}
+
+SAnswer CSimulatedRelay::Headings() const {
+    SListing listing;
+    for (const auto& [address, cell] : m_cells) {
+        if (CellRowOf(address) == 0) {
+            AddToListing(address, cell, false, listing);
+        }
+    }
+    return Given(
+        {Variant::FromList(std::move(listing.locations)), Variant::FromList(std::move(listing.texts))});
+}
+
+SAnswer CSimulatedRelay::Change(CellAddress cell, const Variant::Bytes& tagged) {
+    if (tagged.size() < 2 || tagged[1] != tagged.size() - 2) {
+        return Refused(kWrongParameters);
+    }
+    const Variant::Bytes data(tagged.begin() + 2, tagged.end());
+    if (m_access.IsLoginCell(cell)) {
+        SAnswer answer = Refused(m_access.WriteLoginCell(cell, tagged[0], data));
+        answer.remark = answer.status == kNoProvider ? "no crypto provider" : "";
+        return answer;
+    }
+    const SFound found = Find(cell, EAccess::Write);
+    if (found.status != kGood) {
+        return Refused(found.status);
+    }
+    // A record number is taken as any number: who selects a record passes on what the event gave.
+    // Sizes may differ then; the number is what counts.
+    const bool selects = CellRowOf(cell) == kSelectionRow && found.cell.type == kUintType;
+    if (found.cell.writable && found.cell.type != tagged[0] && !selects) {
+        return Refused(kRejected);
+    }
+    return Refused(Store(cell, found.cell, selects ? LittleEndian(NumberOf(data), found.cell.size) : data));
+}
+
+// Bytes without a type code are no login: the type is part of what a login cell checks.
+SAnswer CSimulatedRelay::ChangeBytes(CellAddress cell, const Variant::Bytes& data) {
+    if (m_access.IsLoginCell(cell)) {
+        return Refused(kNotSettable);
+    }
+    const SFound found = Find(cell, EAccess::Write);
+    return Refused(found.status != kGood ? found.status : Store(cell, found.cell, data));
+}
+
+SAnswer CSimulatedRelay::Reset(CellAddress cell) {
+    if (cell == cells::kPassword) {
+        m_access.Logout();
+        return {};
+    }
+    const SFound found = Find(cell, EAccess::Write);
+    if (found.status != kGood) {
+        return Refused(found.status);
+    }
+    return Refused(Store(cell, found.cell, Variant::Bytes(found.cell.data.size(), 0)));
+}
+
+bool CSimulatedRelay::IsUnknownRecord(CellAddress cell, const Variant::Bytes& data) const {
+    const auto inColumn = [&](const SRecord& record) { return record.column == ColumnOf(cell); };
+    const auto wanted = [&](const SRecord& record) {
+        return inColumn(record) && record.number == NumberOf(data);
+    };
+    return CellRowOf(cell) == kSelectionRow &&
+           std::any_of(m_model.records.begin(), m_model.records.end(), inColumn) &&
+           std::none_of(m_model.records.begin(), m_model.records.end(), wanted);
+}
+
+Status CSimulatedRelay::Store(CellAddress cell, const SCell& before, const Variant::Bytes& data) {
+    const auto own = m_cells.find(cell);
+    if (!before.writable || own == m_cells.end()) {
+        return kNotSettable;
+    }
+    if (data.size() != before.data.size() || !IsWithinLimits(before, data) || IsUnknownRecord(cell, data)) {
+        return kRejected;
+    }
+    own->second.data = data;
+    return kGood;
+}
+
+SAnswer CSimulatedRelay::NextEvent() {
+    if (const Status status = m_access.Check(EAccess::Event, 0); status != kGood) {
+        return Refused(status);
+    }
+    if (!HasEvents()) {
+        return Refused(kNoData);
+    }
+    const SEvent& event = m_model.events[m_nextEvent % m_model.events.size()];
+    // Gone from here on, whatever becomes of the answer.
+    ++m_nextEvent;
+    const bool more = event.more.value_or(HasEvents());
+    return Given(
+        {Variant::FromUI1(event.kind), Variant::FromList(event.values), Variant::FromUI1(more ? 1 : 0)});
+}
+
+SAnswer CSimulatedRelay::StatusByte() const {
+    return Given({Variant::FromUI1(
+        static_cast<std::uint8_t>(m_model.statusByte | (HasEvents() ? kEventsWaiting : 0)))});
+}
+
+} // namespace ruvo::sim

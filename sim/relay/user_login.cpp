@@ -1,0 +1,79 @@
+#include "sim/relay/user_login.h"
+
+#include "model/values/character_set.h"
+#include "sim/file/toml_values.h"
+#include "sim/relay/password_cipher.h"
+#include "sim/relay/relay_addresses.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ruvo::sim {
+namespace {
+
+constexpr unsigned kSecondEdition = 3;
+constexpr std::size_t kSaltLength = 16;
+
+std::span<const std::uint8_t> BytesOf(const char* text, std::size_t count) {
+    return {reinterpret_cast<const std::uint8_t*>(text), count};
+}
+
+} // namespace
+
+Status CUserLogin::TakeName(std::uint8_t type, const Variant::Bytes& data) {
+    m_salt.reset();
+    m_name.reset();
+    if (type != kTextType || data.size() > kUserNameLength) {
+        return kRejected;
+    }
+    m_name = WithoutTrailingBlanks(DecodeDeviceBytes(data));
+    return kGood;
+}
+
+Status CUserLogin::TakeSalt(std::uint8_t type, const Variant::Bytes& data) {
+    m_salt.reset();
+    std::string salt = DecodeDeviceBytes(data);
+    if (type != kTextType || salt.size() != kSaltLength || (m_model.freshSalt && salt == m_lastSalt)) {
+        return kRejected;
+    }
+    m_lastSalt = salt;
+    m_salt = std::move(salt);
+    return kGood;
+}
+
+const SUser* CUserLogin::FindUser() const {
+    const auto found = std::find_if(m_model.users.begin(), m_model.users.end(),
+                                    [this](const SUser& user) { return user.name == m_name; });
+    return found == m_model.users.end() ? nullptr : &*found;
+}
+
+// The salt keys the first digest together with its NUL.
+std::optional<Digest> CUserLogin::ExpectedDigest(const SUser& user, const std::string& salt) {
+    const std::string& password = *user.password;
+    const auto unsalted = m_provider.KeyedDigest(BytesOf(password.data(), password.size()), user.name);
+    return unsalted ? m_provider.KeyedDigest(BytesOf(unsalted->data(), unsalted->size()), salt)
+                    : std::nullopt;
+}
+
+SVerdict CUserLogin::Judge(std::uint8_t type, const Variant::Bytes& data) {
+    const SUser* user = FindUser();
+    const bool named = std::exchange(m_name, std::nullopt).has_value();
+    const std::optional<std::string> salt = std::exchange(m_salt, std::nullopt);
+    if (!named || !salt || type != kPasswordType || data.size() != Digest().size() - 1) {
+        return {kRejected};
+    }
+    if (user == nullptr) {
+        return {m_model.generation >= kSecondEdition ? kUnknownUser : kRejected};
+    }
+    if (!user->password) {
+        return {kRejected};
+    }
+    const std::optional<Digest> expected = ExpectedDigest(*user, *salt);
+    if (!expected) {
+        return {kNoProvider};
+    }
+    const bool right = std::equal(data.begin(), data.end(), expected->begin());
+    return {right ? kGood : kRejected, user->levelTooLow};
+}
+
+} // namespace ruvo::sim

@@ -1,0 +1,43 @@
+// The login of relays that know users: a name, a salt and a digest, each written to a cell of its own.
+#pragma once
+
+#include "sim/file/substation.h"
+#include "sim/relay/crypto_provider.h"
+#include "sim/server/statuses.h"
+
+#include <optional>
+#include <string>
+
+namespace ruvo::sim {
+
+/// What came of a password, and whether it opens anything when it was right.
+struct SVerdict {
+    Status status = kRejected;
+    bool levelTooLow = false;
+};
+
+/// Collects the three parts of a login. A name and a salt serve for one digest, and a salt for the name
+/// before it, so a client that sends them out of order or not anew is refused.
+class CUserLogin {
+public:
+    /// Borrows the model, which must outlive this.
+    explicit CUserLogin(const SAccess& model) : m_model(model), m_provider(model.providerFiles) {}
+
+    /// Any name is taken: a relay that told at once whom it knows would help to guess.
+    Status TakeName(std::uint8_t type, const Variant::Bytes& data);
+    Status TakeSalt(std::uint8_t type, const Variant::Bytes& data);
+    /// Good, kRejected, kUnknownUser or kNoProvider.
+    SVerdict Judge(std::uint8_t type, const Variant::Bytes& data);
+
+private:
+    const SUser* FindUser() const;
+    std::optional<Digest> ExpectedDigest(const SUser& user, const std::string& salt);
+
+    const SAccess& m_model;
+    CCryptoProvider m_provider;
+    std::optional<std::string> m_name;
+    std::optional<std::string> m_salt;
+    std::string m_lastSalt;
+};
+
+} // namespace ruvo::sim

@@ -1,0 +1,77 @@
+#include "sim/server/command_runner.h"
+
+#include <utility>
+
+namespace ruvo::sim {
+
+CCommandRunner::CCommandRunner(std::function<void()> started, std::function<void(Status)> finished)
+    : m_started(std::move(started)), m_finished(std::move(finished)), m_thread([this] { Run(); }) {}
+
+CCommandRunner::~CCommandRunner() {
+    {
+        const std::lock_guard lock(m_lock);
+        m_stopping = true;
+    }
+    m_wake.notify_all();
+    // A command that waits is woken and dropped; a notification in progress is let finish.
+    m_thread.join();
+}
+
+void CCommandRunner::Start(const SRunPlan& plan) {
+    {
+        const std::lock_guard lock(m_lock);
+        m_plan = plan;
+        m_aborting = false;
+    }
+    m_wake.notify_all();
+}
+
+Status CCommandRunner::Abort() {
+    {
+        const std::lock_guard lock(m_lock);
+        if (!m_plan) {
+            return kNothingToAbort;
+        }
+        if (m_aborting) {
+            return kAbortInProgress;
+        }
+        m_aborting = true;
+    }
+    m_wake.notify_all();
+    return kGood;
+}
+
+bool CCommandRunner::AwaitEnd(std::unique_lock<std::mutex>& lock, const SRunPlan& plan) {
+    const auto ended = [this] { return m_aborting || m_stopping; };
+    if (plan.hangs) {
+        m_wake.wait(lock, ended);
+    } else {
+        m_wake.wait_for(lock, plan.delay, ended);
+    }
+    return !m_stopping;
+}
+
+void CCommandRunner::Run() {
+    std::unique_lock lock(m_lock);
+    while (true) {
+        m_wake.wait(lock, [this] { return m_stopping || m_plan.has_value(); });
+        if (m_stopping) {
+            return;
+        }
+        const SRunPlan plan = *m_plan;
+        lock.unlock();
+        m_started();
+        lock.lock();
+        if (!AwaitEnd(lock, plan)) {
+            return;
+        }
+        const Status status = m_aborting ? kAborted : plan.status;
+        // Before the notification, so that a sink may start the next command.
+        m_plan.reset();
+        lock.unlock();
+        m_finished(status);
+        lock.lock();
+    }
+}
+
+} // namespace ruvo::sim

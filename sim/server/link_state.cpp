@@ -1,0 +1,196 @@
+#include "sim/server/link_state.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <optional>
+
+namespace ruvo::sim {
+namespace {
+
+constexpr std::string_view kTunnelPrefix = "TNLC=";
+constexpr std::string_view kTransport = "RPCDll.Dll";
+
+struct STunnel {
+    std::string_view transport;
+    std::string_view ip;
+    int bus = 0;
+};
+
+// Takes one quoted field and the comma before it.
+bool TakeField(std::string_view& rest, bool first, std::string_view& field) {
+    const std::string_view opening = first ? "\"" : ",\"";
+    if (rest.substr(0, opening.size()) != opening) {
+        return false;
+    }
+    rest.remove_prefix(opening.size());
+    const std::size_t end = rest.find('"');
+    if (end == std::string_view::npos) {
+        return false;
+    }
+    field = rest.substr(0, end);
+    rest.remove_prefix(end + 1);
+    return true;
+}
+
+std::optional<int> NumberIn(std::string_view text) {
+    int number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
+}
+
+// Five quoted fields: transport, IP address, bus, device, 0.
+std::optional<STunnel> ParseTunnel(std::string_view text) {
+    std::array<std::string_view, 5> fields;
+    text.remove_prefix(kTunnelPrefix.size());
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        if (!TakeField(text, i == 0, fields[i])) {
+            return std::nullopt;
+        }
+    }
+    const std::optional<int> bus = NumberIn(fields[2]);
+    // The device number only has to be one: requests carry the address that counts.
+    if (!text.empty() || !bus || !NumberIn(fields[3]) || !NumberIn(fields[4])) {
+        return std::nullopt;
+    }
+    return STunnel{fields[0], fields[1], *bus};
+}
+
+// A listed destination answers with its status; one that is not listed is there when a relay is.
+template <typename IsThere>
+Status StatusOf(const std::vector<SDestination>& listed, const std::vector<SRelay>& relays,
+                std::string_view name, Status otherwise, IsThere isThere) {
+    const auto found = std::find_if(listed.begin(), listed.end(),
+                                    [name](const SDestination& candidate) { return candidate.name == name; });
+    if (found != listed.end()) {
+        return found->status;
+    }
+    return std::any_of(relays.begin(), relays.end(), isThere) ? kGood : otherwise;
+}
+
+} // namespace
+
+CLinkState::CLinkState(const SSubstation& substation) : m_substation(substation) {
+    for (const SRelay& relay : substation.relays) {
+        m_relays.push_back(std::make_unique<CSimulatedRelay>(relay));
+    }
+}
+
+Status CLinkState::Open(const std::string& port, const std::string& parameters) {
+    if (IsOpen()) {
+        return kCannotOpenPort;
+    }
+    return port.rfind(kTunnelPrefix, 0) == 0 ? OpenTunnel(port) : OpenSerial(port, parameters);
+}
+
+Status CLinkState::OpenSerial(const std::string& port, const std::string& parameters) {
+    const auto& ports = m_substation.link.serial;
+    const auto found = std::find_if(ports.begin(), ports.end(),
+                                    [&](const SSerialPort& candidate) { return candidate.port == port; });
+    if (found == ports.end()) {
+        return kCannotOpenPort;
+    }
+    if (found->status != kGood) {
+        return found->status;
+    }
+    if (found->parameters && *found->parameters != parameters) {
+        return kBadPortParameters;
+    }
+    m_open = EOpen::Serial;
+    m_place = port;
+    return kGood;
+}
+
+Status CLinkState::OpenTunnel(const std::string& connection) {
+    const std::optional<STunnel> tunnel = ParseTunnel(connection);
+    if (!tunnel) {
+        return kWrongParameters;
+    }
+    const Status status =
+        StatusOf(m_substation.link.ethernet, m_substation.relays, tunnel->ip, kCannotOpenPort,
+                 [&](const SRelay& relay) { return relay.ethernet && relay.ethernet->ip == tunnel->ip; });
+    if (status != kGood || tunnel->transport != kTransport) {
+        return status != kGood ? status : kCannotOpenPort;
+    }
+    m_open = EOpen::Ethernet;
+    m_place = tunnel->ip;
+    m_bus = tunnel->bus;
+    return kGood;
+}
+
+Status CLinkState::Close() {
+    if (m_open != EOpen::Serial && m_open != EOpen::Ethernet) {
+        return kNothingToClose;
+    }
+    m_open = EOpen::Nothing;
+    return kGood;
+}
+
+Status CLinkState::CheckModem(const std::string& modem) const {
+    const auto& modems = m_substation.link.modems;
+    if (std::find(modems.begin(), modems.end(), modem) == modems.end()) {
+        return kNoSuchLine;
+    }
+    return IsOpen() ? kLineInUse : kGood;
+}
+
+// The line is taken at once and given back when the call fails or is aborted.
+Status CLinkState::Dial(const std::string& number) {
+    const Status status =
+        StatusOf(m_substation.link.numbers, m_substation.relays, number, kCallTimedOut,
+                 [&](const SRelay& relay) { return relay.modem && relay.modem->number == number; });
+    if (status == kGood) {
+        m_open = EOpen::Modem;
+        m_place = number;
+    }
+    return status;
+}
+
+Status CLinkState::HangUp() {
+    if (m_open != EOpen::Modem) {
+        return kNoCall;
+    }
+    m_open = EOpen::Nothing;
+    return kGood;
+}
+
+void CLinkState::DropCall() {
+    if (m_open == EOpen::Modem) {
+        m_open = EOpen::Nothing;
+    }
+}
+
+// A relay may be reached in several ways; only the way that is open counts.
+bool CLinkState::Reaches(CSimulatedRelay& relay, std::uint8_t address) const {
+    switch (m_open) {
+    case EOpen::Serial: {
+        const auto& place = relay.SerialPlace();
+        return place && place->address == address && (place->port.empty() || place->port == m_place);
+    }
+    case EOpen::Modem:
+        return relay.ModemPlace() == SModemPlace{m_place, address};
+    case EOpen::Ethernet:
+        return relay.EthernetPlace() == SEthernetPlace{m_place, m_bus, address};
+    case EOpen::Nothing:
+        break;
+    }
+    return false;
+}
+
+CSimulatedRelay* CLinkState::Find(std::uint8_t address) {
+    const auto found = std::find_if(m_relays.begin(), m_relays.end(),
+                                    [&](const auto& relay) { return Reaches(*relay, address); });
+    return found == m_relays.end() ? nullptr : found->get();
+}
+
+void CLinkState::Move(CSimulatedRelay& relay, std::uint8_t address) const {
+    if (m_open == EOpen::Serial) {
+        relay.SerialPlace()->address = address;
+    } else if (m_open == EOpen::Modem) {
+        relay.ModemPlace()->address = address;
+    } else if (m_open == EOpen::Ethernet) {
+        relay.EthernetPlace()->address = address;
+    }
+}
+
+} // namespace ruvo::sim

@@ -1,0 +1,54 @@
+// The link of the simulated server: what is open, and which relay answers at an address.
+#pragma once
+
+#include "sim/relay/simulated_relay.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace ruvo::sim {
+
+/// Owns the relays. Not safe for use by several threads.
+class CLinkState {
+public:
+    /// Borrows the substation.
+    explicit CLinkState(const SSubstation& substation);
+
+    /// Opens a serial port, or the tunnel that a connection string names.
+    Status Open(const std::string& port, const std::string& parameters);
+    Status Close();
+    /// What a call would come to at once: a status that means no call is made, or good.
+    Status CheckModem(const std::string& modem) const;
+    /// Makes the call; the status with which it ends.
+    Status Dial(const std::string& number);
+    Status HangUp();
+    /// Ends a call that was not completed.
+    void DropCall();
+
+    bool IsOpen() const { return m_open != EOpen::Nothing; }
+    /// The relay that answers at the address over what is open; null when there is none.
+    CSimulatedRelay* Find(std::uint8_t address);
+    template <typename Use>
+    void ForEachRelay(Use use) {
+        for (const auto& relay : m_relays) {
+            use(*relay);
+        }
+    }
+    /// Moves a relay to another address on what is open.
+    void Move(CSimulatedRelay& relay, std::uint8_t address) const;
+
+private:
+    enum class EOpen : std::uint8_t { Nothing, Serial, Modem, Ethernet };
+    Status OpenSerial(const std::string& port, const std::string& parameters);
+    Status OpenTunnel(const std::string& connection);
+    bool Reaches(CSimulatedRelay& relay, std::uint8_t address) const;
+
+    const SSubstation& m_substation;
+    std::vector<std::unique_ptr<CSimulatedRelay>> m_relays;
+    EOpen m_open = EOpen::Nothing;
+    std::string m_place; ///< port, number or IP address that is open
+    int m_bus = 0;
+};
+
+} // namespace ruvo::sim

@@ -1,0 +1,160 @@
+#include "sim/server/server_core.h"
+
+#include "platform/full_path.h"
+
+#include <thread>
+
+namespace ruvo::sim {
+namespace {
+
+void HandOver(const SFault& fault, SAnswer answer, const CServerCore::Outputs& outputs, Variant& status) {
+    answer.outputs.resize(outputs.size());
+    for (std::size_t i = 0; i < outputs.size(); ++i) {
+        *outputs[i] = std::move(answer.outputs[i]);
+    }
+    status = Variant::FromI4(answer.status);
+    if (fault.wrongType == 0) {
+        status = Variant::Other();
+    }
+}
+
+} // namespace
+
+CServerCore::CServerCore(std::unique_ptr<SSubstation> substation, CSinkList& sinks)
+    : m_substation(std::move(substation)), m_sinks(sinks), m_link(*m_substation),
+      m_faults(m_substation->faults),
+      m_runner([this] { m_sinks.NotifyProgress(0, 2); }, [this](Status status) { Finish(status); }) {}
+
+std::string CServerCore::OpenFiles() {
+    if (!m_state.Open(m_substation->stateFile)) {
+        return "state: cannot open " + DisplayPath(m_substation->stateFile);
+    }
+    if (!m_trace.Open(m_substation->traceFile)) {
+        return "trace: cannot open " + DisplayPath(m_substation->traceFile);
+    }
+    m_link.ForEachRelay(
+        [this](CSimulatedRelay& relay) { relay.SkipEvents(m_state.HandedOver(relay.Model().name)); });
+    return {};
+}
+
+std::string CServerCore::RelayName(const SCall& call) {
+    const CSimulatedRelay* relay = call.address ? m_link.Find(*call.address) : nullptr;
+    return relay == nullptr ? std::string() : relay->Model().name;
+}
+
+std::chrono::microseconds CServerCore::DelayOf(const SFault& fault) const {
+    return std::chrono::microseconds(std::chrono::milliseconds(fault.delay)) / m_substation->speed;
+}
+
+EComResult CServerCore::Answer(const SCall& call, const Ask& ask, const Outputs& outputs, Variant& status) {
+    std::unique_lock lock(m_lock);
+    const SFault fault = m_faults.Match(call, RelayName(call));
+    const bool runsOn = RowOf(call.operation).runsOn;
+    if (fault.delay != 0 && !runsOn) {
+        // The caller waits, the server does not: an abort from another thread must get through.
+        lock.unlock();
+        std::this_thread::sleep_for(DelayOf(fault));
+        lock.lock();
+    }
+    if (fault.comFailure) {
+        m_trace.NoteComFailure(call);
+        return EComResult::Failed;
+    }
+    SAnswer answer = Decide(call, fault, ask);
+    DamageOutputs(fault, answer.outputs);
+    // Before the command starts, so that its completion cannot come first in the trace.
+    m_trace.Note(call, answer.status, answer.remark);
+    if (runsOn && answer.status == kGood) {
+        StartRunning(call, fault, answer);
+    }
+    HandOver(fault, std::move(answer), outputs, status);
+    return EComResult::Ok;
+}
+
+EComResult CServerCore::AnswerRelay(const SCall& call, const AskRelay& ask, const Outputs& outputs,
+                                    Variant& status) {
+    return Answer(
+        call, [&] { return AskAt(call, ask); }, outputs, status);
+}
+
+SAnswer CServerCore::Decide(const SCall& call, const SFault& fault, const Ask& ask) const {
+    SAnswer answer;
+    if (!call.wellFormed) {
+        answer.status = kWrongParameters;
+    } else if (m_running && call.operation != EOperation::Abort) {
+        answer.status = kBusy;
+    } else if (fault.status) {
+        answer.status = *fault.status;
+    } else {
+        answer = ask();
+    }
+    return answer;
+}
+
+SAnswer CServerCore::AskAt(const SCall& call, const AskRelay& ask) {
+    SAnswer answer;
+    if (!m_link.IsOpen()) {
+        answer.status = kNoPortOpen;
+        return answer;
+    }
+    CSimulatedRelay* relay = m_link.Find(*call.address);
+    if (relay == nullptr) {
+        answer.status = kNotResponding;
+    } else {
+        relay->CountRequest();
+        answer = ask(*relay);
+    }
+    // Remembered even when a fault damages the answer: the relay has let go of the event.
+    if (call.operation == EOperation::GetEvent && answer.status == kGood) {
+        m_state.NoteHandedOver(relay->Model().name);
+    }
+    if (RowOf(call.operation).runsOn) {
+        answer.completion = answer.status;
+        answer.status = kGood;
+    }
+    return answer;
+}
+
+void CServerCore::StartRunning(const SCall& call, const SFault& fault, const SAnswer& answer) {
+    m_results = answer.outputs; // first, since there may be no memory for them
+    m_running = true;
+    m_resultsReady = false;
+    m_resultsOf = call.operation;
+    SRunPlan plan;
+    plan.status = fault.completion.value_or(answer.completion);
+    plan.delay = DelayOf(fault);
+    plan.hangs = fault.hangs;
+    m_runner.Start(plan);
+}
+
+void CServerCore::Finish(Status status) {
+    bool alternate = false;
+    {
+        const std::lock_guard lock(m_lock);
+        m_running = false;
+        // An aborted or failed command leaves nothing to fetch.
+        m_resultsReady = status == kGood;
+        if (status != kGood && m_resultsOf == EOperation::ModemConnect) {
+            m_link.DropCall();
+        }
+        alternate = m_alternate;
+        m_alternate = !m_alternate;
+        m_trace.NoteCompletion(alternate ? "OnCommandCompleteAlt" : "OnCommandComplete", status);
+    }
+    // Without the lock: a sink may call the server.
+    m_sinks.NotifyProgress(2, 2);
+    m_sinks.NotifyComplete(status, alternate);
+}
+
+SAnswer CServerCore::TakeResults(EOperation start) {
+    SAnswer answer;
+    if (!m_resultsReady || m_resultsOf != start) {
+        answer.status = kDataNotReady;
+        return answer;
+    }
+    m_resultsReady = false;
+    answer.outputs = std::move(m_results);
+    return answer;
+}
+
+} // namespace ruvo::sim

@@ -1,0 +1,38 @@
+#include "sim/server/sink_list.h"
+
+namespace ruvo::sim {
+
+std::uint32_t CSinkList::Add(IP32lsSink_v2& sink) {
+    const std::lock_guard lock(m_lock);
+    m_sinks[++m_lastCookie] = &sink;
+    return m_lastCookie;
+}
+
+void CSinkList::Remove(std::uint32_t cookie) {
+    const std::lock_guard lock(m_lock);
+    m_sinks.erase(cookie);
+}
+
+template <typename Tell>
+void CSinkList::ForEach(Tell tell) {
+    const std::lock_guard lock(m_lock);
+    // By cookie, since a sink that was told may have removed itself or another, and without memory, since a
+    // client that is not told of a command's end waits for ever.
+    const std::uint32_t last = m_lastCookie;
+    for (auto next = m_sinks.begin(); next != m_sinks.end() && next->first <= last;) {
+        const std::uint32_t cookie = next->first;
+        tell(*next->second);
+        next = m_sinks.upper_bound(cookie);
+    }
+}
+
+void CSinkList::NotifyProgress(std::int32_t done, std::int32_t total) {
+    ForEach([&](IP32lsSink_v2& sink) { sink.OnProgress(Variant::FromI4(done), Variant::FromI4(total)); });
+}
+
+void CSinkList::NotifyComplete(std::int32_t status, bool alternate) {
+    const auto method = alternate ? &IP32lsSink_v2::OnCommandCompleteAlt : &IP32lsSink_v2::OnCommandComplete;
+    ForEach([&](IP32lsSink_v2& sink) { (sink.*method)(Variant::FromI4(status)); });
+}
+
+} // namespace ruvo::sim
