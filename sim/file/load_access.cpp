@@ -1,10 +1,12 @@
 #include "model/values/character_set.h"
+#include "model/values/parlane_text.h"
+#include "model/values/type_codes.h"
 #include "sim/file/loaders.h"
+#include "sim/file/relay_addresses.h"
+#include "sim/file/relay_text.h"
 #include "sim/file/substation_error.h"
+#include "sim/file/tagged_value.h"
 #include "sim/file/toml_values.h"
-#include "sim/relay/crypto_provider.h"
-#include "sim/relay/password_cipher.h"
-#include "sim/relay/relay_addresses.h"
 
 #include <algorithm>
 
@@ -61,8 +63,7 @@ EBlocking ReadBlocking(CTableReader& table) {
 }
 
 std::string PasswordOf(const STomlNode& node, std::size_t maximum) {
-    RequireKind(node, ETomlKind::Text, "password");
-    std::string password = PasswordText(node.text, node.line);
+    std::string password = ReadPasswordText(node);
     if (password.size() > maximum) {
         throw CSubstationError(node.line,
                                "password: want at most " + std::to_string(maximum) + " characters");
@@ -81,8 +82,8 @@ void ReadPlain(CTableReader& table, SRelay& relay, SAccess& access) {
     const auto length = static_cast<std::size_t>(table.Integer("length", 0, kMaxByte).value_or(kPlainLength));
     const std::string password = ReadPassword(table, length);
     access.password.assign(password.begin(), password.end());
-    SCell cell = MakeCellOf(kPasswordType, Variant::Bytes(length, ' '));
-    cell.limits.push_back(TaggedValue(kPasswordType, cell.data));
+    SCell cell = MakeValueCell(kTypePassword, Variant::Bytes(length, ' '));
+    cell.limits.push_back(TaggedValue(kTypePassword, cell.data));
     relay.cells.try_emplace(cells::kPassword, std::move(cell));
 }
 
@@ -93,15 +94,15 @@ void ReadEnciphered(CTableReader& table, SRelay& relay, SAccess& access) {
     if (key.size() != 2 * kKeyBytes || ParseHexBytes(key, table.Line()).size() != kKeyBytes) {
         throw CSubstationError(node->line, "key: want 32 hexadecimal digits");
     }
-    access.password = EncipherPassword(ReadPassword(table, kEncipheredLength), key);
-    relay.cells.try_emplace(cells::kKey, MakeCellOf(kTextType, Variant::Bytes(key.begin(), key.end())));
-    SCell cell = MakeCellOf(kEncryptedPasswordType, Variant::Bytes(kEncipheredLength, 0));
-    cell.limits.push_back(TaggedValue(kEncryptedPasswordType, cell.data));
+    access.password = CParlaneEncryptedPassword(ReadPassword(table, kEncipheredLength), key).GetBytes();
+    relay.cells.try_emplace(cells::kKey, MakeValueCell(kTypeText, Variant::Bytes(key.begin(), key.end())));
+    SCell cell = MakeValueCell(kTypeEncryptedPassword, Variant::Bytes(kEncipheredLength, 0));
+    cell.limits.push_back(TaggedValue(kTypeEncryptedPassword, cell.data));
     relay.cells.try_emplace(cells::kSecurePassword, std::move(cell));
 }
 
 std::string UserNameOf(const STomlNode& node) {
-    std::string name = WithoutTrailingBlanks(DecodeDeviceBytes(RelayTextOf(node, "name")));
+    std::string name = WithoutTrailingBlanks(DecodeDeviceBytes(ReadRelayText(node, "name")));
     if (name.empty() || name.size() > kUserNameLength) {
         throw CSubstationError(node.line,
                                "name: want 1 to " + std::to_string(kUserNameLength) + " characters");
@@ -133,7 +134,7 @@ void AddUser(const STomlNode& node, std::size_t passwordLength, SRelay& relay, S
     const std::string name = EncodeDeviceText(user.name);
     Variant::Bytes bytes(name.begin(), name.end());
     bytes.resize(kUserNameLength, ' ');
-    relay.cells.try_emplace(MakeCell(access.securityColumn, row), MakeCellOf(kTextType, std::move(bytes)));
+    relay.cells.try_emplace(MakeCell(access.securityColumn, row), MakeValueCell(kTypeText, std::move(bytes)));
     access.users.push_back(std::move(user));
 }
 
@@ -146,28 +147,27 @@ void ReadUsers(CTableReader& table, SRelay& relay, SAccess& access) {
     // The longer passwords of the second edition are there when the probe cell is not.
     const bool salted = table.Flag("salted", true);
     if (!salted) {
-        relay.cells.try_emplace(cells::kSecondEditionProbe, MakeCellOf(kUintType, LittleEndian(1, 1)));
+        relay.cells.try_emplace(cells::kSecondEditionProbe, MakeValueCell(kTypeUint, LittleEndian(1, 1)));
     }
     const bool longPasswords = salted && access.generation == kLastGeneration;
     for (const STomlNode& user : users) {
         AddUser(user, longPasswords ? kLongUserPassword : kUserPassword, relay, access);
     }
-    relay.cells.try_emplace(cells::kUserCount, MakeCellOf(kUintType, LittleEndian(users.size(), 1)));
+    relay.cells.try_emplace(cells::kUserCount, MakeValueCell(kTypeUint, LittleEndian(users.size(), 1)));
     access.freshSalt = table.Flag("fresh_salt", false);
     access.notSettable = table.Flag("not_settable", false);
-    access.providerFiles = CryptoProviderFiles();
 }
 
 // Cells that the file gives are there already and stay: try_emplace throughout.
 void ReadSecurityColumn(CTableReader& table, SRelay& relay, SAccess& access) {
     access.securityColumn =
         ParseColumn(table.Text("column").value_or(std::string(kDefaultColumn)), table.Line());
-    relay.cells.try_emplace(cells::kVersion, MakeCellOf(kUintType, LittleEndian(access.generation, 1)));
+    relay.cells.try_emplace(cells::kVersion, MakeValueCell(kTypeUint, LittleEndian(access.generation, 1)));
     relay.cells.try_emplace(cells::kSecurityColumn,
-                            MakeCellOf(kUintType, LittleEndian(access.securityColumn, 1)));
+                            MakeValueCell(kTypeUint, LittleEndian(access.securityColumn, 1)));
     if (const STomlNode* text = table.Find("display_text")) {
         relay.cells.try_emplace(MakeCell(access.securityColumn, rows::kDisplayText),
-                                MakeCellOf(kTextType, RelayTextOf(*text, "display_text")));
+                                MakeValueCell(kTypeText, ReadRelayText(*text, "display_text")));
     }
 }
 
@@ -207,7 +207,7 @@ void ReadAccess(CTableReader& table, SRelay& relay) {
     access.levelTooLow = reader.Flag("level_too_low", false);
     access.forgetAfter = CountOf(reader, "forget_after");
     reader.Finish();
-    relay.cells.try_emplace(cells::kLoginProbe, Writable(MakeCellOf(kIntType, LittleEndian(0, 2))));
+    relay.cells.try_emplace(cells::kLoginProbe, Writable(MakeValueCell(kTypeInt, LittleEndian(0, 2))));
     relay.access = std::move(access);
 }
 

@@ -1,8 +1,9 @@
+#include "sim/file/event_generator.h"
 #include "sim/file/loaders.h"
+#include "sim/file/relay_addresses.h"
 #include "sim/file/substation_error.h"
+#include "sim/file/tagged_value.h"
 #include "sim/file/toml_values.h"
-#include "sim/relay/event_generator.h"
-#include "sim/relay/relay_addresses.h"
 
 #include <array>
 
@@ -31,7 +32,7 @@ Variant MenuOf(const STomlNode& node, std::string_view what) {
     if (node.kind != ETomlKind::Text) {
         return ReadValue(node, what);
     }
-    return MenuValue(ParseCellAddress(node.text, node.line));
+    return TaggedMenu(ParseCellAddress(node.text, node.line));
 }
 
 Variant IdOf(const STomlNode& node) {
@@ -45,7 +46,7 @@ void AddRecordReference(const STomlNode& node, Variant::List& values) {
     constexpr std::int64_t kMaxWord = 65535;
     CTableReader table(node, "record");
     const std::uint8_t column = ParseColumn(table.RequireText("column"), node.line);
-    values.push_back(MenuValue(MakeCell(column, 0)));
+    values.push_back(TaggedMenu(MakeCell(column, 0)));
     values.push_back(
         TaggedUnsigned(static_cast<std::uint32_t>(table.RequireInteger("number", 0, kMaxWord)), 2));
     table.Finish();

@@ -1,8 +1,10 @@
 // Relays: where they are reached, who they are, their cells and columns.
+#include "model/values/type_codes.h"
 #include "sim/file/loaders.h"
+#include "sim/file/relay_addresses.h"
 #include "sim/file/substation_error.h"
+#include "sim/file/tagged_value.h"
 #include "sim/file/toml_values.h"
-#include "sim/relay/relay_addresses.h"
 
 #include <array>
 
@@ -67,7 +69,7 @@ void ReadIdentity(CTableReader& relay, SRelay& model) {
     CTableReader table(*node, "identity");
     for (const SIdentityRow& row : kIdentityRows) {
         if (const STomlNode* text = table.Find(row.key)) {
-            model.cells[row.cell] = MakeCellOf(kTextType, RelayTextOf(*text, row.key));
+            model.cells[row.cell] = MakeValueCell(kTypeText, ReadRelayText(*text, row.key));
         }
     }
     table.Finish();
@@ -106,7 +108,7 @@ void TakeValue(CTableReader& table, SCell& cell) {
 
 SCell ReadCell(const STomlNode& node, const std::string& what) {
     if (node.kind == ETomlKind::Text) {
-        return MakeCellOf(kTextType, RelayTextOf(node, what));
+        return MakeValueCell(kTypeText, ReadRelayText(node, what));
     }
     CTableReader table(node, what);
     SCell cell;
@@ -118,7 +120,7 @@ SCell ReadCell(const STomlNode& node, const std::string& what) {
     cell.limits = ReadValues(table, "limits");
     cell.strings = ReadValues(table, "strings");
     if (const STomlNode* label = table.Find("label")) {
-        cell.label = TaggedValue(kTextType, RelayTextOf(*label, "label"));
+        cell.label = TaggedValue(kTypeText, ReadRelayText(*label, "label"));
     }
     cell.writable = table.Flag("writable", false);
     cell.listed = table.Flag("listed", true);
@@ -177,14 +179,6 @@ SRecord ReadRecord(const STomlNode& node) {
 
 } // namespace
 
-SCell MakeCellOf(std::uint8_t type, Variant::Bytes data) {
-    SCell cell;
-    cell.type = type;
-    cell.size = static_cast<std::uint8_t>(data.size());
-    cell.data = std::move(data);
-    return cell;
-}
-
 CellMap ReadCells(const STomlNode& node, const std::string& what) {
     RequireKind(node, ETomlKind::Table, "cells");
     CellMap cells;
@@ -207,7 +201,7 @@ void ReadColumns(CTableReader& table, SRelay& relay) {
     }
     for (const STomlNode& node : table.Items("record")) {
         SRecord record = ReadRecord(node);
-        SCell selector = MakeCellOf(kUintType, LittleEndian(0, 2));
+        SCell selector = MakeValueCell(kTypeUint, LittleEndian(0, 2));
         selector.listed = false;
         selector.writable = true;
         // A selection cell that the file describes itself stays as it is.

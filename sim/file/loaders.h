@@ -19,7 +19,4 @@ void ReadAccess(CTableReader& table, SRelay& relay);
 /// Events of a relay's table, listed and generated ones; the relay's records are complete.
 void ReadEvents(CTableReader& table, SRelay& relay);
 
-/// The cell of one tagged value's type and bytes.
-SCell MakeCellOf(std::uint8_t type, Variant::Bytes data);
-
 } // namespace ruvo::sim

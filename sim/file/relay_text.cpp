@@ -59,4 +59,9 @@ std::optional<std::vector<std::uint8_t>> RelayText(std::string_view utf8) {
     return std::vector<std::uint8_t>(encoded.begin(), encoded.end());
 }
 
+std::string WithoutTrailingBlanks(std::string text) {
+    text.erase(text.find_last_not_of(" \t\n\v\f\r") + 1);
+    return text;
+}
+
 } // namespace ruvo::sim

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "link/seam/variant.h"
-#include "sim/server/operations.h"
+#include "sim/file/operations.h"
 
 #include <cstdint>
 #include <map>
@@ -93,14 +93,15 @@ struct SAccess {
     std::uint8_t passwordReply = 6; ///< reply code that asks for a password: 6 or 13
     std::uint32_t attempts = 0;     ///< wrong passwords until blocked; 0: never blocked
     EBlocking blocking = EBlocking::Temporary;
-    std::uint32_t blockedRequests = 0;      ///< length of a temporary blocking, in requests to this relay
-    bool levelTooLow = false;               ///< a right password is accepted, but opens nothing
-    std::uint32_t forgetAfter = 0;          ///< requests after which the login is forgotten; 0: never
-    std::uint8_t securityColumn = 0;        ///< generations 1 and up
-    std::vector<SUser> users;               ///< generations 2 and up, as are all below
-    bool freshSalt = false;                 ///< the salt of the login before is refused
-    bool notSettable = false;               ///< the password cell cannot be written
-    std::vector<std::string> providerFiles; ///< where the crypto provider may be, as full paths
+    std::uint32_t blockedRequests = 0; ///< length of a temporary blocking, in requests to this relay
+    bool levelTooLow = false;          ///< a right password is accepted, but opens nothing
+    std::uint32_t forgetAfter = 0;     ///< requests after which the login is forgotten; 0: never
+    std::uint8_t securityColumn = 0;   ///< generations 1 and up
+    std::vector<SUser> users;          ///< generations 2 and up, as are all below
+    bool freshSalt = false;            ///< the salt of the login before is refused
+    bool notSettable = false;          ///< the password cell cannot be written
+    std::vector<std::string>
+        providerFiles; ///< full paths to look for the crypto provider at; none: the usual
 };
 
 struct SSerialPlace {

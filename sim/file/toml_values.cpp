@@ -5,7 +5,7 @@
 #include "model/values/type_codes.h"
 #include "sim/file/relay_text.h"
 #include "sim/file/substation_error.h"
-#include "sim/relay/password_cipher.h"
+#include "sim/file/tagged_value.h"
 
 #include <array>
 #include <bit>
@@ -85,12 +85,11 @@ Variant::Bytes Padded(const SSource& source, Variant::Bytes bytes) {
 }
 
 STypedBytes EncodeText(const SSource& source) {
-    return Typed(source, Padded(source, RelayTextOf(source.node, source.row.key)));
+    return Typed(source, Padded(source, ReadRelayText(source.node, source.row.key)));
 }
 
 STypedBytes EncodePassword(const SSource& source) {
-    RequireKind(source.node, ETomlKind::Text, source.row.key);
-    const std::string text = PasswordText(source.node.text, source.node.line);
+    const std::string text = ReadPasswordText(source.node);
     return Typed(source, Padded(source, Variant::Bytes(text.begin(), text.end())));
 }
 
@@ -218,39 +217,6 @@ std::string WantedValue(std::string_view what) {
 
 } // namespace
 
-Variant TaggedValue(std::uint8_t type, const Variant::Bytes& data) {
-    Variant::Bytes tagged{type, static_cast<std::uint8_t>(data.size())};
-    tagged.insert(tagged.end(), data.begin(), data.end());
-    return Variant::FromBytes(std::move(tagged));
-}
-
-Variant TaggedUnsigned(std::uint32_t value, std::size_t size) {
-    return TaggedValue(kUintType, LittleEndian(value, size));
-}
-
-Variant::Bytes LittleEndian(std::uint64_t value, std::size_t size) {
-    Variant::Bytes bytes;
-    for (std::size_t i = 0; i < size; ++i) {
-        bytes.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
-    }
-    return bytes;
-}
-
-std::uint32_t NumberOf(const Variant::Bytes& bytes) {
-    std::uint32_t number = 0;
-    for (std::size_t i = 0; i < bytes.size() && i < sizeof number; ++i) {
-        number |= static_cast<std::uint32_t>(bytes[i]) << (8 * i);
-    }
-    return number;
-}
-
-Variant FirstValueOf(const SCell& cell) {
-    if (cell.size > cell.data.size()) {
-        return {};
-    }
-    return TaggedValue(cell.type, Variant::Bytes(cell.data.begin(), cell.data.begin() + cell.size));
-}
-
 std::optional<STypedBytes> FindValue(CTableReader& table) {
     std::optional<STypedBytes> value;
     for (const SValueRow& row : kValueRows) {
@@ -271,7 +237,7 @@ std::optional<STypedBytes> FindValue(CTableReader& table) {
 
 STypedBytes ReadTypedBytes(const STomlNode& node, std::string_view what) {
     if (node.kind == ETomlKind::Text) {
-        return {kTextType, RelayTextOf(node, what)};
+        return {kTypeText, ReadRelayText(node, what)};
     }
     if (node.kind != ETomlKind::Table) {
         throw CSubstationError(node.line, WantedValue(what));
@@ -288,7 +254,7 @@ STypedBytes ReadTypedBytes(const STomlNode& node, std::string_view what) {
 Variant ReadValue(const STomlNode& node, std::string_view what) {
     if (node.kind == ETomlKind::Time) {
         RequireRelayTime(node);
-        return TaggedValue(kTimeType, WireBytesOf(RelayTime(node.time)));
+        return TaggedValue(kTypeIEC870, WireBytesOf(RelayTime(node.time)));
     }
     if (node.kind == ETomlKind::Table) {
         CTableReader table(node, std::string(what));
@@ -309,7 +275,7 @@ Variant::List ReadValues(CTableReader& table, std::string_view key) {
     return values;
 }
 
-Variant::Bytes RelayTextOf(const STomlNode& node, std::string_view what) {
+Variant::Bytes ReadRelayText(const STomlNode& node, std::string_view what) {
     RequireKind(node, ETomlKind::Text, what);
     std::optional<Variant::Bytes> text = RelayText(node.text);
     if (!text) {
@@ -317,6 +283,15 @@ Variant::Bytes RelayTextOf(const STomlNode& node, std::string_view what) {
     }
     if (text->size() > kMaxData) {
         throw CSubstationError(node.line, std::string(what) + ": a text has at most 255 characters");
+    }
+    return std::move(*text);
+}
+
+std::string ReadPasswordText(const STomlNode& node) {
+    RequireKind(node, ETomlKind::Text, "password");
+    std::optional<std::string> text = Utf8ToCp1252(node.text);
+    if (!text) {
+        throw CSubstationError(node.line, "password: has a character that code page 1252 lacks");
     }
     return std::move(*text);
 }

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "link/seam/variant.h"
-#include "sim/file/substation.h"
 #include "sim/file/table_reader.h"
 
 #include <cstdint>
@@ -13,32 +12,11 @@
 
 namespace ruvo::sim {
 
-/// Type codes of relay values that the simulator itself looks at.
-inline constexpr std::uint8_t kTextType = 0x18;
-inline constexpr std::uint8_t kPasswordType = 0x1C;
-inline constexpr std::uint8_t kUintType = 0x24;
-inline constexpr std::uint8_t kIntType = 0x28;
-inline constexpr std::uint8_t kTimeType = 0x3C;
-inline constexpr std::uint8_t kMenuType = 0x44;
-inline constexpr std::uint8_t kIndexType = 0x50;
-inline constexpr std::uint8_t kEncryptedPasswordType = 0x6C;
-
 /// A value before it is tagged.
 struct STypedBytes {
     std::uint8_t type = 0;
     Variant::Bytes bytes;
 };
-
-/// [type code][length][data]; the data has at most 255 bytes.
-Variant TaggedValue(std::uint8_t type, const Variant::Bytes& data);
-Variant TaggedUnsigned(std::uint32_t value, std::size_t size);
-/// A little-endian number of `size` bytes.
-Variant::Bytes LittleEndian(std::uint64_t value, std::size_t size);
-/// The number in at most four little-endian bytes.
-std::uint32_t NumberOf(const Variant::Bytes& bytes);
-
-/// A cell's first value, tagged; empty for a cell without data whose size says otherwise.
-Variant FirstValueOf(const SCell& cell);
 
 /// The value among the members of a table that may have other members too; none when there is none.
 std::optional<STypedBytes> FindValue(CTableReader& table);
@@ -51,6 +29,8 @@ Variant ReadValue(const STomlNode& node, std::string_view what);
 Variant::List ReadValues(CTableReader& table, std::string_view key);
 
 /// A text as a relay holds it; throws when the relay's character set lacks a character.
-Variant::Bytes RelayTextOf(const STomlNode& node, std::string_view what);
+Variant::Bytes ReadRelayText(const STomlNode& node, std::string_view what);
+/// A password's characters as a login sends them (code page 1252); throws when one has none.
+std::string ReadPasswordText(const STomlNode& node);
 
 } // namespace ruvo::sim

@@ -1,8 +1,9 @@
 #include "sim/relay/access_control.h"
 
-#include "sim/file/toml_values.h"
-#include "sim/relay/relay_addresses.h"
-#include "sim/server/statuses.h"
+#include "model/values/type_codes.h"
+#include "sim/file/relay_addresses.h"
+#include "sim/file/tagged_value.h"
+#include "sim/relay/statuses.h"
 
 #include <algorithm>
 
@@ -13,11 +14,7 @@ constexpr unsigned kEncipheredGeneration = 1;
 constexpr std::uint8_t kProtocolColumn = 0xBF;
 
 SCell NumberCell(std::uint32_t value) {
-    SCell cell;
-    cell.type = kUintType;
-    cell.size = 2;
-    cell.data = LittleEndian(value, cell.size);
-    return cell;
+    return MakeValueCell(kTypeUint, LittleEndian(value, 2));
 }
 
 } // namespace
@@ -100,7 +97,7 @@ std::int32_t CAccessControl::Login(std::uint8_t type, const Variant::Bytes& data
 }
 
 SVerdict CAccessControl::JudgePassword(std::uint8_t type, const Variant::Bytes& data) const {
-    const std::uint8_t wantedType = m_model->generation == 0 ? kPasswordType : kEncryptedPasswordType;
+    const std::uint32_t wantedType = m_model->generation == 0 ? kTypePassword : kTypeEncryptedPassword;
     return {type == wantedType && data == m_model->password ? kGood : kRejected};
 }
 

@@ -8,6 +8,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace ruvo::sim {
@@ -21,8 +22,8 @@ std::vector<std::string> CryptoProviderFiles();
 /// Loads the provider when a digest is first wanted and keeps it. Not safe for use by several threads.
 class CCryptoProvider {
 public:
-    /// Full paths, in the order in which they are tried; borrowed.
-    explicit CCryptoProvider(const std::vector<std::string>& files) : m_files(files) {}
+    /// Full paths, in the order in which they are tried.
+    explicit CCryptoProvider(std::vector<std::string> files) : m_files(std::move(files)) {}
 
     /// None when no file has a provider, or the provider makes no digest. The next call tries again.
     std::optional<Digest> KeyedDigest(std::span<const std::uint8_t> bytes, const std::string& key);
@@ -31,7 +32,7 @@ private:
     using Function = void (*)(const std::uint8_t* bytes, std::uint32_t count, const char* key, char* out);
     bool Load();
 
-    const std::vector<std::string>& m_files;
+    const std::vector<std::string> m_files;
     CModule m_module;
     Function m_keyedDigest = nullptr;
 };

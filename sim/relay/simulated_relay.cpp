@@ -1,8 +1,8 @@
 #include "sim/relay/simulated_relay.h"
 
-#include "sim/file/toml_values.h"
-#include "sim/relay/event_generator.h"
-#include "sim/relay/relay_addresses.h"
+#include "model/values/type_codes.h"
+#include "sim/file/relay_addresses.h"
+#include "sim/file/tagged_value.h"
 
 #include <algorithm>
 
@@ -19,7 +19,7 @@ SAnswer Given(Variant::List outputs) {
 }
 
 bool IsInteger(std::uint8_t type) {
-    return type == kUintType || type == kIndexType;
+    return type == kTypeUint || type == kTypeStringIndex;
 }
 
 // Minimum and maximum as far as they are unsigned numbers; other kinds of limits are for the client to check.
@@ -109,7 +109,7 @@ SAnswer CSimulatedRelay::Text(CellAddress cell) const {
     if (found.cell.label) {
         return Given({*found.cell.label});
     }
-    return found.cell.type == kTextType ? Given({FirstValueOf(found.cell)}) : Refused(kNoData);
+    return found.cell.type == kTypeText ? Given({FirstValueOf(found.cell)}) : Refused(kNoData);
 }
 
 SAnswer CSimulatedRelay::Limits(CellAddress cell) const {
@@ -145,8 +145,8 @@ void CSimulatedRelay::AddToListing(CellAddress address, const SCell& cell, bool 
     if (!cell.listed) {
         return;
     }
-    listing.locations.push_back(unsignedLocations ? TaggedUnsigned(address, 2) : MenuValue(address));
-    listing.texts.push_back(cell.label.value_or(TaggedValue(kTextType, {})));
+    listing.locations.push_back(unsignedLocations ? TaggedUnsigned(address, 2) : TaggedMenu(address));
+    listing.texts.push_back(cell.label.value_or(TaggedValue(kTypeText, {})));
     listing.values.push_back(FirstValueOf(cell));
     listing.limits.emplace_back();
     if (!cell.limits.empty()) {
@@ -222,7 +222,7 @@ SAnswer CSimulatedRelay::Change(CellAddress cell, const Variant::Bytes& tagged) 
     }
     // A record number is taken as any number: who selects a record passes on what the event gave.
     // Sizes may differ then; the number is what counts.
-    const bool selects = CellRowOf(cell) == kSelectionRow && found.cell.type == kUintType;
+    const bool selects = CellRowOf(cell) == kSelectionRow && found.cell.type == kTypeUint;
     if (found.cell.writable && found.cell.type != tagged[0] && !selects) {
         return Refused(kRejected);
     }

@@ -3,7 +3,7 @@
 
 #include "sim/file/substation.h"
 #include "sim/relay/access_control.h"
-#include "sim/server/statuses.h"
+#include "sim/relay/statuses.h"
 
 #include <cstddef>
 

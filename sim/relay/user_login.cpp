@@ -1,9 +1,9 @@
 #include "sim/relay/user_login.h"
 
 #include "model/values/character_set.h"
-#include "sim/file/toml_values.h"
-#include "sim/relay/password_cipher.h"
-#include "sim/relay/relay_addresses.h"
+#include "model/values/type_codes.h"
+#include "sim/file/relay_addresses.h"
+#include "sim/file/relay_text.h"
 
 #include <algorithm>
 #include <utility>
@@ -14,16 +14,22 @@ namespace {
 constexpr unsigned kSecondEdition = 3;
 constexpr std::size_t kSaltLength = 16;
 
+std::vector<std::string> ProviderFiles(const SAccess& model) {
+    return model.providerFiles.empty() ? CryptoProviderFiles() : model.providerFiles;
+}
+
 std::span<const std::uint8_t> BytesOf(const char* text, std::size_t count) {
     return {reinterpret_cast<const std::uint8_t*>(text), count};
 }
 
 } // namespace
 
+CUserLogin::CUserLogin(const SAccess& model) : m_model(model), m_provider(ProviderFiles(model)) {}
+
 Status CUserLogin::TakeName(std::uint8_t type, const Variant::Bytes& data) {
     m_salt.reset();
     m_name.reset();
-    if (type != kTextType || data.size() > kUserNameLength) {
+    if (type != kTypeText || data.size() > kUserNameLength) {
         return kRejected;
     }
     m_name = WithoutTrailingBlanks(DecodeDeviceBytes(data));
@@ -33,7 +39,7 @@ Status CUserLogin::TakeName(std::uint8_t type, const Variant::Bytes& data) {
 Status CUserLogin::TakeSalt(std::uint8_t type, const Variant::Bytes& data) {
     m_salt.reset();
     std::string salt = DecodeDeviceBytes(data);
-    if (type != kTextType || salt.size() != kSaltLength || (m_model.freshSalt && salt == m_lastSalt)) {
+    if (type != kTypeText || salt.size() != kSaltLength || (m_model.freshSalt && salt == m_lastSalt)) {
         return kRejected;
     }
     m_lastSalt = salt;
@@ -59,7 +65,7 @@ SVerdict CUserLogin::Judge(std::uint8_t type, const Variant::Bytes& data) {
     const SUser* user = FindUser();
     const bool named = std::exchange(m_name, std::nullopt).has_value();
     const std::optional<std::string> salt = std::exchange(m_salt, std::nullopt);
-    if (!named || !salt || type != kPasswordType || data.size() != Digest().size() - 1) {
+    if (!named || !salt || type != kTypePassword || data.size() != Digest().size() - 1) {
         return {kRejected};
     }
     if (user == nullptr) {

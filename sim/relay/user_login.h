@@ -3,7 +3,7 @@
 
 #include "sim/file/substation.h"
 #include "sim/relay/crypto_provider.h"
-#include "sim/server/statuses.h"
+#include "sim/relay/statuses.h"
 
 #include <optional>
 #include <string>
@@ -21,7 +21,7 @@ struct SVerdict {
 class CUserLogin {
 public:
     /// Borrows the model, which must outlive this.
-    explicit CUserLogin(const SAccess& model) : m_model(model), m_provider(model.providerFiles) {}
+    explicit CUserLogin(const SAccess& model);
 
     /// Any name is taken: a relay that told at once whom it knows would help to guess.
     Status TakeName(std::uint8_t type, const Variant::Bytes& data);

@@ -1,7 +1,7 @@
 #include "sim/server/call.h"
 
-#include "sim/file/toml_values.h"
-#include "sim/relay/relay_addresses.h"
+#include "model/values/type_codes.h"
+#include "sim/file/relay_addresses.h"
 
 #include <algorithm>
 #include <array>
@@ -10,7 +10,7 @@ namespace ruvo::sim {
 namespace {
 
 constexpr std::array kPasswordCells{cells::kPassword, cells::kSecurePassword, cells::kSalt};
-constexpr std::array kPasswordTypes{kPasswordType, kEncryptedPasswordType};
+constexpr std::array kPasswordTypes{kTypePassword, kTypeEncryptedPassword};
 
 // A list of bytes is shown whole, except for what a login writes: that is as good as the password.
 bool IsSecret(const SCall& call, const Variant::Bytes& bytes) {

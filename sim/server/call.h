@@ -1,9 +1,9 @@
 // One call of the server as it arrives.
 #pragma once
 
+#include "sim/file/operations.h"
 #include "sim/file/substation.h"
-#include "sim/server/operations.h"
-#include "sim/server/statuses.h"
+#include "sim/relay/statuses.h"
 
 #include <optional>
 #include <string>

@@ -1,7 +1,7 @@
 // Runs the one command that goes on after its call has returned, on a thread of its own.
 #pragma once
 
-#include "sim/server/statuses.h"
+#include "sim/relay/statuses.h"
 
 #include <chrono>
 #include <condition_variable>

@@ -1,6 +1,6 @@
 // The server's operations on relays.
-#include "sim/file/toml_values.h"
-#include "sim/relay/relay_addresses.h"
+#include "model/values/type_codes.h"
+#include "sim/file/relay_addresses.h"
 #include "sim/server/simulated_server.h"
 
 namespace ruvo::sim {
@@ -137,7 +137,7 @@ EComResult CSimulatedServer::SetRealTime(In address, In time, Out status) {
     const auto set = [&](CSimulatedRelay&) {
         constexpr std::size_t kTaggedTime = 2 + 7;
         const Variant::Bytes& bytes = *time.AsBytes();
-        return Only(bytes.size() == kTaggedTime && bytes[0] == kTimeType ? kGood : kRejected);
+        return Only(bytes.size() == kTaggedTime && bytes[0] == kTypeIEC870 ? kGood : kRejected);
     };
     return m_core.AnswerRelay(call, set, {}, status);
 }

@@ -1,7 +1,7 @@
-#include "sim/relay/event_generator.h"
+#include "sim/file/event_generator.h"
 
-#include "sim/file/toml_values.h"
-#include "sim/relay/relay_addresses.h"
+#include "model/values/type_codes.h"
+#include "sim/file/tagged_value.h"
 
 #include <algorithm>
 #include <array>
@@ -46,11 +46,11 @@ Variant TimeValue(std::uint64_t milliseconds) {
     octets.push_back(static_cast<std::uint8_t>(static_cast<unsigned>(date.day())));
     octets.push_back(static_cast<std::uint8_t>(static_cast<unsigned>(date.month())));
     octets.push_back(static_cast<std::uint8_t>(static_cast<int>(date.year()) % 100));
-    return TaggedValue(kTimeType, octets);
+    return TaggedValue(kTypeIEC870, octets);
 }
 
 Variant TextValue(std::string_view text) {
-    return TaggedValue(kTextType, Variant::Bytes(text.begin(), text.end()));
+    return TaggedValue(kTypeText, Variant::Bytes(text.begin(), text.end()));
 }
 
 class CGenerator {
@@ -58,7 +58,7 @@ public:
     CGenerator(const SGeneratorPlan& plan, const SRelay& relay)
         : m_plan(plan), m_relay(relay), m_random(plan.seed) {
         for (const auto& [address, cell] : relay.cells) {
-            const bool text = cell.type == kTextType || cell.label.has_value();
+            const bool text = cell.type == kTypeText || cell.label.has_value();
             if (text && cell.replyCode == 0) {
                 m_textCells.push_back(address);
             }
@@ -84,7 +84,7 @@ public:
             m_valueCells.empty() ? kNoCell : m_valueCells[m_random.Below(m_valueCells.size())];
         SEvent event;
         event.kind = m_plan.kinds[m_random.Below(m_plan.kinds.size())];
-        event.values = {MenuValue(cell), TimeValue(m_time), TextValue(kTexts[m_random.Below(kTexts.size())]),
+        event.values = {TaggedMenu(cell), TimeValue(m_time), TextValue(kTexts[m_random.Below(kTexts.size())]),
                         ValueOf(cell)};
         AddKindElements(event, number);
         return event;
@@ -105,7 +105,7 @@ private:
         }
         if (event.kind == 3 || event.kind == 5) {
             const SRecord& record = m_relay.records[m_random.Below(m_relay.records.size())];
-            event.values.push_back(MenuValue(MakeCell(record.column, 0)));
+            event.values.push_back(TaggedMenu(MakeCell(record.column, 0)));
             event.values.push_back(TaggedUnsigned(record.number, 2));
         }
         if (event.kind == 1) {
@@ -113,7 +113,7 @@ private:
             event.values.push_back(TaggedUnsigned(static_cast<std::uint32_t>(number), 4));
         }
         if (event.kind == 2) {
-            event.values.push_back(MenuValue(m_textCells[m_random.Below(m_textCells.size())]));
+            event.values.push_back(TaggedMenu(m_textCells[m_random.Below(m_textCells.size())]));
         }
     }
 
@@ -134,10 +134,6 @@ std::string GenerateEvents(const SGeneratorPlan& plan, SRelay& relay) {
         relay.events.push_back(generator.Next(i));
     }
     return refusal;
-}
-
-Variant MenuValue(CellAddress cell) {
-    return TaggedValue(kMenuType, LittleEndian(cell, 2));
 }
 
 } // namespace ruvo::sim

@@ -20,7 +20,4 @@ struct SGeneratorPlan {
 /// or the reason why events of a kind cannot be made for this relay.
 std::string GenerateEvents(const SGeneratorPlan& plan, SRelay& relay);
 
-/// A menu location as a tagged value.
-Variant MenuValue(CellAddress cell);
-
 } // namespace ruvo::sim

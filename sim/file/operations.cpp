@@ -1,4 +1,4 @@
-#include "sim/server/operations.h"
+#include "sim/file/operations.h"
 
 #include <algorithm>
 
