@@ -17,8 +17,7 @@ namespace ruvo {
 namespace {
 
 constexpr std::size_t kAnyNumber = std::numeric_limits<std::size_t>::max();
-constexpr std::uint8_t kSelectRow = 0x01; ///< written to select a record in a record column
-constexpr std::uint32_t kRecordRead = 1;  ///< record numbers of extended records
+constexpr std::uint32_t kRecordRead = 1; ///< record numbers of extended records
 constexpr std::uint32_t kRecordNotRead = 2;
 constexpr int kAnyReplyLevel = 5; ///< accepts every reply of the device
 constexpr const char* kValueLabel = "Event Value ";
@@ -116,8 +115,8 @@ std::unique_ptr<CEventRecord> CEventConverter::MakeWithRecordColumn(SEvent& even
     AddEventValue(event, cells);
 
     std::uint32_t recordNumber = kRecordNotRead;
-    event.status = ToStatusWord(
-        CP32Wrap::GetInstance()->ChangeSetting(nullptr, MakeCellAddress(column, kSelectRow), recordToSelect));
+    event.status = ToStatusWord(CP32Wrap::GetInstance()->ChangeSetting(
+        nullptr, MakeCellAddress(column, rows::kSelectRecord), recordToSelect));
     if (IsAcceptable(event.status, 0)) {
         event.status = ReadRecordColumn(column, cells, m_errors);
         if (IsAcceptable(event.status, 0)) {

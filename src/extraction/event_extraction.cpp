@@ -21,8 +21,6 @@ namespace ruvo {
 
 namespace {
 
-constexpr std::uint8_t kEventsPending = 0x20; ///< bit of the relay's status byte
-
 /// "1 event", "2 events".
 std::string Counted(std::size_t count, const std::string& what) {
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");

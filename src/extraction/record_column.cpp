@@ -50,6 +50,9 @@ void ReplaceByLimit(CellAddress address, std::unique_ptr<CParlaneData>& value) {
 
 } // namespace
 
+// The status word has the link's statuses in it: both read the same numbers.
+static_assert(kStatusSuccess == kLinkGood && kStatusReply == kLinkReply && kStatusAborted == kLinkAborted);
+
 CStatus ToStatusWord(LinkStatus status) {
     return CStatus(status > std::numeric_limits<std::uint16_t>::max() ? kLinkComFailure : status);
 }

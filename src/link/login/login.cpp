@@ -71,7 +71,7 @@ SLoginReport CP32Wrap::CLogin::Judge(LinkStatus status) {
 
 void CP32Wrap::CLogin::AddAttemptsLeft(SLoginReport& report, bool noneMeansBlocked) {
     LinkStatus status = kLinkGood;
-    const auto left = m_link.ReadNumber(MakeCellAddress(m_column, cells::kAttemptsLeftRow), status);
+    const auto left = m_link.ReadNumber(MakeCellAddress(m_column, rows::kAttemptsLeft), status);
     if (left && *left == 0 && noneMeansBlocked) {
         report.code = GETPASSWORD_PASS_BLOCKED_TEMP_ERR;
         TraceOutcome("blocked");
@@ -85,7 +85,7 @@ void CP32Wrap::CLogin::AddAttemptsLeft(SLoginReport& report, bool noneMeansBlock
 /// A relay that has no blocking time at all has blocked its password for good.
 void CP32Wrap::CLogin::AddBlockingTime(SLoginReport& report) {
     LinkStatus status = kLinkGood;
-    const auto left = m_link.ReadNumber(MakeCellAddress(m_column, cells::kBlockingTimeRow), status);
+    const auto left = m_link.ReadNumber(MakeCellAddress(m_column, rows::kBlockingTime), status);
     if (left) {
         report.extra = static_cast<std::int32_t>(*left);
         TraceNumber("Blocked timer left", report.extra);

@@ -1,7 +1,6 @@
 // Entering a password on the caller's behalf: what is common to all generations of access control.
 #include "link/channel/request_pattern.h"
 
-#include "model/status/status.h"
 #include "model/values/parlane_integers.h"
 #include "model/values/parlane_text.h"
 #include "platform/trace.h"
@@ -98,7 +97,7 @@ void CP32Wrap::ClearPasswordGuard(std::unique_ptr<CParlaneData>& saved) {
     const LinkStatus written = ChangeSetting(m_entryMonitor, cells::kPasswordGuard, *zero);
     const std::unique_ptr<CParlaneData> now = ReadFirstValue(cells::kPasswordGuard, status);
     // Where no answer came through, the cell itself tells whether it was cleared.
-    const bool isAnswered = written == kLinkGood || (written & 0xFFU) == kStatusReply;
+    const bool isAnswered = written == kLinkGood || IsReply(written);
     const bool isCleared =
         !isAnswered && now != nullptr && now->GetUnsigned() == 0 && MakeZero(*now) != nullptr;
     if (!IsWriteGood(written) && !isCleared) {
@@ -133,7 +132,7 @@ SPasswordRequest CP32Wrap::BuildPasswordRequest(std::uint8_t securityColumn, std
     const std::unique_ptr<CParlaneData> generation = ReadFirstValue(cells::kSecurityVersion, status);
     version = generation == nullptr ? 0 : generation->GetUnsigned();
     if (generation != nullptr) {
-        const CellAddress cell = MakeCellAddress(securityColumn, cells::kDisplayTextRow);
+        const CellAddress cell = MakeCellAddress(securityColumn, rows::kDisplayText);
         CopyField(request.displayText, ReadFirstValue(cell, status).get());
     } else {
         ReadFirstValue(cells::kSecondIdentification, status);

@@ -1,6 +1,8 @@
 // The record and the callbacks through which an application supplies passwords and learns the outcome.
 #pragma once
 
+#include "link/seam/cell_address.h"
+
 #include <cstdint>
 
 namespace ruvo {
@@ -37,7 +39,7 @@ using GetPasswordFunction = int (*)(const SPasswordRequest& request, char** buff
 
 /// A user name: 16 characters, filled up with blanks, and a NUL.
 struct SUserName {
-    char text[17];
+    char text[kUserNameLength + 1];
 };
 static_assert(sizeof(SUserName) == 17, "callbacks see an array of char[17]");
 

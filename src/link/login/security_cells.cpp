@@ -11,8 +11,6 @@ namespace ruvo {
 
 namespace {
 
-constexpr std::uint32_t kUserNameLength = sizeof(SUserName::text) - 1;
-
 /// A user name out of a relay's text: cut or filled up with blanks.
 SUserName MakeUserName(const std::string& text) {
     SUserName name{};
@@ -64,11 +62,11 @@ std::optional<std::uint32_t> CP32Wrap::ReadPasswordLength(CellAddress cell) {
 bool CP32Wrap::ReadUserNames(std::uint8_t securityColumn, std::int64_t count, std::vector<SUserName>& names,
                              ENameTrace trace) {
     names.clear();
-    if (count > std::int64_t{cells::kMaxUsers}) {
+    if (count > static_cast<std::int64_t>(kMaxUsers)) {
         return false;
     }
     for (std::int64_t i = 0; i < count; ++i) {
-        const auto row = static_cast<std::uint8_t>(cells::kFirstUserRow + i);
+        const auto row = static_cast<std::uint8_t>(rows::kFirstUser + i);
         LinkStatus status = kLinkGood;
         const std::optional<std::string> text = ReadText(MakeCellAddress(securityColumn, row), status);
         if (!text) {

@@ -85,7 +85,7 @@ void CP32Wrap::LogWrite(CellAddress cell, const CParlaneIEC870& time, const CPar
 }
 
 void CP32Wrap::LogReply(CellAddress cell, const CParlaneIEC870& time, LinkStatus status) noexcept {
-    LogSecurityEvent(cell, "Setting reply code", time, CParlaneUint((status >> 8U) & 0xFFU, 1));
+    LogSecurityEvent(cell, "Setting reply code", time, CParlaneUint(ReplyCodeOf(status), 1));
 }
 
 void CP32Wrap::LogReset(CellAddress cell, const CParlaneIEC870& time) noexcept {
