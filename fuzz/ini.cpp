@@ -11,6 +11,7 @@
 #include "log/error_log.h"
 #include "platform/ini_text.h"
 #include "platform/profile.h"
+#include "platform/text_file.h"
 #include "tools/ini/ini_findings.h"
 #include "tools/text_encoding.h"
 

@@ -3,7 +3,7 @@
 #include "fuzz/support/input.h"
 #include "fuzz/support/require.h"
 
-#include "platform/profile.h"
+#include "platform/text_file.h"
 #include "tools/ini/ini_document.h"
 
 #include <array>

@@ -5,8 +5,8 @@
 #include "fuzz/support/require.h"
 
 #include "platform/ini_text.h"
-#include "platform/profile.h"
 #include "platform/registry.h"
+#include "platform/text_file.h"
 
 #include <array>
 #include <cstdlib>

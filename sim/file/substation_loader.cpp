@@ -1,5 +1,5 @@
 #include "platform/full_path.h"
-#include "platform/profile.h"
+#include "platform/text_file.h"
 #include "sim/file/loaders.h"
 #include "sim/file/substation.h"
 #include "sim/file/substation_error.h"

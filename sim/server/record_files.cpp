@@ -1,6 +1,6 @@
 #include "sim/server/record_files.h"
 
-#include "platform/profile.h"
+#include "platform/text_file.h"
 
 #include <algorithm>
 #include <array>

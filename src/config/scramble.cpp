@@ -2,7 +2,7 @@
 
 #include "base/secret.h"
 #include "base/tea.h"
-#include "config/key_table.h"
+#include "config/scramble_keys.h"
 #include "platform/clock.h"
 #include "platform/debug_output.h"
 
@@ -45,8 +45,8 @@ std::uint32_t WordValue(std::string_view digits) {
 
 TeaKey KeyOfIndex(unsigned index) {
     TeaKey key{};
-    const std::uint8_t* const bytes = &kKeyTable[std::size_t{index} * kKeySize];
-    for (std::size_t i = 0; i < kKeySize; ++i) {
+    const std::uint8_t* const bytes = &kScrambleKeys[std::size_t{index} * kScrambleKeySize];
+    for (std::size_t i = 0; i < kScrambleKeySize; ++i) {
         key[i / 4] |= std::uint32_t{bytes[i]} << (8 * (i % 4)); // least significant byte first
     }
     return key;
@@ -73,7 +73,7 @@ Block ToBytes(const STeaBlock& words) {
 // The C library's generator and this seed are part of the format's habits: one text per password and second.
 unsigned DrawKeyIndex() {
     std::srand(static_cast<unsigned>(UnixSeconds()));
-    return static_cast<unsigned>(std::rand()) % static_cast<unsigned>(kKeyCount);
+    return static_cast<unsigned>(std::rand()) % static_cast<unsigned>(kScrambleKeyCount);
 }
 
 } // namespace

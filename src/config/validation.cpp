@@ -4,7 +4,7 @@
 #include "config/ethernet_entry.h"
 #include "paths/path_utilities.h"
 #include "platform/ini_text.h"
-#include "platform/profile.h"
+#include "platform/text_file.h"
 
 #include <algorithm>
 #include <array>

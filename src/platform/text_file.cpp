@@ -1,7 +1,7 @@
 // Whole text files, read alike on every system.
+#include "platform/text_file.h"
 #include "base/code_page.h"
 #include "platform/files.h"
-#include "platform/profile.h"
 
 #include <array>
 

@@ -1,7 +1,7 @@
 #include "config/configuration.h"
 #include "config/ethernet_entry.h"
-#include "config/key_table.h"
 #include "config/scramble.h"
+#include "config/scramble_keys.h"
 #include "config/validation.h"
 #include "platform/full_path.h"
 #include "platform/ini_text.h"
@@ -177,7 +177,7 @@ TEST(EthernetEntry, Fields) { // the entry, its IP field, whether that is valid,
 std::string ScrambledByHand(unsigned index, const std::string& plain) {
     std::array<std::uint32_t, 4> key{}, word{};
     for (std::size_t i = 0; i < 16; ++i) {
-        key[i / 4] |= std::uint32_t{kKeyTable[index * 16 + i]} << 8 * (i % 4);
+        key[i / 4] |= std::uint32_t{kScrambleKeys[index * 16 + i]} << 8 * (i % 4);
     }
     for (std::size_t i = 0; i < plain.size(); ++i) {
         word[i / 4] |= std::uint32_t{static_cast<unsigned char>(plain[i])} << (24 - 8 * (i % 4));
@@ -216,7 +216,7 @@ TEST(Scramble, OurKeysStayAsTheyAre) { // under others no password of any site's
     if (!std::string_view(RUVO_KEY_TABLE).empty())
         GTEST_SKIP() << "this build has a site's own";
     std::uint64_t hash = 0xCBF29CE484222325; // FNV-1a
-    for (const std::uint8_t byte : kKeyTable)
+    for (const std::uint8_t byte : kScrambleKeys)
         hash = (hash ^ byte) * 0x100000001B3;
     EXPECT_EQ(hash, 0x1DCF46BFFA668FCEU);
 }

@@ -1,6 +1,7 @@
 // Every question of profile_observed.txt gets the answer that was recorded; then what that file cannot hold.
 #include "platform/ini_text.h"
 #include "platform/profile.h"
+#include "platform/text_file.h"
 #include "support/scratch_folder.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "platform/profile.h"
+#include "platform/text_file.h"
 #include "sim/server/simulated_connection.h"
 
 #include <cstdlib>

@@ -1,5 +1,5 @@
 // One entry changes, and nothing else: hand-made layouts, then generated ones.
-#include "platform/profile.h"
+#include "platform/text_file.h"
 #include "tools/ini/ini_document.h"
 
 #include <gtest/gtest.h>

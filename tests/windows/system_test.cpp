@@ -8,9 +8,9 @@
 #include "platform/full_path.h"
 #include "platform/modules.h"
 #include "platform/native_text.h"
-#include "platform/profile.h"
 #include "platform/registry.h"
 #include "platform/single_instance.h"
+#include "platform/text_file.h"
 #include "platform/windows/system.h"
 #include "windows/checks.h"
 

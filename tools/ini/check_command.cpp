@@ -9,7 +9,7 @@
 #include "platform/files.h"
 #include "platform/full_path.h"
 #include "platform/ini_text.h"
-#include "platform/profile.h"
+#include "platform/text_file.h"
 #include "tools/command.h"
 #include "tools/ini/ini_document.h"
 #include "tools/ini/ini_findings.h"

@@ -1,7 +1,7 @@
 #include "tools/ini/ini_document.h"
 
 #include "config/configuration.h"
-#include "platform/profile.h"
+#include "platform/text_file.h"
 
 #include <algorithm>
 #include <utility>

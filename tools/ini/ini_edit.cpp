@@ -4,7 +4,7 @@
 #include "config/validation.h"
 #include "platform/files.h"
 #include "platform/full_path.h"
-#include "platform/profile.h"
+#include "platform/text_file.h"
 #include "tools/ini/ini_document.h"
 #include "tools/ini/ini_findings.h"
 #include "tools/ini/program_folder.h"

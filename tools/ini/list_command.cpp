@@ -1,7 +1,7 @@
 // ruvoctl list: the relays of an INI file.
 #include "config/ethernet_entry.h"
 #include "platform/full_path.h"
-#include "platform/profile.h"
+#include "platform/text_file.h"
 #include "tools/command.h"
 #include "tools/ini/ini_document.h"
 #include "tools/ini/relay_entries.h"

@@ -1,4 +1,5 @@
 #include "platform/profile.h"
+#include "platform/text_file.h"
 
 #include "platform/ini_text.h"
 

@@ -2,7 +2,7 @@
 
 #include "platform/environment.h"
 #include "platform/ini_text.h"
-#include "platform/profile.h"
+#include "platform/text_file.h"
 
 #include <charconv>
 
