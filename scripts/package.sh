@@ -19,5 +19,5 @@ log=$(mktemp)
 trap 'rm -f "$log"' EXIT
 cmake -E chdir "build/$preset" cpack -G DEB >"$log" 2>&1 || { cat "$log" >&2; exit 1; }
 deb=$(ls "build/$preset"/ruvo_*.deb)
-scripts/sbom.sh "$preset" "$deb" >"${deb%.deb}.spdx.json"
+scripts/upkeep/sbom.sh "$preset" "$deb" >"${deb%.deb}.spdx.json"
 echo "$deb"

@@ -4,7 +4,7 @@
 #   scripts/setup.sh checks     the linters, sanitizer runtimes and valgrind as well (scripts/check.sh)
 #   scripts/setup.sh windows    the cross-compilers and the runner of scripts/windows.sh as well
 #   scripts/setup.sh fuzz       the fuzzer's compiler (scripts/fuzz.sh)
-#   scripts/setup.sh coverage   what counts covered lines (scripts/coverage.sh)
+#   scripts/setup.sh coverage   what counts covered lines (scripts/upkeep/coverage.sh)
 #   scripts/setup.sh mutants    what changes the sources on purpose (scripts/mutants.sh)
 #   scripts/setup.sh packages   what builds the Debian package (scripts/package.sh)
 #   scripts/setup.sh package-test   what examines it as well (tests/packages), some of it from npm, into build/npm
@@ -34,7 +34,7 @@ for extra in "$@"; do
     mutants) packages+=(python3 git lld) ;;
     packages) packages+=("${package_tools[@]}") ;;
     package-test)
-        # (time is for scripts/job_cost.sh, debootstrap for tests/packages/bare.sh.)
+        # (time is for scripts/upkeep/job_cost.sh, debootstrap for tests/packages/bare.sh.)
         packages+=("${package_tools[@]}" lintian mandoc man-db systemd bash-completion binutils tzdata time debootstrap)
         # Where they come from elsewhere, Debian's would be in their way.
         command -v npm >/dev/null || packages+=(nodejs npm)

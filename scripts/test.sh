@@ -36,11 +36,11 @@ leg() { # a part that needs more tools: what, the set of setup.sh that installs 
     failed=$((failed + lost))
 }
 # Each script's last line is its count.
-leg "kills at random moments" crash scripts/crash.sh
-leg "endless and silent relays" endurance scripts/endurance.sh
-leg "the Windows programs" windows scripts/windows.sh /usr/lib/wine/wine64 i686-w64-mingw32-g++-posix \
+leg "kills at random moments" crash tests/crash/run.sh
+leg "endless and silent relays" endurance tests/endurance/run.sh
+leg "the Windows programs" windows tests/windows/run.sh /usr/lib/wine/wine64 i686-w64-mingw32-g++-posix \
     x86_64-w64-mingw32-g++-posix x86_64-w64-mingw32-widl
-leg "the fuzz targets" fuzz scripts/fuzz.sh clang++
+leg "the fuzz targets" fuzz fuzz/run.sh clang++
 leg "the report in a browser" browser tests/browser/run.sh chromium chromedriver
 RUVO_BIN_DIR=$PWD/build/$preset/bin leg "the archive in a database server" database tests/database/run.sh psql sqlite3 \
     /usr/lib/postgresql/*/bin/postgres

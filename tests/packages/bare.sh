@@ -7,7 +7,7 @@ cd "$(dirname "$0")/../.."
 recipe=packaging/container/Containerfile
 scripts/setup.sh package-test >&2
 deb=$(scripts/package.sh)
-source scripts/checks.sh
+source tests/support/counting.sh
 root=$work/root
 clean_up() {
     umount "$root/proc" 2>/dev/null || true

@@ -10,7 +10,7 @@ if [ "$(id -u)" -ne 0 ]; then
 fi
 scripts/setup.sh package-test >&2
 deb=$PWD/$(scripts/package.sh)
-source scripts/checks.sh
+source tests/support/counting.sh
 
 exec 9</etc/debian_version
 flock 9 # one test at a time on a machine, which has one dpkg

@@ -21,7 +21,7 @@ using ruvo::EOptionKind;
 using ruvo::SCommand;
 using ruvo::SOption;
 
-constexpr std::string_view kBegin = "<!-- commands: made by scripts/pages.sh -->\n";
+constexpr std::string_view kBegin = "<!-- commands: made by scripts/upkeep/pages.sh -->\n";
 constexpr std::string_view kEnd = "<!-- end of commands -->\n";
 
 bool IsPositional(const SOption& option) {
@@ -208,7 +208,7 @@ int CheckPage(const std::string& path) {
     if (!page.empty() && page == Updated(page)) {
         return 0;
     }
-    std::cerr << path << ": not what the commands say of themselves; scripts/pages.sh mends that\n";
+    std::cerr << path << ": not what the commands say of themselves; scripts/upkeep/pages.sh mends that\n";
     return 1;
 }
 

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Makes the pictures of README anew: a report page of a week's events, and what ruvoctl says on a terminal.
-#   scripts/pictures.sh
+#   scripts/upkeep/pictures.sh
 set -euo pipefail
-cd "$(dirname "$0")/.."
+cd "$(dirname "$0")/../.."
 scripts/setup.sh browser
 scripts/build.sh release ruvoctl
 work=$(mktemp -d)
@@ -14,7 +14,7 @@ export PYTHONDONTWRITEBYTECODE=1 PYTHONPATH=$PWD/tests/browser
 /usr/bin/python3 tests/browser/sites.py week "$work"
 
 # The commands run where the events are, so that paths are short; what is shown is what they said.
-scripts=$PWD/scripts/pictures
+scripts=$PWD/scripts/upkeep/pictures
 (
     cd "$work"
     export PATH=$bin:$PATH COLUMNS=96

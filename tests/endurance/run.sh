@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # Relays that never end and relays that never answer, and a night of a thousand slow ones in seconds.
-#   scripts/endurance.sh
+#   tests/endurance/run.sh
 # Prints what was measured; the last line is the count of what was checked.
 set -euo pipefail
-cd "$(dirname "$0")/.."
+cd "$(dirname "$0")/../.."
 scripts/setup.sh
 scripts/build.sh release ruvo ruvoctl p32ls oncrpc
 bin=$PWD/build/release/bin

@@ -2,9 +2,9 @@
 # Writes what a Debian package was made from and what it runs with, as SPDX 2.3 in JSON, from what the build noted down
 # and dpkg knows of this machine: the packages whose headers went into the programs, the tools that built them, and the
 # installed versions of what the package depends on.
-#   scripts/sbom.sh PRESET PACKAGE.deb [ROOM...]      rooms: folders of the source whose files are in the package
+#   scripts/upkeep/sbom.sh PRESET PACKAGE.deb [ROOM...]      rooms: folders of the source whose files are in the package
 set -euo pipefail
-cd "$(dirname "$0")/.."
+cd "$(dirname "$0")/../.."
 build=build/$1 deb=$2
 shift 2
 [ $# -gt 0 ] || set -- src sim tools
@@ -59,7 +59,7 @@ END {
     print "{\n  \"spdxVersion\": \"SPDX-2.3\",\n  \"dataLicense\": \"CC0-1.0\",\n  \"SPDXID\": \"SPDXRef-DOCUMENT\","
     print "  \"name\": \"" name "-" version "-" architecture "\","
     print "  \"documentNamespace\": \"https://ruvo.invalid/spdx/" name "-" version "-" architecture "-" digest "\","
-    print "  \"creationInfo\": { \"created\": \"" created "\", \"creators\": [\"Tool: scripts/sbom.sh\"] },"
+    print "  \"creationInfo\": { \"created\": \"" created "\", \"creators\": [\"Tool: scripts/upkeep/sbom.sh\"] },"
     print "  \"packages\": [\n" part(name, version, architecture, "      \"licenseDeclared\": \"MIT\",\n      \"checksums\": [{ \"algorithm\": \"SHA256\", \"checksumValue\": \"" digest "\" }],\n") parts "\n  ],"
     print "  \"relationships\": [\n    { \"spdxElementId\": \"SPDXRef-DOCUMENT\", \"relationshipType\": \"DESCRIBES\", \"relatedSpdxElement\": \"" id(name) "\" }" relations "\n  ]\n}"
 }'

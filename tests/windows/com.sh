@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The COM connector against the simulated server's program, under Wine. The last line is the count.
-#   scripts/windows/com.sh FOLDER      the folder of test_com.exe and p32ls-sim.exe (64 bits)
+#   tests/windows/com.sh FOLDER      the folder of test_com.exe and p32ls-sim.exe (64 bits)
 # A WINEPREFIX that exists is used, and every process in it ended; without one, a fresh one is made and removed.
 set -euo pipefail
 [ -f "${1:-}/test_com.exe" ] || { echo "usage: com.sh FOLDER (with test_com.exe)" >&2; exit 2; }

@@ -2,9 +2,9 @@
 # What one job costs: one visit of a site of 1, 100 and 1000 relays with 20 events each, by the simulated comms server in
 # the same process, so that the figures are the extractor's and the simulator's together. No relay makes it wait: a real
 # visit lasts as long as its lines and relays take, at next to no cost.
-#   scripts/job_cost.sh
+#   scripts/upkeep/job_cost.sh
 set -euo pipefail
-cd "$(dirname "$0")/.."
+cd "$(dirname "$0")/../.."
 [ -x /usr/bin/time ] || scripts/setup.sh package-test >&2
 deb=$(scripts/package.sh)
 work=$(mktemp -d)

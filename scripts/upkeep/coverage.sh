@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # Runs the tests in a build that counts, and prints which share of lines and branches they reach, room by room.
-#   scripts/coverage.sh             also writes build/coverage/report/index.html
+#   scripts/upkeep/coverage.sh             also writes build/coverage/report/index.html
 # Branches that only an exception takes, which the compiler adds behind nearly every call, are left out.
 set -euo pipefail
-cd "$(dirname "$0")/.."
+cd "$(dirname "$0")/../.."
 scripts/setup.sh coverage
 scripts/build.sh coverage
 find build/coverage -name '*.gcda' -delete
