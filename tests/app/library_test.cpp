@@ -1,7 +1,6 @@
 // The shared library as other programs see it: its names, and many calls in one process.
 #include "support/scratch_folder.h"
 
-#include "base/secret.h"
 #include "include/ruvo/ruvo.h"
 #include "platform/process_protection.h"
 
@@ -81,12 +80,7 @@ TEST(Library, TwoHundredTestsLeaveNothingBehind) {
     dlclose(library);
 }
 
-TEST(Secrets, AreWipedInPlaceAndInNoDump) {
-    std::string text = "a password that does not fit into the object";
-    const std::size_t size = text.size();
-    text.resize(3); // what stands behind the end counts too
-    WipeText(text);
-    EXPECT_EQ(std::string(text.data(), size), std::string(size, '\0'));
+TEST(Secrets, AreInNoDump) {
     const auto protect = [] {
         ProtectProcessMemory();
         rlimit core{};

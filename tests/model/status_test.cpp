@@ -1,4 +1,3 @@
-#include "base/tea.h"
 #include "model/status/progress.h"
 #include "model/status/status.h"
 #include "model/status/status_strings.h"
@@ -138,8 +137,6 @@ TEST(Traces, StatesOfAFunction) {
 }
 
 TEST(EncipheredPasswords, BuiltFromPasswordAndKey) {
-    static_assert(TeaEncipher({0, 0}, {}) == STeaBlock{0x41EA3A0A, 0x94BAA940});
-    static_assert(TeaDecipher(TeaEncipher({1, 2}, {3, 4, 5, 6}), {3, 4, 5, 6}) == STeaBlock{1, 2});
     const std::string mark = " *** [ PARLANE QTV ERR  ] ";
     const std::string length = mark + "Password size must be equal to 8 bytes.\n|";
     const std::string keyLength = mark + "Encryption key size must be equal to 16 bytes (64 bits).\n|";
