@@ -6,6 +6,7 @@
 #include "model/cells/text_cells.h"
 #include "model/relay_values.h"
 #include "model/status/string_table.h"
+#include "support/case_table.h"
 
 #include <gtest/gtest.h>
 
@@ -30,42 +31,11 @@ std::unique_ptr<CCell> Cell(const std::array<std::string, 4>& values, int limits
 }
 
 TEST(Cell, Texts) {
-    const std::array<const char*, 4> cases[] = {
-        // value, template, text, raw text
-        {"2C 04 01 09 7D 01", "Voltage %k", "Voltage 230.5 V", "Voltage  230.5 V"},
-        {"2C 04 01 09 7D 01", "%k", " 230.5 V", " 230.5 V"},
-        {"2C 04 01 09 7D 01", "Voltage %s", "Voltage 230.5 V", "Voltage  230.5 V"},
-        {"24 01 07", "Ratio [%u]", "Ratio [7]", "Ratio [7]"},
-        {"24 01 07", "[%u]", "[7]", "[7]"},
-        {"24 01 07", "100%% done", "100% done", "100% done"},
-        {"24 01 07", "100%% %% is %u%%", "100% % is 7%", "100% % is 7%"},
-        {"24 01 07", "%d", "%d", "7"},
-        {"24 01 07", "\x10\x05 A\t\x19\x02\n\x14 %u\r\x1D!", ". A  . 7 !",
-         "\x10\x05 A\t\x19\x02\n\x14 7\r\x1D!"},
-        {"20 01 81", "Flags %s", "Flags 0000000010000001", "Flags 0000000010000001"},
-        {"28 01 FF", "Int %x", "Int -1", "Int -1"},
-        {"34 04 00 00 20 41", "Float %u", "Float 10.00000", "Float 10.00000"},
-        {"38 04 01 00 00 80", "Timer %s", "Timer 2147483649", "Timer 2147483649"},
-        {"3C 07 55 23 07 0D 25 02 18", "At %d", "At Monday 05 February 2024 13:07:09 GMT",
-         "At Monday 05 February 2024 13:07:09 GMT"},
-        {"3C 07 00 00 00 00 00 00 00", "At %t, and so on, beyond the forty-nine characters",
-         "At Illegal time value, and so on, beyond the forty-n",
-         "At Illegal time value, and so on, beyond the forty-n"},
-        {"44 02 02 01", "Menu %s", "Menu 258", "Menu 258"},
-        {"18 03 41 42 85", "Text %d", "Text AB\xCA", "Text AB\xCA"},
-        {"1C 02 41 42", "Password %s", "Password **", "Password **"},
-        {"64 02 0A FF", "Hex %s", "Hex 0AFF", "Hex 0AFF"},
-        {"68 03 41 54 07", "Dial %s", "Dial AT.", "Dial AT."},
-        {"6C 01 41", "Secret %s", "Secret ", "Secret "},
-        {"FF 00", "Heading 50%%", "Heading 50%", ""},
-        {"FF 00", "Heading %u", "Heading ", "Heading "},
-        {"50 01 01", "State %s", " ", ""},
-    };
-    for (const auto& [value, labelTemplate, text, rawText] : cases) {
-        const std::unique_ptr<CCell> cell = Cell(value, labelTemplate)->Clone();
-        EXPECT_EQ(cell->GetText(), text) << labelTemplate;
-        EXPECT_EQ(cell->GetRawText(), rawText) << labelTemplate;
-    }
+    ForEachCase<4>("model/cell_texts.txt", [](auto& value, auto& label, auto& text, auto& rawText) {
+        const std::unique_ptr<CCell> cell = Cell(value, label)->Clone();
+        EXPECT_EQ(cell->GetText(), text);
+        EXPECT_EQ(cell->GetRawText(), rawText);
+    });
     const std::string letters(300, 'x'), cut(255, 'x'); // a label that is no format of the value stays whole
     EXPECT_EQ(Cell("24 01 07", letters + "%u " + letters)->GetText(), cut + " 7 " + cut.substr(2));
     EXPECT_EQ(Cell("24 01 07", "%d" + letters)->GetText(), "%d" + letters);
@@ -121,62 +91,14 @@ void CheckFindings(CCell& cell, const std::string& findings) {
 }
 
 TEST(Cell, Validation) {
-    // value, minimum, maximum, step | value and maximum afterwards | findings
-    std::istringstream cases(R"(u20 u10 u30 u10 | u20 u30 |
-u20 u10 u25 u10 | u20 u20 | 229 25 10 10
-u99 u10 u5 u0 | u10 u10 | 228 5 10; 231 99 10
-u65541 u1 u131073 u65536 | u65537 u131073 | 232 65541 65536 1
-i-16 i-5 i5 i3 | i-5 i4 | 229 5 3 -5; 230 -16 -5
-i5 i-2147483648 i2147483647 i-1 | i5 i2147483647 |
-i0 i-2147483648 i2147483647 i2 | i0 i2147483646 | 229 2147483647 2 -2147483648
-x5 u0 u2 u1 | x2 u2 | 231 5 2
-f12.5 f0 f20 f3 | f12 f20 | 232 12.500000 3.000000 0.000000
-f0.3 f0 f20 f0.1 | f0.3 f20 |
-f600000.5 f0 f1000000 f1 | f600000 f1000000 | 232 600000.500000 1.000000 0.000000
-f33554432 f0 f100000000 f0.1 | f33554432 f100000000 |
-30_06_FF_FF_FF_7F_7E_00 30_06_00_00_00_00_7E_00 30_06_FF_FF_FF_7F_7F_00 30_06_03_00_00_00_7E_00 | 30_06_CD_CC_CC_0C_7F_00 30_06_FF_FF_FF_7F_7F_00 | 232 2147483647.000000 3.000000 0.000000
-2C_04_FF_7F_7E_00 2C_04_01_00_7E_00 2C_04_39_30_7E_00 2C_04_00_00_7E_00 | 2C_04_39_30_7E_00 2C_04_39_30_7E_00 | 231 32767.000000 12345.000000
-24_01_FF 24_02_00_00 24_02_00_10 24_02_02_00 | 24_01_FE 24_02_00_10 | 232 255 2 0
-V0.3 V0 V20 V0.1 | V0.3 V20 |
-V-7 V-5 V20 V0 | V-5 V20 | 230 -7.000000 -5.000000
-30_06_07_00_00_00_7E_02 V9 V20 V0 | 30_06_00_E9_A4_35_76_02 V20 | 230 7.000000 9.000000
-2C_04_07_00_7E_02 V9 V20 V0 | 2C_04_28_23_7B_02 V20 | 230 7.000000 9.000000
-V13 V0 V-5 V-3 | V0 V0 | 237 -3.000000; 228 -5.000000 0.000000; 231 13.000000 0.000000
-b171 u15 u9 u2 | b11 u8 | 225 0x00000002; 226 9 8; 227 0x000000ab 0x0000000f
-18_04_41_62_21_20 u65 u90 u2 | 18_04_41_5A_41_41 u90 | 225 2; 238 Ab!_
-18_01_41 u66 u65 u1 | 18_01_42 u66 | 228 65 66; 238 A
-t3141 FF FF S100 | 3C_07_28_23_07_8D_25_02_18 FF | 233 Monday_05_February_2024_13:07:09.045_st 100
-t2148 FF FF S2015 | 3C_07_00_00_8F_0D_25_02_18 FF | 234 Monday_05_February_2024_13:20:09.045_GMT 15
-t2015 FF FF S2015 | 3C_07_00_00_0F_0D_25_02_18 FF | 234 Monday_05_February_2024_13:15:09.045_GMT 15
-3C_07_00_00_0F_0D_25_02_18 FF FF S2015 | 3C_07_00_00_0F_0D_25_02_18 FF |
-t FF FF S3006 | 3C_07_00_00_00_0C_25_02_18 FF | 235 Monday_05_February_2024_13:07:09.045_GMT 6
-3C_07_00_00_00_0D_25_02_18 FF FF S3006 | 3C_07_00_00_00_0C_25_02_18 FF | 235 Monday_05_February_2024_13:00:00.000_GMT 6
-3C_07_00_00_07_0C_25_02_18 FF FF S3006 | 3C_07_00_00_00_0C_25_02_18 FF | 235 Monday_05_February_2024_12:07:00.000_GMT 6
-3C_07_01_00_00_0C_25_02_18 FF FF S3006 | 3C_07_00_00_00_0C_25_02_18 FF | 235 Monday_05_February_2024_12:00:00.001_GMT 6
-3C_07_00_00_00_0C_25_02_18 FF FF S3006 | 3C_07_00_00_00_0C_25_02_18 FF |
-t FF FF S4001 | 3C_07_00_00_00_00_25_02_18 FF | 236 Monday_05_February_2024_13:07:09.045_GMT
-3C_07_00_00_00_0C_25_02_18 FF FF S4001 | 3C_07_00_00_00_00_25_02_18 FF | 236 Monday_05_February_2024_12:00:00.000_GMT
-3C_07_00_00_07_00_25_02_18 FF FF S4001 | 3C_07_00_00_00_00_25_02_18 FF | 236 Monday_05_February_2024_00:07:00.000_GMT
-3C_07_01_00_00_00_25_02_18 FF FF S4001 | 3C_07_00_00_00_00_25_02_18 FF | 236 Monday_05_February_2024_00:00:00.001_GMT
-3C_07_00_00_00_00_25_02_18 FF FF S4001 | 3C_07_00_00_00_00_25_02_18 FF |
-t FF FF 3C_07_64_00_0F_06_01_00_00 | 3C_07_28_23_07_0D_25_02_18 FF | 233 Monday_05_February_2024_13:07:09.045_GMT 100
-t FF FF 3C_07_00_00_0F_06_01_00_00 | 3C_07_00_00_00_0D_25_02_18 FF | 234 Monday_05_February_2024_13:07:09.045_GMT 15
-t FF FF 3C_07_00_00_00_06_01_00_00 | 3C_07_00_00_00_0C_25_02_18 FF | 235 Monday_05_February_2024_13:07:09.045_GMT 6)");
-    for (std::string row; std::getline(cases, row);) {
-        SCOPED_TRACE(row);
-        std::array<std::string, 8> words; // the bars are two of them
-        std::istringstream parts(row);
-        for (std::string& word : words) {
-            parts >> word;
-        }
-        std::string findings;
-        std::getline(parts >> std::ws, findings);
-        const auto cell = Cell({words[0], words[1], words[2], words[3]}, 0);
+    ForEachCase<7>("model/cell_findings.txt", [](auto& value, auto& minimum, auto& maximum, auto& step,
+                                                 auto& valueAfter, auto& maximumAfter, auto& findings) {
+        const auto cell = Cell({value, minimum, maximum, step}, 0);
         CheckFindings(*cell, findings);
-        EXPECT_EQ(ToBytes(cell->GetValue()), ToBytes(FromWord(words[5]).get()));
-        EXPECT_EQ(ToBytes(cell->GetMaximum()), ToBytes(FromWord(words[6]).get()));
-        CheckFindings(*cell, words[3] == "V-3" ? "237 -3.000000" : "");
-    }
+        EXPECT_EQ(ToBytes(cell->GetValue()), ToBytes(FromWord(valueAfter).get()));
+        EXPECT_EQ(ToBytes(cell->GetMaximum()), ToBytes(FromWord(maximumAfter).get()));
+        CheckFindings(*cell, step == "V-3" ? "237 -3.000000" : "");
+    });
     for (const std::string type : {"24 01 ", "50 01 "}) { // no room for the limit
         const auto narrow = Cell({type + "05", "24 02 2C 01", "24 02 00 10", "24 02 01 00"}, 0);
         CheckFindings(*narrow, "230 5 300");

@@ -6,6 +6,7 @@
 #include "model/values/parlane_number.h"
 #include "model/values/parlane_text.h"
 #include "model/values/parlane_time.h"
+#include "support/hex.h"
 
 #include <algorithm>
 #include <functional>
@@ -32,15 +33,10 @@ inline Value Time(CParlaneIEC870::Octets octets, double change) {
     return Make<CParlaneIEC870>(octets);
 }
 
-inline Bytes FromHex(const std::string& hex) {
-    std::string blanks = hex;
-    std::replace(blanks.begin(), blanks.end(), '_', ' ');
-    std::istringstream text(blanks);
-    Bytes bytes;
-    for (unsigned octet = 0; text >> std::hex >> octet;) {
-        bytes.push_back(static_cast<std::uint8_t>(octet));
-    }
-    return bytes;
+/// Hexadecimal octets, blanks or "_" between them.
+inline Bytes FromHex(std::string hex) {
+    std::ranges::replace(hex, '_', ' ');
+    return Hex(hex);
 }
 
 /// A value from its kind's letter and a number, or from tagged hex.

@@ -1,10 +1,7 @@
+#include "model/relay_values.h"
 #include "model/values/character_set.h"
-#include "model/values/data_factory.h"
-#include "model/values/parlane_integers.h"
 #include "model/values/parlane_location.h"
-#include "model/values/parlane_number.h"
-#include "model/values/parlane_text.h"
-#include "model/values/parlane_time.h"
+#include "support/case_table.h"
 
 #include <gtest/gtest.h>
 
@@ -17,25 +14,14 @@
 namespace ruvo {
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
+using namespace test;
 
-Bytes FromHex(const std::string& text) {
-    Bytes bytes;
-    for (std::size_t i = 0; i + 1 < text.size(); i += 3) {
-        bytes.push_back(static_cast<std::uint8_t>(std::stoul(text.substr(i, 2), nullptr, 16)));
-    }
-    return bytes;
-}
-
+/// Tagged hex with blanks, as the tables have it.
 std::string Tagged(const CParlaneData* value) {
-    Bytes bytes;
-    CDataFactory::AppendTagged(value, bytes);
-    std::string text;
-    for (const std::uint8_t octet : bytes) {
-        constexpr const char* kDigits = "0123456789ABCDEF";
-        text += {kDigits[octet / 16], kDigits[octet % 16], ' '};
-    }
-    return text.substr(0, text.size() - 1);
+    std::string text = HexDigits(ToBytes(value));
+    for (std::size_t at = 2; at < text.size(); at += 3)
+        text.insert(at, " ");
+    return text;
 }
 
 std::string Tagged(const std::unique_ptr<CParlaneData>& value) {
@@ -43,20 +29,6 @@ std::string Tagged(const std::unique_ptr<CParlaneData>& value) {
 }
 
 TEST(Values, DecodeAndEncodeAgain) {
-    // An empty output stands for the bytes that went in.
-    const std::tuple<const char*, const char*, const char*, std::uint32_t, double> kCases[] = {
-        {"flags of four", "20 04 01 02 03 84", "", 0x84030201, 0},
-        {"signed byte", "28 01 80", "", 0xFFFFFF80, 0},
-        {"signed of three reads 0", "28 03 FF FF FF", "28 03 00 00 00", 0, 0},
-        {"short number -5", "2C 04 05 80 7E 01", "", 0, -5},
-        {"long number", "30 06 FF FF FF FF 7D 21", "", 0, -214748364.7},
-        {"signalling NaN comes back", "34 04 01 00 80 7F", "", 0, std::nan("")},
-        {"float with bytes behind", "34 05 00 00 40 C0 07", "34 04 00 00 40 C0", 0, -3},
-        {"timer with bytes behind", "38 05 01 00 00 80 07", "38 04 01 00 00 80", 0, 0},
-        {"reply of three keeps its size", "48 03 0D 0E 0F", "48 03 0D 0E 00", 0x0D, 0},
-        {"no data becomes invalid", "58 01 07", "FF 00", 0, 0},
-        {"invalid with bytes", "FF 02 01 02", "FF 00", 0, 0},
-        {"bytes behind the length are ignored", "24 01 07 99 99", "24 01 07", 7, 0}};
     for (const char* refused :
          {"20 00", "20 05 01 02 03 04 05", "24 00", "24 05 01 02 03 04 05", "2C 06 01 00 00 00 7E 00",
           "30 04 01 00 7E 00", "34 03 00 00 40", "38 03 01 02 03", "3C 06 55 23 07 0D 25 02",
@@ -64,52 +36,22 @@ TEST(Values, DecodeAndEncodeAgain) {
           "17 01 00", "14 00"}) {
         EXPECT_EQ(CDataFactory::CreateTagged(FromHex(refused)), nullptr) << refused;
     }
-    for (const auto& [name, in, written, number, real] : kCases) {
-        SCOPED_TRACE(name);
-        const std::string out = *written != '\0' ? written : in;
+    ForEachCase<4>("model/values.txt", [](auto& in, auto& written, auto& number, auto& real) {
         const auto value = CDataFactory::CreateTagged(FromHex(in));
         ASSERT_NE(value, nullptr);
-        EXPECT_EQ(std::tuple(Tagged(value->Clone()), value->GetUnsigned()), std::tuple(out, number));
-        EXPECT_TRUE(value->GetFloat() == real || std::isnan(real)) << value->GetFloat();
-    }
+        EXPECT_EQ(Tagged(value->Clone()), written.empty() ? in : written);
+        EXPECT_EQ(value->GetUnsigned(), std::stoul(number, nullptr, 0));
+        EXPECT_TRUE(real == "nan" ? std::isnan(value->GetFloat()) : value->GetFloat() == std::stod(real));
+    });
 }
 
 TEST(Values, DefaultLimits) {
-    const std::tuple<const char*, const char*, const char*, const char*> kCases[] = {
-        {"18 02 41 42", "24 01 00", "24 01 FF", "24 01 01"},
-        {"1C 02 41 42", "24 01 00", "24 01 FF", "24 01 01"},
-        {"20 02 00 00", "24 02 FF FF", "24 02 10 00", "24 02 01 00"},
-        {"24 01 07", "24 01 00", "24 01 FF", "24 01 01"},
-        {"24 02 07 00", "24 02 00 00", "24 02 FF FF", "24 02 01 00"},
-        {"24 03 07 00 00", "none", "none", "none"},
-        {"24 04 07 00 00 00", "24 04 00 00 00 00", "24 04 FF FF FF FF", "24 04 01 00 00 00"},
-        {"28 01 07", "28 01 80", "28 01 7F", "28 01 01"},
-        {"28 02 07 00", "28 02 00 80", "28 02 FF 7F", "28 02 01 00"},
-        {"28 04 07 00 00 00", "28 04 00 00 00 80", "28 04 FF FF FF 7F", "28 04 01 00 00 00"},
-        {"2C 04 05 80 7E 03", "2C 04 FF FF 90 03", "2C 04 FF 7F 90 03", "2C 04 00 00 00 03"},
-        {"30 06 05 00 00 80 7E 03", "30 06 FF FF FF FF 90 03", "30 06 FF FF FF 7F 90 03",
-         "30 06 00 00 00 00 00 03"},
-        {"34 04 00 00 00 00", "34 04 FF FF 7F FF", "34 04 FF FF 7F 7F", "34 04 00 00 00 00"},
-        {"38 04 00 00 00 00", "24 02 00 00", "24 02 FF FF", "24 02 01 00"},
-        {"3C 07 00 00 00 00 01 01 62", "3C 07 00 00 00 00 00 00 00", "3C 07 5F EA 3B 17 1F 0C 63",
-         "3C 07 01 00 00 00 00 00 00"},
-        {"44 02 01 02", "44 02 00 00", "44 02 FF FF", "44 02 01 01"},
-        {"48 01 05", "24 01 00", "24 01 FF", "24 01 01"},
-        {"48 02 05 06", "24 02 00 00", "24 02 FF FF", "24 02 01 00"},
-        {"48 03 05 06 07", "none", "none", "none"},
-        {"50 01 00", "24 01 00", "24 01 FF", "24 01 01"},
-        {"50 02 00 00", "24 02 00 00", "24 02 FF FF", "24 02 01 00"},
-        {"50 04 00 00 00 00", "none", "none", "none"},
-        {"58 00", "FF 00", "FF 00", "FF 00"},
-        {"64 02 0A FF", "24 01 00", "24 01 FF", "24 01 01"},
-        {"68 02 41 54", "68 00", "68 00", "68 00"},
-        {"6C 02 41 42", "24 01 00", "24 01 FF", "24 01 01"}};
-    for (const auto& [in, minimum, maximum, step] : kCases) {
+    ForEachCase<4>("model/default_limits.txt", [](auto& in, auto& minimum, auto& maximum, auto& step) {
         const auto value = CDataFactory::CreateTagged(FromHex(in));
-        EXPECT_EQ(Tagged(value->CreateMinimum()), minimum) << in;
-        EXPECT_EQ(Tagged(value->CreateMaximum()), maximum) << in;
-        EXPECT_EQ(Tagged(value->CreateStep()), step) << in;
-    }
+        EXPECT_EQ(Tagged(value->CreateMinimum()), minimum);
+        EXPECT_EQ(Tagged(value->CreateMaximum()), maximum);
+        EXPECT_EQ(Tagged(value->CreateStep()), step);
+    });
 }
 
 TEST(Values, TaggedValuesCutShortAreRefused) {
