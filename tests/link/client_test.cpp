@@ -1,14 +1,10 @@
 // The client of the comms server: life, command discipline, requests and their replies.
-#include "support/fake_system.h"
-#include "support/scripted_server.h"
+#include "support/linked_test.h"
 
-#include "link/client.h"
 #include "model/status/progress.h"
 #include "model/values/parlane_integers.h"
 #include "model/values/parlane_text.h"
 #include "model/values/parlane_time.h"
-
-#include <gtest/gtest.h>
 
 #include <array>
 #include <chrono>
@@ -17,19 +13,7 @@
 
 namespace ruvo::test {
 
-class Client : public testing::Test {
-protected:
-    Client() {
-        g_debugOutput.clear();
-        EXPECT_EQ(CP32Wrap::CreateInstance(), kLinkGood);
-        link = CP32Wrap::GetInstance();
-        link->SetDeviceAddress(5);
-    }
-    ~Client() override { CP32Wrap::DestroyInstance(); }
-
-    CScriptedServer server;
-    CP32Wrap* link = nullptr;
-};
+using Client = LinkedTest;
 
 TEST(ClientLife, AServerThatCannotBeHadLeavesNoClient) {
     for (bool CScriptedServer::*refusal :

@@ -1,10 +1,10 @@
 // Hashed passwords, their salt, and the crypto provider behind them.
 #include "fake_modules.h"
+#include "support/case_table.h"
+#include "support/fake_system.h"
 
 #include "link/login/hashed_password.h"
 #include "platform/modules.h"
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <dlfcn.h>
@@ -13,7 +13,6 @@
 
 namespace ruvo {
 
-inline std::string g_debugOutput; // as support/fake_system.h has it
 using test::g_modules;
 
 struct CModule::SHandle {
@@ -131,20 +130,9 @@ TEST_F(HashedPassword, WithoutAWholeProviderThereIsNoDigest) {
 }
 
 TEST_F(HashedPassword, WhereTheProviderIsLookedFor) {
-    const std::array<const char*, 3> rows[] = {
-        {"\\\\srv\\K.DLL", "C:\\a\\ruvo.exe", "\\\\srv\\K.DLL"},
-        {"q:\\K.DLL", "C:\\a\\ruvo.exe", "q:\\K.DLL"},
-        {"C:", "C:\\a\\ruvo.exe", "C:\\a\\C:"},
-        {"C:K.DLL", "C:\\a\\ruvo.exe", "C:\\a\\C:K.DLL"},
-        {"1:\\K.DLL", "C:\\a\\ruvo.exe", "C:\\a\\1:\\K.DLL"},
-        {"K.DLL", "C:\\a\\testhost.x86.exe", "C:\\cur\\K.DLL"},
-        {"K.DLL", "C:\\a\\testhos1exe", "C:\\cur\\K.DLL"}, // the pattern's last letter may be absent
-        {"K.DLL", "C:\\a\\testhosexe", "C:\\a\\K.DLL"},
-        {"K.DLL", "C:\\a\\testhost.exe.old", "C:\\a\\K.DLL"},
-        {"K.DLL", "C:\\testhost.exe\\ruvo.exe", "C:\\testhost.exe\\K.DLL"},
-    };
-    for (const auto& [name, executable, want] : rows)
-        EXPECT_EQ(ResolveCryptoLibraryPath(name, executable, "C:\\cur"), want);
+    test::ForEachCase<3>("link/crypto_library_paths.txt", [](auto& name, auto& program, auto& want) {
+        EXPECT_EQ(ResolveCryptoLibraryPath(name, program, "C:\\cur"), want);
+    });
     EXPECT_EQ(ResolveCryptoLibraryPath("L.DLL", "C:\\a\\testhost.x86.exe", "C:\\cur"), "C:\\a\\L.DLL");
     EXPECT_EQ(g_debugOutput, "Unit tests error, C:\\cur\\L.DLL file not found\n");
 }

@@ -1,91 +1,43 @@
 // How login flows end: what the application and the trace are told, and the questions that they ask
 // beforehand.
 #include "login_fixture.h"
+#include "support/case_table.h"
 
 namespace ruvo::test {
 namespace {
 
 TEST_F(LoginFlows, WhatTheApplicationIsToldOfEachAnswer) {
-    struct SRow {
-        int version;
-        std::int64_t answer;
-        std::string attempts, blocking; ///< values of 9C.11 and 9C.12, empty for none
-        std::string told, trace; ///< the second call; what follows each "Password dialog : Password : "
-    };
-    const SRow rows[] = {
-        {1, 0x0411, "240102", "", "4,2;", "incorrect|Attempts remaining : 2|"},
-        {1, 0x0411, "", "", "4,-1;", "incorrect|"},
-        {1, 0x0411, "240100", "", "4,0;", "incorrect|Attempts remaining : 0|"},
-        {1, 0x0B11, "", "24022C01", "5,300;", "blocked|Blocked timer left : 300|"},
-        {1, 0x0B11, "", "5800", "5,-1;", "blocked|"},
-        {1, 0x0B11, "", "", "9,-1;", "blocked|"},
-        {1, 0x0511, "", "", "6,-1;", "error|"},
-        {2, 0x0411, "240101", "", "4,1;", "incorrect|Attempts remaining : 1|"},
-        {2, 0x0411, "240100", "28013C", "5,60;", "incorrect|blocked|Blocked timer left : 60|"},
-        {2, 0x0411, "240100", "", "9,-1;", "incorrect|blocked|"},
-        {2, 0x0411, "5800", "", "4,-1;", "incorrect|"},
-        {2, 0x0511, "", "", "8,-1;", "Target cell is not settable|"},
-        {2, 0x0B11, "", "", "6,-1;", "error|"},
-        {2, 0x0E11, "", "", "6,-1;", "error|"},
-        {3, 0x0411, "240101", "", "4,1;", "incorrect|Attempts remaining : 1|"},
-        {3, 0x0411, "240100", "", "9,-1;", "incorrect|blocked|"},
-        {3, 0x0511, "", "", "8,-1;", "Target cell is not settable|"},
-        {4, 0x0E11, "", "", "7,-1;", "invalid username|"},
-        {4, CScriptedServer::kComFailure, "", "", "6,-1;", "error|"},
-    };
     const std::string flows[] = {"", "EnterCyberSecurityPassword", kUserFlow, kUserFlow + "CSEd3",
                                  kUserFlow + "CSEd3"};
-    for (const SRow& row : rows) {
-        SetRelay(row.version);
-        server.statuses["ChangeSetting 00.E1"] = row.answer;
-        server.values[0x9C11] = row.attempts;
-        server.values[0x9C12] = row.blocking;
-        std::erase_if(server.values, [](const auto& cell) { return cell.second.empty(); });
+    ForEachCase<6>("link/login_answers.txt", [&](auto& version, auto& answer, auto& attempts, auto& blocking,
+                                                 auto& told, auto& want) {
+        SetRelay(std::stoi(version));
+        server.statuses["ChangeSetting 00.E1"] = std::stoll(answer, nullptr, 0);
+        SetValues({{0x9C11, attempts}, {0x9C12, blocking}});
         EXPECT_EQ(Enter(), kLinkAborted);
-        EXPECT_EQ(g_told, "0,-1;" + row.told) << row.version << row.trace;
-        const std::string mark = "|E " + flows[row.version] + " : Password dialog : Password : ";
+        EXPECT_EQ(g_told, "0,-1;" + told);
+        const std::string mark = "|E " + flows[std::stoul(version)] + " : Password dialog : Password : ";
         std::string trace;
         for (std::size_t at = flow.find(mark); at != std::string::npos; at = flow.find(mark, at + 1))
             trace += flow.substr(at + mark.size(), flow.find('|', at + 1) + 1 - at - mark.size());
-        EXPECT_EQ(trace, row.trace) << row.version;
+        EXPECT_EQ(trace, want);
         EXPECT_TRUE(flow.ends_with("|cancelled|"));
-    }
+    });
 }
 
 TEST_F(LoginFlows, WhatEndsAUserLogin) {
-    struct SRow {
-        std::string trace;
-        CellAddress cell;
-        std::string value, refused; ///< of the cell, empty for none; a call answered with 0x0611
-        std::size_t writes;
-    };
-    const char* kCount = "The number of users obtained from the device is equal or smaller than 0";
-    const char* kList = "Error during obtaining list of users from the device";
-    const SRow rows[] = {
-        {"Error during obtaining number of users from the device", 0x00F2, "", "", 0},
-        {kCount, 0x00F2, "240100", "", 0},
-        {kCount, 0x00F2, "2804FFFFFFFF", "", 0},
-        {kList, 0x00F2, "2401E0", "", 0}, // one more than the column has rows
-        {kList, 0x00F2, "2404FFFFFFFF", "", 0},
-        {kList, 0x9C22, "", "", 0},
-        {kList, 0x9C22, "240101", "", 0},
-        {"Error during sending username", 0x9C01, "", "SetValue 00.F1", 1},
-        {"Error during sending salt", 0x9C01, "", "SetValue 00.E5", 2},
-        {"Exception occured during method execution", 0x9C01, "", "", 0},
-    };
     for (const int version : {2, 3}) {
-        for (const SRow& row : rows) {
-            SetRelay(version);
-            server.values[row.cell] = row.value;
-            std::erase_if(server.values, [](const auto& cell) { return cell.second.empty(); });
-            server.statuses[row.refused] = 0x0611;
-            g_fail = row.trace.starts_with("Exception");
-            EXPECT_EQ(Enter(), kLinkAborted);
-            EXPECT_TRUE(
-                flow.ends_with("E " + kUserFlow + (version == 2 ? "" : "CSEd3") + " : " + row.trace + "|"))
-                << flow;
-            EXPECT_EQ(written.size(), row.writes) << version << row.trace << row.value;
-        }
+        const std::string start = "E " + kUserFlow + (version == 2 ? "" : "CSEd3") + " : ";
+        ForEachCase<5>("link/user_login_ends.txt",
+                       [&](auto& trace, auto& cell, auto& value, auto& refused, auto& writes) {
+                           SetRelay(version);
+                           SetValues({{static_cast<CellAddress>(std::stoul(cell, nullptr, 0)), value}});
+                           server.statuses[refused] = 0x0611;
+                           g_fail = trace.starts_with("Exception");
+                           EXPECT_EQ(Enter(), kLinkAborted) << version;
+                           EXPECT_TRUE(flow.ends_with(start + trace + "|")) << flow;
+                           EXPECT_EQ(written.size(), std::stoul(writes)) << version;
+                       });
     }
     g_fail = false;
     SetRelay(2);
@@ -114,47 +66,27 @@ TEST_F(LoginFlows, WithoutACallbackOrWithOneThatFails) {
 }
 
 TEST_F(LoginFlows, Determinations) {
-    const std::tuple<const char*, const char*, LinkStatus, unsigned, bool> rows[] = {
-        {"240100", "", 0, 4, false},        {"240101", "", 0, 8, false}, {"240102", "", 0, 16, false},
-        {"240103", "240100", 0, 16, false}, {"240103", "", 0, 32, true}, {"", "", 18, 4, false}};
-    CP32Wrap& link = *CP32Wrap::GetInstance();
+    ForEachCase<6>("link/determinations.txt",
+                   [this](auto& version, auto& probe, auto& asked, auto& status, auto& want, auto& events) {
+                       server.values.clear();
+                       SetValues({{0x00DF, version}, {0x00F4, probe}});
+                       g_events.clear();
+                       std::uint32_t number = 0;
+                       bool supported = true;
+                       EXPECT_EQ(asked == "password" ? link->DetermineCSPasswordMaxLength(number)
+                                 : asked == "user"   ? link->DetermineCSUsernameMaxLength(number)
+                                                     : link->DetermineCSSATSupported(supported),
+                                 std::stoul(status));
+                       EXPECT_EQ(asked == "long" ? supported : number, std::stoul(want));
+                       FlushTrace();
+                       EXPECT_EQ(g_events, events);
+                   });
     const std::string error = "Error during obtaining ";
-    for (const auto& [version, probe, status, wantLength, wantSupported] : rows) {
-        server.values = {{0x00DF, version}, {0x00F4, probe}};
-        std::erase_if(server.values, [](const auto& cell) { return cell.second.empty(); });
-        g_events.clear();
-        std::uint32_t length = 0;
-        std::uint32_t userLength = 0;
-        bool supported = true;
-        EXPECT_EQ(link.DetermineCSPasswordMaxLength(length), status);
-        EXPECT_EQ(link.DetermineCSUsernameMaxLength(userLength), status);
-        EXPECT_EQ(link.DetermineCSSATSupported(supported), status);
-        EXPECT_EQ(std::tuple(length, userLength, supported), std::tuple(wantLength, 16U, wantSupported));
-        FlushTrace();
-        const std::string number = version[0] == 0 ? "" : version + 5;
-        const std::string read =
-            number.empty() ? "GetValue 00.DF|E ExtractCSVersion : " + error + "Cyber Security version.|"
-                           : "GetValue 00.DF|I ExtractCSVersion : Cyber Security version: " + number + "|";
-        const std::string probed = number != "3"
-                                       ? ""
-                                       : "GetValue 00.F4|I ExtractCSEd3SATSupported : CP32Wrap::GetValue: " +
-                                             std::string(wantSupported ? "273|" : "0|");
-        const std::string known =
-            read + probed +
-            "I DetermineCSPasswordMaxLength : Password length: " + std::to_string(wantLength) + "|" + read +
-            (number == "2" ? "" : "I DetermineCSUsernameMaxLength : Username length: 16|") + read + probed +
-            "E DetermineCSSATSupported(): Is Cyber Security SAT supported: " + (wantSupported ? "1|" : "0|");
-        const std::string unknown =
-            read + "I DetermineCSPasswordMaxLength : Enable to extract CS version.|" + read +
-            "E DetermineCSUsernameMaxLength : " + error + "length of username from the device|" + read +
-            "I DetermineCSSATSupported : " + error + "whether is Cyber Security SAT supported.|";
-        EXPECT_EQ(g_events, number.empty() ? unknown : known);
-    }
     SetRelay(3);
     server.values.erase(0x00F2);
     g_events.clear();
     std::vector<SUserName> names;
-    EXPECT_EQ(link.ExtractCSAvailableUsernames(names), kLinkAborted);
+    EXPECT_EQ(link->ExtractCSAvailableUsernames(names), kLinkAborted);
     FlushTrace();
     EXPECT_EQ(g_events, "GetValue BF.12|GetValue 00.DF|I ExtractCSVersion : Cyber Security version: 3|"
                         "I DetermineCSUsernameMaxLength : Username length: 16|GetValue 00.F2|"
@@ -166,9 +98,8 @@ TEST_F(LoginFlows, Determinations) {
 }
 
 TEST_F(LoginFlows, ANewHashedPassword) {
-    const auto change = [](int flag) {
-        CP32Wrap& link = *CP32Wrap::GetInstance();
-        return link.ChangeHashedPasswordSettingForCSEd3(nullptr, 0x9C31, "ADMIN", "abc", flag);
+    const auto change = [this](int flag) {
+        return link->ChangeHashedPasswordSettingForCSEd3(nullptr, 0x9C31, "ADMIN", "abc", flag);
     };
     const std::string digest = "BA7816BF8F01CFEA414140DE5DAE2223B00361A396177A9CB410FF61F20015AD"; // of "abc"
     EXPECT_EQ(change(1) + change(0), kLinkGood);

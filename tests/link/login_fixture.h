@@ -3,23 +3,16 @@
 #pragma once
 
 #include "fake_modules.h"
-#include "support/scripted_server.h"
+#include "support/linked_test.h"
 
-#include "link/client.h"
 #include "link/login/crypto_library.h"
-
-#include <gtest/gtest.h>
 
 #include <cstring>
 #include <sstream>
 #include <stdexcept>
 #include <thread>
 
-namespace ruvo {
-
-inline std::string g_debugOutput; // as support/fake_system.h has it
-
-namespace test {
+namespace ruvo::test {
 
 inline std::string g_events; ///< server calls, callbacks and trace lines in their order, "|" behind each
 inline std::string g_told;   ///< code and extra of every callback call
@@ -63,7 +56,7 @@ inline int Answer(char*& password, std::uint32_t length, int code, std::int32_t 
     return g_declineAt-- > 0 ? 0 : 1;
 }
 
-class LoginFlows : public testing::Test {
+class LoginFlows : public LinkedTest {
 protected:
     LoginFlows() {
         CryptoLibrary::Uninitialize();
@@ -72,12 +65,9 @@ protected:
         CP32Wrap::SetPasswordAcceptedCallback([](const char* model) { return Note("accepted ", model); });
         CP32Wrap::SetLoginAcceptedCallback([](const char* model) { Note("login ", model); });
         CP32Wrap::SetLoginCancelledCallback([] { Note("cancelled"); });
-        EXPECT_EQ(CP32Wrap::CreateInstance(), kLinkGood);
-        CP32Wrap::GetInstance()->SetDeviceAddress(200);
         server.onCall = [this](SCall& call) { return OnCall(call); };
     }
     ~LoginFlows() override {
-        CP32Wrap::DestroyInstance();
         SetCallbacks(false);
         CP32Wrap::SetPasswordAcceptedCallback(nullptr);
         CP32Wrap::SetLoginAcceptedCallback(nullptr);
@@ -138,6 +128,12 @@ protected:
             server.values[cell] = TextHex(text);
     }
 
+    /// Tagged values in hex; a cell of none is taken away.
+    void SetValues(const std::map<CellAddress, std::string>& values) {
+        for (const auto& [cell, value] : values)
+            value.empty() ? void(server.values.erase(cell)) : void(server.values[cell] = value);
+    }
+
     /// Enters a password. `flow` becomes the events between the common beginning and the guard's restoration.
     LinkStatus Enter(bool again = false) {
         g_told.clear();
@@ -145,7 +141,7 @@ protected:
         g_debugOutput.clear();
         written.clear();
         g_declineAt = 1;
-        const LinkStatus status = CP32Wrap::GetInstance()->EnterPassword(nullptr, again);
+        const LinkStatus status = link->EnterPassword(nullptr, again);
         FlushTrace();
         const std::string end = "ChangeSetting BF.03|", mark = "Cyber Security version: ";
         EXPECT_TRUE(g_events.ends_with(end) && written.size() >= 2 && written.back() == "240107") << g_events;
@@ -170,12 +166,10 @@ protected:
         EXPECT_EQ(written.at(2), "1C40" + TextHex(digest).substr(4));
     }
 
-    CScriptedServer server;
     std::string flow;
     std::vector<std::string> written; ///< tagged values in hex, without those of the guard cell
 };
 
 inline const std::string kUserFlow = "EnterCyberSecurityBrickIntegratedLoginAndPassword";
 
-} // namespace test
-} // namespace ruvo
+} // namespace ruvo::test

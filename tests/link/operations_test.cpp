@@ -1,23 +1,16 @@
 // Every operation of the client: the calls it makes with all their arguments, what it puts out, and what the
 // statuses make of both.
-#include "support/scripted_server.h"
+#include "support/linked_test.h"
 
-#include "link/client.h"
 #include "model/values/data_factory.h"
 #include "model/values/parlane_integers.h"
 #include "model/values/parlane_time.h"
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
 #include <regex>
 
-namespace ruvo {
-
-inline std::string g_debugOutput; // as support/fake_system.h has it
-
-namespace test {
+namespace ruvo::test {
 namespace {
 
 /// All that an operation can put out, holding something else before.
@@ -69,7 +62,7 @@ constexpr CellAddress kCell = 0xBF15;
 const std::string kAt = " UI1(200) I2(BF15)";
 const std::string kColumn = " UI1(200) UI1(191)";
 
-#define RUN(call) [](CP32Wrap& link, [[maybe_unused]] SOutputs& out) { return link.call; }
+#define RUN(call) [](CP32Wrap& client, [[maybe_unused]] SOutputs& out) { return client.call; }
 
 const SRow kRows[] = {
     {"OpenPort BSTR(\"COM1\") BSTR(\"9600,E,8,1\")", "", RUN(OpenPort(nullptr, "COM1", "9600,E,8,1")), false},
@@ -136,14 +129,8 @@ void Fill(SCall& call) {
     }
 }
 
-class Operations : public testing::Test {
+class Operations : public LinkedTest {
 protected:
-    Operations() {
-        EXPECT_EQ(CP32Wrap::CreateInstance(), kLinkGood);
-        CP32Wrap::GetInstance()->SetDeviceAddress(200);
-    }
-    ~Operations() override { CP32Wrap::DestroyInstance(); }
-
     /// Runs one; its status and what it put out. Its last call is answered with `answer`, others with 0.
     std::string Run(const SRow& row, std::int64_t answer) {
         SOutputs outputs;
@@ -156,11 +143,10 @@ protected:
                     *output = Variant::Other();
             return std::ssize(server.lines) < last ? 0 : answer;
         };
-        const LinkStatus status = row.run(*CP32Wrap::GetInstance(), outputs);
+        const LinkStatus status = row.run(*link, outputs);
         return std::to_string(status) + " " + outputs.Changes();
     }
 
-    CScriptedServer server;
     bool wrongOutputs = false;
 };
 
@@ -172,29 +158,29 @@ TEST_F(Operations, TheirCallsTheirOutputsAndWhatStatusesMakeOfThem) {
             emptied = " "; // what it knew stays
         if (name == "GetDisturbanceRecordConfiguration")
             emptied = " = "; // its lists are gone, or one of them is empty
-        EXPECT_EQ(Run(row, 0), "0 " + row.outputs) << row.lines;
+        SCOPED_TRACE(row.lines);
+        EXPECT_EQ(Run(row, 0), "0 " + row.outputs);
         std::string lines;
         for (const std::string& line : server.lines)
             lines += (lines.empty() ? "" : "; ") + line;
         EXPECT_EQ(lines, row.lines);
-        EXPECT_EQ(Run(row, 1), "1" + emptied) << row.lines;
-        EXPECT_EQ(Run(row, CScriptedServer::kComFailure), "255" + emptied) << row.lines;
-        EXPECT_EQ(Run(row, CScriptedServer::kNoNumber), "255" + emptied) << row.lines;
+        EXPECT_EQ(Run(row, 1), "1" + emptied);
+        EXPECT_EQ(Run(row, CScriptedServer::kComFailure), "255" + emptied);
+        EXPECT_EQ(Run(row, CScriptedServer::kNoNumber), "255" + emptied);
         g_debugOutput.clear();
-        EXPECT_EQ(Run(row, 0x0D11), (row.asks ? "18" : "3345") + emptied) << row.lines;
+        EXPECT_EQ(Run(row, 0x0D11), (row.asks ? "18" : "3345") + emptied);
         const char* const more = "P32Wrap::ProcessPasswordRequest: Password requested for cell BF.15. ";
         const std::string trace = std::string("] ") + (name == "SetBlockedValue" ? more : "") +
                                   "CP32Wrap::" + name + " calls EnterPassword()\n";
         EXPECT_EQ(g_debugOutput.find(trace) != std::string::npos, row.asks) << g_debugOutput;
-        CP32Wrap::GetInstance()->RequestAbort();
-        EXPECT_EQ(Run(row, 0), "18" + emptied) << row.lines;
+        link->RequestAbort();
+        EXPECT_EQ(Run(row, 0), "18" + emptied);
         EXPECT_TRUE(server.lines.empty()) << "a pending abort is consumed by the next command";
         wrongOutputs = !row.outputs.empty();
-        EXPECT_EQ(Run(row, 0), (wrongOutputs ? "254" : "0") + emptied) << row.lines;
+        EXPECT_EQ(Run(row, 0), (wrongOutputs ? "254" : "0") + emptied);
         wrongOutputs = false;
     }
 }
 
 } // namespace
-} // namespace test
-} // namespace ruvo
+} // namespace ruvo::test

@@ -1,20 +1,16 @@
 // Entering passwords: when, with what requests, and what the application is told.
-#include "support/scripted_server.h"
+#include "support/case_table.h"
+#include "support/linked_test.h"
 
-#include "link/client.h"
 #include "model/values/parlane_integers.h"
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstring>
 
-namespace ruvo {
-
-inline std::string g_debugOutput; // as support/fake_system.h has it
-
-namespace test {
+namespace ruvo::test {
 namespace {
+
+const std::string kPassword = "1C0441414141 "; ///< as it is written
 
 /// What the callbacks were told, and what they answer.
 struct SApplication {
@@ -47,24 +43,23 @@ int NoteAccepted(const char* model) {
 
 } // namespace
 
-class PasswordEntry : public testing::Test {
+class PasswordEntry : public LinkedTest {
 protected:
     PasswordEntry() {
         g_application = SApplication{};
         CP32Wrap::SetGetPasswordCallback(&GivePassword);
         CP32Wrap::SetPasswordAcceptedCallback(&NoteAccepted);
         CP32Wrap::SetLoginCancelledCallback([] { ++g_application.cancelled; });
-        EXPECT_EQ(CP32Wrap::CreateInstance(), kLinkGood);
         server.values = {{0x0004, TextHex("Feeder 1")},
                          {0x0005, TextHex("Plant")},
                          {0x0006, TextHex("MODEL-LONGER-THAN-16")},
                          {0x0008, TextHex("SERIAL")},
                          {0x0011, TextHex("Software 3")}};
         server.limits = {{0x0002, {"1C0420202020"}}};
+        server.texts[0x0101] = TextHex("ok");
         server.onCall = [this](SCall& call) -> std::optional<std::int64_t> { return Answer(call); };
     }
     ~PasswordEntry() override {
-        CP32Wrap::DestroyInstance();
         CP32Wrap::SetGetPasswordCallback(nullptr);
         CP32Wrap::SetPasswordAcceptedCallback(nullptr);
         CP32Wrap::SetLoginCancelledCallback(nullptr);
@@ -77,26 +72,28 @@ protected:
             return 0x0611;
         }
         if (call.name == "ChangeSetting") {
-            std::string bytes;
-            for (const std::uint8_t byte : *call.inputs[2].AsBytes())
-                bytes += std::to_string(byte) + " ";
-            written.push_back(bytes);
+            written += Describe(call.inputs[2]) + " ";
         }
         return std::nullopt;
     }
 
-    LinkStatus Read() {
+    /// Reads a text that wants the password as often as told.
+    LinkStatus Read(int requests = 1) {
+        g_application.codes.clear();
+        g_application.accepted.clear();
+        g_application.cancelled = 0;
+        passwordRequests = requests;
+        written.clear();
+        server.calls.clear();
         std::unique_ptr<CParlaneData> text;
-        return CP32Wrap::GetInstance()->GetText(nullptr, 0x0101, text);
+        return link->GetText(nullptr, 0x0101, text);
     }
 
-    CScriptedServer server;
-    int passwordRequests = 1;
-    std::vector<std::string> written;
+    int passwordRequests = 0;
+    std::string written; ///< tagged values in hex, a blank behind each
 };
 
 TEST_F(PasswordEntry, PlainLoginMakesExactlyTheseRequests) {
-    server.texts[0x0101] = TextHex("ok");
     EXPECT_EQ(Read(), kLinkGood);
     const std::vector<std::string> want{"GetText 01.01",          "GetSettingLimits BF.03", "GetValue BF.03",
                                         "GetValue BF.12",         "GetValue 00.04",         "GetValue 00.05",
@@ -104,7 +101,7 @@ TEST_F(PasswordEntry, PlainLoginMakesExactlyTheseRequests) {
                                         "GetValue 00.DF",         "GetValue 00.D1",         "GetValue 00.DF",
                                         "GetSettingLimits 00.02", "ChangeSetting 00.02",    "GetText 01.01"};
     EXPECT_EQ(server.calls, want);
-    EXPECT_EQ(written, std::vector<std::string>{"28 4 65 65 65 65 "});
+    EXPECT_EQ(written, kPassword);
     EXPECT_EQ(g_application.codes, std::vector<int>{0});
     EXPECT_EQ(g_application.maxLength, 4U);
     EXPECT_EQ(g_application.accepted, std::vector<std::string>{"MODEL-LONGER-THA"});
@@ -113,60 +110,24 @@ TEST_F(PasswordEntry, PlainLoginMakesExactlyTheseRequests) {
                   request.serialNumber + "|" + request.software + "|" + request.displayText,
               "Feeder 1|Plant|MODEL-LONGER-THA|SERIAL|Software 3|");
     server.limits.clear(); // of a length that nobody tells
-    passwordRequests = 1;
     EXPECT_EQ(Read(), kLinkGood);
     EXPECT_EQ(g_application.maxLength, 0U);
-    EXPECT_EQ(written.back(), "28 0 ");
+    EXPECT_EQ(written, "1C00 ");
 }
 
 TEST_F(PasswordEntry, TheGuardCellIsClearedAndRestored) {
-    struct SRow {
-        const char* name;
-        std::vector<std::string> limits;
-        std::string value;
-        std::vector<std::string> written;
-        std::map<std::string, std::int64_t> statuses = {};
-    };
-    const std::string password = "28 4 65 65 65 65 ";
-    const SRow rows[] = {
-        {"five limits hold the value",
-         {"240107", "240100", "2401FF", "240101", "240100"},
-         "240109",
-         {"36 1 0 ", password, "36 1 7 "}},
-        {"four limits do not",
-         {"240107", "240100", "2401FF", "240101"},
-         "28020900",
-         {"40 2 0 0 ", password, "40 2 9 0 "}},
-        {"a string index", {}, "500203 00", {"80 2 0 0 ", password, "80 2 3 0 "}},
-        {"zero needs no clearing", {}, "240100", {password}},
-        {"a text is no guard", {}, TextHex("x"), {password}},
-        {"flags are no guard", {}, "200101", {password}},
-        {"six limits do not hold the value",
-         {"240107", "240100", "2401FF", "240101", "240100", "240100"},
-         "240109",
-         {"36 1 0 ", password, "36 1 9 "}},
-        {"limits that end with an abort", {}, "240109", {password}, {{"GetSettingLimits BF.03", 18}}},
-        {"status 1 clears it", {}, "240109", {"36 1 0 ", password, "36 1 9 "}, {{"ChangeSetting BF.03", 1}}},
-    };
-    for (const SRow& row : rows) {
-        written.clear();
-        passwordRequests = 1;
-        server.texts[0x0101] = TextHex("ok");
-        server.limits[0xBF03] = row.limits;
-        server.values[0xBF03] = row.value;
-        server.statuses = row.statuses;
-        EXPECT_EQ(Read(), kLinkGood) << row.name;
-        EXPECT_EQ(written, row.written) << row.name;
-    }
-    server.limits[0xBF03] = {"240109", "240100", "2401FF", "240101", "240101"};
-    server.statuses["ChangeSetting BF.03"] = 0x0411; // a guard that is not cleared is not restored either
-    for (const std::string& after : {std::string("240109"), std::string("240100"), TextHex("x")}) {
-        written.clear();
-        passwordRequests = 1;
-        server.values[0xBF03] = after;
+    ForEachCase<6>("link/guard_cell.txt", [this](auto& limits, auto& value, auto& before, auto& after,
+                                                 auto& call, auto& status) {
+        std::istringstream words(limits);
+        server.limits[0xBF03] = {std::istream_iterator<std::string>(words), {}};
+        server.values[0xBF03] = value;
+        server.statuses.clear();
+        if (!call.empty())
+            server.statuses[call] = std::stoi(status, nullptr, 0);
         EXPECT_EQ(Read(), kLinkGood);
-        EXPECT_EQ(written, (std::vector<std::string>{"36 1 0 ", password})) << after;
-    }
+        const auto apart = [](const std::string& word) { return word.empty() ? "" : word + " "; };
+        EXPECT_EQ(written, apart(before) + kPassword + apart(after));
+    });
 }
 
 TEST_F(PasswordEntry, TheApplicationLearnsWhyItIsAskedAgain) {
@@ -191,14 +152,9 @@ TEST_F(PasswordEntry, TheApplicationLearnsWhyItIsAskedAgain) {
         "CP32Wrap::ExtractCSVersion : Error during obtaining Cyber Security version.\n";
     const std::string dialog = "CP32Wrap::EnterNonCyberSecurityPassword : Password dialog : Password : ";
     for (const SRow& row : rows) {
-        g_application.codes.clear();
-        g_application.accepted.clear();
-        g_application.cancelled = 0;
-        server.texts[0x0101] = TextHex("ok");
         server.statuses["ChangeSetting 00.02"] = row.writeStatus;
-        passwordRequests = row.requests;
         g_debugOutput.clear();
-        EXPECT_EQ(Read(), row.status) << row.name;
+        EXPECT_EQ(Read(row.requests), row.status) << row.name;
         EXPECT_EQ(!row.trace.empty(),
                   g_debugOutput.ends_with(" *** [ PARLANE QTV ERR  ] " + version +
                                           " *** [ PARLANE QTV ERR  ] " + dialog + row.trace + "\n"))
@@ -219,11 +175,6 @@ TEST_F(PasswordEntry, OneBadAnswerDoesNotSendThePasswordAsItIs) {
                          {"240104", "240100", false}, {"240100", "", true},
                          {"", "240100", true},        {"240100", "240100", true}};
     for (const SRow& row : rows) {
-        server.texts[0x0101] = TextHex("ok");
-        server.calls.clear();
-        written.clear();
-        passwordRequests = 1;
-        g_application.codes.clear();
         server.onCall = [&](SCall& call) -> std::optional<std::int64_t> {
             const auto reads = std::ranges::count(server.calls, "GetValue 00.DF");
             server.values[0x00DF] = reads < 2 ? row.first : row.second;
@@ -231,8 +182,8 @@ TEST_F(PasswordEntry, OneBadAnswerDoesNotSendThePasswordAsItIs) {
                                                                                             : Answer(call);
         };
         EXPECT_EQ(Read(), row.isSent ? kLinkGood : kLinkAborted);
-        EXPECT_EQ(written.size(), row.isSent ? 1U : 0U) << row.first << " then " << row.second;
-        EXPECT_EQ(g_application.codes.size(), written.size());
+        EXPECT_EQ(written, row.isSent ? kPassword : "") << row.first << " then " << row.second;
+        EXPECT_EQ(g_application.codes.size(), row.isSent ? 1U : 0U);
     }
 }
 
@@ -241,20 +192,15 @@ TEST_F(PasswordEntry, ARelayThatAsksDuringTheEntryStartsNoSecondOne) {
     EXPECT_EQ(Read(), kLinkAborted);
     EXPECT_EQ(g_application.codes, (std::vector<int>{0, 6}));
     EXPECT_LT(server.calls.size(), 25U);
-    server.calls.clear();
     EXPECT_EQ(Read(), kLinkAborted) << "the next request enters a password again";
     EXPECT_GT(server.calls.size(), 1U);
 }
 
 TEST_F(PasswordEntry, AnAbortEndsTheEntryAndRestoresTheGuard) {
-    server.texts[0x0101] = TextHex("ok");
     const auto abortAt = [&](const std::string& where) {
-        written.clear();
-        passwordRequests = 1;
-        server.calls.clear();
         server.onCall = [&, where](SCall& call) -> std::optional<std::int64_t> {
             if (server.calls.back() == where) {
-                CP32Wrap::GetInstance()->RequestAbort();
+                link->RequestAbort();
             }
             return Answer(call);
         };
@@ -262,7 +208,7 @@ TEST_F(PasswordEntry, AnAbortEndsTheEntryAndRestoresTheGuard) {
     };
     server.values[0xBF03] = "240107";
     server.values[0x00DF] = "240102"; // a relay that must never be sent a plain password
-    const std::vector<std::string> guardOnly{"36 1 0 ", "36 1 7 "};
+    const std::string guardOnly = "240100 240107 ";
     for (const char* where : {"GetValue BF.12", "GetValue 00.08", "GetValue 00.01", "GetValue 00.DF"}) {
         EXPECT_EQ(abortAt(where), kLinkAborted) << where;
         EXPECT_EQ(written, guardOnly) << where;
@@ -278,19 +224,16 @@ TEST_F(PasswordEntry, AnAbortEndsTheEntryAndRestoresTheGuard) {
 
 TEST_F(PasswordEntry, ASecurityEventCallbackThatThrowsDecidesNothing) {
     CP32Wrap::SetSecurityEventCallback([](auto...) { throw std::runtime_error("callback"); });
-    server.texts[0x0101] = TextHex("ok");
     server.values[0xBF03] = "240107";
     EXPECT_EQ(Read(), kLinkGood);
-    EXPECT_EQ(written, (std::vector<std::string>{"36 1 0 ", "28 4 65 65 65 65 ", "36 1 7 "}));
+    EXPECT_EQ(written, "240100 " + kPassword + "240107 ");
     CP32Wrap::SetSecurityEventCallback(nullptr);
 }
 
 TEST_F(PasswordEntry, TheApplicationMaySilenceTheAcceptance) {
     g_application.noNotify = 1;
-    server.texts[0x0101] = TextHex("ok");
     EXPECT_EQ(Read(), kLinkGood);
     EXPECT_TRUE(g_application.accepted.empty());
 }
 
-} // namespace test
-} // namespace ruvo
+} // namespace ruvo::test
