@@ -1,6 +1,6 @@
 #include "sim/windows/class_object.h"
 
-#include "sim/windows/complaint.h"
+#include "sim/windows/error_report.h"
 #include "sim/windows/registration.h"
 #include "sim/windows/server_object.h"
 
@@ -24,10 +24,10 @@ STDMETHODIMP CClassObject::CreateInstance(IUnknown* outer, REFIID id, void** res
         return CLASS_E_NOAGGREGATION;
     }
     try {
-        std::string refusal;
-        auto connection = ConnectToSubstation(RegisteredSubstation(), refusal);
+        std::string error;
+        auto connection = ConnectToSubstation(RegisteredSubstation(), error);
         if (!connection) {
-            Complain(refusal);
+            ReportError(error);
             return E_FAIL;
         }
         const auto object =
@@ -42,7 +42,7 @@ STDMETHODIMP CClassObject::CreateInstance(IUnknown* outer, REFIID id, void** res
 
 STDMETHODIMP CClassObject::LockServer(BOOL lock) {
     CServerLifetime& lifetime = CServerLifetime::Get();
-    lock != FALSE ? lifetime.AddHold() : lifetime.ReleaseHold();
+    lock != FALSE ? lifetime.AddReference() : lifetime.ReleaseReference();
     return S_OK;
 }
 

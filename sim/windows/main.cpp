@@ -2,7 +2,7 @@
 #include "link/windows/kept_stubs.h"
 #include "platform/modules.h"
 #include "sim/windows/class_object.h"
-#include "sim/windows/complaint.h"
+#include "sim/windows/error_report.h"
 #include "sim/windows/registration.h"
 #include "sim/windows/server_lifetime.h"
 
@@ -19,7 +19,7 @@ namespace {
 constexpr int kGood = 0;
 constexpr int kFailed = 1;
 constexpr int kMisused = 2;
-constexpr std::chrono::milliseconds kLastComers(200);
+constexpr std::chrono::milliseconds kLateClientWait(200);
 
 /// Whether an argument is that option, written with "/" or "-", in any letter case.
 bool IsOption(std::string_view argument, std::string_view name) {
@@ -30,9 +30,9 @@ bool IsOption(std::string_view argument, std::string_view name) {
            std::ranges::equal(argument.substr(1), name, sameLetter);
 }
 
-int Report(const std::string& reason) {
+int ExitStatus(const std::string& reason) {
     if (!reason.empty()) {
-        Complain(reason);
+        ReportError(reason);
     }
     return reason.empty() ? kGood : kFailed;
 }
@@ -55,7 +55,7 @@ int Serve() {
     const HRESULT result =
         CoRegisterClassObject(CLSID_P32LS, &classObject, CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE, &cookie);
     if (FAILED(result)) {
-        return Report("cannot be found by clients: error " + std::to_string(result));
+        return ExitStatus("cannot be found by clients: error " + std::to_string(result));
     }
     const IID interfaces[] = {IID_IUnknown,         IID_IDispatch,
                               IID_IClassFactory,    IID_IConnectionPointContainer,
@@ -66,7 +66,7 @@ int Serve() {
     lifetime.WaitUntilUnneeded(idleLimit);
     static_cast<void>(CoRevokeClassObject(cookie));
     // One more round for a client that has found the class object in time; no other can come now.
-    std::this_thread::sleep_for(kLastComers);
+    std::this_thread::sleep_for(kLateClientWait);
     lifetime.WaitUntilUnneeded(idleLimit);
     return kGood;
 }
@@ -74,15 +74,15 @@ int Serve() {
 int Run(int count, char** arguments) {
     const std::string_view first = count > 1 ? arguments[1] : "";
     if (count == 3 && IsOption(first, "RegServer")) {
-        return Report(RegisterServer(arguments[2]));
+        return ExitStatus(RegisterServer(arguments[2]));
     }
     if (count == 2 && IsOption(first, "UnregServer")) {
-        return Report(UnregisterServer());
+        return ExitStatus(UnregisterServer());
     }
     if (count == 2 && IsOption(first, "Embedding")) {
         return Serve();
     }
-    Complain("usage: p32ls-sim /RegServer FILE | /UnregServer");
+    ReportError("usage: p32ls-sim /RegServer FILE | /UnregServer");
     return kMisused;
 }
 
@@ -98,7 +98,7 @@ int main(int count, char** arguments) {
     try {
         status = ruvo::sim::Run(count, arguments);
     } catch (const std::exception& error) {
-        ruvo::sim::Complain(error.what());
+        ruvo::sim::ReportError(error.what());
     }
     CoUninitialize();
     return status;

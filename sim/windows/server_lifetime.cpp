@@ -1,6 +1,6 @@
 #include "sim/windows/server_lifetime.h"
 
-#include "sim/windows/sink_fan.h"
+#include "sim/windows/sink_fan_out.h"
 
 #include <algorithm>
 
@@ -8,10 +8,10 @@ namespace ruvo::sim {
 namespace {
 
 // A client that comes right after the last one has gone finds this process and not one on its way out.
-constexpr std::chrono::seconds kLinger(1);
+constexpr std::chrono::seconds kReconnectTimeout(1);
 // From the start of the process to its first client.
-constexpr std::chrono::seconds kFirstClient(30);
-constexpr std::chrono::milliseconds kLook(250);
+constexpr std::chrono::seconds kFirstClientTimeout(30);
+constexpr std::chrono::milliseconds kPollInterval(250);
 
 } // namespace
 
@@ -20,49 +20,49 @@ CServerLifetime& CServerLifetime::Get() {
     return lifetime;
 }
 
-void CServerLifetime::AddHold() {
+void CServerLifetime::AddReference() {
     const std::lock_guard lock(m_mutex);
-    ++m_holds;
-    m_wasHeld = true;
+    ++m_references;
+    m_wasReferenced = true;
     m_lastUse = Clock::now();
 }
 
-void CServerLifetime::ReleaseHold() {
+void CServerLifetime::ReleaseReference() {
     const std::lock_guard lock(m_mutex);
-    --m_holds;
+    --m_references;
     m_lastUse = Clock::now();
 }
 
-void CServerLifetime::CallBegins() {
+void CServerLifetime::BeginCall() {
     const std::lock_guard lock(m_mutex);
     ++m_calls;
 }
 
-void CServerLifetime::CallEnds() {
+void CServerLifetime::EndCall() {
     const std::lock_guard lock(m_mutex);
     --m_calls;
     m_lastUse = Clock::now();
 }
 
-void CServerLifetime::AddFan(CSinkFan& fan) {
-    const std::lock_guard lock(m_fanMutex);
-    m_fans.insert(&fan);
+void CServerLifetime::AddSinks(CSinkFanOut& sinks) {
+    const std::lock_guard lock(m_sinksMutex);
+    m_sinks.insert(&sinks);
 }
 
-void CServerLifetime::RemoveFan(CSinkFan& fan) {
-    const std::lock_guard lock(m_fanMutex);
-    m_fans.erase(&fan);
+void CServerLifetime::RemoveSinks(CSinkFanOut& sinks) {
+    const std::lock_guard lock(m_sinksMutex);
+    m_sinks.erase(&sinks);
 }
 
 bool CServerLifetime::IsAnyClientAlive() {
-    const std::lock_guard lock(m_fanMutex);
-    return std::ranges::any_of(m_fans, [](CSinkFan* fan) { return fan->IsAnyAlive(); });
+    const std::lock_guard lock(m_sinksMutex);
+    return std::ranges::any_of(m_sinks, [](CSinkFanOut* sinks) { return sinks->IsAnyAlive(); });
 }
 
 bool CServerLifetime::IsUnneeded(std::unique_lock<std::mutex>& lock, Clock::duration idleLimit) {
     const Clock::duration idle = Clock::now() - m_lastUse;
-    if (m_holds == 0) {
-        return idle >= (m_wasHeld ? kLinger : kFirstClient);
+    if (m_references == 0) {
+        return idle >= (m_wasReferenced ? kReconnectTimeout : kFirstClientTimeout);
     }
     if (m_calls != 0 || idle < idleLimit) {
         return false;
@@ -79,7 +79,7 @@ bool CServerLifetime::IsUnneeded(std::unique_lock<std::mutex>& lock, Clock::dura
 void CServerLifetime::WaitUntilUnneeded(Clock::duration idleLimit) {
     std::unique_lock lock(m_mutex);
     while (!IsUnneeded(lock, idleLimit)) {
-        m_changed.wait_for(lock, kLook);
+        m_changed.wait_for(lock, kPollInterval);
     }
 }
 

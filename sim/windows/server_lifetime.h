@@ -9,7 +9,7 @@
 
 namespace ruvo::sim {
 
-class CSinkFan;
+class CSinkFanOut;
 
 /// One per process. Safe for use by several threads.
 class CServerLifetime {
@@ -19,14 +19,14 @@ public:
     static CServerLifetime& Get();
 
     /// An object, or a client's lock on the class object.
-    void AddHold();
-    void ReleaseHold();
+    void AddReference();
+    void ReleaseReference();
     /// Around each call of a client.
-    void CallBegins();
-    void CallEnds();
+    void BeginCall();
+    void EndCall();
     /// The sinks of an object that exists; they tell whether its client still lives.
-    void AddFan(CSinkFan& fan);
-    void RemoveFan(CSinkFan& fan);
+    void AddSinks(CSinkFanOut& sinks);
+    void RemoveSinks(CSinkFanOut& sinks);
 
     /// Waits until nobody has held the process for a while, or until nobody has called it for `idleLimit` and
     /// no client can be reached: one that died without a word never gives its references back.
@@ -38,11 +38,11 @@ private:
 
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::mutex m_fanMutex; ///< apart, since clients are called while it is held
-    std::set<CSinkFan*> m_fans;
-    int m_holds = 0;
+    std::mutex m_sinksMutex; ///< apart, since clients are called while it is held
+    std::set<CSinkFanOut*> m_sinks;
+    int m_references = 0;
     int m_calls = 0;
-    bool m_wasHeld = false;
+    bool m_wasReferenced = false;
     Clock::time_point m_lastUse = Clock::now();
 };
 

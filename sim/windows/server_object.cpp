@@ -37,12 +37,12 @@ STDMETHODIMP CSinkPoint::Advise(IUnknown* sink, DWORD* cookie) {
         return E_POINTER;
     }
     *cookie = 0;
-    CSinkFan::Sink asked;
+    CSinkFanOut::Sink asked;
     if (FAILED(sink->QueryInterface(__uuidof(::IP32lsSink_v2), reinterpret_cast<void**>(asked.Receive())))) {
         return CONNECT_E_CANNOTCONNECT;
     }
     try {
-        *cookie = m_fan.Add(std::move(asked));
+        *cookie = m_sinks.Add(std::move(asked));
         return S_OK;
     } catch (...) {
         return E_OUTOFMEMORY;
@@ -50,15 +50,15 @@ STDMETHODIMP CSinkPoint::Advise(IUnknown* sink, DWORD* cookie) {
 }
 
 STDMETHODIMP CSinkPoint::Unadvise(DWORD cookie) {
-    return m_fan.Remove(cookie) ? S_OK : CONNECT_E_NOCONNECTION;
+    return m_sinks.Remove(cookie) ? S_OK : CONNECT_E_NOCONNECTION;
 }
 
 CServerObject::CServerObject(std::unique_ptr<CSimulatedConnection> connection,
                              CComPointer<ITypeInfo> description)
-    : CDualInterface(std::move(description)), m_point(*this, m_fan), m_connection(std::move(connection)) {
+    : CDualInterface(std::move(description)), m_point(*this, m_sinks), m_connection(std::move(connection)) {
     std::uint32_t cookie = 0;
-    m_connection->Advise(m_fan, cookie); // for good: the fan outlives the connection
-    CServerLifetime::Get().AddFan(m_fan);
+    m_connection->Advise(m_sinks, cookie); // for good: the sinks outlive the connection
+    CServerLifetime::Get().AddSinks(m_sinks);
 }
 
 STDMETHODIMP CServerObject::QueryInterface(REFIID id, void** result) {

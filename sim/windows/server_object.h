@@ -5,7 +5,7 @@
 #include "link/windows/variant_conversion.h"
 #include "sim/server/simulated_connection.h"
 #include "sim/windows/server_lifetime.h"
-#include "sim/windows/sink_fan.h"
+#include "sim/windows/sink_fan_out.h"
 
 #include <memory>
 #include <new>
@@ -17,7 +17,7 @@ namespace ruvo::sim {
 class CSinkPoint final : public IConnectionPoint {
 public:
     /// Borrows both.
-    CSinkPoint(IConnectionPointContainer& owner, CSinkFan& fan) : m_owner(owner), m_fan(fan) {}
+    CSinkPoint(IConnectionPointContainer& owner, CSinkFanOut& sinks) : m_owner(owner), m_sinks(sinks) {}
 
     STDMETHODIMP QueryInterface(REFIID id, void** result) override;
     STDMETHODIMP_(ULONG) AddRef() override { return m_owner.AddRef(); }
@@ -30,7 +30,7 @@ public:
 
 private:
     IConnectionPointContainer& m_owner;
-    CSinkFan& m_fan;
+    CSinkFanOut& m_sinks;
 };
 
 /// An argument as it arrives: an input converted, an output kept until all of them can be delivered. Texts
@@ -90,10 +90,10 @@ public:
                       transmitDelay, globalTransmit, status);
     }
     STDMETHODIMP Unused10(VARIANT a, VARIANT b, VARIANT c, VARIANT* r, VARIANT* status) override {
-        return Refuse(a, b, c, r, status);
+        return NotImplemented(a, b, c, r, status);
     }
-    STDMETHODIMP Unused11(VARIANT* r, VARIANT* status) override { return Refuse(r, status); }
-    STDMETHODIMP Unused12(VARIANT a, VARIANT* status) override { return Refuse(a, status); }
+    STDMETHODIMP Unused11(VARIANT* r, VARIANT* status) override { return NotImplemented(r, status); }
+    STDMETHODIMP Unused12(VARIANT a, VARIANT* status) override { return NotImplemented(a, status); }
     STDMETHODIMP StartGetColumnHeadings(VARIANT address, VARIANT* status) override {
         return Answer(&Ours::StartGetColumnHeadings, address, status);
     }
@@ -154,13 +154,13 @@ public:
         return Answer(&Ours::SetValue, address, cell, value, status);
     }
     STDMETHODIMP Unused32(VARIANT a, VARIANT b, VARIANT c, VARIANT* status) override {
-        return Refuse(a, b, c, status);
+        return NotImplemented(a, b, c, status);
     }
-    STDMETHODIMP Unused33(VARIANT* r, VARIANT* status) override { return Refuse(r, status); }
+    STDMETHODIMP Unused33(VARIANT* r, VARIANT* status) override { return NotImplemented(r, status); }
     STDMETHODIMP SetBlockedValue(VARIANT address, VARIANT cell, VARIANT bytes, VARIANT* status) override {
         return Answer(&Ours::SetBlockedValue, address, cell, bytes, status);
     }
-    STDMETHODIMP Unused35(VARIANT* status) override { return Refuse(status); }
+    STDMETHODIMP Unused35(VARIANT* status) override { return NotImplemented(status); }
     STDMETHODIMP GetEvent(VARIANT address, VARIANT* kind, VARIANT* values, VARIANT* moreEvents,
                           VARIANT* status) override {
         return Answer(&Ours::GetEvent, address, kind, values, moreEvents, status);
@@ -192,18 +192,20 @@ public:
                                      VARIANT* status) override {
         return Answer(&Ours::ChangeDeviceAddress, address, newAddress, serialNumber, status);
     }
-    STDMETHODIMP Unused45(VARIANT* status) override { return Refuse(status); }
-    STDMETHODIMP Unused46(VARIANT* status) override { return Refuse(status); }
+    STDMETHODIMP Unused45(VARIANT* status) override { return NotImplemented(status); }
+    STDMETHODIMP Unused46(VARIANT* status) override { return NotImplemented(status); }
     STDMETHODIMP SelectSettingGroup(VARIANT address, VARIANT group, VARIANT* status) override {
         return Answer(&Ours::SelectSettingGroup, address, group, status);
     }
-    STDMETHODIMP Unused48(VARIANT a, VARIANT b, VARIANT* status) override { return Refuse(a, b, status); }
-    STDMETHODIMP Unused49(VARIANT* r, VARIANT* status) override { return Refuse(r, status); }
+    STDMETHODIMP Unused48(VARIANT a, VARIANT b, VARIANT* status) override {
+        return NotImplemented(a, b, status);
+    }
+    STDMETHODIMP Unused49(VARIANT* r, VARIANT* status) override { return NotImplemented(r, status); }
     STDMETHODIMP GetDeviceStatus(VARIANT address, VARIANT* deviceStatus, VARIANT* status) override {
         return Answer(&Ours::GetDeviceStatus, address, deviceStatus, status);
     }
     STDMETHODIMP Abort(VARIANT* status) override { return Answer(&Ours::Abort, status); }
-    STDMETHODIMP Unused52(VARIANT* r, VARIANT* status) override { return Refuse(r, status); }
+    STDMETHODIMP Unused52(VARIANT* r, VARIANT* status) override { return NotImplemented(r, status); }
     STDMETHODIMP FetchDisturbanceRecordConfiguration(VARIANT* list1, VARIANT* list2, VARIANT* list3,
                                                      VARIANT* list4, VARIANT* status) override {
         return Answer(&Ours::FetchDisturbanceRecordConfiguration, list1, list2, list3, list4, status);
@@ -215,11 +217,11 @@ public:
     }
     STDMETHODIMP ModemHangUp(VARIANT* status) override { return Answer(&Ours::ModemHangUp, status); }
     STDMETHODIMP Unused56(VARIANT a, VARIANT b, VARIANT* r, VARIANT* status) override {
-        return Refuse(a, b, r, status);
+        return NotImplemented(a, b, r, status);
     }
 
 private:
-    ~CServerObject() override { CServerLifetime::Get().RemoveFan(m_fan); }
+    ~CServerObject() override { CServerLifetime::Get().RemoveSinks(m_sinks); }
 
     static bool IsMissing(const VARIANT& /*input*/) { return false; }
     static bool IsMissing(const VARIANT* output) { return output == nullptr; }
@@ -230,18 +232,18 @@ private:
     HRESULT Answer(EComResult (Ours::*operation)(Each...),
                    typename CReceived<Each>::Native... values) noexcept;
     template <class... Native>
-    static HRESULT Refuse(Native... values) noexcept;
+    static HRESULT NotImplemented(Native... values) noexcept;
 
-    struct SHold {
-        SHold() { CServerLifetime::Get().AddHold(); }
-        SHold(const SHold&) = delete;
-        SHold& operator=(const SHold&) = delete;
-        ~SHold() { CServerLifetime::Get().ReleaseHold(); }
+    struct SReference {
+        SReference() { CServerLifetime::Get().AddReference(); }
+        SReference(const SReference&) = delete;
+        SReference& operator=(const SReference&) = delete;
+        ~SReference() { CServerLifetime::Get().ReleaseReference(); }
     };
-    SHold m_hold; ///< first: the process must see the end of all the others
-    CSinkFan m_fan;
+    SReference m_reference; ///< first: the process must see the end of all the others
+    CSinkFanOut m_sinks;
     CSinkPoint m_point;
-    std::unique_ptr<CSimulatedConnection> m_connection; // last: its commands use the fan
+    std::unique_ptr<CSimulatedConnection> m_connection; // last: its commands use the sinks
 };
 
 /// Outputs are delivered all or none.
@@ -249,8 +251,8 @@ template <class... Each>
 HRESULT CServerObject::Answer(EComResult (Ours::*operation)(Each...),
                               typename CReceived<Each>::Native... values) noexcept {
     struct SCallScope {
-        SCallScope() { CServerLifetime::Get().CallBegins(); }
-        ~SCallScope() { CServerLifetime::Get().CallEnds(); }
+        SCallScope() { CServerLifetime::Get().BeginCall(); }
+        ~SCallScope() { CServerLifetime::Get().EndCall(); }
     } const scope;
     if ((IsMissing(values) || ...)) {
         return E_POINTER;
@@ -274,7 +276,7 @@ HRESULT CServerObject::Answer(EComResult (Ours::*operation)(Each...),
 
 /// For the slots that no client of ours calls.
 template <class... Native>
-HRESULT CServerObject::Refuse(Native... values) noexcept {
+HRESULT CServerObject::NotImplemented(Native... values) noexcept {
     if ((IsMissing(values) || ...)) {
         return E_POINTER;
     }

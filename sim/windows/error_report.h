@@ -7,6 +7,6 @@ namespace ruvo::sim {
 
 /// One line on standard error and on the debugger output. A program without a window has no standard error of
 /// its own when it is started from a console: then the line goes to that console.
-void Complain(const std::string& line) noexcept;
+void ReportError(const std::string& line) noexcept;
 
 } // namespace ruvo::sim

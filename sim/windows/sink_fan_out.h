@@ -12,7 +12,7 @@ namespace ruvo::sim {
 
 /// One sink to the simulated server, any number of COM sinks behind it. Safe for use by several threads; the
 /// sinks are called without a lock, since a client may call the server from inside its sink.
-class CSinkFan final : public ruvo::IP32lsSink_v2 {
+class CSinkFanOut final : public ruvo::IP32lsSink_v2 {
 public:
     using Sink = CComPointer<::IP32lsSink_v2>;
 
@@ -36,7 +36,7 @@ private:
     };
     std::vector<SAdvised> Sinks();
     template <class Method, class... Values>
-    void Tell(Method method, const Values&... values) noexcept;
+    void Notify(Method method, const Values&... values) noexcept;
 
     std::mutex m_mutex;
     std::vector<SAdvised> m_sinks;

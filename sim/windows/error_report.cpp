@@ -1,4 +1,4 @@
-#include "sim/windows/complaint.h"
+#include "sim/windows/error_report.h"
 
 #include "link/windows/com_headers.h"
 #include "platform/debug_output.h"
@@ -26,7 +26,7 @@ void WriteToConsole(const std::string& text) {
 
 } // namespace
 
-void Complain(const std::string& line) noexcept {
+void ReportError(const std::string& line) noexcept {
     try {
         const std::string text = "p32ls-sim: " + line + "\r\n";
         WriteDebugOutput(text);

@@ -1,4 +1,4 @@
-#include "sim/windows/sink_fan.h"
+#include "sim/windows/sink_fan_out.h"
 
 #include "link/windows/variant_conversion.h"
 
@@ -34,13 +34,13 @@ private:
 
 } // namespace
 
-std::uint32_t CSinkFan::Add(Sink sink) {
+std::uint32_t CSinkFanOut::Add(Sink sink) {
     const std::lock_guard lock(m_mutex);
     m_sinks.push_back({++m_lastCookie, std::move(sink)});
     return m_lastCookie;
 }
 
-bool CSinkFan::Remove(std::uint32_t cookie) {
+bool CSinkFanOut::Remove(std::uint32_t cookie) {
     Sink removed; // released without the lock: that, too, is a call to the client
     const std::lock_guard lock(m_mutex);
     const auto found = std::ranges::find(m_sinks, cookie, &SAdvised::cookie);
@@ -52,12 +52,12 @@ bool CSinkFan::Remove(std::uint32_t cookie) {
     return true;
 }
 
-std::vector<CSinkFan::SAdvised> CSinkFan::Sinks() {
+std::vector<CSinkFanOut::SAdvised> CSinkFanOut::Sinks() {
     const std::lock_guard lock(m_mutex);
     return m_sinks;
 }
 
-bool CSinkFan::IsAnyAlive() {
+bool CSinkFanOut::IsAnyAlive() {
     return std::ranges::any_of(Sinks(), [](const SAdvised& each) {
         UINT count = 0;
         return SUCCEEDED(each.sink->GetTypeInfoCount(&count));
@@ -66,7 +66,7 @@ bool CSinkFan::IsAnyAlive() {
 
 /// A sink that cannot be reached has lost its client; nobody is left to be told.
 template <class Method, class... Values>
-void CSinkFan::Tell(Method method, const Values&... values) noexcept {
+void CSinkFanOut::Notify(Method method, const Values&... values) noexcept {
     try {
         const CApartment apartment;
         for (const SAdvised& each : Sinks()) {
@@ -76,20 +76,20 @@ void CSinkFan::Tell(Method method, const Values&... values) noexcept {
     }
 }
 
-void CSinkFan::OnProgress(const Variant& done, const Variant& total) noexcept {
-    Tell(&::IP32lsSink_v2::OnProgress, done, total);
+void CSinkFanOut::OnProgress(const Variant& done, const Variant& total) noexcept {
+    Notify(&::IP32lsSink_v2::OnProgress, done, total);
 }
-void CSinkFan::OnCommandComplete(const Variant& status) noexcept {
-    Tell(&::IP32lsSink_v2::OnCommandComplete, status);
+void CSinkFanOut::OnCommandComplete(const Variant& status) noexcept {
+    Notify(&::IP32lsSink_v2::OnCommandComplete, status);
 }
-void CSinkFan::OnCommandCompleteAlt(const Variant& status) noexcept {
-    Tell(&::IP32lsSink_v2::OnCommandCompleteAlt, status);
+void CSinkFanOut::OnCommandCompleteAlt(const Variant& status) noexcept {
+    Notify(&::IP32lsSink_v2::OnCommandCompleteAlt, status);
 }
-void CSinkFan::OnLineStatus(const Variant& status) noexcept {
-    Tell(&::IP32lsSink_v2::OnLineStatus, status);
+void CSinkFanOut::OnLineStatus(const Variant& status) noexcept {
+    Notify(&::IP32lsSink_v2::OnLineStatus, status);
 }
-void CSinkFan::OnTransferProgress(const Variant& value) noexcept {
-    Tell(&::IP32lsSink_v2::OnTransferProgress, value);
+void CSinkFanOut::OnTransferProgress(const Variant& value) noexcept {
+    Notify(&::IP32lsSink_v2::OnTransferProgress, value);
 }
 
 } // namespace ruvo::sim
