@@ -1,6 +1,7 @@
 #include "sim/file/event_generator.h"
 
 #include "model/values/type_codes.h"
+#include "sim/file/event_kinds.h"
 #include "sim/file/tagged_value.h"
 
 #include <algorithm>
@@ -68,14 +69,18 @@ public:
         }
     }
 
-    std::string Refusal() const {
-        const auto wanted = [this](std::uint8_t kind) {
-            return std::find(m_plan.kinds.begin(), m_plan.kinds.end(), kind) != m_plan.kinds.end();
+    /// Why events of a kind cannot be made for this relay; empty when they can.
+    std::string Error() const {
+        const auto lacks = [this](bool SEventKindRow::*element, bool present) {
+            return !present && std::any_of(m_plan.kinds.begin(), m_plan.kinds.end(),
+                                           [&](std::uint8_t kind) { return kEventKinds[kind].*element; });
         };
-        if (m_relay.records.empty() && (wanted(3) || wanted(5))) {
+        if (lacks(&SEventKindRow::record, !m_relay.records.empty())) {
             return "generate: kinds 3 and 5 need a [[relay.record]]";
         }
-        return m_textCells.empty() && wanted(2) ? "generate: kind 2 needs a text cell or a label" : "";
+        return lacks(&SEventKindRow::textCell, !m_textCells.empty())
+                   ? "generate: kind 2 needs a text cell or a label"
+                   : "";
     }
 
     SEvent Next(std::size_t number) {
@@ -100,19 +105,20 @@ private:
     }
 
     void AddKindElements(SEvent& event, std::size_t number) {
-        if (event.kind == 4 || event.kind == 5) {
+        const SEventKindRow& kind = kEventKinds[event.kind];
+        if (kind.id) {
             event.values.push_back(TaggedUnsigned(static_cast<std::uint32_t>(number), 4));
         }
-        if (event.kind == 3 || event.kind == 5) {
+        if (kind.record) {
             const SRecord& record = m_relay.records[m_random.Below(m_relay.records.size())];
             event.values.push_back(TaggedMenu(MakeCell(record.column, 0)));
             event.values.push_back(TaggedUnsigned(record.number, 2));
         }
-        if (event.kind == 1) {
+        if (kind.format) {
             event.values.push_back(TextValue("Event %u"));
             event.values.push_back(TaggedUnsigned(static_cast<std::uint32_t>(number), 4));
         }
-        if (event.kind == 2) {
+        if (kind.textCell) {
             event.values.push_back(TaggedMenu(m_textCells[m_random.Below(m_textCells.size())]));
         }
     }
@@ -129,11 +135,11 @@ private:
 
 std::string GenerateEvents(const SGeneratorPlan& plan, SRelay& relay) {
     CGenerator generator(plan, relay);
-    std::string refusal = generator.Refusal();
-    for (std::size_t i = 1; refusal.empty() && i <= plan.count; ++i) {
+    std::string error = generator.Error();
+    for (std::size_t i = 1; error.empty() && i <= plan.count; ++i) {
         relay.events.push_back(generator.Next(i));
     }
-    return refusal;
+    return error;
 }
 
 } // namespace ruvo::sim

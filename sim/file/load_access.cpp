@@ -1,7 +1,7 @@
 #include "model/values/character_set.h"
 #include "model/values/parlane_text.h"
 #include "model/values/type_codes.h"
-#include "sim/file/loaders.h"
+#include "sim/file/load_tables.h"
 #include "sim/file/relay_addresses.h"
 #include "sim/file/relay_text.h"
 #include "sim/file/substation_error.h"
@@ -27,7 +27,7 @@ SCell Writable(SCell cell) {
     return cell;
 }
 
-std::uint32_t CountOf(CTableReader& table, std::string_view key) {
+std::uint32_t ReadCount(CTableReader& table, std::string_view key) {
     return static_cast<std::uint32_t>(table.Integer(key, 0, kMaxUnsigned32).value_or(0));
 }
 
@@ -62,7 +62,7 @@ EBlocking ReadBlocking(CTableReader& table) {
     return text == "permanent" ? EBlocking::Permanent : EBlocking::Temporary;
 }
 
-std::string PasswordOf(const STomlNode& node, std::size_t maximum) {
+std::string ReadPassword(const STomlNode& node, std::size_t maximum) {
     std::string password = ReadPasswordText(node);
     if (password.size() > maximum) {
         throw CSubstationError(node.line,
@@ -71,16 +71,16 @@ std::string PasswordOf(const STomlNode& node, std::size_t maximum) {
     return password;
 }
 
-std::string ReadPassword(CTableReader& table, std::size_t length) {
+std::string ReadPaddedPassword(CTableReader& table, std::size_t length) {
     const STomlNode* node = table.Find("password");
-    std::string password = node == nullptr ? std::string() : PasswordOf(*node, length);
+    std::string password = node == nullptr ? std::string() : ReadPassword(*node, length);
     password.resize(length, ' ');
     return password;
 }
 
 void ReadPlain(CTableReader& table, SRelay& relay, SAccess& access) {
     const auto length = static_cast<std::size_t>(table.Integer("length", 0, kMaxByte).value_or(kPlainLength));
-    const std::string password = ReadPassword(table, length);
+    const std::string password = ReadPaddedPassword(table, length);
     access.password.assign(password.begin(), password.end());
     SCell cell = MakeValueCell(kTypePassword, Variant::Bytes(length, ' '));
     cell.limits.push_back(TaggedValue(kTypePassword, cell.data));
@@ -94,14 +94,14 @@ void ReadEnciphered(CTableReader& table, SRelay& relay, SAccess& access) {
     if (key.size() != 2 * kKeyBytes || ParseHexBytes(key, table.Line()).size() != kKeyBytes) {
         throw CSubstationError(node->line, "key: want 32 hexadecimal digits");
     }
-    access.password = CParlaneEncryptedPassword(ReadPassword(table, kEncipheredLength), key).GetBytes();
+    access.password = CParlaneEncryptedPassword(ReadPaddedPassword(table, kEncipheredLength), key).GetBytes();
     relay.cells.try_emplace(cells::kKey, MakeValueCell(kTypeText, Variant::Bytes(key.begin(), key.end())));
     SCell cell = MakeValueCell(kTypeEncryptedPassword, Variant::Bytes(kEncipheredLength, 0));
     cell.limits.push_back(TaggedValue(kTypeEncryptedPassword, cell.data));
     relay.cells.try_emplace(cells::kSecurePassword, std::move(cell));
 }
 
-std::string UserNameOf(const STomlNode& node) {
+std::string ReadUserName(const STomlNode& node) {
     std::string name = WithoutTrailingBlanks(DecodeDeviceBytes(ReadRelayText(node, "name")));
     if (name.empty() || name.size() > kUserNameLength) {
         throw CSubstationError(node.line,
@@ -113,14 +113,14 @@ std::string UserNameOf(const STomlNode& node) {
 SUser ReadUser(const STomlNode& node, std::size_t passwordLength) {
     SUser user;
     if (node.kind == ETomlKind::Text) {
-        user.name = UserNameOf(node);
+        user.name = ReadUserName(node);
         return user;
     }
     CTableReader table(node, "a user");
-    user.name = UserNameOf(table.Require("name"));
-    user.password = WithoutTrailingBlanks(PasswordOf(table.Require("password"), passwordLength));
+    user.name = ReadUserName(table.Require("name"));
+    user.password = WithoutTrailingBlanks(ReadPassword(table.Require("password"), passwordLength));
     user.levelTooLow = table.Flag("level_too_low", false);
-    table.Finish();
+    table.RejectUnknownKeys();
     return user;
 }
 
@@ -201,12 +201,12 @@ void ReadAccess(CTableReader& table, SRelay& relay) {
         throw CSubstationError(reader.Find("reply")->line,
                                "reply: want 6 or 13, the replies that ask for a password");
     }
-    access.attempts = CountOf(reader, "attempts");
+    access.attempts = ReadCount(reader, "attempts");
     access.blocking = ReadBlocking(reader);
-    access.blockedRequests = CountOf(reader, "blocked_requests");
+    access.blockedRequests = ReadCount(reader, "blocked_requests");
     access.levelTooLow = reader.Flag("level_too_low", false);
-    access.forgetAfter = CountOf(reader, "forget_after");
-    reader.Finish();
+    access.forgetAfter = ReadCount(reader, "forget_after");
+    reader.RejectUnknownKeys();
     relay.cells.try_emplace(cells::kLoginProbe, Writable(MakeValueCell(kTypeInt, LittleEndian(0, 2))));
     relay.access = std::move(access);
 }

@@ -1,45 +1,28 @@
 #include "sim/file/event_generator.h"
-#include "sim/file/loaders.h"
+#include "sim/file/event_kinds.h"
+#include "sim/file/load_tables.h"
 #include "sim/file/relay_addresses.h"
 #include "sim/file/substation_error.h"
 #include "sim/file/tagged_value.h"
 #include "sim/file/toml_values.h"
-
-#include <array>
 
 namespace ruvo::sim {
 namespace {
 
 constexpr std::int64_t kMaxByte = 255;
 
-// What follows the four elements that every event has, by kind.
-struct SKindRow {
-    bool id = false;
-    bool record = false;
-    bool format = false;
-    bool textCell = false;
-};
-constexpr std::array<SKindRow, 6> kKindRows{{
-    {},
-    {.format = true},
-    {.textCell = true},
-    {.record = true},
-    {.id = true},
-    {.id = true, .record = true},
-}};
-
-Variant MenuOf(const STomlNode& node, std::string_view what) {
+Variant ReadMenu(const STomlNode& node, std::string_view what) {
     if (node.kind != ETomlKind::Text) {
         return ReadValue(node, what);
     }
     return TaggedMenu(ParseCellAddress(node.text, node.line));
 }
 
-Variant IdOf(const STomlNode& node) {
+Variant ReadId(const STomlNode& node) {
     if (node.kind != ETomlKind::Integer) {
         return ReadValue(node, "id");
     }
-    return TaggedUnsigned(static_cast<std::uint32_t>(IntegerOf(node, 0, kMaxUnsigned32, "id")), 4);
+    return TaggedUnsigned(static_cast<std::uint32_t>(ReadInteger(node, 0, kMaxUnsigned32, "id")), 4);
 }
 
 void AddRecordReference(const STomlNode& node, Variant::List& values) {
@@ -49,17 +32,17 @@ void AddRecordReference(const STomlNode& node, Variant::List& values) {
     values.push_back(TaggedMenu(MakeCell(column, 0)));
     values.push_back(
         TaggedUnsigned(static_cast<std::uint32_t>(table.RequireInteger("number", 0, kMaxWord)), 2));
-    table.Finish();
+    table.RejectUnknownKeys();
 }
 
-Variant::List ReadElements(CTableReader& table, const SKindRow& row) {
+Variant::List ReadElements(CTableReader& table, const SEventKindRow& row) {
     Variant::List values;
-    values.push_back(MenuOf(table.Require("location"), "location"));
+    values.push_back(ReadMenu(table.Require("location"), "location"));
     values.push_back(ReadValue(table.Require("time"), "time"));
     values.push_back(ReadValue(table.Require("text"), "text"));
     values.push_back(ReadValue(table.Require("value"), "value"));
     if (row.id) {
-        values.push_back(IdOf(table.Require("id")));
+        values.push_back(ReadId(table.Require("id")));
     }
     if (row.record) {
         AddRecordReference(table.Require("record"), values);
@@ -68,7 +51,7 @@ Variant::List ReadElements(CTableReader& table, const SKindRow& row) {
         values.push_back(ReadValue(table.Require("format"), "format"));
     }
     if (row.textCell) {
-        values.push_back(MenuOf(table.Require("text_cell"), "text_cell"));
+        values.push_back(ReadMenu(table.Require("text_cell"), "text_cell"));
     }
     if (row.format || row.textCell) {
         const Variant::List further = ReadValues(table, "values");
@@ -85,12 +68,12 @@ SEvent ReadEvent(const STomlNode& node) {
         event.values = ReadValues(table, "elements");
     } else {
         event.values =
-            ReadElements(table, event.kind < kKindRows.size() ? kKindRows[event.kind] : SKindRow{});
+            ReadElements(table, event.kind < kEventKinds.size() ? kEventKinds[event.kind] : SEventKindRow{});
     }
     if (table.Find("more") != nullptr) {
         event.more = table.Flag("more", false);
     }
-    table.Finish();
+    table.RejectUnknownKeys();
     return event;
 }
 
@@ -102,16 +85,15 @@ void ReadGenerator(const STomlNode& node, SRelay& relay) {
     plan.seed = static_cast<std::uint64_t>(table.Integer("seed", 0, INT64_MAX).value_or(1));
     for (const STomlNode& item : table.Items("kinds")) {
         plan.kinds.push_back(static_cast<std::uint8_t>(
-            IntegerOf(item, 0, static_cast<std::int64_t>(kKindRows.size()) - 1, "kinds")));
+            ReadInteger(item, 0, static_cast<std::int64_t>(kEventKinds.size()) - 1, "kinds")));
     }
     if (plan.kinds.empty()) {
         plan.kinds.push_back(0);
     }
     relay.endless = table.Flag("endless", false);
-    table.Finish();
-    const std::string refusal = GenerateEvents(plan, relay);
-    if (!refusal.empty()) {
-        throw CSubstationError(node.line, refusal);
+    table.RejectUnknownKeys();
+    if (const std::string error = GenerateEvents(plan, relay); !error.empty()) {
+        throw CSubstationError(node.line, error);
     }
 }
 

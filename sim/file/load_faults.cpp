@@ -1,4 +1,4 @@
-#include "sim/file/loaders.h"
+#include "sim/file/load_tables.h"
 #include "sim/file/substation_error.h"
 
 #include <algorithm>
@@ -67,7 +67,7 @@ void ReadStatus(CTableReader& table, SFault& fault) {
     }
 }
 
-void ReadRunning(CTableReader& table, const SOperationRow& row, SFault& fault) {
+void ReadCompletion(CTableReader& table, const SOperationRow& row, SFault& fault) {
     fault.hangs = table.Flag("hang", false);
     if (const auto completion = table.Integer("completion", 0, kMaxStatus)) {
         fault.completion = static_cast<std::int32_t>(*completion);
@@ -88,7 +88,7 @@ void ReadReplyDamage(CTableReader& table, SFault& fault) {
     }
 }
 
-bool DoesSomething(const SFault& fault) {
+bool HasEffect(const SFault& fault) {
     return fault.delay != 0 || fault.comFailure || fault.hangs || fault.status || fault.completion ||
            fault.wrongType || fault.truncate;
 }
@@ -103,13 +103,13 @@ SFault ReadFault(const STomlNode& node, const std::vector<SRelay>& relays) {
     ReadTarget(table, row, relays, fault);
     ReadCalls(table, fault);
     ReadStatus(table, fault);
-    ReadRunning(table, row, fault);
+    ReadCompletion(table, row, fault);
     ReadReplyDamage(table, fault);
     fault.delay = static_cast<std::uint32_t>(table.Integer("delay", 0, kMaxDelay).value_or(0));
     fault.comFailure = table.Flag("com_failure", false);
-    table.Finish();
+    table.RejectUnknownKeys();
     // A fault that does nothing is a slip of whoever wrote it.
-    if (!DoesSomething(fault)) {
+    if (!HasEffect(fault)) {
         throw CSubstationError(node.line, "[[fault]] says no effect, such as \"status\" or \"delay\"");
     }
     return fault;

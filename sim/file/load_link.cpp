@@ -1,4 +1,4 @@
-#include "sim/file/loaders.h"
+#include "sim/file/load_tables.h"
 #include "sim/file/substation_error.h"
 
 #include <algorithm>
@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::int64_t kMaxStatus = 255;
 
-std::int32_t StatusOf(CTableReader& table) {
+std::int32_t ReadStatus(CTableReader& table) {
     return static_cast<std::int32_t>(table.Integer("status", 0, kMaxStatus).value_or(0));
 }
 
@@ -21,8 +21,8 @@ SSerialPort ReadPort(const STomlNode& node) {
     CTableReader table(node, "serial port");
     port.port = table.RequireText("port");
     port.parameters = table.Text("parameters");
-    port.status = StatusOf(table);
-    table.Finish();
+    port.status = ReadStatus(table);
+    table.RejectUnknownKeys();
     return port;
 }
 
@@ -35,8 +35,8 @@ std::vector<SDestination> ReadDestinations(CTableReader& link, std::string_view 
         } else {
             CTableReader table(node, std::string(list) + " entry");
             destination.name = table.RequireText(key);
-            destination.status = StatusOf(table);
-            table.Finish();
+            destination.status = ReadStatus(table);
+            table.RejectUnknownKeys();
         }
         destinations.push_back(std::move(destination));
     }
@@ -57,7 +57,7 @@ SLink ReadLink(const STomlNode& node) {
     }
     link.numbers = ReadDestinations(table, "numbers", "number");
     link.ethernet = ReadDestinations(table, "ethernet", "ip");
-    table.Finish();
+    table.RejectUnknownKeys();
     return link;
 }
 

@@ -1,6 +1,6 @@
 // Relays: where they are reached, who they are, their cells and columns.
 #include "model/values/type_codes.h"
-#include "sim/file/loaders.h"
+#include "sim/file/load_tables.h"
 #include "sim/file/relay_addresses.h"
 #include "sim/file/substation_error.h"
 #include "sim/file/tagged_value.h"
@@ -27,37 +27,37 @@ std::uint8_t AddressOf(CTableReader& table) {
     return static_cast<std::uint8_t>(table.RequireInteger("address", 0, kMaxAddress));
 }
 
-void ReadSerialPlace(CTableReader& relay, SRelay& model) {
+void ReadSerialAddress(CTableReader& relay, SRelay& model) {
     const STomlNode* node = relay.Find("serial");
     if (node == nullptr) {
         return;
     }
-    SSerialPlace place;
+    SSerialAddress place;
     if (node->kind == ETomlKind::Integer) {
-        place.address = static_cast<std::uint8_t>(IntegerOf(*node, 0, kMaxAddress, "serial"));
+        place.address = static_cast<std::uint8_t>(ReadInteger(*node, 0, kMaxAddress, "serial"));
     } else {
         CTableReader table(*node, "serial");
         place.port = table.Text("port").value_or("");
         place.address = AddressOf(table);
-        table.Finish();
+        table.RejectUnknownKeys();
     }
     model.serial = place;
 }
 
-void ReadModemPlace(CTableReader& relay, SRelay& model) {
+void ReadModemAddress(CTableReader& relay, SRelay& model) {
     if (const STomlNode* node = relay.Find("modem")) {
         CTableReader table(*node, "modem");
-        model.modem = SModemPlace{table.RequireText("number"), AddressOf(table)};
-        table.Finish();
+        model.modem = SModemAddress{table.RequireText("number"), AddressOf(table)};
+        table.RejectUnknownKeys();
     }
 }
 
-void ReadEthernetPlace(CTableReader& relay, SRelay& model) {
+void ReadEthernetAddress(CTableReader& relay, SRelay& model) {
     if (const STomlNode* node = relay.Find("ethernet")) {
         CTableReader table(*node, "ethernet");
         const auto bus = static_cast<int>(table.Integer("bus", 0, kMaxBus).value_or(0));
-        model.ethernet = SEthernetPlace{table.RequireText("ip"), bus, AddressOf(table)};
-        table.Finish();
+        model.ethernet = SEthernetAddress{table.RequireText("ip"), bus, AddressOf(table)};
+        table.RejectUnknownKeys();
     }
 }
 
@@ -72,11 +72,11 @@ void ReadIdentity(CTableReader& relay, SRelay& model) {
             model.cells[row.cell] = MakeValueCell(kTypeText, ReadRelayText(*text, row.key));
         }
     }
-    table.Finish();
+    table.RejectUnknownKeys();
 }
 
 // Several values of one cell travel with one type code and one size, so they must share them.
-void TakeValues(CTableReader& table, SCell& cell) {
+void ReadCellValues(CTableReader& table, SCell& cell) {
     const std::vector<STomlNode>& items = table.Items("values");
     for (const STomlNode& item : items) {
         const STypedBytes value = ReadTypedBytes(item, "values");
@@ -90,14 +90,14 @@ void TakeValues(CTableReader& table, SCell& cell) {
     }
 }
 
-void TakeValue(CTableReader& table, SCell& cell) {
+void ReadCellValue(CTableReader& table, SCell& cell) {
     const std::optional<STypedBytes> value = FindValue(table);
     const bool several = table.Find("values") != nullptr;
     if (value.has_value() == several) {
-        throw CSubstationError(table.Line(), table.What() + " needs a value, or the key \"values\"");
+        throw CSubstationError(table.Line(), table.Name() + " needs a value, or the key \"values\"");
     }
     if (several) {
-        TakeValues(table, cell);
+        ReadCellValues(table, cell);
         return;
     }
     cell.type = value->type;
@@ -115,7 +115,7 @@ SCell ReadCell(const STomlNode& node, const std::string& what) {
     cell.replyCode = static_cast<std::uint8_t>(table.Integer("answers", 1, kMaxAddress).value_or(0));
     // A cell that only ever refuses has nothing to show.
     if (cell.replyCode == 0) {
-        TakeValue(table, cell);
+        ReadCellValue(table, cell);
     }
     cell.limits = ReadValues(table, "limits");
     cell.strings = ReadValues(table, "strings");
@@ -124,7 +124,7 @@ SCell ReadCell(const STomlNode& node, const std::string& what) {
     }
     cell.writable = table.Flag("writable", false);
     cell.listed = table.Flag("listed", true);
-    table.Finish();
+    table.RejectUnknownKeys();
     return cell;
 }
 
@@ -140,7 +140,7 @@ std::optional<SListing> FindListing(CTableReader& table) {
     }
     CTableReader listing(*node, "listing");
     SListing result = ReadListing(listing);
-    listing.Finish();
+    listing.RejectUnknownKeys();
     return result;
 }
 
@@ -154,7 +154,7 @@ SColumn ReadColumn(const STomlNode& node, const std::string& what) {
     }
     column.unsignedLocations = form == "uint";
     column.listing = FindListing(table);
-    table.Finish();
+    table.RejectUnknownKeys();
     return column;
 }
 
@@ -173,7 +173,7 @@ SRecord ReadRecord(const STomlNode& node) {
         }
     }
     record.listing = FindListing(table);
-    table.Finish();
+    table.RejectUnknownKeys();
     return record;
 }
 
@@ -214,9 +214,9 @@ SRelay ReadRelay(const STomlNode& node, std::size_t number) {
     CTableReader table(node, "[[relay]]");
     SRelay relay;
     relay.name = table.Text("name").value_or("relay " + std::to_string(number));
-    ReadSerialPlace(table, relay);
-    ReadModemPlace(table, relay);
-    ReadEthernetPlace(table, relay);
+    ReadSerialAddress(table, relay);
+    ReadModemAddress(table, relay);
+    ReadEthernetAddress(table, relay);
     if (!relay.serial && !relay.modem && !relay.ethernet) {
         throw CSubstationError(node.line, "[[relay]] needs \"serial\", \"modem\" or \"ethernet\"");
     }
@@ -230,7 +230,7 @@ SRelay ReadRelay(const STomlNode& node, std::size_t number) {
     ReadColumns(table, relay);
     ReadAccess(table, relay);
     ReadEvents(table, relay);
-    table.Finish();
+    table.RejectUnknownKeys();
     return relay;
 }
 

@@ -62,7 +62,7 @@ struct SOperationRow {
 /// One row per operation, in order.
 extern const std::array<SOperationRow, static_cast<std::size_t>(EOperation::Last) + 1> kOperationRows;
 
-inline const SOperationRow& RowOf(EOperation operation) {
+inline const SOperationRow& OperationRow(EOperation operation) {
     return kOperationRows[static_cast<std::size_t>(operation)];
 }
 

@@ -44,7 +44,7 @@ std::optional<std::string> Utf8ToCp1252(std::string_view text) {
     return result;
 }
 
-std::optional<std::vector<std::uint8_t>> RelayText(std::string_view utf8) {
+std::optional<std::vector<std::uint8_t>> EncodeRelayText(std::string_view utf8) {
     const std::optional<std::string> text = Utf8ToCp1252(utf8);
     if (!text) {
         return std::nullopt;

@@ -13,7 +13,7 @@ namespace ruvo::sim {
 std::optional<std::string> Utf8ToCp1252(std::string_view text);
 
 /// Bytes of the relay's own character set; none when it lacks a character of the text.
-std::optional<std::vector<std::uint8_t>> RelayText(std::string_view utf8);
+std::optional<std::vector<std::uint8_t>> EncodeRelayText(std::string_view utf8);
 
 /// The text without the white space at its end, which counts neither in a user's name nor in the password.
 std::string WithoutTrailingBlanks(std::string text);

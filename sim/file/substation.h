@@ -104,28 +104,28 @@ struct SAccess {
         providerFiles; ///< full paths to look for the crypto provider at; none: the usual
 };
 
-struct SSerialPlace {
+struct SSerialAddress {
     std::string port; ///< empty: any port of the link
     std::uint8_t address = 0;
-    bool operator==(const SSerialPlace&) const = default;
+    bool operator==(const SSerialAddress&) const = default;
 };
-struct SModemPlace {
+struct SModemAddress {
     std::string number;
     std::uint8_t address = 0;
-    bool operator==(const SModemPlace&) const = default;
+    bool operator==(const SModemAddress&) const = default;
 };
-struct SEthernetPlace {
+struct SEthernetAddress {
     std::string ip;
     int bus = 0;
     std::uint8_t address = 0;
-    bool operator==(const SEthernetPlace&) const = default;
+    bool operator==(const SEthernetAddress&) const = default;
 };
 
 struct SRelay {
     std::string name;
-    std::optional<SSerialPlace> serial;
-    std::optional<SModemPlace> modem;
-    std::optional<SEthernetPlace> ethernet;
+    std::optional<SSerialAddress> serial;
+    std::optional<SModemAddress> modem;
+    std::optional<SEthernetAddress> ethernet;
     CellMap cells;
     std::map<std::uint8_t, SColumn> columns;
     std::vector<SRecord> records;

@@ -1,6 +1,6 @@
 #include "platform/full_path.h"
 #include "platform/text_file.h"
-#include "sim/file/loaders.h"
+#include "sim/file/load_tables.h"
 #include "sim/file/substation.h"
 #include "sim/file/substation_error.h"
 
@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::int64_t kMaxSpeed = 1000000;
 
-std::string PathIn(CTableReader& table, std::string_view key, const std::string& folder) {
+std::string ReadPath(CTableReader& table, std::string_view key, const std::string& folder) {
     const std::optional<std::string> name = table.Text(key);
     if (!name) {
         return {};
@@ -25,19 +25,19 @@ std::string PathIn(CTableReader& table, std::string_view key, const std::string&
     return path;
 }
 
-template <typename Place>
-bool SamePlace(const std::optional<Place>& left, const std::optional<Place>& right) {
+template <typename Address>
+bool SameAddress(const std::optional<Address>& left, const std::optional<Address>& right) {
     return left && right && *left == *right;
 }
 
 // Two relays at one address would talk over each other, which no bus allows.
-void RequireOwnPlace(const SRelay& relay, const std::vector<SRelay>& others, std::size_t line) {
+void RequireUniqueAddress(const SRelay& relay, const std::vector<SRelay>& others, std::size_t line) {
     for (const SRelay& other : others) {
         if (other.name == relay.name) {
             throw CSubstationError(line, "two relays are named \"" + relay.name + "\"");
         }
-        if (SamePlace(relay.serial, other.serial) || SamePlace(relay.modem, other.modem) ||
-            SamePlace(relay.ethernet, other.ethernet)) {
+        if (SameAddress(relay.serial, other.serial) || SameAddress(relay.modem, other.modem) ||
+            SameAddress(relay.ethernet, other.ethernet)) {
             throw CSubstationError(line, "\"" + relay.name + "\" is where \"" + other.name + "\" is");
         }
     }
@@ -59,11 +59,11 @@ void RequirePlainName(const SRelay& relay, std::size_t line) {
     }
 }
 
-std::unique_ptr<SSubstation> Build(const STomlNode& root, const std::string& folder) {
+std::unique_ptr<SSubstation> BuildSubstation(const STomlNode& root, const std::string& folder) {
     auto substation = std::make_unique<SSubstation>();
     CTableReader table(root, "a substation");
-    substation->stateFile = PathIn(table, "state", folder);
-    substation->traceFile = PathIn(table, "trace", folder);
+    substation->stateFile = ReadPath(table, "state", folder);
+    substation->traceFile = ReadPath(table, "trace", folder);
     substation->speed = static_cast<std::uint32_t>(table.Integer("speed", 1, kMaxSpeed).value_or(1));
     if (const STomlNode* link = table.Find("link")) {
         substation->link = ReadLink(*link);
@@ -72,13 +72,13 @@ std::unique_ptr<SSubstation> Build(const STomlNode& root, const std::string& fol
         SRelay relay = ReadRelay(node, substation->relays.size() + 1);
         RequirePlainName(relay, node.line);
         RequirePort(relay, substation->link, node.line);
-        RequireOwnPlace(relay, substation->relays, node.line);
+        RequireUniqueAddress(relay, substation->relays, node.line);
         substation->relays.push_back(std::move(relay));
     }
     for (const STomlNode& node : table.Items("fault")) {
         substation->faults.push_back(ReadFault(node, substation->relays));
     }
-    table.Finish();
+    table.RejectUnknownKeys();
     return substation;
 }
 
@@ -90,7 +90,7 @@ std::string FolderOf(const std::string& path) {
 
 SLoadedSubstation ReadSubstation(std::string_view text, const std::string& name, const std::string& folder) {
     try {
-        return {Build(ParseToml(text), folder), {}};
+        return {BuildSubstation(ParseToml(text), folder), {}};
     } catch (const CSubstationError& error) {
         return {nullptr, name + ":" + std::to_string(error.Line()) + ": " + error.what()};
     }

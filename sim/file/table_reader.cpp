@@ -28,8 +28,8 @@ std::string Quoted(std::string_view text) {
 
 } // namespace
 
-CTableReader::CTableReader(const STomlNode& node, std::string what) : m_node(node), m_what(std::move(what)) {
-    RequireKind(node, ETomlKind::Table, m_what);
+CTableReader::CTableReader(const STomlNode& node, std::string what) : m_node(node), m_name(std::move(what)) {
+    RequireKind(node, ETomlKind::Table, m_name);
     m_known.resize(node.keys.size(), false);
 }
 
@@ -47,7 +47,7 @@ const STomlNode* CTableReader::Find(std::string_view key) {
 const STomlNode& CTableReader::Require(std::string_view key) {
     const STomlNode* member = Find(key);
     if (member == nullptr) {
-        throw CSubstationError(m_node.line, m_what + " needs the key " + Quoted(key));
+        throw CSubstationError(m_node.line, m_name + " needs the key " + Quoted(key));
     }
     return *member;
 }
@@ -67,13 +67,13 @@ std::optional<std::int64_t> CTableReader::Integer(std::string_view key, std::int
     if (member == nullptr) {
         return std::nullopt;
     }
-    return IntegerOf(*member, minimum, maximum, key);
+    return ReadInteger(*member, minimum, maximum, key);
 }
 
-bool CTableReader::Flag(std::string_view key, bool otherwise) {
+bool CTableReader::Flag(std::string_view key, bool fallback) {
     const STomlNode* member = Find(key);
     if (member == nullptr) {
-        return otherwise;
+        return fallback;
     }
     RequireKind(*member, ETomlKind::Flag, key);
     return member->flag;
@@ -95,15 +95,15 @@ std::string CTableReader::RequireText(std::string_view key) {
 }
 
 std::int64_t CTableReader::RequireInteger(std::string_view key, std::int64_t minimum, std::int64_t maximum) {
-    return IntegerOf(Require(key), minimum, maximum, key);
+    return ReadInteger(Require(key), minimum, maximum, key);
 }
 
-void CTableReader::Finish() const {
+void CTableReader::RejectUnknownKeys() const {
     const auto unknown = std::find(m_known.begin(), m_known.end(), false);
     if (unknown != m_known.end()) {
         const auto index = static_cast<std::size_t>(unknown - m_known.begin());
         throw CSubstationError(m_node.keys[index].line,
-                               m_what + " has no key " + Quoted(m_node.keys[index].name));
+                               m_name + " has no key " + Quoted(m_node.keys[index].name));
     }
 }
 
@@ -114,8 +114,8 @@ void RequireKind(const STomlNode& node, ETomlKind kind, std::string_view what) {
     }
 }
 
-std::int64_t IntegerOf(const STomlNode& node, std::int64_t minimum, std::int64_t maximum,
-                       std::string_view what) {
+std::int64_t ReadInteger(const STomlNode& node, std::int64_t minimum, std::int64_t maximum,
+                         std::string_view what) {
     RequireKind(node, ETomlKind::Integer, what);
     if (node.integer < minimum || node.integer > maximum) {
         throw CSubstationError(node.line, std::string(what) + ": want " + std::to_string(minimum) + " to " +

@@ -25,7 +25,7 @@ public:
 
     std::optional<std::string> Text(std::string_view key);
     std::optional<std::int64_t> Integer(std::string_view key, std::int64_t minimum, std::int64_t maximum);
-    bool Flag(std::string_view key, bool otherwise);
+    bool Flag(std::string_view key, bool fallback);
     /// The items of an array of tables, or of any array; none when the member is missing.
     const std::vector<STomlNode>& Items(std::string_view key);
 
@@ -33,14 +33,14 @@ public:
     std::int64_t RequireInteger(std::string_view key, std::int64_t minimum, std::int64_t maximum);
 
     /// Throws for the first member that was never asked for.
-    void Finish() const;
+    void RejectUnknownKeys() const;
 
     std::size_t Line() const { return m_node.line; }
-    const std::string& What() const { return m_what; }
+    const std::string& Name() const { return m_name; }
 
 private:
     const STomlNode& m_node;
-    std::string m_what;
+    std::string m_name;
     std::vector<bool> m_known;
 };
 
@@ -49,8 +49,8 @@ inline constexpr std::int64_t kMaxUnsigned32 = std::numeric_limits<std::uint32_t
 /// Throws unless the node is of the kind; `what` names it in the message.
 void RequireKind(const STomlNode& node, ETomlKind kind, std::string_view what);
 /// The node's integer; throws when it is none or out of range.
-std::int64_t IntegerOf(const STomlNode& node, std::int64_t minimum, std::int64_t maximum,
-                       std::string_view what);
+std::int64_t ReadInteger(const STomlNode& node, std::int64_t minimum, std::int64_t maximum,
+                         std::string_view what);
 
 /// A cell address written "CC.RR" in hexadecimal digits, column in the high byte of the result.
 std::uint16_t ParseCellAddress(std::string_view text, std::size_t line);

@@ -45,7 +45,7 @@ Variant::Bytes WireBytesOf(const CParlaneData& value) {
     return bytes;
 }
 
-std::size_t SizeOf(const SSource& source) {
+std::size_t ReadSize(const SSource& source) {
     const SValueRow& row = source.row;
     const auto size =
         static_cast<std::size_t>(source.table
@@ -59,16 +59,16 @@ std::size_t SizeOf(const SSource& source) {
 }
 
 STypedBytes EncodeUnsigned(const SSource& source) {
-    const std::size_t size = SizeOf(source);
+    const std::size_t size = ReadSize(source);
     const std::int64_t maximum = (std::int64_t{1} << (8 * size)) - 1;
-    const std::int64_t value = IntegerOf(source.node, 0, maximum, source.row.key);
+    const std::int64_t value = ReadInteger(source.node, 0, maximum, source.row.key);
     return Typed(source, LittleEndian(static_cast<std::uint64_t>(value), size));
 }
 
 STypedBytes EncodeSigned(const SSource& source) {
-    const std::size_t size = SizeOf(source);
+    const std::size_t size = ReadSize(source);
     const std::int64_t limit = std::int64_t{1} << (8 * size - 1);
-    const std::int64_t value = IntegerOf(source.node, -limit, limit - 1, source.row.key);
+    const std::int64_t value = ReadInteger(source.node, -limit, limit - 1, source.row.key);
     return Typed(source, LittleEndian(static_cast<std::uint64_t>(value), size));
 }
 
@@ -93,7 +93,7 @@ STypedBytes EncodePassword(const SSource& source) {
     return Typed(source, Padded(source, Variant::Bytes(text.begin(), text.end())));
 }
 
-double RealOf(const STomlNode& node, std::string_view what) {
+double ReadReal(const STomlNode& node, std::string_view what) {
     if (node.kind == ETomlKind::Integer) {
         return static_cast<double>(node.integer);
     }
@@ -101,13 +101,13 @@ double RealOf(const STomlNode& node, std::string_view what) {
     return node.real;
 }
 
-std::uint8_t UnitOf(const SSource& source) {
+std::uint8_t ReadUnit(const SSource& source) {
     const STomlNode* unit = source.table.Find("unit");
     if (unit == nullptr) {
         return 15; // the unit without a name that takes no prefix
     }
     if (unit->kind == ETomlKind::Integer) {
-        return static_cast<std::uint8_t>(IntegerOf(*unit, 0, kMaxData, "unit"));
+        return static_cast<std::uint8_t>(ReadInteger(*unit, 0, kMaxData, "unit"));
     }
     RequireKind(*unit, ETomlKind::Text, "unit");
     for (std::size_t code = 0; code < kUnits.size(); ++code) {
@@ -120,16 +120,16 @@ std::uint8_t UnitOf(const SSource& source) {
 
 STypedBytes EncodeNumber(const SSource& source) {
     const bool longForm = source.table.Flag("long", false);
-    const double value = RealOf(source.node, source.row.key);
+    const double value = ReadReal(source.node, source.row.key);
     if (!std::isfinite(value)) {
         throw CSubstationError(source.node.line, "number: want a finite number");
     }
-    const CParlaneNumber number(value, UnitOf(source), longForm ? ENumberForm::Long : ENumberForm::Short);
+    const CParlaneNumber number(value, ReadUnit(source), longForm ? ENumberForm::Long : ENumberForm::Short);
     return {static_cast<std::uint8_t>(longForm ? kTypeLongNumber : kTypeShortNumber), WireBytesOf(number)};
 }
 
 STypedBytes EncodeFloat(const SSource& source) {
-    const auto value = static_cast<float>(RealOf(source.node, source.row.key));
+    const auto value = static_cast<float>(ReadReal(source.node, source.row.key));
     return Typed(source, LittleEndian(std::bit_cast<std::uint32_t>(value), sizeof value));
 }
 
@@ -177,7 +177,7 @@ STypedBytes EncodeInvalid(const SSource& source) {
 }
 
 STypedBytes EncodeAnyType(const SSource& source) {
-    const auto type = static_cast<std::uint8_t>(IntegerOf(source.node, 0, kMaxData, source.row.key));
+    const auto type = static_cast<std::uint8_t>(ReadInteger(source.node, 0, kMaxData, source.row.key));
     return {type, ParseHexBytes(source.table.RequireText("bytes"), source.node.line)};
 }
 
@@ -201,7 +201,7 @@ constexpr std::array kValueRows{
     SValueRow{"type", 0, 0, 0, 0, EncodeAnyType},
 };
 
-std::optional<Variant> FindNoValue(CTableReader& table) {
+std::optional<Variant> FindUntypedValue(CTableReader& table) {
     if (const auto raw = table.Text("raw")) {
         return Variant::FromBytes(ParseHexBytes(*raw, table.Line()));
     }
@@ -225,7 +225,7 @@ std::optional<STypedBytes> FindValue(CTableReader& table) {
             continue;
         }
         if (value) {
-            throw CSubstationError(node->line, table.What() + " has more than one value");
+            throw CSubstationError(node->line, table.Name() + " has more than one value");
         }
         value = row.encode(SSource{*node, table, row});
         if (value->bytes.size() > kMaxData) {
@@ -244,7 +244,7 @@ STypedBytes ReadTypedBytes(const STomlNode& node, std::string_view what) {
     }
     CTableReader table(node, std::string(what));
     std::optional<STypedBytes> value = FindValue(table);
-    table.Finish();
+    table.RejectUnknownKeys();
     if (!value) {
         throw CSubstationError(node.line, WantedValue(what));
     }
@@ -258,8 +258,8 @@ Variant ReadValue(const STomlNode& node, std::string_view what) {
     }
     if (node.kind == ETomlKind::Table) {
         CTableReader table(node, std::string(what));
-        if (const std::optional<Variant> noValue = FindNoValue(table)) {
-            table.Finish();
+        if (const std::optional<Variant> noValue = FindUntypedValue(table)) {
+            table.RejectUnknownKeys();
             return *noValue;
         }
     }
@@ -277,7 +277,7 @@ Variant::List ReadValues(CTableReader& table, std::string_view key) {
 
 Variant::Bytes ReadRelayText(const STomlNode& node, std::string_view what) {
     RequireKind(node, ETomlKind::Text, what);
-    std::optional<Variant::Bytes> text = RelayText(node.text);
+    std::optional<Variant::Bytes> text = EncodeRelayText(node.text);
     if (!text) {
         throw CSubstationError(node.line, std::string(what) + ": has a character that relays lack");
     }

@@ -8,23 +8,23 @@
 
 namespace {
 
-void Complain(const char* before, const char* text) noexcept {
+void PrintError(const char* before, const char* text) noexcept {
     std::fprintf(stderr, "%s%s\n", before, text);
 }
 
 ruvo::IServerConnection* Connect() noexcept {
     try {
-        std::string refusal;
-        auto connection = ruvo::sim::ConnectToSubstation(ruvo::sim::SubstationPath(), refusal);
+        std::string error;
+        auto connection = ruvo::sim::ConnectToSubstation(ruvo::sim::SubstationPath(), error);
         if (!connection) {
-            Complain("", refusal.c_str());
+            PrintError("", error.c_str());
         }
         return connection.release();
     } catch (const std::exception& error) {
-        Complain("p32ls: ", error.what());
+        PrintError("p32ls: ", error.what());
         return nullptr;
     } catch (...) {
-        Complain("p32ls: ", "a failure of an unknown kind");
+        PrintError("p32ls: ", "a failure of an unknown kind");
         return nullptr;
     }
 }

@@ -74,9 +74,9 @@ bool CAccessControl::IsLoginCell(CellAddress cell) const {
 
 std::int32_t CAccessControl::WriteLoginCell(CellAddress cell, std::uint8_t type, const Variant::Bytes& data) {
     if (cell == cells::kUserName) {
-        return m_users->TakeName(type, data);
+        return m_users->SetName(type, data);
     }
-    return cell == cells::kSalt ? m_users->TakeSalt(type, data) : Login(type, data);
+    return cell == cells::kSalt ? m_users->SetSalt(type, data) : Login(type, data);
 }
 
 std::int32_t CAccessControl::Login(std::uint8_t type, const Variant::Bytes& data) {
@@ -87,16 +87,16 @@ std::int32_t CAccessControl::Login(std::uint8_t type, const Variant::Bytes& data
         // Relays that know users have no reply for it: that no attempts are left tells it.
         return m_users ? kRejected : kBlocked;
     }
-    const SVerdict verdict = m_users ? m_users->Judge(type, data) : JudgePassword(type, data);
-    if (verdict.status == kGood) {
-        Accept(verdict.levelTooLow || m_model->levelTooLow);
-    } else if (verdict.status == kRejected) {
-        Refuse();
+    const SPasswordResult result = m_users ? m_users->CheckDigest(type, data) : CheckPassword(type, data);
+    if (result.status == kGood) {
+        Accept(result.levelTooLow || m_model->levelTooLow);
+    } else if (result.status == kRejected) {
+        Reject();
     }
-    return verdict.status;
+    return result.status;
 }
 
-SVerdict CAccessControl::JudgePassword(std::uint8_t type, const Variant::Bytes& data) const {
+SPasswordResult CAccessControl::CheckPassword(std::uint8_t type, const Variant::Bytes& data) const {
     const std::uint32_t wantedType = m_model->generation == 0 ? kTypePassword : kTypeEncryptedPassword;
     return {type == wantedType && data == m_model->password ? kGood : kRejected};
 }
@@ -109,7 +109,7 @@ void CAccessControl::Accept(bool levelTooLow) {
     m_requestsSinceLogin = 0;
 }
 
-void CAccessControl::Refuse() {
+void CAccessControl::Reject() {
     ++m_wrongPasswords;
     if (m_model->attempts != 0 && m_wrongPasswords >= m_model->attempts) {
         m_blocked = true;

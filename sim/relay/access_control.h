@@ -36,9 +36,9 @@ private:
     bool IsProtected(EAccess access, CellAddress cell) const;
     bool IsAlwaysOpen(CellAddress cell) const;
     std::int32_t Login(std::uint8_t type, const Variant::Bytes& data);
-    SVerdict JudgePassword(std::uint8_t type, const Variant::Bytes& data) const;
+    SPasswordResult CheckPassword(std::uint8_t type, const Variant::Bytes& data) const;
     void Accept(bool levelTooLow);
-    void Refuse();
+    void Reject();
 
     const std::optional<SAccess>& m_model;
     std::unique_ptr<CUserLogin> m_users; ///< null for relays that know no users

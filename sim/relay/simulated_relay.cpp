@@ -11,13 +11,6 @@ namespace {
 
 constexpr std::uint8_t kEventsWaiting = 0x20;
 
-SAnswer Refused(Status status) {
-    return {status, {}, kGood};
-}
-SAnswer Given(Variant::List outputs) {
-    return {kGood, std::move(outputs), kGood};
-}
-
 bool IsInteger(std::uint8_t type) {
     return type == kTypeUint || type == kTypeStringIndex;
 }
@@ -65,8 +58,8 @@ const SRecord* CSimulatedRelay::SelectedRecord(std::uint8_t column) const {
     return record == m_model.records.end() ? nullptr : &*record;
 }
 
-std::optional<SCell> CSimulatedRelay::Look(CellAddress cell) const {
-    // The selected record lies over the column, as a page over a desk.
+std::optional<SCell> CSimulatedRelay::FindUnchecked(CellAddress cell) const {
+    // While a record is selected, its cells hide those of its column.
     if (const SRecord* record = SelectedRecord(ColumnOf(cell))) {
         if (const auto found = record->cells.find(cell); found != record->cells.end()) {
             return found->second;
@@ -79,7 +72,7 @@ std::optional<SCell> CSimulatedRelay::Look(CellAddress cell) const {
 }
 
 CSimulatedRelay::SFound CSimulatedRelay::Find(CellAddress cell, EAccess access) const {
-    std::optional<SCell> found = Look(cell);
+    std::optional<SCell> found = FindUnchecked(cell);
     if (!found) {
         return {kNoSuchCell, {}};
     }
@@ -95,37 +88,37 @@ CSimulatedRelay::SFound CSimulatedRelay::Find(CellAddress cell, EAccess access) 
 SAnswer CSimulatedRelay::Value(CellAddress cell) const {
     SFound found = Find(cell, EAccess::Read);
     if (found.status != kGood) {
-        return Refused(found.status);
+        return StatusAnswer(found.status);
     }
-    return Given({Variant::FromUI1(found.cell.type), Variant::FromUI1(found.cell.size),
-                  Variant::FromBytes(std::move(found.cell.data))});
+    return OutputAnswer({Variant::FromUI1(found.cell.type), Variant::FromUI1(found.cell.size),
+                         Variant::FromBytes(std::move(found.cell.data))});
 }
 
 SAnswer CSimulatedRelay::Text(CellAddress cell) const {
     const SFound found = Find(cell, EAccess::Read);
     if (found.status != kGood) {
-        return Refused(found.status);
+        return StatusAnswer(found.status);
     }
     if (found.cell.label) {
-        return Given({*found.cell.label});
+        return OutputAnswer({*found.cell.label});
     }
-    return found.cell.type == kTypeText ? Given({FirstValueOf(found.cell)}) : Refused(kNoData);
+    return found.cell.type == kTypeText ? OutputAnswer({FirstValueOf(found.cell)}) : StatusAnswer(kNoData);
 }
 
 SAnswer CSimulatedRelay::Limits(CellAddress cell) const {
     SFound found = Find(cell, EAccess::Read);
     if (found.status != kGood) {
-        return Refused(found.status);
+        return StatusAnswer(found.status);
     }
-    return Given({Variant::FromList(std::move(found.cell.limits))});
+    return OutputAnswer({Variant::FromList(std::move(found.cell.limits))});
 }
 
 SAnswer CSimulatedRelay::Strings(CellAddress cell) const {
     SFound found = Find(cell, EAccess::Read);
     if (found.status != kGood) {
-        return Refused(found.status);
+        return StatusAnswer(found.status);
     }
-    return Given({Variant::FromList(std::move(found.cell.strings))});
+    return OutputAnswer({Variant::FromList(std::move(found.cell.strings))});
 }
 
 SAnswer CSimulatedRelay::Values(const Variant::Words& wanted) const {
@@ -133,11 +126,11 @@ SAnswer CSimulatedRelay::Values(const Variant::Words& wanted) const {
     for (const std::int16_t word : wanted) {
         const SFound found = Find(static_cast<CellAddress>(word), EAccess::Read);
         if (found.status != kGood) {
-            return Refused(found.status);
+            return StatusAnswer(found.status);
         }
         values.push_back(FirstValueOf(found.cell));
     }
-    return Given({Variant::FromList(std::move(values))});
+    return OutputAnswer({Variant::FromList(std::move(values))});
 }
 
 void CSimulatedRelay::AddToListing(CellAddress address, const SCell& cell, bool unsignedLocations,
@@ -176,13 +169,13 @@ SListing CSimulatedRelay::MakeListing(std::uint8_t column) const {
 
 SAnswer CSimulatedRelay::Column(std::uint8_t column, EListing wanted) const {
     if (const Status status = m_access.Check(EAccess::Read, MakeCell(column, 0)); status != kGood) {
-        return Refused(status);
+        return StatusAnswer(status);
     }
     SListing listing = MakeListing(column);
     if (listing.locations.empty() && m_model.columns.count(column) == 0) {
-        return Refused(kNoSuchCell);
+        return StatusAnswer(kNoSuchCell);
     }
-    SAnswer answer = Given({Variant::FromList(listing.locations)});
+    SAnswer answer = OutputAnswer({Variant::FromList(listing.locations)});
     if (wanted == EListing::TextAndValues || wanted == EListing::Text) {
         answer.outputs.push_back(Variant::FromList(std::move(listing.texts)));
     }
@@ -202,40 +195,41 @@ SAnswer CSimulatedRelay::Headings() const {
             AddToListing(address, cell, false, listing);
         }
     }
-    return Given(
+    return OutputAnswer(
         {Variant::FromList(std::move(listing.locations)), Variant::FromList(std::move(listing.texts))});
 }
 
 SAnswer CSimulatedRelay::Change(CellAddress cell, const Variant::Bytes& tagged) {
     if (tagged.size() < 2 || tagged[1] != tagged.size() - 2) {
-        return Refused(kWrongParameters);
+        return StatusAnswer(kWrongParameters);
     }
     const Variant::Bytes data(tagged.begin() + 2, tagged.end());
     if (m_access.IsLoginCell(cell)) {
-        SAnswer answer = Refused(m_access.WriteLoginCell(cell, tagged[0], data));
+        SAnswer answer = StatusAnswer(m_access.WriteLoginCell(cell, tagged[0], data));
         answer.remark = answer.status == kNoProvider ? "no crypto provider" : "";
         return answer;
     }
     const SFound found = Find(cell, EAccess::Write);
     if (found.status != kGood) {
-        return Refused(found.status);
+        return StatusAnswer(found.status);
     }
     // A record number is taken as any number: who selects a record passes on what the event gave.
     // Sizes may differ then; the number is what counts.
     const bool selects = CellRowOf(cell) == kSelectionRow && found.cell.type == kTypeUint;
     if (found.cell.writable && found.cell.type != tagged[0] && !selects) {
-        return Refused(kRejected);
+        return StatusAnswer(kRejected);
     }
-    return Refused(Store(cell, found.cell, selects ? LittleEndian(NumberOf(data), found.cell.size) : data));
+    return StatusAnswer(
+        Store(cell, found.cell, selects ? LittleEndian(NumberOf(data), found.cell.size) : data));
 }
 
 // Bytes without a type code are no login: the type is part of what a login cell checks.
 SAnswer CSimulatedRelay::ChangeBytes(CellAddress cell, const Variant::Bytes& data) {
     if (m_access.IsLoginCell(cell)) {
-        return Refused(kNotSettable);
+        return StatusAnswer(kNotSettable);
     }
     const SFound found = Find(cell, EAccess::Write);
-    return Refused(found.status != kGood ? found.status : Store(cell, found.cell, data));
+    return StatusAnswer(found.status != kGood ? found.status : Store(cell, found.cell, data));
 }
 
 SAnswer CSimulatedRelay::Reset(CellAddress cell) {
@@ -245,9 +239,9 @@ SAnswer CSimulatedRelay::Reset(CellAddress cell) {
     }
     const SFound found = Find(cell, EAccess::Write);
     if (found.status != kGood) {
-        return Refused(found.status);
+        return StatusAnswer(found.status);
     }
-    return Refused(Store(cell, found.cell, Variant::Bytes(found.cell.data.size(), 0)));
+    return StatusAnswer(Store(cell, found.cell, Variant::Bytes(found.cell.data.size(), 0)));
 }
 
 bool CSimulatedRelay::IsUnknownRecord(CellAddress cell, const Variant::Bytes& data) const {
@@ -274,21 +268,21 @@ Status CSimulatedRelay::Store(CellAddress cell, const SCell& before, const Varia
 
 SAnswer CSimulatedRelay::NextEvent() {
     if (const Status status = m_access.Check(EAccess::Event, 0); status != kGood) {
-        return Refused(status);
+        return StatusAnswer(status);
     }
     if (!HasEvents()) {
-        return Refused(kNoData);
+        return StatusAnswer(kNoData);
     }
     const SEvent& event = m_model.events[m_nextEvent % m_model.events.size()];
     // Gone from here on, whatever becomes of the answer.
     ++m_nextEvent;
     const bool more = event.more.value_or(HasEvents());
-    return Given(
+    return OutputAnswer(
         {Variant::FromUI1(event.kind), Variant::FromList(event.values), Variant::FromUI1(more ? 1 : 0)});
 }
 
 SAnswer CSimulatedRelay::StatusByte() const {
-    return Given({Variant::FromUI1(
+    return OutputAnswer({Variant::FromUI1(
         static_cast<std::uint8_t>(m_model.statusByte | (HasEvents() ? kEventsWaiting : 0)))});
 }
 

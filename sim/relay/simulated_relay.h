@@ -3,19 +3,11 @@
 
 #include "sim/file/substation.h"
 #include "sim/relay/access_control.h"
-#include "sim/relay/statuses.h"
+#include "sim/relay/answer.h"
 
 #include <cstddef>
 
 namespace ruvo::sim {
-
-/// A status and, when it is good, the outputs of the operation.
-struct SAnswer {
-    Status status = kGood;
-    Variant::List outputs;
-    Status completion = kGood; ///< of an operation that runs on: the status with which it ends
-    const char* remark = "";   ///< what the trace adds: why the relay cannot do its part
-};
 
 /// Answers requests; changes stay for as long as the relay lives. Not safe for use by several threads.
 class CSimulatedRelay {
@@ -24,9 +16,9 @@ public:
     explicit CSimulatedRelay(const SRelay& model);
 
     const SRelay& Model() const { return m_model; }
-    std::optional<SSerialPlace>& SerialPlace() { return m_serial; }
-    std::optional<SModemPlace>& ModemPlace() { return m_modem; }
-    std::optional<SEthernetPlace>& EthernetPlace() { return m_ethernet; }
+    std::optional<SSerialAddress>& SerialAddress() { return m_serial; }
+    std::optional<SModemAddress>& ModemAddress() { return m_modem; }
+    std::optional<SEthernetAddress>& EthernetAddress() { return m_ethernet; }
 
     /// The first `count` events were handed over in earlier runs.
     void SkipEvents(std::size_t count);
@@ -55,7 +47,7 @@ private:
         SCell cell;
     };
     SFound Find(CellAddress cell, EAccess access) const;
-    std::optional<SCell> Look(CellAddress cell) const;
+    std::optional<SCell> FindUnchecked(CellAddress cell) const;
     const SRecord* SelectedRecord(std::uint8_t column) const;
     SListing MakeListing(std::uint8_t column) const;
     void AddToListing(CellAddress address, const SCell& cell, bool unsignedLocations,
@@ -65,9 +57,9 @@ private:
     bool IsUnknownRecord(CellAddress cell, const Variant::Bytes& data) const;
 
     const SRelay& m_model;
-    std::optional<SSerialPlace> m_serial;
-    std::optional<SModemPlace> m_modem;
-    std::optional<SEthernetPlace> m_ethernet;
+    std::optional<SSerialAddress> m_serial;
+    std::optional<SModemAddress> m_modem;
+    std::optional<SEthernetAddress> m_ethernet;
     CellMap m_cells;
     CAccessControl m_access;
     std::size_t m_nextEvent = 0;

@@ -26,7 +26,7 @@ std::span<const std::uint8_t> BytesOf(const char* text, std::size_t count) {
 
 CUserLogin::CUserLogin(const SAccess& model) : m_model(model), m_provider(ProviderFiles(model)) {}
 
-Status CUserLogin::TakeName(std::uint8_t type, const Variant::Bytes& data) {
+Status CUserLogin::SetName(std::uint8_t type, const Variant::Bytes& data) {
     m_salt.reset();
     m_name.reset();
     if (type != kTypeText || data.size() > kUserNameLength) {
@@ -36,7 +36,7 @@ Status CUserLogin::TakeName(std::uint8_t type, const Variant::Bytes& data) {
     return kGood;
 }
 
-Status CUserLogin::TakeSalt(std::uint8_t type, const Variant::Bytes& data) {
+Status CUserLogin::SetSalt(std::uint8_t type, const Variant::Bytes& data) {
     m_salt.reset();
     std::string salt = DecodeDeviceBytes(data);
     if (type != kTypeText || salt.size() != kSaltLength || (m_model.freshSalt && salt == m_lastSalt)) {
@@ -61,7 +61,7 @@ std::optional<Digest> CUserLogin::ExpectedDigest(const SUser& user, const std::s
                     : std::nullopt;
 }
 
-SVerdict CUserLogin::Judge(std::uint8_t type, const Variant::Bytes& data) {
+SPasswordResult CUserLogin::CheckDigest(std::uint8_t type, const Variant::Bytes& data) {
     const SUser* user = FindUser();
     const bool named = std::exchange(m_name, std::nullopt).has_value();
     const std::optional<std::string> salt = std::exchange(m_salt, std::nullopt);

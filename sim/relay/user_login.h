@@ -11,7 +11,7 @@
 namespace ruvo::sim {
 
 /// What came of a password, and whether it opens anything when it was right.
-struct SVerdict {
+struct SPasswordResult {
     Status status = kRejected;
     bool levelTooLow = false;
 };
@@ -24,10 +24,10 @@ public:
     explicit CUserLogin(const SAccess& model);
 
     /// Any name is taken: a relay that told at once whom it knows would help to guess.
-    Status TakeName(std::uint8_t type, const Variant::Bytes& data);
-    Status TakeSalt(std::uint8_t type, const Variant::Bytes& data);
+    Status SetName(std::uint8_t type, const Variant::Bytes& data);
+    Status SetSalt(std::uint8_t type, const Variant::Bytes& data);
     /// Good, kRejected, kUnknownUser or kNoProvider.
-    SVerdict Judge(std::uint8_t type, const Variant::Bytes& data);
+    SPasswordResult CheckDigest(std::uint8_t type, const Variant::Bytes& data);
 
 private:
     const SUser* FindUser() const;

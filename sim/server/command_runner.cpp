@@ -41,7 +41,7 @@ Status CCommandRunner::Abort() {
     return kGood;
 }
 
-bool CCommandRunner::AwaitEnd(std::unique_lock<std::mutex>& lock, const SRunPlan& plan) {
+bool CCommandRunner::WaitForEnd(std::unique_lock<std::mutex>& lock, const SRunPlan& plan) {
     const auto ended = [this] { return m_aborting || m_stopping; };
     if (plan.hangs) {
         m_wake.wait(lock, ended);
@@ -62,7 +62,7 @@ void CCommandRunner::Run() {
         lock.unlock();
         m_started();
         lock.lock();
-        if (!AwaitEnd(lock, plan)) {
+        if (!WaitForEnd(lock, plan)) {
             return;
         }
         const Status status = m_aborting ? kAborted : plan.status;

@@ -35,7 +35,7 @@ public:
 private:
     void Run();
     /// Waits for the end of the plan; false when the runner stops instead.
-    bool AwaitEnd(std::unique_lock<std::mutex>& lock, const SRunPlan& plan);
+    bool WaitForEnd(std::unique_lock<std::mutex>& lock, const SRunPlan& plan);
 
     const std::function<void()> m_started;
     const std::function<void(Status)> m_finished;

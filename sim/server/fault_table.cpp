@@ -5,7 +5,7 @@
 namespace ruvo::sim {
 namespace {
 
-bool Watches(const SFault& fault, const SCall& call, const std::string& relay) {
+bool Matches(const SFault& fault, const SCall& call, const std::string& relay) {
     return fault.operation == call.operation && (fault.relay.empty() || fault.relay == relay) &&
            (!fault.cell || fault.cell == call.cell);
 }
@@ -33,7 +33,7 @@ SFault CFaultTable::Match(const SCall& call, const std::string& relay) {
     std::uint32_t delay = 0;
     for (std::size_t i = 0; i < m_faults.size(); ++i) {
         const SFault& fault = m_faults[i];
-        if (!Watches(fault, call, relay)) {
+        if (!Matches(fault, call, relay)) {
             continue;
         }
         // Every watcher counts, hit or not, so that "the third call" means the same to each.

@@ -18,7 +18,7 @@ struct STunnel {
 };
 
 // Takes one quoted field and the comma before it.
-bool TakeField(std::string_view& rest, bool first, std::string_view& field) {
+bool ParseField(std::string_view& rest, bool first, std::string_view& field) {
     const std::string_view opening = first ? "\"" : ",\"";
     if (rest.substr(0, opening.size()) != opening) {
         return false;
@@ -33,7 +33,7 @@ bool TakeField(std::string_view& rest, bool first, std::string_view& field) {
     return true;
 }
 
-std::optional<int> NumberIn(std::string_view text) {
+std::optional<int> ParseNumber(std::string_view text) {
     int number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     return error == std::errc() && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
@@ -44,13 +44,13 @@ std::optional<STunnel> ParseTunnel(std::string_view text) {
     std::array<std::string_view, 5> fields;
     text.remove_prefix(kTunnelPrefix.size());
     for (std::size_t i = 0; i < fields.size(); ++i) {
-        if (!TakeField(text, i == 0, fields[i])) {
+        if (!ParseField(text, i == 0, fields[i])) {
             return std::nullopt;
         }
     }
-    const std::optional<int> bus = NumberIn(fields[2]);
+    const std::optional<int> bus = ParseNumber(fields[2]);
     // The device number only has to be one: requests carry the address that counts.
-    if (!text.empty() || !bus || !NumberIn(fields[3]) || !NumberIn(fields[4])) {
+    if (!text.empty() || !bus || !ParseNumber(fields[3]) || !ParseNumber(fields[4])) {
         return std::nullopt;
     }
     return STunnel{fields[0], fields[1], *bus};
@@ -58,14 +58,14 @@ std::optional<STunnel> ParseTunnel(std::string_view text) {
 
 // A listed destination answers with its status; one that is not listed is there when a relay is.
 template <typename IsThere>
-Status StatusOf(const std::vector<SDestination>& listed, const std::vector<SRelay>& relays,
-                std::string_view name, Status otherwise, IsThere isThere) {
+Status DestinationStatus(const std::vector<SDestination>& listed, const std::vector<SRelay>& relays,
+                         std::string_view name, Status fallback, IsThere isThere) {
     const auto found = std::find_if(listed.begin(), listed.end(),
                                     [name](const SDestination& candidate) { return candidate.name == name; });
     if (found != listed.end()) {
         return found->status;
     }
-    return std::any_of(relays.begin(), relays.end(), isThere) ? kGood : otherwise;
+    return std::any_of(relays.begin(), relays.end(), isThere) ? kGood : fallback;
 }
 
 } // namespace
@@ -96,8 +96,8 @@ Status CLinkState::OpenSerial(const std::string& port, const std::string& parame
     if (found->parameters && *found->parameters != parameters) {
         return kBadPortParameters;
     }
-    m_open = EOpen::Serial;
-    m_place = port;
+    m_open = ELink::Serial;
+    m_openName = port;
     return kGood;
 }
 
@@ -106,23 +106,23 @@ Status CLinkState::OpenTunnel(const std::string& connection) {
     if (!tunnel) {
         return kWrongParameters;
     }
-    const Status status =
-        StatusOf(m_substation.link.ethernet, m_substation.relays, tunnel->ip, kCannotOpenPort,
-                 [&](const SRelay& relay) { return relay.ethernet && relay.ethernet->ip == tunnel->ip; });
+    const Status status = DestinationStatus(
+        m_substation.link.ethernet, m_substation.relays, tunnel->ip, kCannotOpenPort,
+        [&](const SRelay& relay) { return relay.ethernet && relay.ethernet->ip == tunnel->ip; });
     if (status != kGood || tunnel->transport != kTransport) {
         return status != kGood ? status : kCannotOpenPort;
     }
-    m_open = EOpen::Ethernet;
-    m_place = tunnel->ip;
+    m_open = ELink::Ethernet;
+    m_openName = tunnel->ip;
     m_bus = tunnel->bus;
     return kGood;
 }
 
 Status CLinkState::Close() {
-    if (m_open != EOpen::Serial && m_open != EOpen::Ethernet) {
+    if (m_open != ELink::Serial && m_open != ELink::Ethernet) {
         return kNothingToClose;
     }
-    m_open = EOpen::Nothing;
+    m_open = ELink::Nothing;
     return kGood;
 }
 
@@ -137,41 +137,41 @@ Status CLinkState::CheckModem(const std::string& modem) const {
 // The line is taken at once and given back when the call fails or is aborted.
 Status CLinkState::Dial(const std::string& number) {
     const Status status =
-        StatusOf(m_substation.link.numbers, m_substation.relays, number, kCallTimedOut,
-                 [&](const SRelay& relay) { return relay.modem && relay.modem->number == number; });
+        DestinationStatus(m_substation.link.numbers, m_substation.relays, number, kCallTimedOut,
+                          [&](const SRelay& relay) { return relay.modem && relay.modem->number == number; });
     if (status == kGood) {
-        m_open = EOpen::Modem;
-        m_place = number;
+        m_open = ELink::Modem;
+        m_openName = number;
     }
     return status;
 }
 
 Status CLinkState::HangUp() {
-    if (m_open != EOpen::Modem) {
+    if (m_open != ELink::Modem) {
         return kNoCall;
     }
-    m_open = EOpen::Nothing;
+    m_open = ELink::Nothing;
     return kGood;
 }
 
 void CLinkState::DropCall() {
-    if (m_open == EOpen::Modem) {
-        m_open = EOpen::Nothing;
+    if (m_open == ELink::Modem) {
+        m_open = ELink::Nothing;
     }
 }
 
 // A relay may be reached in several ways; only the way that is open counts.
 bool CLinkState::Reaches(CSimulatedRelay& relay, std::uint8_t address) const {
     switch (m_open) {
-    case EOpen::Serial: {
-        const auto& place = relay.SerialPlace();
-        return place && place->address == address && (place->port.empty() || place->port == m_place);
+    case ELink::Serial: {
+        const auto& place = relay.SerialAddress();
+        return place && place->address == address && (place->port.empty() || place->port == m_openName);
     }
-    case EOpen::Modem:
-        return relay.ModemPlace() == SModemPlace{m_place, address};
-    case EOpen::Ethernet:
-        return relay.EthernetPlace() == SEthernetPlace{m_place, m_bus, address};
-    case EOpen::Nothing:
+    case ELink::Modem:
+        return relay.ModemAddress() == SModemAddress{m_openName, address};
+    case ELink::Ethernet:
+        return relay.EthernetAddress() == SEthernetAddress{m_openName, m_bus, address};
+    case ELink::Nothing:
         break;
     }
     return false;
@@ -184,12 +184,12 @@ CSimulatedRelay* CLinkState::Find(std::uint8_t address) {
 }
 
 void CLinkState::Move(CSimulatedRelay& relay, std::uint8_t address) const {
-    if (m_open == EOpen::Serial) {
-        relay.SerialPlace()->address = address;
-    } else if (m_open == EOpen::Modem) {
-        relay.ModemPlace()->address = address;
-    } else if (m_open == EOpen::Ethernet) {
-        relay.EthernetPlace()->address = address;
+    if (m_open == ELink::Serial) {
+        relay.SerialAddress()->address = address;
+    } else if (m_open == ELink::Modem) {
+        relay.ModemAddress()->address = address;
+    } else if (m_open == ELink::Ethernet) {
+        relay.EthernetAddress()->address = address;
     }
 }
 

@@ -26,7 +26,7 @@ public:
     /// Ends a call that was not completed.
     void DropCall();
 
-    bool IsOpen() const { return m_open != EOpen::Nothing; }
+    bool IsOpen() const { return m_open != ELink::Nothing; }
     /// The relay that answers at the address over what is open; null when there is none.
     CSimulatedRelay* Find(std::uint8_t address);
     template <typename Use>
@@ -39,15 +39,15 @@ public:
     void Move(CSimulatedRelay& relay, std::uint8_t address) const;
 
 private:
-    enum class EOpen : std::uint8_t { Nothing, Serial, Modem, Ethernet };
+    enum class ELink : std::uint8_t { Nothing, Serial, Modem, Ethernet };
     Status OpenSerial(const std::string& port, const std::string& parameters);
     Status OpenTunnel(const std::string& connection);
     bool Reaches(CSimulatedRelay& relay, std::uint8_t address) const;
 
     const SSubstation& m_substation;
     std::vector<std::unique_ptr<CSimulatedRelay>> m_relays;
-    EOpen m_open = EOpen::Nothing;
-    std::string m_place; ///< port, number or IP address that is open
+    ELink m_open = ELink::Nothing;
+    std::string m_openName; ///< port, number or IP address that is open
     int m_bus = 0;
 };
 

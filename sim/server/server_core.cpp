@@ -7,7 +7,8 @@
 namespace ruvo::sim {
 namespace {
 
-void HandOver(const SFault& fault, SAnswer answer, const CServerCore::Outputs& outputs, Variant& status) {
+void ReturnOutputs(const SFault& fault, SAnswer answer, const CServerCore::Outputs& outputs,
+                   Variant& status) {
     answer.outputs.resize(outputs.size());
     for (std::size_t i = 0; i < outputs.size(); ++i) {
         *outputs[i] = std::move(answer.outputs[i]);
@@ -46,10 +47,11 @@ std::chrono::microseconds CServerCore::DelayOf(const SFault& fault) const {
     return std::chrono::microseconds(std::chrono::milliseconds(fault.delay)) / m_substation->speed;
 }
 
-EComResult CServerCore::Answer(const SCall& call, const Ask& ask, const Outputs& outputs, Variant& status) {
+EComResult CServerCore::Answer(const SCall& call, const Request& request, const Outputs& outputs,
+                               Variant& status) {
     std::unique_lock lock(m_lock);
     const SFault fault = m_faults.Match(call, RelayName(call));
-    const bool runsOn = RowOf(call.operation).runsOn;
+    const bool runsOn = OperationRow(call.operation).runsOn;
     if (fault.delay != 0 && !runsOn) {
         // The caller waits, the server does not: an abort from another thread must get through.
         lock.unlock();
@@ -57,27 +59,27 @@ EComResult CServerCore::Answer(const SCall& call, const Ask& ask, const Outputs&
         lock.lock();
     }
     if (fault.comFailure) {
-        m_trace.NoteComFailure(call);
+        m_trace.WriteComFailure(call);
         return EComResult::Failed;
     }
-    SAnswer answer = Decide(call, fault, ask);
+    SAnswer answer = Execute(call, fault, request);
     DamageOutputs(fault, answer.outputs);
     // Before the command starts, so that its completion cannot come first in the trace.
-    m_trace.Note(call, answer.status, answer.remark);
+    m_trace.Write(call, answer.status, answer.remark);
     if (runsOn && answer.status == kGood) {
         StartRunning(call, fault, answer);
     }
-    HandOver(fault, std::move(answer), outputs, status);
+    ReturnOutputs(fault, std::move(answer), outputs, status);
     return EComResult::Ok;
 }
 
-EComResult CServerCore::AnswerRelay(const SCall& call, const AskRelay& ask, const Outputs& outputs,
+EComResult CServerCore::AnswerRelay(const SCall& call, const RelayRequest& request, const Outputs& outputs,
                                     Variant& status) {
     return Answer(
-        call, [&] { return AskAt(call, ask); }, outputs, status);
+        call, [&] { return CallRelay(call, request); }, outputs, status);
 }
 
-SAnswer CServerCore::Decide(const SCall& call, const SFault& fault, const Ask& ask) const {
+SAnswer CServerCore::Execute(const SCall& call, const SFault& fault, const Request& request) const {
     SAnswer answer;
     if (!call.wellFormed) {
         answer.status = kWrongParameters;
@@ -86,12 +88,12 @@ SAnswer CServerCore::Decide(const SCall& call, const SFault& fault, const Ask& a
     } else if (fault.status) {
         answer.status = *fault.status;
     } else {
-        answer = ask();
+        answer = request();
     }
     return answer;
 }
 
-SAnswer CServerCore::AskAt(const SCall& call, const AskRelay& ask) {
+SAnswer CServerCore::CallRelay(const SCall& call, const RelayRequest& request) {
     SAnswer answer;
     if (!m_link.IsOpen()) {
         answer.status = kNoPortOpen;
@@ -102,13 +104,13 @@ SAnswer CServerCore::AskAt(const SCall& call, const AskRelay& ask) {
         answer.status = kNotResponding;
     } else {
         relay->CountRequest();
-        answer = ask(*relay);
+        answer = request(*relay);
     }
     // Remembered even when a fault damages the answer: the relay has let go of the event.
     if (call.operation == EOperation::GetEvent && answer.status == kGood) {
-        m_state.NoteHandedOver(relay->Model().name);
+        m_state.AddHandedOver(relay->Model().name);
     }
-    if (RowOf(call.operation).runsOn) {
+    if (OperationRow(call.operation).runsOn) {
         answer.completion = answer.status;
         answer.status = kGood;
     }
@@ -139,14 +141,14 @@ void CServerCore::Finish(Status status) {
         }
         alternate = m_alternate;
         m_alternate = !m_alternate;
-        m_trace.NoteCompletion(alternate ? "OnCommandCompleteAlt" : "OnCommandComplete", status);
+        m_trace.WriteCompletion(alternate ? "OnCommandCompleteAlt" : "OnCommandComplete", status);
     }
     // Without the lock: a sink may call the server.
     m_sinks.NotifyProgress(2, 2);
     m_sinks.NotifyComplete(status, alternate);
 }
 
-SAnswer CServerCore::TakeResults(EOperation start) {
+SAnswer CServerCore::FetchResults(EOperation start) {
     SAnswer answer;
     if (!m_resultsReady || m_resultsOf != start) {
         answer.status = kDataNotReady;

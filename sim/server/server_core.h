@@ -2,10 +2,11 @@
 // trace, and the thread that completes the operations that run on.
 #pragma once
 
+#include "sim/server/call_trace.h"
 #include "sim/server/command_runner.h"
+#include "sim/server/event_state.h"
 #include "sim/server/fault_table.h"
 #include "sim/server/link_state.h"
-#include "sim/server/record_files.h"
 #include "sim/server/sink_list.h"
 
 #include <chrono>
@@ -20,8 +21,8 @@ namespace ruvo::sim {
 /// Owns the substation and all that happens to it over one connection. Safe for use by several threads.
 class CServerCore {
 public:
-    using Ask = std::function<SAnswer()>;
-    using AskRelay = std::function<SAnswer(CSimulatedRelay&)>;
+    using Request = std::function<SAnswer()>;
+    using RelayRequest = std::function<SAnswer(CSimulatedRelay&)>;
     using Outputs = std::vector<Variant*>;
 
     /// The sinks must outlive this.
@@ -34,20 +35,22 @@ public:
     std::string OpenFiles();
 
     /// Answers a call to the server itself. Every call ends here: tests override it to come in between.
-    virtual EComResult Answer(const SCall& call, const Ask& ask, const Outputs& outputs, Variant& status);
+    virtual EComResult Answer(const SCall& call, const Request& request, const Outputs& outputs,
+                              Variant& status);
     /// Answers a call to the relay at the call's address. What a relay refuses of an operation that runs on
     /// is told at its completion, since the server has to ask the relay first.
-    EComResult AnswerRelay(const SCall& call, const AskRelay& ask, const Outputs& outputs, Variant& status);
+    EComResult AnswerRelay(const SCall& call, const RelayRequest& request, const Outputs& outputs,
+                           Variant& status);
 
     // For the callables that are handed in above, which run under the lock.
     CLinkState& Link() { return m_link; }
     /// The results of the completed operation, once; data not ready when there are none of that operation.
-    SAnswer TakeResults(EOperation start);
+    SAnswer FetchResults(EOperation start);
     Status AbortRunning() { return m_runner.Abort(); }
 
 private:
-    SAnswer Decide(const SCall& call, const SFault& fault, const Ask& ask) const;
-    SAnswer AskAt(const SCall& call, const AskRelay& ask);
+    SAnswer Execute(const SCall& call, const SFault& fault, const Request& request) const;
+    SAnswer CallRelay(const SCall& call, const RelayRequest& request);
     void StartRunning(const SCall& call, const SFault& fault, const SAnswer& answer);
     void Finish(Status status);
     std::string RelayName(const SCall& call);

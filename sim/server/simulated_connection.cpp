@@ -22,15 +22,15 @@ std::string SubstationPath() {
     return program.substr(0, program.find_last_of('\\') + 1) + "substation.toml";
 }
 
-std::unique_ptr<CSimulatedConnection> ConnectToSubstation(const std::string& path, std::string& refusal) {
+std::unique_ptr<CSimulatedConnection> ConnectToSubstation(const std::string& path, std::string& error) {
     SLoadedSubstation loaded = LoadSubstation(path);
     if (!loaded.substation) {
-        refusal = std::move(loaded.error);
+        error = std::move(loaded.error);
         return nullptr;
     }
     auto connection = std::make_unique<CSimulatedConnection>(std::move(loaded.substation));
     if (const std::string reason = connection->OpenFiles(); !reason.empty()) {
-        refusal = DisplayPath(path) + ":1: " + reason;
+        error = DisplayPath(path) + ":1: " + reason;
         return nullptr;
     }
     return connection;

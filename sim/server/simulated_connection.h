@@ -29,7 +29,7 @@ private:
 /// The substation file to serve: P32LS_SUBSTATION, else substation.toml beside the program.
 std::string SubstationPath();
 
-/// Loads a substation file and connects to it. Null when it is refused; `refusal` then says why, in one line.
-std::unique_ptr<CSimulatedConnection> ConnectToSubstation(const std::string& path, std::string& refusal);
+/// Loads a substation file and connects to it. Null when it is refused; `error` then says why, in one line.
+std::unique_ptr<CSimulatedConnection> ConnectToSubstation(const std::string& path, std::string& error);
 
 } // namespace ruvo::sim

@@ -7,10 +7,6 @@
 namespace ruvo::sim {
 namespace {
 
-SAnswer Only(Status status) {
-    return {status, {}, kGood};
-}
-
 SCall LinkCall(EOperation operation) {
     SCall call;
     call.operation = operation;
@@ -31,12 +27,13 @@ EComResult CSimulatedServer::OpenPort(In port, In parameters, Out status) {
         call.detail = *port.AsText() + " " + *parameters.AsText();
     }
     return m_core.Answer(
-        call, [&] { return Only(m_core.Link().Open(*port.AsText(), *parameters.AsText())); }, {}, status);
+        call, [&] { return StatusAnswer(m_core.Link().Open(*port.AsText(), *parameters.AsText())); }, {},
+        status);
 }
 
 EComResult CSimulatedServer::ClosePort(Out status) {
     return m_core.Answer(
-        LinkCall(EOperation::ClosePort), [&] { return Only(m_core.Link().Close()); }, {}, status);
+        LinkCall(EOperation::ClosePort), [&] { return StatusAnswer(m_core.Link().Close()); }, {}, status);
 }
 
 EComResult CSimulatedServer::SetTransactionValues(In busyHoldoff, In busyCount, In resetResponse, In response,
@@ -51,12 +48,12 @@ EComResult CSimulatedServer::SetTransactionValues(In busyHoldoff, In busyCount, 
         call.detail += (call.detail.empty() ? "" : ",") + std::to_string(number);
     }
     return m_core.Answer(
-        call, [&] { return Only(m_core.Link().IsOpen() ? kGood : kNoPortOpen); }, {}, status);
+        call, [&] { return StatusAnswer(m_core.Link().IsOpen() ? kGood : kNoPortOpen); }, {}, status);
 }
 
 EComResult CSimulatedServer::Abort(Out status) {
     return m_core.Answer(
-        LinkCall(EOperation::Abort), [&] { return Only(m_core.AbortRunning()); }, {}, status);
+        LinkCall(EOperation::Abort), [&] { return StatusAnswer(m_core.AbortRunning()); }, {}, status);
 }
 
 EComResult CSimulatedServer::ModemConnect(In modemName, In lineAddress, In countryCode, In areaCode,
@@ -68,7 +65,7 @@ EComResult CSimulatedServer::ModemConnect(In modemName, In lineAddress, In count
         call.detail = *modemName.AsText() + " " + *numberToDial.AsText();
     }
     const auto dial = [&] {
-        SAnswer answer = Only(m_core.Link().CheckModem(*modemName.AsText()));
+        SAnswer answer = StatusAnswer(m_core.Link().CheckModem(*modemName.AsText()));
         if (answer.status == kGood) {
             answer.completion = m_core.Link().Dial(*numberToDial.AsText());
         }
@@ -79,13 +76,13 @@ EComResult CSimulatedServer::ModemConnect(In modemName, In lineAddress, In count
 
 EComResult CSimulatedServer::ModemHangUp(Out status) {
     return m_core.Answer(
-        LinkCall(EOperation::ModemHangUp), [&] { return Only(m_core.Link().HangUp()); }, {}, status);
+        LinkCall(EOperation::ModemHangUp), [&] { return StatusAnswer(m_core.Link().HangUp()); }, {}, status);
 }
 
 EComResult CSimulatedServer::Fetch(EOperation fetch, EOperation start, const CServerCore::Outputs& outputs,
                                    Out status) {
     return m_core.Answer(
-        LinkCall(fetch), [&] { return m_core.TakeResults(start); }, outputs, status);
+        LinkCall(fetch), [&] { return m_core.FetchResults(start); }, outputs, status);
 }
 
 EComResult CSimulatedServer::FetchColumnHeadings(Out first, Out second, Out status) {

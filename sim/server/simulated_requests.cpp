@@ -6,10 +6,6 @@
 namespace ruvo::sim {
 namespace {
 
-SAnswer Only(Status status) {
-    return {status, {}, kGood};
-}
-
 // Blanks at the end of a relay's text are padding.
 std::string TrimmedText(const Variant::Bytes& bytes) {
     std::string text(bytes.begin(), bytes.end());
@@ -137,7 +133,7 @@ EComResult CSimulatedServer::SetRealTime(In address, In time, Out status) {
     const auto set = [&](CSimulatedRelay&) {
         constexpr std::size_t kTaggedTime = 2 + 7;
         const Variant::Bytes& bytes = *time.AsBytes();
-        return Only(bytes.size() == kTaggedTime && bytes[0] == kTypeIEC870 ? kGood : kRejected);
+        return StatusAnswer(bytes.size() == kTaggedTime && bytes[0] == kTypeIEC870 ? kGood : kRejected);
     };
     return m_core.AnswerRelay(call, set, {}, status);
 }
@@ -148,7 +144,7 @@ EComResult CSimulatedServer::SelectSettingGroup(In address, In group, Out status
     const auto select = [&](CSimulatedRelay&) {
         constexpr std::uint8_t kLastGroup = 4;
         std::uint8_t number = 0;
-        return Only(group.ToUI1(number) && number >= 1 && number <= kLastGroup ? kGood : kRejected);
+        return StatusAnswer(group.ToUI1(number) && number >= 1 && number <= kLastGroup ? kGood : kRejected);
     };
     return m_core.AnswerRelay(call, select, {}, status);
 }
@@ -160,16 +156,16 @@ EComResult CSimulatedServer::ChangeDeviceAddress(In address, In newAddress, In s
         call.wellFormed && IsUI1(newAddress) && newAddress.ToUI1(target) && serialNumber.AsText() != nullptr;
     const auto move = [&](CSimulatedRelay& relay) {
         if (target == *call.address) {
-            return Only(kSameAddress);
+            return StatusAnswer(kSameAddress);
         }
         if (!HasSerialNumber(relay, *serialNumber.AsText())) {
-            return Only(kWrongSerialNumber);
+            return StatusAnswer(kWrongSerialNumber);
         }
         if (m_core.Link().Find(target) != nullptr) {
-            return Only(kAddressTaken);
+            return StatusAnswer(kAddressTaken);
         }
         m_core.Link().Move(relay, target);
-        return Only(kGood);
+        return StatusAnswer(kGood);
     };
     return m_core.AnswerRelay(call, move, {}, status);
 }
@@ -178,15 +174,12 @@ EComResult CSimulatedServer::ChangeDeviceAddress(In address, In newAddress, In s
 EComResult CSimulatedServer::TestAvailableDisturbanceRecord(In address, Out available, Out status) {
     return m_core.AnswerRelay(
         RelayCall(EOperation::TestAvailableDisturbanceRecord, address),
-        [](CSimulatedRelay&) {
-            return SAnswer{kGood, {Variant::FromUI1(0)}, kGood};
-        },
-        {&available}, status);
+        [](CSimulatedRelay&) { return OutputAnswer({Variant::FromUI1(0)}); }, {&available}, status);
 }
 
 EComResult CSimulatedServer::RefuseByRelay(const SCall& call, Status refusal, Out status) {
     return m_core.AnswerRelay(
-        call, [refusal](CSimulatedRelay&) { return Only(refusal); }, {}, status);
+        call, [refusal](CSimulatedRelay&) { return StatusAnswer(refusal); }, {}, status);
 }
 
 EComResult CSimulatedServer::StartGetCompressDisturbanceRecord(In address, In value, Out status) {

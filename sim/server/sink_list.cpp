@@ -13,15 +13,15 @@ void CSinkList::Remove(std::uint32_t cookie) {
     m_sinks.erase(cookie);
 }
 
-template <typename Tell>
-void CSinkList::ForEach(Tell tell) {
+template <typename Notify>
+void CSinkList::ForEach(Notify notify) {
     const std::lock_guard lock(m_lock);
     // By cookie, since a sink that was told may have removed itself or another, and without memory, since a
     // client that is not told of a command's end waits for ever.
     const std::uint32_t last = m_lastCookie;
     for (auto next = m_sinks.begin(); next != m_sinks.end() && next->first <= last;) {
         const std::uint32_t cookie = next->first;
-        tell(*next->second);
+        notify(*next->second);
         next = m_sinks.upper_bound(cookie);
     }
 }

@@ -22,8 +22,8 @@ public:
     void NotifyComplete(std::int32_t status, bool alternate);
 
 private:
-    template <typename Tell>
-    void ForEach(Tell tell);
+    template <typename Notify>
+    void ForEach(Notify notify);
 
     // Held while sinks are told, which is what Remove waits for; recursive for a sink that removes itself.
     std::recursive_mutex m_lock;

@@ -161,9 +161,9 @@ protected:
 
     void Try(const SServerFault& fault) {
         const auto operation = rig.clean.notes.calls[fault.call - 1].operation;
-        SCOPED_TRACE("call " + std::to_string(fault.call) + " (" + std::string(sim::RowOf(operation).name) +
-                     "), fault " + std::to_string(int(fault.kind)) + ", detail " +
-                     std::to_string(fault.detail));
+        SCOPED_TRACE("call " + std::to_string(fault.call) + " (" +
+                     std::string(sim::OperationRow(operation).name) + "), fault " +
+                     std::to_string(int(fault.kind)) + ", detail " + std::to_string(fault.detail));
         const SOutcome got = rig.Run(fault);
         for (const int address : {kTested, kNext})
             EXPECT_TRUE(MaySuffer(address, fault) || got.DayFile(address) == rig.clean.DayFile(address))
@@ -186,7 +186,7 @@ protected:
                           noted.operation == ResetCell || noted.operation == GetEvent);
         for (int code = 0; code <= 255; code += all || code < 31 ? 1 : 14)
             faults.push_back({call, Status, int(ReplyStatus(std::uint8_t(code)))});
-        for (int answer = kAbortAccepted; sim::RowOf(noted.operation).runsOn && answer <= kAbortLost;
+        for (int answer = kAbortAccepted; sim::OperationRow(noted.operation).runsOn && answer <= kAbortLost;
              ++answer)
             faults.push_back({call, NeverEnds, answer});
         return faults;

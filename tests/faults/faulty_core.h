@@ -61,7 +61,7 @@ public:
         });
     }
 
-    EComResult Answer(const sim::SCall& call, const Ask& ask, const Outputs& outputs,
+    EComResult Answer(const sim::SCall& call, const Request& request, const Outputs& outputs,
                       Variant& status) override {
         using enum EServerFault;
         Note(call, outputs.size());
@@ -78,7 +78,7 @@ public:
         }
         const bool isAbort = call.operation == sim::EOperation::Abort && m_fault.kind == NeverEnds;
         const EComResult result =
-            isAbort ? AnswerAbort(status) : CServerCore::Answer(call, ask, outputs, status);
+            isAbort ? AnswerAbort(status) : CServerCore::Answer(call, request, outputs, status);
         if (call.operation == sim::EOperation::GetEvent && status == Variant::FromI4(sim::kGood))
             ++m_notes.taken;
         if (kind == WrongType)
@@ -115,7 +115,7 @@ private:
 
     void Note(const sim::SCall& call, std::size_t outputs) {
         const CFailingMemory::SExempt exempt;
-        const bool fetches = sim::RowOf(call.operation).name.starts_with("Fetch");
+        const bool fetches = sim::OperationRow(call.operation).name.starts_with("Fetch");
         const int address = fetches ? m_notes.calls.back().address : call.address.value_or(0);
         m_notes.calls.push_back({call.operation, address, outputs});
         if (call.bytes != nullptr && !std::ranges::search(*call.bytes, kSecret).empty())
