@@ -1,6 +1,7 @@
 #include "app/load_and_check.h"
 
 #include "config/configuration.h"
+#include "config/destination_root.h"
 #include "config/validation.h"
 #include "log/error_log.h"
 #include "paths/path_utilities.h"

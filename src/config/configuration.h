@@ -1,7 +1,7 @@
-// Reading the INI file into the configuration, and choosing the folder that receives the event files.
+// Reading the INI file into the configuration.
 #pragma once
 
-#include "config/run_context.h"
+#include "config/ini_keys.h"
 #include "config/ruvo_config.h"
 
 #include <cstdint>
@@ -13,13 +13,6 @@
 namespace ruvo {
 
 class CProfileReader;
-
-inline constexpr std::string_view kGeneralSection = "RUVO_GENERAL";
-inline constexpr std::string_view kSerialSection = "RUVO_SERIAL";
-inline constexpr std::string_view kModemSection = "RUVO_MODEM";
-inline constexpr std::string_view kEthernetSection = "RUVO_ETHERNET";
-inline constexpr std::string_view kPasswordsSection = "RUVO_PASSWORDS";
-inline constexpr std::string_view kErrorLogName = "RUVO_Errors.log";
 
 /// Relay keys run from "RV000" to "RV999".
 inline constexpr int kRelayKeyCount = 1000;
@@ -46,10 +39,5 @@ bool IsNumericText(std::string_view text, bool allowLeadingZero);
 
 /// The value of a text that passed IsNumericText; numbers above 2147483647 count as 2147483647.
 std::int32_t NumericValue(std::string_view text);
-
-/// Sets the destination root and the registry flag of the context: the event root of the configuration when
-/// it was loaded, unless the user's or the machine's registry names a folder, which then gets a RUVO
-/// subfolder. Shows one message box when the user's folder cannot be used and the machine's takes its place.
-void ResolveDestinationRoot(CRunContext& context, bool configurationLoaded);
 
 } // namespace ruvo

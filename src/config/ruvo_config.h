@@ -3,10 +3,13 @@
 
 #include "base/secret.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <map>
 #include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 namespace ruvo {
 
@@ -45,6 +48,7 @@ struct SRuvoConfigFields {
     AddressEntries modemEntries;
     TextEntries ethernetEntries;
     TextEntries passwords;
+    std::vector<std::string_view> sectionsWithDuplicates;
 };
 
 /// One loaded configuration. Filled once, by loading; read only from then on, until its passwords are wiped.
@@ -88,6 +92,13 @@ public:
     const TextEntries& EthernetEntries() const { return m_fields.ethernetEntries; }
     /// Plain passwords, at most 8 characters each.
     const TextEntries& Passwords() const { return m_fields.passwords; }
+    /// True when a relay key stands more than once in that section of relays or passwords.
+    bool HasDuplicates(std::string_view section) const {
+        const auto& sections = m_fields.sectionsWithDuplicates;
+        return std::find(sections.begin(), sections.end(), section) != sections.end();
+    }
+    /// All of it, for the rules, which name fields.
+    const SRuvoConfigFields& Fields() const { return m_fields; }
     /// Overwrites the plain passwords, which nobody needs after the last relay.
     void WipePasswords() {
         for (auto& [key, password] : m_fields.passwords) {

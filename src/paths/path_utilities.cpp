@@ -1,6 +1,7 @@
 #include "paths/path_utilities.h"
 
 #include "platform/files.h"
+#include "platform/full_path.h"
 #include "platform/modules.h"
 
 #include <algorithm>
@@ -76,6 +77,12 @@ bool HasForbiddenCharacter(const std::string& path) {
 
 void StripTrailingSeparators(std::string& path) {
     path.erase(path.find_last_not_of(kSeparators) + 1);
+}
+
+std::string FullFolderPath(const std::string& folder) {
+    std::string full = FullPath(folder);
+    StripTrailingSeparators(full);
+    return full;
 }
 
 bool DirectoryExists(const std::string& path) {

@@ -24,6 +24,10 @@ bool HasForbiddenCharacter(const std::string& path);
 /// Removes "\" and "/" from the end of the path.
 void StripTrailingSeparators(std::string& path);
 
+/// The full path of a folder, without separators at its end; empty when it cannot be formed. Whoever joins
+/// something to it has to look at that first: "\name" would be a file in the root of the current drive.
+[[nodiscard]] std::string FullFolderPath(const std::string& folder);
+
 /// True when the path, without trailing separators, is a folder or the root of a drive.
 bool DirectoryExists(const std::string& path);
 

@@ -9,6 +9,8 @@
 
 namespace ruvo {
 
+class CIniText;
+
 /// Reads one INI file, named by its full path. The answers are those of the system's profile functions; on
 /// POSIX the file is read once, at construction, on Windows each question goes to the system.
 class CProfileReader {
@@ -31,6 +33,10 @@ public:
     /// missing.
     std::string ReadString(std::string_view section, std::string_view key, std::string_view defaultValue,
                            std::size_t capacity) const;
+
+    /// The file's text, taken apart; null when it cannot be read. On POSIX it is what every answer comes
+    /// from, on Windows the file is read for it when it is first asked for.
+    const CIniText* Text() const;
 
 private:
     struct SState;

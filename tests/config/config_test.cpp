@@ -1,4 +1,6 @@
 #include "config/configuration.h"
+#include "config/destination_root.h"
+#include "config/duplicate_key.h"
 #include "config/ethernet_entry.h"
 #include "config/scramble.h"
 #include "config/scramble_keys.h"

@@ -3,6 +3,7 @@
 #include "support/scripted_server.h"
 #include "tools/run_tool.h"
 
+#include "config/ini_keys.h"
 #include "config/result_code.h"
 #include "log/error_log.h"
 #include "platform/environment.h"
@@ -143,6 +144,22 @@ TEST(CheckCommand, EachResultCodeNamesItsLines) {
         EXPECT_EQ(outcome.out.find("\"chmod 600\"") != std::string::npos, mode + folderMode == 0644 + 0755)
             << outcome.out;
     }
+}
+
+TEST(CheckCommand, EveryKeyThatIsReadIsKnown) {
+    const CScratchFolder folder;
+    CScriptedServer server;
+    std::string ini = kSerial + "[RUVO_GENERAL]\n";
+    for (const SGeneralKey& key : kGeneralKeys)
+        ini += std::string(key.name) + "=" +
+               (key.rule == EKeyRule::EventRoot ? folder.Path("e") : std::string(key.defaultText)) + "\n";
+    folder.Write("file.ini", ini);
+    chmod(folder.Native("file.ini").c_str(), 0600);
+    const SOutcome outcome = RunTool({"check", folder.Native("file.ini")});
+    EXPECT_EQ(outcome.out, std::string(ResultMessage(EResultCode::Success)) + "\n");
+    const SOutcome made = RunTool({"new", folder.Native("new.ini"), "--link", "serial", "--relay", "5"});
+    EXPECT_EQ(made.status, 0) << made.error;
+    EXPECT_EQ(RunTool({"check", folder.Native("new.ini")}).out, outcome.out);
 }
 
 TEST(CheckCommand, NamesTheLinksThatARunWouldRefuse) {

@@ -6,7 +6,6 @@
 #include "tools/ini/relay_entries.h"
 
 #include <algorithm>
-#include <array>
 #include <map>
 #include <optional>
 #include <string_view>
@@ -17,48 +16,42 @@ namespace {
 
 using Findings = std::vector<SIniFinding>;
 
-constexpr std::array kGeneralKeys{
-    std::string_view("EventRootDir"),      std::string_view("ErrorLogPathname"),
-    std::string_view("UseEthernet"),       std::string_view("CommPort"),
-    std::string_view("BaudRate"),          std::string_view("ElevenBits"),
-    std::string_view("BusyHoldoff"),       std::string_view("BusyCount"),
-    std::string_view("ResetResponse"),     std::string_view("Response"),
-    std::string_view("TryCount"),          std::string_view("TransmitDelay"),
-    std::string_view("GlobalTransmit"),    std::string_view("UseModem"),
-    std::string_view("TAPI_ModemName"),    std::string_view("TAPI_LineAddress"),
-    std::string_view("TAPI_NumberToDial"), std::string_view("TAPI_UseCountryAndAreaCodes"),
-    std::string_view("TAPI_AreaCode"),     std::string_view("TAPI_CountryCode"),
-};
-constexpr std::array kDeviceSections{kSerialSection, kModemSection, kEthernetSection};
 constexpr std::string_view kOwnPrefix = "RUVO_";
 
-bool IsKnownGeneralKey(std::string_view key) {
-    return std::ranges::any_of(kGeneralKeys,
-                               [key](std::string_view known) { return EqualIniNames(known, key); });
-}
-
-bool IsDeviceSection(std::string_view name) {
-    return std::ranges::any_of(kDeviceSections,
-                               [name](std::string_view known) { return EqualIniNames(known, name); });
+/// The link whose relays the section lists; null for another section.
+const SLinkRow* LinkOfSection(std::string_view name) {
+    const auto* const row = std::ranges::find_if(
+        kLinks, [name](const SLinkRow& link) { return EqualIniNames(link.section, name); });
+    return row == kLinks.end() ? nullptr : row;
 }
 
 bool IsRelaySection(std::string_view name) {
-    return IsDeviceSection(name) || EqualIniNames(name, kPasswordsSection);
+    return LinkOfSection(name) != nullptr || EqualIniNames(name, kPasswordsSection);
 }
 
 bool HasDeviceEntry(const CIniText& ini, std::string_view key) {
     return std::ranges::any_of(
-        kDeviceSections, [&](std::string_view section) { return ini.FindEntry(section, key) != nullptr; });
+        kLinks, [&](const SLinkRow& link) { return ini.FindEntry(link.section, key) != nullptr; });
 }
 
 bool IsLogNamedAsIni(const SIniSection& section, const SIniEntry& entry) {
     constexpr std::string_view kExtension = ".ini";
-    if (!EqualIniNames(section.name, kGeneralSection) || !EqualIniNames(entry.key, "ErrorLogPathname")) {
+    if (!EqualIniNames(section.name, kGeneralSection) ||
+        FindGeneralKey(entry.key) != &GeneralKey("ErrorLogPathname")) {
         return false;
     }
     const std::string_view path = entry.value ? std::string_view(*entry.value) : std::string_view();
     return path.size() >= kExtension.size() &&
            EqualIniNames(path.substr(path.size() - kExtension.size()), kExtension);
+}
+
+/// An entry that loading passes over. (An empty one of Ethernet is meant so.)
+std::optional<std::string> OddRelay(ELink link, const SIniEntry& entry) {
+    const std::string text = entry.value.value_or("");
+    if (IsEntry(link, text) || link == ELink::Ethernet) {
+        return std::nullopt;
+    }
+    return entry.key + ": passed over; " + WantInstead(link, text);
 }
 
 /// What is odd about a key that is read; none for one that is fine. The text of a password is never told.
@@ -67,23 +60,19 @@ std::optional<std::string> OddEntry(const CIniText& ini, const SIniSection& sect
         return std::nullopt; // told as what it is
     }
     if (IsLogNamedAsIni(section, entry)) {
-        return "ErrorLogPathname: an INI file, to which the error log would be written; want another name";
+        return std::string(GeneralKey("ErrorLogPathname").name) +
+               ": an INI file, to which the error log would be written; want another name";
     }
     if (EqualIniNames(section.name, kGeneralSection)) {
-        return IsKnownGeneralKey(entry.key)
+        return FindGeneralKey(entry.key) != nullptr
                    ? std::nullopt
                    : std::optional(entry.key + ": no key of [RUVO_GENERAL], not read");
     }
     if (!IsRelayKey(entry.key)) {
         return entry.key + ": not read; want RV and three digits";
     }
-    if (EqualIniNames(section.name, kEthernetSection)) {
-        return std::nullopt;
-    }
-    if (IsDeviceSection(section.name)) {
-        return entry.value && IsNumericText(*entry.value, false)
-                   ? std::nullopt
-                   : std::optional(entry.key + ": passed over; want a device address from 1 to 254");
+    if (const SLinkRow* const link = LinkOfSection(section.name)) {
+        return OddRelay(static_cast<ELink>(link - kLinks.data()), entry);
     }
     if (!entry.value || entry.value->empty()) {
         return std::nullopt; // no password: none is used

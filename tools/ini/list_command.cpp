@@ -51,10 +51,9 @@ void AppendRow(std::string& out, const Row& row, const std::array<std::size_t, k
 void PrintText(const std::vector<SRelay>& relays, std::optional<ELink> selected, CTextOutput& out) {
     std::vector<Row> rows{{"KEY", "LINK", "ADDRESS", "PASSWORD", ""}};
     for (const SRelay& relay : relays) {
-        const std::string_view want = WantInstead(relay.link, relay.text);
-        std::string remark(relay.link == selected ? "" : "not visited");
-        if (!want.empty()) {
-            remark = want;
+        std::string remark = WantInstead(relay.link, relay.text);
+        if (remark.empty() && relay.link != selected) {
+            remark = "not visited";
         }
         rows.push_back({relay.key, std::string(LinkRow(relay.link).name),
                         EscapeControls(SystemTextToUtf8(relay.text)), std::string(PasswordWord(relay)),

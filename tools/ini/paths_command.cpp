@@ -1,5 +1,6 @@
 // ruvoctl paths: where a run of an INI file puts events and problems, for scripts that look after it.
 #include "config/configuration.h"
+#include "config/destination_root.h"
 #include "log/error_log.h"
 #include "platform/full_path.h"
 #include "tools/command.h"

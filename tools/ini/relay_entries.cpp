@@ -11,16 +11,22 @@ namespace ruvo {
 
 namespace {
 
-static_assert(LinkRow(ELink::Serial).section == kSerialSection &&
-              LinkRow(ELink::Modem).section == kModemSection &&
-              LinkRow(ELink::Ethernet).section == kEthernetSection);
+// The choices are the names of the links.
+static_assert([] {
+    std::string_view rest = kLinkChoices;
+    for (const SLinkRow& row : kLinks) {
+        if (!rest.starts_with(row.name)) {
+            return false;
+        }
+        rest.remove_prefix(std::min(row.name.size() + 1, rest.size()));
+    }
+    return rest.empty();
+}());
 
-constexpr std::string_view kWantAddress = "want a device address from 1 to 254";
-
-/// A switch of the file: 0 where it is missing or empty.
-std::string SwitchText(const CIniText& ini, std::string_view key) {
-    const SIniEntry* const entry = ini.FindEntry(kGeneralSection, key);
-    return entry == nullptr || !entry->value || entry->value->empty() ? "0" : *entry->value;
+/// A switch of the file.
+std::string SwitchText(const CIniText& ini, const SGeneralKey& key) {
+    const SIniEntry* const entry = ini.FindEntry(kGeneralSection, key.name);
+    return HasValue(entry) ? *entry->value : std::string(key.defaultText);
 }
 
 bool StandsAnywhere(const CIniText& ini, std::string_view key) {
@@ -41,8 +47,9 @@ std::optional<ELink> LinkNamed(std::string_view name) {
 }
 
 std::optional<ELink> SelectedLink(const CIniText& ini) {
-    const std::string useEthernet = SwitchText(ini, "UseEthernet");
-    const std::string useModem = useEthernet == "1" ? "0" : SwitchText(ini, "UseModem"); // not looked at then
+    const std::string useEthernet = SwitchText(ini, GeneralKey("UseEthernet"));
+    const std::string useModem =
+        useEthernet == "1" ? "0" : SwitchText(ini, GeneralKey("UseModem")); // not looked at then
     const auto* const row = std::ranges::find_if(kLinks, [&](const SLinkRow& link) {
         return link.useEthernet == useEthernet && link.useModem == useModem;
     });
@@ -74,21 +81,11 @@ EStoredPassword PasswordOf(const CIniText& ini, std::string_view key) {
     return *plain.Text() == '\0' ? EStoredPassword::None : EStoredPassword::Stored;
 }
 
-std::string_view WantInstead(ELink link, std::string_view text) {
-    if (link != ELink::Ethernet) {
-        return IsNumericText(text, false) && IsRelayAddress(NumericValue(text)) ? "" : kWantAddress;
-    }
-    if (!IsValidIpAddress(ParseEthernetIp(text))) {
-        return "want IP,device or IP,device,bus as in 192.168.1.10,12,1: four numbers from 0 to 255 with "
-               "dots "
-               "between, then addresses from 1 to 254, no blanks";
-    }
-    if (ParseEthernetDeviceAddress(text) == kInvalidAddress) {
-        return "want a device address from 1 to 254 behind the first comma";
-    }
-    return ParseEthernetBusAddress(text) == kInvalidAddress
-               ? "want nothing or a bus address from 1 to 254 behind the second comma"
-               : "";
+std::string WantInstead(ELink link, std::string_view text) {
+    const auto rules = EntryRules(link);
+    const auto broken =
+        std::ranges::find_if(rules, [&](const SEntryRule& rule) { return !rule.accepts(text); });
+    return broken == rules.end() ? std::string() : "want " + std::string(broken->expected);
 }
 
 RelayAddress AddressOf(ELink link, std::string_view text) {
@@ -123,8 +120,8 @@ std::optional<std::string> FreeKey(const CIniText& ini) {
 
 std::string WhyNotAdded(const CIniText& ini, ELink link, const std::string& key, const std::string& address) {
     const std::string_view section = LinkRow(link).section;
-    if (const std::string_view want = WantInstead(link, address); !want.empty()) {
-        return "this is no address for " + Bracketed(section) + ": " + std::string(want);
+    if (const std::string want = WantInstead(link, address); !want.empty()) {
+        return "this is no address for " + Bracketed(section) + ": " + want;
     }
     if (const std::string other = KeyWithAddress(ini, link, address); !other.empty()) {
         return other + " has that address; want another one, or remove " + other + " first";

@@ -1,9 +1,9 @@
 // The relays of an INI file, as the commands that list and edit them see them.
 #pragma once
 
+#include "config/ini_keys.h"
 #include "platform/ini_text.h"
 
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -13,25 +13,8 @@
 
 namespace ruvo {
 
-enum class ELink : std::uint8_t { Serial = 0, Modem = 1, Ethernet = 2 };
-
-struct SLinkRow {
-    std::string_view name; ///< as users type it
-    std::string_view section;
-    std::string_view useEthernet; ///< what the two switches of [RUVO_GENERAL] say for it
-    std::string_view useModem;
-};
-/// In the order of ELink.
-inline constexpr std::array kLinks{
-    SLinkRow{"serial", "RUVO_SERIAL", "0", "0"},
-    SLinkRow{"modem", "RUVO_MODEM", "0", "1"},
-    SLinkRow{"ethernet", "RUVO_ETHERNET", "1", "0"},
-};
 inline constexpr std::string_view kLinkChoices = "serial|modem|ethernet";
 
-constexpr const SLinkRow& LinkRow(ELink link) {
-    return kLinks[static_cast<std::size_t>(link)];
-}
 /// None for a text that names no link.
 std::optional<ELink> LinkNamed(std::string_view name);
 /// The link whose relays a run visits; none when the file's switches say neither 0 nor 1.
@@ -55,8 +38,8 @@ bool HasValue(const SIniEntry* entry);
 std::vector<SRelay> ListRelays(const CIniText& ini);
 EStoredPassword PasswordOf(const CIniText& ini, std::string_view key);
 
-/// What is wanted of an entry of that link instead of the text; empty when a run takes it.
-std::string_view WantInstead(ELink link, std::string_view text);
+/// What is expected of an entry of that link instead of the text, as "want ..."; empty when a run takes it.
+std::string WantInstead(ELink link, std::string_view text);
 
 /// What tells two relays of a link apart: IP address, device address, bus address.
 using RelayAddress = std::tuple<std::string, std::int32_t, std::int32_t>;

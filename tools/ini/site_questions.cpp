@@ -10,12 +10,11 @@ namespace ruvo {
 
 namespace {
 
-constexpr std::string_view kBauds = "1200|2400|4800|9600|19200|38400|57600|115200";
 constexpr std::string_view kBlanks = " \t\r";
 
 constexpr SQuestion kSerialQuestions[] = {
-    {"--port", &SNewSite::port, "Serial port", "COM1"},
-    {"--baud", &SNewSite::baud, "Baud rate", "9600", kBauds},
+    {"--port", &SNewSite::port, "Serial port", GeneralKey("CommPort").defaultText},
+    {"--baud", &SNewSite::baud, "Baud rate", GeneralKey("BaudRate").defaultText, kBaudRates},
 };
 constexpr SQuestion kModemQuestions[] = {
     {"--modem", &SNewSite::modem, "Name of the modem", "", {}, true},

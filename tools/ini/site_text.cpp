@@ -13,42 +13,27 @@ namespace {
 
 constexpr std::size_t kLongestText = 300; // what a run reads of a text
 
+/// A key of a new file and what it says there.
 struct SEntryRow {
-    std::string_view key;
+    const SGeneralKey& key;
     std::string SNewSite::*field;
-    std::string_view comment;
+    std::string_view advice = {}; ///< comment lines below the key's meaning
 };
 
 constexpr SEntryRow kPathEntries[] = {
-    {"EventRootDir", &SNewSite::events,
-     "; Folder that receives a folder for each relay, with a file for each day. Give full paths: a relative "
-     "one\n"
-     "; counts from the folder of the program, not from yours.\n"},
-    {"ErrorLogPathname", &SNewSite::log, "; What went wrong, a line each.\n"},
+    {GeneralKey("EventRootDir"), &SNewSite::events,
+     "; Give full paths: a relative one counts from the folder of the program, not from yours.\n"},
+    {GeneralKey("ErrorLogPathname"), &SNewSite::log},
 };
 constexpr SEntryRow kSerialEntries[] = {
-    {"CommPort", &SNewSite::port, "; The serial port, as the comms server names it.\n"},
-    {"BaudRate", &SNewSite::baud, "; 1200, 2400, 4800, 9600, 19200, 38400, 57600 or 115200.\n"},
+    {GeneralKey("CommPort"), &SNewSite::port},
+    {GeneralKey("BaudRate"), &SNewSite::baud},
 };
 constexpr SEntryRow kModemEntries[] = {
-    {"TAPI_ModemName", &SNewSite::modem, "; The modem, as the telephony of the machine names it.\n"},
-    {"TAPI_NumberToDial", &SNewSite::number, "; The telephone number.\n"},
+    {GeneralKey("TAPI_ModemName"), &SNewSite::modem},
+    {GeneralKey("TAPI_NumberToDial"), &SNewSite::number},
 };
 
-constexpr std::string_view kFrames =
-    "; 1: frames of 11 bits with even parity, 0: frames of 10 bits without.\nElevenBits=1\n";
-constexpr std::string_view kCodes = "; 1: dial with the country and area codes below.\n"
-                                    "TAPI_UseCountryAndAreaCodes=0\n"
-                                    ";TAPI_CountryCode=\n"
-                                    ";TAPI_AreaCode=\n";
-constexpr std::string_view kSwitches = "; UseEthernet=1 visits the relays of [RUVO_ETHERNET]. Else "
-                                       "UseModem=1 visits those of [RUVO_MODEM], and\n"
-                                       "; UseModem=0 those of [RUVO_SERIAL].\n";
-constexpr std::string_view kTiming =
-    "; Timing of the link, from 0 to 65535 each, handed to the comms server. These are the values without a "
-    "line.\n"
-    ";BusyHoldoff=50\n;BusyCount=100\n;ResetResponse=100\n;Response=100\n;TryCount=3\n;TransmitDelay=5\n"
-    ";GlobalTransmit=10\n";
 constexpr std::string_view kAddresses = "; The device address of each relay, 1 to 254.";
 constexpr std::string_view kTunnels =
     "; IP address, device address and, where the relay has one, bus address of each relay, without blanks:\n"
@@ -64,11 +49,60 @@ std::span<const SEntryRow> LinkEntries(ELink link) {
     return kEntries[static_cast<std::size_t>(link)];
 }
 
+/// The key's meaning as a comment, and what is expected where that is a list.
+std::string Comment(const SGeneralKey& key) {
+    const std::string expected =
+        key.rule == EKeyRule::BaudRate ? " One of " + Expectation(key.rule) + "." : "";
+    return "; " + std::string(key.meaning) + expected + "\n";
+}
+
+std::string Line(const SGeneralKey& key, std::string_view value) {
+    return std::string(key.name) + "=" + std::string(value) + "\n";
+}
+std::string DefaultLine(const SGeneralKey& key) {
+    return Line(key, key.defaultText);
+}
+
 void AppendEntries(std::string& text, const SNewSite& site, std::span<const SEntryRow> rows) {
     for (const SEntryRow& row : rows) {
-        text += row.comment;
-        text += std::string(row.key) + "=" + site.*row.field + "\n";
+        text += Comment(row.key) + std::string(row.advice) + Line(row.key, site.*row.field);
     }
+}
+
+/// The keys of a link whose value is hardly ever another one.
+std::string UsualEntries(ELink link) {
+    constexpr const SGeneralKey& kFrames = GeneralKey("ElevenBits");
+    constexpr const SGeneralKey& kCodes = GeneralKey("TAPI_UseCountryAndAreaCodes");
+    switch (link) {
+    case ELink::Serial:
+        return Comment(kFrames) + DefaultLine(kFrames) + "\n";
+    case ELink::Modem:
+        return Comment(kCodes) + DefaultLine(kCodes) + ";" + DefaultLine(GeneralKey("TAPI_CountryCode")) +
+               ";" + DefaultLine(GeneralKey("TAPI_AreaCode")) + "\n";
+    case ELink::Ethernet:
+        return {};
+    }
+    return {};
+}
+
+std::string Switches(const SLinkRow& link) {
+    constexpr const SGeneralKey& kUseEthernet = GeneralKey("UseEthernet");
+    constexpr const SGeneralKey& kUseModem = GeneralKey("UseModem");
+    return Comment(kUseEthernet) + Line(kUseEthernet, link.useEthernet) + Comment(kUseModem) +
+           Line(kUseModem, link.useModem) + "\n";
+}
+
+std::string TimingEntries() {
+    std::string text;
+    for (const SGeneralKey& key : kGeneralKeys) {
+        if (key.rule == EKeyRule::Timing) {
+            text += text.empty() ? Comment(key) + "; Each takes " + Expectation(key.rule) +
+                                       ". These are the values without a line.\n"
+                                 : "";
+            text += ";" + DefaultLine(key);
+        }
+    }
+    return text;
 }
 
 bool IsLineEnd(char c) {
@@ -91,12 +125,9 @@ std::string NewSiteText(const SNewSite& site) {
                        "; After an edit by hand, ruvoctl check " +
                        file + " tells what is wrong, and where.\n\n[" + std::string(kGeneralSection) + "]\n";
     AppendEntries(text, site, kPathEntries);
-    text += "\n" + std::string(kSwitches) + "UseEthernet=" + std::string(link.useEthernet) +
-            "\nUseModem=" + std::string(link.useModem) + "\n\n";
+    text += "\n" + Switches(link);
     AppendEntries(text, site, LinkEntries(site.link));
-    text += site.link == ELink::Serial ? std::string(kFrames) + "\n" : "";
-    text += site.link == ELink::Modem ? std::string(kCodes) + "\n" : "";
-    text += std::string(kTiming) + "\n[" + std::string(link.section) + "]\n";
+    text += UsualEntries(site.link) + TimingEntries() + "\n[" + std::string(link.section) + "]\n";
     text += site.link == ELink::Ethernet ? kTunnels : kAddresses;
     text += " Keys run from RV000 to RV999, and are visited in that order.\n; ruvoctl add " + file +
             " ADDRESS adds a relay.\n\n[" + std::string(kPasswordsSection) + "]\n" + std::string(kPasswords) +
@@ -107,12 +138,12 @@ std::string NewSiteText(const SNewSite& site) {
 std::string UnreadableEntry(const SNewSite& site, const CIniText& ini) {
     for (const auto& rows : {std::span<const SEntryRow>(kPathEntries), LinkEntries(site.link)}) {
         for (const SEntryRow& row : rows) {
-            const SIniEntry* const entry = ini.FindEntry(kGeneralSection, row.key);
+            const SIniEntry* const entry = ini.FindEntry(kGeneralSection, row.key.name);
             const bool reads = entry != nullptr && entry->value == site.*row.field;
             const bool hasControl = std::ranges::any_of(
                 site.*row.field, [](char c) { return std::iscntrl(static_cast<unsigned char>(c)) != 0; });
             if (!reads || hasControl || (site.*row.field).size() > kLongestText) {
-                return std::string(row.key);
+                return std::string(row.key.name);
             }
         }
     }

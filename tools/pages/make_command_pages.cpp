@@ -1,10 +1,12 @@
-// Writes what is told elsewhere about the commands of ruvoctl, from the table that the program itself goes
-// by:
-//   make_command_pages completion        the shell's completion, on standard output
-//   make_command_pages check PAGE.md     fails when the page's chapter on the commands is not the table's
-//   make_command_pages update PAGE.md    puts the table's into the page
+// Writes what is told elsewhere about the commands of ruvoctl and the keys of the INI file, from the tables
+// that the programs themselves go by:
+//   make_command_pages completion           the shell's completion, on standard output
+//   make_command_pages check PAGE.md...     fails when a page's chapter is not the table's
+//   make_command_pages update PAGE.md...    puts the table's into the page
 #include "config/result_code.h"
 #include "tools/command.h"
+#include "tools/pages/key_chapter.h"
+#include "tools/pages/markdown.h"
 
 #include <algorithm>
 #include <array>
@@ -18,11 +20,9 @@
 namespace {
 
 using ruvo::EOptionKind;
+using ruvo::Escaped;
 using ruvo::SCommand;
 using ruvo::SOption;
-
-constexpr std::string_view kBegin = "<!-- commands: made by scripts/upkeep/pages.sh -->\n";
-constexpr std::string_view kEnd = "<!-- end of commands -->\n";
 
 bool IsPositional(const SOption& option) {
     return !option.name.starts_with('-');
@@ -42,18 +42,6 @@ std::vector<std::string> Split(std::string_view text, char separator) {
 /// "FILE|FOLDER".
 bool IsLiteral(std::string_view name) {
     return std::ranges::none_of(name, [](char c) { return c >= 'A' && c <= 'Z'; });
-}
-
-/// Plain words as the page's language wants them.
-std::string Escaped(std::string_view text) {
-    std::string out;
-    for (const char c : text) {
-        if (std::string_view("\\`*_<>[]#|~").find(c) != std::string_view::npos) {
-            out += '\\';
-        }
-        out += c;
-    }
-    return out;
 }
 
 /// As it is typed: "--format text|json|csv", "-o, --output TEXT", "INI", "FILE|FOLDER...".
@@ -113,7 +101,7 @@ std::string ResultCodes() {
     return out;
 }
 
-std::string Chapter() {
+std::string CommandChapter() {
     std::string out;
     for (const SCommand& command : ruvo::Commands()) {
         out += "\n### " + std::string(command.name) + "\n\n`" + Synopsis(command) + "`\n\n" +
@@ -193,35 +181,51 @@ std::string ReadPage(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// The page with the table's chapter between its marks; empty when a mark is missing.
-std::string Updated(const std::string& page) {
-    const std::size_t begin = page.find(kBegin);
-    const std::size_t end = page.find(kEnd);
-    if (begin == std::string::npos || end == std::string::npos || end < begin) {
-        return {};
+/// A chapter that is made, between its marks.
+struct SChapter {
+    std::string_view begin;
+    std::string_view end;
+    std::string (*make)();
+};
+constexpr std::array kChapters{
+    SChapter{"<!-- commands: made by scripts/upkeep/pages.sh -->\n", "<!-- end of commands -->\n",
+             CommandChapter},
+    SChapter{"<!-- keys: made by scripts/upkeep/pages.sh -->\n", "<!-- end of keys -->\n", ruvo::KeyChapter},
+};
+
+/// The page with the tables' chapters between their marks; empty when it has no marks.
+std::string Updated(std::string page) {
+    bool hasMarks = false;
+    for (const SChapter& chapter : kChapters) {
+        const std::size_t begin = page.find(chapter.begin);
+        const std::size_t end = page.find(chapter.end);
+        if (begin != std::string::npos && end != std::string::npos && begin < end) {
+            const std::size_t start = begin + chapter.begin.size();
+            page.replace(start, end - start, chapter.make());
+            hasMarks = true;
+        }
     }
-    return page.substr(0, begin + kBegin.size()) + Chapter() + page.substr(end);
+    return hasMarks ? page : std::string();
 }
 
-int CheckPage(const std::string& path) {
+bool CheckPage(const std::string& path) {
     const std::string page = ReadPage(path);
-    if (!page.empty() && page == Updated(page)) {
-        return 0;
+    const bool isCurrent = !page.empty() && page == Updated(page);
+    if (!isCurrent) {
+        std::cerr << path << ": not what the tables say; scripts/upkeep/pages.sh mends that\n";
     }
-    std::cerr << path << ": not what the commands say of themselves; scripts/upkeep/pages.sh mends that\n";
-    return 1;
+    return isCurrent;
 }
 
-int UpdatePage(const std::string& path) {
-    const std::string page = ReadPage(path);
-    const std::string updated = Updated(page);
+bool UpdatePage(const std::string& path) {
+    const std::string updated = Updated(ReadPage(path));
     if (updated.empty()) {
         std::cerr << path << ": the marks around the chapter are missing\n";
-        return 1;
+        return false;
     }
     std::ofstream file(path, std::ios::binary);
     file << updated;
-    return file.flush().good() ? 0 : 1;
+    return file.flush().good();
 }
 
 } // namespace
@@ -232,12 +236,12 @@ int main(int count, char** texts) {
         std::cout << Completion();
         return std::cout.flush().good() ? 0 : 1;
     }
-    if (arguments.size() == 2 && arguments[0] == "check") {
-        return CheckPage(arguments[1]);
+    if (arguments.size() >= 2 && (arguments[0] == "check" || arguments[0] == "update")) {
+        const auto treat = arguments[0] == "check" ? CheckPage : UpdatePage;
+        const auto failures = std::count_if(arguments.begin() + 1, arguments.end(),
+                                            [&](const std::string& path) { return !treat(path); });
+        return failures == 0 ? 0 : 1;
     }
-    if (arguments.size() == 2 && arguments[0] == "update") {
-        return UpdatePage(arguments[1]);
-    }
-    std::cerr << "usage: make_command_pages completion | check PAGE.md | update PAGE.md\n";
+    std::cerr << "usage: make_command_pages completion | check PAGE.md... | update PAGE.md...\n";
     return 2;
 }

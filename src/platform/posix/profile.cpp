@@ -20,16 +20,21 @@ std::string_view CleanDefault(std::string_view text) {
 } // namespace
 
 struct CProfileReader::SState {
-    CIniText ini;
+    bool isRead = false;
+    CIniText ini; // what cannot be read answers like an empty file
 };
 
 CProfileReader::CProfileReader(const std::string& path) {
     std::string text;
-    static_cast<void>(ReadTextFile(path, text)); // what cannot be read answers like an empty file
-    m_state = std::make_unique<SState>(SState{CIniText::Parse(text)});
+    const bool isRead = ReadTextFile(path, text);
+    m_state = std::make_unique<SState>(SState{isRead, CIniText::Parse(text)});
 }
 
 CProfileReader::~CProfileReader() = default;
+
+const CIniText* CProfileReader::Text() const {
+    return m_state->isRead ? &m_state->ini : nullptr;
+}
 
 std::vector<std::string> CProfileReader::SectionNames(std::size_t capacity) const {
     constexpr std::size_t kEndOfList = 2; // the last name's NUL and the list's, kept when a list is cut

@@ -1,8 +1,11 @@
 #include "platform/profile.h"
 
+#include "platform/ini_text.h"
+#include "platform/text_file.h"
 #include "platform/windows/system.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace ruvo {
 
@@ -22,11 +25,21 @@ std::vector<std::string> SplitNames(const std::string& list) {
 
 struct CProfileReader::SState {
     std::string path;
+    std::optional<CIniText> ini; // once somebody has asked for it
 };
 
-CProfileReader::CProfileReader(const std::string& path) : m_state(std::make_unique<SState>(SState{path})) {}
+CProfileReader::CProfileReader(const std::string& path)
+    : m_state(std::make_unique<SState>(SState{path, std::nullopt})) {}
 
 CProfileReader::~CProfileReader() = default;
+
+const CIniText* CProfileReader::Text() const {
+    std::string text;
+    if (!m_state->ini && ReadTextFile(m_state->path, text)) {
+        m_state->ini = CIniText::Parse(text);
+    }
+    return m_state->ini ? &*m_state->ini : nullptr;
+}
 
 std::vector<std::string> CProfileReader::SectionNames(std::size_t capacity) const {
     std::string list(capacity, '\0');
