@@ -7,6 +7,7 @@
 #include "config/validation.h"
 #include "platform/full_path.h"
 #include "platform/ini_text.h"
+#include "support/case_table.h"
 #include "support/fake_system.h"
 #include "support/scratch_folder.h"
 
@@ -106,32 +107,9 @@ TEST(Load, Entries) {
     EXPECT_EQ(Load(Ini("[PASSWORDS] RV002=390000000000000000000X" + passwords)).Passwords(), texts);
 }
 
-TEST(ResultCodes, EveryRuleInItsOrder) { // the code, then the INI that has it
-    std::istringstream rows(R"(27 EventRootDir=C:\ [SERIAL] RV001=5|27 EventRootDir=C:\a?b BusyCount=x|
-0 EventRootDir=C:/a ElevenBits=0 [SERIAL] RV001=5|23 UseEthernet=yes BaudRate=7|23 UseEthernet=2|25 BaudRate=1200|
-25 BaudRate=2400|25 BaudRate=4800|25 BaudRate=9600|25 BaudRate=19200|25 BaudRate=38400|25 BaudRate=57600|
-25 BaudRate=115200|12 BaudRate=600 ElevenBits=2|12 BaudRate=09600|13 ElevenBits=2 UseModem=2|25 BusyHoldoff=65535|
-14 BusyHoldoff=65536 BusyCount=x|14 BusyHoldoff=abc UseEthernet=2|25 BusyHoldoff=0|25 BusyCount=65535|
-15 BusyCount=65536 ResetResponse=x|25 ResetResponse=65535|16 ResetResponse=65536 Response=x|25 Response=65535|
-17 Response=65536 TryCount=x|25 TryCount=65535|18 TryCount=65536 TransmitDelay=x|25 TransmitDelay=65535|
-19 TransmitDelay=65536 GlobalTransmit=x|25 GlobalTransmit=65535|20 GlobalTransmit=65536|
-20 GlobalTransmit=4294967296 UseEthernet=2|21 UseModem=2|34 UseModem=1 TAPI_UseCountryAndAreaCodes=2|
-22 UseModem=1 TAPI_ModemName=m TAPI_UseCountryAndAreaCodes=2|24 UseEthernet=1 [SERIAL] RV001=5|
-35 UseEthernet=1 [ETHERNET] RV001=1.2.3.4,1 RV002=9.9.9,0 RV002=1.2.3.4,1|
-29 UseEthernet=1 [ETHERNET] RV001=192.168.1.300,0,0|31 UseEthernet=1 [ETHERNET] RV001=192.168.1.10,0,0|
-29 UseEthernet=1 [ETHERNET] RV001=192.168.1.10,254,254 RV002=x|30 UseEthernet=1 [ETHERNET] RV001=192.168.1.10,12,0|
-25 [MODEM] RV001=1|25 [SERIAL] RV001=x|
-0 BaudRate=7 ElevenBits=7 UseModem=7 UseEthernet=1 [ETHERNET] RV001=192.168.1.10,12|36 [SERIAL] RV003=5 rv003=6|
-36 [SERIAL] RV003=x RV003=1 RV4=1 RV004=1|36 [SERIAL] RV000=1 RV999=300 RV999=1|26 [SERIAL] RV001=0|
-26 [SERIAL] RV001=1 RV002=255|0 [SERIAL] R=1 R=1 RV001=254|32 UseModem=1 TAPI_ModemName=m [SERIAL] RV001=5|
-37 UseModem=1 TAPI_ModemName=m [MODEM] RV001=255 RV001=1|33 UseModem=1 TAPI_ModemName=m [MODEM] RV001=255|
-33 UseModem=1 TAPI_ModemName=m [MODEM] RV001=4294967297|
-0 UseModem=1 TAPI_ModemName=m [MODEM] RV001=254 [SERIAL] RV001=0 RV001=0|
-38 [SERIAL] RV001=1 [PASSWORDS] RV999=s RV999=s|0 [SERIAL] RV001=1 [PASSWORDS] A=1 A=1)");
-    int want = 0;
-    for (std::string ini; rows >> want && std::getline(rows, ini, '|');) {
-        ExpectCode(ini, want);
-    }
+TEST(ResultCodes, EveryRuleInItsOrder) {
+    test::ForEachCase<2>("config/result_codes.txt",
+                         [](auto& code, auto& ini) { ExpectCode(ini, std::stoi(code)); });
     ExpectCode("EventRootDir=" + std::string(290, 'x') + " [SERIAL] RV001=5", 27);
 }
 
@@ -146,33 +124,21 @@ TEST(ResultCodes, TheMessagesThatUsersAndScriptsKnow) {
 
 // What reading, deleting the first occurrence from a copy and reading again would say.
 TEST(Duplicates, AsDeletingAndReadingAgainTells) {
-    std::istringstream rows(
-        R"(1 [S] K=1 K=2|1 [s] k=1 K=2|1 [S] K=1 Y=1 K=2 K|1 [S] K= K=|
-1 [S] K=1 K=not_found|1 [S] K=1 K=2 [S] K=3|1 [Y] K=1 [S] K=1 K=2|0 [S] K=1|0 [S] K K=1 K=2|0 [S] K=1 K K=2|
-0 [S] K=NOT_FOUND K=1 K=2|0 [S] K=1 K="NOT_FOUND" K=2|0 [S] K=1 [S] K=2|0 [S] Y=1 [T] [S] K=1 K=2|0 [S] [S] K=1 K=2|
-0 [S] K=1 ;K=2|0 [T] K=1 K=2|0 K=1 K=2|0 [S] K=1 KK=2)");
-    int want = 0;
-    for (std::string text; rows >> want && std::getline(rows, text, '|');) {
+    test::ForEachCase<2>("config/duplicate_keys.txt", [](auto& isTwice, auto& text) {
         const CIniText ini = CIniText::Parse(Ini(text));
-        EXPECT_EQ(static_cast<int>(HasDuplicateKey(&ini, "ruvo_s", "K")), want) << text;
-    }
+        EXPECT_EQ(static_cast<int>(HasDuplicateKey(&ini, "ruvo_s", "K")), std::stoi(isTwice));
+    });
     EXPECT_EQ(HasDuplicateKey(nullptr, "S", "K"), EDuplicateKey::TextMissing);
 }
 
-TEST(EthernetEntry, Fields) { // the entry, its IP field, whether that is valid, device, bus
-    std::istringstream rows(R"(10.0.0.1,12,3 10.0.0.1 1 12 3|0.0.0.0,1 0.0.0.0 1 1 0|10.0.0.1 10.0.0.1 1 -1 0|
-255.255.255.255,254, 255.255.255.255 1 254 0|, -1 0 -1 0|1.2.3.,1,1 -1 0 1 1|10.0.0,1,254 -1 0 1 254|
-10.0.0.256,1,255 10.0.0.256 0 1 -1|10.00.0.1,0,1 10.00.0.1 0 -1 1|10.0.0.1,,5 10.0.0.1 1 -1 5|
-10.0.0.1.5,255,x 10.0.0.1.5 0 -1 -1|10.0.0.1,05,05 10.0.0.1 1 -1 -1|10.0.0.1,+5,-5 10.0.0.1 1 -1 -1|
-10.0.0.1,5,6,7 10.0.0.1 1 5 -1|10..0.11,5,0 10..0.11 0 5 -1|10.0.11.,5 10.0.11. 0 5 0|1234567,1 1234567 0 1 0|
-9999999999.0.0.1,4294967297,1 9999999999.0.0.1 0 -1 1)");
-    std::string entry;
-    for (std::string want; rows >> entry && std::getline(rows, want, '|');) {
-        std::ostringstream got;
-        got << ' ' << ParseEthernetIp(entry) << ' ' << IsValidIpAddress(ParseEthernetIp(entry)) << ' '
-            << ParseEthernetDeviceAddress(entry) << ' ' << ParseEthernetBusAddress(entry);
-        EXPECT_EQ(got.str(), want) << entry;
-    }
+TEST(EthernetEntry, Fields) {
+    test::ForEachCase<5>("config/ethernet_entries.txt",
+                         [](auto& entry, auto& ip, auto& isValid, auto& device, auto& bus) {
+                             EXPECT_EQ(ParseEthernetIp(entry), ip);
+                             EXPECT_EQ(IsValidIpAddress(ParseEthernetIp(entry)), isValid == "1");
+                             EXPECT_EQ(ParseEthernetDeviceAddress(entry), std::stoi(device));
+                             EXPECT_EQ(ParseEthernetBusAddress(entry), std::stoi(bus));
+                         });
 }
 
 // The cipher written a second time, on its own, to hold the program's against.
