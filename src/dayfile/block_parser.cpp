@@ -15,7 +15,6 @@ namespace {
 using Bytes = std::span<const std::uint8_t>;
 
 constexpr std::array<std::string_view, static_cast<std::size_t>(EDayFileFault::Last) + 1> kFaultTexts{
-    "the file is empty",
     "the header has no end byte",
     "the header is not that of an event list",
     "no block begins here",

@@ -17,7 +17,6 @@ namespace ruvo {
 
 /// Why a place of a day file is no sound header or record.
 enum class EDayFileFault : std::uint8_t {
-    EmptyFile,
     NoHeaderEnd,
     BadHeader,
     NoBlock,

@@ -49,7 +49,7 @@ bool CDayFileReader::Next(SDayFileItem& item) {
 /// True when there is something to say about the header.
 bool CDayFileReader::TakeHeader(SDayFileItem& item) {
     const Bytes window = Window();
-    if (window.empty() && m_at.readFailed) {
+    if (window.empty()) { // no file yet: a run has made it and has still to write, or was ended before
         return false;
     }
     const SParsedHeader header = ParseDayFileHeader(window);
@@ -206,7 +206,7 @@ std::optional<std::uint64_t> FindTornEnd(const std::string& path) {
     std::optional<std::uint64_t> torn;
     for (SDayFileItem item; reader.Next(item);) {
         // Damage with a record behind it was at the file's end in an earlier run; damage without a length is
-        // an empty file, or one that cannot be read further.
+        // a file that cannot be read further.
         const bool isTorn = item.record == nullptr && item.damage->length > 0;
         torn = isTorn ? std::optional(item.damage->offset) : std::nullopt;
     }

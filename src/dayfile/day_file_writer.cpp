@@ -1,7 +1,5 @@
 #include "dayfile/day_file_writer.h"
 
-#include "dayfile/off_file.h"
-#include "paths/path_utilities.h"
 #include "platform/full_path.h"
 #include "platform/native_text.h"
 
@@ -46,109 +44,63 @@ void SerialiseRecord(CEventRecord& record, std::vector<std::uint8_t>& bytes, Rec
     }
 }
 
-std::vector<std::uint8_t> SerialiseRecords(CEventList& list, RecordNotes& notes) {
-    std::size_t size = 0;
-    for (const auto& record : list.GetRecords()) {
-        size += record->GetImageSize();
+void WriteAll(CHeldDayFile& file, CEventRecordList& records, const std::string& freeText,
+              RecordNotes& notes) {
+    file.StartAt(file.LengthNow(), MakeEventListHeader(LastExtendedNumber(records) + 1, freeText));
+    std::vector<std::uint8_t> image;
+    for (const auto& record : records) {
+        image.clear();
+        SerialiseRecord(*record, image, notes);
+        file.Add(image);
     }
-    std::vector<std::uint8_t> bytes;
-    bytes.reserve(size); // growing step by step would copy the images again and again
-    for (const auto& record : list.GetRecords()) {
-        SerialiseRecord(*record, bytes, notes);
-    }
-    return bytes;
-}
-
-/// Writes into the open file; a failure anywhere is raised.
-void WriteContents(COffFile& file, std::uint64_t earlierLength, const CTextFileHeader& header,
-                   std::span<const std::uint8_t> images) {
-    if (earlierLength != 0) {
-        file.Seek(0, ESeekOrigin::End);
-    } else {
-        file.WriteHeader(header);
-    }
-    if (!images.empty()) {
-        file.WriteBytes(images);
-    }
-    file.FlushToDisk();
-}
-
-/// Takes back a file that an opening made before it failed. It is looked at afresh, since nothing is known of
-/// it: one with anything in it stays.
-void RemoveIfMade(COffFile& file, const std::string& path, bool wasThere) {
-    file.Abort();
-    CFile look;
-    std::uint64_t length = 0;
-    if (!wasThere && look.Open(path, {.read = true, .plain = true}).Good() && look.GetLength(length).Good() &&
-        length == 0 && look.Close().Good()) {
-        RemovePlainFile(path);
-    }
-}
-
-/// Takes back what a failed write left: earlier records stay, a file made for nothing goes. The handle may be
-/// the very thing that failed, so the file is cut through a fresh one. False when a torn record may remain.
-bool UndoWrite(COffFile& file, const std::string& path, std::uint64_t earlierLength) {
-    file.Abort();
-    if (earlierLength == 0) {
-        return file.Remove();
-    }
-    CFile cut;
-    return cut.Open(path, {.read = true, .write = true, .plain = true}).Good() &&
-           cut.SetLength(earlierLength).Good() && cut.FlushToDisk().Good();
+    file.Finish();
 }
 
 } // namespace
 
-bool WriteEventFile(CEventList& list, const std::string& freeText, CErrorList& errors, RecordNotes& notes) {
-    const std::vector<std::uint8_t> images = SerialiseRecords(list, notes);
-    COffFile file;
-    CFileException failure;
-    const SPathParts parts = SplitPath(list.GetName());
-    const std::string folder = parts.drive + parts.folder;
-    const bool wasThere = GetPathKind(list.GetName()) != EPathKind::Missing;
-    if (!file.Open(list.GetName(), {.read = true, .write = true, .create = true, .truncate = false},
-                   failure)) {
-        RemoveIfMade(file, list.GetName(), wasThere);
-        AddFileError(errors, failure);
-        return false;
-    }
-    std::uint64_t earlierLength = 0;
-    try {
-        earlierLength = file.GetLength();
-    } catch (const CFileException& raised) {
-        RemoveIfMade(file, list.GetName(), wasThere);
-        AddFileError(errors, raised);
-        return false;
-    }
-    const auto undo = [&] {
-        if (!UndoWrite(file, list.GetName(), earlierLength)) {
-            notes.push_back(DisplayPath(list.GetName()) + " could not be cut back to its earlier " +
-                            std::to_string(earlierLength) + " bytes; it may end with a torn record.");
+bool WriteRecords(CHeldDayFile& file, CEventRecordList& records, const std::string& freeText,
+                  CErrorList& errors, RecordNotes& notes) {
+    const auto cutBack = [&] {
+        if (!file.CutBack()) {
+            notes.push_back(DisplayPath(file.Path()) + " could not be cut back to its earlier " +
+                            std::to_string(file.FoundLength()) + " bytes; it may end with a torn record.");
         }
     };
     try {
-        WriteContents(file, earlierLength, MakeEventListHeader(LastExtendedNumber(list) + 1, freeText),
-                      images);
-        if (earlierLength == 0) {
-            FlushFolder(folder);
-        }
-        file.Close(); // last: what fails from here on would have records that are there counted as lost
+        WriteAll(file, records, freeText, notes);
     } catch (const CFileException& raised) {
-        undo();
+        cutBack();
         AddFileError(errors, raised);
         return false;
-    } catch (...) { // no memory: the caller counts the records as lost
-        undo();
+    } catch (...) { // no memory: what has an image already needs none
+        try {
+            file.Finish();
+        } catch (const CFileException&) {
+            cutBack();
+        }
         throw;
     }
     return true;
 }
 
+bool WriteEventFile(CEventList& list, const std::string& freeText, CErrorList& errors, RecordNotes& notes) {
+    CHeldDayFile file;
+    if (const auto failure = file.Hold(list.GetName(), EMissingFolders::AreAFailure)) {
+        AddError(errors, std::make_unique<CFileError>(list.GetName(), static_cast<int>(failure->cause),
+                                                      failure->why, kSaveFailedMessage));
+        return false;
+    }
+    return WriteRecords(file, list.GetRecords(), freeText, errors, notes);
+}
+
 std::uint32_t LastExtendedNumber(const CEventList& list) {
+    return LastExtendedNumber(list.GetRecords());
+}
+
+std::uint32_t LastExtendedNumber(const CEventRecordList& records) {
     const auto isExtended = [](const auto& record) {
         return dynamic_cast<const CExtendedEventRecord*>(record.get()) != nullptr;
     };
-    const CEventRecordList& records = list.GetRecords();
     const auto last = std::find_if(records.rbegin(), records.rend(), isExtended);
     return last == records.rend() ? 0 : (*last)->GetUniqueId();
 }

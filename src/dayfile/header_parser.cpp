@@ -34,9 +34,6 @@ bool IsEventListHeader(std::string_view lines) {
 } // namespace
 
 SParsedHeader ParseDayFileHeader(std::span<const std::uint8_t> bytes) {
-    if (bytes.empty()) {
-        return {EDayFileFault::EmptyFile, 0};
-    }
     const std::span<const std::uint8_t> searched = bytes.first(std::min(bytes.size(), kMaxHeaderSize));
     const auto end = std::ranges::find_if(
         searched, [](std::uint8_t byte) { return !IsTextByte(byte) && byte != '\r' && byte != '\n'; });

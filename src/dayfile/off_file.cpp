@@ -130,17 +130,27 @@ std::size_t COffFile::WriteLine(std::string_view text) {
     return text.size() + 2;
 }
 
-std::size_t COffFile::WriteHeader(const CTextFileHeader& header) {
-    WriteDebugOutput("     [ PARLANE INFO ] WriteHeader START\n");
-    std::size_t written = 0;
+std::string COffFile::HeaderBytes(const CTextFileHeader& header) {
+    std::string bytes;
     for (const std::string& line : header.lines) {
         if (const std::optional<std::string> filtered = FilterHeaderLine(line)) {
-            written += WriteLine(*filtered);
+            bytes += *filtered + "\r\n";
         }
     }
-    WriteBytes({&kEndOfHeader, 1});
+    return bytes += static_cast<char>(kEndOfHeader);
+}
+
+/// In one write: nobody ever sees half a header.
+std::size_t COffFile::WriteHeader(const CTextFileHeader& header) {
+    const std::string bytes = HeaderBytes(header);
+    WriteFromHeader({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
+    return bytes.size();
+}
+
+void COffFile::WriteFromHeader(std::span<const std::uint8_t> bytes) {
+    WriteDebugOutput("     [ PARLANE INFO ] WriteHeader START\n");
+    WriteBytes(bytes);
     WriteDebugOutput("     [ PARLANE INFO ] WriteHeader END\n");
-    return written + 1;
 }
 
 void COffFile::Close() {

@@ -54,6 +54,7 @@ public:
     std::uint64_t Seek(std::int64_t offset, ESeekOrigin origin);
     void FlushToDisk();
     void Close();
+    CFile& File() { return m_file; }
     /// Closes without raising.
     void Abort() noexcept;
 
@@ -85,8 +86,14 @@ public:
     /// The header's lines and the end byte; returns the number of bytes. Lines that begin with "Q7_" are for
     /// the tools' makers: but for the language line they are written in engineer mode only.
     std::size_t WriteHeader(const CTextFileHeader& header);
+    /// The bytes that WriteHeader writes.
+    static std::string HeaderBytes(const CTextFileHeader& header);
+    /// Writes the bytes of a header and of what follows it at once.
+    void WriteFromHeader(std::span<const std::uint8_t> bytes);
     /// Returns when everything written is on the disk.
     void FlushToDisk() { m_file.FlushToDisk(); }
+    /// For what raises nothing: locks, and cutting.
+    CFile& File() { return m_file.File(); }
     /// Does nothing when no file is open through this object.
     void Close();
     void Abort() noexcept { m_file.Abort(); }

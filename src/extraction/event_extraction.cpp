@@ -2,7 +2,7 @@
 
 #include "dayfile/day_file_reader.h"
 #include "dayfile/day_file_writer.h"
-#include "dayfile/off_file.h"
+#include "dayfile/held_day_file.h"
 #include "extraction/event_conversion.h"
 #include "extraction/event_file_names.h"
 #include "extraction/password_state.h"
@@ -50,8 +50,7 @@ public:
 private:
     bool NameFile(const std::string& eventRoot);
     bool HasRoom(const std::string& eventRoot);
-    bool MayAppend();
-    bool MayMakeFile();
+    bool HoldFile();
     void Refuse(EFileCause cause, const std::string& why);
     bool AreEventsPending();
     void ReadEvents(CEventConverter& converter);
@@ -59,17 +58,18 @@ private:
     void HandleEvent(CEventConverter& converter, std::uint8_t kind, CParlaneDataArray& values);
     void RefreshKeepGoing();
     void LookForTornEnd();
-    void WriteFile(const std::string& eventRoot);
-    std::size_t Count() const { return m_records.GetRecords().size(); }
+    void WriteFile();
+    std::size_t Count() const { return m_records.size(); }
 
     std::uint32_t m_deviceAddress;
     std::int32_t m_maxEvents;
     SVisitLimits m_limits;
     SExtractionReport& m_report;
-    std::string m_folder;
     bool m_isNameWhole = true;
     std::optional<std::uint64_t> m_tornEnd;
-    CEventList m_records;
+    std::string m_path;
+    CHeldDayFile m_file;
+    CEventRecordList m_records;
     CErrorList m_errors;
     RecordNotes m_notes;
     CStatus m_status;
@@ -87,7 +87,7 @@ void CVisit::Run(const std::string& eventRoot) {
     texts.plant = ReadSystemText(RowOf(cells::kPlant));
     texts.description = ReadSystemText(RowOf(cells::kDescription));
     texts.model = ReadSystemText(RowOf(cells::kModel));
-    if (!AreEventsPending() || !HasRoom(eventRoot) || !MayAppend()) {
+    if (!AreEventsPending() || !HasRoom(eventRoot) || !HoldFile()) {
         return;
     }
     LookForTornEnd();
@@ -99,7 +99,7 @@ void CVisit::Run(const std::string& eventRoot) {
         failure = std::current_exception();
     }
     if (!m_report.passwordDeclined && Count() > 0) {
-        WriteFile(eventRoot);
+        WriteFile();
     }
     if (failure) {
         std::rethrow_exception(failure);
@@ -109,7 +109,7 @@ void CVisit::Run(const std::string& eventRoot) {
 /// Leaves the relay's events where they are.
 void CVisit::Refuse(EFileCause cause, const std::string& why) {
     AddError(m_errors,
-             std::make_unique<CFileError>(m_records.GetName(), static_cast<int>(cause),
+             std::make_unique<CFileError>(m_path, static_cast<int>(cause),
                                           why + "; no event was taken from the relay.", kSaveFailedMessage));
 }
 
@@ -118,9 +118,8 @@ void CVisit::Refuse(EFileCause cause, const std::string& why) {
 bool CVisit::NameFile(const std::string& eventRoot) {
     const std::string folder = MakeDeviceFolderName(&m_isNameWhole);
     const std::string file = MakeEventFileName(&m_isNameWhole);
-    m_folder = eventRoot + "\\" + NativeRelayText(folder);
-    m_records.SetName(m_folder + "\\" + NativeRelayText(file));
-    if (IsSafeFileName(folder) && IsSafeFileName(file) && !FullPath(m_records.GetName()).empty()) {
+    m_path = eventRoot + "\\" + NativeRelayText(folder) + "\\" + NativeRelayText(file);
+    if (IsSafeFileName(folder) && IsSafeFileName(file) && !FullPath(m_path).empty()) {
         return true;
     }
     Refuse(EFileCause::BadPath,
@@ -140,38 +139,13 @@ bool CVisit::HasRoom(const std::string& eventRoot) {
     return true;
 }
 
-/// A day file that is there, but cannot be written or lies elsewhere, would cost the relay its events.
-bool CVisit::MayAppend() {
-    using enum EFileFailure;
-    CFile file;
-    const SFileResult opened = file.Open(m_records.GetName(), {.read = true, .write = true, .plain = true});
-    if (opened.Good()) {
-        return true;
+/// Proves that the events will have a place while they are still safe in the relay, and keeps it.
+bool CVisit::HoldFile() {
+    const std::optional<SHoldFailure> failure = m_file.Hold(m_path);
+    if (failure) {
+        Refuse(failure->cause, failure->why);
     }
-    if (opened.failure == NotFound || opened.failure == BadPath) {
-        return MayMakeFile();
-    }
-    const std::string name = "Day file " + DisplayPath(m_records.GetName());
-    const std::string why = IsLink(m_folder) ? "The relay's folder " + DisplayPath(m_folder) + " is a link"
-                            : IsLink(m_records.GetName()) ? name + " is a link"
-                            : opened.failure == NotPlain  ? name + " is not a regular file in a folder"
-                                                          : name + ": " + SystemErrorText(opened.systemCode);
-    Refuse(EFileCause::AccessDenied, why);
-    return false;
-}
-
-/// So would a folder in which the day file, or the first of the folders that lead to it, cannot be made.
-bool CVisit::MayMakeFile() {
-    const std::string folder = NearestExisting(m_folder);
-    const EPathKind missing = folder == m_folder ? EPathKind::File : EPathKind::Folder;
-    const SFileResult result = CanMakeEntryIn(folder, missing);
-    if (!result.Good()) {
-        const std::string what = missing == EPathKind::File ? "No file" : "No folder";
-        const std::string where = folder.ends_with(':') ? folder + "\\" : folder;
-        Refuse(EFileCause::AccessDenied,
-               what + " can be made in " + DisplayPath(where) + ": " + SystemErrorText(result.systemCode));
-    }
-    return result.Good();
+    return !failure;
 }
 
 bool CVisit::AreEventsPending() {
@@ -217,7 +191,7 @@ void CVisit::HandleEvent(CEventConverter& converter, std::uint8_t kind, CParlane
     try {
         if (std::unique_ptr<CEventRecord> record = converter.Convert(kind, values, m_status)) {
             m_bytesGathered += record->GetImageSize();
-            m_records.GetRecords().push_back(std::move(record));
+            m_records.push_back(std::move(record));
         } else if (!CEventConverter::IsKnownKind(kind)) {
             ++m_passedOver;
         }
@@ -239,33 +213,26 @@ void CVisit::RefreshKeepGoing() {
 /// still safe in the relay. It is news only: whatever goes wrong here is no reason to lose the events.
 void CVisit::LookForTornEnd() {
     try {
-        m_tornEnd = FindTornEnd(m_records.GetName());
+        m_tornEnd = FindTornEnd(m_path);
     } catch (const std::exception&) { // no memory for the reader
     }
 }
 
-void CVisit::WriteFile(const std::string& eventRoot) {
+void CVisit::WriteFile() {
     if (!m_isNameWhole) { // else nobody would look for them there
         m_notes.push_back("The relay's model or serial number could not be read. Its events are in " +
-                          DisplayPath(m_records.GetName()) + ".");
+                          DisplayPath(m_path) + ".");
     }
     if (m_tornEnd) { // told by the run that appends behind it
-        m_notes.push_back("Day file " + DisplayPath(m_records.GetName()) +
+        m_notes.push_back("Day file " + DisplayPath(m_path) +
                           " does not end with a whole record: damage at byte " + std::to_string(*m_tornEnd) +
                           ".");
     }
-    std::string firstCreated;
-    CreateDirectoryPath(m_folder, firstCreated); // a folder that cannot be made shows when the file is opened
-    if (!WriteEventFile(m_records, "headerText", m_errors, m_notes)) {
-        return;
-    }
-    m_report.recordsWritten = Count();
-    if (!firstCreated.empty()) {
-        FlushFolder(eventRoot);
-    }
+    WriteRecords(m_file, m_records, "headerText", m_errors, m_notes);
 }
 
 void CVisit::FinishReport() {
+    m_report.recordsWritten = m_file.StoredCount();
     m_report.eventsLost = m_eventsTaken - m_passedOver - m_report.recordsWritten;
     m_report.eventsPassedOver = m_passedOver;
     // A declined password has its own words already; status 18 is only how it came back. An abort before the
@@ -273,7 +240,7 @@ void CVisit::FinishReport() {
     if (m_status != CStatus() && (!m_report.passwordDeclined || PasswordState().unanswered)) {
         m_report.endStatus = m_status.GetValue();
     }
-    m_records.GetRecords().clear(); // what they leave is memory for the texts
+    m_records.clear(); // what they leave is memory for the texts
     for (const auto& error : m_errors) {
         if (error->HasMessage()) {
             m_report.problems.push_back(MessageOf(*error));

@@ -78,7 +78,7 @@ TEST(DayFileReader, DamageIsToldOnceAndReadingGoesOnAtASoundRecordWithAWitness) 
         EDayFileFault fault = Last;
     };
     const SCase kCases[] = {
-        {"an empty file", {}, "D0-0 ", EmptyFile},
+        {"an empty file is none yet", {}, ""},
         {"a header alone", {H}, ""},
         {"no end byte", {N, S, E}, "D0-1 R1 R2 ", NoHeaderEnd},
         {"no end byte and no record", {N}, "D0-1 ", NoHeaderEnd},
@@ -136,7 +136,7 @@ TEST(DayFileReader, SaysWhatIsWrong) {
         texts += std::string(DayFileFaultText(static_cast<EDayFileFault>(fault))) + ";";
     EXPECT_EQ(
         texts,
-        "the file is empty;the header has no end byte;the header is not that of an event list;no block "
+        "the header has no end byte;the header is not that of an event list;no block "
         "begins here;the block is longer than the rest of the file;an item passes the end of its block;the "
         "event code is not a valid number;the time stamp is missing;bytes are left over at the end of the "
         "block;the record's cells are missing;the cells belong to another record;a cell cannot be read;cells "

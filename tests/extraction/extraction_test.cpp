@@ -68,6 +68,26 @@ TEST_F(Extraction, ATornEndIsToldOnceAndStaysAsItIs) {
     }
 }
 
+TEST_F(Extraction, AFileThatAnotherRunHoldsLeavesTheEventsInTheRelay) {
+    const auto run = [this] {
+        server.events = {Event(0, {"240107"})};
+        return Extract();
+    };
+    CHeldDayFile other;
+    EXPECT_FALSE(other.Hold(folder.Path("AB12-00001234\\AB12-00001234-2026-11-16-DEV.evt")));
+    EXPECT_EQ(run().problems,
+              std::vector<std::string>{"Failed to save event file\nDay file " + folder.Native(kFile) +
+                                       " is held by another run; no event was taken from the relay."});
+    EXPECT_EQ(server.events.size(), 1U);
+    EXPECT_EQ(Day(), "");
+    other.Release();
+    EXPECT_FALSE(folder.Has("AB12-00001234")) << "made by that one, for nothing";
+    EXPECT_EQ(run().recordsWritten, 1U);
+    const std::string once = Day();
+    EXPECT_EQ(run().recordsWritten, 1U);
+    EXPECT_EQ(Day(), once + once.substr(Header("000002").size()));
+}
+
 TEST_F(Extraction, ARelayWithoutANameIsTold) {
     const std::array<std::string, 2> cases[] = {{"P14-", "12--34"}, {"", "1234"}, {"AB12", ""}};
     for (const auto& [model, serialNumber] : cases) { // dashes are no lack

@@ -76,9 +76,9 @@ struct SOutcome {
     const std::string& Log() const { return disk.files.at("C:\\run.log"); }
     /// What a line lost to the log is told to counts as well.
     bool IsTold(const std::string& text) const { return (Log() + debug).find(text) != std::string::npos; }
-    /// Events that the lines of the run say are lost.
-    std::size_t CountLost() const {
-        static constexpr std::string_view kMark = " taken from the relay, but not stored.";
+    /// Events that the lines of the run say are lost; all, or those of one relay.
+    std::size_t CountLost(const std::string& details = "") const {
+        const std::string kMark = " taken from the relay, but not stored." + details;
         const std::string told = Log() + debug;
         std::size_t lost = 0;
         for (std::size_t at = told.find(kMark); at != std::string::npos; at = told.find(kMark, at + 1))
@@ -93,17 +93,30 @@ struct SOutcome {
     }
 };
 
+/// The records of a day file's bytes, and whether all of them make sense.
+struct SRecords {
+    std::size_t count = 0;
+    bool isSound = true;
+};
+inline SRecords RecordsOf(const std::string& bytes) {
+    g_disk = {{{"day", bytes}}, {}, {}};
+    SRecords records;
+    CDayFileReader reader;
+    EXPECT_TRUE(reader.Open("day").Good());
+    for (SDayFileItem item; reader.Next(item); records.isSound = records.isSound && !item.damage)
+        records.count += item.record != nullptr ? 1 : 0;
+    return records;
+}
+
 /// Records in all day files, which must be sound.
 inline std::size_t CountRecords(const SMemoryDisk& disk) {
-    g_disk = {disk.files, {}, {}};
-    std::size_t records = 0;
+    std::size_t count = 0;
     for (const auto& [path, bytes] : disk.files) {
-        CDayFileReader reader;
-        EXPECT_TRUE(reader.Open(path).Good());
-        for (SDayFileItem item; path.ends_with(".evt") && reader.Next(item); ++records)
-            EXPECT_FALSE(item.damage) << path << " is damaged at " << item.offset;
+        const SRecords records = path.ends_with(".evt") ? RecordsOf(bytes) : SRecords{};
+        EXPECT_TRUE(records.isSound) << path << " is damaged";
+        count += records.count;
     }
-    return records;
+    return count;
 }
 
 class CFaultRig {

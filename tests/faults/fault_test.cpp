@@ -10,22 +10,22 @@ namespace ruvo::test {
 
 class FileFaults : public testing::Test {
 protected:
-    /// A day file is complete or as it was, or else people are warned of it; what it lacks is told.
+    /// A day file holds what it held, and whole records behind it, or else people are warned of it; what it
+    /// lacks is told.
     void CheckDayFile(const SOutcome& got, int address, bool mayTear) const {
-        const auto before = rig.before.DayFile(address);
-        const auto file = got.DayFile(address);
+        const std::string before = rig.before.DayFile(address).value_or("");
+        const std::string file = got.DayFile(address).value_or("");
+        ASSERT_TRUE(file.starts_with(before));
+        const std::string details =
+            " Connection details - COM Port: COM1, device address: " + std::to_string(address);
+        const SRecords records = RecordsOf(file);
+        if (mayTear && got.IsTold("bytes; it may end with a torn record"))
+            return;
+        EXPECT_TRUE(records.isSound);
         const std::size_t events = address == kTested ? 3 : 2;
-        if (file == rig.clean.DayFile(address))
-            return;
-        const std::string details = " Connection details - COM Port: COM1, device address: ";
-        EXPECT_TRUE(got.IsTold(std::to_string(events) + " events taken from the relay, but not stored." +
-                               details + std::to_string(address)) ||
-                    (file == before &&
-                     got.IsTold("; no event was taken from the relay." + details + std::to_string(address))));
-        if (file == before)
-            return;
-        EXPECT_TRUE(mayTear && file && file->starts_with(before.value_or("")));
-        EXPECT_TRUE(file == "" || got.IsTold("bytes; it may end with a torn record"));
+        EXPECT_TRUE(RecordsOf(before).count + events == records.count + got.CountLost(details) ||
+                    (file == before && got.IsTold("; no event was taken from the relay." + details)))
+            << records.count << " records, " << got.CountLost(details) << " told as lost";
     }
 
     /// No line is lost in silence, and a single fault tears none.

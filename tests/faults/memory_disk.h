@@ -66,8 +66,12 @@ SFileResult CFile::Open(const std::string& path, SOpenMode mode) {
     const test::CFailingMemory::SExempt exempt;
     *m_handle = {};
     SFileResult result = g_disk.Do();
-    if (result.Good() && !g_disk.files.contains(path) && !(mode.create && g_disk.HasFolderOf(path)))
-        result = g_disk.Fail(EFileFailure::BadPath);
+    if (result.Good() && !g_disk.files.contains(path))
+        result =
+            g_disk.Fail(!g_disk.folders.contains(path.substr(0, path.rfind('\\'))) ? EFileFailure::BadPath
+                        : !mode.create                                             ? EFileFailure::NotFound
+                        : !g_disk.HasFolderOf(path) ? EFileFailure::AccessDenied
+                                                    : EFileFailure::None);
     if (result.Good())
         g_disk.files.try_emplace(m_handle->path = path);
     return result;
@@ -147,6 +151,11 @@ bool RemoveFile(const std::string& path) {
 bool RemovePlainFile(const std::string& path) {
     return RemoveFile(path);
 }
+bool RemoveEmptyFolder(const std::string& path) {
+    const auto isWithin = [&](const auto& file) { return file.first.starts_with(path + "\\"); };
+    return g_disk.Do().Good() && std::ranges::none_of(g_disk.files, isWithin) &&
+           g_disk.folders.erase(path) != 0;
+}
 
 // A run asks for the first two, and looks at no answer; the rest is only linked.
 // clang-format off
@@ -155,7 +164,6 @@ SFreeSpace FreeSpace(const std::string&) { return g_disk.room; }
 std::string SystemErrorText(long systemCode) { return "failure " + std::to_string(systemCode); }
 bool IsLink(const std::string&) { return false; }
 bool IsDriveRoot(const std::string&) { return false; }
-bool RemoveEmptyFolder(const std::string&) { return false; }
 bool CFile::RemoveIfEmpty() { return false; }
 bool CopyToNewFile(const std::string&, const std::string&) { return false; }
 bool ListFolder(const std::string&, std::vector<SFolderEntry>&) { return false; }

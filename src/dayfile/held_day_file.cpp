@@ -1,0 +1,228 @@
+#include "dayfile/held_day_file.h"
+
+#include "dayfile/block_parser.h"
+#include "paths/path_utilities.h"
+#include "platform/full_path.h"
+
+#include <algorithm>
+#include <exception>
+#include <ranges>
+
+namespace ruvo {
+
+namespace {
+
+constexpr std::size_t kPieceSize = std::size_t{64} * 1024;
+constexpr std::size_t kShortestImage = 32;
+
+/// The folder of a path without a separator at its end; empty for a drive.
+std::string FolderOf(const std::string& path) {
+    const std::size_t end = path.rfind('\\');
+    return end == std::string::npos ? std::string() : path.substr(0, end);
+}
+
+/// Makes the names durable that lead to the file, whoever made them: its own, its folder's, the event root's.
+void FlushNames(const std::string& path) {
+    constexpr int kNames = 3;
+    std::string folder = FolderOf(path);
+    for (int name = 0; name < kNames && !folder.empty(); ++name) {
+        FlushFolder(folder);
+        folder = FolderOf(folder);
+    }
+}
+
+} // namespace
+
+std::optional<SHoldFailure> CHeldDayFile::Hold(const std::string& path, EMissingFolders missing) {
+    constexpr int kAttempts = 4;
+    m_path = path;
+    m_folder = FolderOf(path);
+    CFileException failure;
+    EOpening opening = EOpening::Moved;
+    for (int attempt = 0; attempt < kAttempts && opening == EOpening::Moved; ++attempt) {
+        if (missing == EMissingFolders::AreMade) {
+            MakeFolderChain(m_folder, m_madeFolders); // what could not be made shows in the opening
+        }
+        opening = Open(failure);
+        if (opening == EOpening::Held) {
+            opening = Lock(failure);
+        }
+    }
+    if (opening == EOpening::Held) {
+        return std::nullopt;
+    }
+    m_file.Abort();
+    return Explain(opening, failure);
+}
+
+CHeldDayFile::EOpening CHeldDayFile::Open(CFileException& failure) {
+    SOpenMode mode{.read = true, .write = true};
+    m_isOpen = true; // whatever comes of it, it is looked at when it is released
+    if (m_file.Open(m_path, mode, failure)) {
+        return EOpening::Held;
+    }
+    if (failure.GetCause() != EFileCause::FileNotFound) {
+        return EOpening::Failed;
+    }
+    m_wasMissing = true;
+    mode.create = true;
+    return m_file.Open(m_path, mode, failure) ? EOpening::Held : EOpening::Failed;
+}
+
+/// The file may have been removed, or exchanged, between its opening and the lock. The length counts once it
+/// is on the disk: what an ended run left unflushed could still go.
+CHeldDayFile::EOpening CHeldDayFile::Lock(CFileException& failure) {
+    if (m_file.File().TryLock() == EFileLock::HeldByAnother) {
+        return EOpening::HeldByAnother;
+    }
+    if (!m_file.File().IsAt(m_path)) {
+        return EOpening::Moved;
+    }
+    try {
+        m_file.FlushToDisk();
+        m_foundLength = m_file.GetLength();
+    } catch (const CFileException& raised) {
+        failure = raised;
+        return EOpening::Failed;
+    }
+    return EOpening::Held;
+}
+
+SHoldFailure CHeldDayFile::Explain(EOpening opening, const CFileException& failure) const {
+    const std::string name = "Day file " + DisplayPath(m_path);
+    const std::string reason = ": " + SystemErrorText(failure.GetSystemCode());
+    if (opening == EOpening::HeldByAnother) {
+        return {EFileCause::SharingViolation, name + " is held by another run"};
+    }
+    if (opening == EOpening::Moved) {
+        return {EFileCause::Generic, name + " is being exchanged again and again"};
+    }
+    const std::string nearest = NearestExisting(m_folder);
+    if (nearest != m_folder && !IsLink(nearest)) { // the first folder that is missing cannot be made
+        const SFileResult makes = CanMakeEntryIn(nearest, EPathKind::Folder);
+        return {EFileCause::AccessDenied, "No folder can be made in " +
+                                              DisplayPath(nearest.ends_with(':') ? nearest + "\\" : nearest) +
+                                              (makes.Good() ? "" : ": " + SystemErrorText(makes.systemCode))};
+    }
+    CFile look;
+    const bool isPlain =
+        look.Open(m_path, {.read = true, .write = true, .plain = true}).failure != EFileFailure::NotPlain;
+    const std::string why = IsLink(m_folder) ? "The relay's folder " + DisplayPath(m_folder) + " is a link"
+                            : IsLink(m_path) ? name + " is a link"
+                            : !isPlain       ? name + " is not a regular file in a folder"
+                            : m_wasMissing   ? "No file can be made in " + DisplayPath(m_folder) + reason
+                                             : name + reason;
+    return {failure.GetCause(), why};
+}
+
+std::uint64_t CHeldDayFile::LengthNow() {
+    std::uint64_t length = 0;
+    return m_file.File().GetLength(length).Good() ? length : m_foundLength;
+}
+
+void CHeldDayFile::StartAt(std::uint64_t position, const CTextFileHeader& header) {
+    m_start = m_position = position;
+    m_storedCount = 0;
+    m_piece.clear();
+    m_piece.reserve(kPieceSize + kMaxRecordImage); // from here on no memory is asked for
+    m_ends.clear();
+    m_ends.reserve(kPieceSize / kShortestImage);
+    m_isHeaderDue = position == 0;
+    if (m_isHeaderDue) {
+        const std::string bytes = COffFile::HeaderBytes(header);
+        m_piece.assign(bytes.begin(), bytes.end());
+    }
+}
+
+void CHeldDayFile::Add(std::span<const std::uint8_t> image) {
+    m_piece.insert(m_piece.end(), image.begin(), image.end());
+    m_ends.push_back(m_piece.size());
+    if (m_piece.size() >= kPieceSize) {
+        WritePiece();
+    }
+}
+
+void CHeldDayFile::WritePiece() {
+    m_file.Seek(static_cast<std::int64_t>(m_position), ESeekOrigin::Start);
+    if (m_isHeaderDue) {
+        m_file.WriteFromHeader(m_piece);
+    } else {
+        m_file.WriteBytes(m_piece);
+    }
+    m_isHeaderDue = false;
+    m_position += m_piece.size();
+    m_storedCount += m_ends.size();
+    m_piece.clear();
+    m_ends.clear();
+}
+
+void CHeldDayFile::Finish() {
+    if (!m_ends.empty()) { // a header without a record is none
+        WritePiece();
+    }
+    m_file.FlushToDisk();
+    FlushNames(m_path);
+}
+
+bool CHeldDayFile::CutBack() noexcept {
+    if (Cut(m_file.File())) {
+        return true;
+    }
+    try { // the handle may be the very thing that failed
+        CFile fresh;
+        return fresh.Open(m_path, {.read = true, .write = true, .plain = true}).Good() && Cut(fresh);
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+bool CHeldDayFile::Cut(CFile& file) {
+    std::uint64_t length = 0;
+    if (m_ends.empty()) { // no write has failed
+        return true;
+    }
+    if (!file.GetLength(length).Good() || length > m_position + m_piece.size()) {
+        return false;
+    }
+    const auto isWhole = [&](std::size_t end) { return m_position + end <= length; };
+    const auto whole = static_cast<std::size_t>(std::ranges::count_if(m_ends, isWhole));
+    const std::uint64_t end = whole > 0 ? m_position + m_ends[whole - 1] : m_position;
+    if (length > end && !file.SetLength(end).Good()) {
+        return false;
+    }
+    m_storedCount += whole;
+    m_ends.clear();
+    return length <= m_position || file.FlushToDisk().Good();
+}
+
+void CHeldDayFile::Release() noexcept {
+    if (!m_isOpen) {
+        return;
+    }
+    m_isOpen = false;
+    m_file.Abort(); // what matters has been flushed
+    try {
+        RemoveWhatIsEmpty();
+    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): readers know an empty file to be none
+    }
+}
+
+/// Under the file's lock, so that a run which has just made or opened the file finds out.
+void CHeldDayFile::RemoveWhatIsEmpty() const {
+    if (m_wasMissing) {
+        CFile file;
+        std::uint64_t length = 0;
+        const SOpenMode mode{.read = true, .write = true, .plain = true, .removable = true};
+        if (file.Open(m_path, mode).Good() && file.TryLock() != EFileLock::HeldByAnother &&
+            file.IsAt(m_path) && file.GetLength(length).Good() && length == 0) {
+            RemovePlainFile(m_path);
+        }
+    }
+    for (const std::string& folder : std::views::reverse(m_madeFolders)) {
+        if (!RemoveEmptyFolder(folder)) {
+            break;
+        }
+    }
+}
+
+} // namespace ruvo

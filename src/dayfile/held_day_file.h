@@ -1,0 +1,85 @@
+// The day file of one visit, held from before the first event is taken until the visit ends: made where it is
+// missing, locked, and written at known positions through the one handle that the lock is on.
+#pragma once
+
+#include "dayfile/off_file.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace ruvo {
+
+/// Why a day file could not be held: the cause, and a text for people that names what stands in the way.
+struct SHoldFailure {
+    EFileCause cause = EFileCause::Generic;
+    std::string why;
+};
+
+/// What becomes of folders on the way to a day file that are missing.
+enum class EMissingFolders : std::uint8_t { AreMade, AreAFailure };
+
+/// Holds one day file, once. Failures of what is done with it then are raised as CFileException.
+class CHeldDayFile {
+public:
+    CHeldDayFile() = default;
+    CHeldDayFile(const CHeldDayFile&) = delete;
+    CHeldDayFile& operator=(const CHeldDayFile&) = delete;
+    ~CHeldDayFile() { Release(); }
+
+    /// Makes the folders that are missing, and the file; opens it by the rule against links, locks it, has it
+    /// flushed and takes its length. On failure, what was made for it is removed at the release.
+    std::optional<SHoldFailure> Hold(const std::string& path,
+                                     EMissingFolders missing = EMissingFolders::AreMade);
+    const std::string& Path() const { return m_path; }
+    /// What stood in the file when it was locked.
+    std::uint64_t FoundLength() const { return m_foundLength; }
+    /// What stands in it now: programs that ask for no lock may have appended.
+    std::uint64_t LengthNow();
+
+    /// The records that follow are written from this position on, behind the header if it is 0.
+    void StartAt(std::uint64_t position, const CTextFileHeader& header);
+    /// Adds one whole record image. Images go out in pieces, each of which ends with a whole record; the
+    /// header goes out together with the first. Needs no memory.
+    void Add(std::span<const std::uint8_t> image);
+    /// Writes what is left, and returns when it is on the disk: bytes, the file's name, and those of its
+    /// folder and the event root.
+    void Finish();
+    /// Images that stand whole in the file.
+    std::size_t StoredCount() const { return m_storedCount; }
+    /// After a failure: cuts the file back to the end of the last whole record that was written, or to where
+    /// the writing began, unless something of another stands behind. False when a torn record may remain.
+    bool CutBack() noexcept;
+
+    /// Closes. A file and folders that were made here are removed while they are empty.
+    void Release() noexcept;
+
+private:
+    enum class EOpening : std::uint8_t { Held, HeldByAnother, Moved, Failed };
+    EOpening Open(CFileException& failure);
+    EOpening Lock(CFileException& failure);
+    SHoldFailure Explain(EOpening opening, const CFileException& failure) const;
+    void WritePiece();
+    bool Cut(CFile& file);
+    void RemoveWhatIsEmpty() const;
+
+    COffFile m_file;
+    std::string m_path;
+    std::string m_folder;
+    std::vector<std::string> m_madeFolders; ///< the outermost first
+    bool m_isOpen = false;
+    bool m_wasMissing = false; ///< so it was made here, or at the same moment by another
+    std::uint64_t m_foundLength = 0;
+
+    bool m_isHeaderDue = false;
+    std::uint64_t m_start = 0;    ///< of what is written
+    std::uint64_t m_position = 0; ///< where the next piece goes
+    std::vector<std::uint8_t> m_piece;
+    std::vector<std::size_t> m_ends; ///< of the images within the piece
+    std::size_t m_storedCount = 0;
+};
+
+} // namespace ruvo
