@@ -1,5 +1,4 @@
 // The output file: header lines and their filter, and failures that take nothing along.
-#include "support/fake_system.h"
 #include "support/scratch_folder.h"
 #include "support/scripted_server.h"
 
