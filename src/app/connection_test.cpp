@@ -1,5 +1,6 @@
 #include "app/connection_test.h"
 
+#include "app/comms_server.h"
 #include "app/load_and_check.h"
 #include "app/worker_thread.h"
 #include "base/secret.h"
@@ -7,9 +8,9 @@
 #include "extraction/password_state.h"
 #include "link/client.h"
 #include "log/error_log.h"
-#include "model/values/parlane_integers.h"
 #include "platform/com_runtime.h"
 #include "run/link_control.h"
+#include "run/login_probe.h"
 #include "run/password_callbacks.h"
 
 #include <algorithm>
@@ -48,35 +49,22 @@ public:
 private:
     /// Everything between starting the comms server and letting it go.
     EConnectionTestResult RunWithClient() {
+        CCommsServer server; // with its own hold on the runtime, as in a run
         EConnectionTestResult result = NoResult;
-        const bool started = StartComRuntime(); // the client's own hold on the runtime, as in a run
         try {
-            result = !started || CP32Wrap::CreateInstance() != kLinkGood ? CommsServerFailed : RunSteps();
+            result = server.Start() ? RunSteps() : CommsServerFailed;
         } catch (...) { // what is unforeseen delivers no result, but is cleaned up after all the same
         }
-        CleanUp(started);
-        return result;
-    }
-
-    void CleanUp(bool runtimeStarted) {
         try {
             CloseLink(m_context);
-            CP32Wrap::DestroyInstance();
-        } catch (...) { // out of memory: the next test starts with the client that is still there
+        } catch (...) { // out of memory: letting the server go closes it
         }
-        if (runtimeStarted) {
-            StopComRuntime();
-        }
+        return result;
     }
 
     EConnectionTestResult RunSteps() {
         if (LoadAndCheck(m_context, m_iniPath, true) != EResultCode::Success) {
             return IniFileRefused;
-        }
-        const TextEntries& passwords = m_context.Config().Passwords();
-        WipeText(PasswordState().currentPassword);
-        if (const auto password = passwords.find(m_key); password != passwords.end()) {
-            PasswordState().currentPassword = password->second; // no copy on the way, which nobody would wipe
         }
         const std::optional<std::int32_t> address = FindDeviceAddress();
         if (!address) {
@@ -113,33 +101,28 @@ private:
 
     /// The probe of a run, which tells only good from bad; here each cause has its result.
     EConnectionTestResult Probe(CP32Wrap& link) {
-        const SPasswordState& state = PasswordState();
-        PasswordState().callbackCalled = false;
+        PrepareLogin(m_context.Config(), m_key);
         CP32Wrap::SetGetPasswordCallback(&PasswordCallback);
         CP32Wrap::SetPasswordAcceptedCallback(&PasswordAcceptedCallback);
-        CParlaneDataArray values;
-        const LinkStatus status = link.GetValue(nullptr, cells::kSecurityVersion, values);
-        if (status == kReplyNoSuchCell) {
-            return state.currentPassword.empty() ? Good : PasswordNotAskedFor;
-        }
-        if (status != kLinkGood) {
-            return status == kLinkNotResponding ? RelayNotResponding : ReadFailed;
-        }
-        if (!IsWriteGood(link.ResetCell(nullptr, cells::kPassword))) {
+        switch (ProbeLogin(link)) {
+        case ELoginProbe::Accepted:
+            return Good;
+        case ELoginProbe::NotAsked:
+            return PasswordState().currentPassword.empty() ? Good : PasswordNotAskedFor;
+        case ELoginProbe::NotResponding:
+            return RelayNotResponding;
+        case ELoginProbe::ReadFailed:
+            return ReadFailed;
+        case ELoginProbe::ResetFailed:
             return ResetFailed;
+        case ELoginProbe::Refused:
+            return ReasonOfRefusal(PasswordState());
         }
-        // Whether the relay takes the value does not matter: writing it makes it ask for the password.
-        link.ChangeSetting(nullptr, cells::kLoginProbe, CParlaneInt(1, 2));
-        if (state.callbackCalled && !state.accepted) {
-            return JudgeRefusal(state);
-        }
-        const bool unasked = !state.currentPassword.empty() && !state.callbackCalled;
-        link.ResetCell(nullptr, cells::kPassword);
-        return unasked ? PasswordNotAskedFor : Good;
+        return NoResult;
     }
 
     /// A missing password explains every refusal, whatever the relay said.
-    static EConnectionTestResult JudgeRefusal(const SPasswordState& state) {
+    static EConnectionTestResult ReasonOfRefusal(const SPasswordState& state) {
         if (state.currentPassword.empty()) {
             return PasswordMissing;
         }

@@ -1,16 +1,11 @@
 #include "app/ruvo_app.h"
 
 #include "app/load_and_check.h"
-#include "app/run_library.h"
+#include "app/rpc_library.h"
 #include "dayfile/off_file.h"
-#include "link/client.h"
 #include "log/error_log.h"
 #include "log/log_reserve.h"
-#include "paths/path_utilities.h"
-#include "platform/com_runtime.h"
-#include "platform/files.h"
 #include "platform/message_box.h"
-#include "platform/modules.h"
 #include "run/extraction_run.h"
 #include "run/link_control.h"
 
@@ -64,16 +59,16 @@ void CRuvoApp::StartUp(CRunContext& context, std::span<const std::string> argume
         return;
     }
     m_commandLine = ParseCommandLine(arguments);
-    EnterProgramFolder();
+    m_programFolder.emplace();
     EResultCode result = LoadAndCheck(context, m_commandLine.iniPath, m_commandLine.checkOnly);
     if (!m_commandLine.checkOnly && !ClaimSingleInstance()) {
         LogMessage("Only one instance can be running at one time.", false);
         return;
     }
-    if (result == EResultCode::Success) {
-        result = StartCommsServer();
+    if (result == EResultCode::Success && !m_commsServer.Start()) {
+        result = EResultCode::CommsServerFailed;
     }
-    Act(context, result);
+    ReportOrRun(context, result);
 }
 
 bool CRuvoApp::CheckDependencies() const {
@@ -84,23 +79,7 @@ bool CRuvoApp::CheckDependencies() const {
     return !missing;
 }
 
-/// From here on relative paths, in the INI file too, count from the program's folder.
-void CRuvoApp::EnterProgramFolder() {
-    m_savedWorkingFolder = CurrentFolder();
-    const SPathParts program = SplitPath(ProgramPath());
-    m_programFolder = program.drive + program.folder;
-    SetCurrentFolder(m_programFolder);
-}
-
-EResultCode CRuvoApp::StartCommsServer() {
-    m_comRuntimeStarted = m_comRuntimeStarted || StartComRuntime();
-    if (m_comRuntimeStarted && CP32Wrap::CreateInstance() == kLinkGood) {
-        return EResultCode::Success;
-    }
-    return EResultCode::CommsServerFailed;
-}
-
-void CRuvoApp::Act(CRunContext& context, EResultCode result) {
+void CRuvoApp::ReportOrRun(CRunContext& context, EResultCode result) {
     const bool good = result == EResultCode::Success;
     const std::string text = BuildResultText(result, m_commandLine);
     if (m_commandLine.checkOnly) {
@@ -115,14 +94,8 @@ void CRuvoApp::Act(CRunContext& context, EResultCode result) {
 void CRuvoApp::TearDown(CRunContext& context) {
     context.Config().WipePasswords();
     CloseLink(context);
-    if (m_comRuntimeStarted) {
-        CP32Wrap::DestroyInstance();
-        StopComRuntime();
-        m_comRuntimeStarted = false;
-    }
-    if (!m_savedWorkingFolder.empty()) {
-        SetCurrentFolder(m_savedWorkingFolder);
-    }
+    m_commsServer.Stop();
+    m_programFolder.reset();
 }
 
 } // namespace ruvo

@@ -2,10 +2,13 @@
 #pragma once
 
 #include "app/command_line.h"
+#include "app/comms_server.h"
+#include "app/program_folder.h"
 #include "app/single_instance_app.h"
 #include "config/result_code.h"
 #include "config/run_context.h"
 
+#include <optional>
 #include <span>
 #include <string>
 
@@ -21,15 +24,12 @@ public:
 private:
     void StartUp(CRunContext& context, std::span<const std::string> arguments);
     bool CheckDependencies() const;
-    void EnterProgramFolder();
-    EResultCode StartCommsServer();
-    void Act(CRunContext& context, EResultCode result);
+    void ReportOrRun(CRunContext& context, EResultCode result);
     void TearDown(CRunContext& context);
 
-    std::string m_programFolder;
-    std::string m_savedWorkingFolder;
+    std::optional<CProgramFolder> m_programFolder; ///< from start-up to tear-down
     SCommandLine m_commandLine;
-    bool m_comRuntimeStarted = false;
+    CCommsServer m_commsServer;
 };
 
 /// The text that a result code is reported with: the message alone, or in check-only mode the version, the

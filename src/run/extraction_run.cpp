@@ -81,16 +81,8 @@ void VisitAll(CRunContext& context, const AddressEntries& entries) {
 
 void ExtractDevice(CRunContext& context, const std::string& key, std::int32_t deviceAddress) {
     try {
-        SPasswordState& state = PasswordState();
-        const CWipeAtScopeEnd wipe(state.currentPassword);
-        state.callbackCalled = false;
-        state.unanswered = false;
-        const TextEntries& passwords = context.Config().Passwords();
-        const auto password = passwords.find(key);
-        state.currentPassword.clear();
-        if (password != passwords.end()) { // assigned in place: a copy on the way would not be wiped
-            state.currentPassword = password->second;
-        }
+        const CWipeAtScopeEnd wipe(PasswordState().currentPassword);
+        PrepareLogin(context.Config(), key);
         context.SetDeviceAddress(deviceAddress);
         CP32Wrap::GetInstance()->SetDeviceAddress(static_cast<std::uint8_t>(deviceAddress & 0xFF));
         if (TestDeviceConnection(context)) {

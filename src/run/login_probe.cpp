@@ -1,5 +1,6 @@
 #include "run/login_probe.h"
 
+#include "base/secret.h"
 #include "extraction/password_state.h"
 #include "link/client.h"
 #include "log/connection_text.h"
@@ -8,31 +9,42 @@
 
 namespace ruvo {
 
-namespace {
+void PrepareLogin(const CRuvoConfig& config, const std::string& key) {
+    SPasswordState& state = PasswordState();
+    state.callbackCalled = false;
+    state.unanswered = false;
+    WipeText(state.currentPassword);
+    const TextEntries& passwords = config.Passwords();
+    if (const auto password = passwords.find(key); password != passwords.end()) {
+        state.currentPassword = password->second; // no copy on the way, which nobody would wipe
+    }
+}
 
-/// The probe itself; nothing is logged here.
-bool ProbeLogin(CP32Wrap& link) {
+ELoginProbe ProbeLogin(CP32Wrap& link) {
     CParlaneDataArray values;
     const LinkStatus status = link.GetValue(nullptr, cells::kSecurityVersion, values);
     if (status == kReplyNoSuchCell) {
-        return true; // a relay without that cell knows no login
+        return ELoginProbe::NotAsked; // a relay without that cell knows no login
     }
-    if (status != kLinkGood || !IsWriteGood(link.ResetCell(nullptr, cells::kPassword))) {
-        return false;
+    if (status != kLinkGood) {
+        return status == kLinkNotResponding ? ELoginProbe::NotResponding : ELoginProbe::ReadFailed;
+    }
+    if (!IsWriteGood(link.ResetCell(nullptr, cells::kPassword))) {
+        return ELoginProbe::ResetFailed;
     }
     // Whether the relay takes the value does not matter: writing it is what makes it ask for the password.
     link.ChangeSetting(nullptr, cells::kLoginProbe, CParlaneInt(1, 2));
-    if (PasswordState().callbackCalled && !PasswordState().accepted) {
-        return false;
+    const bool isAsked = PasswordState().callbackCalled;
+    if (isAsked && !PasswordState().accepted) {
+        return ELoginProbe::Refused;
     }
     link.ResetCell(nullptr, cells::kPassword);
-    return true;
+    return isAsked ? ELoginProbe::Accepted : ELoginProbe::NotAsked;
 }
 
-} // namespace
-
 bool TestDeviceConnection(const CRunContext& context) {
-    if (ProbeLogin(*CP32Wrap::GetInstance())) {
+    const ELoginProbe outcome = ProbeLogin(*CP32Wrap::GetInstance());
+    if (outcome == ELoginProbe::Accepted || outcome == ELoginProbe::NotAsked) {
         return true;
     }
     LogMessage("Test connection failed. Unable to connect to the device or password is invalid. " +

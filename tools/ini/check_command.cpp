@@ -1,10 +1,10 @@
 // ruvoctl check: the check-only mode of the extractor for people and scripts.
+#include "app/comms_server.h"
 #include "app/load_and_check.h"
-#include "app/run_library.h"
+#include "app/program_folder.h"
+#include "app/rpc_library.h"
 #include "config/configuration.h"
-#include "link/client.h"
 #include "link/seam/server_failure.h"
-#include "platform/com_runtime.h"
 #include "platform/file_access.h"
 #include "platform/files.h"
 #include "platform/full_path.h"
@@ -13,7 +13,6 @@
 #include "tools/command.h"
 #include "tools/ini/ini_document.h"
 #include "tools/ini/ini_findings.h"
-#include "tools/ini/program_folder.h"
 #include "tools/ini/site_environment.h"
 
 #include <algorithm>
@@ -54,16 +53,14 @@ struct SOutcome {
 };
 
 EResultCode TryCommsServer(std::vector<SIniFinding>& causes) {
-    if (!StartComRuntime()) {
-        return EResultCode::CommsServerFailed;
+    CCommsServer server;
+    if (server.Start()) {
+        return EResultCode::Success;
     }
-    const bool started = CP32Wrap::CreateInstance() == kLinkGood;
-    CP32Wrap::DestroyInstance();
-    if (!started) {
+    if (server.HasRuntime()) {
         causes.push_back({0, ExplainServerFailure()});
     }
-    StopComRuntime();
-    return started ? EResultCode::Success : EResultCode::CommsServerFailed;
+    return EResultCode::CommsServerFailed;
 }
 
 /// Why a file is none that a run can read.

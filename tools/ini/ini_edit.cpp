@@ -1,5 +1,6 @@
 #include "tools/ini/ini_edit.h"
 
+#include "app/program_folder.h"
 #include "config/configuration.h"
 #include "config/validation.h"
 #include "platform/files.h"
@@ -7,7 +8,6 @@
 #include "platform/text_file.h"
 #include "tools/ini/ini_document.h"
 #include "tools/ini/ini_findings.h"
-#include "tools/ini/program_folder.h"
 #include "tools/text_encoding.h"
 
 #include <algorithm>

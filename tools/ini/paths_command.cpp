@@ -1,10 +1,11 @@
 // ruvoctl paths: where a run of an INI file puts events and problems, for scripts that look after it.
+#include "app/program_folder.h"
 #include "config/configuration.h"
 #include "config/destination_root.h"
 #include "log/error_log.h"
+#include "paths/path_utilities.h"
 #include "platform/full_path.h"
 #include "tools/command.h"
-#include "tools/ini/program_folder.h"
 #include "tools/text_encoding.h"
 
 #include <array>

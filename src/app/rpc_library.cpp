@@ -1,4 +1,4 @@
-#include "app/run_library.h"
+#include "app/rpc_library.h"
 
 #include "paths/path_utilities.h"
 #include "platform/modules.h"
