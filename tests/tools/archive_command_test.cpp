@@ -1,4 +1,5 @@
 // ruvoctl archive and find: what is kept of a site, through all that can happen to its files.
+#include "support/case_table.h"
 #include "support/scratch_folder.h"
 #include "tools/day_files.h"
 #include "tools/run_tool.h"
@@ -84,47 +85,16 @@ TEST_F(CArchive, FindsWhatIsAskedFor) {
     m_folder.Write("events/CD34-2-2026-11-16-DEV.evt",
                    kHeader + Simple(At(31, 2), "When") + Simple(At(16, 5), "Tripped"));
     ASSERT_EQ(Archive().status, 0);
-    struct SCase {
-        const char* name;
-        std::vector<std::string> options;
-        std::string want; ///< first letter of each event
-        int status = 0;
-    };
-    const SCase kCases[] = {
-        {"all, by time, those without a real one last", {""}, "TTGW"},
-        {"the beginning of a word, in any case", {"tRIP"}, "TT"},
-        {"the word alone, as a phrase", {"\"trip\""}, "T"},
-        {"all words, in any order", {"low a trip"}, "T"},
-        {"a phrase", {"\"a low\""}, "T"},
-        {"no such phrase", {"\"low a\""}, "", 1},
-        {"without its accent", {"geschalt"}, "G"},
-        {"a name with signs in it", {"I>>1"}, "G"},
-        {"a cell's text", {"271"}, "G"},
-        {"the plant", {"Départ 7"}, "TTW"},
-        {"operators are words", {"trip NOT low"}, "", 1},
-        {"an open quote", {"\"trip"}, "T"},
-        {"nothing to look for", {"\"*\" - ("}, "", 2},
-        {"signs beyond ASCII", {"\xE2\x80\x94"}, "", 1},
-        {"a column's name is a word", {"event:trip"}, "", 1},
-        {"a relay", {"", "--relay", "cd3"}, "TW"},
-        {"a relay that is a pattern", {"", "--relay", "%"}, "", 1},
-        {"since a moment", {"", "--since", "2026-11-16 04:12:01.235"}, "TGW"},
-        {"until a day, to its end", {"", "--until", "2026-11-16"}, "TT"},
-        {"until a minute's start", {"", "--until", "2026-11-16T05:12"}, "T"},
-        {"31 November, as ruvoctl events has it", {"", "--since", "2026-11-20"}, "W"},
-        {"a tab between words", {"low\ttrip"}, "T"},
-        {"no time", {"", "--since", "yesterday"}, "", 2},
-    };
-    for (const SCase& row : kCases) {
-        std::vector<std::string> options = row.options;
-        options.insert(options.end(), {"--format", "json"});
-        const SOutcome outcome = Find(options);
+    ForEachCase<4>("tools/find_cases.txt", [this](auto& text, auto& option, auto& want, auto& status) {
+        std::vector<std::string> words{text, "--format=json"};
+        words.insert(words.end(), option.empty() ? 0 : 1, option);
+        const SOutcome outcome = Find(words);
         std::string got;
         for (const std::string& line : Lines(outcome.out))
-            got += nlohmann::json::parse(line).at("event").get<std::string>()[0];
-        EXPECT_EQ(got, row.want) << row.name;
-        EXPECT_EQ(outcome.status, row.status) << row.name << ": " << outcome.error;
-    }
+            got += nlohmann::json::parse(line).at("event").template get<std::string>()[0];
+        EXPECT_EQ(got, want);
+        EXPECT_EQ(outcome.status, std::stoi(status)) << outcome.error;
+    });
     SOutcome events = RunTool({"events", m_folder.Native(kDayFile), "--format", "csv", "--sort", "time"});
     events.out.replace(events.out.find(m_folder.Native()), m_folder.Native().size() + 1 + 7, ""); // "events/"
     EXPECT_EQ(Lines(Find({"trip", "--format", "csv"}).out)[1], Lines(events.out)[1]);

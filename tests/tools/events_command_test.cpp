@@ -1,4 +1,5 @@
 // ruvoctl events: what people and scripts get for a day file, in each format.
+#include "support/case_table.h"
 #include "support/scratch_folder.h"
 #include "tools/day_files.h"
 #include "tools/run_tool.h"
@@ -153,71 +154,26 @@ TEST(EventsCommand, NoPercentSignHidesAValue) {
 
 TEST(EventsCommand, FiltersAndSorting) {
     const SSite site;
-    struct SCase {
-        const char* name;
-        std::vector<std::string> options;
-        std::string want; ///< first letter of each event, "!" for damage
-    };
-    const SCase kCases[] = {
-        {"file order", {}, "GLTW!"},
-        {"since a day", {"--since", "2026-11-17"}, "LW!"},
-        {"since a moment", {"--since", "2026-11-16T03:12:01.235"}, "LTW!"},
-        {"since that very moment, with a blank", {"--since", "2026-11-16 03:12:01.234"}, "GLTW!"},
-        {"until a day, to its end", {"--until", "2026-11-16"}, "GT!"},
-        {"until a minute's start", {"--until", "2026-11-16T04:12"}, "G!"},
-        {"between", {"--since", "2026-11-16T04:00", "--until", "2026-11-17T05:12:01.3"}, "LT!"},
-        {"a relay, in any case", {"--relay", "ab1"}, "GL"},
-        {"no such relay", {"--relay", "zz"}, ""},
-        {"a text beyond ASCII", {"--match", "schält"}, "G!"},
-        {"a cell's text", {"--match", "FAULT 271"}, "G!"},
-        {"the rendered text", {"--match", "step 7"}, "LTW!"},
-        {"by time, damage last", {"--sort", "time"}, "GTLW!"},
-    };
-    for (const SCase& row : kCases) {
-        std::vector<std::string> options = row.options;
-        options.insert(options.end(), {"--format", "json"});
+    ForEachCase<3>("tools/events_filters.txt", [&](auto& first, auto& second, auto& want) {
+        std::vector<std::string> options{"--format=json", first, second};
+        std::erase(options, "");
         const SOutcome outcome = site.Events(options);
         std::string got;
         for (const std::string& line : Lines(outcome.out))
             got += json::parse(line).value("event", "!")[0];
-        EXPECT_EQ(got, row.want) << row.name;
-        EXPECT_EQ(outcome.status, row.want.ends_with('!') ? 1 : 0) << row.name;
-    }
+        EXPECT_EQ(got, want);
+        EXPECT_EQ(outcome.status, want.ends_with('!') ? 1 : 0);
+    });
 }
 
 TEST(EventsCommand, WhatCannotBeDoneIsSaid) {
     const CScratchFolder folder;
-    const std::string good = folder.Write("x.evt", kHeader);
-    struct SCase {
-        const char* name;
-        std::vector<std::string> arguments;
-        int status;
-        const char* error;
-    };
-    const SCase kCases[] = {
-        {"no such file",
-         {"events", folder.Native("none.evt"), folder.Native("x.evt")},
-         1,
-         "none.evt: No such file"},
-        {"a name that would move the terminal", {"events", "\x1B[2J"}, 1, "ruvoctl: \\x1B[2J: "},
-        {"no time",
-         {"events", "--since", "16.11.2026", folder.Native()},
-         2,
-         "--since: 16.11.2026: want a date"},
-        {"no such day",
-         {"events", "--until", "2026-02-30", folder.Native()},
-         2,
-         "--until: 2026-02-30: want a date"},
-        {"no such format", {"events", "--format", "xml", folder.Native()}, 2, "xml"},
-        {"nothing to read", {"events"}, 2, "FILE|FOLDER is required"},
-        {"no such command", {"dance"}, 2, "dance: no such command"},
-        {"help", {"events", "--help"}, 0, ""},
-    };
-    for (const SCase& row : kCases) {
-        const SOutcome outcome = RunTool(row.arguments);
-        EXPECT_EQ(outcome.status, row.status) << row.name;
-        EXPECT_NE(outcome.error.find(row.error), std::string::npos) << row.name << ": " << outcome.error;
-    }
+    folder.Write("x.evt", kHeader);
+    ForEachCase<3>("tools/events_mistakes.txt", [&](auto& words, auto& status, auto& error) {
+        const SOutcome outcome = RunWords(words, "@", folder.Native());
+        EXPECT_EQ(outcome.status, std::stoi(status));
+        EXPECT_NE(outcome.error.find(error), std::string::npos) << outcome.error;
+    });
 }
 
 } // namespace ruvo::test

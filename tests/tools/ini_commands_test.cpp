@@ -1,4 +1,5 @@
 // The commands that make, list and edit INI files: what they write, what they refuse, and whose the file is.
+#include "support/case_table.h"
 #include "support/scratch_folder.h"
 #include "support/scripted_server.h"
 #include "tools/run_tool.h"
@@ -30,11 +31,8 @@ const std::string kSite = "[RUVO_GENERAL]\r\nEventRootDir=C:\\x\r\n[RUVO_SERIAL]
 class IniCommands : public testing::Test {
 protected:
     /// INI stands for the file.
-    SOutcome Tool(std::string words, const std::string& input = "") const {
-        for (std::size_t at = 0; (at = words.find("INI", at)) != std::string::npos; at += m_file.size())
-            words.replace(at, 3, m_file);
-        std::istringstream stream(words);
-        return RunTool({std::istream_iterator<std::string>(stream), {}}, 100, input);
+    SOutcome Tool(const std::string& words, const std::string& input = "") const {
+        return RunWords(words, "INI", m_file, input);
     }
     std::string Text() const { return m_folder.Read("site.ini"); }
     unsigned Mode() const {
@@ -54,40 +52,19 @@ protected:
 } // namespace
 
 TEST_F(IniCommands, EditOneEntryOrNothing) {
-    const std::string three = "RV003=7\r\n", tunnel = "10.0.0.1,2\r\n";
-    const std::string rows[][5] = {
-        {"add INI 9", "", "RV009 added", three, three + "RV009=9\r\n"},
-        {"add INI 9 --key rv002", "", "RV002 added", three, "RV002=9\r\n" + three},
-        {"add INI 9 --key RV008", "", "stored under this key", three, three + "RV008=9\r\n"},
-        {"add INI 10.0.0.1,2,1 --link ethernet", "", "", tunnel, tunnel + "RV009=10.0.0.1,2,1\r\n"},
-        {"add INI 9 --link modem", "", "", kPassword, kPassword + "\r\n[RUVO_MODEM]\r\nRV009=9\r\n"},
-        {"remove INI RV003", "", "RV003 removed from [RUVO_SERIAL]\n", three, ""},
-        {"remove INI RV001 --link ethernet", "", "from [RUVO_ETHERNET]", "RV001=" + tunnel, ""},
-        {"password clear INI rv008", "", "taken away", kPassword, ""},
-        {"add INI 05", "", "from 1 to 254"},
-        {"add INI 10.0.0.1,1,0 --link ethernet", "", "behind the second comma"},
-        {"add INI 10.0.0.1,2, --link ethernet", "", "RV001 has that address"},
-        {"add INI 7", "", "RV003 has that address"},
-        {"add INI 9 --key RV003", "", "RV003 is taken"},
-        {"add INI 9 --key SECRET", "", "never an argument"},
-        {"add INI 9 --password", "SECRETPWD\n", "more than 8"},
-        {"add INI 9 --password", "\n", "without --password"},
-        {"add INI 9 --password=SECRET", "x\n", "never an argument"},
-        {"remove INI RV002", "", "no such key"},
-        {"password set INI RV002", "SECRET\n", "no section lists"},
-        {"password set INI RV001", "SECR\xC3\xA9T\n", "of ASCII"},
-        {"password set INI RV001", "\n", "password clear"},
-        {"password set INI SECRET", "x\n", "never an argument"},
-        {"password set INI.SECRET RV001", "x\n", "cannot be read"},
-    };
-    for (const auto& [words, input, said, before, with] : rows) {
+    ForEachCase<5>("tools/edits.txt", [this](auto& words, auto& input, auto& said, auto& before, auto& with) {
         m_folder.Write("site.ini", kSite);
         const SOutcome outcome = Tool(words, input);
-        EXPECT_EQ(Text(), std::string(kSite).replace(kSite.find(before), before.size(), with)) << words;
-        EXPECT_TRUE((outcome.status == 0) == !before.empty() && outcome.error.empty() == !before.empty());
-        EXPECT_NE((outcome.out + outcome.error).find(said), std::string::npos) << words << outcome.error;
-        EXPECT_EQ((outcome.out + outcome.error).find("SECR"), std::string::npos) << words;
-    }
+        EXPECT_EQ(Text(), std::string(kSite).replace(kSite.find(before), before.size(), with));
+        EXPECT_EQ(outcome.status == 0, !before.empty());
+        EXPECT_EQ(outcome.error.empty(), !before.empty());
+        EXPECT_NE((outcome.out + outcome.error).find(said), std::string::npos) << outcome.error;
+        EXPECT_EQ((outcome.out + outcome.error).find("SECR"), std::string::npos);
+    });
+}
+
+TEST_F(IniCommands, EditPasswordsAndFullOrOddFiles) {
+    m_folder.Write("site.ini", kSite);
     EXPECT_EQ(Tool("add INI 9 --password", " a=b;\"\n").status, 0);
     EXPECT_EQ(Tool("password set INI rv001", "PASSWORD\r\n").status, 0);
     EXPECT_EQ(Stored("RV009") + Stored("RV001"), " a=b;\"PASSWORD");

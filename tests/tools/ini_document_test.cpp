@@ -1,5 +1,6 @@
 // One entry changes, and nothing else: hand-made layouts, then generated ones.
 #include "platform/text_file.h"
+#include "support/case_table.h"
 #include "tools/ini/ini_document.h"
 
 #include <gtest/gtest.h>
@@ -39,26 +40,10 @@ bool IsGood(const std::string& before, const std::string& after, const std::stri
 } // namespace
 
 TEST(IniDocument, EditsOddLayouts) {
-    const std::string rows[][3] = {
-        {"[S]\r\n rv005 =\t\"1\" \r\nx", "2", "[S]\r\n rv005 =\t2 \r\nx"},
-        {"[S]\nRV005=  \n", "2", "[S]\nRV005=2  \n"},
-        {"[S]\n RV005 \n", "2", "[S]\n RV005=2 \n"},
-        {"[S]\nRV005=1\x1A", "22", "[S]\nRV005=22\x1A"}, // old editors end a file with it
-        {"[S]\nRV005=1\nRV005=3\n", "2", "[S]\nRV005=2\nRV005=3\n"},
-        {"[S]\nx\n[s]\nRV005=1\n", "2", "[S]\nx\nRV005=2\n[s]\nRV005=1\n"}, // the second is never read
-        {"[S]\n;c\nRV004=1\n;d\nRV006=3\n", "2", "[S]\n;c\nRV004=1\nRV005=2\n;d\nRV006=3\n"},
-        {"[S]\nRV006=3\n", "2", "[S]\nRV005=2\nRV006=3\n"},
-        {"[S]\r;c\r\r[T]\r", "2", "[S]\r;c\rRV005=2\r\r[T]\r"},
-        {"[S]\n;c\n\n;t\n[T]\n", "2", "[S]\n;c\nRV005=2\n\n;t\n[T]\n"}, // ;t speaks of [T]
-        {"[T]\r\nx=1", "2", "[T]\r\nx=1\r\n\r\n[S]\r\nRV005=2"},
-        {kMark, "2", kMark + "[S]\nRV005=2\n"},
-        {"[S]\nRV005=1\nb\nrv005\n[S]\nRV005=4", "-", "[S]\nb\n[S]\nRV005=4"},
-        {kMark + "[S]\r\nRV005=1", "-", kMark + "[S]\r\n"},
-    };
-    for (const auto& [before, value, after] : rows) {
+    ForEachCase<3>("tools/ini_layouts.txt", [](auto& before, auto& value, auto& after) {
         EXPECT_EQ(Edit(before, "RV005", value), after);
-        EXPECT_TRUE(IsGood(before, after, "RV005", value)) << before;
-    }
+        EXPECT_TRUE(IsGood(before, after, "RV005", value));
+    });
     std::string many = "[S]\nx=1\n"; // a file of them alone is edited at once
     for (int line = 0; line < 200'000; ++line)
         many += "RV005=1\n";

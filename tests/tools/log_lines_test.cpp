@@ -1,4 +1,5 @@
 // The error log read back: what becomes of lines of every form, and of what never was one.
+#include "support/case_table.h"
 #include "support/scratch_folder.h"
 
 #include "tools/log_lines.h"
@@ -8,38 +9,14 @@
 namespace ruvo::test {
 
 TEST(LogLines, TakesLinesApart) {
-    struct SCase {
-        const char* name;
-        const char* text;
-        const char* want; ///< time|message|connection|status
-    };
-    const SCase kCases[] = {
-        {"plain", "2024/03/05 14:07:09 Too late.", "2024-03-05T14:07:09|Too late.||"},
-        {"details", "2024/03/05 14:07:09 m. Connection details - COM Port: COM2, device address: 7.",
-         "2024-03-05T14:07:09|m.|COM Port: COM2, device address: 7.|"},
-        {"status", "2024/03/05 14:07:09 Failed. P32LS status: Cell data not available",
-         "2024-03-05T14:07:09|Failed.||Cell data not available"},
-        {"both", "2024/03/05 14:07:09 A. Connection details - device IP: 1.1.1.1. P32LS status: no port",
-         "2024-03-05T14:07:09|A.|device IP: 1.1.1.1.|no port"},
-        {"a relay's words that look like both",
-         "2024/03/05 14:07:09 x Connection details - y P32LS status: z Connection details - COM Port: A.",
-         "2024-03-05T14:07:09|x Connection details - y P32LS status: z|COM Port: A.|"},
-        {"a path in the system's form",
-         "2024/03/05 14:07:09 Day file /ev/A/a.evt is a link. Connection details - COM Port: A.",
-         "2024-03-05T14:07:09|Day file /ev/A/a.evt is a link.|COM Port: A.|"},
-        {"one of earlier runs",
-         "2024/03/05 14:07:09 Day file C:\\ev\\A\\a.evt is a link. Connection details - COM Port: A.",
-         "2024-03-05T14:07:09|Day file C:\\ev\\A\\a.evt is a link.|COM Port: A.|"},
-        {"no such day", "2024/02/30 14:07:09 x", "|2024/02/30 14:07:09 x||"},
-        {"half a stamp", "2024/03/05 14:0", "|2024/03/05 14:0||"},
-        {"a clock out of order", "Invalid DateTime a b", "|Invalid DateTime a b||"},
-        {"code page 1252", "Gesch\xE4lt", "|Geschält||"},
-    };
-    for (const SCase& row : kCases) {
-        const SLogLine line = ParseLogLine(row.text);
-        EXPECT_EQ(line.time + '|' + line.message + '|' + line.connection + '|' + line.status, row.want)
-            << row.name;
-    }
+    ForEachCase<5>("tools/log_lines.txt",
+                   [](auto& text, auto& time, auto& message, auto& connection, auto& status) {
+                       const SLogLine line = ParseLogLine(text);
+                       EXPECT_EQ(line.time, time);
+                       EXPECT_EQ(line.message, message);
+                       EXPECT_EQ(line.connection, connection);
+                       EXPECT_EQ(line.status, status);
+                   });
 }
 
 TEST(LogLines, ShortNames) {

@@ -30,4 +30,15 @@ inline SOutcome RunTool(const std::vector<std::string>& arguments, std::size_t w
     return {status, out.str(), error.str()};
 }
 
+/// The words of a line as arguments, `name` in them replaced by what it stands for.
+inline SOutcome RunWords(const std::string& line, const std::string& name, const std::string& meant,
+                         const std::string& input = "") {
+    std::vector<std::string> arguments;
+    std::istringstream words(line);
+    for (std::string word; words >> word; arguments.push_back(word))
+        for (std::size_t at = 0; (at = word.find(name, at)) != std::string::npos; at += meant.size())
+            word.replace(at, name.size(), meant);
+    return RunTool(arguments, 100, input);
+}
+
 } // namespace ruvo::test

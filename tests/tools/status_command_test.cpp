@@ -1,4 +1,5 @@
 // ruvoctl status: the verdict on a site, at a time of our own.
+#include "support/case_table.h"
 #include "support/fake_system.h"
 #include "support/scratch_folder.h"
 #include "tools/day_files.h"
@@ -38,60 +39,27 @@ protected:
 };
 
 TEST_F(CStatus, ExitStatusFollowsTheThresholds) {
-    using Options = std::map<std::string, std::string>;
-    const Options kQuiet{{"--warn-problems", "0"}, {"--warn-silent", "0"}, {"--critical-silent", "0"}};
-    struct SCase {
-        const char* name;
-        Options options; ///< besides the quiet ones
-        int status;
-        const char* said = "";
-    };
-    const SCase kCases[] = {
-        {"damage alone", {}, 1, "WARNING: AB12-1 has 1 damaged place in its"},
-        {"of old", {{"--since", "2026-11-21"}}, 0},
-        {"silent for more than N days",
-         {{"--critical-silent", "14"}},
-         2,
-         "CRITICAL: CD\"34-2 has been silent for 15"},
-        {"not for more", {{"--critical-silent", "15"}}, 1},
-        {"problems of a day",
-         {{"--critical-problems", "2"}},
-         2,
-         "2 problems in the log since 2026-11-20T01:30:00"},
-        {"not so many", {{"--critical-problems", "3"}}, 1},
-        {"of two days", {{"--critical-problems", "5"}, {"--since", "2d"}}, 2, "5 problems"},
-        {"since a day", {{"--critical-problems", "5"}, {"--since", "2026-11-19"}}, 2},
-        {"since later", {{"--critical-problems", "1"}, {"--since", "23h"}}, 1},
-        {"an expected relay",
-         {{"--critical-silent", "60"}, {"--expect", "@expected"}},
-         2,
-         ": EF56-3 has no day file"},
-        {"a mistake, for who sees one output only", {{"--warn-silent", "two"}}, 3, "UNKNOWN: a mistake"},
-        {"no number", {{"--warn-silent", "two"}}, 3, "--warn-silent: two: want a number"},
-        {"no time", {{"--since", "2w"}}, 3, "want a length as 36h"},
-        {"no list", {{"--expect", "@none"}}, 3},
-        {"no such option", {{"--warn", "1"}}, 3, "UNKNOWN: a mistake"},
-        {"metrics that cannot be written", {{"--prometheus", "@no/x.prom"}}, 3, "UNKNOWN: "},
-    };
-    const auto run = [&](const Options& more, const std::string& log = "run.log") {
-        Options options = more;
-        options.insert(kQuiet.begin(), kQuiet.end());
-        std::vector<std::string> words;
+    const auto run = [this](const std::string& more, const std::string& log = "run.log") {
+        std::map<std::string, std::string> options{
+            {"--warn-problems", "0"}, {"--warn-silent", "0"}, {"--critical-silent", "0"}};
+        std::istringstream words(more);
+        for (std::string name, value; words >> name >> value;)
+            options[name] = value;
+        std::string line = "status @ @/" + log;
         for (const auto& [name, value] : options)
-            words.insert(words.end(), {name, value[0] == '@' ? m_folder.Native(value.substr(1)) : value});
-        return Status(words, log);
+            line += " " + name + " " + value;
+        return RunWords(line, "@", m_folder.Native());
     };
-    for (const SCase& row : kCases) {
-        const SOutcome outcome = run(row.options);
-        EXPECT_EQ(outcome.status, row.status) << row.name << ": " << outcome.out;
-        EXPECT_NE((outcome.error + outcome.out).find(row.said), std::string::npos)
-            << row.name << ": " << outcome.out;
-        EXPECT_EQ(outcome.out.find('\x1B'), std::string::npos) << row.name;
-    }
-    EXPECT_EQ(run({}, "no/such.log").status, 3);
+    ForEachCase<3>("tools/status_cases.txt", [&](auto& options, auto& status, auto& said) {
+        const SOutcome outcome = run(options);
+        EXPECT_EQ(outcome.status, std::stoi(status)) << outcome.out;
+        EXPECT_NE((outcome.error + outcome.out).find(said), std::string::npos) << outcome.out;
+        EXPECT_EQ(outcome.out.find('\x1B'), std::string::npos);
+    });
+    EXPECT_EQ(run("", "no/such.log").status, 3);
     std::filesystem::remove(m_folder.Native("CD\"34-2-2026-11-05-DEV.evt"));
-    EXPECT_TRUE(run({{"--since", "2026-11-21"}}).out.starts_with("GOOD: 1 relay, 0 problems"));
-    const SOutcome noLog = run({{"--since", "2026-11-21"}}, "none.log");
+    EXPECT_TRUE(run("--since 2026-11-21").out.starts_with("GOOD: 1 relay, 0 problems"));
+    const SOutcome noLog = run("--since 2026-11-21", "none.log");
     EXPECT_EQ(noLog.status, 1) << "the first problem makes the log, or the path is mistyped";
     EXPECT_TRUE(noLog.out.starts_with("WARNING: there is no log: ")) << noLog.out;
 }
