@@ -42,7 +42,7 @@ void CheckRoundTrip(const CEventRecord& record) {
 /// Nothing of the record's items is lost but what the reserved ones hold and how its numbers are padded.
 void CheckSameItems(Bytes bytes, const SParsedRecord& parsed) {
     const Image image = Serialised(*parsed.record);
-    constexpr std::size_t kThroughTime = kBlockHeadSize + 1 + 4 + 2 + 7;
+    constexpr std::size_t kThroughTime = kBlockHeadSize + EventItemOffset(kTimeStampItem + 1);
     Require(image.size() <= parsed.size, "reading adds nothing");
     Require(std::ranges::equal(Bytes(image).subspan(kBlockHeadSize, kThroughTime - kBlockHeadSize),
                                bytes.subspan(kBlockHeadSize, kThroughTime - kBlockHeadSize)),

@@ -1,8 +1,8 @@
 #include "dayfile/block_parser.h"
 
 #include "base/byte_cursor.h"
+#include "dayfile/block_walk.h"
 #include "model/cells/binary_cell.h"
-#include "model/values/data_factory.h"
 #include "model/values/type_codes.h"
 
 #include <algorithm>
@@ -33,14 +33,14 @@ constexpr std::array<std::string_view, static_cast<std::size_t>(EDayFileFault::L
 };
 static_assert(!kFaultTexts.back().empty(), "one text per fault");
 
-constexpr std::size_t kUniqueIdSize = 4;
-constexpr std::size_t kTimeStampSize = 7;
-/// Behind the block's head: record number, unique id. Then comes the time stamp's type code.
-constexpr std::size_t kTimeStampAt = kBlockHeadSize + 1 + kUniqueIdSize;
-/// Within the items from the unique id on.
-constexpr std::size_t kReservedTextAt = kUniqueIdSize + 2 + kTimeStampSize + 1;
-/// A body whose texts, value and event code are all empty.
-constexpr std::size_t kMinBodySize = 1 + kUniqueIdSize + 2 + kTimeStampSize + 1 + 1 + 1 + 3 + 2 + 1 + 2 + 1;
+/// Where the time stamp's type code stands, from the block's tag on.
+constexpr std::size_t kTimeStampAt = kBlockHeadSize + EventItemOffset(kTimeStampItem);
+/// Where a record's items begin behind its record number.
+constexpr std::size_t kItemsAt = kRecordNumberSize;
+
+bool IsBlockTag(std::uint8_t byte, EBlockTag tag) {
+    return byte == static_cast<std::uint8_t>(tag);
+}
 
 struct SBlock {
     std::uint8_t tag = 0;
@@ -50,10 +50,7 @@ struct SBlock {
 
 std::optional<EDayFileFault> TakeBlock(CByteCursor& cursor, SBlock& block) {
     std::uint16_t length = 0;
-    if (!cursor.TakeByte(block.tag)) {
-        return EDayFileFault::NoBlock;
-    }
-    if (block.tag > static_cast<std::uint8_t>(EBlockTag::Cells)) {
+    if (!cursor.TakeByte(block.tag) || block.tag > static_cast<std::uint8_t>(EBlockTag::Cells)) {
         return EDayFileFault::NoBlock;
     }
     if (!cursor.TakeWord(length) || !cursor.TakeBytes(length, block.body)) {
@@ -62,95 +59,19 @@ std::optional<EDayFileFault> TakeBlock(CByteCursor& cursor, SBlock& block) {
     return std::nullopt;
 }
 
-bool Skip(CByteCursor& cursor, std::size_t count) {
-    Bytes skipped;
-    return cursor.TakeBytes(count, skipped);
-}
-
-/// A text or short number: a length byte and that many bytes.
-bool SkipCounted(CByteCursor& cursor) {
-    std::uint8_t length = 0;
-    return cursor.TakeByte(length) && Skip(cursor, length);
-}
-
-/// True when the bytes begin with the length and data that the value is written with; null is written
-/// without data. A type that takes any size may not keep the data of all of them.
-bool IsStoredThere(const CParlaneData* value, Bytes bytes) {
-    std::array<std::uint8_t, kMaxStoredData> data;
-    std::uint32_t typeCode = 0;
-    std::size_t size = 0;
-    if (value != nullptr) {
-        value->GetWireBytes(data, typeCode, size);
-    }
-    return size <= data.size() && 2 + size <= bytes.size() && bytes[1] == size &&
-           std::ranges::equal(bytes.subspan(2, size), Bytes(data).first(size));
-}
-
-/// Steps through a first block's body (from the unique id on) that a record was read from, to see what the
-/// record does not tell: what is left over, and where values were that it could not take.
-class CBodyWalk {
-public:
-    CBodyWalk(Bytes body, bool isExtended) : m_body(body), m_cursor(body) {
-        const bool throughEvent = Skip(m_cursor, kReservedTextAt) && SkipCounted(m_cursor) &&
-                                  SkipCounted(m_cursor) && SkipTexts(3) && Skip(m_cursor, 2) &&
-                                  SkipTexts(1) && TakeValue() && SkipTexts(1);
-        while (throughEvent && !isExtended && m_cursor.Remaining() > 0 && TakeValue()) {
-        }
-    }
-
-    std::size_t LeftOver() const { return m_cursor.Remaining(); }
-    const std::vector<std::size_t>& UnknownAt() const { return m_unknownAt; }
-    /// From the first value that is not understood to the end of the last.
-    std::optional<SByteRange> UnknownRange() const {
-        return m_unknownAt.empty()
-                   ? std::nullopt
-                   : std::optional(SByteRange{m_unknownAt.front(), m_unknownEnd - m_unknownAt.front()});
-    }
-
-private:
-    bool SkipTexts(int count) {
-        bool fits = true;
-        for (; fits && count > 0; --count) {
-            fits = SkipCounted(m_cursor);
-        }
-        return fits;
-    }
-
-    /// A value is understood when it holds every byte that stands there.
-    bool TakeValue() {
-        const std::size_t start = Position();
-        std::unique_ptr<CParlaneData> value;
-        if (!CDataFactory::TakeTagged(m_cursor, value)) {
-            return false;
-        }
-        if (value == nullptr || !IsStoredThere(value.get(), m_body.subspan(start))) {
-            m_unknownAt.push_back(start);
-            m_unknownEnd = Position();
-        }
-        return true;
-    }
-
-    std::size_t Position() const { return m_body.size() - m_cursor.Remaining(); }
-
-    Bytes m_body;
-    CByteCursor m_cursor;
-    std::vector<std::size_t> m_unknownAt;
-    std::size_t m_unknownEnd = 0;
-};
-
 /// What the record's constructor reported, as a fault; none when the record is sound.
 std::optional<EDayFileFault> FaultOf(const CEventRecord& record, const CErrorList& errors) {
     struct SRow {
-        unsigned eventError;
+        EEventError eventError;
         EDayFileFault fault;
     };
-    static constexpr std::array kRows{SRow{0, EDayFileFault::ItemPastEnd},
-                                      SRow{3, EDayFileFault::BadEventCode},
-                                      SRow{4, EDayFileFault::NoTimeStamp}};
+    static constexpr std::array kRows{SRow{EEventError::PastEnd, EDayFileFault::ItemPastEnd},
+                                      SRow{EEventError::BadEventCode, EDayFileFault::BadEventCode},
+                                      SRow{EEventError::NoTimeStamp, EDayFileFault::NoTimeStamp}};
     for (const auto& error : errors) {
         const auto* const eventError = dynamic_cast<const CEventError*>(error.get());
         for (const SRow& row : kRows) {
-            if (eventError != nullptr && eventError->GetCode() == row.eventError) {
+            if (eventError != nullptr && eventError->GetCode() == static_cast<unsigned>(row.eventError)) {
                 return row.fault;
             }
         }
@@ -165,7 +86,7 @@ bool HasNullValue(const CSimpleEventRecord& record) {
 
 /// True when the record that was read from the body holds every byte of its values, which stand at the end.
 bool HoldsAllValues(const CSimpleEventRecord& record, Bytes body) {
-    if (HasNullValue(record) || record.GetBlockSize() != body.size() + 1) {
+    if (HasNullValue(record) || record.GetBlockSize() != kItemsAt + body.size()) {
         return false;
     }
     const CParlaneDataList& values = record.GetValues();
@@ -190,10 +111,10 @@ std::vector<std::uint8_t> WithoutTypes(Bytes body, const std::vector<std::size_t
 }
 
 /// Takes over what the walk over the first block saw; offsets then count from the block's tag.
-void NoteUnknown(const CBodyWalk& walk, SParsedRecord& parsed) {
+void NoteUnknown(const SBlockWalk& walk, SParsedRecord& parsed) {
     parsed.unknownValues = walk.UnknownRange();
     if (parsed.unknownValues) {
-        parsed.unknownValues->offset += kBlockHeadSize + 1;
+        parsed.unknownValues->offset += kBlockHeadSize + kItemsAt;
     }
 }
 
@@ -205,9 +126,9 @@ std::optional<EDayFileFault> ReadSimple(Bytes body, SParsedRecord& parsed) {
     }
     // Nearly all records are as they were written; only the others are worth a second look.
     if (!HoldsAllValues(*record, body)) {
-        const CBodyWalk walk(body, false);
+        const SBlockWalk walk = WalkEventItems(body, false);
         NoteUnknown(walk, parsed);
-        record = std::make_unique<CSimpleEventRecord>(WithoutTypes(body, walk.UnknownAt()), errors);
+        record = std::make_unique<CSimpleEventRecord>(WithoutTypes(body, walk.unknownAt), errors);
     }
     parsed.isFirstBlockSound = true;
     parsed.record = std::move(record);
@@ -224,7 +145,7 @@ bool HoldsAllBytes(const CCellList& cells, Bytes body) {
             !IsStoredThere(cell->GetValue(), body.subspan(at))) {
             return false;
         }
-        at += StoredValueSize(cell->GetValue()) + 1;
+        at += StoredValueSize(cell->GetValue()) + kBitCountSize;
         if (cell->GetKind() == ECellKind::Binary) {
             for (const std::string& name : static_cast<const CBinaryCell&>(*cell).GetBitNames()) {
                 at += StoredTextSize(name);
@@ -238,10 +159,10 @@ std::optional<EDayFileFault> ReadCells(CByteCursor& cursor, CExtendedEventRecord
                                        SParsedRecord& parsed) {
     SBlock block;
     const auto fault = TakeBlock(cursor, block);
-    if (fault == EDayFileFault::BlockPastEnd && block.tag == static_cast<std::uint8_t>(EBlockTag::Cells)) {
+    if (fault == EDayFileFault::BlockPastEnd && IsBlockTag(block.tag, EBlockTag::Cells)) {
         return fault;
     }
-    if (fault || block.tag != static_cast<std::uint8_t>(EBlockTag::Cells)) {
+    if (fault || !IsBlockTag(block.tag, EBlockTag::Cells)) {
         return EDayFileFault::CellsMissing;
     }
     CByteCursor body(block.body);
@@ -271,14 +192,14 @@ std::optional<EDayFileFault> ReadExtended(std::uint8_t recordNumber, Bytes body,
     if (const auto fault = FaultOf(*record, errors)) {
         return fault;
     }
-    const CBodyWalk walk(body, true);
-    if (walk.LeftOver() > 0) {
+    const SBlockWalk walk = WalkEventItems(body, true);
+    if (walk.leftOver > 0) {
         return EDayFileFault::BytesLeftOver;
     }
     parsed.isFirstBlockSound = true;
-    if (!walk.UnknownAt().empty()) {
-        record = std::make_unique<CExtendedEventRecord>(recordNumber, WithoutTypes(body, walk.UnknownAt()),
-                                                        errors);
+    if (!walk.unknownAt.empty()) {
+        record =
+            std::make_unique<CExtendedEventRecord>(recordNumber, WithoutTypes(body, walk.unknownAt), errors);
     }
     if (const auto fault = ReadCells(rest, *record, parsed)) {
         return fault;
@@ -293,7 +214,9 @@ std::optional<EDayFileFault> ReadExtended(std::uint8_t recordNumber, Bytes body,
 bool HasEmptyEventCode(Bytes items) {
     CByteCursor cursor(items);
     std::uint8_t length = 0;
-    return Skip(cursor, kReservedTextAt) && SkipCounted(cursor) && cursor.TakeByte(length) && length == 0;
+    constexpr std::size_t kReservedTextAt = EventItemOffset(kReservedTextItem) - kItemsAt;
+    return SkipBytes(cursor, kReservedTextAt) && SkipCounted(cursor) && cursor.TakeByte(length) &&
+           length == 0;
 }
 
 std::optional<EDayFileFault> ReadRecord(Bytes bytes, SParsedRecord& parsed) {
@@ -302,7 +225,7 @@ std::optional<EDayFileFault> ReadRecord(Bytes bytes, SParsedRecord& parsed) {
     if (const auto fault = TakeBlock(cursor, block)) {
         return fault;
     }
-    if (block.tag == static_cast<std::uint8_t>(EBlockTag::Cells)) {
+    if (IsBlockTag(block.tag, EBlockTag::Cells)) {
         return EDayFileFault::CellsAlone;
     }
     parsed.size = block.Size();
@@ -311,7 +234,7 @@ std::optional<EDayFileFault> ReadRecord(Bytes bytes, SParsedRecord& parsed) {
     if (!body.TakeByte(recordNumber)) {
         return EDayFileFault::ItemPastEnd;
     }
-    const Bytes items = block.body.subspan(1);
+    const Bytes items = block.body.subspan(kItemsAt);
     if (HasEmptyEventCode(items)) {
         return EDayFileFault::BadEventCode;
     }
@@ -327,8 +250,8 @@ std::size_t ClaimedSize(Bytes bytes) {
 }
 
 bool HasTimeStampHead(Bytes block) {
-    return block.size() > kTimeStampAt + 1 && block[kTimeStampAt] == kTypeIEC870 &&
-           block[kTimeStampAt + 1] == kTimeStampSize;
+    return block.size() >= kTimeStampAt + kValueHeadSize && block[kTimeStampAt] == kTypeIEC870 &&
+           block[kTimeStampAt + kByteSize] == kTimeStampSize;
 }
 
 } // namespace
@@ -348,8 +271,8 @@ SParsedRecord ParseDayFileRecord(std::span<const std::uint8_t> bytes) {
 
 bool LooksLikeBlock(std::span<const std::uint8_t> bytes) {
     const std::size_t size = ClaimedSize(bytes);
-    return size >= kBlockHeadSize + kMinBodySize && size <= bytes.size() && bytes[0] == 0 &&
-           HasTimeStampHead(bytes);
+    return size >= kBlockHeadSize + kMinEventSize + StoredTextSize({}) && size <= bytes.size() &&
+           IsBlockTag(bytes[0], EBlockTag::Event) && HasTimeStampHead(bytes);
 }
 
 bool LooksLikeRecord(std::span<const std::uint8_t> bytes) {
@@ -359,9 +282,9 @@ bool LooksLikeRecord(std::span<const std::uint8_t> bytes) {
     const Bytes behind = bytes.subspan(ClaimedSize(bytes));
     const bool isExtended = bytes[kBlockHeadSize] != 0;
     if (isExtended) {
-        return !behind.empty() && behind[0] == static_cast<std::uint8_t>(EBlockTag::Cells);
+        return !behind.empty() && IsBlockTag(behind[0], EBlockTag::Cells);
     }
-    return behind.empty() || (behind[0] == 0 && HasTimeStampHead(behind));
+    return behind.empty() || (IsBlockTag(behind[0], EBlockTag::Event) && HasTimeStampHead(behind));
 }
 
 std::size_t ParseCost(std::span<const std::uint8_t> bytes) {

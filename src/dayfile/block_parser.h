@@ -2,10 +2,10 @@
 // it is not. docs/day-file-format.md tells the rule in words.
 #pragma once
 
+#include "dayfile/block_walk.h"
 #include "model/records/event_block.h"
 #include "model/records/event_record.h"
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -40,12 +40,6 @@ enum class EDayFileFault : std::uint8_t {
 
 /// The longest image of a record: two blocks.
 inline constexpr std::size_t kMaxRecordImage = 2 * (kBlockHeadSize + kMaxBlockSize);
-
-/// A range within the bytes that were parsed.
-struct SByteRange {
-    std::size_t offset = 0;
-    std::size_t length = 0;
-};
 
 /// What the bytes hold at their start: a record and its size, or a fault and no record.
 struct SParsedRecord {

@@ -130,20 +130,6 @@ TEST(DayFileReader, DamageIsToldOnceAndReadingGoesOnAtASoundRecordWithAWitness) 
     }
 }
 
-TEST(DayFileReader, SaysWhatIsWrong) {
-    std::string texts;
-    for (int fault = 0; fault <= static_cast<int>(EDayFileFault::Last); ++fault)
-        texts += std::string(DayFileFaultText(static_cast<EDayFileFault>(fault))) + ";";
-    EXPECT_EQ(
-        texts,
-        "the header has no end byte;the header is not that of an event list;no block "
-        "begins here;the block is longer than the rest of the file;an item passes the end of its block;the "
-        "event code is not a valid number;the time stamp is missing;bytes are left over at the end of the "
-        "block;the record's cells are missing;the cells belong to another record;a cell cannot be read;cells "
-        "without their record;a value's type or size is not known;the record is torn: another one begins "
-        "within it;the file cannot be read further;");
-}
-
 // Each 17 bytes look like the start of a record as long as can be, whose values take long to be found
 // wanting: the work must not be the product of both.
 TEST(DayFileReader, HostileFileIsReadInReasonableWork) {

@@ -26,7 +26,7 @@ CUnwritableRecord::CUnwritableRecord(EUnwritable item, std::optional<std::size_t
     : std::invalid_argument(UnwritableText(item, position)) {}
 
 std::size_t StoredValueSize(const CParlaneData* value) {
-    return 2 + (value != nullptr ? value->GetSize() : 0);
+    return kValueHeadSize + (value != nullptr ? value->GetSize() : 0);
 }
 
 void CBlockWriter::ThrowPastEnd() {

@@ -2,6 +2,7 @@
 // Little-endian.
 #pragma once
 
+#include "model/records/record_layout.h"
 #include "model/values/parlane_data.h"
 
 #include <cstddef>
@@ -12,14 +13,6 @@
 #include <string_view>
 
 namespace ruvo {
-
-/// First byte of a block; in day files: never renumber.
-enum class EBlockTag : std::uint8_t { Event = 0, Cells = 1 };
-
-inline constexpr std::size_t kMaxStoredText = 255;   ///< a longer text is cut
-inline constexpr std::size_t kMaxStoredData = 255;   ///< a longer value cannot be written
-inline constexpr std::size_t kMaxBlockSize = 0xFFFF; ///< bytes behind the length word
-inline constexpr std::size_t kBlockHeadSize = 1 + 2; ///< tag and length word
 
 /// Which item keeps a record from being written.
 enum class EUnwritable : std::uint8_t {
@@ -37,12 +30,7 @@ public:
     CUnwritableRecord(EUnwritable item, std::optional<std::size_t> position);
 };
 
-/// Bytes that a text takes in a block, its length byte included.
-[[nodiscard]] constexpr std::size_t StoredTextSize(std::string_view text) {
-    return 1 + (text.size() < kMaxStoredText ? text.size() : kMaxStoredText);
-}
-
-/// Bytes that a tagged value takes; 2 for none (null).
+/// Bytes that a tagged value takes; those of its head for none (null).
 [[nodiscard]] std::size_t StoredValueSize(const CParlaneData* value);
 
 /// Writes primitives into a borrowed buffer of the size that the sizes above add up to. Writing past its end
@@ -51,9 +39,9 @@ class CBlockWriter {
 public:
     explicit CBlockWriter(std::span<std::uint8_t> buffer) : m_rest(buffer) {}
 
-    void WriteByte(std::uint8_t value) { WriteLittleEndian(value, 1); }
-    void WriteWord(std::uint16_t value) { WriteLittleEndian(value, 2); }
-    void WriteLong(std::uint32_t value) { WriteLittleEndian(value, 4); }
+    void WriteByte(std::uint8_t value) { WriteLittleEndian(value, kByteSize); }
+    void WriteWord(std::uint16_t value) { WriteLittleEndian(value, kWordSize); }
+    void WriteLong(std::uint32_t value) { WriteLittleEndian(value, kLongSize); }
     /// A length byte and the bytes of the text as they are, cut to 255.
     void WriteText(std::string_view text);
     /// Type code, length byte and data; FF 00 for none (null). The data must be 255 bytes or fewer.

@@ -9,15 +9,6 @@
 namespace ruvo {
 namespace {
 
-/// Every record's first block without its texts and values: record number, unique id, the time stamp's head,
-/// reserved byte and empty text, event code as a short number, location, the event value's head, and the
-/// length bytes of four texts.
-constexpr std::size_t kFixedSize = 1 + 4 + 2 + 1 + 1 + 2 + 2 + 2 + 4;
-static_assert(kFixedSize == 19);
-
-constexpr std::size_t kTimeStampSize = 7;
-constexpr std::size_t kUniqueIdSize = 4;
-
 std::string TrimTrailingBlanks(std::string text) {
     text.erase(text.find_last_not_of(' ') + 1);
     return text;
@@ -71,13 +62,13 @@ const std::string& SelectedText(const CCell& cell, std::size_t position) {
 
 std::size_t CellDataSize(const CCell& cell, std::size_t position) {
     if (cell.GetKind() == ECellKind::Indexed) {
-        return 2 + SelectedText(cell, position).size();
+        return kValueHeadSize + SelectedText(cell, position).size();
     }
     return StoredValueSize(cell.GetValue());
 }
 
 std::size_t StoredCellSize(const CCell& cell, std::size_t position) {
-    std::size_t size = StoredTextSize(cell.GetLabelTemplate()) + CellDataSize(cell, position) + 1;
+    std::size_t size = StoredTextSize(cell.GetLabelTemplate()) + CellDataSize(cell, position) + kBitCountSize;
     for (const std::string& name : StoredBitNames(cell)) {
         size += StoredTextSize(name);
     }
@@ -143,9 +134,9 @@ CEventRecord::CEventRecord(const CEventRecord& other)
       m_valid(other.m_valid) {}
 
 std::size_t CEventRecord::GetBlockSize() const {
-    std::size_t size = kFixedSize + kTimeStampSize + (m_value ? m_value->GetSize() : 0);
+    std::size_t size = kMinEventSize + (m_value ? m_value->GetSize() : 0);
     for (const std::string* text : {&m_auxText1, &m_auxText2, &m_auxText3, &m_eventText}) {
-        size += StoredTextSize(*text) - 1;
+        size += StoredTextSize(*text) - kLengthSize;
     }
     return size;
 }
@@ -163,7 +154,7 @@ void CEventRecord::WriteBlock(CBlockWriter& writer, std::size_t blockSize) const
     writer.WriteValue(&m_timeStamp);
     writer.WriteByte(0);
     writer.WriteText({});
-    writer.WriteByte(1); // the event code as a short number of one byte
+    writer.WriteByte(kEventCodeSize); // the length of the short number
     writer.WriteByte(m_eventCode);
     writer.WriteText(m_auxText1);
     writer.WriteText(m_auxText2);
@@ -270,11 +261,11 @@ std::unique_ptr<CEventRecord> CExtendedEventRecord::Clone() const {
 }
 
 std::size_t CExtendedEventRecord::GetCellImageSize() const {
-    constexpr std::size_t kNoValueSize = 2 + 1; // an empty value, and no names of bits
     std::size_t size = kBlockHeadSize + kUniqueIdSize;
     for (std::size_t i = 0; i < m_cells.size(); ++i) {
-        size += HasStoredValue(*m_cells[i]) ? StoredCellSize(*m_cells[i], i)
-                                            : StoredTextSize(m_cells[i]->GetLabelTemplate()) + kNoValueSize;
+        size += HasStoredValue(*m_cells[i])
+                    ? StoredCellSize(*m_cells[i], i)
+                    : StoredTextSize(m_cells[i]->GetLabelTemplate()) - kLengthSize + kMinCellSize;
     }
     return size;
 }
@@ -306,7 +297,7 @@ void CExtendedEventRecord::WriteCellBlock(CBlockWriter& writer, std::size_t bloc
 
 std::size_t CExtendedEventRecord::RequireWritableCells() const {
     for (std::size_t i = 0; i < m_cells.size(); ++i) {
-        if (CellDataSize(*m_cells[i], i) > 2 + kMaxStoredData) {
+        if (CellDataSize(*m_cells[i], i) > kValueHeadSize + kMaxStoredData) {
             throw CUnwritableRecord(EUnwritable::Cell, i);
         }
     }

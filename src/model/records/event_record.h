@@ -87,7 +87,7 @@ protected:
     void DropLongEventValue(SDroppedItems& dropped);
 
 private:
-    bool Fail(unsigned eventError, CErrorList& errors);
+    bool Fail(EEventError eventError, CErrorList& errors);
     bool ReadTimeStamp(CByteCursor& cursor, CErrorList& errors);
     bool ReadEventCode(CByteCursor& cursor, CErrorList& errors);
     bool ReadRest(CByteCursor& cursor);

@@ -9,10 +9,6 @@
 namespace ruvo {
 namespace {
 
-constexpr unsigned kPastEnd = 0;
-constexpr unsigned kBadShortNumber = 3;
-constexpr unsigned kNoTimeStamp = 4;
-
 enum class EShortNumber : std::uint8_t { Ok, Malformed, PastEnd };
 
 /// A length byte and that many bytes, of which only the last may be other than 0: it is the number.
@@ -46,14 +42,14 @@ bool TakeTexts(CByteCursor& cursor, std::size_t count, std::vector<std::string>&
 
 } // namespace
 
-bool CEventRecord::Fail(unsigned eventError, CErrorList& errors) {
-    AddError(errors, std::make_unique<CEventError>(eventError));
+bool CEventRecord::Fail(EEventError eventError, CErrorList& errors) {
+    AddError(errors, std::make_unique<CEventError>(static_cast<unsigned>(eventError)));
     m_valid = 0;
     return false;
 }
 
 bool CEventRecord::FailPastEnd(CErrorList& errors) {
-    return Fail(kPastEnd, errors);
+    return Fail(EEventError::PastEnd, errors);
 }
 
 bool CEventRecord::ReadTimeStamp(CByteCursor& cursor, CErrorList& errors) {
@@ -63,7 +59,7 @@ bool CEventRecord::ReadTimeStamp(CByteCursor& cursor, CErrorList& errors) {
     }
     const auto* timeStamp = dynamic_cast<const CParlaneIEC870*>(value.get());
     if (timeStamp == nullptr) {
-        return Fail(kNoTimeStamp, errors);
+        return Fail(EEventError::NoTimeStamp, errors);
     }
     m_timeStamp = *timeStamp;
     return true;
@@ -72,7 +68,7 @@ bool CEventRecord::ReadTimeStamp(CByteCursor& cursor, CErrorList& errors) {
 bool CEventRecord::ReadEventCode(CByteCursor& cursor, CErrorList& errors) {
     const EShortNumber result = TakeShortNumber(cursor, m_eventCode);
     if (result != EShortNumber::Ok) {
-        Fail(kBadShortNumber, errors);
+        Fail(EEventError::BadEventCode, errors);
     }
     return result != EShortNumber::PastEnd;
 }

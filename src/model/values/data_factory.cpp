@@ -1,5 +1,6 @@
 #include "model/values/data_factory.h"
 
+#include "model/records/record_layout.h"
 #include "model/values/parlane_integers.h"
 #include "model/values/parlane_location.h"
 #include "model/values/parlane_number.h"
@@ -47,7 +48,7 @@ constexpr std::array kTypes{
     STypeRow{kTypeLongNumber, 6, 6, Make<CParlaneNumber>},
     STypeRow{kTypeFloat, 4, kAny, Make<CParlaneFloat>},
     STypeRow{kTypeTimer, 4, kAny, Make<CParlaneTimer>},
-    STypeRow{kTypeIEC870, 7, 7, Make<CParlaneIEC870>},
+    STypeRow{kTypeIEC870, kTimeStampSize, kTimeStampSize, Make<CParlaneIEC870>},
     STypeRow{kTypeMenu, 2, 2, Make<CParlaneMenu>},
     STypeRow{kTypeReply, 1, kAny, Make<CParlaneReply>},
     STypeRow{kTypeStringIndex, 1, kAny, Make<CParlaneStringIndex>},
@@ -93,15 +94,15 @@ bool CDataFactory::TakeTagged(CByteCursor& cursor, std::unique_ptr<CParlaneData>
 
 void CDataFactory::AppendTagged(const CParlaneData* value, std::vector<std::uint8_t>& bytes) {
     const std::size_t dataSize = value != nullptr ? value->GetSize() : 0;
-    if (dataSize > 0xFF) {
+    if (dataSize > kMaxStoredData) {
         throw std::invalid_argument("a value of more than 255 bytes cannot be written");
     }
     const std::size_t start = bytes.size();
-    bytes.resize(start + 2 + dataSize);
+    bytes.resize(start + kValueHeadSize + dataSize);
     std::uint32_t typeCode = kTypeInvalid;
     std::size_t size = 0;
     if (value != nullptr) {
-        value->GetWireBytes(std::span(bytes).subspan(start + 2), typeCode, size);
+        value->GetWireBytes(std::span(bytes).subspan(start + kValueHeadSize), typeCode, size);
     }
     bytes[start] = static_cast<std::uint8_t>(typeCode);
     bytes[start + 1] = static_cast<std::uint8_t>(dataSize);

@@ -1,6 +1,7 @@
 // Time stamps: the seven-octet binary time of IEC 60870-5.
 #pragma once
 
+#include "model/records/record_layout.h"
 #include "model/values/parlane_data.h"
 
 #include <array>
@@ -33,7 +34,7 @@ struct SVariantDate {
 /// summer-time flag, day and day of week, month, year of the century.
 class CParlaneIEC870 final : public CParlaneData {
 public:
-    using Octets = std::array<std::uint8_t, 7>;
+    using Octets = std::array<std::uint8_t, kTimeStampSize>;
 
     /// 00:00 on day 1, month 1, year 98.
     CParlaneIEC870() : CParlaneIEC870(Octets{0, 0, 0, 0, 1, 1, 98}) {}
