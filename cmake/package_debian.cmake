@@ -23,6 +23,20 @@ install(FILES ${linux_files}/systemd/sysusers.conf DESTINATION usr/lib/sysusers.
 install(FILES ${linux_files}/systemd/tmpfiles.conf DESTINATION usr/lib/tmpfiles.d RENAME ruvo.conf)
 install(FILES ${linux_files}/linux/registry.ini DESTINATION etc/ruvo)
 
+# What names the version for people to read or copy names this one.
+foreach(row IN ITEMS "packaging/debian/changelog|ruvo (${PROJECT_VERSION}-" "packaging/fleet/site.yaml|image: ruvo:${PROJECT_VERSION}\n"
+        "packaging/container/Containerfile|-t ruvo:${PROJECT_VERSION} " "docs/fleet.md|-t ruvo:${PROJECT_VERSION} ")
+    string(REPLACE "|" ";" row "${row}")
+    list(GET row 0 file)
+    list(GET row 1 words)
+    file(READ ${CMAKE_SOURCE_DIR}/${file} text)
+    string(FIND "${text}" "${words}" place)
+    if(place EQUAL -1)
+        message(FATAL_ERROR "${file}: not of version ${PROJECT_VERSION}: want \"${words}\"")
+    endif()
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${file})
+endforeach()
+
 # What is made when the package is packed.
 find_program(RUVO_LOWDOWN lowdown)
 set(pages)

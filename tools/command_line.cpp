@@ -1,5 +1,6 @@
 #include "tools/command_line.h"
 
+#include "app/version.h"
 #include "tools/command.h"
 #include "tools/text_encoding.h"
 
@@ -12,8 +13,6 @@
 namespace ruvo {
 
 namespace {
-
-constexpr const char* kVersion = "ruvoctl " RUVO_VERSION; // the number of every file of a build
 
 std::vector<std::string> SplitChoices(std::string_view choices) {
     std::vector<std::string> words;
@@ -126,7 +125,7 @@ int RunCommandLine(std::span<const std::string> arguments, SConsole& console) {
         "Companion of ruvo: reads day files back, makes, edits and checks INI files, tests relays.",
         "ruvoctl");
     program.require_subcommand(1);
-    program.set_version_flag("--version", kVersion);
+    program.set_version_flag("--version", std::string("ruvoctl ") + ProgramVersion());
     program.get_formatter()->column_width(26);
     const std::vector<SParsedCommand> commands = AddCommands(program);
     std::vector<std::string> words(arguments.rbegin(),

@@ -2,6 +2,7 @@
 
 #include "app/load_and_check.h"
 #include "app/rpc_library.h"
+#include "app/version.h"
 #include "dayfile/off_file.h"
 #include "log/error_log.h"
 #include "log/log_reserve.h"
@@ -14,8 +15,6 @@
 namespace ruvo {
 
 namespace {
-
-constexpr const char* kTitleAndVersion = "Ruvo\nVersion Number: 1.0.0.0";
 
 void LogFailure(const char* kind, const char* what) noexcept {
     WithLogReserve([&] { LogMessage(std::string(kind) + " exception occured:" + what, false); });
@@ -41,8 +40,8 @@ std::string BuildResultText(EResultCode result, const SCommandLine& commandLine)
     if (!commandLine.checkOnly) {
         return std::string(message);
     }
-    return std::string(kTitleAndVersion) + "\n\nINI file: " + commandLine.iniPath + "\n\n" +
-           std::string(message) + "\n";
+    return std::string("Ruvo\nVersion Number: ") + ProgramVersion() + "\n\nINI file: " + commandLine.iniPath +
+           "\n\n" + std::string(message) + "\n";
 }
 
 /// Whatever ends the start-up or the run, the link is closed and the server let go.

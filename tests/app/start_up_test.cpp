@@ -109,7 +109,7 @@ TEST(StartUp, FromItsFirstStepToItsLast) {
     ASSERT_GT(server.lines.size(), 2U);
     EXPECT_EQ(server.lines.front(), "OpenPort BSTR(\"COM1\") BSTR(\"9600,E,8,1\")");
     EXPECT_TRUE(server.lines.back() == "ClosePort" && server.sink == nullptr);
-    const std::string head = "Ruvo\nVersion Number: 1.0.0.0\n\nINI file: " + ini + "\n\n";
+    const std::string head = "Ruvo\nVersion Number: " RUVO_VERSION "\n\nINI file: " + ini + "\n\n";
     EXPECT_EQ(run({"-t", ini}), "test_app|" + head + "Success - No input errors found.\n||");
     server.refuseConnection = true;
     EXPECT_EQ(run({"-t", ini}), "warning test_app|" + head + "P32LS failed to open.\n||");

@@ -48,7 +48,7 @@ TEST(EndToEnd, EveryLaterRunAppendsAndTheTimeZoneDoesNotMatter) {
 TEST(EndToEnd, CheckOnlyModeShowsABoxAndTouchesNothing) {
     CProgramRun run(kLink + Relay("serial = 5", kTrip), "", "[RUVO_SERIAL]\nRV001=5\n");
     EXPECT_EQ(run.Shell("$RUVO -t $DIR/site.ini; echo exit $?"),
-              "[Information] ruvo\nRuvo\nVersion Number: 1.0.0.0\n\nINI file: " +
+              "[Information] ruvo\nRuvo\nVersion Number: " RUVO_VERSION "\n\nINI file: " +
                   run.Folder().Native("site.ini") + "\n\nSuccess - No input errors found.\n\nexit 0\n");
     run.Folder().Write("substation.toml", "relay = 5\n");
     EXPECT_NE(

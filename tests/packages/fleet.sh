@@ -34,5 +34,6 @@ check "a misspelt name is found" not schema "$work/fleet/name.yaml"
 
 recipe=packaging/container/Containerfile
 check "the container's recipe" "$work/fleet/node_modules/.bin/dockerfile-utils" lint "$PWD/$recipe"
-check "it installs this package" grep -q "^COPY $(basename "$deb") " "$recipe"
+matches() { [[ $1 == $2 ]]; }
+check "it installs this package" matches "$(basename "$deb")" "$(sed -n 's/^COPY \([^ ]*\) .*/\1/p' $recipe)"
 check "its user is the manifests'" equal "$(sed -n 's/^USER \([0-9]*\):.*/\1/p' $recipe)" "$(sed -n 's/.*runAsUser: //p' packaging/fleet/site.yaml)"

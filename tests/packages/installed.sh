@@ -229,9 +229,10 @@ check "the example in C" env P32LS_SUBSTATION=/usr/share/doc/ruvo/examples/simul
 
 sums() { find /etc/ruvo /var/lib/ruvo -type f -exec sha256sum {} + | LC_ALL=C sort; }
 before=$(sums)
-cmake -E chdir build/release cpack -G DEB -D CPACK_PACKAGE_VERSION=1.0.1 -B "$work/newer" >"$work/cpack.log"
-check "upgrade" dpkg -i "$work"/newer/ruvo_1.0.1-1_*.deb
-check "upgrade: version" equal "$(dpkg-query -W -f '${Version}' ruvo)" 1.0.1-1
+newer=$(dpkg-query -W -f '${Version}' ruvo | cut -d- -f1).1
+cmake -E chdir build/release cpack -G DEB -D CPACK_PACKAGE_VERSION="$newer" -B "$work/newer" >"$work/cpack.log"
+check "upgrade" dpkg -i "$work"/newer/ruvo_"$newer"-1_*.deb
+check "upgrade: version" equal "$(dpkg-query -W -f '${Version}' ruvo)" "$newer-1"
 check "upgrade: sites, registry and events stay" equal "$(sums)" "$before"
 check "upgrade: no copies of files" equal "$(find /etc/ruvo -name '*.dpkg-*')" ""
 check "upgrade: a visit" ends_with 0 visit yard

@@ -61,7 +61,7 @@ void CheckBox(const std::string& arguments, const std::string& title, const std:
 void CheckOnlyMode() {
     const CRunFolder run(Plain(), "", kSerial);
     const std::string ini = CRunFolder::Path("site.ini");
-    const std::string start = "Ruvo\nVersion Number: 1.0.0.0\n\nINI file: " + ini + "\n\n";
+    const std::string start = "Ruvo\nVersion Number: " RUVO_VERSION "\n\nINI file: " + ini + "\n\n";
     CheckBox("/t " + ini, "RUVO", start + "Success - No input errors found.\n", "check-only");
     run.WriteIni("BaudRate=960\n", kSerial);
     CheckBox("-t " + ini, "RUVO", start + "BaudRate value error.\n", "check-only with an error");

@@ -28,6 +28,7 @@ trap clean_up EXIT
 trap 'exit 1' INT TERM
 
 echo "Looking into the 32-bit files"
+version=$(sed -n 's/^project(ruvo VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 headers() { i686-w64-mingw32-objdump -p "$x86/$1"; }
 exports() { headers "$1" | sed -n '/^\[Ordinal\/Name Pointer\] Table/,/^$/p' | sed -n 's/^.*\[ *[0-9]*\] //p' | LC_ALL=C sort | tr '\n' ' '; }
 ordinals() { headers "$1" | sed -n '/^Export Address Table/,/^\[Ordinal/p' | sed -n 's/.*+base\[ *\([0-9]*\)\].*/\1/p' | tr '\n' ' '; }
@@ -52,7 +53,7 @@ done
 for file in RUVO.exe ruvo.dll; do
     check "$file: exports" equal "$(exports "$file")" "_TestConnectionExt@8 _decrypt@8 _encrypt@8 "
     resources "$file" >"$work/resources.rc"
-    check "$file: version" grep -q 'FILEVERSION 1, 0, 0, 0\|FILEVERSION 1,0,0,0' "$work/resources.rc"
+    check "$file: version" grep -q "FILEVERSION ${version//./, *}, *0" "$work/resources.rc"
 done
 check "HalvexCryptoKit.dll: ordinals" equal "$(ordinals HalvexCryptoKit.dll)" "2 9 13 "
 check "HalvexCryptoKit.dll: no names" equal "$(exports HalvexCryptoKit.dll)" ""

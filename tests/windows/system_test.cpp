@@ -281,8 +281,11 @@ void CheckStringTable() {
     constexpr std::size_t kFixedPart = 40; // of the version block: behind its head and its name
     const auto* const fields =
         loaded == nullptr ? nullptr : static_cast<const std::uint8_t*>(LockResource(loaded)) + kFixedPart;
-    const std::array<std::uint8_t, 16> wanted{0xBD, 0x04, 0xEF, 0xFE, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 0, 0};
-    g_checks.Expect(fields != nullptr && std::equal(wanted.begin(), wanted.end(), fields), "version 1.0.0.0");
+    std::string found; // behind the mark and the layout's version: minor, major, build, patch, 16 bits each
+    for (const std::size_t at : {10U, 8U, 14U, 12U}) {
+        found += (found.empty() ? "" : ".") + (fields == nullptr ? "" : std::to_string(fields[at]));
+    }
+    g_checks.Equal(found, std::string(RUVO_VERSION), "version");
     g_checks.Expect(FindResourceA(program, MAKEINTRESOURCEA(1), MAKEINTRESOURCEA(24)) != nullptr,
                     "a manifest");
     FreeLibrary(program);
