@@ -3,7 +3,7 @@
 #include "instant_server.h"
 #include "support/scratch_folder.h"
 
-#include "extraction/event_extraction.h"
+#include "extraction/relay_visit.h"
 #include "link/client.h"
 
 #include <benchmark/benchmark.h>

@@ -1,6 +1,6 @@
 #include "extraction/event_conversion.h"
 
-#include "extraction/record_column.h"
+#include "extraction/cell_reading.h"
 #include "link/client.h"
 #include "model/cells/cell_factory.h"
 #include "model/values/parlane_integers.h"

@@ -4,7 +4,7 @@
 #include "config/run_context.h"
 #include "log/connection_details.h"
 #include "log/log_reserve.h"
-#include "log/status_text.h"
+#include "log/status_to_string_id.h"
 #include "model/status/string_table.h"
 #include "paths/path_utilities.h"
 #include "platform/clock.h"

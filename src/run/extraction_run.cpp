@@ -2,8 +2,8 @@
 
 #include "base/secret.h"
 #include "config/ethernet_entry.h"
-#include "extraction/event_extraction.h"
 #include "extraction/password_state.h"
+#include "extraction/relay_visit.h"
 #include "link/client.h"
 #include "log/connection_details.h"
 #include "log/connection_text.h"

@@ -4,8 +4,8 @@
 #include "support/scratch_folder.h"
 #include "support/scripted_server.h"
 
-#include "extraction/event_extraction.h"
 #include "extraction/password_state.h"
+#include "extraction/relay_visit.h"
 #include "link/client.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "config/run_context.h"
 #include "log/connection_details.h"
 #include "log/error_log.h"
-#include "log/status_text.h"
+#include "log/status_to_string_id.h"
 #include "paths/path_utilities.h"
 #include "support/fake_system.h"
 #include "support/scratch_folder.h"

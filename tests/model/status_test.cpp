@@ -1,6 +1,6 @@
 #include "model/status/progress.h"
 #include "model/status/status.h"
-#include "model/status/status_strings.h"
+#include "model/status/status_string_ids.h"
 #include "model/status/string_table.h"
 #include "model/values/parlane_text.h"
 #include "platform/debug_output.h"

@@ -1,6 +1,6 @@
 #include "model/status/status.h"
 
-#include "model/status/status_strings.h"
+#include "model/status/status_string_ids.h"
 #include "platform/debug_output.h"
 
 #include <array>

@@ -1,4 +1,4 @@
-#include "extraction/record_column.h"
+#include "extraction/cell_reading.h"
 
 #include "link/client.h"
 #include "model/cells/binary_cell.h"

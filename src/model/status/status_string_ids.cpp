@@ -1,4 +1,4 @@
-#include "model/status/status_strings.h"
+#include "model/status/status_string_ids.h"
 
 namespace ruvo {
 

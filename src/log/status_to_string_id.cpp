@@ -1,7 +1,7 @@
-#include "log/status_text.h"
+#include "log/status_to_string_id.h"
 
 #include "model/status/status.h"
-#include "model/status/status_strings.h"
+#include "model/status/status_string_ids.h"
 
 namespace ruvo {
 

@@ -1,4 +1,5 @@
-// The cells that belong to an event's record, read from a column of the relay's menu.
+// What an event's record is made of beyond the event itself: strings of cells, and the cells of a column of
+// the relay's menu.
 #pragma once
 
 #include "link/seam/cell_address.h"
