@@ -11,6 +11,8 @@ using namespace std::string_view_literals;
 
 TEST(CodePage, EveryByteBecomesItsCharacter) {
     EXPECT_EQ(Cp1252ToUtf8("A~\x80\0\x9F\xA0\xFF"sv), "A~€\0\xC5\xB8\xC2\xA0ÿ"sv);
+    EXPECT_EQ(Cp1252ToUtf8("\x80\x82\x83\x84\x85\x86\x87\x88\x89\x8A\x8B\x8C\x8E"), "€‚ƒ„…†‡ˆ‰Š‹ŒŽ");
+    EXPECT_EQ(Cp1252ToUtf8("\x91\x92\x93\x94\x95\x96\x97\x98\x99\x9A\x9B\x9C\x9E\x9F"), "‘’“”•–—˜™š›œžŸ");
     EXPECT_EQ(Cp1252ToUtf8("\x81\x8D\x8F\x90\x9D"), "�����") << "bytes without a character";
 }
 

@@ -52,6 +52,8 @@ TEST_F(CErrorLog, PathRules) {
 TEST_F(CErrorLog, LinesByteForByte) {
     UseLog(m_folder.Write("run.log", "kept\n"));
     LogMessage("fresh.", true);
+    ConnectionDetails().ethernetLink = true;
+    LogMessage("new.", true);
     SConnectionDetails& now = ConnectionDetails() = {true, true, "COM2", "Acme 56k", "10.0.0.5", 7, 0};
     LogMessage("e", true);
     now.ethernetLink = false;
@@ -66,6 +68,7 @@ TEST_F(CErrorLog, LinesByteForByte) {
     const std::string want =
         "kept\n"
         "2024/03/05 14:07:09 fresh. Connection details - modem name: , device address: -1.\r\n"
+        "2024/03/05 14:07:09 new. Connection details - IP address: , device address: -1, bus address: -1.\r\n"
         "2024/03/05 14:07:09 e Connection details - IP address: 10.0.0.5, device address: 7, bus address: "
         "0.\r\n"
         "2024/03/05 14:07:09 s. Connection details - COM Port: COM2, device address: 7.\r\n"

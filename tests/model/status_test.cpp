@@ -107,6 +107,8 @@ TEST(Errors, Texts) {
     EXPECT_EQ(CFileError(239U, 247).GetDetail(), "Unknown");
     EXPECT_STREQ(LoadStringText(526), "");
     EXPECT_STREQ(LoadStringText(170), "P32LS Error - Disturbance channel names reply code ");
+    for (const unsigned id : {102U, 103U, 104U, 105U, 138U})
+        EXPECT_STREQ(LoadStringText(id), "Device returned an unspecified error") << id;
     for (unsigned id = 129; id <= 213; ++id) {
         EXPECT_EQ(LoadStringText(id) != nullptr, id < 199 || id > 204) << id;
     }

@@ -38,6 +38,7 @@ TEST(FormFullPath, GivesTheAnswersOfTheTable) {
         }
     }
     EXPECT_EQ(FormFullPath("x", "C:\\a.\\b "), "C:\\a.\\b \\x"); // a folder that exists keeps its name
+    EXPECT_EQ(FormFullPath(".", "C:\\a.\\b "), "C:\\a.\\b ");
     EXPECT_EQ(FormFullPath("..\\.", "C:\\"), "C:\\");
     EXPECT_EQ(FullPath("C:\\" + std::string(256, 'x')).size() +
                   FullPath("C:\\" + std::string(257, 'x')).size(),
