@@ -1,7 +1,7 @@
 #include "sim/file/event_generator.h"
 
+#include "model/records/event_kinds.h"
 #include "model/values/type_codes.h"
-#include "sim/file/event_kinds.h"
 #include "sim/file/tagged_value.h"
 
 #include <algorithm>
@@ -71,14 +71,14 @@ public:
 
     /// Why events of a kind cannot be made for this relay; empty when they can.
     std::string Error() const {
-        const auto lacks = [this](bool SEventKindRow::*element, bool present) {
+        const auto lacks = [this](bool SEventKind::*element, bool present) {
             return !present && std::any_of(m_plan.kinds.begin(), m_plan.kinds.end(),
                                            [&](std::uint8_t kind) { return kEventKinds[kind].*element; });
         };
-        if (lacks(&SEventKindRow::record, !m_relay.records.empty())) {
+        if (lacks(&SEventKind::hasRecord, !m_relay.records.empty())) {
             return "generate: kinds 3 and 5 need a [[relay.record]]";
         }
-        return lacks(&SEventKindRow::textCell, !m_textCells.empty())
+        return lacks(&SEventKind::hasFormatCell, !m_textCells.empty())
                    ? "generate: kind 2 needs a text cell or a label"
                    : "";
     }
@@ -105,20 +105,20 @@ private:
     }
 
     void AddKindElements(SEvent& event, std::size_t number) {
-        const SEventKindRow& kind = kEventKinds[event.kind];
-        if (kind.id) {
+        const SEventKind& kind = kEventKinds[event.kind];
+        if (kind.hasId) {
             event.values.push_back(TaggedUnsigned(static_cast<std::uint32_t>(number), 4));
         }
-        if (kind.record) {
+        if (kind.hasRecord) {
             const SRecord& record = m_relay.records[m_random.Below(m_relay.records.size())];
             event.values.push_back(TaggedMenu(MakeCell(record.column, 0)));
             event.values.push_back(TaggedUnsigned(record.number, 2));
         }
-        if (kind.format) {
+        if (kind.hasFormatText) {
             event.values.push_back(TextValue("Event %u"));
             event.values.push_back(TaggedUnsigned(static_cast<std::uint32_t>(number), 4));
         }
-        if (kind.textCell) {
+        if (kind.hasFormatCell) {
             event.values.push_back(TaggedMenu(m_textCells[m_random.Below(m_textCells.size())]));
         }
     }

@@ -1,5 +1,5 @@
+#include "model/records/event_kinds.h"
 #include "sim/file/event_generator.h"
-#include "sim/file/event_kinds.h"
 #include "sim/file/load_tables.h"
 #include "sim/file/relay_addresses.h"
 #include "sim/file/substation_error.h"
@@ -35,25 +35,25 @@ void AddRecordReference(const STomlNode& node, Variant::List& values) {
     table.RejectUnknownKeys();
 }
 
-Variant::List ReadElements(CTableReader& table, const SEventKindRow& row) {
+Variant::List ReadElements(CTableReader& table, const SEventKind& row) {
     Variant::List values;
     values.push_back(ReadMenu(table.Require("location"), "location"));
     values.push_back(ReadValue(table.Require("time"), "time"));
     values.push_back(ReadValue(table.Require("text"), "text"));
     values.push_back(ReadValue(table.Require("value"), "value"));
-    if (row.id) {
+    if (row.hasId) {
         values.push_back(ReadId(table.Require("id")));
     }
-    if (row.record) {
+    if (row.hasRecord) {
         AddRecordReference(table.Require("record"), values);
     }
-    if (row.format) {
+    if (row.hasFormatText) {
         values.push_back(ReadValue(table.Require("format"), "format"));
     }
-    if (row.textCell) {
+    if (row.hasFormatCell) {
         values.push_back(ReadMenu(table.Require("text_cell"), "text_cell"));
     }
-    if (row.format || row.textCell) {
+    if (row.hasFormatText || row.hasFormatCell) {
         const Variant::List further = ReadValues(table, "values");
         values.insert(values.end(), further.begin(), further.end());
     }
@@ -68,7 +68,7 @@ SEvent ReadEvent(const STomlNode& node) {
         event.values = ReadValues(table, "elements");
     } else {
         event.values =
-            ReadElements(table, event.kind < kEventKinds.size() ? kEventKinds[event.kind] : SEventKindRow{});
+            ReadElements(table, event.kind < kEventKinds.size() ? kEventKinds[event.kind] : SEventKind{});
     }
     if (table.Find("more") != nullptr) {
         event.more = table.Flag("more", false);

@@ -3,20 +3,18 @@
 #include "extraction/cell_reading.h"
 #include "link/client.h"
 #include "model/cells/cell_factory.h"
+#include "model/records/event_kinds.h"
 #include "model/values/parlane_integers.h"
 #include "model/values/parlane_location.h"
 #include "model/values/parlane_text.h"
 #include "model/values/parlane_time.h"
 
-#include <array>
-#include <limits>
 #include <utility>
 
 namespace ruvo {
 
 namespace {
 
-constexpr std::size_t kAnyNumber = std::numeric_limits<std::size_t>::max();
 constexpr std::uint32_t kRecordRead = 1; ///< record numbers of extended records
 constexpr std::uint32_t kRecordNotRead = 2;
 constexpr int kAnyReplyLevel = 5; ///< accepts every reply of the device
@@ -38,7 +36,7 @@ TValue& Require(const CParlaneDataArray& values, std::size_t element) {
 
 /// One event on its way to a record.
 struct CEventConverter::SEvent {
-    std::uint8_t kind;
+    SEventKind kind;
     CParlaneDataArray& values;
     CStatus& status;
     std::uint16_t location;
@@ -46,70 +44,47 @@ struct CEventConverter::SEvent {
     std::string text;
 };
 
-/// What an event kind must hold, and what it becomes.
-struct CEventConverter::SKindRow {
-    std::size_t minimum;
-    std::size_t maximum;
-    std::unique_ptr<CEventRecord> (CEventConverter::*make)(SEvent&);
-};
-
-const CEventConverter::SKindRow* CEventConverter::FindKind(std::uint8_t kind) {
-    static constexpr std::array<SKindRow, 6> kKinds{{
-        {4, kAnyNumber, &CEventConverter::MakePlain},
-        {5, kAnyNumber, &CEventConverter::MakeSimple},
-        {5, kAnyNumber, &CEventConverter::MakeSimple},
-        {6, 6, &CEventConverter::MakeWithRecordColumn},
-        {5, kAnyNumber, &CEventConverter::MakePlain},
-        {7, 7, &CEventConverter::MakeWithRecordColumn},
-    }};
-    return kind < kKinds.size() ? &kKinds[kind] : nullptr;
-}
-
-bool CEventConverter::IsKnownKind(std::uint8_t kind) {
-    return FindKind(kind) != nullptr;
-}
-
 CEventConverter::CEventConverter(std::uint32_t deviceAddress, SRecordTexts texts, CErrorList& errors)
     : m_deviceAddress(deviceAddress), m_texts(std::move(texts)), m_errors(errors) {}
 
 std::unique_ptr<CEventRecord> CEventConverter::Convert(std::uint8_t kind, CParlaneDataArray& values,
                                                        CStatus& status) {
-    constexpr std::size_t kCommonElements = 4;
     if (values.size() < kCommonElements) {
-        throw CMalformedEvent("fewer than 4 elements");
+        throw CMalformedEvent("an element that every event has is missing");
     }
-    SEvent event{kind,
+    const SEventKind* known = FindEventKind(kind);
+    SEvent event{known != nullptr ? *known : SEventKind{},
                  values,
                  status,
-                 Require<CParlaneMenu>(values, 0).GetLocation(),
-                 Require<CParlaneIEC870>(values, 1),
-                 Require<CParlaneText>(values, 2).TakeText()};
-    const SKindRow* row = FindKind(kind);
-    if (row == nullptr) {
+                 Require<CParlaneMenu>(values, kLocationElement).GetLocation(),
+                 Require<CParlaneIEC870>(values, kTimeElement),
+                 Require<CParlaneText>(values, kTextElement).TakeText()};
+    if (known == nullptr) { // its elements are proved all the same: else the relay does not keep the protocol
         return nullptr;
     }
-    if (values.size() < row->minimum || values.size() > row->maximum) {
+    const std::size_t needed = event.kind.MinimumElements();
+    if (values.size() < needed || (event.kind.hasRecord && values.size() > needed)) {
         throw CMalformedEvent("wrong number of elements");
     }
-    return (this->*row->make)(event);
+    if (event.kind.hasRecord) {
+        return MakeWithRecordColumn(event);
+    }
+    return event.kind.hasFormatText || event.kind.hasFormatCell ? MakeSimple(event) : MakePlain(event);
 }
 
-/// Kinds 0 and 4: the value, and for kind 4 the relay's own event id.
+/// The event's value is all that there is, with or without the relay's own event id.
 std::unique_ptr<CEventRecord> CEventConverter::MakePlain(SEvent& event) {
     CCellList cells;
     AddEventValue(event, cells);
-    if (event.kind == 4) {
-        AddValueCell(event, kUniqueIdLabel, 4, cells);
-    }
+    AddEventId(event, cells);
     return MakeExtended(event, kRecordRead, std::move(cells));
 }
 
-/// Kinds 3 and 5: a record is selected in the relay and its column read; kind 5 has the relay's event id too.
+/// A record is selected in the relay and its column read.
 std::unique_ptr<CEventRecord> CEventConverter::MakeWithRecordColumn(SEvent& event) {
-    const bool hasEventId = event.kind == 5;
-    const std::size_t first = hasEventId ? 5 : 4;
-    const std::uint8_t column = Require<CParlaneMenu>(event.values, first).GetColumn();
-    const auto& recordToSelect = Require<CParlaneUint>(event.values, first + 1);
+    const std::uint8_t column =
+        Require<CParlaneMenu>(event.values, event.kind.RecordColumnElement()).GetColumn();
+    const auto& recordToSelect = Require<CParlaneUint>(event.values, event.kind.RecordNumberElement());
 
     CCellList cells;
     AddEventValue(event, cells);
@@ -123,34 +98,33 @@ std::unique_ptr<CEventRecord> CEventConverter::MakeWithRecordColumn(SEvent& even
             recordNumber = kRecordRead;
         }
     }
-    if (hasEventId) {
-        AddValueCell(event, kUniqueIdLabel, 4, cells);
-    }
+    AddEventId(event, cells);
+    // A relay that refuses to select the record has told of its event all the same.
     if (!IsAcceptable(event.status, kAnyReplyLevel)) {
         return nullptr;
     }
     return MakeExtended(event, recordNumber, std::move(cells));
 }
 
-/// Kinds 1 and 2: a format text, given or fetched, and the values that it consumes.
+/// A format text, given or fetched, and the values that it consumes.
 std::unique_ptr<CEventRecord> CEventConverter::MakeSimple(SEvent& event) {
-    std::string format =
-        event.kind == 1 ? Require<CParlaneText>(event.values, 4).TakeText() : FetchFormatText(event);
-    constexpr std::size_t kFirstFurther = 5;
-    CParlaneDataList further;
-    further.reserve(event.values.size() - kFirstFurther);
-    for (std::size_t i = kFirstFurther; i < event.values.size(); ++i) {
-        further.push_back(std::move(event.values[i]));
+    std::string format = event.kind.hasFormatText
+                             ? Require<CParlaneText>(event.values, kFormatElement).TakeText()
+                             : FetchFormatText(event);
+    CParlaneDataList formatValues;
+    formatValues.reserve(event.values.size() - kFirstFormatValue);
+    for (std::size_t i = kFirstFormatValue; i < event.values.size(); ++i) {
+        formatValues.push_back(std::move(event.values[i]));
     }
-    return std::make_unique<CSimpleEventRecord>(0, 0, static_cast<std::uint8_t>(m_deviceAddress & 0xFFU),
-                                                event.time, std::move(event.text), std::move(event.values[3]),
-                                                m_texts.plant, m_texts.description, m_texts.model,
-                                                event.location, std::move(format), std::move(further));
+    return std::make_unique<CSimpleEventRecord>(0, 0, EventCode(), event.time, std::move(event.text),
+                                                std::move(event.values[kValueElement]), m_texts.plant,
+                                                m_texts.description, m_texts.model, event.location,
+                                                std::move(format), std::move(formatValues));
 }
 
 std::string CEventConverter::FetchFormatText(SEvent& event) {
     std::unique_ptr<CParlaneData> value;
-    const std::uint16_t cell = Require<CParlaneMenu>(event.values, 4).GetLocation();
+    const std::uint16_t cell = Require<CParlaneMenu>(event.values, kFormatElement).GetLocation();
     event.status = ToStatusWord(CP32Wrap::GetInstance()->GetText(nullptr, cell, value));
     if (!IsAcceptable(event.status, 0)) {
         return {};
@@ -162,11 +136,17 @@ std::string CEventConverter::FetchFormatText(SEvent& event) {
     return text->TakeText();
 }
 
+/// A record's event code is the relay's address on its line: nothing else in the record says which of the
+/// relays there it came from. A day file has one byte for it, as the line has for an address.
+std::uint8_t CEventConverter::EventCode() const {
+    return static_cast<std::uint8_t>(m_deviceAddress & 0xFFU);
+}
+
 std::unique_ptr<CEventRecord> CEventConverter::MakeExtended(SEvent& event, std::uint32_t recordNumber,
                                                             CCellList cells) {
     return std::make_unique<CExtendedEventRecord>(
-        recordNumber, m_nextNumber++, static_cast<std::uint8_t>(m_deviceAddress & 0xFFU), event.time,
-        std::move(event.text), std::move(event.values[3]), m_texts.plant, m_texts.description, m_texts.model,
+        recordNumber, m_nextNumber++, EventCode(), event.time, std::move(event.text),
+        std::move(event.values[kValueElement]), m_texts.plant, m_texts.description, m_texts.model,
         event.location, std::move(cells));
 }
 
@@ -178,7 +158,13 @@ void CEventConverter::AddEventValue(SEvent& event, CCellList& cells) {
         label.append(event.text, percent);
         event.text.erase(percent);
     }
-    AddValueCell(event, std::move(label), 3, cells);
+    AddValueCell(event, std::move(label), kValueElement, cells);
+}
+
+void CEventConverter::AddEventId(SEvent& event, CCellList& cells) {
+    if (event.kind.hasId) {
+        AddValueCell(event, kUniqueIdLabel, kIdElement, cells);
+    }
 }
 
 /// A value without a kind of cell gives none; the record is made all the same.

@@ -39,19 +39,16 @@ public:
     /// this record. Throws CMalformedEvent, and CStatus when a request was aborted.
     std::unique_ptr<CEventRecord> Convert(std::uint8_t kind, CParlaneDataArray& values, CStatus& status);
 
-    /// True for the event kinds that records are made of.
-    static bool IsKnownKind(std::uint8_t kind);
-
 private:
     struct SEvent;
-    struct SKindRow;
-    static const SKindRow* FindKind(std::uint8_t kind);
 
     std::unique_ptr<CEventRecord> MakePlain(SEvent& event);
     std::unique_ptr<CEventRecord> MakeWithRecordColumn(SEvent& event);
     std::unique_ptr<CEventRecord> MakeSimple(SEvent& event);
     std::unique_ptr<CEventRecord> MakeExtended(SEvent& event, std::uint32_t recordNumber, CCellList cells);
+    std::uint8_t EventCode() const;
     void AddEventValue(SEvent& event, CCellList& cells);
+    void AddEventId(SEvent& event, CCellList& cells);
     void AddValueCell(SEvent& event, std::string label, std::size_t element, CCellList& cells);
     std::string FetchFormatText(SEvent& event);
 

@@ -8,6 +8,7 @@
 #include "extraction/event_file_names.h"
 #include "extraction/password_state.h"
 #include "link/client.h"
+#include "model/records/event_kinds.h"
 #include "paths/path_utilities.h"
 #include "platform/files.h"
 #include "platform/full_path.h"
@@ -192,7 +193,7 @@ void CVisit::HandleEvent(CEventConverter& converter, std::uint8_t kind, CParlane
         if (std::unique_ptr<CEventRecord> record = converter.Convert(kind, values, m_status)) {
             m_bytesGathered += record->GetImageSize();
             m_records.push_back(std::move(record));
-        } else if (!CEventConverter::IsKnownKind(kind)) {
+        } else if (FindEventKind(kind) == nullptr) {
             ++m_passedOver;
         }
     } catch (const CMalformedEvent&) {

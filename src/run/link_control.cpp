@@ -100,6 +100,8 @@ void CloseLink(CRunContext& context) {
         return;
     }
     const bool modem = context.IsModemConnected();
+    // Cleared before the hang-up: whatever comes of that, the call is not hung up a second time. The link
+    // counts as open until the server has been asked, so a call that throws leaves something to be closed.
     context.SetModemConnected(false);
     const LinkStatus status = modem ? Link().ModemHangUp(nullptr) : Link().ClosePort(nullptr);
     if (status != kLinkGood) {

@@ -45,6 +45,8 @@ void SupplyPassword(const std::string& password, char* buffer, std::uint32_t max
 int PasswordCallback(const SPasswordRequest& /*request*/, char** buffer, std::uint32_t maxLength,
                      std::uint32_t* noNotify, int code, std::int32_t /*extra*/) {
     SPasswordState& state = PasswordState();
+    // Cleared at every call, before its code is looked at: what an earlier call found must not pass for what
+    // became of this password.
     state.callbackCalled = true;
     state.accepted = false;
     state.unanswered = code == GETPASSWORD_PASS_REQUEST;
