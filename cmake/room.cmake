@@ -10,13 +10,29 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LES
     target_compile_options(ruvo_options INTERFACE $<$<CONFIG:Release>:-Wno-restrict>)
 endif()
 
-# ruvo_room(NAME SOURCES file... USES room...): one static library per room. USES names the rooms that
-# this one may call; a call to any other room then fails at link time.
+# The rooms and what each may use.
+set(rooms ${CMAKE_CURRENT_LIST_DIR}/rooms.txt)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${rooms})
+file(STRINGS ${rooms} rows REGEX "^[a-z]")
+foreach(row IN LISTS rows)
+    string(REGEX MATCHALL "[^ ]+" words "${row}")
+    list(POP_FRONT words room folder)
+    set(RUVO_${room}_MAY_USE "${words}")
+endforeach()
+
+# ruvo_room(NAME SOURCES file...): one static library per room, linked with the rooms that it may use; a call to any other room
+# then fails at link time.
 function(ruvo_room name)
-    cmake_parse_arguments(ROOM "" "" "SOURCES;USES" ${ARGN})
+    if(NOT DEFINED RUVO_${name}_MAY_USE)
+        message(FATAL_ERROR "ruvo_room: cmake/rooms.txt has no room ${name}")
+    endif()
+    cmake_parse_arguments(ROOM "" "" "SOURCES" ${ARGN})
     add_library(ruvo_${name} STATIC ${ROOM_SOURCES})
     target_link_libraries(ruvo_${name} PUBLIC ruvo_options)
-    foreach(used IN LISTS ROOM_USES)
-        target_link_libraries(ruvo_${name} PUBLIC ruvo_${used})
+    foreach(used IN LISTS RUVO_${name}_MAY_USE)
+        # (One room is there on Windows alone, another is but a header.)
+        if(NOT used STREQUAL api AND (WIN32 OR NOT used STREQUAL com))
+            target_link_libraries(ruvo_${name} PUBLIC ruvo_${used})
+        endif()
     endforeach()
 endfunction()

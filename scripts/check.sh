@@ -8,7 +8,11 @@ sources() { git ls-files -co --exclude-standard -- src sim tools tests bench fuz
 product() { git ls-files -co --exclude-standard -- src sim tools | grep -E '\.cpp$' | grep -v /windows/; }
 
 check_format() { sources | grep -v '\.c$' | xargs clang-format --dry-run --Werror; }
-check_rooms() { scripts/check_rooms.sh; }
+check_rooms() {
+    scripts/build.sh release
+    python3 -B scripts/upkeep/check_rooms.py --calls build/release
+    python3 -B scripts/upkeep/check_rooms_test.py --quiet
+}
 check_tidy() {
     cmake --preset debug >/dev/null
     product | xargs -P "$(nproc)" -n 4 clang-tidy -p build/debug --quiet 2>/dev/null

@@ -14,6 +14,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 packages=(g++ cmake ninja-build pkg-config
+    python3             # checks of the sources, and tests
     libtomlplusplus-dev # substation files
     libsqlite3-dev      # the archive of ruvoctl
     libssl-dev          # digests of the crypto provider's stand-in

@@ -8,7 +8,7 @@ preset=${1:-release}
 scripts/setup.sh
 echo "Building ($preset)"
 scripts/build.sh "$preset"
-scripts/check_rooms.sh
+python3 -B scripts/upkeep/check_rooms.py --calls "build/$preset"
 
 echo "Testing"
 log=build/$preset/test.log

@@ -2,18 +2,7 @@
 import re
 from dataclasses import dataclass
 
-# Comments, texts and preprocessor lines are told apart from code here, so that a change never lands in a comment.
-TOKEN = re.compile(
-    r'(?P<comment>//[^\n]*|/\*.*?\*/)'
-    r'|(?P<directive>^[ \t]*\#(?:[^\n\\]|\\.|\\\n)*)'
-    r'|(?P<raw>R"(?P<fence>[^()\s\\]{0,16})\(.*?\)(?P=fence)")'
-    r'|(?P<text>"(?:[^"\\\n]|\\.)*")'
-    r"|(?P<character>(?<![0-9A-Fa-f])'(?:[^'\\\n]|\\.)*')"
-    r"|(?P<number>(?<![\w.])(?:0[xX][0-9a-fA-F']+|\d[\d']*)(?![\w.']*\.)[uUlL]*(?![\w.]))"
-    r'|(?P<word>[A-Za-z_]\w*)'
-    r'|(?P<space>\s+)'
-    r'|(?P<sign><<=|>>=|<=>|->|::|\+\+|--|&&|\|\||==|!=|<=|>=|[-+*/%&|^!~<>=?:;,.(){}\[\]]|.)',
-    re.S | re.M)
+from cpp_source import tokens_of
 
 COMPARISONS = {'==': '!=', '!=': '==', '<': '<=', '<=': '<', '>': '>=', '>=': '>', '&&': '||', '||': '&&'}
 ARITHMETIC = {'+': '-', '-': '+', '*': '/', '|': '&', '&': '|', '<<': '>>', '>>': '<<'}
@@ -28,23 +17,6 @@ class Change:
     start: int
     end: int
     new: str
-
-
-@dataclass(frozen=True)
-class Token:
-    kind: str
-    text: str
-    start: int
-    end: int
-
-
-def tokens_of(source):
-    found = []
-    for match in TOKEN.finditer(source):
-        kind = match.lastgroup if match.lastgroup != 'fence' else 'raw'
-        if kind not in ('comment', 'directive', 'space'):
-            found.append(Token(kind, match.group(), match.start(), match.end()))
-    return found
 
 
 def changed_number(token, random):
