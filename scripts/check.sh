@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The checks beside the tests; each can be named, all run by default.
-#   scripts/check.sh [format|rooms|tidy|cppcheck|clang|asan|tsan|valgrind ...]
+#   scripts/check.sh [format|rooms|functions|tidy|cppcheck|clang|asan|tsan|valgrind ...]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh checks
@@ -12,6 +12,10 @@ check_rooms() {
     scripts/build.sh release
     python3 -B scripts/upkeep/check_rooms.py --calls build/release
     python3 -B scripts/upkeep/check_rooms_test.py --quiet
+}
+check_functions() {
+    python3 -B scripts/upkeep/check_functions.py
+    python3 -B scripts/upkeep/check_functions_test.py --quiet
 }
 check_tidy() {
     cmake --preset debug >/dev/null
@@ -41,7 +45,7 @@ check_valgrind() {
     done
 }
 
-for check in "${@:-format rooms tidy cppcheck clang asan tsan valgrind}"; do
+for check in "${@:-format rooms functions tidy cppcheck clang asan tsan valgrind}"; do
     for name in $check; do
         echo "== $name"
         "check_$name"

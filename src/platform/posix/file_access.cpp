@@ -189,7 +189,27 @@ struct COldFile::SHandle {
     SPlace place;
     CDescriptor file;
     bool isStream = false;
+
+    SAccessResult OpenFile(bool isOutput);
 };
+
+// Opens the file at the place, and sees that a new one can take its name.
+SAccessResult COldFile::SHandle::OpenFile(bool isOutput) {
+    struct stat status = {};
+    // The folder's permissions decide about the exchange; the file's own would not be asked.
+    file = place.Open(O_RDWR);
+    if (!file.IsOpen() || fstat(file.Get(), &status) != 0) {
+        return Failed(errno == ENOENT ? EAccessFailure::NotFound : EAccessFailure::NotWritable);
+    }
+    if (!S_ISREG(status.st_mode)) {
+        return {EAccessFailure::NotFound, 0};
+    }
+    if (status.st_nlink > 1 && !isOutput) {
+        return {EAccessFailure::OtherNames, 0};
+    }
+    return faccessat(place.folder.Get(), ".", W_OK | X_OK, AT_EACCESS) == 0 ? SAccessResult{}
+                                                                            : Failed(EAccessFailure::NotMade);
+}
 
 COldFile::COldFile() : m_handle(std::make_unique<SHandle>()) {}
 COldFile::~COldFile() = default;
@@ -214,19 +234,7 @@ SAccessResult COldFile::Open(const std::string& path, EFileKind kind) {
     if (!S_ISREG(status.st_mode)) { // asked first: the opening alone does something to some devices
         return isOutput ? OpenStream() : SAccessResult{EAccessFailure::NotFound, 0};
     }
-    // The folder's permissions decide about the exchange; the file's own would not be asked.
-    m_handle->file = place.Open(O_RDWR);
-    if (!m_handle->file.IsOpen() || fstat(m_handle->file.Get(), &status) != 0) {
-        return Failed(errno == ENOENT ? EAccessFailure::NotFound : EAccessFailure::NotWritable);
-    }
-    if (!S_ISREG(status.st_mode)) {
-        return {EAccessFailure::NotFound, 0};
-    }
-    if (status.st_nlink > 1 && !isOutput) {
-        return {EAccessFailure::OtherNames, 0};
-    }
-    return faccessat(place.folder.Get(), ".", W_OK | X_OK, AT_EACCESS) == 0 ? SAccessResult{}
-                                                                            : Failed(EAccessFailure::NotMade);
+    return m_handle->OpenFile(isOutput);
 }
 
 // A pipe with a name is waited for until somebody reads from it; nobody might ever read from another user's.
