@@ -1,10 +1,6 @@
 #include "link/client.h"
 
-#include "link/channel/request_pattern.h"
 #include "link/channel/sink.h"
-#include "model/status/progress.h"
-
-#include <chrono>
 
 namespace ruvo {
 
@@ -23,6 +19,11 @@ SSingleton& Singleton() {
     return singleton;
 }
 
+std::shared_ptr<CP32Wrap> HoldInstance() {
+    const std::lock_guard guard(Singleton().mutex);
+    return Singleton().wrap;
+}
+
 void StoreSingleton(std::shared_ptr<CP32Wrap> wrap) {
     const std::lock_guard guard(Singleton().mutex);
     Singleton().wrap.swap(wrap);
@@ -30,13 +31,13 @@ void StoreSingleton(std::shared_ptr<CP32Wrap> wrap) {
 
 } // namespace
 
+std::shared_ptr<CChannel> HoldChannel() {
+    const std::shared_ptr<CP32Wrap> wrap = HoldInstance();
+    return wrap == nullptr ? nullptr : std::shared_ptr<CChannel>(wrap, &wrap->m_channel);
+}
+
 CP32Wrap::CP32Wrap(CKey /*key*/) {}
 CP32Wrap::~CP32Wrap() = default;
-
-std::shared_ptr<CP32Wrap> CP32Wrap::HoldInstance() {
-    const std::lock_guard guard(Singleton().mutex);
-    return Singleton().wrap;
-}
 
 CP32Wrap* CP32Wrap::GetInstance() {
     return HoldInstance().get();
@@ -49,12 +50,9 @@ LinkStatus CP32Wrap::CreateInstance() {
     try {
         const auto wrap = std::make_shared<CP32Wrap>(CKey());
         StoreSingleton(wrap); // before the server is told of the sink, which looks the client up
-        wrap->m_connection = ConnectToServer();
-        if (wrap->m_connection != nullptr &&
-            wrap->m_connection->Advise(Singleton().sink, wrap->m_adviseCookie)) {
+        if (wrap->m_channel.Connect(Singleton().sink)) {
             return kLinkGood;
         }
-        wrap->m_connection.reset();
     } catch (...) { // a server that fails in an unforeseen way has failed to start
     }
     StoreSingleton(nullptr);
@@ -62,213 +60,229 @@ LinkStatus CP32Wrap::CreateInstance() {
 }
 
 void CP32Wrap::DestroyInstance() {
-    constexpr std::chrono::milliseconds kPatience(1000);
     const std::shared_ptr<CP32Wrap> wrap = HoldInstance();
-    if (wrap == nullptr) {
-        return;
+    if (wrap != nullptr && wrap->m_channel.Disconnect()) {
+        StoreSingleton(nullptr);
     }
-    std::unique_ptr<IServerConnection> connection;
-    {
-        std::unique_lock lock(wrap->m_commandLock, kPatience);
-        if (!lock.owns_lock()) {
-            wrap->m_events.SignalAbort();
-            try {
-                lock.lock();
-            } catch (const std::system_error&) { // out of a report on the command, which cannot end meanwhile
-                return;
-            }
-        }
-        connection = std::move(wrap->m_connection);
-    }
-    // Without the lock: the server waits here for a sink call that is under way, and that may want the lock.
-    try {
-        if (connection != nullptr && wrap->m_adviseCookie != 0) {
-            connection->Unadvise(wrap->m_adviseCookie);
-        }
-        connection.reset();
-    } catch (...) { // a server that fails while it is let go has been let go
-    }
-    StoreSingleton(nullptr);
-}
-
-CP32Wrap::SCallbacks& CP32Wrap::Callbacks() {
-    static SCallbacks callbacks;
-    return callbacks;
-}
-
-void CP32Wrap::SetGetPasswordCallback(GetPasswordFunction callback) {
-    Callbacks().getPassword = callback;
-}
-
-void CP32Wrap::SetPasswordAcceptedCallback(PasswordAcceptedFunction callback) {
-    Callbacks().passwordAccepted = callback;
-}
-
-void CP32Wrap::SetUsernamePasswordCallback(UsernamePasswordFunction callback) {
-    Callbacks().usernamePassword = callback;
-}
-
-void CP32Wrap::SetSecondEditionLoginCallback(SecondEditionLoginFunction callback) {
-    Callbacks().secondEditionLogin = callback;
-}
-
-void CP32Wrap::SetLoginAcceptedCallback(LoginAcceptedFunction callback) {
-    Callbacks().loginAccepted = callback;
-}
-
-void CP32Wrap::SetLoginCancelledCallback(LoginCancelledFunction callback) {
-    Callbacks().loginCancelled = callback;
-}
-
-void CP32Wrap::SetSecurityEventCallback(SecurityEventFunction callback) {
-    Callbacks().securityEvent = callback;
 }
 
 void CP32Wrap::SetDisconnectHandler(void (*handler)()) {
-    m_disconnectHandler = handler;
+    m_channel.SetDisconnectHandler(handler);
 }
 
 void CP32Wrap::SetDeviceAddress(std::uint8_t address) {
-    m_deviceAddress = address;
+    m_channel.SetDeviceAddress(address);
 }
 
 void CP32Wrap::RequestAbort() {
-    m_events.SignalAbort();
-}
-
-Variant CP32Wrap::Address() const {
-    return Variant::FromUI1(static_cast<std::uint8_t>(m_deviceAddress & 0xFF));
-}
-
-/// An abort during a password entry ends the entry as a whole: its requests see the abort and leave it there.
-bool CP32Wrap::Begin() {
-    if (m_enteringPassword) {
-        return !IsEntryAborted();
-    }
-    return !m_events.TakeAbort();
-}
-
-/// A completion that a command is waiting for stays: the request comes out of a report on it.
-void CP32Wrap::ResetCompletion() {
-    if (!m_isAwaiting) {
-        m_events.ResetCompletion();
-    }
-}
-
-bool CP32Wrap::IsEntryAborted() {
-    return m_enteringPassword && !m_restoringGuard && m_events.IsAbortSignalled();
-}
-
-void CP32Wrap::StoreMonitor(CProgressMonitor* monitor) {
-    const std::lock_guard guard(m_monitorMutex);
-    m_monitor = monitor;
-}
-
-/// Only what is still one's own: another thread's command may be waiting for its turn already.
-void CP32Wrap::ReleaseMonitor(const CProgressMonitor* monitor) {
-    const std::lock_guard guard(m_monitorMutex);
-    if (m_monitor == monitor) {
-        m_monitor = nullptr;
-    }
-}
-
-LinkStatus CP32Wrap::WaitForCommand() {
-    if (m_events.WaitForAny() == CCommandEvents::EWake::Completed) {
-        return m_events.WaitForCompletion();
-    }
-    const LinkStatus aborted =
-        CallServer([](IP32ls& server, Variant& status) { return server.Abort(status); });
-    m_events.TakeAbort();
-    // Status 0 promises that the aborted command completes; without that promise there is nothing to wait
-    // for.
-    return aborted == kLinkGood ? m_events.WaitForCompletion() : aborted;
-}
-
-/// Tells the monitor of the command that runs, if it has one. The command's operation waits for the end of
-/// the report before it returns, unless the report comes out of that operation itself.
-template <class Tell>
-void CP32Wrap::TellMonitor(Tell tell) {
-    const std::lock_guard guard(m_monitorMutex);
-    CProgressMonitor* const monitor = m_monitor;
-    if (monitor == nullptr) {
-        return;
-    }
-    try {
-        tell(*monitor);
-    } catch (...) { // NOLINT(bugprone-empty-catch): its own trouble, and no reason to tell it nothing more
-    }
-    if (m_monitor == nullptr) { // a request out of the report has taken it away
-        m_monitor = monitor;
-    }
-}
-
-void CP32Wrap::ReportProgress(std::uint32_t done, std::uint32_t total) {
-    if (total == 0) {
-        return;
-    }
-    const int percent = done >= total ? 100 : static_cast<int>(static_cast<double>(done) * 100.0 / total);
-    TellMonitor([&](CProgressMonitor& monitor) { monitor.SetPercent(percent); });
-}
-
-void CP32Wrap::ReportTransfer(std::int32_t value) {
-    TellMonitor([&](CProgressMonitor& monitor) {
-        auto* transfer = dynamic_cast<CTransferProgressMonitor*>(&monitor);
-        if (transfer != nullptr && transfer->IsReportingTransfer()) {
-            transfer->ReportTransfer(value);
-        }
-    });
-}
-
-void CP32Wrap::ReportLineStatus(LinkStatus status) {
-    void (*handler)() = m_disconnectHandler;
-    if (status == kLinkLineDisconnected && handler != nullptr) {
-        handler();
-    }
+    m_channel.RequestAbort();
 }
 
 LinkStatus CP32Wrap::OpenPort(CProgressMonitor* monitor, const std::string& port,
                               const std::string& parameters) {
-    return RunCommand(monitor, [&](IP32ls& server, Variant& status) {
-        return server.OpenPort(Variant::FromText(port), Variant::FromText(parameters), status);
-    });
+    return Held()->m_line.OpenPort(monitor, port, parameters);
 }
 
 LinkStatus CP32Wrap::ClosePort(CProgressMonitor* monitor) {
-    return RunCommand(monitor, [](IP32ls& server, Variant& status) { return server.ClosePort(status); });
+    return Held()->m_line.ClosePort(monitor);
 }
 
 LinkStatus CP32Wrap::SetTransactionValues(CProgressMonitor* monitor, std::int32_t busyHoldoff,
                                           std::int32_t busyCount, std::int32_t resetResponse,
                                           std::int32_t response, std::int32_t tryCount,
                                           std::int32_t transmitDelay, std::int32_t globalTransmit) {
-    const auto word = [](std::int32_t value) {
-        return Variant::FromI2(static_cast<std::int16_t>(static_cast<std::uint32_t>(value) & 0xFFFFU));
-    };
-    return RunCommand(monitor, [&](IP32ls& server, Variant& status) {
-        return server.SetTransactionValues(word(busyHoldoff), word(busyCount), word(resetResponse),
-                                           word(response), word(tryCount), word(transmitDelay),
-                                           word(globalTransmit), status);
-    });
+    return Held()->m_line.SetTransactionValues(monitor, busyHoldoff, busyCount, resetResponse, response,
+                                               tryCount, transmitDelay, globalTransmit);
 }
 
 LinkStatus CP32Wrap::ModemConnect(CProgressMonitor* monitor, const std::string& modemName,
                                   std::int32_t lineAddress, const std::string& countryCode,
                                   const std::string& areaCode, const std::string& numberToDial,
                                   std::uint8_t useCountryAndAreaCodes) {
-    const auto dial = [&](IP32ls& server, Variant& status) {
-        return server.ModemConnect(Variant::FromText(modemName), Variant::FromI4(lineAddress),
-                                   Variant::FromText(countryCode), Variant::FromText(areaCode),
-                                   Variant::FromText(numberToDial), Variant::FromUI1(useCountryAndAreaCodes),
-                                   status);
-    };
-    return RunOnce(monitor, [&] {
-        const std::lock_guard lock(m_commandLock);
-        return StartAndAwait(dial);
-    });
+    return Held()->m_line.ModemConnect(monitor, modemName, lineAddress, countryCode, areaCode, numberToDial,
+                                       useCountryAndAreaCodes);
 }
 
 LinkStatus CP32Wrap::ModemHangUp(CProgressMonitor* monitor) {
-    return RunCommand(monitor, [](IP32ls& server, Variant& status) { return server.ModemHangUp(status); });
+    return Held()->m_line.ModemHangUp(monitor);
+}
+
+LinkStatus CP32Wrap::GetColumnHeadings(CProgressMonitor* monitor, CParlaneDataArray& first,
+                                       CParlaneDataArray& second) {
+    return Held()->m_reads.GetColumnHeadings(monitor, first, second);
+}
+
+LinkStatus CP32Wrap::GetColumnText(CProgressMonitor* monitor, std::uint8_t column, CParlaneDataArray& first,
+                                   CParlaneDataArray& second) {
+    return Held()->m_reads.GetColumnText(monitor, column, first, second);
+}
+
+LinkStatus CP32Wrap::GetColumnValues(CProgressMonitor* monitor, std::uint8_t column, CParlaneDataArray& first,
+                                     CParlaneDataArray& second) {
+    return Held()->m_reads.GetColumnValues(monitor, column, first, second);
+}
+
+LinkStatus CP32Wrap::GetColumnTextAndValues(CProgressMonitor* monitor, std::uint8_t column,
+                                            CParlaneDataArray& locations, CParlaneDataArray& texts,
+                                            CParlaneDataArray& values) {
+    return Held()->m_reads.GetColumnTextAndValues(monitor, column, locations, texts, values);
+}
+
+LinkStatus CP32Wrap::GetStrings(CProgressMonitor* monitor, CellAddress cell, CParlaneDataArray& strings) {
+    return Held()->m_reads.GetStrings(monitor, cell, strings);
+}
+
+LinkStatus CP32Wrap::GetText(CProgressMonitor* monitor, CellAddress cell,
+                             std::unique_ptr<CParlaneData>& text) {
+    return Held()->m_reads.GetText(monitor, cell, text);
+}
+
+LinkStatus CP32Wrap::GetValue(CProgressMonitor* monitor, CellAddress cell, CParlaneDataArray& values) {
+    return Held()->m_reads.GetValue(monitor, cell, values);
+}
+
+LinkStatus CP32Wrap::GetValue(CProgressMonitor* monitor, CellAddress cell,
+                              std::unique_ptr<CParlaneData>& value, std::vector<std::uint8_t>& bytes) {
+    return Held()->m_reads.GetValue(monitor, cell, value, bytes);
+}
+
+LinkStatus CP32Wrap::GetValues(CProgressMonitor* monitor, std::span<const CellAddress> cells,
+                               CParlaneDataArray& values) {
+    return Held()->m_reads.GetValues(monitor, cells, values);
+}
+
+LinkStatus CP32Wrap::GetSettingLimits(CProgressMonitor* monitor, CellAddress cell,
+                                      CParlaneDataArray& limits) {
+    return Held()->m_reads.GetSettingLimits(monitor, cell, limits);
+}
+
+LinkStatus CP32Wrap::GetColumnSettingLimits(CProgressMonitor* monitor, std::uint8_t column,
+                                            CParlaneDataArray& first, CParlaneDataArray& second) {
+    return Held()->m_reads.GetColumnSettingLimits(monitor, column, first, second);
+}
+
+LinkStatus CP32Wrap::GetEvent(CProgressMonitor* monitor, std::uint8_t& kind, CParlaneDataArray& values,
+                              std::uint8_t& moreEvents) {
+    return Held()->m_reads.GetEvent(monitor, kind, values, moreEvents);
+}
+
+LinkStatus CP32Wrap::GetDeviceStatus(CProgressMonitor* monitor, std::uint8_t& statusByte) {
+    return Held()->m_reads.GetDeviceStatus(monitor, statusByte);
+}
+
+LinkStatus CP32Wrap::TestAvailableDisturbanceRecord(CProgressMonitor* monitor, std::uint8_t& available) {
+    return Held()->m_disturbance.TestAvailableDisturbanceRecord(monitor, available);
+}
+
+LinkStatus CP32Wrap::GetCompressDisturbanceRecord(CProgressMonitor* monitor, const CParlaneData& which,
+                                                  CParlaneDataArray& values) {
+    return Held()->m_disturbance.GetCompressDisturbanceRecord(monitor, which, values);
+}
+
+LinkStatus CP32Wrap::GetDisturbanceRecordConfiguration(CProgressMonitor* monitor, const CParlaneData& which,
+                                                       CParlaneDataArrayArray& lists) {
+    return Held()->m_disturbance.GetDisturbanceRecordConfiguration(monitor, which, lists);
+}
+
+LinkStatus CP32Wrap::GetDisturbanceRecordValues(CProgressMonitor* monitor, CParlaneDataArray& first,
+                                                CParlaneDataArray& second) {
+    return Held()->m_disturbance.GetDisturbanceRecordValues(monitor, first, second);
+}
+
+LinkStatus CP32Wrap::ChangeSetting(CProgressMonitor* monitor, CellAddress cell, const CParlaneData& value) {
+    return Held()->m_writes.ChangeSetting(monitor, cell, value);
+}
+
+LinkStatus CP32Wrap::SetValue(CProgressMonitor* monitor, CellAddress cell, const CParlaneData& value) {
+    return Held()->m_writes.SetValue(monitor, cell, value);
+}
+
+LinkStatus CP32Wrap::ResetCell(CProgressMonitor* monitor, CellAddress cell) {
+    return Held()->m_writes.ResetCell(monitor, cell);
+}
+
+LinkStatus CP32Wrap::SetBlockedValue(CProgressMonitor* monitor, CellAddress cell,
+                                     std::span<const std::uint8_t> bytes) {
+    return Held()->m_writes.SetBlockedValue(monitor, cell, bytes);
+}
+
+LinkStatus CP32Wrap::SetRealTime(CProgressMonitor* monitor, const CParlaneIEC870& time) {
+    return Held()->m_writes.SetRealTime(monitor, time);
+}
+
+LinkStatus CP32Wrap::ChangeDeviceAddress(CProgressMonitor* monitor, std::uint8_t newAddress,
+                                         const std::string& serialNumber) {
+    return Held()->m_writes.ChangeDeviceAddress(monitor, newAddress, serialNumber);
+}
+
+LinkStatus CP32Wrap::SelectSettingGroup(CProgressMonitor* monitor, std::uint8_t group) {
+    return Held()->m_writes.SelectSettingGroup(monitor, group);
+}
+
+void CP32Wrap::ProcessPasswordRequest(CProgressMonitor* monitor, LinkStatus& status, bool& passwordEntered,
+                                      bool& repeat, const std::string& message, CellAddress cell) {
+    Held()->m_entry.ProcessPasswordRequest(monitor, status, passwordEntered, repeat, message, cell);
+}
+
+LinkStatus CP32Wrap::EnterPassword(CProgressMonitor* monitor, bool passwordEntered) {
+    return Held()->m_entry.EnterPassword(monitor, passwordEntered);
+}
+
+LinkStatus CP32Wrap::EnterNonCyberSecurityPassword(const SPasswordRequest& request, bool passwordEntered) {
+    return Held()->m_passwordLogin.EnterNonCyberSecurityPassword(request, passwordEntered);
+}
+
+LinkStatus CP32Wrap::EnterCyberSecurityPassword(const SPasswordRequest& request, bool passwordEntered,
+                                                std::uint8_t securityColumn) {
+    return Held()->m_passwordLogin.EnterCyberSecurityPassword(request, passwordEntered, securityColumn);
+}
+
+LinkStatus CP32Wrap::EnterCyberSecurityBrickIntegratedLoginAndPassword(const SPasswordRequest& request,
+                                                                       bool passwordEntered,
+                                                                       std::uint8_t securityColumn) {
+    return Held()->m_userLogin.EnterCyberSecurityBrickIntegratedLoginAndPassword(request, passwordEntered,
+                                                                                 securityColumn);
+}
+
+LinkStatus CP32Wrap::EnterCyberSecurityBrickIntegratedLoginAndPasswordCSEd3(const SPasswordRequest& request,
+                                                                            bool passwordEntered,
+                                                                            std::uint8_t securityColumn) {
+    return Held()->m_userLogin.EnterCyberSecurityBrickIntegratedLoginAndPasswordCSEd3(
+        request, passwordEntered, securityColumn);
+}
+
+LinkStatus CP32Wrap::ChangeHashedPasswordSettingForCSEd3(CProgressMonitor* monitor, CellAddress cell,
+                                                         const std::string& username,
+                                                         const std::string& password, int flag) {
+    return Held()->m_userLogin.ChangeHashedPasswordSettingForCSEd3(monitor, cell, username, password, flag);
+}
+
+LinkStatus CP32Wrap::ExtractCSVersion(std::uint32_t& version) {
+    return Held()->m_cells.ExtractCSVersion(version);
+}
+
+LinkStatus CP32Wrap::ExtractCSUsernamesCount(std::int64_t& count) {
+    return Held()->m_cells.ExtractCSUsernamesCount(count);
+}
+
+LinkStatus CP32Wrap::ExtractCSAvailableUsernames(std::vector<SUserName>& names) {
+    return Held()->m_cells.ExtractCSAvailableUsernames(names);
+}
+
+bool CP32Wrap::ExtractCSEd3SATSupported() {
+    return Held()->m_cells.ExtractCSEd3SATSupported();
+}
+
+LinkStatus CP32Wrap::DetermineCSPasswordMaxLength(std::uint32_t& length) {
+    return Held()->m_cells.DetermineCSPasswordMaxLength(length);
+}
+
+LinkStatus CP32Wrap::DetermineCSUsernameMaxLength(std::uint32_t& length) {
+    return Held()->m_cells.DetermineCSUsernameMaxLength(length);
+}
+
+LinkStatus CP32Wrap::DetermineCSSATSupported(bool& supported) {
+    return Held()->m_cells.DetermineCSSATSupported(supported);
 }
 
 } // namespace ruvo

@@ -1,64 +1,62 @@
-// The pattern that every request follows; included by the files that implement CP32Wrap, by nobody else.
+// The pattern that every request to the comms server follows.
 #pragma once
 
-#include "link/client.h"
+#include "link/channel/channel.h"
+#include "link/channel/password_check.h"
+#include "link/seam/variant.h"
+
+#include <string>
 
 namespace ruvo {
-
-/// The callbacks that the application registers; process-wide, set before the first request.
-struct CP32Wrap::SCallbacks {
-    GetPasswordFunction getPassword = nullptr;
-    PasswordAcceptedFunction passwordAccepted = nullptr;
-    UsernamePasswordFunction usernamePassword = nullptr;
-    SecondEditionLoginFunction secondEditionLogin = nullptr;
-    LoginAcceptedFunction loginAccepted = nullptr;
-    LoginCancelledFunction loginCancelled = nullptr;
-    SecurityEventFunction securityEvent = nullptr;
-};
-
-/// Lends the caller's monitor to the sink for the time of one operation. The sink reports on other threads,
-/// so it must have let go of the monitor when the operation returns.
-class CP32Wrap::CMonitorScope {
-public:
-    CMonitorScope(CP32Wrap& wrap, CProgressMonitor* monitor) : m_wrap(wrap), m_monitor(monitor) {
-        m_wrap.StoreMonitor(monitor);
-    }
-    CMonitorScope(const CMonitorScope&) = delete;
-    CMonitorScope& operator=(const CMonitorScope&) = delete;
-    ~CMonitorScope() { m_wrap.ReleaseMonitor(m_monitor); }
-
-private:
-    CP32Wrap& m_wrap;
-    CProgressMonitor* m_monitor;
-};
 
 inline Variant CellVariant(CellAddress cell) {
     return Variant::FromI2(static_cast<std::int16_t>(cell));
 }
 
-/// One server call under the command lock: its status, or 255 when it did not get through. `call` takes the
-/// server and the result variant.
-template <class Call>
-LinkStatus CP32Wrap::CallServer(Call call) {
-    if (m_connection == nullptr) {
-        return kLinkComFailure;
-    }
-    try {
-        Variant result;
-        std::int32_t status = 0;
-        if (call(m_connection->Server(), result) != EComResult::Ok || !result.ToI4(status)) {
-            return kLinkComFailure;
-        }
-        return static_cast<LinkStatus>(status);
-    } catch (...) {
-        return kLinkComFailure;
-    }
-}
+/// Runs requests on the channel. A request is a number of passes; a pass is one server call, or a start, a
+/// wait and a fetch, under the command lock. The lock is free between two passes, when a password is entered.
+class CRequestPattern {
+public:
+    /// Borrows both for its own life.
+    CRequestPattern(CChannel& channel, IPasswordCheck& check) : m_channel(channel), m_check(check) {}
+
+    CChannel& Channel() { return m_channel; }
+    Variant Address() const { return m_channel.Address(); }
+
+    /// A whole request: `pass` is repeated as long as the relay asks for a password and the entry succeeds.
+    /// `name` is the operation's, for the trace.
+    template <class Pass>
+    LinkStatus RunRequest(CProgressMonitor* monitor, const char* name, Pass pass, CellAddress cell = 0);
+    /// A request of one call without outputs.
+    template <class Call>
+    LinkStatus RunWrite(CProgressMonitor* monitor, const char* name, Call call, CellAddress cell = 0);
+    /// A command without password entry.
+    template <class Pass>
+    LinkStatus RunOnce(CProgressMonitor* monitor, Pass pass);
+    /// The same of one call without outputs.
+    template <class Call>
+    LinkStatus RunCommand(CProgressMonitor* monitor, Call call);
+
+    /// One pass of a request that answers at once. `unpack` takes the outputs apart and is called for status
+    /// 0 only; false makes the status 254.
+    template <class Call, class Unpack>
+    LinkStatus RunPass(Call call, Unpack unpack);
+    /// One pass of a request that is started, completes later and is then fetched.
+    template <class Start, class Fetch, class Unpack>
+    LinkStatus RunStartedPass(Start start, Fetch fetch, Unpack unpack);
+
+private:
+    template <class Action>
+    static LinkStatus CaughtAsFailure(Action action) noexcept;
+
+    CChannel& m_channel;
+    IPasswordCheck& m_check;
+};
 
 /// What is left of a request that cannot be carried through: no memory for it or its reply, or a wait that
 /// would never end. For the caller it has not come through.
 template <class Action>
-LinkStatus CaughtAsFailure(Action action) noexcept {
+LinkStatus CRequestPattern::CaughtAsFailure(Action action) noexcept {
     try {
         return action();
     } catch (...) {
@@ -66,48 +64,29 @@ LinkStatus CaughtAsFailure(Action action) noexcept {
     }
 }
 
-/// One pass of a request that answers at once. `unpack` takes the outputs apart and is called for status 0
-/// only; false makes the status 254.
 template <class Call, class Unpack>
-LinkStatus CP32Wrap::RunPass(Call call, Unpack unpack) {
-    const std::lock_guard lock(m_commandLock);
-    ResetCompletion();
-    const LinkStatus status = CallServer(call);
+LinkStatus CRequestPattern::RunPass(Call call, Unpack unpack) {
+    const CChannel::CommandLock lock(m_channel.Lock());
+    m_channel.ResetCompletion();
+    const LinkStatus status = m_channel.CallServer(call);
     return status == kLinkGood && !unpack() ? kLinkBadReply : status;
 }
 
-/// Starts a command and waits for its end; the caller holds the command lock. A command that a report on this
-/// one starts is refused, since nobody could tell their completions apart.
-template <class Start>
-LinkStatus CP32Wrap::StartAndAwait(Start start) {
-    if (m_isAwaiting) {
-        return kLinkComFailure;
-    }
-    m_events.ResetCompletion();
-    m_isAwaiting = true;
-    const LinkStatus started = CallServer(start);
-    const LinkStatus ended = started == kLinkGood ? WaitForCommand() : started;
-    m_isAwaiting = false;
-    return ended;
-}
-
-/// One pass of a request that is started, completes later and is then fetched.
 template <class Start, class Fetch, class Unpack>
-LinkStatus CP32Wrap::RunStartedPass(Start start, Fetch fetch, Unpack unpack) {
-    const std::lock_guard lock(m_commandLock);
-    LinkStatus status = StartAndAwait(start);
+LinkStatus CRequestPattern::RunStartedPass(Start start, Fetch fetch, Unpack unpack) {
+    const CChannel::CommandLock lock(m_channel.Lock());
+    LinkStatus status = m_channel.StartAndWait(start);
     if (status == kLinkGood) {
-        status = CallServer(fetch);
+        status = m_channel.CallServer(fetch);
     }
     return status == kLinkGood && !unpack() ? kLinkBadReply : status;
 }
 
-/// A whole request: passes are repeated as long as the relay asks for a password and the entry succeeds.
 template <class Pass>
-LinkStatus CP32Wrap::RunRequest(CProgressMonitor* monitor, const char* name, Pass pass, CellAddress cell) {
-    const auto self = shared_from_this(); // DestroyInstance may run while we are between two calls
-    const CMonitorScope scope(*this, monitor);
-    if (!Begin()) {
+LinkStatus CRequestPattern::RunRequest(CProgressMonitor* monitor, const char* name, Pass pass,
+                                       CellAddress cell) {
+    const CMonitorSlot::CLoan loan(m_channel.Monitor(), monitor);
+    if (!m_channel.Begin()) {
         return kLinkAborted;
     }
     return CaughtAsFailure([&] {
@@ -115,11 +94,12 @@ LinkStatus CP32Wrap::RunRequest(CProgressMonitor* monitor, const char* name, Pas
         bool repeat = true;
         LinkStatus status = kLinkGood;
         while (repeat) {
-            StoreMonitor(monitor); // the requests of a password entry in between have released it
+            m_channel.Monitor().Store(monitor); // a password entry in between has released it
             status = pass();
             if (IsPasswordRequest(status)) {
-                ProcessPasswordRequest(monitor, status, passwordEntered, repeat,
-                                       std::string("CP32Wrap::") + name + " calls EnterPassword()", cell);
+                m_check.ProcessPasswordRequest(monitor, status, passwordEntered, repeat,
+                                               std::string("CP32Wrap::") + name + " calls EnterPassword()",
+                                               cell);
             } else {
                 repeat = false;
             }
@@ -128,24 +108,21 @@ LinkStatus CP32Wrap::RunRequest(CProgressMonitor* monitor, const char* name, Pas
     });
 }
 
-/// A request without outputs.
 template <class Call>
-LinkStatus CP32Wrap::RunWrite(CProgressMonitor* monitor, const char* name, Call call, CellAddress cell) {
+LinkStatus CRequestPattern::RunWrite(CProgressMonitor* monitor, const char* name, Call call,
+                                     CellAddress cell) {
     return RunRequest(
         monitor, name, [&] { return RunPass(call, [] { return true; }); }, cell);
 }
 
-/// A command without password entry.
 template <class Pass>
-LinkStatus CP32Wrap::RunOnce(CProgressMonitor* monitor, Pass pass) {
-    const auto self = shared_from_this();
-    const CMonitorScope scope(*this, monitor);
-    return Begin() ? CaughtAsFailure(pass) : kLinkAborted;
+LinkStatus CRequestPattern::RunOnce(CProgressMonitor* monitor, Pass pass) {
+    const CMonitorSlot::CLoan loan(m_channel.Monitor(), monitor);
+    return m_channel.Begin() ? CaughtAsFailure(pass) : kLinkAborted;
 }
 
-/// The same without outputs.
 template <class Call>
-LinkStatus CP32Wrap::RunCommand(CProgressMonitor* monitor, Call call) {
+LinkStatus CRequestPattern::RunCommand(CProgressMonitor* monitor, Call call) {
     return RunOnce(monitor, [&] { return RunPass(call, [] { return true; }); });
 }
 

@@ -1,7 +1,6 @@
 #include "link/channel/sink.h"
 
-#include "link/client.h"
-#include "link/seam/link_status.h"
+#include "link/channel/channel.h"
 
 namespace ruvo {
 
@@ -12,36 +11,37 @@ LinkStatus StatusOf(const Variant& variant) {
     return variant.ToI4(number) ? static_cast<LinkStatus>(number) : kLinkComFailure;
 }
 
-} // namespace
-
-/// Tells the client, if there is one. The server learns of no failure in it, and its thread is not kept.
-template <class Tell>
-void CP32lsSink_v2::Deliver(Tell tell) noexcept {
-    const std::shared_ptr<CP32Wrap> wrap = CP32Wrap::HoldInstance();
-    if (wrap == nullptr) {
+/// Reports to the channel, if there is a client. The server learns of no failure in it, and its thread is not
+/// kept.
+template <class Report>
+void PassOn(Report report) noexcept {
+    const std::shared_ptr<CChannel> channel = HoldChannel();
+    if (channel == nullptr) {
         return;
     }
     const CCommandMutex::CNoWaiting noWaiting;
     try {
-        tell(*wrap);
+        report(*channel);
     } catch (...) { // NOLINT(bugprone-empty-catch): the handler's own trouble
     }
 }
+
+} // namespace
 
 void CP32lsSink_v2::OnProgress(const Variant& done, const Variant& total) noexcept {
     std::int32_t doneCount = 0;
     std::int32_t totalCount = 0;
     if (done.ToI4(doneCount) && total.ToI4(totalCount)) {
-        Deliver([&](CP32Wrap& wrap) {
-            wrap.ReportProgress(static_cast<std::uint32_t>(doneCount),
-                                static_cast<std::uint32_t>(totalCount));
+        PassOn([&](CChannel& channel) {
+            channel.Monitor().ReportProgress(static_cast<std::uint32_t>(doneCount),
+                                             static_cast<std::uint32_t>(totalCount));
         });
     }
 }
 
 void CP32lsSink_v2::OnCommandComplete(const Variant& status) noexcept {
     // A status that is no number still ends the command: nothing else would ever wake its wait.
-    Deliver([&](CP32Wrap& wrap) { wrap.m_events.SignalCompletion(StatusOf(status)); });
+    PassOn([&](CChannel& channel) { channel.ReportCompletion(StatusOf(status)); });
 }
 
 void CP32lsSink_v2::OnCommandCompleteAlt(const Variant& status) noexcept {
@@ -49,13 +49,13 @@ void CP32lsSink_v2::OnCommandCompleteAlt(const Variant& status) noexcept {
 }
 
 void CP32lsSink_v2::OnLineStatus(const Variant& status) noexcept {
-    Deliver([&](CP32Wrap& wrap) { wrap.ReportLineStatus(StatusOf(status)); });
+    PassOn([&](CChannel& channel) { channel.ReportLineStatus(StatusOf(status)); });
 }
 
 void CP32lsSink_v2::OnTransferProgress(const Variant& value) noexcept {
     std::int32_t number = 0;
     if (value.ToI4(number)) {
-        Deliver([&](CP32Wrap& wrap) { wrap.ReportTransfer(number); });
+        PassOn([&](CChannel& channel) { channel.Monitor().ReportTransfer(number); });
     }
 }
 

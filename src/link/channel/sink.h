@@ -5,8 +5,8 @@
 
 namespace ruvo {
 
-/// Stateless; finds the client through CP32Wrap::GetInstance, so a late event after the client is gone is
-/// lost harmlessly.
+/// Stateless; looks the client's channel up at every event, so a late one after the client is gone is lost
+/// harmlessly.
 class CP32lsSink_v2 final : public IP32lsSink_v2 {
 public:
     void OnProgress(const Variant& done, const Variant& total) noexcept override;
@@ -14,10 +14,6 @@ public:
     void OnCommandCompleteAlt(const Variant& status) noexcept override;
     void OnLineStatus(const Variant& status) noexcept override;
     void OnTransferProgress(const Variant& value) noexcept override;
-
-private:
-    template <class Tell>
-    static void Deliver(Tell tell) noexcept;
 };
 
 } // namespace ruvo

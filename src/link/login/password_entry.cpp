@@ -1,5 +1,4 @@
-// Entering a password on the caller's behalf: what is common to all generations of access control.
-#include "link/channel/request_pattern.h"
+#include "link/login/password_entry.h"
 
 #include "model/values/parlane_integers.h"
 #include "model/values/parlane_text.h"
@@ -38,10 +37,11 @@ std::unique_ptr<CParlaneData> MakeZero(const CParlaneData& value) {
 
 } // namespace
 
-void CP32Wrap::ProcessPasswordRequest(CProgressMonitor* monitor, LinkStatus& status, bool& passwordEntered,
-                                      bool& repeat, const std::string& message, CellAddress cell) {
+void CPasswordEntry::ProcessPasswordRequest(CProgressMonitor* monitor, LinkStatus& status,
+                                            bool& passwordEntered, bool& repeat, const std::string& message,
+                                            CellAddress cell) {
     // A request made during an entry must not start a second one: a hostile relay would recurse us to death.
-    if (IsPasswordRequest(status) && !m_enteringPassword) {
+    if (IsPasswordRequest(status) && !m_parts.channel.IsEntering()) {
         if (cell == 0) {
             TraceInfo("%s", message.c_str());
         } else {
@@ -57,10 +57,8 @@ void CP32Wrap::ProcessPasswordRequest(CProgressMonitor* monitor, LinkStatus& sta
     repeat = false;
 }
 
-LinkStatus CP32Wrap::EnterPassword(CProgressMonitor* monitor, bool passwordEntered) {
-    const auto self = shared_from_this();
-    m_entryMonitor = monitor;
-    m_enteringPassword = true;
+LinkStatus CPasswordEntry::EnterPassword(CProgressMonitor* monitor, bool passwordEntered) {
+    m_parts.channel.BeginEntry(monitor);
     LinkStatus status = kLinkAborted;
     std::unique_ptr<CParlaneData> guardValue;
     try {
@@ -70,32 +68,34 @@ LinkStatus CP32Wrap::EnterPassword(CProgressMonitor* monitor, bool passwordEnter
         TraceError("CP32Wrap::EnterPassword : Exception occured during method execution");
     }
     RestorePasswordGuard(guardValue.get());
-    m_enteringPassword = false;
-    m_entryMonitor = nullptr;
-    ReleaseMonitor(monitor);
-    return m_events.TakeAbort() ? kLinkAborted : status;
+    return m_parts.channel.EndEntry(monitor) ? kLinkAborted : status;
+}
+
+/// The present value of the guard cell, or null.
+std::unique_ptr<CParlaneData> CPasswordEntry::ReadPasswordGuard() {
+    constexpr std::size_t kLimitCount = 5; // only a full set of limits begins with the present value
+    CParlaneDataArray limits;
+    LinkStatus status = m_parts.cells.ReadLimits(cells::kPasswordGuard, limits);
+    if (status == kLinkGood && limits.size() == kLimitCount) {
+        return std::move(limits.front());
+    }
+    return status == kLinkAborted ? nullptr : m_parts.cells.ReadFirstValue(cells::kPasswordGuard, status);
 }
 
 /// Clears the guard cell. `saved` becomes the value to write back afterwards, and stays null when there is
 /// nothing to restore.
-void CP32Wrap::ClearPasswordGuard(std::unique_ptr<CParlaneData>& saved) {
-    constexpr std::size_t kLimitCount = 5; // only a full set of limits begins with the present value
-    std::unique_ptr<CParlaneData> value;
-    CParlaneDataArray limits;
-    LinkStatus status = GetSettingLimits(m_entryMonitor, cells::kPasswordGuard, limits);
-    if (status == kLinkGood && limits.size() == kLimitCount) {
-        value = std::move(limits.front());
-    } else if (status != kLinkAborted) {
-        value = ReadFirstValue(cells::kPasswordGuard, status);
-    }
+void CPasswordEntry::ClearPasswordGuard(std::unique_ptr<CParlaneData>& saved) {
+    std::unique_ptr<CParlaneData> value = ReadPasswordGuard();
     const std::unique_ptr<CParlaneData> zero =
         value == nullptr || value->GetUnsigned() == 0 ? nullptr : MakeZero(*value);
     if (zero == nullptr) {
         return;
     }
     saved = std::move(value); // before the write: the relay may have taken it even when we never hear of that
-    const LinkStatus written = ChangeSetting(m_entryMonitor, cells::kPasswordGuard, *zero);
-    const std::unique_ptr<CParlaneData> now = ReadFirstValue(cells::kPasswordGuard, status);
+    const LinkStatus written =
+        m_parts.writes.ChangeSetting(m_parts.channel.EntryMonitor(), cells::kPasswordGuard, *zero);
+    LinkStatus status = kLinkGood;
+    const std::unique_ptr<CParlaneData> now = m_parts.cells.ReadFirstValue(cells::kPasswordGuard, status);
     // Where no answer came through, the cell itself tells whether it was cleared.
     const bool isAnswered = written == kLinkGood || IsReply(written);
     const bool isCleared =
@@ -105,52 +105,56 @@ void CP32Wrap::ClearPasswordGuard(std::unique_ptr<CParlaneData>& saved) {
     }
 }
 
-void CP32Wrap::RestorePasswordGuard(const CParlaneData* saved) noexcept {
+void CPasswordEntry::RestorePasswordGuard(const CParlaneData* saved) noexcept {
     if (saved == nullptr) {
         return;
     }
-    m_restoringGuard = true;
+    m_parts.channel.SetAbortIgnored(true);
     try {
-        if (!IsWriteGood(ChangeSetting(m_entryMonitor, cells::kPasswordGuard, *saved))) {
+        const LinkStatus restored =
+            m_parts.writes.ChangeSetting(m_parts.channel.EntryMonitor(), cells::kPasswordGuard, *saved);
+        if (!IsWriteGood(restored)) {
             TraceError("CP32Wrap::EnterPassword : Cell BF.03 could not be restored");
         }
     } catch (...) { // nothing that could still be done for the cell
     }
-    m_restoringGuard = false;
+    m_parts.channel.SetAbortIgnored(false);
 }
 
 /// Gathers the facts about the relay. `version` becomes its access-control generation, or 0 when it tells
 /// none.
-SPasswordRequest CP32Wrap::BuildPasswordRequest(std::uint8_t securityColumn, std::uint32_t& version) {
+SPasswordRequest CPasswordEntry::BuildPasswordRequest(std::uint8_t securityColumn, std::uint32_t& version) {
     SPasswordRequest request{};
     LinkStatus status = kLinkGood;
-    CopyField(request.description, ReadFirstValue(cells::kDescription, status).get());
-    CopyField(request.plant, ReadFirstValue(cells::kPlant, status).get());
-    CopyField(request.model, ReadFirstValue(cells::kModel, status).get());
-    CopyField(request.serialNumber, ReadFirstValue(cells::kSerialNumber, status).get());
-    CopyField(request.software, ReadFirstValue(cells::kSoftware, status).get());
-    const std::unique_ptr<CParlaneData> generation = ReadFirstValue(cells::kSecurityVersion, status);
+    CopyField(request.description, m_parts.cells.ReadFirstValue(cells::kDescription, status).get());
+    CopyField(request.plant, m_parts.cells.ReadFirstValue(cells::kPlant, status).get());
+    CopyField(request.model, m_parts.cells.ReadFirstValue(cells::kModel, status).get());
+    CopyField(request.serialNumber, m_parts.cells.ReadFirstValue(cells::kSerialNumber, status).get());
+    CopyField(request.software, m_parts.cells.ReadFirstValue(cells::kSoftware, status).get());
+    const std::unique_ptr<CParlaneData> generation =
+        m_parts.cells.ReadFirstValue(cells::kSecurityVersion, status);
     version = generation == nullptr ? 0 : generation->GetUnsigned();
     if (generation != nullptr) {
         const CellAddress cell = MakeCellAddress(securityColumn, rows::kDisplayText);
-        CopyField(request.displayText, ReadFirstValue(cell, status).get());
+        CopyField(request.displayText, m_parts.cells.ReadFirstValue(cell, status).get());
     } else {
-        ReadFirstValue(cells::kSecondIdentification, status);
+        m_parts.cells.ReadFirstValue(cells::kSecondIdentification, status);
     }
     return request;
 }
 
-LinkStatus CP32Wrap::EnterPasswordByGeneration(bool passwordEntered) {
+LinkStatus CPasswordEntry::EnterPasswordByGeneration(bool passwordEntered) {
     LinkStatus status = kLinkGood;
-    const std::unique_ptr<CParlaneData> value = ReadFirstValue(cells::kSecurityColumn, status);
+    const std::unique_ptr<CParlaneData> value = m_parts.cells.ReadFirstValue(cells::kSecurityColumn, status);
     const auto column = static_cast<std::uint8_t>(value == nullptr ? 0 : value->GetUnsigned() & 0xFFU);
     std::uint32_t versionBefore = 0;
     const SPasswordRequest request = BuildPasswordRequest(column, versionBefore);
     std::uint32_t version = 0;
-    if (ExtractCSVersion(version) != kLinkGood) {
+    if (m_parts.cells.ExtractCSVersion(version) != kLinkGood) {
         version = 0;
     }
-    if (IsEntryAborted()) { // what could not be read for that reason says nothing of the relay
+    if (m_parts.channel
+            .IsEntryAborted()) { // what could not be read for that reason says nothing of the relay
         return kLinkAborted;
     }
     if (version == 0 && versionBefore != 0) { // one bad answer must not send the password as it is
@@ -160,13 +164,15 @@ LinkStatus CP32Wrap::EnterPasswordByGeneration(bool passwordEntered) {
     }
     switch (version) {
     case 0:
-        return EnterNonCyberSecurityPassword(request, passwordEntered);
+        return m_passwordLogin.EnterNonCyberSecurityPassword(request, passwordEntered);
     case 1:
-        return EnterCyberSecurityPassword(request, passwordEntered, column);
+        return m_passwordLogin.EnterCyberSecurityPassword(request, passwordEntered, column);
     case 2:
-        return EnterCyberSecurityBrickIntegratedLoginAndPassword(request, passwordEntered, column);
+        return m_userLogin.EnterCyberSecurityBrickIntegratedLoginAndPassword(request, passwordEntered,
+                                                                             column);
     default:
-        return EnterCyberSecurityBrickIntegratedLoginAndPasswordCSEd3(request, passwordEntered, column);
+        return m_userLogin.EnterCyberSecurityBrickIntegratedLoginAndPasswordCSEd3(request, passwordEntered,
+                                                                                  column);
     }
 }
 

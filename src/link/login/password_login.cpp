@@ -1,5 +1,4 @@
-// The two generations that know a password and no user: plain, and enciphered.
-#include "link/login/login.h"
+#include "link/login/password_login.h"
 
 #include "base/secret.h"
 #include "model/values/parlane_text.h"
@@ -8,64 +7,75 @@
 
 namespace ruvo {
 
+namespace {
+
+/// Asks the application for a password of at most `length` characters and lets `send` send it: what `send`
+/// returns, or none when the application declines.
 template <class Send>
-std::optional<LinkStatus> CP32Wrap::CLogin::Attempt(const SPasswordRequest& request, std::uint32_t length,
-                                                    const SLoginReport& report, Send send) const {
+std::optional<LinkStatus> AskAndSend(const CLoginAttempts& attempts, const SPasswordRequest& request,
+                                     std::uint32_t length, const SLoginReport& report, Send send) {
     CSecret password(length, ' ');
     char* buffer = password.Data();
     std::uint32_t noNotify = 0;
-    const GetPasswordFunction ask = Callbacks().getPassword;
+    const GetPasswordFunction ask = LinkCallbacks().getPassword;
     if (ask == nullptr || ask(request, &buffer, length, &noNotify, report.code, report.extra) != 0 ||
         buffer == nullptr) {
-        return Cancel();
+        return attempts.Cancel();
     }
     const std::optional<LinkStatus> status = send(buffer);
-    const PasswordAcceptedFunction accepted = Callbacks().passwordAccepted;
+    const PasswordAcceptedFunction accepted = LinkCallbacks().passwordAccepted;
     if (status && IsWriteGood(*status) && noNotify == 0 && accepted != nullptr) {
         accepted(request.model);
     }
     return status;
 }
 
-LinkStatus CP32Wrap::EnterNonCyberSecurityPassword(const SPasswordRequest& request, bool passwordEntered) {
-    CLogin login(*this, kPlainLogin, 0);
+} // namespace
+
+LinkStatus CPasswordLogin::EnterNonCyberSecurityPassword(const SPasswordRequest& request,
+                                                         bool passwordEntered) {
+    CLoginAttempts attempts(m_parts, kPlainLogin, 0);
     const auto send = [&](const char* password) {
         CParlanePassword value{std::string_view(password)};
         // The value is ours; it has no other way to be wiped.
         const CWipeAtScopeEnd wipe(const_cast<std::string&>(value.GetText()));
-        const CommandLock lock(m_commandLock);
-        return WriteCredential(lock, cells::kPassword, value, EWriteSlot::ChangeSetting);
+        const CChannel::CommandLock lock(m_parts.channel.Lock());
+        return m_parts.writes.WriteCredential(lock, cells::kPassword, value,
+                                              CWrites::EOperation::ChangeSetting);
     };
-    return login.Run(passwordEntered, [&](const SLoginReport& report) {
-        const std::uint32_t length = ReadPasswordLength(cells::kPassword).value_or(0);
-        return login.Attempt(request, length, report, send);
+    return attempts.Run(passwordEntered, [&](const SLoginReport& report) {
+        const std::uint32_t length = m_parts.cells.ReadPasswordLength(cells::kPassword).value_or(0);
+        return AskAndSend(attempts, request, length, report, send);
     });
 }
 
-LinkStatus CP32Wrap::EnterCyberSecurityPassword(const SPasswordRequest& request, bool passwordEntered,
-                                                std::uint8_t securityColumn) {
-    CLogin login(*this, kEncipheredLogin, securityColumn);
+LinkStatus CPasswordLogin::EnterCyberSecurityPassword(const SPasswordRequest& request, bool passwordEntered,
+                                                      std::uint8_t securityColumn) {
+    CLoginAttempts attempts(m_parts, kEncipheredLogin, securityColumn);
     const auto send = [&](const char* password) -> std::optional<LinkStatus> {
         LinkStatus status = kLinkGood;
-        const std::optional<std::string> key = ReadText(cells::kEncryptionKey, status);
+        const std::optional<std::string> key = m_parts.cells.ReadText(cells::kEncryptionKey, status);
         if (!key) { // under another key the password is wrong, and costs one of the relay's attempts
             // A status that counts as success would have the request repeated, with this entry, for ever.
-            return login.Fail("Encryption key cannot be read", IsWriteGood(status) ? kLinkAborted : status);
+            return attempts.Fail("Encryption key cannot be read",
+                                 IsWriteGood(status) ? kLinkAborted : status);
         }
         try {
             const CParlaneEncryptedPassword value(password, *key);
-            const CommandLock lock(m_commandLock);
-            return WriteCredential(lock, cells::kSecurityPassword, value, EWriteSlot::ChangeSetting);
+            const CChannel::CommandLock lock(m_parts.channel.Lock());
+            return m_parts.writes.WriteCredential(lock, cells::kSecurityPassword, value,
+                                                  CWrites::EOperation::ChangeSetting);
         } catch (const std::invalid_argument&) { // shorter than the cipher's block
             return kLinkBadReply;
         }
     };
-    return login.Run(passwordEntered, [&](const SLoginReport& report) -> std::optional<LinkStatus> {
-        const std::optional<std::uint32_t> length = ReadPasswordLength(cells::kSecurityPassword);
+    return attempts.Run(passwordEntered, [&](const SLoginReport& report) -> std::optional<LinkStatus> {
+        const std::optional<std::uint32_t> length =
+            m_parts.cells.ReadPasswordLength(cells::kSecurityPassword);
         if (!length) {
-            return login.Fail("Check if P32LS supports cyber-security enhancements");
+            return attempts.Fail("Check if P32LS supports cyber-security enhancements");
         }
-        return login.Attempt(request, *length, report, send);
+        return AskAndSend(attempts, request, *length, report, send);
     });
 }
 

@@ -1,5 +1,4 @@
-// What a password entry reads of the relay: single cells, and what they say of its access control.
-#include "link/channel/request_pattern.h"
+#include "link/login/security_cells.h"
 
 #include "model/values/parlane_integers.h"
 #include "model/values/parlane_text.h"
@@ -21,15 +20,15 @@ SUserName MakeUserName(const std::string& text) {
 
 } // namespace
 
-std::unique_ptr<CParlaneData> CP32Wrap::ReadFirstValue(CellAddress cell, LinkStatus& status) {
+std::unique_ptr<CParlaneData> CSecurityCells::ReadFirstValue(CellAddress cell, LinkStatus& status) {
     CParlaneDataArray values;
-    status = GetValue(m_entryMonitor, cell, values);
+    status = m_reads.GetValue(m_channel.EntryMonitor(), cell, values);
     const bool hasValue =
         status == kLinkGood && !values.empty() && values.front()->GetTypeCode() != kTypeInvalid;
     return hasValue ? std::move(values.front()) : nullptr;
 }
 
-std::optional<std::int64_t> CP32Wrap::ReadNumber(CellAddress cell, LinkStatus& status) {
+std::optional<std::int64_t> CSecurityCells::ReadNumber(CellAddress cell, LinkStatus& status) {
     const std::unique_ptr<CParlaneData> value = ReadFirstValue(cell, status);
     if (value == nullptr) {
         return std::nullopt;
@@ -40,27 +39,27 @@ std::optional<std::int64_t> CP32Wrap::ReadNumber(CellAddress cell, LinkStatus& s
                                             : std::int64_t{number};
 }
 
-std::optional<std::string> CP32Wrap::ReadText(CellAddress cell, LinkStatus& status) {
+std::optional<std::string> CSecurityCells::ReadText(CellAddress cell, LinkStatus& status) {
     const std::unique_ptr<CParlaneData> value = ReadFirstValue(cell, status);
     const auto* text = dynamic_cast<const CParlaneText*>(value.get());
     return text == nullptr ? std::nullopt : std::optional(text->GetText());
 }
 
-/// Length of the password that a cell takes: the size of the first of its limits; none when they cannot be
-/// read.
-std::optional<std::uint32_t> CP32Wrap::ReadPasswordLength(CellAddress cell) {
+LinkStatus CSecurityCells::ReadLimits(CellAddress cell, CParlaneDataArray& limits) {
+    return m_reads.GetSettingLimits(m_channel.EntryMonitor(), cell, limits);
+}
+
+std::optional<std::uint32_t> CSecurityCells::ReadPasswordLength(CellAddress cell) {
     CParlaneDataArray limits;
-    if (GetSettingLimits(m_entryMonitor, cell, limits) != kLinkGood || limits.empty() ||
+    if (ReadLimits(cell, limits) != kLinkGood || limits.empty() ||
         limits.front()->GetTypeCode() == kTypeInvalid) {
         return std::nullopt;
     }
     return static_cast<std::uint32_t>(limits.front()->GetSize());
 }
 
-/// The names of the first `count` users; false when one cannot be read, or when the column has no room for so
-/// many: a relay may claim billions.
-bool CP32Wrap::ReadUserNames(std::uint8_t securityColumn, std::int64_t count, std::vector<SUserName>& names,
-                             ENameTrace trace) {
+bool CSecurityCells::ReadUserNames(std::uint8_t securityColumn, std::int64_t count,
+                                   std::vector<SUserName>& names, ENameTrace trace) {
     names.clear();
     if (count > static_cast<std::int64_t>(kMaxUsers)) {
         return false;
@@ -80,7 +79,7 @@ bool CP32Wrap::ReadUserNames(std::uint8_t securityColumn, std::int64_t count, st
     return true;
 }
 
-LinkStatus CP32Wrap::ExtractCSVersion(std::uint32_t& version) {
+LinkStatus CSecurityCells::ExtractCSVersion(std::uint32_t& version) {
     LinkStatus status = kLinkGood;
     const std::unique_ptr<CParlaneData> value = ReadFirstValue(cells::kSecurityVersion, status);
     if (value == nullptr) {
@@ -92,7 +91,7 @@ LinkStatus CP32Wrap::ExtractCSVersion(std::uint32_t& version) {
     return kLinkGood;
 }
 
-LinkStatus CP32Wrap::ExtractCSUsernamesCount(std::int64_t& count) {
+LinkStatus CSecurityCells::ExtractCSUsernamesCount(std::int64_t& count) {
     LinkStatus status = kLinkGood;
     const std::optional<std::int64_t> number = ReadNumber(cells::kUserCount, status);
     if (!number) {
@@ -104,7 +103,7 @@ LinkStatus CP32Wrap::ExtractCSUsernamesCount(std::int64_t& count) {
     return kLinkGood;
 }
 
-LinkStatus CP32Wrap::ExtractCSAvailableUsernames(std::vector<SUserName>& names) {
+LinkStatus CSecurityCells::ExtractCSAvailableUsernames(std::vector<SUserName>& names) {
     LinkStatus status = kLinkGood;
     std::uint32_t length = 0;
     std::int64_t count = 0;
@@ -120,14 +119,14 @@ LinkStatus CP32Wrap::ExtractCSAvailableUsernames(std::vector<SUserName>& names) 
     return kLinkGood;
 }
 
-bool CP32Wrap::ExtractCSEd3SATSupported() {
+bool CSecurityCells::ExtractCSEd3SATSupported() {
     LinkStatus status = kLinkGood;
     const bool present = ReadFirstValue(cells::kSecondEditionProbe, status) != nullptr;
     TraceInfo("CP32Wrap::ExtractCSEd3SATSupported : CP32Wrap::GetValue: %d", static_cast<int>(status));
     return !present;
 }
 
-LinkStatus CP32Wrap::DetermineCSPasswordMaxLength(std::uint32_t& length) {
+LinkStatus CSecurityCells::DetermineCSPasswordMaxLength(std::uint32_t& length) {
     constexpr std::uint32_t kLengths[] = {4, 8, 16}; // by version
     constexpr std::uint32_t kLongLength = 32;
     length = kLengths[0];
@@ -145,7 +144,7 @@ LinkStatus CP32Wrap::DetermineCSPasswordMaxLength(std::uint32_t& length) {
     return kLinkGood;
 }
 
-LinkStatus CP32Wrap::DetermineCSUsernameMaxLength(std::uint32_t& length) {
+LinkStatus CSecurityCells::DetermineCSUsernameMaxLength(std::uint32_t& length) {
     constexpr std::uint32_t kUntracedVersion = 2; // its names have the same length
     length = kUserNameLength;
     std::uint32_t version = 0;
@@ -161,7 +160,7 @@ LinkStatus CP32Wrap::DetermineCSUsernameMaxLength(std::uint32_t& length) {
     return kLinkGood;
 }
 
-LinkStatus CP32Wrap::DetermineCSSATSupported(bool& supported) {
+LinkStatus CSecurityCells::DetermineCSSATSupported(bool& supported) {
     constexpr std::uint32_t kLastVersionWithout = 2;
     std::uint32_t version = 0;
     supported = false;

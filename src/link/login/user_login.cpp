@@ -1,5 +1,4 @@
-// The two generations that know users: a name, and a password that travels as a salted digest.
-#include "link/login/login.h"
+#include "link/login/user_login.h"
 
 #include "base/secret.h"
 #include "link/login/hashed_password.h"
@@ -26,30 +25,29 @@ std::string BoundedText(const char* text, std::size_t length) {
     return {text, end == nullptr ? length : static_cast<std::size_t>(static_cast<const char*>(end) - text)};
 }
 
-} // namespace
-
 /// One login of a user, of either edition.
-class CP32Wrap::CUserLogin {
+class COneUserLogin {
 public:
-    CUserLogin(CP32Wrap& link, const SLoginFlow& flow, const SPasswordRequest& request, std::uint8_t column)
-        : m_link(link), m_login(link, flow, column), m_request(request), m_column(column) {}
+    COneUserLogin(const SLoginParts& parts, const SLoginFlow& flow, const SPasswordRequest& request,
+                  std::uint8_t column)
+        : m_parts(parts), m_attempts(parts, flow, column), m_request(request), m_column(column) {}
 
     LinkStatus RunFirstEdition(bool passwordEntered) {
         return Guarded([&] {
-            return m_login.Run(passwordEntered,
-                               [&](const SLoginReport& report) { return AttemptFirstEdition(report); });
+            return m_attempts.Run(passwordEntered,
+                                  [&](const SLoginReport& report) { return AttemptFirstEdition(report); });
         });
     }
 
     LinkStatus RunSecondEdition(bool passwordEntered) {
         return Guarded([&] {
-            if (m_link.DetermineCSPasswordMaxLength(m_passwordLength) != kLinkGood ||
-                m_link.DetermineCSUsernameMaxLength(m_userNameLength) != kLinkGood) {
+            if (m_parts.cells.DetermineCSPasswordMaxLength(m_passwordLength) != kLinkGood ||
+                m_parts.cells.DetermineCSUsernameMaxLength(m_userNameLength) != kLinkGood) {
                 return kLinkAborted;
             }
             m_userName.assign(m_userNameLength, ' ');
-            return m_login.Run(passwordEntered,
-                               [&](const SLoginReport& report) { return AttemptSecondEdition(report); });
+            return m_attempts.Run(passwordEntered,
+                                  [&](const SLoginReport& report) { return AttemptSecondEdition(report); });
         });
     }
 
@@ -67,39 +65,39 @@ private:
         try {
             return flow();
         } catch (...) {
-            m_login.Fail("Exception occured during method execution");
+            m_attempts.Fail("Exception occured during method execution");
             return kLinkAborted;
         }
     }
 
     std::optional<LinkStatus> AttemptFirstEdition(const SLoginReport& report) {
         LinkStatus status = kLinkGood;
-        const std::optional<std::int64_t> count = m_link.ReadNumber(cells::kUserCount, status);
-        if (!HasUsers(count) ||
-            !HasNames(m_link.ReadUserNames(m_column, *count, m_names, ENameTrace::Silent))) {
+        const std::optional<std::int64_t> count = m_parts.cells.ReadNumber(cells::kUserCount, status);
+        if (!HasUsers(count) || !HasNames(m_parts.cells.ReadUserNames(m_column, *count, m_names,
+                                                                      CSecurityCells::ENameTrace::Silent))) {
             return std::nullopt;
         }
         CSecret password(kFirstEditionPasswordLength, ' ');
         char* buffer = password.Data();
         std::uint32_t selected = 0;
-        const UsernamePasswordFunction ask = Callbacks().usernamePassword;
+        const UsernamePasswordFunction ask = LinkCallbacks().usernamePassword;
         if (ask == nullptr ||
             ask(m_request, &buffer, kFirstEditionPasswordLength, m_names.data(), &selected, NameCount(),
                 report.code, report.extra) != 0 ||
             buffer == nullptr) {
-            return m_login.Cancel();
+            return m_attempts.Cancel();
         }
         if (selected >= m_names.size()) { // a user that was not on offer
-            return m_login.Fail("Error during sending username");
+            return m_attempts.Fail("Error during sending username");
         }
-        return Conclude(Send(m_names[selected].text, buffer));
+        return Finish(Send(m_names[selected].text, buffer));
     }
 
     std::optional<LinkStatus> AttemptSecondEdition(const SLoginReport& report) {
         std::int64_t number = 0;
-        const bool counted = m_link.ExtractCSUsernamesCount(number) == kLinkGood;
+        const bool counted = m_parts.cells.ExtractCSUsernamesCount(number) == kLinkGood;
         if (!HasUsers(counted ? std::optional(number) : std::nullopt) ||
-            !HasNames(m_link.ExtractCSAvailableUsernames(m_names) == kLinkGood && !m_names.empty())) {
+            !HasNames(m_parts.cells.ExtractCSAvailableUsernames(m_names) == kLinkGood && !m_names.empty())) {
             return std::nullopt;
         }
         // A name that was typed before stays; only an empty one is filled in.
@@ -110,30 +108,30 @@ private:
         CSecret password(m_passwordLength, ' ');
         char* buffer = password.Data();
         char* userName = m_userName.data();
-        const SecondEditionLoginFunction ask = Callbacks().secondEditionLogin;
+        const SecondEditionLoginFunction ask = LinkCallbacks().secondEditionLogin;
         if (ask == nullptr ||
             ask(m_request, &buffer, m_passwordLength, m_names.data(), NameCount(), &userName,
                 m_userNameLength, report.code, report.extra) != 0 ||
             buffer == nullptr || userName == nullptr) {
-            return m_login.Cancel();
+            return m_attempts.Cancel();
         }
         // The application may have put its own buffer in place of ours, so the name is copied back.
         m_userName = BoundedText(userName, m_userNameLength);
-        return Conclude(Send(m_userName, buffer));
+        return Finish(Send(m_userName, buffer));
     }
 
     bool HasUsers(const std::optional<std::int64_t>& count) {
         if (!count) {
-            m_login.Fail("Error during obtaining number of users from the device");
+            m_attempts.Fail("Error during obtaining number of users from the device");
         } else if (*count < 1) {
-            m_login.Fail("The number of users obtained from the device is equal or smaller than 0");
+            m_attempts.Fail("The number of users obtained from the device is equal or smaller than 0");
         }
         return count && *count >= 1;
     }
 
     bool HasNames(bool read) {
         if (!read) {
-            m_login.Fail("Error during obtaining list of users from the device");
+            m_attempts.Fail("Error during obtaining list of users from the device");
         }
         return read;
     }
@@ -142,11 +140,11 @@ private:
 
     /// User name, salt and digest: one login, so no other command may come in between.
     SSent Send(std::string_view userName, std::string_view password) {
-        const CommandLock lock(m_link.m_commandLock);
-        const auto write = [&](CellAddress cell, const CParlaneData& value, EWriteSlot slot) {
-            return m_link.WriteCredential(lock, cell, value, slot);
+        const CChannel::CommandLock lock(m_parts.channel.Lock());
+        const auto write = [&](CellAddress cell, const CParlaneData& value, CWrites::EOperation operation) {
+            return m_parts.writes.WriteCredential(lock, cell, value, operation);
         };
-        if (!IsWriteGood(write(cells::kUserName, CParlaneText(userName), EWriteSlot::SetValue))) {
+        if (!IsWriteGood(write(cells::kUserName, CParlaneText(userName), CWrites::EOperation::SetValue))) {
             return {"Error during sending username"};
         }
         const CParlaneHashedPassword hashed(userName, password, kHashSalted);
@@ -155,25 +153,25 @@ private:
         }
         std::array<char, kSaltLength + 1> salt{};
         hashed.GetSalt(salt.data(), salt.size());
-        if (!IsWriteGood(write(cells::kSalt, CParlaneText(salt.data()), EWriteSlot::SetValue))) {
+        if (!IsWriteGood(write(cells::kSalt, CParlaneText(salt.data()), CWrites::EOperation::SetValue))) {
             return {"Error during sending salt"};
         }
-        return {nullptr, write(cells::kSecurityPassword, hashed, EWriteSlot::ChangeSetting)};
+        return {nullptr, write(cells::kSecurityPassword, hashed, CWrites::EOperation::ChangeSetting)};
     }
 
-    std::optional<LinkStatus> Conclude(const SSent& sent) {
+    std::optional<LinkStatus> Finish(const SSent& sent) {
         if (sent.fault != nullptr) {
-            return m_login.Fail(sent.fault);
+            return m_attempts.Fail(sent.fault);
         }
-        const LoginAcceptedFunction accepted = Callbacks().loginAccepted;
+        const LoginAcceptedFunction accepted = LinkCallbacks().loginAccepted;
         if (IsWriteGood(sent.status) && accepted != nullptr) {
             accepted(m_request.model);
         }
         return sent.status;
     }
 
-    CP32Wrap& m_link;
-    CLogin m_login;
+    SLoginParts m_parts;
+    CLoginAttempts m_attempts;
     const SPasswordRequest& m_request;
     std::uint8_t m_column;
     std::vector<SUserName> m_names;
@@ -182,21 +180,24 @@ private:
     std::string m_userName;
 };
 
-LinkStatus CP32Wrap::EnterCyberSecurityBrickIntegratedLoginAndPassword(const SPasswordRequest& request,
-                                                                       bool passwordEntered,
-                                                                       std::uint8_t securityColumn) {
-    return CUserLogin(*this, kUserLogin, request, securityColumn).RunFirstEdition(passwordEntered);
+} // namespace
+
+LinkStatus CUserLogin::EnterCyberSecurityBrickIntegratedLoginAndPassword(const SPasswordRequest& request,
+                                                                         bool passwordEntered,
+                                                                         std::uint8_t securityColumn) {
+    return COneUserLogin(m_parts, kUserLogin, request, securityColumn).RunFirstEdition(passwordEntered);
 }
 
-LinkStatus CP32Wrap::EnterCyberSecurityBrickIntegratedLoginAndPasswordCSEd3(const SPasswordRequest& request,
-                                                                            bool passwordEntered,
-                                                                            std::uint8_t securityColumn) {
-    return CUserLogin(*this, kSecondEditionLogin, request, securityColumn).RunSecondEdition(passwordEntered);
+LinkStatus CUserLogin::EnterCyberSecurityBrickIntegratedLoginAndPasswordCSEd3(const SPasswordRequest& request,
+                                                                              bool passwordEntered,
+                                                                              std::uint8_t securityColumn) {
+    return COneUserLogin(m_parts, kSecondEditionLogin, request, securityColumn)
+        .RunSecondEdition(passwordEntered);
 }
 
-LinkStatus CP32Wrap::ChangeHashedPasswordSettingForCSEd3(CProgressMonitor* monitor, CellAddress cell,
-                                                         const std::string& username,
-                                                         const std::string& password, int flag) {
+LinkStatus CUserLogin::ChangeHashedPasswordSettingForCSEd3(CProgressMonitor* monitor, CellAddress cell,
+                                                           const std::string& username,
+                                                           const std::string& password, int flag) {
     try {
         const CParlaneHashedPassword hashed = flag == 0
                                                   ? CParlaneHashedPassword(username, password, kHashKeyed)
@@ -204,11 +205,12 @@ LinkStatus CP32Wrap::ChangeHashedPasswordSettingForCSEd3(CProgressMonitor* monit
         if (!hashed.HasDigest()) {
             return kLinkBadReply;
         }
-        return RunRequest(monitor, "ChangeHashedPasswordSettingForCSEd3", [&] {
-            const CommandLock lock(m_commandLock);
-            const LinkStatus named =
-                WriteCredential(lock, cells::kUserName, CParlaneText(username), EWriteSlot::SetValue);
-            return IsWriteGood(named) ? WriteCredential(lock, cell, hashed, EWriteSlot::ChangeSetting)
+        return m_pattern.RunRequest(monitor, "ChangeHashedPasswordSettingForCSEd3", [&] {
+            const CChannel::CommandLock lock(m_parts.channel.Lock());
+            const LinkStatus named = m_parts.writes.WriteCredential(
+                lock, cells::kUserName, CParlaneText(username), CWrites::EOperation::SetValue);
+            return IsWriteGood(named) ? m_parts.writes.WriteCredential(lock, cell, hashed,
+                                                                       CWrites::EOperation::ChangeSetting)
                                       : named;
         });
     } catch (const std::bad_alloc&) {

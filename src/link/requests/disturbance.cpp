@@ -1,5 +1,4 @@
-// The disturbance-record requests of the client.
-#include "link/channel/request_pattern.h"
+#include "link/requests/disturbance.h"
 
 #include "link/requests/reply_values.h"
 
@@ -7,30 +6,32 @@
 
 namespace ruvo {
 
-LinkStatus CP32Wrap::TestAvailableDisturbanceRecord(CProgressMonitor* monitor, std::uint8_t& available) {
+LinkStatus CDisturbanceReads::TestAvailableDisturbanceRecord(CProgressMonitor* monitor,
+                                                             std::uint8_t& available) {
     available = 0;
-    return RunRequest(monitor, "TestAvailableDisturbanceRecord", [&] {
+    return m_pattern.RunRequest(monitor, "TestAvailableDisturbanceRecord", [&] {
         Variant byte;
-        return RunPass(
+        return m_pattern.RunPass(
             [&](IP32ls& server, Variant& status) {
-                return server.TestAvailableDisturbanceRecord(Address(), byte, status);
+                return server.TestAvailableDisturbanceRecord(m_pattern.Address(), byte, status);
             },
             [&] { return byte.ToUI1(available); });
     });
 }
 
-LinkStatus CP32Wrap::GetCompressDisturbanceRecord(CProgressMonitor* monitor, const CParlaneData& which,
-                                                  CParlaneDataArray& values) {
+LinkStatus CDisturbanceReads::GetCompressDisturbanceRecord(CProgressMonitor* monitor,
+                                                           const CParlaneData& which,
+                                                           CParlaneDataArray& values) {
     values.clear();
     Variant record;
-    return RunRequest(monitor, "GetCompressDisturbanceRecord", [&] {
+    return m_pattern.RunRequest(monitor, "GetCompressDisturbanceRecord", [&] {
         if (!PackValue(which, record)) {
             return kLinkBadReply;
         }
         Variant list;
-        return RunStartedPass(
+        return m_pattern.RunStartedPass(
             [&](IP32ls& server, Variant& status) {
-                return server.StartGetCompressDisturbanceRecord(Address(), record, status);
+                return server.StartGetCompressDisturbanceRecord(m_pattern.Address(), record, status);
             },
             [&](IP32ls& server, Variant& status) {
                 return server.FetchCompressDisturbanceRecord(list, status);
@@ -39,18 +40,19 @@ LinkStatus CP32Wrap::GetCompressDisturbanceRecord(CProgressMonitor* monitor, con
     });
 }
 
-LinkStatus CP32Wrap::GetDisturbanceRecordConfiguration(CProgressMonitor* monitor, const CParlaneData& which,
-                                                       CParlaneDataArrayArray& lists) {
+LinkStatus CDisturbanceReads::GetDisturbanceRecordConfiguration(CProgressMonitor* monitor,
+                                                                const CParlaneData& which,
+                                                                CParlaneDataArrayArray& lists) {
     lists.clear();
     Variant record;
-    return RunRequest(monitor, "GetDisturbanceRecordConfiguration", [&] {
+    return m_pattern.RunRequest(monitor, "GetDisturbanceRecordConfiguration", [&] {
         if (!PackValue(which, record)) {
             return kLinkBadReply;
         }
         std::array<Variant, 4> outputs;
-        return RunStartedPass(
+        return m_pattern.RunStartedPass(
             [&](IP32ls& server, Variant& status) {
-                return server.StartGetDisturbanceRecordConfiguration(Address(), record, status);
+                return server.StartGetDisturbanceRecordConfiguration(m_pattern.Address(), record, status);
             },
             [&](IP32ls& server, Variant& status) {
                 return server.FetchDisturbanceRecordConfiguration(outputs[0], outputs[1], outputs[2],
@@ -67,15 +69,15 @@ LinkStatus CP32Wrap::GetDisturbanceRecordConfiguration(CProgressMonitor* monitor
     });
 }
 
-LinkStatus CP32Wrap::GetDisturbanceRecordValues(CProgressMonitor* monitor, CParlaneDataArray& first,
-                                                CParlaneDataArray& second) {
+LinkStatus CDisturbanceReads::GetDisturbanceRecordValues(CProgressMonitor* monitor, CParlaneDataArray& first,
+                                                         CParlaneDataArray& second) {
     first.clear();
     second.clear();
-    return RunRequest(monitor, "GetDisturbanceRecordValues", [&] {
+    return m_pattern.RunRequest(monitor, "GetDisturbanceRecordValues", [&] {
         Variant lists[2];
-        return RunStartedPass(
+        return m_pattern.RunStartedPass(
             [&](IP32ls& server, Variant& status) {
-                return server.StartGetDisturbanceRecordValues(Address(), status);
+                return server.StartGetDisturbanceRecordValues(m_pattern.Address(), status);
             },
             [&](IP32ls& server, Variant& status) {
                 return server.FetchDisturbanceRecordValues(lists[0], lists[1], status);

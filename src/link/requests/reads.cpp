@@ -1,5 +1,4 @@
-// The reading requests of the client.
-#include "link/channel/request_pattern.h"
+#include "link/requests/reads.h"
 
 #include "link/requests/reply_values.h"
 
@@ -15,14 +14,16 @@ bool UnpackTwoLists(const Variant (&outputs)[2], CParlaneDataArray& first, CParl
 
 } // namespace
 
-LinkStatus CP32Wrap::GetColumnHeadings(CProgressMonitor* monitor, CParlaneDataArray& first,
-                                       CParlaneDataArray& second) {
+LinkStatus CReads::GetColumnHeadings(CProgressMonitor* monitor, CParlaneDataArray& first,
+                                     CParlaneDataArray& second) {
     first.clear();
     second.clear();
-    return RunRequest(monitor, "GetColumnHeadings", [&] {
+    return m_pattern.RunRequest(monitor, "GetColumnHeadings", [&] {
         Variant lists[2];
-        return RunStartedPass(
-            [&](IP32ls& server, Variant& status) { return server.StartGetColumnHeadings(Address(), status); },
+        return m_pattern.RunStartedPass(
+            [&](IP32ls& server, Variant& status) {
+                return server.StartGetColumnHeadings(m_pattern.Address(), status);
+            },
             [&](IP32ls& server, Variant& status) {
                 return server.FetchColumnHeadings(lists[0], lists[1], status);
             },
@@ -30,51 +31,52 @@ LinkStatus CP32Wrap::GetColumnHeadings(CProgressMonitor* monitor, CParlaneDataAr
     });
 }
 
-LinkStatus CP32Wrap::ReadColumn(CProgressMonitor* monitor, const char* name, std::uint8_t column,
-                                StartColumn start, FetchTwo fetch, CParlaneDataArray& first,
-                                CParlaneDataArray& second) {
+LinkStatus CReads::ReadColumn(CProgressMonitor* monitor, const char* name, std::uint8_t column,
+                              StartColumn start, FetchTwo fetch, CParlaneDataArray& first,
+                              CParlaneDataArray& second) {
     first.clear();
     second.clear();
-    return RunRequest(monitor, name, [&] {
+    return m_pattern.RunRequest(monitor, name, [&] {
         Variant lists[2];
-        return RunStartedPass(
+        return m_pattern.RunStartedPass(
             [&](IP32ls& server, Variant& status) {
-                return (server.*start)(Address(), Variant::FromUI1(column), status);
+                return (server.*start)(m_pattern.Address(), Variant::FromUI1(column), status);
             },
             [&](IP32ls& server, Variant& status) { return (server.*fetch)(lists[0], lists[1], status); },
             [&] { return UnpackTwoLists(lists, first, second); });
     });
 }
 
-LinkStatus CP32Wrap::GetColumnText(CProgressMonitor* monitor, std::uint8_t column, CParlaneDataArray& first,
-                                   CParlaneDataArray& second) {
+LinkStatus CReads::GetColumnText(CProgressMonitor* monitor, std::uint8_t column, CParlaneDataArray& first,
+                                 CParlaneDataArray& second) {
     return ReadColumn(monitor, "GetColumnText", column, &IP32ls::StartGetColumnText, &IP32ls::FetchColumnText,
                       first, second);
 }
 
-LinkStatus CP32Wrap::GetColumnValues(CProgressMonitor* monitor, std::uint8_t column, CParlaneDataArray& first,
-                                     CParlaneDataArray& second) {
+LinkStatus CReads::GetColumnValues(CProgressMonitor* monitor, std::uint8_t column, CParlaneDataArray& first,
+                                   CParlaneDataArray& second) {
     return ReadColumn(monitor, "GetColumnValues", column, &IP32ls::StartGetColumnValues,
                       &IP32ls::FetchColumnValues, first, second);
 }
 
-LinkStatus CP32Wrap::GetColumnSettingLimits(CProgressMonitor* monitor, std::uint8_t column,
-                                            CParlaneDataArray& first, CParlaneDataArray& second) {
+LinkStatus CReads::GetColumnSettingLimits(CProgressMonitor* monitor, std::uint8_t column,
+                                          CParlaneDataArray& first, CParlaneDataArray& second) {
     return ReadColumn(monitor, "GetColumnSettingLimits", column, &IP32ls::StartGetColumnSettingLimits,
                       &IP32ls::FetchColumnSettingLimits, first, second);
 }
 
-LinkStatus CP32Wrap::GetColumnTextAndValues(CProgressMonitor* monitor, std::uint8_t column,
-                                            CParlaneDataArray& locations, CParlaneDataArray& texts,
-                                            CParlaneDataArray& values) {
+LinkStatus CReads::GetColumnTextAndValues(CProgressMonitor* monitor, std::uint8_t column,
+                                          CParlaneDataArray& locations, CParlaneDataArray& texts,
+                                          CParlaneDataArray& values) {
     locations.clear();
     texts.clear();
     values.clear();
-    return RunRequest(monitor, "GetColumnTextAndValues", [&] {
+    return m_pattern.RunRequest(monitor, "GetColumnTextAndValues", [&] {
         Variant lists[3];
-        return RunStartedPass(
+        return m_pattern.RunStartedPass(
             [&](IP32ls& server, Variant& status) {
-                return server.StartGetColumnTextAndValues(Address(), Variant::FromUI1(column), status);
+                return server.StartGetColumnTextAndValues(m_pattern.Address(), Variant::FromUI1(column),
+                                                          status);
             },
             [&](IP32ls& server, Variant& status) {
                 return server.FetchColumnTextAndValues(lists[0], lists[1], lists[2], status);
@@ -86,42 +88,41 @@ LinkStatus CP32Wrap::GetColumnTextAndValues(CProgressMonitor* monitor, std::uint
     });
 }
 
-LinkStatus CP32Wrap::GetStrings(CProgressMonitor* monitor, CellAddress cell, CParlaneDataArray& strings) {
+LinkStatus CReads::GetStrings(CProgressMonitor* monitor, CellAddress cell, CParlaneDataArray& strings) {
     strings.clear();
-    return RunRequest(monitor, "GetStrings", [&] {
+    return m_pattern.RunRequest(monitor, "GetStrings", [&] {
         Variant list;
-        return RunStartedPass(
+        return m_pattern.RunStartedPass(
             [&](IP32ls& server, Variant& status) {
-                return server.StartGetStrings(Address(), CellVariant(cell), status);
+                return server.StartGetStrings(m_pattern.Address(), CellVariant(cell), status);
             },
             [&](IP32ls& server, Variant& status) { return server.FetchStrings(list, status); },
             [&] { return UnpackValueList(list, strings); });
     });
 }
 
-LinkStatus CP32Wrap::GetText(CProgressMonitor* monitor, CellAddress cell,
-                             std::unique_ptr<CParlaneData>& text) {
+LinkStatus CReads::GetText(CProgressMonitor* monitor, CellAddress cell, std::unique_ptr<CParlaneData>& text) {
     text.reset();
-    return RunRequest(monitor, "GetText", [&] {
+    return m_pattern.RunRequest(monitor, "GetText", [&] {
         Variant value;
-        return RunPass(
+        return m_pattern.RunPass(
             [&](IP32ls& server, Variant& status) {
-                return server.GetText(Address(), CellVariant(cell), value, status);
+                return server.GetText(m_pattern.Address(), CellVariant(cell), value, status);
             },
             [&] { return UnpackValue(value, text); });
     });
 }
 
 /// Both forms of GetValue: `values` receives every value, and `bytes` (null for none) what they were made of.
-LinkStatus CP32Wrap::ReadValues(CProgressMonitor* monitor, CellAddress cell, CParlaneDataArray& values,
-                                std::vector<std::uint8_t>* bytes) {
-    return RunRequest(monitor, "GetValue", [&] {
+LinkStatus CReads::ReadValues(CProgressMonitor* monitor, CellAddress cell, CParlaneDataArray& values,
+                              std::vector<std::uint8_t>* bytes) {
+    return m_pattern.RunRequest(monitor, "GetValue", [&] {
         Variant type;
         Variant size;
         Variant data;
-        return RunPass(
+        return m_pattern.RunPass(
             [&](IP32ls& server, Variant& status) {
-                return server.GetValue(Address(), CellVariant(cell), type, size, data, status);
+                return server.GetValue(m_pattern.Address(), CellVariant(cell), type, size, data, status);
             },
             [&] {
                 if (bytes != nullptr && data.AsBytes() != nullptr) {
@@ -132,13 +133,13 @@ LinkStatus CP32Wrap::ReadValues(CProgressMonitor* monitor, CellAddress cell, CPa
     });
 }
 
-LinkStatus CP32Wrap::GetValue(CProgressMonitor* monitor, CellAddress cell, CParlaneDataArray& values) {
+LinkStatus CReads::GetValue(CProgressMonitor* monitor, CellAddress cell, CParlaneDataArray& values) {
     values.clear();
     return ReadValues(monitor, cell, values, nullptr);
 }
 
-LinkStatus CP32Wrap::GetValue(CProgressMonitor* monitor, CellAddress cell,
-                              std::unique_ptr<CParlaneData>& value, std::vector<std::uint8_t>& bytes) {
+LinkStatus CReads::GetValue(CProgressMonitor* monitor, CellAddress cell, std::unique_ptr<CParlaneData>& value,
+                            std::vector<std::uint8_t>& bytes) {
     value.reset();
     bytes.clear();
     CParlaneDataArray values;
@@ -149,45 +150,46 @@ LinkStatus CP32Wrap::GetValue(CProgressMonitor* monitor, CellAddress cell,
     return status;
 }
 
-LinkStatus CP32Wrap::GetValues(CProgressMonitor* monitor, std::span<const CellAddress> cells,
-                               CParlaneDataArray& values) {
+LinkStatus CReads::GetValues(CProgressMonitor* monitor, std::span<const CellAddress> cells,
+                             CParlaneDataArray& values) {
     values.clear();
-    return RunRequest(monitor, "GetValues", [&] {
+    return m_pattern.RunRequest(monitor, "GetValues", [&] {
         Variant::Words words(cells.size());
         std::ranges::transform(cells, words.begin(),
                                [](CellAddress cell) { return static_cast<std::int16_t>(cell); });
         const Variant cellList = Variant::FromWords(std::move(words));
         Variant list;
-        return RunPass([&](IP32ls& server,
-                           Variant& status) { return server.GetValues(Address(), cellList, list, status); },
-                       [&] { return UnpackValueList(list, values); });
+        return m_pattern.RunPass(
+            [&](IP32ls& server, Variant& status) {
+                return server.GetValues(m_pattern.Address(), cellList, list, status);
+            },
+            [&] { return UnpackValueList(list, values); });
     });
 }
 
-LinkStatus CP32Wrap::GetSettingLimits(CProgressMonitor* monitor, CellAddress cell,
-                                      CParlaneDataArray& limits) {
+LinkStatus CReads::GetSettingLimits(CProgressMonitor* monitor, CellAddress cell, CParlaneDataArray& limits) {
     limits.clear();
-    return RunRequest(monitor, "GetSettingLimits", [&] {
+    return m_pattern.RunRequest(monitor, "GetSettingLimits", [&] {
         Variant list;
-        return RunPass(
+        return m_pattern.RunPass(
             [&](IP32ls& server, Variant& status) {
-                return server.GetSettingLimits(Address(), CellVariant(cell), list, status);
+                return server.GetSettingLimits(m_pattern.Address(), CellVariant(cell), list, status);
             },
             [&] { return UnpackValueList(list, limits); });
     });
 }
 
-LinkStatus CP32Wrap::GetEvent(CProgressMonitor* monitor, std::uint8_t& kind, CParlaneDataArray& values,
-                              std::uint8_t& moreEvents) {
+LinkStatus CReads::GetEvent(CProgressMonitor* monitor, std::uint8_t& kind, CParlaneDataArray& values,
+                            std::uint8_t& moreEvents) {
     kind = 0;
     moreEvents = 0;
     values.clear();
     m_eventHandedOver = false;
-    return RunRequest(monitor, "GetEvent", [&] {
+    return m_pattern.RunRequest(monitor, "GetEvent", [&] {
         Variant outputs[3];
-        return RunPass(
+        return m_pattern.RunPass(
             [&](IP32ls& server, Variant& status) {
-                return server.GetEvent(Address(), outputs[0], outputs[1], outputs[2], status);
+                return server.GetEvent(m_pattern.Address(), outputs[0], outputs[1], outputs[2], status);
             },
             [&] {
                 m_eventHandedOver = true;
@@ -197,11 +199,13 @@ LinkStatus CP32Wrap::GetEvent(CProgressMonitor* monitor, std::uint8_t& kind, CPa
     });
 }
 
-LinkStatus CP32Wrap::GetDeviceStatus(CProgressMonitor* monitor, std::uint8_t& statusByte) {
-    return RunOnce(monitor, [&] {
+LinkStatus CReads::GetDeviceStatus(CProgressMonitor* monitor, std::uint8_t& statusByte) {
+    return m_pattern.RunOnce(monitor, [&] {
         Variant byte;
-        return RunPass(
-            [&](IP32ls& server, Variant& status) { return server.GetDeviceStatus(Address(), byte, status); },
+        return m_pattern.RunPass(
+            [&](IP32ls& server, Variant& status) {
+                return server.GetDeviceStatus(m_pattern.Address(), byte, status);
+            },
             [&] { return byte.ToUI1(statusByte); });
     });
 }

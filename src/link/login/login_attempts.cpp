@@ -1,4 +1,4 @@
-#include "link/login/login.h"
+#include "link/login/login_attempts.h"
 
 #include "platform/trace.h"
 
@@ -36,20 +36,35 @@ const SLoginFlow kUserLogin{"EnterCyberSecurityBrickIntegratedLoginAndPassword",
 const SLoginFlow kSecondEditionLogin{"EnterCyberSecurityBrickIntegratedLoginAndPasswordCSEd3",
                                      kAllUserReplies};
 
-std::nullopt_t CP32Wrap::CLogin::Cancel() const {
-    if (const LoginCancelledFunction cancelled = Callbacks().loginCancelled) {
+LinkStatus CLoginAttempts::Run(bool passwordEntered, const Attempt& attempt) {
+    SLoginReport report;
+    report.code = passwordEntered ? GETPASSWORD_PASS_LEVEL_ERR : GETPASSWORD_PASS_REQUEST;
+    while (!m_parts.channel.IsEntryAborted()) {
+        const std::optional<LinkStatus> status = attempt(report);
+        if (!status || IsWriteGood(*status)) {
+            return status.value_or(m_givenUp);
+        }
+        if (!m_parts.channel.IsEntryAborted()) {
+            report = MakeReport(*status);
+        }
+    }
+    return kLinkAborted;
+}
+
+std::nullopt_t CLoginAttempts::Cancel() const {
+    if (const LoginCancelledFunction cancelled = LinkCallbacks().loginCancelled) {
         cancelled();
     }
     return std::nullopt;
 }
 
-std::nullopt_t CP32Wrap::CLogin::Fail(const char* fault, LinkStatus status) {
+std::nullopt_t CLoginAttempts::Fail(const char* fault, LinkStatus status) {
     m_givenUp = status;
     TraceError("CP32Wrap::%s : %s", m_flow.name, fault);
     return std::nullopt;
 }
 
-SLoginReport CP32Wrap::CLogin::Judge(LinkStatus status) {
+SLoginReport CLoginAttempts::MakeReport(LinkStatus status) {
     const auto found = std::ranges::find(m_flow.replies, status, &SLoginReplyRow::status);
     const SLoginReplyRow& reply = found == m_flow.replies.end() ? kAnyOtherReply : *found;
     TraceOutcome(reply.outcome);
@@ -69,9 +84,9 @@ SLoginReport CP32Wrap::CLogin::Judge(LinkStatus status) {
     return report;
 }
 
-void CP32Wrap::CLogin::AddAttemptsLeft(SLoginReport& report, bool noneMeansBlocked) {
+void CLoginAttempts::AddAttemptsLeft(SLoginReport& report, bool noneMeansBlocked) {
     LinkStatus status = kLinkGood;
-    const auto left = m_link.ReadNumber(MakeCellAddress(m_column, rows::kAttemptsLeft), status);
+    const auto left = m_parts.cells.ReadNumber(MakeCellAddress(m_column, rows::kAttemptsLeft), status);
     if (left && *left == 0 && noneMeansBlocked) {
         report.code = GETPASSWORD_PASS_BLOCKED_TEMP_ERR;
         TraceOutcome("blocked");
@@ -83,9 +98,9 @@ void CP32Wrap::CLogin::AddAttemptsLeft(SLoginReport& report, bool noneMeansBlock
 }
 
 /// A relay that has no blocking time at all has blocked its password for good.
-void CP32Wrap::CLogin::AddBlockingTime(SLoginReport& report) {
+void CLoginAttempts::AddBlockingTime(SLoginReport& report) {
     LinkStatus status = kLinkGood;
-    const auto left = m_link.ReadNumber(MakeCellAddress(m_column, rows::kBlockingTime), status);
+    const auto left = m_parts.cells.ReadNumber(MakeCellAddress(m_column, rows::kBlockingTime), status);
     if (left) {
         report.extra = static_cast<std::int32_t>(*left);
         TraceNumber("Blocked timer left", report.extra);
@@ -94,11 +109,11 @@ void CP32Wrap::CLogin::AddBlockingTime(SLoginReport& report) {
     }
 }
 
-void CP32Wrap::CLogin::TraceOutcome(const char* outcome) const {
+void CLoginAttempts::TraceOutcome(const char* outcome) const {
     TraceError("CP32Wrap::%s : Password dialog : Password : %s", m_flow.name, outcome);
 }
 
-void CP32Wrap::CLogin::TraceNumber(const char* what, std::int32_t number) const {
+void CLoginAttempts::TraceNumber(const char* what, std::int32_t number) const {
     TraceError("CP32Wrap::%s : Password dialog : Password : %s : %d", m_flow.name, what, number);
 }
 

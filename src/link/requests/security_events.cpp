@@ -1,8 +1,6 @@
-// The security event trace: one line for every write to a relay, and the application's callback.
-#include "link/channel/request_pattern.h"
-#include "link/login/security_time.h"
+#include "link/requests/security_events.h"
 
-#include "base/byte_cursor.h"
+#include "link/callbacks.h"
 #include "model/values/data_factory.h"
 #include "model/values/parlane_integers.h"
 #include "platform/clock.h"
@@ -74,39 +72,39 @@ CParlaneIEC870 SecurityTimeStamp() {
     return stamp;
 }
 
-void CP32Wrap::LogWrite(CellAddress cell, const CParlaneIEC870& time, const CParlaneData& value) noexcept {
+void CSecurityEvents::LogWrite(CellAddress cell, const CParlaneIEC870& time,
+                               const CParlaneData& value) noexcept {
     if (cell == cells::kBreaker) {
-        LogSecurityEvent(kChangeBreakerCode, "Change Breaker", time, value);
+        LogEvent(kChangeBreakerCode, "Change Breaker", time, value);
     } else if (m_settingChangeMode) {
-        LogSecurityEvent(cell, "Setting change", time, value);
+        LogEvent(cell, "Setting change", time, value);
     } else {
-        LogSecurityEvent(kCellChangeCode, CellLabel("Cell change", cell).text, time, value);
+        LogEvent(kCellChangeCode, CellLabel("Cell change", cell).text, time, value);
     }
 }
 
-void CP32Wrap::LogReply(CellAddress cell, const CParlaneIEC870& time, LinkStatus status) noexcept {
-    LogSecurityEvent(cell, "Setting reply code", time, CParlaneUint(ReplyCodeOf(status), 1));
+void CSecurityEvents::LogReply(CellAddress cell, const CParlaneIEC870& time, LinkStatus status) noexcept {
+    LogEvent(cell, "Setting reply code", time, CParlaneUint(ReplyCodeOf(status), 1));
 }
 
-void CP32Wrap::LogReset(CellAddress cell, const CParlaneIEC870& time) noexcept {
+void CSecurityEvents::LogReset(CellAddress cell, const CParlaneIEC870& time) noexcept {
     if (cell != cells::kPassword) {
-        LogSecurityEvent(kResetCellCode, CellLabel("Reset cell", cell).text, time, CParlaneUint(0, 2));
+        LogEvent(kResetCellCode, CellLabel("Reset cell", cell).text, time, CParlaneUint(0, 2));
     }
 }
 
-/// Whether an event can be told, and what the application's callback does with it, must not decide about the
-/// write that it tells of.
-void CP32Wrap::LogSecurityEvent(std::uint16_t code, const char* label, const CParlaneIEC870& time,
-                                const CParlaneData& value) noexcept {
+// A failure to report a write, or in the callback, must not affect the write itself.
+void CSecurityEvents::LogEvent(std::uint16_t code, const char* label, const CParlaneIEC870& time,
+                               const CParlaneData& value) noexcept {
     try {
-        WriteSecurityEvent(code, label, time, value);
+        WriteEvent(code, label, time, value);
     } catch (...) {
-        TraceError("A security event could not be told");
+        TraceError("A security event could not be reported");
     }
 }
 
-void CP32Wrap::WriteSecurityEvent(std::uint16_t code, const char* label, const CParlaneIEC870& time,
-                                  const CParlaneData& value) {
+void CSecurityEvents::WriteEvent(std::uint16_t code, const char* label, const CParlaneIEC870& time,
+                                 const CParlaneData& value) {
     const std::vector<std::uint8_t> stamp = TaggedBytes(time);
     const std::vector<std::uint8_t> tagged = TaggedBytes(value);
     const unsigned milliseconds = stamp[2] + 256U * stamp[3];
@@ -115,7 +113,7 @@ void CP32Wrap::WriteSecurityEvent(std::uint16_t code, const char* label, const C
               (stamp[8] & 0x7F) + 2000, stamp[7] & 0x0F, stamp[6] & 0x1F, stamp[5] & 0x1F, stamp[4] & 0x3F,
               milliseconds / 1000, milliseconds % 1000, m_userName, ColumnOf(code), RowOf(code), label,
               tagged[0], tagged[1], RenderValue(tagged).c_str());
-    if (const SecurityEventFunction callback = Callbacks().securityEvent) {
+    if (const SecurityEventFunction callback = LinkCallbacks().securityEvent) {
         callback(m_userName, code, label, stamp, tagged);
     }
 }

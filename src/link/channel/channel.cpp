@@ -1,0 +1,95 @@
+#include "link/channel/channel.h"
+
+#include <chrono>
+
+namespace ruvo {
+
+bool CChannel::Connect(IP32lsSink_v2& sink) {
+    m_connection = ConnectToServer();
+    if (m_connection != nullptr && m_connection->Advise(sink, m_adviseCookie)) {
+        return true;
+    }
+    m_connection.reset();
+    return false;
+}
+
+bool CChannel::Disconnect() {
+    constexpr std::chrono::milliseconds kTimeout(1000);
+    std::unique_ptr<IServerConnection> connection;
+    {
+        std::unique_lock lock(m_lock, kTimeout);
+        if (!lock.owns_lock()) {
+            RequestAbort();
+            try {
+                lock.lock();
+            } catch (const std::system_error&) { // the caller's thread is the one that reports on the command
+                return false;
+            }
+        }
+        connection = std::move(m_connection);
+    }
+    // Without the lock: the server waits here for a sink call that is under way, and that may want the lock.
+    try {
+        if (connection != nullptr && m_adviseCookie != 0) {
+            connection->Unadvise(m_adviseCookie);
+        }
+        connection.reset();
+    } catch (...) { // a server that fails while it is let go has been let go
+    }
+    return true;
+}
+
+Variant CChannel::Address() const {
+    return Variant::FromUI1(static_cast<std::uint8_t>(m_deviceAddress & 0xFF));
+}
+
+bool CChannel::Begin() {
+    return IsEntering() ? !IsEntryAborted() : !m_events.TakeAbort();
+}
+
+void CChannel::ResetCompletion() {
+    if (!m_isAwaiting) {
+        m_events.ResetCompletion();
+    }
+}
+
+LinkStatus CChannel::WaitForEnd() {
+    if (m_events.WaitForAny() == CCommandEvents::EWake::Completed) {
+        return m_events.WaitForCompletion();
+    }
+    const LinkStatus aborted =
+        CallServer([](IP32ls& server, Variant& status) { return server.Abort(status); });
+    m_events.TakeAbort();
+    // Status 0 promises that the aborted command completes; without that promise there is nothing to wait
+    // for.
+    return aborted == kLinkGood ? m_events.WaitForCompletion() : aborted;
+}
+
+void CChannel::BeginEntry(CProgressMonitor* monitor) {
+    m_entryMonitor = monitor;
+    m_abortRule = EAbortRule::Leave;
+}
+
+bool CChannel::EndEntry(CProgressMonitor* monitor) {
+    m_abortRule = EAbortRule::Take;
+    m_entryMonitor = nullptr;
+    m_monitor.Release(monitor);
+    return m_events.TakeAbort();
+}
+
+bool CChannel::IsEntryAborted() {
+    return m_abortRule == EAbortRule::Leave && m_events.IsAbortSignalled();
+}
+
+void CChannel::SetAbortIgnored(bool ignored) {
+    m_abortRule = ignored ? EAbortRule::Ignore : EAbortRule::Leave;
+}
+
+void CChannel::ReportLineStatus(LinkStatus status) {
+    void (*handler)() = m_disconnectHandler;
+    if (status == kLinkLineDisconnected && handler != nullptr) {
+        handler();
+    }
+}
+
+} // namespace ruvo
