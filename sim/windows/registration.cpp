@@ -1,5 +1,6 @@
 #include "sim/windows/registration.h"
 
+#include "link/seam/class_id.h"
 #include "link/windows/com_owners.h"
 #include "platform/full_path.h"
 #include "platform/modules.h"
@@ -11,9 +12,6 @@
 namespace ruvo::sim {
 namespace {
 
-constexpr const char* kClassKey = "CLSID\\{9A69E99F-E86F-455D-B971-355C1139963E}";
-constexpr const char* kServerKey = "CLSID\\{9A69E99F-E86F-455D-B971-355C1139963E}\\LocalServer32";
-constexpr const char* kLibraryKey = "CLSID\\{9A69E99F-E86F-455D-B971-355C1139963E}\\TypeLib";
 constexpr const char* kSubstationValue = "Substation";
 constexpr const char* kIdleValue = "IdleSeconds";
 constexpr std::chrono::seconds kIdleLimit(300);
@@ -23,7 +21,7 @@ constexpr DWORD kPathCapacity = 1024;
 constexpr SYSKIND kSystem = sizeof(void*) == 8 ? SYS_WIN64 : SYS_WIN32;
 
 struct SKey {
-    const char* path;
+    std::string path;
     const char* name; ///< null: the key's own value
     std::string text;
 };
@@ -59,13 +57,13 @@ std::string RegisterServer(const std::string& substation) {
         return reason;
     }
     const SKey keys[] = {
-        {kClassKey, nullptr, "Simulated comms server"},
-        {kServerKey, nullptr, "\"" + ProgramPath() + "\""},
-        {kLibraryKey, nullptr, "{9A69E99D-E86F-455D-B971-355C1139963E}"},
-        {kClassKey, kSubstationValue, file},
+        {ServerClassKey(), nullptr, "Simulated comms server"},
+        {ServerClassKey("LocalServer32"), nullptr, "\"" + ProgramPath() + "\""},
+        {ServerClassKey("TypeLib"), nullptr, "{9A69E99D-E86F-455D-B971-355C1139963E}"},
+        {ServerClassKey(), kSubstationValue, file},
     };
     for (const SKey& key : keys) {
-        const LSTATUS result = RegSetKeyValueA(HKEY_CLASSES_ROOT, key.path, key.name, REG_SZ,
+        const LSTATUS result = RegSetKeyValueA(HKEY_CLASSES_ROOT, key.path.c_str(), key.name, REG_SZ,
                                                key.text.c_str(), static_cast<DWORD>(key.text.size() + 1));
         if (result != ERROR_SUCCESS) {
             return Reason("Writing the registry", static_cast<unsigned long>(result));
@@ -83,7 +81,7 @@ std::string UnregisterServer() {
     if (FAILED(removed)) {
         return Reason("Unregistering the type library", static_cast<unsigned long>(removed));
     }
-    const LSTATUS result = RegDeleteTreeA(HKEY_CLASSES_ROOT, kClassKey);
+    const LSTATUS result = RegDeleteTreeA(HKEY_CLASSES_ROOT, ServerClassKey().c_str());
     if (result != ERROR_SUCCESS && result != ERROR_FILE_NOT_FOUND) {
         return Reason("Writing the registry", static_cast<unsigned long>(result));
     }
@@ -93,16 +91,16 @@ std::string UnregisterServer() {
 std::string RegisteredSubstation() {
     char path[kPathCapacity] = {};
     DWORD size = sizeof(path);
-    const LSTATUS result =
-        RegGetValueA(HKEY_CLASSES_ROOT, kClassKey, kSubstationValue, RRF_RT_REG_SZ, nullptr, path, &size);
+    const LSTATUS result = RegGetValueA(HKEY_CLASSES_ROOT, ServerClassKey().c_str(), kSubstationValue,
+                                        RRF_RT_REG_SZ, nullptr, path, &size);
     return result == ERROR_SUCCESS ? path : SubstationPath();
 }
 
 std::chrono::seconds RegisteredIdleLimit() {
     DWORD seconds = 0;
     DWORD size = sizeof(seconds);
-    const LSTATUS result =
-        RegGetValueA(HKEY_CLASSES_ROOT, kClassKey, kIdleValue, RRF_RT_REG_DWORD, nullptr, &seconds, &size);
+    const LSTATUS result = RegGetValueA(HKEY_CLASSES_ROOT, ServerClassKey().c_str(), kIdleValue,
+                                        RRF_RT_REG_DWORD, nullptr, &seconds, &size);
     return result == ERROR_SUCCESS ? std::chrono::seconds(seconds) : kIdleLimit;
 }
 

@@ -26,20 +26,15 @@ public:
     }
 
     bool Open(const std::string& path) {
-        if (!m_module.Load(path)) {
-            TraceError("Comms server cannot be loaded: %s", m_module.FailureText().c_str());
-            return false;
-        }
-        const auto entry = reinterpret_cast<ServerEntryPoint>(m_module.FindEntry(kServerEntryPoint));
-        m_table = entry == nullptr ? nullptr : entry();
-        if (m_table == nullptr || m_table->interfaceVersion != kServerInterfaceVersion) {
-            TraceError("Comms server %s has no entry point of interface version %u",
-                       SystemModulePath(path).c_str(), kServerInterfaceVersion);
+        const SLoadedServer loaded = LoadServerModule(path, m_module);
+        m_table = loaded.table;
+        if (m_table == nullptr) {
+            TraceError("Comms server: %s", loaded.failure.c_str());
             return false;
         }
         m_inner = m_table->Connect();
         if (m_inner == nullptr) {
-            TraceError("Comms server %s refused to start", SystemModulePath(path).c_str());
+            TraceError("Comms server: %s: loaded, but it refused to start", SystemModulePath(path).c_str());
         }
         return m_inner != nullptr;
     }

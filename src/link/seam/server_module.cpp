@@ -1,5 +1,6 @@
 #include "link/seam/server_module.h"
 
+#include "link/seam/class_id.h"
 #include "link/seam/server_failure.h"
 #include "platform/full_path.h"
 #include "platform/modules.h"
@@ -8,15 +9,35 @@
 namespace ruvo {
 
 SServerPlace FindServerModule() {
-    constexpr const char* kClassKey = "CLSID\\{9A69E99F-E86F-455D-B971-355C1139963E}";
     constexpr std::size_t kPathCapacity = 4096;
     for (const ERegistryRoot root : {ERegistryRoot::CurrentUser, ERegistryRoot::LocalMachine}) {
-        const auto path = ReadRegistryValue(root, kClassKey, "InprocServer32", kPathCapacity);
+        const auto path = ReadRegistryValue(root, ServerClassKey(), "InprocServer32", kPathCapacity);
         if (path && !path->empty()) {
             return {FullPath(path->substr(0, path->find('\0'))), RegistryPlace(root)};
         }
     }
     return {CodeFolder() + "\\p32ls.dll", {}};
+}
+
+SLoadedServer LoadServerModule(const std::string& path, CModule& module) {
+    if (path.empty()) {
+        return {nullptr, "no path that a file can have"};
+    }
+    if (!module.Load(path)) {
+        return {nullptr, module.FailureText()}; // which begins with the path
+    }
+    const auto entry = reinterpret_cast<ServerEntryPoint>(module.FindEntry(kServerEntryPoint));
+    const SServerModule* const table = entry == nullptr ? nullptr : entry();
+    if (table == nullptr) {
+        return {nullptr,
+                SystemModulePath(path) + ": no comms server: it has no entry point " + kServerEntryPoint};
+    }
+    if (table->interfaceVersion != kServerInterfaceVersion) {
+        return {nullptr, SystemModulePath(path) + ": made for interface version " +
+                             std::to_string(table->interfaceVersion) + ", not " +
+                             std::to_string(kServerInterfaceVersion)};
+    }
+    return {table, {}};
 }
 
 std::string ExplainServerFailure() {
@@ -27,21 +48,10 @@ std::string ExplainServerFailure() {
                                                             RegistryPlace(ERegistryRoot::LocalMachine)
                                                       : "named in " + place.registry;
     CModule module;
-    std::string words;
-    if (place.path.empty()) {
-        words = "no path that a file can have";
-    } else if (!module.Load(place.path)) {
-        words = module.FailureText(); // which begins with the path
-    } else {
-        const auto entry = reinterpret_cast<ServerEntryPoint>(module.FindEntry(kServerEntryPoint));
-        const SServerModule* const table = entry == nullptr ? nullptr : entry();
-        words = SystemModulePath(place.path) + ": ";
-        words += table == nullptr ? "no comms server: it has no entry point " + std::string(kServerEntryPoint)
-                 : table->interfaceVersion != kServerInterfaceVersion
-                     ? "made for interface version " + std::to_string(table->interfaceVersion) + ", not " +
-                           std::to_string(kServerInterfaceVersion)
-                     : "loaded, but it refused to start";
-    }
+    const SLoadedServer loaded = LoadServerModule(place.path, module);
+    const std::string words = loaded.table == nullptr
+                                  ? loaded.failure
+                                  : SystemModulePath(place.path) + ": loaded, but it refused to start";
     return words + " (" + source + ")";
 }
 

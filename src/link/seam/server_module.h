@@ -8,6 +8,8 @@
 
 namespace ruvo {
 
+class CModule;
+
 /// What the module's entry point returns. The version stands first, so that a client can always read it.
 struct SServerModule {
     std::uint32_t interfaceVersion; ///< kServerInterfaceVersion of the headers that the module was built with
@@ -24,9 +26,16 @@ using ServerEntryPoint = const SServerModule* (*)();
 
 /// Where the module is looked for.
 struct SServerPlace {
-    std::string path;     ///< full, with the ending of a library's name
+    std::string path;     ///< full, with the ending of a library's name; empty for what can be no path
     std::string registry; ///< the part of the registry that names it; empty for the one beside our own code
 };
 SServerPlace FindServerModule();
+
+/// What came of loading a server's module.
+struct SLoadedServer {
+    const SServerModule* table = nullptr; ///< as the module gives it; null for none of this version
+    std::string failure;                  ///< why there is no table; begins with the file that was tried
+};
+SLoadedServer LoadServerModule(const std::string& path, CModule& module);
 
 } // namespace ruvo

@@ -1,5 +1,6 @@
 #include "link/seam/server_failure.h"
 
+#include "link/seam/class_id.h"
 #include "link/windows/com_owners.h"
 #include "platform/files.h"
 
@@ -19,7 +20,7 @@ std::string ExplainServerFailure() {
     }
     std::array<char, 16> code{};
     std::snprintf(code.data(), code.size(), "%08lX", static_cast<unsigned long>(result));
-    return "class {9A69E99F-E86F-455D-B971-355C1139963E} cannot be made: " + SystemErrorText(result) + " (" +
+    return "class " + std::string(kServerClassId) + " cannot be made: " + SystemErrorText(result) + " (" +
            code.data() + ")";
 }
 
