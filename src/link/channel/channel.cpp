@@ -44,7 +44,7 @@ Variant CChannel::Address() const {
 }
 
 bool CChannel::Begin() {
-    return IsEntering() ? !IsEntryAborted() : !m_events.TakeAbort();
+    return IsEntering() ? !IsEntryAborted() : !m_events.ResetAbort();
 }
 
 void CChannel::ResetCompletion() {
@@ -59,7 +59,7 @@ LinkStatus CChannel::WaitForEnd() {
     }
     const LinkStatus aborted =
         CallServer([](IP32ls& server, Variant& status) { return server.Abort(status); });
-    m_events.TakeAbort();
+    m_events.ResetAbort();
     // Status 0 promises that the aborted command completes; without that promise there is nothing to wait
     // for.
     return aborted == kLinkGood ? m_events.WaitForCompletion() : aborted;
@@ -71,10 +71,10 @@ void CChannel::BeginEntry(CProgressMonitor* monitor) {
 }
 
 bool CChannel::EndEntry(CProgressMonitor* monitor) {
-    m_abortRule = EAbortRule::Take;
+    m_abortRule = EAbortRule::Reset;
     m_entryMonitor = nullptr;
     m_monitor.Release(monitor);
-    return m_events.TakeAbort();
+    return m_events.ResetAbort();
 }
 
 bool CChannel::IsEntryAborted() {

@@ -61,7 +61,7 @@ public:
     void BeginEntry(CProgressMonitor* monitor);
     /// True when the entry was aborted, which that uses up.
     bool EndEntry(CProgressMonitor* monitor);
-    bool IsEntering() const { return m_abortRule != EAbortRule::Take; }
+    bool IsEntering() const { return m_abortRule != EAbortRule::Reset; }
     bool IsEntryAborted();
     CProgressMonitor* EntryMonitor() const { return m_entryMonitor; }
     /// Whether the entry's requests go on after an abort: what it changed in the relay is put back then.
@@ -72,8 +72,9 @@ public:
     void ReportLineStatus(LinkStatus status);
 
 private:
-    /// What a command that begins does with an abort: takes it and ends; ends and leaves it; goes on.
-    enum class EAbortRule : std::uint8_t { Take, Leave, Ignore };
+    /// What a command that begins does with a pending abort: resets it and ends, leaves it and ends, or goes
+    /// on.
+    enum class EAbortRule : std::uint8_t { Reset, Leave, Ignore };
 
     LinkStatus WaitForEnd();
 
@@ -85,7 +86,7 @@ private:
     bool m_isAwaiting = false; ///< a started command runs; under the command lock
     std::atomic<std::uint16_t> m_deviceAddress = 0xFFFF;
     std::atomic<void (*)()> m_disconnectHandler = nullptr;
-    std::atomic<EAbortRule> m_abortRule = EAbortRule::Take;
+    std::atomic<EAbortRule> m_abortRule = EAbortRule::Reset;
     CProgressMonitor* m_entryMonitor = nullptr;
 };
 

@@ -15,7 +15,7 @@ bool CCommandEvents::IsAbortSignalled() {
     return m_abort;
 }
 
-bool CCommandEvents::TakeAbort() {
+bool CCommandEvents::ResetAbort() {
     const std::lock_guard guard(m_mutex);
     return std::exchange(m_abort, false);
 }

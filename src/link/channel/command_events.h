@@ -16,7 +16,7 @@ public:
     void SignalAbort();
     bool IsAbortSignalled();
     /// Resets the abort event; true when it was signalled.
-    bool TakeAbort();
+    bool ResetAbort();
 
     void ResetCompletion();
     void SignalCompletion(std::uint32_t status);

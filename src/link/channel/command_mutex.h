@@ -34,15 +34,15 @@ public:
             throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur));
         }
         m_freed.wait(guard, [this] { return IsOurs(); });
-        Take();
+        Acquire();
     }
 
-    bool try_lock_for(std::chrono::milliseconds patience) {
+    bool try_lock_for(std::chrono::milliseconds timeout) {
         std::unique_lock guard(m_mutex);
-        if (!m_freed.wait_for(guard, patience, [this] { return IsOurs(); })) {
+        if (!m_freed.wait_for(guard, timeout, [this] { return IsOurs(); })) {
             return false;
         }
-        Take();
+        Acquire();
         return true;
     }
 
@@ -56,7 +56,7 @@ public:
 
 private:
     bool IsOurs() const { return m_depth == 0 || m_owner == std::this_thread::get_id(); }
-    void Take() {
+    void Acquire() {
         m_owner = std::this_thread::get_id();
         ++m_depth;
     }

@@ -58,11 +58,11 @@ using SecondEditionLoginFunction = int (*)(const SPasswordRequest& request, char
                                            std::uint32_t userCount, char** userName,
                                            std::uint32_t userNameMaxLength, int code, std::int32_t extra);
 
-/// Tells that a user name and its password were accepted; `model` is the record's text of cell 00.06.
+/// Reports that a user name and its password were accepted; `model` is the record's text of cell 00.06.
 using LoginAcceptedFunction = void (*)(const char* model);
-/// Tells that a password was accepted; `model` is the record's text of cell 00.06. The result is ignored.
+/// Reports that a password was accepted; `model` is the record's text of cell 00.06. The result is ignored.
 using PasswordAcceptedFunction = int (*)(const char* model);
-/// Tells that a login ended because its callback is missing or declined.
+/// Reports that a login ended because its callback is missing or declined.
 using LoginCancelledFunction = void (*)();
 
 } // namespace ruvo

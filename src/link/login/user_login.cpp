@@ -55,7 +55,7 @@ private:
     // Both attempts begin with the users, since the relay may have changed them since the last one.
 
     /// What came of sending a login: the relay's answer, or what it did not take before the password.
-    struct SSent {
+    struct SSendResult {
         const char* fault = nullptr;
         LinkStatus status = kLinkGood;
     };
@@ -139,7 +139,7 @@ private:
     std::uint32_t NameCount() const { return static_cast<std::uint32_t>(m_names.size()); }
 
     /// User name, salt and digest: one login, so no other command may come in between.
-    SSent Send(std::string_view userName, std::string_view password) {
+    SSendResult Send(std::string_view userName, std::string_view password) {
         const CChannel::CommandLock lock(m_parts.channel.Lock());
         const auto write = [&](CellAddress cell, const CParlaneData& value, CWrites::EOperation operation) {
             return m_parts.writes.WriteCredential(lock, cell, value, operation);
@@ -159,7 +159,7 @@ private:
         return {nullptr, write(cells::kSecurityPassword, hashed, CWrites::EOperation::ChangeSetting)};
     }
 
-    std::optional<LinkStatus> Finish(const SSent& sent) {
+    std::optional<LinkStatus> Finish(const SSendResult& sent) {
         if (sent.fault != nullptr) {
             return m_attempts.Fail(sent.fault);
         }

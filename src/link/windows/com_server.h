@@ -23,7 +23,7 @@ public:
     CComArgument& operator=(const CComArgument&) = delete;
     ~CComArgument() { WipeArray(m_native.Get()); }
     VARIANT Pass() { return m_native.Get(); } // by value, yet it stays ours
-    void Take() {}
+    void Read() {}
 
 private:
     COwnedVariant m_native;
@@ -36,7 +36,7 @@ public:
     using Ours = Variant&;
     explicit CComArgument(Ours value) : m_value(value) {}
     VARIANT* Pass() { return m_native.Receive(); }
-    void Take() { m_value = FromVariant(m_native.Get()); }
+    void Read() { m_value = FromVariant(m_native.Get()); }
 
 private:
     COwnedVariant m_native;
@@ -179,7 +179,7 @@ private:
         if (FAILED(std::apply(call, arguments))) {
             return EComResult::Failed;
         }
-        std::apply([](auto&... each) { (each.Take(), ...); }, arguments);
+        std::apply([](auto&... each) { (each.Read(), ...); }, arguments);
         return EComResult::Ok;
     }
 
