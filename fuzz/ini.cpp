@@ -12,7 +12,7 @@
 #include "platform/ini_text.h"
 #include "platform/profile.h"
 #include "platform/text_file.h"
-#include "tools/ini/ini_findings.h"
+#include "tools/ini/diagnostics.h"
 #include "tools/text_encoding.h"
 
 #include <algorithm>
@@ -95,11 +95,12 @@ void CheckReader(const CIniText& ini) {
     }
 }
 
-void CheckFindings(const std::vector<SIniFinding>& findings, std::size_t lineCount) {
-    for (const SIniFinding& finding : findings) {
-        Require(finding.line <= lineCount && !finding.text.empty(), "a finding names a line of the file");
-        const std::string shown = EscapeControls(SystemTextToUtf8(finding.text));
-        Require(IsUtf8Text(shown) && HasNoControls(shown), "a finding can be shown");
+void CheckDiagnostics(const std::vector<SDiagnostic>& diagnostics, std::size_t lineCount) {
+    for (const SDiagnostic& diagnostic : diagnostics) {
+        Require(diagnostic.line <= lineCount && !diagnostic.text.empty(),
+                "a diagnostic names a line of the file");
+        const std::string shown = EscapeControls(SystemTextToUtf8(diagnostic.text));
+        Require(IsUtf8Text(shown) && HasNoControls(shown), "a diagnostic can be shown");
     }
 }
 
@@ -110,10 +111,10 @@ void CheckTool(EResultCode code) {
     const std::size_t lines =
         1 +
         static_cast<std::size_t>(std::ranges::count_if(text, [](char c) { return c == '\n' || c == '\r'; }));
-    const std::vector<SIniFinding> causes = FindCauses(code, ini);
+    const std::vector<SDiagnostic> causes = ExplainResultCode(code, ini);
     Require((code == EResultCode::Success) == causes.empty(), "what is refused has a cause");
-    CheckFindings(causes, lines);
-    CheckFindings(FindOddities(ini), lines);
+    CheckDiagnostics(causes, lines);
+    CheckDiagnostics(FindWarnings(ini), lines);
     CheckReader(ini);
 }
 

@@ -37,7 +37,7 @@ bool IsUsableFolder(const std::string& folder) {
 }
 
 // A folder that cannot be made absolute leaves the root empty, which the write test then refuses.
-void TakeRegistryDestination(CRunContext& context, const std::string& folder) {
+void ApplyRegistryDestination(CRunContext& context, const std::string& folder) {
     std::string root = FullFolderPath(folder);
     if (!root.empty()) {
         root += kRegistrySubfolder;
@@ -46,7 +46,7 @@ void TakeRegistryDestination(CRunContext& context, const std::string& folder) {
     context.SetDestinationFromRegistry(true);
 }
 
-void TellUserDestinationInvalid(const std::string& machineFolder) {
+void ReportInvalidUserDestination(const std::string& machineFolder) {
     ShowMessageBox(EMessageIcon::Information, "Information",
                    "Registry entry with destination path for current user is invalid.\n"
                    "Events will be extracted with use of default application settings.\n"
@@ -63,7 +63,7 @@ void ResolveDestinationRoot(CRunContext& context, bool configurationLoaded) {
     }
     const std::optional<std::string> userFolder = RegistryDestination(ERegistryRoot::CurrentUser);
     if (userFolder && IsUsableFolder(*userFolder)) {
-        TakeRegistryDestination(context, *userFolder);
+        ApplyRegistryDestination(context, *userFolder);
         return;
     }
     const std::optional<std::string> machineFolder = RegistryDestination(ERegistryRoot::LocalMachine);
@@ -71,9 +71,9 @@ void ResolveDestinationRoot(CRunContext& context, bool configurationLoaded) {
         return;
     }
     if (userFolder) {
-        TellUserDestinationInvalid(*machineFolder);
+        ReportInvalidUserDestination(*machineFolder);
     }
-    TakeRegistryDestination(context, *machineFolder);
+    ApplyRegistryDestination(context, *machineFolder);
 }
 
 } // namespace ruvo

@@ -8,11 +8,13 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cinttypes>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
+#include <system_error>
 
 namespace ruvo {
 
@@ -76,6 +78,16 @@ unsigned DrawKeyIndex() {
     return static_cast<unsigned>(std::rand()) % static_cast<unsigned>(kScrambleKeyCount);
 }
 
+bool IsHexDigit(char c) {
+    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
+}
+
+bool IsWord(std::string_view digits) {
+    std::uint32_t word = 0;
+    const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), word);
+    return result.ec == std::errc() && result.ptr == digits.data() + digits.size();
+}
+
 } // namespace
 
 int ScramblePassword(const char* plain, char* out23) {
@@ -119,6 +131,11 @@ int UnscramblePassword(const char* text, char* out9) {
     const CWipeValueAtScopeEnd wipeBytes(bytes);
     *std::copy_n(bytes.begin(), length, out9) = '\0';
     return 0;
+}
+
+bool IsScrambledText(std::string_view text) {
+    return text.size() == kScrambledLength && IsHexDigit(text[0]) && text[1] >= '0' && text[1] <= '8' &&
+           IsWord(text.substr(2, 10)) && IsWord(text.substr(12, 10));
 }
 
 } // namespace ruvo

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string_view>
 
 namespace ruvo {
 
@@ -18,5 +19,8 @@ int ScramblePassword(const char* plain, char* out23);
 /// most 9 bytes. 0 on success; -1, with the output untouched, when the text is null, shorter than 22
 /// characters or has a length digit above 8, or the output is null.
 int UnscramblePassword(const char* text, char* out9);
+
+/// True for a text that scrambling can have written. Unscrambling takes more than that.
+[[nodiscard]] bool IsScrambledText(std::string_view text);
 
 } // namespace ruvo

@@ -78,13 +78,13 @@ CIniText CIniText::Parse(std::string_view text) {
     CIniText parsed;
     parsed.m_sections.emplace_back(); // what stands before any header
     for (std::size_t number = 1; !text.empty(); ++number) {
-        parsed.TakeLine(Trim(NextLine(text)), number);
+        parsed.ParseLine(Trim(NextLine(text)), number);
     }
     parsed.BuildIndex();
     return parsed;
 }
 
-void CIniText::TakeLine(std::string_view line, std::size_t number) {
+void CIniText::ParseLine(std::string_view line, std::size_t number) {
     if (line.empty()) {
         return;
     }

@@ -62,7 +62,7 @@ private:
     using Index = std::vector<SIndexRow>;
 
     CIniText() = default;
-    void TakeLine(std::string_view line, std::size_t number);
+    void ParseLine(std::string_view line, std::size_t number);
     void BuildIndex();
     static void SortIndex(Index& index);
     static std::span<const SIndexRow> RowsOf(const Index& index, std::size_t hash);

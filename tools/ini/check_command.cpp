@@ -11,8 +11,8 @@
 #include "platform/ini_text.h"
 #include "platform/text_file.h"
 #include "tools/command.h"
+#include "tools/ini/diagnostics.h"
 #include "tools/ini/ini_document.h"
-#include "tools/ini/ini_findings.h"
 #include "tools/ini/site_environment.h"
 
 #include <algorithm>
@@ -48,11 +48,11 @@ constexpr int kLibraryMissing = static_cast<int>(EResultCode::Last) + 1;
 struct SOutcome {
     int status = 0;
     std::string message;
-    std::vector<SIniFinding> causes;
-    std::vector<SIniFinding> blockedPlaces; ///< where a run would refuse to write
+    std::vector<SDiagnostic> causes;
+    std::vector<SDiagnostic> unwritablePlaces; ///< where a run would refuse to write
 };
 
-EResultCode TryCommsServer(std::vector<SIniFinding>& causes) {
+EResultCode TryCommsServer(std::vector<SDiagnostic>& causes) {
     CCommsServer server;
     if (server.Start()) {
         return EResultCode::Success;
@@ -92,8 +92,8 @@ SOutcome CheckFile(const std::string& fullPath, const CIniText& ini) {
     if (const auto missing = FindMissingLibrary()) {
         return {kLibraryMissing, missing->message, {{0, missing->reason}}, {}};
     }
-    std::vector<SIniFinding> causes;
-    std::vector<SIniFinding> blockedPlaces;
+    std::vector<SDiagnostic> causes;
+    std::vector<SDiagnostic> unwritablePlaces;
     EResultCode code = EResultCode::IniFileNotOpened;
     if (!fullPath.empty()) {
         const CProgramFolder inProgramFolder;
@@ -101,21 +101,21 @@ SOutcome CheckFile(const std::string& fullPath, const CIniText& ini) {
         code = LoadAndCheck(context, fullPath, true);
         if (!context.DestinationRoot().empty() && code != EResultCode::EventRootInvalid &&
             code != EResultCode::RegistryDestinationInvalid) {
-            blockedPlaces = FindBlockedPlaces(FullPath(context.DestinationRoot()));
+            unwritablePlaces = FindUnwritablePlaces(FullPath(context.DestinationRoot()));
         }
         code = code == EResultCode::Success ? TryCommsServer(causes) : code;
     }
     if (code == EResultCode::IniFileNotOpened) {
         causes.push_back({0, WhyNotOpened(fullPath, ini)});
     }
-    std::vector<SIniFinding> lines = FindCauses(code, ini);
+    std::vector<SDiagnostic> lines = ExplainResultCode(code, ini);
     lines.insert(lines.end(), causes.begin(), causes.end());
     return {static_cast<int>(code), std::string(ResultMessage(code)), std::move(lines),
-            std::move(blockedPlaces)};
+            std::move(unwritablePlaces)};
 }
 
 /// What a reader of the file could learn that is nobody else's business.
-std::vector<SIniFinding> FindOpenPasswords(const std::string& fullPath, const CIniText& ini) {
+std::vector<SDiagnostic> FindOpenPasswords(const std::string& fullPath, const CIniText& ini) {
     const auto holdsText = [](const SIniEntry& entry) {
         return !entry.IsComment() && entry.value && !entry.value->empty();
     };
@@ -134,7 +134,7 @@ std::vector<SIniFinding> FindOpenPasswords(const std::string& fullPath, const CI
 int RunCheck(const CArguments& arguments, SConsole& console) {
     const std::string typed = arguments.Get("INI");
     const std::string fullPath = FullPath(typed);
-    const SSiteEnvironment environment = TakeSiteEnvironment(typed);
+    const SSiteEnvironment environment = ApplySiteEnvironment(typed);
     std::string text;
     if (!ReadTextFile(fullPath, text)) {
         text.clear(); // then there is nothing to point at but the file itself
@@ -142,11 +142,11 @@ int RunCheck(const CArguments& arguments, SConsole& console) {
     const CIniText ini = CIniText::Parse(text);
     const SOutcome outcome = CheckFile(fullPath, ini);
     console.out.Write(outcome.message + "\n");
-    PrintFindings(console.out, typed, "", outcome.causes);
-    PrintFindings(console.out, typed, "warning: ", FindOddities(ini));
-    PrintFindings(console.out, typed, "warning: ", FindOpenPasswords(fullPath, ini));
-    PrintFindings(console.out, typed, "warning: ", outcome.blockedPlaces);
-    PrintFindings(console.out, environment.path, "warning: ", environment.findings);
+    PrintDiagnostics(console.out, typed, "", outcome.causes);
+    PrintDiagnostics(console.out, typed, "warning: ", FindWarnings(ini));
+    PrintDiagnostics(console.out, typed, "warning: ", FindOpenPasswords(fullPath, ini));
+    PrintDiagnostics(console.out, typed, "warning: ", outcome.unwritablePlaces);
+    PrintDiagnostics(console.out, environment.path, "warning: ", environment.diagnostics);
     return outcome.status;
 }
 

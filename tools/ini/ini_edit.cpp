@@ -6,8 +6,8 @@
 #include "platform/files.h"
 #include "platform/full_path.h"
 #include "platform/text_file.h"
+#include "tools/ini/diagnostics.h"
 #include "tools/ini/ini_document.h"
-#include "tools/ini/ini_findings.h"
 #include "tools/text_encoding.h"
 
 #include <algorithm>
@@ -87,11 +87,11 @@ std::string_view ApplyAll(CIniDocument& document, const std::vector<SIniEdit>& e
 }
 
 /// The first line behind a code, with what is wanted there.
-std::string TellCode(EResultCode code, const CIniText& ini) {
-    const std::vector<SIniFinding> findings = FindCauses(code, ini);
+std::string ResultCodeText(EResultCode code, const CIniText& ini) {
+    const std::vector<SDiagnostic> diagnostics = ExplainResultCode(code, ini);
     std::string text(ResultMessage(code));
-    if (!findings.empty()) {
-        text += " " + EscapeControls(SystemTextToUtf8(findings.front().text));
+    if (!diagnostics.empty()) {
+        text += " " + EscapeControls(SystemTextToUtf8(diagnostics.front().text));
     }
     return text;
 }
@@ -101,26 +101,26 @@ int Exchange(const std::string& path, const std::string& oldBytes, const CIniDoc
     CFileExchange exchange;
     SAccessResult result = exchange.Prepare(path, document.Bytes());
     if (!result.Good()) {
-        return Refuse(console, TellAccessFailure(result));
+        return Refuse(console, AccessFailureText(result));
     }
     const EResultCode after = RulesCode(exchange.NewPath());
     if (after != EResultCode::Success && RulesCode(path) == EResultCode::Success) {
-        return Refuse(console, "that would make check fail: " + TellCode(after, document.Ini()));
+        return Refuse(console, "that would make check fail: " + ResultCodeText(after, document.Ini()));
     }
     result = exchange.Commit(oldBytes);
     if (!result.Good()) {
-        return Refuse(console, TellAccessFailure(result));
+        return Refuse(console, AccessFailureText(result));
     }
     if (after != EResultCode::Success) {
-        console.error.Write(
-            "ruvoctl: warning: the file does not pass check yet: " + TellCode(after, document.Ini()) + "\n");
+        console.error.Write("ruvoctl: warning: the file does not pass check yet: " +
+                            ResultCodeText(after, document.Ini()) + "\n");
     }
     return kExitGood;
 }
 
 } // namespace
 
-std::string TellAccessFailure(const SAccessResult& result) {
+std::string AccessFailureText(const SAccessResult& result) {
     const auto* const row = std::ranges::find(kFailureTexts, result.failure, &SFailureText::failure);
     std::string text(row == kFailureTexts.end() ? "" : row->text);
     return result.systemCode == 0 ? text : text + " (" + SystemErrorText(result.systemCode) + ")";
@@ -133,7 +133,7 @@ int EditIniFile(const std::string& typedPath, SConsole& console, const MakeIniPl
         return Refuse(console, kNotReadable);
     }
     if (const SAccessResult can = CanBeExchanged(path); !can.Good()) { // before a password is typed
-        return Refuse(console, TellAccessFailure(can));
+        return Refuse(console, AccessFailureText(can));
     }
     CIniDocument document(bytes);
     const SIniPlan plan = makePlan(document.Ini());

@@ -33,6 +33,6 @@ using MakeIniPlan = std::function<SIniPlan(const CIniText& ini)>;
 int EditIniFile(const std::string& typedPath, SConsole& console, const MakeIniPlan& makePlan);
 
 /// What to do about a failure, for people.
-std::string TellAccessFailure(const SAccessResult& result);
+std::string AccessFailureText(const SAccessResult& result);
 
 } // namespace ruvo

@@ -5,8 +5,8 @@
 #include "platform/files.h"
 #include "platform/full_path.h"
 #include "tools/command.h"
+#include "tools/ini/diagnostics.h"
 #include "tools/ini/ini_edit.h"
-#include "tools/ini/ini_findings.h"
 #include "tools/ini/password_input.h"
 #include "tools/ini/site_questions.h"
 #include "tools/text_encoding.h"
@@ -35,6 +35,9 @@ constexpr std::array kOptions{
         EOptionKind::Flag, "--passwords",
         "asks for a password for each --relay, or reads a line of the input for each; an empty one is none"},
 };
+
+// As the help of --port and --baud says.
+static_assert(GeneralKey("CommPort").defaultText == "COM1" && GeneralKey("BaudRate").defaultText == "9600");
 
 constexpr std::string_view kNotes =
     "Asks for what the options leave open; with --link and --relay nothing is asked. The file has comments, "
@@ -103,9 +106,9 @@ std::string FindPlace(const std::string& typed, SPlace& place) {
                "\".\", and without \"-\" in front";
     }
     if (GetPathKind(place.path) != EPathKind::Missing || IsLink(place.path)) {
-        return TellAccessFailure({EAccessFailure::Exists, 0});
+        return AccessFailureText({EAccessFailure::Exists, 0});
     }
-    return DirectoryExists(place.folder) ? std::string() : TellAccessFailure({EAccessFailure::NotMade, 0});
+    return DirectoryExists(place.folder) ? std::string() : AccessFailureText({EAccessFailure::NotMade, 0});
 }
 
 /// In the usual folder of the machine, where there is one, else beside the file.
@@ -173,7 +176,7 @@ std::string AddRelay(const std::string& typed, bool takesPassword, ELink link, S
         return "--relay: " + why;
     }
     document.Set(LinkRow(link).section, key, address);
-    const Mistake mistake = takesPassword ? TakePassword(console, key, document) : Mistake();
+    const Mistake mistake = takesPassword ? ReadRelayPassword(console, key, document) : Mistake();
     return mistake.empty() ? std::string() : "password of " + key + ": " + std::string(mistake);
 }
 
@@ -187,10 +190,10 @@ std::string AddRelays(const CArguments& arguments, ELink link, SConsole& console
     return {};
 }
 
-int TellRefused(EResultCode code, const CIniText& ini, SConsole& console) {
+int ReportRefusal(EResultCode code, const CIniText& ini, SConsole& console) {
     Fail(console, "no file was made, since check would refuse it: " + std::string(ResultMessage(code)));
-    for (const SIniFinding& finding : FindCauses(code, ini)) {
-        Fail(console, finding.text);
+    for (const SDiagnostic& diagnostic : ExplainResultCode(code, ini)) {
+        Fail(console, diagnostic.text);
     }
     return kExitFailed;
 }
@@ -211,7 +214,7 @@ bool TryPlaces(const SPlace& place, const SNewSite& site, SConsole& console) {
     const std::string path = place.folder + file_access::NewName(place.site + ".ini");
     const SAccessResult written = WriteNewPrivateFile(path, document.Bytes(), {});
     if (!written.Good()) {
-        Fail(console, TellAccessFailure(written));
+        Fail(console, AccessFailureText(written));
         return false;
     }
     const EResultCode code = CheckCode(path);
@@ -219,7 +222,7 @@ bool TryPlaces(const SPlace& place, const SNewSite& site, SConsole& console) {
     if (std::ranges::find(kOfPlaces, code) == kOfPlaces.end()) {
         return true;
     }
-    TellRefused(code, document.Ini(), console);
+    ReportRefusal(code, document.Ini(), console);
     return false;
 }
 
@@ -233,11 +236,11 @@ int WriteSite(const SPlace& place, const CIniDocument& document, const std::stri
               SConsole& console) {
     const SAccessResult written = WriteNewPrivateFile(place.path, document.Bytes(), kReaders);
     if (!written.Good()) {
-        return Fail(console, TellAccessFailure(written));
+        return Fail(console, AccessFailureText(written));
     }
     if (const EResultCode code = CheckCode(place.path); code != EResultCode::Success) {
         RemoveFile(place.path);
-        return TellRefused(code, document.Ini(), console);
+        return ReportRefusal(code, document.Ini(), console);
     }
     const std::string file = EscapeControls(SystemTextToUtf8(typed));
     console.out.Write(file + ": made, with " + std::to_string(ListRelays(document.Ini()).size()) +

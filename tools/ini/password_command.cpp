@@ -4,7 +4,6 @@
 #include "config/scramble.h"
 #include "tools/command.h"
 #include "tools/ini/ini_edit.h"
-#include "tools/ini/ini_forms.h"
 #include "tools/ini/password_input.h"
 #include "tools/ini/relay_entries.h"
 
@@ -76,7 +75,7 @@ std::string_view Trim(std::string_view text) {
 }
 
 /// Leaves the scrambled text of a line that may be one of the INI file.
-Mistake TakeEntry(const std::string& wantedKey, std::string_view& line) {
+Mistake ParseEntry(const std::string& wantedKey, std::string_view& line) {
     line = Trim(line);
     const std::size_t equals = line.find('=');
     if (equals == std::string_view::npos) {
@@ -112,7 +111,7 @@ Mistake PrintPassword(const char* scrambled, SConsole& console) {
     if (std::ranges::any_of(password, IsControl) || !HasZerosBehind(password.size(), scrambled)) {
         return kUnreadable;
     }
-    if (!CanBeScrambled(scrambled)) {
+    if (!IsScrambledText(scrambled)) {
         console.error.Write("ruvoctl: warning: scrambling writes no such text; read as a run reads it\n");
     }
     console.out.WriteSecret(password);
@@ -127,7 +126,7 @@ Mistake Decrypt(const std::string& key, SConsole& console) {
         return kNoInput;
     }
     std::string_view entry = line;
-    if (const Mistake mistake = TakeEntry(key, entry); !mistake.empty()) {
+    if (const Mistake mistake = ParseEntry(key, entry); !mistake.empty()) {
         return mistake;
     }
     const CSecret scrambled(entry); // with a NUL behind it

@@ -30,27 +30,27 @@ bool IsName(std::string_view name) {
            std::ranges::find(kRefusedNames, name) == kRefusedNames.end();
 }
 
-void TakeLine(const std::string& line, std::size_t number, std::vector<SIniFinding>& findings) {
+void ApplyLine(const std::string& line, std::size_t number, std::vector<SDiagnostic>& diagnostics) {
     const std::size_t equals = line.find('=');
     const std::string name = line.substr(0, equals);
     if (equals == std::string::npos || !IsName(name) || line.find('\0') != std::string::npos) {
-        findings.push_back({number, std::string(kRefused)});
+        diagnostics.push_back({number, std::string(kRefused)});
         return;
     }
     SetEnvironmentValue(name, line.substr(equals + 1));
     if (name.starts_with("LD_")) {
-        findings.push_back({number, name + std::string(kForLoader)});
+        diagnostics.push_back({number, name + std::string(kForLoader)});
     }
 }
 
-void TakeLines(const std::string& text, std::vector<SIniFinding>& findings) {
+void ApplyLines(const std::string& text, std::vector<SDiagnostic>& diagnostics) {
     std::size_t number = 0;
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t end = std::min(text.find('\n', at), text.size());
         const std::string line = text.substr(at, end - at);
         ++number;
         if (!line.empty() && !line.starts_with('#')) {
-            TakeLine(line, number, findings);
+            ApplyLine(line, number, diagnostics);
         }
         at = end + 1;
     }
@@ -58,11 +58,11 @@ void TakeLines(const std::string& text, std::vector<SIniFinding>& findings) {
 
 } // namespace
 
-SSiteEnvironment TakeSiteEnvironment(const std::string& iniPath) {
+SSiteEnvironment ApplySiteEnvironment(const std::string& iniPath) {
     constexpr std::string_view kIniExtension = ".ini";
     const SPathParts parts = SplitPath(iniPath);
     SSiteEnvironment environment{.path = iniPath.substr(0, iniPath.size() - parts.extension.size()) + ".env",
-                                 .findings = {}};
+                                 .diagnostics = {}};
     const std::string path = FullPath(environment.path);
     if (!EqualIniNames(parts.extension, kIniExtension) || path.empty() || EnvironmentValue(kSetByRunSite)) {
         return environment;
@@ -70,13 +70,13 @@ SSiteEnvironment TakeSiteEnvironment(const std::string& iniPath) {
     std::string text;
     switch (ReadOwnFile(path, text)) {
     case EOwnFile::Read:
-        TakeLines(text, environment.findings);
+        ApplyLines(text, environment.diagnostics);
         break;
     case EOwnFile::Unreadable:
-        environment.findings.push_back({0, "cannot be read; want a small text file that you may read"});
+        environment.diagnostics.push_back({0, "cannot be read; want a small text file that you may read"});
         break;
     case EOwnFile::OfOthers:
-        environment.findings.push_back(
+        environment.diagnostics.push_back(
             {0,
              "not taken: another user may have written it; want a file of root or of the user who runs this, "
              "that nobody else may write"});

@@ -34,7 +34,7 @@ std::optional<std::string> AskLine(SConsole& console, const std::string& prompt)
     return line;
 }
 
-void Tell(SConsole& console, std::string_view text) {
+void PrintHint(SConsole& console, std::string_view text) {
     console.error.Write("  " + std::string(text) + "\n");
 }
 
@@ -53,12 +53,12 @@ bool IsOneOf(std::string_view text, std::string_view choices) {
 bool AskPassword(SConsole& console, const std::string& key, CIniDocument& document) {
     std::string_view mistake = kNoInput;
     do {
-        mistake = TakePassword(console, key, document);
+        mistake = ReadRelayPassword(console, key, document);
         if (mistake == kNoInput) {
             return false;
         }
         if (!mistake.empty()) {
-            Tell(console, mistake);
+            PrintHint(console, mistake);
         }
     } while (!mistake.empty());
     return true;
@@ -78,7 +78,7 @@ std::optional<ELink> AskLink(SConsole& console) {
         if (const auto link = LinkNamed(answer->empty() ? "serial" : *answer)) {
             return link;
         }
-        Tell(console, "want serial, modem or ethernet");
+        PrintHint(console, "want serial, modem or ethernet");
     }
     return std::nullopt;
 }
@@ -94,14 +94,15 @@ bool AskQuestion(SConsole& console, const SQuestion& question, SNewSite& site) {
             site.*question.field = *answer;
             return true;
         }
-        Tell(console, isChoice ? "want an answer here" : "want one of " + std::string(question.choices));
+        PrintHint(console, isChoice ? "want an answer here" : "want one of " + std::string(question.choices));
     }
     return false;
 }
 
 bool AskRelays(SConsole& console, ELink link, CIniDocument& document) {
-    Tell(console, link == ELink::Ethernet ? "The relays, as IP,device or IP,device,bus; an empty line ends."
-                                          : "The relays, by their device address; an empty line ends.");
+    PrintHint(console, link == ELink::Ethernet
+                           ? "The relays, as IP,device or IP,device,bus; an empty line ends."
+                           : "The relays, by their device address; an empty line ends.");
     bool hasRelays = false;
     while (const auto key = FreeKey(document.Ini())) {
         const auto address = AskLine(console, "Relay " + *key + ": ");
@@ -111,7 +112,7 @@ bool AskRelays(SConsole& console, ELink link, CIniDocument& document) {
         const std::string why =
             address->empty() ? "want one relay at least" : WhyNotAdded(document.Ini(), link, *key, *address);
         if (!why.empty()) {
-            Tell(console, why);
+            PrintHint(console, why);
             continue;
         }
         document.Set(LinkRow(link).section, *key, *address);
@@ -123,7 +124,7 @@ bool AskRelays(SConsole& console, ELink link, CIniDocument& document) {
     return true;
 }
 
-std::string_view TakePassword(SConsole& console, const std::string& key, CIniDocument& document) {
+std::string_view ReadRelayPassword(SConsole& console, const std::string& key, CIniDocument& document) {
     std::string scrambled;
     const Mistake mistake = ReadScrambled(
         console, "Password of " + key + " (empty for none): ", EPasswordBytes::Ascii, scrambled);

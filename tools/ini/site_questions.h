@@ -31,6 +31,6 @@ bool AskQuestion(SConsole& console, const SQuestion& question, SNewSite& site);
 bool AskRelays(SConsole& console, ELink link, CIniDocument& document);
 
 /// Asks for one relay's password, or takes a line of the input; an empty one is none. What is wrong.
-std::string_view TakePassword(SConsole& console, const std::string& key, CIniDocument& document);
+std::string_view ReadRelayPassword(SConsole& console, const std::string& key, CIniDocument& document);
 
 } // namespace ruvo

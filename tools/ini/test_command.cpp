@@ -45,8 +45,8 @@ EConnectionTestResult TestNotingUsers(const CArguments& arguments) {
 }
 
 int RunTest(const CArguments& arguments, SConsole& console) {
-    const SSiteEnvironment environment = TakeSiteEnvironment(arguments.Get("INI"));
-    PrintFindings(console.error, environment.path, "warning: ", environment.findings);
+    const SSiteEnvironment environment = ApplySiteEnvironment(arguments.Get("INI"));
+    PrintDiagnostics(console.error, environment.path, "warning: ", environment.diagnostics);
     const EConnectionTestResult result = TestNotingUsers(arguments);
     console.out.Write(std::string(ConnectionTestMeaning(result)) + "\n");
     if (g_wasUserNameWanted && result == EConnectionTestResult::Good) {

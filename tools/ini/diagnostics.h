@@ -13,25 +13,25 @@ namespace ruvo {
 class CIniText;
 class CTextOutput;
 
-/// One finding; line 0 means the file as a whole. The text may hold whatever the file holds.
-struct SIniFinding {
+/// One diagnostic; line 0 means the file as a whole. The text may hold whatever the file holds.
+struct SDiagnostic {
     std::size_t line = 0;
     std::string text;
 };
 
 /// The lines that a result code is about, with what is wanted there; empty for success. A text of the file is
 /// told as it is, but for passwords.
-[[nodiscard]] std::vector<SIniFinding> FindCauses(EResultCode code, const CIniText& ini);
+[[nodiscard]] std::vector<SDiagnostic> ExplainResultCode(EResultCode code, const CIniText& ini);
 
 /// What loading passes over in silence and its author will not have meant, in line order.
-[[nodiscard]] std::vector<SIniFinding> FindOddities(const CIniText& ini);
+[[nodiscard]] std::vector<SDiagnostic> FindWarnings(const CIniText& ini);
 
 /// Links in the place of a relay's folder in the event root, and what is no regular file in the place of a
 /// day file: there a run refuses to store, and leaves the events where they are.
-[[nodiscard]] std::vector<SIniFinding> FindBlockedPlaces(std::string eventRoot);
+[[nodiscard]] std::vector<SDiagnostic> FindUnwritablePlaces(std::string eventRoot);
 
-/// Writes a line each: the file with the finding's line, the prefix, the text.
-void PrintFindings(CTextOutput& out, const std::string& file, std::string_view prefix,
-                   const std::vector<SIniFinding>& findings);
+/// Writes a line each: the file with the diagnostic's line, the prefix, the text.
+void PrintDiagnostics(CTextOutput& out, const std::string& file, std::string_view prefix,
+                      const std::vector<SDiagnostic>& diagnostics);
 
 } // namespace ruvo

@@ -1,8 +1,8 @@
 // What loading passes over in silence.
 #include "config/configuration.h"
+#include "config/scramble.h"
 #include "platform/ini_text.h"
-#include "tools/ini/ini_findings.h"
-#include "tools/ini/ini_forms.h"
+#include "tools/ini/diagnostics.h"
 #include "tools/ini/relay_entries.h"
 
 #include <algorithm>
@@ -14,7 +14,7 @@ namespace ruvo {
 
 namespace {
 
-using Findings = std::vector<SIniFinding>;
+using Diagnostics = std::vector<SDiagnostic>;
 
 constexpr std::string_view kOwnPrefix = "RUVO_";
 
@@ -46,7 +46,7 @@ bool IsLogNamedAsIni(const SIniSection& section, const SIniEntry& entry) {
 }
 
 /// An entry that loading passes over. (An empty one of Ethernet is meant so.)
-std::optional<std::string> OddRelay(ELink link, const SIniEntry& entry) {
+std::optional<std::string> RelayWarning(ELink link, const SIniEntry& entry) {
     const std::string text = entry.value.value_or("");
     if (IsEntry(link, text) || link == ELink::Ethernet) {
         return std::nullopt;
@@ -55,7 +55,8 @@ std::optional<std::string> OddRelay(ELink link, const SIniEntry& entry) {
 }
 
 /// What is odd about a key that is read; none for one that is fine. The text of a password is never told.
-std::optional<std::string> OddEntry(const CIniText& ini, const SIniSection& section, const SIniEntry& entry) {
+std::optional<std::string> EntryWarning(const CIniText& ini, const SIniSection& section,
+                                        const SIniEntry& entry) {
     if (entry.key.starts_with('[')) {
         return std::nullopt; // told as what it is
     }
@@ -72,12 +73,12 @@ std::optional<std::string> OddEntry(const CIniText& ini, const SIniSection& sect
         return entry.key + ": not read; want RV and three digits";
     }
     if (const SLinkRow* const link = LinkOfSection(section.name)) {
-        return OddRelay(static_cast<ELink>(link - kLinks.data()), entry);
+        return RelayWarning(static_cast<ELink>(link - kLinks.data()), entry);
     }
     if (!entry.value || entry.value->empty()) {
         return std::nullopt; // no password: none is used
     }
-    if (!CanBeScrambled(*entry.value)) {
+    if (!IsScrambledText(*entry.value)) {
         return entry.key + ": no scrambled password; want the 22 characters that scrambling gives";
     }
     return HasDeviceEntry(ini, entry.key)
@@ -86,16 +87,16 @@ std::optional<std::string> OddEntry(const CIniText& ini, const SIniSection& sect
 }
 
 /// The lines below it then count for the section before, or for none.
-void CheckHeaders(const SIniSection& section, Findings& findings) {
+void CheckHeaders(const SIniSection& section, Diagnostics& diagnostics) {
     for (const SIniEntry& entry : section.entries) {
         if (entry.key.starts_with('[')) {
-            findings.push_back({entry.line, entry.key + ": begins no section; want a \"]\" at its end"});
+            diagnostics.push_back({entry.line, entry.key + ": begins no section; want a \"]\" at its end"});
         }
     }
 }
 
 /// A relay that two keys name is visited twice; the second key's password may be another one.
-void CheckAddresses(const CIniText& ini, const SIniSection& section, Findings& findings) {
+void CheckAddresses(const CIniText& ini, const SIniSection& section, Diagnostics& diagnostics) {
     std::map<RelayAddress, const SIniEntry*> seen;
     for (std::size_t link = 0; link < kLinks.size(); ++link) {
         if (!EqualIniNames(section.name, kLinks[link].section)) {
@@ -109,44 +110,44 @@ void CheckAddresses(const CIniText& ini, const SIniSection& section, Findings& f
             }
             const auto [first, isNew] = seen.try_emplace(AddressOf(kind, *entry.value), &entry);
             if (!isNew) {
-                findings.push_back({entry.line, entry.key + ": the address of " + first->second->key +
-                                                    " in line " + std::to_string(first->second->line) +
-                                                    "; the relay is visited twice"});
+                diagnostics.push_back({entry.line, entry.key + ": the address of " + first->second->key +
+                                                       " in line " + std::to_string(first->second->line) +
+                                                       "; the relay is visited twice"});
             }
         }
     }
 }
 
-void CheckEntries(const CIniText& ini, const SIniSection& section, Findings& findings) {
+void CheckEntries(const CIniText& ini, const SIniSection& section, Diagnostics& diagnostics) {
     for (const SIniEntry& entry : section.entries) {
         if (entry.IsComment()) {
             continue;
         }
-        if (auto text = OddEntry(ini, section, entry)) {
-            findings.push_back({entry.line, std::move(*text)});
+        if (auto text = EntryWarning(ini, section, entry)) {
+            diagnostics.push_back({entry.line, std::move(*text)});
         }
     }
 }
 
 } // namespace
 
-std::vector<SIniFinding> FindOddities(const CIniText& ini) {
-    Findings findings;
+std::vector<SDiagnostic> FindWarnings(const CIniText& ini) {
+    Diagnostics diagnostics;
     for (const SIniSection& section : ini.Sections()) {
         const bool isKnown = EqualIniNames(section.name, kGeneralSection) || IsRelaySection(section.name);
         const std::string shown = "[" + section.name + "]";
-        CheckHeaders(section, findings);
+        CheckHeaders(section, diagnostics);
         if (isKnown && ini.FindSection(section.name) != &section) {
-            findings.push_back({section.line, shown + ": a second section of this name is never read"});
+            diagnostics.push_back({section.line, shown + ": a second section of this name is never read"});
         } else if (isKnown) {
-            CheckEntries(ini, section, findings);
-            CheckAddresses(ini, section, findings);
+            CheckEntries(ini, section, diagnostics);
+            CheckAddresses(ini, section, diagnostics);
         } else if (EqualIniNames(std::string_view(section.name).substr(0, kOwnPrefix.size()), kOwnPrefix)) {
-            findings.push_back({section.line, shown + ": a section of this name is not read"});
+            diagnostics.push_back({section.line, shown + ": a section of this name is not read"});
         }
     }
-    std::ranges::stable_sort(findings, {}, &SIniFinding::line);
-    return findings;
+    std::ranges::stable_sort(diagnostics, {}, &SDiagnostic::line);
+    return diagnostics;
 }
 
 } // namespace ruvo

@@ -1,5 +1,5 @@
 // Result codes and the lines behind them.
-#include "tools/ini/ini_findings.h"
+#include "tools/ini/diagnostics.h"
 
 #include "config/configuration.h"
 #include "config/duplicate_key.h"
@@ -30,18 +30,18 @@ constexpr std::array kElsewhere{
         "the registry value Q7SecurityLogs names the folder for events; want one that can be written"},
 };
 
-using Findings = std::vector<SIniFinding>;
+using Diagnostics = std::vector<SDiagnostic>;
 
 /// "KEY=TEXT: ..."; a scrambled password stays where it is.
-SIniFinding EntryFinding(const SIniEntry& entry, std::string_view section, const std::string& text) {
+SDiagnostic EntryDiagnostic(const SIniEntry& entry, std::string_view section, const std::string& text) {
     const bool isSecret = EqualIniNames(section, kPasswordsSection);
     const std::string value = isSecret ? "..." : entry.value.value_or("");
     return {entry.line, entry.key + (entry.value ? "=" + value : "") + ": " + text};
 }
 
 /// For what is not there: the section that it is missing from, or the file when that is missing too.
-SIniFinding MissingFinding(const CIniText& ini, std::string_view section, const std::string& what,
-                           const std::string& want) {
+SDiagnostic MissingDiagnostic(const CIniText& ini, std::string_view section, const std::string& what,
+                              const std::string& want) {
     const SIniSection* const found = ini.FindSection(section);
     const std::string place = found != nullptr ? " in " : ", nor a section ";
     return {found != nullptr ? found->line : 0, what + place + Bracketed(section) + ": " + want};
@@ -61,15 +61,15 @@ std::string_view WantEventRoot(const std::string& given) {
                                               : "want a folder that can be made and written";
 }
 
-void FindKey(const CIniText& ini, const SGeneralKey& key, Findings& findings) {
+void ExplainKey(const CIniText& ini, const SGeneralKey& key, Diagnostics& diagnostics) {
     const SIniEntry* const entry = ini.FindEntry(kGeneralSection, key.name);
     const std::string want =
         key.rule == EKeyRule::EventRoot
             ? std::string(WantEventRoot(entry != nullptr ? entry->value.value_or("") : ""))
             : "want " + Expectation(key.rule);
-    findings.push_back(entry != nullptr
-                           ? EntryFinding(*entry, kGeneralSection, want)
-                           : MissingFinding(ini, kGeneralSection, "no key " + std::string(key.name), want));
+    diagnostics.push_back(
+        entry != nullptr ? EntryDiagnostic(*entry, kGeneralSection, want)
+                         : MissingDiagnostic(ini, kGeneralSection, "no key " + std::string(key.name), want));
 }
 
 /// Calls `take` with the occurrence that is read of each relay key there is, in key order.
@@ -82,26 +82,26 @@ void ForEachRelayEntry(const CIniText& ini, std::string_view section, const TTak
     }
 }
 
-void FindEmptySection(const CIniText& ini, const SLinkRow& link, Findings& findings) {
+void ExplainEmptySection(const CIniText& ini, const SLinkRow& link, Diagnostics& diagnostics) {
     const std::string want = "want entries such as " + std::string(link.entryExpected);
     ForEachRelayEntry(ini, link.section, [&](const SIniEntry& entry, const std::string& /*key*/) {
-        findings.push_back(EntryFinding(entry, link.section, want));
+        diagnostics.push_back(EntryDiagnostic(entry, link.section, want));
     });
-    if (findings.empty()) {
-        findings.push_back(MissingFinding(ini, link.section, "no entry", want));
+    if (diagnostics.empty()) {
+        diagnostics.push_back(MissingDiagnostic(ini, link.section, "no entry", want));
     }
 }
 
-void FindEntries(const CIniText& ini, ELink link, const SEntryRule& rule, Findings& findings) {
+void ExplainEntries(const CIniText& ini, ELink link, const SEntryRule& rule, Diagnostics& diagnostics) {
     const std::string_view section = LinkRow(link).section;
     ForEachRelayEntry(ini, section, [&](const SIniEntry& entry, const std::string& /*key*/) {
         if (entry.value && IsEntry(link, *entry.value) && !rule.accepts(*entry.value)) {
-            findings.push_back(EntryFinding(entry, section, "want " + std::string(rule.expected)));
+            diagnostics.push_back(EntryDiagnostic(entry, section, "want " + std::string(rule.expected)));
         }
     });
 }
 
-void FindDuplicates(const CIniText& ini, std::string_view section, Findings& findings) {
+void ExplainDuplicates(const CIniText& ini, std::string_view section, Diagnostics& diagnostics) {
     ForEachRelayEntry(ini, section, [&](const SIniEntry& first, const std::string& key) {
         if (HasDuplicateKey(&ini, section, key) != EDuplicateKey::Yes) {
             return;
@@ -110,50 +110,50 @@ void FindDuplicates(const CIniText& ini, std::string_view section, Findings& fin
         const auto also = [](const SIniEntry& other) {
             return "also in line " + std::to_string(other.line) + "; want each key once";
         };
-        findings.push_back(EntryFinding(first, section, also(second)));
-        findings.push_back(EntryFinding(second, section, also(first)));
+        diagnostics.push_back(EntryDiagnostic(first, section, also(second)));
+        diagnostics.push_back(EntryDiagnostic(second, section, also(first)));
     });
 }
 
-void FindInSection(EResultCode code, const CIniText& ini, ELink link, Findings& findings) {
+void ExplainSection(EResultCode code, const CIniText& ini, ELink link, Diagnostics& diagnostics) {
     const SLinkRow& row = LinkRow(link);
     if (code == row.empty) {
-        FindEmptySection(ini, row, findings);
+        ExplainEmptySection(ini, row, diagnostics);
     }
     if (code == row.duplicate) {
-        FindDuplicates(ini, row.section, findings);
+        ExplainDuplicates(ini, row.section, diagnostics);
     }
     for (const SEntryRule& rule : EntryRules(link)) {
         if (code == rule.refusal) {
-            FindEntries(ini, link, rule, findings);
+            ExplainEntries(ini, link, rule, diagnostics);
         }
     }
 }
 
 } // namespace
 
-std::vector<SIniFinding> FindCauses(EResultCode code, const CIniText& ini) {
-    Findings findings;
+std::vector<SDiagnostic> ExplainResultCode(EResultCode code, const CIniText& ini) {
+    Diagnostics diagnostics;
     if (code == EResultCode::Success) {
-        return findings;
+        return diagnostics;
     }
     for (const SGeneralKey& key : kGeneralKeys) {
         if (code == key.refusal) {
-            FindKey(ini, key, findings);
+            ExplainKey(ini, key, diagnostics);
         }
     }
     for (std::size_t link = 0; link < kLinks.size(); ++link) {
-        FindInSection(code, ini, static_cast<ELink>(link), findings);
+        ExplainSection(code, ini, static_cast<ELink>(link), diagnostics);
     }
     if (code == EResultCode::PasswordsDuplicate) {
-        FindDuplicates(ini, kPasswordsSection, findings);
+        ExplainDuplicates(ini, kPasswordsSection, diagnostics);
     }
     for (const SElsewhereRow& row : kElsewhere) {
         if (code == row.code) {
-            findings.push_back({0, std::string(row.text)});
+            diagnostics.push_back({0, std::string(row.text)});
         }
     }
-    return findings;
+    return diagnostics;
 }
 
 } // namespace ruvo

@@ -1,5 +1,5 @@
 // What stands in an event root where a run would put its events, and would refuse to.
-#include "tools/ini/ini_findings.h"
+#include "tools/ini/diagnostics.h"
 
 #include "paths/path_utilities.h"
 #include "platform/files.h"
@@ -23,32 +23,32 @@ std::vector<SFolderEntry> SortedEntries(const std::string& folder) {
     return entries;
 }
 
-void FindDayFiles(const std::string& folder, std::vector<SIniFinding>& findings) {
+void FindDayFiles(const std::string& folder, std::vector<SDiagnostic>& diagnostics) {
     for (const SFolderEntry& entry : SortedEntries(folder)) {
         if (!entry.isFile && entry.name.ends_with(kDayFileEnding)) {
-            findings.push_back({0, DisplayPath(folder + "\\" + entry.name) +
-                                       " is not a regular file: a relay whose day file this is keeps its "
-                                       "events"});
+            diagnostics.push_back({0, DisplayPath(folder + "\\" + entry.name) +
+                                          " is not a regular file: a relay whose day file this is keeps its "
+                                          "events"});
         }
     }
 }
 
 } // namespace
 
-std::vector<SIniFinding> FindBlockedPlaces(std::string eventRoot) {
-    std::vector<SIniFinding> findings;
+std::vector<SDiagnostic> FindUnwritablePlaces(std::string eventRoot) {
+    std::vector<SDiagnostic> diagnostics;
     StripTrailingSeparators(eventRoot);
     for (const SFolderEntry& entry : SortedEntries(eventRoot)) {
         const std::string path = eventRoot + "\\" + entry.name;
         if (entry.isFolder) {
-            FindDayFiles(path, findings);
+            FindDayFiles(path, diagnostics);
         } else if (IsLink(path) && GetPathKind(path) != EPathKind::File) {
-            findings.push_back({0, DisplayPath(path) +
-                                       " is a link: a relay whose folder this is keeps its events; move the "
-                                       "event root as a whole, or mount the other folder here"});
+            diagnostics.push_back(
+                {0, DisplayPath(path) + " is a link: a relay whose folder this is keeps its events; move the "
+                                        "event root as a whole, or mount the other folder here"});
         }
     }
-    return findings;
+    return diagnostics;
 }
 
 } // namespace ruvo
