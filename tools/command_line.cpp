@@ -27,7 +27,7 @@ std::string ValueName(const SOption& option) {
     return option.values.empty() ? "TEXT" : std::string(option.values);
 }
 
-/// One command, where the parser puts what it finds for it.
+/// A command and the parser object that holds its parsed options.
 struct SParsedCommand {
     const SCommand* command = nullptr;
     CLI::App* app = nullptr;
@@ -38,7 +38,7 @@ void AddOption(CLI::App& app, const SOption& option) {
     const std::string help(option.help);
     switch (option.kind) {
     case EOptionKind::Flag:
-        // A value, as in --password=..., would be a secret that is taken without a word.
+        // In --password=TEXT the value would be a secret, silently ignored.
         app.add_flag(name, help)->disable_flag_override();
         break;
     case EOptionKind::Text:
@@ -118,11 +118,11 @@ int ReportParseResult(const CLI::App& program, const CLI::ParseError& result, co
 int RunCommandLine(std::span<const std::string> arguments, SConsole& console) {
     if (!arguments.empty() && !arguments[0].starts_with('-') && FindCommand(arguments[0]) == nullptr) {
         console.error.Write(EscapeControls(SystemTextToUtf8(arguments[0])) +
-                            ": no such command; ruvoctl --help lists them\n");
+                            ": unknown command; run \"ruvoctl --help\" for a list\n");
         return kExitUsage;
     }
     CLI::App program(
-        "Companion of ruvo: reads day files back, makes, edits and checks INI files, tests relays.",
+        "Command-line companion of ruvo: shows day files, creates, edits and checks INI files, tests relays.",
         "ruvoctl");
     program.require_subcommand(1);
     program.set_version_flag("--version", std::string("ruvoctl ") + ProgramVersion());

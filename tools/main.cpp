@@ -19,11 +19,11 @@
 
 namespace {
 
-constexpr std::size_t kNarrowest = 60; // the columns of the events need that much
+constexpr std::size_t kNarrowest = 60; // the least that the columns of events need
 constexpr std::size_t kWidest = 1000;
 constexpr std::size_t kUsual = 100;
 
-/// What the environment says counts more than the terminal itself: scripts and tests set it.
+/// The environment overrides the terminal: scripts and tests set it.
 std::size_t ConsoleWidth() {
     const std::string text = ruvo::EnvironmentValue("COLUMNS").value_or("");
     std::size_t width = 0;
@@ -39,7 +39,7 @@ int FailureStatus(const ruvo::SCommand* command) {
     return command != nullptr ? command->failureStatus : ruvo::kExitFailed;
 }
 
-/// The library's buffers are not ours to wipe: a secret must not get into them.
+/// The library's buffers cannot be wiped, so a secret must not reach them.
 void ChooseBuffers(const ruvo::SCommand* command) {
     if (command != nullptr && !command->secretNotice.empty()) {
         std::setvbuf(stdin, nullptr, _IONBF, 0);
@@ -65,12 +65,13 @@ int RunProgram(const std::vector<std::string>& arguments, const ruvo::SCommand* 
     if (out.IsGood()) {
         return status;
     }
-    // A reader that wants no more (such as head) is no failure worth words, but a script must not take what
-    // it got for the whole.
+    // A reader that stops early (such as head) is not reported, but the exit status tells a script that the
+    // output is incomplete.
     if (out.FailureCode() != EPIPE) {
-        error.Write("ruvoctl: cannot write: " + std::generic_category().message(out.FailureCode()) + "\n");
+        error.Write("ruvoctl: cannot write output: " + std::generic_category().message(out.FailureCode()) +
+                    "\n");
     }
-    // The graver of both: what a command said with its own status was said all the same.
+    // The worse of the two: the command's own status still applies.
     return status == ruvo::kExitUsage ? status : std::max(status, FailureStatus(command));
 }
 

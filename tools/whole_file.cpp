@@ -13,18 +13,18 @@ struct SFailureText {
     EAccessFailure failure;
     std::string_view text;
 };
-/// Of the others the system's own words are enough.
+/// For every other failure the system's own text is enough.
 constexpr std::array kFailureTexts{
     SFailureText{
         EAccessFailure::ForeignLink,
-        "a link on the way, or the pipe there, belongs to another user and is not used; name another place"},
-    SFailureText{EAccessFailure::NotWritable, "you may not write the file that is there"},
-    SFailureText{EAccessFailure::NotMade, "no file can be made in that folder"},
-    SFailureText{EAccessFailure::InUse, "another program writes it right now; try again"},
+        "a symbolic link in the path, or the pipe itself, belongs to another user; use another path"},
+    SFailureText{EAccessFailure::NotWritable, "no permission to write the existing file"},
+    SFailureText{EAccessFailure::NotMade, "cannot create a file in that folder"},
+    SFailureText{EAccessFailure::InUse, "another program is writing the file; try again"},
     SFailureText{EAccessFailure::NotLikeOld,
-                 "the new file cannot be given the owner and the permissions of the old one; do it as the "
-                 "file's owner, or as root"},
-    SFailureText{EAccessFailure::NotExchanged, "the new file cannot take the place of the old one"},
+                 "cannot give the new file the owner and permissions of the old one; "
+                 "run as the file's owner or as root"},
+    SFailureText{EAccessFailure::NotExchanged, "cannot replace the old file"},
 };
 
 } // namespace

@@ -1,4 +1,4 @@
-// Writes a file so that whoever reads it sees the old one or the new one, never half of it.
+// Writes a file atomically: a reader sees the old one or the new one, never half of it.
 #pragma once
 
 #include "platform/file_access.h"
@@ -8,10 +8,11 @@
 
 namespace ruvo {
 
-/// What went wrong with an output file, for people.
+/// A readable reason why an output file could not be written.
 [[nodiscard]] std::string TellOutputFailure(const SAccessResult& result);
 
-/// Puts the text there as CFileReplacement does. What went wrong, for people; empty when it is done.
+/// Replaces the file with the text, as CFileReplacement does. Returns a readable reason on failure, else an
+/// empty string.
 [[nodiscard]] std::string ReplaceWholeFile(const std::string& path, std::string_view text);
 
 } // namespace ruvo

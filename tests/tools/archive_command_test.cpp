@@ -47,16 +47,15 @@ TEST_F(CArchive, FollowsAFileThroughItsLife) {
         std::int64_t damaged;
     };
     const SStep kSteps[] = {
-        {"new", kHeader + first + twin, "1 day file read, 0 unchanged; 2 records added, 0 known", 2, 0},
+        {"new", kHeader + first + twin, "1 day file read, 0 unchanged; 2 records added, 0 already", 2, 0},
         {"as it was", kHeader + first + twin, "0 day files read, 1 unchanged; 0 records added", 2, 0},
-        {"appended, with a twin", kHeader + first + twin + twin, "1 record added, 2 known already", 3, 0},
+        {"appended, with a twin", kHeader + first + twin + twin, "1 record added, 2 already archived", 3, 0},
         {"torn at the end", kHeader + first + twin + twin + first.substr(0, 20),
-         "0 records added, 3 known already; 1 damaged place\n", 3, 1},
-        {"whole again", kHeader + first + twin + twin + first, "1 record added, 3 known", 4, 0},
-        {"shrunk", kHeader + first, "has changed: 3 archived records of it no longer in the file; kept", 4,
-         0},
-        {"another one in its place", kHeader + twin + first, "2 records added, 0 known", 6, 0},
-        {"spoilt", "x", "0 records added, 0 known already; 1 damaged place\n", 6, 1},
+         "0 records added, 3 already archived; 1 damaged place\n", 3, 1},
+        {"whole again", kHeader + first + twin + twin + first, "1 record added, 3 already", 4, 0},
+        {"shrunk", kHeader + first, "changed: 3 archived records no longer in the file; kept", 4, 0},
+        {"another one in its place", kHeader + twin + first, "2 records added, 0 already", 6, 0},
+        {"spoilt", "x", "0 records added, 0 already archived; 1 damaged place\n", 6, 1},
     };
     std::filesystem::file_time_type time = std::filesystem::file_time_type::clock::now();
     std::string before;
@@ -165,15 +164,15 @@ TEST_F(CArchive, LeavesOtherDatabasesAlone) {
           "DROP VIEW events; CREATE TABLE events (id)",
           "DROP VIEW events; DROP VIEW damaged_places; DROP TABLE records; CREATE VIEW records AS "
           "WITH RECURSIVE n(id) AS (SELECT 1 UNION ALL SELECT id + 1 FROM n) SELECT id FROM n"}) {
-        refuses(change, "not what ruvoctl archive makes");
+        refuses(change, "not an archive of ruvoctl");
         m_folder.Write("a.db", archive);
     }
     CDatabase(m_folder.Native("a.db"), EDatabaseAccess::Write).Run("ANALYZE; VACUUM");
     EXPECT_EQ(Archive().status + Find({"x"}).status, 1) << "nothing is found";
     EXPECT_ANY_THROW(CDatabase(m_folder.Native("a.db"), EDatabaseAccess::Write)
                          .Run("PRAGMA writable_schema = 1; DELETE FROM sqlite_schema"));
-    refuses("PRAGMA user_version = 99", "a newer ruvoctl (version 99)");
-    refuses("PRAGMA user_version = -1", "of version -1, which there never was");
+    refuses("PRAGMA user_version = 99", "a newer ruvoctl (archive version 99)");
+    refuses("PRAGMA user_version = -1", "of version -1, which does not exist");
     refuses("PRAGMA application_id = 7", "a database of another program");
     m_folder.Write("a.db", archive);
     std::filesystem::rename(m_folder.Native("a.db"), m_folder.Native("b.db"));

@@ -126,15 +126,15 @@ TEST_P(COutputFile, LetsOneWriteAtATime) {
     }
     const int old = open(m_folder.Native("out").c_str(), O_RDWR);
     EXPECT_EQ(flock(old, LOCK_EX), 0);
-    EXPECT_NE(Write("out").find("another program writes it"), std::string::npos);
+    EXPECT_NE(Write("out").find("another program is writing"), std::string::npos);
     close(old);
 }
 
 TEST(LineOutput, KeepsTheOldFileWhenLinesAreMissing) {
     const CScratchFolder folder;
     folder.Write("lines", "old");
-    for (const auto& [name, said] : {std::pair("lines", "lines: not replaced: the old one is kept"),
-                                     {"new", "new: not written: not all"}})
+    for (const auto& [name, said] :
+         {std::pair("lines", "lines: not replaced, because"), {"new", "new: not written, because"}})
         EXPECT_NE(
             RunTool({"archive", folder.Native("none"), "--ndjson", folder.Native(name)}).error.find(said),
             std::string::npos);

@@ -61,7 +61,7 @@ TEST_F(CStatus, ExitStatusFollowsTheThresholds) {
     EXPECT_TRUE(run("--since 2026-11-21").out.starts_with("GOOD: 1 relay, 0 problems"));
     const SOutcome noLog = run("--since 2026-11-21", "none.log");
     EXPECT_EQ(noLog.status, 1) << "the first problem makes the log, or the path is mistyped";
-    EXPECT_TRUE(noLog.out.starts_with("WARNING: there is no log: ")) << noLog.out;
+    EXPECT_TRUE(noLog.out.starts_with("WARNING: the error log does not exist: ")) << noLog.out;
 }
 
 TEST_F(CStatus, NoNameHidesASilentRelay) {
@@ -70,8 +70,8 @@ TEST_F(CStatus, NoNameHidesASilentRelay) {
         m_folder.Write(name + std::string("-DEV.evt"), kHeader);
     const std::string said = Status({"--critical-silent", "14", "--warn-problems", "0"}).out;
     for (const char* cause :
-         {"CRITICAL: CD\"34-2 has been silent for 15 days; EF56-3 has no day file of a day that",
-          "CD\"34-2 has a day file of 2099-01-01, which is still to come"})
+         {"CRITICAL: CD\"34-2 has been silent for 15 days; EF56-3 has only day files dated",
+          "CD\"34-2 has a day file of 2099-01-01, which is in the future"})
         EXPECT_NE(said.find(cause), std::string::npos) << said;
     EXPECT_EQ(said.find("GH78-4 has"), std::string::npos) << "tomorrow is another clock's today: " << said;
 }

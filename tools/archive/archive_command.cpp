@@ -1,4 +1,4 @@
-// ruvoctl archive: all records of an event root in one database, or as lines for other databases.
+// ruvoctl archive: copies all records of an event root into a database, or writes them as lines of JSON.
 #include "dayfile/day_file_reader.h"
 #include "tools/archive/archive_store.h"
 #include "tools/archive/line_output.h"
@@ -20,23 +20,21 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::array kOptions{
-    SOption{EOptionKind::Positional, "EVENTROOT", "the folder that holds the day files, at any depth"},
-    SOption{EOptionKind::Text, "--sqlite", "add the records to the archive in this file; made when missing",
-            "FILE"},
+    SOption{EOptionKind::Positional, "EVENTROOT", "the folder that contains the day files, at any depth"},
+    SOption{EOptionKind::Text, "--sqlite", "add the records to this archive; created if missing", "FILE"},
     SOption{EOptionKind::Text, "--ndjson",
-            "write all records to this file, one JSON object a line; - for the standard output", "FILE"},
+            "write all records to this file, one JSON object per line; - for standard output", "FILE"},
 };
 
 constexpr std::string_view kNotes =
-    "With --sqlite, day files that are as they were in an earlier run are not read again, and of others "
-    "only\n"
-    "what is new is added. Nothing is ever taken out of an archive: what is no longer in a day file stays,\n"
-    "and a line says so. docs/archive.md describes the tables, and how to load the lines of --ndjson into\n"
-    "other databases.\n"
-    "Exit status: 0, or 1 when something could not be read or written, or 2 for a mistake in the "
-    "arguments.\n\n"
-    "Example: after each night's run\n"
-    "  ruvoctl archive events/ --sqlite site.sqlite && ruvoctl find site.sqlite trip --since 2026-11-16";
+    R"(With --sqlite, day files that have not changed since an earlier run are skipped; from others only new
+records are added. Records are never removed from an archive: a record that is no longer in its day file
+stays, and a message says so. docs/archive.md describes the tables, and how to load the output of
+--ndjson into other databases.
+Exit status: 0 on success, 1 if something could not be read or written, 2 on a usage error.
+
+Example: after each night's run
+  ruvoctl archive events/ --sqlite site.sqlite && ruvoctl find site.sqlite trip --since 2026-11-16)";
 
 /// One run over the files, into one or both outputs.
 class CArchiveRun {
@@ -68,9 +66,9 @@ public:
     [[nodiscard]] std::string Summary() const {
         std::string text =
             CountText(m_read, "day file") + " read, " + std::to_string(m_unchanged) + " unchanged; ";
-        text += m_store != nullptr
-                    ? CountText(m_added, "record") + " added, " + std::to_string(m_known) + " known already"
-                    : CountText(m_records, "record");
+        text += m_store != nullptr ? CountText(m_added, "record") + " added, " + std::to_string(m_known) +
+                                         " already archived"
+                                   : CountText(m_records, "record");
         return text + "; " + CountText(m_damaged, "damaged place") + "\n";
     }
 
@@ -79,7 +77,7 @@ private:
         std::error_code error;
         const fs::path path(file.path);
         const std::string name = path.filename().string();
-        // Looked at before it is read: what comes in between is then seen in the next run.
+        // Taken before the file is read: a change in between is then seen by the next run.
         const SDayFileState state{.name = SystemTextToUtf8(name),
                                   .relay = file.relay,
                                   .day = DayOfFileName(name),
@@ -100,7 +98,7 @@ private:
         const bool isComplete = TakeItems(state);
         m_bytes += m_reader.Position();
         if (!isComplete) {
-            Complain(file.path + ": could not be read to its end");
+            Complain(file.path + ": could not be read to the end");
         }
         if (m_store != nullptr) {
             EndFile(file, isComplete);
@@ -144,11 +142,11 @@ private:
         const SFileTally tally = m_store->EndFile(isComplete);
         m_added += tally.added;
         m_known += tally.known;
-        // Of two files of one name neither has to hold the other's records.
+        // Two files of the same name need not hold each other's records.
         const bool isOnlyOne = m_names[fs::path(file.path).filename().string()] == 1;
         if (isComplete && isOnlyOne && tally.gone > 0) {
-            Say(file.path + ": has changed: " + CountText(tally.gone, "archived record") +
-                " of it no longer in the file; kept in the archive");
+            Say(file.path + ": changed: " + CountText(tally.gone, "archived record") +
+                " no longer in the file; kept in the archive");
         }
     }
 
@@ -194,7 +192,8 @@ int RunArchive(const CArguments& arguments, SConsole& console) {
     const std::string database = arguments.Get("--sqlite");
     const std::string linesPath = arguments.Get("--ndjson");
     if (database.empty() && linesPath.empty()) {
-        console.error.Write("ruvoctl archive: say where to: --sqlite FILE, --ndjson FILE or --ndjson -\n");
+        console.error.Write(
+            "ruvoctl archive: no output given; use --sqlite FILE, --ndjson FILE or --ndjson -\n");
         return kExitUsage;
     }
     try {
@@ -218,7 +217,7 @@ int RunArchive(const CArguments& arguments, SConsole& console) {
 } // namespace
 
 SCommand ArchiveCommand() {
-    return {"archive", "Gather all records in one database", kNotes, kOptions, RunArchive};
+    return {"archive", "Collect all records in one database", kNotes, kOptions, RunArchive};
 }
 
 } // namespace ruvo

@@ -13,13 +13,13 @@ std::string Readable(std::string_view cp1252) {
     return ReadableRelayText(cp1252, ELineFeeds::Keep);
 }
 
-/// Databases keep no NUL in a text, be it escaped: what a relay sends as one becomes U+FFFD.
+/// Some databases reject NUL in text, even escaped: it becomes U+FFFD.
 void ReplaceEscapedNuls(std::string& json) {
     constexpr std::string_view kNul = "\\u0000";
     for (std::size_t at = 0; (at = json.find('\\', at)) != std::string::npos;) {
         const bool isNul = json.compare(at, kNul.size(), kNul) == 0;
         json.replace(at, isNul ? kNul.size() : 0, isNul ? "\\uFFFD" : "");
-        at += isNul ? kNul.size() : 2; // an escaped backslash begins no escape
+        at += isNul ? kNul.size() : 2; // an escaped backslash starts no escape
     }
 }
 

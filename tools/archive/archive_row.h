@@ -1,5 +1,5 @@
-// A record as the archive keeps it: the same columns in the database and as a line of JSON. docs/archive.md
-// is the contract.
+// A record as the archive stores it: the same columns in the database and in a line of JSON. docs/archive.md
+// documents them.
 #pragma once
 
 #include "dayfile/day_file_reader.h"
@@ -17,7 +17,7 @@ struct SArchiveRow {
     bool isExtended = false;
     std::uint32_t uniqueId = 0;
     std::uint8_t eventCode = 0;
-    std::optional<std::string> time; ///< none for a stamp that names no real date
+    std::optional<std::string> time; ///< none for a timestamp that is not a real date
     bool isTimeInvalid = false;
     bool isSummerTime = false;
     std::string location;
@@ -34,7 +34,7 @@ struct SArchiveRow {
 /// The row of an item with a record; its bytes live as long as the item's.
 [[nodiscard]] SArchiveRow MakeArchiveRow(const SDayFileItem& item);
 
-/// Hands every column to the sink, in the order of the contract.
+/// Passes every column to the sink, in documented order.
 template <class TSink>
 void VisitColumns(const SArchiveRow& row, TSink& sink) {
     sink.Number("byte_offset", row.offset);
@@ -55,7 +55,7 @@ void VisitColumns(const SArchiveRow& row, TSink& sink) {
     sink.Bytes("bytes", row.bytes);
 }
 
-/// Appends the row as one line of JSON, behind the two names that say where it is from.
+/// Appends the row as one line of JSON, after the names of its relay and day file.
 void AppendJsonLine(std::string& out, const std::string& relay, const std::string& dayFile,
                     const SArchiveRow& row);
 

@@ -71,7 +71,7 @@ SELECT f.relay, f.day_file, d.byte_offset, d.length, d.reason
 FROM damage d JOIN files f ON f.id = d.file_id;
 )sql";
 
-/// From version N to N + 1. A script that was published is never changed: a new version is a line of its own.
+/// Scripts from version N to N + 1. A published script is never changed: a new version is a new row.
 constexpr std::array kSteps{kVersion1};
 constexpr auto kCurrentVersion = static_cast<std::int64_t>(kSteps.size());
 
@@ -84,7 +84,7 @@ void TakeStep(CDatabase& database, std::int64_t version) {
     database.Run(kSteps.at(static_cast<std::size_t>(version)));
 }
 
-/// All that a schema says; what the library itself notes about how values are spread is left out.
+/// The whole schema, without the statistics tables of SQLite's ANALYZE.
 std::vector<std::string> SchemaTexts(CDatabase& database) {
     CStatement rows(database, "SELECT type || ' ' || name || ' ' || tbl_name || ' ' || ifnull(sql, '') "
                               "FROM sqlite_schema WHERE ifnull(sql, '') NOT IN "
@@ -97,34 +97,33 @@ std::vector<std::string> SchemaTexts(CDatabase& database) {
     return texts;
 }
 
-/// A view in a table's place may have no end, and a trigger may undo what is added: only what this program
-/// makes is an archive.
+/// A view in place of a table may never end, and a trigger may undo what is added: only a schema that this
+/// program created is accepted.
 void RequireOwnSchema(CDatabase& database, std::int64_t version) {
     CDatabase own;
     for (std::int64_t step = 0; step < version; ++step) {
         TakeStep(own, step);
     }
     if (SchemaTexts(database) != SchemaTexts(own)) {
-        throw CDatabaseError(
-            "not what ruvoctl archive makes: its tables, views or triggers were changed; move "
-            "the file away and archive again from the day files");
+        throw CDatabaseError("not an archive of ruvoctl: its tables, views or triggers were modified; "
+                             "move the file away and create the archive again from the day files");
     }
 }
 
 SState RequireArchive(CDatabase& database) {
     const bool isEmpty = database.Number("SELECT count(*) FROM sqlite_schema") == 0;
     if (!isEmpty && database.Number("PRAGMA application_id") != kApplicationId) {
-        throw CDatabaseError("a database of another program, not an archive; name another file");
+        throw CDatabaseError("a database of another program, not an archive; use another file");
     }
     const std::int64_t version = database.Number("PRAGMA user_version");
     if (version < 0 || (version == 0 && !isEmpty)) {
         throw CDatabaseError(
             "an archive of version " + std::to_string(version) +
-            ", which there never was: move the file away and archive again from the day files");
+            ", which does not exist; move the file away and create the archive again from the day files");
     }
     if (version > kCurrentVersion) {
-        throw CDatabaseError("an archive of a newer ruvoctl (version " + std::to_string(version) +
-                             "); use that one");
+        throw CDatabaseError("written by a newer ruvoctl (archive version " + std::to_string(version) +
+                             "); use that version of ruvoctl");
     }
     RequireOwnSchema(database, version);
     return {version, isEmpty};
@@ -148,11 +147,10 @@ void BringUpToDate(CDatabase& database) {
 void RequireCurrent(CDatabase& database) {
     const SState state = RequireArchive(database);
     if (state.isEmpty) {
-        throw CDatabaseError("an empty database; ruvoctl archive fills it");
+        throw CDatabaseError("an empty database; fill it with ruvoctl archive");
     }
     if (state.version < kCurrentVersion) {
-        throw CDatabaseError(
-            "an archive of an older ruvoctl; run ruvoctl archive once to bring it up to date");
+        throw CDatabaseError("written by an older ruvoctl; run ruvoctl archive once to update it");
     }
 }
 

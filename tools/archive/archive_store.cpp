@@ -10,13 +10,13 @@ CDatabase OpenArchive(const std::string& path) {
     CDatabase database(path, EDatabaseAccess::Write);
     BringUpToDate(database);
     database.TrustSchema(); // its trigger feeds the index of texts
-    // A commit for each file would wait for the disk each time. A power failure may take the last files out
-    // again, whole ones; the next run puts them back.
+    // With full sync every commit would wait for the disk. A power failure may undo the transactions of the
+    // last files; the next run repeats them.
     database.Run("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL");
     return database;
 }
 
-/// Writes "INSERT INTO records" for the columns that it is shown.
+/// Builds "INSERT INTO records" from the columns that it visits.
 class CInsertText {
 public:
     template <class TValue>
@@ -85,10 +85,10 @@ CArchiveStore::CArchiveStore(const std::string& path)
 
 CArchiveStore::~CArchiveStore() {
     try {
-        // So that people who may read the file, but not write beside it, can search it.
+        // So that users who may read the file, but not write to its folder, can search it.
         m_database.Run("PRAGMA journal_mode = DELETE");
     } catch (const CDatabaseError&) {
-        static_cast<void>(0); // somebody searches just now: the next run does it
+        static_cast<void>(0); // a search is running: the next run retries
     }
 }
 
@@ -106,7 +106,7 @@ void CArchiveStore::BeginFile(const SDayFileState& file) {
     m_putFile.Bind(static_cast<std::int64_t>(file.size)).Bind(file.changed);
     m_putFile.Step();
     m_fileId = m_putFile.NumberAt(0);
-    m_putFile.Step(); // to its end, or the row would stay locked
+    m_putFile.Step(); // to the end, or the row would stay locked
     m_putFile.Rewind();
     RunOnce(m_clearDamage.Bind(m_fileId));
     m_tally = {};
@@ -153,11 +153,10 @@ SFileTally CArchiveStore::EndFile(bool isComplete) {
         RunOnce(m_spoilFile.Bind(m_fileId));
     }
     m_database.Run("COMMIT");
-    // What is told is what is there; another run may have added more since.
+    // The summary must match what is stored; another run may have added more since.
     if (CountRecords() < m_before + m_tally.added) {
-        throw CDatabaseError(
-            "records that were added are not in it; move the file away and archive again from "
-            "the day files");
+        throw CDatabaseError("added records are missing from it; "
+                             "move the file away and create the archive again from the day files");
     }
     m_tally.gone = m_before - m_tally.known;
     return m_tally;

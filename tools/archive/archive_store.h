@@ -1,4 +1,4 @@
-// The archive as a place to put records: file by file, each file in a transaction of its own.
+// Adds records to the archive: file by file, each file in its own transaction.
 #pragma once
 
 #include "tools/archive/archive_row.h"
@@ -10,27 +10,27 @@
 
 namespace ruvo {
 
-/// A day file as it was found.
+/// State of a day file before it is read.
 struct SDayFileState {
     std::string name;  ///< without its folder, UTF-8
     std::string relay; ///< UTF-8
     std::string day;   ///< of the file's name; may be empty
     std::uint64_t size = 0;
-    std::int64_t changed = 0; ///< a number that another change to the file makes another one
+    std::int64_t changed = 0; ///< time of the last change, in the units of the file system
 };
 
 /// What a file's transaction did.
 struct SFileTally {
     std::uint64_t added = 0;
-    std::uint64_t known = 0; ///< seen again
+    std::uint64_t known = 0; ///< already in the archive
     std::uint64_t gone = 0;  ///< archived earlier and no longer in the file; they stay
 };
 
-/// Records are only ever added. Every operation may throw CDatabaseError, and then what was begun is undone
-/// when the store ends.
+/// Records are only ever added. Every operation may throw CDatabaseError; the open transaction is then rolled
+/// back when the store is destroyed.
 class CArchiveStore {
 public:
-    /// Opens the archive and makes it where it is missing.
+    /// Opens the archive and creates it if missing.
     explicit CArchiveStore(const std::string& path);
     CArchiveStore(const CArchiveStore&) = delete;
     CArchiveStore& operator=(const CArchiveStore&) = delete;
@@ -39,11 +39,11 @@ public:
     /// True when the file is as it was when it was last archived.
     [[nodiscard]] bool IsUnchanged(const SDayFileState& file);
 
-    /// What follows, up to EndFile, belongs to that file. Its damage is told anew.
+    /// All that follows, up to EndFile, belongs to this file. Its recorded damage is replaced.
     void BeginFile(const SDayFileState& file);
     void TakeRecord(const SDayFileItem& item);
     void TakeDamage(const SDayFileDamage& damage);
-    /// A file that was not read to its end is looked at again in the next run, even if it stays the same.
+    /// A file that was not read to the end is read again by the next run, even if unchanged.
     SFileTally EndFile(bool isComplete);
 
 private:

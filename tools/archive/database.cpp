@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kPatienceMilliseconds = 10'000; // for another program that writes
 
-/// Some names mean more to the library than a file; none of those begins like this.
+/// Some names have a special meaning for SQLite; none of them starts like this.
 std::string PlainFileName(const std::string& path) {
     return path.starts_with('/') ? path : "./" + path;
 }
@@ -25,21 +25,22 @@ struct SAdvice {
 };
 constexpr std::array kAdvice{
     SAdvice{SQLITE_BUSY,
-            "another program has it in use, such as a search or a backup; run again when that has ended"},
-    SAdvice{SQLITE_LOCKED, "another program has it in use; run again when that has ended"},
-    SAdvice{SQLITE_CANTOPEN, "is it there, and may you read it and its folder (to archive: write there)?"},
-    SAdvice{SQLITE_READONLY, "you must be allowed to write the file and in its folder"},
-    SAdvice{SQLITE_PERM, "you must be allowed to write the file and in its folder"},
-    SAdvice{SQLITE_FULL, "make room and run again: what is in the archive stays"},
-    SAdvice{SQLITE_IOERR, "the disk or its file system fails; an archive belongs on a local disk"},
-    SAdvice{SQLITE_CORRUPT, "move the file away and archive again from the day files"},
-    SAdvice{SQLITE_NOTADB, "name an archive, or a file that is not there yet"},
+            "another program, such as a search or a backup, is using it; run again when it has finished"},
+    SAdvice{SQLITE_LOCKED, "another program is using it; run again when it has finished"},
+    SAdvice{SQLITE_CANTOPEN,
+            "check that it exists, and that you may read it and its folder (to archive: write them)"},
+    SAdvice{SQLITE_READONLY, "you need write permission for the file and its folder"},
+    SAdvice{SQLITE_PERM, "you need write permission for the file and its folder"},
+    SAdvice{SQLITE_FULL, "free some disk space and run again; archived records are kept"},
+    SAdvice{SQLITE_IOERR, "the disk or its file system failed; keep the archive on a local disk"},
+    SAdvice{SQLITE_CORRUPT, "move the file away and create the archive again from the day files"},
+    SAdvice{SQLITE_NOTADB, "use an archive, or a file that does not exist yet"},
 };
 
-/// The library's words, and what to do.
+/// SQLite's message, and what to do.
 std::string FailureText(int code, const char* words) {
     std::string text = words;
-    constexpr int kPrimaryBits = 0xFF; // the others tell kinds of one failure apart
+    constexpr int kPrimaryBits = 0xFF; // the others distinguish variants of one failure
     const auto* const advice =
         std::ranges::find(kAdvice, code & kPrimaryBits, [](const SAdvice& row) { return row.code; });
     if (advice != kAdvice.end()) {
@@ -49,9 +50,8 @@ std::string FailureText(int code, const char* words) {
     return text;
 }
 
-// A journal beside the database may say that its transaction was one over several databases, and name the
-// file that tells of them, which is removed in the end. No archive was ever part of such a transaction, and
-// whoever writes the journal may name any file.
+// A journal may name a super-journal, for a transaction over several databases, which SQLite deletes at the
+// end. No archive is ever part of such a transaction, and an attacker could name any file in the journal.
 int OpenNoSuperJournal(sqlite3_vfs* /*own*/, const char* name, sqlite3_file* file, int flags, int* given) {
     if ((flags & SQLITE_OPEN_SUPER_JOURNAL) != 0) {
         file->pMethods = nullptr; // nothing to close
@@ -61,7 +61,7 @@ int OpenNoSuperJournal(sqlite3_vfs* /*own*/, const char* name, sqlite3_file* fil
     return system->xOpen(system, name, file, flags, given);
 }
 
-/// The library's way to the system's files, but for that.
+/// SQLite's file system without super-journals.
 const char* FileSystemName() {
     static sqlite3_vfs files = [] {
         sqlite3_vfs own = *sqlite3_vfs_find(nullptr);
@@ -75,8 +75,8 @@ const char* FileSystemName() {
 
 } // namespace
 
-// The library would make and change a file wherever another user's link leads. What it has beside the file,
-// its journal, it never opens through a link.
+// SQLite would create and change a file through another user's symbolic link. It never opens its journal
+// through a link.
 CDatabase::CDatabase(const std::string& path, EDatabaseAccess access) {
     if (access == EDatabaseAccess::Read) {
         Open(PlainFileName(path).c_str(), SQLITE_OPEN_READONLY);
@@ -167,7 +167,7 @@ bool CStatement::Step() {
 }
 
 void CStatement::Rewind() {
-    sqlite3_reset(m_handle.get()); // its result is that of the last step, which has been looked at
+    sqlite3_reset(m_handle.get()); // returns the result of the last step, which was checked
     m_next = 1;
 }
 

@@ -1,5 +1,4 @@
-// SQLite with owners for what it hands out. A failure throws CDatabaseError with the library's words
-// and what to do about it.
+// RAII owners for SQLite's objects. A failure throws CDatabaseError with SQLite's message and what to do.
 #pragma once
 
 #include <cstdint>
@@ -22,19 +21,19 @@ public:
 
 enum class EDatabaseAccess : bool { Read, Write };
 
-/// One open database file; made when it is missing and is to be written, which only the user's own links and
-/// those of root lead to. What a transaction left open is
-/// rolled back at the end. The file may come from anybody: what stands in its schema can neither damage it
-/// nor call anything that reaches beyond it, and no journal beside it names another file to be removed.
+/// One open database file. For writing it is created if missing, and only symbolic links of the user and of
+/// root are followed. An open transaction is rolled back at the end. The file is not trusted: its schema can
+/// neither damage it nor call functions with effects outside it, and its journal cannot make SQLite delete
+/// another file.
 class CDatabase {
 public:
     CDatabase(const std::string& path, EDatabaseAccess access);
-    /// One in memory, which goes with this.
+    /// A database in memory.
     CDatabase();
 
-    /// Lets triggers and views use virtual tables: for a schema that was found to be our own.
+    /// Lets triggers and views use virtual tables. Only for a schema that was verified.
     void TrustSchema();
-    /// Runs statements that give nothing back.
+    /// Runs statements without results.
     void Run(const char* statements);
     /// The first column of the first row.
     [[nodiscard]] std::int64_t Number(std::string_view query);
@@ -51,13 +50,13 @@ private:
     std::unique_ptr<sqlite3, SClose> m_handle;
 };
 
-/// A prepared statement; its database must outlive it. What is bound must live until the statement has run;
-/// what a column gives lives until the next Step.
+/// A prepared statement; its database must outlive it. A bound value must live until the statement has run;
+/// a column's value lives until the next Step.
 class CStatement {
 public:
     CStatement(CDatabase& database, std::string_view sql);
 
-    /// Values go to the parameters one after the other; Rewind begins again.
+    /// Binds the next parameter; Rewind starts over.
     CStatement& BindNull();
     CStatement& Bind(std::int64_t number);
     CStatement& Bind(std::string_view text);

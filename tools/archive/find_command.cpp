@@ -1,4 +1,4 @@
-// ruvoctl find: the events of an archive that matter.
+// ruvoctl find: searches the events of an archive.
 #include "dayfile/block_parser.h"
 #include "tools/archive/archive_schema.h"
 #include "tools/archive/find_query.h"
@@ -20,9 +20,9 @@ constexpr int kExitNoneFound = 1;
 constexpr int kExitTrouble = 2;
 
 constexpr std::array kOptions{
-    SOption{EOptionKind::Positional, "DB", "the file that ruvoctl archive --sqlite made"},
+    SOption{EOptionKind::Positional, "DB", "archive file written by \"ruvoctl archive --sqlite\""},
     SOption{EOptionKind::Positional, "TEXT",
-            "words of the event, its texts, its value or its plant; '' for all events"},
+            "words from the event, its texts, its value or its plant; '' for all events"},
     kFormatOption,
     kSpreadsheetOption,
     kSinceOption,
@@ -31,15 +31,15 @@ constexpr std::array kOptions{
 };
 
 constexpr std::string_view kNotes =
-    "All words must be there, in any order and letter case, with or without accents. A word also finds\n"
-    "longer ones that begin with it; words in double quotes are one phrase. Events come by time, in the\n"
-    "formats of ruvoctl events.\n"
-    "Exit status: 0, or 1 when no event was found, or 2 for a mistake in the arguments or an archive that\n"
-    "cannot be read.\n\n"
-    "Example: which feeders tripped this month?\n"
-    "  ruvoctl find site.sqlite 'trip \"earth fault\"' --relay FEED --since 2026-11-01";
+    R"(An event matches if it contains all words, in any order; case and accents do not matter. A word also
+matches longer words that start with it; words in double quotes match as a phrase. Events are printed in
+order of time, in the formats of ruvoctl events.
+Exit status: 0 on success, 1 if no event matches, 2 on a usage error or if the archive cannot be read.
 
-/// The records stand in the archive as they stood in the day file: they are read as that is read.
+Example: which feeders tripped this month?
+  ruvoctl find site.sqlite 'trip "earth fault"' --relay FEED --since 2026-11-01)";
+
+/// The archive stores records as they are in the day file, so the same parser reads them.
 bool PrintRow(const CStatement& row, IEventPrinter& printer, std::string& out) {
     SParsedRecord parsed = ParseDayFileRecord(row.BytesAt(3));
     if (parsed.record == nullptr) {
@@ -63,8 +63,8 @@ std::size_t RelayWidth(CDatabase& database) {
     return width;
 }
 
-/// Begins to read one state of the file, and makes sure that it is an archive, whoever writes it meanwhile.
-/// `checked` is the version of the schema that was looked at last; the library goes by it too.
+/// Starts a read transaction and verifies that the file is an archive, even if another program writes it
+/// meanwhile. `checked` is the schema version that was verified last; SQLite compares the same number.
 void BeginReading(CDatabase& database, std::optional<std::int64_t>& checked) {
     database.Run("BEGIN");
     const std::int64_t version = database.Number("PRAGMA schema_version");
@@ -74,23 +74,23 @@ void BeginReading(CDatabase& database, std::optional<std::int64_t>& checked) {
     }
 }
 
-/// Prints the records of these ids up to a page's end, from a state that is being read; how many.
+/// Prints the records of these ids until a page is full, within a read transaction. Returns their number.
 std::size_t PrintPage(CDatabase& database, std::span<const std::int64_t> ids, IEventPrinter& printer,
                       std::string& out) {
-    constexpr std::size_t kPageSize = std::size_t{128} * 1024; // bytes, before the console hands them on
+    constexpr std::size_t kPageSize = std::size_t{128} * 1024; // bytes, before they go to the console
     CStatement row(database, kFoundRow);
     std::size_t count = 0;
     for (; count < ids.size() && out.size() < kPageSize; ++count) {
         if (!row.Bind(ids[count]).Step() || !PrintRow(row, printer, out)) {
-            throw CDatabaseError("a record was changed in it; archive again from the day files");
+            throw CDatabaseError("a record in it was modified; create the archive again from the day files");
         }
         row.Rewind();
     }
     return count;
 }
 
-/// A reader may take hours over the output, in a pager. Nothing is locked meanwhile: the night's archive run
-/// would wait for that in vain.
+/// A user may read the output in a pager for hours. Nothing stays locked meanwhile: the night's archive run
+/// would time out.
 int Find(const CArguments& arguments, const SFindQuery& query, SConsole& console) {
     CDatabase database(arguments.Get("DB"), EDatabaseAccess::Read);
     std::optional<std::int64_t> checked;
@@ -102,13 +102,13 @@ int Find(const CArguments& arguments, const SFindQuery& query, SConsole& console
     printer->PrintHead(console.out.Text());
     std::span<const std::int64_t> ids(found);
     while (console.out.IsGood() && !ids.empty()) {
-        BeginReading(database, checked); // or each row would lock the file for itself
+        BeginReading(database, checked); // else each row would lock the file separately
         ids = ids.subspan(PrintPage(database, ids, *printer, console.out.Text()));
         database.Run("COMMIT");
         console.out.Flush();
     }
     if (found.empty()) {
-        console.error.Write("No event found.\n");
+        console.error.Write("No matching event.\n");
     }
     return found.empty() ? kExitNoneFound : kExitGood;
 }
@@ -124,7 +124,7 @@ int RunFind(const CArguments& arguments, SConsole& console) {
                            .relay = arguments.Get("--relay"),
                            .filter = filter};
     if (!query.text.empty() && FullTextQuery(query.text).empty()) {
-        console.error.Write("ruvoctl find: no letter and no digit to look for in \"" +
+        console.error.Write("ruvoctl find: no letter or digit to search for in \"" +
                             EscapeControls(query.text) + "\"; '' shows all events\n");
         return kExitUsage;
     }

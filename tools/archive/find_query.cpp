@@ -30,7 +30,7 @@ void AppendTerm(std::string& query, std::string_view word, std::string_view endi
     }
 }
 
-/// Takes a word, or what stands in quotes, off the text.
+/// Cuts a word, or a quoted phrase, off the front of the text.
 std::string_view TakePart(std::string_view& text, std::string_view ends) {
     const std::size_t end = std::min(text.find_first_of(ends), text.size());
     const std::string_view part = text.substr(0, end);
@@ -38,8 +38,7 @@ std::string_view TakePart(std::string_view& text, std::string_view ends) {
     return part;
 }
 
-/// The moment in the form of the archive's times, all digits given. A day's last moment is later than any
-/// that the day's stamps can name.
+/// The time in the archive's full form. The last moment of a day is later than any timestamp of that day.
 std::string LastMoment(const std::string& text) {
     constexpr std::string_view kFullForm = "0000-00-00T00:00:00.000";
     constexpr std::size_t kDateSize = 10;
@@ -49,7 +48,7 @@ std::string LastMoment(const std::string& text) {
     return text + std::string(kFullForm.substr(std::min(text.size(), kFullForm.size())));
 }
 
-/// The archive writes a "T" where people may write a blank.
+/// The archive writes a "T" where users may write a blank.
 std::string WithSeparator(std::string text) {
     std::ranges::replace(text, ' ', 'T');
     return text;

@@ -1,4 +1,4 @@
-// What a person asks the archive for, as a query of the database.
+// Turns a user's search into a query of the database.
 #pragma once
 
 #include "tools/archive/database.h"
@@ -19,13 +19,12 @@ struct SFindQuery {
     SEventFilter filter; ///< the same bounds, for records without a real time
 };
 
-/// The words in the language of the full-text index: all of them must be there, each as the beginning of a
-/// word, or as a whole phrase where the person put it in quotes. Nothing in them is taken for an operator.
-/// Empty when there is no letter and no digit to look for.
+/// The words as a full-text query: all must match, each as the start of a word, or as a phrase if quoted.
+/// Nothing in them acts as an operator. Empty if there is no letter or digit to search for.
 [[nodiscard]] std::string FullTextQuery(std::string_view text);
 
-/// The ids of the records that are asked for, by time; those without a real time come last, and are held
-/// against the bounds as ruvoctl events does. Nothing stays locked.
+/// The ids of the matching records, by time. Records without a real time come last and are compared with the
+/// bounds as ruvoctl events does. Nothing stays locked.
 [[nodiscard]] std::vector<std::int64_t> FindRecords(CDatabase& database, const SFindQuery& query);
 
 /// Columns relay, day_file, byte_offset, bytes of the record of an id.

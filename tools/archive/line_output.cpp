@@ -26,12 +26,14 @@ CLineOutput::CLineOutput(std::string path, SConsole& console)
 std::string CLineOutput::Finish(bool isWhole) {
     Text().Flush();
     if (IsStandard()) {
-        return {}; // the program itself says when that failed
+        return {}; // the program itself reports that failure
     }
     SAccessResult result = m_buffer.Result();
     if (result.Good() && !isWhole && !m_buffer.File().IsStream()) {
-        return m_path + (m_buffer.File().HasOldFile() ? ": not replaced: the old one is kept"
-                                                      : ": not written: not all lines are there");
+        return m_path +
+               (m_buffer.File().HasOldFile()
+                    ? ": not replaced, because not all records could be read; the old file is unchanged"
+                    : ": not written, because not all records could be read");
     }
     if (result.Good()) {
         result = m_buffer.File().Commit();

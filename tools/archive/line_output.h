@@ -1,4 +1,4 @@
-// Where the lines of the archive's rows go.
+// The destination of the archive's lines of JSON.
 #pragma once
 
 #include "tools/text_output.h"
@@ -10,7 +10,7 @@
 
 namespace ruvo {
 
-/// The standard output, or a file that takes its place only when it is whole.
+/// Standard output, or a file that replaces the old one only when it is complete.
 class CLineOutput {
 public:
     /// "-" is the console's output, which must outlive this.
@@ -18,12 +18,12 @@ public:
 
     [[nodiscard]] bool IsStandard() const { return m_path == "-"; }
     [[nodiscard]] CTextOutput& Text() { return IsStandard() ? m_console.out : m_text; }
-    /// Ends the output; a file takes its place, unless there are not all lines in it. What went wrong; empty
-    /// for nothing.
+    /// Ends the output and, if all lines were written, moves the file into place. Returns a readable reason
+    /// on failure, else an empty string.
     [[nodiscard]] std::string Finish(bool isWhole);
 
 private:
-    /// Hands the pieces to the file, and keeps its first failure.
+    /// Passes the pieces to the file, and keeps the first failure.
     class CBuffer : public std::streambuf {
     public:
         void Open(const std::string& path) { m_result = m_file.Open(path); }
@@ -43,7 +43,7 @@ private:
     std::string m_path;
     CBuffer m_buffer;
     std::ostream m_stream;
-    CTextOutput m_text; ///< goes first
+    CTextOutput m_text; ///< destroyed first
 };
 
 } // namespace ruvo

@@ -1,4 +1,4 @@
-// ruvoctl events: day files for people and scripts.
+// ruvoctl events: prints day files for people and scripts.
 #include "tools/command.h"
 #include "tools/events/day_file_walk.h"
 #include "tools/events/event_files.h"
@@ -18,28 +18,27 @@ namespace ruvo {
 namespace {
 
 constexpr std::array kOptions{
-    SOption{EOptionKind::List, "FILE|FOLDER", "day files, or folders that hold them at any depth"},
+    SOption{EOptionKind::List, "FILE|FOLDER", "day files, or folders that contain them at any depth"},
     kFormatOption,
     kSpreadsheetOption,
     kSinceOption,
     kUntilOption,
     kRelayOption,
     SOption{EOptionKind::Text, "--match",
-            "events with this text in their texts or cells, in any letter case"},
-    SOption{EOptionKind::Choice, "--sort", "by time across all files; without it in file order", "time"},
+            "only events with this text in their texts or cells; case does not matter"},
+    SOption{EOptionKind::Choice, "--sort", "sort by time across all files (default: file order)", "time"},
 };
 
 constexpr std::string_view kNotes =
-    "Damaged places are shown where they are, with their offset and length, and reading goes on behind "
-    "them.\n"
-    "In text, \"s\" behind a time stands for summer time and \"?\" for a clock that the relay does not "
-    "trust.\n"
-    "Exit status: 0, or 1 when there was damage or something could not be read, or 2 for a mistake in the "
-    "arguments.\n\n"
-    "Example: what happened tonight at the feeders?\n"
-    "  ruvoctl events --since 2026-11-16T03:00 --relay FEED --sort time events/";
+    R"(Damaged places are printed where they occur, with offset and length; reading continues after them.
+In text output, "s" after a time marks summer time, and "?" a time from a clock that the relay reports
+as unreliable.
+Exit status: 0 on success, 1 if a file is damaged or cannot be read, 2 on a usage error.
 
-/// Puts what is printed where it belongs: straight out, or aside until all is read and sorted.
+Example: last night's events of the feeders
+  ruvoctl events --since 2026-11-16T03:00 --relay FEED --sort time events/)";
+
+/// Writes printed records to the output at once, or keeps them until all are read and sorted.
 class CEventSink {
 public:
     CEventSink(CTextOutput& out, IEventPrinter& printer, bool sort)
@@ -58,13 +57,13 @@ public:
         m_records.emplace_back(TimeKeyOf(item.record->GetTimeStamp()), std::move(text));
     }
 
-    /// Damage has no time; when records are sorted it follows them all.
+    /// Damage has no time; in sorted output it follows all records.
     void TakeDamage(const SEventSource& source, const SDayFileDamage& damage) {
         m_printer.PrintDamage(m_sort ? m_damage : m_out.Text(), source, damage);
         m_out.Settle();
     }
 
-    /// False when what it takes is printed only at the end.
+    /// False when the output is written only at the end.
     bool PrintsAtOnce() const { return !m_sort; }
 
     void Finish() {
@@ -119,7 +118,7 @@ int RunEvents(const CArguments& arguments, SConsole& console) {
 } // namespace
 
 SCommand EventsCommand() {
-    return {"events", "Show the events of day files", kNotes, kOptions, RunEvents};
+    return {"events", "Show the events in day files", kNotes, kOptions, RunEvents};
 }
 
 } // namespace ruvo

@@ -14,7 +14,7 @@ bool TakeTime(const CArguments& arguments, std::string_view name, EDayEdge edge,
     key = ParseTimeKey(arguments.Get(name), edge);
     if (!key) {
         console.error.Write(std::string(name) + ": " + EscapeControls(arguments.Get(name)) +
-                            ": want a date as 2026-11-16 or a moment as 2026-11-16T03:12:45\n");
+                            ": expected a date such as 2026-11-16 or a time such as 2026-11-16T03:12:45\n");
     }
     return key.has_value();
 }

@@ -1,4 +1,4 @@
-// The options that choose records, the same in every command that reads day files.
+// The options that select records, shared by all commands that read day files.
 #pragma once
 
 #include "tools/command.h"
@@ -7,14 +7,14 @@
 namespace ruvo {
 
 inline constexpr SOption kSinceOption{
-    EOptionKind::Text, "--since", "events of this date (2026-11-16) or moment (2026-11-16T03:12) and later",
+    EOptionKind::Text, "--since", "only events at or after this date (2026-11-16) or time (2026-11-16T03:12)",
     "TIME"};
 inline constexpr SOption kUntilOption{EOptionKind::Text, "--until",
-                                      "events of this date or moment and earlier", "TIME"};
+                                      "only events at or before this date or time", "TIME"};
 inline constexpr SOption kRelayOption{EOptionKind::Text, "--relay",
-                                      "relays whose name holds this text, in any letter case"};
+                                      "only relays whose name contains this text; case does not matter"};
 
-/// What the user gave of them, and of "--match". False, with a word about it, when a time is none.
+/// Fills the filter from these options and from "--match". Reports an invalid time and returns false.
 [[nodiscard]] bool TakeFilterOptions(const CArguments& arguments, SConsole& console, SEventFilter& filter);
 
 } // namespace ruvo

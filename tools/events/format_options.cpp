@@ -15,7 +15,7 @@ constexpr std::size_t kNarrowestRest = 46; ///< what the text's other columns ne
 bool CheckFormatOptions(const CArguments& arguments, SConsole& console) {
     const bool isGood = !arguments.Has("--spreadsheet") || arguments.Get("--format") == "csv";
     if (!isGood) {
-        console.error.Write("--spreadsheet goes with --format csv\n");
+        console.error.Write("--spreadsheet requires --format csv\n");
     }
     return isGood;
 }

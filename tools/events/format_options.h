@@ -1,4 +1,4 @@
-// The options that choose how records are shown, the same in every command that shows them.
+// The options that select the output format, shared by all commands that print records.
 #pragma once
 
 #include "tools/command.h"
@@ -10,13 +10,13 @@
 namespace ruvo {
 
 inline constexpr SOption kFormatOption{
-    EOptionKind::Choice, "--format",
-    "text (default) for reading, json: an object a line, csv: with a header line", "text|json|csv", "text"};
+    EOptionKind::Choice, "--format", "text (default), json (one object per line) or csv (with a header line)",
+    "text|json|csv", "text"};
 inline constexpr SOption kSpreadsheetOption{
     EOptionKind::Flag, "--spreadsheet",
-    "with csv: an apostrophe before every cell that a spreadsheet would take for a formula"};
+    "with csv: prefix an apostrophe to cells that a spreadsheet would read as formulas"};
 
-/// False, with a word about it, when the options do not go together.
+/// Reports options that contradict each other and returns false.
 [[nodiscard]] bool CheckFormatOptions(const CArguments& arguments, SConsole& console);
 
 /// The printer that the user chose, for relays with names of up to `relayWidth` columns.

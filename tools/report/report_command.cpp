@@ -1,4 +1,4 @@
-// ruvoctl report: a page to look at, made from day files and the error log.
+// ruvoctl report: creates a page for a browser from day files and the error log.
 #include "platform/clock.h"
 #include "tools/command.h"
 #include "tools/events/day_file_walk.h"
@@ -25,34 +25,29 @@ constexpr unsigned kUsualSilentDays = 3;
 constexpr unsigned kMostSilentDays = 3660;
 
 constexpr std::array kOptions{
-    SOption{EOptionKind::List, "EVENTROOT", "folders that hold day files at any depth, or day files"},
+    SOption{EOptionKind::List, "EVENTROOT", "folders that contain day files at any depth, or day files"},
     SOption{EOptionKind::Text, "-o,--output",
-            "the page's file, replaced at once when it exists; - for standard "
-            "output",
-            "FILE"},
-    SOption{EOptionKind::Text, "--log", "the error log, whose problems are shown beside the events", "FILE"},
+            "write the page to this file, replacing an existing one; - for standard output", "FILE"},
+    SOption{EOptionKind::Text, "--log", "also show the problems from this error log", "FILE"},
     kSinceOption,
     kUntilOption,
     kRelayOption,
-    SOption{
-        EOptionKind::Text, "--silent",
-        "days without an event, up to now or to --until, after which a relay is called silent (default 3)",
-        "DAYS"},
-    SOption{EOptionKind::Text, "--title", "what stands above the page, such as the site's name"},
+    SOption{EOptionKind::Text, "--silent",
+            "call a relay silent after this many days without an event, up to now or --until (default: 3)",
+            "DAYS"},
+    SOption{EOptionKind::Text, "--title", "heading of the page, such as the site name"},
 };
 
 constexpr std::string_view kNotes =
-    "The page is one file that needs no network: send it, keep it, print it.\n"
-    "--since and --until apply to the log too, whose times are this machine's; event times are the relays' "
-    "own.\n"
-    "Exit status: 0, or 1 when there was damage or something could not be read or written, or 2 for a "
-    "mistake "
-    "in the arguments.\n\n"
-    "Example: the week for the morning's meeting\n"
-    "  ruvoctl report events/ --log RUVO_Errors.log --since 2026-11-16 --title \"Northfield 33 kV\" -o "
-    "week.html";
+    R"(The page is a single file that needs no network: it can be mailed, archived and printed.
+--since and --until also apply to the error log, whose times are local to this machine; event times are
+the relays' own.
+Exit status: 0 on success, 1 if a file is damaged or cannot be read or written, 2 on a usage error.
 
-/// "2026-11-16 23:30:00", the form in which the page's script takes times.
+Example: this week, for the morning meeting
+  ruvoctl report events/ --log RUVO_Errors.log --since 2026-11-16 --title "Northfield 33 kV" -o week.html)";
+
+/// "2026-11-16 23:30:00", the form that the page's script parses.
 std::string NowText() {
     const SCalendarTime now = UtcTime();
     std::array<char, 80> text{}; // room for six ints of any value
@@ -72,7 +67,7 @@ std::string Summary(const CReportData& data) {
            Counted(data.DamageCount(), "damaged place", "damaged places");
 }
 
-/// False, with a word about it, when the page cannot be put there.
+/// Reports a failure to write and returns false.
 bool PutPage(const std::string& path, const std::string& page, const CReportData& data, SConsole& console) {
     if (path == "-") {
         console.out.Write(page);
@@ -87,20 +82,21 @@ bool PutPage(const std::string& path, const std::string& page, const CReportData
     return true;
 }
 
-/// A line without a time is taken: it may be the one that matters.
+/// A line without a time matches: it may be the one that matters.
 bool TakesLine(const SEventFilter& filter, const SLogLine& line) {
     const auto key = ParseTimeKey(line.time, EDayEdge::Start);
     return !key || ((!filter.since || *key >= *filter.since) && (!filter.until || *key <= *filter.until));
 }
 
-/// The log's lines within the filter's time; false, with a word about it, when it cannot be read. The first
-/// problem makes the log: one that is missing in a folder that is there has none.
+/// Adds the log's lines within the filter's time; reports a failure to read and returns false. A missing log
+/// in an existing folder has no lines: the first problem creates it.
 bool AddProblems(const std::string& path, const SEventFilter& filter, CReportData& data, SConsole& console) {
     CLogReader reader;
     SFileResult result = reader.Open(path);
     if (result.failure == EFileFailure::NotFound) {
-        console.error.Write("ruvoctl: " + EscapeControls(SystemTextToUtf8(path)) +
-                            ": there is no log: nothing was ever logged, or the path is another one\n");
+        console.error.Write(
+            "ruvoctl: " + EscapeControls(SystemTextToUtf8(path)) +
+            ": the error log does not exist: nothing has been logged yet, or the path is wrong\n");
         return true;
     }
     if (result.Good()) {
@@ -140,7 +136,7 @@ bool AddEvents(const SFoundFiles& found, const SEventFilter& filter, CReportData
     return walk.Failures().empty() && data.DamageCount() == 0;
 }
 
-/// None, with a word about it, for a number of days that is none.
+/// Reports an invalid number of days and returns none.
 std::optional<unsigned> SilentDays(const CArguments& arguments, SConsole& console) {
     if (!arguments.Has("--silent")) {
         return kUsualSilentDays;
@@ -152,7 +148,7 @@ std::optional<unsigned> SilentDays(const CArguments& arguments, SConsole& consol
     if (error == std::errc() && stop == end && days >= 1 && days <= kMostSilentDays) {
         return days;
     }
-    console.error.Write("--silent: " + EscapeControls(text) + ": want a number of days, 1 to " +
+    console.error.Write("--silent: " + EscapeControls(text) + ": expected a number of days from 1 to " +
                         std::to_string(kMostSilentDays) + "\n");
     return std::nullopt;
 }
@@ -164,7 +160,7 @@ int RunReport(const CArguments& arguments, SConsole& console) {
         return kExitUsage;
     }
     if (!arguments.Has("--output")) {
-        console.error.Write("report: where to? Add -o report.html, or -o - for standard output\n");
+        console.error.Write("ruvoctl report: no output given; use -o FILE, or -o - for standard output\n");
         return kExitUsage;
     }
     SFoundFiles found = FindDayFiles(arguments.GetAll("EVENTROOT"));
@@ -191,7 +187,7 @@ int RunReport(const CArguments& arguments, SConsole& console) {
 } // namespace
 
 SCommand ReportCommand() {
-    return {"report", "Make a page to look at: time line, events, problems", kNotes, kOptions, RunReport};
+    return {"report", "Create an HTML page with timeline, events and problems", kNotes, kOptions, RunReport};
 }
 
 } // namespace ruvo

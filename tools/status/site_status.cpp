@@ -83,7 +83,7 @@ private:
             TakeItem(item, relay, newest[source.relay] == source.file);
             relay.freshDamaged += item.damage && IsFresh(NameOf(source.file)) ? 1 : 0;
             if (item.damage && item.damage->fault == EDayFileFault::ReadFailed) {
-                m_status.failures.push_back(source.file + ": could not be read to its end");
+                m_status.failures.push_back(source.file + ": could not be read to the end");
             }
         });
         m_status.failures.insert(m_status.failures.begin(), walk.Failures().begin(), walk.Failures().end());
@@ -93,8 +93,8 @@ private:
         return std::filesystem::path(path).filename().string();
     }
 
-    /// True when it is the relay's newest day file so far. A day that is still to come, because a clock was
-    /// wrong once, must not hide for years that nothing comes any more.
+    /// True for the relay's newest day file so far. A date in the future, from a clock that was wrong once,
+    /// must not hide for years that the relay sends nothing any more.
     [[nodiscard]] bool TakeName(const std::string& name, SRelayStatus& relay) const {
         std::string day = DayOfFileName(name);
         const auto number = DayNumber(day);
@@ -113,8 +113,8 @@ private:
         return true;
     }
 
-    /// Whether the day file is of the time that was asked for, give or take the time zone. One without a date
-    /// may be.
+    /// Whether the day file lies within the requested time, give or take the time zone. A file without a date
+    /// may.
     [[nodiscard]] bool IsFresh(const std::string& name) const {
         constexpr std::size_t kDateSize = 10;
         const auto day = DayNumber(DayOfFileName(name));
@@ -145,9 +145,9 @@ private:
         m_status.log.isThere = opened.Good();
         m_status.log.isMissing = opened.failure == EFileFailure::NotFound;
         if (m_status.log.isMissing) {
-            return; // the first problem makes it
+            return; // the first problem creates it
         }
-        // A line without a time belongs to the one before; at the beginning, to the first that has one.
+        // A line without a time belongs to the line before it; at the start, to the first line with one.
         std::vector<SLogLine> early;
         std::optional<bool> counts;
         for (SLogLine line; reader.Next(line);) {
@@ -190,7 +190,7 @@ private:
         log.latest.push_back(line);
     }
 
-    static constexpr std::size_t kMostEarly = 1000; ///< beyond that it is no log of ours
+    static constexpr std::size_t kMostEarly = 1000; ///< more of them do not occur in an error log
 
     const SSiteQuestion& m_question;
     SConsole& m_console;
@@ -218,7 +218,7 @@ std::optional<std::int64_t> DayNumber(const std::string& date) {
         return std::nullopt;
     }
     const auto number = [&date](std::size_t at, std::size_t size) {
-        return std::stoi(date.substr(at, size)); // digits, as has just been seen
+        return std::stoi(date.substr(at, size)); // digits, as just checked
     };
     const sys_days day_ = year(number(0, 4)) / month(static_cast<unsigned>(number(5, 2))) /
                           day(static_cast<unsigned>(number(8, 2)));

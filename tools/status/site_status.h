@@ -1,4 +1,4 @@
-// What a site's day files and its error log say about how it is doing.
+// The state of a site, read from its day files and its error log.
 #pragma once
 
 #include "tools/log_lines.h"
@@ -14,18 +14,18 @@
 namespace ruvo {
 
 struct SRelayStatus {
-    std::string lastFile;  ///< name of the newest day file up to now, UTF-8; empty for a relay without one
+    std::string lastFile;  ///< name of the newest day file that is not in the future, UTF-8; empty for none
     std::string lastDay;   ///< the UTC date in that name; empty for a name without one
-    std::string futureDay; ///< latest UTC date in its names that is still to come; empty for none
+    std::string futureDay; ///< latest UTC date in its names that is in the future; empty for none
     std::string lastEvent; ///< latest time in that file, by the relay's clock; empty without a real one
     std::uint64_t records = 0;              ///< in all its day files
     std::uint64_t lastRecords = 0;          ///< in the newest one
     std::uint64_t damaged = 0;              ///< places in all its day files
-    std::uint64_t freshDamaged = 0;         ///< those in files of the time that was asked for
+    std::uint64_t freshDamaged = 0;         ///< those in files within the requested time
     std::optional<std::int64_t> silentDays; ///< from the last day to today; none without a last day
 };
 
-/// Problems of one relay or link, by the name that the log knows it by.
+/// Problems of one relay or link, by its name in the log.
 struct SLogGroup {
     std::uint64_t problems = 0;
     std::string lastTime;
@@ -35,9 +35,9 @@ struct SLogStatus {
     static constexpr std::size_t kKeptLines = 20;
 
     bool isThere = false;
-    bool isMissing = false;     ///< in a folder that is there
-    std::uint64_t lines = 0;    ///< in all
-    std::uint64_t problems = 0; ///< since the moment asked for
+    bool isMissing = false;     ///< but its folder exists
+    std::uint64_t lines = 0;    ///< total
+    std::uint64_t problems = 0; ///< since the requested time
     std::map<std::string, SLogGroup> groups;
     std::vector<SLogLine> latest; ///< the last ones of the problems
 };
@@ -46,25 +46,24 @@ struct SSiteStatus {
     std::map<std::string, SRelayStatus> relays; ///< by name
     SLogStatus log;
     std::string since;                 ///< local time, "2026-11-16T03:00:00"
-    std::vector<std::string> failures; ///< what could not be read, and why
+    std::vector<std::string> failures; ///< what could not be read, with the reason
 };
 
 struct SSiteQuestion {
     std::string eventRoot;
     std::string logPath;
     std::string since;                 ///< as in SSiteStatus
-    std::vector<std::string> expected; ///< names of relays that should be there
+    std::vector<std::string> expected; ///< names of relays that must be present
 };
 
-/// Reads all day files and the log. A log that is missing in a folder that is there is an empty one: the
-/// first problem makes it.
+/// Reads all day files and the log. A missing log in an existing folder counts as empty: the first problem
+/// creates it.
 [[nodiscard]] SSiteStatus ReadSiteStatus(const SSiteQuestion& question, SConsole& console);
 
-/// The moment that "36h", "7d", a date or a moment means, counted back from now where it is a length; local
-/// time. Empty for anything else.
+/// The local time that "36h", "7d" (before now), a date or a time names. Empty for anything else.
 [[nodiscard]] std::string ParseSince(const std::string& text);
 
-/// Days from 1970-01-01 to a date "2026-11-16"; none for what is no date.
+/// Days from 1970-01-01 to a date "2026-11-16"; none if the text is not a date.
 [[nodiscard]] std::optional<std::int64_t> DayNumber(const std::string& date);
 
 } // namespace ruvo

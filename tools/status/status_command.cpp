@@ -1,4 +1,4 @@
-// ruvoctl status: how is the site doing? For people, and for systems that watch.
+// ruvoctl status: the state of a site, for people and monitoring systems.
 #include "platform/clock.h"
 #include "tools/command.h"
 #include "tools/status/status_output.h"
@@ -16,44 +16,47 @@ namespace ruvo {
 namespace {
 
 constexpr int kExitUnknown = static_cast<int>(EState::Unknown);
-/// Monitoring systems show the standard output alone.
-constexpr std::string_view kUsageVerdict =
-    "UNKNOWN: a mistake in the arguments of ruvoctl status; the error output names it\n";
+/// Monitoring systems show standard output only.
+constexpr std::string_view kUsageVerdict = "UNKNOWN: usage error in ruvoctl status; see standard error\n";
 
 constexpr std::array kOptions{
-    SOption{EOptionKind::Positional, "EVENTROOT", "the folder that holds the day files, at any depth"},
+    SOption{EOptionKind::Positional, "EVENTROOT", "the folder that contains the day files, at any depth"},
     SOption{EOptionKind::Positional, "LOG", "the error log"},
     SOption{EOptionKind::Choice, "--format", "text (default) or json", "text|json", "text"},
     SOption{EOptionKind::Text, "--since",
-            "problems of the last 36h or 7d, or since a date or moment in local time (default: 24h)", "TIME"},
+            "count problems of the last 36h or 7d, or since a date or time in local time (default: 24h)",
+            "TIME"},
     SOption{EOptionKind::Text, "--warn-silent",
-            "warn of a relay without a new day file for more than this many days (default: 14; 0: never)",
+            "warning if a relay has had no new day file for more than DAYS days (default: 14; 0: never)",
             "DAYS"},
-    SOption{EOptionKind::Text, "--critical-silent", "the same, critical (default: 60; 0: never)", "DAYS"},
-    SOption{EOptionKind::Text, "--warn-problems", "warn from this many problems on (default: 1; 0: never)",
-            "NUMBER"},
-    SOption{EOptionKind::Text, "--critical-problems", "the same, critical (default: 0: never)", "NUMBER"},
-    SOption{
-        EOptionKind::Text, "--expect",
-        "a file with the names of the relays that should be there, one a line, as in the day files' names",
-        "FILE"},
-    SOption{EOptionKind::Text, "--prometheus", "write the figures as metrics to this file too", "FILE"},
-    SOption{EOptionKind::Text, "--site", "the site's name in the metrics (default: the event root's name)",
+    SOption{EOptionKind::Text, "--critical-silent",
+            "critical if a relay has had no new day file for more than DAYS days (default: 60; 0: never)",
+            "DAYS"},
+    SOption{EOptionKind::Text, "--warn-problems",
+            "warning if the error log has at least NUMBER problems (default: 1; 0: never)", "NUMBER"},
+    SOption{EOptionKind::Text, "--critical-problems",
+            "critical if the error log has at least NUMBER problems (default: 0; 0: never)", "NUMBER"},
+    SOption{EOptionKind::Text, "--expect",
+            "file with the names of the relays that must be present, one per line, as in day file names",
+            "FILE"},
+    SOption{EOptionKind::Text, "--prometheus", "also write the figures as Prometheus metrics to this file",
+            "FILE"},
+    SOption{EOptionKind::Text, "--site", "site name in the metrics (default: the name of the event root)",
             "NAME"},
 };
 
 constexpr std::string_view kNotes =
-    "A relay's last day is the UTC date of its newest day file: the last run that found events in it. The\n"
-    "log is in local time; a relay's events are in the relay's own time. Damage is a warning as long as its\n"
-    "day file is of the time that --since names; what is older is only counted.\n"
-    "Exit status, as monitoring systems want it: 0 good, 1 warning, 2 critical, 3 unknown (a mistake in the\n"
-    "arguments, or something could not be read or written). It is about what is there: GOOD does not say\n"
-    "that last night's run took place; watch the timer or task that starts it too.\n\n"
-    "Example: after each night's run\n"
-    "  ruvoctl status events/ RUVO_Errors.log --warn-silent 7 --prometheus "
-    "/var/lib/prometheus/node-exporter/ruvo.prom";
+    R"(A relay's last day is the UTC date of its newest day file, that is, of the last run that found events.
+Times in the error log are local; event times are the relay's own. Damage is a warning if its day file
+lies within --since; older damage is only counted.
+Exit status, as monitoring systems expect: 0 good, 1 warning, 2 critical, 3 unknown (usage error, or
+something could not be read or written). The status describes the files that exist: GOOD does not prove
+that last night's run took place. Monitor the timer or scheduled task as well.
 
-/// False, with a word about it, when a number given is none.
+Example: after each night's run
+  ruvoctl status events/ RUVO_Errors.log --warn-silent 7 --prometheus /var/lib/prometheus/node-exporter/ruvo.prom)";
+
+/// Reports an option that is not a number and returns false.
 bool TakeNumber(const CArguments& arguments, std::string_view name, std::uint64_t& number,
                 SConsole& console) {
     if (!arguments.Has(name)) {
@@ -64,7 +67,7 @@ bool TakeNumber(const CArguments& arguments, std::string_view name, std::uint64_
     const bool isGood = error == std::errc() && end == text.data() + text.size();
     if (!isGood) {
         console.error.Write(std::string(name) + ": " + EscapeControls(SystemTextToUtf8(text)) +
-                            ": want a number, 0 for never\n");
+                            ": expected a number (0 for never)\n");
     }
     return isGood;
 }
@@ -80,14 +83,15 @@ bool TakeSince(const CArguments& arguments, std::string& since, SConsole& consol
     const std::string text = arguments.Has("--since") ? arguments.Get("--since") : "24h";
     since = ParseSince(text);
     if (since.empty()) {
-        console.error.Write("--since: " + EscapeControls(SystemTextToUtf8(text)) +
-                            ": want a length as 36h or 7d, a date as 2026-11-16 or a moment as "
-                            "2026-11-16T03:12:45\n");
+        console.error.Write(
+            "--since: " + EscapeControls(SystemTextToUtf8(text)) +
+            ": expected a duration such as 36h or 7d, a date such as 2026-11-16 or a time such as "
+            "2026-11-16T03:12:45\n");
     }
     return !since.empty();
 }
 
-/// One name a line; what stands behind a "#" is a comment.
+/// One name per line; "#" starts a comment.
 bool TakeExpected(const CArguments& arguments, std::vector<std::string>& relays, SConsole& console) {
     const std::string path = arguments.Get("--expect");
     if (path.empty()) {
@@ -103,7 +107,8 @@ bool TakeExpected(const CArguments& arguments, std::vector<std::string>& relays,
         }
     }
     if (!file.eof()) {
-        console.error.Write("--expect: " + EscapeControls(SystemTextToUtf8(path)) + ": cannot be read\n");
+        console.error.Write("--expect: " + EscapeControls(SystemTextToUtf8(path)) +
+                            ": cannot read the file\n");
     }
     return file.eof();
 }
@@ -118,7 +123,7 @@ std::string SiteName(const CArguments& arguments) {
     return SystemTextToUtf8(root.filename().string());
 }
 
-/// What went wrong, for people; empty for nothing.
+/// A readable reason on failure; empty on success.
 std::string WriteMetrics(const CArguments& arguments, const SSiteStatus& status, const SVerdict& verdict) {
     const std::string path = arguments.Get("--prometheus");
     if (path.empty()) {
@@ -142,7 +147,7 @@ int RunStatus(const CArguments& arguments, SConsole& console) {
     }
     SSiteStatus status = ReadSiteStatus(question, console);
     SVerdict verdict = Judge(status, thresholds);
-    // Before the verdict is told, of which it is a part.
+    // First, because a failure here is part of the verdict.
     if (const std::string failure = WriteMetrics(arguments, status, verdict); !failure.empty()) {
         console.error.Write("ruvoctl: " + EscapeControls(failure) + "\n");
         status.failures.push_back(failure);
@@ -157,7 +162,7 @@ int RunStatus(const CArguments& arguments, SConsole& console) {
 
 SCommand StatusCommand() {
     return {.name = "status",
-            .summary = "Tell how a site is doing",
+            .summary = "Report the state of a site",
             .notes = kNotes,
             .options = kOptions,
             .run = RunStatus,

@@ -1,4 +1,4 @@
-// The status as metrics. Names, once published, stay: dashboards and alarms are made of them.
+// The status as metrics. Published names never change: dashboards and alarms depend on them.
 #include "tools/status/status_output.h"
 
 #include "tools/events/event_filter.h"
@@ -62,7 +62,7 @@ constexpr std::array kRelayMetrics{
 std::string Label(std::string_view name, std::string_view value) {
     std::string text(name);
     text += "=\"";
-    for (const char c : EscapeControls(value)) { // which leaves backslashes and quotes to us
+    for (const char c : EscapeControls(value)) { // which does not escape backslashes and quotes
         text += c == '\\' || c == '"' ? "\\" : "";
         text += c;
     }
@@ -100,10 +100,10 @@ std::string StatusAsMetrics(const SSiteStatus& status, const SVerdict& verdict, 
     const SSiteMetric metrics[] = {
         {"ruvo_site_state", "0 good, 1 warning, 2 critical, 3 unknown",
          static_cast<std::int64_t>(verdict.state)},
-        {"ruvo_site_relays", "Relays that have a day file or are expected to",
+        {"ruvo_site_relays", "Relays that have a day file or are expected to have one",
          static_cast<std::int64_t>(status.relays.size())},
         {"ruvo_log_lines", "Lines in the error log", *Whole(status.log.lines)},
-        {"ruvo_log_problems", "Lines in the error log since the moment that the check looks back to",
+        {"ruvo_log_problems", "Lines in the error log within the time that the check covers",
          *Whole(status.log.problems)},
         {"ruvo_status_timestamp_seconds", "When these figures were taken", now},
     };

@@ -10,7 +10,7 @@ namespace {
 
 using Row = std::vector<std::string>;
 
-// A foreign file in the log's place, or a thousand relays at once, must not drown what is said.
+// A foreign file in place of the log, or a thousand relays at once, must not drown the message.
 constexpr std::size_t kMostListed = 20;
 constexpr std::size_t kLongestMessage = 300; ///< in bytes
 
@@ -26,8 +26,8 @@ std::string Shortened(std::string text) {
     return text.substr(0, size) + "...";
 }
 
-/// Columns as wide as their widest cell; numbers, which all columns but the first `leftColumns` hold, stand
-/// to the right.
+/// Columns as wide as their widest cell. The first `leftColumns` are aligned left; the others hold numbers
+/// and are aligned right.
 void AppendTable(std::string& out, const std::vector<Row>& rows, std::size_t leftColumns) {
     std::vector<std::size_t> widths(rows.front().size());
     for (const Row& row : rows) {
@@ -53,7 +53,7 @@ std::string Upper(std::string_view word) {
     return text;
 }
 
-/// Times have a "T" where people read a blank.
+/// Replaces the "T" of a time by a blank.
 std::string ForPeople(std::string time) {
     std::ranges::replace(time, 'T', ' ');
     return time;
@@ -73,7 +73,7 @@ void AppendVerdict(std::string& out, const SSiteStatus& status, const SVerdict& 
     }
     if (verdict.causes.empty()) {
         out += ": " + CountText(status.relays.size(), "relay") + ", " +
-               CountText(status.log.problems, "problem") + " in the log since " + status.since;
+               CountText(status.log.problems, "problem") + " in the error log since " + status.since;
     }
     out += '\n';
 }
@@ -101,7 +101,7 @@ void AppendGroups(std::string& out, const SLogStatus& log) {
     const std::size_t listed = std::min(groups.size(), kMostListed);
     for (const auto& [name, group] : std::span(groups).first(listed)) {
         out += "  " + std::to_string(group.problems) + " of " +
-               (name.empty() ? "no relay in particular" : Shortened(EscapeControls(name))) + "\n";
+               (name.empty() ? "no particular relay" : Shortened(EscapeControls(name))) + "\n";
     }
     if (const std::size_t rest = groups.size() - listed; rest > 0) {
         out += "  and " + std::to_string(rest) + " more\n";
@@ -110,11 +110,11 @@ void AppendGroups(std::string& out, const SLogStatus& log) {
 
 void AppendProblems(std::string& out, const SSiteStatus& status) {
     const SLogStatus& log = status.log;
-    out += "Problems in the log since " + ForPeople(status.since) + ": " + std::to_string(log.problems) +
-           (log.isThere ? "\n" : " (there is no log)\n");
+    out += "Problems in the error log since " + ForPeople(status.since) + ": " +
+           std::to_string(log.problems) + (log.isThere ? "\n" : " (the log does not exist)\n");
     AppendGroups(out, log);
     if (log.problems > log.latest.size()) {
-        out += "The last of them:\n";
+        out += "The latest:\n";
     }
     for (const SLogLine& line : log.latest) {
         out += "  " + (line.time.empty() ? "no time" : ForPeople(line.time)) + "  " +

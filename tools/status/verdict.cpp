@@ -9,7 +9,7 @@ namespace ruvo {
 
 namespace {
 
-/// What cannot be told may be anything but is not known to be the worst.
+/// Unknown may be anything, but is not known to be the worst.
 int Severity(EState state) {
     constexpr std::array<int, 4> kSeverities{0, 1, 3, 2};
     return kSeverities.at(static_cast<std::size_t>(state));
@@ -31,7 +31,7 @@ void Add(SVerdict& verdict, EState state, std::string text) {
 void JudgeRelay(const std::string& name, const SRelayStatus& relay, const SThresholds& thresholds,
                 SVerdict& verdict) {
     if (relay.silentDays) {
-        // Silent for longer than N days: the day that is not over is on the relay's side.
+        // The current day is not over and does not count against the relay.
         const auto days = static_cast<std::uint64_t>(*relay.silentDays);
         Add(verdict, Grade(days > 0 ? days - 1 : 0, thresholds.warnSilent, thresholds.criticalSilent),
             name + " has been silent for " + CountText(days, "day"));
@@ -42,14 +42,14 @@ void JudgeRelay(const std::string& name, const SRelayStatus& relay, const SThres
         Add(verdict, state,
             name + (relay.lastFile.empty()    ? " has no day file"
                     : relay.futureDay.empty() ? " has no dated day file"
-                                              : " has no day file of a day that has been"));
+                                              : " has only day files dated in the future"));
     }
     if (!relay.futureDay.empty()) {
         Add(verdict, EState::Warning,
             name + " has a day file of " + relay.futureDay +
-                ", which is still to come: check this machine's clock, then move the file away");
+                ", which is in the future: check this machine's clock, then move the file away");
     }
-    // What is older was told in its time; it would hide what is new.
+    // Older damage was reported in its time, and would hide what is new.
     if (relay.freshDamaged > 0) {
         Add(verdict, EState::Warning,
             name + " has " + CountText(relay.freshDamaged, "damaged place") + " in its latest day files");
@@ -74,12 +74,13 @@ SVerdict Judge(const SSiteStatus& status, const SThresholds& thresholds) {
     for (const auto& [name, relay] : status.relays) {
         JudgeRelay(name, relay, thresholds, verdict);
     }
-    if (status.log.isMissing) { // as good as it looks, it may be another site's path
-        Add(verdict, EState::Warning, "there is no log: nothing was ever logged, or the path is another one");
+    if (status.log.isMissing) { // looks good, but the path may be wrong
+        Add(verdict, EState::Warning,
+            "the error log does not exist: nothing has been logged yet, or the path is wrong");
     }
     const std::uint64_t problems = status.log.problems;
     Add(verdict, Grade(problems, thresholds.warnProblems, thresholds.criticalProblems),
-        CountText(problems, "problem") + " in the log since " + status.since);
+        CountText(problems, "problem") + " in the error log since " + status.since);
     std::ranges::stable_sort(verdict.causes, [](const SCause& a, const SCause& b) {
         return Severity(a.state) > Severity(b.state);
     });

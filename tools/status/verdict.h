@@ -1,4 +1,4 @@
-// From what is to what it means: the verdict that a monitoring system takes.
+// Evaluates a site's status to the verdict that a monitoring system reads.
 #pragma once
 
 #include "tools/status/site_status.h"
