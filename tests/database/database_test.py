@@ -1,0 +1,150 @@
+"""Loads the rows of ruvoctl archive into a real PostgreSQL server with the very commands of docs/archive.md.
+
+The server is this test's own: in a temporary folder, on a Unix socket there, and gone at the end.
+    database_test.py BIN      the folder of the programs
+"""
+
+import glob
+import os
+import pathlib
+import re
+import shutil
+import sys
+import tempfile
+
+from checks import check, count_checks, equal, must, run
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+COLUMNS = ("relay, day_file, byte_offset, kind, unique_id, event_code, location, event, text, value, plant, description, "
+           "model")
+
+
+class Site:
+    """A database server, and day files of the simulated substation."""
+
+    def __init__(self, work):
+        self.work = work
+        self.events = work / "events"
+        self.environment = {name: value for name, value in os.environ.items()
+                            if name not in ("PGSERVICE", "PGHOSTADDR", "PGPASSWORD", "PGOPTIONS")}
+        # Debian keeps the server out of the path.
+        folders = [sys.argv[1], *glob.glob("/usr/lib/postgresql/*/bin"), os.environ["PATH"]]
+        self.environment.update(
+            PATH=":".join(folders), PGHOST=str(work / "socket"), PGPORT="5432", PGUSER="postgres", PGDATABASE="postgres",
+            P32LS_SUBSTATION=str(ROOT / "examples/substation/substation.toml"), RUVO_LOCK_DIR=str(work),
+            RUVO_REGISTRY_USER=str(work / "none"), RUVO_REGISTRY_MACHINE=str(work / "none"), EVENTROOT=str(self.events))
+
+    def must(self, *command, **options):
+        return must(*command, env=self.environment, cwd=self.work, **options)
+
+    def as_owner(self, *command):
+        """The server refuses to run as root."""
+        if os.geteuid() == 0:
+            command = ("setpriv", "--reuid", "postgres", "--regid", "postgres", "--init-groups", *command)
+        return run(*command, env=self.environment, cwd="/")
+
+    def start_server(self):
+        (self.work / "socket").mkdir()
+        if os.geteuid() == 0:
+            shutil.chown(self.work, "postgres")
+            shutil.chown(self.work / "socket", "postgres")
+        data = self.work / "data"
+        made = self.as_owner("initdb", "-D", data, "-U", "postgres", "-A", "trust", "-E", "UTF8", "--no-locale", "--no-sync")
+        options = f"-c listen_addresses='' -c unix_socket_directories='{self.work}/socket' -c fsync=off"
+        # Its output stays open in the server, and so goes into a file.
+        with open(self.work / "start.log", "w", encoding="utf-8") as log:
+            command = ("setpriv", "--reuid", "postgres", "--regid", "postgres", "--init-groups") if os.geteuid() == 0 else ()
+            started = run(*command, "pg_ctl", "-D", data, "-l", data / "server.log", "-w", "-t", "60", "-o", options,
+                          "start", env=self.environment, cwd="/", stdout=log)
+        if made.returncode != 0 or started.returncode != 0:
+            raise RuntimeError(made.stdout + (self.work / "start.log").read_text("utf-8"))
+
+    def stop_server(self):
+        self.as_owner("pg_ctl", "-D", self.work / "data", "-m", "immediate", "-w", "stop")
+
+    def take_commands(self):
+        """The blocks of the document that carry a file's name."""
+        text = (ROOT / "docs/archive.md").read_text("utf-8")
+        for name, block in re.findall(r"^<!-- file: ([a-z.]+) -->\n+```[a-z]*\n(.*?)^```", text, re.M | re.S):
+            (self.work / name).write_text(block, "utf-8")
+
+    def make_events(self):
+        for link in ("serial", "ethernet"):
+            ini = (ROOT / f"examples/substation/{link}.ini").read_text("utf-8")
+            ini = re.sub(r"(?m)^EventRootDir=.*", f"EventRootDir={self.events}", ini)
+            ini = re.sub(r"(?m)^ErrorLogPathname=.*", f"ErrorLogPathname={self.work}/log", ini)
+            (self.work / f"{link}.ini").write_text(ini, "utf-8")
+            self.must("ruvo", self.work / f"{link}.ini")
+
+    def load(self):
+        self.must("bash", "-e", "load.sh")
+
+    def ask(self, query):
+        return self.must("psql", "-v", "ON_ERROR_STOP=1", "-qAtX", "-c", query).rstrip("\n")
+
+    def number(self, condition="true"):
+        return int(self.ask(f"SELECT count(*) FROM ruvo_records WHERE {condition}"))
+
+    def json_lines(self, *options):
+        return self.must("ruvoctl", "events", "--format", "json", *options, self.events).splitlines()
+
+
+def hostile_record(text):
+    """A sound simple record with that event text."""
+    return (b"\0" + bytes([len(text) + 27]) + b"\0\0\0\0\0\0\x3c\x07\0\0\x1e\x06\x10\x0b\x1a\0\0\x01\x06" +
+            b"\0\0\0\x02\x01" + bytes([len(text)]) + text + b"\xff\0\0")
+
+
+def test_loading(site):
+    lines = site.json_lines()
+    check("the substation gave events", len(lines) > 100, len(lines))
+    site.load()
+    equal("every record is loaded", site.number(), len(lines))
+    site.load()
+    equal("loading again adds nothing", site.number(), len(lines))
+    equal("columns are what ruvoctl shows", site.number("event = 'Relay outputs'"),
+          sum('"event_text":"Relay outputs"' in line for line in lines))
+    equal("the bytes are those of the day files", site.number("get_byte(bytes, 0) = 0 AND length(bytes) > 30"), len(lines))
+    equal("cells are JSON that can be asked", site.number("""cells @> '[{"template": "Event Value "}]'"""),
+          sum('"template":"Event Value "' in line for line in lines))
+    found = site.must("psql", "-qAtX", "-v", "ON_ERROR_STOP=1", "-f", site.work / "find.sql").splitlines()
+    equal("the question of the document", len(found),
+          sum(bool(re.search(r'"(event|text)":"[^"]*\b[Tt]rip\b', line)) for line in site.json_lines("--match", "trip")))
+
+
+def test_hostile_texts(site):
+    before = site.number()
+    with open(sorted(site.events.glob("*/CB05*.evt"))[0], "ab") as file:
+        for text in (rb"""a\0b\\"\n'); DROP TABLE ruvo_records; --""", b"n\0ul\x01\x02\x1b[2J\xe9\t,\x5c.", b"twin", b"twin"):
+            file.write(hostile_record(text))
+    equal("the hostile records are sound", sum('"kind"' in line for line in site.json_lines()), before + 4)
+    site.load()
+    equal("appended records are added, twins both", site.number(), before + 4)
+    equal("a hostile text is a text", site.number("event LIKE '%DROP TABLE%'"), 1)
+    equal("the twins", site.number("event = 'twin'"), 2)
+
+
+def test_both_archives(site):
+    site.must("ruvoctl", "archive", site.events, "--sqlite", "site.sqlite")
+    equal("both archives hold the same",
+          site.ask(f'SELECT {COLUMNS} FROM ruvo_records ORDER BY day_file COLLATE "C", byte_offset'),
+          site.must("sqlite3", "-separator", "|", "site.sqlite",
+                    f"SELECT {COLUMNS} FROM events ORDER BY day_file, byte_offset").rstrip("\n"))
+
+
+def test():
+    with tempfile.TemporaryDirectory(prefix="ruvo-database-", dir="/tmp") as work:  # a short path: a socket's is limited
+        site = Site(pathlib.Path(work))
+        try:
+            site.start_server()
+            site.take_commands()
+            site.make_events()
+            test_loading(site)
+            test_hostile_texts(site)
+            test_both_archives(site)
+        finally:
+            site.stop_server()
+
+
+if __name__ == "__main__":
+    sys.exit(count_checks(test))
