@@ -1,6 +1,7 @@
 // Day files read back: whatever bytes are cut off or changed, the damage is told once and every other record
 // comes out as it was.
 #include "dayfile/record_image.h"
+#include "support/case_table.h"
 #include "support/scratch_folder.h"
 
 #include <gtest/gtest.h>
@@ -55,61 +56,37 @@ TEST(DayFileReader, RecordTornAtEveryByteBeforeSoundOnes) {
 }
 
 TEST(DayFileReader, DamageIsToldOnceAndReadingGoesOnAtASoundRecordWithAWitness) {
-    using enum EDayFileFault;
     const std::string& H = kHeader;
-    const std::string N = H.substr(0, H.size() - 1); // without its end byte
-    const std::string& S = kSimple.bytes;
     const std::string F = MakeImage(kFirst).bytes;
     const std::string& E = kExtended.bytes;
-    const std::string C = E.substr(F.size());
-    const std::string other = MakeImage("[01 03000000 ]").bytes;
-    const std::string behind = MakeImage(kFirst.substr(0, kFirst.size() - 1) + "00 ]").bytes;
-    const std::string lenient =
-        MakeImage("[00 0000000000 3C07D2040304100B1A 41 'ab 02 0005 ' ' ' 2003 ' FF00 ' ]").bytes;
-    const std::string unknown = MakeImage(kEvent + "'Trip 7E020500 ' ]").bytes;
-    const std::string odd = MakeImage(kEvent + "'Trip 2803010203 ' ]").bytes;
-    const std::string oddCell = MakeImage("[01 02000000 'Phase 5003010203 00 ]").bytes;
-    const std::string J(100, '\x55');
-    struct SCase {
-        const char* name;
-        std::vector<std::string> pieces;
-        std::string
-            want; ///< "R1": a record at piece 1; "D2-4": damage from the start of piece 2 to that of 4
-        EDayFileFault fault = Last;
-    };
-    const SCase kCases[] = {
-        {"an empty file is none yet", {}, ""},
-        {"a header alone", {H}, ""},
-        {"no end byte", {N, S, E}, "D0-1 R1 R2 ", NoHeaderEnd},
-        {"no end byte and no record", {N}, "D0-1 ", NoHeaderEnd},
-        {"no header", {S}, "D0-0 R0 ", NoHeaderEnd},
-        {"a header of something else", {"TYPE: Settings\r\n\x1A", S}, "D0-1 R1 ", BadHeader},
-        {"a header line without its line feed", {"TYPE: EventList\r\nFree\r\x1A", S}, "D0-1 R1 ", BadHeader},
-        {"junk between records", {H, S, J, E, S}, "R1 D2-3 R3 R4 ", NoBlock},
-        {"junk at the end", {H, S, J}, "R1 D2-3 ", NoBlock},
-        {"zeros", {H, std::string(5000, '\0'), S}, "D1-2 R2 ", ItemPastEnd},
-        {"a simple record alone between junk may be chance", {H, J, S, J}, "D1-4 ", NoBlock},
-        {"an extended one vouches for itself", {H, J, E, J}, "D1-2 R2 D3-4 ", NoBlock},
-        {"a block whose cells are torn is a witness", {H, J, S, F, C.substr(1)}, "D1-2 R2 D3-5 ", NoBlock},
-        {"cells without their record", {H, C, S}, "D1-2 R2 ", CellsAlone},
-        {"a record without its cells", {H, F, S}, "D1-2 R2 ", CellsMissing},
-        {"a record without its cells at the end", {H, F}, "D1-2 ", CellsMissing},
-        {"cells of another record", {H, F, other, E}, "D1-3 R3 ", CellsOfAnother},
-        {"bytes behind the closing text", {H, behind, C, S}, "D1-3 R3 ", BytesLeftOver},
-        {"a value of unknown type is left out", {H, unknown, S}, "R1 D- R2 ", UnknownValue},
-        {"a value whose bytes its type does not keep", {H, odd, S}, "R1 D- R2 ", UnknownValue},
-        {"such a value in a cell", {H, F, oddCell, E}, "D1-3 R3 ", BadCell},
-        {"such a record without a witness", {H, unknown, J}, "D1-3 ", UnknownValue},
-        {"reserved items and a long event code", {H, lenient}, "R1 "},
-    };
+    const std::map<std::string, std::string> kPieces{
+        {"header", H},
+        {"open", H.substr(0, H.size() - 1)}, // without its end byte
+        {"settings", "TYPE: Settings\r\n\x1A"},
+        {"cut", "TYPE: EventList\r\nFree\r\x1A"},
+        {"simple", kSimple.bytes},
+        {"extended", E},
+        {"first", F},
+        {"cells", E.substr(F.size())},
+        {"torn", E.substr(F.size() + 1)},
+        {"other", MakeImage("[01 03000000 ]").bytes},
+        {"behind", MakeImage(kFirst.substr(0, kFirst.size() - 1) + "00 ]").bytes},
+        {"lenient",
+         MakeImage("[00 0000000000 3C07D2040304100B1A 41 'ab 02 0005 ' ' ' 2003 ' FF00 ' ]").bytes},
+        {"unknown", MakeImage(kEvent + "'Trip 7E020500 ' ]").bytes},
+        {"odd", MakeImage(kEvent + "'Trip 2803010203 ' ]").bytes},
+        {"oddcell", MakeImage("[01 02000000 'Phase 5003010203 00 ]").bytes},
+        {"junk", std::string(100, '\x55')},
+        {"zeros", std::string(5000, '\0')}};
     const CScratchFolder folder;
-    for (const SCase& row : kCases) {
+    ForEachCase<3>("dayfile/damage.txt", [&](auto& words, auto& want, auto& fault) {
         std::map<std::uint64_t, std::string> number; // of the piece that begins there
         std::string bytes;
-        for (std::size_t i = 0; i <= row.pieces.size(); ++i) {
-            number.try_emplace(bytes.size(), std::to_string(i));
-            bytes += i < row.pieces.size() ? row.pieces[i] : "";
-        }
+        std::istringstream pieces(words);
+        int count = 0;
+        for (std::string word; pieces >> word; bytes += kPieces.at(word))
+            number.try_emplace(bytes.size(), std::to_string(count++));
+        number.try_emplace(bytes.size(), std::to_string(count));
         const SRead read = ReadBack(folder, bytes);
         std::map<std::uint64_t, std::string> got;
         for (const auto& [offset, image] : read.images)
@@ -119,15 +96,16 @@ TEST(DayFileReader, DamageIsToldOnceAndReadingGoesOnAtASoundRecordWithAWitness) 
         std::string text;
         for (const auto& [offset, item] : got)
             text += item;
-        EXPECT_EQ(text, row.want) << row.name;
-        EXPECT_EQ(read.damage.empty() ? Last : read.damage[0].fault, row.fault) << row.name;
-        if (row.want == "R1 D- R2 ") {
-            const bool isOdd = row.pieces[1] == odd;
-            EXPECT_EQ(read.damage[0].offset, H.size() + row.pieces[1].size() - (isOdd ? 6 : 5));
+        EXPECT_EQ(text, want.empty() ? "" : want + " ");
+        EXPECT_EQ(read.damage.empty() ? "" : DayFileFaultText(read.damage[0].fault), fault);
+        if (want == "R1 D- R2") {
+            const bool isOdd = words.find("odd") != std::string::npos;
+            const std::size_t size = kPieces.at(isOdd ? "odd" : "unknown").size();
+            EXPECT_EQ(read.damage[0].offset, H.size() + size - (isOdd ? 6 : 5));
             EXPECT_EQ(read.damage[0].length, isOdd ? 5U : 4U);
-            EXPECT_EQ(read.images.at(H.size()).size(), isOdd ? odd.size() - 3 : unknown.size() - 2);
+            EXPECT_EQ(read.images.at(H.size()).size(), size - (isOdd ? 3 : 2));
         }
-    }
+    });
 }
 
 // Each 17 bytes look like the start of a record as long as can be, whose values take long to be found

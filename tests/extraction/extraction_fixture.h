@@ -1,14 +1,11 @@
 // A relay with events for a visit, and its day file written out by hand.
 #pragma once
 
+#include "support/linked_test.h"
 #include "support/scratch_folder.h"
-#include "support/scripted_server.h"
 
 #include "extraction/password_state.h"
 #include "extraction/relay_visit.h"
-#include "link/client.h"
-
-#include <gtest/gtest.h>
 
 namespace ruvo::test {
 
@@ -43,17 +40,15 @@ inline SScriptedEvent Event(std::uint8_t kind, std::initializer_list<std::string
     return {kind, Variant::FromList(list)};
 }
 
-class Extraction : public testing::Test {
+class Extraction : public LinkedTest {
 protected:
     Extraction() {
         PasswordState() = SPasswordState{};
-        EXPECT_EQ(CP32Wrap::CreateInstance(), kLinkGood);
         server.values = {{0x0004, TextHex("Desc")},
                          {0x0005, TextHex("Plant  ")},
                          {0x0006, TextHex("AB12-X")},
                          {0x0008, TextHex("00001234 ")}};
     }
-    ~Extraction() override { CP32Wrap::DestroyInstance(); }
 
     SExtractionReport Extract(std::int32_t maxEvents = kNoEventLimit) {
         SExtractionReport report;
@@ -69,7 +64,6 @@ protected:
     }
     std::string Day() const { return folder.Read(kFile); }
 
-    CScriptedServer server;
     CScratchFolder folder;
 };
 

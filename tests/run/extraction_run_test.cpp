@@ -1,27 +1,23 @@
 // The run over all relays: what is asked of the comms server, and what the error log says when it goes wrong.
-#include "support/fake_system.h"
+#include "support/case_table.h"
+#include "support/linked_test.h"
 #include "support/scratch_folder.h"
-#include "support/scripted_server.h"
 
 #include "extraction/password_state.h"
-#include "link/client.h"
 #include "log/connection_details.h"
 #include "log/error_log.h"
 #include "run/extraction_run.h"
 #include "run/link_control.h"
 #include "run/password_callbacks.h"
 
-#include <gtest/gtest.h>
-
 namespace ruvo::test {
 
-class Run : public testing::Test {
+class Run : public LinkedTest {
 protected:
     Run() {
         ResetErrorLog();
         ResetConnectionDetails();
         PasswordState() = SPasswordState{};
-        EXPECT_EQ(CP32Wrap::CreateInstance(), kLinkGood);
         fields.errorLogPath = folder.Path("run.log");
         fields.errorLogPathGiven = true;
         fields.commPort = "COM3";
@@ -29,10 +25,7 @@ protected:
         fields.tapiModemName = "Acme 56k";
         fields.tapiNumberToDial = "555";
     }
-    ~Run() override {
-        CP32Wrap::DestroyInstance();
-        g_onTime = nullptr;
-    }
+    ~Run() override { g_onTime = nullptr; }
 
     /// The log's lines without their time stamps, each ended by "|".
     std::string RunAll() {
@@ -59,7 +52,6 @@ protected:
         return all;
     }
 
-    CScriptedServer server;
     CScratchFolder folder;
     SRuvoConfigFields fields;
     CRunContext context;
@@ -211,41 +203,23 @@ TEST_F(Run, TheLoginProbe) {
     server.limits[0x0002] = {"1C0420202020"};
     server.values[0x00DF] = "240100";
     const std::string refused = "Invalid password. Connection details - COM Port: COM3, device address: 5.|";
-    struct SRow {
-        const char* name;
-        std::map<std::string, std::int64_t> statuses;
-        bool asks; ///< the probe's write is answered with a password request first
-        std::string log, lastProbeCall;
-    };
-    const SRow rows[] = {
-        {"no answer", {{"GetValue 00.DF", 8}}, false, failed, "GetValue 00.DF"},
-        {"no password asked", {}, false, "", "GetDeviceStatus"},
-        {"reset answers 1", {{"ResetCell", 1}}, false, "", "GetDeviceStatus"},
-        {"reset refused", {{"ResetCell", 0x0411}}, false, failed, "ResetCell 00.02"},
-        {"write refused otherwise", {{"ChangeSetting BF.15", 0x0511}}, false, "", "GetDeviceStatus"},
-        {"password accepted", {}, true, "", "GetDeviceStatus"},
-        {"password refused",
-         {{"ChangeSetting 00.02", 0x0411}},
-         true,
-         refused + failed,
-         "GetSettingLimits 00.02"},
-    };
-    for (const SRow& row : rows) {
-        server.statuses = row.statuses;
-        bool asks = row.asks;
+    ForEachCase<6>("run/login_probe.txt", [&](auto& call, auto& status, auto& asksFirst, auto& isRefused,
+                                              auto& hasFailed, auto& last) {
+        server.statuses = {{call, std::stoll(status, nullptr, 0)}};
+        bool asks = asksFirst == "1";
         std::vector<std::uint8_t> sent;
-        server.onCall = [&](SCall& call) -> std::optional<std::int64_t> {
-            if (call.name == "ChangeSetting" && call.Cell() == 0x0002)
-                sent = *call.inputs[2].AsBytes();
-            return call.name == "ChangeSetting" && call.Cell() == 0xBF15 && std::exchange(asks, false)
+        server.onCall = [&](SCall& made) -> std::optional<std::int64_t> {
+            if (made.name == "ChangeSetting" && made.Cell() == 0x0002)
+                sent = *made.inputs[2].AsBytes();
+            return made.name == "ChangeSetting" && made.Cell() == 0xBF15 && std::exchange(asks, false)
                        ? std::optional<std::int64_t>(0x0611)
                        : std::nullopt;
         };
-        EXPECT_EQ(RunAll(), row.log) << row.name;
+        EXPECT_EQ(RunAll(), (isRefused.empty() ? "" : refused) + (hasFailed.empty() ? "" : failed));
         server.calls.pop_back(); // ClosePort
-        EXPECT_EQ(server.calls.back(), row.lastProbeCall) << row.name;
-        EXPECT_EQ(sent, row.asks ? Hex("1C0441414141") : Hex("")) << row.name;
-    }
+        EXPECT_EQ(server.calls.back(), last);
+        EXPECT_EQ(sent, asksFirst == "1" ? Hex("1C0441414141") : Hex(""));
+    });
 }
 
 TEST_F(Run, ANameThatNoFileCanHaveIsLogged) {
@@ -263,42 +237,23 @@ TEST_F(Run, PasswordCallbackReasons) {
     const std::string details = " Connection details - COM Port: , device address: -1.\r\n";
     ConnectionDetails().serialLink = true;
     ConnectionDetails().comPort.clear();
-    struct SRow {
-        int code;
-        int result;
-        const char* message;
-        bool blocked;
-        bool level;
-    };
-    const SRow rows[] = {
-        {1, 0, "", false, false},
-        {2, 1, "Insufficient password level.", false, true},
-        {3, 1, "Invalid password.", false, false},
-        {4, 1, "Password to a Cyber Security device is invalid.", false, false},
-        {5, 1, "Password is blocked temporarily.", true, false},
-        {6, 1, "Unknown error occured (GETPASSWORD_PASS_UNKNOWN_ERR passed to password callback).", false,
-         false},
-        {7, 1, "Unrecognized error code passed to password callback. Error code: 7.", false, false},
-        {8, 1, "Unrecognized error code passed to password callback. Error code: 8.", false, false},
-        {9, 1, "Password is blocked permanently.", true, false},
-        {-3, 1, "Unrecognized error code passed to password callback. Error code: -3.", false, false},
-    };
     const SPasswordRequest request{};
     char text[] = "        ";
     char* buffer = text;
     std::uint32_t noNotify = 9;
-    for (const SRow& row : rows) {
+    ForEachCase<5>("run/password_callback.txt", [&](auto& codeText, auto& result, auto& message,
+                                                    auto& blocked, auto& level) {
+        const int code = std::stoi(codeText);
         std::filesystem::remove(folder.Native("run.log"));
         PasswordState() = SPasswordState{};
         PasswordState().accepted = true;
-        EXPECT_EQ(PasswordCallback(request, &buffer, 8, &noNotify, row.code, -1), row.result) << row.code;
+        EXPECT_EQ(PasswordCallback(request, &buffer, 8, &noNotify, code, -1), std::stoi(result));
         EXPECT_TRUE(PasswordState().callbackCalled);
-        EXPECT_EQ(PasswordState().accepted, row.code == 1) << row.code;
-        EXPECT_EQ(PasswordState().blocked, row.blocked) << row.code;
-        EXPECT_EQ(PasswordState().insufficientLevel, row.level) << row.code;
-        EXPECT_EQ(folder.Read("run.log"),
-                  row.code == 1 ? "" : "2021/03/02 14:03:07 " + (row.message + details));
-    }
+        EXPECT_EQ(PasswordState().accepted, code == 1);
+        EXPECT_EQ(PasswordState().blocked, blocked == "1");
+        EXPECT_EQ(PasswordState().insufficientLevel, level == "1");
+        EXPECT_EQ(folder.Read("run.log"), code == 1 ? "" : "2021/03/02 14:03:07 " + (message + details));
+    });
     PasswordState().currentPassword = "PASS";
     EXPECT_EQ(PasswordCallback(request, &buffer, 6, &noNotify, 0, -1), 0);
     EXPECT_EQ(std::string(text), "PASS    ");
