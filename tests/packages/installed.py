@@ -196,10 +196,11 @@ def sums():
 
 def upgrade(work):
     before = sums()
-    must("cmake", "-E", "chdir", "build/release", "cpack", "-G", "DEB", "-D", "CPACK_PACKAGE_VERSION=1.0.1", "-B",
+    newer = said("dpkg-query", "-W", "-f", "${Version}", "ruvo").split("-")[0] + ".1"
+    must("cmake", "-E", "chdir", "build/release", "cpack", "-G", "DEB", "-D", f"CPACK_PACKAGE_VERSION={newer}", "-B",
          work / "newer")
-    succeeds("upgrade", "dpkg", "-i", *glob.glob(f"{work}/newer/ruvo_1.0.1-1_*.deb"))
-    equal("upgrade: version", said("dpkg-query", "-W", "-f", "${Version}", "ruvo"), "1.0.1-1")
+    succeeds("upgrade", "dpkg", "-i", *glob.glob(f"{work}/newer/ruvo_{newer}-1_*.deb"))
+    equal("upgrade: version", said("dpkg-query", "-W", "-f", "${Version}", "ruvo"), f"{newer}-1")
     equal("upgrade: sites, registry and events stay", sums(), before)
     equal("upgrade: no copies of files", glob.glob("/etc/ruvo/*.dpkg-*"), [])
     succeeds("upgrade: a visit", *visit("yard"))
