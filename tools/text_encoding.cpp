@@ -1,6 +1,7 @@
 #include "tools/text_encoding.h"
 
 #include "base/code_page.h"
+#include "base/text.h"
 
 #include <algorithm>
 #include <array>
@@ -9,17 +10,12 @@ namespace ruvo {
 
 namespace {
 
-constexpr unsigned char kDelete = 0x7F;
 /// First byte of U+0080 to U+00BF in UTF-8; the ones up to U+009F are control characters.
 constexpr unsigned char kLatin1Lead = 0xC2;
 constexpr unsigned char kLastC1Trail = 0x9F;
 
 unsigned char ByteAt(std::string_view text, std::size_t at) {
     return static_cast<unsigned char>(text[at]);
-}
-
-bool IsAsciiControl(unsigned char byte) {
-    return byte < 0x20 || byte == kDelete;
 }
 
 /// The control character that begins there; `size` is how many bytes it takes. False for any other one.
@@ -31,12 +27,11 @@ bool IsControlAt(std::string_view utf8, std::size_t at, unsigned& code, std::siz
         size = 2;
         return true;
     }
-    return IsAsciiControl(static_cast<unsigned char>(code));
+    return IsControlCharacter(utf8[at]);
 }
 
 bool IsPlainInJson(char c) {
-    const auto byte = static_cast<unsigned char>(c);
-    return byte >= 0x20 && byte < kDelete && c != '"' && c != '\\';
+    return !IsControlCharacter(c) && static_cast<unsigned char>(c) < 0x80 && c != '"' && c != '\\';
 }
 
 void AppendJsonEscape(std::string& out, unsigned code) {
@@ -91,17 +86,7 @@ bool IsUtf8(std::string_view text) {
     return true;
 }
 
-char Lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-}
-
 } // namespace
-
-void AppendHexByte(std::string& out, unsigned byte) {
-    static constexpr std::string_view kDigits = "0123456789ABCDEF";
-    out += kDigits[byte >> 4U & 0xFU];
-    out += kDigits[byte & 0xFU];
-}
 
 std::string CountText(std::uint64_t number, std::string_view what) {
     return std::to_string(number) + ' ' + std::string(what) + (number == 1 ? "" : "s");
@@ -166,8 +151,7 @@ std::string ReadableRelayText(std::string_view cp1252, ELineFeeds lineFeeds) {
 }
 
 std::string ReadableRelayLine(std::string_view cp1252) {
-    const std::size_t start = std::min(cp1252.find_first_not_of(' '), cp1252.size());
-    return ReadableRelayText(cp1252.substr(start, cp1252.find_last_not_of(' ') + 1 - start));
+    return ReadableRelayText(Trim(cp1252, kBlank));
 }
 
 std::size_t ColumnsOf(std::string_view utf8) {
@@ -176,7 +160,7 @@ std::size_t ColumnsOf(std::string_view utf8) {
 }
 
 bool ContainsText(std::string_view text, std::string_view part) {
-    const auto equal = [](char a, char b) { return Lower(a) == Lower(b); };
+    const auto equal = [](char a, char b) { return ToLower(a) == ToLower(b); };
     return std::search(text.begin(), text.end(), part.begin(), part.end(), equal) != text.end() ||
            part.empty();
 }

@@ -35,7 +35,4 @@ bool ContainsText(std::string_view text, std::string_view part);
 /// "1 record", "2 records".
 std::string CountText(std::uint64_t number, std::string_view what);
 
-/// Two upper-case hexadecimal digits.
-void AppendHexByte(std::string& out, unsigned byte);
-
 } // namespace ruvo

@@ -1,6 +1,7 @@
 #include "sim/file/relay_text.h"
 
 #include "base/code_page.h"
+#include "base/text.h"
 #include "model/values/character_set.h"
 
 #include <map>
@@ -60,8 +61,7 @@ std::optional<std::vector<std::uint8_t>> EncodeRelayText(std::string_view utf8) 
 }
 
 std::string WithoutTrailingBlanks(std::string text) {
-    text.erase(text.find_last_not_of(" \t\n\v\f\r") + 1);
-    return text;
+    return std::string(TrimEnd(text, kWhiteSpace));
 }
 
 } // namespace ruvo::sim

@@ -1,5 +1,6 @@
 #include "sim/file/table_reader.h"
 
+#include "base/text.h"
 #include "sim/file/substation_error.h"
 
 #include <algorithm>
@@ -7,19 +8,11 @@
 namespace ruvo::sim {
 namespace {
 
-int DigitOf(char character) {
-    if (character >= '0' && character <= '9') {
-        return character - '0';
-    }
-    const char folded = static_cast<char>(character | 0x20);
-    return folded >= 'a' && folded <= 'f' ? folded - 'a' + 10 : -1;
-}
-
 std::optional<std::uint8_t> HexByte(std::string_view text) {
-    if (text.size() != 2 || DigitOf(text[0]) < 0 || DigitOf(text[1]) < 0) {
+    if (text.size() != 2 || HexDigitValue(text[0]) < 0 || HexDigitValue(text[1]) < 0) {
         return std::nullopt;
     }
-    return static_cast<std::uint8_t>(DigitOf(text[0]) * 16 + DigitOf(text[1]));
+    return static_cast<std::uint8_t>(HexDigitValue(text[0]) * 16 + HexDigitValue(text[1]));
 }
 
 std::string Quoted(std::string_view text) {

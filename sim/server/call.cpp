@@ -1,5 +1,6 @@
 #include "sim/server/call.h"
 
+#include "base/text.h"
 #include "model/values/type_codes.h"
 #include "sim/file/relay_addresses.h"
 
@@ -21,11 +22,9 @@ bool IsSecret(const SCall& call, const Variant::Bytes& bytes) {
 }
 
 std::string HexOf(const Variant::Bytes& bytes) {
-    constexpr std::string_view kDigits = "0123456789ABCDEF";
     std::string text;
     for (const std::uint8_t byte : bytes) {
-        text.push_back(kDigits[byte / 16]);
-        text.push_back(kDigits[byte % 16]);
+        AppendHexByte(text, byte);
     }
     return text;
 }

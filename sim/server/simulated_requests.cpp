@@ -1,4 +1,5 @@
 // The server's operations on relays.
+#include "base/text.h"
 #include "model/values/type_codes.h"
 #include "sim/file/relay_addresses.h"
 #include "sim/server/simulated_server.h"
@@ -9,7 +10,7 @@ namespace {
 // Blanks at the end of a relay's text are padding.
 std::string TrimmedText(const Variant::Bytes& bytes) {
     std::string text(bytes.begin(), bytes.end());
-    text.erase(text.find_last_not_of(' ') + 1);
+    EraseTrailingBlanks(text);
     return text;
 }
 

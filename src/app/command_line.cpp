@@ -1,5 +1,7 @@
 #include "app/command_line.h"
 
+#include "base/text.h"
+
 #include <algorithm>
 #include <string_view>
 
@@ -7,24 +9,14 @@ namespace ruvo {
 
 namespace {
 
-std::string_view TrimWhiteSpace(std::string_view text) {
-    constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
-    const std::size_t first = text.find_first_not_of(kWhiteSpace);
-    if (first == std::string_view::npos) {
-        return {};
-    }
-    return text.substr(first, text.find_last_not_of(kWhiteSpace) - first + 1);
-}
-
 /// The three characters after the last "." are "ini" in any letter case; what follows them does not matter.
 bool NamesIniFile(std::string_view argument) {
     const std::size_t dot = argument.rfind('.');
     if (dot == std::string_view::npos) {
         return false;
     }
-    return std::ranges::equal(
-        argument.substr(dot + 1, 3), std::string_view("ini"),
-        [](char typed, char wanted) { return typed == wanted || typed == wanted - 'a' + 'A'; });
+    return std::ranges::equal(argument.substr(dot + 1, 3), std::string_view("ini"), {},
+                              [](char typed) { return ToLower(typed); });
 }
 
 bool SelectsCheckOnly(std::string_view argument) {
@@ -36,7 +28,7 @@ bool SelectsCheckOnly(std::string_view argument) {
 SCommandLine ParseCommandLine(std::span<const std::string> arguments) {
     SCommandLine commandLine;
     for (const std::string& typed : arguments) {
-        const std::string_view argument = TrimWhiteSpace(typed);
+        const std::string_view argument = Trim(typed, kWhiteSpace);
         if (NamesIniFile(argument)) {
             commandLine.iniPath = argument;
         } else if (SelectsCheckOnly(argument)) {

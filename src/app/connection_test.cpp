@@ -4,6 +4,7 @@
 #include "app/load_and_check.h"
 #include "app/worker_thread.h"
 #include "base/secret.h"
+#include "base/text.h"
 #include "config/ethernet_entry.h"
 #include "extraction/password_state.h"
 #include "link/client.h"
@@ -13,7 +14,6 @@
 #include "run/login_probe.h"
 #include "run/password_callbacks.h"
 
-#include <algorithm>
 #include <optional>
 #include <string>
 
@@ -27,11 +27,8 @@ using enum EConnectionTestResult;
 class CConnectionTest {
 public:
     CConnectionTest(const char* iniPath, const char* deviceKey)
-        : m_iniPath(iniPath == nullptr ? "" : iniPath), m_key(deviceKey == nullptr ? "" : deviceKey) {
-        std::ranges::transform(m_key, m_key.begin(), [](char letter) {
-            return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
-        });
-    }
+        : m_iniPath(iniPath == nullptr ? "" : iniPath),
+          m_key(ToUpperText(deviceKey == nullptr ? "" : deviceKey)) {}
     CConnectionTest(const CConnectionTest&) = delete;
     CConnectionTest& operator=(const CConnectionTest&) = delete;
     ~CConnectionTest() { WipePasswords(); }

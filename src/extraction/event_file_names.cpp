@@ -1,5 +1,6 @@
 #include "extraction/event_file_names.h"
 
+#include "base/text.h"
 #include "link/client.h"
 #include "model/values/parlane_text.h"
 #include "paths/path_utilities.h"
@@ -13,14 +14,6 @@ namespace ruvo {
 namespace {
 
 constexpr std::size_t kModelCharacters = 4;
-
-std::string TrimBlanks(const std::string& text) {
-    const std::size_t first = text.find_first_not_of(' ');
-    if (first == std::string::npos) {
-        return {};
-    }
-    return text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
 
 std::string UtcDate() {
     const SCalendarTime now = UtcTime();
@@ -60,18 +53,18 @@ std::string ReadSystemText(std::uint8_t row) {
 
 std::string MakeDeviceFolderName(bool* isWhole) {
     const SIdentity identity = ReadIdentity(isWhole);
-    return TrimBlanks(identity.model + "-" + identity.serialNumber);
+    return std::string(Trim(identity.model + "-" + identity.serialNumber, kBlank));
 }
 
 std::string MakeEventFileName(bool* isWhole) {
     const SIdentity identity = ReadIdentity(isWhole);
-    return identity.model + "-" + TrimBlanks(identity.serialNumber) + "-" + UtcDate() + "-DEV.evt";
+    return identity.model + "-" + std::string(Trim(identity.serialNumber, kBlank)) + "-" + UtcDate() +
+           "-DEV.evt";
 }
 
 bool IsSafeFileName(const std::string& name) {
-    constexpr unsigned char kDelete = 0x7F;
-    return !HasForbiddenCharacter(name) && std::ranges::none_of(name, [](unsigned char character) {
-        return character < ' ' || character == kDelete || character == '\\' || character == ':';
+    return !HasForbiddenCharacter(name) && std::ranges::none_of(name, [](char character) {
+        return IsControlCharacter(character) || character == '\\' || character == ':';
     });
 }
 

@@ -1,5 +1,6 @@
 #include "log/error_log.h"
 
+#include "base/text.h"
 #include "config/configuration.h"
 #include "config/run_context.h"
 #include "log/connection_details.h"
@@ -72,9 +73,6 @@ std::string TimeStamp() {
 bool IsLineBreak(char character) {
     return character == '\r' || character == '\n';
 }
-bool IsControl(char character) {
-    return static_cast<unsigned char>(character) < ' ';
-}
 
 // Texts from outside (paths, modem names) must not be able to forge a second line.
 std::string OneLine(std::string_view text) {
@@ -84,7 +82,7 @@ std::string OneLine(std::string_view text) {
     for (const char character : text) {
         const bool lineBreak = IsLineBreak(character);
         if (!lineBreak || !afterBreak) {
-            line += IsControl(character) ? ' ' : character;
+            line += IsControlCharacter(character) ? ' ' : character;
         }
         afterBreak = lineBreak;
     }

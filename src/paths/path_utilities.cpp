@@ -1,5 +1,6 @@
 #include "paths/path_utilities.h"
 
+#include "base/text.h"
 #include "platform/files.h"
 #include "platform/full_path.h"
 #include "platform/modules.h"
@@ -16,8 +17,7 @@ constexpr const char* kSeparators = "\\/";
 constexpr int kAttempts = 4; // the first, and three when others remove what was just found
 
 bool StartsWithDriveRoot(const std::string& path) {
-    const bool letter = (path[0] >= 'A' && path[0] <= 'Z') || (path[0] >= 'a' && path[0] <= 'z');
-    return letter && path[1] == ':' && path[2] == '\\';
+    return IsLetter(path[0]) && path[1] == ':' && path[2] == '\\';
 }
 
 // Where the folders that can be made begin: behind server and share of a network path, which can only be

@@ -1,5 +1,7 @@
 #include "platform/full_path_text.h"
 
+#include "base/text.h"
+
 #include <algorithm>
 #include <cctype>
 #include <vector>
@@ -96,7 +98,7 @@ SForming TakeStart(std::string_view& path, std::string_view currentFolder) {
 // of dots alone is kept: with one dot less it would climb.
 std::string_view TrimName(std::string_view name, bool separated) {
     if (!separated) {
-        return name.substr(0, name.find_last_not_of(kBlanksAndDots) + 1);
+        return TrimEnd(name, kBlanksAndDots);
     }
     const bool dotsAlone = name.find_first_not_of('.') == std::string_view::npos;
     return name.ends_with('.') && !dotsAlone ? name.substr(0, name.size() - 1) : name;
@@ -121,7 +123,7 @@ void AddName(SForming& forming, std::string_view name, bool separated) {
 
 // What dots have made the last name is one that was given as a folder's, and is trimmed only now. A name of
 // the current folder stays as it is.
-void TrimEnd(SForming& forming) {
+void TrimLastName(SForming& forming) {
     if (forming.endsWithSeparator || forming.names.size() <= forming.folderNames) {
         return;
     }
@@ -156,7 +158,7 @@ std::string FormFullPath(std::string_view path, std::string_view currentFolder) 
         const std::string_view name = NextName(rest, separated);
         AddName(forming, name, separated);
     }
-    TrimEnd(forming);
+    TrimLastName(forming);
     return Join(forming);
 }
 

@@ -1,5 +1,7 @@
 #include "platform/ini_text.h"
 
+#include "base/text.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <tuple>
@@ -10,19 +12,9 @@ namespace ruvo {
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-// What is dropped around names and values. 0x1A is here too: old editors end a file with it.
-constexpr std::string_view kBlanks = " \t\v\f\x1A";
 
-char Fold(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-std::string_view Trim(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos) {
-        return {};
-    }
-    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+std::string_view WithoutBlanks(std::string_view text) {
+    return Trim(text, kIniBlanks);
 }
 
 // The profile functions hand out C strings, so a text ends at its first NUL.
@@ -52,13 +44,15 @@ std::optional<std::string_view> HeaderName(std::string_view line) {
     if (!line.starts_with('[') || end == std::string_view::npos) {
         return std::nullopt;
     }
-    return Trim(line.substr(1, end - 1));
+    return WithoutBlanks(line.substr(1, end - 1));
 }
 
 // FNV-1a over the folded names; every key of every section is asked for, so nothing is allocated.
 std::size_t HashName(std::string_view section, std::string_view key) {
     std::uint64_t hash = 0xCBF29CE484222325;
-    const auto add = [&hash](char c) { hash = (hash ^ static_cast<unsigned char>(Fold(c))) * 0x100000001B3; };
+    const auto add = [&hash](char c) {
+        hash = (hash ^ static_cast<unsigned char>(ToLower(c))) * 0x100000001B3;
+    };
     std::ranges::for_each(section, add);
     add('\n'); // no name holds a line end
     std::ranges::for_each(key, add);
@@ -68,7 +62,7 @@ std::size_t HashName(std::string_view section, std::string_view key) {
 } // namespace
 
 bool EqualIniNames(std::string_view left, std::string_view right) {
-    return std::ranges::equal(left, right, {}, Fold, Fold);
+    return std::ranges::equal(left, right, {}, ToLower, ToLower);
 }
 
 CIniText CIniText::Parse(std::string_view text) {
@@ -78,7 +72,7 @@ CIniText CIniText::Parse(std::string_view text) {
     CIniText parsed;
     parsed.m_sections.emplace_back(); // what stands before any header
     for (std::size_t number = 1; !text.empty(); ++number) {
-        parsed.ParseLine(Trim(NextLine(text)), number);
+        parsed.ParseLine(WithoutBlanks(NextLine(text)), number);
     }
     parsed.BuildIndex();
     return parsed;
@@ -93,9 +87,9 @@ void CIniText::ParseLine(std::string_view line, std::size_t number) {
         return;
     }
     const std::size_t equals = line.find('=');
-    SIniEntry entry{CutAtNul(Trim(line.substr(0, equals))), std::nullopt, number};
+    SIniEntry entry{CutAtNul(WithoutBlanks(line.substr(0, equals))), std::nullopt, number};
     if (equals != std::string_view::npos) {
-        entry.value = Unquote(CutAtNul(Trim(line.substr(equals + 1))));
+        entry.value = Unquote(CutAtNul(WithoutBlanks(line.substr(equals + 1))));
     }
     m_sections.back().entries.push_back(std::move(entry));
 }
@@ -132,7 +126,7 @@ bool CIniText::IsMatch(const SIndexRow& row, std::string_view section, std::stri
 }
 
 const SIniSection* CIniText::FindSection(std::string_view name) const {
-    name = Trim(name);
+    name = WithoutBlanks(name);
     for (const SIndexRow& row : RowsOf(m_sectionIndex, HashName(name, ""))) {
         if (EqualIniNames(m_sections[row.section].name, name)) {
             return &m_sections[row.section];
@@ -154,8 +148,8 @@ std::vector<std::string> CIniText::KeyNames(std::string_view section) const {
 }
 
 const SIniEntry* CIniText::FindEntry(std::string_view section, std::string_view key) const {
-    section = Trim(section);
-    key = Trim(key);
+    section = WithoutBlanks(section);
+    key = WithoutBlanks(key);
     for (const SIndexRow& row : RowsOf(m_entryIndex, HashName(section, key))) {
         if (IsMatch(row, section, key)) {
             // The first match of the whole file; reading sees it only when it stands in the first such
@@ -168,8 +162,8 @@ const SIniEntry* CIniText::FindEntry(std::string_view section, std::string_view 
 }
 
 std::vector<const SIniEntry*> CIniText::FindAll(std::string_view section, std::string_view key) const {
-    section = Trim(section);
-    key = Trim(key);
+    section = WithoutBlanks(section);
+    key = WithoutBlanks(key);
     std::vector<const SIniEntry*> found;
     for (const SIndexRow& row : RowsOf(m_entryIndex, HashName(section, key))) {
         if (IsMatch(row, section, key)) {

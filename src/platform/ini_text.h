@@ -11,6 +11,9 @@
 
 namespace ruvo {
 
+/// What is dropped around names and values. 0x1A is here too: old editors end a file with it.
+inline constexpr std::string_view kIniBlanks = " \t\v\f\x1A";
+
 /// Names of sections and keys compare with ASCII letters folded, other bytes as they are.
 bool EqualIniNames(std::string_view left, std::string_view right);
 

@@ -1,5 +1,6 @@
 #include "tools/events/event_fields.h"
 
+#include "base/text.h"
 #include "model/cells/binary_cell.h"
 #include "tools/text_encoding.h"
 

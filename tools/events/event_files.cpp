@@ -1,5 +1,6 @@
 #include "tools/events/event_files.h"
 
+#include "base/text.h"
 #include "tools/text_encoding.h"
 
 #include <algorithm>
@@ -14,10 +15,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view kDatePattern = "-0000-00-00";
-
-bool IsDigit(char c) {
-    return c >= '0' && c <= '9';
-}
 
 bool IsDate(std::string_view text) {
     return text.size() == kDatePattern.size() &&

@@ -1,4 +1,5 @@
 // Records for reading: aligned columns, with what else a record holds below it.
+#include "base/text.h"
 #include "tools/events/event_fields.h"
 #include "tools/events/event_printer.h"
 #include "tools/events/event_values.h"
@@ -119,7 +120,7 @@ private:
                 out += cell;
                 out.append(widths[column] - std::min(ColumnsOf(cell), widths[column]), ' ');
             }
-            out.erase(std::max(out.find_last_not_of(' ') + 1, start));
+            EraseTrailingBlanks(out, start);
             out += '\n';
         }
     }

@@ -13,7 +13,6 @@ namespace {
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kBigEndianMark = "\xFE\xFF";
 constexpr std::string_view kLineEnds = "\r\n";
-constexpr std::string_view kBlanks = " \t\v\f\x1A"; // as the reader trims
 constexpr std::string_view kUsualLineEnd = "\n";
 constexpr std::size_t kWideSize = 2;
 constexpr std::size_t kLastLine = static_cast<std::size_t>(-1);
@@ -188,16 +187,16 @@ void CIniDocument::ChangeLine(std::size_t number, std::string_view value) {
     const std::string_view said = std::string_view(m_text).substr(line.begin, line.end - line.begin);
     const std::size_t equals = said.find('=');
     if (equals == std::string_view::npos) {
-        const std::size_t end = line.begin + said.find_last_not_of(kBlanks) + 1;
+        const std::size_t end = line.begin + said.find_last_not_of(kIniBlanks) + 1;
         Splice(end, end, "=" + std::string(value));
         return;
     }
-    const std::size_t first = said.find_first_not_of(kBlanks, equals + 1);
+    const std::size_t first = said.find_first_not_of(kIniBlanks, equals + 1);
     if (first == std::string_view::npos) {
         Splice(line.begin + equals + 1, line.begin + equals + 1, value);
         return;
     }
-    Splice(line.begin + first, line.begin + said.find_last_not_of(kBlanks) + 1, value);
+    Splice(line.begin + first, line.begin + said.find_last_not_of(kIniBlanks) + 1, value);
 }
 
 } // namespace ruvo

@@ -1,4 +1,5 @@
 // ruvoctl list: the relays of an INI file.
+#include "base/text.h"
 #include "config/ethernet_entry.h"
 #include "platform/full_path.h"
 #include "platform/text_file.h"
@@ -45,7 +46,7 @@ void AppendRow(std::string& out, const Row& row, const std::array<std::size_t, k
         line += row[column];
         line.append(widths[column] + 2 - std::min(ColumnsOf(row[column]), widths[column]), ' ');
     }
-    out += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
+    out += std::string(TrimEnd(line, kBlank)) + "\n";
 }
 
 void PrintText(const std::vector<SRelay>& relays, std::optional<ELink> selected, CTextOutput& out) {

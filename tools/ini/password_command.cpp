@@ -1,5 +1,6 @@
 // ruvoctl password: relay passwords into the INI file, and to and from their scrambled form.
 #include "base/secret.h"
+#include "base/text.h"
 #include "config/configuration.h"
 #include "config/scramble.h"
 #include "tools/command.h"
@@ -55,11 +56,6 @@ constexpr Mistake kNotScrambled = "no scrambled text: want the 22 characters tha
 constexpr Mistake kUnreadable =
     "the text gives no readable password: a digit is wrong, or another key table made it";
 
-bool IsControl(char c) {
-    const auto byte = static_cast<unsigned char>(c);
-    return byte < 0x20 || byte == 0x7F;
-}
-
 Mistake Encrypt(const std::string& key, SConsole& console) {
     std::string scrambled;
     const Mistake mistake = ReadScrambled(console, "Password: ", EPasswordBytes::Any, scrambled);
@@ -69,23 +65,18 @@ Mistake Encrypt(const std::string& key, SConsole& console) {
     return mistake;
 }
 
-std::string_view Trim(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-    return text.substr(0, text.find_last_not_of(kBlanks) + 1);
-}
-
 /// Leaves the scrambled text of a line that may be one of the INI file.
 Mistake ParseEntry(const std::string& wantedKey, std::string_view& line) {
-    line = Trim(line);
+    line = Trim(line, kBlanks);
     const std::size_t equals = line.find('=');
     if (equals == std::string_view::npos) {
         return {};
     }
-    const std::string_view key = Trim(line.substr(0, equals));
+    const std::string_view key = Trim(line.substr(0, equals), kBlanks);
     if (!IsRelayKey(key)) {
         return kNoEntry;
     }
-    line = Trim(line.substr(equals + 1));
+    line = Trim(line.substr(equals + 1), kBlanks);
     return wantedKey.empty() || UpperKey(key) == wantedKey ? Mistake() : kOtherEntry;
 }
 
@@ -108,7 +99,7 @@ Mistake PrintPassword(const char* scrambled, SConsole& console) {
         return kNotScrambled;
     }
     const std::string_view password(plain.Text());
-    if (std::ranges::any_of(password, IsControl) || !HasZerosBehind(password.size(), scrambled)) {
+    if (std::ranges::any_of(password, IsControlCharacter) || !HasZerosBehind(password.size(), scrambled)) {
         return kUnreadable;
     }
     if (!IsScrambledText(scrambled)) {

@@ -1,6 +1,7 @@
 #include "tools/ini/password_input.h"
 
 #include "base/secret.h"
+#include "base/text.h"
 #include "platform/terminal.h"
 
 #include <algorithm>
@@ -20,11 +21,6 @@ constexpr Mistake kBeyondAscii = "a relay knows letters, digits, signs and blank
 
 /// Enough to tell any line that is too long from one that is not.
 constexpr std::size_t kLongestLine = kLongestHiddenLine;
-
-bool IsControl(char c) {
-    const auto byte = static_cast<unsigned char>(c);
-    return byte < 0x20 || byte == 0x7F;
-}
 
 bool IsBeyondAscii(char c) {
     return static_cast<unsigned char>(c) > 0x7F;
@@ -80,7 +76,7 @@ Mistake ReadPassword(SConsole& console, std::string_view prompt, std::string& pa
     if (password.size() > kMaxPasswordLength) {
         return kTooLong;
     }
-    return std::ranges::any_of(password, IsControl) ? kControls : Mistake();
+    return std::ranges::any_of(password, IsControlCharacter) ? kControls : Mistake();
 }
 
 Mistake ReadScrambled(SConsole& console, std::string_view prompt, EPasswordBytes bytes,

@@ -1,6 +1,7 @@
 #include "tools/ini/relay_entries.h"
 
 #include "base/secret.h"
+#include "base/text.h"
 #include "config/configuration.h"
 #include "config/ethernet_entry.h"
 #include "config/scramble.h"
@@ -139,11 +140,7 @@ std::string Bracketed(std::string_view section) {
 }
 
 std::string UpperKey(std::string_view key) {
-    std::string upper(key);
-    std::ranges::transform(upper, upper.begin(), [](char c) {
-        return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-    });
-    return upper;
+    return ToUpperText(key);
 }
 
 } // namespace ruvo

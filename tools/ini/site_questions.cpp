@@ -1,5 +1,6 @@
 #include "tools/ini/site_questions.h"
 
+#include "base/text.h"
 #include "config/configuration.h"
 #include "tools/ini/password_input.h"
 
@@ -9,8 +10,6 @@
 namespace ruvo {
 
 namespace {
-
-constexpr std::string_view kBlanks = " \t\r";
 
 constexpr SQuestion kSerialQuestions[] = {
     {"--port", &SNewSite::port, "Serial port", GeneralKey("CommPort").defaultText},
@@ -29,9 +28,7 @@ std::optional<std::string> AskLine(SConsole& console, const std::string& prompt)
     if (!std::getline(console.in, line)) {
         return std::nullopt;
     }
-    line.erase(0, std::min(line.find_first_not_of(kBlanks), line.size()));
-    line.erase(line.find_last_not_of(kBlanks) + 1);
-    return line;
+    return std::string(Trim(line, kWhiteSpace));
 }
 
 void PrintHint(SConsole& console, std::string_view text) {

@@ -1,10 +1,10 @@
 #include "tools/ini/site_text.h"
 
+#include "base/text.h"
 #include "config/configuration.h"
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <iterator>
 
 namespace ruvo {
@@ -140,8 +140,7 @@ std::string UnreadableEntry(const SNewSite& site, const CIniText& ini) {
         for (const SEntryRow& row : rows) {
             const SIniEntry* const entry = ini.FindEntry(kGeneralSection, row.key.name);
             const bool reads = entry != nullptr && entry->value == site.*row.field;
-            const bool hasControl = std::ranges::any_of(
-                site.*row.field, [](char c) { return std::iscntrl(static_cast<unsigned char>(c)) != 0; });
+            const bool hasControl = std::ranges::any_of(site.*row.field, IsControlCharacter);
             if (!reads || hasControl || (site.*row.field).size() > kLongestText) {
                 return std::string(row.key.name);
             }

@@ -1,5 +1,6 @@
 #include "tools/report/report_page.h"
 
+#include "base/text.h"
 #include "tools/text_encoding.h"
 
 namespace ruvo {

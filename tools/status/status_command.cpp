@@ -1,4 +1,5 @@
 // ruvoctl status: the state of a site, for people and monitoring systems.
+#include "base/text.h"
 #include "platform/clock.h"
 #include "tools/command.h"
 #include "tools/status/status_output.h"
@@ -100,10 +101,8 @@ bool TakeExpected(const CArguments& arguments, std::vector<std::string>& relays,
     std::ifstream file{std::filesystem::path(path), std::ios::binary};
     for (std::string line; std::getline(file, line);) {
         line.resize(std::min(line.size(), line.find('#')));
-        const std::size_t first = line.find_first_not_of(" \t\r");
-        if (first != std::string::npos) {
-            relays.push_back(
-                SystemTextToUtf8(line.substr(first, line.find_last_not_of(" \t\r") + 1 - first)));
+        if (const std::string_view relay = Trim(line, kWhiteSpace); !relay.empty()) {
+            relays.push_back(SystemTextToUtf8(relay));
         }
     }
     if (!file.eof()) {

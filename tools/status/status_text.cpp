@@ -1,3 +1,4 @@
+#include "base/text.h"
 #include "tools/status/status_output.h"
 #include "tools/text_encoding.h"
 
@@ -42,15 +43,9 @@ void AppendTable(std::string& out, const std::vector<Row>& rows, std::size_t lef
             out += column > 0 ? "  " : "";
             out += column < leftColumns ? row[column] + blanks : blanks + row[column];
         }
-        out.erase(std::max(out.find_last_not_of(' ') + 1, start));
+        EraseTrailingBlanks(out, start);
         out += '\n';
     }
-}
-
-std::string Upper(std::string_view word) {
-    std::string text(word);
-    std::ranges::transform(text, text.begin(), [](char c) { return static_cast<char>(c - ('a' - 'A')); });
-    return text;
 }
 
 /// Replaces the "T" of a time by a blank.
@@ -60,7 +55,7 @@ std::string ForPeople(std::string time) {
 }
 
 void AppendVerdict(std::string& out, const SSiteStatus& status, const SVerdict& verdict) {
-    out += Upper(StateName(verdict.state));
+    out += ToUpperText(StateName(verdict.state));
     std::string_view separator = ": ";
     const std::size_t listed = std::min(verdict.causes.size(), kMostListed);
     for (const SCause& cause : std::span(verdict.causes).first(listed)) {

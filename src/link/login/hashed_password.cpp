@@ -1,5 +1,6 @@
 #include "link/login/hashed_password.h"
 
+#include "base/text.h"
 #include "model/values/parlane_integers.h"
 
 #include <algorithm>
@@ -17,8 +18,7 @@ static_assert(kSaltCharacters == 94);
 
 // Names and passwords arrive filled up with blanks; the relay knows them without.
 std::string_view WithoutTrailingBlanks(std::string_view text) {
-    const std::size_t last = text.find_last_not_of(" \t\n\v\f\r");
-    return text.substr(0, last == std::string_view::npos ? 0 : last + 1);
+    return TrimEnd(text, kWhiteSpace);
 }
 
 std::span<const std::uint8_t> BytesOf(const char* text, std::size_t count) {

@@ -1,10 +1,10 @@
 #include "link/login/user_login.h"
 
 #include "base/secret.h"
+#include "base/text.h"
 #include "link/login/hashed_password.h"
 #include "model/values/parlane_text.h"
 
-#include <algorithm>
 #include <array>
 #include <cstring>
 #include <new>
@@ -14,10 +14,6 @@ namespace ruvo {
 namespace {
 
 constexpr std::uint32_t kFirstEditionPasswordLength = 16; ///< the second edition's length is read
-
-bool IsBlank(const std::string& text) {
-    return text.find_first_not_of(" \t\n\v\f\r") == std::string::npos;
-}
 
 /// A text of at most `length` characters, even when its NUL is missing.
 std::string BoundedText(const char* text, std::size_t length) {
@@ -101,7 +97,7 @@ private:
             return std::nullopt;
         }
         // A name that was typed before stays; only an empty one is filled in.
-        if (IsBlank(m_userName)) {
+        if (Trim(m_userName, kWhiteSpace).empty()) {
             m_userName = m_names.front().text;
         }
         m_userName.resize(m_userNameLength, ' ');

@@ -1,6 +1,8 @@
 #include "model/cells/cell.h"
 
+#include "base/text.h"
 #include "model/cells/cell_values.h"
+#include "model/format/display_layout.h"
 #include "model/format/formatter.h"
 
 #include <algorithm>
@@ -33,7 +35,7 @@ std::string CleanText(std::string_view text) {
     std::string clean;
     clean.reserve(text.size());
     for (const char c : text) {
-        if (static_cast<unsigned char>(c) >= ' ') {
+        if (!IsDisplayControl(c)) {
             clean += c;
         } else if (kBlanks.find(c) != std::string_view::npos) {
             clean += ' ';
@@ -41,9 +43,7 @@ std::string CleanText(std::string_view text) {
             clean += '.';
         }
     }
-    clean.erase(clean.find_last_not_of(' ') + 1);
-    clean.erase(0, std::min(clean.find_first_not_of(' '), clean.size()));
-    return clean;
+    return std::string(Trim(clean, kBlank));
 }
 
 std::string Formatted(const CCell& cell, std::string_view format, EFormatMode mode) {

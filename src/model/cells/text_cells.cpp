@@ -1,5 +1,6 @@
 #include "model/cells/text_cells.h"
 
+#include "base/text.h"
 #include "model/cells/cell_checks.h"
 #include "model/values/character_set.h"
 
@@ -36,7 +37,7 @@ bool CStringCell::IsCompatible(const CCell& other) const {
 }
 
 std::string WithoutTrailingBlanks(std::string text) {
-    text.erase(text.find_last_not_of(' ') + 1);
+    EraseTrailingBlanks(text);
     return text;
 }
 

@@ -16,10 +16,6 @@ constexpr std::size_t kTabColumns = 8;
 constexpr std::size_t kWideTabColumns = 16;
 constexpr std::string_view kLineEnds = "\x0A\x0D\x14\x19";
 
-bool IsControl(char c) {
-    return static_cast<unsigned char>(c) < ' ';
-}
-
 std::size_t ColumnOf(char c) {
     return static_cast<std::size_t>(static_cast<unsigned char>(c) & 0x7FU);
 }
@@ -40,7 +36,7 @@ void AppendCleaned(std::string& line, char c) {
         PadLine(line, NextMultiple(line.size(), kWideTabColumns));
     } else if (c == ' ' && !line.empty() && line.back() == ' ') {
         return;
-    } else if (!IsControl(c)) {
+    } else if (!IsDisplayControl(c)) {
         line += c;
     } else if (kLineEnds.find(c) == std::string_view::npos) {
         line += '.';
@@ -131,7 +127,7 @@ void CDisplayLayout::Write(std::string_view text) {
             if (++i < text.size()) {
                 PadToLength(ColumnOf(text[i]));
             }
-        } else if (IsControl(text[i])) {
+        } else if (IsDisplayControl(text[i])) {
             WriteControl(text[i]);
         } else {
             Put(text[i]);

@@ -9,6 +9,11 @@
 
 namespace ruvo {
 
+/// What the relay's display takes for a command, or cannot show: below 0x20. 0x7F is a letter of its set.
+constexpr bool IsDisplayControl(char c) {
+    return static_cast<unsigned char>(c) < ' ';
+}
+
 /// One line for reading: control characters that move become blanks up to their column, those that end a line
 /// go, other ones become "."; blanks never follow a blank except where a column is padded.
 [[nodiscard]] std::string CleanDisplayLine(std::string_view text);

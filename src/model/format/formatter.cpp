@@ -1,5 +1,6 @@
 #include "model/format/formatter.h"
 
+#include "base/text.h"
 #include "model/format/format_conversions.h"
 #include "model/format/format_output.h"
 
@@ -7,10 +8,6 @@
 
 namespace ruvo {
 namespace {
-
-bool IsDigit(char c) {
-    return c >= '0' && c <= '9';
-}
 
 /// Reads one format text from its front.
 class CFormatReader {

@@ -1,5 +1,6 @@
 #include "model/records/event_record.h"
 
+#include "base/text.h"
 #include "model/cells/binary_cell.h"
 #include "model/cells/integer_cells.h"
 #include "model/cells/other_cells.h"
@@ -8,11 +9,6 @@
 
 namespace ruvo {
 namespace {
-
-std::string TrimTrailingBlanks(std::string text) {
-    text.erase(text.find_last_not_of(' ') + 1);
-    return text;
-}
 
 template <class T>
 COwnedPtrList<T> CloneAll(const COwnedPtrList<T>& list) {
@@ -121,10 +117,9 @@ CEventRecord::CEventRecord(std::uint32_t recordNumber, std::uint32_t uniqueId, s
                            std::unique_ptr<CParlaneData> value, std::string auxText1, std::string auxText2,
                            std::string auxText3, std::uint16_t eventLocation)
     : m_recordNumber(recordNumber), m_uniqueId(uniqueId), m_eventCode(eventCode), m_timeStamp(timeStamp),
-      m_eventText(TrimTrailingBlanks(std::move(eventText))), m_value(std::move(value)),
-      m_auxText1(TrimTrailingBlanks(std::move(auxText1))),
-      m_auxText2(TrimTrailingBlanks(std::move(auxText2))),
-      m_auxText3(TrimTrailingBlanks(std::move(auxText3))), m_eventLocation(eventLocation) {}
+      m_eventText(TrimEnd(eventText, kBlank)), m_value(std::move(value)),
+      m_auxText1(TrimEnd(auxText1, kBlank)), m_auxText2(TrimEnd(auxText2, kBlank)),
+      m_auxText3(TrimEnd(auxText3, kBlank)), m_eventLocation(eventLocation) {}
 
 CEventRecord::CEventRecord(const CEventRecord& other)
     : m_recordNumber(other.m_recordNumber), m_uniqueId(other.m_uniqueId), m_eventCode(other.m_eventCode),

@@ -1,6 +1,7 @@
 #include "model/values/parlane_text.h"
 
 #include "base/tea.h"
+#include "base/text.h"
 #include "model/values/character_set.h"
 #include "model/values/parlane_integers.h"
 #include "platform/trace.h"
@@ -25,19 +26,10 @@ std::unique_ptr<CParlaneData> MakeCharacterCode(std::uint32_t code) {
     return std::make_unique<CParlaneUint>(code, 1);
 }
 
-/// The value of a hexadecimal digit; -1 for any other character.
-int HexDigit(char digit) {
-    if (digit >= '0' && digit <= '9') {
-        return digit - '0';
-    }
-    const char lower = static_cast<char>(digit | 0x20);
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
-
 /// Two digits as one byte; a character that is no digit ends the number.
 std::uint8_t HexByte(char first, char second) {
-    const int high = HexDigit(first);
-    const int low = HexDigit(second);
+    const int high = HexDigitValue(first);
+    const int low = HexDigitValue(second);
     if (high < 0) {
         return 0;
     }
@@ -46,7 +38,7 @@ std::uint8_t HexByte(char first, char second) {
 
 bool IsCipherKey(std::string_view key) {
     return key.size() == kCipherKeyDigits &&
-           std::all_of(key.begin(), key.end(), [](char digit) { return HexDigit(digit) >= 0; });
+           std::all_of(key.begin(), key.end(), [](char digit) { return HexDigitValue(digit) >= 0; });
 }
 
 TeaKey MakeTeaKey(std::string_view digits) {
@@ -137,11 +129,9 @@ std::unique_ptr<CParlaneData> CParlanePassword::CreateStep() const {
 }
 
 CParlaneHex::CParlaneHex(std::span<const std::uint8_t> data) : CParlaneData(kTypeHex) {
-    constexpr std::string_view kDigits = "0123456789ABCDEF";
     m_text.reserve(2 * data.size());
     for (const std::uint8_t octet : data) {
-        m_text += kDigits[octet >> 4U];
-        m_text += kDigits[octet & 0x0FU];
+        AppendHexByte(m_text, octet);
     }
 }
 

@@ -1,5 +1,6 @@
 #include "platform/debug_output.h"
 
+#include "base/text.h"
 #include "platform/environment.h"
 #include "platform/posix/file_size_signal.h"
 #include "platform/posix/native_path.h"
@@ -17,15 +18,11 @@ namespace {
 
 constexpr mode_t kNewFileMode = 0666; // what the user's mask leaves of it
 
-bool IsControl(char character) {
-    return static_cast<unsigned char>(character) < 0x20 || character == 0x7F;
-}
-
 // Each call is a message of its own; in a stream only the line end keeps it apart from the next.
 std::string MessageFor(int descriptor, const std::string& text) {
     std::string message = text.ends_with('\n') ? text : text + "\n";
     if (isatty(descriptor) == 1) {
-        std::replace_if(message.begin(), message.end() - 1, IsControl, '.');
+        std::replace_if(message.begin(), message.end() - 1, IsControlCharacter, '.');
     }
     return message;
 }

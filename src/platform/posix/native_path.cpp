@@ -1,16 +1,10 @@
 #include "platform/posix/native_path.h"
 
+#include "base/text.h"
+
 #include <algorithm>
 
 namespace ruvo {
-
-namespace {
-
-bool IsLetter(char c) {
-    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-}
-
-} // namespace
 
 std::optional<std::string> ToNativePath(const std::string& path) {
     std::string native = path;

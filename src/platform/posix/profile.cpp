@@ -1,4 +1,6 @@
 #include "platform/profile.h"
+
+#include "base/text.h"
 #include "platform/text_file.h"
 
 #include "platform/ini_text.h"
@@ -11,7 +13,7 @@ namespace {
 
 // A default loses the blanks (not the tabs) at its end and one pair of quotes around the rest.
 std::string_view CleanDefault(std::string_view text) {
-    text = text.substr(0, text.find_last_not_of(' ') + 1);
+    text = TrimEnd(text, kBlank);
     const bool quoted =
         text.size() >= 2 && text.front() == text.back() && (text.front() == '"' || text.front() == '\'');
     return quoted ? text.substr(1, text.size() - 2) : text;

@@ -1,10 +1,10 @@
 #include "platform/single_instance.h"
 
+#include "base/text.h"
 #include "platform/environment.h"
 #include "platform/posix/native_path.h"
 #include "platform/posix/place.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdint>
@@ -93,15 +93,13 @@ std::string Digest(std::string_view text) {
 // Different names give different texts. Two of them make a file's name: file systems take 255 bytes,
 // enciphered ones fewer.
 std::string FileName(std::string_view name) {
-    constexpr std::string_view kDigits = "0123456789ABCDEF";
     std::string text;
     for (const char c : name) {
-        const bool letterOrDigit = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-        if (letterOrDigit || c == '-' || c == '_') {
+        if (IsLetter(c) || IsDigit(c) || c == '-' || c == '_') {
             text += c;
         } else {
-            const auto byte = static_cast<unsigned char>(c);
-            text += {'%', kDigits[byte >> 4], kDigits[byte & 0xF]};
+            text += '%';
+            AppendHexByte(text, static_cast<unsigned char>(c));
         }
     }
     constexpr std::size_t kLongest = 64;

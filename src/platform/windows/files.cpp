@@ -1,5 +1,6 @@
 #include "platform/files.h"
 
+#include "base/text.h"
 #include "platform/full_path.h"
 #include "platform/windows/file_failures.h"
 #include "platform/windows/file_handle.h"
@@ -160,10 +161,8 @@ std::string SystemErrorText(long systemCode) {
     std::array<char, 1024> buffer{};
     const DWORD length = FormatMessageA(kFlags, nullptr, static_cast<DWORD>(systemCode), 0, buffer.data(),
                                         static_cast<DWORD>(buffer.size()), nullptr);
-    const std::string text(buffer.data(), length);
-    const std::size_t last = text.find_last_not_of("\r\n ");
-    return last == std::string::npos ? "System error " + std::to_string(systemCode)
-                                     : text.substr(0, last + 1);
+    const std::string_view text = TrimEnd({buffer.data(), length}, "\r\n ");
+    return text.empty() ? "System error " + std::to_string(systemCode) : std::string(text);
 }
 
 CFile::CFile() : m_handle(std::make_unique<SHandle>()) {}
