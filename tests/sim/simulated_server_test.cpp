@@ -1,5 +1,7 @@
 #include "platform/text_file.h"
 #include "sim/server/simulated_connection.h"
+#include "support/case_table.h"
+#include "support/hex.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
@@ -8,6 +10,8 @@
 
 namespace ruvo::sim {
 namespace {
+
+using test::ForEachCase;
 
 class CTestSink final : public IP32lsSink_v2 {
 public:
@@ -32,6 +36,11 @@ public:
 Variant Tagged(std::uint8_t type, Variant::Bytes data) {
     data.insert(data.begin(), {type, static_cast<std::uint8_t>(data.size())});
     return Variant::FromBytes(std::move(data));
+}
+
+/// Bytes in hex; OTHER is what no operation gives, and nothing is nothing.
+Variant Data(const std::string& hex) {
+    return hex == "OTHER" ? Variant::Other() : hex.empty() ? Variant() : Variant::FromBytes(test::Hex(hex));
 }
 
 /// A connection with COM1 open, and relay requests to address 5.
@@ -81,82 +90,40 @@ const std::string kUsers = kRelay + "access = { generation = 2, users = [";
 const std::string kFault = "[[fault]]\noperation = ";
 
 TEST(SubstationFile, BadFilesAreRefusedWithLineAndReason) {
-    const std::pair<std::string, std::string> cases[] = {
-        {"a = ", "f:1: "}, // no TOML
-        {"[link]\nserials = []", "f:2: [link] has no key \"serials\""},
-        {"\n[link]\nserial = 5", "f:3: serial: want an array, found an integer"},
-        {"[[relay]]\nname = \"A\"", "f:1: [[relay]] needs \"serial\", \"modem\" or \"ethernet\""},
-        {"[[relay]]\nserial = 256", "f:2: serial: want 0 to 255, found 256"},
-        {kRelay + kRelay, "f:3: \"relay 2\" is where \"relay 1\" is"},
-        {"[[relay]]\nserial = { port = \"X\", address = 1 }", "f:1: the link has no serial port \"X\""},
-        {kRelay + R"(cells."0006" = "x")", R"(f:3: want a cell such as "0A.1F", found "0006")"},
-        {kRelay + R"(cells."01.01" = { uint = 256, size = 1 })", "f:3: uint: want 0 to 255, found 256"},
-        {kRelay + R"(cells."01.01" = { uint = 1, text = "x" })", "f:3: relay cell 01.01 has more than one"},
-        {kRelay + "identity.model = \"\xE2\x82\xAC\"", "f:3: model: has a character that relays lack"},
-        {kRelay + "event = [{ kind = 0, location = \"00.20\" }]", "f:3: [[relay.event]] needs the key"},
-        {kRelay + "access = { password = \"ABCDE\" }", "f:3: password: want at most 4 characters"},
-        {kUsers + "\"A\", { name = \"A \", password = \"\" }] }", "f:3: name: two users have the same"},
-        {kUsers + "{ name = \"A\" }] }", "f:3: a user needs the key \"password\""},
-        {kUsers + "{ name = \"A\", password = \"12345678901234567\" }] }", "f:3: password: want at most 16"},
-        {kFault + "\"Get\"\nstatus = 1", "f:2: there is no operation \"Get\""},
-        {kFault + "\"GetText\"\nrelay = \"A\"\nstatus = 1", "f:3: there is no relay \"A\""},
-        {kFault + "\"GetText\"\nhang = true", "f:1: GetText is complete when its call returns"},
-    };
-    for (const auto& [toml, error] : cases) {
+    ForEachCase<2>("sim/bad_files.txt", [](auto& toml, auto& error) {
         const SLoadedSubstation loaded = ReadSubstation(toml, "f", "C:\\nowhere");
-        EXPECT_EQ(loaded.substation, nullptr) << toml;
+        EXPECT_EQ(loaded.substation, nullptr);
         EXPECT_EQ(loaded.error.substr(0, error.size()), error);
-    }
+    });
 }
 
 TEST(SubstationFile, FriendlyValuesHaveTheRelaysByteForms) {
-    const std::pair<std::string, Variant::Bytes> cases[] = {
-        {"{ text = \"\xC3\x8A!\", width = 3 }", {0x18, 3, 0x85, '!', ' '}},
-        {"{ flags = 0b101, size = 3 }", {0x20, 3, 5, 0, 0}},
-        {"{ number = -1.5, unit = \"V\" }", {0x2C, 4, 0xDC, 0x85, 123, 1}},
-        {"{ number = 1, long = true, unit = 0 }", {0x30, 6, 0, 0xE1, 0xF5, 5, 118, 0}},
-        {"{ float = 1.5 }", {0x34, 4, 0, 0, 0xC0, 0x3F}},
-        {"{ time = 2026-03-05T14:07:09.123, summer_time = true }", {0x3C, 7, 0xA3, 0x23, 7, 0x8E, 5, 3, 26}},
-        {"{ menu = \"05.0A\" }", {0x44, 2, 0x0A, 0x05}},
-        {"{ type = 0x99, bytes = \"01 02\" }", {0x99, 2, 1, 2}},
-        {"{ raw = \"24\" }", {0x24}},
-    };
-    for (const auto& [toml, tagged] : cases) {
+    ForEachCase<2>("sim/friendly_values.txt", [](auto& toml, auto& tagged) {
         CRig rig(kRelay + "cells.\"01.01\" = { uint = 1, limits = [" + toml + "] }\n");
         EXPECT_EQ(rig.Status(rig.Server().GetSettingLimits(rig.address, CRig::Cell(257), rig.a, rig.status)),
                   0);
-        EXPECT_EQ(rig.a, Variant::FromList({Variant::FromBytes(tagged)})) << toml;
-    }
+        EXPECT_EQ(rig.a, Variant::FromList({Data(tagged)}));
+    });
 }
 
 const std::string kEvent = "[[relay.event]]\nlocation = \"01.20\"\ntime = 2026-03-05T14:07:09\ntext = \"T\"\n"
                            "value = { uint = 1 }\nkind = ";
-const std::string kRecord = "record = { column = \"05\", number = 3 }\n";
 
 TEST(Relay, HandsOverEachKindOfEventOnce) {
-    const std::tuple<std::string, std::uint8_t, std::size_t, Variant> cases[] = {
-        {kEvent + "0", 0, 4, Tagged(0x24, {1, 0})},
-        {kEvent + "1\nformat = \"F %u\"\nvalues = [{ index = 7 }]", 1, 6, Tagged(0x50, {7, 0})},
-        {kEvent + "2\ntext_cell = \"05.0A\"", 2, 5, Tagged(0x44, {0x0A, 5})},
-        {kEvent + "3\n" + kRecord, 3, 6, Tagged(0x24, {3, 0})},
-        {kEvent + "4\nid = 9", 4, 5, Tagged(0x24, {9, 0, 0, 0})},
-        {kEvent + "5\nid = 9\n" + kRecord, 5, 7, Tagged(0x24, {3, 0})},
-        {kEvent + "77", 77, 4, Tagged(0x24, {1, 0})},
-        {"event = [{ kind = 0, elements = [{ none = true }, { other = true }] }]", 0, 2, Variant::Other()},
-    };
-    for (const auto& [toml, kind, elements, last] : cases) {
-        CRig rig(kRelay + toml);
+    ForEachCase<4>("sim/event_kinds.txt", [](auto& kind, auto& more, auto& elements, auto& last) {
+        const std::string start = more.starts_with("event = ") ? "" : kEvent + kind + "\n";
+        CRig rig(kRelay + start + more);
         Variant before;
         EXPECT_EQ(rig.Status(rig.Server().GetDeviceStatus(rig.address, before, rig.status)), 0);
         EXPECT_EQ(rig.Event(), 0);
-        EXPECT_EQ(rig.a, Variant::FromUI1(kind));
-        ASSERT_EQ(rig.b.AsList()->size(), elements) << toml;
-        EXPECT_EQ(rig.b.AsList()->back(), last) << toml;
+        EXPECT_EQ(rig.a, Variant::FromUI1(static_cast<std::uint8_t>(std::stoi(kind))));
+        ASSERT_EQ(rig.b.AsList()->size(), std::stoul(elements));
+        EXPECT_EQ(rig.b.AsList()->back(), Data(last));
         EXPECT_EQ(rig.c, Variant::FromUI1(0));
         EXPECT_EQ(rig.Event(), kNoData);
         EXPECT_EQ(rig.Status(rig.Server().GetDeviceStatus(rig.address, rig.a, rig.status)), 0);
         EXPECT_EQ(std::pair(before, rig.a), std::pair(Variant::FromUI1(0x20), Variant::FromUI1(0)));
-    }
+    });
 }
 
 TEST(Relay, GeneratesTheSameEventsFromTheSameSeed) {
@@ -311,23 +278,12 @@ const std::string kNamedRelay = kRelay + "name = \"A\"\nidentity.model = \"ABC\"
                                          "cells.\"01.01\" = { index = 0, strings = [\"a\"] }\n";
 
 TEST(Commands, FaultsHitTheCallsTheyName) {
-    const Variant whole = Variant::FromBytes({'A', 'B', 'C'});
-    // Two calls: their statuses (-1: none arrived) and the data of the second.
-    const std::tuple<std::string, int, int, Variant> cases[] = {
-        {"call = 1\nstatus = 9\n", 9, 0, whole},
-        {"from = 2\nreply = 2\ncell = \"00.06\"\n", 0, kNoData, {}},
-        {"cell = \"00.07\"\nreply = 2\n", 0, 0, whole},
-        {"call = 1\ncom_failure = true\n", -1, 0, whole},
-        {"wrong_type = 0\n", -1, -1, whole},
-        {"wrong_type = 3\ndelay = 1\n", 0, 0, Variant::Other()},
-        {"truncate = 1\n", 0, 0, Variant::FromBytes({'A'})},
-    };
-    for (const auto& [toml, first, second, data] : cases) {
-        CRig rig(kNamedRelay + kFault + "\"GetValue\"\nrelay = \"A\"\n" + toml);
-        EXPECT_EQ(rig.Value(0x0006), first) << toml;
-        EXPECT_EQ(rig.Value(0x0006), second) << toml;
-        EXPECT_EQ(rig.c, data) << toml;
-    }
+    ForEachCase<4>("sim/faults.txt", [](auto& toml, auto& first, auto& second, auto& data) {
+        CRig rig(kNamedRelay + kFault + "\"GetValue\"\nrelay = \"A\"\n" + toml + "\n");
+        EXPECT_EQ(rig.Value(0x0006), std::stoi(first));
+        EXPECT_EQ(rig.Value(0x0006), std::stoi(second, nullptr, 0));
+        EXPECT_EQ(rig.c, Data(data));
+    });
 }
 
 TEST(Commands, LinkAndInputsAreChecked) {
