@@ -18,10 +18,13 @@ foreach(row IN LISTS rows)
     string(REGEX MATCHALL "[^ ]+" words "${row}")
     list(POP_FRONT words room folder)
     set(RUVO_${room}_MAY_USE "${words}")
+    if(folder STREQUAL "src/${room}")
+        list(APPEND RUVO_ROOMS_OF_SRC ${room})
+    endif()
 endforeach()
 
-# ruvo_room(NAME SOURCES file...): one static library per room, linked with the rooms that it may use; a call to any other room
-# then fails at link time.
+# ruvo_room(NAME SOURCES file...): one static library per room, linked with the rooms that it may use; a call to any
+# other room then fails at link time.
 function(ruvo_room name)
     if(NOT DEFINED RUVO_${name}_MAY_USE)
         message(FATAL_ERROR "ruvo_room: cmake/rooms.txt has no room ${name}")

@@ -41,6 +41,14 @@ SYSTEM_FOLDERS = ('src/platform', 'src/link/windows', 'sim/windows', 'sim/module
 # In C there is no other name for these, and the exports are for programs in C.
 C_HEADERS = {'include': {'stdint.h'}, 'examples': {'stdint.h', 'stdio.h', 'stdlib.h', 'string.h'}}
 
+# What compiled code asks of the C library where it asks nothing of the system: C's own functions, what the compiler puts
+# there (names with an underscore), and what the threads of C++ come to; and the names of the libraries.
+C_NAMES = re.compile(r'_\w+|mem\w+|str(len|n?cmp|n?cpy|chr|rchr|str|to\w+)|is\w+|to(upper|lower)|v?(f|s|sn)?printf|std(in|out|err)'
+                     r'|f(open|close|read|write|puts|gets|flush|seek|tell)|setv?buf|s?rand|getenv|atexit|abort|l?div|qsort'
+                     r'|(round|floor|ceil|trunc|pow|log|log10|exp|sqrt|fmod|ldexp|frexp|modf|fabs)[fl]?'
+                     r'|(mk|gm|local|asc|strf)?time|malloc|calloc|realloc|free|pthread_\w+|sem_\w+|nanosleep|sched_yield')
+LIBRARY_NAMES = {'sqlite3_': 'tools/archive', 'HMAC': 'sim/module', 'EVP_': 'sim/module'}
+
 # What tells systems apart. (Which compiler it is may be asked: a warning is no rule of the business.)
 PLATFORM_WORD = re.compile(r'\b(_WIN32|_WIN64|WIN32|__WIN(?:32|64|NT)__|__MINGW\w*|__CYGWIN__|_MSC_VER|__linux\w*|__gnu_linux__'
                            r'|linux|unix|__unix\w*|__APPLE__|__MACH__|__FreeBSD__|__ANDROID__|_POSIX_\w+|__has_include\w*)\b')
@@ -195,13 +203,18 @@ class Check:
                 used.append((name, symbol))
             elif kind.isupper() or kind == 'u':
                 defined.setdefault(symbol, set()).add(self.rooms.of(name))
-        bad = {}
+        bad, asked = {}, set()
         for name, symbol in used:
             rooms = defined.get(symbol)
             if rooms:
                 self.looked_at += 1
                 if not any(self.rooms.may_use(self.rooms.of(name), room) for room in rooms):
                     bad.setdefault((name, symbol), rooms)
+            elif not (is_below(name, SYSTEM_FOLDERS) or C_NAMES.fullmatch(symbol) or
+                      any(symbol.startswith(key) and is_below(name, (folder,)) for key, folder in LIBRARY_NAMES.items())):
+                asked.add((name, symbol))
+        for name, symbol in sorted(asked):
+            self.complain(name, 1, f'asks the system ({symbol}) outside src/platform')
         for (name, symbol), rooms in sorted(bad.items()):
             plain = subprocess.run(['c++filt', symbol], check=True, capture_output=True, text=True).stdout.strip()
             self.complain(name, 1, f'room {self.rooms.of(name)} may not call {" or ".join(sorted(rooms))} ({plain})')

@@ -22,7 +22,7 @@ tests     tests            *
 '''
 HOUSE = {
     'cmake/rooms.txt': ROOMS,
-    'src/base/text.h': '#include <string>\nint Length(const char* text);\n',
+    'src/base/text.h': '#include <cstddef>\nint Length(const char* text);\n',
     'src/base/text.cpp': '#include "base/text.h"\nint Length(const char* text) { return text[0]; }\n',
     'src/platform/files.cpp': '#include <unistd.h>\n#if defined(__linux__)\nint Files() { return getpid(); }\n#endif\n',
     'src/link/client.h': 'int Ask();\n',
@@ -122,6 +122,10 @@ class RoomsCheck(unittest.TestCase):
     def test_call_without_include(self):
         self.refuses('src/base/new.cpp', 'void Write(int line);\nvoid Call() { Write(1); }\n',
                      (1, 'room base may not call log (Write(int))'), arguments=['--calls'])
+
+    def test_system_call_without_header(self):
+        self.refuses('src/run/new.cpp', 'extern "C" int getppid();\nint Call() { return getppid(); }\n',
+                     (1, 'asks the system (getppid)'), arguments=['--calls'])
 
     def test_calls_of_unfinished_build(self):
         build = self.build()

@@ -21,7 +21,7 @@ PLACE = TOP / 'build' / 'mutants'
 NOBODY = 65533 # no user's, and not the one that tests take for a stranger
 MEMORY = 8 << 30
 PATIENCE = 20 # a test program that takes so many times as long as before hangs
-ROOMS = ['base', 'platform', 'paths', 'model', 'config', 'log', 'link', 'dayfile', 'extraction', 'run', 'app']
+ROOMS = re.findall(r'^(\w+) +src/\1\b', (TOP / 'cmake' / 'rooms.txt').read_text(), re.M)
 OTHER_TESTS = ['sim', 'tools', 'e2e', 'faults'] # the slowest last
 
 
