@@ -84,16 +84,20 @@ TEST(LoadAndCheck, TheOrderOfItsSteps) {
     unsetenv("RUVO_REGISTRY_MACHINE");
 }
 
-TEST(StartUp, FromItsFirstStepToItsLast) {
-    const CScratchFolder folder(access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp"); // disks take their time
-    setenv("RUVO_LOCK_DIR", folder.Native().c_str(), 1);
-    setenv("RUVO_REGISTRY_USER", folder.Native("user.ini").c_str(), 1);
-    setenv("RUVO_REGISTRY_MACHINE", folder.Native("machine.ini").c_str(), 1);
-    const std::string ini = folder.Write("site.ini", "[RUVO_GENERAL]\nEventRootDir=" + folder.Path("ev") +
-                                                         "\n[RUVO_SERIAL]\nRV001=200\n");
-    const auto home = std::filesystem::current_path();
-    test::CScriptedServer server;
-    const auto run = [&](const std::vector<std::string>& arguments, std::size_t failingAllocation = 0) {
+/// Runs of the whole program over one site, whose events and log lie in `ev`.
+struct StartUp : testing::Test {
+    StartUp() {
+        for (const char* name : {"RUVO_LOCK_DIR", "RUVO_REGISTRY_USER", "RUVO_REGISTRY_MACHINE"})
+            setenv(name, folder.Native(name).c_str(), 1);
+        std::filesystem::create_directory(folder.Native("RUVO_LOCK_DIR"));
+    }
+    ~StartUp() override {
+        for (const char* name : {"RUVO_LOCK_DIR", "RUVO_REGISTRY_USER", "RUVO_REGISTRY_MACHINE"})
+            unsetenv(name);
+        ResetErrorLog();
+    }
+    /// What it shows, and what it logs.
+    std::string Run(const std::vector<std::string>& arguments, std::size_t failingAllocation = 0) {
         g_runtimeStarts = 1;
         server.lines.clear();
         std::filesystem::remove_all(folder.Native("ev"));
@@ -104,41 +108,49 @@ TEST(StartUp, FromItsFirstStepToItsLast) {
         EXPECT_TRUE(failingAllocation != 0 || std::filesystem::current_path() == home);
         std::filesystem::current_path(home);
         return std::exchange(g_messageBoxes, "") + "|" + folder.Read("ev/RUVO_Errors.log");
-    };
-    EXPECT_EQ(run({ini}), "|");
+    }
+
+    const CScratchFolder folder{access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp"}; // disks take their time
+    const std::string ini = folder.Write("site.ini", "[RUVO_GENERAL]\nEventRootDir=" + folder.Path("ev") +
+                                                         "\n[RUVO_SERIAL]\nRV001=200\n");
+    const std::filesystem::path home = std::filesystem::current_path();
+    test::CScriptedServer server;
+};
+
+TEST_F(StartUp, FromItsFirstStepToItsLast) {
+    EXPECT_EQ(Run({ini}), "|");
     ASSERT_GT(server.lines.size(), 2U);
     EXPECT_EQ(server.lines.front(), "OpenPort BSTR(\"COM1\") BSTR(\"9600,E,8,1\")");
     EXPECT_TRUE(server.lines.back() == "ClosePort" && server.sink == nullptr);
     const std::string head = "Ruvo\nVersion Number: " RUVO_VERSION "\n\nINI file: " + ini + "\n\n";
-    EXPECT_EQ(run({"-t", ini}), "test_app|" + head + "Success - No input errors found.\n||");
+    EXPECT_EQ(Run({"-t", ini}), "test_app|" + head + "Success - No input errors found.\n||");
     server.refuseConnection = true;
-    EXPECT_EQ(run({"-t", ini}), "warning test_app|" + head + "P32LS failed to open.\n||");
+    EXPECT_EQ(Run({"-t", ini}), "warning test_app|" + head + "P32LS failed to open.\n||");
     EXPECT_TRUE(server.lines.empty());
     const std::string stamp = "|2021/03/02 14:03:07 ";
-    EXPECT_EQ(run({ini}), stamp + "P32LS failed to open.\r\n");
+    EXPECT_EQ(Run({ini}), stamp + "P32LS failed to open.\r\n");
     const CFileException full(EFileCause::None, 0, "C:\\x");
     for (const bool ofFile : {false, true}) {
         g_onRuntimeStart = [&] { ofFile ? throw full : throw std::runtime_error("no runtime"); };
-        EXPECT_EQ(run({ini}), stamp +
+        EXPECT_EQ(Run({ini}), stamp +
                                   (ofFile ? "Fatal exception occured:" + std::string(full.what())
                                           : "Unhandled exception occured:no runtime") +
                                   "\r\n");
     }
     g_onRuntimeStart = nullptr;
-    server.refuseConnection = false;
+}
+
+TEST_F(StartUp, NoMissingMemoryEndsItWithoutAWord) {
     server.statuses["GetDeviceStatus"] = 255;    // for the log
     g_debugOutput.reserve(std::size_t{1} << 20); // what is told there needs no memory
-    for (const std::string mode : {"", "-t"}) {  // no missing memory ends the program without a word
-        std::size_t total = 0;                   // known from the first run, in which nothing fails
+    for (const std::string mode : {"", "-t"}) {
+        std::size_t total = 0; // known from the first run, in which nothing fails
         for (std::size_t n = 0; n <= total; total = std::max(total, test::CFailingMemory::Count()), ++n) {
             g_debugOutput.clear();
-            EXPECT_NE(run({mode, ini}, n) + g_debugOutput, "|") << n;
+            EXPECT_NE(Run({mode, ini}, n) + g_debugOutput, "|") << n;
         }
         EXPECT_GT(total, 200U);
     }
-    for (const char* name : {"RUVO_LOCK_DIR", "RUVO_REGISTRY_USER", "RUVO_REGISTRY_MACHINE"})
-        unsetenv(name);
-    ResetErrorLog();
 }
 
 } // namespace ruvo

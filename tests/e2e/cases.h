@@ -76,72 +76,72 @@ inline const std::string kLoginTrace =
     "     [ PARLANE INFO ] WriteHeader START\n"
     "     [ PARLANE INFO ] WriteHeader END\n";
 
-inline std::vector<SCase> RunCases() {
-    const std::string fault = "[[fault]]\noperation = \"GetEvent\"\nrelay = \"R0001\"\ncall = 2\n";
-    return {
-        {"a serial relay without login",
-         kLink + Relay("serial = 5", kTrip),
-         "",
-         "[RUVO_SERIAL]\nRV001=5\n",
-         "",
-         {{kDay, Header("000001") + Trip()}}},
-        {"a relay that is not there does not stop the next",
-         kLink + Relay("serial = 5", kTrip),
-         "",
-         "[RUVO_SERIAL]\nRV000=4\nRV001=5\n",
-         kFailed + "Connection details - COM Port: COM1, device address: 4.\n",
-         {{kDay, Header("000001") + Trip()}}},
-        {"a modem relay",
-         kLink + Relay("modem = { number = \"123\", address = 9 }", kTrip),
-         "UseModem=1\nTAPI_ModemName=Acme\nTAPI_NumberToDial=123\n",
-         "[RUVO_MODEM]\nRV999=9\n",
-         "",
-         {{kDay, Header("000001") + Trip("09")}}},
-        {"an Ethernet relay, and a tunnel that does not open",
-         Relay("ethernet = { ip = \"10.0.0.5\", bus = 1, address = 2 }", kTrip),
-         "UseEthernet=1\n",
-         "[RUVO_ETHERNET]\nRV001=10.0.0.9,2\nRV002=10.0.0.5,2,1\n",
-         "Failed to open ethernet connection. Connection string: "
-         "TNLC=\"RPCDll.Dll\",\"10.0.0.9\",\"0\",\"2\",\"0\". "
-         "P32LS status: P32LS Error - cannot open port\n",
-         {{kDay, Header("000001") + Trip("02")}}},
-        {"a missing password",
-         kLink + Relay("serial = 5", kLocked + kTrip),
-         "",
-         "[RUVO_SERIAL]\nRV001=5\n",
-         "Invalid password. " + kSerialDetails + "\n" + kFailed + kSerialDetails + "\n",
-         {}},
-        {"the right password",
-         kLink + Relay("serial = 5", kLocked + kTrip),
-         "",
-         "[RUVO_SERIAL]\nRV001=5\n" + kPassword,
-         "",
-         {{kDay, Header("000001") + Trip()}}},
-        {"nothing pending", kLink + Relay("serial = 5", ""), "", "[RUVO_SERIAL]\nRV001=5\n", "", {}},
-        {"events end in the middle",
-         kLink + Relay("serial = 5", kTrip + kTrip) + fault + "status = 8\n",
-         "",
-         "[RUVO_SERIAL]\nRV001=5\n",
-         "A problem occured during events extraction. " + kSerialDetails +
-             " P32LS status: P32LS Error - device is either not connected or not responding\n",
-         {{kDay, Header("000001") + Trip()}}},
-        {"a reply of the wrong type",
-         kLink + Relay("serial = 5", kTrip + kTrip) + fault + "wrong_type = 2\n",
-         "",
-         "[RUVO_SERIAL]\nRV001=5\n",
-         "A problem occured during events extraction. " + kSerialDetails +
-             " P32LS status: Undefined P32LS Error\n1 event taken from the relay, but not stored. " +
-             kSerialDetails + "\n",
-         {{kDay, Header("000001") + Trip()}}},
-        {"a value with its last byte missing",
-         kLink + Relay("serial = 5", kTrip + kTrip) + fault + "truncate = 2\n",
-         "",
-         "[RUVO_SERIAL]\nRV001=5\n",
-         "A problem occured during events extraction. " + kSerialDetails +
-             " P32LS status: Undefined P32LS Error\n1 event taken from the relay, but not stored. " +
-             kSerialDetails + "\n",
-         {{kDay, Header("000001") + Trip()}}},
-    };
-}
+inline const std::string kSecondEventFault =
+    "[[fault]]\noperation = \"GetEvent\"\nrelay = \"R0001\"\ncall = 2\n";
+
+inline const std::vector<SCase> kRunCases = {
+    {"a serial relay without login",
+     kLink + Relay("serial = 5", kTrip),
+     "",
+     "[RUVO_SERIAL]\nRV001=5\n",
+     "",
+     {{kDay, Header("000001") + Trip()}}},
+    {"a relay that is not there does not stop the next",
+     kLink + Relay("serial = 5", kTrip),
+     "",
+     "[RUVO_SERIAL]\nRV000=4\nRV001=5\n",
+     kFailed + "Connection details - COM Port: COM1, device address: 4.\n",
+     {{kDay, Header("000001") + Trip()}}},
+    {"a modem relay",
+     kLink + Relay("modem = { number = \"123\", address = 9 }", kTrip),
+     "UseModem=1\nTAPI_ModemName=Acme\nTAPI_NumberToDial=123\n",
+     "[RUVO_MODEM]\nRV999=9\n",
+     "",
+     {{kDay, Header("000001") + Trip("09")}}},
+    {"an Ethernet relay, and a tunnel that does not open",
+     Relay("ethernet = { ip = \"10.0.0.5\", bus = 1, address = 2 }", kTrip),
+     "UseEthernet=1\n",
+     "[RUVO_ETHERNET]\nRV001=10.0.0.9,2\nRV002=10.0.0.5,2,1\n",
+     "Failed to open ethernet connection. Connection string: "
+     "TNLC=\"RPCDll.Dll\",\"10.0.0.9\",\"0\",\"2\",\"0\". "
+     "P32LS status: P32LS Error - cannot open port\n",
+     {{kDay, Header("000001") + Trip("02")}}},
+    {"a missing password",
+     kLink + Relay("serial = 5", kLocked + kTrip),
+     "",
+     "[RUVO_SERIAL]\nRV001=5\n",
+     "Invalid password. " + kSerialDetails + "\n" + kFailed + kSerialDetails + "\n",
+     {}},
+    {"the right password",
+     kLink + Relay("serial = 5", kLocked + kTrip),
+     "",
+     "[RUVO_SERIAL]\nRV001=5\n" + kPassword,
+     "",
+     {{kDay, Header("000001") + Trip()}}},
+    {"nothing pending", kLink + Relay("serial = 5", ""), "", "[RUVO_SERIAL]\nRV001=5\n", "", {}},
+    {"events end in the middle",
+     kLink + Relay("serial = 5", kTrip + kTrip) + kSecondEventFault + "status = 8\n",
+     "",
+     "[RUVO_SERIAL]\nRV001=5\n",
+     "A problem occured during events extraction. " + kSerialDetails +
+         " P32LS status: P32LS Error - device is either not connected or not responding\n",
+     {{kDay, Header("000001") + Trip()}}},
+    {"a reply of the wrong type",
+     kLink + Relay("serial = 5", kTrip + kTrip) + kSecondEventFault + "wrong_type = 2\n",
+     "",
+     "[RUVO_SERIAL]\nRV001=5\n",
+     "A problem occured during events extraction. " + kSerialDetails +
+         " P32LS status: Undefined P32LS Error\n1 event taken from the relay, but not stored. " +
+         kSerialDetails + "\n",
+     {{kDay, Header("000001") + Trip()}}},
+    {"a value with its last byte missing",
+     kLink + Relay("serial = 5", kTrip + kTrip) + kSecondEventFault + "truncate = 2\n",
+     "",
+     "[RUVO_SERIAL]\nRV001=5\n",
+     "A problem occured during events extraction. " + kSerialDetails +
+         " P32LS status: Undefined P32LS Error\n1 event taken from the relay, but not stored. " +
+         kSerialDetails + "\n",
+     {{kDay, Header("000001") + Trip()}}},
+};
 
 } // namespace ruvo::test

@@ -10,7 +10,7 @@
 namespace ruvo::test {
 
 TEST(EndToEnd, RunsOverEveryLink) {
-    for (const SCase& test : RunCases()) {
+    for (const SCase& test : kRunCases) {
         const CProgramRun run(test.substation, test.general, test.sections);
         EXPECT_EQ(run.Run(), "exit 0\n") << test.name;
         EXPECT_EQ(run.Log(), test.log) << test.name;
@@ -99,6 +99,10 @@ TEST(EndToEnd, WhatKeepsARunFromStarting) {
         << checked;
     EXPECT_NE(checked.find("/oncrpc.so: cannot open shared object file"), std::string::npos) << checked;
     EXPECT_TRUE(checked.ends_with("exit 39\n")) << checked;
+}
+
+TEST(EndToEnd, NoRunBesideAnother) {
+    const CProgramRun run(kLink + Relay("serial = 5", kTrip), "", "[RUVO_SERIAL]\nRV001=5\n");
     setenv("RUVO_LOCK_DIR", run.Folder().Native().c_str(), 1);
     CInstanceMarker marker;
     ASSERT_EQ(marker.Claim("ruvo:3B38A5F0-71B0-11d3-9C2B-00600816C2BEHX"), EInstanceClaim::Claimed);

@@ -41,7 +41,7 @@ void RegisterServer() {
 }
 
 void CheckSharedCases() {
-    for (const SCase& test : RunCases()) {
+    for (const SCase& test : kRunCases) {
         const CRunFolder run(test.substation, test.general, test.sections);
         g_checks.Equal(run.Run(), 0, std::string(test.name) + ": exit status");
         g_checks.Equal(run.Log(), test.log, std::string(test.name) + ": log");
