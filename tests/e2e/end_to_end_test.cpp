@@ -203,7 +203,7 @@ TEST(EndToEnd, TheCompanionTellsTroubleApartFromItsFindings) {
                         "done"),
               "0 1\n0 2\n0 3\n")
         << "what nobody could read is no verdict";
-    EXPECT_NE(run.Shell("${RUVO}ctl find $DIR/none.sqlite trip; echo $?").find("is it there"),
+    EXPECT_NE(run.Shell("${RUVO}ctl find $DIR/none.sqlite trip; echo $?").find("check that it exists"),
               std::string::npos);
     const std::string many = run.Shell(
         "cd $DIR; for i in {1..254}; do printf '2026/11/25 01:00:00 Invalid password. Connection details - "
