@@ -14,7 +14,7 @@ TEST_F(LoginFlows, WhatTheApplicationIsToldOfEachAnswer) {
         SetRelay(std::stoi(version));
         server.statuses["ChangeSetting 00.E1"] = std::stoll(answer, nullptr, 0);
         SetValues({{0x9C11, attempts}, {0x9C12, blocking}});
-        EXPECT_EQ(Enter(), kLinkAborted);
+        EXPECT_EQ(Enter(), 18U);
         EXPECT_EQ(g_told, "0,-1;" + told);
         const std::string mark = "|E " + flows[std::stoul(version)] + " : Password dialog : Password : ";
         std::string trace;
@@ -34,7 +34,7 @@ TEST_F(LoginFlows, WhatEndsAUserLogin) {
                            SetValues({{static_cast<CellAddress>(std::stoul(cell, nullptr, 0)), value}});
                            server.statuses[refused] = 0x0611;
                            g_fail = trace.starts_with("Exception");
-                           EXPECT_EQ(Enter(), kLinkAborted) << version;
+                           EXPECT_EQ(Enter(), 18U) << version;
                            EXPECT_TRUE(flow.ends_with(start + trace + "|")) << flow;
                            EXPECT_EQ(written.size(), std::stoul(writes)) << version;
                        });
@@ -42,12 +42,12 @@ TEST_F(LoginFlows, WhatEndsAUserLogin) {
     g_fail = false;
     SetRelay(2);
     g_selected = 2; // of users 0 and 1
-    EXPECT_EQ(Enter(), kLinkAborted);
+    EXPECT_EQ(Enter(), 18U);
     EXPECT_TRUE(flow.ends_with("E " + kUserFlow + " : Error during sending username|"));
     g_selected = 1;
     CryptoLibrary::Uninitialize();
     g_modules.present = false;
-    EXPECT_EQ(Enter(), kLinkAborted);
+    EXPECT_EQ(Enter(), 18U);
     EXPECT_EQ(written.size(), 1U) << "without a provider neither a salt nor an empty digest is sent";
     EXPECT_EQ(g_told, "0,-1;6,-1;");
 }
@@ -56,10 +56,10 @@ TEST_F(LoginFlows, WithoutACallbackOrWithOneThatFails) {
     for (const int version : {0, 1, 2, 3}) {
         SetRelay(version);
         g_fail = true;
-        EXPECT_EQ(Enter(), kLinkAborted) << "and Enter sees the guard restored";
+        EXPECT_EQ(Enter(), 18U) << "and Enter sees the guard restored";
         g_fail = false;
         SetCallbacks(false);
-        EXPECT_EQ(Enter(), kLinkAborted);
+        EXPECT_EQ(Enter(), 18U);
         EXPECT_TRUE(written.empty() && flow.ends_with("cancelled|")) << flow;
         SetCallbacks(true);
     }
@@ -86,7 +86,7 @@ TEST_F(LoginFlows, Determinations) {
     server.values.erase(0x00F2);
     g_events.clear();
     std::vector<SUserName> names;
-    EXPECT_EQ(link->ExtractCSAvailableUsernames(names), kLinkAborted);
+    EXPECT_EQ(link->ExtractCSAvailableUsernames(names), 18U);
     FlushTrace();
     EXPECT_EQ(g_events, "GetValue BF.12|GetValue 00.DF|I ExtractCSVersion : Cyber Security version: 3|"
                         "I DetermineCSUsernameMaxLength : Username length: 16|GetValue 00.F2|"
@@ -107,10 +107,10 @@ TEST_F(LoginFlows, ANewHashedPassword) {
     EXPECT_EQ(written[0] + written[1], TextHex("ADMIN") + "1C40" + TextHex(digest).substr(4));
     EXPECT_TRUE(written[3].size() == written[1].size() && written[3] != written[1]) << "keyed by the name";
     server.statuses["SetValue 00.F1"] = 0x0511;
-    EXPECT_EQ(change(0), kReplyNotSettable);
+    EXPECT_EQ(change(0), 0x0511U);
     CryptoLibrary::Uninitialize();
     g_modules.present = false;
-    EXPECT_EQ(change(1), kLinkBadReply);
+    EXPECT_EQ(change(1), 254U);
     EXPECT_EQ(written.size(), 5U) << "only the refused user name was sent";
 }
 

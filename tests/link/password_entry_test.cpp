@@ -141,12 +141,12 @@ TEST_F(PasswordEntry, TheApplicationLearnsWhyItIsAskedAgain) {
         std::string trace = {};
     };
     const SRow rows[] = {
-        {"accepted, but the level does not suffice", 0, 2, {0, 2}, kLinkAborted, 1},
+        {"accepted, but the level does not suffice", 0, 2, {0, 2}, 18U, 1},
         {"status 1 is accepted too", 1, 1, {0}, kLinkGood, 1},
-        {"rejected", 0x0411, 1, {0, 3}, kLinkAborted, 0, "incorrect"},
-        {"another reply", 0x0511, 1, {0, 6}, kLinkAborted, 0, "error"},
-        {"the server is gone", CScriptedServer::kComFailure, 1, {0, 6}, kLinkAborted, 0, "error"},
-        {"the password cell itself asks for a password", 0x0611, 1, {0, 6}, kLinkAborted, 0, "error"},
+        {"rejected", 0x0411, 1, {0, 3}, 18U, 0, "incorrect"},
+        {"another reply", 0x0511, 1, {0, 6}, 18U, 0, "error"},
+        {"the server is gone", CScriptedServer::kComFailure, 1, {0, 6}, 18U, 0, "error"},
+        {"the password cell itself asks for a password", 0x0611, 1, {0, 6}, 18U, 0, "error"},
     };
     const std::string version =
         "CP32Wrap::ExtractCSVersion : Error during obtaining Cyber Security version.\n";
@@ -161,7 +161,7 @@ TEST_F(PasswordEntry, TheApplicationLearnsWhyItIsAskedAgain) {
             << g_debugOutput;
         EXPECT_EQ(g_application.codes, row.codes) << row.name;
         EXPECT_EQ(g_application.accepted.size(), row.accepted) << row.name;
-        EXPECT_EQ(g_application.cancelled, row.status == kLinkAborted ? 1 : 0) << row.name;
+        EXPECT_EQ(g_application.cancelled, row.status == 18U ? 1 : 0) << row.name;
     }
 }
 
@@ -181,7 +181,7 @@ TEST_F(PasswordEntry, OneBadAnswerDoesNotSendThePasswordAsItIs) {
             return server.values[0x00DF].empty() && server.calls.back() == "GetValue 00.DF" ? 0x0111
                                                                                             : Answer(call);
         };
-        EXPECT_EQ(Read(), row.isSent ? kLinkGood : kLinkAborted);
+        EXPECT_EQ(Read(), row.isSent ? kLinkGood : 18U);
         EXPECT_EQ(written, row.isSent ? kPassword : "") << row.first << " then " << row.second;
         EXPECT_EQ(g_application.codes.size(), row.isSent ? 1U : 0U);
     }
@@ -189,10 +189,10 @@ TEST_F(PasswordEntry, OneBadAnswerDoesNotSendThePasswordAsItIs) {
 
 TEST_F(PasswordEntry, ARelayThatAsksDuringTheEntryStartsNoSecondOne) {
     server.onCall = [](SCall&) { return 0x0611; };
-    EXPECT_EQ(Read(), kLinkAborted);
+    EXPECT_EQ(Read(), 18U);
     EXPECT_EQ(g_application.codes, (std::vector<int>{0, 6}));
     EXPECT_LT(server.calls.size(), 25U);
-    EXPECT_EQ(Read(), kLinkAborted) << "the next request enters a password again";
+    EXPECT_EQ(Read(), 18U) << "the next request enters a password again";
     EXPECT_GT(server.calls.size(), 1U);
 }
 
@@ -210,13 +210,13 @@ TEST_F(PasswordEntry, AnAbortEndsTheEntryAndRestoresTheGuard) {
     server.values[0x00DF] = "240102"; // a relay that must never be sent a plain password
     const std::string guardOnly = "240100 240107 ";
     for (const char* where : {"GetValue BF.12", "GetValue 00.08", "GetValue 00.01", "GetValue 00.DF"}) {
-        EXPECT_EQ(abortAt(where), kLinkAborted) << where;
+        EXPECT_EQ(abortAt(where), 18U) << where;
         EXPECT_EQ(written, guardOnly) << where;
     }
     server.values.erase(0x00DF);
-    EXPECT_EQ(abortAt("GetSettingLimits 00.02"), kLinkAborted);
+    EXPECT_EQ(abortAt("GetSettingLimits 00.02"), 18U);
     EXPECT_EQ(written, guardOnly) << "no password after the abort";
-    EXPECT_EQ(abortAt("GetText 01.01"), kLinkAborted);
+    EXPECT_EQ(abortAt("GetText 01.01"), 18U);
     EXPECT_TRUE(written.empty());
     server.onCall = nullptr;
     EXPECT_EQ(Read(), kLinkGood) << "the abort is used up";
