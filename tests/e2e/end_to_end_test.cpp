@@ -1,6 +1,7 @@
 // The built program from INI file to day files and error log.
 #include "e2e/cases.h"
 #include "e2e/program.h"
+#include "support/case_table.h"
 
 #include "platform/single_instance.h"
 
@@ -60,35 +61,11 @@ TEST(EndToEnd, CheckOnlyModeShowsABoxAndTouchesNothing) {
 TEST(EndToEnd, WhatKeepsARunFromStarting) {
     const auto good = kLink + Relay("serial = 5", kTrip);
     const std::string sections = "[RUVO_SERIAL]\nRV001=5\n";
-    const struct {
-        const char* name;
-        std::string setUp; ///< shell, before the run
-        std::string log;
-    } cases[] = {
-        {"a configuration error", "echo RV001=6 >> $DIR/site.ini; ",
-         "[RUVO_SERIAL] section contains duplicate entries.\n"},
-        {"a server that is missing",
-         "printf '[CLSID\\\\{9A69E99F-E86F-455D-B971-355C1139963E}]\\nInprocServer32=C:\\\\no.dll\\n' > "
-         "$DIR/user.ini; sed 's|32=.*|32=" RUVO_BIN_DIR "/p32ls.so|' $DIR/user.ini > $DIR/machine.ini; ",
-         "P32LS failed to open.\n"},
-        {"a server of another version",
-         "printf '[CLSID\\\\{9A69E99F-E86F-455D-B971-355C1139963E}]\\nInprocServer32=" RUVO_BIN_DIR
-         "/other_server.so\\n' > $DIR/user.ini; ",
-         "P32LS failed to open.\n"},
-        {"a server without its entry point",
-         "printf '[CLSID\\\\{9A69E99F-E86F-455D-B971-355C1139963E}]\\nInprocServer32=" RUVO_BIN_DIR
-         "/oncrpc.so\\n' > $DIR/machine.ini; ",
-         "P32LS failed to open.\n"},
-        {"a server that refuses to start", "echo 'x = 1' >> $DIR/substation.toml; ",
-         "P32LS failed to open.\n"},
-        {"an event root that is a file", "touch $DIR/ev; ",
-         "EventRootDir path is invalid or write protected.\n"},
-    };
-    for (const auto& test : cases) {
+    ForEachCase<2>("e2e/start_failures.txt", [&](auto& setUp, auto& log) {
         const CProgramRun run(good, "", sections);
-        run.Shell(test.setUp + "$RUVO $DIR/site.ini");
-        EXPECT_EQ(run.Log(), test.log) << test.name;
-    }
+        run.Shell("BIN=" RUVO_BIN_DIR "\n" + setUp + "\n$RUVO $DIR/site.ini");
+        EXPECT_EQ(run.Log(), log + "\n");
+    });
     const CProgramRun run(good, "", sections);
     const std::string alone = run.Shell("cp $RUVO $DIR/lonely; $DIR/lonely $DIR/site.ini; echo exit $?");
     EXPECT_EQ(alone,
@@ -140,25 +117,11 @@ TEST(EndToEnd, TheDemoSubstationKeepsItsPromises) {
 
 TEST(EndToEnd, OddIniFilesNeverBringItDown) {
     const CProgramRun run(kLink + Relay("serial = 5", kTrip), "", "[RUVO_SERIAL]\nRV001=5\n");
-    const std::string failed = "Can't open INI file.\n";
-    const struct {
-        const char* name;
-        std::string make;
-        bool opens;
-    } cases[] = {
-        {"missing", "rm $DIR/site.ini", false},
-        {"empty", ": > $DIR/site.ini", false},
-        {"a folder", "rm $DIR/site.ini; mkdir $DIR/site.ini", false},
-        {"keys without a section", "rm -r $DIR/site.ini; echo BaudRate=9600 > $DIR/site.ini", false},
-        {"binary", "head -c 100000 /dev/zero | tr '\\0' '\\377' > $DIR/site.ini", false},
-        {"NUL bytes", "printf '[RUVO_GENERAL]\\0\\nEventRootDir=\\0x\\n' > $DIR/site.ini", true},
-        {"100 MB", "rm $DIR/site.ini; truncate -s 100M $DIR/site.ini", false},
-    };
-    for (const auto& test : cases) {
-        const std::string output = run.Shell(test.make + "\n$RUVO -t $DIR/site.ini; echo exit $?");
-        EXPECT_EQ(output.find(failed) != std::string::npos, !test.opens) << test.name << output;
-        EXPECT_NE(output.find("exit 0\n"), std::string::npos) << test.name;
-    }
+    ForEachCase<2>("e2e/odd_ini_files.txt", [&](auto& make, auto& opens) {
+        const std::string output = run.Shell(make + "\n$RUVO -t $DIR/site.ini; echo exit $?");
+        EXPECT_EQ(output.find("Can't open INI file.\n") != std::string::npos, opens.empty()) << output;
+        EXPECT_NE(output.find("exit 0\n"), std::string::npos);
+    });
 }
 
 TEST(EndToEnd, AFullDiskAndAVanishedRootAreLoggedAndCostNoEarlierRecord) {

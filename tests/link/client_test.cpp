@@ -1,4 +1,5 @@
 // The client of the comms server: life, command discipline, requests and their replies.
+#include "support/case_table.h"
 #include "support/linked_test.h"
 
 #include "model/status/progress.h"
@@ -36,37 +37,20 @@ TEST_F(Client, CreatingTwiceKeepsTheOneClientAndDestroyingUnadvises) {
 }
 
 TEST_F(Client, GetValueCutsPackedDataIntoValues) {
-    struct SRow {
-        const char* name;
-        int type;
-        int size;
-        Variant data;
-        LinkStatus status;
-        std::size_t count;
-    };
-    const SRow rows[] = {
-        {"three of four bytes", 0x24, 4, Tagged("010203040506070809101112"), kLinkGood, 3},
-        {"trailing bytes are left out", 0x64, 5, Tagged("010203040506070809101112"), kLinkGood, 2},
-        {"size 0 is one value", 0x18, 0, Tagged(""), kLinkGood, 1},
-        {"size 0 of a type without an empty form", 0x24, 0, Tagged("01"), kLinkGood, 1},
-        {"nothing but a size", 0x24, 4, Tagged(""), kLinkGood, 0},
-        {"an unknown type", 0x11, 1, Tagged("01"), 254U, 0},
-        {"data of the wrong type", 0x24, 1, Variant::FromI4(1), 254U, 0},
-        {"no data at all", 0x24, 1, Variant(), 254U, 0},
-        {"a type that is no byte", 256, 1, Tagged("01"), 254U, 0},
-        {"a size that is no byte", 0x24, -1, Tagged("01"), 254U, 0},
-    };
-    for (const SRow& row : rows) {
-        server.onCall = [&](SCall& call) {
-            *call.outputs[0] = Variant::FromI4(row.type);
-            *call.outputs[1] = Variant::FromI4(row.size);
-            *call.outputs[2] = row.data;
-            return 0;
-        };
-        CParlaneDataArray values;
-        EXPECT_EQ(link->GetValue(nullptr, 0x0102, values), row.status) << row.name;
-        EXPECT_EQ(values.size(), row.count) << row.name;
-    }
+    ForEachCase<5>("link/packed_values.txt",
+                   [this](auto& type, auto& size, auto& data, auto& status, auto& count) {
+                       server.onCall = [&](SCall& call) {
+                           *call.outputs[0] = Variant::FromI4(std::stoi(type, nullptr, 0));
+                           *call.outputs[1] = Variant::FromI4(std::stoi(size));
+                           *call.outputs[2] = data == "number" ? Variant::FromI4(1)
+                                              : data == "none" ? Variant()
+                                                               : Tagged(data);
+                           return 0;
+                       };
+                       CParlaneDataArray values;
+                       EXPECT_EQ(link->GetValue(nullptr, 0x0102, values), std::stoul(status));
+                       EXPECT_EQ(values.size(), std::stoul(count));
+                   });
 }
 
 TEST_F(Client, ValueListsStopAtTheFirstElementThatIsNoValue) {

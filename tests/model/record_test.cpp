@@ -7,6 +7,7 @@
 #include "model/records/event_location.h"
 #include "model/records/event_record.h"
 #include "model/relay_values.h"
+#include "support/case_table.h"
 
 #include <gtest/gtest.h>
 
@@ -269,28 +270,12 @@ TEST(Record, Texts) {
 }
 
 TEST(Record, DisplayTexts) {
-    const std::array<const char*, 3> cases[] = {
-        // text, cleaned to a line, laid out
-        {"ab\tc", "ab      c", "ab      c"},
-        {"12345678\tx", "12345678x", "12345678x"},
-        {"a\x1D|", "a               |", "a               |"},
-        {"a\x10\x85|\x10", "a    |", "a    |"},
-        {"a\n|", "a|", "a\n |"},
-        {"a\r\n|\n", "a|", "a\n|\n"},
-        {"abc\rX", "abcX", "Xbc"},
-        {"a\x19|", "a|", "a\n|"},
-        {"ab\r\tX", "ab      X", "ab      X"},
-        {"12345678\r\tX", "12345678X", "X2345678"},
-        {"abcdef\r\x10\x03X", "abcdefX", "Xbcdef"},
-        {"a  b \x01", "a b .", "a  b ."},
-        {"ab\x14|", "ab|", "ab|"},
-    };
-    for (const auto& [text, line, lines] : cases) {
+    ForEachCase<3>("model/display_texts.txt", [](auto& text, auto& line, auto& lines) {
         CDisplayLayout layout;
         layout.Write(text);
         EXPECT_EQ(CleanDisplayLine(text), line);
-        EXPECT_EQ(layout.GetText(), lines) << line;
-    }
+        EXPECT_EQ(layout.GetText(), lines);
+    });
     CDisplayLayout hostile;
     for (int i = 0; i < 20000; ++i) {
         hostile.Write("xx\ny");

@@ -90,21 +90,12 @@ TEST(Values, WritesNothingBeyondTheValueOrTheBuffer) {
 }
 
 TEST(Numbers, SetFromDouble) {
-    using enum ENumberForm;
-    const std::tuple<const char*, double, ENumberForm, const char*> kCases[] = {
-        {"negative", -0.05, Short, "2C 04 88 93 79 01"},
-        {"a tie goes up", 1234.5, Short, "2C 04 D3 04 7E 01"},
-        {"just below a tie", 1.2345, Short, "2C 04 D2 04 7B 01"},
-        {"carry", 9999.5, Short, "2C 04 E8 03 7F 01"},
-        {"too large", 1e300, Short, "2C 04 E8 03 FD 01"},
-        {"too small", 1e-300, Long, "30 06 00 E1 F5 05 FE 01"},
-        {"least double", 5e-324, Short, "2C 04 4D 13 FE 01"},
-        {"not a number", std::nan(""), Long, "30 06 00 00 00 00 75 01"}};
-    for (const auto& [name, value, form, wire] : kCases) {
-        const CParlaneNumber number(value, 1, form);
-        EXPECT_EQ(Tagged(&number), wire) << name;
-        EXPECT_EQ(number.GetValue(), std::isfinite(value) ? value : 0.0) << name;
-    }
+    ForEachCase<3>("model/numbers.txt", [](auto& text, auto& form, auto& wire) {
+        const double value = std::strtod(text.c_str(), nullptr);
+        const CParlaneNumber number(value, 1, form == "long" ? ENumberForm::Long : ENumberForm::Short);
+        EXPECT_EQ(Tagged(&number), wire);
+        EXPECT_EQ(number.GetValue(), std::isfinite(value) ? value : 0.0);
+    });
 }
 
 TEST(Numbers, ReadAsTheNearestDouble) {
@@ -134,19 +125,11 @@ TEST(Integers, BitsAndConversions) {
 }
 
 TEST(Times, CalendarFieldsAndDates) {
-    const std::tuple<const char*, const char*, bool, int, int> kCases[] = {
-        {"leap day", "00 00 00 00 1D 02 18", true, 2024, 4},
-        {"no leap day", "00 00 00 00 1D 02 17", false, 0, 0},
-        {"last of century", "00 00 00 00 01 01 4F", true, 2079, 7},
-        {"second 60", "60 EA 00 00 01 01 18", false, 0, 0},
-        {"minute 60", "00 00 3C 00 01 01 18", false, 0, 0},
-        {"hour 24", "00 00 00 18 01 01 18", false, 0, 0},
-        {"hour 31", "00 00 00 1F 01 01 18", false, 0, 0},
-        {"month 13", "00 00 00 00 01 0D 18", false, 0, 0}};
-    for (const auto& [name, octets, valid, year, weekday] : kCases) {
+    ForEachCase<4>("model/dates.txt", [](auto& octets, auto& valid, auto& year, auto& weekday) {
         const SVariantDate date = CParlaneIEC870(FromHex(octets)).ToVariantDate();
-        EXPECT_EQ(std::tuple(date.valid, date.year, date.weekday), std::tuple(valid, year, weekday)) << name;
-    }
+        EXPECT_EQ(date.valid, valid == "1");
+        EXPECT_EQ(std::pair(date.year, date.weekday), std::pair(std::stoi(year), std::stoi(weekday)));
+    });
     const CParlaneIEC870 monday(FromHex("55 23 07 0D 25 02 18"));
     EXPECT_DOUBLE_EQ(monday.ToVariantDate().date, 45327 + (13 * 3600 + 7 * 60 + 9) / 86400.0);
     EXPECT_EQ(monday.ToVariantDate().milliseconds, 45);

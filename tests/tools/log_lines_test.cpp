@@ -20,17 +20,8 @@ TEST(LogLines, TakesLinesApart) {
 }
 
 TEST(LogLines, ShortNames) {
-    const std::pair<const char*, const char*> kCases[] = {
-        {"COM Port: COM2, device address: 7.", "COM2 device 7"},
-        {"IP address: 10.20.0.5, device address: 2, bus address: 1.", "10.20.0.5 device 2 bus 1"},
-        {"IP address: 10.20.0.5, device address: 2, bus address: 0.", "10.20.0.5 device 2"},
-        {"modem name: A, device address: 5, number to dial: 0, device address: 7.",
-         "A, device address: 5 device 7"},
-        {"modem name: , device address: -1.", ""},
-        {"something else.", "something else."},
-    };
-    for (const auto& [details, want] : kCases)
-        EXPECT_EQ(ShortConnectionName(details), want);
+    ForEachCase<2>("tools/connection_names.txt",
+                   [](auto& details, auto& want) { EXPECT_EQ(ShortConnectionName(details), want); });
 }
 
 // Lines at and over the edges of the reader's buffer, odd line ends, no end at all.

@@ -1,4 +1,5 @@
 // The commands about one relay: what pipes and people get, and what is never shown.
+#include "support/case_table.h"
 #include "support/scratch_folder.h"
 #include "support/scripted_server.h"
 #include "tools/run_tool.h"
@@ -15,23 +16,12 @@
 namespace ruvo::test {
 
 TEST(PasswordCommand, PipedLines) {
-    const std::string rows[][3] = {
-        {"encrypt", "SECRETPWD", "more than 8 characters"},
-        {"encrypt", std::string("SECR\0T", 6), "control characters"},
-        {"decrypt", "SECRET\n", "want the 22 characters"},
-        {"decrypt", "6426392349950675645037", "a digit is wrong"},
-        {"decrypt --key RV004", "RV003=6426392349950675645036", "the entry that --key names"},
-        {"encrypt SECRET", "x", "never an argument"},
-        {"SECRET", "x", "never an argument"},
-        {"encrypt --key SECRET", "x", "never an argument"},
-    };
-    for (const auto& [words, input, error] : rows) {
-        std::istringstream stream("password " + words);
-        const SOutcome outcome = RunTool({std::istream_iterator<std::string>(stream), {}}, 100, input);
-        EXPECT_EQ(outcome.status, error == "never an argument" ? 2 : 1) << words;
+    ForEachCase<3>("tools/password_mistakes.txt", [](auto& words, auto& input, auto& error) {
+        const SOutcome outcome = RunWords("password " + words, "@", "", input);
+        EXPECT_EQ(outcome.status, error == "never an argument" ? 2 : 1);
         EXPECT_NE(outcome.error.find(error), std::string::npos) << outcome.error;
-        EXPECT_EQ((outcome.out + outcome.error).find("SECR"), std::string::npos) << words;
-    }
+        EXPECT_EQ((outcome.out + outcome.error).find("SECR"), std::string::npos);
+    });
     for (const std::string password : {"", "A", "PASSWORD", " a=b\xFC "}) {
         const SOutcome made = RunTool({"password", "encrypt", "--key", "rv003"}, 9, password + "\r\nx\n");
         EXPECT_TRUE(made.out.starts_with("RV003=") && made.out.size() == 29) << made.out;

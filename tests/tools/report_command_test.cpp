@@ -1,4 +1,5 @@
 // ruvoctl report: what reaches the page, and that nothing in it can be anything but data.
+#include "support/case_table.h"
 #include "support/scratch_folder.h"
 #include "tools/run_tool.h"
 
@@ -34,25 +35,11 @@ const std::string kHeader = "APP: Parlane\r\nTYPE: EventList\r\n\r\nheaderText\r
 } // namespace
 
 TEST(ReportPage, DataCannotLeaveItsElement) {
-    struct SCase {
-        const char* name;
-        std::string json;
-        std::string want;
-    };
-    const SCase kCases[] = {
-        {"an end tag", R"(["</script>"])", R"(["\u003C/script\u003E"])"},
-        {"a comment", R"(["<!--<script>"])", R"(["\u003C!--\u003Cscript\u003E"])"},
-        {"an entity", R"(["&lt;"])", R"(["\u0026lt;"])"},
-        {"separators", "[\"a\xE2\x80\xA8\xE2\x80\xA9z\"]", R"(["a\u2028\u2029z"])"},
-        {"their neighbours and cut ones", "[\"\xE2\x80\xA7\xE2\x82\xAC\xE2\x80",
-         "[\"\xE2\x80\xA7\xE2\x82\xAC\xE2\x80"},
-        {"nothing to escape", R"({"a":[1,-2]})", R"({"a":[1,-2]})"},
-    };
-    for (const SCase& row : kCases) {
+    ForEachCase<2>("tools/script_json.txt", [](auto& text, auto& want) {
         std::string out;
-        AppendScriptJson(out, row.json);
-        EXPECT_EQ(out, row.want) << row.name;
-    }
+        AppendScriptJson(out, text);
+        EXPECT_EQ(out, want);
+    });
 }
 
 TEST(ReportCommand, PageHoldsEventsDamageAndProblems) {
