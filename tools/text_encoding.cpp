@@ -88,10 +88,6 @@ bool IsUtf8(std::string_view text) {
 
 } // namespace
 
-std::string CountText(std::uint64_t number, std::string_view what) {
-    return std::to_string(number) + ' ' + std::string(what) + (number == 1 ? "" : "s");
-}
-
 void AppendJsonRelayText(std::string& out, std::string_view cp1252) {
     std::size_t done = 0;
     for (std::size_t at = 0; at < cp1252.size(); ++at) {

@@ -32,7 +32,4 @@ std::size_t ColumnsOf(std::string_view utf8);
 /// True when `part` occurs in `text`, ASCII letters compared without case.
 bool ContainsText(std::string_view text, std::string_view part);
 
-/// "1 record", "2 records".
-std::string CountText(std::uint64_t number, std::string_view what);
-
 } // namespace ruvo

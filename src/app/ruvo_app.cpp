@@ -6,6 +6,7 @@
 #include "dayfile/off_file.h"
 #include "log/error_log.h"
 #include "log/log_reserve.h"
+#include "log/run_texts.h"
 #include "platform/message_box.h"
 #include "run/extraction_run.h"
 #include "run/link_control.h"
@@ -17,7 +18,7 @@ namespace ruvo {
 namespace {
 
 void LogFailure(const char* kind, const char* what) noexcept {
-    WithLogReserve([&] { LogMessage(std::string(kind) + " exception occured:" + what, false); });
+    WithLogReserve([&] { LogMessage(ExceptionText(kind, what), false); });
 }
 
 template <class Action>
@@ -61,7 +62,7 @@ void CRuvoApp::StartUp(CRunContext& context, std::span<const std::string> argume
     m_programFolder.emplace();
     EResultCode result = LoadAndCheck(context, m_commandLine.iniPath, m_commandLine.checkOnly);
     if (!m_commandLine.checkOnly && !ClaimSingleInstance()) {
-        LogMessage("Only one instance can be running at one time.", false);
+        LogMessage(kAlreadyRunning, false);
         return;
     }
     if (result == EResultCode::Success && !m_commsServer.Start()) {

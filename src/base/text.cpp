@@ -29,6 +29,10 @@ std::string ToUpperText(std::string_view text) {
     return upper;
 }
 
+std::string Counted(std::uint64_t number, std::string_view what) {
+    return std::to_string(number) + ' ' + std::string(what) + (number == 1 ? "" : "s");
+}
+
 void AppendHexByte(std::string& out, unsigned byte) {
     constexpr std::string_view kDigits = "0123456789ABCDEF";
     out += kDigits[byte >> 4U & 0x0FU];

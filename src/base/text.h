@@ -1,6 +1,8 @@
 // Text helpers that know no operating system and no relay. Letters and digits are those of ASCII.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -46,6 +48,8 @@ constexpr int HexDigitValue(char c) {
     const char lower = ToLower(c);
     return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
+/// "1 record", "2 records".
+std::string Counted(std::uint64_t number, std::string_view what);
 /// Two upper-case hexadecimal digits.
 void AppendHexByte(std::string& out, unsigned byte);
 

@@ -1,5 +1,6 @@
 #include "extraction/relay_visit.h"
 
+#include "base/text.h"
 #include "dayfile/day_file_reader.h"
 #include "dayfile/day_file_writer.h"
 #include "dayfile/held_day_file.h"
@@ -21,11 +22,6 @@
 namespace ruvo {
 
 namespace {
-
-/// "1 event", "2 events".
-std::string Counted(std::size_t count, const std::string& what) {
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
 
 /// An error's text as one sentence.
 std::string MessageOf(const IError& error) {
@@ -254,10 +250,6 @@ void CVisit::FinishReport() {
 }
 
 } // namespace
-
-std::string LossText(std::size_t events) {
-    return Counted(events, "event") + " taken from the relay, but not stored.";
-}
 
 void ExtractEventsToFile(std::uint32_t deviceAddress, const std::string& eventRoot, std::int32_t maxEvents,
                          SExtractionReport* report, SVisitLimits limits) {

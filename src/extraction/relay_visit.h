@@ -33,9 +33,6 @@ struct SExtractionReport {
     std::vector<std::string> problems; ///< one text per problem, in order, but for the lost events
 };
 
-/// What the log says of events that a relay has let go of and that are in no day file.
-std::string LossText(std::size_t events);
-
 /// Reads the pending events of the relay that the link addresses and appends them to the relay's day file
 /// below `eventRoot`. `deviceAddress` goes into every record. `maxEvents` ends the visit after so many
 /// records. Throws CStatus when a request was aborted; `report` is complete even then.

@@ -6,9 +6,9 @@
 #include "extraction/relay_visit.h"
 #include "link/client.h"
 #include "log/connection_details.h"
-#include "log/connection_text.h"
 #include "log/error_log.h"
 #include "log/log_reserve.h"
+#include "log/run_texts.h"
 #include "model/status/status.h"
 #include "run/link_control.h"
 #include "run/login_probe.h"
@@ -22,7 +22,7 @@ namespace ruvo {
 namespace {
 
 void LogUnhandled(const std::exception& exception) noexcept {
-    WithLogReserve([&] { LogMessage(std::string("Unhandled exception occured:") + exception.what(), true); });
+    WithLogReserve([&] { LogMessage(ExceptionText("Unhandled", exception.what()), true); });
 }
 
 /// Extracts and says in the log whatever came in the way.
@@ -39,9 +39,7 @@ void ExtractAndReport(const CRunContext& context, std::int32_t deviceAddress) {
     }
     const LinkStatus ended = raised.value_or(report.endStatus);
     if (ended != kLinkGood) {
-        WithLogReserve([&] {
-            LogStatusMessage("A problem occured during events extraction. " + ConnectionText(context), ended);
-        });
+        WithLogReserve([&] { LogStatusMessage(ExtractionProblemText(context), ended); });
     }
     const bool isLoss = report.eventsLost > 0 || report.eventsPassedOver > 0;
     for (const std::string& problem : report.problems) {

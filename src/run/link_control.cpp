@@ -2,6 +2,7 @@
 
 #include "link/client.h"
 #include "log/error_log.h"
+#include "log/run_texts.h"
 
 namespace ruvo {
 
@@ -16,9 +17,7 @@ bool OpenSerialPort(const CRuvoConfig& config) {
         std::to_string(config.BaudRate()) + "," + (config.ElevenBits() != 0 ? "E" : "N") + ",8,1";
     const LinkStatus status = Link().OpenPort(nullptr, config.CommPort(), parameters);
     if (status != kLinkGood) {
-        LogStatusMessage("Failed to open COM port. Port: " + config.CommPort() +
-                             ", connection parameters: " + parameters + ".",
-                         status);
+        LogStatusMessage(OpenPortFailedText(config.CommPort(), parameters), status);
     }
     return status == kLinkGood;
 }
@@ -29,20 +28,18 @@ bool DialModem(const CRuvoConfig& config) {
                             config.TapiCountryCode(), config.TapiAreaCode(), config.TapiNumberToDial(),
                             static_cast<std::uint8_t>(config.TapiUseCountryAndAreaCodes()));
     if (status != kLinkGood) {
-        LogStatusMessage("Modem connect failed. Modem name: " + config.TapiModemName() +
-                             ", number to dial: " + config.TapiNumberToDial() + ".",
-                         status);
+        LogStatusMessage(ModemConnectFailedText(config), status);
     }
     return status == kLinkGood;
 }
 
 /// Sets the transaction values of a link that has just been opened; without them it is closed again.
-bool CompleteOpening(CRunContext& context, const std::string& where) {
+bool CompleteOpening(CRunContext& context, const std::string& place) {
     if (ApplyTransactionValues(context)) {
         return true;
     }
     CloseLink(context);
-    LogMessage("There were problems with setting transaction values. " + where, false);
+    LogMessage(OpenIncompleteText(place), false);
     return false;
 }
 
@@ -61,7 +58,7 @@ bool OpenSerialOrModemLink(CRunContext& context) {
         context.SetModemConnected(true);
     }
     context.SetLinkOpen(true); // at once: whatever fails from here on, the link will be closed
-    return CompleteOpening(context, "Port: " + config.CommPort() + ".");
+    return CompleteOpening(context, PortPlaceText(config.CommPort()));
 }
 
 bool OpenEthernetLink(CRunContext& context, const std::string& ip, std::int32_t deviceAddress,
@@ -75,13 +72,11 @@ bool OpenEthernetLink(CRunContext& context, const std::string& ip, std::int32_t 
         "TNLC=\"RPCDll.Dll\",\"" + ip + "\",\"" + bus + "\",\"" + device + "\",\"0\"";
     const LinkStatus status = Link().OpenPort(nullptr, connection, "");
     if (status != kLinkGood) {
-        LogStatusMessage("Failed to open ethernet connection. Connection string: " + connection + ".",
-                         status);
+        LogStatusMessage(EthernetFailedText(connection), status);
         return false;
     }
     context.SetLinkOpen(true);
-    return CompleteOpening(context, "Device IP: " + ip + ", device address: " + device +
-                                        ", bus address: " + bus + ".");
+    return CompleteOpening(context, RelayPlaceText(ip, deviceAddress, busAddress));
 }
 
 bool ApplyTransactionValues(const CRunContext& context) {
@@ -90,7 +85,7 @@ bool ApplyTransactionValues(const CRunContext& context) {
         nullptr, config.BusyHoldoff(), config.BusyCount(), config.ResetResponse(), config.Response(),
         config.TryCount(), config.TransmitDelay(), config.GlobalTransmit());
     if (status != kLinkGood) {
-        LogStatusMessage("Setting transaction values failed.", status);
+        LogStatusMessage(kTransactionValuesFailed, status);
     }
     return status == kLinkGood;
 }
@@ -105,7 +100,7 @@ void CloseLink(CRunContext& context) {
     context.SetModemConnected(false);
     const LinkStatus status = modem ? Link().ModemHangUp(nullptr) : Link().ClosePort(nullptr);
     if (status != kLinkGood) {
-        LogStatusMessage(modem ? "Modem hang-up failed." : "Failed to close COM port.", status);
+        LogStatusMessage(modem ? kHangUpFailed : kClosePortFailed, status);
     }
     context.SetLinkOpen(false);
 }

@@ -3,8 +3,8 @@
 #include "base/secret.h"
 #include "extraction/password_state.h"
 #include "link/client.h"
-#include "log/connection_text.h"
 #include "log/error_log.h"
+#include "log/run_texts.h"
 #include "model/values/parlane_integers.h"
 
 namespace ruvo {
@@ -47,9 +47,7 @@ bool TestDeviceConnection(const CRunContext& context) {
     if (outcome == ELoginProbe::Accepted || outcome == ELoginProbe::NotAsked) {
         return true;
     }
-    LogMessage("Test connection failed. Unable to connect to the device or password is invalid. " +
-                   ConnectionText(context),
-               false);
+    LogMessage(LoginProbeFailedText(context), false);
     return false;
 }
 

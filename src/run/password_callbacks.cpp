@@ -2,6 +2,7 @@
 
 #include "extraction/password_state.h"
 #include "log/error_log.h"
+#include "log/run_texts.h"
 
 #include <algorithm>
 #include <array>
@@ -19,16 +20,12 @@ struct SRefusalRow {
 };
 
 constexpr std::array kRefusals{
-    SRefusalRow{GETPASSWORD_PASS_LEVEL_ERR, &SPasswordState::insufficientLevel,
-                "Insufficient password level."},
-    SRefusalRow{GETPASSWORD_PASS_INVALID_ERR, nullptr, "Invalid password."},
-    SRefusalRow{GETPASSWORD_PASS_CS_INVALID_ERR, nullptr, "Password to a Cyber Security device is invalid."},
-    SRefusalRow{GETPASSWORD_PASS_BLOCKED_TEMP_ERR, &SPasswordState::blocked,
-                "Password is blocked temporarily."},
-    SRefusalRow{GETPASSWORD_PASS_UNKNOWN_ERR, nullptr,
-                "Unknown error occured (GETPASSWORD_PASS_UNKNOWN_ERR passed to password callback)."},
-    SRefusalRow{GETPASSWORD_PASS_BLOCKED_PERM_ERR, &SPasswordState::blocked,
-                "Password is blocked permanently."},
+    SRefusalRow{GETPASSWORD_PASS_LEVEL_ERR, &SPasswordState::insufficientLevel, kInsufficientLevel},
+    SRefusalRow{GETPASSWORD_PASS_INVALID_ERR, nullptr, kInvalidPassword},
+    SRefusalRow{GETPASSWORD_PASS_CS_INVALID_ERR, nullptr, kInvalidUserPassword},
+    SRefusalRow{GETPASSWORD_PASS_BLOCKED_TEMP_ERR, &SPasswordState::blocked, kBlockedTemporarily},
+    SRefusalRow{GETPASSWORD_PASS_UNKNOWN_ERR, nullptr, kUnknownPasswordError},
+    SRefusalRow{GETPASSWORD_PASS_BLOCKED_PERM_ERR, &SPasswordState::blocked, kBlockedPermanently},
 };
 
 void SupplyPassword(const std::string& password, char* buffer, std::uint32_t maxLength,
@@ -62,9 +59,7 @@ int PasswordCallback(const SPasswordRequest& /*request*/, char** buffer, std::ui
     }
     const auto* refusal = std::ranges::find(kRefusals, code, &SRefusalRow::code);
     if (refusal == kRefusals.end()) {
-        LogMessage(
-            "Unrecognized error code passed to password callback. Error code: " + std::to_string(code) + ".",
-            true);
+        LogMessage(UnrecognizedPasswordCodeText(code), true);
         return 1;
     }
     if (refusal->flag != nullptr) {

@@ -1,4 +1,5 @@
 // ruvoctl archive: copies all records of an event root into a database, or writes them as lines of JSON.
+#include "base/text.h"
 #include "dayfile/day_file_reader.h"
 #include "tools/archive/archive_store.h"
 #include "tools/archive/line_output.h"
@@ -65,11 +66,11 @@ public:
     [[nodiscard]] bool IsGood() const { return m_isGood; }
     [[nodiscard]] std::string Summary() const {
         std::string text =
-            CountText(m_read, "day file") + " read, " + std::to_string(m_unchanged) + " unchanged; ";
-        text += m_store != nullptr ? CountText(m_added, "record") + " added, " + std::to_string(m_known) +
-                                         " already archived"
-                                   : CountText(m_records, "record");
-        return text + "; " + CountText(m_damaged, "damaged place") + "\n";
+            Counted(m_read, "day file") + " read, " + std::to_string(m_unchanged) + " unchanged; ";
+        text += m_store != nullptr
+                    ? Counted(m_added, "record") + " added, " + std::to_string(m_known) + " already archived"
+                    : Counted(m_records, "record");
+        return text + "; " + Counted(m_damaged, "damaged place") + "\n";
     }
 
 private:
@@ -145,7 +146,7 @@ private:
         // Two files of the same name need not hold each other's records.
         const bool isOnlyOne = m_names[fs::path(file.path).filename().string()] == 1;
         if (isComplete && isOnlyOne && tally.gone > 0) {
-            Say(file.path + ": changed: " + CountText(tally.gone, "archived record") +
+            Say(file.path + ": changed: " + Counted(tally.gone, "archived record") +
                 " no longer in the file; kept in the archive");
         }
     }

@@ -1,4 +1,5 @@
 // ruvoctl report: creates a page for a browser from day files and the error log.
+#include "base/text.h"
 #include "platform/clock.h"
 #include "tools/command.h"
 #include "tools/events/day_file_walk.h"
@@ -56,15 +57,9 @@ std::string NowText() {
     return text.data();
 }
 
-std::string Counted(std::size_t count, std::string_view one, std::string_view many) {
-    return std::to_string(count) + ' ' + std::string(count == 1 ? one : many);
-}
-
 std::string Summary(const CReportData& data) {
-    return Counted(data.EventCount(), "event", "events") + " of " +
-           Counted(data.RelayCount(), "relay", "relays") + ", " +
-           Counted(data.ProblemCount(), "problem", "problems") + ", " +
-           Counted(data.DamageCount(), "damaged place", "damaged places");
+    return Counted(data.EventCount(), "event") + " of " + Counted(data.RelayCount(), "relay") + ", " +
+           Counted(data.ProblemCount(), "problem") + ", " + Counted(data.DamageCount(), "damaged place");
 }
 
 /// Reports a failure to write and returns false.

@@ -67,8 +67,8 @@ void AppendVerdict(std::string& out, const SSiteStatus& status, const SVerdict& 
         out += "; and " + std::to_string(rest) + " more";
     }
     if (verdict.causes.empty()) {
-        out += ": " + CountText(status.relays.size(), "relay") + ", " +
-               CountText(status.log.problems, "problem") + " in the error log since " + status.since;
+        out += ": " + Counted(status.relays.size(), "relay") + ", " +
+               Counted(status.log.problems, "problem") + " in the error log since " + status.since;
     }
     out += '\n';
 }

@@ -1,5 +1,6 @@
 #include "tools/status/verdict.h"
 
+#include "base/text.h"
 #include "tools/text_encoding.h"
 
 #include <algorithm>
@@ -34,7 +35,7 @@ void JudgeRelay(const std::string& name, const SRelayStatus& relay, const SThres
         // The current day is not over and does not count against the relay.
         const auto days = static_cast<std::uint64_t>(*relay.silentDays);
         Add(verdict, Grade(days > 0 ? days - 1 : 0, thresholds.warnSilent, thresholds.criticalSilent),
-            name + " has been silent for " + CountText(days, "day"));
+            name + " has been silent for " + Counted(days, "day"));
     } else {
         const EState state = thresholds.criticalSilent > 0 ? EState::Critical
                              : thresholds.warnSilent > 0   ? EState::Warning
@@ -52,7 +53,7 @@ void JudgeRelay(const std::string& name, const SRelayStatus& relay, const SThres
     // Older damage was reported in its time, and would hide what is new.
     if (relay.freshDamaged > 0) {
         Add(verdict, EState::Warning,
-            name + " has " + CountText(relay.freshDamaged, "damaged place") + " in its latest day files");
+            name + " has " + Counted(relay.freshDamaged, "damaged place") + " in its latest day files");
     }
 }
 
@@ -80,7 +81,7 @@ SVerdict Judge(const SSiteStatus& status, const SThresholds& thresholds) {
     }
     const std::uint64_t problems = status.log.problems;
     Add(verdict, Grade(problems, thresholds.warnProblems, thresholds.criticalProblems),
-        CountText(problems, "problem") + " in the error log since " + status.since);
+        Counted(problems, "problem") + " in the error log since " + status.since);
     std::ranges::stable_sort(verdict.causes, [](const SCause& a, const SCause& b) {
         return Severity(a.state) > Severity(b.state);
     });
