@@ -66,7 +66,7 @@ private:
         SAdvised(IP32lsSink_v2& target, CComServer& server)
             : watched(target, server), sink(CComPointer<CComSink>::Adopt(new CComSink(watched))) {}
         /// Whatever the server still holds: one that has died, or forgets, would hold the sink for ever.
-        void Retire() {
+        void Disconnect() {
             sink->Detach();
             Succeeded(CoDisconnectObject(sink.Get(), 0), "disconnecting the sink");
         }
@@ -100,7 +100,7 @@ bool CComConnection::Advise(IP32lsSink_v2& sink, std::uint32_t& cookie) {
     const CComPointer<IConnectionPoint> point = FindPoint();
     DWORD given = 0;
     if (!point || !Succeeded(point->Advise(advised->sink.Get(), &given), "advising the sink")) {
-        advised->Retire();
+        advised->Disconnect();
         return false;
     }
     advised->cookie = given;
@@ -124,7 +124,7 @@ void CComConnection::Unadvise(std::uint32_t cookie) {
     if (const CComPointer<IConnectionPoint> point = FindPoint()) {
         Succeeded(point->Unadvise(cookie), "unadvising the sink");
     }
-    advised->Retire();
+    advised->Disconnect();
 }
 
 void CComConnection::CommandLost() {

@@ -12,7 +12,7 @@ namespace {
 constexpr std::chrono::milliseconds kPeriod(1000);
 
 /// The failures that mean that there is no server any more. Others may be its answer to our question.
-constexpr HRESULT kGone[] = {
+constexpr HRESULT kServerDied[] = {
     HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE),
     HRESULT_FROM_WIN32(RPC_S_CALL_FAILED),
     HRESULT_FROM_WIN32(RPC_S_CALL_FAILED_DNE),
@@ -24,14 +24,14 @@ constexpr HRESULT kGone[] = {
 };
 
 /// Asks for something that changes nothing and is no command, but does go to the server.
-bool IsGone(::IP32ls& server) {
+bool HasDied(::IP32ls& server) {
     UINT count = 0;
     const HRESULT result = server.GetTypeInfoCount(&count);
-    const bool gone = std::ranges::find(kGone, result) != std::end(kGone);
-    if (gone) {
+    const bool died = std::ranges::find(kServerDied, result) != std::end(kServerDied);
+    if (died) {
         TraceError("Comms server has died during a command: %08lX", static_cast<unsigned long>(result));
     }
-    return gone;
+    return died;
 }
 
 } // namespace
@@ -72,10 +72,10 @@ void CServerWatch::Run() {
             break;
         }
         lock.unlock();
-        const bool gone = IsGone(*m_server.Get());
+        const bool died = HasDied(*m_server.Get());
         lock.lock();
         // Only if its completion has not come in the meantime.
-        if (gone && std::exchange(m_running, false)) {
+        if (died && std::exchange(m_running, false)) {
             lock.unlock();
             m_lost();
             lock.lock();
