@@ -30,14 +30,14 @@ public:
 
     /// A length byte, then that many characters.
     [[nodiscard]] bool TakeText(std::string& text) {
-        CByteCursor trial = *this;
+        CByteCursor ahead = *this;
         std::uint8_t length = 0;
         std::span<const std::uint8_t> bytes;
-        if (!trial.TakeByte(length) || !trial.TakeBytes(length, bytes)) {
+        if (!ahead.TakeByte(length) || !ahead.TakeBytes(length, bytes)) {
             return false;
         }
         text.assign(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-        *this = trial;
+        *this = ahead;
         return true;
     }
 

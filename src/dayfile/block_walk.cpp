@@ -14,9 +14,9 @@ namespace {
 using Bytes = std::span<const std::uint8_t>;
 
 bool SkipItem(CByteCursor& cursor, const SBlockItem& item) {
-    switch (item.form) {
-    case EItemForm::Text:
-    case EItemForm::ShortNumber:
+    switch (item.encoding) {
+    case EItemEncoding::Text:
+    case EItemEncoding::ShortNumber:
         return SkipCounted(cursor);
     default:
         return SkipBytes(cursor, MinimumSize(item));

@@ -32,9 +32,9 @@ SFileResult CDayFileReader::Open(const std::string& path, SOpenMode mode) {
 
 bool CDayFileReader::Next(SDayFileItem& item) {
     item = SDayFileItem{};
-    if (!m_at.headerTaken) {
-        m_at.headerTaken = true;
-        if (TakeHeader(item)) {
+    if (!m_at.headerRead) {
+        m_at.headerRead = true;
+        if (ReadHeader(item)) {
             return true;
         }
     }
@@ -42,12 +42,12 @@ bool CDayFileReader::Next(SDayFileItem& item) {
         return ReportReadFailure(item);
     }
     item.offset = m_at.offset;
-    TakeRecord(item);
+    ReadRecord(item);
     return true;
 }
 
 /// True when there is something to say about the header.
-bool CDayFileReader::TakeHeader(SDayFileItem& item) {
+bool CDayFileReader::ReadHeader(SDayFileItem& item) {
     const Bytes window = Window();
     if (window.empty()) { // no file yet: a run has made it and has still to write, or was ended before
         return false;
@@ -61,7 +61,7 @@ bool CDayFileReader::TakeHeader(SDayFileItem& item) {
     return true;
 }
 
-void CDayFileReader::TakeRecord(SDayFileItem& item) {
+void CDayFileReader::ReadRecord(SDayFileItem& item) {
     const Bytes window = Window();
     SParsedRecord parsed = std::exchange(m_at.ahead, {});
     if (parsed.record == nullptr) {
@@ -95,17 +95,17 @@ bool CDayFileReader::SkipDoubtful(const SParsedRecord& parsed, SDayFileItem& ite
         SkipDamage(EDayFileFault::UnknownValue, 1, item);
         return true;
     }
-    const std::size_t swallowed = FindSwallowed(parsed.size);
-    if (swallowed > 0) {
-        SkipDamage(EDayFileFault::RecordWithin, swallowed, item);
+    const std::size_t within = FindRecordWithin(parsed.size);
+    if (within > 0) {
+        SkipDamage(EDayFileFault::RecordWithin, within, item);
     }
-    return swallowed > 0;
+    return within > 0;
 }
 
 /// A torn record with others behind it is as long as it says only by the first bytes of those. Gives where
 /// they begin within the next `size` bytes, so that they lead, back to back, past the end of those; 0 for
 /// nowhere.
-std::size_t CDayFileReader::FindSwallowed(std::size_t size) {
+std::size_t CDayFileReader::FindRecordWithin(std::size_t size) {
     const Bytes window = Window();
     for (std::size_t at = 1; at < size; ++at) {
         std::size_t end = at;

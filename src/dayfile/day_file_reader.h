@@ -48,12 +48,12 @@ public:
 private:
     using Bytes = std::span<const std::uint8_t>;
 
-    bool TakeHeader(SDayFileItem& item);
-    void TakeRecord(SDayFileItem& item);
+    bool ReadHeader(SDayFileItem& item);
+    void ReadRecord(SDayFileItem& item);
     void SkipDamage(EDayFileFault fault, std::size_t known, SDayFileItem& item);
     [[nodiscard]] SParsedRecord Parse(Bytes bytes);
     [[nodiscard]] bool SkipDoubtful(const SParsedRecord& parsed, SDayFileItem& item);
-    [[nodiscard]] std::size_t FindSwallowed(std::size_t size);
+    [[nodiscard]] std::size_t FindRecordWithin(std::size_t size);
     [[nodiscard]] std::size_t ResumableSize(Bytes bytes);
     [[nodiscard]] bool ReportReadFailure(SDayFileItem& item);
 
@@ -69,7 +69,7 @@ private:
         std::uint64_t offset = 0; ///< of `begin` in the file
         bool atEnd = false;       ///< nothing is left to be read into the buffer
         bool readFailed = false;
-        bool headerTaken = false;
+        bool headerRead = false;
         std::uint64_t parseBudget = 0; ///< bytes that may still be parsed, see Parse
         SParsedRecord ahead;           ///< the record at the position when it has been parsed already
     };

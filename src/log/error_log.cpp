@@ -118,9 +118,9 @@ SFileResult OpenLocked(CFile& file, const std::string& path) {
     return result;
 }
 
-// A line of which only a part fits (full disk) is taken back: half a line would swallow the beginning of the
+// A line of which only a part fits (full disk) is taken back: half a line would run into the beginning of the
 // next one. Whoever writes without the lock may have appended meanwhile; his line stays.
-void TakeBack(CFile& file, std::uint64_t end, std::size_t written) {
+void RemovePartialLine(CFile& file, std::uint64_t end, std::size_t written) {
     std::uint64_t length = 0;
     if (file.GetLength(length).Good() && length == end + written) {
         static_cast<void>(file.SetLength(end)); // the write's failure is the one worth telling
@@ -142,7 +142,7 @@ SFileResult AppendToFile(const std::string& path, const std::string& line, ELine
     std::size_t written = 0;
     result = file.Write(bytes, written);
     if (!result.Good()) {
-        TakeBack(file, end, written);
+        RemovePartialLine(file, end, written);
         return result;
     }
     if (worth == ELineWorth::TellsOfLoss) {
@@ -156,7 +156,7 @@ SFileResult AppendToFile(const std::string& path, const std::string& line, ELine
     return result.Good() ? file.Close() : result;
 }
 
-void TellLineLost(const std::string& line, const std::string& reason) {
+void ReportLineLost(const std::string& line, const std::string& reason) {
     WriteDebugOutput("Error log " + DisplayPath(State().path) + ": " + reason + ". Line lost: " + line +
                      "\n");
 }
@@ -167,12 +167,12 @@ void AppendLine(std::string_view text, ELineWorth worth) {
     }
     const std::string line = TimeStamp() + ' ' + OneLine(text);
     if (State().path.empty()) {
-        TellLineLost(line, "no path is known");
+        ReportLineLost(line, "no path is known");
         return;
     }
     const SFileResult result = AppendToFile(State().path, line + "\r\n", worth);
     if (!result.Good()) {
-        TellLineLost(line, SystemErrorText(result.systemCode));
+        ReportLineLost(line, SystemErrorText(result.systemCode));
     }
 }
 

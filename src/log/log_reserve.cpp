@@ -19,7 +19,7 @@ std::unique_ptr<std::byte[]>& Reserve() {
 
 } // namespace
 
-void GiveLogReserve() noexcept {
+void ReleaseLogReserve() noexcept {
     Reserve().reset();
 }
 
@@ -29,7 +29,7 @@ void KeepLogReserve() noexcept {
     }
 }
 
-void TellNoMemoryForLine() noexcept {
+void ReportNoMemoryForLine() noexcept {
     TraceError("A line of the error log is lost: no memory for it");
 }
 

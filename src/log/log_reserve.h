@@ -4,11 +4,11 @@
 namespace ruvo {
 
 /// Gives the kept memory back, to be used by what comes next.
-void GiveLogReserve() noexcept;
+void ReleaseLogReserve() noexcept;
 /// Keeps it (again); nothing when there is no memory for it.
 void KeepLogReserve() noexcept;
-/// Tells the debug output that a line of the log is lost.
-void TellNoMemoryForLine() noexcept;
+/// Writes to the debug output that a line of the log is lost.
+void ReportNoMemoryForLine() noexcept;
 
 /// Does what makes and writes a line; when it fails, gives it the reserve and lets it begin again. It must
 /// not fail once its line is written.
@@ -20,11 +20,11 @@ void WithLogReserve(Write write) noexcept {
     } catch (
         ...) { // NOLINT(bugprone-empty-catch): what was made in vain is gone, and the reserve comes to it
     }
-    GiveLogReserve();
+    ReleaseLogReserve();
     try {
         write();
     } catch (...) {
-        TellNoMemoryForLine();
+        ReportNoMemoryForLine();
     }
     KeepLogReserve();
 }

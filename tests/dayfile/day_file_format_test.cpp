@@ -33,10 +33,11 @@ std::string PageTable(const std::string& head, std::size_t cells) {
 }
 
 std::string Row(const SBlockItem& item) {
-    static constexpr const char* kForms[] = {"byte, 1",    "16 bits, 2",         "32 bits, 4",
-                                             "text, 1 + ", "short number, 1 + ", "tagged value, 2 + "};
+    static constexpr const char* kEncodings[] = {"byte, 1",    "16 bits, 2",         "32 bits, 4",
+                                                 "text, 1 + ", "short number, 1 + ", "tagged value, 2 + "};
     const std::string data = item.dataSize > 0 ? std::to_string(item.dataSize) : "n";
-    const std::string row = std::string(item.name) + ", " + kForms[static_cast<std::size_t>(item.form)];
+    const std::string row =
+        std::string(item.name) + ", " + kEncodings[static_cast<std::size_t>(item.encoding)];
     return row + (row.ends_with(' ') ? data : "") + "\n";
 }
 

@@ -43,19 +43,19 @@ bool CBinaryCell::Validate(CErrorList& errors) {
     }
     bool sound = true;
     if (m_step->GetValue() != 1) {
-        sound = ReportFinding(errors, ECellMessage::StepNotOne, HexNumberText(m_step->GetValue()));
+        sound = ReportCellError(errors, ECellMessage::StepNotOne, HexNumberText(m_step->GetValue()));
         m_step->SetValue(1);
     }
     const auto bits = static_cast<std::uint32_t>(8 * m_value.GetSize());
     if (m_maximum->GetValue() > bits) {
-        sound = ReportFinding(errors, ECellMessage::TooManyBits, std::to_string(m_maximum->GetValue()),
-                              std::to_string(bits));
+        sound = ReportCellError(errors, ECellMessage::TooManyBits, std::to_string(m_maximum->GetValue()),
+                                std::to_string(bits));
         m_maximum->SetValue(bits);
     }
     const std::uint32_t word = m_value.GetWord();
     if ((word & ~GetMask()) != 0) {
-        sound =
-            ReportFinding(errors, ECellMessage::FixedBitsSet, HexNumberText(word), HexNumberText(GetMask()));
+        sound = ReportCellError(errors, ECellMessage::FixedBitsSet, HexNumberText(word),
+                                HexNumberText(GetMask()));
         m_value.SetWord(word & GetMask());
     }
     return sound;

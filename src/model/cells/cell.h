@@ -70,7 +70,7 @@ public:
     [[nodiscard]] virtual const CParlaneData* GetMaximum() const;
     [[nodiscard]] virtual const CParlaneData* GetStep() const;
     [[nodiscard]] virtual std::unique_ptr<CCell> Clone() const = 0;
-    /// Corrects what lies outside the limits and reports each finding; false when there was any.
+    /// Corrects what lies outside the limits and reports each as a CCellError; false when there was any.
     virtual bool Validate(CErrorList& errors);
     /// The value through the given format text. Never fails: see EFormatMode.
     virtual void Format(std::string& output, std::string_view format, EFormatMode mode) const = 0;

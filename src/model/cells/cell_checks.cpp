@@ -11,12 +11,12 @@ namespace {
 bool BoundInteger(SIntegerCheck& check, CErrorList& errors) {
     const std::string value = std::to_string(check.value);
     if (check.value < check.minimum) {
-        ReportFinding(errors, ECellMessage::ValueBelowMinimum, value, std::to_string(check.minimum));
+        ReportCellError(errors, ECellMessage::ValueBelowMinimum, value, std::to_string(check.minimum));
         check.value = check.minimum;
         return false;
     }
     if (check.value > check.maximum) {
-        ReportFinding(errors, ECellMessage::ValueAboveMaximum, value, std::to_string(check.maximum));
+        ReportCellError(errors, ECellMessage::ValueAboveMaximum, value, std::to_string(check.maximum));
         check.value = check.maximum;
         return false;
     }
@@ -26,12 +26,12 @@ bool BoundInteger(SIntegerCheck& check, CErrorList& errors) {
 bool BoundReal(SRealCheck& check, CErrorList& errors) {
     const std::string value = RealNumberText(check.value);
     if (check.value < check.minimum) {
-        ReportFinding(errors, ECellMessage::ValueBelowMinimum, value, RealNumberText(check.minimum));
+        ReportCellError(errors, ECellMessage::ValueBelowMinimum, value, RealNumberText(check.minimum));
         check.value = check.minimum;
         return false;
     }
     if (check.value > check.maximum) {
-        ReportFinding(errors, ECellMessage::ValueAboveMaximum, value, RealNumberText(check.maximum));
+        ReportCellError(errors, ECellMessage::ValueAboveMaximum, value, RealNumberText(check.maximum));
         check.value = check.maximum;
         return false;
     }
@@ -59,16 +59,16 @@ bool AlignReal(SRealCheck& check, CErrorList& errors) {
     if (check.error * std::fabs(corrected) / check.step > kMostExcused) {
         return true;
     }
-    ReportFinding(errors, ECellMessage::ValueNotAligned, RealNumberText(check.value),
-                  RealNumberText(check.step), RealNumberText(check.minimum));
+    ReportCellError(errors, ECellMessage::ValueNotAligned, RealNumberText(check.value),
+                    RealNumberText(check.step), RealNumberText(check.minimum));
     check.value = corrected;
     return false;
 }
 
 } // namespace
 
-bool ReportFinding(CErrorList& errors, ECellMessage message, std::string argument1, std::string argument2,
-                   std::string argument3) {
+bool ReportCellError(CErrorList& errors, ECellMessage message, std::string argument1, std::string argument2,
+                     std::string argument3) {
     AddError(errors, std::make_unique<CCellError>(static_cast<unsigned>(message), std::move(argument1),
                                                   std::move(argument2), std::move(argument3)));
     return false;
@@ -93,12 +93,12 @@ bool CheckIntegers(SIntegerCheck& check, CErrorList& errors) {
     bool sound = true;
     const std::int64_t span = check.maximum - check.minimum;
     if (span < 0) {
-        sound = ReportFinding(errors, ECellMessage::MaximumBelowMinimum, std::to_string(check.maximum),
-                              std::to_string(check.minimum));
+        sound = ReportCellError(errors, ECellMessage::MaximumBelowMinimum, std::to_string(check.maximum),
+                                std::to_string(check.minimum));
         check.maximum = check.minimum;
     } else if (check.step > 0 && span % check.step != 0) {
-        sound = ReportFinding(errors, ECellMessage::MaximumNotAligned, std::to_string(check.maximum),
-                              std::to_string(check.step), std::to_string(check.minimum));
+        sound = ReportCellError(errors, ECellMessage::MaximumNotAligned, std::to_string(check.maximum),
+                                std::to_string(check.step), std::to_string(check.minimum));
         check.maximum -= span % check.step;
     }
     if (!BoundInteger(check, errors)) {
@@ -106,8 +106,8 @@ bool CheckIntegers(SIntegerCheck& check, CErrorList& errors) {
     }
     const std::int64_t excess = check.step > 0 ? (check.value - check.minimum) % check.step : 0;
     if (excess != 0) {
-        sound = ReportFinding(errors, ECellMessage::ValueNotAligned, std::to_string(check.value),
-                              std::to_string(check.step), std::to_string(check.minimum));
+        sound = ReportCellError(errors, ECellMessage::ValueNotAligned, std::to_string(check.value),
+                                std::to_string(check.step), std::to_string(check.minimum));
         check.value -= excess;
     }
     return sound;
@@ -116,11 +116,11 @@ bool CheckIntegers(SIntegerCheck& check, CErrorList& errors) {
 bool CheckReals(SRealCheck& check, CErrorList& errors) {
     bool sound = true;
     if (check.step < 0) {
-        sound = ReportFinding(errors, ECellMessage::NegativeStep, RealNumberText(check.step));
+        sound = ReportCellError(errors, ECellMessage::NegativeStep, RealNumberText(check.step));
     }
     if (check.maximum < check.minimum) {
-        sound = ReportFinding(errors, ECellMessage::MaximumBelowMinimum, RealNumberText(check.maximum),
-                              RealNumberText(check.minimum));
+        sound = ReportCellError(errors, ECellMessage::MaximumBelowMinimum, RealNumberText(check.maximum),
+                                RealNumberText(check.minimum));
         check.maximum = check.minimum;
     }
     return BoundReal(check, errors) && AlignReal(check, errors) && sound;

@@ -26,9 +26,9 @@ enum class ECellMessage : unsigned {
     CharactersOutOfRange = 238,
 };
 
-/// Appends a finding; always false, which is what a check with findings gives.
-bool ReportFinding(CErrorList& errors, ECellMessage message, std::string argument1,
-                   std::string argument2 = {}, std::string argument3 = {});
+/// Appends a CCellError; always false, which is what a check with errors gives.
+bool ReportCellError(CErrorList& errors, ECellMessage message, std::string argument1,
+                     std::string argument2 = {}, std::string argument3 = {});
 
 /// "0x%08x" and "%f" as the C library writes them in its own locale.
 std::string HexNumberText(std::uint32_t number);

@@ -51,7 +51,7 @@ bool CDateTimeCell::CheckMilliseconds(unsigned step, CErrorList& errors) {
     if (excess == 0) {
         return true;
     }
-    ReportFinding(errors, ECellMessage::MillisecondsNotAligned, LongTimeText(), std::to_string(step));
+    ReportCellError(errors, ECellMessage::MillisecondsNotAligned, LongTimeText(), std::to_string(step));
     m_value.SetMilliseconds(m_value.GetMilliseconds() - excess);
     return false;
 }
@@ -61,7 +61,7 @@ bool CDateTimeCell::CheckMinutes(unsigned step, CErrorList& errors) {
     if (excess == 0 && m_value.GetMilliseconds() == 0) {
         return true;
     }
-    ReportFinding(errors, ECellMessage::MinutesNotAligned, LongTimeText(), std::to_string(step));
+    ReportCellError(errors, ECellMessage::MinutesNotAligned, LongTimeText(), std::to_string(step));
     m_value.SetMinute(m_value.GetMinute() - excess);
     m_value.SetMilliseconds(0);
     return false;
@@ -72,7 +72,7 @@ bool CDateTimeCell::CheckHours(unsigned step, CErrorList& errors) {
     if (excess == 0 && m_value.GetMinute() == 0 && m_value.GetMilliseconds() == 0) {
         return true;
     }
-    ReportFinding(errors, ECellMessage::HoursNotAligned, LongTimeText(), std::to_string(step));
+    ReportCellError(errors, ECellMessage::HoursNotAligned, LongTimeText(), std::to_string(step));
     m_value.SetHour(m_value.GetHour() - excess);
     m_value.SetMinute(0);
     m_value.SetMilliseconds(0);
@@ -83,7 +83,7 @@ bool CDateTimeCell::CheckDay(CErrorList& errors) {
     if (m_value.GetHour() == 0 && m_value.GetMinute() == 0 && m_value.GetMilliseconds() == 0) {
         return true;
     }
-    ReportFinding(errors, ECellMessage::DayNotAligned, LongTimeText());
+    ReportCellError(errors, ECellMessage::DayNotAligned, LongTimeText());
     m_value.SetHour(0);
     m_value.SetMinute(0);
     m_value.SetMilliseconds(0);

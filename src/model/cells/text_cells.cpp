@@ -84,16 +84,16 @@ bool CTextCell::Validate(CErrorList& errors) {
     }
     bool sound = true;
     if (m_step->GetValue() != 1) {
-        sound = ReportFinding(errors, ECellMessage::StepNotOne, std::to_string(m_step->GetValue()));
+        sound = ReportCellError(errors, ECellMessage::StepNotOne, std::to_string(m_step->GetValue()));
         m_step->SetValue(1);
     }
     if (m_maximum->GetValue() < m_minimum->GetValue()) {
-        sound = ReportFinding(errors, ECellMessage::MaximumBelowMinimum,
-                              std::to_string(m_maximum->GetValue()), std::to_string(m_minimum->GetValue()));
+        sound = ReportCellError(errors, ECellMessage::MaximumBelowMinimum,
+                                std::to_string(m_maximum->GetValue()), std::to_string(m_minimum->GetValue()));
         m_maximum->SetValue(m_minimum->GetValue());
     }
     if (!IsTextAllowed(m_value.GetText())) {
-        sound = ReportFinding(errors, ECellMessage::CharactersOutOfRange, m_value.GetText());
+        sound = ReportCellError(errors, ECellMessage::CharactersOutOfRange, m_value.GetText());
         m_value.SetText(ClampText(m_value.GetText()));
     }
     return sound;

@@ -4,9 +4,8 @@
 #include "model/values/units.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <cmath>
+#include <string>
 
 namespace ruvo {
 namespace {
@@ -83,32 +82,22 @@ void AddSignificant(CFieldText& field, const CDecimalDigits& digits, const SSign
 }
 
 /// "e", sign and digits of an exponent.
-class CExponentText {
-public:
-    explicit CExponentText(int exponent) {
-        m_end = std::to_chars(m_text.data() + 1, m_text.data() + m_text.size(), exponent).ptr;
-    }
-    [[nodiscard]] std::string_view Get() const {
-        return {m_text.data(), static_cast<std::size_t>(m_end - m_text.data())};
-    }
-
-private:
-    std::array<char, 12> m_text{'e'};
-    const char* m_end;
-};
+std::string ExponentText(int exponent) {
+    return "e" + std::to_string(exponent);
+}
 
 /// The place behind the digits of a number: an SI prefix where the unit takes one, else the exponent.
-std::string_view Scale(const SSignificant& layout, bool takesPrefix, const CExponentText& exponent) {
+std::string_view Scale(const SSignificant& layout, bool takesPrefix, std::string_view exponent) {
     if (takesPrefix && std::abs(layout.exponent) <= kMaxPrefixExponent) {
         return kPrefixes.substr(static_cast<std::size_t>((layout.exponent + kMaxPrefixExponent) / 3), 1);
     }
-    return layout.exponent != 0 ? exponent.Get() : std::string_view();
+    return layout.exponent != 0 ? exponent : std::string_view();
 }
 
 void WriteNonZeroNumber(const SFormatContext& context, const SConversion& conversion, CDecimalDigits& digits,
                         int precision, std::uint8_t unit) {
     const SSignificant layout = LayOut(digits, precision);
-    const CExponentText exponent(layout.exponent);
+    const std::string exponent = ExponentText(layout.exponent);
     CFieldText field;
     field.AddFill(' ', layout.point ? 0 : 1); // stands in for the point, so that columns line up
     const std::string_view sign = conversion.GetSign(digits.IsNegative());
@@ -150,13 +139,13 @@ void ConvertFloat(const SFormatContext& context, const SConversion& conversion) 
     CDecimalDigits digits(value);
     const SSignificant layout = LayOut(
         digits, conversion.precision == SConversion::kNoPrecision ? kDefaultDigits : conversion.precision);
-    const CExponentText exponent(layout.exponent);
+    const std::string exponent = ExponentText(layout.exponent);
     CFieldText field;
     field.AddText(conversion.GetSign(digits.IsNegative()));
     field.SetZeroPlace();
     AddSignificant(field, digits, layout, context.locale.decimalPoint);
     if (!layout.fixed) {
-        field.AddText(exponent.Get());
+        field.AddText(exponent);
     }
     field.Write(context.output, conversion);
 }

@@ -19,7 +19,7 @@ enum class EBlockTag : std::uint8_t { Event = 0, Cells = 1 };
 enum class EEventError : unsigned { PastEnd = 0, BadEventCode = 3, NoTimeStamp = 4 };
 
 /// How an item is written.
-enum class EItemForm : std::uint8_t {
+enum class EItemEncoding : std::uint8_t {
     Byte,
     Word,        ///< 16 bits
     Long,        ///< 32 bits
@@ -48,18 +48,18 @@ inline constexpr std::size_t kMaxBlockSize = 0xFFFF; ///< bytes behind the lengt
 /// One item of a block: what it is, how it is written, and the bytes of data that it always has.
 struct SBlockItem {
     std::string_view name;
-    EItemForm form;
+    EItemEncoding encoding;
     std::size_t dataSize = 0; ///< behind a length byte; 0 where the length may be any
 };
 
 /// Size of an item whose text or value is empty, unless it is always of one size.
 [[nodiscard]] constexpr std::size_t MinimumSize(const SBlockItem& item) {
-    switch (item.form) {
-    case EItemForm::Word:
+    switch (item.encoding) {
+    case EItemEncoding::Word:
         return kWordSize;
-    case EItemForm::Long:
+    case EItemEncoding::Long:
         return kLongSize;
-    case EItemForm::Value:
+    case EItemEncoding::Value:
         return kValueHeadSize + item.dataSize;
     default:
         return kByteSize + item.dataSize;
@@ -77,25 +77,25 @@ struct SBlockItem {
 /// Behind the head of every record's first block. A simple record goes on with its format text and values, an
 /// extended one with one empty text.
 inline constexpr std::array kEventItems{
-    SBlockItem{"record number", EItemForm::Byte},
-    SBlockItem{"unique id", EItemForm::Long},
-    SBlockItem{"time stamp", EItemForm::Value, kTimeStampSize},
-    SBlockItem{"reserved byte", EItemForm::Byte},
-    SBlockItem{"reserved text", EItemForm::Text},
-    SBlockItem{"event code", EItemForm::ShortNumber, kEventCodeSize},
-    SBlockItem{"plant reference", EItemForm::Text},
-    SBlockItem{"description", EItemForm::Text},
-    SBlockItem{"model", EItemForm::Text},
-    SBlockItem{"menu location", EItemForm::Word},
-    SBlockItem{"event text", EItemForm::Text},
-    SBlockItem{"event value", EItemForm::Value},
+    SBlockItem{"record number", EItemEncoding::Byte},
+    SBlockItem{"unique id", EItemEncoding::Long},
+    SBlockItem{"time stamp", EItemEncoding::Value, kTimeStampSize},
+    SBlockItem{"reserved byte", EItemEncoding::Byte},
+    SBlockItem{"reserved text", EItemEncoding::Text},
+    SBlockItem{"event code", EItemEncoding::ShortNumber, kEventCodeSize},
+    SBlockItem{"plant reference", EItemEncoding::Text},
+    SBlockItem{"description", EItemEncoding::Text},
+    SBlockItem{"model", EItemEncoding::Text},
+    SBlockItem{"menu location", EItemEncoding::Word},
+    SBlockItem{"event text", EItemEncoding::Text},
+    SBlockItem{"event value", EItemEncoding::Value},
 };
 /// A cell of an extended record's second block, which begins with the record's unique id; the names of the
 /// bits follow as texts.
 inline constexpr std::array kCellItems{
-    SBlockItem{"label template", EItemForm::Text},
-    SBlockItem{"value", EItemForm::Value},
-    SBlockItem{"count of bit names", EItemForm::Byte},
+    SBlockItem{"label template", EItemEncoding::Text},
+    SBlockItem{"value", EItemEncoding::Value},
+    SBlockItem{"count of bit names", EItemEncoding::Byte},
 };
 
 /// Positions in kEventItems.

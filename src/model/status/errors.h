@@ -35,7 +35,7 @@ using CErrorList = COwnedPtrList<IError>;
 /// Appends the error at the end of the list, which owns it from then on.
 void AddError(CErrorList& errors, std::unique_ptr<IError> error);
 
-/// A finding about a cell's value or limits (messages 225 to 239), with up to three arguments.
+/// What is wrong with a cell's value or limits (messages 225 to 239), with up to three arguments.
 class CCellError final : public IError {
 public:
     explicit CCellError(unsigned messageId, std::string argument1 = {}, std::string argument2 = {},

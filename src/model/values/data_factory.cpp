@@ -80,15 +80,15 @@ std::unique_ptr<CParlaneData> CDataFactory::CreateTagged(Bytes bytes) {
 }
 
 bool CDataFactory::TakeTagged(CByteCursor& cursor, std::unique_ptr<CParlaneData>& value) {
-    CByteCursor trial = cursor;
+    CByteCursor ahead = cursor;
     std::uint8_t typeCode = 0;
     std::uint8_t length = 0;
     Bytes data;
-    if (!trial.TakeByte(typeCode) || !trial.TakeByte(length) || !trial.TakeBytes(length, data)) {
+    if (!ahead.TakeByte(typeCode) || !ahead.TakeByte(length) || !ahead.TakeBytes(length, data)) {
         return false;
     }
     value = Create(typeCode, data);
-    cursor = trial;
+    cursor = ahead;
     return true;
 }
 
