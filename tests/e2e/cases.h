@@ -39,17 +39,18 @@ inline std::string Trip(const std::string& address = "05") {
                  "05 506C616E74 04 44657363 06 414231322D58 12 01 04 54726970 240107 02 2564 280105");
 }
 
-/// One run: the substation, what the INI file holds behind its paths, and what must come out.
+inline const std::string kDay = "AB12-0001/AB12-0001-DATE-DEV.evt";
+
+/// One run: the substation, what must come out of it, and what the INI file holds behind its paths.
 struct SCase {
     const char* name;
     std::string substation;
-    std::string general;
-    std::string sections;
-    std::string log;
-    std::map<std::string, std::string> files;
+    std::string log{};
+    std::map<std::string, std::string> files{{kDay, Header("000001") + Trip()}};
+    std::string general{};
+    std::string sections = "[RUVO_SERIAL]\nRV001=5\n";
 };
 
-inline const std::string kDay = "AB12-0001/AB12-0001-DATE-DEV.evt";
 inline const std::string kSerialDetails = "Connection details - COM Port: COM1, device address: 5.";
 inline const std::string kFailed =
     "Test connection failed. Unable to connect to the device or password is invalid. ";
@@ -79,69 +80,47 @@ inline const std::string kLoginTrace =
 inline const std::string kSecondEventFault =
     "[[fault]]\noperation = \"GetEvent\"\nrelay = \"R0001\"\ncall = 2\n";
 
+inline const std::string kIsLost =
+    "A problem occured during events extraction. " + kSerialDetails +
+    " P32LS status: Undefined P32LS Error\n1 event taken from the relay, but not stored. " + kSerialDetails +
+    "\n";
+inline const std::string kPlain = kLink + Relay("serial = 5", kTrip);
+inline const std::string kTwice = kLink + Relay("serial = 5", kTrip + kTrip) + kSecondEventFault;
+inline const std::string kWithLogin = kLink + Relay("serial = 5", kLocked + kTrip);
+
 inline const std::vector<SCase> kRunCases = {
-    {"a serial relay without login",
-     kLink + Relay("serial = 5", kTrip),
-     "",
-     "[RUVO_SERIAL]\nRV001=5\n",
-     "",
-     {{kDay, Header("000001") + Trip()}}},
-    {"a relay that is not there does not stop the next",
-     kLink + Relay("serial = 5", kTrip),
-     "",
-     "[RUVO_SERIAL]\nRV000=4\nRV001=5\n",
-     kFailed + "Connection details - COM Port: COM1, device address: 4.\n",
-     {{kDay, Header("000001") + Trip()}}},
-    {"a modem relay",
-     kLink + Relay("modem = { number = \"123\", address = 9 }", kTrip),
-     "UseModem=1\nTAPI_ModemName=Acme\nTAPI_NumberToDial=123\n",
-     "[RUVO_MODEM]\nRV999=9\n",
-     "",
-     {{kDay, Header("000001") + Trip("09")}}},
-    {"an Ethernet relay, and a tunnel that does not open",
-     Relay("ethernet = { ip = \"10.0.0.5\", bus = 1, address = 2 }", kTrip),
-     "UseEthernet=1\n",
-     "[RUVO_ETHERNET]\nRV001=10.0.0.9,2\nRV002=10.0.0.5,2,1\n",
-     "Failed to open ethernet connection. Connection string: "
-     "TNLC=\"RPCDll.Dll\",\"10.0.0.9\",\"0\",\"2\",\"0\". "
-     "P32LS status: P32LS Error - cannot open port\n",
-     {{kDay, Header("000001") + Trip("02")}}},
-    {"a missing password",
-     kLink + Relay("serial = 5", kLocked + kTrip),
-     "",
-     "[RUVO_SERIAL]\nRV001=5\n",
-     "Invalid password. " + kSerialDetails + "\n" + kFailed + kSerialDetails + "\n",
-     {}},
-    {"the right password",
-     kLink + Relay("serial = 5", kLocked + kTrip),
-     "",
-     "[RUVO_SERIAL]\nRV001=5\n" + kPassword,
-     "",
-     {{kDay, Header("000001") + Trip()}}},
-    {"nothing pending", kLink + Relay("serial = 5", ""), "", "[RUVO_SERIAL]\nRV001=5\n", "", {}},
-    {"events end in the middle",
-     kLink + Relay("serial = 5", kTrip + kTrip) + kSecondEventFault + "status = 8\n",
-     "",
-     "[RUVO_SERIAL]\nRV001=5\n",
-     "A problem occured during events extraction. " + kSerialDetails +
-         " P32LS status: P32LS Error - device is either not connected or not responding\n",
-     {{kDay, Header("000001") + Trip()}}},
-    {"a reply of the wrong type",
-     kLink + Relay("serial = 5", kTrip + kTrip) + kSecondEventFault + "wrong_type = 2\n",
-     "",
-     "[RUVO_SERIAL]\nRV001=5\n",
-     "A problem occured during events extraction. " + kSerialDetails +
-         " P32LS status: Undefined P32LS Error\n1 event taken from the relay, but not stored. " +
-         kSerialDetails + "\n",
-     {{kDay, Header("000001") + Trip()}}},
-    {"a value with its last byte missing",
-     kLink + Relay("serial = 5", kTrip + kTrip) + kSecondEventFault + "truncate = 2\n",
-     "",
-     "[RUVO_SERIAL]\nRV001=5\n",
-     "A problem occured during events extraction. " + kSerialDetails +
-         " P32LS status: Undefined P32LS Error\n1 event taken from the relay, but not stored. " +
-         kSerialDetails + "\n",
-     {{kDay, Header("000001") + Trip()}}},
+    {.name = "a serial relay without login", .substation = kPlain},
+    {.name = "a relay that is not there does not stop the next",
+     .substation = kPlain,
+     .log = kFailed + "Connection details - COM Port: COM1, device address: 4.\n",
+     .sections = "[RUVO_SERIAL]\nRV000=4\nRV001=5\n"},
+    {.name = "a modem relay",
+     .substation = kLink + Relay("modem = { number = \"123\", address = 9 }", kTrip),
+     .files = {{kDay, Header("000001") + Trip("09")}},
+     .general = "UseModem=1\nTAPI_ModemName=Acme\nTAPI_NumberToDial=123\n",
+     .sections = "[RUVO_MODEM]\nRV999=9\n"},
+    {.name = "an Ethernet relay, and a tunnel that does not open",
+     .substation = Relay("ethernet = { ip = \"10.0.0.5\", bus = 1, address = 2 }", kTrip),
+     .log = "Failed to open ethernet connection. Connection string: "
+            "TNLC=\"RPCDll.Dll\",\"10.0.0.9\",\"0\",\"2\",\"0\". "
+            "P32LS status: P32LS Error - cannot open port\n",
+     .files = {{kDay, Header("000001") + Trip("02")}},
+     .general = "UseEthernet=1\n",
+     .sections = "[RUVO_ETHERNET]\nRV001=10.0.0.9,2\nRV002=10.0.0.5,2,1\n"},
+    {.name = "a missing password",
+     .substation = kWithLogin,
+     .log = "Invalid password. " + kSerialDetails + "\n" + kFailed + kSerialDetails + "\n",
+     .files = {}},
+    {.name = "the right password",
+     .substation = kWithLogin,
+     .sections = "[RUVO_SERIAL]\nRV001=5\n" + kPassword},
+    {.name = "nothing pending", .substation = kLink + Relay("serial = 5", ""), .files = {}},
+    {.name = "events end in the middle",
+     .substation = kTwice + "status = 8\n",
+     .log = "A problem occured during events extraction. " + kSerialDetails +
+            " P32LS status: P32LS Error - device is either not connected or not responding\n"},
+    {.name = "a reply of the wrong type", .substation = kTwice + "wrong_type = 2\n", .log = kIsLost},
+    {.name = "a value with its last byte missing", .substation = kTwice + "truncate = 2\n", .log = kIsLost},
 };
 
 } // namespace ruvo::test

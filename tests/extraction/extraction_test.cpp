@@ -120,66 +120,61 @@ TEST_F(Extraction, AnEndlessStreamIsTakenInPieces) {
     EXPECT_EQ(report.problems.size(), 2U);
 }
 
-TEST_F(Extraction, RequestsThatFailEndTheVisit) {
-    const auto prepare = [this] {
+/// Two events, of which the second request for one is answered with a status.
+class SecondEventFails : public Extraction {
+protected:
+    void Prepare(std::int64_t status) {
         std::filesystem::remove_all(folder.Native("AB12-00001234"));
-        server.events = {Event(1, {"240107", TextHex("f")}), Event(1, {"240107", TextHex("f")})};
+        server.events.assign(2, Event(1, {"240107", TextHex("f")}));
         PasswordState() = SPasswordState{};
-    };
-    const auto failSecondEvent = [&](std::int64_t status) {
-        int count = 0;
-        server.onCall = [count, status](SCall& call) mutable -> std::optional<std::int64_t> {
+        server.onCall = [count = 0, status](SCall& call) mutable -> std::optional<std::int64_t> {
             return call.name == "GetEvent" && ++count == 2 ? std::optional(status) : std::nullopt;
         };
-    };
-    prepare();
-    failSecondEvent(8);
-    SExtractionReport report = Extract();
-    EXPECT_EQ(report.endStatus, 8U);
-    EXPECT_EQ(report.recordsWritten, 1U);
-
-    prepare();
-    failSecondEvent(0x10000); // would be success if its upper half were dropped
-    EXPECT_EQ(Extract().endStatus, 255U);
-
-    for (const bool isHandedOver : {false, true}) { // no answer, or one that makes no sense
-        prepare();
-        failSecondEvent(isHandedOver ? 0 : 254);
-        report = Extract();
-        EXPECT_EQ(report.endStatus, 254U);
-        EXPECT_EQ(report.recordsWritten, 1U);
-        EXPECT_EQ(report.eventsLost, isHandedOver ? 1U : 0U);
     }
+};
 
-    prepare();
-    failSecondEvent(18); // the user aborted
-    report = SExtractionReport{};
+TEST_F(SecondEventFails, EndsTheVisit) {
+    const struct {
+        const char* name;
+        std::int64_t answer;
+        LinkStatus status;
+        std::size_t lost;
+    } cases[] = {{"no answer of the relay", 8, 8, 0},
+                 {"would be success if its upper half were dropped", 0x10000, 255, 0},
+                 {"no answer", 254, 254, 0},
+                 {"an answer that makes no sense", 0, 254, 1}};
+    for (const auto& test : cases) {
+        Prepare(test.answer);
+        const SExtractionReport report = Extract();
+        EXPECT_EQ(report.endStatus, test.status) << test.name;
+        EXPECT_EQ(report.recordsWritten, 1U) << test.name;
+        EXPECT_EQ(report.eventsLost, test.lost) << test.name;
+    }
+}
+
+TEST_F(SecondEventFails, WithAnAbortWhichADeclinedPasswordIsNot) {
+    Prepare(18);
+    SExtractionReport report;
     EXPECT_THROW(ExtractEventsToFile(5, folder.Path(), kNoEventLimit, &report), CStatus);
     EXPECT_EQ(report.eventsLost, 1U);
     EXPECT_FALSE(folder.Has("AB12-00001234"));
-
-    prepare();
-    failSecondEvent(18);
-    PasswordState().callbackCalled = true; // a declined password also ends with 18, but has been told already
+    Prepare(18);
+    PasswordState().callbackCalled = true; // it ends with 18 too, but has been told already
     report = Extract();
     EXPECT_TRUE(report.passwordDeclined);
     EXPECT_EQ(report.endStatus, kLinkGood);
+}
 
-    prepare();
-    server.onCall = nullptr;
-    server.statuses["GetDeviceStatus"] = 255;
-    EXPECT_EQ(Extract().endStatus, 255U);
+TEST_F(Extraction, OtherRequestsThatFailEndTheVisit) {
+    for (const LinkStatus status : {255U, 0x0801U}) { // the second is good, but without the byte
+        server.statuses["GetDeviceStatus"] = status;
+        EXPECT_EQ(Extract().endStatus, status);
+    }
     server.statuses.clear();
-
     PasswordState().callbackCalled = true; // declined at identification: what still comes is counted
     server.events = {Event(1, {"240107", TextHex("f")})};
     EXPECT_EQ(Extract().eventsLost, 1U);
     PasswordState() = SPasswordState{};
-
-    server.statuses["GetDeviceStatus"] = 0x0801; // good, but without the byte
-    EXPECT_EQ(Extract().endStatus, 0x0801U);
-    server.statuses.clear();
-
     server.events = {Event(3, {"240107", "44020030", "240109"})};
     server.statuses["FetchColumnTextAndValues"] = 0x0211;
     EXPECT_EQ(Extract().problems,

@@ -1,4 +1,5 @@
-// Files and paths, and the smaller services of the system.
+// Paths, and the smaller services of the system.
+#include "platform/child_process.h"
 #include "platform/clock.h"
 #include "platform/debug_output.h"
 #include "platform/files.h"
@@ -7,7 +8,6 @@
 #include "platform/message_box.h"
 #include "platform/modules.h"
 #include "platform/native_text.h"
-#include "platform/posix/file_system_room.h"
 #include "platform/posix/native_path.h"
 #include "platform/registry.h"
 #include "platform/single_instance.h"
@@ -15,12 +15,9 @@
 
 #include <csignal>
 #include <fcntl.h>
-#include <functional>
 #include <gtest/gtest.h>
 #include <regex>
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace ruvo {
@@ -60,171 +57,6 @@ TEST(NativePath, MapsBothWays) {
     setenv("TMPDIR", "/var/tmp", 1);
     EXPECT_EQ(TemporaryFolder(), "C:\\var\\tmp\\");
     unsetenv("TMPDIR");
-}
-
-// The exit status of a child process that runs the code; -1 when it did not end by itself.
-int RunInChild(const std::function<int()>& code) {
-    const pid_t child = fork();
-    if (child == 0) {
-        _exit(code());
-    }
-    int status = -1;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-SFileResult Put(CFile& file, std::string_view text, std::size_t& count) {
-    return file.Write({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}, count);
-}
-
-TEST(CFile, WritesSeeksCutsAndReads) {
-    const CScratchFolder folder;
-    CFile file;
-    std::size_t count = 0;
-    std::uint64_t place = 0;
-    std::uint8_t buffer[8]{};
-    ASSERT_TRUE(file.Open(folder.Path("f"), {.read = true, .write = true, .create = true}).Good());
-    EXPECT_TRUE(Put(file, "abcdef", count).Good() && file.Seek(-4, ESeekOrigin::End, place).Good());
-    EXPECT_TRUE(count == 6 && place == 2);
-    EXPECT_TRUE(Put(file, "XY", count).Good() && file.SetLength(5).Good() && file.FlushToDisk().Good());
-    EXPECT_TRUE(file.GetLength(place).Good() && place == 5);
-    EXPECT_TRUE(file.Seek(0, ESeekOrigin::Start, place).Good() && file.Read(buffer, count).Good());
-    EXPECT_TRUE(count == 5 && buffer[2] == 'X');
-    EXPECT_TRUE(file.Close().Good() && file.Close().failure == EFileFailure::BadDescriptor);
-    EXPECT_EQ(Put(file, "", count).failure, EFileFailure::BadDescriptor);
-    EXPECT_EQ(folder.Read("f"), "abXYe");
-    ASSERT_TRUE(file.Open(folder.Path("f"), {.write = true, .truncate = true}).Good());
-    EXPECT_EQ(folder.Read("f"), "");
-}
-
-TEST(CFile, TellsWhyItCannotOpen) {
-    const CScratchFolder folder;
-    folder.Write("file", "x");
-    mkfifo(folder.Native("pipe").c_str(), 0600);
-    const SOpenMode write{.write = true, .create = true};
-    const auto open = [](const std::string& path, SOpenMode mode) {
-        CFile file;
-        const SFileResult result = file.Open(path, mode);
-        EXPECT_TRUE(!SystemErrorText(result.systemCode).empty() && !file.IsOpen()) << path;
-        return result.failure;
-    };
-    EXPECT_EQ(open(folder.Path("none"), {.read = true}), EFileFailure::NotFound);
-    for (const std::string& path : {folder.Path("none\\f"), folder.Path("file\\f"), std::string("D:\\f")}) {
-        EXPECT_EQ(open(path, write), EFileFailure::BadPath) << path;
-    }
-    for (const SOpenMode mode : {write, SOpenMode{.read = true}}) {
-        EXPECT_EQ(open(folder.Path(), mode), EFileFailure::AccessDenied);
-        EXPECT_EQ(open(folder.Path("pipe"), mode), EFileFailure::Other);
-        EXPECT_EQ(open("C:\\dev\\null", mode), EFileFailure::Other);
-    }
-    std::filesystem::create_directory_symlink(folder.Native(), folder.Native("linked"));
-    std::filesystem::create_symlink(folder.Native("file"), folder.Native("to-file"));
-    const SOpenMode plain{.read = true, .write = true, .plain = true};
-    for (const char* const name : {"", "pipe", "to-file", "linked\\file", "file\\f"}) {
-        EXPECT_EQ(open(folder.Path(name), plain), EFileFailure::NotPlain) << name;
-    }
-    EXPECT_EQ(open(folder.Path("none"), plain), EFileFailure::NotFound);
-    EXPECT_EQ(open(folder.Path("none\\f"), plain), EFileFailure::BadPath);
-    EXPECT_FALSE(RemovePlainFile(folder.Path("linked\\file")) || !RemovePlainFile(folder.Path("file")));
-}
-
-TEST(CFile, IsSharedUnderItsLockAndTakenBack) {
-    const CScratchFolder folder;
-    const std::string link = folder.Path("link");
-    const std::string target = folder.Path("target");
-    const SOpenMode make{.write = true, .create = true, .exclusive = true};
-    std::filesystem::create_symlink("target", folder.Native("link"));
-    std::filesystem::create_symlink("circle", folder.Native("circle"));
-    CFile made;
-    CFile other;
-    std::size_t count = 0;
-    ASSERT_TRUE(made.Open(link, make).Good());
-    EXPECT_FALSE(other.Open(link, make).Good() || other.Open(folder.Path("circle"), make).Good());
-    ASSERT_TRUE(other.Open(target, {.write = true}).Good());
-    EXPECT_TRUE(other.TryLock() == EFileLock::Taken && made.TryLock() == EFileLock::HeldByAnother);
-    EXPECT_FALSE(other.RemoveIfEmpty()) << "another has made it";
-    EXPECT_TRUE(other.Close().Good() && made.TryLock() == EFileLock::Taken);
-    EXPECT_TRUE(other.Open(target, {.read = true}).Good() && other.TryLock() == EFileLock::Unknown);
-    EXPECT_TRUE(Put(made, "x", count).Good() && !made.RemoveIfEmpty() && made.SetLength(0).Good());
-    std::filesystem::rename(folder.Native("target"), folder.Native("moved"));
-    EXPECT_FALSE(made.IsAt(target) || made.RemoveIfEmpty());
-    std::filesystem::rename(folder.Native("moved"), folder.Native("target"));
-    EXPECT_TRUE(made.IsAt(target) && made.IsAt(link) && made.RemoveIfEmpty());
-    EXPECT_FALSE(made.IsAt(target) || folder.Has("target"));
-}
-
-// A child process writes 10 bytes where its file-size limit leaves room for 4.
-TEST(CFile, ReportsAFileSizeLimitAndWhatWasWritten) {
-    const CScratchFolder folder;
-    const int written = RunInChild([&] {
-        const rlimit limit{4, 4};
-        CFile file;
-        std::size_t count = 0;
-        const bool ready = file.Open(folder.Path("f"), {.write = true, .create = true}).Good() &&
-                           setrlimit(RLIMIT_FSIZE, &limit) == 0;
-        const bool full = Put(file, "0123456789", count).failure == EFileFailure::DiskFull;
-        return ready && full ? static_cast<int>(count) : -1;
-    });
-    EXPECT_EQ(written, 4);
-    EXPECT_EQ(folder.Read("f"), "0123");
-}
-
-TEST(Files, AreListedNamedAndCopiedSafely) {
-    const CScratchFolder folder;
-    EXPECT_TRUE(MakeFolder(folder.Path("sub")).Good() && !MakeFolder(folder.Path("none\\sub")).Good());
-    EXPECT_EQ(MakeFolder(folder.Path("sub")).failure, EFileFailure::Exists);
-    folder.Write("file", "");
-    std::filesystem::create_directory_symlink(folder.Native("sub"), folder.Native("link"));
-    std::filesystem::create_directory(folder.Native("..\\..\\out")); // one name here, a path above the seam
-    std::vector<SFolderEntry> entries;
-    EXPECT_TRUE(ListFolder(folder.Path(), entries) && entries.size() == 3);
-    for (const SFolderEntry& entry : entries) {
-        EXPECT_EQ(entry.isFolder, entry.name == "sub") << entry.name;
-        EXPECT_EQ(entry.isFile, entry.name == "file") << entry.name;
-    }
-    EXPECT_FALSE(ListFolder(folder.Path("none"), entries));
-    const std::string first = MakeUniqueFile(folder.Path(), "RWT");
-    EXPECT_TRUE(first.starts_with(folder.Path("RWT")) && first != MakeUniqueFile(folder.Path("\\"), "RWT"));
-    EXPECT_TRUE(GetPathKind(first) == EPathKind::File && MakeUniqueFile(folder.Path("none"), "RWT").empty());
-    const std::string source = folder.Write("a", "secret");
-    chmod(folder.Native("a").c_str(), 0600);
-    EXPECT_TRUE(CopyToNewFile(source, folder.Path("b")) && folder.Read("b") == "secret");
-    EXPECT_EQ(std::filesystem::status(folder.Native("b")).permissions(), std::filesystem::perms(0600));
-    EXPECT_FALSE(CopyToNewFile(folder.Path("none"), folder.Path("c")) || folder.Has("c"));
-    using enum EFileFailure;
-    const auto failure = [&](auto name) {
-        return CanMakeEntryIn(folder.Path(name), EPathKind::File).failure;
-    };
-    EXPECT_TRUE(failure("sub") == None && failure("file") == BadPath && failure("none") == NotFound);
-    chmod(folder.Native("sub").c_str(), 0555);
-    const uid_t user = geteuid(); // root may everything
-    EXPECT_TRUE(seteuid(user == 0 ? 65534 : user) == 0 && failure("sub") == AccessDenied &&
-                seteuid(user) == 0);
-}
-
-TEST(Files, RoomThatTheSystemDoesNotStateIsUnknown) {
-    using Room = std::optional<std::uint64_t>;
-    const std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
-    const struct {
-        const char* name;
-        fsblkcnt_t size, left;
-        fsfilcnt_t files, filesLeft;
-        Room bytes, more;
-    } cases[] = {{"a disk", 100, 3, 50, 7, 3 * 4096, 7},
-                 {"a full disk", 100, 0, 50, 0, 0, 0},
-                 {"no size stated", 0, 0, 50, 7, std::nullopt, 7},
-                 {"files not counted", 100, 3, 0, 0, 3 * 4096, std::nullopt},
-                 {"more than a number holds", most, most, 0, 0, most / 4096 * 4096, std::nullopt}};
-    for (const auto& test : cases) {
-        struct statvfs status = {};
-        status.f_frsize = 4096;
-        status.f_blocks = test.size;
-        status.f_bavail = test.left;
-        status.f_files = test.files;
-        status.f_favail = test.filesLeft;
-        EXPECT_EQ(RoomOf(status).bytes, test.bytes) << test.name;
-        EXPECT_EQ(RoomOf(status).files, test.more) << test.name;
-    }
 }
 
 TEST(Registry, ReadsTextsNumbersAndDefaults) {

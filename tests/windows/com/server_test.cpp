@@ -61,6 +61,11 @@ TEST_F(Server, AnswersRequestsOfEveryShape) {
     EXPECT_EQ(b.AsList()->size(), 4U);
     EXPECT_TRUE(b.AsList()->at(3).IsEmpty()) << "no value in the event";
     EXPECT_EQ(c, Variant::FromUI1(0));
+}
+
+TEST_F(Server, CompletesCommandsOnAnotherThread) {
+    Connect();
+    auto& server = connection->Server();
     EXPECT_EQ(Status(server.StartGetStrings(address, Cell(0x0504), status)), 0);
     ASSERT_TRUE(sink.called.try_acquire_for(10s));
     EXPECT_EQ(sink.last, Variant::FromI4(0));
