@@ -51,21 +51,16 @@ TEST(Cell, Texts) {
 }
 
 /// What is said of a value and its limits.
-const std::map<unsigned, std::string> kMessages{
-    {225, "Step size \"%1\" should be \"1\"."},
-    {226, "Max value \"%1\" > \"%2\" (the number of bits)."},
-    {227, "Value \"%1\" has non-settable flags that aren't zero.\nEditable mask is \"%2\"."},
-    {228, "Max value \"%1\" < min value \"%2\"."},
-    {229, "Max value \"%1\" not aligned on step \"%2\" from min value \"%3\"."},
-    {230, "Value \"%1\" < min value \"%2\"."},
-    {231, "Value \"%1\" > max value \"%2\"."},
-    {232, "Value \"%1\" not aligned on step \"%2\" from min value \"%3\"."},
-    {233, "Date time:\n\"%1\"\nnot aligned on %2ms step interval."},
-    {234, "Date time:\n\"%1\"\nnot aligned on %2min step interval."},
-    {235, "Date time:\n\"%1\"\nnot aligned on %2 hour step interval."},
-    {236, "Date time:\n\"%1\"\nnot aligned on daily interval."},
-    {237, "Step size \"%1\" was negative."},
-    {238, "Value \"%1\" contains characters out of range."}};
+const std::map<unsigned, std::string>& Messages() {
+    static const auto messages = [] {
+        std::map<unsigned, std::string> read;
+        ForEachCase<2>("model/cell_messages.txt", [&](auto& number, auto& text) {
+            read[static_cast<unsigned>(std::stoul(number))] = text;
+        });
+        return read;
+    }();
+    return messages;
+}
 
 /// Findings are written "number argument argument argument; ...", "_" in an argument being a blank.
 void CheckFindings(CCell& cell, const std::string& findings) {
@@ -84,7 +79,7 @@ void CheckFindings(CCell& cell, const std::string& findings) {
         ASSERT_LT(count, errors.size()) << row;
         std::string text;
         errors[count]->GetMessageText(text);
-        EXPECT_EQ(text, FormatPositional(kMessages.at(static_cast<unsigned>(std::stoul(part[0]))),
+        EXPECT_EQ(text, FormatPositional(Messages().at(static_cast<unsigned>(std::stoul(part[0]))),
                                          {part[1], part[2], part[3]}));
     }
     EXPECT_EQ(errors.size(), count);

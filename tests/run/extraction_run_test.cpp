@@ -99,59 +99,44 @@ TEST_F(Run, TheLogNamesTheRelayWhateverTheLink) {
     fields.serialEntries = fields.modemEntries = {{"RV001", 5}, {"RV002", 200}};
     fields.ethernetEntries = {{"RV001", "10.0.0.5,5,1"}, {"RV002", "10.0.0.6,200"}};
     server.limits[0x0002] = {"1C0420202020"};
-    struct SRow {
-        int useModem, useEthernet;
-        std::string noted[2], told[2]; ///< of each relay
-    };
-    const std::string port = "COM Port: COM3, device address: ", modem = "modem name: Acme 56k, ";
-    const SRow rows[] = {{0, 0, {port + "5.", port + "200."}, {port + "5.", port + "200."}},
-                         {1,
-                          0,
-                          {modem + "device address: 5.", modem + "device address: 200."},
-                          {modem + "number to dial: 555, device address: 5.",
-                           modem + "number to dial: 555, device address: 200."}},
-                         {0,
-                          1,
-                          {"IP address: 10.0.0.5, device address: 5, bus address: 1.",
-                           "IP address: 10.0.0.6, device address: 200, bus address: 0."},
-                          {"device IP: 10.0.0.5, device address: 5, bus address: 1.",
-                           "device IP: 10.0.0.6, device address: 200, bus address: 0."}}};
     const std::string details = "Connection details - ";
-    for (const SRow& row : rows) {
-        fields.useModem = row.useModem;
-        fields.useEthernet = row.useEthernet;
+    ForEachCase<6>("run/connection_details.txt", [&](auto& useModem, auto& useEthernet, auto& noted,
+                                                     auto& notedNext, auto& told, auto& toldNext) {
+        fields.useModem = std::stoi(useModem);
+        fields.useEthernet = std::stoi(useEthernet);
         const auto expect = [&](const auto& lines) {
-            EXPECT_EQ(RunAll(), lines(row.noted[0], row.told[0]) + lines(row.noted[1], row.told[1]));
+            EXPECT_EQ(RunAll(), lines(noted, told) + lines(notedNext, toldNext));
         };
         server.values[0x00DF] = "240100";
         server.statuses = {{"ChangeSetting BF.15", 0x0611}, {"ChangeSetting 00.02", 0x0411}};
         const std::string failed =
             "Test connection failed. Unable to connect to the device or password is invalid. ";
-        expect([&](const std::string& noted, const std::string& told) {
-            return "Invalid password. " + details + noted + "|" + failed + details + told + "|";
+        expect([&](const std::string& during, const std::string& after) {
+            return "Invalid password. " + details + during + "|" + failed + details + after + "|";
         });
         server.statuses = {{"GetValue 00.DF", 8}};
         g_onTime = [calls = 0]() mutable {
             if (calls++ % 2 == 0)
                 throw std::runtime_error("no clock");
         };
-        expect(
-            [&](const auto&, const auto& told) { return failed + details + told + "|"; }); // the second time
+        expect([&](const auto&, const auto& after) {
+            return failed + details + after + "|";
+        }); // the second time
         server.values.clear();
         server.statuses.clear();
-        expect([&](const auto& noted, const auto&) {
-            return "Unhandled exception occured:no clock " + details + noted + "|";
+        expect([&](const auto& during, const auto&) {
+            return "Unhandled exception occured:no clock " + details + during + "|";
         });
         g_onTime = nullptr;
         for (const auto& [status, text] :
              {std::pair{15, "no port open|"}, {18, "Function Aborted by User|"}}) {
             server.statuses = {{"GetDeviceStatus", status}};
-            expect([&, end = text](const std::string&, const std::string& told) {
-                return "A problem occured during events extraction. " + details + told +
+            expect([&, end = text](const std::string&, const std::string& after) {
+                return "A problem occured during events extraction. " + details + after +
                        " P32LS status: P32LS Error - " + end;
             });
         }
-    }
+    });
 }
 
 TEST_F(Run, LinksThatFailSayWhy) {

@@ -211,26 +211,17 @@ std::int32_t LogIn(CRig& rig, const std::string& name, const std::string& digest
 }
 
 TEST(Relay, LetsUsersInWithTheirSaltedDigest) {
-    struct SCase {
-        std::string name, options, user, digest;
-        Status second, third, event; ///< replies to the password by generation, and to what needs it
-    };
-    const SCase cases[] = {
-        {"right", "", "OPERATOR        ", kOperator, 0, 0, 0},
-        {"beyond ASCII", "", "J\x92ger", kHunter, 0, 0, 0},
-        {"wrong password", "", "OPERATOR", kViewer, kRejected, kRejected, 0x0611},
-        {"unknown user", "", "NOBODY", kOperator, kRejected, kUnknownUser, 0x0611},
-        {"user without password", "", "GUEST", kOperator, kRejected, kRejected, 0x0611},
-        {"level too low", "", "VIEWER", kViewer, 0, 0, 0x0611},
-        {"not settable", ", not_settable = true", "OPERATOR", kOperator, 0x0511, 0x0511, 0x0611},
-    };
-    for (const SCase& row : cases) {
-        for (const int generation : {2, 3}) {
-            CRig rig(UserRelay(generation, row.options));
-            EXPECT_EQ(LogIn(rig, row.user, row.digest), generation == 2 ? row.second : row.third) << row.name;
-            EXPECT_EQ(rig.Event(), row.event) << row.name;
-        }
-    }
+    const std::map<std::string, std::string> digests{
+        {"OPERATOR", kOperator}, {"HUNTER", kHunter}, {"VIEWER", kViewer}};
+    ForEachCase<6>("sim/user_logins.txt",
+                   [&](auto& options, auto& user, auto& digest, auto& second, auto& third, auto& event) {
+                       for (const int generation : {2, 3}) {
+                           CRig rig(UserRelay(generation, options));
+                           EXPECT_EQ(LogIn(rig, user, digests.at(digest)),
+                                     std::stoi(generation == 2 ? second : third, nullptr, 0));
+                           EXPECT_EQ(rig.Event(), std::stoi(event, nullptr, 0)) << generation;
+                       }
+                   });
 }
 
 TEST(Relay, BlocksUsersWhenNoAttemptsAreLeft) {
