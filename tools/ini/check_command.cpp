@@ -41,8 +41,10 @@ constexpr std::string_view kNotes =
     "Example:\n"
     "  ruvoctl check site.ini";
 
-/// Behind the last result code: a run says it in a message box and has no code for it.
-constexpr int kLibraryMissing = static_cast<int>(EResultCode::Last) + 1;
+/// A run says it in a message box and has no result code for it; scripts know this number.
+constexpr int kLibraryMissing = 39;
+static_assert(kResultMessages.size() <= kLibraryMissing || kResultMessages[kLibraryMissing].empty(),
+              "no result code has the number");
 
 /// How the check ended, and what stands behind that beyond the file's lines.
 struct SOutcome {
