@@ -2,6 +2,7 @@
 
 #include "base/secret.h"
 #include "base/tea.h"
+#include "base/text.h"
 #include "config/scramble_keys.h"
 #include "platform/clock.h"
 #include "platform/debug_output.h"
@@ -28,12 +29,8 @@ static_assert(kSecondWordAt + kWordDigits == kScrambledLength);
 using Block = std::array<std::uint8_t, kMaxPasswordLength>;
 
 // Any character that is no hexadecimal digit counts as 0.
-unsigned HexDigitValue(char digit) {
-    if (digit >= '0' && digit <= '9') {
-        return static_cast<unsigned>(digit - '0');
-    }
-    const char lower = static_cast<char>(digit | 0x20);
-    return lower >= 'a' && lower <= 'f' ? static_cast<unsigned>(lower - 'a' + 10) : 0;
+unsigned DigitOrZero(char digit) {
+    return static_cast<unsigned>(std::max(HexDigitValue(digit), 0));
 }
 
 // The digits up to the first other character, modulo 2^32.
@@ -78,10 +75,6 @@ unsigned DrawKeyIndex() {
     return static_cast<unsigned>(std::rand()) % static_cast<unsigned>(kScrambleKeyCount);
 }
 
-bool IsHexDigit(char c) {
-    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
-}
-
 bool IsWord(std::string_view digits) {
     std::uint32_t word = 0;
     const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), word);
@@ -119,13 +112,13 @@ int UnscramblePassword(const char* text, char* out9) {
     if (scrambled.size() < kScrambledLength) {
         return -1;
     }
-    const unsigned length = HexDigitValue(scrambled[1]);
+    const unsigned length = DigitOrZero(scrambled[1]);
     if (length > kMaxPasswordLength) {
         return -1;
     }
     const STeaBlock words{WordValue(scrambled.substr(kFirstWordAt, kWordDigits)),
                           WordValue(scrambled.substr(kSecondWordAt, kWordDigits))};
-    STeaBlock clear = TeaDecipher(words, KeyOfIndex(HexDigitValue(scrambled[0])));
+    STeaBlock clear = TeaDecipher(words, KeyOfIndex(DigitOrZero(scrambled[0])));
     const CWipeValueAtScopeEnd wipeClear(clear);
     Block bytes = ToBytes(clear);
     const CWipeValueAtScopeEnd wipeBytes(bytes);
@@ -134,8 +127,8 @@ int UnscramblePassword(const char* text, char* out9) {
 }
 
 bool IsScrambledText(std::string_view text) {
-    return text.size() == kScrambledLength && IsHexDigit(text[0]) && text[1] >= '0' && text[1] <= '8' &&
-           IsWord(text.substr(2, 10)) && IsWord(text.substr(12, 10));
+    return text.size() == kScrambledLength && HexDigitValue(text[0]) >= 0 && text[1] >= '0' &&
+           text[1] <= '8' && IsWord(text.substr(2, 10)) && IsWord(text.substr(12, 10));
 }
 
 } // namespace ruvo

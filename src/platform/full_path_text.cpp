@@ -3,7 +3,6 @@
 #include "base/text.h"
 
 #include <algorithm>
-#include <cctype>
 #include <vector>
 
 namespace ruvo {
@@ -27,13 +26,11 @@ std::string WithBackslashes(std::string_view path) {
 }
 
 bool HasDrive(std::string_view path) {
-    return path.size() >= 2 && path[1] == ':' && std::isalpha(static_cast<unsigned char>(path[0])) != 0;
+    return path.size() >= 2 && path[1] == ':' && IsLetter(path[0]);
 }
 
 bool IsSameDrive(std::string_view left, std::string_view right) {
-    return HasDrive(left) && HasDrive(right) &&
-           std::toupper(static_cast<unsigned char>(left[0])) ==
-               std::toupper(static_cast<unsigned char>(right[0]));
+    return HasDrive(left) && HasDrive(right) && ToUpper(left[0]) == ToUpper(right[0]);
 }
 
 // Takes one name off the front of `rest`; `separated` says whether a separator ended it.

@@ -1,12 +1,12 @@
 #include "link/login/crypto_library.h"
 
+#include "base/text.h"
 #include "platform/debug_output.h"
 #include "platform/files.h"
 #include "platform/full_path.h"
 #include "platform/modules.h"
 
 #include <algorithm>
-#include <cctype>
 #include <string_view>
 
 namespace ruvo {
@@ -29,8 +29,7 @@ bool IsAbsolute(const std::string& name) {
         return false;
     }
     const bool network = name[0] == '\\' && name[1] == '\\';
-    return network ||
-           (std::isalpha(static_cast<unsigned char>(name[0])) != 0 && name[1] == ':' && name[2] == '\\');
+    return network || (IsLetter(name[0]) && name[1] == ':' && name[2] == '\\');
 }
 
 /// The names that the pattern "^testhost*.+exe$" matches: its last "t" may be absent, but something stands
