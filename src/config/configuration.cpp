@@ -20,7 +20,7 @@ namespace ruvo {
 namespace {
 
 // Sizes of the buffers that take what is read: they bound the texts, so they are part of the file's format.
-constexpr std::size_t kTextCapacity = 301;
+constexpr std::size_t kTextCapacity = kLongestText + 1;
 constexpr std::size_t kIntegerCapacity = 1024;
 
 constexpr std::string_view kRelayPrefix = "RV";

@@ -4,6 +4,7 @@
 #include "config/ini_keys.h"
 #include "config/ruvo_config.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <set>
 #include <span>
@@ -13,6 +14,9 @@
 namespace ruvo {
 
 class CProfileReader;
+
+/// What is read of a text; the rest is cut.
+inline constexpr std::size_t kLongestText = 300;
 
 /// Relay keys run from "RV000" to "RV999".
 inline constexpr int kRelayKeyCount = 1000;

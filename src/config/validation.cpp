@@ -23,7 +23,7 @@ ETurn TurnOf(EKeyRule rule) {
     }
 }
 
-bool Counts(ERuleScope scope, const CRuvoConfig& config) {
+bool IsInScope(ERuleScope scope, const CRuvoConfig& config) {
     switch (scope) {
     case ERuleScope::EveryLink:
         return true;
@@ -38,7 +38,8 @@ bool Counts(ERuleScope scope, const CRuvoConfig& config) {
 EResultCode CheckGeneralKeys(const CRuvoConfig& config) {
     for (const ETurn turn : {ETurn::EventRoot, ETurn::Timing, ETurn::Link}) {
         for (const SGeneralKey& key : kGeneralKeys) {
-            if (TurnOf(key.rule) == turn && Counts(key.scope, config) && !IsAccepted(key, config.Fields())) {
+            if (TurnOf(key.rule) == turn && IsInScope(key.scope, config) &&
+                !IsAccepted(key, config.Fields())) {
                 return key.refusal;
             }
         }

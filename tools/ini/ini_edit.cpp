@@ -46,6 +46,7 @@ constexpr std::array kFailureTexts{
 
 constexpr std::string_view kNotReadable =
     "the INI file cannot be read; want a text file of 4 MB at most that you may read (ruvoctl new makes one)";
+static_assert(kLargestTextFile == std::size_t{4} * 1024 * 1024); // as the two texts say
 constexpr std::string_view kTooLarge = "the file would grow beyond 4 MB, which a run does not read";
 constexpr std::string_view kOddLayout =
     "the file is laid out so that the entry cannot be edited alone; edit it by hand and use ruvoctl check";

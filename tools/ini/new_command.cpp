@@ -276,8 +276,9 @@ int RunNew(const CArguments& arguments, SConsole& console) {
     }
     CIniDocument document(NewSiteText(site));
     if (const std::string key = UnreadableEntry(site, document.Ini()); !key.empty()) {
-        return Fail(console, key + ": want a text of 300 characters at most, without control characters and "
-                                   "without blanks or quotes around it; for a path a full one");
+        return Fail(console, key + ": want a text of " + std::to_string(kLongestText) +
+                                 " characters at most, without control characters and "
+                                 "without blanks or quotes around it; for a path a full one");
     }
     if (!arguments.Has("--relay")) {
         return AskRelays(console, site.link, document) ? WriteSite(place, document, typed, console)

@@ -11,8 +11,6 @@ namespace ruvo {
 
 namespace {
 
-constexpr std::size_t kLongestText = 300; // what a run reads of a text
-
 /// A key of a new file and what it says there.
 struct SEntryRow {
     const SGeneralKey& key;
