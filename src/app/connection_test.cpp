@@ -6,6 +6,7 @@
 #include "base/secret.h"
 #include "base/text.h"
 #include "config/ethernet_entry.h"
+#include "config/ini_keys.h"
 #include "extraction/password_state.h"
 #include "link/client.h"
 #include "log/error_log.h"
@@ -74,14 +75,14 @@ private:
     /// The relay's address, when the key stands in the section of the configured link type.
     std::optional<std::int32_t> FindDeviceAddress() const {
         const CRuvoConfig& config = m_context.Config();
-        if (config.UseEthernet() == 1) {
+        const ELink link = SelectedLink(config);
+        if (link == ELink::Ethernet) {
             const auto entry = config.EthernetEntries().find(m_key);
             return entry == config.EthernetEntries().end()
                        ? std::nullopt
                        : std::optional(ParseEthernetDeviceAddress(entry->second));
         }
-        const AddressEntries& entries =
-            config.UseModem() == 1 ? config.ModemEntries() : config.SerialEntries();
+        const AddressEntries& entries = link == ELink::Modem ? config.ModemEntries() : config.SerialEntries();
         const auto entry = entries.find(m_key);
         return entry == entries.end() ? std::nullopt : std::optional(entry->second);
     }
@@ -89,7 +90,7 @@ private:
     /// Ethernet has a tunnel per relay, the other links one for all.
     bool OpenLink(std::int32_t address) {
         const CRuvoConfig& config = m_context.Config();
-        if (config.UseEthernet() != 1) {
+        if (SelectedLink(config) != ELink::Ethernet) {
             return OpenSerialOrModemLink(m_context);
         }
         const std::string& entry = config.EthernetEntries().at(m_key);

@@ -136,6 +136,13 @@ std::string Expectation(EKeyRule rule) {
     return {};
 }
 
+ELink SelectedLink(const CRuvoConfig& config) {
+    if (config.UseEthernet() == 1) {
+        return ELink::Ethernet; // UseModem is not looked at
+    }
+    return config.UseModem() == 1 ? ELink::Modem : ELink::Serial;
+}
+
 std::span<const SEntryRule> EntryRules(ELink link) {
     static constexpr std::array<std::span<const SEntryRule>, kLinks.size()> kRules{kSerialRules, kModemRules,
                                                                                    kEthernetRules};

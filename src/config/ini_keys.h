@@ -154,6 +154,9 @@ constexpr const SLinkRow& LinkRow(ELink link) {
     return kLinks[static_cast<std::size_t>(link)];
 }
 
+/// The link whose relays a run visits.
+[[nodiscard]] ELink SelectedLink(const CRuvoConfig& config);
+
 /// One rule on what stands behind a relay's key.
 struct SEntryRule {
     bool (*accepts)(std::string_view text);

@@ -28,9 +28,9 @@ bool IsInScope(ERuleScope scope, const CRuvoConfig& config) {
     case ERuleScope::EveryLink:
         return true;
     case ERuleScope::SerialAndModem:
-        return config.UseEthernet() != 1;
+        return SelectedLink(config) != ELink::Ethernet;
     case ERuleScope::ModemOnly:
-        return config.UseEthernet() != 1 && config.UseModem() == 1;
+        return SelectedLink(config) == ELink::Modem;
     }
     return true;
 }
@@ -82,11 +82,15 @@ EResultCode CheckEntries(const CRuvoConfig& config, ELink link, const TEntries& 
 
 // Only the section of the selected link counts; the other two may hold anything.
 EResultCode CheckRelaySection(const CRuvoConfig& config) {
-    if (config.UseEthernet() == 1) {
-        return CheckEntries(config, ELink::Ethernet, config.EthernetEntries());
+    switch (const ELink link = SelectedLink(config)) {
+    case ELink::Serial:
+        return CheckEntries(config, link, config.SerialEntries());
+    case ELink::Modem:
+        return CheckEntries(config, link, config.ModemEntries());
+    case ELink::Ethernet:
+        return CheckEntries(config, link, config.EthernetEntries());
     }
-    return config.UseModem() == 1 ? CheckEntries(config, ELink::Modem, config.ModemEntries())
-                                  : CheckEntries(config, ELink::Serial, config.SerialEntries());
+    return EResultCode::Success;
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "log/run_texts.h"
 
 #include "base/text.h"
+#include "config/ini_keys.h"
 #include "log/connection_details.h"
 
 namespace ruvo {
@@ -10,10 +11,11 @@ std::string ConnectionText(const CRunContext& context) {
     const SConnectionDetails& details = ConnectionDetails();
     const std::string address = ", device address: " + std::to_string(details.deviceAddress);
     std::string text = "Connection details - ";
-    if (config.UseEthernet() == 1) {
+    const ELink link = SelectedLink(config);
+    if (link == ELink::Ethernet) {
         text += "device IP: " + details.ipAddress + address +
                 ", bus address: " + std::to_string(details.busAddress);
-    } else if (config.UseModem() == 1) {
+    } else if (link == ELink::Modem) {
         text += "modem name: " + config.TapiModemName() + ", number to dial: " + config.TapiNumberToDial() +
                 address;
     } else {

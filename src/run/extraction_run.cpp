@@ -2,6 +2,7 @@
 
 #include "base/secret.h"
 #include "config/ethernet_entry.h"
+#include "config/ini_keys.h"
 #include "extraction/password_state.h"
 #include "extraction/relay_visit.h"
 #include "link/client.h"
@@ -98,7 +99,8 @@ void RunExtraction(CRunContext& context) {
     CP32Wrap::SetGetPasswordCallback(&PasswordCallback);
     CP32Wrap::SetPasswordAcceptedCallback(&PasswordAcceptedCallback);
     const CRuvoConfig& config = context.Config();
-    if (config.UseEthernet() == 1) {
+    const ELink link = SelectedLink(config);
+    if (link == ELink::Ethernet) {
         details.ethernetLink = true;
         for (const auto& [key, entry] : config.EthernetEntries()) {
             VisitEthernetRelay(context, key, entry);
@@ -108,7 +110,7 @@ void RunExtraction(CRunContext& context) {
     if (!OpenSerialOrModemLink(context)) {
         return;
     }
-    if (config.UseModem() == 1) {
+    if (link == ELink::Modem) {
         details.modemName = config.TapiModemName();
         VisitAll(context, config.ModemEntries());
     } else {
