@@ -68,6 +68,16 @@ void Script(CScriptedServer& server, const SRow& row) {
     };
 }
 
+/// A login with the plain password: opened and closed by a reset, with a probe before and behind it.
+void ExpectLogin(std::vector<std::string> lines) {
+    std::erase_if(lines, [](const std::string& line) { return line.starts_with("Get"); });
+    lines.erase(lines.begin(), lines.begin() + 2); // opening
+    const std::string reset = "ResetCell UI1(200) I2(0002)";
+    const std::string probe = "ChangeSetting UI1(200) I2(BF15) 28020100";
+    const std::string password = "ChangeSetting UI1(200) I2(0002) 1C0850415353574F5244";
+    EXPECT_EQ(lines, (std::vector<std::string>{reset, probe, password, probe, reset, "ClosePort"}));
+}
+
 TEST(ConnectionTest, EveryResult) {
     const CScratchFolder folder;
     setenv("RUVO_REGISTRY_USER", folder.Native("user.ini").c_str(), 1);
@@ -109,15 +119,8 @@ TEST(ConnectionTest, EveryResult) {
         EXPECT_TRUE(CP32Wrap::GetInstance() == nullptr && server.sink == nullptr);
         EXPECT_TRUE(g_runtimeUsers == 0 && PasswordState().currentPassword.empty());
         EXPECT_FALSE(folder.Has("RUVO_Errors.log") || folder.Has("ev"));
-        if (row.result == 0 && row.generation == 0 && row.requests == 1 && row.call.empty()) {
-            std::erase_if(server.lines, [](const std::string& line) { return line.starts_with("Get"); });
-            server.lines.erase(server.lines.begin(), server.lines.begin() + 2); // opening
-            const std::string reset = "ResetCell UI1(200) I2(0002)";
-            const std::string probe = "ChangeSetting UI1(200) I2(BF15) 28020100";
-            const std::string password = "ChangeSetting UI1(200) I2(0002) 1C0850415353574F5244";
-            EXPECT_EQ(server.lines,
-                      (std::vector<std::string>{reset, probe, password, probe, reset, "ClosePort"}));
-        }
+        if (row.result == 0 && row.generation == 0 && row.requests == 1 && row.call.empty())
+            ExpectLogin(server.lines);
     });
     ResetErrorLog();
     unsetenv("RUVO_REGISTRY_USER");

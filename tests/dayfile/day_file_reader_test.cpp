@@ -55,6 +55,19 @@ TEST(DayFileReader, RecordTornAtEveryByteBeforeSoundOnes) {
             }
 }
 
+/// Records and damage in the order of the file, by the numbers of the pieces: "R1 D2-3 ".
+std::string InWords(const SRead& read, std::map<std::uint64_t, std::string>& number) {
+    std::map<std::uint64_t, std::string> got;
+    for (const auto& [offset, image] : read.images)
+        got[offset] = "R" + number[offset] + " ";
+    for (const SDayFileDamage& d : read.damage)
+        got[d.offset].insert(0, "D" + number[d.offset] + "-" + number[d.offset + d.length] + " ");
+    std::string text;
+    for (const auto& [offset, item] : got)
+        text += item;
+    return text;
+}
+
 TEST(DayFileReader, DamageIsToldOnceAndReadingGoesOnAtASoundRecordWithAWitness) {
     const std::string& H = kHeader;
     const std::string F = MakeImage(kFirst).bytes;
@@ -88,15 +101,7 @@ TEST(DayFileReader, DamageIsToldOnceAndReadingGoesOnAtASoundRecordWithAWitness) 
             number.try_emplace(bytes.size(), std::to_string(count++));
         number.try_emplace(bytes.size(), std::to_string(count));
         const SRead read = ReadBack(folder, bytes);
-        std::map<std::uint64_t, std::string> got;
-        for (const auto& [offset, image] : read.images)
-            got[offset] = "R" + number[offset] + " ";
-        for (const SDayFileDamage& d : read.damage)
-            got[d.offset].insert(0, "D" + number[d.offset] + "-" + number[d.offset + d.length] + " ");
-        std::string text;
-        for (const auto& [offset, item] : got)
-            text += item;
-        EXPECT_EQ(text, want.empty() ? "" : want + " ");
+        EXPECT_EQ(InWords(read, number), want.empty() ? "" : want + " ");
         EXPECT_EQ(read.damage.empty() ? "" : DayFileFaultText(read.damage[0].fault), fault);
         if (want == "R1 D- R2") {
             const bool isOdd = words.find("odd") != std::string::npos;

@@ -77,6 +77,11 @@ TEST_F(Server, CompletesCommandsOnAnotherThread) {
     EXPECT_EQ(Status(server.FetchColumnTextAndValues(a, b, c, status)), 0);
     EXPECT_EQ(a.AsList()->size(), 3U);
     EXPECT_EQ(c.AsList()->at(0), Tagged(0x24, {7, 0}));
+}
+
+TEST_F(Server, DialsAModem) {
+    Connect();
+    auto& server = connection->Server();
     EXPECT_EQ(Status(server.ClosePort(status)), 0);
     EXPECT_EQ(Status(server.ModemConnect(Variant::FromText("M\xF6"
                                                            "dem"),
