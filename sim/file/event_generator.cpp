@@ -111,7 +111,7 @@ private:
         }
         if (kind.hasRecord) {
             const SRecord& record = m_relay.records[m_random.Below(m_relay.records.size())];
-            event.values.push_back(TaggedMenu(MakeCell(record.column, 0)));
+            event.values.push_back(TaggedMenu(MakeCellAddress(record.column, 0)));
             event.values.push_back(TaggedUnsigned(record.number, 2));
         }
         if (kind.hasFormatText) {

@@ -1,8 +1,8 @@
+#include "link/seam/cell_address.h"
 #include "model/values/character_set.h"
 #include "model/values/parlane_text.h"
 #include "model/values/type_codes.h"
 #include "sim/file/load_tables.h"
-#include "sim/file/relay_addresses.h"
 #include "sim/file/relay_text.h"
 #include "sim/file/substation_error.h"
 #include "sim/file/tagged_value.h"
@@ -95,10 +95,11 @@ void ReadEnciphered(CTableReader& table, SRelay& relay, SAccess& access) {
         throw CSubstationError(node->line, "key: want 32 hexadecimal digits");
     }
     access.password = CParlaneEncryptedPassword(ReadPaddedPassword(table, kEncipheredLength), key).GetBytes();
-    relay.cells.try_emplace(cells::kKey, MakeValueCell(kTypeText, Variant::Bytes(key.begin(), key.end())));
+    relay.cells.try_emplace(cells::kEncryptionKey,
+                            MakeValueCell(kTypeText, Variant::Bytes(key.begin(), key.end())));
     SCell cell = MakeValueCell(kTypeEncryptedPassword, Variant::Bytes(kEncipheredLength, 0));
     cell.limits.push_back(TaggedValue(kTypeEncryptedPassword, cell.data));
-    relay.cells.try_emplace(cells::kSecurePassword, std::move(cell));
+    relay.cells.try_emplace(cells::kSecurityPassword, std::move(cell));
 }
 
 std::string ReadUserName(const STomlNode& node) {
@@ -134,12 +135,12 @@ void AddUser(const STomlNode& node, std::size_t passwordLength, SRelay& relay, S
     const std::string name = EncodeDeviceText(user.name);
     Variant::Bytes bytes(name.begin(), name.end());
     bytes.resize(kUserNameLength, ' ');
-    relay.cells.try_emplace(MakeCell(access.securityColumn, row), MakeValueCell(kTypeText, std::move(bytes)));
+    relay.cells.try_emplace(MakeCellAddress(access.securityColumn, row),
+                            MakeValueCell(kTypeText, std::move(bytes)));
     access.users.push_back(std::move(user));
 }
 
 void ReadUsers(CTableReader& table, SRelay& relay, SAccess& access) {
-    constexpr std::size_t kMaxUsers = 256 - rows::kFirstUser;
     const std::vector<STomlNode>& users = table.Items("users");
     if (users.size() > kMaxUsers) {
         throw CSubstationError(table.Line(), "users: want at most " + std::to_string(kMaxUsers));
@@ -162,13 +163,26 @@ void ReadUsers(CTableReader& table, SRelay& relay, SAccess& access) {
 void ReadSecurityColumn(CTableReader& table, SRelay& relay, SAccess& access) {
     access.securityColumn =
         ParseColumn(table.Text("column").value_or(std::string(kDefaultColumn)), table.Line());
-    relay.cells.try_emplace(cells::kVersion, MakeValueCell(kTypeUint, LittleEndian(access.generation, 1)));
+    relay.cells.try_emplace(cells::kSecurityVersion,
+                            MakeValueCell(kTypeUint, LittleEndian(access.generation, 1)));
     relay.cells.try_emplace(cells::kSecurityColumn,
                             MakeValueCell(kTypeUint, LittleEndian(access.securityColumn, 1)));
     if (const STomlNode* text = table.Find("display_text")) {
-        relay.cells.try_emplace(MakeCell(access.securityColumn, rows::kDisplayText),
+        relay.cells.try_emplace(MakeCellAddress(access.securityColumn, rows::kDisplayText),
                                 MakeValueCell(kTypeText, ReadRelayText(*text, "display_text")));
     }
+}
+
+std::uint8_t ReadPasswordReply(CTableReader& table) {
+    constexpr std::uint8_t kFirst = ReplyCodeOf(kReplyPasswordNeeded);
+    constexpr std::uint8_t kSecond = ReplyCodeOf(kReplyPasswordNeededToo);
+    const auto reply = static_cast<std::uint8_t>(table.Integer("reply", kFirst, kSecond).value_or(kFirst));
+    if (!IsPasswordRequest(ReplyStatus(reply))) {
+        throw CSubstationError(table.Find("reply")->line, "reply: want " + std::to_string(kFirst) + " or " +
+                                                              std::to_string(kSecond) +
+                                                              ", the replies that ask for a password");
+    }
+    return reply;
 }
 
 void ReadGeneration(CTableReader& table, SRelay& relay, SAccess& access) {
@@ -196,11 +210,7 @@ void ReadAccess(CTableReader& table, SRelay& relay) {
     access.generation = static_cast<unsigned>(reader.Integer("generation", 0, kLastGeneration).value_or(0));
     ReadGeneration(reader, relay, access);
     access.protection = ReadProtection(reader);
-    access.passwordReply = static_cast<std::uint8_t>(reader.Integer("reply", 6, 13).value_or(6));
-    if (access.passwordReply != 6 && access.passwordReply != 13) {
-        throw CSubstationError(reader.Find("reply")->line,
-                               "reply: want 6 or 13, the replies that ask for a password");
-    }
+    access.passwordReply = ReadPasswordReply(reader);
     access.attempts = ReadCount(reader, "attempts");
     access.blocking = ReadBlocking(reader);
     access.blockedRequests = ReadCount(reader, "blocked_requests");

@@ -1,7 +1,7 @@
+#include "link/seam/cell_address.h"
 #include "model/records/event_kinds.h"
 #include "sim/file/event_generator.h"
 #include "sim/file/load_tables.h"
-#include "sim/file/relay_addresses.h"
 #include "sim/file/substation_error.h"
 #include "sim/file/tagged_value.h"
 #include "sim/file/toml_values.h"
@@ -29,7 +29,7 @@ void AddRecordReference(const STomlNode& node, Variant::List& values) {
     constexpr std::int64_t kMaxWord = 65535;
     CTableReader table(node, "record");
     const std::uint8_t column = ParseColumn(table.RequireText("column"), node.line);
-    values.push_back(TaggedMenu(MakeCell(column, 0)));
+    values.push_back(TaggedMenu(MakeCellAddress(column, 0)));
     values.push_back(
         TaggedUnsigned(static_cast<std::uint32_t>(table.RequireInteger("number", 0, kMaxWord)), 2));
     table.RejectUnknownKeys();

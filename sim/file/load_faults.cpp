@@ -10,7 +10,6 @@ constexpr std::int64_t kMaxStatus = 65535;
 constexpr std::int64_t kMaxByte = 255;
 constexpr std::int64_t kMaxDelay = 600000;
 constexpr std::int64_t kMaxOutput = 4;
-constexpr std::int32_t kReplyCodeKind = 0x11;
 
 const SOperationRow& ReadOperation(CTableReader& table) {
     const std::string name = table.RequireText("operation");
@@ -38,7 +37,7 @@ void ReadTarget(CTableReader& table, const SOperationRow& row, const std::vector
     }
     if (row.target == ETarget::Column) {
         if (const auto column = table.Text("column")) {
-            fault.cell = static_cast<CellAddress>(ParseColumn(*column, table.Line()) * 256);
+            fault.cell = MakeCellAddress(ParseColumn(*column, table.Line()), 0);
         }
     }
 }
@@ -60,17 +59,17 @@ void ReadStatus(CTableReader& table, SFault& fault) {
         throw CSubstationError(table.Line(), "[[fault]] takes \"status\" or \"reply\", not both");
     }
     if (status) {
-        fault.status = static_cast<std::int32_t>(*status);
+        fault.status = static_cast<LinkStatus>(*status);
     }
     if (reply) {
-        fault.status = static_cast<std::int32_t>(*reply * 256) + kReplyCodeKind;
+        fault.status = ReplyStatus(static_cast<std::uint8_t>(*reply));
     }
 }
 
 void ReadCompletion(CTableReader& table, const SOperationRow& row, SFault& fault) {
     fault.hangs = table.Flag("hang", false);
     if (const auto completion = table.Integer("completion", 0, kMaxStatus)) {
-        fault.completion = static_cast<std::int32_t>(*completion);
+        fault.completion = static_cast<LinkStatus>(*completion);
     }
     if ((fault.hangs || fault.completion) && !row.runsOn) {
         throw CSubstationError(table.Line(), std::string(row.name) +

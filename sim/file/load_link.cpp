@@ -8,8 +8,8 @@ namespace {
 
 constexpr std::int64_t kMaxStatus = 255;
 
-std::int32_t ReadStatus(CTableReader& table) {
-    return static_cast<std::int32_t>(table.Integer("status", 0, kMaxStatus).value_or(0));
+LinkStatus ReadStatus(CTableReader& table) {
+    return static_cast<LinkStatus>(table.Integer("status", 0, kMaxStatus).value_or(0));
 }
 
 SSerialPort ReadPort(const STomlNode& node) {

@@ -1,7 +1,7 @@
 // Relays: where they are reached, who they are, their cells and columns.
+#include "link/seam/cell_address.h"
 #include "model/values/type_codes.h"
 #include "sim/file/load_tables.h"
-#include "sim/file/relay_addresses.h"
 #include "sim/file/substation_error.h"
 #include "sim/file/tagged_value.h"
 #include "sim/file/toml_values.h"
@@ -167,7 +167,7 @@ SRecord ReadRecord(const STomlNode& node) {
         record.cells = ReadCells(*cells, "record");
     }
     for (const auto& [address, cell] : record.cells) {
-        if (ColumnOf(address) != record.column || CellRowOf(address) == kSelectionRow) {
+        if (ColumnOf(address) != record.column || RowOf(address) == rows::kSelectRecord) {
             throw CSubstationError(table.Line(),
                                    "a record's cells are in its own column, in rows other than 01");
         }
@@ -205,7 +205,7 @@ void ReadColumns(CTableReader& table, SRelay& relay) {
         selector.listed = false;
         selector.writable = true;
         // A selection cell that the file describes itself stays as it is.
-        relay.cells.try_emplace(MakeCell(record.column, kSelectionRow), selector);
+        relay.cells.try_emplace(MakeCellAddress(record.column, rows::kSelectRecord), selector);
         relay.records.push_back(std::move(record));
     }
 }

@@ -3,6 +3,8 @@
 // wrong type.
 #pragma once
 
+#include "link/seam/cell_address.h"
+#include "link/seam/link_status.h"
 #include "link/seam/variant.h"
 #include "sim/file/operations.h"
 
@@ -14,18 +16,6 @@
 #include <vector>
 
 namespace ruvo::sim {
-
-using CellAddress = std::uint16_t; ///< column in the high byte, row in the low byte
-
-constexpr CellAddress MakeCell(std::uint8_t column, std::uint8_t row) {
-    return static_cast<CellAddress>(column * 256 + row);
-}
-constexpr std::uint8_t ColumnOf(CellAddress cell) {
-    return static_cast<std::uint8_t>(cell / 256);
-}
-constexpr std::uint8_t CellRowOf(CellAddress cell) {
-    return static_cast<std::uint8_t>(cell % 256);
-}
 
 /// One cell: `data` holds one or several values of `size` bytes each, back to back.
 struct SCell {
@@ -90,7 +80,7 @@ struct SAccess {
     unsigned generation = 0;
     Variant::Bytes password; ///< generations 0 and 1, as the right login writes it: padded, enciphered
     SProtection protection;
-    std::uint8_t passwordReply = 6; ///< reply code that asks for a password: 6 or 13
+    std::uint8_t passwordReply = 0; ///< reply code that asks for a password
     std::uint32_t attempts = 0;     ///< wrong passwords until blocked; 0: never blocked
     EBlocking blocking = EBlocking::Temporary;
     std::uint32_t blockedRequests = 0; ///< length of a temporary blocking, in requests to this relay
@@ -138,12 +128,12 @@ struct SRelay {
 struct SSerialPort {
     std::string port;
     std::optional<std::string> parameters; ///< the only parameter text that the port takes
-    std::int32_t status = 0;               ///< answer to opening it
+    LinkStatus status = kLinkGood;         ///< answer to opening it
 };
 /// A telephone number or an IP address, and the status that calling it gives.
 struct SDestination {
     std::string name;
-    std::int32_t status = 0;
+    LinkStatus status = kLinkGood;
 };
 
 struct SLink {
@@ -162,9 +152,9 @@ struct SFault {
     std::uint64_t lastCall = UINT64_MAX;
     std::uint32_t delay = 0; ///< milliseconds
     bool comFailure = false;
-    bool hangs = false;                     ///< an operation that runs on never completes until it is aborted
-    std::optional<std::int32_t> completion; ///< status with which an operation that runs on completes
-    std::optional<std::int32_t> status;
+    bool hangs = false;                   ///< an operation that runs on never completes until it is aborted
+    std::optional<LinkStatus> completion; ///< status with which an operation that runs on completes
+    std::optional<LinkStatus> status;
     std::optional<std::uint8_t>
         wrongType;                       ///< the output with this number is of a useless type; 0: the status
     std::optional<std::size_t> truncate; ///< bytes that are left of each byte array of the reply

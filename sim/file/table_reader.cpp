@@ -118,14 +118,14 @@ std::int64_t ReadInteger(const STomlNode& node, std::int64_t minimum, std::int64
     return node.integer;
 }
 
-std::uint16_t ParseCellAddress(std::string_view text, std::size_t line) {
+CellAddress ParseCellAddress(std::string_view text, std::size_t line) {
     const bool shaped = text.size() == 5 && text[2] == '.';
     const auto column = shaped ? HexByte(text.substr(0, 2)) : std::nullopt;
     const auto row = shaped ? HexByte(text.substr(3)) : std::nullopt;
     if (!column || !row) {
         throw CSubstationError(line, "want a cell such as \"0A.1F\", found " + Quoted(text));
     }
-    return static_cast<std::uint16_t>(*column * 256 + *row);
+    return MakeCellAddress(*column, *row);
 }
 
 std::uint8_t ParseColumn(std::string_view text, std::size_t line) {

@@ -1,6 +1,7 @@
 // Reads the members of one table by name and type, and finds the members that nobody asked for.
 #pragma once
 
+#include "link/seam/cell_address.h"
 #include "sim/file/toml_document.h"
 
 #include <cstdint>
@@ -52,8 +53,8 @@ void RequireKind(const STomlNode& node, ETomlKind kind, std::string_view what);
 std::int64_t ReadInteger(const STomlNode& node, std::int64_t minimum, std::int64_t maximum,
                          std::string_view what);
 
-/// A cell address written "CC.RR" in hexadecimal digits, column in the high byte of the result.
-std::uint16_t ParseCellAddress(std::string_view text, std::size_t line);
+/// A cell address written "CC.RR" in hexadecimal digits.
+CellAddress ParseCellAddress(std::string_view text, std::size_t line);
 /// A column number written "CC" in hexadecimal digits.
 std::uint8_t ParseColumn(std::string_view text, std::size_t line);
 /// Bytes written as pairs of hexadecimal digits; blanks between the pairs are allowed.

@@ -1,9 +1,9 @@
 #include "sim/relay/access_control.h"
 
+#include "link/seam/cell_address.h"
+#include "link/seam/link_status.h"
 #include "model/values/type_codes.h"
-#include "sim/file/relay_addresses.h"
 #include "sim/file/tagged_value.h"
-#include "sim/relay/statuses.h"
 
 #include <algorithm>
 
@@ -36,11 +36,11 @@ void CAccessControl::CountRequest() {
     }
 }
 
-std::int32_t CAccessControl::Check(EAccess access, CellAddress cell) const {
+LinkStatus CAccessControl::Check(EAccess access, CellAddress cell) const {
     if (!m_model || !IsProtected(access, cell) || (m_loggedIn && !m_levelTooLow)) {
-        return kGood;
+        return kLinkGood;
     }
-    return Reply(m_model->passwordReply);
+    return ReplyStatus(m_model->passwordReply);
 }
 
 bool CAccessControl::IsProtected(EAccess access, CellAddress cell) const {
@@ -69,28 +69,28 @@ bool CAccessControl::IsLoginCell(CellAddress cell) const {
         return cell == cells::kPassword;
     }
     const bool user = cell == cells::kUserName || cell == cells::kSalt;
-    return cell == cells::kSecurePassword || (user && m_users);
+    return cell == cells::kSecurityPassword || (user && m_users);
 }
 
-std::int32_t CAccessControl::WriteLoginCell(CellAddress cell, std::uint8_t type, const Variant::Bytes& data) {
+LinkStatus CAccessControl::WriteLoginCell(CellAddress cell, std::uint8_t type, const Variant::Bytes& data) {
     if (cell == cells::kUserName) {
         return m_users->SetName(type, data);
     }
     return cell == cells::kSalt ? m_users->SetSalt(type, data) : Login(type, data);
 }
 
-std::int32_t CAccessControl::Login(std::uint8_t type, const Variant::Bytes& data) {
+LinkStatus CAccessControl::Login(std::uint8_t type, const Variant::Bytes& data) {
     if (m_model->notSettable) {
-        return kNotSettable;
+        return kReplyNotSettable;
     }
     if (m_blocked) {
         // Relays that know users have no reply for it: that no attempts are left tells it.
-        return m_users ? kRejected : kBlocked;
+        return m_users ? kReplyRejected : kReplyBlocked;
     }
     const SPasswordResult result = m_users ? m_users->CheckDigest(type, data) : CheckPassword(type, data);
-    if (result.status == kGood) {
+    if (result.status == kLinkGood) {
         Accept(result.levelTooLow || m_model->levelTooLow);
-    } else if (result.status == kRejected) {
+    } else if (result.status == kReplyRejected) {
         Reject();
     }
     return result.status;
@@ -98,7 +98,7 @@ std::int32_t CAccessControl::Login(std::uint8_t type, const Variant::Bytes& data
 
 SPasswordResult CAccessControl::CheckPassword(std::uint8_t type, const Variant::Bytes& data) const {
     const std::uint32_t wantedType = m_model->generation == 0 ? kTypePassword : kTypeEncryptedPassword;
-    return {type == wantedType && data == m_model->password ? kGood : kRejected};
+    return {type == wantedType && data == m_model->password ? kLinkGood : kReplyRejected};
 }
 
 // A right password also forgives the wrong ones before it.
@@ -123,10 +123,10 @@ std::optional<SCell> CAccessControl::FindCell(CellAddress cell) const {
     if (!m_model || m_model->generation == 0 || ColumnOf(cell) != m_model->securityColumn) {
         return std::nullopt;
     }
-    if (CellRowOf(cell) == rows::kAttemptsLeft && m_model->attempts != 0) {
+    if (RowOf(cell) == rows::kAttemptsLeft && m_model->attempts != 0) {
         return NumberCell(m_blocked ? 0 : m_model->attempts - m_wrongPasswords);
     }
-    if (CellRowOf(cell) == rows::kBlockingTime && !(m_blocked && m_model->blocking == EBlocking::Permanent)) {
+    if (RowOf(cell) == rows::kBlockingTime && !(m_blocked && m_model->blocking == EBlocking::Permanent)) {
         return NumberCell(m_blocked ? m_blockedRequestsLeft : 0);
     }
     return std::nullopt;

@@ -21,12 +21,12 @@ public:
     /// To be called once per request to the relay, before it is answered.
     void CountRequest();
     /// Status that refuses the access: a password is wanted. 0 when the access is open.
-    std::int32_t Check(EAccess access, CellAddress cell) const;
+    LinkStatus Check(EAccess access, CellAddress cell) const;
 
     /// Whether a write to the cell is a step of a login rather than a change of data.
     bool IsLoginCell(CellAddress cell) const;
     /// A write to a login cell; its status.
-    std::int32_t WriteLoginCell(CellAddress cell, std::uint8_t type, const Variant::Bytes& data);
+    LinkStatus WriteLoginCell(CellAddress cell, std::uint8_t type, const Variant::Bytes& data);
     void Logout() { m_loggedIn = false; }
 
     /// The attempts left and the blocking time, where the relay has such cells.
@@ -35,7 +35,7 @@ public:
 private:
     bool IsProtected(EAccess access, CellAddress cell) const;
     bool IsAlwaysOpen(CellAddress cell) const;
-    std::int32_t Login(std::uint8_t type, const Variant::Bytes& data);
+    LinkStatus Login(std::uint8_t type, const Variant::Bytes& data);
     SPasswordResult CheckPassword(std::uint8_t type, const Variant::Bytes& data) const;
     void Accept(bool levelTooLow);
     void Reject();

@@ -1,15 +1,13 @@
 #include "sim/relay/simulated_relay.h"
 
+#include "link/seam/cell_address.h"
 #include "model/values/type_codes.h"
-#include "sim/file/relay_addresses.h"
 #include "sim/file/tagged_value.h"
 
 #include <algorithm>
 
 namespace ruvo::sim {
 namespace {
-
-constexpr std::uint8_t kEventsWaiting = 0x20;
 
 bool IsInteger(std::uint8_t type) {
     return type == kTypeUint || type == kTypeStringIndex;
@@ -46,7 +44,7 @@ bool CSimulatedRelay::HasEvents() const {
 }
 
 const SRecord* CSimulatedRelay::SelectedRecord(std::uint8_t column) const {
-    const auto selector = m_cells.find(MakeCell(column, kSelectionRow));
+    const auto selector = m_cells.find(MakeCellAddress(column, rows::kSelectRecord));
     if (selector == m_cells.end()) {
         return nullptr;
     }
@@ -74,20 +72,20 @@ std::optional<SCell> CSimulatedRelay::FindUnchecked(CellAddress cell) const {
 CSimulatedRelay::SFound CSimulatedRelay::Find(CellAddress cell, EAccess access) const {
     std::optional<SCell> found = FindUnchecked(cell);
     if (!found) {
-        return {kNoSuchCell, {}};
+        return {kReplyNoSuchCell, {}};
     }
     if (found->replyCode != 0) {
-        return {Reply(found->replyCode), {}};
+        return {ReplyStatus(found->replyCode), {}};
     }
-    if (const Status status = m_access.Check(access, cell); status != kGood) {
+    if (const LinkStatus status = m_access.Check(access, cell); status != kLinkGood) {
         return {status, {}};
     }
-    return {kGood, std::move(*found)};
+    return {kLinkGood, std::move(*found)};
 }
 
 SAnswer CSimulatedRelay::Value(CellAddress cell) const {
     SFound found = Find(cell, EAccess::Read);
-    if (found.status != kGood) {
+    if (found.status != kLinkGood) {
         return StatusAnswer(found.status);
     }
     return OutputAnswer({Variant::FromUI1(found.cell.type), Variant::FromUI1(found.cell.size),
@@ -96,18 +94,19 @@ SAnswer CSimulatedRelay::Value(CellAddress cell) const {
 
 SAnswer CSimulatedRelay::Text(CellAddress cell) const {
     const SFound found = Find(cell, EAccess::Read);
-    if (found.status != kGood) {
+    if (found.status != kLinkGood) {
         return StatusAnswer(found.status);
     }
     if (found.cell.label) {
         return OutputAnswer({*found.cell.label});
     }
-    return found.cell.type == kTypeText ? OutputAnswer({FirstValueOf(found.cell)}) : StatusAnswer(kNoData);
+    return found.cell.type == kTypeText ? OutputAnswer({FirstValueOf(found.cell)})
+                                        : StatusAnswer(kReplyNoData);
 }
 
 SAnswer CSimulatedRelay::Limits(CellAddress cell) const {
     SFound found = Find(cell, EAccess::Read);
-    if (found.status != kGood) {
+    if (found.status != kLinkGood) {
         return StatusAnswer(found.status);
     }
     return OutputAnswer({Variant::FromList(std::move(found.cell.limits))});
@@ -115,7 +114,7 @@ SAnswer CSimulatedRelay::Limits(CellAddress cell) const {
 
 SAnswer CSimulatedRelay::Strings(CellAddress cell) const {
     SFound found = Find(cell, EAccess::Read);
-    if (found.status != kGood) {
+    if (found.status != kLinkGood) {
         return StatusAnswer(found.status);
     }
     return OutputAnswer({Variant::FromList(std::move(found.cell.strings))});
@@ -125,7 +124,7 @@ SAnswer CSimulatedRelay::Values(const Variant::Words& wanted) const {
     Variant::List values;
     for (const std::int16_t word : wanted) {
         const SFound found = Find(static_cast<CellAddress>(word), EAccess::Read);
-        if (found.status != kGood) {
+        if (found.status != kLinkGood) {
             return StatusAnswer(found.status);
         }
         values.push_back(FirstValueOf(found.cell));
@@ -168,12 +167,13 @@ SListing CSimulatedRelay::MakeListing(std::uint8_t column) const {
 }
 
 SAnswer CSimulatedRelay::Column(std::uint8_t column, EListing wanted) const {
-    if (const Status status = m_access.Check(EAccess::Read, MakeCell(column, 0)); status != kGood) {
+    if (const LinkStatus status = m_access.Check(EAccess::Read, MakeCellAddress(column, 0));
+        status != kLinkGood) {
         return StatusAnswer(status);
     }
     SListing listing = MakeListing(column);
     if (listing.locations.empty() && m_model.columns.count(column) == 0) {
-        return StatusAnswer(kNoSuchCell);
+        return StatusAnswer(kReplyNoSuchCell);
     }
     SAnswer answer = OutputAnswer({Variant::FromList(listing.locations)});
     if (wanted == EListing::TextAndValues || wanted == EListing::Text) {
@@ -191,7 +191,7 @@ SAnswer CSimulatedRelay::Column(std::uint8_t column, EListing wanted) const {
 SAnswer CSimulatedRelay::Headings() const {
     SListing listing;
     for (const auto& [address, cell] : m_cells) {
-        if (CellRowOf(address) == 0) {
+        if (RowOf(address) == 0) {
             AddToListing(address, cell, false, listing);
         }
     }
@@ -201,23 +201,23 @@ SAnswer CSimulatedRelay::Headings() const {
 
 SAnswer CSimulatedRelay::Change(CellAddress cell, const Variant::Bytes& tagged) {
     if (tagged.size() < 2 || tagged[1] != tagged.size() - 2) {
-        return StatusAnswer(kWrongParameters);
+        return StatusAnswer(kLinkWrongParameters);
     }
     const Variant::Bytes data(tagged.begin() + 2, tagged.end());
     if (m_access.IsLoginCell(cell)) {
         SAnswer answer = StatusAnswer(m_access.WriteLoginCell(cell, tagged[0], data));
-        answer.remark = answer.status == kNoProvider ? "no crypto provider" : "";
+        answer.remark = answer.status == kReplyCommandRejected ? "no crypto provider" : "";
         return answer;
     }
     const SFound found = Find(cell, EAccess::Write);
-    if (found.status != kGood) {
+    if (found.status != kLinkGood) {
         return StatusAnswer(found.status);
     }
     // A record number is taken as any number: who selects a record passes on what the event gave.
     // Sizes may differ then; the number is what counts.
-    const bool selects = CellRowOf(cell) == kSelectionRow && found.cell.type == kTypeUint;
+    const bool selects = RowOf(cell) == rows::kSelectRecord && found.cell.type == kTypeUint;
     if (found.cell.writable && found.cell.type != tagged[0] && !selects) {
-        return StatusAnswer(kRejected);
+        return StatusAnswer(kReplyRejected);
     }
     return StatusAnswer(
         Store(cell, found.cell, selects ? LittleEndian(NumberOf(data), found.cell.size) : data));
@@ -226,10 +226,10 @@ SAnswer CSimulatedRelay::Change(CellAddress cell, const Variant::Bytes& tagged) 
 // Bytes without a type code are no login: the type is part of what a login cell checks.
 SAnswer CSimulatedRelay::ChangeBytes(CellAddress cell, const Variant::Bytes& data) {
     if (m_access.IsLoginCell(cell)) {
-        return StatusAnswer(kNotSettable);
+        return StatusAnswer(kReplyNotSettable);
     }
     const SFound found = Find(cell, EAccess::Write);
-    return StatusAnswer(found.status != kGood ? found.status : Store(cell, found.cell, data));
+    return StatusAnswer(found.status != kLinkGood ? found.status : Store(cell, found.cell, data));
 }
 
 SAnswer CSimulatedRelay::Reset(CellAddress cell) {
@@ -238,7 +238,7 @@ SAnswer CSimulatedRelay::Reset(CellAddress cell) {
         return {};
     }
     const SFound found = Find(cell, EAccess::Write);
-    if (found.status != kGood) {
+    if (found.status != kLinkGood) {
         return StatusAnswer(found.status);
     }
     return StatusAnswer(Store(cell, found.cell, Variant::Bytes(found.cell.data.size(), 0)));
@@ -249,29 +249,29 @@ bool CSimulatedRelay::IsUnknownRecord(CellAddress cell, const Variant::Bytes& da
     const auto wanted = [&](const SRecord& record) {
         return inColumn(record) && record.number == NumberOf(data);
     };
-    return CellRowOf(cell) == kSelectionRow &&
+    return RowOf(cell) == rows::kSelectRecord &&
            std::any_of(m_model.records.begin(), m_model.records.end(), inColumn) &&
            std::none_of(m_model.records.begin(), m_model.records.end(), wanted);
 }
 
-Status CSimulatedRelay::Store(CellAddress cell, const SCell& before, const Variant::Bytes& data) {
+LinkStatus CSimulatedRelay::Store(CellAddress cell, const SCell& before, const Variant::Bytes& data) {
     const auto own = m_cells.find(cell);
     if (!before.writable || own == m_cells.end()) {
-        return kNotSettable;
+        return kReplyNotSettable;
     }
     if (data.size() != before.data.size() || !IsWithinLimits(before, data) || IsUnknownRecord(cell, data)) {
-        return kRejected;
+        return kReplyRejected;
     }
     own->second.data = data;
-    return kGood;
+    return kLinkGood;
 }
 
 SAnswer CSimulatedRelay::NextEvent() {
-    if (const Status status = m_access.Check(EAccess::Event, 0); status != kGood) {
+    if (const LinkStatus status = m_access.Check(EAccess::Event, 0); status != kLinkGood) {
         return StatusAnswer(status);
     }
     if (!HasEvents()) {
-        return StatusAnswer(kNoData);
+        return StatusAnswer(kReplyNoData);
     }
     const SEvent& event = m_model.events[m_nextEvent % m_model.events.size()];
     // Gone from here on, whatever becomes of the answer.
@@ -283,7 +283,7 @@ SAnswer CSimulatedRelay::NextEvent() {
 
 SAnswer CSimulatedRelay::StatusByte() const {
     return OutputAnswer({Variant::FromUI1(
-        static_cast<std::uint8_t>(m_model.statusByte | (HasEvents() ? kEventsWaiting : 0)))});
+        static_cast<std::uint8_t>(m_model.statusByte | (HasEvents() ? kEventsPending : 0)))});
 }
 
 } // namespace ruvo::sim

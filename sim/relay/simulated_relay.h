@@ -43,7 +43,7 @@ public:
 
 private:
     struct SFound {
-        Status status = kGood;
+        LinkStatus status = kLinkGood;
         SCell cell;
     };
     SFound Find(CellAddress cell, EAccess access) const;
@@ -52,7 +52,7 @@ private:
     SListing MakeListing(std::uint8_t column) const;
     void AddToListing(CellAddress address, const SCell& cell, bool unsignedLocations,
                       SListing& listing) const;
-    Status Store(CellAddress cell, const SCell& before, const Variant::Bytes& data);
+    LinkStatus Store(CellAddress cell, const SCell& before, const Variant::Bytes& data);
     bool HasEvents() const;
     bool IsUnknownRecord(CellAddress cell, const Variant::Bytes& data) const;
 

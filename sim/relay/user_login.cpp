@@ -1,8 +1,8 @@
 #include "sim/relay/user_login.h"
 
+#include "link/seam/cell_address.h"
 #include "model/values/character_set.h"
 #include "model/values/type_codes.h"
-#include "sim/file/relay_addresses.h"
 #include "sim/file/relay_text.h"
 
 #include <algorithm>
@@ -26,25 +26,25 @@ std::span<const std::uint8_t> BytesOf(const char* text, std::size_t count) {
 
 CUserLogin::CUserLogin(const SAccess& model) : m_model(model), m_provider(ProviderFiles(model)) {}
 
-Status CUserLogin::SetName(std::uint8_t type, const Variant::Bytes& data) {
+LinkStatus CUserLogin::SetName(std::uint8_t type, const Variant::Bytes& data) {
     m_salt.reset();
     m_name.reset();
     if (type != kTypeText || data.size() > kUserNameLength) {
-        return kRejected;
+        return kReplyRejected;
     }
     m_name = WithoutTrailingBlanks(DecodeDeviceBytes(data));
-    return kGood;
+    return kLinkGood;
 }
 
-Status CUserLogin::SetSalt(std::uint8_t type, const Variant::Bytes& data) {
+LinkStatus CUserLogin::SetSalt(std::uint8_t type, const Variant::Bytes& data) {
     m_salt.reset();
     std::string salt = DecodeDeviceBytes(data);
     if (type != kTypeText || salt.size() != kSaltLength || (m_model.freshSalt && salt == m_lastSalt)) {
-        return kRejected;
+        return kReplyRejected;
     }
     m_lastSalt = salt;
     m_salt = std::move(salt);
-    return kGood;
+    return kLinkGood;
 }
 
 const SUser* CUserLogin::FindUser() const {
@@ -66,20 +66,20 @@ SPasswordResult CUserLogin::CheckDigest(std::uint8_t type, const Variant::Bytes&
     const bool named = std::exchange(m_name, std::nullopt).has_value();
     const std::optional<std::string> salt = std::exchange(m_salt, std::nullopt);
     if (!named || !salt || type != kTypePassword || data.size() != Digest().size() - 1) {
-        return {kRejected};
+        return {kReplyRejected};
     }
     if (user == nullptr) {
-        return {m_model.generation >= kSecondEdition ? kUnknownUser : kRejected};
+        return {m_model.generation >= kSecondEdition ? kReplyUnknownUser : kReplyRejected};
     }
     if (!user->password) {
-        return {kRejected};
+        return {kReplyRejected};
     }
     const std::optional<Digest> expected = ExpectedDigest(*user, *salt);
     if (!expected) {
-        return {kNoProvider};
+        return {kReplyCommandRejected};
     }
     const bool right = std::equal(data.begin(), data.end(), expected->begin());
-    return {right ? kGood : kRejected, user->levelTooLow};
+    return {right ? kLinkGood : kReplyRejected, user->levelTooLow};
 }
 
 } // namespace ruvo::sim

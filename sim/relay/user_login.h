@@ -1,9 +1,9 @@
 // The login of relays that know users: a name, a salt and a digest, each written to a cell of its own.
 #pragma once
 
+#include "link/seam/link_status.h"
 #include "sim/file/substation.h"
 #include "sim/relay/crypto_provider.h"
-#include "sim/relay/statuses.h"
 
 #include <optional>
 #include <string>
@@ -12,7 +12,7 @@ namespace ruvo::sim {
 
 /// What came of a password, and whether it opens anything when it was right.
 struct SPasswordResult {
-    Status status = kRejected;
+    LinkStatus status = kReplyRejected;
     bool levelTooLow = false;
 };
 
@@ -24,9 +24,9 @@ public:
     explicit CUserLogin(const SAccess& model);
 
     /// Any name is taken: a relay that told at once whom it knows would help to guess.
-    Status SetName(std::uint8_t type, const Variant::Bytes& data);
-    Status SetSalt(std::uint8_t type, const Variant::Bytes& data);
-    /// Good, kRejected, kUnknownUser or kNoProvider.
+    LinkStatus SetName(std::uint8_t type, const Variant::Bytes& data);
+    LinkStatus SetSalt(std::uint8_t type, const Variant::Bytes& data);
+    /// Good, kReplyRejected, kReplyUnknownUser or kReplyCommandRejected.
     SPasswordResult CheckDigest(std::uint8_t type, const Variant::Bytes& data);
 
 private:

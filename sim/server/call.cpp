@@ -1,8 +1,8 @@
 #include "sim/server/call.h"
 
 #include "base/text.h"
+#include "link/seam/cell_address.h"
 #include "model/values/type_codes.h"
-#include "sim/file/relay_addresses.h"
 
 #include <algorithm>
 #include <array>
@@ -10,7 +10,7 @@
 namespace ruvo::sim {
 namespace {
 
-constexpr std::array kPasswordCells{cells::kPassword, cells::kSecurePassword, cells::kSalt};
+constexpr std::array kPasswordCells{cells::kPassword, cells::kSecurityPassword, cells::kSalt};
 constexpr std::array kPasswordTypes{kTypePassword, kTypeEncryptedPassword};
 
 // A list of bytes is shown whole, except for what a login writes: that is as good as the password.
@@ -74,7 +74,7 @@ SCall ColumnCall(EOperation operation, const Variant& address, const Variant& co
     SCall call = RelayCall(operation, address);
     std::uint8_t number = 0;
     if (IsUI1(column) && column.ToUI1(number)) {
-        call.cell = MakeCell(number, 0);
+        call.cell = MakeCellAddress(number, 0);
     } else {
         call.wellFormed = false;
     }

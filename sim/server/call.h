@@ -1,9 +1,9 @@
 // One call of the server as it arrives.
 #pragma once
 
+#include "link/seam/link_status.h"
 #include "sim/file/operations.h"
 #include "sim/file/substation.h"
-#include "sim/relay/statuses.h"
 
 #include <optional>
 #include <string>

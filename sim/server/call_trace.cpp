@@ -14,13 +14,13 @@ std::string CellText(const SCall& call) {
     std::array<char, 8> text{};
     const bool column = OperationRow(call.operation).target == ETarget::Column;
     std::snprintf(text.data(), text.size(), column ? "%02X" : "%02X.%02X", ColumnOf(*call.cell),
-                  CellRowOf(*call.cell));
+                  RowOf(*call.cell));
     return text.data();
 }
 
 } // namespace
 
-std::string CCallTrace::StatusText(Status status) {
+std::string CCallTrace::StatusText(LinkStatus status) {
     std::array<char, 16> text{};
     std::snprintf(text.data(), text.size(), "0x%04X", static_cast<unsigned>(status));
     return text.data();
@@ -28,7 +28,7 @@ std::string CCallTrace::StatusText(Status status) {
 
 // What there is no memory for is not noted; the calls and the notifications go on.
 
-void CCallTrace::WriteCall(const SCall& call, std::optional<Status> status,
+void CCallTrace::WriteCall(const SCall& call, std::optional<LinkStatus> status,
                            std::string_view remark) noexcept {
     try {
         std::string line(OperationRow(call.operation).name);
@@ -41,7 +41,7 @@ void CCallTrace::WriteCall(const SCall& call, std::optional<Status> status,
     }
 }
 
-void CCallTrace::WriteCompletion(const char* method, Status status) noexcept {
+void CCallTrace::WriteCompletion(const char* method, LinkStatus status) noexcept {
     try {
         m_file.Append(std::string(method) + " - - " + StatusText(status));
     } catch (...) { // NOLINT(bugprone-empty-catch)

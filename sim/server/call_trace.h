@@ -15,17 +15,17 @@ class CCallTrace {
 public:
     bool Open(const std::string& path) { return m_file.Open(path); }
     /// `remark` stands at the end of the line; empty for none.
-    void Write(const SCall& call, Status status, std::string_view remark) noexcept {
+    void Write(const SCall& call, LinkStatus status, std::string_view remark) noexcept {
         WriteCall(call, status, remark);
     }
     /// The call did not reach the server.
     void WriteComFailure(const SCall& call) noexcept { WriteCall(call, std::nullopt, {}); }
     /// A notification of the sink.
-    void WriteCompletion(const char* method, Status status) noexcept;
+    void WriteCompletion(const char* method, LinkStatus status) noexcept;
 
 private:
-    static std::string StatusText(Status status);
-    void WriteCall(const SCall& call, std::optional<Status> status, std::string_view remark) noexcept;
+    static std::string StatusText(LinkStatus status);
+    void WriteCall(const SCall& call, std::optional<LinkStatus> status, std::string_view remark) noexcept;
 
     CLineFile m_file;
 };

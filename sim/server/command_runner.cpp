@@ -4,7 +4,7 @@
 
 namespace ruvo::sim {
 
-CCommandRunner::CCommandRunner(std::function<void()> started, std::function<void(Status)> finished)
+CCommandRunner::CCommandRunner(std::function<void()> started, std::function<void(LinkStatus)> finished)
     : m_started(std::move(started)), m_finished(std::move(finished)), m_thread([this] { Run(); }) {}
 
 CCommandRunner::~CCommandRunner() {
@@ -26,19 +26,19 @@ void CCommandRunner::Start(const SRunPlan& plan) {
     m_wake.notify_all();
 }
 
-Status CCommandRunner::Abort() {
+LinkStatus CCommandRunner::Abort() {
     {
         const std::lock_guard lock(m_lock);
         if (!m_plan) {
-            return kNothingToAbort;
+            return kLinkNothingToAbort;
         }
         if (m_aborting) {
-            return kAbortInProgress;
+            return kLinkAbortInProgress;
         }
         m_aborting = true;
     }
     m_wake.notify_all();
-    return kGood;
+    return kLinkGood;
 }
 
 bool CCommandRunner::WaitForEnd(std::unique_lock<std::mutex>& lock, const SRunPlan& plan) {
@@ -65,7 +65,7 @@ void CCommandRunner::Run() {
         if (!WaitForEnd(lock, plan)) {
             return;
         }
-        const Status status = m_aborting ? kAborted : plan.status;
+        const LinkStatus status = m_aborting ? kLinkAborted : plan.status;
         // Before the notification, so that a sink may start the next command.
         m_plan.reset();
         lock.unlock();

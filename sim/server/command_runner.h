@@ -1,7 +1,7 @@
 // Runs the one command that goes on after its call has returned, on a thread of its own.
 #pragma once
 
-#include "sim/relay/statuses.h"
+#include "link/seam/link_status.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -13,7 +13,7 @@
 namespace ruvo::sim {
 
 struct SRunPlan {
-    Status status = kGood; ///< with which the command completes
+    LinkStatus status = kLinkGood; ///< with which the command completes
     std::chrono::microseconds delay{0};
     bool hangs = false; ///< only an abort ends it
 };
@@ -22,7 +22,7 @@ struct SRunPlan {
 class CCommandRunner {
 public:
     /// `started` and `finished` run on the runner's thread, without its lock; `finished` is told the status.
-    CCommandRunner(std::function<void()> started, std::function<void(Status)> finished);
+    CCommandRunner(std::function<void()> started, std::function<void(LinkStatus)> finished);
     CCommandRunner(const CCommandRunner&) = delete;
     CCommandRunner& operator=(const CCommandRunner&) = delete;
     /// Drops a command that still runs without a notification.
@@ -30,7 +30,7 @@ public:
 
     void Start(const SRunPlan& plan);
     /// Good when a command was running: it completes as aborted.
-    Status Abort();
+    LinkStatus Abort();
 
 private:
     void Run();
@@ -38,7 +38,7 @@ private:
     bool WaitForEnd(std::unique_lock<std::mutex>& lock, const SRunPlan& plan);
 
     const std::function<void()> m_started;
-    const std::function<void(Status)> m_finished;
+    const std::function<void(LinkStatus)> m_finished;
     std::mutex m_lock;
     std::condition_variable m_wake;
     std::optional<SRunPlan> m_plan;

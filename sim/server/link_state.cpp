@@ -58,14 +58,14 @@ std::optional<STunnel> ParseTunnel(std::string_view text) {
 
 // A listed destination answers with its status; one that is not listed is there when a relay is.
 template <typename IsThere>
-Status DestinationStatus(const std::vector<SDestination>& listed, const std::vector<SRelay>& relays,
-                         std::string_view name, Status fallback, IsThere isThere) {
+LinkStatus DestinationStatus(const std::vector<SDestination>& listed, const std::vector<SRelay>& relays,
+                             std::string_view name, LinkStatus fallback, IsThere isThere) {
     const auto found = std::find_if(listed.begin(), listed.end(),
                                     [name](const SDestination& candidate) { return candidate.name == name; });
     if (found != listed.end()) {
         return found->status;
     }
-    return std::any_of(relays.begin(), relays.end(), isThere) ? kGood : fallback;
+    return std::any_of(relays.begin(), relays.end(), isThere) ? kLinkGood : fallback;
 }
 
 } // namespace
@@ -76,82 +76,82 @@ CLinkState::CLinkState(const SSubstation& substation) : m_substation(substation)
     }
 }
 
-Status CLinkState::Open(const std::string& port, const std::string& parameters) {
+LinkStatus CLinkState::Open(const std::string& port, const std::string& parameters) {
     if (IsOpen()) {
-        return kCannotOpenPort;
+        return kLinkCannotOpenPort;
     }
     return port.rfind(kTunnelPrefix, 0) == 0 ? OpenTunnel(port) : OpenSerial(port, parameters);
 }
 
-Status CLinkState::OpenSerial(const std::string& port, const std::string& parameters) {
+LinkStatus CLinkState::OpenSerial(const std::string& port, const std::string& parameters) {
     const auto& ports = m_substation.link.serial;
     const auto found = std::find_if(ports.begin(), ports.end(),
                                     [&](const SSerialPort& candidate) { return candidate.port == port; });
     if (found == ports.end()) {
-        return kCannotOpenPort;
+        return kLinkCannotOpenPort;
     }
-    if (found->status != kGood) {
+    if (found->status != kLinkGood) {
         return found->status;
     }
     if (found->parameters && *found->parameters != parameters) {
-        return kBadPortParameters;
+        return kLinkBadPortParameters;
     }
     m_open = ELink::Serial;
     m_openName = port;
-    return kGood;
+    return kLinkGood;
 }
 
-Status CLinkState::OpenTunnel(const std::string& connection) {
+LinkStatus CLinkState::OpenTunnel(const std::string& connection) {
     const std::optional<STunnel> tunnel = ParseTunnel(connection);
     if (!tunnel) {
-        return kWrongParameters;
+        return kLinkWrongParameters;
     }
-    const Status status = DestinationStatus(
-        m_substation.link.ethernet, m_substation.relays, tunnel->ip, kCannotOpenPort,
+    const LinkStatus status = DestinationStatus(
+        m_substation.link.ethernet, m_substation.relays, tunnel->ip, kLinkCannotOpenPort,
         [&](const SRelay& relay) { return relay.ethernet && relay.ethernet->ip == tunnel->ip; });
-    if (status != kGood || tunnel->transport != kTransport) {
-        return status != kGood ? status : kCannotOpenPort;
+    if (status != kLinkGood || tunnel->transport != kTransport) {
+        return status != kLinkGood ? status : kLinkCannotOpenPort;
     }
     m_open = ELink::Ethernet;
     m_openName = tunnel->ip;
     m_bus = tunnel->bus;
-    return kGood;
+    return kLinkGood;
 }
 
-Status CLinkState::Close() {
+LinkStatus CLinkState::Close() {
     if (m_open != ELink::Serial && m_open != ELink::Ethernet) {
-        return kNothingToClose;
+        return kLinkNothingToClose;
     }
     m_open = ELink::Nothing;
-    return kGood;
+    return kLinkGood;
 }
 
-Status CLinkState::CheckModem(const std::string& modem) const {
+LinkStatus CLinkState::CheckModem(const std::string& modem) const {
     const auto& modems = m_substation.link.modems;
     if (std::find(modems.begin(), modems.end(), modem) == modems.end()) {
-        return kNoSuchLine;
+        return kLinkNoSuchLine;
     }
-    return IsOpen() ? kLineInUse : kGood;
+    return IsOpen() ? kLinkLineInUse : kLinkGood;
 }
 
 // The line is taken at once and given back when the call fails or is aborted.
-Status CLinkState::Dial(const std::string& number) {
-    const Status status =
-        DestinationStatus(m_substation.link.numbers, m_substation.relays, number, kCallTimedOut,
+LinkStatus CLinkState::Dial(const std::string& number) {
+    const LinkStatus status =
+        DestinationStatus(m_substation.link.numbers, m_substation.relays, number, kLinkCallTimedOut,
                           [&](const SRelay& relay) { return relay.modem && relay.modem->number == number; });
-    if (status == kGood) {
+    if (status == kLinkGood) {
         m_open = ELink::Modem;
         m_openName = number;
     }
     return status;
 }
 
-Status CLinkState::HangUp() {
+LinkStatus CLinkState::HangUp() {
     if (m_open != ELink::Modem) {
-        return kNoCall;
+        return kLinkNoCall;
     }
     m_open = ELink::Nothing;
-    return kGood;
+    return kLinkGood;
 }
 
 void CLinkState::DropCall() {

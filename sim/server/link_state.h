@@ -16,13 +16,13 @@ public:
     explicit CLinkState(const SSubstation& substation);
 
     /// Opens a serial port, or the tunnel that a connection string names.
-    Status Open(const std::string& port, const std::string& parameters);
-    Status Close();
+    LinkStatus Open(const std::string& port, const std::string& parameters);
+    LinkStatus Close();
     /// What a call would come to at once: a status that means no call is made, or good.
-    Status CheckModem(const std::string& modem) const;
+    LinkStatus CheckModem(const std::string& modem) const;
     /// Makes the call; the status with which it ends.
-    Status Dial(const std::string& number);
-    Status HangUp();
+    LinkStatus Dial(const std::string& number);
+    LinkStatus HangUp();
     /// Ends a call that was not completed.
     void DropCall();
 
@@ -40,8 +40,8 @@ public:
 
 private:
     enum class ELink : std::uint8_t { Nothing, Serial, Modem, Ethernet };
-    Status OpenSerial(const std::string& port, const std::string& parameters);
-    Status OpenTunnel(const std::string& connection);
+    LinkStatus OpenSerial(const std::string& port, const std::string& parameters);
+    LinkStatus OpenTunnel(const std::string& connection);
     bool Reaches(CSimulatedRelay& relay, std::uint8_t address) const;
 
     const SSubstation& m_substation;

@@ -13,7 +13,7 @@ void ReturnOutputs(const SFault& fault, SAnswer answer, const CServerCore::Outpu
     for (std::size_t i = 0; i < outputs.size(); ++i) {
         *outputs[i] = std::move(answer.outputs[i]);
     }
-    status = Variant::FromI4(answer.status);
+    status = Variant::FromI4(static_cast<std::int32_t>(answer.status));
     if (fault.wrongType == 0) {
         status = Variant::Other();
     }
@@ -24,7 +24,7 @@ void ReturnOutputs(const SFault& fault, SAnswer answer, const CServerCore::Outpu
 CServerCore::CServerCore(std::unique_ptr<SSubstation> substation, CSinkList& sinks)
     : m_substation(std::move(substation)), m_sinks(sinks), m_link(*m_substation),
       m_faults(m_substation->faults),
-      m_runner([this] { m_sinks.NotifyProgress(0, 2); }, [this](Status status) { Finish(status); }) {}
+      m_runner([this] { m_sinks.NotifyProgress(0, 2); }, [this](LinkStatus status) { Finish(status); }) {}
 
 std::string CServerCore::OpenFiles() {
     if (!m_state.Open(m_substation->stateFile)) {
@@ -66,7 +66,7 @@ EComResult CServerCore::Answer(const SCall& call, const Request& request, const 
     DamageOutputs(fault, answer.outputs);
     // Before the command starts, so that its completion cannot come first in the trace.
     m_trace.Write(call, answer.status, answer.remark);
-    if (runsOn && answer.status == kGood) {
+    if (runsOn && answer.status == kLinkGood) {
         StartRunning(call, fault, answer);
     }
     ReturnOutputs(fault, std::move(answer), outputs, status);
@@ -82,9 +82,9 @@ EComResult CServerCore::AnswerRelay(const SCall& call, const RelayRequest& reque
 SAnswer CServerCore::Execute(const SCall& call, const SFault& fault, const Request& request) const {
     SAnswer answer;
     if (!call.wellFormed) {
-        answer.status = kWrongParameters;
+        answer.status = kLinkWrongParameters;
     } else if (m_running && call.operation != EOperation::Abort) {
-        answer.status = kBusy;
+        answer.status = kLinkBusy;
     } else if (fault.status) {
         answer.status = *fault.status;
     } else {
@@ -96,23 +96,23 @@ SAnswer CServerCore::Execute(const SCall& call, const SFault& fault, const Reque
 SAnswer CServerCore::CallRelay(const SCall& call, const RelayRequest& request) {
     SAnswer answer;
     if (!m_link.IsOpen()) {
-        answer.status = kNoPortOpen;
+        answer.status = kLinkNoPortOpen;
         return answer;
     }
     CSimulatedRelay* relay = m_link.Find(*call.address);
     if (relay == nullptr) {
-        answer.status = kNotResponding;
+        answer.status = kLinkNotResponding;
     } else {
         relay->CountRequest();
         answer = request(*relay);
     }
     // Remembered even when a fault damages the answer: the relay has let go of the event.
-    if (call.operation == EOperation::GetEvent && answer.status == kGood) {
+    if (call.operation == EOperation::GetEvent && answer.status == kLinkGood) {
         m_state.AddHandedOver(relay->Model().name);
     }
     if (OperationRow(call.operation).runsOn) {
         answer.completion = answer.status;
-        answer.status = kGood;
+        answer.status = kLinkGood;
     }
     return answer;
 }
@@ -129,14 +129,14 @@ void CServerCore::StartRunning(const SCall& call, const SFault& fault, const SAn
     m_runner.Start(plan);
 }
 
-void CServerCore::Finish(Status status) {
+void CServerCore::Finish(LinkStatus status) {
     bool alternate = false;
     {
         const std::lock_guard lock(m_lock);
         m_running = false;
         // An aborted or failed command leaves nothing to fetch.
-        m_resultsReady = status == kGood;
-        if (status != kGood && m_resultsOf == EOperation::ModemConnect) {
+        m_resultsReady = status == kLinkGood;
+        if (status != kLinkGood && m_resultsOf == EOperation::ModemConnect) {
             m_link.DropCall();
         }
         alternate = m_alternate;
@@ -151,7 +151,7 @@ void CServerCore::Finish(Status status) {
 SAnswer CServerCore::FetchResults(EOperation start) {
     SAnswer answer;
     if (!m_resultsReady || m_resultsOf != start) {
-        answer.status = kDataNotReady;
+        answer.status = kLinkDataNotReady;
         return answer;
     }
     m_resultsReady = false;

@@ -46,13 +46,13 @@ public:
     CLinkState& Link() { return m_link; }
     /// The results of the completed operation, once; data not ready when there are none of that operation.
     SAnswer FetchResults(EOperation start);
-    Status AbortRunning() { return m_runner.Abort(); }
+    LinkStatus AbortRunning() { return m_runner.Abort(); }
 
 private:
     SAnswer Execute(const SCall& call, const SFault& fault, const Request& request) const;
     SAnswer CallRelay(const SCall& call, const RelayRequest& request);
     void StartRunning(const SCall& call, const SFault& fault, const SAnswer& answer);
-    void Finish(Status status);
+    void Finish(LinkStatus status);
     std::string RelayName(const SCall& call);
     /// A fault's delay as the substation's clock has it pass.
     std::chrono::microseconds DelayOf(const SFault& fault) const;

@@ -48,7 +48,7 @@ EComResult CSimulatedServer::SetTransactionValues(In busyHoldoff, In busyCount, 
         call.detail += (call.detail.empty() ? "" : ",") + std::to_string(number);
     }
     return m_core.Answer(
-        call, [&] { return StatusAnswer(m_core.Link().IsOpen() ? kGood : kNoPortOpen); }, {}, status);
+        call, [&] { return StatusAnswer(m_core.Link().IsOpen() ? kLinkGood : kLinkNoPortOpen); }, {}, status);
 }
 
 EComResult CSimulatedServer::Abort(Out status) {
@@ -66,7 +66,7 @@ EComResult CSimulatedServer::ModemConnect(In modemName, In lineAddress, In count
     }
     const auto dial = [&] {
         SAnswer answer = StatusAnswer(m_core.Link().CheckModem(*modemName.AsText()));
-        if (answer.status == kGood) {
+        if (answer.status == kLinkGood) {
             answer.completion = m_core.Link().Dial(*numberToDial.AsText());
         }
         return answer;

@@ -1,7 +1,7 @@
 // The server's operations on relays.
 #include "base/text.h"
+#include "link/seam/cell_address.h"
 #include "model/values/type_codes.h"
-#include "sim/file/relay_addresses.h"
 #include "sim/server/simulated_server.h"
 
 namespace ruvo::sim {
@@ -16,8 +16,8 @@ std::string TrimmedText(const Variant::Bytes& bytes) {
 
 bool HasSerialNumber(const CSimulatedRelay& relay, const std::string& serialNumber) {
     const SAnswer answer = relay.Value(cells::kSerialNumber);
-    return answer.status == kGood && TrimmedText(*answer.outputs.back().AsBytes()) ==
-                                         TrimmedText({serialNumber.begin(), serialNumber.end()});
+    return answer.status == kLinkGood && TrimmedText(*answer.outputs.back().AsBytes()) ==
+                                             TrimmedText({serialNumber.begin(), serialNumber.end()});
 }
 
 } // namespace
@@ -134,7 +134,8 @@ EComResult CSimulatedServer::SetRealTime(In address, In time, Out status) {
     const auto set = [&](CSimulatedRelay&) {
         constexpr std::size_t kTaggedTime = 2 + 7;
         const Variant::Bytes& bytes = *time.AsBytes();
-        return StatusAnswer(bytes.size() == kTaggedTime && bytes[0] == kTypeIEC870 ? kGood : kRejected);
+        return StatusAnswer(bytes.size() == kTaggedTime && bytes[0] == kTypeIEC870 ? kLinkGood
+                                                                                   : kReplyRejected);
     };
     return m_core.AnswerRelay(call, set, {}, status);
 }
@@ -145,7 +146,8 @@ EComResult CSimulatedServer::SelectSettingGroup(In address, In group, Out status
     const auto select = [&](CSimulatedRelay&) {
         constexpr std::uint8_t kLastGroup = 4;
         std::uint8_t number = 0;
-        return StatusAnswer(group.ToUI1(number) && number >= 1 && number <= kLastGroup ? kGood : kRejected);
+        return StatusAnswer(group.ToUI1(number) && number >= 1 && number <= kLastGroup ? kLinkGood
+                                                                                       : kReplyRejected);
     };
     return m_core.AnswerRelay(call, select, {}, status);
 }
@@ -157,16 +159,16 @@ EComResult CSimulatedServer::ChangeDeviceAddress(In address, In newAddress, In s
         call.wellFormed && IsUI1(newAddress) && newAddress.ToUI1(target) && serialNumber.AsText() != nullptr;
     const auto move = [&](CSimulatedRelay& relay) {
         if (target == *call.address) {
-            return StatusAnswer(kSameAddress);
+            return StatusAnswer(kLinkSameAddress);
         }
         if (!HasSerialNumber(relay, *serialNumber.AsText())) {
-            return StatusAnswer(kWrongSerialNumber);
+            return StatusAnswer(kLinkWrongSerialNumber);
         }
         if (m_core.Link().Find(target) != nullptr) {
-            return StatusAnswer(kAddressTaken);
+            return StatusAnswer(kLinkAddressTaken);
         }
         m_core.Link().Move(relay, target);
-        return StatusAnswer(kGood);
+        return StatusAnswer(kLinkGood);
     };
     return m_core.AnswerRelay(call, move, {}, status);
 }
@@ -178,7 +180,7 @@ EComResult CSimulatedServer::TestAvailableDisturbanceRecord(In address, Out avai
         [](CSimulatedRelay&) { return OutputAnswer({Variant::FromUI1(0)}); }, {&available}, status);
 }
 
-EComResult CSimulatedServer::RefuseByRelay(const SCall& call, Status refusal, Out status) {
+EComResult CSimulatedServer::RefuseByRelay(const SCall& call, LinkStatus refusal, Out status) {
     return m_core.AnswerRelay(
         call, [refusal](CSimulatedRelay&) { return StatusAnswer(refusal); }, {}, status);
 }
@@ -186,18 +188,18 @@ EComResult CSimulatedServer::RefuseByRelay(const SCall& call, Status refusal, Ou
 EComResult CSimulatedServer::StartGetCompressDisturbanceRecord(In address, In value, Out status) {
     SCall call = RelayCall(EOperation::StartGetCompressDisturbanceRecord, address);
     AddBytes(call, value);
-    return RefuseByRelay(call, kNoCompressedRecord, status);
+    return RefuseByRelay(call, kLinkNoCompressedRecord, status);
 }
 
 EComResult CSimulatedServer::StartGetDisturbanceRecordConfiguration(In address, In value, Out status) {
     SCall call = RelayCall(EOperation::StartGetDisturbanceRecordConfiguration, address);
     AddBytes(call, value);
-    return RefuseByRelay(call, kNoDisturbanceRecord, status);
+    return RefuseByRelay(call, kLinkNoDisturbanceRecord, status);
 }
 
 EComResult CSimulatedServer::StartGetDisturbanceRecordValues(In address, Out status) {
     return RefuseByRelay(RelayCall(EOperation::StartGetDisturbanceRecordValues, address),
-                         kNoDisturbanceConfiguration, status);
+                         kLinkNoDisturbanceConfiguration, status);
 }
 
 } // namespace ruvo::sim

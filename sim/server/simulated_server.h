@@ -60,7 +60,7 @@ private:
     EComResult StartColumn(EOperation start, In address, In column, CSimulatedRelay::EListing listing,
                            Out status);
     EComResult Write(EOperation operation, In address, In cell, In value, Out status);
-    EComResult RefuseByRelay(const SCall& call, Status refusal, Out status);
+    EComResult RefuseByRelay(const SCall& call, LinkStatus refusal, Out status);
 
     CServerCore& m_core;
 };

@@ -30,9 +30,9 @@ void CSinkList::NotifyProgress(std::int32_t done, std::int32_t total) {
     ForEach([&](IP32lsSink_v2& sink) { sink.OnProgress(Variant::FromI4(done), Variant::FromI4(total)); });
 }
 
-void CSinkList::NotifyComplete(std::int32_t status, bool alternate) {
+void CSinkList::NotifyComplete(LinkStatus status, bool alternate) {
     const auto method = alternate ? &IP32lsSink_v2::OnCommandCompleteAlt : &IP32lsSink_v2::OnCommandComplete;
-    ForEach([&](IP32lsSink_v2& sink) { (sink.*method)(Variant::FromI4(status)); });
+    ForEach([&](IP32lsSink_v2& sink) { (sink.*method)(Variant::FromI4(static_cast<std::int32_t>(status))); });
 }
 
 } // namespace ruvo::sim

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "link/seam/ip32ls.h"
+#include "link/seam/link_status.h"
 
 #include <cstdint>
 #include <map>
@@ -19,7 +20,7 @@ public:
 
     void NotifyProgress(std::int32_t done, std::int32_t total);
     /// Tells every sink, by one of the two methods that mean the same.
-    void NotifyComplete(std::int32_t status, bool alternate);
+    void NotifyComplete(LinkStatus status, bool alternate);
 
 private:
     template <typename Notify>

@@ -56,7 +56,7 @@ public:
         for (std::thread& thread : m_threads)
             thread.join();
         Link().ForEachRelay([this](sim::CSimulatedRelay& relay) {
-            if (const sim::SAnswer answer = relay.Value(cells::kPasswordGuard); answer.status == sim::kGood)
+            if (const sim::SAnswer answer = relay.Value(cells::kPasswordGuard); answer.status == 0)
                 m_notes.guard = answer.outputs.back();
         });
     }
@@ -73,19 +73,18 @@ public:
         if (kind == NeverEnds)
             m_threads.emplace_back(RequestAbort);
         if (kind == Status || kind == NeverEnds) {
-            status = Variant::FromI4(kind == Status ? m_fault.detail : sim::kGood);
+            status = Variant::FromI4(kind == Status ? m_fault.detail : 0);
             return EComResult::Ok;
         }
         const bool isAbort = call.operation == sim::EOperation::Abort && m_fault.kind == NeverEnds;
         const EComResult result =
             isAbort ? AnswerAbort(status) : CServerCore::Answer(call, request, outputs, status);
-        if (call.operation == sim::EOperation::GetEvent && status == Variant::FromI4(sim::kGood))
+        if (call.operation == sim::EOperation::GetEvent && status == Variant::FromI4(0))
             ++m_notes.taken;
         if (kind == WrongType)
             *(m_fault.detail == 0 ? &status : outputs[static_cast<std::size_t>(m_fault.detail) - 1]) =
                 Variant::Other();
-        if (call.operation == sim::EOperation::GetEvent && kind != ReplyLost &&
-            status == Variant::FromI4(sim::kGood))
+        if (call.operation == sim::EOperation::GetEvent && kind != ReplyLost && status == Variant::FromI4(0))
             ++m_notes.given;
         if (kind == ReplyLost || kind == WrongType)
             AwaitIdle();
@@ -99,17 +98,16 @@ private:
     void AwaitIdle() {
         const sim::SCall harmless{
             .operation = sim::EOperation::ClosePort, .address = {}, .cell = {}, .detail = {}};
-        for (Variant status = Variant::FromI4(sim::kBusy); status == Variant::FromI4(sim::kBusy);
-             std::this_thread::yield())
+        for (Variant status = Variant::FromI4(7); status == Variant::FromI4(7); std::this_thread::yield())
             static_cast<void>(CServerCore::Answer(
                 harmless, [] { return sim::SAnswer{}; }, {}, status));
     }
 
     /// An accepted abort completes the command on another thread, as every command of the server does.
     EComResult AnswerAbort(Variant& status) {
-        status = Variant::FromI4(m_fault.detail == kAbortRefused ? sim::kAbortInProgress : sim::kGood);
+        status = Variant::FromI4(m_fault.detail == kAbortRefused ? 29 : 0);
         if (m_fault.detail == kAbortAccepted)
-            m_threads.emplace_back([this] { m_sinks.NotifyComplete(sim::kAborted, false); });
+            m_threads.emplace_back([this] { m_sinks.NotifyComplete(18, false); });
         return m_fault.detail == kAbortLost ? EComResult::Failed : EComResult::Ok;
     }
 
