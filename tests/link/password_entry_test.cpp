@@ -131,60 +131,38 @@ TEST_F(PasswordEntry, TheGuardCellIsClearedAndRestored) {
 }
 
 TEST_F(PasswordEntry, TheApplicationLearnsWhyItIsAskedAgain) {
-    struct SRow {
-        const char* name;
-        std::int64_t writeStatus;
-        int requests;
-        std::vector<int> codes;
-        LinkStatus status;
-        std::size_t accepted;
-        std::string trace = {};
-    };
-    const SRow rows[] = {
-        {"accepted, but the level does not suffice", 0, 2, {0, 2}, 18U, 1},
-        {"status 1 is accepted too", 1, 1, {0}, kLinkGood, 1},
-        {"rejected", 0x0411, 1, {0, 3}, 18U, 0, "incorrect"},
-        {"another reply", 0x0511, 1, {0, 6}, 18U, 0, "error"},
-        {"the server is gone", CScriptedServer::kComFailure, 1, {0, 6}, 18U, 0, "error"},
-        {"the password cell itself asks for a password", 0x0611, 1, {0, 6}, 18U, 0, "error"},
-    };
     const std::string version =
         "CP32Wrap::ExtractCSVersion : Error during obtaining Cyber Security version.\n";
     const std::string dialog = "CP32Wrap::EnterNonCyberSecurityPassword : Password dialog : Password : ";
-    for (const SRow& row : rows) {
-        server.statuses["ChangeSetting 00.02"] = row.writeStatus;
+    ForEachCase<6>("link/password_answers.txt", [&](auto& answer, auto& requests, auto& codes, auto& status,
+                                                    auto& accepted, auto& trace) {
+        server.statuses["ChangeSetting 00.02"] = std::stoll(answer, nullptr, 0);
         g_debugOutput.clear();
-        EXPECT_EQ(Read(row.requests), row.status) << row.name;
-        EXPECT_EQ(!row.trace.empty(),
+        EXPECT_EQ(Read(std::stoi(requests)), std::stoul(status));
+        EXPECT_EQ(!trace.empty(),
                   g_debugOutput.ends_with(" *** [ PARLANE QTV ERR  ] " + version +
-                                          " *** [ PARLANE QTV ERR  ] " + dialog + row.trace + "\n"))
+                                          " *** [ PARLANE QTV ERR  ] " + dialog + trace + "\n"))
             << g_debugOutput;
-        EXPECT_EQ(g_application.codes, row.codes) << row.name;
-        EXPECT_EQ(g_application.accepted.size(), row.accepted) << row.name;
-        EXPECT_EQ(g_application.cancelled, row.status == 18U ? 1 : 0) << row.name;
-    }
+        std::string told;
+        for (const int code : g_application.codes)
+            told += (told.empty() ? "" : " ") + std::to_string(code);
+        EXPECT_EQ(told, codes);
+        EXPECT_EQ(g_application.accepted.size(), std::stoul(accepted));
+        EXPECT_EQ(g_application.cancelled, status == "18" ? 1 : 0);
+    });
 }
 
 TEST_F(PasswordEntry, OneBadAnswerDoesNotSendThePasswordAsItIs) {
-    struct SRow {
-        std::string first, second; ///< values of cell 00.DF as it is read twice, empty for none
-        bool isSent;
-    };
-    const SRow rows[] = {{"240101", "", false},       {"240102", "FF00", false},
-                         {"240103", "580100", false}, {"240101", "240100", false},
-                         {"240104", "240100", false}, {"240100", "", true},
-                         {"", "240100", true},        {"240100", "240100", true}};
-    for (const SRow& row : rows) {
+    ForEachCase<3>("link/version_reads.txt", [this](auto& first, auto& second, auto& sent) {
         server.onCall = [&](SCall& call) -> std::optional<std::int64_t> {
             const auto reads = std::ranges::count(server.calls, "GetValue 00.DF");
-            server.values[0x00DF] = reads < 2 ? row.first : row.second;
-            return server.values[0x00DF].empty() && server.calls.back() == "GetValue 00.DF" ? 0x0111
-                                                                                            : Answer(call);
+            const std::string value = server.values[0x00DF] = reads < 2 ? first : second;
+            return value.empty() && server.calls.back() == "GetValue 00.DF" ? 0x0111 : Answer(call);
         };
-        EXPECT_EQ(Read(), row.isSent ? kLinkGood : 18U);
-        EXPECT_EQ(written, row.isSent ? kPassword : "") << row.first << " then " << row.second;
-        EXPECT_EQ(g_application.codes.size(), row.isSent ? 1U : 0U);
-    }
+        EXPECT_EQ(Read(), sent.empty() ? 18U : 0U);
+        EXPECT_EQ(written, sent.empty() ? "" : kPassword);
+        EXPECT_EQ(g_application.codes.size(), sent.empty() ? 0U : 1U);
+    });
 }
 
 TEST_F(PasswordEntry, ARelayThatAsksDuringTheEntryStartsNoSecondOne) {

@@ -131,23 +131,17 @@ TEST(Record, IsReadUpToEveryCut) {
 }
 
 TEST(Record, OddItemsAreRead) {
-    const std::tuple<const char*, std::vector<unsigned>, unsigned, const char*> cases[] = {
-        // behind the time; errors, event code and event text as far as it was read
-        {"02 00 05 00 00 00 31 01 01 54 FF 00 00", {}, 5, "T"},  // a long short number
-        {"00 00 00 00 31 01 01 54 FF 00 00", {}, 0, "T"},        // an empty one
-        {"02 01 05 00 00 00 31 01 01 54 FF 00 00", {3}, 0, "T"}, // a malformed one
-        {"02 01 05 00 00 00 31 01 02 54", {3, 0}, 0, ""},        // the same, and cut
-        {"01 07 00 00 00 31 01 01 54 99 01 05 00", {}, 7, "T"},  // a value of unknown type
-        {"01 07 00 00 00 31 01 01 54 2C 01 05 00", {}, 7, "T"},  // a value of unknown size
-    };
-    for (const auto& [body, codes, eventCode, eventText] : cases) {
+    ForEachCase<4>("model/odd_records.txt", [](auto& body, auto& codes, auto& eventCode, auto& eventText) {
         CErrorList errors;
         const CExtendedEventRecord record(2, FromHex(kTime + body), errors);
-        EXPECT_EQ(Codes(errors), codes) << body;
-        EXPECT_EQ(record.IsValid(), codes.empty()) << body;
-        EXPECT_EQ(record.GetEventCode(), eventCode) << body;
-        EXPECT_EQ(record.GetEventFormat(), eventText) << body;
-    }
+        std::string found;
+        for (const unsigned code : Codes(errors))
+            found += (found.empty() ? "" : " ") + std::to_string(code);
+        EXPECT_EQ(found, codes);
+        EXPECT_EQ(record.IsValid(), codes.empty());
+        EXPECT_EQ(record.GetEventCode(), std::stoul(eventCode));
+        EXPECT_EQ(record.GetEventFormat(), eventText);
+    });
     for (const char* noTime :
          {"04 03 02 01 24 01 05 00 00 01 2A", "04 03 02 01 3C 06 55 23 07 0D 25 02 00 00"}) {
         CErrorList errors;

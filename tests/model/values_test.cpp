@@ -178,15 +178,13 @@ TEST(Texts, DeviceCharacters) {
 }
 
 TEST(Texts, CharacterRanges) {
-    const std::tuple<char, unsigned, unsigned, bool, char> kCases[] = {
-        {'B', 'A', 'C', true, 'B'},       {'@', 'A', 'C', false, 'A'},
-        {'D', 'A', 'C', false, 'C'},      {'\xCA', 0x85, 0x85, true, '\xCA'},
-        {'z', 0x7F, 0x90, false, '\xC0'}, {'\xF3', 0, 0xA2, false, '\xED'},
-        {'.', 0x20, 0x7E, true, '.'},     {'\xD5', 0x20, 0x7E, false, '.'}};
-    for (const auto& [character, low, high, inRange, clamped] : kCases) {
-        EXPECT_EQ(IsDeviceCharInRange(character, low, high), inRange) << character;
-        EXPECT_EQ(ClampDeviceChar(character, low, high), clamped) << character;
-    }
+    ForEachCase<5>("model/character_ranges.txt",
+                   [](auto& character, auto& low, auto& high, auto& inRange, auto& clamped) {
+                       const auto from = static_cast<unsigned>(std::stoul(low, nullptr, 0));
+                       const auto to = static_cast<unsigned>(std::stoul(high, nullptr, 0));
+                       EXPECT_EQ(IsDeviceCharInRange(character[0], from, to), !inRange.empty());
+                       EXPECT_EQ(ClampDeviceChar(character[0], from, to), clamped[0]);
+                   });
 }
 
 TEST(Texts, SettersAndForms) {
