@@ -11,6 +11,7 @@
 #include "platform/posix/native_path.h"
 #include "platform/registry.h"
 #include "platform/single_instance.h"
+#include "support/case_table.h"
 #include "support/scratch_folder.h"
 
 #include <csignal>
@@ -119,30 +120,20 @@ TEST(CInstanceMarker, KeepsAUsersRunsApartHoweverTheyAreStarted) {
     };
     const std::string longName(251, '\xE9'); // as long as a site's file can have it
     const std::string otherLong = longName.substr(1) + "x";
-    const struct {
-        const char* running; ///< its site; of none, as a run by hand is
-        const char* started;
-        EInstanceClaim outcome;
-    } cases[] = {
-        {"", "", EInstanceClaim::AlreadyRunning},
-        {"", "yard", EInstanceClaim::AlreadyRunning},
-        {"yard", "", EInstanceClaim::AlreadyRunning},
-        {"yard", "yard", EInstanceClaim::AlreadyRunning},
-        {"yard", "east", EInstanceClaim::Claimed},
-        {"a b", "a_b", EInstanceClaim::Claimed},
-        {longName.c_str(), longName.c_str(), EInstanceClaim::AlreadyRunning},
-        {longName.c_str(), otherLong.c_str(), EInstanceClaim::Claimed},
-    };
-    for (const auto& test : cases) {
+    test::ForEachCase<3>("platform/site_runs.txt", [&](auto& running, auto& started, auto& refused) {
+        const auto name = [&](const std::string& site) {
+            return site == "LONG" ? longName : site == "OTHER" ? otherLong : site;
+        };
         CInstanceMarker marker;
-        EXPECT_EQ(claim(test.running, marker), EInstanceClaim::Claimed);
+        EXPECT_EQ(claim(name(running).c_str(), marker), EInstanceClaim::Claimed);
         const auto outcome = RunInChild([&] {
             setenv("XDG_RUNTIME_DIR", folder.Native().c_str(), 1); // as a login has it, and cron has not
             CInstanceMarker second;
-            return static_cast<int>(claim(test.started, second));
+            return static_cast<int>(claim(name(started).c_str(), second));
         });
-        EXPECT_EQ(EInstanceClaim(outcome), test.outcome) << test.running << "-" << test.started;
-    }
+        EXPECT_EQ(EInstanceClaim(outcome),
+                  refused.empty() ? EInstanceClaim::Claimed : EInstanceClaim::AlreadyRunning);
+    });
     CInstanceMarker marker;
     EXPECT_TRUE(folder.Has("state/ruvo/A.lock") && folder.Has("state/ruvo/A@a%20b.lock"));
     chmod(folder.Native("state/ruvo").c_str(), 0777);
