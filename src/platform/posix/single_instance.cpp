@@ -3,14 +3,13 @@
 #include "base/text.h"
 #include "platform/environment.h"
 #include "platform/posix/native_path.h"
-#include "platform/posix/place.h"
+#include "platform/posix/users_folders.h"
 
 #include <array>
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <fcntl.h>
-#include <pwd.h>
 #include <string_view>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -24,48 +23,13 @@ namespace {
 
 constexpr const char* kPackageFolder = "/run/ruvo"; // made at boot, for the user of the services
 
-// The home that the system's list of users gives, which is the same for a login, cron and a service. The
-// environment's may be another user's: programs that change the user leave it as it was.
-std::string HomeFolder() {
-    std::array<char, 16384> buffer{};
-    struct passwd entry = {};
-    struct passwd* found = nullptr;
-    if (getpwuid_r(geteuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found != nullptr &&
-        found->pw_dir != nullptr && *found->pw_dir == '/') {
-        return found->pw_dir;
-    }
-    return EnvironmentValue("HOME").value_or("/nonexistent");
-}
-
-CDescriptor OpenFolder(const std::string& path) {
-    return CDescriptor(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-}
-
-// True when nobody else can put anything into the folder, or take a file of it away.
-bool IsOursAlone(const CDescriptor& folder) {
-    struct stat status = {};
-    return folder.IsOpen() && fstat(folder.Get(), &status) == 0 && status.st_uid == geteuid() &&
-           (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
-}
-
-// Makes the folder and those above it that are missing, for their owner alone.
-void MakeFolders(const std::string& path) {
-    constexpr mode_t kOwnerOnly = 0700;
-    for (std::size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1)) {
-        mkdir(path.substr(0, end).c_str(), kOwnerOnly);
-    }
-    mkdir(path.c_str(), kOwnerOnly);
-}
-
 // The one place of all of a user's runs, whatever starts them, where no other user can take the lock. Closed
 // when there is none.
 CDescriptor OpenUsersFolder() {
     if (CDescriptor folder = OpenFolder(kPackageFolder); IsOursAlone(folder)) {
         return folder;
     }
-    const auto state = EnvironmentValue("XDG_STATE_HOME");
-    const std::string parent = state && state->starts_with('/') ? *state : HomeFolder() + "/.local/state";
-    const std::string path = parent + "/ruvo";
+    const std::string path = UsersStateFolder();
     MakeFolders(path); // what comes of it is seen below
     CDescriptor folder = OpenFolder(path);
     return IsOursAlone(folder) ? std::move(folder) : CDescriptor();

@@ -1,0 +1,44 @@
+#include "platform/state_folder.h"
+
+#include "platform/environment.h"
+#include "platform/full_path.h"
+#include "platform/posix/native_path.h"
+#include "platform/posix/users_folders.h"
+
+#include <climits>
+#include <cstdlib>
+#include <memory>
+
+namespace ruvo {
+
+namespace {
+
+constexpr const char* kPackageFolder =
+    "/var/lib/ruvo-state"; // made by the package, for the user of the services
+
+} // namespace
+
+std::string StateFolder() {
+    if (const auto named = EnvironmentValue("RUVO_STATE_DIR")) {
+        return FullPath(*named);
+    }
+    return FromNativePath(IsOursAlone(OpenFolder(kPackageFolder)) ? kPackageFolder : UsersStateFolder());
+}
+
+bool MakePrivateFolder(const std::string& folder) {
+    const auto native = ToNativePath(folder);
+    if (!native) {
+        return false;
+    }
+    MakeFolders(*native); // what comes of it is seen below
+    return IsOursAlone(OpenFolder(*native));
+}
+
+std::string ResolvedFolder(const std::string& folder) {
+    const auto native = ToNativePath(folder);
+    const std::unique_ptr<char, decltype(&std::free)> resolved(
+        native ? realpath(native->c_str(), nullptr) : nullptr, &std::free);
+    return resolved ? FromNativePath(resolved.get()) : std::string();
+}
+
+} // namespace ruvo
