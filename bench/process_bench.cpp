@@ -55,9 +55,10 @@ void StartWithNothingPending(benchmark::State& state) {
                  "[RUVO_GENERAL]\nEventRootDir=" + folder.Path("ev") + "\n[RUVO_SERIAL]\nRV001=5\n");
     double processor = 0;
     for (auto _ : state) {
-        processor += RunProcess(
-            {RUVO_BIN_DIR "/ruvo", folder.Native("site.ini")},
-            {"P32LS_SUBSTATION=" + folder.Native("substation.toml"), "RUVO_LOCK_DIR=" + folder.Native()});
+        processor +=
+            RunProcess({RUVO_BIN_DIR "/ruvo", folder.Native("site.ini")},
+                       {"P32LS_SUBSTATION=" + folder.Native("substation.toml"),
+                        "RUVO_LOCK_DIR=" + folder.Native(), "RUVO_STATE_DIR=" + folder.Native("state")});
     }
     state.counters["processor s"] = processor / static_cast<double>(state.iterations());
 }

@@ -20,7 +20,7 @@ echo "Building (the first time takes a few minutes)"
 scripts/build.sh release ruvo ruvoctl p32ls oncrpc HalvexCryptoKit
 bin=build/release/bin
 example=examples/substation
-export P32LS_SUBSTATION=$root/$example/substation.toml RUVO_LOCK_DIR=$dir
+export P32LS_SUBSTATION=$root/$example/substation.toml RUVO_LOCK_DIR=$dir RUVO_STATE_DIR=$dir/state
 export RUVO_REGISTRY_USER=$dir/no-registry RUVO_REGISTRY_MACHINE=$dir/no-registry
 
 echo

@@ -11,7 +11,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 dpkg-deb -x "$deb" "$work/files"
 private=$work/files/usr/lib/ruvo
-export RUVO_REGISTRY_MACHINE=$work/registry.ini RUVO_REGISTRY_USER=/dev/null RUVO_LOCK_DIR=$work/lock
+export RUVO_REGISTRY_MACHINE=$work/registry.ini RUVO_REGISTRY_USER=/dev/null RUVO_LOCK_DIR=$work/lock RUVO_STATE_DIR=$work/state
 export P32LS_SUBSTATION=$work/substation.toml
 sed "s|/usr/lib/ruvo|$private|" "$work/files/usr/share/doc/ruvo/examples/simulator/registry.ini" >"$work/registry.ini"
 

@@ -10,11 +10,6 @@ namespace ruvo {
 
 namespace {
 
-void AddFileError(CErrorList& errors, const CFileException& failure) {
-    AddError(errors, std::make_unique<CFileError>(failure.GetPath(), static_cast<int>(failure.GetCause()),
-                                                  failure.what(), kSaveFailedMessage));
-}
-
 std::string EventTime(const CEventRecord& record) {
     const STimeFields time = record.GetTimeStamp().ToFields();
     char text[64];
@@ -30,7 +25,24 @@ SDroppedItems DropUnwritable(CEventRecord& record) {
     return dynamic_cast<CSimpleEventRecord&>(record).DropUnwritable();
 }
 
-/// Appends the record's image; one that has no binary form loses what keeps it back.
+void WriteAll(CHeldDayFile& file, CEventList& list, const std::string& freeText, RecordNotes& notes) {
+    file.StartAt(file.LengthNow(), MakeEventListHeader(LastExtendedNumber(list) + 1, freeText));
+    std::vector<std::uint8_t> image;
+    for (const auto& record : list.GetRecords()) {
+        image.clear();
+        SerialiseRecord(*record, image, notes);
+        file.Add(image);
+    }
+    file.Finish();
+}
+
+} // namespace
+
+void AddFileError(CErrorList& errors, const CFileException& failure) {
+    AddError(errors, std::make_unique<CFileError>(failure.GetPath(), static_cast<int>(failure.GetCause()),
+                                                  failure.what(), kSaveFailedMessage));
+}
+
 void SerialiseRecord(CEventRecord& record, std::vector<std::uint8_t>& bytes, RecordNotes& notes) {
     try {
         record.Serialise(bytes);
@@ -44,43 +56,9 @@ void SerialiseRecord(CEventRecord& record, std::vector<std::uint8_t>& bytes, Rec
     }
 }
 
-void WriteAll(CHeldDayFile& file, CEventRecordList& records, const std::string& freeText,
-              RecordNotes& notes) {
-    file.StartAt(file.LengthNow(), MakeEventListHeader(LastExtendedNumber(records) + 1, freeText));
-    std::vector<std::uint8_t> image;
-    for (const auto& record : records) {
-        image.clear();
-        SerialiseRecord(*record, image, notes);
-        file.Add(image);
-    }
-    file.Finish();
-}
-
-} // namespace
-
-bool WriteRecords(CHeldDayFile& file, CEventRecordList& records, const std::string& freeText,
-                  CErrorList& errors, RecordNotes& notes) {
-    const auto cutBack = [&] {
-        if (!file.CutBack()) {
-            notes.push_back(DisplayPath(file.Path()) + " could not be cut back to its earlier " +
-                            std::to_string(file.FoundLength()) + " bytes; it may end with a torn record.");
-        }
-    };
-    try {
-        WriteAll(file, records, freeText, notes);
-    } catch (const CFileException& raised) {
-        cutBack();
-        AddFileError(errors, raised);
-        return false;
-    } catch (...) { // no memory: what has an image already needs none
-        try {
-            file.Finish();
-        } catch (const CFileException&) {
-            cutBack();
-        }
-        throw;
-    }
-    return true;
+std::string TornNote(const CHeldDayFile& file) {
+    return DisplayPath(file.Path()) + " could not be cut back to its earlier " +
+           std::to_string(file.FoundLength()) + " bytes; it may end with a torn record.";
 }
 
 bool WriteEventFile(CEventList& list, const std::string& freeText, CErrorList& errors, RecordNotes& notes) {
@@ -90,19 +68,30 @@ bool WriteEventFile(CEventList& list, const std::string& freeText, CErrorList& e
                                                       failure->why, kSaveFailedMessage));
         return false;
     }
-    return WriteRecords(file, list.GetRecords(), freeText, errors, notes);
+    try {
+        WriteAll(file, list, freeText, notes);
+    } catch (const CFileException& raised) {
+        if (!file.CutBack()) {
+            notes.push_back(TornNote(file));
+        }
+        AddFileError(errors, raised);
+        return false;
+    } catch (...) { // no memory
+        file.CutBack();
+        throw;
+    }
+    return true;
 }
 
 std::uint32_t LastExtendedNumber(const CEventList& list) {
-    return LastExtendedNumber(list.GetRecords());
+    const CEventRecordList& records = list.GetRecords();
+    const auto last = std::find_if(records.rbegin(), records.rend(),
+                                   [](const auto& record) { return ExtendedNumber(*record) != 0; });
+    return last == records.rend() ? 0 : ExtendedNumber(**last);
 }
 
-std::uint32_t LastExtendedNumber(const CEventRecordList& records) {
-    const auto isExtended = [](const auto& record) {
-        return dynamic_cast<const CExtendedEventRecord*>(record.get()) != nullptr;
-    };
-    const auto last = std::find_if(records.rbegin(), records.rend(), isExtended);
-    return last == records.rend() ? 0 : (*last)->GetUniqueId();
+std::uint32_t ExtendedNumber(const CEventRecord& record) {
+    return dynamic_cast<const CExtendedEventRecord*>(&record) != nullptr ? record.GetUniqueId() : 0;
 }
 
 } // namespace ruvo

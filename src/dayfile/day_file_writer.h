@@ -14,6 +14,9 @@ namespace ruvo {
 /// Message of a CFileError about a day file: "Failed to save event file".
 inline constexpr unsigned kSaveFailedMessage = 246;
 
+/// The free text of a day file's header.
+inline constexpr const char* kEventListText = "headerText";
+
 /// What had to be left out of a record so that it could be written; `what` names event time and item.
 using RecordNotes = std::vector<std::string>;
 
@@ -23,12 +26,17 @@ using RecordNotes = std::vector<std::string>;
 /// binary form is written without the item that keeps it back, and `notes` says so.
 bool WriteEventFile(CEventList& list, const std::string& freeText, CErrorList& errors, RecordNotes& notes);
 
-/// The same with a file that is held already, and its end in it.
-bool WriteRecords(CHeldDayFile& file, CEventRecordList& records, const std::string& freeText,
-                  CErrorList& errors, RecordNotes& notes);
+/// Appends one record's image; one that has no binary form loses what keeps it back.
+void SerialiseRecord(CEventRecord& record, std::vector<std::uint8_t>& bytes, RecordNotes& notes);
 
 /// The unique id of the last extended record, 0 when there is none.
 std::uint32_t LastExtendedNumber(const CEventList& list);
-std::uint32_t LastExtendedNumber(const CEventRecordList& records);
+/// The record's, 0 when it is not extended.
+std::uint32_t ExtendedNumber(const CEventRecord& record);
+
+/// Adds the failure of a day file to the list.
+void AddFileError(CErrorList& errors, const CFileException& failure);
+/// What people are told when a failed write could not be taken back.
+std::string TornNote(const CHeldDayFile& file);
 
 } // namespace ruvo

@@ -33,6 +33,21 @@ void FlushNames(const std::string& path) {
 
 } // namespace
 
+/// Under the file's lock, so that a run which has just made or opened the file finds out.
+void RemoveEmptyDayFile(const std::string& path, bool withFolder) {
+    CFile file;
+    std::uint64_t length = 0;
+    const SOpenMode mode{.read = true, .write = true, .plain = true, .removable = true};
+    if (file.Open(path, mode).Good() && file.TryLock() != EFileLock::HeldByAnother && file.IsAt(path) &&
+        file.GetLength(length).Good() && length == 0) {
+        RemovePlainFile(path);
+    }
+    if (withFolder) {
+        static_cast<void>(file.Close());
+        RemoveEmptyFolder(FolderOf(path));
+    }
+}
+
 std::optional<SHoldFailure> CHeldDayFile::Hold(const std::string& path, EMissingFolders missing) {
     constexpr int kAttempts = 4;
     m_path = path;
@@ -202,26 +217,15 @@ void CHeldDayFile::Release() noexcept {
     m_isOpen = false;
     m_file.Abort(); // what matters has been flushed
     try {
-        RemoveWhatIsEmpty();
+        if (m_wasMissing) {
+            RemoveEmptyDayFile(m_path, false);
+        }
+        for (const std::string& folder : std::views::reverse(m_madeFolders)) {
+            if (!RemoveEmptyFolder(folder)) {
+                break;
+            }
+        }
     } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): readers know an empty file to be none
-    }
-}
-
-/// Under the file's lock, so that a run which has just made or opened the file finds out.
-void CHeldDayFile::RemoveWhatIsEmpty() const {
-    if (m_wasMissing) {
-        CFile file;
-        std::uint64_t length = 0;
-        const SOpenMode mode{.read = true, .write = true, .plain = true, .removable = true};
-        if (file.Open(m_path, mode).Good() && file.TryLock() != EFileLock::HeldByAnother &&
-            file.IsAt(m_path) && file.GetLength(length).Good() && length == 0) {
-            RemovePlainFile(m_path);
-        }
-    }
-    for (const std::string& folder : std::views::reverse(m_madeFolders)) {
-        if (!RemoveEmptyFolder(folder)) {
-            break;
-        }
     }
 }
 

@@ -35,6 +35,11 @@ public:
     std::optional<SHoldFailure> Hold(const std::string& path,
                                      EMissingFolders missing = EMissingFolders::AreMade);
     const std::string& Path() const { return m_path; }
+    /// Whether it, or its folder, was made here.
+    bool IsMade() const { return m_wasMissing; }
+    bool IsFolderMade() const { return !m_madeFolders.empty(); }
+    /// To be read through.
+    CFile& File() { return m_file.File(); }
     /// What stood in the file when it was locked.
     std::uint64_t FoundLength() const { return m_foundLength; }
     /// What stands in it now: programs that ask for no lock may have appended.
@@ -64,7 +69,6 @@ private:
     SHoldFailure Explain(EOpening opening, const CFileException& failure) const;
     void WritePiece();
     bool Cut(CFile& file);
-    void RemoveWhatIsEmpty() const;
 
     COffFile m_file;
     std::string m_path;
@@ -81,5 +85,8 @@ private:
     std::vector<std::size_t> m_ends; ///< of the images within the piece
     std::size_t m_storedCount = 0;
 };
+
+/// Removes a day file that nothing is in and nobody holds, with its folder if that is to go too.
+void RemoveEmptyDayFile(const std::string& path, bool withFolder);
 
 } // namespace ruvo

@@ -3,11 +3,11 @@
 #include "base/text.h"
 #include "dayfile/day_file_reader.h"
 #include "dayfile/day_file_writer.h"
-#include "dayfile/held_day_file.h"
 #include "extraction/cell_reading.h"
 #include "extraction/event_conversion.h"
 #include "extraction/event_file_names.h"
 #include "extraction/password_state.h"
+#include "ledger/visit_custody.h"
 #include "link/client.h"
 #include "model/records/event_kinds.h"
 #include "paths/path_utilities.h"
@@ -37,8 +37,9 @@ std::string MessageOf(const IError& error) {
 class CVisit {
 public:
     CVisit(std::uint32_t deviceAddress, std::int32_t maxEvents, SVisitLimits limits,
-           SExtractionReport& report)
-        : m_deviceAddress(deviceAddress), m_maxEvents(maxEvents), m_limits(limits), m_report(report) {}
+           SExtractionReport& report, CVisitCustody& custody)
+        : m_deviceAddress(deviceAddress), m_maxEvents(maxEvents), m_limits(limits), m_report(report),
+          m_custody(custody) {}
 
     void Run(const std::string& eventRoot);
     /// Turns what was gathered along the way into the report's texts, whatever ended the visit.
@@ -53,10 +54,12 @@ private:
     void ReadEvents(CEventConverter& converter);
     bool MayTakeMore();
     void HandleEvent(CEventConverter& converter, std::uint8_t kind, CParlaneDataArray& values);
+    void AccountForLost();
+    bool HasRoomForMore();
     void RefreshKeepGoing();
     void LookForTornEnd();
     void WriteFile();
-    std::size_t Count() const { return m_records.size(); }
+    std::size_t Count() const { return m_custody.KeptCount(); }
 
     std::uint32_t m_deviceAddress;
     std::int32_t m_maxEvents;
@@ -65,8 +68,12 @@ private:
     bool m_isNameWhole = true;
     std::optional<std::uint64_t> m_tornEnd;
     std::string m_path;
-    CHeldDayFile m_file;
-    CEventRecordList m_records;
+    CVisitCustody& m_custody;
+    std::vector<std::uint8_t> m_image; ///< of the record at hand
+    std::size_t m_lostCount = 0;       ///< events that the custody knows to be lost
+    std::size_t m_bytesAtLastLook = 0; ///< at the room on the disk
+    bool m_hasJournalFailed = false;
+    RecordNotes m_recordNotes;
     CErrorList m_errors;
     RecordNotes m_notes;
     CStatus m_status;
@@ -95,6 +102,7 @@ void CVisit::Run(const std::string& eventRoot) {
     } catch (const std::exception&) { // what is gathered exists nowhere else any more: it is written first
         failure = std::current_exception();
     }
+    AccountForLost();
     if (!m_report.passwordDeclined && Count() > 0) {
         WriteFile();
     }
@@ -138,7 +146,7 @@ bool CVisit::HasRoom(const std::string& eventRoot) {
 
 /// Proves that the events will have a place while they are still safe in the relay, and keeps it.
 bool CVisit::HoldFile() {
-    const std::optional<SHoldFailure> failure = m_file.Hold(m_path);
+    const std::optional<SHoldFailure> failure = m_custody.Begin(m_path);
     if (failure) {
         Refuse(failure->cause, failure->why);
     }
@@ -165,6 +173,7 @@ void CVisit::ReadEvents(CEventConverter& converter) {
         if (IsAcceptable(m_status, 0)) {
             HandleEvent(converter, kind, values);
         }
+        AccountForLost();
         if (IsAcceptable(m_status, 0)) {
             RefreshKeepGoing();
         }
@@ -176,6 +185,9 @@ void CVisit::ReadEvents(CEventConverter& converter) {
 
 /// Ends a visit that would outgrow the memory.
 bool CVisit::MayTakeMore() {
+    if (!HasRoomForMore()) {
+        return false;
+    }
     if (m_eventsTaken < m_limits.events && m_bytesGathered < m_limits.bytes) {
         return true;
     }
@@ -186,15 +198,43 @@ bool CVisit::MayTakeMore() {
 
 void CVisit::HandleEvent(CEventConverter& converter, std::uint8_t kind, CParlaneDataArray& values) {
     try {
-        if (std::unique_ptr<CEventRecord> record = converter.Convert(kind, values, m_status)) {
+        if (const std::unique_ptr<CEventRecord> record = converter.Convert(kind, values, m_status)) {
             m_bytesGathered += record->GetImageSize();
-            m_records.push_back(std::move(record));
+            m_image.clear();
+            SerialiseRecord(*record, m_image, m_recordNotes);
+            m_hasJournalFailed = !m_custody.Keep(m_image, ExtendedNumber(*record));
         } else if (FindEventKind(kind) == nullptr) {
             ++m_passedOver;
         }
     } catch (const CMalformedEvent&) {
         m_status = CStatus(kLinkDisobeysProtocol);
     }
+}
+
+/// Every event that is taken is kept, or known to be lost, before the next request.
+void CVisit::AccountForLost() {
+    for (; Count() + m_lostCount < m_eventsTaken; ++m_lostCount) {
+        m_custody.Lose();
+    }
+}
+
+/// Ends a visit whose events would find no room, in the journal or on the day file's disk.
+bool CVisit::HasRoomForMore() {
+    constexpr std::size_t kBytesBetweenLooks = std::size_t{64} * 1024;
+    std::string full = m_hasJournalFailed || !m_custody.HasRoom() ? "the journal" : "";
+    if (full.empty() && m_bytesGathered - m_bytesAtLastLook >= kBytesBetweenLooks) {
+        m_bytesAtLastLook = m_bytesGathered;
+        const SFreeSpace room = FreeSpace(m_path);
+        full = room.bytes.value_or(m_bytesGathered + kMaxRecordImage) < m_bytesGathered + kMaxRecordImage
+                   ? "the disk of " + DisplayPath(m_path)
+                   : "";
+    }
+    if (!full.empty()) {
+        m_notes.push_back("This visit has taken " + Counted(m_eventsTaken, "event") +
+                          "; there is no room for more in " + full +
+                          ", and the rest waits in the relay for the next run.");
+    }
+    return full.empty();
 }
 
 /// The relay's word on more events, as long as the event itself has not said that it was the last.
@@ -216,6 +256,14 @@ void CVisit::LookForTornEnd() {
 }
 
 void CVisit::WriteFile() {
+    try {
+        m_custody.Store();
+    } catch (const CFileException& failure) {
+        AddFileError(m_errors, failure);
+        if (m_custody.MayBeTorn()) {
+            m_notes.push_back(TornNote(m_custody.File()));
+        }
+    }
     if (!m_isNameWhole) { // else nobody would look for them there
         m_notes.push_back("The relay's model or serial number could not be read. Its events are in " +
                           DisplayPath(m_path) + ".");
@@ -225,25 +273,30 @@ void CVisit::WriteFile() {
                           " does not end with a whole record: damage at byte " + std::to_string(*m_tornEnd) +
                           ".");
     }
-    WriteRecords(m_file, m_records, "headerText", m_errors, m_notes);
 }
 
 void CVisit::FinishReport() {
-    m_report.recordsWritten = m_file.StoredCount();
-    m_report.eventsLost = m_eventsTaken - m_passedOver - m_report.recordsWritten;
+    m_report.recordsWritten = m_custody.StoredCount();
+    m_report.eventsWaiting = m_custody.WaitingCount();
+    m_report.eventsLost = m_eventsTaken - m_passedOver - m_report.recordsWritten - m_report.eventsWaiting;
     m_report.eventsPassedOver = m_passedOver;
     // A declined password has its own words already; status 18 is only how it came back. An abort before the
     // relay has answered has none.
     if (m_status != CStatus() && (!m_report.passwordDeclined || PasswordState().unanswered)) {
         m_report.endStatus = m_status.GetValue();
     }
-    m_records.clear(); // what they leave is memory for the texts
     for (const auto& error : m_errors) {
         if (error->HasMessage()) {
             m_report.problems.push_back(MessageOf(*error));
         }
     }
     std::ranges::move(m_notes, std::back_inserter(m_report.problems));
+    std::ranges::move(m_recordNotes, std::back_inserter(m_report.problems));
+    if (m_report.eventsWaiting > 0) {
+        m_report.problems.push_back(Counted(m_report.eventsWaiting, "event") +
+                                    (m_report.eventsWaiting == 1 ? " waits" : " wait") +
+                                    " in the journal for the next run.");
+    }
     if (m_passedOver > 0) {
         m_report.problems.push_back(Counted(m_passedOver, "event") + " of unknown kind passed over.");
     }
@@ -252,9 +305,11 @@ void CVisit::FinishReport() {
 } // namespace
 
 void ExtractEventsToFile(std::uint32_t deviceAddress, const std::string& eventRoot, std::int32_t maxEvents,
-                         SExtractionReport* report, SVisitLimits limits) {
+                         SExtractionReport* report, SVisitLimits limits, CVisitCustody* custody) {
     SExtractionReport ownReport;
-    CVisit visit(deviceAddress, maxEvents, limits, report != nullptr ? *report : ownReport);
+    CVisitCustody ownCustody;
+    CVisit visit(deviceAddress, maxEvents, limits, report != nullptr ? *report : ownReport,
+                 custody != nullptr ? *custody : ownCustody);
     try {
         visit.Run(eventRoot);
     } catch (...) {

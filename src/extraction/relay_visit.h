@@ -10,6 +10,8 @@
 
 namespace ruvo {
 
+class CVisitCustody;
+
 /// What one visit takes at most, since what is gathered has to fit into memory. The rest waits in the relay.
 struct SVisitLimits {
     std::size_t events = 1'000'000;
@@ -26,7 +28,8 @@ inline constexpr std::int32_t kNoEventLimit = -1;
 /// What an extraction has to say to its caller. Texts are in the system's narrow encoding.
 struct SExtractionReport {
     std::size_t recordsWritten = 0;
-    std::size_t eventsLost = 0;        ///< taken from the relay, but not in its day file
+    std::size_t eventsLost = 0;        ///< taken from the relay, but nowhere any more
+    std::size_t eventsWaiting = 0;     ///< in the journal, from which the next run brings them in
     std::size_t eventsPassedOver = 0;  ///< taken from the relay, and of a kind that nobody knows
     bool passwordDeclined = false;     ///< the visit ended because a password was not accepted
     LinkStatus endStatus = kLinkGood;  ///< what ended the visit early; good when nothing did
@@ -35,8 +38,10 @@ struct SExtractionReport {
 
 /// Reads the pending events of the relay that the link addresses and appends them to the relay's day file
 /// below `eventRoot`. `deviceAddress` goes into every record. `maxEvents` ends the visit after so many
-/// records. Throws CStatus when a request was aborted; `report` is complete even then.
+/// records. Throws CStatus when a request was aborted; `report` is complete even then. `custody` keeps what
+/// is taken; its caller ends it when the log has what the report says.
 void ExtractEventsToFile(std::uint32_t deviceAddress, const std::string& eventRoot, std::int32_t maxEvents,
-                         SExtractionReport* report = nullptr, SVisitLimits limits = {});
+                         SExtractionReport* report = nullptr, SVisitLimits limits = {},
+                         CVisitCustody* custody = nullptr);
 
 } // namespace ruvo

@@ -5,6 +5,7 @@
 #include "config/ini_keys.h"
 #include "extraction/password_state.h"
 #include "extraction/relay_visit.h"
+#include "ledger/visit_custody.h"
 #include "link/client.h"
 #include "log/connection_details.h"
 #include "log/error_log.h"
@@ -27,12 +28,12 @@ void LogUnhandled(const std::exception& exception) noexcept {
 }
 
 /// Extracts and says in the log whatever came in the way.
-void ExtractAndReport(const CRunContext& context, std::int32_t deviceAddress) {
+void ExtractAndReport(const CRunContext& context, std::int32_t deviceAddress, CVisitCustody& custody) {
     SExtractionReport report;
     std::optional<LinkStatus> raised;
     try {
         ExtractEventsToFile(static_cast<std::uint32_t>(deviceAddress), context.DestinationRoot(),
-                            kNoEventLimit, &report);
+                            kNoEventLimit, &report, {}, &custody);
     } catch (const CStatus& status) {
         raised = status.GetValue();
     } catch (const std::exception& exception) {
@@ -51,7 +52,17 @@ void ExtractAndReport(const CRunContext& context, std::int32_t deviceAddress) {
     }
 }
 
-void VisitEthernetRelay(CRunContext& context, const std::string& key, const std::string& entry) {
+/// What ended runs have taken comes first; trouble with it keeps no relay from being visited.
+void BringInEarlierEvents(CRunLedger& ledger) {
+    try {
+        ledger.BringIn();
+    } catch (const std::exception& exception) {
+        WithLogReserve([&] { LogMessage(ExceptionText("Unhandled", exception.what()), false); });
+    }
+}
+
+void VisitEthernetRelay(CRunContext& context, const std::string& key, const std::string& entry,
+                        CRunLedger& ledger) {
     const std::int32_t bus = ParseEthernetBusAddress(entry);
     const std::int32_t device = ParseEthernetDeviceAddress(entry);
     try {
@@ -61,7 +72,7 @@ void VisitEthernetRelay(CRunContext& context, const std::string& key, const std:
             details.ipAddress = ip;
             details.deviceAddress = device;
             details.busAddress = bus;
-            ExtractDevice(context, key, device);
+            ExtractDevice(context, key, device, &ledger);
         }
     } catch (const std::exception& exception) { // the next relay has a tunnel of its own
         LogUnhandled(exception);
@@ -69,23 +80,26 @@ void VisitEthernetRelay(CRunContext& context, const std::string& key, const std:
     CloseLink(context);
 }
 
-void VisitAll(CRunContext& context, const AddressEntries& entries) {
+void VisitAll(CRunContext& context, const AddressEntries& entries, CRunLedger& ledger) {
     for (const auto& [key, address] : entries) {
         ConnectionDetails().deviceAddress = address;
-        ExtractDevice(context, key, address);
+        ExtractDevice(context, key, address, &ledger);
     }
 }
 
 } // namespace
 
-void ExtractDevice(CRunContext& context, const std::string& key, std::int32_t deviceAddress) {
+void ExtractDevice(CRunContext& context, const std::string& key, std::int32_t deviceAddress,
+                   CRunLedger* ledger) {
     try {
         const CWipeAtScopeEnd wipe(PasswordState().currentPassword);
         PrepareLogin(context.Config(), key);
         context.SetDeviceAddress(deviceAddress);
         CP32Wrap::GetInstance()->SetDeviceAddress(static_cast<std::uint8_t>(deviceAddress & 0xFF));
         if (TestDeviceConnection(context)) {
-            ExtractAndReport(context, deviceAddress);
+            CVisitCustody custody(ledger, key);
+            ExtractAndReport(context, deviceAddress, custody);
+            custody.End(); // the log has what it has to tell
         }
     } catch (const std::exception& exception) { // one relay's trouble is never the next one's
         LogUnhandled(exception);
@@ -99,11 +113,14 @@ void RunExtraction(CRunContext& context) {
     CP32Wrap::SetGetPasswordCallback(&PasswordCallback);
     CP32Wrap::SetPasswordAcceptedCallback(&PasswordAcceptedCallback);
     const CRuvoConfig& config = context.Config();
+    CRunLedger ledger(context.DestinationRoot(),
+                      [](const std::string& line) { WriteLogLine(line, ELineWorth::TellsOfLoss); });
+    BringInEarlierEvents(ledger);
     const ELink link = SelectedLink(config);
     if (link == ELink::Ethernet) {
         details.ethernetLink = true;
         for (const auto& [key, entry] : config.EthernetEntries()) {
-            VisitEthernetRelay(context, key, entry);
+            VisitEthernetRelay(context, key, entry, ledger);
         }
         return;
     }
@@ -112,11 +129,11 @@ void RunExtraction(CRunContext& context) {
     }
     if (link == ELink::Modem) {
         details.modemName = config.TapiModemName();
-        VisitAll(context, config.ModemEntries());
+        VisitAll(context, config.ModemEntries(), ledger);
     } else {
         details.serialLink = true;
         details.comPort = config.CommPort();
-        VisitAll(context, config.SerialEntries());
+        VisitAll(context, config.SerialEntries(), ledger);
     }
 }
 

@@ -87,12 +87,14 @@ TEST(LoadAndCheck, TheOrderOfItsSteps) {
 /// Runs of the whole program over one site, whose events and log lie in `ev`.
 struct StartUp : testing::Test {
     StartUp() {
-        for (const char* name : {"RUVO_LOCK_DIR", "RUVO_REGISTRY_USER", "RUVO_REGISTRY_MACHINE"})
+        for (const char* name :
+             {"RUVO_LOCK_DIR", "RUVO_STATE_DIR", "RUVO_REGISTRY_USER", "RUVO_REGISTRY_MACHINE"})
             setenv(name, folder.Native(name).c_str(), 1);
         std::filesystem::create_directory(folder.Native("RUVO_LOCK_DIR"));
     }
     ~StartUp() override {
-        for (const char* name : {"RUVO_LOCK_DIR", "RUVO_REGISTRY_USER", "RUVO_REGISTRY_MACHINE"})
+        for (const char* name :
+             {"RUVO_LOCK_DIR", "RUVO_STATE_DIR", "RUVO_REGISTRY_USER", "RUVO_REGISTRY_MACHINE"})
             unsetenv(name);
         ResetErrorLog();
     }

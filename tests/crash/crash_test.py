@@ -2,8 +2,8 @@
 
 After each kill all day files are read with ruvoctl: every earlier byte and record must be as it was. In every third case
 what the killed run had added to its files is first cut at a random place, as a power failure may do that comes before the
-bytes are on the disk. Then a run must complete, store all its events, and say in the error log which files it found torn,
-and where. The moments come from SEED, as far as the machine runs alike.
+bytes are on the disk. Then a run must complete, bring in what the journal has, store all its events, and say in the error
+log which files it found torn, and where, unless the journal has mended them. The moments come from SEED, as far as the machine runs alike.
 """
 
 import datetime
@@ -37,7 +37,7 @@ class Killer:
         self.site.describe('[link]\nserial = ["COM1"]',
                            *(RELAY.format(number=at + 1, count=count) for at, count in enumerate(EVENTS)))
         self.site.write_ini("[RUVO_SERIAL]", "RV001=1", "RV002=2", "RV003=3")
-        self.untouched = self.grown = self.cut = self.torn = self.torn_by_kill = 0
+        self.untouched = self.grown = self.cut = self.torn = self.torn_by_kill = self.recoveries = 0
         self.complaints = []
         self.run_time = 0.0
         self.start_anew()
@@ -114,6 +114,12 @@ class Killer:
 
     def look_at_log(self):
         said = {line.split(" Connection details - ")[0] for line in self.site.log()}
+        brought = {line for line in said if " of a visit that was ended " in line}
+        self.recoveries += len(brought)
+        mended = {line.split(" in day file ")[1].split(" now. Visit of ")[0] for line in brought}
+        said -= brought
+        self.expected -= {line for line in self.expected - said
+                          if line.removeprefix("Day file ").split(" does not end ")[0] in mended}
         self.complaints += [f"the error log says: {line}" for line in said - self.expected]
         self.complaints += [f"the error log does not say: {line}" for line in self.expected - said]
         self.site.clear_log()
@@ -154,7 +160,8 @@ def test():
         killer.look_at_records()
     print(f"Killed before a day file grew: {killer.untouched}; after: {killer.grown}, of which cut as by a power failure: "
           f"{killer.cut}.")
-    print(f"Torn files told and read: {killer.torn}, of which {killer.torn_by_kill} by the kill alone. "
+    print(f"Visits brought in from a journal: {killer.recoveries}.")
+    print(f"Torn files mended, or told and read: {killer.torn}, of which {killer.torn_by_kill} by the kill alone. "
           f"{time.monotonic() - begun:.0f} s.")
 
 

@@ -31,7 +31,7 @@ class Site:
         folders = [sys.argv[1], *glob.glob("/usr/lib/postgresql/*/bin"), os.environ["PATH"]]
         self.environment.update(
             PATH=":".join(folders), PGHOST=str(work / "socket"), PGPORT="5432", PGUSER="postgres", PGDATABASE="postgres",
-            P32LS_SUBSTATION=str(ROOT / "examples/substation/substation.toml"), RUVO_LOCK_DIR=str(work),
+            P32LS_SUBSTATION=str(ROOT / "examples/substation/substation.toml"), RUVO_LOCK_DIR=str(work), RUVO_STATE_DIR=str(work / "state"),
             RUVO_REGISTRY_USER=str(work / "none"), RUVO_REGISTRY_MACHINE=str(work / "none"), EVENTROOT=str(self.events))
 
     def must(self, *command, **options):

@@ -31,7 +31,7 @@ public:
         const std::string script =
             "cd /; export DIR='" + m_folder.Native() +
             "' RUVO='" RUVO_BIN_DIR "/ruvo'\n"
-            "export P32LS_SUBSTATION=$DIR/substation.toml RUVO_LOCK_DIR=$DIR "
+            "export P32LS_SUBSTATION=$DIR/substation.toml RUVO_LOCK_DIR=$DIR RUVO_STATE_DIR=$DIR/state "
             "RUVO_REGISTRY_USER=$DIR/user.ini RUVO_REGISTRY_MACHINE=$DIR/machine.ini\n" +
             command;
         m_folder.Write("script.sh", script);

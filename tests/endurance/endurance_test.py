@@ -92,8 +92,10 @@ def test_silent_server(site):
     site.clear_log()
     site.describe(SERIAL, *relays)
     site.run()
-    equal("once it is ended, the next run works", site.log(), [])
-    equal("and stores the events", count_records(site, "EN-0002"), 5)
+    said = site.log()
+    check("once it is ended, the next run brings in what the first had taken",
+          len(said) == 1 and " of a visit that was ended " in said[0], str(said))
+    check("and stores the events", count_records(site, "EN-0002") > 5)
 
 
 def ip(number):

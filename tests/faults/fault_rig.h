@@ -77,11 +77,18 @@ struct SOutcome {
     /// What a line lost to the log is told to counts as well.
     bool IsTold(const std::string& text) const { return (Log() + debug).find(text) != std::string::npos; }
     /// Events that the lines of the run say are lost; all, or those of one relay.
-    std::size_t CountLost(const std::string& details = "") const {
-        const std::string kMark = " taken from the relay, but not stored." + details;
-        const std::string told = Log() + debug;
+    std::size_t CountLost() const { return LostIn(Log()) + LostIn(debug); }
+    /// Events that they say wait in the journal.
+    std::size_t CountWaiting() const {
+        std::size_t waiting = 0;
+        for (const char* mark : {" waits in the journal for", " wait in the journal for"})
+            waiting += LostIn(Log(), mark) + LostIn(debug, mark);
+        return waiting;
+    }
+    static std::size_t LostIn(const std::string& told,
+                              std::string_view mark = " taken from the relay, but not stored.") {
         std::size_t lost = 0;
-        for (std::size_t at = told.find(kMark); at != std::string::npos; at = told.find(kMark, at + 1))
+        for (std::size_t at = told.find(mark); at != std::string::npos; at = told.find(mark, at + 1))
             lost += std::stoul(told.substr(told.rfind(' ', told.rfind(' ', at - 1) - 1) + 1));
         return lost;
     }
@@ -148,6 +155,10 @@ public:
     /// The run from the same start every time.
     SOutcome Run(SServerFault serverFault, const std::vector<SDiskFault>& diskFaults = {},
                  std::size_t failingAllocation = 0) {
+        return RunOn(before.disk, serverFault, diskFaults, failingAllocation);
+    }
+    SOutcome RunOn(const SMemoryDisk& disk, SServerFault serverFault,
+                   const std::vector<SDiskFault>& diskFaults = {}, std::size_t failingAllocation = 0) {
         SOutcome outcome;
         g_connect = [&] {
             return std::make_unique<CFaultyConnection>(m_substation, serverFault, outcome.notes);
@@ -155,8 +166,7 @@ public:
         ResetConnectionDetails();
         g_debugOutput.clear();
         g_debugOutput.reserve(std::size_t{1} << 20); // what is told there needs no memory
-        g_disk = {before.disk.files, before.disk.folders, diskFaults, 0,
-                  before.disk.room,  before.disk.locked};
+        g_disk = {disk.files, disk.folders, diskFaults, 0, disk.room, disk.locked, disk.files};
         Extract(failingAllocation);
         outcome.allocations = CFailingMemory::Count();
         ++m_runs;

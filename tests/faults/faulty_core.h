@@ -1,6 +1,7 @@
 // The simulated comms server with one call that goes wrong, and a note of what the client asked.
 #pragma once
 
+#include "memory_disk.h"
 #include "support/failing_memory.h"
 
 #include "link/client.h"
@@ -64,6 +65,8 @@ public:
     EComResult Answer(const sim::SCall& call, const Request& request, const Outputs& outputs,
                       Variant& status) override {
         using enum EServerFault;
+        if (g_disk.HasEnded())
+            return EComResult::Failed; // nobody asks any more
         Note(call, outputs.size());
         const EServerFault kind = m_notes.calls.size() == m_fault.call ? m_fault.kind : None;
         if (kind == RequestLost)

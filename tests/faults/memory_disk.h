@@ -6,6 +6,7 @@
 #include "support/failing_memory.h"
 
 #include "platform/files.h"
+#include "platform/state_folder.h"
 
 #include <algorithm>
 #include <map>
@@ -22,6 +23,7 @@ struct SDiskFault {
     std::size_t last = 0;
     EFileFailure failure = EFileFailure::None;
     bool writesTakePart = false;
+    bool isEnd = false; ///< of the process: from the first operation on nothing has an effect, or an answer
 };
 
 struct SMemoryDisk {
@@ -40,6 +42,10 @@ struct SMemoryDisk {
         const auto hit = std::ranges::find_if(faults, isHit);
         return hit == faults.end() ? SDiskFault{} : *hit;
     }
+    bool HasEnded() const {
+        return std::ranges::any_of(
+            faults, [this](const SDiskFault& fault) { return fault.isEnd && fault.first <= operations; });
+    }
     SFileResult Do() { return Fail(Count().failure); }
     static SFileResult Fail(EFileFailure failure) { return {failure, static_cast<long>(failure)}; }
     bool Takes(const std::string& folder) const { return folders.contains(folder) && folder != locked; }
@@ -48,6 +54,22 @@ struct SMemoryDisk {
     std::map<std::string, std::string> onDisk{}; ///< what a power failure leaves of files that were flushed
 };
 inline SMemoryDisk g_disk;
+
+/// What an end of the machine leaves: of each file the length and every sector are those of before or after
+/// what was not flushed, as the bits of `kept` say in turn.
+inline SMemoryDisk AfterPowerFailure(SMemoryDisk disk, unsigned kept) {
+    constexpr std::size_t kSector = 512;
+    for (auto& [path, bytes] : disk.files) {
+        std::string older = disk.onDisk[path];
+        const std::size_t length = (kept & 1U) != 0 ? bytes.size() : older.size();
+        older.resize(length);
+        bytes.resize(length);
+        for (std::size_t at = 0, bit = 1; at < length; at += kSector, bit = 3 - bit)
+            if ((kept >> bit & 1U) == 0)
+                bytes.replace(at, kSector, older, at, kSector);
+    }
+    return disk;
+}
 
 } // namespace test
 
@@ -66,6 +88,8 @@ SFileResult CFile::Open(const std::string& path, SOpenMode mode) {
     const test::CFailingMemory::SExempt exempt;
     *m_handle = {};
     SFileResult result = g_disk.Do();
+    if (result.Good() && mode.exclusive && g_disk.files.contains(path))
+        result = g_disk.Fail(EFileFailure::Exists);
     if (result.Good() && !g_disk.files.contains(path))
         result =
             g_disk.Fail(!g_disk.folders.contains(path.substr(0, path.rfind('\\'))) ? EFileFailure::BadPath
@@ -92,7 +116,8 @@ SFileResult CFile::Seek(std::int64_t offset, ESeekOrigin origin, std::uint64_t& 
     return result;
 }
 SFileResult CFile::Read(std::span<std::uint8_t> buffer, std::size_t& count) {
-    count = m_handle->Bytes().copy(reinterpret_cast<char*>(buffer.data()), buffer.size(), m_handle->position);
+    const std::size_t from = std::min(m_handle->position, m_handle->Bytes().size());
+    count = m_handle->Bytes().copy(reinterpret_cast<char*>(buffer.data()), buffer.size(), from);
     m_handle->position += count;
     return g_disk.Do();
 }
@@ -100,6 +125,7 @@ SFileResult CFile::Write(std::span<const std::uint8_t> bytes, std::size_t& count
     const test::CFailingMemory::SExempt exempt;
     const test::SDiskFault fault = g_disk.Count();
     count = fault.failure == EFileFailure::None ? bytes.size() : fault.writesTakePart ? bytes.size() / 2 : 0;
+    m_handle->Bytes().resize(std::max(m_handle->Bytes().size(), m_handle->position + count));
     m_handle->Bytes().replace(m_handle->position, count, reinterpret_cast<const char*>(bytes.data()), count);
     m_handle->position += count;
     return g_disk.Fail(fault.failure);
@@ -146,10 +172,27 @@ SFileResult MakeFolder(const std::string& path) {
                   : g_disk.Fail(g_disk.folders.contains(path) ? EFileFailure::Exists : EFileFailure::BadPath);
 }
 bool RemoveFile(const std::string& path) {
-    return g_disk.Do().Good() && g_disk.files.erase(path) != 0;
+    return g_disk.Do().Good() && (g_disk.onDisk.erase(path), g_disk.files.erase(path) != 0);
 }
 bool RemovePlainFile(const std::string& path) {
     return RemoveFile(path);
+}
+bool ListFolder(const std::string& folder, std::vector<SFolderEntry>& entries) {
+    const test::CFailingMemory::SExempt exempt;
+    for (const auto& [path, bytes] : g_disk.files)
+        if (path.starts_with(folder + "\\"))
+            entries.push_back({path.substr(folder.size() + 1), false, true});
+    return g_disk.Do().Good();
+}
+std::string StateFolder() {
+    return "C:\\state";
+}
+bool MakePrivateFolder(const std::string& folder) {
+    const test::CFailingMemory::SExempt exempt;
+    return g_disk.Do().Good() && (g_disk.folders.insert(folder), true);
+}
+std::string ResolvedFolder(const std::string& folder) {
+    return folder;
 }
 bool RemoveEmptyFolder(const std::string& path) {
     const auto isWithin = [&](const auto& file) { return file.first.starts_with(path + "\\"); };
@@ -166,7 +209,6 @@ bool IsLink(const std::string&) { return false; }
 bool IsDriveRoot(const std::string&) { return false; }
 bool CFile::RemoveIfEmpty() { return false; }
 bool CopyToNewFile(const std::string&, const std::string&) { return false; }
-bool ListFolder(const std::string&, std::vector<SFolderEntry>&) { return false; }
 std::string MakeUniqueFile(const std::string&, const std::string&) { return {}; }
 std::string TemporaryFolder() { return {}; }
 std::string CurrentFolder() { return {}; }

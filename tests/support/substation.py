@@ -24,11 +24,13 @@ class Substation:
             shutil.copy(pathlib.Path(programs) / program, self.bin)
         none = str(self.folder / "no-registry")
         self.environment = {**os.environ, "LC_ALL": "C", "TZ": "UTC", "P32LS_SUBSTATION": str(self.folder / "substation.toml"),
-                            "RUVO_LOCK_DIR": str(folder), "RUVO_REGISTRY_USER": none, "RUVO_REGISTRY_MACHINE": none}
+                            "RUVO_LOCK_DIR": str(folder), "RUVO_STATE_DIR": str(self.folder / "state"),
+                            "RUVO_REGISTRY_USER": none, "RUVO_REGISTRY_MACHINE": none}
         self.start_anew()
 
     def start_anew(self):
         shutil.rmtree(self.events, ignore_errors=True)
+        shutil.rmtree(self.folder / "state", ignore_errors=True)
         (self.folder / "trace").unlink(missing_ok=True)
         self.clear_log()
 

@@ -1,0 +1,109 @@
+#include "ledger/journal_file.h"
+
+#include <algorithm>
+#include <array>
+
+namespace ruvo {
+
+namespace {
+
+constexpr std::size_t kReserveStep = std::size_t{64} * 1024;
+constexpr std::array<std::uint8_t, kReserveStep> kZeros{};
+
+std::span<const std::uint8_t> HeadBytes() {
+    return {reinterpret_cast<const std::uint8_t*>(kJournalHead.data()), kJournalHead.size()};
+}
+
+} // namespace
+
+bool CJournalFile::Make(const std::string& folder, const std::string& nameBegin) {
+    constexpr int kMostNames = 1000;
+    m_folder = folder;
+    for (int number = 1; number <= kMostNames; ++number) {
+        m_path = folder + "\\" + nameBegin + "-" + std::to_string(number) + std::string(kJournalEnding);
+        const SFileResult made = m_file.Open(
+            m_path, {.read = true, .write = true, .create = true, .exclusive = true, .removable = true});
+        if (!made.Good() && made.failure != EFileFailure::Exists) {
+            return false;
+        }
+        // A run that looks for journals may have taken, or taken away, what had just been made.
+        if (made.Good() && m_file.TryLock() != EFileLock::HeldByAnother && m_file.IsAt(m_path)) {
+            m_end = kJournalHead.size();
+            if (WriteAt(0, HeadBytes())) {
+                FlushFolder(folder);
+                return true;
+            }
+            Remove();
+            return false;
+        }
+    }
+    return false;
+}
+
+bool CJournalFile::OpenEnded(const std::string& path) {
+    m_path = path;
+    m_folder = path.substr(0, path.rfind('\\'));
+    return m_file.Open(path, {.read = true, .write = true, .plain = true, .removable = true}).Good() &&
+           m_file.TryLock() != EFileLock::HeldByAnother && m_file.IsAt(path);
+}
+
+bool CJournalFile::HasKnownHead() {
+    std::array<std::uint8_t, kJournalHead.size()> head{};
+    std::uint64_t position = 0;
+    std::size_t count = 0;
+    const bool isRead =
+        m_file.Seek(0, ESeekOrigin::Start, position).Good() && m_file.Read(head, count).Good();
+    const auto read = std::span<const std::uint8_t>(head).first(count);
+    const bool isUnwritten = std::ranges::all_of(read, [](std::uint8_t byte) { return byte == 0; });
+    return isRead && (isUnwritten || std::ranges::equal(read, HeadBytes().first(count)));
+}
+
+bool CJournalFile::WriteAt(std::uint64_t position, std::span<const std::uint8_t> bytes) {
+    std::uint64_t reached = 0;
+    std::size_t count = 0;
+    const bool isDone =
+        m_file.Seek(static_cast<std::int64_t>(position), ESeekOrigin::Start, reached).Good() &&
+        m_file.Write(bytes, count).Good();
+    m_reserved = std::max(m_reserved, position + count);
+    return isDone;
+}
+
+bool CJournalFile::Append(EFrame kind, std::uint32_t visit, SChain& chain,
+                          std::span<const std::uint8_t> payload) {
+    SChain next = chain;
+    MakeFrame(m_frame, kind, visit, next, payload);
+    m_hasFailed = m_hasFailed || !WriteAt(m_end, m_frame);
+    if (!m_hasFailed) {
+        chain = next;
+        m_end += m_frame.size();
+    }
+    return !m_hasFailed;
+}
+
+bool CJournalFile::Flush() {
+    return m_file.FlushToDisk().Good();
+}
+
+bool CJournalFile::Reserve(std::size_t bytes) {
+    while (m_reserved < m_end + bytes) {
+        if (!WriteAt(m_reserved, kZeros)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void CJournalFile::Clear() {
+    if (m_file.SetLength(kJournalHead.size()).Good()) {
+        m_end = m_reserved = kJournalHead.size();
+    }
+    m_hasFailed = !Flush() || m_hasFailed; // what went could come back
+}
+
+void CJournalFile::Remove() {
+    RemoveFile(m_path);
+    static_cast<void>(m_file.Close());
+    FlushFolder(m_folder);
+}
+
+} // namespace ruvo

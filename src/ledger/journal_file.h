@@ -1,0 +1,57 @@
+// One journal on the disk: made by a run for itself, or opened to bring in what an ended run left. Locked as
+// long as it is open. Nothing here throws but for want of memory.
+#pragma once
+
+#include "ledger/frames.h"
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace ruvo {
+
+inline constexpr std::string_view kJournalEnding = ".journal";
+
+class CJournalFile {
+public:
+    /// Makes a journal with a new name in the folder, whose own name must be on the disk already.
+    [[nodiscard]] bool Make(const std::string& folder, const std::string& nameBegin);
+    /// Opens an ended run's. False when its run lives, or it went meanwhile.
+    [[nodiscard]] bool OpenEnded(const std::string& path);
+    /// Whether it begins as journals of this version do. One with nothing in it does: its making was ended.
+    [[nodiscard]] bool HasKnownHead();
+
+    /// A frame that is written is safe from an end of the process, and from one of the machine once it is
+    /// flushed. After a failure nothing more is written.
+    [[nodiscard]] bool Append(EFrame kind, std::uint32_t visit, SChain& chain,
+                              std::span<const std::uint8_t> payload);
+    [[nodiscard]] bool Flush();
+    /// Sees to it that so many bytes more can be written, by writing zeros where they will stand.
+    [[nodiscard]] bool Reserve(std::size_t bytes);
+    /// Where the next frame goes.
+    [[nodiscard]] std::uint64_t End() const { return m_end; }
+    void SetEnd(std::uint64_t end) { m_end = end; }
+    [[nodiscard]] bool HasFailed() const { return m_hasFailed; }
+
+    /// Empties it, once nothing is open in it; on the disk when this returns.
+    void Clear();
+    /// Removes and closes it.
+    void Remove();
+
+    [[nodiscard]] CFile& File() { return m_file; }
+    [[nodiscard]] const std::string& Path() const { return m_path; }
+
+private:
+    [[nodiscard]] bool WriteAt(std::uint64_t position, std::span<const std::uint8_t> bytes);
+
+    CFile m_file;
+    std::string m_path;
+    std::string m_folder;
+    std::uint64_t m_end = 0;
+    std::uint64_t m_reserved = 0; ///< up to here bytes stand on the disk
+    std::vector<std::uint8_t> m_frame;
+    bool m_hasFailed = false;
+};
+
+} // namespace ruvo

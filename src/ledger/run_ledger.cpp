@@ -1,0 +1,117 @@
+#include "ledger/run_ledger.h"
+
+#include "ledger/entry_recovery.h"
+#include "platform/clock.h"
+#include "platform/full_path.h"
+#include "platform/state_folder.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <exception>
+#include <string_view>
+
+namespace ruvo {
+
+namespace {
+
+/// FNV-1a of 64 bits: tells folders of one name apart, and need not withstand forgers.
+std::string Digest(std::string_view text) {
+    std::uint64_t sum = 0xCBF29CE484222325;
+    for (const char c : text) {
+        sum = (sum ^ static_cast<unsigned char>(c)) * 0x100000001B3;
+    }
+    std::array<char, 17> digits{};
+    std::snprintf(digits.data(), digits.size(), "%016llX", static_cast<unsigned long long>(sum));
+    return digits.data();
+}
+
+/// A folder's name for people: what is no letter or digit becomes a dash.
+std::string ReadableName(const std::string& path) {
+    constexpr std::size_t kLongest = 40;
+    std::string name = path.substr(path.find_last_of('\\') + 1).substr(0, kLongest);
+    std::ranges::replace_if(
+        name,
+        [](char c) { return !((c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z')); },
+        '-');
+    return name;
+}
+
+std::string Now() {
+    const SCalendarTime now = UtcTime();
+    std::array<char, 80> text{};
+    std::snprintf(text.data(), text.size(), "%04d-%02d-%02dT%02d%02d%02dZ", now.year, now.month, now.day,
+                  now.hour, now.minute, now.second);
+    return text.data();
+}
+
+} // namespace
+
+CRunLedger::CRunLedger(std::string eventRoot, TellLine tell)
+    : m_eventRoot(std::move(eventRoot)), m_tell(std::move(tell)) {}
+
+CRunLedger::~CRunLedger() {
+    if (m_journal && m_openFiles.empty() && !m_journal->HasFailed()) {
+        try {
+            m_journal->Remove();
+        } catch (
+            const std::exception&) { // NOLINT(bugprone-empty-catch): the next run finds nothing open in it
+        }
+    }
+}
+
+std::string CRunLedger::RootsFolder() const {
+    const std::string state = StateFolder();
+    const std::string root = ResolvedFolder(m_eventRoot);
+    return state.empty() || root.empty() ? std::string()
+                                         : state + "\\" + ReadableName(root) + "-" + Digest(root);
+}
+
+CJournalFile* CRunLedger::Journal() {
+    if (!m_isTried) {
+        m_isTried = true;
+        const std::string folder = RootsFolder();
+        auto journal = std::make_unique<CJournalFile>();
+        if (!folder.empty() && MakePrivateFolder(folder) && journal->Make(folder, Now())) {
+            FlushFolder(folder.substr(0, folder.rfind('\\')));
+            m_journal = std::move(journal);
+        } else {
+            std::fprintf(stderr,
+                         "ruvo: no journal can be made in %s; until a visit ends, an end of the run would "
+                         "cost its events\n",
+                         folder.empty() ? "the state folder" : DisplayPath(folder).c_str());
+        }
+    }
+    return m_journal && !m_journal->HasFailed() ? m_journal.get() : nullptr;
+}
+
+std::string CRunLedger::BelowRoot(const std::string& path) const {
+    const std::string begin = m_eventRoot + "\\";
+    return path.starts_with(begin) ? path.substr(begin.size()) : std::string();
+}
+
+void CRunLedger::NoteClosed() {
+    m_openFiles.pop_back();
+    if (m_openFiles.empty()) {
+        m_journal->Clear();
+    }
+}
+
+void CRunLedger::BringIn() {
+    const std::string folder = RootsFolder();
+    for (const std::string& path : JournalsIn(folder)) {
+        static_cast<void>(CEntryRecovery(m_eventRoot, m_tell).BringIn(path, nullptr));
+    }
+}
+
+bool CRunLedger::BringInto(CHeldDayFile& file) {
+    bool isFree = std::ranges::find(m_openFiles, file.Path()) == m_openFiles.end();
+    for (const std::string& path : JournalsIn(RootsFolder())) {
+        if (!m_journal || path != m_journal->Path()) {
+            isFree = CEntryRecovery(m_eventRoot, m_tell).BringIn(path, &file) && isFree;
+        }
+    }
+    return isFree;
+}
+
+} // namespace ruvo

@@ -1,0 +1,53 @@
+// What a run remembers beyond its own end: the journal of the events that it has taken, from which the day
+// files are written, and by which the next run completes what an ended one began.
+#pragma once
+
+#include "dayfile/held_day_file.h"
+#include "ledger/journal_file.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace ruvo {
+
+/// Writes one line into the log and returns when it is on the disk. The text is in the system's encoding.
+using TellLine = std::function<void(const std::string& line)>;
+
+/// The journals of one event root. Used by the thread of the run.
+class CRunLedger {
+public:
+    /// Both must outlive the visits. Nothing is made before the first visit that takes events.
+    CRunLedger(std::string eventRoot, TellLine tell);
+    CRunLedger(const CRunLedger&) = delete;
+    CRunLedger& operator=(const CRunLedger&) = delete;
+    /// Removes the journal unless something is open in it.
+    ~CRunLedger();
+
+    /// Brings in what ended runs have left, as far as their day files can be had.
+    void BringIn();
+    /// The same for one day file, which is held. False when an entry for it waits all the same.
+    [[nodiscard]] bool BringInto(CHeldDayFile& file);
+
+    /// This run's journal, made at the first call; null where it cannot be made, which standard error says.
+    [[nodiscard]] CJournalFile* Journal();
+    /// The path below the event root; empty when it does not lead there.
+    [[nodiscard]] std::string BelowRoot(const std::string& path) const;
+    [[nodiscard]] std::uint32_t NextVisit() { return ++m_visits; }
+    /// An entry for this day file is begun; unless it is closed it waits for the next run.
+    void NoteOpen(const std::string& path) { m_openFiles.push_back(path); }
+    void NoteClosed();
+
+private:
+    [[nodiscard]] std::string RootsFolder() const;
+
+    std::string m_eventRoot;
+    TellLine m_tell;
+    std::unique_ptr<CJournalFile> m_journal;
+    bool m_isTried = false;
+    std::uint32_t m_visits = 0;
+    std::vector<std::string> m_openFiles; ///< of this run's open entries, the last one last
+};
+
+} // namespace ruvo

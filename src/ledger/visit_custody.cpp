@@ -1,0 +1,152 @@
+#include "ledger/visit_custody.h"
+
+#include "dayfile/day_file_writer.h"
+#include "platform/clock.h"
+#include "platform/full_path.h"
+
+#include <array>
+#include <cstdio>
+#include <exception>
+
+namespace ruvo {
+
+namespace {
+
+/// What the frames behind the last record take at most.
+constexpr std::size_t kClosingFrames = 4096;
+
+std::string Now() {
+    const SCalendarTime now = UtcTime();
+    std::array<char, 80> text{};
+    std::snprintf(text.data(), text.size(), "%04d-%02d-%02d %02d:%02d:%02d UTC", now.year, now.month, now.day,
+                  now.hour, now.minute, now.second);
+    return text.data();
+}
+
+} // namespace
+
+std::optional<SHoldFailure> CVisitCustody::Begin(const std::string& path) {
+    if (auto failure = m_file.Hold(path)) {
+        return failure;
+    }
+    if (m_ledger == nullptr) {
+        return std::nullopt;
+    }
+    if (!m_ledger->BringInto(m_file)) {
+        return SHoldFailure{EFileCause::Generic,
+                            "Events of an earlier visit still wait for day file " + DisplayPath(path)};
+    }
+    m_journal = m_ledger->Journal();
+    if (m_journal == nullptr) {
+        return std::nullopt;
+    }
+    m_visit = m_ledger->NextVisit();
+    m_entryOffset = m_journal->End();
+    const SVisitInfo info{.key = m_key,
+                          .file = m_ledger->BelowRoot(path),
+                          .begun = Now(),
+                          .length = m_file.LengthNow(),
+                          .isFileMade = m_file.IsMade(),
+                          .isFolderMade = m_file.IsFolderMade()};
+    m_ledger->NoteOpen(path);
+    if (!HasRoom() || !m_journal->Append(EFrame::Visit, m_visit, m_chain, Pack(info))) {
+        const std::string where = DisplayPath(m_journal->Path());
+        m_journal = nullptr;
+        m_ledger->NoteClosed();
+        return SHoldFailure{EFileCause::DiskFull, "There is no room for journal " + where};
+    }
+    return std::nullopt;
+}
+
+bool CVisitCustody::HasRoom() {
+    return !IsJournaled() || m_journal->Reserve(kLargestRecordFrame + kClosingFrames);
+}
+
+bool CVisitCustody::Keep(std::span<const std::uint8_t> image, std::uint32_t extendedNumber) {
+    if (IsJournaled()) {
+        m_payload.assign({static_cast<std::uint8_t>(extendedNumber & 0xFFU),
+                          static_cast<std::uint8_t>(extendedNumber >> 8U & 0xFFU),
+                          static_cast<std::uint8_t>(extendedNumber >> 16U & 0xFFU),
+                          static_cast<std::uint8_t>(extendedNumber >> 24U)});
+        m_payload.insert(m_payload.end(), image.begin(), image.end());
+        if (m_journal->Append(EFrame::Record, m_visit, m_chain, m_payload)) {
+            m_lastExtended = extendedNumber != 0 ? extendedNumber : m_lastExtended;
+            ++m_framedCount;
+            return true;
+        }
+    }
+    m_images.resize(m_ends.empty() ? 0 : m_ends.back()); // what an end for want of memory has left
+    m_images.insert(m_images.end(), image.begin(), image.end());
+    m_ends.push_back(m_images.size());
+    m_lastExtended = extendedNumber != 0 ? extendedNumber : m_lastExtended;
+    return m_journal == nullptr;
+}
+
+void CVisitCustody::Lose() noexcept {
+    try {
+        static_cast<void>(IsJournaled() && m_journal->Append(EFrame::Lost, m_visit, m_chain, {}));
+    } catch (
+        const std::exception&) { // NOLINT(bugprone-empty-catch): no memory; the visit's own count is right
+    }
+}
+
+/// With a journal that has failed there is no store frame; the length in the visit frame keeps a later run
+/// from writing anything twice.
+void CVisitCustody::Store() {
+    const std::uint64_t length = m_file.LengthNow();
+    m_isWritten = true;
+    if (IsJournaled()) {
+        const SStoreInfo store{length, m_lastExtended, {{0, m_framedCount}}};
+        static_cast<void>(m_journal->Append(EFrame::Store, m_visit, m_chain, Pack(store)) &&
+                          m_journal->Flush());
+    }
+    try {
+        m_file.StartAt(length, MakeEventListHeader(m_lastExtended + 1, kEventListText));
+        AddKept();
+        m_file.Finish();
+        m_isStored = true;
+    } catch (const std::exception&) { // of the file, or for want of memory; what is whole stays
+        m_mayBeTorn = !m_file.CutBack();
+        throw;
+    }
+}
+
+void CVisitCustody::AddKept() {
+    std::uint32_t added = 0;
+    if (m_framedCount > 0) {
+        CFrameReader reader(m_journal->File(), m_entryOffset, m_visit);
+        for (SFrame frame; added < m_framedCount && reader.Next(frame);) {
+            const auto record = frame.kind == EFrame::Record ? UnpackRecord(frame.payload) : std::nullopt;
+            if (record) {
+                m_file.Add(record->image);
+                ++added;
+            }
+        }
+    }
+    if (added < m_framedCount) {
+        throw CFileException(EFileCause::Generic, 0, m_journal->Path());
+    }
+    std::size_t begin = 0;
+    for (const std::size_t end : m_ends) {
+        m_file.Add(std::span(m_images).subspan(begin, end - begin));
+        begin = end;
+    }
+}
+
+std::size_t CVisitCustody::WaitingCount() const {
+    const bool isOpen = m_isWritten && !m_isStored;
+    return isOpen && m_framedCount > StoredCount() ? m_framedCount - StoredCount() : 0;
+}
+
+void CVisitCustody::End() {
+    if (m_journal != nullptr && m_chain.position > 0) {
+        const bool isSettled = m_isStored || !m_isWritten;
+        if (isSettled && m_journal->Append(EFrame::Done, m_visit, m_chain, {})) {
+            m_ledger->NoteClosed();
+        }
+    }
+    m_journal = nullptr;
+    m_file.Release();
+}
+
+} // namespace ruvo

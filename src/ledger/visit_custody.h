@@ -1,0 +1,65 @@
+// Keeps what one visit has taken from its relay, from the reply until the day file has it: in the run's
+// journal, or in memory where there is none. It holds the day file meanwhile.
+#pragma once
+
+#include "dayfile/held_day_file.h"
+#include "ledger/run_ledger.h"
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace ruvo {
+
+class CVisitCustody {
+public:
+    /// Without a ledger everything is kept in memory. The key is the relay's in the INI file.
+    explicit CVisitCustody(CRunLedger* ledger = nullptr, std::string key = {})
+        : m_ledger(ledger), m_key(std::move(key)) {}
+
+    /// Holds the day file, brings in what waits for it, and begins an entry: after that events may be taken.
+    std::optional<SHoldFailure> Begin(const std::string& path);
+    /// Whether the journal has room for one more event, whatever its size.
+    [[nodiscard]] bool HasRoom();
+    /// Keeps one record. False when the journal has failed: the record is kept, but the visit has to end.
+    [[nodiscard]] bool Keep(std::span<const std::uint8_t> image, std::uint32_t extendedNumber);
+    /// An event was taken of which no record is made.
+    void Lose() noexcept;
+    /// Writes what is kept into the day file; a failure is raised as CFileException, with the file cut back.
+    void Store();
+    /// Closes the entry, once the log has what it has to tell of the visit, and lets the day file go. What
+    /// was not to be stored is gone then; what could not be stored waits for the next run.
+    void End();
+
+    [[nodiscard]] std::size_t KeptCount() const { return m_framedCount + m_ends.size(); }
+    [[nodiscard]] std::size_t StoredCount() const { return m_isWritten ? m_file.StoredCount() : 0; }
+    /// Events that are not in the day file, but in the journal for the next run.
+    [[nodiscard]] std::size_t WaitingCount() const;
+    [[nodiscard]] const CHeldDayFile& File() const { return m_file; }
+    /// After a failed Store: the file may end with a torn record.
+    [[nodiscard]] bool MayBeTorn() const { return m_mayBeTorn; }
+
+private:
+    [[nodiscard]] bool IsJournaled() const { return m_journal != nullptr && !m_journal->HasFailed(); }
+    void AddKept();
+
+    CRunLedger* m_ledger;
+    std::string m_key;
+    CHeldDayFile m_file;
+    CJournalFile* m_journal = nullptr; ///< null without one
+    std::uint32_t m_visit = 0;
+    std::uint64_t m_entryOffset = 0;
+    SChain m_chain;
+    std::vector<std::uint8_t> m_payload;
+    std::uint32_t m_framedCount = 0;
+    std::uint32_t m_lastExtended = 0;
+    std::vector<std::uint8_t> m_images; ///< those that are in no journal
+    std::vector<std::size_t> m_ends;
+    bool m_isWritten = false; ///< or it was tried
+    bool m_isStored = false;
+    bool m_mayBeTorn = false;
+};
+
+} // namespace ruvo
