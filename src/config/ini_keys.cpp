@@ -74,13 +74,14 @@ constexpr std::array kSerialRules{
 constexpr std::array kModemRules{
     SEntryRule{AcceptsAddress, EResultCode::ModemAddressInvalid, kAddressExpected}};
 constexpr std::array kEthernetRules{
-    SEntryRule{AcceptsIp, EResultCode::EthernetIpInvalid,
-               "IP,device or IP,device,bus as in 192.168.1.10,12,1: four numbers from 0 to 255 with dots "
-               "between, then addresses from 1 to 254, no blanks"},
+    SEntryRule{
+        AcceptsIp, EResultCode::EthernetIpInvalid,
+        "IP,device or IP,device,bus, for example 192.168.1.10,12,1: four numbers from 0 to 255 separated by dots, "
+        "then addresses from 1 to 254, without blanks"},
     SEntryRule{AcceptsDevice, EResultCode::EthernetDeviceInvalid,
-               "a device address from 1 to 254 behind the first comma"},
+               "a device address from 1 to 254 after the first comma"},
     SEntryRule{AcceptsBus, EResultCode::EthernetBusInvalid,
-               "nothing or a bus address from 1 to 254 behind the second comma"},
+               "nothing or a bus address from 1 to 254 after the second comma"},
 };
 
 } // namespace
@@ -118,14 +119,13 @@ std::string Expectation(EKeyRule rule) {
     case EKeyRule::AnyNumber:
         return "a number";
     case EKeyRule::EventRoot:
-        return "a folder below the drive that can be made and written, without * ? \" < > |; a relative one "
-               "counts "
-               "from the program's folder";
+        return "a folder below the drive that can be created and written, without * ? \" < > |; a relative path is resolved "
+               "against the program's folder";
     case EKeyRule::ErrorLog:
-        return "a file that can be made or written (without the key: " + std::string(kErrorLogName) +
+        return "a file that can be created or written (default: " + std::string(kErrorLogName) +
                " in the event root)";
     case EKeyRule::ModemName:
-        return "the name of a telephony modem";
+        return "the name of a TAPI modem";
     case EKeyRule::Switch:
         return "0 or 1";
     case EKeyRule::Timing:

@@ -59,20 +59,20 @@ inline constexpr auto kGeneralKeys = [] {
     using enum EKeyRule;
     using enum ERuleScope;
     using enum EResultCode;
-    constexpr std::string_view kTimingMeaning = "Timing of the link, handed to the comms server.";
+    constexpr std::string_view kTimingMeaning = "Timing of the link, for the comms server.";
     return std::array{
         SGeneralKey{"EventRootDir", &Fields::eventRoot, ".", EventRoot, EveryLink, EventRootInvalid,
-                    "Folder that receives a folder for each relay, with a file for each day."},
+                    "Folder for events: one subfolder per relay, one file per day."},
         SGeneralKey{"ErrorLogPathname", &Fields::errorLogPath, kErrorLogName, ErrorLog, EveryLink,
-                    LogFileNotWritable, "Error log: what went wrong, a line each."},
+                    LogFileNotWritable, "Error log: one line per problem."},
         SGeneralKey{"UseEthernet", &Fields::useEthernet, "0", Switch, EveryLink, UseEthernetInvalid,
                     "1 visits the relays of [RUVO_ETHERNET]."},
         SGeneralKey{"CommPort", &Fields::commPort, "COM1", AnyText, SerialAndModem, Success,
-                    "The serial port, as the comms server names it."},
+                    "Serial port, by its name in the comms server."},
         SGeneralKey{"BaudRate", &Fields::baudRate, "9600", BaudRate, SerialAndModem, BaudRateInvalid,
-                    "The speed of the serial port."},
+                    "Baud rate of the serial port."},
         SGeneralKey{"ElevenBits", &Fields::elevenBits, "1", Switch, SerialAndModem, ElevenBitsInvalid,
-                    "1: frames of 11 bits with even parity, 0: frames of 10 bits without."},
+                    "1: 11-bit frames with even parity, 0: 10-bit frames without parity."},
         SGeneralKey{"BusyHoldoff", &Fields::busyHoldoff, "50", Timing, EveryLink, BusyHoldoffInvalid,
                     kTimingMeaning},
         SGeneralKey{"BusyCount", &Fields::busyCount, "100", Timing, EveryLink, BusyCountInvalid,
@@ -88,18 +88,17 @@ inline constexpr auto kGeneralKeys = [] {
         SGeneralKey{"UseModem", &Fields::useModem, "0", Switch, SerialAndModem, UseModemInvalid,
                     "With UseEthernet=0: 1 visits the relays of [RUVO_MODEM], 0 those of [RUVO_SERIAL]."},
         SGeneralKey{"TAPI_ModemName", &Fields::tapiModemName, "", ModemName, ModemOnly, ModemNameMissing,
-                    "The modem, as the telephony of the machine names it."},
+                    "Modem, by its TAPI name."},
         SGeneralKey{"TAPI_LineAddress", &Fields::tapiLineAddress, "0", AnyNumber, ModemOnly, Success,
-                    "The line of the modem."},
+                    "Line of the modem."},
         SGeneralKey{"TAPI_NumberToDial", &Fields::tapiNumberToDial, "", AnyText, ModemOnly, Success,
-                    "The telephone number."},
+                    "Telephone number."},
         SGeneralKey{"TAPI_UseCountryAndAreaCodes", &Fields::tapiUseCountryAndAreaCodes, "0", Switch,
                     ModemOnly, UseCountryAndAreaCodesInvalid,
-                    "1: dial with the country and area codes, 0: without."},
-        SGeneralKey{"TAPI_AreaCode", &Fields::tapiAreaCode, "", AnyText, ModemOnly, Success,
-                    "The area code."},
+                    "1: dial with the country code and area code, 0: without."},
+        SGeneralKey{"TAPI_AreaCode", &Fields::tapiAreaCode, "", AnyText, ModemOnly, Success, "Area code."},
         SGeneralKey{"TAPI_CountryCode", &Fields::tapiCountryCode, "", AnyText, ModemOnly, Success,
-                    "The country code."},
+                    "Country code."},
     };
 }();
 

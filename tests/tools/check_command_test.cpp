@@ -51,12 +51,12 @@ TEST(CheckCommand, EachResultCodeNamesItsLines) {
             line.replace(0, line.starts_with(path) ? path.size() : 0, line.starts_with(path) ? "ini" : "");
             if (const std::size_t at = line.find(folder.Native()); at != std::string::npos)
                 line.replace(at, folder.Native().size(), "@");
-            const std::size_t wanted = std::min(line.find(" want "), line.find(" the registry value"));
+            const std::size_t wanted = std::min(line.find(" expected "), line.find(" the registry value"));
             line.erase(wanted == std::string::npos ? line.size() : wanted - 1); // and the mark before it
         }
         EXPECT_EQ(outcome.status, code);
         EXPECT_EQ(text, std::string(ResultMessage(static_cast<EResultCode>(code))) + "\n" + want);
-        EXPECT_EQ(outcome.out.find("960: want 1200, 2400, 4800, 9600, 19200, 38400, 57600 or 115200\n") !=
+        EXPECT_EQ(outcome.out.find("960: expected 1200, 2400, 4800, 9600, 19200, 38400, 57600 or 115200\n") !=
                       std::string::npos,
                   code == 12);
         EXPECT_EQ(CurrentFolder(), before);
@@ -112,8 +112,9 @@ TEST(CheckCommand, NamesTheLinksThatARunWouldRefuse) {
         if (line.starts_with(start))
             names += line.substr(start.size(), line.find(':', start.size()) - start.size()) + "\n";
     }
-    EXPECT_EQ(names,
-              "A/b.evt is not a regular file\nA/c.evt is not a regular file\nC is a link\nD is a link\n")
+    EXPECT_EQ(
+        names,
+        "A/b.evt is not a regular file\nA/c.evt is not a regular file\nC is a symbolic link\nD is a symbolic link\n")
         << outcome.out;
 }
 
@@ -137,14 +138,15 @@ TEST(CheckCommand, TakesTheSitesEnvironmentFromItsOwnerAlone) {
         return EnvironmentValue("RUVO_TEST_A").value_or("none") + checked.out;
     };
     chmod(path.c_str(), 0640);
-    const std::string refused = ": warning: no NAME=value that may stand here; not taken\n";
+    const std::string refused = ": warning: ignored; expected NAME=value with a permitted name\n";
     std::string said = " b=\"c\" " + std::string(ResultMessage(EResultCode::Success)) + "\n";
     for (const char* line : {":4", ":5", ":6"})
         said += path + line + refused;
-    EXPECT_TRUE(check().starts_with(said + path + ":7: warning: LD_X; the system's loader")) << check();
+    EXPECT_TRUE(check().starts_with(said + path + ":7: warning: LD_X: takes effect only")) << check();
     EXPECT_NE(EnvironmentValue("RUVO_LOCK_DIR"), "x");
     chmod(path.c_str(), 0660);
-    EXPECT_NE(check().find("a.env: warning: not taken: another user may have written it"), std::string::npos);
+    EXPECT_NE(check().find("a.env: warning: ignored, because another user may have written it"),
+              std::string::npos);
     setenv("RUVO_SITE", "a", 1); // run-site has read it
     EXPECT_EQ(check(), "none" + std::string(ResultMessage(EResultCode::Success)) + "\n");
     unsetenv("RUVO_SITE");

@@ -1,4 +1,4 @@
-// ruvoctl check: the check-only mode of the extractor for people and scripts.
+// ruvoctl check: the extractor's check-only mode, for people and scripts.
 #include "app/comms_server.h"
 #include "app/load_and_check.h"
 #include "app/program_folder.h"
@@ -25,33 +25,33 @@ namespace ruvo {
 namespace {
 
 constexpr std::array kOptions{
-    SOption{EOptionKind::Positional, "INI", "the INI file; a relative path counts from the current folder"},
+    SOption{EOptionKind::Positional, "INI",
+            "INI file; a relative path is resolved against the current folder"},
 };
 
 constexpr std::string_view kNotes =
-    "Takes the steps of a run up to the first relay: loads the RPC library, reads the file, proves that "
-    "events and\n"
-    "error log can be written, applies the rules and starts the comms server, with the environment that "
-    "run-site\n"
-    "would take from the .env file beside the INI file. Relative paths in the file count from the program's\n"
-    "folder, as in a run. Prints the outcome, the lines behind it, and warnings.\n"
-    "Exit status: the result code; 0 is success; 39 when the RPC library cannot be loaded, without which no "
-    "run\n"
-    "begins.\n\n"
-    "Example:\n"
-    "  ruvoctl check site.ini";
+    R"(Performs the steps of a run up to the first relay: loads the RPC library, reads the INI file, verifies
+that the event folder and the error log are writable, applies the rules and starts the comms server, with
+the environment that run-site reads from the .env file next to the INI file. As in a run, relative paths
+in the INI file are resolved against the program's folder. Prints the result message, the lines that
+caused it, and warnings.
+Exit status: the result code; 0 on success; 39 if the RPC library cannot be loaded, in which case a run
+does not start.
 
-/// A run says it in a message box and has no result code for it; scripts know this number.
+Example:
+  ruvoctl check site.ini)";
+
+/// A run reports this in a message box and has no result code for it; scripts know this number.
 constexpr int kLibraryMissing = 39;
 static_assert(kResultMessages.size() <= kLibraryMissing || kResultMessages[kLibraryMissing].empty(),
               "no result code has the number");
 
-/// How the check ended, and what stands behind that beyond the file's lines.
+/// The result of the check and its causes.
 struct SOutcome {
     int status = 0;
     std::string message;
     std::vector<SDiagnostic> causes;
-    std::vector<SDiagnostic> unwritablePlaces; ///< where a run would refuse to write
+    std::vector<SDiagnostic> unwritablePlaces; ///< paths that a run refuses to write
 };
 
 EResultCode TryCommsServer(std::vector<SDiagnostic>& causes) {
@@ -65,10 +65,11 @@ EResultCode TryCommsServer(std::vector<SDiagnostic>& causes) {
     return EResultCode::CommsServerFailed;
 }
 
-/// Why a file is none that a run can read.
+/// Why a run cannot read the file.
 std::string WhyNotOpened(const std::string& fullPath, const CIniText& ini) {
     if (fullPath.empty()) {
-        return "want a path whose full form has fewer than " + std::to_string(kMaxPath) + " characters";
+        return "expected a path whose absolute form is shorter than " + std::to_string(kMaxPath) +
+               " characters";
     }
     CFile file;
     std::uint64_t length = 0;
@@ -81,13 +82,12 @@ std::string WhyNotOpened(const std::string& fullPath, const CIniText& ini) {
     }
     std::string bytes;
     if (length > kLargestTextFile || !ReadTextFileBytes(fullPath, bytes)) {
-        return std::to_string(length) + " bytes, of which a run reads " + std::to_string(kLargestTextFile) +
-               " at most";
+        return std::to_string(length) + " bytes, but a run reads at most " + std::to_string(kLargestTextFile);
     }
     const std::string_view why = WhyNotReadable(bytes);
     return !why.empty()                ? std::string(why)
-           : ini.Sections().size() < 2 ? "no section begins in it"
-                                       : "it could not be read";
+           : ini.Sections().size() < 2 ? "the file has no section header"
+                                       : "the file could not be read";
 }
 
 SOutcome CheckFile(const std::string& fullPath, const CIniText& ini) {
@@ -116,7 +116,7 @@ SOutcome CheckFile(const std::string& fullPath, const CIniText& ini) {
             std::move(unwritablePlaces)};
 }
 
-/// What a reader of the file could learn that is nobody else's business.
+/// Warns if every user can read the passwords in the file.
 std::vector<SDiagnostic> FindOpenPasswords(const std::string& fullPath, const CIniText& ini) {
     const auto holdsText = [](const SIniEntry& entry) {
         return !entry.IsComment() && entry.value && !entry.value->empty();
@@ -128,9 +128,8 @@ std::vector<SDiagnostic> FindOpenPasswords(const std::string& fullPath, const CI
     if (!holdsPasswords || !IsReadableByEveryone(fullPath).value_or(false)) {
         return {};
     }
-    return {{0,
-             "every user of this machine can read the passwords in this file; \"chmod 600\" leaves it to its "
-             "owner, \"chmod 640\" to its group too"}};
+    return {{0, "every user of this machine can read the passwords in this file; \"chmod 600\" restricts it "
+                "to its owner, \"chmod 640\" to its owner and group"}};
 }
 
 int RunCheck(const CArguments& arguments, SConsole& console) {
@@ -139,7 +138,7 @@ int RunCheck(const CArguments& arguments, SConsole& console) {
     const SSiteEnvironment environment = ApplySiteEnvironment(typed);
     std::string text;
     if (!ReadTextFile(fullPath, text)) {
-        text.clear(); // then there is nothing to point at but the file itself
+        text.clear(); // then the file itself is the only location
     }
     const CIniText ini = CIniText::Parse(text);
     const SOutcome outcome = CheckFile(fullPath, ini);
@@ -155,7 +154,7 @@ int RunCheck(const CArguments& arguments, SConsole& console) {
 } // namespace
 
 SCommand CheckCommand() {
-    return {"check", "Check an INI file as a run would", kNotes, kOptions, RunCheck};
+    return {"check", "Check an INI file as a run does", kNotes, kOptions, RunCheck};
 }
 
 } // namespace ruvo

@@ -1,4 +1,4 @@
-// ruvoctl add and remove: one relay of an INI file, in place.
+// ruvoctl add and remove: add or remove one relay in an INI file.
 #include "config/configuration.h"
 #include "tools/command.h"
 #include "tools/ini/ini_edit.h"
@@ -11,53 +11,53 @@ namespace ruvo {
 
 namespace {
 
-constexpr std::string_view kIniHelp = "the INI file; a relative path counts from the current folder";
-constexpr std::string_view kLinkHelp = "the section of that link, instead of the link that the file selects";
+constexpr std::string_view kIniHelp = "INI file; a relative path is resolved against the current folder";
+constexpr std::string_view kLinkHelp =
+    "use the section of this link instead of the link that the file selects";
 
 constexpr std::array kAddOptions{
     SOption{EOptionKind::Positional, "INI", kIniHelp},
-    SOption{EOptionKind::Positional, "ADDRESS",
-            "the device address, 1 to 254; for Ethernet IP,device or IP,device,bus as in 10.20.0.5,2,1"},
-    SOption{EOptionKind::Text, "--key", "the relay's key, as RV003; without it the one behind the last key",
-            "KEY"},
+    SOption{
+        EOptionKind::Positional, "ADDRESS",
+        "device address from 1 to 254; for Ethernet IP,device or IP,device,bus, for example 10.20.0.5,2,1"},
+    SOption{EOptionKind::Text, "--key",
+            "key of the relay, for example RV003 (default: the key after the last one)", "KEY"},
     SOption{EOptionKind::Choice, "--link", kLinkHelp, kLinkChoices},
-    SOption{EOptionKind::Flag, "--password", "asks for the relay's password, or reads a line of the input"},
+    SOption{EOptionKind::Flag, "--password",
+            "prompt for the relay's password, or read it from standard input if that is not a terminal"},
 };
 constexpr std::array kRemoveOptions{
     SOption{EOptionKind::Positional, "INI", kIniHelp},
-    SOption{EOptionKind::Positional, "KEY", "the relay's key, as RV003, in any letter case"},
+    SOption{EOptionKind::Positional, "KEY", "key of the relay, for example RV003; case does not matter"},
     SOption{EOptionKind::Choice, "--link", kLinkHelp, kLinkChoices},
 };
 
 constexpr std::string_view kAddNotes =
-    "Adds one line and leaves every other byte of the file as it is. Refused is what check would refuse (an\n"
-    "address that is none, a key that is taken), and an address that another relay has.\n"
-    "The file is exchanged as a whole, with the same owner and permissions; what goes wrong leaves it as it "
-    "was.\n"
-    "Exit status: 0, or 1 when nothing was done (or it was, and saying so failed), or 2 for a mistake in "
-    "the\n"
-    "arguments.\n\n"
-    "Example: a relay behind the serial port, then one at an IP address, with its password\n"
-    "  ruvoctl add site.ini 12\n"
-    "  ruvoctl add site.ini 10.20.0.5,2,1 --key RV010 --password";
+    R"(Adds one line; every other byte of the file stays as it is. Refuses an entry that check would refuse (an
+invalid address, a key in use) and an address that another relay has.
+Replaces the file atomically, with the same owner and permissions; on failure it is unchanged.
+Exit status: 0 on success, 1 on failure (file unchanged, or changed but the message could not be written),
+2 on a usage error.
+
+Example: a relay on the serial port, then one at an IP address, with its password
+  ruvoctl add site.ini 12
+  ruvoctl add site.ini 10.20.0.5,2,1 --key RV010 --password)";
 constexpr std::string_view kRemoveNotes =
-    "Takes the relay's line out, and its password unless another section lists that key too. Every other "
-    "byte\n"
-    "stays. The last relay cannot be removed: a run needs one.\n"
-    "Exit status: 0, or 1 when nothing was done (or it was, and saying so failed), or 2 for a mistake in "
-    "the\n"
-    "arguments.\n\n"
-    "Example:\n"
-    "  ruvoctl remove site.ini RV003";
+    R"(Removes the relay's line, and its password unless another section lists the same key. Every other byte of
+the file stays as it is. The last relay cannot be removed, because a run needs at least one.
+Exit status: 0 on success, 1 on failure (file unchanged, or changed but the message could not be written),
+2 on a usage error.
+
+Example:
+  ruvoctl remove site.ini RV003)";
 
 constexpr std::string_view kAddNotice =
-    "ruvoctl add: want INI ADDRESS and, if at all, --key with RV and three digits, --link serial, modem or\n"
-    "ethernet, and --password. A password is never an argument, since other users see the arguments of a\n"
-    "program: it is asked for, or read from the standard input. Example: ruvoctl add site.ini 12 "
-    "--password\n";
+    R"(usage: ruvoctl add INI ADDRESS [--key RVnnn] [--link serial|modem|ethernet] [--password]
+A password is never an argument, because other users can see the arguments of a program: ruvoctl prompts
+for it, or reads it from standard input. Example: ruvoctl add site.ini 12 --password
+)";
 constexpr std::string_view kNoLink =
-    "UseEthernet and UseModem in [RUVO_GENERAL] select no link; want 0 or 1 there (see ruvoctl check), or "
-    "--link";
+    R"(UseEthernet and UseModem in [RUVO_GENERAL] select no link; set both to 0 or 1 (see ruvoctl check), or use --link)";
 
 std::optional<ELink> ChosenLink(const CArguments& arguments, const CIniText& ini) {
     return arguments.Has("--link") ? LinkNamed(arguments.Get("--link")) : SelectedLink(ini);
@@ -88,11 +88,11 @@ SIniPlan PlanAdd(const CArguments& arguments, const CIniText& ini, SConsole& con
             return Refusal(std::string(mistake));
         }
         if (IsEmptyPassword(scrambled)) {
-            return Refusal(std::string(kNoInput) + "; without --password the relay gets none");
+            return Refusal(std::string(kNoInput) + "; omit --password for a relay without a password");
         }
         plan.edits.push_back({std::string(kPasswordsSection), key, scrambled});
     } else if (PasswordOf(ini, key) != EStoredPassword::None) {
-        plan.done += "; it has the password that was stored under this key before";
+        plan.done += "; the password already stored under this key applies to it";
     }
     return plan;
 }
@@ -105,9 +105,10 @@ SIniPlan PlanRemove(const CArguments& arguments, const CIniText& ini) {
     const std::string section(LinkRow(*link).section);
     const std::string key = UpperKey(arguments.Get("KEY"));
     if (ini.FindEntry(section, key) == nullptr) {
-        return Refusal("no such key in " + Bracketed(section) + "; ruvoctl list shows the relays");
+        return Refusal("no such key in " + Bracketed(section) + "; run ruvoctl list to see the relays");
     }
-    bool isLast = SelectedLink(ini) == link && HasValue(ini.FindEntry(section, key)); // else it is no relay
+    bool isLast =
+        SelectedLink(ini) == link && HasValue(ini.FindEntry(section, key)); // else it is not a relay
     bool isElsewhere = false;
     for (const SRelay& relay : ListRelays(ini)) {
         isLast = isLast && (relay.link != *link || relay.key == key);
@@ -115,13 +116,13 @@ SIniPlan PlanRemove(const CArguments& arguments, const CIniText& ini) {
     }
     if (isLast) {
         return Refusal(key + " is the last relay of " + Bracketed(section) +
-                       ", and a run needs one; add another one first");
+                       ", and a run needs at least one; add another one first");
     }
     SIniPlan plan{.edits = {{section, key, std::nullopt}},
                   .done = key + " removed from " + Bracketed(section)};
     if (!isElsewhere && ini.FindEntry(kPasswordsSection, key) != nullptr) {
         plan.edits.push_back({std::string(kPasswordsSection), key, std::nullopt});
-        plan.done += ", and its password";
+        plan.done += "; its password was removed too";
     }
     return plan;
 }
@@ -138,8 +139,7 @@ int RunAdd(const CArguments& arguments, SConsole& console) {
 int RunRemove(const CArguments& arguments, SConsole& console) {
     if (!IsRelayKey(arguments.Get("KEY"))) {
         console.error.Write(
-            "ruvoctl remove: want a key of RV and three digits, as in ruvoctl remove site.ini "
-            "RV003\n");
+            "ruvoctl remove: expected a key of RV and three digits, as in \"ruvoctl remove site.ini RV003\"\n");
         return kExitUsage;
     }
     return EditIniFile(arguments.Get("INI"), console,

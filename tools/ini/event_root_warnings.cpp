@@ -1,4 +1,4 @@
-// What stands in an event root where a run would put its events, and would refuse to.
+// Finds paths in an event root that a run refuses to write.
 #include "tools/ini/diagnostics.h"
 
 #include "paths/path_utilities.h"
@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::string_view kDayFileEnding = ".evt";
 
-/// The folder's entries in the order of their names; none when it cannot be read.
+/// The folder's entries, sorted by name; none if it cannot be read.
 std::vector<SFolderEntry> SortedEntries(const std::string& folder) {
     std::vector<SFolderEntry> entries;
     if (!ListFolder(folder, entries)) {
@@ -26,9 +26,9 @@ std::vector<SFolderEntry> SortedEntries(const std::string& folder) {
 void FindDayFiles(const std::string& folder, std::vector<SDiagnostic>& diagnostics) {
     for (const SFolderEntry& entry : SortedEntries(folder)) {
         if (!entry.isFile && entry.name.ends_with(kDayFileEnding)) {
-            diagnostics.push_back({0, DisplayPath(folder + "\\" + entry.name) +
-                                          " is not a regular file: a relay whose day file this is keeps its "
-                                          "events"});
+            diagnostics.push_back(
+                {0, DisplayPath(folder + "\\" + entry.name) +
+                        " is not a regular file: the relay with this day file keeps its events"});
         }
     }
 }
@@ -43,9 +43,9 @@ std::vector<SDiagnostic> FindUnwritablePlaces(std::string eventRoot) {
         if (entry.isFolder) {
             FindDayFiles(path, diagnostics);
         } else if (IsLink(path) && GetPathKind(path) != EPathKind::File) {
-            diagnostics.push_back(
-                {0, DisplayPath(path) + " is a link: a relay whose folder this is keeps its events; move the "
-                                        "event root as a whole, or mount the other folder here"});
+            diagnostics.push_back({0, DisplayPath(path) +
+                                          " is a symbolic link: the relay with this folder keeps its events; "
+                                          "move the whole event root, or mount the other folder here"});
         }
     }
     return diagnostics;

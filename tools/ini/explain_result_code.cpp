@@ -1,4 +1,4 @@
-// Result codes and the lines behind them.
+// Maps result codes to the lines that cause them.
 #include "tools/ini/diagnostics.h"
 
 #include "config/configuration.h"
@@ -15,31 +15,29 @@ namespace ruvo {
 
 namespace {
 
-/// What is wanted where no line of the file is at fault.
+/// What is expected where no line of the file is the cause.
 struct SElsewhereRow {
     EResultCode code;
     std::string_view text;
 };
 constexpr std::array kElsewhere{
-    SElsewhereRow{EResultCode::IniFileNotOpened,
-                  "want a file that can be read and holds at least one section"},
+    SElsewhereRow{EResultCode::IniFileNotOpened, "expected a readable file with at least one section"},
     SElsewhereRow{EResultCode::CommsServerFailed,
-                  "want the comms server P32LS, registered or beside the program"},
-    SElsewhereRow{
-        EResultCode::RegistryDestinationInvalid,
-        "the registry value Q7SecurityLogs names the folder for events; want one that can be written"},
+                  "expected the comms server P32LS, registered or in the program's folder"},
+    SElsewhereRow{EResultCode::RegistryDestinationInvalid,
+                  "the registry value Q7SecurityLogs names the event folder; expected a writable folder"},
 };
 
 using Diagnostics = std::vector<SDiagnostic>;
 
-/// "KEY=TEXT: ..."; a scrambled password stays where it is.
+/// "KEY=TEXT: ..."; a scrambled password is never shown.
 SDiagnostic EntryDiagnostic(const SIniEntry& entry, std::string_view section, const std::string& text) {
     const bool isSecret = EqualIniNames(section, kPasswordsSection);
     const std::string value = isSecret ? "..." : entry.value.value_or("");
     return {entry.line, entry.key + (entry.value ? "=" + value : "") + ": " + text};
 }
 
-/// For what is not there: the section that it is missing from, or the file when that is missing too.
+/// A missing entry: at its section, or at the file if the section is missing too.
 SDiagnostic MissingDiagnostic(const CIniText& ini, std::string_view section, const std::string& what,
                               const std::string& want) {
     const SIniSection* const found = ini.FindSection(section);
@@ -47,18 +45,18 @@ SDiagnostic MissingDiagnostic(const CIniText& ini, std::string_view section, con
     return {found != nullptr ? found->line : 0, what + place + Bracketed(section) + ": " + want};
 }
 
-/// Which of the things that may be wrong with an event root is. Separators of either kind are understood, so
-/// only what is still there in the full path is at fault.
+/// What is wrong with an event root. Both kinds of separators are valid, so only the absolute path is
+/// examined.
 std::string_view WantEventRoot(const std::string& given) {
     const std::string root =
         FullFolderPath(given.empty() ? std::string(GeneralKey("EventRootDir").defaultText) : given);
     const SPathParts parts = SplitPath(root);
     const std::string behindDrive = parts.folder + parts.name + parts.extension;
     if (!root.empty() && behindDrive.empty()) {
-        return "want a folder below the drive, not the drive alone";
+        return "expected a folder below the drive, not the drive itself";
     }
-    return HasForbiddenCharacter(behindDrive) ? "want a folder without * ? \" < > |"
-                                              : "want a folder that can be made and written";
+    return HasForbiddenCharacter(behindDrive) ? "expected a folder without * ? \" < > |"
+                                              : "expected a folder that can be created and written";
 }
 
 void ExplainKey(const CIniText& ini, const SGeneralKey& key, Diagnostics& diagnostics) {
@@ -66,13 +64,13 @@ void ExplainKey(const CIniText& ini, const SGeneralKey& key, Diagnostics& diagno
     const std::string want =
         key.rule == EKeyRule::EventRoot
             ? std::string(WantEventRoot(entry != nullptr ? entry->value.value_or("") : ""))
-            : "want " + Expectation(key.rule);
+            : "expected " + Expectation(key.rule);
     diagnostics.push_back(
         entry != nullptr ? EntryDiagnostic(*entry, kGeneralSection, want)
                          : MissingDiagnostic(ini, kGeneralSection, "no key " + std::string(key.name), want));
 }
 
-/// Calls `take` with the occurrence that is read of each relay key there is, in key order.
+/// Calls `take` with the effective entry of each relay key, in key order.
 template <class TTake>
 void ForEachRelayEntry(const CIniText& ini, std::string_view section, const TTake& take) {
     for (const std::string& key : RelayKeys(ini.KeyNames(section))) {
@@ -83,7 +81,7 @@ void ForEachRelayEntry(const CIniText& ini, std::string_view section, const TTak
 }
 
 void ExplainEmptySection(const CIniText& ini, const SLinkRow& link, Diagnostics& diagnostics) {
-    const std::string want = "want entries such as " + std::string(link.entryExpected);
+    const std::string want = "expected entries such as " + std::string(link.entryExpected);
     ForEachRelayEntry(ini, link.section, [&](const SIniEntry& entry, const std::string& /*key*/) {
         diagnostics.push_back(EntryDiagnostic(entry, link.section, want));
     });
@@ -96,7 +94,7 @@ void ExplainEntries(const CIniText& ini, ELink link, const SEntryRule& rule, Dia
     const std::string_view section = LinkRow(link).section;
     ForEachRelayEntry(ini, section, [&](const SIniEntry& entry, const std::string& /*key*/) {
         if (entry.value && IsEntry(link, *entry.value) && !rule.accepts(*entry.value)) {
-            diagnostics.push_back(EntryDiagnostic(entry, section, "want " + std::string(rule.expected)));
+            diagnostics.push_back(EntryDiagnostic(entry, section, "expected " + std::string(rule.expected)));
         }
     });
 }
@@ -108,7 +106,7 @@ void ExplainDuplicates(const CIniText& ini, std::string_view section, Diagnostic
         }
         const SIniEntry& second = *ini.FindAll(section, key)[1];
         const auto also = [](const SIniEntry& other) {
-            return "also in line " + std::to_string(other.line) + "; want each key once";
+            return "also on line " + std::to_string(other.line) + "; expected each key only once";
         };
         diagnostics.push_back(EntryDiagnostic(first, section, also(second)));
         diagnostics.push_back(EntryDiagnostic(second, section, also(first)));

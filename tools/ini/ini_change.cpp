@@ -1,5 +1,4 @@
-// Whether an edit did what it should, and nothing else: told from what a reader finds, not from how it was
-// made.
+// Verifies that an edit made the intended change and no other, by comparing what a reader finds.
 #include "tools/ini/ini_document.h"
 
 #include <algorithm>
@@ -11,7 +10,7 @@ namespace ruvo {
 
 namespace {
 
-/// A header (without a key) or an entry; equal rows say the same.
+/// A section header (without a key) or an entry.
 struct SRow {
     std::string section;
     std::optional<std::string> key;
@@ -22,7 +21,7 @@ struct SRow {
 using Rows = std::vector<SRow>;
 using Values = std::vector<std::optional<std::string>>;
 
-/// All that the file says but for the key.
+/// The whole file except the key.
 Rows RowsWithout(const CIniText& ini, const SIniChange& change) {
     Rows rows;
     for (const SIniSection& section : ini.Sections()) {
@@ -44,7 +43,7 @@ Values ValuesOf(const CIniText& ini, const SIniChange& change) {
     return values;
 }
 
-/// How many of the occurrences stand in the section that is read.
+/// How many of the occurrences are in the section that is read.
 std::ptrdiff_t CountInSection(const CIniText& ini, const SIniChange& change) {
     const SIniSection* const section = ini.FindSection(change.section);
     return section == nullptr ? 0 : std::ranges::count_if(section->entries, [&](const SIniEntry& entry) {

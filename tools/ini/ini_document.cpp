@@ -64,7 +64,7 @@ CIniDocument::CIniDocument(std::string bytes)
 
 std::string_view WhyNotReadable(std::string_view bytes) {
     return bytes.starts_with(kBigEndianMark)
-               ? "the file is UTF-16 with the high byte first, which a run cannot read; save it as UTF-8"
+               ? "the file is big-endian UTF-16, which a run cannot read; save it as UTF-8"
                : std::string_view();
 }
 
@@ -73,12 +73,10 @@ std::string_view CIniDocument::WhyNotEditable() const {
         return why;
     }
     if (IsWide(m_bytes) && m_bytes.size() % kWideSize != 0) {
-        return "the file is UTF-16 that ends within a character; save it as UTF-8";
+        return "the file is UTF-16 and ends in the middle of a character; save it as UTF-8";
     }
-    return m_text.find('\0') != std::string::npos
-               ? "the file holds NUL characters, which end a line for its readers "
-                 "but not for its writers; save it as plain text"
-               : std::string_view();
+    return m_text.find('\0') != std::string::npos ? "the file contains NUL characters; save it as plain text"
+                                                  : std::string_view();
 }
 
 void CIniDocument::Set(std::string_view section, std::string_view key, std::string_view value) {

@@ -24,40 +24,38 @@ struct SFailureText {
 };
 constexpr std::array kFailureTexts{
     SFailureText{EAccessFailure::NotFound,
-                 "want an INI file that exists and is a regular file; ruvoctl new makes one"},
-    SFailureText{EAccessFailure::NotWritable, "you may not write the file; do it as its owner, or as root"},
-    SFailureText{
-        EAccessFailure::OtherNames,
-        "the file has a second name (a hard link), under which the old text would live on; remove that "
-        "name first"},
-    SFailureText{EAccessFailure::Exists, "the file exists, and is never overwritten; want another name"},
+                 "the INI file does not exist or is not a regular file; ruvoctl new creates one"},
+    SFailureText{EAccessFailure::NotWritable, "no permission to write the file; run as its owner or as root"},
+    SFailureText{EAccessFailure::OtherNames,
+                 "the file has another hard link, which would keep the old text; remove that link first"},
+    SFailureText{EAccessFailure::Exists, "the file exists and is never overwritten; use another name"},
     SFailureText{EAccessFailure::NotMade,
-                 "no file can be made in that folder; want a folder that exists and can be written"},
-    SFailureText{EAccessFailure::NotLikeOld,
-                 "the new file cannot be given the owner and the permissions of the old one; do it as the "
-                 "file's owner, or as root"},
+                 "cannot create a file in that folder; use an existing, writable folder"},
+    SFailureText{
+        EAccessFailure::NotLikeOld,
+        "cannot give the new file the owner and permissions of the old one; run as the file's owner or as root"},
     SFailureText{EAccessFailure::InUse,
-                 "somebody else edits the file right now; nothing was done, try again"},
+                 "the file is being edited by another process; nothing was changed, try again"},
     SFailureText{EAccessFailure::Changed,
-                 "the file was changed by someone else meanwhile; nothing was done, try again"},
-    SFailureText{EAccessFailure::NotWritten, "the new text could not be written, and nothing was changed"},
-    SFailureText{EAccessFailure::NotExchanged, "the file cannot be exchanged; it is as it was"},
+                 "the file was changed by another process meanwhile; nothing was changed, try again"},
+    SFailureText{EAccessFailure::NotWritten, "cannot write the new text; nothing was changed"},
+    SFailureText{EAccessFailure::NotExchanged, "cannot replace the file; it is unchanged"},
 };
 
 constexpr std::string_view kNotReadable =
-    "the INI file cannot be read; want a text file of 4 MB at most that you may read (ruvoctl new makes one)";
+    "cannot read the INI file; expected a readable text file of at most 4 MB (ruvoctl new creates one)";
 static_assert(kLargestTextFile == std::size_t{4} * 1024 * 1024); // as the two texts say
-constexpr std::string_view kTooLarge = "the file would grow beyond 4 MB, which a run does not read";
+constexpr std::string_view kTooLarge = "the file would grow beyond 4 MB, the most that a run reads";
 constexpr std::string_view kOddLayout =
-    "the file is laid out so that the entry cannot be edited alone; edit it by hand and use ruvoctl check";
+    "the layout of the file does not allow editing this entry alone; edit it by hand and run ruvoctl check";
 int Refuse(SConsole& console, std::string_view why) {
     console.error.Write("ruvoctl: " + std::string(why) + "\n");
     return kExitFailed;
 }
 
-/// What check would say about the file's rules.
+/// The result of checking the file's rules.
 EResultCode RulesCode(const std::string& path) {
-    const CProgramFolder inProgramFolder; // relative paths in the file count from there
+    const CProgramFolder inProgramFolder; // relative paths in the file are resolved there
     CRuvoConfig config;
     const bool isLoaded = LoadConfiguration(path, config);
     config.WipePasswords();
@@ -71,7 +69,7 @@ std::string_view Apply(CIniDocument& document, const SIniEdit& edit) {
     } else {
         document.Remove(edit.section, edit.key);
     }
-    // Read again from the bytes, as a run will.
+    // Parsed again from the bytes, as a run will.
     const CIniDocument after(document.Bytes());
     const SIniChange change{edit.section, edit.key, edit.value ? &*edit.value : nullptr};
     return IsOnlyChange(before, after.Ini(), change) ? std::string_view() : kOddLayout;
@@ -87,7 +85,7 @@ std::string_view ApplyAll(CIniDocument& document, const std::vector<SIniEdit>& e
     return mistake.empty() && document.Bytes().size() > kLargestTextFile ? kTooLarge : mistake;
 }
 
-/// The first line behind a code, with what is wanted there.
+/// The message of a code, and the first line that causes it.
 std::string ResultCodeText(EResultCode code, const CIniText& ini) {
     const std::vector<SDiagnostic> diagnostics = ExplainResultCode(code, ini);
     std::string text(ResultMessage(code));
@@ -106,7 +104,8 @@ int Exchange(const std::string& path, const std::string& oldBytes, const CIniDoc
     }
     const EResultCode after = RulesCode(exchange.NewPath());
     if (after != EResultCode::Success && RulesCode(path) == EResultCode::Success) {
-        return Refuse(console, "that would make check fail: " + ResultCodeText(after, document.Ini()));
+        return Refuse(console,
+                      "the file would no longer pass check: " + ResultCodeText(after, document.Ini()));
     }
     result = exchange.Commit(oldBytes);
     if (!result.Good()) {

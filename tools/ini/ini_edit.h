@@ -23,7 +23,7 @@ struct SIniEdit {
 struct SIniPlan {
     std::vector<SIniEdit> edits = {}; ///< may be none
     std::string done = {};            ///< what is said once it is done
-    std::string refusal = {};         ///< why nothing is done, and what is wanted; never holds what was typed
+    std::string refusal = {};         ///< why nothing is changed; never contains what was typed
 };
 using MakeIniPlan = std::function<SIniPlan(const CIniText& ini)>;
 

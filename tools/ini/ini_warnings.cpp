@@ -1,4 +1,4 @@
-// What loading passes over in silence.
+// Warns of what loading silently ignores.
 #include "config/configuration.h"
 #include "config/scramble.h"
 #include "platform/ini_text.h"
@@ -45,32 +45,32 @@ bool IsLogNamedAsIni(const SIniSection& section, const SIniEntry& entry) {
            EqualIniNames(path.substr(path.size() - kExtension.size()), kExtension);
 }
 
-/// An entry that loading passes over. (An empty one of Ethernet is meant so.)
+/// An entry that loading ignores. (An empty entry of Ethernet is intentional.)
 std::optional<std::string> RelayWarning(ELink link, const SIniEntry& entry) {
     const std::string text = entry.value.value_or("");
     if (IsEntry(link, text) || link == ELink::Ethernet) {
         return std::nullopt;
     }
-    return entry.key + ": passed over; " + WantInstead(link, text);
+    return entry.key + ": ignored; " + WantInstead(link, text);
 }
 
-/// What is odd about a key that is read; none for one that is fine. The text of a password is never told.
+/// A warning about an entry; none if it is fine. A password is never shown.
 std::optional<std::string> EntryWarning(const CIniText& ini, const SIniSection& section,
                                         const SIniEntry& entry) {
     if (entry.key.starts_with('[')) {
-        return std::nullopt; // told as what it is
+        return std::nullopt; // reported by CheckHeaders
     }
     if (IsLogNamedAsIni(section, entry)) {
         return std::string(GeneralKey("ErrorLogPathname").name) +
-               ": an INI file, to which the error log would be written; want another name";
+               ": names an INI file, which the error log would overwrite; use another name";
     }
     if (EqualIniNames(section.name, kGeneralSection)) {
         return FindGeneralKey(entry.key) != nullptr
                    ? std::nullopt
-                   : std::optional(entry.key + ": no key of [RUVO_GENERAL], not read");
+                   : std::optional(entry.key + ": unknown key in [RUVO_GENERAL], ignored");
     }
     if (!IsRelayKey(entry.key)) {
-        return entry.key + ": not read; want RV and three digits";
+        return entry.key + ": ignored; expected a key of RV and three digits";
     }
     if (const SLinkRow* const link = LinkOfSection(section.name)) {
         return RelayWarning(static_cast<ELink>(link - kLinks.data()), entry);
@@ -79,23 +79,25 @@ std::optional<std::string> EntryWarning(const CIniText& ini, const SIniSection& 
         return std::nullopt; // no password: none is used
     }
     if (!IsScrambledText(*entry.value)) {
-        return entry.key + ": no scrambled password; want the 22 characters that scrambling gives";
+        return entry.key +
+               ": not a scrambled password; expected the 22 characters that \"ruvoctl password encrypt\" prints";
     }
     return HasDeviceEntry(ini, entry.key)
                ? std::nullopt
-               : std::optional(entry.key + ": a password for a relay that no section lists");
+               : std::optional(entry.key + ": password for a relay that no section lists");
 }
 
-/// The lines below it then count for the section before, or for none.
+/// The lines after such a line belong to the section before it, or to none.
 void CheckHeaders(const SIniSection& section, Diagnostics& diagnostics) {
     for (const SIniEntry& entry : section.entries) {
         if (entry.key.starts_with('[')) {
-            diagnostics.push_back({entry.line, entry.key + ": begins no section; want a \"]\" at its end"});
+            diagnostics.push_back(
+                {entry.line, entry.key + ": not a section header; expected \"]\" at the end"});
         }
     }
 }
 
-/// A relay that two keys name is visited twice; the second key's password may be another one.
+/// A relay with two keys is visited twice, the second time perhaps with another password.
 void CheckAddresses(const CIniText& ini, const SIniSection& section, Diagnostics& diagnostics) {
     std::map<RelayAddress, const SIniEntry*> seen;
     for (std::size_t link = 0; link < kLinks.size(); ++link) {
@@ -110,9 +112,9 @@ void CheckAddresses(const CIniText& ini, const SIniSection& section, Diagnostics
             }
             const auto [first, isNew] = seen.try_emplace(AddressOf(kind, *entry.value), &entry);
             if (!isNew) {
-                diagnostics.push_back({entry.line, entry.key + ": the address of " + first->second->key +
-                                                       " in line " + std::to_string(first->second->line) +
-                                                       "; the relay is visited twice"});
+                diagnostics.push_back({entry.line, entry.key + ": same address as " + first->second->key +
+                                                       " on line " + std::to_string(first->second->line) +
+                                                       "; the relay would be visited twice"});
             }
         }
     }
@@ -138,12 +140,12 @@ std::vector<SDiagnostic> FindWarnings(const CIniText& ini) {
         const std::string shown = "[" + section.name + "]";
         CheckHeaders(section, diagnostics);
         if (isKnown && ini.FindSection(section.name) != &section) {
-            diagnostics.push_back({section.line, shown + ": a second section of this name is never read"});
+            diagnostics.push_back({section.line, shown + ": second section of this name, ignored"});
         } else if (isKnown) {
             CheckEntries(ini, section, diagnostics);
             CheckAddresses(ini, section, diagnostics);
         } else if (EqualIniNames(std::string_view(section.name).substr(0, kOwnPrefix.size()), kOwnPrefix)) {
-            diagnostics.push_back({section.line, shown + ": a section of this name is not read"});
+            diagnostics.push_back({section.line, shown + ": unknown section, ignored"});
         }
     }
     std::ranges::stable_sort(diagnostics, {}, &SDiagnostic::line);

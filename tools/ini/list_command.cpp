@@ -1,4 +1,4 @@
-// ruvoctl list: the relays of an INI file.
+// ruvoctl list: lists the relays of an INI file.
 #include "base/text.h"
 #include "config/ethernet_entry.h"
 #include "platform/full_path.h"
@@ -17,18 +17,19 @@ namespace ruvo {
 namespace {
 
 constexpr std::array kOptions{
-    SOption{EOptionKind::Positional, "INI", "the INI file; a relative path counts from the current folder"},
-    SOption{EOptionKind::Choice, "--format",
-            "text (default) for reading, json: an object a line for each relay", "text|json", "text"},
+    SOption{EOptionKind::Positional, "INI",
+            "INI file; a relative path is resolved against the current folder"},
+    SOption{EOptionKind::Choice, "--format", "text (default) or json (one object per line for each relay)",
+            "text|json", "text"},
 };
 
 constexpr std::string_view kNotes =
-    "Lists the relays in the order of a visit: those of the link that the file selects, then those of the "
-    "other\n"
-    "sections, which are not visited. Passwords are not shown: \"stored\" says that a run has one to use.\n"
-    "Exit status: 0, or 1 when the file cannot be read, or 2 for a mistake in the arguments.\n\n"
-    "Example: the keys of the relays without a password\n"
-    "  ruvoctl list --format json site.ini | jq -r 'select(.password == \"none\").key'";
+    R"(Lists the relays in the order of a visit: first those of the link that the file selects, then those of
+the other sections, which are not visited. Passwords are not shown; "stored" means that a run has one.
+Exit status: 0 on success, 1 if the file cannot be read, 2 on a usage error.
+
+Example: the keys of the relays without a password
+  ruvoctl list --format json site.ini | jq -r 'select(.password == "none").key')";
 
 /// In the order of EStoredPassword.
 constexpr std::array<std::string_view, 3> kPasswordWords{"none", "stored", "unusable"};
@@ -70,7 +71,8 @@ void PrintText(const std::vector<SRelay>& relays, std::optional<ELink> selected,
         AppendRow(out.Text(), row, widths);
     }
     if (!selected) {
-        out.Write("UseEthernet and UseModem select no link, so no relay is visited: want 0 or 1 there\n");
+        out.Write(
+            "UseEthernet and UseModem select no link, so no relay is visited; expected 0 or 1 for both\n");
     }
 }
 
@@ -110,7 +112,7 @@ int RunList(const CArguments& arguments, SConsole& console) {
     const std::string path = FullPath(typed);
     std::string bytes;
     const std::string_view why = path.empty() || !ReadTextFileBytes(path, bytes)
-                                     ? "cannot be read; want an INI file, which ruvoctl new makes"
+                                     ? "cannot read the file; ruvoctl new creates an INI file"
                                      : WhyNotReadable(bytes);
     if (!why.empty()) {
         console.error.Write("ruvoctl: " + EscapeControls(SystemTextToUtf8(typed)) + ": " + std::string(why) +

@@ -1,4 +1,4 @@
-// ruvoctl new: an INI file for a site.
+// ruvoctl new: creates an INI file for a site.
 #include "app/load_and_check.h"
 #include "config/configuration.h"
 #include "paths/path_utilities.h"
@@ -19,59 +19,57 @@ namespace ruvo {
 namespace {
 
 constexpr std::array kOptions{
-    SOption{EOptionKind::Positional, "SITE.ini", "the file to make; its name without .ini names the site"},
-    SOption{EOptionKind::Choice, "--link", "how the relays are reached", kLinkChoices},
+    SOption{EOptionKind::Positional, "SITE.ini", "file to create; its name without .ini is the site name"},
+    SOption{EOptionKind::Choice, "--link", "link to the relays", kLinkChoices},
     SOption{EOptionKind::Repeated, "--relay",
-            "a relay, once for each: its device address, for Ethernet IP,device or IP,device,bus; with "
-            "RV003= before it under that key",
+            "add a relay (repeatable): device address, or for Ethernet IP,device or IP,device,bus; "
+            "prefix RV003= to choose its key",
             "ADDRESS"},
-    SOption{EOptionKind::Text, "--port", "serial link: the port; without it COM1", "PORT"},
-    SOption{EOptionKind::Choice, "--baud", "serial link: the speed; without it 9600", kBaudRates},
-    SOption{EOptionKind::Text, "--modem", "modem link: the name of the modem", "NAME"},
-    SOption{EOptionKind::Text, "--number", "modem link: the telephone number", "NUMBER"},
-    SOption{EOptionKind::Text, "--events", "the folder for events, instead of the usual one", "FOLDER"},
-    SOption{EOptionKind::Text, "--log", "the error log, instead of the usual one", "FILE"},
+    SOption{EOptionKind::Text, "--port", "serial link: port (default: COM1)", "PORT"},
+    SOption{EOptionKind::Choice, "--baud", "serial link: baud rate (default: 9600)", kBaudRates},
+    SOption{EOptionKind::Text, "--modem", "modem link: name of the modem", "NAME"},
+    SOption{EOptionKind::Text, "--number", "modem link: telephone number", "NUMBER"},
+    SOption{EOptionKind::Text, "--events", "event folder (default: see below)", "FOLDER"},
+    SOption{EOptionKind::Text, "--log", "error log (default: see below)", "FILE"},
     SOption{
         EOptionKind::Flag, "--passwords",
-        "asks for a password for each --relay, or reads a line of the input for each; an empty one is none"},
+        "prompt for the password of each --relay, or read one line of standard input for each; empty for none"},
 };
 
 // As the help of --port and --baud says.
 static_assert(GeneralKey("CommPort").defaultText == "COM1" && GeneralKey("BaudRate").defaultText == "9600");
 
 constexpr std::string_view kNotes =
-    "Asks for what the options leave open; with --link and --relay nothing is asked. The file has comments, "
-    "passes\n"
-    "check, and is readable by its owner alone, or also by the group ruvo in a folder of that group; on "
-    "Windows the\n"
-    "folder's permissions decide. A file that exists is never overwritten, and one in /etc/ruvo must have a "
-    "name that\n"
-    "its timer can have too. Its paths are full ones: events go to\n"
-    "/var/lib/ruvo/SITE and problems to /var/log/ruvo/SITE.log where those folders exist and can be written, "
-    "else to\n"
-    "SITE and SITE.log beside the file.\n"
-    "Exit status: 0, or 1 when no file was made (or it was, and saying so failed), or 2 for a mistake in "
-    "the\n"
-    "arguments.\n\n"
-    "Example: asking, then without a question\n"
-    "  ruvoctl new /etc/ruvo/north.ini\n"
-    "  ruvoctl new /etc/ruvo/south.ini --link ethernet --relay 10.20.0.5,2,1 --relay 10.20.0.6,2";
+    R"(Prompts for values that no option gives; with --link and --relay it does not prompt. The new file has
+comments and passes check. Only its owner can read it; in a folder of the group ruvo, that group can too;
+on Windows the permissions of the folder apply. An existing file is never overwritten. A file in /etc/ruvo
+needs a name that is valid for its timer.
+All paths in the file are absolute. The defaults are /var/lib/ruvo/SITE for events and
+/var/log/ruvo/SITE.log for the error log if those folders exist and are writable, else SITE and SITE.log
+next to the file.
+Exit status: 0 on success, 1 on failure (no file created, or created but the message could not be
+written), 2 on a usage error.
+
+Example: with prompts, then without
+  ruvoctl new /etc/ruvo/north.ini
+  ruvoctl new /etc/ruvo/south.ini --link ethernet --relay 10.20.0.5,2,1 --relay 10.20.0.6,2)";
 
 constexpr std::string_view kNotice =
-    "ruvoctl new: want SITE.ini, and --link serial, modem or ethernet with a --relay for each relay (and "
-    "--modem\n"
-    "for a modem) where there is no terminal to ask at; ruvoctl new --help tells the rest.\n"
-    "A password is never an argument, since other users see the arguments of a program: it is asked for, or "
-    "read\nfrom the standard input. Example: ruvoctl new site.ini --link serial --relay 12 --passwords\n";
+    R"(usage: ruvoctl new SITE.ini --link serial|modem|ethernet --relay ADDRESS...
+Without --link or --relay, ruvoctl prompts, for which standard input must be a terminal; a modem link needs
+--modem. See ruvoctl new --help.
+A password is never an argument, because other users can see the arguments of a program: ruvoctl prompts
+for it, or reads it from standard input. Example: ruvoctl new site.ini --link serial --relay 12 --passwords
+)";
 
 constexpr std::string_view kReaders = "ruvo"; // the group that runs of a packaged installation have
 constexpr std::string_view kScheduledSites = R"(C:\etc\ruvo\)";
 constexpr std::string_view kUsualEvents = R"(C:\var\lib\ruvo)";
 constexpr std::string_view kUsualLogs = R"(C:\var\log\ruvo)";
 
-/// Where a new file and what it names go.
+/// The location of a new file.
 struct SPlace {
-    std::string path;   ///< full
+    std::string path;   ///< absolute
     std::string folder; ///< with its separator
     std::string site;
 };
@@ -81,29 +79,28 @@ int Fail(SConsole& console, std::string_view why) {
     return kExitFailed;
 }
 
-/// A run takes a file of such a name alone from its command line.
+/// A run accepts only such a name on its command line.
 bool HasIniExtension(const SPathParts& parts) {
     return parts.extension.size() == 4 && EqualIniNames(parts.extension, ".ini");
 }
 
-/// True for a name that a site's timer can have as it is.
+/// True for a name that is valid in the name of a timer.
 bool CanBeScheduled(const std::string& site) {
     constexpr std::string_view kPlain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_-.";
     return site.find_first_not_of(kPlain) == std::string::npos && site.front() != '-';
 }
 
-/// Why no file can be made there; empty when one can.
+/// Why no file can be created there; empty if one can.
 std::string FindPlace(const std::string& typed, SPlace& place) {
     place.path = FullPath(typed);
     const SPathParts parts = SplitPath(place.path);
     place.folder = parts.drive + parts.folder;
     place.site = parts.name;
     if (!HasIniExtension(parts) || place.site.empty()) {
-        return "want a file whose name ends in .ini, since a run takes no other";
+        return "expected a file name that ends in .ini; a run accepts no other";
     }
     if (place.folder == kScheduledSites && !CanBeScheduled(place.site)) {
-        return "want a name that the site's timer can have too: of letters A to Z, digits, \"_\", \"-\" and "
-               "\".\", and without \"-\" in front";
+        return "expected a name that is valid for the timer: letters A to Z, digits, \"_\", \"-\" and \".\", not starting with \"-\"";
     }
     if (GetPathKind(place.path) != EPathKind::Missing || IsLink(place.path)) {
         return AccessFailureText({EAccessFailure::Exists, 0});
@@ -111,13 +108,13 @@ std::string FindPlace(const std::string& typed, SPlace& place) {
     return DirectoryExists(place.folder) ? std::string() : AccessFailureText({EAccessFailure::NotMade, 0});
 }
 
-/// In the usual folder of the machine, where there is one, else beside the file.
+/// In the standard folder of the machine, if it exists, else next to the file.
 std::string UsualPath(const SPlace& place, std::string_view folder, const std::string& name) {
     const std::string usual(folder);
     return DirectoryExists(usual) && CanWriteInFolder(usual) ? usual + "\\" + name : place.folder + name;
 }
 
-/// As it is written into the file: relative ones count from the current folder here, but not in a run.
+/// The path for the file: a relative one is resolved against the current folder here, but not in a run.
 std::string ChosenPath(const CArguments& arguments, std::string_view option, const std::string& usual) {
     return SystemPath(FullPath(arguments.Has(option) ? arguments.Get(option) : usual));
 }
@@ -135,7 +132,7 @@ bool HasForeignOption(const CArguments& arguments, ELink link) {
     return false;
 }
 
-/// Takes the options, and asks for the rest where that is wanted. False when something stays open.
+/// Reads the options, and prompts for the rest if requested. False if something is still missing.
 bool FillSite(const CArguments& arguments, SConsole& console, bool asks, SNewSite& site) {
     const std::optional<ELink> link =
         arguments.Has("--link") ? LinkNamed(arguments.Get("--link")) : AskLink(console);
@@ -143,7 +140,7 @@ bool FillSite(const CArguments& arguments, SConsole& console, bool asks, SNewSit
         return false;
     }
     if (HasForeignOption(arguments, *link)) {
-        Fail(console, "an option that goes with another link was given");
+        Fail(console, "an option belongs to another link");
         return false;
     }
     site.link = *link;
@@ -162,14 +159,14 @@ bool FillSite(const CArguments& arguments, SConsole& console, bool asks, SNewSit
     return true;
 }
 
-/// What is wrong with a relay of the options; empty for nothing.
+/// Adds a relay of the options. A readable reason on failure; empty on success.
 std::string AddRelay(const std::string& typed, bool takesPassword, ELink link, SConsole& console,
                      CIniDocument& document) {
     const std::size_t equals = typed.find('=');
     const bool hasKey = equals != std::string::npos;
     const std::string address = typed.substr(hasKey ? equals + 1 : 0);
     if (hasKey && !IsRelayKey(typed.substr(0, equals))) {
-        return "--relay: want RV and three digits before \"=\", as in RV003=12";
+        return "--relay: expected RV and three digits before \"=\", as in RV003=12";
     }
     const std::string key = hasKey ? UpperKey(typed.substr(0, equals)) : FreeKey(document.Ini()).value_or("");
     if (std::string why = WhyNotAdded(document.Ini(), link, key, address); !why.empty()) {
@@ -191,7 +188,7 @@ std::string AddRelays(const CArguments& arguments, ELink link, SConsole& console
 }
 
 int ReportRefusal(EResultCode code, const CIniText& ini, SConsole& console) {
-    Fail(console, "no file was made, since check would refuse it: " + std::string(ResultMessage(code)));
+    Fail(console, "no file created, because check would refuse it: " + std::string(ResultMessage(code)));
     for (const SDiagnostic& diagnostic : ExplainResultCode(code, ini)) {
         Fail(console, diagnostic.text);
     }
@@ -205,8 +202,8 @@ EResultCode CheckCode(const std::string& path) {
     return code;
 }
 
-/// Makes the file on trial under another name, to tell what is wrong with the places before anything is
-/// typed. True when nothing is.
+/// Creates the file under a temporary name, to report wrong paths before the user types anything. True if
+/// none is wrong.
 bool TryPlaces(const SPlace& place, const SNewSite& site, SConsole& console) {
     constexpr std::array kOfPlaces{EResultCode::EventRootInvalid, EResultCode::RegistryDestinationInvalid,
                                    EResultCode::LogFileNotWritable};
@@ -226,12 +223,12 @@ bool TryPlaces(const SPlace& place, const SNewSite& site, SConsole& console) {
     return false;
 }
 
-/// As it is typed at a shell.
+/// As typed in a shell.
 std::string Quoted(const std::string& file) {
     return file.find_first_of(" \t") == std::string::npos ? file : "\"" + file + "\"";
 }
 
-/// Writes the file, and takes it back unless check would be content with it.
+/// Writes the file, and removes it again if it does not pass check.
 int WriteSite(const SPlace& place, const CIniDocument& document, const std::string& typed,
               SConsole& console) {
     const SAccessResult written = WriteNewPrivateFile(place.path, document.Bytes(), kReaders);
@@ -243,9 +240,9 @@ int WriteSite(const SPlace& place, const CIniDocument& document, const std::stri
         return ReportRefusal(code, document.Ini(), console);
     }
     const std::string file = EscapeControls(SystemTextToUtf8(typed));
-    console.out.Write(file + ": made, with " + std::to_string(ListRelays(document.Ini()).size()) +
-                      " relays.\nNext: ruvoctl check " + Quoted(file) + ", then ruvoctl test " +
-                      Quoted(file) + " KEY for one of them.\n");
+    console.out.Write(file + ": created with " + std::to_string(ListRelays(document.Ini()).size()) +
+                      " relays.\nNext: run ruvoctl check " + Quoted(file) + ", then ruvoctl test " +
+                      Quoted(file) + " KEY for one of the relays.\n");
     return kExitGood;
 }
 
@@ -265,24 +262,24 @@ int RunNew(const CArguments& arguments, SConsole& console) {
     site.events = ChosenPath(arguments, "--events", UsualPath(place, kUsualEvents, place.site));
     site.log = ChosenPath(arguments, "--log", UsualPath(place, kUsualLogs, place.site + ".log"));
     if (HasIniExtension(SplitPath(site.log))) {
-        return Fail(console, "--log: an INI file cannot be the error log; want another name");
+        return Fail(console, "--log: an INI file cannot be the error log; use another name");
     }
     if (!TryPlaces(place, site, console)) {
         return kExitFailed;
     }
     if (!FillSite(arguments, console, asks, site)) {
-        console.error.Write(asks ? "\nruvoctl: no file was made\n" : kNotice);
+        console.error.Write(asks ? "\nruvoctl: no file created\n" : kNotice);
         return asks ? kExitFailed : kExitUsage;
     }
     CIniDocument document(NewSiteText(site));
     if (const std::string key = UnreadableEntry(site, document.Ini()); !key.empty()) {
-        return Fail(console, key + ": want a text of " + std::to_string(kLongestText) +
-                                 " characters at most, without control characters and "
-                                 "without blanks or quotes around it; for a path a full one");
+        return Fail(console, key + ": expected at most " + std::to_string(kLongestText) +
+                                 " characters, without control characters and without surrounding "
+                                 "blanks or quotes; a path must be absolute");
     }
     if (!arguments.Has("--relay")) {
         return AskRelays(console, site.link, document) ? WriteSite(place, document, typed, console)
-                                                       : Fail(console, "no file was made");
+                                                       : Fail(console, "no file created");
     }
     const std::string why = AddRelays(arguments, site.link, console, document);
     return why.empty() ? WriteSite(place, document, typed, console) : Fail(console, why);
@@ -291,7 +288,7 @@ int RunNew(const CArguments& arguments, SConsole& console) {
 } // namespace
 
 SCommand NewCommand() {
-    return {"new", "Make an INI file for a site", kNotes, kOptions, RunNew, kNotice};
+    return {"new", "Create an INI file for a site", kNotes, kOptions, RunNew, kNotice};
 }
 
 } // namespace ruvo

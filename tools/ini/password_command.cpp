@@ -1,4 +1,4 @@
-// ruvoctl password: relay passwords into the INI file, and to and from their scrambled form.
+// ruvoctl password: stores relay passwords in the INI file, and converts to and from their scrambled form.
 #include "base/secret.h"
 #include "base/text.h"
 #include "config/configuration.h"
@@ -21,40 +21,42 @@ constexpr std::string_view kBlanks = " \t";
 constexpr std::array kOptions{
     SOption{
         EOptionKind::Positional, kAction,
-        "to store a relay's password in an INI file or take it away, to scramble a password, or to turn a "
-        "scrambled text back"},
-    SOption{EOptionKind::Optional, "INI", "for set and clear: the INI file"},
-    SOption{EOptionKind::Optional, "KEY", "for set and clear: the relay's key, as RV003"},
-    SOption{EOptionKind::Text, "--key",
-            "the relay's entry, as RV003: encrypt prints a line for the INI file, decrypt wants one of that "
-            "entry",
-            "KEY"},
+        "store or remove a relay's password in an INI file; scramble a password, or print a scrambled one in plain text"},
+    SOption{EOptionKind::Optional, "INI", "for set and clear: INI file"},
+    SOption{EOptionKind::Optional, "KEY", "for set and clear: key of the relay, for example RV003"},
+    SOption{
+        EOptionKind::Text, "--key",
+        "key of the relay, for example RV003: encrypt prints a line for the INI file, decrypt accepts only a line with this key",
+        "KEY"},
 };
 
 constexpr std::string_view kNotes =
-    "The password, or the scrambled text, is asked for without showing it; where the standard input is no\n"
-    "terminal it is one line of it. decrypt also takes a whole line of the INI file. A password has 0 to 8\n"
-    "characters; for encrypt a character beyond ASCII counts for each of its bytes, set takes none.\n"
-    "set and clear change one line; every other byte, the owner and the permissions of the file stay.\n"
-    "Exit status: 0, or 1 when the text is not usable or nothing was done (or it was, and saying so failed), "
-    "or\n"
-    "2 for a mistake in the arguments.\n\n"
-    "Examples: the password of relay RV003, typed, then one from a password store; a line to copy\n"
-    "  ruvoctl password set site.ini RV003\n"
-    "  pass show relays/RV003 | ruvoctl password set site.ini RV003\n"
-    "  ruvoctl password encrypt --key RV003";
+    R"(Prompts without echo for the password or scrambled text; if standard input is not a terminal, reads one
+line from it. decrypt also accepts a whole line of the INI file. A password has 0 to 8 characters. set
+accepts only ASCII; encrypt accepts any bytes, each of which counts as a character.
+set and clear change one line; every other byte, the owner and the permissions of the file stay as they
+are.
+Exit status: 0 on success, 1 on failure (unusable text, or file unchanged, or changed but the message
+could not be written), 2 on a usage error.
+
+Examples: store the password of RV003, typed, then from a password store; print a line to copy
+  ruvoctl password set site.ini RV003
+  pass show relays/RV003 | ruvoctl password set site.ini RV003
+  ruvoctl password encrypt --key RV003)";
 
 constexpr std::string_view kNotice =
-    "ruvoctl password: want set or clear with INI and KEY, as in ruvoctl password set site.ini RV003, or "
-    "encrypt or\ndecrypt and, if at all, --key with RV and three digits.\n"
-    "A password is never an argument, since other users see the arguments of a program: it is asked for, or "
-    "read\nfrom the standard input.\n";
+    R"(usage: ruvoctl password set|clear INI KEY
+       ruvoctl password encrypt|decrypt [--key KEY]
+KEY is RV and three digits. A password is never an argument, because other users can see the arguments of a
+program: ruvoctl prompts for it, or reads it from standard input.
+)";
 
-constexpr Mistake kNoEntry = "want a scrambled text, or its line of the INI file as RV003=...";
-constexpr Mistake kOtherEntry = "this is not the line of the entry that --key names";
-constexpr Mistake kNotScrambled = "no scrambled text: want the 22 characters that scrambling gives";
+constexpr Mistake kNoEntry = "expected a scrambled password, or its line of the INI file (RV003=...)";
+constexpr Mistake kOtherEntry = "this is not the line of the key given with --key";
+constexpr Mistake kNotScrambled =
+    "not a scrambled password; expected the 22 characters that \"ruvoctl password encrypt\" prints";
 constexpr Mistake kUnreadable =
-    "the text gives no readable password: a digit is wrong, or another key table made it";
+    "the text does not decrypt to a password: a digit is wrong, or another key table was used";
 
 Mistake Encrypt(const std::string& key, SConsole& console) {
     std::string scrambled;
@@ -65,7 +67,7 @@ Mistake Encrypt(const std::string& key, SConsole& console) {
     return mistake;
 }
 
-/// Leaves the scrambled text of a line that may be one of the INI file.
+/// Reduces a line of the INI file to its scrambled text.
 Mistake ParseEntry(const std::string& wantedKey, std::string_view& line) {
     line = Trim(line, kBlanks);
     const std::size_t equals = line.find('=');
@@ -80,7 +82,7 @@ Mistake ParseEntry(const std::string& wantedKey, std::string_view& line) {
     return wantedKey.empty() || UpperKey(key) == wantedKey ? Mistake() : kOtherEntry;
 }
 
-/// Scrambling fills a short password up with zeros. Where others stand, the text is not what it was.
+/// Scrambling pads a short password with zeros. Other padding means that the text was altered.
 bool HasZerosBehind(std::size_t length, std::string_view scrambled) {
     constexpr std::size_t kLengthAt = 1;
     CSecret asLongest(scrambled);
@@ -91,8 +93,7 @@ bool HasZerosBehind(std::size_t length, std::string_view scrambled) {
                        [](char c) { return c == '\0'; });
 }
 
-/// Takes what a run would take, unless no password can have given it; says where scrambling writes no such
-/// text.
+/// Accepts what a run accepts, unless it cannot be a password; warns if scrambling never writes such a text.
 Mistake PrintPassword(const char* scrambled, SConsole& console) {
     CSecret plain(kMaxPasswordLength, '\0');
     if (UnscramblePassword(scrambled, plain.Data()) != 0) {
@@ -103,7 +104,7 @@ Mistake PrintPassword(const char* scrambled, SConsole& console) {
         return kUnreadable;
     }
     if (!IsScrambledText(scrambled)) {
-        console.error.Write("ruvoctl: warning: scrambling writes no such text; read as a run reads it\n");
+        console.error.Write("ruvoctl: warning: not a text that ruvoctl writes; decrypted as a run does\n");
     }
     console.out.WriteSecret(password);
     console.out.Write("\n");
@@ -120,14 +121,14 @@ Mistake Decrypt(const std::string& key, SConsole& console) {
     if (const Mistake mistake = ParseEntry(key, entry); !mistake.empty()) {
         return mistake;
     }
-    const CSecret scrambled(entry); // with a NUL behind it
+    const CSecret scrambled(entry); // NUL-terminated
     return PrintPassword(scrambled.Text(), console);
 }
 
 SIniPlan PlanSet(const CIniText& ini, const std::string& key, SConsole& console) {
     const auto relays = ListRelays(ini);
     if (std::ranges::find(relays, key, &SRelay::key) == relays.end()) {
-        return {.refusal = "no section lists a relay under " + key + "; ruvoctl add adds it first"};
+        return {.refusal = "no section lists a relay under " + key + "; add it first with ruvoctl add"};
     }
     std::string scrambled;
     const Mistake mistake =
@@ -136,7 +137,7 @@ SIniPlan PlanSet(const CIniText& ini, const std::string& key, SConsole& console)
         return {.refusal = std::string(mistake)};
     }
     if (IsEmptyPassword(scrambled)) {
-        return {.refusal = std::string(kNoInput) + "; ruvoctl password clear takes a password away"};
+        return {.refusal = std::string(kNoInput) + "; ruvoctl password clear removes a password"};
     }
     return {.edits = {{std::string(kPasswordsSection), key, scrambled}},
             .done = "password of " + key + " stored"};
@@ -144,10 +145,10 @@ SIniPlan PlanSet(const CIniText& ini, const std::string& key, SConsole& console)
 
 SIniPlan PlanClear(const CIniText& ini, const std::string& key, SConsole& /*console*/) {
     if (ini.FindEntry(kPasswordsSection, key) == nullptr) {
-        return {.done = "no password of " + key + " was stored"};
+        return {.done = "no password was stored for " + key};
     }
     return {.edits = {{std::string(kPasswordsSection), key, std::nullopt}},
-            .done = "password of " + key + " taken away"};
+            .done = "password of " + key + " removed"};
 }
 
 struct SAction {
@@ -198,7 +199,7 @@ int RunPassword(const CArguments& arguments, SConsole& console) {
 } // namespace
 
 SCommand PasswordCommand() {
-    return {"password",  "Store a relay's password, scramble one, or read it back",
+    return {"password",  "Store, remove, scramble or unscramble a relay's password",
             kNotes,      kOptions,
             RunPassword, kNotice};
 }

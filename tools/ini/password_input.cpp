@@ -13,13 +13,12 @@ namespace ruvo {
 
 namespace {
 
-constexpr Mistake kNotTheSame = "the two passwords are not the same";
+constexpr Mistake kNotTheSame = "the passwords do not match";
 constexpr Mistake kTooLong = "the password has more than 8 characters";
-constexpr Mistake kControls = "a password cannot hold control characters";
-constexpr Mistake kBeyondAscii = "a relay knows letters, digits, signs and blanks of ASCII; other characters "
-                                 "would reach it as other bytes";
+constexpr Mistake kControls = "a password cannot contain control characters";
+constexpr Mistake kBeyondAscii = "a relay password can contain only ASCII characters";
 
-/// Enough to tell any line that is too long from one that is not.
+/// Long enough to detect a line that is too long.
 constexpr std::size_t kLongestLine = kLongestHiddenLine;
 
 bool IsBeyondAscii(char c) {
@@ -66,7 +65,7 @@ Mistake ReadPassword(SConsole& console, std::string_view prompt, std::string& pa
     if (console.inIsTerminal) {
         std::string again;
         const CWipeAtScopeEnd wipe(again);
-        if (!ReadSecret(console, "The same again: ", again)) {
+        if (!ReadSecret(console, "Password again: ", again)) {
             return kNoInput;
         }
         if (again != password) {

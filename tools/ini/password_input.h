@@ -1,5 +1,5 @@
-// Passwords on their way from a person or a pipe to their scrambled form. They are never arguments, since
-// other users see the arguments of a program.
+// Reads passwords from a terminal or a pipe and scrambles them. They are never arguments, because other users
+// can see the arguments of a program.
 #pragma once
 
 #include "config/scramble.h"
@@ -10,28 +10,28 @@
 
 namespace ruvo {
 
-/// What is wrong, for people; an empty text stands for nothing. None of them may repeat what was typed.
+/// A readable error; empty for none. It must never repeat what was typed.
 using Mistake = std::string_view;
 
 inline constexpr Mistake kNoInput = "nothing was entered";
 
-/// One line: typed after the prompt without being shown, or of the standard input where that is no terminal.
-/// The caller wipes it. False when there is none.
+/// Reads one line: after a prompt without echo, or from standard input if it is not a terminal. The caller
+/// wipes it. False at the end of input.
 bool ReadSecret(SConsole& console, std::string_view prompt, std::string& line);
 
-/// A password of 0 to 8 characters, typed twice at a terminal: a person cannot see what was typed.
+/// Reads a password of 0 to 8 characters; at a terminal twice, because it is not echoed.
 Mistake ReadPassword(SConsole& console, std::string_view prompt, std::string& password);
 
-/// Which bytes a relay may be sent as its password.
+/// The bytes allowed in a password.
 enum class EPasswordBytes : bool {
-    Any,   ///< whoever asks knows them
-    Ascii, ///< a character beyond ASCII would reach the relay as other bytes than its keyboard gives
+    Any,   ///< the caller takes care
+    Ascii, ///< others would reach the relay as different bytes than its keypad enters
 };
-/// Reads a password and leaves its scrambled form.
+/// Reads a password and returns its scrambled form.
 Mistake ReadScrambled(SConsole& console, std::string_view prompt, EPasswordBytes bytes,
                       std::string& scrambled);
 
-/// Scrambling tells the length in its second digit.
+/// The second digit of a scrambled password is its length.
 inline bool IsEmptyPassword(std::string_view scrambled) {
     return scrambled.size() == kScrambledLength && scrambled[1] == '0';
 }

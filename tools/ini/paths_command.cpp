@@ -1,4 +1,4 @@
-// ruvoctl paths: where a run of an INI file puts events and problems, for scripts that look after it.
+// ruvoctl paths: prints where a run writes events and errors, for scripts.
 #include "app/program_folder.h"
 #include "config/configuration.h"
 #include "config/destination_root.h"
@@ -15,24 +15,25 @@ namespace ruvo {
 namespace {
 
 constexpr std::array kOptions{
-    SOption{EOptionKind::Positional, "INI", "the INI file; a relative path counts from the current folder"},
-    SOption{EOptionKind::Choice, "--of", "this path alone, without its name before it", "events|log"},
+    SOption{EOptionKind::Positional, "INI",
+            "INI file; a relative path is resolved against the current folder"},
+    SOption{EOptionKind::Choice, "--of", "print only this path, without a label", "events|log"},
 };
 
 constexpr std::string_view kNotes =
-    "Prints the folder of the events and the error log, as a run resolves them: relative paths in the file "
-    "count\n"
-    "from the program's folder, and the registry may name another root. Nothing is made or written.\n"
-    "Exit status: 0, or 1 when the file cannot be read or a path cannot be formed.\n\n"
-    "Example: the last lines of a site's error log\n"
-    "  tail \"$(ruvoctl paths --of log site.ini)\"";
+    R"help(Prints the event folder and the error log as a run resolves them: relative paths in the file are resolved
+against the program's folder, and the registry may name another event root. Creates and writes nothing.
+Exit status: 0 on success, 1 if the file cannot be read or a path cannot be resolved.
+
+Example: the last lines of a site's error log
+  tail "$(ruvoctl paths --of log site.ini)")help";
 
 struct SPlaces {
     std::string events;
     std::string log;
 };
 
-/// Both as the system writes paths; empty where there is none.
+/// Both in the system's own form; empty on failure.
 SPlaces ResolvePlaces(const std::string& fullPath) {
     const CProgramFolder inProgramFolder;
     CRunContext context;
@@ -47,7 +48,7 @@ SPlaces ResolvePlaces(const std::string& fullPath) {
     return {SystemPath(events), SystemPath(ErrorLogPath())};
 }
 
-/// For people; alone a path goes to a script as it is.
+/// For people; with --of a path is printed unchanged, for scripts.
 std::string Shown(const std::string& path) {
     return EscapeControls(SystemTextToUtf8(path));
 }
@@ -55,7 +56,7 @@ std::string Shown(const std::string& path) {
 int RunPaths(const CArguments& arguments, SConsole& console) {
     const SPlaces places = ResolvePlaces(FullPath(arguments.Get("INI")));
     if (places.events.empty() || places.log.empty()) {
-        console.error.Write("ruvoctl: no paths from this file; ruvoctl check tells what is wrong with it\n");
+        console.error.Write("ruvoctl: cannot resolve the paths of this file; run ruvoctl check to see why\n");
         return kExitFailed;
     }
     const std::string wanted = arguments.Get("--of");
@@ -70,7 +71,7 @@ int RunPaths(const CArguments& arguments, SConsole& console) {
 } // namespace
 
 SCommand PathsCommand() {
-    return {"paths", "Print where an INI file puts events and problems", kNotes, kOptions, RunPaths};
+    return {"paths", "Print the event folder and the error log of an INI file", kNotes, kOptions, RunPaths};
 }
 
 } // namespace ruvo

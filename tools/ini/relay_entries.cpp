@@ -50,7 +50,7 @@ std::optional<ELink> LinkNamed(std::string_view name) {
 std::optional<ELink> SelectedLink(const CIniText& ini) {
     const std::string useEthernet = SwitchText(ini, GeneralKey("UseEthernet"));
     const std::string useModem =
-        useEthernet == "1" ? "0" : SwitchText(ini, GeneralKey("UseModem")); // not looked at then
+        useEthernet == "1" ? "0" : SwitchText(ini, GeneralKey("UseModem")); // ignored then
     const auto* const row = std::ranges::find_if(kLinks, [&](const SLinkRow& link) {
         return link.useEthernet == useEthernet && link.useModem == useModem;
     });
@@ -86,7 +86,7 @@ std::string WantInstead(ELink link, std::string_view text) {
     const auto rules = EntryRules(link);
     const auto broken =
         std::ranges::find_if(rules, [&](const SEntryRule& rule) { return !rule.accepts(text); });
-    return broken == rules.end() ? std::string() : "want " + std::string(broken->expected);
+    return broken == rules.end() ? std::string() : "expected " + std::string(broken->expected);
 }
 
 RelayAddress AddressOf(ELink link, std::string_view text) {
@@ -107,7 +107,7 @@ std::string KeyWithAddress(const CIniText& ini, ELink link, std::string_view tex
 
 std::optional<std::string> FreeKey(const CIniText& ini) {
     std::optional<std::string> lowest;
-    std::optional<std::string> behindLast = RelayKey(1); // people count from one
+    std::optional<std::string> behindLast = RelayKey(1); // users count from one
     for (int number = 0; number < kRelayKeyCount; ++number) {
         const std::string key = RelayKey(number);
         if (StandsAnywhere(ini, key)) {
@@ -122,16 +122,16 @@ std::optional<std::string> FreeKey(const CIniText& ini) {
 std::string WhyNotAdded(const CIniText& ini, ELink link, const std::string& key, const std::string& address) {
     const std::string_view section = LinkRow(link).section;
     if (const std::string want = WantInstead(link, address); !want.empty()) {
-        return "this is no address for " + Bracketed(section) + ": " + want;
+        return "not a valid address for " + Bracketed(section) + ": " + want;
     }
     if (const std::string other = KeyWithAddress(ini, link, address); !other.empty()) {
-        return other + " has that address; want another one, or remove " + other + " first";
+        return other + " has this address; use another one, or remove " + other + " first";
     }
     if (key.empty()) {
-        return "all keys from RV000 to RV999 are taken; remove a relay first, or start another INI file";
+        return "all keys from RV000 to RV999 are in use; remove a relay first, or create another INI file";
     }
     return HasValue(ini.FindEntry(section, key))
-               ? key + " is taken; want another key, or none given for a free one"
+               ? key + " is in use; use another key, or omit it to get a free one"
                : std::string();
 }
 

@@ -15,13 +15,13 @@ namespace ruvo {
 namespace {
 
 constexpr const char* kSetByRunSite = "RUVO_SITE";
-/// They would let a site be visited twice at once; the last one is a name that run-site itself uses.
+/// With these a site could be visited twice at the same time; run-site uses the last one itself.
 constexpr std::array kRefusedNames{std::string_view("RUVO_LOCK_DIR"), std::string_view(kSetByRunSite),
                                    std::string_view("XDG_STATE_HOME"), std::string_view("run_site_line")};
-constexpr std::string_view kRefused = "no NAME=value that may stand here; not taken"; // it may hold a secret
+constexpr std::string_view kRefused =
+    "ignored; expected NAME=value with a permitted name"; // it may hold a secret
 constexpr std::string_view kForLoader =
-    "; the system's loader looks at it when a program begins: ruvoctl check cannot tell what it does, "
-    "run-site --check can";
+    ": takes effect only when a program starts; use run-site --check to test it";
 
 bool IsName(std::string_view name) {
     const auto isLetter = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_'; };
@@ -73,13 +73,13 @@ SSiteEnvironment ApplySiteEnvironment(const std::string& iniPath) {
         ApplyLines(text, environment.diagnostics);
         break;
     case EOwnFile::Unreadable:
-        environment.diagnostics.push_back({0, "cannot be read; want a small text file that you may read"});
+        environment.diagnostics.push_back({0, "cannot read the file; expected a small, readable text file"});
         break;
     case EOwnFile::OfOthers:
         environment.diagnostics.push_back(
             {0,
-             "not taken: another user may have written it; want a file of root or of the user who runs this, "
-             "that nobody else may write"});
+             "ignored, because another user may have written it; expected a file that is owned by root or by you "
+             "and that only its owner can write"});
         break;
     case EOwnFile::Missing:
     case EOwnFile::NotTold: // no visit reads one there

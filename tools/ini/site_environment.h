@@ -1,4 +1,4 @@
-// The environment that a site's visits have for the comms server: SITE.env beside SITE.ini.
+// The environment of a site's comms server: SITE.env next to SITE.ini.
 #pragma once
 
 #include "tools/ini/diagnostics.h"
@@ -8,16 +8,16 @@
 
 namespace ruvo {
 
-/// What was found wrong with a site's environment, by line.
+/// Warnings about a site's environment file, by line.
 struct SSiteEnvironment {
-    std::string path; ///< as the INI file's, with the ending .env
+    std::string path; ///< of the INI file, with the extension .env
     std::vector<SDiagnostic> diagnostics;
 };
 
-/// Gives this process the environment that a visit of the site would have: lines of NAME=value, as they
-/// stand; empty lines and those that begin with "#" are passed over. What run-site would refuse is not taken,
-/// and nothing is that another user may have written, since it decides which libraries are loaded. Within
-/// run-site, which has read the file, nothing is left to do.
+/// Sets the environment of this process as a visit of the site would: literal lines of NAME=value; empty
+/// lines and lines that start with "#" are ignored. Lines that run-site refuses are ignored, and so is a file
+/// that another user may have written, because it decides which libraries are loaded. Does nothing within
+/// run-site, which has read the file already.
 SSiteEnvironment ApplySiteEnvironment(const std::string& iniPath);
 
 } // namespace ruvo

@@ -20,7 +20,7 @@ constexpr SQuestion kModemQuestions[] = {
     {"--number", &SNewSite::number, "Telephone number", ""},
 };
 
-/// A line that may be seen, without blanks around it. None when the input ends.
+/// Reads a line with echo, without surrounding blanks. None at the end of input.
 std::optional<std::string> AskLine(SConsole& console, const std::string& prompt) {
     console.error.Write(prompt);
     console.error.Flush();
@@ -46,7 +46,7 @@ bool IsOneOf(std::string_view text, std::string_view choices) {
     return false;
 }
 
-/// At a terminal a mistake is told, and the question asked again.
+/// Reports a mistake and asks again.
 bool AskPassword(SConsole& console, const std::string& key, CIniDocument& document) {
     std::string_view mistake = kNoInput;
     do {
@@ -75,7 +75,7 @@ std::optional<ELink> AskLink(SConsole& console) {
         if (const auto link = LinkNamed(answer->empty() ? "serial" : *answer)) {
             return link;
         }
-        PrintHint(console, "want serial, modem or ethernet");
+        PrintHint(console, "expected serial, modem or ethernet");
     }
     return std::nullopt;
 }
@@ -91,23 +91,24 @@ bool AskQuestion(SConsole& console, const SQuestion& question, SNewSite& site) {
             site.*question.field = *answer;
             return true;
         }
-        PrintHint(console, isChoice ? "want an answer here" : "want one of " + std::string(question.choices));
+        PrintHint(console,
+                  isChoice ? "an answer is required" : "expected one of " + std::string(question.choices));
     }
     return false;
 }
 
 bool AskRelays(SConsole& console, ELink link, CIniDocument& document) {
     PrintHint(console, link == ELink::Ethernet
-                           ? "The relays, as IP,device or IP,device,bus; an empty line ends."
-                           : "The relays, by their device address; an empty line ends.");
+                           ? "Enter the relays as IP,device or IP,device,bus; finish with an empty line."
+                           : "Enter the device address of each relay; finish with an empty line.");
     bool hasRelays = false;
     while (const auto key = FreeKey(document.Ini())) {
         const auto address = AskLine(console, "Relay " + *key + ": ");
         if (!address || (address->empty() && hasRelays)) {
             return address.has_value();
         }
-        const std::string why =
-            address->empty() ? "want one relay at least" : WhyNotAdded(document.Ini(), link, *key, *address);
+        const std::string why = address->empty() ? "at least one relay is required"
+                                                 : WhyNotAdded(document.Ini(), link, *key, *address);
         if (!why.empty()) {
             PrintHint(console, why);
             continue;

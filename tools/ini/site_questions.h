@@ -1,4 +1,4 @@
-// What ruvoctl new asks a person at a terminal.
+// The prompts of ruvoctl new.
 #pragma once
 
 #include "tools/ini/ini_document.h"
@@ -11,26 +11,25 @@
 
 namespace ruvo {
 
-/// One question about the site; it is asked again until the answer will do.
+/// One question about the site, repeated until the answer is valid.
 struct SQuestion {
-    std::string_view option; ///< that answers it on the command line
+    std::string_view option; ///< of the command line, with the same meaning
     std::string SNewSite::*field;
     std::string_view prompt;
-    std::string_view usual;        ///< the answer of an empty line
+    std::string_view usual;        ///< default, for an empty line
     std::string_view choices = {}; ///< separated by "|"
-    bool isNeeded = false;         ///< an empty answer will not do
+    bool isNeeded = false;         ///< an empty answer is invalid
 };
 std::span<const SQuestion> QuestionsOf(ELink link);
 
-/// None when the input ends.
+/// None at the end of input.
 std::optional<ELink> AskLink(SConsole& console);
-/// False when the input ends.
+/// False at the end of input.
 bool AskQuestion(SConsole& console, const SQuestion& question, SNewSite& site);
-/// Asks for relays, each with its password, until an empty line; there is one at least. False when the input
-/// ends.
+/// Asks for relays, each with its password, until an empty line; at least one. False at the end of input.
 bool AskRelays(SConsole& console, ELink link, CIniDocument& document);
 
-/// Asks for one relay's password, or takes a line of the input; an empty one is none. What is wrong.
+/// Prompts for one relay's password, or reads a line of input; an empty one means none. Returns the mistake.
 std::string_view ReadRelayPassword(SConsole& console, const std::string& key, CIniDocument& document);
 
 } // namespace ruvo

@@ -20,7 +20,7 @@ struct SEntryRow {
 
 constexpr SEntryRow kPathEntries[] = {
     {GeneralKey("EventRootDir"), &SNewSite::events,
-     "; Give full paths: a relative one counts from the folder of the program, not from yours.\n"},
+     "; Use absolute paths: a relative one is resolved against the folder of the program.\n"},
     {GeneralKey("ErrorLogPathname"), &SNewSite::log},
 };
 constexpr SEntryRow kSerialEntries[] = {
@@ -32,14 +32,13 @@ constexpr SEntryRow kModemEntries[] = {
     {GeneralKey("TAPI_NumberToDial"), &SNewSite::number},
 };
 
-constexpr std::string_view kAddresses = "; The device address of each relay, 1 to 254.";
+constexpr std::string_view kAddresses = "; Device address of each relay, from 1 to 254.";
 constexpr std::string_view kTunnels =
-    "; IP address, device address and, where the relay has one, bus address of each relay, without blanks:\n"
+    "; IP address, device address and, if the relay has one, bus address of each relay, without blanks:\n"
     "; RV001=10.20.0.5,2,1.";
 constexpr std::string_view kPasswords =
-    "; Scrambled, which hides a password from a glance and is no encryption: keep this file from other "
-    "users.\n"
-    "; Without an entry here a relay is visited with an empty password. To store one, without showing it:\n";
+    "; Scrambling only obscures a password; it is not encryption. Keep this file private.\n"
+    "; A relay without an entry here is visited with an empty password. To store a password:\n";
 
 std::span<const SEntryRow> LinkEntries(ELink link) {
     static constexpr std::array<std::span<const SEntryRow>, kLinks.size()> kEntries{
@@ -47,7 +46,7 @@ std::span<const SEntryRow> LinkEntries(ELink link) {
     return kEntries[static_cast<std::size_t>(link)];
 }
 
-/// The key's meaning as a comment, and what is expected where that is a list.
+/// The key's meaning as a comment, with the valid values if they are a list.
 std::string Comment(const SGeneralKey& key) {
     const std::string expected =
         key.rule == EKeyRule::BaudRate ? " One of " + Expectation(key.rule) + "." : "";
@@ -94,8 +93,8 @@ std::string TimingEntries() {
     std::string text;
     for (const SGeneralKey& key : kGeneralKeys) {
         if (key.rule == EKeyRule::Timing) {
-            text += text.empty() ? Comment(key) + "; Each takes " + Expectation(key.rule) +
-                                       ". These are the values without a line.\n"
+            text += text.empty() ? Comment(key) + "; Each is " + Expectation(key.rule) +
+                                       ". The values shown are the defaults.\n"
                                  : "";
             text += ";" + DefaultLine(key);
         }
@@ -107,7 +106,7 @@ bool IsLineEnd(char c) {
     return c == '\r' || c == '\n';
 }
 
-/// A name goes into a comment, which a line end in it would end.
+/// The name goes into a comment, which must stay on one line.
 std::string OnOneLine(std::string text) {
     std::ranges::replace_if(text, IsLineEnd, ' ');
     return text;
@@ -119,17 +118,18 @@ std::string NewSiteText(const SNewSite& site) {
     const SLinkRow& link = LinkRow(site.link);
     const std::string file = OnOneLine(site.name) + ".ini";
     std::string text = "; Site " + OnOneLine(site.name) +
-                       ". A line that begins with \";\" is a comment. Numbers are plain decimal digits.\n"
-                       "; After an edit by hand, ruvoctl check " +
-                       file + " tells what is wrong, and where.\n\n[" + std::string(kGeneralSection) + "]\n";
+                       ". A line that starts with \";\" is a comment. Numbers are decimal.\n"
+                       "; After editing this file, run ruvoctl check " +
+                       file + " to validate it.\n\n[" + std::string(kGeneralSection) + "]\n";
     AppendEntries(text, site, kPathEntries);
     text += "\n" + Switches(link);
     AppendEntries(text, site, LinkEntries(site.link));
     text += UsualEntries(site.link) + TimingEntries() + "\n[" + std::string(link.section) + "]\n";
     text += site.link == ELink::Ethernet ? kTunnels : kAddresses;
-    text += " Keys run from RV000 to RV999, and are visited in that order.\n; ruvoctl add " + file +
-            " ADDRESS adds a relay.\n\n[" + std::string(kPasswordsSection) + "]\n" + std::string(kPasswords) +
-            "; ruvoctl password set " + file + " RV001\n";
+    text += " Keys run from RV000 to RV999; relays are visited in that order.\n"
+            "; ruvoctl add " +
+            file + " ADDRESS adds a relay.\n\n[" + std::string(kPasswordsSection) + "]\n" +
+            std::string(kPasswords) + "; ruvoctl password set " + file + " RV001\n";
     return text;
 }
 

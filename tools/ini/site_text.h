@@ -7,11 +7,11 @@
 
 namespace ruvo {
 
-/// What a new file says beyond its relays.
+/// The settings of a new file, without its relays.
 struct SNewSite {
     std::string name;
     ELink link = ELink::Serial;
-    std::string events; ///< full paths, as the system's own programs write them
+    std::string events; ///< absolute paths, in the system's own form
     std::string log;
     std::string port; ///< of a serial link
     std::string baud;
@@ -19,11 +19,11 @@ struct SNewSite {
     std::string number;
 };
 
-/// The file with comments and without relays yet: its last two sections are the link's and the passwords'.
+/// The file with comments, without relays; its last two sections are the link's and the passwords'.
 std::string NewSiteText(const SNewSite& site);
 
-/// The entry that does not read back as it was meant, since its text has blanks or quotes around it, a
-/// control character or too much of everything; empty when all do.
+/// The key of an entry that would not read back unchanged, because its text has surrounding blanks or quotes,
+/// a control character or too many characters; empty if all would.
 std::string UnreadableEntry(const SNewSite& site, const CIniText& ini);
 
 } // namespace ruvo

@@ -1,4 +1,4 @@
-// ruvoctl test: can this relay be reached and logged into?
+// ruvoctl test: tests the connection and the login to one relay.
 #include "app/connection_test.h"
 #include "link/client.h"
 #include "tools/command.h"
@@ -11,16 +11,17 @@ namespace ruvo {
 namespace {
 
 constexpr std::array kOptions{
-    SOption{EOptionKind::Positional, "INI", "the INI file; a relative path counts from the current folder"},
-    SOption{EOptionKind::Positional, "KEY", "the relay's entry in the file, as RV003, in any letter case"},
+    SOption{EOptionKind::Positional, "INI",
+            "INI file; a relative path is resolved against the current folder"},
+    SOption{EOptionKind::Positional, "KEY", "key of the relay, for example RV003; case does not matter"},
 };
 
 std::string BuildNotes() {
-    std::string notes = "Opens the link of this one relay, logs in with its password and closes the link.\n"
-                        "Relative paths in the file count from the current folder too. The comms server gets "
-                        "the environment\n"
-                        "that run-site would take from the .env file beside the INI file.\n"
-                        "Prints the outcome. Exit status (2 also for a mistake in the arguments):\n";
+    std::string notes =
+        "Opens the link to one relay, logs in with its password and closes the link.\n"
+        "Relative paths in the file are also resolved against the current folder. The comms server gets the\n"
+        "environment that run-site reads from the .env file next to the INI file.\n"
+        "Prints the result. Exit status (2 also on a usage error):\n";
     for (std::size_t code = 0; code < kConnectionTestMeanings.size(); ++code) {
         const std::string number = std::to_string(code);
         notes += std::string(4 - number.size(), ' ') + number + "  " +
@@ -29,7 +30,7 @@ std::string BuildNotes() {
     return notes + "\nExample:\n  ruvoctl test site.ini RV003";
 }
 
-/// A relay with users asks for a name beside the password. Nobody answers that, as in a run.
+/// A relay with user accounts also asks for a user name. As in a run, it gets no answer.
 bool g_wasUserNameWanted = false;
 void NoteUserNameWanted() {
     g_wasUserNameWanted = true;
@@ -51,11 +52,11 @@ int RunTest(const CArguments& arguments, SConsole& console) {
     console.out.Write(std::string(ConnectionTestMeaning(result)) + "\n");
     if (g_wasUserNameWanted && result == EConnectionTestResult::Good) {
         console.error.Write(
-            "ruvoctl: warning: the relay asked for a user name, and an INI file can hold none: "
-            "a visit fails at the first thing that the relay gives to its users alone\n");
+            "ruvoctl: warning: the relay asked for a user name, which an INI file cannot contain; "
+            "a visit fails at the first data that requires a user name\n");
     }
     if (result == EConnectionTestResult::IniFileRefused) {
-        console.error.Write("ruvoctl check tells what is wrong with the file.\n");
+        console.error.Write("Run ruvoctl check to see what is wrong with the file.\n");
     }
     return static_cast<int>(result);
 }
