@@ -1,4 +1,4 @@
-# Completion of ruvo: -t, and INI files in any letter case, where shells know their folders.
+# Completion of ruvo: -t, folders and INI files; case does not matter.
 _ruvo() {
     local word=${COMP_WORDS[COMP_CWORD]}
     if [[ $word == -* ]]; then

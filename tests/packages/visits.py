@@ -126,7 +126,7 @@ def look_at_environment(work):
         run(*let.split(), ENVIRONMENT)
         done = run(*visit("yard"))
         run(*end.split(), ENVIRONMENT)
-        equal(f"environment: not {what}", (done.returncode, done.stdout.count("yard.env: not taken")), (2, 1))
+        equal(f"environment: not {what}", (done.returncode, done.stdout.count("yard.env: ignored, because")), (2, 1))
     registry = pathlib.Path("/var/lib/ruvo/.config/ruvo")
     registry.mkdir(parents=True)
     shutil.chown(registry, "ruvo")
