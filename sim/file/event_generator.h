@@ -13,7 +13,7 @@ namespace ruvo::sim {
 struct SGeneratorPlan {
     std::size_t count = 0;
     std::uint64_t seed = 1;
-    std::vector<std::uint8_t> kinds; ///< 0 to 5, chosen evenly; never empty
+    std::vector<std::uint8_t> kinds; ///< numbers of kEventKinds, chosen evenly; never empty
 };
 
 /// Appends the events to the relay's. They refer to the relay's own cells and records. The result is empty,
