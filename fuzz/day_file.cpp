@@ -110,7 +110,7 @@ void Check(std::span<const std::uint8_t> bytes) {
         CheckPlace(item, passed, reader.Position());
         end = passed;
         printers.Print(item);
-        static_cast<void>(item.record != nullptr && kFilter.TakesRecord(*item.record));
+        static_cast<void>(item.record != nullptr && kFilter.MatchesRecord(*item.record));
     }
     Require(gaps <= 1, "nothing but the header is passed over in silence");
     Require(reader.Position() == bytes.size(), "the file is read to its end");

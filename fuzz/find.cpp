@@ -162,7 +162,7 @@ private:
             item.record = std::move(parsed.record);
             item.isExtended = parsed.isExtended;
             item.bytes = bytes;
-            store.TakeRecord(item);
+            store.AddRecord(item);
             item.offset += bytes.size();
         }
         Require(store.EndFile(true).added == images.size(), "every record is archived");
@@ -198,7 +198,7 @@ bool IsAscii(std::string_view text) {
 }
 
 bool IsWanted(const SArchived& archived, const SFindQuery& query, const std::vector<STerm>& terms) {
-    return query.filter.TakesRecord(*archived.record) && ContainsText(archived.relay, query.relay) &&
+    return query.filter.MatchesRecord(*archived.record) && ContainsText(archived.relay, query.relay) &&
            std::ranges::all_of(terms, [&](const STerm& term) {
                return std::ranges::any_of(archived.columns,
                                           [&](const Words& column) { return Holds(column, term); });

@@ -211,7 +211,7 @@ void Check(CInput input) {
         CheckCounts(status, site);
     }
     CheckLog(status.log);
-    const SVerdict verdict = Judge(status, {});
+    const SVerdict verdict = Evaluate(status, {});
     Require(verdict.state == (verdict.causes.empty() ? EState::Good : verdict.causes.front().state),
             "the worst comes first");
     CheckText(StatusAsText(status, verdict), verdict.state);

@@ -1,5 +1,5 @@
-// A command of the companion program, described without the parser that reads the command line: each command
-// is one file, and one line in the table of command_table.cpp.
+// A command of the companion program, independent of the command-line parser: each command is one file, and
+// one row in the table of command_table.cpp.
 #pragma once
 
 #include "tools/text_output.h"
@@ -22,19 +22,19 @@ enum class EOptionKind : std::uint8_t {
     Flag,       ///< --name
     Text,       ///< --name TEXT
     Choice,     ///< --name ONE, of the choices
-    Repeated,   ///< --name TEXT, as often as wanted
+    Repeated,   ///< --name TEXT, repeatable
     Positional, ///< one argument, required
-    Optional,   ///< one argument that may be missing
+    Optional,   ///< one argument, optional
     List,       ///< one argument or more, required
 };
 
 struct SOption {
     EOptionKind kind = EOptionKind::Flag;
-    /// "--since"; "-o,--output" for one with a short form, which then answers to "--output"; "FILE" for a
+    /// "--since"; "-o,--output" for one with a short form, which is then found as "--output"; "FILE" for a
     /// positional one.
     std::string_view name;
     std::string_view help;
-    /// For a Choice its words, separated by "|"; for a text what stands for it in the help, as "FILE".
+    /// For a Choice its words, separated by "|"; for a Text its placeholder in the help, such as "FILE".
     std::string_view values = {};
     std::string_view defaultChoice = {};
 };
@@ -46,7 +46,7 @@ public:
         m_values.insert_or_assign(std::string(name), std::move(values));
     }
     [[nodiscard]] bool Has(std::string_view name) const { return m_values.contains(std::string(name)); }
-    /// Empty when it was not given.
+    /// Empty if it was not given.
     [[nodiscard]] std::string Get(std::string_view name) const {
         const std::vector<std::string> values = GetAll(name);
         return values.empty() ? std::string() : values.front();
@@ -63,23 +63,23 @@ private:
 struct SCommand {
     std::string_view name;
     std::string_view summary;
-    std::string_view notes; ///< at the end of the command's help: its examples
+    std::string_view notes; ///< text at the end of the command's help, with examples
     std::span<const SOption> options;
     /// The exit status.
     int (*run)(const CArguments& arguments, SConsole& console);
-    /// For a command that handles secrets: what is said of any mistake in its arguments. They are not
-    /// repeated, since one of them may be the secret.
+    /// For a command that handles secrets: the message for any usage error. It does not repeat the arguments,
+    /// because one of them may be the secret.
     std::string_view secretNotice = {};
-    int usageStatus = kExitUsage;       ///< for a mistake in the arguments
-    std::string_view usageVerdict = {}; ///< what such a mistake puts on the standard output
-    int failureStatus = kExitFailed;    ///< for output that could not be written, and for what nobody foresaw
+    int usageStatus = kExitUsage;       ///< on a usage error
+    std::string_view usageVerdict = {}; ///< printed on standard output on a usage error
+    int failureStatus = kExitFailed;    ///< if output cannot be written, and on unexpected errors
 };
 
-/// Every command there is.
+/// All commands.
 std::span<const SCommand> Commands();
-/// The command of that name; null when there is none.
+/// The command of that name; null if there is none.
 const SCommand* FindCommand(std::string_view name);
-/// The command that the arguments name: their first word that is no option. Null when there is none.
+/// The command that the arguments name: the first one that is not an option. Null if there is none.
 const SCommand* FindNamedCommand(std::span<const std::string> arguments);
 
 } // namespace ruvo

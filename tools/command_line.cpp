@@ -86,7 +86,7 @@ std::vector<SParsedCommand> AddCommands(CLI::App& program) {
     return parsed;
 }
 
-CArguments TakeArguments(const SParsedCommand& parsed) {
+CArguments CollectArguments(const SParsedCommand& parsed) {
     CArguments arguments;
     for (const SOption& option : parsed.command->options) {
         const std::string_view name = option.name.substr(option.name.find(',') + 1);
@@ -137,7 +137,7 @@ int RunCommandLine(std::span<const std::string> arguments, SConsole& console) {
     }
     const auto chosen =
         std::ranges::find_if(commands, [](const SParsedCommand& entry) { return entry.app->parsed(); });
-    return chosen->command->run(TakeArguments(*chosen), console);
+    return chosen->command->run(CollectArguments(*chosen), console);
 }
 
 } // namespace ruvo

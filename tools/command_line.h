@@ -1,4 +1,4 @@
-// From the words of the command line to the command that they name.
+// Parses the command line and runs the command.
 #pragma once
 
 #include "tools/text_output.h"
@@ -8,8 +8,8 @@
 
 namespace ruvo {
 
-/// Runs the command that the arguments (without the program's name) name; the exit status. Help goes to the
-/// output, a mistake in the arguments to the error output, with status 2.
+/// Runs the command that the arguments (without the program's name) name, and returns the exit status. Help
+/// goes to standard output; a usage error to standard error, with status 2.
 int RunCommandLine(std::span<const std::string> arguments, SConsole& console);
 
 } // namespace ruvo

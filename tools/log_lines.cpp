@@ -16,8 +16,8 @@ constexpr std::string_view kTimePattern = "0000/00/00 00:00:00";
 constexpr std::string_view kDetails = " Connection details - ";
 constexpr std::string_view kStatus = " P32LS status: ";
 
-/// The stamp that the log begins its lines with, with the marks of ISO 8601; empty when it is none.
-std::string TakeTimeStamp(std::string_view& text) {
+/// The timestamp at the start of the line, in ISO 8601 form; empty if there is none.
+std::string ParseTimeStamp(std::string_view& text) {
     if (text.size() <= kTimePattern.size() || text[kTimePattern.size()] != ' ') {
         return {};
     }
@@ -36,25 +36,25 @@ std::string TakeTimeStamp(std::string_view& text) {
     return time;
 }
 
-/// Cuts the text before its last `mark` and gives what stands behind that.
-std::string_view TakeBehind(std::string_view& text, std::string_view mark) {
+/// Truncates the text before its last `mark` and returns the rest after the mark.
+std::string_view CutAfter(std::string_view& text, std::string_view mark) {
     const std::size_t at = text.rfind(mark);
     if (at == std::string_view::npos) {
         return {};
     }
-    const std::string_view behind = text.substr(at + mark.size());
+    const std::string_view after = text.substr(at + mark.size());
     text = text.substr(0, at);
-    return behind;
+    return after;
 }
 
-/// What stands between `mark` and the next comma, or the closing full stop.
-std::string_view FieldBehind(std::string_view text, std::string_view mark) {
+/// The text between `mark` and the next comma or full stop.
+std::string_view FieldAfter(std::string_view text, std::string_view mark) {
     const std::size_t at = text.rfind(mark);
     if (at == std::string_view::npos) {
         return {};
     }
-    const std::string_view behind = text.substr(at + mark.size());
-    return behind.substr(0, behind.find_first_of(",."));
+    const std::string_view after = text.substr(at + mark.size());
+    return after.substr(0, after.find_first_of(",."));
 }
 
 } // namespace
@@ -130,13 +130,13 @@ SLogLine ParseLogLine(std::string_view text) {
     const std::string utf8 = SystemTextToUtf8(text);
     std::string_view rest = utf8;
     SLogLine line;
-    line.time = TakeTimeStamp(rest);
-    // A relay's own words stand before the details: only what stands behind the last of them is a status.
+    line.time = ParseTimeStamp(rest);
+    // A relay's own words stand before the details: only what stands after the last of them is a status.
     const std::size_t details = rest.rfind(kDetails);
     if (details == std::string_view::npos || rest.rfind(kStatus) > details) {
-        line.status = TakeBehind(rest, kStatus);
+        line.status = CutAfter(rest, kStatus);
     }
-    line.connection = TakeBehind(rest, kDetails);
+    line.connection = CutAfter(rest, kDetails);
     line.message = rest;
     return line;
 }
@@ -154,7 +154,7 @@ std::string ShortConnectionName(std::string_view connection) {
     std::string name(connection.substr(link->size(), device - link->size()));
     name.resize(std::min(name.size(), name.rfind(", number to dial: ")));
     const auto add = [&name, connection](std::string_view word, std::string_view mark) {
-        const std::string_view address = FieldBehind(connection, mark);
+        const std::string_view address = FieldAfter(connection, mark);
         if (!address.empty() && address != "0" && !address.starts_with('-')) { // what is not known is these
             name += word;
             name += address;

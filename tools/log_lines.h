@@ -1,4 +1,4 @@
-// The error log read back, line by line and in little memory, whatever else has found its way into the file.
+// Reads the error log line by line with bounded memory, whatever else the file contains.
 #pragma once
 
 #include "platform/files.h"
@@ -14,23 +14,23 @@ namespace ruvo {
 /// One problem. All texts are UTF-8; control characters are still in them.
 struct SLogLine {
     std::uint64_t number = 0; ///< of the line in the file, from 1
-    std::string time;         ///< local time as "2026-11-16T03:12:45"; empty when the line begins with none
-    std::string message;      ///< what is left of the line without the other fields
+    std::string time;         ///< local time as "2026-11-16T03:12:45"; empty if the line starts with none
+    std::string message;      ///< the line without the other fields
     std::string connection;   ///< "COM Port: COM2, device address: 7."; empty without
     std::string status;       ///< the text of a comms-server status; empty without
 };
 
-/// Every line with anything in it comes, a damaged or foreign one as a message without a time. Of a line
-/// longer than kLongestLine each piece comes as a line of the same number.
+/// Returns every line that is not empty, a damaged or foreign one as a message without a time. A line longer
+/// than kLongestLine is returned in pieces with the same number.
 class CLogReader {
 public:
     static constexpr std::size_t kLongestLine = std::size_t{256} * 1024;
 
     CLogReader();
 
-    /// Starts over with the log at a path, in Windows form or the system's own.
+    /// Opens a log, by a path in Windows form or the system's own.
     SFileResult Open(const std::string& path);
-    /// False at the end of the file, and where reading fails; Result tells which.
+    /// False at the end of the file or on a read error; see Result.
     [[nodiscard]] bool Next(SLogLine& line);
     /// Good unless reading failed.
     [[nodiscard]] SFileResult Result() const { return m_result; }
@@ -48,11 +48,11 @@ private:
     SFileResult m_result;
 };
 
-/// Takes one line, without its end, apart; the number stays 0.
+/// Parses one line without its line end; the number stays 0.
 [[nodiscard]] SLogLine ParseLogLine(std::string_view text);
 
 /// A short name for connection details: "COM2 device 7", "10.20.0.5 device 2 bus 1", "Acme 56k device 7".
-/// Details of another form are their own name.
+/// Returns details of another form unchanged.
 [[nodiscard]] std::string ShortConnectionName(std::string_view connection);
 
 } // namespace ruvo

@@ -6,8 +6,8 @@ namespace ruvo {
 
 namespace {
 
-constexpr unsigned kCallsPerLook = 256; // the clock is not asked at every record
-constexpr std::chrono::milliseconds kPatience{1000};
+constexpr unsigned kCallsPerLook = 256; // the clock is not read at every record
+constexpr std::chrono::milliseconds kStartDelay{1000};
 constexpr std::chrono::milliseconds kPause{200};
 constexpr std::string_view kClearLine = "\r\x1B[K";
 constexpr std::uint64_t kMegabyte = 1'000'000;
@@ -15,7 +15,7 @@ constexpr std::uint64_t kMegabyte = 1'000'000;
 } // namespace
 
 CProgress::CProgress(SConsole& console, std::size_t fileCount)
-    : m_console(console), m_fileCount(fileCount), m_next(Clock::now() + kPatience) {}
+    : m_console(console), m_fileCount(fileCount), m_next(Clock::now() + kStartDelay) {}
 
 CProgress::~CProgress() {
     Clear();
@@ -36,7 +36,7 @@ void CProgress::GiveWayToOutput() {
     }
 }
 
-void CProgress::Tell(std::size_t filesDone, std::uint64_t bytes) {
+void CProgress::Update(std::size_t filesDone, std::uint64_t bytes) {
     if (!m_console.errorIsTerminal || m_hasGivenWay || m_calls++ % kCallsPerLook != 0 ||
         Clock::now() < m_next) {
         return;

@@ -1,4 +1,4 @@
-// A line on the error output that tells how far long work has come.
+// A progress line on standard error.
 #pragma once
 
 #include "tools/text_output.h"
@@ -9,8 +9,7 @@
 
 namespace ruvo {
 
-/// Silent unless a person sees it, and then only once the work has gone on for a second. It gives way to what
-/// is printed on the same terminal.
+/// Shown only on a terminal, and only after a second. It ends when output is printed on the same terminal.
 class CProgress {
 public:
     CProgress(SConsole& console, std::size_t fileCount);
@@ -18,11 +17,11 @@ public:
     CProgress(const CProgress&) = delete;
     CProgress& operator=(const CProgress&) = delete;
 
-    /// To be called often; `bytes` is what was read in all.
-    void Tell(std::size_t filesDone, std::uint64_t bytes);
-    /// Takes the line away until the next Tell: something else follows on the error output.
+    /// Call it often; `bytes` is the total read so far.
+    void Update(std::size_t filesDone, std::uint64_t bytes);
+    /// Clears the line until the next Update, before other text on standard error.
     void Clear();
-    /// To be called before something is printed: the end of the progress where output is a terminal too.
+    /// Call it before printing: ends the progress line if output goes to a terminal too.
     void GiveWayToOutput();
 
 private:

@@ -1,4 +1,4 @@
-// Bulk output through one big buffer.
+// Buffered output of large texts.
 #pragma once
 
 #include "base/secret.h"
@@ -12,8 +12,8 @@
 
 namespace ruvo {
 
-/// Gathers text and hands it to a stream in large pieces. The stream must outlive it. When the stream takes
-/// no more (the reader of a pipe has gone, the disk is full), what follows is dropped and IsGood says so.
+/// Collects text and writes it to a stream in large pieces. The stream must outlive it. After a failed write
+/// (broken pipe, full disk) further text is dropped, and IsGood returns false.
 class CTextOutput {
 public:
     explicit CTextOutput(std::ostream& stream) : m_stream(stream) {}
@@ -21,18 +21,18 @@ public:
     CTextOutput& operator=(const CTextOutput&) = delete;
     ~CTextOutput() { Flush(); }
 
-    /// The text to append to; call Settle after each piece.
+    /// The text to append to; call FlushIfFull after each piece.
     std::string& Text() { return m_text; }
-    void Settle() {
+    void FlushIfFull() {
         if (m_text.size() >= kPieceSize) {
             Flush();
         }
     }
     void Write(std::string_view text) {
         m_text += text;
-        Settle();
+        FlushIfFull();
     }
-    /// Hands the text on at once, and leaves no copy of it here.
+    /// Writes the text at once, and keeps no copy of it.
     void WriteSecret(std::string_view text) {
         Flush();
         m_text.reserve(text.size());
@@ -49,7 +49,7 @@ public:
         m_text.clear();
     }
     bool IsGood() const { return m_stream.good(); }
-    /// Why the stream took no more, as the C library's error number; EPIPE when its reader has gone.
+    /// errno of the failed write; EPIPE for a broken pipe.
     int FailureCode() const { return m_errno; }
 
 private:
@@ -60,7 +60,7 @@ private:
     int m_errno = 0;
 };
 
-/// Where a command reads and writes, and what it may assume about it.
+/// The streams of a command, and their properties.
 struct SConsole {
     std::istream& in;
     CTextOutput& out;

@@ -29,7 +29,7 @@ constexpr std::array kFailureTexts{
 
 } // namespace
 
-std::string TellOutputFailure(const SAccessResult& result) {
+std::string OutputFailureText(const SAccessResult& result) {
     const auto* const row = std::ranges::find(kFailureTexts, result.failure, &SFailureText::failure);
     const std::string system =
         result.systemCode == 0 ? std::string("not a regular file") : SystemErrorText(result.systemCode);
@@ -48,7 +48,7 @@ std::string ReplaceWholeFile(const std::string& path, std::string_view text) {
     if (result.Good()) {
         result = file.Commit();
     }
-    return result.Good() ? std::string() : TellOutputFailure(result);
+    return result.Good() ? std::string() : OutputFailureText(result);
 }
 
 } // namespace ruvo

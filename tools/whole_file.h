@@ -9,7 +9,7 @@
 namespace ruvo {
 
 /// A readable reason why an output file could not be written.
-[[nodiscard]] std::string TellOutputFailure(const SAccessResult& result);
+[[nodiscard]] std::string OutputFailureText(const SAccessResult& result);
 
 /// Replaces the file with the text, as CFileReplacement does. Returns a readable reason on failure, else an
 /// empty string.

@@ -43,9 +43,9 @@ public:
     CArchiveRun(SConsole& console, CArchiveStore* store, CLineOutput* lines)
         : m_console(console), m_store(store), m_lines(lines) {}
 
-    void Take(const SFoundFiles& found) {
+    void Read(const SFoundFiles& found) {
         for (const std::string& failure : found.failures) {
-            Complain(failure);
+            ReportFailure(failure);
         }
         m_progress.emplace(m_console, found.files.size());
         for (const SFoundFile& file : found.files) {
@@ -53,14 +53,14 @@ public:
         }
         for (const SFoundFile& file : found.files) {
             if (m_lines == nullptr || m_lines->Text().IsGood()) {
-                TakeFile(file);
+                ReadFile(file);
             }
             ++m_filesDone;
         }
         m_progress.reset();
     }
-    void Complain(const std::string& what) {
-        Say(what);
+    void ReportFailure(const std::string& what) {
+        Report(what);
         m_isGood = false;
     }
     [[nodiscard]] bool IsGood() const { return m_isGood; }
@@ -74,7 +74,7 @@ public:
     }
 
 private:
-    void TakeFile(const SFoundFile& file) {
+    void ReadFile(const SFoundFile& file) {
         std::error_code error;
         const fs::path path(file.path);
         const std::string name = path.filename().string();
@@ -89,53 +89,53 @@ private:
             return;
         }
         if (const SFileResult opened = m_reader.Open(file.path); !opened.Good()) {
-            Complain(file.path + ": " + SystemErrorText(opened.systemCode));
+            ReportFailure(file.path + ": " + SystemErrorText(opened.systemCode));
             return;
         }
         ++m_read;
         if (m_store != nullptr) {
             m_store->BeginFile(state);
         }
-        const bool isComplete = TakeItems(state);
+        const bool isComplete = ReadItems(state);
         m_bytes += m_reader.Position();
         if (!isComplete) {
-            Complain(file.path + ": could not be read to the end");
+            ReportFailure(file.path + ": could not be read to the end");
         }
         if (m_store != nullptr) {
             EndFile(file, isComplete);
         }
     }
 
-    bool TakeItems(const SDayFileState& state) {
+    bool ReadItems(const SDayFileState& state) {
         bool isComplete = true;
         SDayFileItem item;
         while (m_reader.Next(item)) {
             if (item.record != nullptr) {
-                TakeRecord(state, item);
+                WriteRecord(state, item);
             }
             if (item.damage) {
                 ++m_damaged;
                 isComplete = isComplete && item.damage->fault != EDayFileFault::ReadFailed;
                 if (m_store != nullptr) {
-                    m_store->TakeDamage(*item.damage);
+                    m_store->AddDamage(*item.damage);
                 }
             }
-            m_progress->Tell(m_filesDone, m_bytes + m_reader.Position());
+            m_progress->Update(m_filesDone, m_bytes + m_reader.Position());
         }
         return isComplete;
     }
 
-    void TakeRecord(const SDayFileState& state, const SDayFileItem& item) {
+    void WriteRecord(const SDayFileState& state, const SDayFileItem& item) {
         ++m_records;
         if (m_store != nullptr) {
-            m_store->TakeRecord(item);
+            m_store->AddRecord(item);
         }
         if (m_lines != nullptr) {
             if (m_lines->IsStandard()) {
                 m_progress->GiveWayToOutput();
             }
             AppendJsonLine(m_lines->Text().Text(), state.relay, state.name, MakeArchiveRow(item));
-            m_lines->Text().Settle();
+            m_lines->Text().FlushIfFull();
         }
     }
 
@@ -146,12 +146,12 @@ private:
         // Two files of the same name need not hold each other's records.
         const bool isOnlyOne = m_names[fs::path(file.path).filename().string()] == 1;
         if (isComplete && isOnlyOne && tally.gone > 0) {
-            Say(file.path + ": changed: " + Counted(tally.gone, "archived record") +
-                " no longer in the file; kept in the archive");
+            Report(file.path + ": changed: " + Counted(tally.gone, "archived record") +
+                   " no longer in the file; kept in the archive");
         }
     }
 
-    void Say(const std::string& what) {
+    void Report(const std::string& what) {
         if (m_progress) {
             m_progress->Clear();
         }
@@ -178,10 +178,10 @@ private:
 
 int RunInto(const std::string& root, CArchiveStore* store, CLineOutput* lines, SConsole& console) {
     CArchiveRun run(console, store, lines);
-    run.Take(FindDayFiles({root}));
+    run.Read(FindDayFiles({root}));
     if (lines != nullptr) {
         if (const std::string failure = lines->Finish(run.IsGood()); !failure.empty()) {
-            run.Complain(failure);
+            run.ReportFailure(failure);
         }
     }
     CTextOutput& out = lines != nullptr && lines->IsStandard() ? console.error : console.out;

@@ -80,7 +80,7 @@ struct SState {
     bool isEmpty;
 };
 
-void TakeStep(CDatabase& database, std::int64_t version) {
+void ApplyStep(CDatabase& database, std::int64_t version) {
     database.Run(kSteps.at(static_cast<std::size_t>(version)));
 }
 
@@ -102,7 +102,7 @@ std::vector<std::string> SchemaTexts(CDatabase& database) {
 void RequireOwnSchema(CDatabase& database, std::int64_t version) {
     CDatabase own;
     for (std::int64_t step = 0; step < version; ++step) {
-        TakeStep(own, step);
+        ApplyStep(own, step);
     }
     if (SchemaTexts(database) != SchemaTexts(own)) {
         throw CDatabaseError("not an archive of ruvoctl: its tables, views or triggers were modified; "
@@ -137,7 +137,7 @@ void BringUpToDate(CDatabase& database) {
     };
     database.Run("BEGIN IMMEDIATE");
     for (std::int64_t version = RequireArchive(database).version; version < kCurrentVersion; ++version) {
-        TakeStep(database, version);
+        ApplyStep(database, version);
         set("application_id", kApplicationId);
         set("user_version", version + 1);
     }

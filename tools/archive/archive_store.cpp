@@ -127,7 +127,7 @@ bool CArchiveStore::HasRecord(const SDayFileItem& item) {
     return found;
 }
 
-void CArchiveStore::TakeRecord(const SDayFileItem& item) {
+void CArchiveStore::AddRecord(const SDayFileItem& item) {
     if (HasRecord(item)) {
         ++m_tally.known;
         return;
@@ -140,7 +140,7 @@ void CArchiveStore::TakeRecord(const SDayFileItem& item) {
     ++m_tally.added;
 }
 
-void CArchiveStore::TakeDamage(const SDayFileDamage& damage) {
+void CArchiveStore::AddDamage(const SDayFileDamage& damage) {
     m_putDamage.Bind(m_fileId)
         .Bind(static_cast<std::int64_t>(damage.offset))
         .Bind(static_cast<std::int64_t>(damage.length))

@@ -41,8 +41,8 @@ public:
 
     /// All that follows, up to EndFile, belongs to this file. Its recorded damage is replaced.
     void BeginFile(const SDayFileState& file);
-    void TakeRecord(const SDayFileItem& item);
-    void TakeDamage(const SDayFileDamage& damage);
+    void AddRecord(const SDayFileItem& item);
+    void AddDamage(const SDayFileDamage& damage);
     /// A file that was not read to the end is read again by the next run, even if unchanged.
     SFileTally EndFile(bool isComplete);
 

@@ -12,7 +12,7 @@ namespace ruvo {
 
 namespace {
 
-constexpr int kPatienceMilliseconds = 10'000; // for another program that writes
+constexpr int kBusyTimeoutMilliseconds = 10'000; // for another program that writes
 
 /// Some names have a special meaning for SQLite; none of them starts like this.
 std::string PlainFileName(const std::string& path) {
@@ -84,7 +84,7 @@ CDatabase::CDatabase(const std::string& path, EDatabaseAccess access) {
     }
     std::string resolved;
     if (const SAccessResult result = ResolveOutputPath(path, resolved); !result.Good()) {
-        throw CDatabaseError(TellOutputFailure(result));
+        throw CDatabaseError(OutputFailureText(result));
     }
     Open(PlainFileName(resolved).c_str(), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOFOLLOW);
 }
@@ -105,7 +105,7 @@ void CDatabase::Open(const char* name, int flags) {
         sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr) != SQLITE_OK) {
         Fail();
     }
-    sqlite3_busy_timeout(handle, kPatienceMilliseconds);
+    sqlite3_busy_timeout(handle, kBusyTimeoutMilliseconds);
 }
 
 void CDatabase::TrustSchema() {

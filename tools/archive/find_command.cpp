@@ -115,7 +115,7 @@ int Find(const CArguments& arguments, const SFindQuery& query, SConsole& console
 
 int RunFind(const CArguments& arguments, SConsole& console) {
     SEventFilter filter;
-    if (!TakeFilterOptions(arguments, console, filter) || !CheckFormatOptions(arguments, console)) {
+    if (!ParseFilterOptions(arguments, console, filter) || !CheckFormatOptions(arguments, console)) {
         return kExitUsage;
     }
     const SFindQuery query{.text = SystemTextToUtf8(arguments.Get("TEXT")),

@@ -31,7 +31,7 @@ void AppendTerm(std::string& query, std::string_view word, std::string_view endi
 }
 
 /// Cuts a word, or a quoted phrase, off the front of the text.
-std::string_view TakePart(std::string_view& text, std::string_view ends) {
+std::string_view CutPart(std::string_view& text, std::string_view ends) {
     const std::size_t end = std::min(text.find_first_of(ends), text.size());
     const std::string_view part = text.substr(0, end);
     text.remove_prefix(end);
@@ -74,7 +74,7 @@ std::string FullTextQuery(std::string_view text) {
         if (isPhrase || IsBlank(text.front())) {
             text.remove_prefix(1);
         }
-        const std::string_view part = TakePart(text, isPhrase ? "\"" : kWordEnds);
+        const std::string_view part = CutPart(text, isPhrase ? "\"" : kWordEnds);
         AppendTerm(query, part, isPhrase ? "" : "*");
         if (isPhrase && !text.empty()) {
             text.remove_prefix(1); // the closing quote
@@ -99,7 +99,7 @@ std::vector<std::int64_t> FindRecords(CDatabase& database, const SFindQuery& que
     while (rows.Step()) {
         const std::span<const std::uint8_t> bytes = rows.BytesAt(1);
         const SParsedRecord parsed = bytes.empty() ? SParsedRecord() : ParseDayFileRecord(bytes);
-        if (parsed.record == nullptr || query.filter.TakesRecord(*parsed.record)) {
+        if (parsed.record == nullptr || query.filter.MatchesRecord(*parsed.record)) {
             ids.push_back(rows.NumberAt(0));
         }
     }

@@ -38,7 +38,7 @@ std::string CLineOutput::Finish(bool isWhole) {
     if (result.Good()) {
         result = m_buffer.File().Commit();
     }
-    return result.Good() ? std::string() : m_path + ": " + TellOutputFailure(result);
+    return result.Good() ? std::string() : m_path + ": " + OutputFailureText(result);
 }
 
 } // namespace ruvo

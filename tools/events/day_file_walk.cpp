@@ -5,37 +5,37 @@
 
 namespace ruvo {
 
-void CDayFileWalk::Read(const SFoundFiles& found, const Taker& take) {
+void CDayFileWalk::Read(const SFoundFiles& found, const ItemHandler& handle) {
     for (const std::string& failure : found.failures) {
-        Complain(failure);
+        ReportFailure(failure);
     }
     CProgress progress(m_console, found.files.size());
     std::size_t done = 0;
     for (const SFoundFile& file : found.files) {
         if (m_console.out.IsGood()) {
-            ReadDayFile(file, take, progress, done);
+            ReadDayFile(file, handle, progress, done);
         }
         ++done;
     }
 }
 
-void CDayFileWalk::ReadDayFile(const SFoundFile& file, const Taker& take, CProgress& progress,
+void CDayFileWalk::ReadDayFile(const SFoundFile& file, const ItemHandler& handle, CProgress& progress,
                                std::size_t filesDone) {
     if (const SFileResult opened = m_reader.Open(file.path); !opened.Good()) {
         progress.Clear();
-        Complain(file.path + ": " + SystemErrorText(opened.systemCode));
+        ReportFailure(file.path + ": " + SystemErrorText(opened.systemCode));
         return;
     }
     const SEventSource source{SystemTextToUtf8(file.path), file.relay};
     SDayFileItem item;
     while (m_console.out.IsGood() && m_reader.Next(item)) {
-        take(source, item, progress);
-        progress.Tell(filesDone, m_bytes + m_reader.Position());
+        handle(source, item, progress);
+        progress.Update(filesDone, m_bytes + m_reader.Position());
     }
     m_bytes += m_reader.Position();
 }
 
-void CDayFileWalk::Complain(const std::string& what) {
+void CDayFileWalk::ReportFailure(const std::string& what) {
     m_failures.push_back(EscapeControls(SystemTextToUtf8(what)));
     m_console.error.Write("ruvoctl: " + m_failures.back() + "\n");
     m_console.error.Flush();

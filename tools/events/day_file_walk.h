@@ -1,5 +1,4 @@
-// Reads day files one after the other for a command: with progress for people, and a word about every file
-// that cannot be read.
+// Reads day files one after the other for a command, shows progress, and reports files that cannot be read.
 #pragma once
 
 #include "dayfile/day_file_reader.h"
@@ -16,20 +15,21 @@ namespace ruvo {
 
 class CDayFileWalk {
 public:
-    /// Takes an item; what it prints on the console it announces to the progress.
-    using Taker =
+    /// Handles an item; calls progress.GiveWayToOutput before it prints to the console.
+    using ItemHandler =
         std::function<void(const SEventSource& source, const SDayFileItem& item, CProgress& progress)>;
 
     explicit CDayFileWalk(SConsole& console) : m_console(console) {}
 
-    /// Every item of every file, in the files' order, as long as the console's output takes more.
-    void Read(const SFoundFiles& found, const Taker& take);
-    /// What could not be read, and why; it has been said on the error output already.
+    /// Handles every item of every file, in order, until writing to the console fails.
+    void Read(const SFoundFiles& found, const ItemHandler& handle);
+    /// What could not be read, with the reason; already reported on standard error.
     [[nodiscard]] const std::vector<std::string>& Failures() const { return m_failures; }
 
 private:
-    void ReadDayFile(const SFoundFile& file, const Taker& take, CProgress& progress, std::size_t filesDone);
-    void Complain(const std::string& what);
+    void ReadDayFile(const SFoundFile& file, const ItemHandler& handle, CProgress& progress,
+                     std::size_t filesDone);
+    void ReportFailure(const std::string& what);
 
     SConsole& m_console;
     CDayFileReader m_reader;

@@ -1,4 +1,4 @@
-// Which day files the arguments name.
+// Finds the day files that the arguments name.
 #pragma once
 
 #include <string>
@@ -8,19 +8,19 @@ namespace ruvo {
 
 struct SFoundFile {
     std::string path;  ///< in the system's own form, as typed or below the folder as typed
-    std::string relay; ///< what the file's name tells, UTF-8
+    std::string relay; ///< from the name of the file, UTF-8
 };
 
 struct SFoundFiles {
     std::vector<SFoundFile> files;
-    std::vector<std::string> failures; ///< what could not be read, and why: "PATH: no such file or folder"
+    std::vector<std::string> failures; ///< "PATH: reason" for each that could not be read
 };
 
-/// A file named as such whatever its ending; of a folder all day files in it and below, sorted by path. Links
+/// A file is accepted with any extension; in a folder, all day files at any depth, sorted by path. Links
 /// inside a folder are not followed.
 [[nodiscard]] SFoundFiles FindDayFiles(const std::vector<std::string>& paths);
 
-/// The day file's name up to its date; without a date, up to its ending.
+/// The name of the day file up to its date; without a date, up to its extension.
 [[nodiscard]] std::string RelayOfFileName(const std::string& name);
 /// The date in the day file's name, as "2026-11-16"; empty for a name without one.
 [[nodiscard]] std::string DayOfFileName(const std::string& name);

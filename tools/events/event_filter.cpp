@@ -25,7 +25,7 @@ TimeKey MakeKey(const STimeFields& fields) {
 }
 
 /// Takes exactly `digits` digits off the text.
-bool TakeNumber(std::string_view& text, std::size_t digits, int& number) {
+bool ParseNumber(std::string_view& text, std::size_t digits, int& number) {
     if (text.size() < digits ||
         text.substr(0, digits).find_first_not_of("0123456789") != std::string_view::npos) {
         return false;
@@ -36,9 +36,9 @@ bool TakeNumber(std::string_view& text, std::size_t digits, int& number) {
 }
 
 /// Tenths, hundredths or thousandths of a second, to the end of the text.
-bool TakeFraction(std::string_view& text, int& milliseconds) {
+bool ParseFraction(std::string_view& text, int& milliseconds) {
     const std::size_t digits = text.size();
-    if (digits < 1 || digits > 3 || !TakeNumber(text, digits, milliseconds)) {
+    if (digits < 1 || digits > 3 || !ParseNumber(text, digits, milliseconds)) {
         return false;
     }
     for (std::size_t missing = digits; missing < 3; ++missing) {
@@ -47,16 +47,16 @@ bool TakeFraction(std::string_view& text, int& milliseconds) {
     return true;
 }
 
-bool TakeMark(std::string_view& text, std::string_view marks) {
+bool ParseMark(std::string_view& text, std::string_view marks) {
     const bool found = !text.empty() && marks.find(text.front()) != std::string_view::npos;
     text.remove_prefix(found ? 1 : 0);
     return found;
 }
 
-bool TakeDate(std::string_view& text, STimeFields& fields) {
-    const bool good = TakeNumber(text, 4, fields.year) && TakeMark(text, "-") &&
-                      TakeNumber(text, 2, fields.month) && TakeMark(text, "-") &&
-                      TakeNumber(text, 2, fields.day);
+bool ParseDate(std::string_view& text, STimeFields& fields) {
+    const bool good = ParseNumber(text, 4, fields.year) && ParseMark(text, "-") &&
+                      ParseNumber(text, 2, fields.month) && ParseMark(text, "-") &&
+                      ParseNumber(text, 2, fields.day);
     using namespace std::chrono;
     return good && year_month_day(year(fields.year), month(static_cast<unsigned>(fields.month)),
                                   day(static_cast<unsigned>(fields.day)))
@@ -64,14 +64,14 @@ bool TakeDate(std::string_view& text, STimeFields& fields) {
 }
 
 /// Hours and minutes, then seconds and milliseconds where they are given.
-bool TakeTimeOfDay(std::string_view& text, STimeFields& fields) {
-    if (!TakeNumber(text, 2, fields.hour) || !TakeMark(text, ":") || !TakeNumber(text, 2, fields.minute)) {
+bool ParseTimeOfDay(std::string_view& text, STimeFields& fields) {
+    if (!ParseNumber(text, 2, fields.hour) || !ParseMark(text, ":") || !ParseNumber(text, 2, fields.minute)) {
         return false;
     }
-    if (TakeMark(text, ":") && !TakeNumber(text, 2, fields.second)) {
+    if (ParseMark(text, ":") && !ParseNumber(text, 2, fields.second)) {
         return false;
     }
-    if (TakeMark(text, ".") && !TakeFraction(text, fields.milliseconds)) {
+    if (ParseMark(text, ".") && !ParseFraction(text, fields.milliseconds)) {
         return false;
     }
     return text.empty() && fields.hour < 24 && fields.minute < 60 && fields.second < 60;
@@ -100,7 +100,7 @@ TimeKey TimeKeyOf(const CParlaneIEC870& time) {
 
 std::optional<TimeKey> ParseTimeKey(std::string_view text, EDayEdge edge) {
     STimeFields fields;
-    if (!TakeDate(text, fields)) {
+    if (!ParseDate(text, fields)) {
         return std::nullopt;
     }
     if (text.empty()) {
@@ -111,15 +111,15 @@ std::optional<TimeKey> ParseTimeKey(std::string_view text, EDayEdge edge) {
         }
         return MakeKey(fields);
     }
-    return TakeMark(text, "T ") && TakeTimeOfDay(text, fields) ? std::optional(MakeKey(fields))
-                                                               : std::nullopt;
+    return ParseMark(text, "T ") && ParseTimeOfDay(text, fields) ? std::optional(MakeKey(fields))
+                                                                 : std::nullopt;
 }
 
-bool SEventFilter::TakesRelay(std::string_view name) const {
+bool SEventFilter::MatchesRelay(std::string_view name) const {
     return ContainsText(name, relay);
 }
 
-bool SEventFilter::TakesRecord(const CEventRecord& record) const {
+bool SEventFilter::MatchesRecord(const CEventRecord& record) const {
     const TimeKey key = TimeKeyOf(record.GetTimeStamp());
     return (!since || key >= *since) && (!until || key <= *until) &&
            (match.empty() || AnyTextMatches(record, match));

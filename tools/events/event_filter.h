@@ -1,4 +1,4 @@
-// Which records a person wants to see.
+// Selects records by time, relay and text.
 #pragma once
 
 #include "model/records/event_record.h"
@@ -26,8 +26,8 @@ struct SEventFilter {
     std::string relay;            ///< UTF-8; part of the relay's name; empty for all
     std::string match;            ///< UTF-8; part of one of the record's texts; empty for all
 
-    [[nodiscard]] bool TakesRelay(std::string_view name) const;
-    [[nodiscard]] bool TakesRecord(const CEventRecord& record) const;
+    [[nodiscard]] bool MatchesRelay(std::string_view name) const;
+    [[nodiscard]] bool MatchesRecord(const CEventRecord& record) const;
 };
 
 } // namespace ruvo

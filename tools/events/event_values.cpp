@@ -23,7 +23,7 @@ constexpr unsigned kFlagBits = 32;
 constexpr std::string_view kUnreadable = "????";
 
 /// Whether a format asks for any value: "80% zone" and "110%" hold no conversion that does.
-bool TakesValue(std::string_view format) {
+bool HasConversion(std::string_view format) {
     std::array<char, kCellTextCapacity> text{};
     bool lacksNone = true;
     FormatValues(nullptr, text.data(), text.size(), format, CParlaneDataList(), lacksNone);
@@ -46,7 +46,7 @@ std::string TextTakenOff(const CEventRecord& record) {
         return {};
     }
     const std::string_view rest = std::string_view(cell->GetLabelTemplate()).substr(kValueLabel.size());
-    return rest.starts_with('%') && !TakesValue(rest) ? WithoutDoubled(rest) : std::string();
+    return rest.starts_with('%') && !HasConversion(rest) ? WithoutDoubled(rest) : std::string();
 }
 
 } // namespace
@@ -64,7 +64,7 @@ std::string ValueText(const CCell& cell) {
     if (!IsValue(cell.GetValue())) {
         return {};
     }
-    if (cell.HasFormat() && TakesValue(cell.GetFormatPart())) {
+    if (cell.HasFormat() && HasConversion(cell.GetFormatPart())) {
         return cell.GetValueText();
     }
     std::string text;
@@ -75,7 +75,7 @@ std::string ValueText(const CCell& cell) {
 SCellTexts CellTexts(const CCell& cell) {
     std::string label = cell.GetLabelText();
     // A value that does not suit leaves the template as it stands.
-    const bool isValue = !cell.HasFormat() && TakesValue(cell.GetLabelTemplate()) &&
+    const bool isValue = !cell.HasFormat() && HasConversion(cell.GetLabelTemplate()) &&
                          IsValue(cell.GetValue()) && label != cell.GetLabelTemplate();
     return isValue ? SCellTexts{.label = {}, .value = std::move(label)}
                    : SCellTexts{.label = std::move(label), .value = ValueText(cell)};
@@ -87,7 +87,7 @@ std::string EventLine(const CEventRecord& record) {
     if (text == kUnreadable && stored != kUnreadable) {
         return text + " (" + stored + ")";
     }
-    const bool isFormat = text.empty() || TakesValue(stored);
+    const bool isFormat = text.empty() || HasConversion(stored);
     return (isFormat ? text : CleanDisplayLine(WithoutDoubled(stored))) + TextTakenOff(record);
 }
 

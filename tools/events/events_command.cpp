@@ -46,10 +46,10 @@ public:
         m_printer.PrintHead(m_out.Text());
     }
 
-    void TakeRecord(const SEventSource& source, const SDayFileItem& item) {
+    void AddRecord(const SEventSource& source, const SDayFileItem& item) {
         if (!m_sort) {
             m_printer.PrintRecord(m_out.Text(), source, item);
-            m_out.Settle();
+            m_out.FlushIfFull();
             return;
         }
         std::string text;
@@ -58,9 +58,9 @@ public:
     }
 
     /// Damage has no time; in sorted output it follows all records.
-    void TakeDamage(const SEventSource& source, const SDayFileDamage& damage) {
+    void AddDamage(const SEventSource& source, const SDayFileDamage& damage) {
         m_printer.PrintDamage(m_sort ? m_damage : m_out.Text(), source, damage);
-        m_out.Settle();
+        m_out.FlushIfFull();
     }
 
     /// False when the output is written only at the end.
@@ -85,11 +85,12 @@ private:
 
 int RunEvents(const CArguments& arguments, SConsole& console) {
     SEventFilter filter;
-    if (!TakeFilterOptions(arguments, console, filter) || !CheckFormatOptions(arguments, console)) {
+    if (!ParseFilterOptions(arguments, console, filter) || !CheckFormatOptions(arguments, console)) {
         return kExitUsage;
     }
     SFoundFiles found = FindDayFiles(arguments.GetAll("FILE|FOLDER"));
-    std::erase_if(found.files, [&filter](const SFoundFile& file) { return !filter.TakesRelay(file.relay); });
+    std::erase_if(found.files,
+                  [&filter](const SFoundFile& file) { return !filter.MatchesRelay(file.relay); });
     std::size_t relayWidth = 0;
     for (const SFoundFile& file : found.files) {
         relayWidth = std::max(relayWidth, ColumnsOf(file.relay));
@@ -99,15 +100,15 @@ int RunEvents(const CArguments& arguments, SConsole& console) {
     bool isSound = true;
     CDayFileWalk walk(console);
     walk.Read(found, [&](const SEventSource& source, const SDayFileItem& item, CProgress& progress) {
-        const bool isTaken = item.record != nullptr && filter.TakesRecord(*item.record);
+        const bool isTaken = item.record != nullptr && filter.MatchesRecord(*item.record);
         if (sink.PrintsAtOnce() && (isTaken || item.damage)) {
             progress.GiveWayToOutput();
         }
         if (isTaken) {
-            sink.TakeRecord(source, item);
+            sink.AddRecord(source, item);
         }
         if (item.damage) {
-            sink.TakeDamage(source, *item.damage);
+            sink.AddDamage(source, *item.damage);
             isSound = false;
         }
     });

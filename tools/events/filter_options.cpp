@@ -6,8 +6,8 @@ namespace ruvo {
 
 namespace {
 
-bool TakeTime(const CArguments& arguments, std::string_view name, EDayEdge edge, std::optional<TimeKey>& key,
-              SConsole& console) {
+bool ParseTime(const CArguments& arguments, std::string_view name, EDayEdge edge, std::optional<TimeKey>& key,
+               SConsole& console) {
     if (!arguments.Has(name)) {
         return true;
     }
@@ -21,11 +21,11 @@ bool TakeTime(const CArguments& arguments, std::string_view name, EDayEdge edge,
 
 } // namespace
 
-bool TakeFilterOptions(const CArguments& arguments, SConsole& console, SEventFilter& filter) {
+bool ParseFilterOptions(const CArguments& arguments, SConsole& console, SEventFilter& filter) {
     filter.relay = arguments.Get("--relay");
     filter.match = arguments.Get("--match");
-    return TakeTime(arguments, "--since", EDayEdge::Start, filter.since, console) &&
-           TakeTime(arguments, "--until", EDayEdge::End, filter.until, console);
+    return ParseTime(arguments, "--since", EDayEdge::Start, filter.since, console) &&
+           ParseTime(arguments, "--until", EDayEdge::End, filter.until, console);
 }
 
 } // namespace ruvo

@@ -15,6 +15,6 @@ inline constexpr SOption kRelayOption{EOptionKind::Text, "--relay",
                                       "only relays whose name contains this text; case does not matter"};
 
 /// Fills the filter from these options and from "--match". Reports an invalid time and returns false.
-[[nodiscard]] bool TakeFilterOptions(const CArguments& arguments, SConsole& console, SEventFilter& filter);
+[[nodiscard]] bool ParseFilterOptions(const CArguments& arguments, SConsole& console, SEventFilter& filter);
 
 } // namespace ruvo

@@ -78,7 +78,7 @@ bool PutPage(const std::string& path, const std::string& page, const CReportData
 }
 
 /// A line without a time matches: it may be the one that matters.
-bool TakesLine(const SEventFilter& filter, const SLogLine& line) {
+bool MatchesLine(const SEventFilter& filter, const SLogLine& line) {
     const auto key = ParseTimeKey(line.time, EDayEdge::Start);
     return !key || ((!filter.since || *key >= *filter.since) && (!filter.until || *key <= *filter.until));
 }
@@ -96,7 +96,7 @@ bool AddProblems(const std::string& path, const SEventFilter& filter, CReportDat
     }
     if (result.Good()) {
         for (SLogLine line; reader.Next(line);) {
-            if (TakesLine(filter, line)) {
+            if (MatchesLine(filter, line)) {
                 data.AddProblem(line);
             }
         }
@@ -118,7 +118,7 @@ bool AddEvents(const SFoundFiles& found, const SEventFilter& filter, CReportData
     }
     CDayFileWalk walk(console);
     walk.Read(found, [&](const SEventSource& source, const SDayFileItem& item, CProgress& /*progress*/) {
-        if (item.record != nullptr && filter.TakesRecord(*item.record)) {
+        if (item.record != nullptr && filter.MatchesRecord(*item.record)) {
             data.AddRecord(source, item);
         }
         if (item.damage) {
@@ -151,7 +151,7 @@ std::optional<unsigned> SilentDays(const CArguments& arguments, SConsole& consol
 int RunReport(const CArguments& arguments, SConsole& console) {
     SEventFilter filter;
     const std::optional<unsigned> silentDays = SilentDays(arguments, console);
-    if (!silentDays || !TakeFilterOptions(arguments, console, filter)) {
+    if (!silentDays || !ParseFilterOptions(arguments, console, filter)) {
         return kExitUsage;
     }
     if (!arguments.Has("--output")) {
@@ -159,7 +159,8 @@ int RunReport(const CArguments& arguments, SConsole& console) {
         return kExitUsage;
     }
     SFoundFiles found = FindDayFiles(arguments.GetAll("EVENTROOT"));
-    std::erase_if(found.files, [&filter](const SFoundFile& file) { return !filter.TakesRelay(file.relay); });
+    std::erase_if(found.files,
+                  [&filter](const SFoundFile& file) { return !filter.MatchesRelay(file.relay); });
     CReportData data;
     bool isGood = AddEvents(found, filter, data, console);
     if (arguments.Has("--log")) {

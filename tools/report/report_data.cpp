@@ -110,7 +110,7 @@ CReportData::Indexes CReportData::LinesOf(const CEventRecord& record) {
     return lines;
 }
 
-void CReportData::TakeTime(SEvent& event, const CParlaneIEC870& time) {
+void CReportData::SetTime(SEvent& event, const CParlaneIEC870& time) {
     event.hasTime = IsRealTime(time);
     if (event.hasTime) {
         event.time = MillisecondsOf(time.ToFields());
@@ -124,7 +124,7 @@ void CReportData::TakeTime(SEvent& event, const CParlaneIEC870& time) {
 void CReportData::AddRecord(const SEventSource& source, const SDayFileItem& item) {
     const CEventRecord& record = *item.record;
     SEvent event;
-    TakeTime(event, record.GetTimeStamp());
+    SetTime(event, record.GetTimeStamp());
     event.file = FileIndex(source);
     event.shape = ShapeOf(item);
     const std::string flags = NamedFlags(record);

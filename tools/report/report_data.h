@@ -68,7 +68,7 @@ private:
     Index RelayText(const std::string& cp1252);
     Index ShapeOf(const SDayFileItem& item);
     Indexes LinesOf(const CEventRecord& record);
-    void TakeTime(SEvent& event, const CParlaneIEC870& time);
+    void SetTime(SEvent& event, const CParlaneIEC870& time);
 
     void WriteEvents(CJsonWriter& json) const;
     void WriteProblems(CJsonWriter& json) const;

@@ -73,14 +73,14 @@ private:
         const SFoundFiles found = FindDayFiles({m_question.eventRoot});
         std::map<std::string, std::string> newest; // path by relay
         for (const SFoundFile& file : found.files) {
-            if (TakeName(NameOf(file.path), m_status.relays[file.relay])) {
+            if (UpdateNewestFile(NameOf(file.path), m_status.relays[file.relay])) {
                 newest[file.relay] = SystemTextToUtf8(file.path);
             }
         }
         CDayFileWalk walk(m_console);
         walk.Read(found, [&](const SEventSource& source, const SDayFileItem& item, CProgress& /*progress*/) {
             SRelayStatus& relay = m_status.relays[source.relay];
-            TakeItem(item, relay, newest[source.relay] == source.file);
+            CountItem(item, relay, newest[source.relay] == source.file);
             relay.freshDamaged += item.damage && IsFresh(NameOf(source.file)) ? 1 : 0;
             if (item.damage && item.damage->fault == EDayFileFault::ReadFailed) {
                 m_status.failures.push_back(source.file + ": could not be read to the end");
@@ -95,7 +95,7 @@ private:
 
     /// True for the relay's newest day file so far. A date in the future, from a clock that was wrong once,
     /// must not hide for years that the relay sends nothing any more.
-    [[nodiscard]] bool TakeName(const std::string& name, SRelayStatus& relay) const {
+    [[nodiscard]] bool UpdateNewestFile(const std::string& name, SRelayStatus& relay) const {
         std::string day = DayOfFileName(name);
         const auto number = DayNumber(day);
         const bool isToCome = number && *number > m_today + 1; // a file of tomorrow is one of another clock
@@ -122,7 +122,7 @@ private:
         return !day || !first || *day + 1 >= *first;
     }
 
-    static void TakeItem(const SDayFileItem& item, SRelayStatus& relay, bool isNewestFile) {
+    static void CountItem(const SDayFileItem& item, SRelayStatus& relay, bool isNewestFile) {
         relay.damaged += item.damage ? 1 : 0;
         if (item.record == nullptr) {
             return;
@@ -154,31 +154,31 @@ private:
             ++m_status.log.lines;
             if (!line.time.empty()) {
                 counts = line.time >= m_question.since;
-                TakeEarly(early, *counts);
+                FlushEarly(early, *counts);
             }
             if (!counts && early.size() < kMostEarly) {
                 early.push_back(line);
             } else if (counts.value_or(true)) {
-                TakeProblem(line);
+                AddProblem(line);
             }
         }
-        TakeEarly(early, true);
+        FlushEarly(early, true);
         if (!reader.Result().Good()) {
             m_status.failures.push_back(SystemTextToUtf8(m_question.logPath) + ": " +
                                         SystemErrorText(reader.Result().systemCode));
         }
     }
 
-    void TakeEarly(std::vector<SLogLine>& early, bool counts) {
+    void FlushEarly(std::vector<SLogLine>& early, bool counts) {
         for (const SLogLine& line : early) {
             if (counts) {
-                TakeProblem(line);
+                AddProblem(line);
             }
         }
         early.clear();
     }
 
-    void TakeProblem(const SLogLine& line) {
+    void AddProblem(const SLogLine& line) {
         SLogStatus& log = m_status.log;
         ++log.problems;
         SLogGroup& group = log.groups[ShortConnectionName(line.connection)];

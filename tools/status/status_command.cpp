@@ -58,8 +58,8 @@ Example: after each night's run
   ruvoctl status events/ RUVO_Errors.log --warn-silent 7 --prometheus /var/lib/prometheus/node-exporter/ruvo.prom)";
 
 /// Reports an option that is not a number and returns false.
-bool TakeNumber(const CArguments& arguments, std::string_view name, std::uint64_t& number,
-                SConsole& console) {
+bool ParseNumber(const CArguments& arguments, std::string_view name, std::uint64_t& number,
+                 SConsole& console) {
     if (!arguments.Has(name)) {
         return true;
     }
@@ -73,14 +73,14 @@ bool TakeNumber(const CArguments& arguments, std::string_view name, std::uint64_
     return isGood;
 }
 
-bool TakeThresholds(const CArguments& arguments, SThresholds& thresholds, SConsole& console) {
-    return TakeNumber(arguments, "--warn-silent", thresholds.warnSilent, console) &&
-           TakeNumber(arguments, "--critical-silent", thresholds.criticalSilent, console) &&
-           TakeNumber(arguments, "--warn-problems", thresholds.warnProblems, console) &&
-           TakeNumber(arguments, "--critical-problems", thresholds.criticalProblems, console);
+bool ParseThresholds(const CArguments& arguments, SThresholds& thresholds, SConsole& console) {
+    return ParseNumber(arguments, "--warn-silent", thresholds.warnSilent, console) &&
+           ParseNumber(arguments, "--critical-silent", thresholds.criticalSilent, console) &&
+           ParseNumber(arguments, "--warn-problems", thresholds.warnProblems, console) &&
+           ParseNumber(arguments, "--critical-problems", thresholds.criticalProblems, console);
 }
 
-bool TakeSince(const CArguments& arguments, std::string& since, SConsole& console) {
+bool ParseSinceOption(const CArguments& arguments, std::string& since, SConsole& console) {
     const std::string text = arguments.Has("--since") ? arguments.Get("--since") : "24h";
     since = ParseSince(text);
     if (since.empty()) {
@@ -93,7 +93,7 @@ bool TakeSince(const CArguments& arguments, std::string& since, SConsole& consol
 }
 
 /// One name per line; "#" starts a comment.
-bool TakeExpected(const CArguments& arguments, std::vector<std::string>& relays, SConsole& console) {
+bool ReadExpectedRelays(const CArguments& arguments, std::vector<std::string>& relays, SConsole& console) {
     const std::string path = arguments.Get("--expect");
     if (path.empty()) {
         return true;
@@ -139,18 +139,19 @@ int RunStatus(const CArguments& arguments, SConsole& console) {
                            .logPath = arguments.Get("LOG"),
                            .since = {},
                            .expected = {}};
-    if (!TakeThresholds(arguments, thresholds, console) || !TakeSince(arguments, question.since, console) ||
-        !TakeExpected(arguments, question.expected, console)) {
+    if (!ParseThresholds(arguments, thresholds, console) ||
+        !ParseSinceOption(arguments, question.since, console) ||
+        !ReadExpectedRelays(arguments, question.expected, console)) {
         console.out.Write(kUsageVerdict);
         return kExitUnknown;
     }
     SSiteStatus status = ReadSiteStatus(question, console);
-    SVerdict verdict = Judge(status, thresholds);
+    SVerdict verdict = Evaluate(status, thresholds);
     // First, because a failure here is part of the verdict.
     if (const std::string failure = WriteMetrics(arguments, status, verdict); !failure.empty()) {
         console.error.Write("ruvoctl: " + EscapeControls(failure) + "\n");
         status.failures.push_back(failure);
-        verdict = Judge(status, thresholds);
+        verdict = Evaluate(status, thresholds);
     }
     console.out.Write(arguments.Get("--format") == "json" ? StatusAsJson(status, verdict)
                                                           : StatusAsText(status, verdict));

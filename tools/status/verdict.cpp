@@ -29,8 +29,8 @@ void Add(SVerdict& verdict, EState state, std::string text) {
     }
 }
 
-void JudgeRelay(const std::string& name, const SRelayStatus& relay, const SThresholds& thresholds,
-                SVerdict& verdict) {
+void EvaluateRelay(const std::string& name, const SRelayStatus& relay, const SThresholds& thresholds,
+                   SVerdict& verdict) {
     if (relay.silentDays) {
         // The current day is not over and does not count against the relay.
         const auto days = static_cast<std::uint64_t>(*relay.silentDays);
@@ -64,7 +64,7 @@ std::string_view StateName(EState state) {
     return kNames.at(static_cast<std::size_t>(state));
 }
 
-SVerdict Judge(const SSiteStatus& status, const SThresholds& thresholds) {
+SVerdict Evaluate(const SSiteStatus& status, const SThresholds& thresholds) {
     SVerdict verdict;
     for (const std::string& failure : status.failures) {
         Add(verdict, EState::Unknown, failure);
@@ -73,7 +73,7 @@ SVerdict Judge(const SSiteStatus& status, const SThresholds& thresholds) {
         Add(verdict, EState::Warning, "no relay has a day file yet");
     }
     for (const auto& [name, relay] : status.relays) {
-        JudgeRelay(name, relay, thresholds, verdict);
+        EvaluateRelay(name, relay, thresholds, verdict);
     }
     if (status.log.isMissing) { // looks good, but the path may be wrong
         Add(verdict, EState::Warning,

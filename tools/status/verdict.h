@@ -33,6 +33,6 @@ struct SVerdict {
     std::vector<SCause> causes; ///< the worst first; none when all is good
 };
 
-[[nodiscard]] SVerdict Judge(const SSiteStatus& status, const SThresholds& thresholds);
+[[nodiscard]] SVerdict Evaluate(const SSiteStatus& status, const SThresholds& thresholds);
 
 } // namespace ruvo
