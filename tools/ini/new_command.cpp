@@ -47,7 +47,7 @@ needs a name that is valid for its timer.
 All paths in the file are absolute. The defaults are /var/lib/ruvo/SITE for events and
 /var/log/ruvo/SITE.log for the error log if those folders exist and are writable, else SITE and SITE.log
 next to the file.
-Exit status: 0 on success, 1 on failure (no file created, or created but the message could not be
+Exit status: 0 on success, 1 on failure (no file was created, unless only the message could not be
 written), 2 on a usage error.
 
 Example: with prompts, then without
