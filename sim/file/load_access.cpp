@@ -57,7 +57,7 @@ EBlocking ReadBlocking(CTableReader& table) {
     const std::string text = table.Text("blocking").value_or("temporary");
     if (text != "temporary" && text != "permanent") {
         throw CSubstationError(table.Find("blocking")->line,
-                               "blocking: want \"temporary\" or \"permanent\", found \"" + text + "\"");
+                               "blocking: expected \"temporary\" or \"permanent\", found \"" + text + "\"");
     }
     return text == "permanent" ? EBlocking::Permanent : EBlocking::Temporary;
 }
@@ -66,7 +66,7 @@ std::string ReadPassword(const STomlNode& node, std::size_t maximum) {
     std::string password = ReadPasswordText(node);
     if (password.size() > maximum) {
         throw CSubstationError(node.line,
-                               "password: want at most " + std::to_string(maximum) + " characters");
+                               "password: expected at most " + std::to_string(maximum) + " characters");
     }
     return password;
 }
@@ -92,7 +92,7 @@ void ReadEnciphered(CTableReader& table, SRelay& relay, SAccess& access) {
     const std::string key = table.Text("key").value_or(std::string(kDefaultKey));
     constexpr std::size_t kKeyBytes = 16;
     if (key.size() != 2 * kKeyBytes || ParseHexBytes(key, table.Line()).size() != kKeyBytes) {
-        throw CSubstationError(node->line, "key: want 32 hexadecimal digits");
+        throw CSubstationError(node->line, "key: expected 32 hexadecimal digits");
     }
     access.password = CParlaneEncryptedPassword(ReadPaddedPassword(table, kEncipheredLength), key).GetBytes();
     relay.cells.try_emplace(cells::kEncryptionKey,
@@ -106,7 +106,7 @@ std::string ReadUserName(const STomlNode& node) {
     std::string name = WithoutTrailingBlanks(DecodeDeviceBytes(ReadRelayText(node, "name")));
     if (name.empty() || name.size() > kUserNameLength) {
         throw CSubstationError(node.line,
-                               "name: want 1 to " + std::to_string(kUserNameLength) + " characters");
+                               "name: expected 1 to " + std::to_string(kUserNameLength) + " characters");
     }
     return name;
 }
@@ -143,7 +143,7 @@ void AddUser(const STomlNode& node, std::size_t passwordLength, SRelay& relay, S
 void ReadUsers(CTableReader& table, SRelay& relay, SAccess& access) {
     const std::vector<STomlNode>& users = table.Items("users");
     if (users.size() > kMaxUsers) {
-        throw CSubstationError(table.Line(), "users: want at most " + std::to_string(kMaxUsers));
+        throw CSubstationError(table.Line(), "users: expected at most " + std::to_string(kMaxUsers));
     }
     // The longer passwords of the second edition are there when the probe cell is not.
     const bool salted = table.Flag("salted", true);
@@ -178,8 +178,8 @@ std::uint8_t ReadPasswordReply(CTableReader& table) {
     constexpr std::uint8_t kSecond = ReplyCodeOf(kReplyPasswordNeededToo);
     const auto reply = static_cast<std::uint8_t>(table.Integer("reply", kFirst, kSecond).value_or(kFirst));
     if (!IsPasswordRequest(ReplyStatus(reply))) {
-        throw CSubstationError(table.Find("reply")->line, "reply: want " + std::to_string(kFirst) + " or " +
-                                                              std::to_string(kSecond) +
+        throw CSubstationError(table.Find("reply")->line, "reply: expected " + std::to_string(kFirst) +
+                                                              " or " + std::to_string(kSecond) +
                                                               ", the replies that ask for a password");
     }
     return reply;

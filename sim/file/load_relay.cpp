@@ -150,7 +150,7 @@ SColumn ReadColumn(const STomlNode& node, const std::string& what) {
     const std::string form = table.Text("locations").value_or("menu");
     if (form != "menu" && form != "uint") {
         throw CSubstationError(table.Find("locations")->line,
-                               "locations: want \"menu\" or \"uint\", found \"" + form + "\"");
+                               "locations: expected \"menu\" or \"uint\", found \"" + form + "\"");
     }
     column.unsignedLocations = form == "uint";
     column.listing = FindListing(table);

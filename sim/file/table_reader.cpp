@@ -102,7 +102,7 @@ void CTableReader::RejectUnknownKeys() const {
 
 void RequireKind(const STomlNode& node, ETomlKind kind, std::string_view what) {
     if (node.kind != kind) {
-        throw CSubstationError(node.line, std::string(what) + ": want " + std::string(KindName(kind)) +
+        throw CSubstationError(node.line, std::string(what) + ": expected " + std::string(KindName(kind)) +
                                               ", found " + std::string(KindName(node.kind)));
     }
 }
@@ -111,8 +111,8 @@ std::int64_t ReadInteger(const STomlNode& node, std::int64_t minimum, std::int64
                          std::string_view what) {
     RequireKind(node, ETomlKind::Integer, what);
     if (node.integer < minimum || node.integer > maximum) {
-        throw CSubstationError(node.line, std::string(what) + ": want " + std::to_string(minimum) + " to " +
-                                              std::to_string(maximum) + ", found " +
+        throw CSubstationError(node.line, std::string(what) + ": expected " + std::to_string(minimum) +
+                                              " to " + std::to_string(maximum) + ", found " +
                                               std::to_string(node.integer));
     }
     return node.integer;
@@ -123,7 +123,7 @@ CellAddress ParseCellAddress(std::string_view text, std::size_t line) {
     const auto column = shaped ? HexByte(text.substr(0, 2)) : std::nullopt;
     const auto row = shaped ? HexByte(text.substr(3)) : std::nullopt;
     if (!column || !row) {
-        throw CSubstationError(line, "want a cell such as \"0A.1F\", found " + Quoted(text));
+        throw CSubstationError(line, "expected a cell such as \"0A.1F\", found " + Quoted(text));
     }
     return MakeCellAddress(*column, *row);
 }
@@ -131,7 +131,7 @@ CellAddress ParseCellAddress(std::string_view text, std::size_t line) {
 std::uint8_t ParseColumn(std::string_view text, std::size_t line) {
     const auto column = HexByte(text);
     if (!column) {
-        throw CSubstationError(line, "want a column such as \"0A\", found " + Quoted(text));
+        throw CSubstationError(line, "expected a column such as \"0A\", found " + Quoted(text));
     }
     return *column;
 }
@@ -145,7 +145,7 @@ std::vector<std::uint8_t> ParseHexBytes(std::string_view text, std::size_t line)
         }
         const auto byte = HexByte(text.substr(at, 2));
         if (!byte) {
-            throw CSubstationError(line, "want pairs of hexadecimal digits, found " + Quoted(text));
+            throw CSubstationError(line, "expected pairs of hexadecimal digits, found " + Quoted(text));
         }
         bytes.push_back(*byte);
         at += 2;

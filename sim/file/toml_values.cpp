@@ -122,7 +122,7 @@ STypedBytes EncodeNumber(const SSource& source) {
     const bool longForm = source.table.Flag("long", false);
     const double value = ReadReal(source.node, source.row.key);
     if (!std::isfinite(value)) {
-        throw CSubstationError(source.node.line, "number: want a finite number");
+        throw CSubstationError(source.node.line, "number: expected a finite number");
     }
     const CParlaneNumber number(value, ReadUnit(source), longForm ? ENumberForm::Long : ENumberForm::Short);
     return {static_cast<std::uint8_t>(longForm ? kTypeLongNumber : kTypeShortNumber), WireBytesOf(number)};
@@ -138,7 +138,7 @@ void RequireRelayTime(const STomlNode& node) {
     constexpr int kFirstYear = 1980;
     constexpr int kLastYear = 2079;
     if (node.time.year < kFirstYear || node.time.year > kLastYear) {
-        throw CSubstationError(node.line, "time: want a year from 1980 to 2079");
+        throw CSubstationError(node.line, "time: expected a year from 1980 to 2079");
     }
 }
 
@@ -212,7 +212,7 @@ std::optional<Variant> FindUntypedValue(CTableReader& table) {
 }
 
 std::string WantedValue(std::string_view what) {
-    return std::string(what) + ": want a value such as \"a text\" or { uint = 1 }";
+    return std::string(what) + ": expected a value such as \"a text\" or { uint = 1 }";
 }
 
 } // namespace
