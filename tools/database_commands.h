@@ -1,4 +1,4 @@
-// The commands around the archive, where the build has a database for them.
+// The commands of the archive, in builds with a database.
 #pragma once
 
 #include "tools/command.h"
@@ -7,7 +7,7 @@
 
 namespace ruvo {
 
-/// None where tools/no_database.cpp is built in the place of tools/archive.
+/// Empty if tools/no_database.cpp is built instead of tools/archive.
 std::span<const SCommand> DatabaseCommands();
 
 } // namespace ruvo

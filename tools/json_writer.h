@@ -1,4 +1,4 @@
-// Writes JSON as it goes, into a text of the caller's; nothing is kept but whether a comma is due.
+// Appends JSON to the caller's string; the only state is whether a comma is due.
 #pragma once
 
 #include "tools/text_encoding.h"
@@ -10,7 +10,7 @@
 
 namespace ruvo {
 
-/// The caller pairs Open and Close and gives a key before each value of an object.
+/// The caller pairs Open and Close, and writes a key before each value of an object.
 class CJsonWriter {
 public:
     explicit CJsonWriter(std::string& out) : m_out(out) {}
@@ -54,9 +54,9 @@ public:
     }
     void Bool(bool value) { Literal(value ? "true" : "false"); }
     void Null() { Literal("null"); }
-    /// A value that is JSON already.
+    /// A value that is already JSON.
     void Ready(std::string_view json) { Literal(json); }
-    /// What `write` appends, as a text; it must need no escape.
+    /// A string that `write` appends; it must not need escaping.
     template <class TWrite>
     void PlainText(const TWrite& write) {
         OpenText();

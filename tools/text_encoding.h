@@ -1,4 +1,4 @@
-// Text on its way out: UTF-8, and no control character reaches a terminal as it is.
+// Output text: UTF-8, with control characters escaped for terminals.
 #pragma once
 
 #include <cstddef>
@@ -13,20 +13,20 @@ void AppendJsonRelayText(std::string& out, std::string_view cp1252);
 /// Appends UTF-8 text as the inside of a JSON string; control characters become \u00NN.
 void AppendJsonText(std::string& out, std::string_view utf8);
 
-/// A text of the system (a path, a line of a file) as UTF-8: one that is not well-formed UTF-8 is taken as
+/// Converts a text of the system (a path, a line of a file) to UTF-8: text that is not valid UTF-8 is read as
 /// code page 1252.
 std::string SystemTextToUtf8(std::string_view text);
 
-/// UTF-8 with control characters as "\xNN"; line feeds stay where they are wanted.
+/// UTF-8 with control characters as "\xNN"; line feeds are kept on request.
 enum class ELineFeeds : bool { Escape, Keep };
 std::string EscapeControls(std::string_view utf8, ELineFeeds lineFeeds = ELineFeeds::Escape);
-/// A relay's text in that form.
+/// The same for a relay's text.
 std::string ReadableRelayText(std::string_view cp1252, ELineFeeds lineFeeds = ELineFeeds::Escape);
 
-/// The same on one line, without the blanks around it.
+/// The same on one line, without surrounding blanks.
 std::string ReadableRelayLine(std::string_view cp1252);
 
-/// How many columns the text takes: its characters.
+/// The width of the text in columns: its number of characters.
 std::size_t ColumnsOf(std::string_view utf8);
 
 /// True when `part` occurs in `text`, ASCII letters compared without case.
