@@ -229,26 +229,32 @@ LinkStatus CP32Wrap::EnterPassword(CProgressMonitor* monitor, bool passwordEnter
 }
 
 LinkStatus CP32Wrap::EnterNonCyberSecurityPassword(const SPasswordRequest& request, bool passwordEntered) {
-    return Held()->m_passwordLogin.EnterNonCyberSecurityPassword(request, passwordEntered);
+    return Held()->m_entry.RunLogin(
+        [&] { return m_passwordLogin.EnterNonCyberSecurityPassword(request, passwordEntered); });
 }
 
 LinkStatus CP32Wrap::EnterCyberSecurityPassword(const SPasswordRequest& request, bool passwordEntered,
                                                 std::uint8_t securityColumn) {
-    return Held()->m_passwordLogin.EnterCyberSecurityPassword(request, passwordEntered, securityColumn);
+    return Held()->m_entry.RunLogin(
+        [&] { return m_passwordLogin.EnterCyberSecurityPassword(request, passwordEntered, securityColumn); });
 }
 
 LinkStatus CP32Wrap::EnterCyberSecurityBrickIntegratedLoginAndPassword(const SPasswordRequest& request,
                                                                        bool passwordEntered,
                                                                        std::uint8_t securityColumn) {
-    return Held()->m_userLogin.EnterCyberSecurityBrickIntegratedLoginAndPassword(request, passwordEntered,
-                                                                                 securityColumn);
+    return Held()->m_entry.RunLogin([&] {
+        return m_userLogin.EnterCyberSecurityBrickIntegratedLoginAndPassword(request, passwordEntered,
+                                                                             securityColumn);
+    });
 }
 
 LinkStatus CP32Wrap::EnterCyberSecurityBrickIntegratedLoginAndPasswordCSEd3(const SPasswordRequest& request,
                                                                             bool passwordEntered,
                                                                             std::uint8_t securityColumn) {
-    return Held()->m_userLogin.EnterCyberSecurityBrickIntegratedLoginAndPasswordCSEd3(
-        request, passwordEntered, securityColumn);
+    return Held()->m_entry.RunLogin([&] {
+        return m_userLogin.EnterCyberSecurityBrickIntegratedLoginAndPasswordCSEd3(request, passwordEntered,
+                                                                                  securityColumn);
+    });
 }
 
 LinkStatus CP32Wrap::ChangeHashedPasswordSettingForCSEd3(CProgressMonitor* monitor, CellAddress cell,

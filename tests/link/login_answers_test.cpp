@@ -3,6 +3,9 @@
 #include "login_fixture.h"
 #include "support/case_table.h"
 
+#include <algorithm>
+#include <functional>
+
 namespace ruvo::test {
 namespace {
 
@@ -62,6 +65,28 @@ TEST_F(LoginFlows, WithoutACallbackOrWithOneThatFails) {
         EXPECT_EQ(Enter(), 18U);
         EXPECT_TRUE(written.empty() && flow.ends_with("cancelled|")) << flow;
         SetCallbacks(true);
+    }
+}
+
+TEST_F(LoginFlows, ALoginByItselfIsAnEntryWithoutTheGuard) {
+    const SPasswordRequest request{};
+    const std::function<LinkStatus()> logins[] = {
+        [&] { return link->EnterNonCyberSecurityPassword(request, false); },
+        [&] { return link->EnterCyberSecurityPassword(request, false, 0x9C); },
+        [&] { return link->EnterCyberSecurityBrickIntegratedLoginAndPassword(request, false, 0x9C); },
+        [&] { return link->EnterCyberSecurityBrickIntegratedLoginAndPasswordCSEd3(request, false, 0x9C); }};
+    for (int version = 0; version < 4; ++version) {
+        SetRelay(version);
+        server.calls.clear();
+        g_declineAt = 2;
+        link->RequestAbort();
+        EXPECT_EQ(logins[version](), 18U) << version;
+        EXPECT_TRUE(server.calls.empty());
+        EXPECT_EQ(logins[version](), kLinkGood) << version;
+        g_fail = true;
+        EXPECT_EQ(logins[version](), 18U) << version;
+        g_fail = false;
+        EXPECT_EQ(std::ranges::count(server.calls, "ChangeSetting BF.03"), 0);
     }
 }
 

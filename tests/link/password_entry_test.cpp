@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
+#include <utility>
 
 namespace ruvo::test {
 namespace {
@@ -21,6 +23,7 @@ struct SApplication {
     int cancelled = 0;
     int declineFrom = 2; ///< the callback gives up from this code on
     std::uint32_t noNotify = 0;
+    std::function<void()> inside; ///< what the next call of the callback does first
 } g_application;
 
 int GivePassword(const SPasswordRequest& request, char** buffer, std::uint32_t maxLength,
@@ -31,6 +34,8 @@ int GivePassword(const SPasswordRequest& request, char** buffer, std::uint32_t m
     g_application.request = request;
     g_application.maxLength = maxLength;
     g_application.codes.push_back(code);
+    if (const auto act = std::exchange(g_application.inside, nullptr))
+        act();
     std::memcpy(*buffer, "AAAA", std::min<std::size_t>(4, maxLength));
     *noNotify = g_application.noNotify;
     return code >= g_application.declineFrom ? 1 : 0;
@@ -198,6 +203,40 @@ TEST_F(PasswordEntry, AnAbortEndsTheEntryAndRestoresTheGuard) {
     EXPECT_TRUE(written.empty());
     server.onCall = nullptr;
     EXPECT_EQ(Read(), kLinkGood) << "the abort is used up";
+}
+
+TEST_F(PasswordEntry, AnEntryOutOfACallbackLeavesTheOneAroundItAsItWas) {
+    enum class EThen : bool { Nothing, Abort };
+    struct SRow {
+        const char* name;
+        EThen before, behind; ///< the inner entry
+        std::int64_t restored;
+        LinkStatus inner, outer;
+        std::string passwords;
+    };
+    const SRow rows[] = {
+        {"both are accepted", EThen::Nothing, EThen::Nothing, 0, 0, 0, kPassword + kPassword},
+        {"an abort ends both", EThen::Abort, EThen::Nothing, 0, 18, 18, ""},
+        {"an abort ends the outer one", EThen::Nothing, EThen::Abort, 0, 0, 18, kPassword},
+        {"no third one", EThen::Nothing, EThen::Nothing, 0x0611, 0, 0, kPassword + kPassword},
+    };
+    for (const SRow& row : rows) {
+        SCOPED_TRACE(row.name);
+        server.values[0xBF03] = "240107";
+        server.statuses.clear();
+        const auto act = [&](EThen then) { then == EThen::Abort ? link->RequestAbort() : void(); };
+        g_application.inside = [&] {
+            server.values[0xBF03] = "240100";
+            act(row.before);
+            EXPECT_EQ(link->EnterPassword(nullptr, false), row.inner);
+            act(row.behind);
+            server.statuses["ChangeSetting BF.03"] = row.restored;
+        };
+        EXPECT_EQ(Read(), row.outer);
+        EXPECT_EQ(written, "240100 " + row.passwords + "240107 ");
+        EXPECT_EQ(g_application.codes, std::vector<int>(row.inner == 0 ? 2 : 1, 0));
+    }
+    EXPECT_EQ(Read(), kLinkGood) << "no abort is left";
 }
 
 TEST_F(PasswordEntry, ASecurityEventCallbackThatThrowsDecidesNothing) {

@@ -1,6 +1,7 @@
 #include "link/channel/channel.h"
 
 #include <chrono>
+#include <utility>
 
 namespace ruvo {
 
@@ -65,16 +66,14 @@ LinkStatus CChannel::WaitForEnd() {
     return aborted == kLinkGood ? m_events.WaitForCompletion() : aborted;
 }
 
-void CChannel::BeginEntry(CProgressMonitor* monitor) {
-    m_entryMonitor = monitor;
-    m_abortRule = EAbortRule::Leave;
+CChannel::SBeforeEntry CChannel::BeginEntry(CProgressMonitor* monitor) {
+    return {std::exchange(m_entryMonitor, monitor), m_abortRule.exchange(EAbortRule::Leave)};
 }
 
-bool CChannel::EndEntry(CProgressMonitor* monitor) {
-    m_abortRule = EAbortRule::Reset;
-    m_entryMonitor = nullptr;
-    m_monitor.Release(monitor);
-    return m_events.ResetAbort();
+bool CChannel::EndEntry(const SBeforeEntry& before) {
+    m_abortRule = before.rule;
+    m_monitor.Release(std::exchange(m_entryMonitor, before.monitor));
+    return IsEntering() ? m_events.IsAbortSignalled() : m_events.ResetAbort();
 }
 
 bool CChannel::IsEntryAborted() {

@@ -17,6 +17,10 @@ namespace ruvo {
 /// calls the server and, when it only starts something, waits for its completion or an abort. Whoever uses a
 /// channel keeps its client alive meanwhile.
 class CChannel {
+    /// What a command that begins does with a pending abort: resets it and ends, leaves it and ends, or goes
+    /// on.
+    enum class EAbortRule : std::uint8_t { Reset, Leave, Ignore };
+
 public:
     /// Proof that the caller holds the command lock.
     using CommandLock = std::lock_guard<CCommandMutex>;
@@ -56,11 +60,18 @@ public:
     LinkStatus StartAndWait(Start start);
 
     // --- a password entry, which is many commands ---
+    /// What was in force before an entry: another entry, where a callback of the application enters a
+    /// password itself.
+    struct SBeforeEntry {
+        CProgressMonitor* monitor;
+        EAbortRule rule;
+    };
     /// From here on an abort ends the entry as a whole: its requests see the abort and leave it there. Their
     /// reports go to `monitor`.
-    void BeginEntry(CProgressMonitor* monitor);
-    /// True when the entry was aborted, which that uses up.
-    bool EndEntry(CProgressMonitor* monitor);
+    SBeforeEntry BeginEntry(CProgressMonitor* monitor);
+    /// Puts back what BeginEntry gave. True when the entry was aborted, which uses the abort up unless it
+    /// ends an entry around this one, too.
+    bool EndEntry(const SBeforeEntry& before);
     bool IsEntering() const { return m_abortRule != EAbortRule::Reset; }
     bool IsEntryAborted();
     CProgressMonitor* EntryMonitor() const { return m_entryMonitor; }
@@ -72,10 +83,6 @@ public:
     void ReportLineStatus(LinkStatus status);
 
 private:
-    /// What a command that begins does with a pending abort: resets it and ends, leaves it and ends, or goes
-    /// on.
-    enum class EAbortRule : std::uint8_t { Reset, Leave, Ignore };
-
     LinkStatus WaitForEnd();
 
     std::unique_ptr<IServerConnection> m_connection;

@@ -35,6 +35,17 @@ std::unique_ptr<CParlaneData> MakeZero(const CParlaneData& value) {
     return nullptr;
 }
 
+/// An application's callback may do anything; our own callers are promised a status.
+template <class Login>
+LinkStatus Caught(Login login) {
+    try {
+        return login();
+    } catch (...) {
+        TraceError("CP32Wrap::EnterPassword : Exception occured during method execution");
+        return kLinkAborted;
+    }
+}
+
 } // namespace
 
 void CPasswordEntry::ProcessPasswordRequest(CProgressMonitor* monitor, LinkStatus& status,
@@ -58,17 +69,20 @@ void CPasswordEntry::ProcessPasswordRequest(CProgressMonitor* monitor, LinkStatu
 }
 
 LinkStatus CPasswordEntry::EnterPassword(CProgressMonitor* monitor, bool passwordEntered) {
-    m_parts.channel.BeginEntry(monitor);
-    LinkStatus status = kLinkAborted;
     std::unique_ptr<CParlaneData> guardValue;
-    try {
+    const CChannel::SBeforeEntry before = m_parts.channel.BeginEntry(monitor);
+    const LinkStatus status = Caught([&] {
         ClearPasswordGuard(guardValue);
-        status = EnterPasswordByGeneration(passwordEntered);
-    } catch (...) { // an application's callback may do anything; our own callers are promised a status
-        TraceError("CP32Wrap::EnterPassword : Exception occured during method execution");
-    }
+        return EnterPasswordByGeneration(passwordEntered);
+    });
     RestorePasswordGuard(guardValue.get());
-    return m_parts.channel.EndEntry(monitor) ? kLinkAborted : status;
+    return m_parts.channel.EndEntry(before) ? kLinkAborted : status;
+}
+
+LinkStatus CPasswordEntry::RunLogin(const std::function<LinkStatus()>& login) {
+    const CChannel::SBeforeEntry before = m_parts.channel.BeginEntry(m_parts.channel.EntryMonitor());
+    const LinkStatus status = Caught(login);
+    return m_parts.channel.EndEntry(before) ? kLinkAborted : status;
 }
 
 /// The present value of the guard cell, or null.
@@ -153,8 +167,8 @@ LinkStatus CPasswordEntry::EnterPasswordByGeneration(bool passwordEntered) {
     if (m_parts.cells.ExtractCSVersion(version) != kLinkGood) {
         version = 0;
     }
-    if (m_parts.channel
-            .IsEntryAborted()) { // what could not be read for that reason says nothing of the relay
+    // What could not be read because of an abort says nothing of the relay.
+    if (m_parts.channel.IsEntryAborted()) {
         return kLinkAborted;
     }
     if (version == 0 && versionBefore != 0) { // one bad answer must not send the password as it is

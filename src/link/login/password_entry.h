@@ -5,13 +5,14 @@
 #include "link/login/password_login.h"
 #include "link/login/user_login.h"
 
-#include <cstdint>
+#include <functional>
 #include <memory>
 
 namespace ruvo {
 
-/// The password check of the requests, and the entry that it leads to. An entry is one at a time: a request
-/// that it makes itself and that is answered with a password status ends with that status.
+/// The password check of the requests, and the entry that it leads to. A request that an entry makes itself
+/// and that is answered with a password status ends with that status; only an application's callback can
+/// enter a password inside an entry.
 class CPasswordEntry final : public IPasswordCheck {
 public:
     /// The parts and logins are borrowed.
@@ -22,6 +23,8 @@ public:
                                 bool& repeat, const std::string& message, CellAddress cell) override;
     /// As `CP32Wrap` documents it.
     LinkStatus EnterPassword(CProgressMonitor* monitor, bool passwordEntered);
+    /// One login that was chosen already, as an entry that leaves the guard cell alone.
+    LinkStatus RunLogin(const std::function<LinkStatus()>& login);
 
 private:
     LinkStatus EnterPasswordByGeneration(bool passwordEntered);

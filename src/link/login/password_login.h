@@ -3,8 +3,6 @@
 
 #include "link/login/login_attempts.h"
 
-#include <functional>
-
 namespace ruvo {
 
 /// Logs in with a password alone. The statuses are 0 or 1 when the relay accepted, else what the login ended
