@@ -18,7 +18,7 @@ using TellLine = std::function<void(const std::string& line)>;
 /// The journals of one event root. Used by the thread of the run.
 class CRunLedger {
 public:
-    /// Both must outlive the visits. Nothing is made before the first visit that takes events.
+    /// It must outlive the visits. Nothing is made before the first visit that takes events.
     CRunLedger(std::string eventRoot, TellLine tell);
     CRunLedger(const CRunLedger&) = delete;
     CRunLedger& operator=(const CRunLedger&) = delete;
