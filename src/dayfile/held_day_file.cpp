@@ -54,14 +54,19 @@ std::optional<SHoldFailure> CHeldDayFile::Hold(const std::string& path, EMissing
     m_folder = FolderOf(path);
     CFileException failure;
     EOpening opening = EOpening::Moved;
-    for (int attempt = 0; attempt < kAttempts && opening == EOpening::Moved; ++attempt) {
-        if (missing == EMissingFolders::AreMade) {
-            MakeFolderChain(m_folder, m_madeFolders); // what could not be made shows in the opening
-        }
+    bool isDisturbed = true;
+    for (int attempt = 0; attempt < kAttempts && isDisturbed; ++attempt) {
+        // What could not be made shows in the opening.
+        const bool hadFolder =
+            missing == EMissingFolders::AreMade && MakeFolderChain(m_folder, m_madeFolders);
         opening = Open(failure);
         if (opening == EOpening::Held) {
             opening = Lock(failure);
         }
+        const bool isGone =
+            failure.GetCause() == EFileCause::BadPath || failure.GetCause() == EFileCause::FileNotFound;
+        isDisturbed = opening == EOpening::Moved ||
+                      (opening == EOpening::Failed && hadFolder && isGone); // by another run
     }
     if (opening == EOpening::Held) {
         return std::nullopt;
@@ -131,11 +136,18 @@ SHoldFailure CHeldDayFile::Explain(EOpening opening, const CFileException& failu
 }
 
 std::uint64_t CHeldDayFile::LengthNow() {
+    if (!m_file.File().IsAt(m_path)) { // the records would go with it, or nowhere
+        m_file.Abort();
+        m_lossOfFile = Hold(m_path);
+    }
     std::uint64_t length = 0;
-    return m_file.File().GetLength(length).Good() ? length : m_foundLength;
+    return !m_lossOfFile && m_file.File().GetLength(length).Good() ? length : m_foundLength;
 }
 
 void CHeldDayFile::StartAt(std::uint64_t position, const CTextFileHeader& header) {
+    if (m_lossOfFile) {
+        throw CFileException(m_lossOfFile->cause, m_path, m_lossOfFile->why);
+    }
     m_start = m_position = position;
     m_storedCount = 0;
     m_piece.clear();
@@ -180,15 +192,17 @@ void CHeldDayFile::Finish() {
 }
 
 bool CHeldDayFile::CutBack() noexcept {
-    if (Cut(m_file.File())) {
-        return true;
+    bool isCut = Cut(m_file.File());
+    try {
+        CFile fresh; // the handle may be the very thing that failed
+        isCut =
+            isCut || (fresh.Open(m_path, {.read = true, .write = true, .plain = true}).Good() && Cut(fresh));
+        if (m_storedCount > 0) {
+            FlushNames(m_path);
+        }
+    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): no memory; what is cut is cut
     }
-    try { // the handle may be the very thing that failed
-        CFile fresh;
-        return fresh.Open(m_path, {.read = true, .write = true, .plain = true}).Good() && Cut(fresh);
-    } catch (const std::exception&) {
-        return false;
-    }
+    return isCut;
 }
 
 bool CHeldDayFile::Cut(CFile& file) {
@@ -207,7 +221,8 @@ bool CHeldDayFile::Cut(CFile& file) {
     }
     m_storedCount += whole;
     m_ends.clear();
-    return length <= m_position || file.FlushToDisk().Good();
+    // Earlier pieces count as stored: they have to last, even if nothing of this one has come.
+    return (length <= m_position && m_storedCount == 0) || file.FlushToDisk().Good();
 }
 
 void CHeldDayFile::Release() noexcept {

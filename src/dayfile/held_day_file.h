@@ -42,7 +42,8 @@ public:
     CFile& File() { return m_file.File(); }
     /// What stood in the file when it was locked.
     std::uint64_t FoundLength() const { return m_foundLength; }
-    /// What stands in it now: programs that ask for no lock may have appended.
+    /// What stands in it now: programs that ask for no lock may have appended. When the file has been moved
+    /// or removed meanwhile, the one at the path is held instead; where that fails, StartAt raises it.
     std::uint64_t LengthNow();
 
     /// The records that follow are written from this position on, behind the header if it is 0.
@@ -77,6 +78,7 @@ private:
     bool m_isOpen = false;
     bool m_wasMissing = false; ///< so it was made here, or at the same moment by another
     std::uint64_t m_foundLength = 0;
+    std::optional<SHoldFailure> m_lossOfFile;
 
     bool m_isHeaderDue = false;
     std::uint64_t m_start = 0;    ///< of what is written

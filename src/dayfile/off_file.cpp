@@ -57,6 +57,9 @@ CFileException::CFileException(EFileCause cause, long systemCode, const std::str
     : std::runtime_error(DisplayPath(path) + ": " + SystemErrorText(systemCode)), m_cause(cause),
       m_systemCode(systemCode), m_path(path) {}
 
+CFileException::CFileException(EFileCause cause, const std::string& path, const std::string& why)
+    : std::runtime_error(why), m_cause(cause), m_systemCode(0), m_path(path) {}
+
 SFileResult CStdioFileThrower::Open(const std::string& path, SOpenMode mode) {
     m_path = path;
     return m_file.Open(path, mode);

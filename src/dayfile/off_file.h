@@ -31,6 +31,8 @@ class CFileException : public std::runtime_error {
 public:
     CFileException() : CFileException(EFileCause::None, 0, {}) {}
     CFileException(EFileCause cause, long systemCode, const std::string& path);
+    /// With the reason in words, where the system has given none.
+    CFileException(EFileCause cause, const std::string& path, const std::string& why);
 
     EFileCause GetCause() const { return m_cause; }
     long GetSystemCode() const { return m_systemCode; }

@@ -93,8 +93,8 @@ void CVisitCustody::Lose() noexcept {
 /// With a journal that has failed there is no store frame; the length in the visit frame keeps a later run
 /// from writing anything twice.
 void CVisitCustody::Store() {
+    m_isWritten = true; // first: whatever fails from here on leaves the entry open
     const std::uint64_t length = m_file.LengthNow();
-    m_isWritten = true;
     if (IsJournaled()) {
         const SStoreInfo store{length, m_lastExtended, {{0, m_framedCount}}};
         static_cast<void>(m_journal->Append(EFrame::Store, m_visit, m_chain, Pack(store)) &&

@@ -7,6 +7,7 @@
 #include "model/status/status.h"
 
 #include <cstdlib>
+#include <filesystem>
 
 namespace ruvo::test {
 
@@ -86,6 +87,33 @@ TEST_F(Extraction, AFileThatAnotherRunHoldsLeavesTheEventsInTheRelay) {
     const std::string once = Day();
     EXPECT_EQ(run().recordsWritten, 1U);
     EXPECT_EQ(Day(), once + once.substr(Header("000002").size()));
+}
+
+TEST_F(Extraction, AFileThatGoesWhileItIsHeldTakesNoEventAlong) {
+    CHeldDayFile other;
+    bool isOthers = false;
+    const auto run = [&](const std::string& moved, bool isTakenOver) {
+        server.events = {Event(0, {"240107"})};
+        server.onCall = [&](SCall& call) -> std::optional<std::int64_t> {
+            std::error_code ignored; // where an open file cannot be moved, its records are in it
+            if (call.name == "GetEvent")
+                std::filesystem::rename(folder.Native(moved), folder.Native(moved + "-old"), ignored);
+            if (call.name == "GetEvent" && isTakenOver)
+                isOthers = !other.Hold(folder.Path("AB12-00001234\\AB12-00001234-2026-11-16-DEV.evt"));
+            return std::nullopt;
+        };
+        return Extract();
+    };
+    run("nothing", false);
+    const std::string record = Day().substr(Header("000002").size());
+    for (const char* moved : {kFile, "AB12-00001234"}) {
+        EXPECT_EQ(run(moved, false).recordsWritten, 1U) << moved;
+        EXPECT_TRUE(Day().starts_with(Header("000002")) && Day().ends_with(record)) << moved;
+    }
+    const SExtractionReport report = run(kFile, true);
+    EXPECT_EQ(report.eventsLost, isOthers ? 1U : 0U) << "told, and not written beside the other run's";
+    EXPECT_EQ(report.recordsWritten + report.eventsLost, 1U);
+    EXPECT_EQ(report.problems.size(), report.eventsLost);
 }
 
 TEST_F(Extraction, ARelayWithoutANameIsTold) {
