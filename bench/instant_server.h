@@ -4,7 +4,7 @@
 #include "support/hex.h"
 #include "support/uniform_server.h"
 
-#include "link/seam/cell_address.h"
+#include "link/seam/known_cells.h"
 #include "model/values/type_codes.h"
 
 #include <array>

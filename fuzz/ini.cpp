@@ -1,4 +1,5 @@
 // An INI file to its result code, and what the companion program says about it. Input: the file's bytes.
+#include "config/result_messages.h"
 #include "fuzz/support/memory_system.h"
 #include "fuzz/support/require.h"
 #include "fuzz/support/text_checks.h"

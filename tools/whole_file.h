@@ -1,7 +1,7 @@
 // Writes a file atomically: a reader sees the old one or the new one, never half of it.
 #pragma once
 
-#include "platform/file_access.h"
+#include "platform/file_replacement.h"
 
 #include <string>
 #include <string_view>

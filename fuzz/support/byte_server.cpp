@@ -3,7 +3,7 @@
 #include "fuzz/support/require.h"
 
 #include "link/client.h"
-#include "link/seam/cell_address.h"
+#include "link/seam/known_cells.h"
 #include "support/hex.h"
 
 #include <array>

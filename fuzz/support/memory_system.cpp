@@ -3,7 +3,7 @@
 #include "platform/clock.h"
 #include "platform/debug_output.h"
 #include "platform/files.h"
-#include "platform/full_path_text.h"
+#include "platform/full_path_rules.h"
 #include "platform/message_box.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "link/seam/cell_address.h"
+#include "link/seam/known_cells.h"
 #include "model/values/character_set.h"
 #include "model/values/parlane_text.h"
 #include "model/values/type_codes.h"

@@ -1,5 +1,5 @@
 // Relays: where they are reached, who they are, their cells and columns.
-#include "link/seam/cell_address.h"
+#include "link/seam/known_cells.h"
 #include "model/values/type_codes.h"
 #include "sim/file/load_tables.h"
 #include "sim/file/substation_error.h"

@@ -1,6 +1,6 @@
 #include "sim/relay/access_control.h"
 
-#include "link/seam/cell_address.h"
+#include "link/seam/known_cells.h"
 #include "link/seam/link_status.h"
 #include "model/values/type_codes.h"
 #include "sim/file/tagged_value.h"

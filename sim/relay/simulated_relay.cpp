@@ -1,6 +1,6 @@
 #include "sim/relay/simulated_relay.h"
 
-#include "link/seam/cell_address.h"
+#include "link/seam/known_cells.h"
 #include "model/values/type_codes.h"
 #include "sim/file/tagged_value.h"
 

@@ -1,6 +1,6 @@
 #include "sim/relay/user_login.h"
 
-#include "link/seam/cell_address.h"
+#include "link/seam/known_cells.h"
 #include "model/values/character_set.h"
 #include "model/values/type_codes.h"
 #include "sim/file/relay_text.h"

@@ -1,7 +1,7 @@
 #include "sim/server/call.h"
 
 #include "base/text.h"
-#include "link/seam/cell_address.h"
+#include "link/seam/known_cells.h"
 #include "model/values/type_codes.h"
 
 #include <algorithm>

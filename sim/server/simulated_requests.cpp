@@ -1,6 +1,6 @@
 // The server's operations on relays.
 #include "base/text.h"
-#include "link/seam/cell_address.h"
+#include "link/seam/known_cells.h"
 #include "model/values/type_codes.h"
 #include "sim/server/simulated_server.h"
 

@@ -3,6 +3,7 @@
 #include "app/load_and_check.h"
 #include "app/rpc_library.h"
 #include "app/version.h"
+#include "config/result_messages.h"
 #include "dayfile/off_file.h"
 #include "log/error_log.h"
 #include "log/log_reserve.h"

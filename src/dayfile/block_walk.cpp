@@ -1,6 +1,6 @@
 #include "dayfile/block_walk.h"
 
-#include "model/records/record_layout.h"
+#include "model/records/block_layout.h"
 #include "model/values/data_factory.h"
 
 #include <algorithm>

@@ -2,6 +2,7 @@
 
 #include "extraction/cell_reading.h"
 #include "link/client.h"
+#include "link/seam/known_cells.h"
 #include "model/cells/cell_factory.h"
 #include "model/records/event_kinds.h"
 #include "model/values/parlane_integers.h"

@@ -2,6 +2,7 @@
 
 #include "base/text.h"
 #include "link/client.h"
+#include "link/seam/known_cells.h"
 #include "model/values/parlane_text.h"
 #include "paths/path_utilities.h"
 #include "platform/clock.h"

@@ -9,6 +9,7 @@
 #include "extraction/password_state.h"
 #include "ledger/visit_custody.h"
 #include "link/client.h"
+#include "link/seam/known_cells.h"
 #include "model/records/event_kinds.h"
 #include "paths/path_utilities.h"
 #include "platform/files.h"

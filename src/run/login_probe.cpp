@@ -3,6 +3,7 @@
 #include "base/secret.h"
 #include "extraction/password_state.h"
 #include "link/client.h"
+#include "link/seam/known_cells.h"
 #include "log/error_log.h"
 #include "log/run_texts.h"
 #include "model/values/parlane_integers.h"

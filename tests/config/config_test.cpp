@@ -2,6 +2,7 @@
 #include "config/destination_root.h"
 #include "config/duplicate_key.h"
 #include "config/ethernet_entry.h"
+#include "config/result_messages.h"
 #include "config/scramble.h"
 #include "config/scramble_keys.h"
 #include "config/validation.h"

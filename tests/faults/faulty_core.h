@@ -1,6 +1,7 @@
 // The simulated comms server with one call that goes wrong, and a note of what the client asked.
 #pragma once
 
+#include "link/seam/known_cells.h"
 #include "memory_disk.h"
 #include "support/failing_memory.h"
 

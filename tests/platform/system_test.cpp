@@ -4,7 +4,7 @@
 #include "platform/debug_output.h"
 #include "platform/files.h"
 #include "platform/full_path.h"
-#include "platform/full_path_text.h"
+#include "platform/full_path_rules.h"
 #include "platform/message_box.h"
 #include "platform/modules.h"
 #include "platform/native_text.h"

@@ -5,7 +5,7 @@
 #include "tools/run_tool.h"
 
 #include "config/ini_keys.h"
-#include "config/result_code.h"
+#include "config/result_messages.h"
 #include "log/error_log.h"
 #include "platform/environment.h"
 #include "platform/files.h"

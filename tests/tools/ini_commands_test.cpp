@@ -6,7 +6,7 @@
 
 #include "config/scramble.h"
 #include "log/error_log.h"
-#include "platform/file_access.h"
+#include "platform/file_replacement.h"
 
 #include <gtest/gtest.h>
 

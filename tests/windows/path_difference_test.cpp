@@ -1,7 +1,7 @@
 // Our text rules of full paths against the system's function, over many made-up paths.
 #include "platform/files.h"
 #include "platform/full_path.h"
-#include "platform/full_path_text.h"
+#include "platform/full_path_rules.h"
 #include "windows/checks.h"
 
 #include <algorithm>

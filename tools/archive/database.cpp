@@ -1,6 +1,6 @@
 #include "tools/archive/database.h"
 
-#include "platform/file_access.h"
+#include "platform/file_replacement.h"
 #include "tools/whole_file.h"
 
 #include <sqlite3.h>

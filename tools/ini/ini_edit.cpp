@@ -2,6 +2,7 @@
 
 #include "app/program_folder.h"
 #include "config/configuration.h"
+#include "config/result_messages.h"
 #include "config/validation.h"
 #include "platform/files.h"
 #include "platform/full_path.h"

@@ -1,7 +1,7 @@
 // Editing an INI file where it lies: entry by entry, the rest untouched, the file exchanged as a whole.
 #pragma once
 
-#include "platform/file_access.h"
+#include "platform/file_replacement.h"
 #include "platform/ini_text.h"
 #include "tools/command.h"
 

@@ -1,6 +1,7 @@
 // ruvoctl new: creates an INI file for a site.
 #include "app/load_and_check.h"
 #include "config/configuration.h"
+#include "config/result_messages.h"
 #include "paths/path_utilities.h"
 #include "platform/files.h"
 #include "platform/full_path.h"
@@ -208,7 +209,7 @@ bool TryPlaces(const SPlace& place, const SNewSite& site, SConsole& console) {
     constexpr std::array kOfPlaces{EResultCode::EventRootInvalid, EResultCode::RegistryDestinationInvalid,
                                    EResultCode::LogFileNotWritable};
     const CIniDocument document(NewSiteText(site));
-    const std::string path = place.folder + file_access::NewName(place.site + ".ini");
+    const std::string path = place.folder + file_replacement::NewName(place.site + ".ini");
     const SAccessResult written = WriteNewPrivateFile(path, document.Bytes(), {});
     if (!written.Good()) {
         Fail(console, AccessFailureText(written));

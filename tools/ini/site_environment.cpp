@@ -2,7 +2,7 @@
 
 #include "paths/path_utilities.h"
 #include "platform/environment.h"
-#include "platform/file_access.h"
+#include "platform/file_replacement.h"
 #include "platform/full_path.h"
 #include "platform/ini_text.h"
 

@@ -3,7 +3,7 @@
 //   make_command_pages completion           the shell's completion, on standard output
 //   make_command_pages check PAGE.md...     fails when a page's chapter is not the table's
 //   make_command_pages update PAGE.md...    puts the table's into the page
-#include "config/result_code.h"
+#include "config/result_messages.h"
 #include "tools/command.h"
 #include "tools/pages/key_chapter.h"
 #include "tools/pages/markdown.h"

@@ -1,5 +1,6 @@
 #include "link/login/login_attempts.h"
 
+#include "link/seam/known_cells.h"
 #include "platform/trace.h"
 
 #include <algorithm>

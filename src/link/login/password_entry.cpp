@@ -1,5 +1,6 @@
 #include "link/login/password_entry.h"
 
+#include "link/seam/known_cells.h"
 #include "model/values/parlane_integers.h"
 #include "model/values/parlane_text.h"
 #include "platform/trace.h"

@@ -1,6 +1,7 @@
 #include "link/login/password_login.h"
 
 #include "base/secret.h"
+#include "link/seam/known_cells.h"
 #include "model/values/parlane_text.h"
 
 #include <stdexcept>

@@ -1,7 +1,7 @@
 // The record and the callbacks through which an application supplies passwords and learns the outcome.
 #pragma once
 
-#include "link/seam/cell_address.h"
+#include "link/seam/known_cells.h"
 
 #include <cstdint>
 

@@ -1,5 +1,6 @@
 #include "link/login/security_cells.h"
 
+#include "link/seam/known_cells.h"
 #include "model/values/parlane_integers.h"
 #include "model/values/parlane_text.h"
 #include "platform/trace.h"

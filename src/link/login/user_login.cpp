@@ -3,6 +3,7 @@
 #include "base/secret.h"
 #include "base/text.h"
 #include "link/login/hashed_password.h"
+#include "link/seam/known_cells.h"
 #include "model/values/parlane_text.h"
 
 #include <array>

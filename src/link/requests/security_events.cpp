@@ -1,6 +1,7 @@
 #include "link/requests/security_events.h"
 
 #include "link/callbacks.h"
+#include "link/seam/known_cells.h"
 #include "model/values/data_factory.h"
 #include "model/values/parlane_integers.h"
 #include "platform/clock.h"

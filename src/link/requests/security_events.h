@@ -1,7 +1,7 @@
 // The security event trace: one line for every write to a relay, and the application's callback.
 #pragma once
 
-#include "link/seam/cell_address.h"
+#include "link/seam/known_cells.h"
 #include "link/seam/link_status.h"
 #include "model/values/parlane_data.h"
 #include "model/values/parlane_time.h"

@@ -2,7 +2,7 @@
 // Little-endian.
 #pragma once
 
-#include "model/records/record_layout.h"
+#include "model/records/block_layout.h"
 #include "model/values/parlane_data.h"
 
 #include <cstddef>

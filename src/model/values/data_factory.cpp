@@ -1,6 +1,6 @@
 #include "model/values/data_factory.h"
 
-#include "model/records/record_layout.h"
+#include "model/records/block_layout.h"
 #include "model/values/parlane_integers.h"
 #include "model/values/parlane_location.h"
 #include "model/values/parlane_number.h"

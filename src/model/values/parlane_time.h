@@ -1,7 +1,7 @@
 // Time stamps: the seven-octet binary time of IEC 60870-5.
 #pragma once
 
-#include "model/records/record_layout.h"
+#include "model/records/block_layout.h"
 #include "model/values/parlane_data.h"
 
 #include <array>

@@ -1,7 +1,7 @@
 #include "platform/full_path.h"
 
 #include "platform/files.h"
-#include "platform/full_path_text.h"
+#include "platform/full_path_rules.h"
 #include "platform/posix/native_path.h"
 
 namespace ruvo {

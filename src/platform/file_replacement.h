@@ -55,7 +55,7 @@ struct [[nodiscard]] SAccessResult {
 SAccessResult WriteNewPrivateFile(const std::string& path, std::string_view bytes, std::string_view readers);
 
 /// The pieces that differ from system to system.
-namespace file_access {
+namespace file_replacement {
 
 /// A name for the new file beside an old one, and whether a name is such a one.
 std::string NewName(const std::string& oldName);
@@ -126,7 +126,7 @@ private:
     std::unique_ptr<SHandle> m_handle;
 };
 
-} // namespace file_access
+} // namespace file_replacement
 
 /// The path of an output file without links, for a library that opens files itself: those on the way are
 /// followed as for EFileKind::Output. The file may be missing. Both paths are in the system's own form.
@@ -150,8 +150,8 @@ public:
     SAccessResult Commit(std::string_view oldBytes);
 
 private:
-    file_access::COldFile m_old;
-    file_access::CNewFile m_new; // goes first, while others are kept out
+    file_replacement::COldFile m_old;
+    file_replacement::CNewFile m_new; // goes first, while others are kept out
 };
 
 /// Writes a file that others read: bit by bit beside the old one, if there is one, which it replaces in one
@@ -165,8 +165,8 @@ public:
     bool HasOldFile() const { return m_old.IsThere() && !IsStream(); }
 
 private:
-    file_access::COldFile m_old;
-    file_access::CNewFile m_new;
+    file_replacement::COldFile m_old;
+    file_replacement::CNewFile m_new;
 };
 
 } // namespace ruvo

@@ -1,4 +1,4 @@
-#include "platform/file_access.h"
+#include "platform/file_replacement.h"
 
 #include "platform/posix/file_size_signal.h"
 #include "platform/posix/native_path.h"
@@ -99,7 +99,7 @@ void RemoveLeftovers(const SPlace& old, uid_t owner) {
     const std::unique_ptr<DIR, int (*)(DIR*)> folder(fdopendir(old.OpenFolder().Release()), &closedir);
     while (const dirent* const entry = folder ? readdir(folder.get()) : nullptr) {
         struct stat status = {};
-        if (file_access::IsNewName(entry->d_name, old.name) &&
+        if (file_replacement::IsNewName(entry->d_name, old.name) &&
             fstatat(old.folder.Get(), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
             S_ISREG(status.st_mode) && status.st_uid == owner && !IsInUse(old, entry->d_name)) {
             static_cast<void>(unlinkat(old.folder.Get(), entry->d_name, 0));
@@ -183,7 +183,7 @@ SAccessResult ResolveOutputPath(const std::string& systemPath, std::string& reso
     return {};
 }
 
-namespace file_access {
+namespace file_replacement {
 
 struct COldFile::SHandle {
     SPlace place;
@@ -388,6 +388,6 @@ void CNewFile::Keep() {
     m_handle->place.Flush();
 }
 
-} // namespace file_access
+} // namespace file_replacement
 
 } // namespace ruvo

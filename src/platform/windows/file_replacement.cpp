@@ -1,4 +1,4 @@
-#include "platform/file_access.h"
+#include "platform/file_replacement.h"
 
 #include "platform/files.h"
 #include "platform/full_path.h"
@@ -90,7 +90,7 @@ void RemoveLeftovers(const std::string& oldPath) {
         return;
     }
     for (const SFolderEntry& entry : entries) {
-        if (!entry.isFolder && file_access::IsNewName(entry.name, NameOf(oldPath))) {
+        if (!entry.isFolder && file_replacement::IsNewName(entry.name, NameOf(oldPath))) {
             RemoveFile(FolderOf(oldPath) + entry.name);
         }
     }
@@ -149,7 +149,7 @@ SAccessResult ResolveOutputPath(const std::string& systemPath, std::string& reso
     return {};
 }
 
-namespace file_access {
+namespace file_replacement {
 
 struct COldFile::SHandle {
     CHandle file;
@@ -335,6 +335,6 @@ void CNewFile::Keep() {
     m_handle->mayHaveToGo = false;
 }
 
-} // namespace file_access
+} // namespace file_replacement
 
 } // namespace ruvo

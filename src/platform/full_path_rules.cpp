@@ -1,4 +1,4 @@
-#include "platform/full_path_text.h"
+#include "platform/full_path_rules.h"
 
 #include "base/text.h"
 

@@ -1,5 +1,5 @@
 // The order of steps, which is the same on every system.
-#include "platform/file_access.h"
+#include "platform/file_replacement.h"
 
 #include <random>
 
@@ -18,13 +18,13 @@ std::string NewNameHead(const std::string& oldName) {
     return ("." + oldName).substr(0, kLongestHead - 1) + ".";
 }
 
-SAccessResult WriteDurably(file_access::CNewFile& file, std::string_view bytes) {
+SAccessResult WriteDurably(file_replacement::CNewFile& file, std::string_view bytes) {
     const SAccessResult result = file.Write(bytes);
     return result.Good() ? file.Flush() : result;
 }
 
-SAccessResult Begin(file_access::COldFile& old, file_access::CNewFile& file, const std::string& path,
-                    file_access::EFileKind kind) {
+SAccessResult Begin(file_replacement::COldFile& old, file_replacement::CNewFile& file,
+                    const std::string& path, file_replacement::EFileKind kind) {
     SAccessResult result = old.Open(path, kind);
     if (result.Good()) {
         result = old.Lock();
@@ -34,7 +34,7 @@ SAccessResult Begin(file_access::COldFile& old, file_access::CNewFile& file, con
 
 } // namespace
 
-std::string file_access::NewName(const std::string& oldName) {
+std::string file_replacement::NewName(const std::string& oldName) {
     std::random_device random;
     std::string name = NewNameHead(oldName);
     for (std::size_t count = 0; count < kLetterCount; ++count) {
@@ -43,7 +43,7 @@ std::string file_access::NewName(const std::string& oldName) {
     return name.append(kEnding);
 }
 
-bool file_access::IsNewName(std::string_view name, const std::string& oldName) {
+bool file_replacement::IsNewName(std::string_view name, const std::string& oldName) {
     const std::string head = NewNameHead(oldName);
     return name.size() == head.size() + kLetterCount + kEnding.size() && name.starts_with(head) &&
            name.ends_with(kEnding) &&
@@ -51,7 +51,7 @@ bool file_access::IsNewName(std::string_view name, const std::string& oldName) {
 }
 
 SAccessResult WriteNewPrivateFile(const std::string& path, std::string_view bytes, std::string_view readers) {
-    file_access::CNewFile file;
+    file_replacement::CNewFile file;
     SAccessResult result = file.Make(path, readers);
     if (result.Good()) {
         result = WriteDurably(file, bytes);
@@ -63,11 +63,11 @@ SAccessResult WriteNewPrivateFile(const std::string& path, std::string_view byte
 }
 
 SAccessResult CanBeExchanged(const std::string& path) {
-    return file_access::COldFile().Open(path, file_access::EFileKind::Secret);
+    return file_replacement::COldFile().Open(path, file_replacement::EFileKind::Secret);
 }
 
 SAccessResult CFileExchange::Prepare(const std::string& path, std::string_view bytes) {
-    const SAccessResult result = Begin(m_old, m_new, path, file_access::EFileKind::Secret);
+    const SAccessResult result = Begin(m_old, m_new, path, file_replacement::EFileKind::Secret);
     return result.Good() ? WriteDurably(m_new, bytes) : result;
 }
 
@@ -79,7 +79,7 @@ SAccessResult CFileExchange::Commit(std::string_view oldBytes) {
 }
 
 SAccessResult CFileReplacement::Open(const std::string& path) {
-    return Begin(m_old, m_new, path, file_access::EFileKind::Output);
+    return Begin(m_old, m_new, path, file_replacement::EFileKind::Output);
 }
 
 SAccessResult CFileReplacement::Write(std::string_view bytes) {
