@@ -26,7 +26,7 @@ public:
     /// Any name is taken: a relay that told at once whom it knows would help to guess.
     LinkStatus SetName(std::uint8_t type, const Variant::Bytes& data);
     LinkStatus SetSalt(std::uint8_t type, const Variant::Bytes& data);
-    /// Good, kReplyRejected, kReplyUnknownUser or kReplyCommandRejected.
+    /// Good, rejected or unknown user; kReplyCommandRejected when the relay has no provider to check with.
     SPasswordResult CheckDigest(std::uint8_t type, const Variant::Bytes& data);
 
 private:
