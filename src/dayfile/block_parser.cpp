@@ -21,7 +21,7 @@ constexpr std::array<std::string_view, static_cast<std::size_t>(EDayFileFault::L
     "the block is longer than the rest of the file",
     "an item passes the end of its block",
     "the event code is not a valid number",
-    "the time stamp is missing",
+    "the timestamp is missing",
     "bytes are left over at the end of the block",
     "the record's cells are missing",
     "the cells belong to another record",
@@ -33,7 +33,7 @@ constexpr std::array<std::string_view, static_cast<std::size_t>(EDayFileFault::L
 };
 static_assert(!kFaultTexts.back().empty(), "one text per fault");
 
-/// Where the time stamp's type code stands, from the block's tag on.
+/// Where the timestamp's type code stands, from the block's tag on.
 constexpr std::size_t kTimeStampAt = kBlockHeadSize + EventItemOffset(kTimeStampItem);
 /// Where a record's items begin behind its record number.
 constexpr std::size_t kItemsAt = kRecordNumberSize;

@@ -86,7 +86,7 @@ TEST(DayFilePage, HasTheReasonsOfDamage) {
     std::string rows;
     for (int fault = 0; fault <= static_cast<int>(EDayFileFault::Last); ++fault)
         rows += std::string(DayFileFaultText(static_cast<EDayFileFault>(fault))) + "\n";
-    EXPECT_EQ(PageTable("| reason | what stands there |", 1), rows);
+    EXPECT_EQ(PageTable("| reason | what was found |", 1), rows);
 }
 
 } // namespace

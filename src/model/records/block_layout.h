@@ -79,7 +79,7 @@ struct SBlockItem {
 inline constexpr std::array kEventItems{
     SBlockItem{"record number", EItemEncoding::Byte},
     SBlockItem{"unique id", EItemEncoding::Long},
-    SBlockItem{"time stamp", EItemEncoding::Value, kTimeStampSize},
+    SBlockItem{"timestamp", EItemEncoding::Value, kTimeStampSize},
     SBlockItem{"reserved byte", EItemEncoding::Byte},
     SBlockItem{"reserved text", EItemEncoding::Text},
     SBlockItem{"event code", EItemEncoding::ShortNumber, kEventCodeSize},
