@@ -12,6 +12,7 @@
 #include "platform/debug_output.h"
 #include "platform/files.h"
 #include "platform/full_path.h"
+#include "platform/standard_error.h"
 
 #include <array>
 #include <chrono>
@@ -157,8 +158,11 @@ SFileResult AppendToFile(const std::string& path, const std::string& line, ELine
 }
 
 void ReportLineLost(const std::string& line, const std::string& reason) {
-    WriteDebugOutput("Error log " + DisplayPath(State().path) + ": " + reason + ". Line lost: " + line +
-                     "\n");
+    const std::string text =
+        "Error log " + DisplayPath(State().path) + ": " + reason + ". Line lost: " + line + "\n";
+    const std::string told = "ruvo: " + text; // both are made before the one is written
+    WriteDebugOutput(text);
+    WriteStandardError(told);
 }
 
 void AppendLine(std::string_view text, ELineWorth worth) {
@@ -195,6 +199,9 @@ void SetErrorLogDisabled(bool disabled) {
 }
 
 void LogMessage(std::string_view message, bool withDetails, ELineWorth worth) noexcept {
+    if (State().disabled) {
+        return;
+    }
     WithLogReserve([&] {
         std::string text(message);
         if (withDetails) {

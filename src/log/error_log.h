@@ -1,7 +1,7 @@
 // The error log: one plain-text file, one time-stamped line per problem. Its path and its off switch are
 // process-wide; they are touched by one thread at a time. Several processes may write to one log: each line
 // is written under the file's lock. Nothing here fails towards its caller: a line that cannot be written is
-// written to the debug output and lost.
+// written to the debug output and to standard error, and lost.
 #pragma once
 
 #include <cstdint>

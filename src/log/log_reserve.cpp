@@ -1,5 +1,6 @@
 #include "log/log_reserve.h"
 
+#include "platform/standard_error.h"
 #include "platform/trace.h"
 
 #include <cstddef>
@@ -31,6 +32,7 @@ void KeepLogReserve() noexcept {
 
 void ReportNoMemoryForLine() noexcept {
     TraceError("A line of the error log is lost: no memory for it");
+    WriteStandardError("ruvo: a line of the error log is lost: no memory for it");
 }
 
 } // namespace ruvo

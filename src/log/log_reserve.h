@@ -7,7 +7,7 @@ namespace ruvo {
 void ReleaseLogReserve() noexcept;
 /// Keeps it (again); nothing when there is no memory for it.
 void KeepLogReserve() noexcept;
-/// Writes to the debug output that a line of the log is lost.
+/// Writes to the debug output and to standard error that a line of the log is lost.
 void ReportNoMemoryForLine() noexcept;
 
 /// Does what makes and writes a line; when it fails, gives it the reserve and lets it begin again. It must

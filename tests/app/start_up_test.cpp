@@ -143,12 +143,14 @@ TEST_F(StartUp, FromItsFirstStepToItsLast) {
 }
 
 TEST_F(StartUp, NoMissingMemoryEndsItWithoutAWord) {
-    server.statuses["GetDeviceStatus"] = 255;    // for the log
-    g_debugOutput.reserve(std::size_t{1} << 20); // what is told there needs no memory
+    server.statuses["GetDeviceStatus"] = 255;                    // for the log
+    for (std::string* told : {&g_debugOutput, &g_standardError}) // what is told there needs no memory
+        told->reserve(std::size_t{1} << 20);
     for (const std::string mode : {"", "-t"}) {
         std::size_t total = 0; // known from the first run, in which nothing fails
         for (std::size_t n = 0; n <= total; total = std::max(total, test::CFailingMemory::Count()), ++n) {
             g_debugOutput.clear();
+            g_standardError.clear();
             EXPECT_NE(Run({mode, ini}, n) + g_debugOutput, "|") << n;
         }
         EXPECT_GT(total, 200U);

@@ -78,6 +78,23 @@ TEST(EndToEnd, WhatKeepsARunFromStarting) {
     EXPECT_TRUE(checked.ends_with("exit 39\n")) << checked;
 }
 
+TEST(EndToEnd, StandardErrorTellsWhatTheLogCannot) {
+    const CProgramRun run(kLink + Relay("serial = 5", kTrip), "", "[RUVO_SERIAL]\nRV001=6\n");
+    struct SRow {
+        const char* name;
+        const char* command;
+        const char* want;
+    };
+    const SRow rows[] = {
+        {"a log on a full disk", "ulimit -f 0; $RUVO $DIR/site.ini", "run.log: File too large. Line lost: "},
+    };
+    for (const SRow& row : rows) {
+        const std::string told = run.Shell(row.command + std::string(" 2>&1 >/dev/null; echo exit $?"));
+        EXPECT_TRUE(told.starts_with("ruvo: ") && told.ends_with("\nexit 0\n")) << row.name << ": " << told;
+        EXPECT_NE(told.find(row.want), std::string::npos) << row.name << ": " << told;
+    }
+}
+
 TEST(EndToEnd, NoRunBesideAnother) {
     const CProgramRun run(kLink + Relay("serial = 5", kTrip), "", "[RUVO_SERIAL]\nRV001=5\n");
     setenv("RUVO_LOCK_DIR", run.Folder().Native().c_str(), 1);

@@ -23,6 +23,7 @@ protected:
         ResetErrorLog();
         ResetConnectionDetails();
         g_debugOutput.clear();
+        g_standardError.clear();
         g_localTime = SCalendarTime{2024, 3, 5, 14, 7, 9};
     }
     static std::string UseLog(const std::string& path, bool given = true,
@@ -90,21 +91,24 @@ TEST_F(CErrorLog, DisabledOrWithoutPathWritesNothing) {
         SetErrorLogDisabled(disabled);
         LogStatusMessage("lost", 2);
         WriteLogLine("lost");
+        EXPECT_EQ(std::exchange(g_standardError, "").empty(), disabled) << "a connection test says nothing";
     }
     EXPECT_FALSE(m_folder.Has("logs"));
     EXPECT_EQ(g_debugOutput.find("Error log : no path is known. Line lost: "), 0U)
         << "a line without a home is told";
 }
 
-TEST_F(CErrorLog, UnwritableLogTellsTheDebugOutput) {
+TEST_F(CErrorLog, UnwritableLogTellsTheDebugOutputAndStandardError) {
     m_folder.Write("file", "");
     for (const char* name : {"file\\run.log", "", "missing\\", "wrong?\\run.log"}) {
         g_debugOutput.clear();
+        g_standardError.clear();
         std::string start = "Error log " + UseLog(m_folder.Path(name)).substr(2) + ": "; // without the drive
         std::ranges::replace(start, '\\', '/');
         WriteLogLine("lost");
         EXPECT_TRUE(g_debugOutput.starts_with(start)) << name;
         EXPECT_TRUE(g_debugOutput.ends_with(" Line lost: 2024/03/05 14:07:09 lost\n")) << name;
+        EXPECT_EQ(g_standardError, "ruvo: " + g_debugOutput) << name;
     }
     EXPECT_FALSE(m_folder.Has("missing"));
 }

@@ -2,6 +2,7 @@
 
 #include "platform/debug_output.h"
 #include "platform/message_box.h"
+#include "platform/standard_error.h"
 
 namespace ruvo {
 
@@ -23,6 +24,9 @@ bool IsDaylightTime() {
 }
 void WriteDebugOutput(const std::string& text) noexcept {
     g_debugOutput += text;
+}
+void WriteStandardError(std::string_view line) noexcept {
+    g_standardError += line;
 }
 void ShowMessageBox(EMessageIcon icon, const std::string& title, const std::string& text) {
     constexpr const char* kIcons[] = {"", "warning ", "error "};

@@ -1,15 +1,11 @@
 #include "platform/debug_output.h"
 
-#include "base/text.h"
 #include "platform/environment.h"
 #include "platform/posix/file_size_signal.h"
+#include "platform/posix/message_stream.h"
 #include "platform/posix/native_path.h"
-#include "platform/posix/pipe_signal.h"
 
-#include <algorithm>
-#include <cerrno>
 #include <fcntl.h>
-#include <string_view>
 #include <unistd.h>
 
 namespace ruvo {
@@ -17,30 +13,6 @@ namespace ruvo {
 namespace {
 
 constexpr mode_t kNewFileMode = 0666; // what the user's mask leaves of it
-
-// Each call is a message of its own; in a stream only the line end keeps it apart from the next.
-std::string MessageFor(int descriptor, const std::string& text) {
-    std::string message = text.ends_with('\n') ? text : text + "\n";
-    if (isatty(descriptor) == 1) {
-        std::replace_if(message.begin(), message.end() - 1, IsControlCharacter, '.');
-    }
-    return message;
-}
-
-// One write is one piece in an appended file, whoever else writes to it; the loop is for a pipe that takes
-// less.
-void WriteMessage(int descriptor, const std::string& message) {
-    std::string_view text = message;
-    const CPipeSignalHold hold; // what nobody reads is lost, and no reason to end
-    while (!text.empty()) {
-        const ssize_t put = write(descriptor, text.data(), text.size());
-        if (put > 0) {
-            text.remove_prefix(static_cast<std::size_t>(put));
-        } else if (errno != EINTR) {
-            return;
-        }
-    }
-}
 
 void AppendToFile(const std::string& path, const std::string& text) {
     const auto native = ToNativePath(path);
