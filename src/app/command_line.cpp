@@ -33,6 +33,8 @@ SCommandLine ParseCommandLine(std::span<const std::string> arguments) {
             commandLine.iniPath = argument;
         } else if (SelectsCheckOnly(argument)) {
             commandLine.checkOnly = true;
+        } else if (!argument.empty()) {
+            commandLine.withoutEffect.emplace_back(argument);
         }
     }
     return commandLine;

@@ -8,7 +8,10 @@
 #include "log/error_log.h"
 #include "log/log_reserve.h"
 #include "log/run_texts.h"
+#include "paths/path_utilities.h"
+#include "platform/full_path.h"
 #include "platform/message_box.h"
+#include "platform/standard_error.h"
 #include "run/extraction_run.h"
 #include "run/link_control.h"
 
@@ -32,6 +35,14 @@ void LogFailures(Action action) noexcept {
         LogFailure("Unhandled", exception.what());
     } catch (...) {
         LogFailure("Unhandled", "of an unknown type");
+    }
+}
+
+/// A run by hand with a mistyped option would else visit the relays and look like an answer to it.
+void TellOfArgumentsWithoutEffect(const SCommandLine& commandLine) {
+    for (const std::string& argument : commandLine.withoutEffect) {
+        WriteStandardError("ruvo: " + argument +
+                           ": argument without effect; expected FILE.ini, or -t to check only");
     }
 }
 
@@ -60,6 +71,7 @@ void CRuvoApp::StartUp(CRunContext& context, std::span<const std::string> argume
         return;
     }
     m_commandLine = ParseCommandLine(arguments);
+    TellOfArgumentsWithoutEffect(m_commandLine);
     m_programFolder.emplace();
     EResultCode result = LoadAndCheck(context, m_commandLine.iniPath, m_commandLine.checkOnly);
     if (!m_commandLine.checkOnly && !ClaimSingleInstance()) {
@@ -88,6 +100,11 @@ void CRuvoApp::ReportOrRun(CRunContext& context, EResultCode result) {
     } else if (good) {
         RunExtraction(context);
     } else {
+        if (result == EResultCode::IniFileNotOpened) { // the file that would have named the log
+            const std::string path = FullPath(m_commandLine.iniPath);
+            WriteStandardError("ruvo: " + DisplayPath(path.empty() ? m_commandLine.iniPath : path) +
+                               ": the INI file cannot be read; no relay is visited");
+        }
         LogMessage(text, false);
     }
 }

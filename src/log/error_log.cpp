@@ -158,8 +158,9 @@ SFileResult AppendToFile(const std::string& path, const std::string& line, ELine
 }
 
 void ReportLineLost(const std::string& line, const std::string& reason) {
+    const std::string path = DisplayPath(State().path);
     const std::string text =
-        "Error log " + DisplayPath(State().path) + ": " + reason + ". Line lost: " + line + "\n";
+        "Error log" + (path.empty() ? "" : " " + path) + ": " + reason + ". Line lost: " + line + "\n";
     const std::string told = "ruvo: " + text; // both are made before the one is written
     WriteDebugOutput(text);
     WriteStandardError(told);

@@ -23,16 +23,17 @@ TEST(CommandLine, IniFileAndSwitch) {
         std::vector<std::string> arguments;
         const char* iniPath;
         bool checkOnly;
+        std::vector<std::string> withoutEffect{};
     };
     const SRow rows[] = {
         {{}, "RUVO.ini", false},
         {{"/t", "C:\\cfg\\site.INI"}, "C:\\cfg\\site.INI", true},
-        {{"/T", "site.ini"}, "site.ini", false},
+        {{"/T", "site.ini"}, "site.ini", false, {"/T"}},
         {{"-test", " a.ini ", "b.initial", ""}, "b.initial", true},
         {{"a.ini", "b.ini"}, "b.ini", false},
         {{"/tmp/x.ini"}, "/tmp/x.ini", false}, // an INI file first, whatever it begins with
         {{"/tmp/x.conf"}, "RUVO.ini", true},   // begins with "/t"
-        {{"x.ini.bak", "in", ".in", "-x"}, "RUVO.ini", false},
+        {{"x.ini.bak", "in", ".in", " --help ", ""}, "RUVO.ini", false, {"x.ini.bak", "in", ".in", "--help"}},
         {{"\t\"x\".ini\r\n"}, "\"x\".ini", false},
         {{"a.b/c.ini"}, "a.b/c.ini", false},
         {{"c.ini/t"}, "c.ini/t", false}, // three characters after the last dot
@@ -41,6 +42,7 @@ TEST(CommandLine, IniFileAndSwitch) {
         const SCommandLine commandLine = ParseCommandLine(row.arguments);
         EXPECT_EQ(commandLine.iniPath, row.iniPath);
         EXPECT_EQ(commandLine.checkOnly, row.checkOnly) << row.iniPath;
+        EXPECT_EQ(commandLine.withoutEffect, row.withoutEffect) << row.iniPath;
     }
 }
 

@@ -87,6 +87,10 @@ TEST(EndToEnd, StandardErrorTellsWhatTheLogCannot) {
     };
     const SRow rows[] = {
         {"a log on a full disk", "ulimit -f 0; $RUVO $DIR/site.ini", "run.log: File too large. Line lost: "},
+        {"an INI file that is not there", "$RUVO $DIR/none.ini",
+         "/none.ini: the INI file cannot be read; no relay is visited\n"},
+        {"an argument without effect", "$RUVO --help $DIR/site.ini",
+         "ruvo: --help: argument without effect; expected FILE.ini, or -t to check only\n"},
     };
     for (const SRow& row : rows) {
         const std::string told = run.Shell(row.command + std::string(" 2>&1 >/dev/null; echo exit $?"));

@@ -94,7 +94,7 @@ TEST_F(CErrorLog, DisabledOrWithoutPathWritesNothing) {
         EXPECT_EQ(std::exchange(g_standardError, "").empty(), disabled) << "a connection test says nothing";
     }
     EXPECT_FALSE(m_folder.Has("logs"));
-    EXPECT_EQ(g_debugOutput.find("Error log : no path is known. Line lost: "), 0U)
+    EXPECT_EQ(g_debugOutput.find("Error log: no path is known. Line lost: "), 0U)
         << "a line without a home is told";
 }
 
