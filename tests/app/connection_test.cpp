@@ -127,6 +127,28 @@ TEST(ConnectionTest, EveryResult) {
     unsetenv("RUVO_REGISTRY_MACHINE");
 }
 
+// People and scripts of sites know the texts.
+TEST(ConnectionTest, Meanings) {
+    constexpr std::array kTexts{
+        "The relay answered, and the password, if one was asked for, was accepted.",
+        "The comms server could not be started.",
+        "The INI file was refused.",
+        "The key is not an entry of the section of the configured link type.",
+        "The link could not be opened, or its transaction values could not be set.",
+        "A password is configured, but the relay did not ask for one.",
+        "The relay refused the password.",
+        "Resetting cell 00.02 failed.",
+        "The relay is not connected or does not respond (reading cell 00.DF, status 8).",
+        "Reading cell 00.DF failed.",
+        "The relay asked for a password, and none is configured.",
+        "The relay has blocked its password.",
+        "The COM library could not be initialised.",
+        "The password was accepted, but its level is insufficient.",
+        "The test could not be run: no result was delivered."};
+    for (std::size_t number = 0; number < kTexts.size(); ++number)
+        EXPECT_EQ(ConnectionTestMeaning(static_cast<EConnectionTestResult>(number)), kTexts[number]);
+}
+
 } // namespace
 } // namespace test
 } // namespace ruvo

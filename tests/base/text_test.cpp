@@ -28,5 +28,15 @@ TEST(Text, ControlCharactersBecomeBlanks) {
     EXPECT_EQ(BlankControlCharacters("a\0\r\n\x1B[2J\x7F~\x80\xE4"sv), "a    [2J ~\x80\xE4");
 }
 
+TEST(Text, LettersAreThoseOfAscii) {
+    EXPECT_EQ(ToUpperText("/09:@AZ[`az{\xE4"), "/09:@AZ[`AZ{\xE4");
+    std::string lower, letters;
+    for (const char c : "/09:@AZ[`az{\xE4"sv) {
+        lower += ToLower(c);
+        letters += IsLetter(c) ? "L" : ".";
+    }
+    EXPECT_EQ(lower + letters, "/09:@az[`az{\xE4.....LL..LL..");
+}
+
 } // namespace
 } // namespace ruvo

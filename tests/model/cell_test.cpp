@@ -115,6 +115,8 @@ TEST(Cell, Compatibility) {
         check(cell, kind + "4", true, false);
         check(cell, kind + "10", true, false);
         check(cell, "18 01 37", false, false);
+        check({kind + "7", "FF", limit + "9", limit + "1"}, kind + "4", true, true); // only one limit
+        check({kind + "7", limit + "5", "FF", limit + "1"}, kind + "10", true, true);
     }
     const Values bits{"b0", "u15", "u8", "u1"};
     check(bits, "b15", true, true);

@@ -1,5 +1,6 @@
 // Files and folders: writing and reading, locks, failures, and what may not be followed.
 #include "platform/child_process.h"
+#include "platform/file_replacement.h"
 #include "platform/files.h"
 #include "platform/posix/file_system_room.h"
 #include "support/scratch_folder.h"
@@ -140,6 +141,25 @@ TEST(Files, AreListedNamedAndCopiedSafely) {
                 seteuid(user) == 0);
 }
 
+// Another exchange ends between this one's opening and its lock, and a stranger takes the new file away.
+TEST(FileExchange, GoesOnWithTheFileThatNowHasTheName) {
+    using namespace file_replacement;
+    const CScratchFolder folder;
+    const std::string path = folder.Write("f", "old");
+    COldFile old;
+    COldFile waiting;
+    CNewFile made;
+    EXPECT_TRUE(old.Open(path, EFileKind::Secret).Good() && made.MakeBeside(old).Good());
+    EXPECT_TRUE(waiting.Open(path, EFileKind::Secret).Good());
+    std::filesystem::rename(folder.Native("f"), folder.Native("moved"));
+    folder.Write("f", "new");
+    EXPECT_TRUE(waiting.Lock().Good() && waiting.Holds("new"));
+    EXPECT_EQ(GetPathKind(made.Path()), EPathKind::File) << "no leftover while it is held";
+    EXPECT_TRUE(RemovePlainFile(made.Path()));
+    const SAccessResult taken = made.TakePlaceOf(waiting);
+    EXPECT_TRUE(taken.failure == EAccessFailure::NotExchanged && taken.systemCode == 0);
+}
+
 TEST(Files, RoomThatTheSystemDoesNotStateIsUnknown) {
     using Room = std::optional<std::uint64_t>;
     const std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
@@ -163,6 +183,7 @@ TEST(Files, RoomThatTheSystemDoesNotStateIsUnknown) {
         EXPECT_EQ(RoomOf(status).bytes, test.bytes) << test.name;
         EXPECT_EQ(RoomOf(status).files, test.more) << test.name;
     }
+    EXPECT_TRUE(FreeSpace(CScratchFolder().Path("none\\deep")).bytes) << "that of the nearest folder";
 }
 
 } // namespace

@@ -83,6 +83,16 @@ TEST(CIniText, TakesLargeAndBinaryTextsInLinearTime) {
     }
 }
 
+TEST(CProfileReader, CutsListsAndCleansDefaults) {
+    const CScratchFolder folder;
+    const CProfileReader reader(folder.Write("a.ini", "[abc]\n[de]\n"));
+    using Names = std::vector<std::string>;
+    EXPECT_EQ(reader.SectionNames(6), Names{"abc"}); // three letters, their NUL, and two for the cut
+    EXPECT_EQ(reader.SectionNames(7), (Names{"abc", "d"}));
+    EXPECT_EQ(reader.SectionNames(2), Names{});
+    EXPECT_EQ(reader.ReadString("S", "A", "'quoted' ", 99), "quoted");
+}
+
 TEST(CProfileReader, AnswersForWhatIsNoReadableFile) {
     const CScratchFolder folder;
     mkfifo(folder.Native("pipe").c_str(), 0600);

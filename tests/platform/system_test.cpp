@@ -86,6 +86,8 @@ TEST(Modules, AreFoundUnderTheirSystemName) {
     folder.Write("broken.so", "no library");
     CModule module;
     EXPECT_FALSE(module.Load(folder.Path("missing.dll")) || module.Load(folder.Path("broken.dll")));
+    EXPECT_FALSE(module.Load("D:\\x.dll"));
+    EXPECT_EQ(module.FailureText(), "D:\\x.dll: no such drive");
     EXPECT_FALSE(module.IsLoaded() || module.FindEntry("sin") || module.FindEntry(1U));
     EXPECT_TRUE(module.Load("libm.so.6") && module.FindEntry("sin") && !module.FindEntry(1U));
     EXPECT_EQ(CodeFolder(), ProgramPath().substr(0, ProgramPath().rfind('\\')));
@@ -136,6 +138,9 @@ TEST(CInstanceMarker, KeepsAUsersRunsApartHoweverTheyAreStarted) {
     });
     CInstanceMarker marker;
     EXPECT_TRUE(folder.Has("state/ruvo/A.lock") && folder.Has("state/ruvo/A@a%20b.lock"));
+    EXPECT_TRUE(
+        folder.Has("state/ruvo/A@%E9%E9%E9%E9%E9%E9%E9%E9%E9%E9%E9%E9%E9%E9%E9%E~EF13AF9D598F14F4.lock"))
+        << "runs of another version would not see each other";
     chmod(folder.Native("state/ruvo").c_str(), 0777);
     EXPECT_EQ(claim("", marker), EInstanceClaim::MarkerFailed) << "others could take it";
     unsetenv("XDG_STATE_HOME");
