@@ -36,8 +36,8 @@ constexpr std::string_view kAddNotes =
     R"(Adds one line; every other byte of the file stays as it is. Refuses an entry that check would refuse (an
 invalid address, a key in use) and an address that another relay has.
 Replaces the file atomically, with the same owner and permissions; on failure it is unchanged.
-Exit status: 0 on success, 1 on failure (the file is unchanged, unless only the message could not be
-written), 2 on a usage error.
+Exit status: 0 on success, 1 on failure, 2 on a usage error. After a failure the file is unchanged, unless
+only the confirmation could not be written.
 
 Example: a relay on the serial port, then one at an IP address, with its password
   ruvoctl add site.ini 12
@@ -45,8 +45,8 @@ Example: a relay on the serial port, then one at an IP address, with its passwor
 constexpr std::string_view kRemoveNotes =
     R"(Removes the relay's line, and its password unless another section lists the same key. Every other byte of
 the file stays as it is. The last relay cannot be removed, because a run needs at least one.
-Exit status: 0 on success, 1 on failure (the file is unchanged, unless only the message could not be
-written), 2 on a usage error.
+Exit status: 0 on success, 1 on failure, 2 on a usage error. After a failure the file is unchanged, unless
+only the confirmation could not be written.
 
 Example:
   ruvoctl remove site.ini RV003)";

@@ -48,8 +48,8 @@ needs a name that is valid for its timer.
 All paths in the file are absolute. The defaults are /var/lib/ruvo/SITE for events and
 /var/log/ruvo/SITE.log for the error log if those folders exist and are writable, else SITE and SITE.log
 next to the file.
-Exit status: 0 on success, 1 on failure (no file was created, unless only the message could not be
-written), 2 on a usage error.
+Exit status: 0 on success, 1 on failure, 2 on a usage error. After a failure there is no new file, unless
+only the confirmation could not be written.
 
 Example: with prompts, then without
   ruvoctl new /etc/ruvo/north.ini

@@ -36,8 +36,8 @@ line from it. decrypt also accepts a whole line of the INI file. A password has 
 accepts only ASCII; encrypt accepts any bytes, each of which counts as a character.
 set and clear change one line; every other byte, the owner and the permissions of the file stay as they
 are.
-Exit status: 0 on success, 1 on failure (the file is unchanged, unless only the message could not be
-written), 2 on a usage error.
+Exit status: 0 on success, 1 on failure, 2 on a usage error. After a failure the file is unchanged, unless
+only the confirmation could not be written.
 
 Examples: store the password of RV003, typed, then from a password store; print a line to copy
   ruvoctl password set site.ini RV003

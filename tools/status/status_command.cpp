@@ -24,9 +24,10 @@ constexpr std::array kOptions{
     SOption{EOptionKind::Positional, "EVENTROOT", "the folder that contains the day files, at any depth"},
     SOption{EOptionKind::Positional, "LOG", "the error log"},
     SOption{EOptionKind::Choice, "--format", "text (default) or json", "text|json", "text"},
-    SOption{EOptionKind::Text, "--since",
-            "count problems of the last 36h or 7d, or since a date or time in local time (default: 24h)",
-            "TIME"},
+    SOption{
+        EOptionKind::Text, "--since",
+        "count problems of this period, such as 36h or 7d, or since this local date or time (default: 24h)",
+        "TIME"},
     SOption{EOptionKind::Text, "--warn-silent",
             "warning if a relay has had no new day file for more than DAYS days (default: 14; 0: never)",
             "DAYS"},
@@ -48,8 +49,8 @@ constexpr std::array kOptions{
 
 constexpr std::string_view kNotes =
     R"(A relay's last day is the UTC date of its newest day file, that is, of the last run that found events.
-Times in the error log are local; event times are the relay's own. Damage is a warning if its day file
-lies within --since; older damage is only counted.
+Times in the error log are local; event times are the relay's own. Damage causes a warning if the
+date of its day file is within --since; older damage is only counted.
 Exit status, as monitoring systems expect: 0 good, 1 warning, 2 critical, 3 unknown (usage error, or
 something could not be read or written). The status describes the files that exist: GOOD does not prove
 that last night's run took place. Monitor the timer or scheduled task as well.
