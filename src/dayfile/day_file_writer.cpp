@@ -57,7 +57,7 @@ void SerialiseRecord(CEventRecord& record, std::vector<std::uint8_t>& bytes, Rec
 }
 
 std::string TornNote(const CHeldDayFile& file) {
-    return DisplayPath(file.Path()) + " could not be cut back to its earlier " +
+    return DisplayPath(file.Path()) + " could not be truncated to its earlier " +
            std::to_string(file.FoundLength()) + " bytes; it may end with a torn record.";
 }
 

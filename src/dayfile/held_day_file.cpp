@@ -115,7 +115,7 @@ SHoldFailure CHeldDayFile::Explain(EOpening opening, const CFileException& failu
         return {EFileCause::SharingViolation, name + " is held by another run"};
     }
     if (opening == EOpening::Moved) {
-        return {EFileCause::Generic, name + " is being exchanged again and again"};
+        return {EFileCause::Generic, name + " keeps being replaced"};
     }
     const std::string nearest = NearestExisting(m_folder);
     if (nearest != m_folder && !IsLink(nearest)) { // the first folder that is missing cannot be made

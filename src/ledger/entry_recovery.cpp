@@ -106,7 +106,7 @@ bool CEntryRecovery::BringIn(const std::string& journalPath, CHeldDayFile* held)
     if (!m_journal.HasKnownHead()) {
         if (held == nullptr) {
             m_tell("Journal " + DisplayPath(journalPath) +
-                   " is of another version, or none. It is left as it is.");
+                   " was written by another version, or is not a journal. It is left unchanged.");
         }
         return true;
     }
@@ -123,7 +123,7 @@ bool CEntryRecovery::BringIn(const std::string& journalPath, CHeldDayFile* held)
         m_journal.Remove();
     } else if (!isWhole && held == nullptr) {
         m_tell("Journal " + DisplayPath(journalPath) +
-               " is damaged. What could be read of it has been brought in; it is kept.");
+               " is damaged. Its readable events have been stored; the journal is kept.");
     }
     return isFree;
 }
@@ -326,7 +326,7 @@ void CEntryRecovery::TellStored(const SEntry& entry, const std::string& path, bo
     m_tell(Counted(entry.records) + " of a visit that was ended " + (entry.records == 1 ? "is" : "are") +
            " in day file " + DisplayPath(path) + " now. Visit of " + entry.info.key + ", begun " +
            entry.info.begun + "." +
-           (isElsewhere ? " The file had changed since; what was missing stands at its end." : ""));
+           (isElsewhere ? " The file had changed since then; the missing events are at its end." : ""));
 }
 
 void CEntryRecovery::TellWaits(const SEntry& entry, const std::string& why) const {
