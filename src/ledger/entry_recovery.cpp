@@ -1,5 +1,6 @@
 #include "ledger/entry_recovery.h"
 
+#include "base/text.h"
 #include "dayfile/day_file_reader.h"
 #include "dayfile/day_file_writer.h"
 #include "ledger/standing_bytes.h"
@@ -15,14 +16,10 @@ namespace {
 
 using Bytes = std::span<const std::uint8_t>;
 
-std::string Counted(std::size_t count) {
-    return std::to_string(count) + (count == 1 ? " event" : " events");
-}
-
 /// One name of a relay's, which leads nowhere else.
 bool IsSafeName(const std::string& name) {
     return !name.empty() && name != "." && name != ".." && !HasForbiddenCharacter(name) &&
-           std::ranges::none_of(name, [](unsigned char c) { return c < ' ' || c == '\\' || c == ':'; });
+           std::ranges::none_of(name, [](char c) { return IsControlCharacter(c) || c == '\\' || c == ':'; });
 }
 
 std::uint64_t DigestOf(Bytes bytes) {
@@ -211,8 +208,9 @@ bool CEntryRecovery::Settle(SEntry& entry, CHeldDayFile* held) {
         RemoveEmptyDayFile(path, entry.info.isFolderMade);
     }
     if (entry.lost > 0) {
-        m_tell(Counted(entry.lost) + " taken from the relay, but not stored. Visit of " + entry.info.key +
-               ", begun " + entry.info.begun + ", which was ended; day file " + DisplayPath(path) + ".");
+        m_tell(Counted(entry.lost, "event") + " taken from the relay, but not stored. Visit of " +
+               entry.info.key + ", begun " + entry.info.begun + ", which was ended; day file " +
+               DisplayPath(path) + ".");
     }
     return m_journal.Append(EFrame::Done, entry.visit, entry.chain, {}) && m_journal.Flush();
 }
@@ -323,14 +321,14 @@ bool CEntryRecovery::FindMissing(const SEntry& entry, const std::string& path, S
 }
 
 void CEntryRecovery::TellStored(const SEntry& entry, const std::string& path, bool isElsewhere) const {
-    m_tell(Counted(entry.records) + " of a visit that was ended " + (entry.records == 1 ? "is" : "are") +
-           " in day file " + DisplayPath(path) + " now. Visit of " + entry.info.key + ", begun " +
-           entry.info.begun + "." +
+    m_tell(Counted(entry.records, "event") + " of a visit that was ended " +
+           (entry.records == 1 ? "is" : "are") + " in day file " + DisplayPath(path) + " now. Visit of " +
+           entry.info.key + ", begun " + entry.info.begun + "." +
            (isElsewhere ? " The file had changed since then; the missing events are at its end." : ""));
 }
 
 void CEntryRecovery::TellWaits(const SEntry& entry, const std::string& why) const {
-    m_tell(Counted(entry.records) + (entry.records == 1 ? " waits" : " wait") + " in journal " +
+    m_tell(Counted(entry.records, "event") + (entry.records == 1 ? " waits" : " wait") + " in journal " +
            DisplayPath(m_journal.Path()) + " for day file " + DisplayPath(PathOf(entry)) + ": " + why + ".");
 }
 
