@@ -1,5 +1,6 @@
 #include "tools/archive/find_query.h"
 
+#include "base/text.h"
 #include "dayfile/block_parser.h"
 
 #include <algorithm>
@@ -9,11 +10,8 @@ namespace ruvo {
 
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r\n";
-constexpr std::string_view kWordEnds = " \t\r\n\"";
-
 bool IsBlank(char c) {
-    return kBlanks.find(c) != std::string_view::npos;
+    return kWhiteSpace.find(c) != std::string_view::npos;
 }
 
 bool IsSearchable(char c) {
@@ -30,11 +28,12 @@ void AppendTerm(std::string& query, std::string_view word, std::string_view endi
     }
 }
 
-/// Cuts a word, or a quoted phrase, off the front of the text.
-std::string_view CutPart(std::string_view& text, std::string_view ends) {
-    const std::size_t end = std::min(text.find_first_of(ends), text.size());
-    const std::string_view part = text.substr(0, end);
-    text.remove_prefix(end);
+/// Cuts a word, or what is in quotes, off the front of the text.
+std::string_view CutPart(std::string_view& text, bool isPhrase) {
+    const auto end =
+        std::ranges::find_if(text, [&](char c) { return c == '"' || (!isPhrase && IsBlank(c)); });
+    const std::string_view part = text.substr(0, static_cast<std::size_t>(end - text.begin()));
+    text.remove_prefix(part.size());
     return part;
 }
 
@@ -74,7 +73,7 @@ std::string FullTextQuery(std::string_view text) {
         if (isPhrase || IsBlank(text.front())) {
             text.remove_prefix(1);
         }
-        const std::string_view part = CutPart(text, isPhrase ? "\"" : kWordEnds);
+        const std::string_view part = CutPart(text, isPhrase);
         AppendTerm(query, part, isPhrase ? "" : "*");
         if (isPhrase && !text.empty()) {
             text.remove_prefix(1); // the closing quote
