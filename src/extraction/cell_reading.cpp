@@ -52,6 +52,7 @@ void ReplaceByLimit(CellAddress address, std::unique_ptr<CParlaneData>& value) {
 
 // The status word has the link's statuses in it: both read the same numbers.
 static_assert(kStatusSuccess == kLinkGood && kStatusReply == kLinkReply && kStatusAborted == kLinkAborted);
+static_assert(kStatusNotResponding == kLinkNotResponding && kStatusNoPortOpen == kLinkNoPortOpen);
 
 CStatus ToStatusWord(LinkStatus status) {
     return CStatus(status > std::numeric_limits<std::uint16_t>::max() ? kLinkComFailure : status);

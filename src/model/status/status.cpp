@@ -33,9 +33,10 @@ bool AcceptsReply(int level, std::uint8_t code) {
            (code < 32 && (kAcceptedReplies[static_cast<std::size_t>(level)] >> code & 1U) != 0);
 }
 
-/// What level 6 does not accept: busy overflow, no response, no port open, aborted.
+/// What level 6 does not accept.
 bool IsGrave(std::uint16_t value) {
-    return value == 2 || value == 8 || value == 15 || value == kStatusAborted;
+    return value == kStatusBusyOverflow || value == kStatusNotResponding || value == kStatusNoPortOpen ||
+           value == kStatusAborted;
 }
 
 bool Accepts(CStatus status, int level) {

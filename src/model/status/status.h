@@ -12,8 +12,11 @@ inline constexpr std::uint8_t kStatusSuccess = 0;
 inline constexpr std::uint8_t kStatusReplyEight = 1; ///< reply code 8, which counts as success
 inline constexpr std::uint8_t kStatusReply = 17;     ///< the device answered with the reply code
 
-/// Status value of a request that the user aborted.
-inline constexpr std::uint16_t kStatusAborted = 18;
+/// Status values of the comms server that have a meaning here.
+inline constexpr std::uint16_t kStatusBusyOverflow = 2; ///< the device was busy too often
+inline constexpr std::uint16_t kStatusNotResponding = 8;
+inline constexpr std::uint16_t kStatusNoPortOpen = 15;
+inline constexpr std::uint16_t kStatusAborted = 18; ///< the user aborted the request
 
 /// Two bytes: the kind (low) and a code (high). Thrown, as itself, when a request in progress was aborted.
 class CStatus {
