@@ -1,5 +1,5 @@
 #!/bin/sh
-# Makes a manual page of a page of docs/, which begins with "# name(section) — what it is in a few words".
+# Creates a manual page from a page of docs/, which begins with "# name(section) — what it is in a few words".
 #   make_man_page.sh VERSION DATE SOURCE.md PAGE
 set -eu
 version=$1 date=$(date -u -d "$2" +%F) source=$3 page=$4
@@ -7,7 +7,7 @@ heading='^# \([a-z.-]*\)(\([1-9]\)) — \(.*\)$'
 name=$(sed -n "1s/$heading/\\1/p" "$source")
 section=$(sed -n "1s/$heading/\\2/p" "$source")
 if [ -z "$name" ]; then
-    echo "$source: want \"# name(section) — what it is\" in its first line" >&2
+    echo "$source: expected \"# name(section) — what it is\" in its first line" >&2
     exit 1
 fi
 

@@ -48,10 +48,10 @@ TEST(DayFilePage, HasTheItemsOfEachBlock) {
         rows += Row(item);
     for (const SBlockItem& item : kCellItems)
         rows += Row(item);
-    EXPECT_EQ(PageTable("| item | written as | bytes | holds |", 3), rows);
+    EXPECT_EQ(PageTable("| item | written as | bytes | contents |", 3), rows);
     EXPECT_EQ(PageTable("| tag | block |", 2), "`" + HexDigits(std::array{EBlockTag::Event}) + "`, event\n`" +
                                                    HexDigits(std::array{EBlockTag::Cells}) + "`, cells\n");
-    std::istringstream page(PageTable("| item | written as | bytes | holds |", 3));
+    std::istringstream page(PageTable("| item | written as | bytes | contents |", 3));
     for (std::string line; std::getline(page, line);) {
         // "2 + 7" is 9 bytes, "1 + n" at least 1
         std::istringstream bytes(line.substr(line.rfind(", ") + 2));
