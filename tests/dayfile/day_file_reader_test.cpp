@@ -86,6 +86,10 @@ TEST(DayFileReader, DamageIsToldOnceAndReadingGoesOnAtASoundRecordWithAWitness) 
         {"behind", MakeImage(kFirst.substr(0, kFirst.size() - 1) + "00 ]").bytes},
         {"lenient",
          MakeImage("[00 0000000000 3C07D2040304100B1A 41 'ab 02 0005 ' ' ' 2003 ' FF00 ' ]").bytes},
+        {"small", MakeImage("[00 00 00000000 3C07D2040304100B1A 00 ' 01 05 ' ' ' 2003 ' FF00 ' ]").bytes},
+        {"holding", MakeImage(kEvent + "'Start FF00 ' !18 " +
+                              HexDigits(std::string(1, static_cast<char>(E.size())) + E) + " ]")
+                        .bytes},
         {"unknown", MakeImage(kEvent + "'Trip 7E020500 ' ]").bytes},
         {"odd", MakeImage(kEvent + "'Trip 2803010203 ' ]").bytes},
         {"oddcell", MakeImage("[01 02000000 'Phase 5003010203 00 ]").bytes},
