@@ -47,6 +47,13 @@ std::string Now() {
 
 } // namespace
 
+std::string FolderOfJournals(const std::string& eventRoot) {
+    const std::string state = StateFolder();
+    const std::string root = ResolvedFolder(eventRoot);
+    return state.empty() || root.empty() ? std::string()
+                                         : state + "\\" + ReadableName(root) + "-" + Digest(root);
+}
+
 CRunLedger::CRunLedger(std::string eventRoot, TellLine tell)
     : m_eventRoot(std::move(eventRoot)), m_tell(std::move(tell)) {}
 
@@ -60,17 +67,10 @@ CRunLedger::~CRunLedger() {
     }
 }
 
-std::string CRunLedger::RootsFolder() const {
-    const std::string state = StateFolder();
-    const std::string root = ResolvedFolder(m_eventRoot);
-    return state.empty() || root.empty() ? std::string()
-                                         : state + "\\" + ReadableName(root) + "-" + Digest(root);
-}
-
 CJournalFile* CRunLedger::Journal() {
     if (!m_isTried) {
         m_isTried = true;
-        const std::string folder = RootsFolder();
+        const std::string folder = FolderOfJournals(m_eventRoot);
         auto journal = std::make_unique<CJournalFile>();
         if (!folder.empty() && MakePrivateFolder(folder) && journal->Make(folder, Now())) {
             FlushFolder(folder.substr(0, folder.rfind('\\')));
@@ -98,7 +98,7 @@ void CRunLedger::NoteClosed() {
 }
 
 void CRunLedger::BringIn() {
-    const std::string folder = RootsFolder();
+    const std::string folder = FolderOfJournals(m_eventRoot);
     for (const std::string& path : JournalsIn(folder)) {
         static_cast<void>(CEntryRecovery(m_eventRoot, m_tell).BringIn(path, nullptr));
     }
@@ -106,7 +106,7 @@ void CRunLedger::BringIn() {
 
 bool CRunLedger::BringInto(CHeldDayFile& file) {
     bool isFree = std::ranges::find(m_openFiles, file.Path()) == m_openFiles.end();
-    for (const std::string& path : JournalsIn(RootsFolder())) {
+    for (const std::string& path : JournalsIn(FolderOfJournals(m_eventRoot))) {
         if (!m_journal || path != m_journal->Path()) {
             isFree = CEntryRecovery(m_eventRoot, m_tell).BringIn(path, &file) && isFree;
         }

@@ -15,6 +15,9 @@ namespace ruvo {
 /// Writes one line into the log and returns when it is on the disk. The text is in the system's encoding.
 using TellLine = std::function<void(const std::string& line)>;
 
+/// Where the journals of an event root are; empty when there is no such folder, or no state folder.
+[[nodiscard]] std::string FolderOfJournals(const std::string& eventRoot);
+
 /// The journals of one event root. Used by the thread of the run.
 class CRunLedger {
 public:
@@ -40,8 +43,6 @@ public:
     void NoteClosed();
 
 private:
-    [[nodiscard]] std::string RootsFolder() const;
-
     std::string m_eventRoot;
     TellLine m_tell;
     std::unique_ptr<CJournalFile> m_journal;

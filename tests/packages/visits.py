@@ -32,6 +32,7 @@ def look_at_exit_statuses():
     pathlib.Path("/etc/ruvo/full.ini").write_text(
         YARD.read_text("utf-8").replace("RV001=10.20.0.6", "RV001=10.20.0.99").replace("yard.log", "full.log"), "utf-8")
     ends_with("a site whose log takes no line", 2, "sh", "-c", 'ulimit -f 0; exec "$@"', "sh", *visit("full"))
+    ends_with("a visit without a journal", 2, "env", "RUVO_STATE_DIR=/etc/passwd", *visit("yard"))
     ends_with("a site that is not there", 2, *visit("nowhere"))
     silent("the site's name with its ending", *visit("yard.ini"))
     equal("run-site --help", len(re.findall("(?m)^.*(?:run-site .*SITE|Exit status:)", said(RUN_SITE, "--help"))), 2)

@@ -2,6 +2,7 @@
 #include "support/case_table.h"
 #include "support/scratch_folder.h"
 #include "support/scripted_server.h"
+#include "tools/ini/place_warnings.h"
 #include "tools/run_tool.h"
 
 #include "config/ini_keys.h"
@@ -116,6 +117,50 @@ TEST(CheckCommand, NamesTheLinksThatARunWouldRefuse) {
         names,
         "A/b.evt is not a regular file\nA/c.evt is not a regular file\nC is a symbolic link\nD is a symbolic link\n")
         << outcome.out;
+}
+
+TEST(CheckCommand, WarnsOfPlacesThatARunCannotUse) {
+    const CScratchFolder folder;
+    CScriptedServer server;
+    folder.Write("a.ini", "[RUVO_GENERAL]\nEventRootDir=" + folder.Path("e") + "\n" + kSerial);
+    folder.Write("file", "");
+    std::filesystem::create_directory(folder.Native("of-all"));
+    chmod(folder.Native("of-all").c_str(), 0777);
+    const std::pair<const char*, bool> states[] = {
+        {"none/deeper", false}, {".", false}, {"file", true}, {"file/x", true}, {"of-all", true}};
+    for (const auto& [name, isWarned] : states) {
+        setenv("RUVO_STATE_DIR", folder.Native(name).c_str(), 1);
+        const SOutcome outcome = RunTool({"check", folder.Native("a.ini")});
+        EXPECT_EQ(outcome.status, 0);
+        EXPECT_EQ(outcome.out.find("cannot be used; a run could make no journal") != std::string::npos,
+                  isWarned)
+            << name << ": " << outcome.out;
+    }
+    EXPECT_FALSE(folder.Has("none")) << "nothing is made to find out";
+    setenv("RUVO_STATE_DIR", "/s", 1);
+    struct SRow {
+        SFreeSpace room;
+        const char* want; ///< of each of the three disks
+    };
+    const SRow rows[] = {
+        {{}, ""}, // the system does not say
+        {{65536, 2}, ""},
+        {{65535, 2}, " is full; "},
+        {{65536, 1}, " can take no more files; "},
+    };
+    for (const SRow& row : rows) {
+        std::string text;
+        for (const SDiagnostic& found :
+             FindFullDisks("C:\\e", "C:\\l\\x.log", [&](const std::string&) { return row.room; }))
+            text += found.text + "\n";
+        const std::string want = row.want;
+        EXPECT_EQ(text, want.empty()
+                            ? ""
+                            : "the disk of /e" + want + "the relays keep their events\n" +
+                                  "the disk of /l/x.log" + want + "lines of the error log would be lost\n" +
+                                  "the disk of /s" + want + "a run could make no journal\n");
+    }
+    unsetenv("RUVO_STATE_DIR");
 }
 
 // A file beside the INI file may decide which libraries are loaded.

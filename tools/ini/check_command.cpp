@@ -6,6 +6,7 @@
 #include "config/configuration.h"
 #include "config/result_messages.h"
 #include "link/seam/server_failure.h"
+#include "log/error_log.h"
 #include "platform/file_replacement.h"
 #include "platform/files.h"
 #include "platform/full_path.h"
@@ -14,6 +15,7 @@
 #include "tools/command.h"
 #include "tools/ini/diagnostics.h"
 #include "tools/ini/ini_document.h"
+#include "tools/ini/place_warnings.h"
 #include "tools/ini/site_environment.h"
 
 #include <algorithm>
@@ -35,7 +37,7 @@ constexpr std::string_view kNotes =
 that the event folder and the error log are writable, applies the rules and starts the comms server, with
 the environment that run-site reads from the .env file next to the INI file. As in a run, relative paths
 in the INI file are resolved against the program's folder. Prints the result message, the lines that
-caused it, and warnings.
+caused it, and warnings, which also name a full disk and a state folder that cannot be used.
 Exit status: the result code; 0 on success; 39 if the RPC library cannot be loaded, in which case a run
 does not start.
 
@@ -52,7 +54,7 @@ struct SOutcome {
     int status = 0;
     std::string message;
     std::vector<SDiagnostic> causes;
-    std::vector<SDiagnostic> unwritablePlaces; ///< paths that a run refuses to write
+    std::vector<SDiagnostic> places; ///< warnings about paths that a run writes
 };
 
 EResultCode TryCommsServer(std::vector<SDiagnostic>& causes) {
@@ -64,6 +66,20 @@ EResultCode TryCommsServer(std::vector<SDiagnostic>& causes) {
         causes.push_back({0, ExplainServerFailure()});
     }
     return EResultCode::CommsServerFailed;
+}
+
+/// Warns about the places that a run writes. Where no folder can be made, its links are not looked at.
+std::vector<SDiagnostic> FindTroubledPlaces(const std::string& eventRoot, EResultCode code) {
+    std::vector<SDiagnostic> places;
+    const auto add = [&](const std::vector<SDiagnostic>& found) {
+        places.insert(places.end(), found.begin(), found.end());
+    };
+    if (code != EResultCode::EventRootInvalid && code != EResultCode::RegistryDestinationInvalid) {
+        add(FindUnwritablePlaces(eventRoot));
+        add(FindUnusableStateFolder(eventRoot));
+    }
+    add(FindFullDisks(eventRoot, ErrorLogPath()));
+    return places;
 }
 
 /// Why a run cannot read the file.
@@ -96,15 +112,14 @@ SOutcome CheckFile(const std::string& fullPath, const CIniText& ini) {
         return {kLibraryMissing, missing->message, {{0, missing->reason}}, {}};
     }
     std::vector<SDiagnostic> causes;
-    std::vector<SDiagnostic> unwritablePlaces;
+    std::vector<SDiagnostic> places;
     EResultCode code = EResultCode::IniFileNotOpened;
     if (!fullPath.empty()) {
         const CProgramFolder inProgramFolder;
         CRunContext context;
         code = LoadAndCheck(context, fullPath, true);
-        if (!context.DestinationRoot().empty() && code != EResultCode::EventRootInvalid &&
-            code != EResultCode::RegistryDestinationInvalid) {
-            unwritablePlaces = FindUnwritablePlaces(FullPath(context.DestinationRoot()));
+        if (!context.DestinationRoot().empty()) {
+            places = FindTroubledPlaces(FullPath(context.DestinationRoot()), code);
         }
         code = code == EResultCode::Success ? TryCommsServer(causes) : code;
     }
@@ -113,8 +128,7 @@ SOutcome CheckFile(const std::string& fullPath, const CIniText& ini) {
     }
     std::vector<SDiagnostic> lines = ExplainResultCode(code, ini);
     lines.insert(lines.end(), causes.begin(), causes.end());
-    return {static_cast<int>(code), std::string(ResultMessage(code)), std::move(lines),
-            std::move(unwritablePlaces)};
+    return {static_cast<int>(code), std::string(ResultMessage(code)), std::move(lines), std::move(places)};
 }
 
 /// Warns if every user can read the passwords in the file.
@@ -147,7 +161,7 @@ int RunCheck(const CArguments& arguments, SConsole& console) {
     PrintDiagnostics(console.out, typed, "", outcome.causes);
     PrintDiagnostics(console.out, typed, "warning: ", FindWarnings(ini));
     PrintDiagnostics(console.out, typed, "warning: ", FindOpenPasswords(fullPath, ini));
-    PrintDiagnostics(console.out, typed, "warning: ", outcome.unwritablePlaces);
+    PrintDiagnostics(console.out, typed, "warning: ", outcome.places);
     PrintDiagnostics(console.out, environment.path, "warning: ", environment.diagnostics);
     return outcome.status;
 }

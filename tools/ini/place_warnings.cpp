@@ -1,0 +1,70 @@
+#include "tools/ini/place_warnings.h"
+
+#include "extraction/relay_visit.h"
+#include "ledger/run_ledger.h"
+#include "paths/path_utilities.h"
+#include "platform/full_path.h"
+#include "platform/state_folder.h"
+
+#include <array>
+#include <string_view>
+
+namespace ruvo {
+
+namespace {
+
+/// The folder of the root's journals; the state folder while the root is not there to name one.
+std::string JournalPlace(const std::string& eventRoot) {
+    const std::string folder = FolderOfJournals(eventRoot);
+    return folder.empty() ? StateFolder() : folder;
+}
+
+bool CanTakeJournals(const std::string& folder) {
+    std::string nearest = NearestExisting(folder);
+    const bool isThere = nearest == folder;
+    nearest += nearest.ends_with(':') ? "\\" : "";
+    return GetPathKind(nearest) == EPathKind::Folder &&
+           CanMakeEntryIn(nearest, isThere ? EPathKind::File : EPathKind::Folder).Good() &&
+           (!isThere || MakePrivateFolder(folder)); // which makes none then
+}
+
+} // namespace
+
+std::vector<SDiagnostic> FindUnusableStateFolder(const std::string& eventRoot) {
+    constexpr std::string_view kConsequence =
+        "; a run could make no journal, and if it were killed, the events of its visit would be lost";
+    const std::string folder = JournalPlace(eventRoot);
+    if (folder.empty()) {
+        return {{0, "there is no state folder" + std::string(kConsequence)}};
+    }
+    if (CanTakeJournals(folder)) {
+        return {};
+    }
+    return {{0, "the state folder " + DisplayPath(folder) + " cannot be used" + std::string(kConsequence)}};
+}
+
+std::vector<SDiagnostic> FindFullDisks(const std::string& eventRoot, const std::string& logPath,
+                                       const std::function<SFreeSpace(const std::string& path)>& roomAt) {
+    struct SPlaceRow {
+        std::string path;
+        std::string_view consequence;
+    };
+    const std::array places{
+        SPlaceRow{eventRoot, "; the relays keep their events"},
+        SPlaceRow{logPath, "; lines of the error log would be lost"},
+        SPlaceRow{JournalPlace(eventRoot), "; a run could make no journal"},
+    };
+    std::vector<SDiagnostic> diagnostics;
+    for (const SPlaceRow& place : places) {
+        const SFreeSpace room = place.path.empty() ? SFreeSpace() : roomAt(place.path);
+        const bool isFull = room.bytes.value_or(kLeastFreeSpace) < kLeastFreeSpace;
+        if (isFull || room.files.value_or(kLeastFreeFiles) < kLeastFreeFiles) {
+            diagnostics.push_back({0, "the disk of " + DisplayPath(place.path) +
+                                          (isFull ? " is full" : " can take no more files") +
+                                          std::string(place.consequence)});
+        }
+    }
+    return diagnostics;
+}
+
+} // namespace ruvo

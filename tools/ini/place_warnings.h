@@ -1,0 +1,21 @@
+// Warns about the places that a run writes to: a disk without room, a state folder that cannot be used.
+#pragma once
+
+#include "platform/files.h"
+#include "tools/ini/diagnostics.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace ruvo {
+
+/// A state folder in which a run over this event root could make no journal. Makes nothing to find out.
+[[nodiscard]] std::vector<SDiagnostic> FindUnusableStateFolder(const std::string& eventRoot);
+
+/// Disks of the events, the error log and the journals with less room than a visit needs.
+[[nodiscard]] std::vector<SDiagnostic>
+FindFullDisks(const std::string& eventRoot, const std::string& logPath,
+              const std::function<SFreeSpace(const std::string& path)>& roomAt = FreeSpace);
+
+} // namespace ruvo
