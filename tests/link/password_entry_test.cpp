@@ -2,6 +2,7 @@
 #include "support/case_table.h"
 #include "support/linked_test.h"
 
+#include "model/status/progress.h"
 #include "model/values/parlane_integers.h"
 
 #include <algorithm>
@@ -251,6 +252,22 @@ TEST_F(PasswordEntry, TheApplicationMaySilenceTheAcceptance) {
     g_application.noNotify = 1;
     EXPECT_EQ(Read(), kLinkGood);
     EXPECT_TRUE(g_application.accepted.empty());
+}
+
+// The reads before have taken the monitor out.
+TEST_F(PasswordEntry, ReportsTheProgressOfThePasswordsWrite) {
+    struct CRecorder final : CProgressMonitor {
+        CRecorder() : CProgressMonitor(nullptr, 0, 100) {}
+        void SetPercent(int percent) override { percents.push_back(percent); }
+        std::vector<int> percents;
+    } recorder;
+    server.onCall = [&](SCall& call) -> std::optional<std::int64_t> {
+        if (call.name == "ChangeSetting" && call.Cell() == 0x0002)
+            server.sink->OnProgress(Variant::FromI4(1), Variant::FromI4(2));
+        return Answer(call);
+    };
+    EXPECT_EQ(link->EnterPassword(&recorder, false), kLinkGood);
+    EXPECT_EQ(recorder.percents, std::vector{50});
 }
 
 } // namespace ruvo::test
