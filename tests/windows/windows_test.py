@@ -1,0 +1,194 @@
+"""The Windows programs, built for 32 and 64 bits.
+
+Looks into the 32-bit files, which nothing here can run, and runs their 64-bit twins under Wine, in a Windows of their
+own.
+"""
+
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+
+from checks import check, count_checks, counts, equal, must, run, said, succeeds
+
+X86, X64 = (pathlib.Path(f"build/windows-{bits}/bin").resolve() for bits in ("x86", "x64"))
+SYSTEM = {f"{name}.dll" for name in
+          "kernel32 user32 gdi32 advapi32 ole32 oleaut32 msvcrt bcrypt shell32 version".split()}
+FILES = "RUVO.exe ruvoctl.exe p32ls-sim.exe ruvo.dll oncrpc.dll HalvexCryptoKit.dll".split()
+PACKED = {*FILES, "README.txt", "RUVO.ini", "substation.toml"}
+VERSION = re.search(r"(?m)^project\(ruvo VERSION ([0-9.]*)", pathlib.Path("CMakeLists.txt").read_text("utf-8"))[1]
+WINE, WINESERVER = "/usr/lib/wine/wine64", "/usr/lib/wine/wineserver"
+
+
+def headers(file):
+    return said("i686-w64-mingw32-objdump", "-p", X86 / file)
+
+
+def section(text, start):
+    """From the line that starts so to the next empty one."""
+    return text.partition(f"\n{start}")[2].partition("\n\n")[0]
+
+
+def exports(file):
+    return sorted(re.findall(r"(?m)^.*\[ *[0-9]+\] (.*)", section(headers(file), "[Ordinal/Name Pointer] Table")))
+
+
+def ordinals(file):
+    return re.findall(r"\+base\[ *([0-9]+)\]", section(headers(file), "Export Address Table"))
+
+
+def resources(file):
+    return said("i686-w64-mingw32-windres", "-J", "coff", "-O", "rc", file)
+
+
+def texts(script):
+    return re.findall(r'(?m)^ *([0-9]*, ".*)$', script)
+
+
+def look_at_files():
+    print("Looking into the 32-bit files", flush=True)
+    for file in FILES:
+        form = re.search("file format (.*)", said("i686-w64-mingw32-objdump", "-f", X86 / file))[1]
+        equal(f"{file} is for 32-bit Windows", form, "pei-i386")
+        needed = {name.lower() for name in re.findall("DLL Name: (.*)", headers(file))}
+        equal(f"{file} needs the system's libraries alone", needed - SYSTEM, set())
+    for file, kind in (("RUVO.exe", "GUI"), ("p32ls-sim.exe", "GUI"), ("ruvoctl.exe", "CUI")):
+        equal(f"{file}: subsystem", re.search(r"(?m)^Subsystem.*\((.*)\)", headers(file))[1], f"Windows {kind}")
+    for file in ("RUVO.exe", "ruvo.dll"):
+        equal(f"{file}: exports", exports(file), ["_TestConnectionExt@8", "_decrypt@8", "_encrypt@8"])
+        numbers = ", *".join([*VERSION.split("."), "0"])
+        check(f"{file}: version", re.search(f"FILEVERSION {numbers}", resources(X86 / file)))
+    equal("HalvexCryptoKit.dll: ordinals", ordinals("HalvexCryptoKit.dll"), ["2", "9", "13"])
+    equal("HalvexCryptoKit.dll: no names", exports("HalvexCryptoKit.dll"), [])
+    check("RUVO.exe: manifest", b"requestedExecutionLevel" in (X86 / "RUVO.exe").read_bytes())
+
+
+def look_at_texts(work):
+    """Both scripts in the same words: the one that was compiled in, and the one found in the program."""
+    must("i686-w64-mingw32-windres", "-O", "coff", "build/windows-x86/resources/string_table.rc", work / "table.o")
+    found = texts(resources(X86 / "RUVO.exe"))
+    check("RUVO.exe: some texts", len(found) > 100, len(found))
+    equal("RUVO.exe: string table", found, texts(resources(work / "table.o")))
+
+
+def pack():
+    print("Packing", flush=True)
+    for preset in ("windows-x86", "windows-x64"):
+        succeeds(f"the zip of {preset}", "cmake", "-E", "chdir", f"build/{preset}", "cpack")
+        packed = f"build/{preset}/ruvo-{VERSION}-{preset}.zip"
+        names = [line.rsplit("/", 1)[-1] for line in said("cmake", "-E", "tar", "tf", packed).splitlines()]
+        equal("what is in it", sorted(name for name in names if name in PACKED), sorted(PACKED))
+
+
+class Windows:
+    """A Windows of this test's own, without a screen."""
+
+    def __init__(self, work):
+        self.work = work
+        self.environment = {name: value for name, value in os.environ.items() if name not in ("DISPLAY", "WINEARCH")}
+        self.environment.update(WINEPREFIX=str(work / "prefix"), WINEDEBUG="-all", LC_ALL="C.UTF-8",
+                                WINEDLLOVERRIDES="mscoree=;mshtml=;winemenubuilder.exe=d")  # no questions, no menu files
+
+    def __enter__(self):
+        try:
+            self.set_up("wineboot", "-i")
+            for key, value, text in (("Drivers", "Graphics", "null"),
+                                     # The calls that tell a box's icon, which no other process can see.
+                                     ("Debug", "RelayInclude", "user32.MessageBoxA")):
+                self.set_up("reg", "add", rf"HKCU\Software\Wine\{key}", "/v", value, "/t", "REG_SZ", "/d", text, "/f")
+        finally:
+            self.end_session()  # COM hangs in the session that made the Windows
+        return self
+
+    def __exit__(self, *_):
+        self.end_session()
+
+    def set_up(self, *words):
+        status = self.run("setup", 300, *words)
+        if status != 0:
+            raise RuntimeError(f"{' '.join(words)}: ended with {status}")
+
+    def run(self, name, seconds, *words, **variables):
+        """Into files, never pipes: a server started meanwhile keeps them open. The status, none after too long."""
+        with open(self.work / f"{name}.log", "wb") as out, open(self.work / f"{name}.calls", "wb") as calls:
+            program = subprocess.Popen([WINE, *words], env={**self.environment, **variables}, stdin=subprocess.DEVNULL,
+                                       stdout=out, stderr=calls)
+            try:
+                return program.wait(seconds)
+            except subprocess.TimeoutExpired:
+                program.kill()
+                program.wait()
+                return None
+
+    def read(self, file):
+        return (self.work / file).read_bytes().decode("utf-8", "replace").replace("\r", "")
+
+    def end_session(self):
+        for option in ("-k", "-w"):  # every process of this prefix, and of no other
+            run(WINESERVER, option, env=self.environment)
+
+
+def last_line(text):
+    return text.rstrip("\n").rsplit("\n", 1)[-1]
+
+
+def take_count(name, text):
+    """The last line of a test program is a count."""
+    found = re.fullmatch("([0-9]+) passed, ([0-9]+) failed", last_line(text))
+    if found:
+        good, bad = int(found[1]), int(found[2])
+        if name.endswith("_difference"):  # one that compares thousands of generated inputs is one test
+            good, bad = int(bad == 0), int(bad > 0)
+        counts["passed"] += good
+        counts["failed"] += bad
+    else:
+        check(f"{name} comes to its end", False)
+    if not found or bad > 0:
+        print(text)
+    print(f"  {name}: {last_line(text)}", flush=True)
+
+
+def run_twin(windows, name):
+    windows.run(name, 400, X64 / f"test_{name}.exe", WINEDEBUG="-all,+relay")
+    return windows.read(f"{name}.log")
+
+
+def run_twins(windows):
+    print("Running the 64-bit twins under Wine", flush=True)
+    for name in ("path_difference", "ini_difference", "system", "end_to_end"):
+        text = run_twin(windows, name)
+        if " passed, " not in last_line(text):
+            # Wine itself hangs once in a long while, when COM lets go of an interface as a call returns.
+            print(f"  {name} did not come to its end; once more in a new session", flush=True)
+            windows.end_session()
+            text = run_twin(windows, name)
+        take_count(name, text)
+    with open(windows.work / "com.log", "wb") as log:
+        run("tests/windows/com.sh", X64, env=windows.environment, stdout=log)
+    take_count("com", windows.read("com.log"))
+
+
+def look_at_icons(windows):
+    calls = windows.read("end_to_end.calls")
+    for what, words, icon in (("a good check", "No input errors found", "00000040"),
+                              ("an error found", "BaudRate value error", "00000030"),
+                              ("the registry's information", "Registry entry with destination", "00000040")):
+        found = re.findall(rf"Call user32\.MessageBoxA\(.*{words}.*,(000000[0-9]*)\) ret", calls)
+        equal(f"icon of {what}", set(found), {icon})
+
+
+def test():
+    with tempfile.TemporaryDirectory(ignore_cleanup_errors=True) as folder:
+        work = pathlib.Path(folder)
+        look_at_files()
+        look_at_texts(work)
+        pack()
+        with Windows(work) as windows:
+            run_twins(windows)
+            look_at_icons(windows)
+
+
+if __name__ == "__main__":
+    sys.exit(count_checks(test))
