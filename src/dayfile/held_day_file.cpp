@@ -235,10 +235,8 @@ void CHeldDayFile::Release() noexcept {
         if (m_wasMissing) {
             RemoveEmptyDayFile(m_path, false);
         }
-        for (const std::string& folder : std::views::reverse(m_madeFolders)) {
-            if (!RemoveEmptyFolder(folder)) {
-                break;
-            }
+        while (!m_madeFolders.empty() && RemoveEmptyFolder(m_madeFolders.back())) {
+            m_madeFolders.pop_back();
         }
     } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): readers know an empty file to be none
     }

@@ -3,11 +3,11 @@
 #include "ledger/entry_recovery.h"
 #include "platform/clock.h"
 #include "platform/full_path.h"
+#include "platform/standard_error.h"
 #include "platform/state_folder.h"
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <exception>
 #include <string_view>
 
@@ -76,10 +76,9 @@ CJournalFile* CRunLedger::Journal() {
             FlushFolder(folder.substr(0, folder.rfind('\\')));
             m_journal = std::move(journal);
         } else {
-            std::fprintf(stderr,
-                         "ruvo: no journal can be made in %s; until a visit ends, an end of the run would "
-                         "cost its events\n",
-                         folder.empty() ? "the state folder" : DisplayPath(folder).c_str());
+            WriteStandardError("ruvo: no journal can be made in " +
+                               (folder.empty() ? "the state folder" : DisplayPath(folder)) +
+                               "; until a visit ends, an end of the run would cost its events");
         }
     }
     return m_journal && !m_journal->HasFailed() ? m_journal.get() : nullptr;

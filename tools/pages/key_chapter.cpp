@@ -15,14 +15,19 @@ std::string SectionHeading(std::string_view section) {
     return "\n## The section " + Escaped("[" + std::string(section) + "]") + "\n\n";
 }
 
+// (A fourth column for what is expected would not fit a terminal of 80 columns.)
+std::string Meaning(const SGeneralKey& key) {
+    const std::string expected =
+        Expectation(key.rule).empty() ? "" : " Expected: " + std::string(Expectation(key.rule)) + ".";
+    return Escaped(std::string(key.meaning) + expected);
+}
+
 } // namespace
 
 std::string KeyChapter() {
-    std::string out =
-        SectionHeading(kGeneralSection) + "| key | default | expected | meaning |\n|---|---|---|---|\n";
+    std::string out = SectionHeading(kGeneralSection) + "| key | default | meaning |\n|---|---|---|\n";
     for (const SGeneralKey& key : kGeneralKeys) {
-        out += "| " + Code(key.name) + " | " + Code(key.defaultText) + " | " +
-               Escaped(Expectation(key.rule)) + " | " + Escaped(key.meaning) + " |\n";
+        out += "| " + Code(key.name) + " | " + Code(key.defaultText) + " | " + Meaning(key) + " |\n";
     }
     out += "\n## The sections of the relays\n\n| section | visited with | entries such as |\n|---|---|---|\n";
     for (const SLinkRow& link : kLinks) {
