@@ -12,7 +12,8 @@ namespace ruvo {
 
 class CVisitCustody;
 
-/// What one visit takes at most, since what is gathered has to fit into memory. The rest waits in the relay.
+/// What one visit takes at most: a relay may never run out of events, and without a journal what is taken
+/// has to fit into memory. The rest waits in the relay.
 struct SVisitLimits {
     std::size_t events = 1'000'000;
     std::size_t bytes =
