@@ -268,7 +268,7 @@ bool CFrameReader::HoldsAnotherHead(Bytes bytes, std::size_t claimed, std::uint3
         std::vector<std::uint8_t> head;
         PutNumber(head, row.first, 4);
         PutNumber(head, row.second.position, 4);
-        return !std::ranges::search(within, head).empty();
+        return std::search(within.begin(), within.end(), head.begin(), head.end()) != within.end();
     });
 }
 
