@@ -12,6 +12,7 @@
 #include <benchmark/benchmark.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
@@ -97,7 +98,8 @@ SRunFigures RunOver(int relays, const CScratchFolder& folder) {
     std::filesystem::create_directory(folder.Native("ev"));
     bench::InstantServer().pendingPerPort = kEventsPerRelay;
     bench::InstantServer().form = bench::EEventForm::Extended;
-    return MeasureInChild([&ini] {
+    return MeasureInChild([&] {
+        setenv("RUVO_STATE_DIR", folder.Native("state").c_str(), 1); // on the disk that is measured
         CRunContext context;
         if (LoadAndCheck(context, ini, false) == EResultCode::Success &&
             CP32Wrap::CreateInstance() == kLinkGood) {
