@@ -68,7 +68,7 @@ std::string WithoutLines(const std::string& text, const std::set<std::size_t>& l
 
 /// Units of two bytes, or of one.
 std::vector<std::uint16_t> UnitsOf(std::string_view bytes) {
-    const std::size_t size = bytes.starts_with(kWideTextMark) ? 2 : 1;
+    const std::size_t size = bytes.starts_with(kUtf16Mark) ? 2 : 1;
     std::vector<std::uint16_t> units;
     for (std::size_t at = 0; at + size <= bytes.size(); at += size) {
         const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(bytes[i]); };

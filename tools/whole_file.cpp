@@ -16,15 +16,15 @@ struct SFailureText {
 /// For every other failure the system's own text is enough.
 constexpr std::array kFailureTexts{
     SFailureText{
-        EAccessFailure::ForeignLink,
+        EAccessFailure::UntrustedLink,
         "a symbolic link in the path, or the pipe itself, belongs to another user; use another path"},
     SFailureText{EAccessFailure::NotWritable, "no permission to write the existing file"},
-    SFailureText{EAccessFailure::NotMade, "cannot create a file in that folder"},
+    SFailureText{EAccessFailure::NotCreated, "cannot create a file in that folder"},
     SFailureText{EAccessFailure::InUse, "another program is writing the file; try again"},
-    SFailureText{EAccessFailure::NotLikeOld,
+    SFailureText{EAccessFailure::PermissionsNotKept,
                  "cannot give the new file the owner and permissions of the old one; "
                  "run as the file's owner or as root"},
-    SFailureText{EAccessFailure::NotExchanged, "cannot replace the old file"},
+    SFailureText{EAccessFailure::NotReplaced, "cannot replace the old file"},
 };
 
 } // namespace
@@ -40,7 +40,7 @@ std::string OutputFailureText(const SAccessResult& result) {
 }
 
 std::string ReplaceWholeFile(const std::string& path, std::string_view text) {
-    CFileReplacement file;
+    COutputFileReplacement file;
     SAccessResult result = file.Open(path);
     if (result.Good()) {
         result = file.Write(text);

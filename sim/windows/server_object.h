@@ -33,16 +33,16 @@ private:
     CSinkFanOut& m_sinks;
 };
 
-/// An argument as it arrives: an input converted, an output kept until all of them can be delivered. Texts
-/// are UTF-8 in here, as in the substation file.
+/// An argument as the client passes it: an input is converted, an output is kept until all can be delivered.
+/// Texts are UTF-8 in here, as in the substation file.
 template <class Ours>
-class CReceived;
+class CReceivedArgument;
 
 template <>
-class CReceived<const Variant&> {
+class CReceivedArgument<const Variant&> {
 public:
     using Native = VARIANT;
-    explicit CReceived(const VARIANT& native) : m_value(FromVariant(native, CP_UTF8)) {}
+    explicit CReceivedArgument(const VARIANT& native) : m_value(FromVariant(native, CP_UTF8)) {}
     const Variant& Pass() { return m_value; }
     void Convert() {}
     void Deliver() {}
@@ -52,10 +52,10 @@ private:
 };
 
 template <>
-class CReceived<Variant&> {
+class CReceivedArgument<Variant&> {
 public:
     using Native = VARIANT*;
-    explicit CReceived(VARIANT* target) : m_target(target) {}
+    explicit CReceivedArgument(VARIANT* target) : m_target(target) {}
     Variant& Pass() { return m_value; }
     void Convert() { ToVariant(m_value, m_native, CP_UTF8); }
     void Deliver() { *m_target = m_native.Release(); }
@@ -230,7 +230,7 @@ private:
 
     template <class... Each>
     HRESULT Answer(EComResult (Ours::*operation)(Each...),
-                   typename CReceived<Each>::Native... values) noexcept;
+                   typename CReceivedArgument<Each>::Native... values) noexcept;
     template <class... Native>
     static HRESULT NotImplemented(Native... values) noexcept;
 
@@ -249,7 +249,7 @@ private:
 /// Outputs are delivered all or none.
 template <class... Each>
 HRESULT CServerObject::Answer(EComResult (Ours::*operation)(Each...),
-                              typename CReceived<Each>::Native... values) noexcept {
+                              typename CReceivedArgument<Each>::Native... values) noexcept {
     struct SCallScope {
         SCallScope() { CServerLifetime::Get().BeginCall(); }
         ~SCallScope() { CServerLifetime::Get().EndCall(); }
@@ -259,7 +259,7 @@ HRESULT CServerObject::Answer(EComResult (Ours::*operation)(Each...),
     }
     (ClearOutput(values), ...);
     try {
-        std::tuple<CReceived<Each>...> arguments(values...);
+        std::tuple<CReceivedArgument<Each>...> arguments(values...);
         const auto call = [&](auto&... each) { return (m_connection->Server().*operation)(each.Pass()...); };
         if (std::apply(call, arguments) != EComResult::Ok) {
             return E_FAIL;

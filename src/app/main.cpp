@@ -10,7 +10,7 @@
 
 int main(int count, char** texts) {
     ruvo::OccupyClosedStandardStreams();
-    ruvo::SurviveClosedPipes();
+    ruvo::IgnoreClosedPipes();
     ruvo::ProtectProcessMemory();
     try {
         const std::vector<std::string> arguments(texts + (count > 0 ? 1 : 0), texts + count);

@@ -9,7 +9,7 @@
 
 namespace ruvo {
 
-/// Overwrites bytes with zeros, even when nobody reads them afterwards.
+/// Overwrites bytes with zeros, even when they are not read afterwards.
 inline void WipeBytes(void* bytes, std::size_t count) noexcept {
     auto* at = static_cast<volatile unsigned char*>(bytes); // the compiler must not leave these writes out
     for (std::size_t i = 0; i < count; ++i) {
@@ -42,7 +42,7 @@ private:
     std::string m_text;
 };
 
-/// Wipes a text of someone else's at the end of the scope.
+/// Wipes a text that it does not own at the end of the scope.
 class CWipeAtScopeEnd {
 public:
     explicit CWipeAtScopeEnd(std::string& text) : m_text(text) {}

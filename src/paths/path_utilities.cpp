@@ -20,9 +20,9 @@ bool StartsWithDriveRoot(const std::string& path) {
     return IsLetter(path[0]) && path[1] == ':' && path[2] == '\\';
 }
 
-// Where the folders that can be made begin: behind server and share of a network path, which can only be
-// there.
-std::size_t EndOfGivenPart(const std::string& folder) {
+// Where the folders that can be made begin: after server and share of a network path, which no program can
+// create.
+std::size_t EndOfShare(const std::string& folder) {
     if (!folder.starts_with("\\\\")) {
         return 0;
     }
@@ -39,7 +39,7 @@ enum class EWalk : std::uint8_t { Done, Disturbed, Refused };
 // server that does not answer again.
 EWalk MakeMissingLevels(const std::string& folder, std::vector<std::string>& made) {
     bool isFirst = true;
-    for (std::size_t end = EndOfGivenPart(folder); end != std::string::npos; isFirst = false) {
+    for (std::size_t end = EndOfShare(folder); end != std::string::npos; isFirst = false) {
         end = folder.find('\\', end + 1);
         const std::string level = folder.substr(0, end);
         if (DirectoryExists(level)) {
@@ -97,7 +97,7 @@ bool IsExistingFile(const std::string& path) {
 }
 
 std::string NearestExisting(const std::string& path) {
-    const std::size_t given = EndOfGivenPart(path);
+    const std::size_t given = EndOfShare(path);
     std::string nearest = path;
     for (std::size_t end = nearest.rfind('\\');
          end != std::string::npos && end > 0 && end >= given && GetPathKind(nearest) == EPathKind::Missing &&

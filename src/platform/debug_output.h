@@ -1,6 +1,6 @@
 // The debugger output stream. On POSIX RUVO_DEBUG_OUTPUT says where it goes: unset, nowhere; "stderr",
-// standard error; any other text, the file of that name, appended. Bytes stay what they are, but for a
-// terminal, which would take control characters for commands: it gets "." for each.
+// standard error; any other text, the file of that name, appended. Bytes are written
+// unchanged, except to a terminal, which would execute control characters: each becomes ".".
 #pragma once
 
 #include <string>

@@ -9,7 +9,8 @@ namespace ruvo {
 /// The value of an environment variable; none when it is unset or empty.
 std::optional<std::string> EnvironmentValue(const char* name);
 
-/// Gives this process, and what it loads, a variable. Not while other threads look at the environment.
+/// Sets a variable for this process and the libraries that it loads. Not safe while other threads read the
+/// environment.
 void SetEnvironmentValue(const std::string& name, const std::string& value);
 
 } // namespace ruvo

@@ -54,7 +54,7 @@ struct SOpenMode {
     bool removable = false;
 };
 
-/// How the asking for a file's lock has ended.
+/// The outcome of a request for a file's lock.
 enum class EFileLock : std::uint8_t {
     Taken,
     HeldByAnother,
@@ -87,8 +87,8 @@ public:
     /// knows no such thing counts as good.
     SFileResult FlushToDisk();
     /// Asks for the file's one lock, without waiting; closing gives it back. The file must be open for
-    /// writing. Each opening counts for itself, also within one process. The lock shuts nobody out who does
-    /// not ask for it, least of all readers.
+    /// writing. Each opening counts for itself, also within one process. The lock does not keep out a
+    /// program that does not ask for it, such as a reader.
     EFileLock TryLock();
     /// True when the path leads to this very file; it may have been removed or renamed since the opening.
     bool IsAt(const std::string& path) const;
@@ -105,11 +105,11 @@ private:
 
 enum class EPathKind : std::uint8_t { Missing, File, Folder };
 
-/// What stands at the path; Missing when it cannot be examined at all.
+/// What kind of entry the path names; Missing when it cannot be examined at all.
 EPathKind GetPathKind(const std::string& path);
 /// True when the path itself is a link, whatever it leads to.
 bool IsLink(const std::string& path);
-/// What may still be made on a disk; none where the system does not say.
+/// What a disk still has room for; none where the system does not say.
 struct SFreeSpace {
     std::optional<std::uint64_t> bytes;
     std::optional<std::uint64_t> files; ///< and folders

@@ -1,4 +1,5 @@
-// Message boxes with a single OK button. On POSIX the text goes to standard output and nobody is waited for.
+// Message boxes with a single OK button. On POSIX the text goes to standard output, and the program does not
+// wait.
 #pragma once
 
 #include <cstdint>

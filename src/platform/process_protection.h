@@ -1,4 +1,4 @@
-// Keeping the process's memory, in which passwords stand for a while, from other processes of the same user.
+// Keeping the process's memory, which holds passwords for a while, from other processes of the same user.
 #pragma once
 
 namespace ruvo {

@@ -26,7 +26,7 @@ public:
     std::vector<std::string> SectionNames(std::size_t capacity) const;
 
     /// Names of the keys of the section that reading looks at, in file order, repeated ones included. Every
-    /// key with a value is among them, so that nobody has to ask for a thousand that might be there.
+    /// key with a value is among them, so that a caller need not ask for each that could be there.
     [[nodiscard]] std::vector<std::string> KeyNames(std::string_view section) const;
 
     /// The value of a key, at most capacity - 1 bytes of it; the default when file, section or key is
@@ -34,7 +34,7 @@ public:
     std::string ReadString(std::string_view section, std::string_view key, std::string_view defaultValue,
                            std::size_t capacity) const;
 
-    /// The file's text, taken apart; null when it cannot be read. On POSIX it is what every answer comes
+    /// The file's text, parsed; null when it cannot be read. On POSIX it is what every answer comes
     /// from, on Windows the file is read for it when it is first asked for.
     const CIniText* Text() const;
 

@@ -19,7 +19,7 @@ enum class ERegistryRoot : std::uint8_t { CurrentUser, LocalMachine };
 std::optional<std::string> ReadRegistryValue(ERegistryRoot root, std::string_view keyPath,
                                              std::string_view valueName, std::size_t capacity);
 
-/// What stands for that part of the registry: a file, or the system's name for it. Empty where there is none.
+/// Where that part of the registry is kept: a file, or the system's name for it. Empty where there is none.
 std::string RegistryPlace(ERegistryRoot root);
 
 } // namespace ruvo

@@ -1,5 +1,5 @@
-// The last place for what must not be lost in silence: standard error, which a scheduler keeps. Windows,
-// where the program has none, gets nothing.
+// Standard error, which a scheduler keeps: the last resort for a message that has no other place. On Windows
+// the program has none, and nothing is written.
 #pragma once
 
 #include <string_view>

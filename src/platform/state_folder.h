@@ -1,4 +1,4 @@
-// Where a program keeps what it has to remember from one run to the next.
+// Where a program keeps its state from one run to the next.
 #pragma once
 
 #include <string>
@@ -9,11 +9,11 @@ namespace ruvo {
 /// else one of the user's own. It is not made here. Empty when there is none.
 std::string StateFolder();
 
-/// Makes the folder and those above it that are missing, for this user alone. False when it is not there
-/// afterwards, or others could put something into it, as far as the system tells by a simple mark.
+/// Makes the folder and those above it that are missing, for this user alone. False when it does
+/// not exist afterwards, or another user could create files in it, as far as simple permissions show.
 bool MakePrivateFolder(const std::string& folder);
 
-/// The folder's full path with all links resolved; empty when it is not there.
+/// The folder's full path with all links resolved; empty when it does not exist.
 std::string ResolvedFolder(const std::string& folder);
 
 } // namespace ruvo

@@ -35,13 +35,12 @@ bool ReadTextFileBytes(const std::string& path, std::string& bytes) {
 }
 
 std::string TextOfFileBytes(std::string_view bytes) {
-    return bytes.starts_with(kWideTextMark) ? Utf16ToUtf8(bytes.substr(kWideTextMark.size()))
-                                            : std::string(bytes);
+    return bytes.starts_with(kUtf16Mark) ? Utf16ToUtf8(bytes.substr(kUtf16Mark.size())) : std::string(bytes);
 }
 
 bool ReadTextFile(const std::string& path, std::string& text) {
     const bool isRead = ReadTextFileBytes(path, text);
-    if (text.starts_with(kWideTextMark)) {
+    if (text.starts_with(kUtf16Mark)) {
         text = TextOfFileBytes(text);
     }
     return isRead;

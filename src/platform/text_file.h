@@ -1,4 +1,4 @@
-// Whole text files, for whoever looks at a file's text itself: INI text with its line numbers, substation
+// Whole text files, for callers that parse the text themselves: INI text with its line numbers, substation
 // files.
 #pragma once
 
@@ -18,9 +18,9 @@ bool ReadTextFile(const std::string& path, std::string& text);
 
 /// The bytes of such a file as they are.
 bool ReadTextFileBytes(const std::string& path, std::string& bytes);
-/// The text that they stand for.
+/// The text that such bytes encode.
 std::string TextOfFileBytes(std::string_view bytes);
-/// What a file of UTF-16 begins with.
-inline constexpr std::string_view kWideTextMark = "\xFF\xFE";
+/// The byte-order mark of UTF-16 (little-endian).
+inline constexpr std::string_view kUtf16Mark = "\xFF\xFE";
 
 } // namespace ruvo

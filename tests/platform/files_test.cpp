@@ -2,7 +2,7 @@
 #include "platform/child_process.h"
 #include "platform/file_replacement.h"
 #include "platform/files.h"
-#include "platform/posix/file_system_room.h"
+#include "platform/posix/free_space.h"
 #include "support/scratch_folder.h"
 
 #include <gtest/gtest.h>
@@ -149,15 +149,15 @@ TEST(FileExchange, GoesOnWithTheFileThatNowHasTheName) {
     COldFile old;
     COldFile waiting;
     CNewFile made;
-    EXPECT_TRUE(old.Open(path, EFileKind::Secret).Good() && made.MakeBeside(old).Good());
+    EXPECT_TRUE(old.Open(path, EFileKind::Secret).Good() && made.CreateBeside(old).Good());
     EXPECT_TRUE(waiting.Open(path, EFileKind::Secret).Good());
     std::filesystem::rename(folder.Native("f"), folder.Native("moved"));
     folder.Write("f", "new");
-    EXPECT_TRUE(waiting.Lock().Good() && waiting.Holds("new"));
+    EXPECT_TRUE(waiting.Lock().Good() && waiting.Contains("new"));
     EXPECT_EQ(GetPathKind(made.Path()), EPathKind::File) << "no leftover while it is held";
     EXPECT_TRUE(RemovePlainFile(made.Path()));
-    const SAccessResult taken = made.TakePlaceOf(waiting);
-    EXPECT_TRUE(taken.failure == EAccessFailure::NotExchanged && taken.systemCode == 0);
+    const SAccessResult taken = made.Replace(waiting);
+    EXPECT_TRUE(taken.failure == EAccessFailure::NotReplaced && taken.systemCode == 0);
 }
 
 TEST(Files, RoomThatTheSystemDoesNotStateIsUnknown) {
@@ -180,8 +180,8 @@ TEST(Files, RoomThatTheSystemDoesNotStateIsUnknown) {
         status.f_bavail = test.left;
         status.f_files = test.files;
         status.f_favail = test.filesLeft;
-        EXPECT_EQ(RoomOf(status).bytes, test.bytes) << test.name;
-        EXPECT_EQ(RoomOf(status).files, test.more) << test.name;
+        EXPECT_EQ(FreeSpaceFrom(status).bytes, test.bytes) << test.name;
+        EXPECT_EQ(FreeSpaceFrom(status).files, test.more) << test.name;
     }
     EXPECT_TRUE(FreeSpace(CScratchFolder().Path("none\\deep")).bytes) << "that of the nearest folder";
 }

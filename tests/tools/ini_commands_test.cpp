@@ -145,12 +145,12 @@ TEST_F(IniCommands, ExchangeIsNotSteeredIntoAnotherFile) {
             swapNew();
     });
     for (int round = 0; round < 100; ++round)
-        static_cast<void>(CFileExchange().Prepare(m_folder.Path("site.ini"), "new"));
+        static_cast<void>(CSecretFileReplacement().Prepare(m_folder.Path("site.ini"), "new"));
     attacker = {};
-    CFileExchange exchange;
+    CSecretFileReplacement exchange;
     EXPECT_TRUE(exchange.Prepare(m_folder.Path("site.ini"), "new").Good());
     swapNew();
-    EXPECT_EQ(exchange.Commit("old").failure, EAccessFailure::NotExchanged);
+    EXPECT_EQ(exchange.Commit("old").failure, EAccessFailure::NotReplaced);
     EXPECT_EQ(m_folder.Read("victim") + Text(), "vold");
 }
 

@@ -14,7 +14,7 @@ const std::string kMark = "\xEF\xBB\xBF";
 
 /// In UTF-16; the one letter beyond ASCII is ü.
 std::string Wide(const std::string& utf8) {
-    std::string wide(kWideTextMark);
+    std::string wide(kUtf16Mark);
     for (std::size_t at = 0; at < utf8.size(); ++at) {
         const bool isUmlaut = utf8.compare(at, 2, "ü") == 0;
         wide += {isUmlaut ? '\xFC' : utf8[at], '\0'};

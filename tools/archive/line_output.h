@@ -27,7 +27,7 @@ private:
     class CBuffer : public std::streambuf {
     public:
         void Open(const std::string& path) { m_result = m_file.Open(path); }
-        CFileReplacement& File() { return m_file; }
+        COutputFileReplacement& File() { return m_file; }
         [[nodiscard]] const SAccessResult& Result() const { return m_result; }
 
     protected:
@@ -35,7 +35,7 @@ private:
         int_type overflow(int_type letter) override;
 
     private:
-        CFileReplacement m_file;
+        COutputFileReplacement m_file;
         SAccessResult m_result;
     };
 

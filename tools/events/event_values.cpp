@@ -39,8 +39,9 @@ std::string WithoutDoubled(std::string_view format) {
     return text;
 }
 
-/// What the extraction took off the event's text with its first "%", where that was no format after all.
-std::string TextTakenOff(const CEventRecord& record) {
+/// The text from the first "%" on, which the extraction cut from the event's text as a format, where it is no
+/// format after all.
+std::string TextAfterPercent(const CEventRecord& record) {
     const CCell* const cell = ValueCell(record);
     if (cell == nullptr) {
         return {};
@@ -88,7 +89,7 @@ std::string EventLine(const CEventRecord& record) {
         return text + " (" + stored + ")";
     }
     const bool isFormat = text.empty() || HasConversion(stored);
-    return (isFormat ? text : CleanDisplayLine(WithoutDoubled(stored))) + TextTakenOff(record);
+    return (isFormat ? text : CleanDisplayLine(WithoutDoubled(stored))) + TextAfterPercent(record);
 }
 
 std::string EventValueText(const CEventRecord& record) {

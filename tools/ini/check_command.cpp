@@ -7,7 +7,7 @@
 #include "config/result_messages.h"
 #include "link/seam/server_failure.h"
 #include "log/error_log.h"
-#include "platform/file_replacement.h"
+#include "platform/file_trust.h"
 #include "platform/files.h"
 #include "platform/full_path.h"
 #include "platform/ini_text.h"

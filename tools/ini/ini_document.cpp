@@ -18,7 +18,7 @@ constexpr std::size_t kWideSize = 2;
 constexpr std::size_t kLastLine = static_cast<std::size_t>(-1);
 
 bool IsWide(std::string_view bytes) {
-    return bytes.starts_with(kWideTextMark);
+    return bytes.starts_with(kUtf16Mark);
 }
 
 std::string Widened(std::string_view ascii) {
@@ -104,7 +104,7 @@ void CIniDocument::Remove(std::string_view section, std::string_view key) {
     std::size_t byteAt = bytes.size();
     auto entry = found->entries.begin();
     for (std::size_t number = 1; line.next < m_text.size(); ++number) {
-        line = LineBehind(line);
+        line = NextLine(line);
         const std::string_view whole = std::string_view(m_text).substr(line.begin, line.next - line.begin);
         const std::size_t size = SizeInBytes(whole);
         entry = std::find_if(entry, found->entries.end(),
@@ -130,7 +130,7 @@ void CIniDocument::Splice(std::size_t begin, std::size_t end, std::string_view w
 }
 
 std::size_t CIniDocument::ByteAt(std::size_t textAt) const {
-    const std::size_t mark = IsWide(m_bytes) ? kWideTextMark.size() : 0;
+    const std::size_t mark = IsWide(m_bytes) ? kUtf16Mark.size() : 0;
     return mark + SizeInBytes(std::string_view(m_text).substr(0, textAt));
 }
 
@@ -152,12 +152,12 @@ CIniDocument::SLine CIniDocument::Line(std::size_t number) const {
     const std::size_t start = m_text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
     SLine line{start, start, start};
     for (std::size_t at = 0; at < number && line.next < m_text.size(); ++at) {
-        line = LineBehind(line);
+        line = NextLine(line);
     }
     return line;
 }
 
-CIniDocument::SLine CIniDocument::LineBehind(const SLine& line) const {
+CIniDocument::SLine CIniDocument::NextLine(const SLine& line) const {
     const std::size_t end = std::min(m_text.find_first_of(kLineEnds, line.next), m_text.size());
     return {line.next, end, end + LineEndAt(m_text, end).size()};
 }

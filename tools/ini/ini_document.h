@@ -41,7 +41,7 @@ private:
     std::size_t ByteAt(std::size_t textAt) const;
     std::size_t SizeInBytes(std::string_view text) const;
     SLine Line(std::size_t number) const;
-    SLine LineBehind(const SLine& line) const;
+    SLine NextLine(const SLine& line) const;
     std::string LineEnd(const SLine& like) const;
     void InsertLine(std::size_t after, const std::string& line);
     void ChangeLine(std::size_t number, std::string_view value);

@@ -27,20 +27,20 @@ constexpr std::array kFailureTexts{
     SFailureText{EAccessFailure::NotFound,
                  "the INI file does not exist or is not a regular file; ruvoctl new creates one"},
     SFailureText{EAccessFailure::NotWritable, "no permission to write the file; run as its owner or as root"},
-    SFailureText{EAccessFailure::OtherNames,
+    SFailureText{EAccessFailure::HardLinked,
                  "the file has another hard link, which would keep the old text; remove that link first"},
     SFailureText{EAccessFailure::Exists, "the file exists and is never overwritten; use another name"},
-    SFailureText{EAccessFailure::NotMade,
+    SFailureText{EAccessFailure::NotCreated,
                  "cannot create a file in that folder; use an existing, writable folder"},
     SFailureText{
-        EAccessFailure::NotLikeOld,
+        EAccessFailure::PermissionsNotKept,
         "cannot give the new file the owner and permissions of the old one; run as the file's owner or as root"},
     SFailureText{EAccessFailure::InUse,
                  "the file is being edited by another process; nothing was changed, try again"},
     SFailureText{EAccessFailure::Changed,
                  "the file was changed by another process meanwhile; nothing was changed, try again"},
     SFailureText{EAccessFailure::NotWritten, "cannot write the new text; nothing was changed"},
-    SFailureText{EAccessFailure::NotExchanged, "cannot replace the file; it is unchanged"},
+    SFailureText{EAccessFailure::NotReplaced, "cannot replace the file; it is unchanged"},
 };
 
 constexpr std::string_view kNotReadable =
@@ -98,7 +98,7 @@ std::string ResultCodeText(EResultCode code, const CIniText& ini) {
 
 int Exchange(const std::string& path, const std::string& oldBytes, const CIniDocument& document,
              SConsole& console) {
-    CFileExchange exchange;
+    CSecretFileReplacement exchange;
     SAccessResult result = exchange.Prepare(path, document.Bytes());
     if (!result.Good()) {
         return Refuse(console, AccessFailureText(result));
@@ -133,7 +133,7 @@ int EditIniFile(const std::string& typedPath, SConsole& console, const MakeIniPl
     if (path.empty() || !ReadTextFileBytes(path, bytes)) {
         return Refuse(console, kNotReadable);
     }
-    if (const SAccessResult can = CanBeExchanged(path); !can.Good()) { // before a password is typed
+    if (const SAccessResult can = CheckReplaceable(path); !can.Good()) { // before a password is typed
         return Refuse(console, AccessFailureText(can));
     }
     CIniDocument document(bytes);

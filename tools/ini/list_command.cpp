@@ -32,13 +32,13 @@ Example: the keys of the relays without a password
   ruvoctl list --format json site.ini | jq -r 'select(.password == "none").key')";
 
 /// In the order of EStoredPassword.
-constexpr std::array<std::string_view, 3> kPasswordWords{"none", "stored", "unusable"};
+constexpr std::array<std::string_view, 3> kPasswordStateTexts{"none", "stored", "unusable"};
 
 constexpr std::size_t kColumns = 5;
 using Row = std::array<std::string, kColumns>;
 
-std::string_view PasswordWord(const SRelay& relay) {
-    return kPasswordWords[static_cast<std::size_t>(relay.password)];
+std::string_view PasswordStateText(const SRelay& relay) {
+    return kPasswordStateTexts[static_cast<std::size_t>(relay.password)];
 }
 
 void AppendRow(std::string& out, const Row& row, const std::array<std::size_t, kColumns>& widths) {
@@ -58,7 +58,7 @@ void PrintText(const std::vector<SRelay>& relays, std::optional<ELink> selected,
             remark = "not visited";
         }
         rows.push_back({relay.key, std::string(LinkRow(relay.link).name),
-                        EscapeControls(SystemTextToUtf8(relay.text)), std::string(PasswordWord(relay)),
+                        EscapeControls(SystemTextToUtf8(relay.text)), std::string(PasswordStateText(relay)),
                         std::move(remark)});
     }
     std::array<std::size_t, kColumns> widths{};
@@ -101,7 +101,7 @@ void PrintJson(const std::vector<SRelay>& relays, std::optional<ELink> selected,
         json.Key("text").Text(SystemTextToUtf8(relay.text));
         json.Key("valid").Bool(WantInstead(relay.link, relay.text).empty());
         WriteAddress(json, relay);
-        json.Key("password").Text(PasswordWord(relay));
+        json.Key("password").Text(PasswordStateText(relay));
         json.Close('}');
         out.Write("\n");
     }

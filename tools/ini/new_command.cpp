@@ -106,7 +106,7 @@ std::string FindPlace(const std::string& typed, SPlace& place) {
     if (GetPathKind(place.path) != EPathKind::Missing || IsLink(place.path)) {
         return AccessFailureText({EAccessFailure::Exists, 0});
     }
-    return DirectoryExists(place.folder) ? std::string() : AccessFailureText({EAccessFailure::NotMade, 0});
+    return DirectoryExists(place.folder) ? std::string() : AccessFailureText({EAccessFailure::NotCreated, 0});
 }
 
 /// In the standard folder of the machine, if it exists, else next to the file.
@@ -209,7 +209,7 @@ bool TryPlaces(const SPlace& place, const SNewSite& site, SConsole& console) {
     constexpr std::array kOfPlaces{EResultCode::EventRootInvalid, EResultCode::RegistryDestinationInvalid,
                                    EResultCode::LogFileNotWritable};
     const CIniDocument document(NewSiteText(site));
-    const std::string path = place.folder + file_replacement::NewName(place.site + ".ini");
+    const std::string path = place.folder + file_replacement::TemporaryName(place.site + ".ini");
     const SAccessResult written = WriteNewPrivateFile(path, document.Bytes(), {});
     if (!written.Good()) {
         Fail(console, AccessFailureText(written));

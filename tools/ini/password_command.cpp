@@ -83,7 +83,7 @@ Mistake ParseEntry(const std::string& wantedKey, std::string_view& line) {
 }
 
 /// Scrambling pads a short password with zeros. Other padding means that the text was altered.
-bool HasZerosBehind(std::size_t length, std::string_view scrambled) {
+bool IsZeroPadded(std::size_t length, std::string_view scrambled) {
     constexpr std::size_t kLengthAt = 1;
     CSecret asLongest(scrambled);
     asLongest.Data()[kLengthAt] = '0' + kMaxPasswordLength;
@@ -100,7 +100,7 @@ Mistake PrintPassword(const char* scrambled, SConsole& console) {
         return kNotScrambled;
     }
     const std::string_view password(plain.Text());
-    if (std::ranges::any_of(password, IsControlCharacter) || !HasZerosBehind(password.size(), scrambled)) {
+    if (std::ranges::any_of(password, IsControlCharacter) || !IsZeroPadded(password.size(), scrambled)) {
         return kUnreadable;
     }
     if (!IsScrambledText(scrambled)) {

@@ -19,7 +19,7 @@ std::string JournalPlace(const std::string& eventRoot) {
     return folder.empty() ? StateFolder() : folder;
 }
 
-bool CanTakeJournals(const std::string& folder) {
+bool CanHoldJournals(const std::string& folder) {
     std::string nearest = NearestExisting(folder);
     const bool isThere = nearest == folder;
     nearest += nearest.ends_with(':') ? "\\" : "";
@@ -37,7 +37,7 @@ std::vector<SDiagnostic> FindUnusableStateFolder(const std::string& eventRoot) {
     if (folder.empty()) {
         return {{0, "there is no state folder" + std::string(kConsequence)}};
     }
-    if (CanTakeJournals(folder)) {
+    if (CanHoldJournals(folder)) {
         return {};
     }
     return {{0, "the state folder " + DisplayPath(folder) + " cannot be used" + std::string(kConsequence)}};

@@ -2,7 +2,7 @@
 
 #include "paths/path_utilities.h"
 #include "platform/environment.h"
-#include "platform/file_replacement.h"
+#include "platform/file_trust.h"
 #include "platform/full_path.h"
 #include "platform/ini_text.h"
 
@@ -68,21 +68,21 @@ SSiteEnvironment ApplySiteEnvironment(const std::string& iniPath) {
         return environment;
     }
     std::string text;
-    switch (ReadOwnFile(path, text)) {
-    case EOwnFile::Read:
+    switch (ReadTrustedFile(path, text)) {
+    case ETrustedRead::Read:
         ApplyLines(text, environment.diagnostics);
         break;
-    case EOwnFile::Unreadable:
+    case ETrustedRead::Unreadable:
         environment.diagnostics.push_back({0, "cannot read the file; expected a small, readable text file"});
         break;
-    case EOwnFile::OfOthers:
+    case ETrustedRead::Untrusted:
         environment.diagnostics.push_back(
             {0,
              "ignored, because another user may have written it; expected a file that is owned by root or by you "
              "and that only its owner can write"});
         break;
-    case EOwnFile::Missing:
-    case EOwnFile::NotTold: // no visit reads one there
+    case ETrustedRead::Missing:
+    case ETrustedRead::Unsupported: // no visit reads one there
         break;
     }
     return environment;

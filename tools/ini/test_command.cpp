@@ -31,14 +31,14 @@ std::string BuildNotes() {
 }
 
 /// A relay with user accounts also asks for a user name. As in a run, it gets no answer.
-bool g_wasUserNameWanted = false;
-void NoteUserNameWanted() {
-    g_wasUserNameWanted = true;
+bool g_wasUserNameRequested = false;
+void NoteUserNameRequested() {
+    g_wasUserNameRequested = true;
 }
 
 EConnectionTestResult TestNotingUsers(const CArguments& arguments) {
-    g_wasUserNameWanted = false;
-    CP32Wrap::SetLoginCancelledCallback(&NoteUserNameWanted);
+    g_wasUserNameRequested = false;
+    CP32Wrap::SetLoginCancelledCallback(&NoteUserNameRequested);
     const EConnectionTestResult result =
         TestConnection(arguments.Get("INI").c_str(), arguments.Get("KEY").c_str());
     CP32Wrap::SetLoginCancelledCallback(nullptr);
@@ -50,7 +50,7 @@ int RunTest(const CArguments& arguments, SConsole& console) {
     PrintDiagnostics(console.error, environment.path, "warning: ", environment.diagnostics);
     const EConnectionTestResult result = TestNotingUsers(arguments);
     console.out.Write(std::string(ConnectionTestMeaning(result)) + "\n");
-    if (g_wasUserNameWanted && result == EConnectionTestResult::Good) {
+    if (g_wasUserNameRequested && result == EConnectionTestResult::Good) {
         console.error.Write(
             "ruvoctl: warning: the relay asked for a user name, which an INI file cannot contain; "
             "a visit fails at the first data that requires a user name\n");

@@ -14,13 +14,13 @@ namespace ruvo {
 class CCommandMutex {
 public:
     /// While one lives, its thread does not wait for a lock that another thread holds: taking it is an error.
-    /// For the threads that tell of a running command: it could not end while they wait.
-    class CNoWaiting {
+    /// For the threads that report a running command's progress: it could not end while they wait.
+    class CNoWaitScope {
     public:
-        CNoWaiting() { ++Depth(); }
-        CNoWaiting(const CNoWaiting&) = delete;
-        CNoWaiting& operator=(const CNoWaiting&) = delete;
-        ~CNoWaiting() { --Depth(); }
+        CNoWaitScope() { ++Depth(); }
+        CNoWaitScope(const CNoWaitScope&) = delete;
+        CNoWaitScope& operator=(const CNoWaitScope&) = delete;
+        ~CNoWaitScope() { --Depth(); }
 
         static unsigned& Depth() {
             thread_local unsigned depth = 0;
@@ -30,16 +30,16 @@ public:
 
     void lock() {
         std::unique_lock guard(m_mutex);
-        if (!IsOurs() && CNoWaiting::Depth() > 0) {
+        if (!IsAvailable() && CNoWaitScope::Depth() > 0) {
             throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur));
         }
-        m_freed.wait(guard, [this] { return IsOurs(); });
+        m_freed.wait(guard, [this] { return IsAvailable(); });
         Acquire();
     }
 
     bool try_lock_for(std::chrono::milliseconds timeout) {
         std::unique_lock guard(m_mutex);
-        if (!m_freed.wait_for(guard, timeout, [this] { return IsOurs(); })) {
+        if (!m_freed.wait_for(guard, timeout, [this] { return IsAvailable(); })) {
             return false;
         }
         Acquire();
@@ -55,7 +55,8 @@ public:
     }
 
 private:
-    bool IsOurs() const { return m_depth == 0 || m_owner == std::this_thread::get_id(); }
+    /// Free, or held by this very thread.
+    bool IsAvailable() const { return m_depth == 0 || m_owner == std::this_thread::get_id(); }
     void Acquire() {
         m_owner = std::this_thread::get_id();
         ++m_depth;

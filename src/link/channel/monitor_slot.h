@@ -14,14 +14,14 @@ class CProgressMonitor;
 class CMonitorSlot {
 public:
     /// Lends the caller's monitor for the time of one operation.
-    class CLoan {
+    class CMonitorScope {
     public:
-        CLoan(CMonitorSlot& slot, CProgressMonitor* monitor) : m_slot(slot), m_monitor(monitor) {
+        CMonitorScope(CMonitorSlot& slot, CProgressMonitor* monitor) : m_slot(slot), m_monitor(monitor) {
             m_slot.Store(monitor);
         }
-        CLoan(const CLoan&) = delete;
-        CLoan& operator=(const CLoan&) = delete;
-        ~CLoan() { m_slot.Release(m_monitor); }
+        CMonitorScope(const CMonitorScope&) = delete;
+        CMonitorScope& operator=(const CMonitorScope&) = delete;
+        ~CMonitorScope() { m_slot.Release(m_monitor); }
 
     private:
         CMonitorSlot& m_slot;

@@ -85,7 +85,7 @@ LinkStatus CRequestPattern::RunStartedPass(Start start, Fetch fetch, Unpack unpa
 template <class Pass>
 LinkStatus CRequestPattern::RunRequest(CProgressMonitor* monitor, const char* name, Pass pass,
                                        CellAddress cell) {
-    const CMonitorSlot::CLoan loan(m_channel.Monitor(), monitor);
+    const CMonitorSlot::CMonitorScope loan(m_channel.Monitor(), monitor);
     if (!m_channel.Begin()) {
         return kLinkAborted;
     }
@@ -117,7 +117,7 @@ LinkStatus CRequestPattern::RunWrite(CProgressMonitor* monitor, const char* name
 
 template <class Pass>
 LinkStatus CRequestPattern::RunOnce(CProgressMonitor* monitor, Pass pass) {
-    const CMonitorSlot::CLoan loan(m_channel.Monitor(), monitor);
+    const CMonitorSlot::CMonitorScope loan(m_channel.Monitor(), monitor);
     return m_channel.Begin() ? CaughtAsFailure(pass) : kLinkAborted;
 }
 

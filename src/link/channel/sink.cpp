@@ -19,7 +19,7 @@ void PassOn(Report report) noexcept {
     if (channel == nullptr) {
         return;
     }
-    const CCommandMutex::CNoWaiting noWaiting;
+    const CCommandMutex::CNoWaitScope noWaiting;
     try {
         report(*channel);
     } catch (...) { // NOLINT(bugprone-empty-catch): the handler's own trouble

@@ -8,7 +8,7 @@
 
 namespace ruvo {
 
-/// Keeps one stub of each of the interfaces, on an object that nobody calls. When the last stub of an
+/// Keeps one stub of each of the interfaces, on an object that is never called. When the last stub of an
 /// interface goes, the runtime waits for the calls through it to end; Wine's can miss the end of a call that
 /// is just returning, and then waits for ever. A process that serves one client after the other, in
 /// connections of a few milliseconds, would meet that sooner or later. Harmless elsewhere.

@@ -11,7 +11,6 @@
 #include <cstdlib>
 #include <dirent.h>
 #include <fcntl.h>
-#include <filesystem>
 #include <grp.h>
 #include <memory>
 #include <sys/file.h>
@@ -43,9 +42,8 @@ bool IsGroupNamed(gid_t id, std::string_view name) {
            name == found->gr_name;
 }
 
-// A folder that gives its files another group would need the system's leave; without it the file stays its
-// owner's alone.
-void LetReadersIn(const SPlace& place, int file, std::string_view readers) {
+// The user may not belong to the folder's group; the system then refuses, and the file stays private.
+void GrantGroupRead(const SPlace& place, int file, std::string_view readers) {
     struct stat folder = {};
     if (fstat(place.folder.Get(), &folder) == 0 && IsGroupNamed(folder.st_gid, readers) &&
         fchown(file, static_cast<uid_t>(-1), folder.st_gid) == 0) {
@@ -57,7 +55,7 @@ bool HasNoAccessList(int code) {
     return code == ENODATA || code == ENOTSUP;
 }
 
-// The list of further users and groups, or that there is none: a folder may have given its new file one.
+// Copies the access list. Where the old file has none, the new one must not keep what its folder gave it.
 bool CopyAccessList(int from, int to) {
     std::vector<char> list(std::size_t{64} * 1024); // the longest value there is
     const ssize_t size = fgetxattr(from, kAccessList, list.data(), list.size());
@@ -67,8 +65,9 @@ bool CopyAccessList(int from, int to) {
     return HasNoAccessList(errno) && (fremovexattr(to, kAccessList) == 0 || HasNoAccessList(errno));
 }
 
-// A file system may know one mode for all its files alone.
-bool GivePermissions(mode_t wanted, int to) {
+// Some file systems have one fixed mode for all files: a mode that already is as wanted is good enough,
+// unless it would run with its owner's rights.
+bool SetPermissions(mode_t wanted, int to) {
     constexpr mode_t kOwnersPower = S_ISUID | S_ISGID;
     struct stat given = {};
     return fchmod(to, wanted & kReadAndWrite) == 0 ||
@@ -76,38 +75,39 @@ bool GivePermissions(mode_t wanted, int to) {
             (wanted & kOwnersPower) == 0);
 }
 
-bool MakeAlike(int from, int to) {
+bool CopyOwnerAndPermissions(int from, int to) {
     struct stat wanted = {};
     struct stat given = {};
     if (fstat(from, &wanted) != 0 || fstat(to, &given) != 0) {
         return false;
     }
     const bool isSameOwner = wanted.st_uid == given.st_uid && wanted.st_gid == given.st_gid;
-    // The mode last: a change of the owner takes bits of it away, and a list of users brings its own.
+    // The mode last: changing the owner clears bits of it, and an access list overwrites others.
     return (isSameOwner || fchown(to, wanted.st_uid, wanted.st_gid) == 0) && CopyAccessList(from, to) &&
-           GivePermissions(wanted.st_mode, to);
+           SetPermissions(wanted.st_mode, to);
 }
 
-// Whoever writes a file anew holds it locked; a lock that cannot be asked for is nobody's.
-bool IsInUse(const SPlace& old, const char* name) {
+// A program that is still writing its new file keeps it locked. Without locks a file counts as unlocked.
+bool IsLocked(const SPlace& old, const char* name) {
     const CDescriptor file(openat(old.folder.Get(), name, O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     return file.IsOpen() && flock(file.Get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
 }
 
-// Only what an exchange of this file can have made: files of its owner that have such a name.
+// Only what a replacement of this file can have left: its owner's files that have such a name. Unlike other
+// files of that name, a locked one is still being written.
 void RemoveLeftovers(const SPlace& old, uid_t owner) {
     const std::unique_ptr<DIR, int (*)(DIR*)> folder(fdopendir(old.OpenFolder().Release()), &closedir);
     while (const dirent* const entry = folder ? readdir(folder.get()) : nullptr) {
         struct stat status = {};
-        if (file_replacement::IsNewName(entry->d_name, old.name) &&
+        if (file_replacement::IsTemporaryName(entry->d_name, old.name) &&
             fstatat(old.folder.Get(), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
-            S_ISREG(status.st_mode) && status.st_uid == owner && !IsInUse(old, entry->d_name)) {
+            S_ISREG(status.st_mode) && status.st_uid == owner && !IsLocked(old, entry->d_name)) {
             static_cast<void>(unlinkat(old.folder.Get(), entry->d_name, 0));
         }
     }
 }
 
-// Writes all, or tells by errno why not.
+// Writes all bytes; false with errno.
 bool WriteAll(int file, std::string_view bytes) {
     while (!bytes.empty()) {
         const ssize_t put = write(file, bytes.data(), bytes.size());
@@ -133,50 +133,10 @@ bool FlushToDisk(int file) {
 
 } // namespace
 
-std::optional<bool> IsReadableByEveryone(const std::string& path) {
-    namespace fs = std::filesystem;
-    const auto native = ToNativePath(path);
-    std::error_code error;
-    fs::path place = native ? fs::canonical(*native, error) : fs::path();
-    const auto lets = [&error](const fs::path& file, fs::perms others) {
-        return (fs::status(file, error).permissions() & others) == others;
-    };
-    bool isReadable = lets(place, fs::perms::others_read);
-    for (; !error && place.has_relative_path(); place = place.parent_path()) {
-        isReadable = isReadable && lets(place.parent_path(), fs::perms::others_exec);
-    }
-    return !native || error ? std::nullopt : std::optional(isReadable);
-}
-
-EOwnFile ReadOwnFile(const std::string& path, std::string& bytes) {
-    constexpr mode_t kOthersWrite = S_IWGRP | S_IWOTH;
-    constexpr std::size_t kLargest = std::size_t{64} * 1024;
-    const auto native = ToNativePath(path);
-    SPlace place;
-    struct stat status = {};
-    errno = ENOENT;
-    if (!native || !FindPlace(*native, ELinks::Trusted, place) || !place.Examine(status)) {
-        return errno == ENOENT  ? EOwnFile::Missing
-               : errno == ELOOP ? EOwnFile::OfOthers
-                                : EOwnFile::Unreadable;
-    }
-    const CDescriptor file = S_ISREG(status.st_mode) ? place.Open(O_RDONLY) : CDescriptor();
-    if (!file.IsOpen() || fstat(file.Get(), &status) != 0) {
-        return EOwnFile::Unreadable;
-    }
-    if (!IsOfTrusted(status) || (status.st_mode & kOthersWrite) != 0) {
-        return EOwnFile::OfOthers;
-    }
-    bytes.resize(kLargest + 1);
-    const ssize_t size = pread(file.Get(), bytes.data(), bytes.size(), 0);
-    bytes.resize(size < 0 ? 0 : static_cast<std::size_t>(size));
-    return size < 0 || bytes.size() > kLargest ? EOwnFile::Unreadable : EOwnFile::Read;
-}
-
 SAccessResult ResolveOutputPath(const std::string& systemPath, std::string& resolved) {
     SPlace place;
     if (!FindPlace(systemPath, ELinks::Trusted, place)) {
-        return errno == ELOOP ? SAccessResult{EAccessFailure::ForeignLink, 0}
+        return errno == ELOOP ? SAccessResult{EAccessFailure::UntrustedLink, 0}
                               : Failed(EAccessFailure::NotFound);
     }
     resolved = place.folderPath + place.name;
@@ -193,10 +153,10 @@ struct COldFile::SHandle {
     SAccessResult OpenFile(bool isOutput);
 };
 
-// Opens the file at the place, and sees that a new one can take its name.
+// Opens the file at the place, and checks that a new one can replace it.
 SAccessResult COldFile::SHandle::OpenFile(bool isOutput) {
     struct stat status = {};
-    // The folder's permissions decide about the exchange; the file's own would not be asked.
+    // Replacing needs permission for the folder only. Opening for writing makes the file's own count, too.
     file = place.Open(O_RDWR);
     if (!file.IsOpen() || fstat(file.Get(), &status) != 0) {
         return Failed(errno == ENOENT ? EAccessFailure::NotFound : EAccessFailure::NotWritable);
@@ -205,10 +165,11 @@ SAccessResult COldFile::SHandle::OpenFile(bool isOutput) {
         return {EAccessFailure::NotFound, 0};
     }
     if (status.st_nlink > 1 && !isOutput) {
-        return {EAccessFailure::OtherNames, 0};
+        return {EAccessFailure::HardLinked, 0};
     }
-    return faccessat(place.folder.Get(), ".", W_OK | X_OK, AT_EACCESS) == 0 ? SAccessResult{}
-                                                                            : Failed(EAccessFailure::NotMade);
+    return faccessat(place.folder.Get(), ".", W_OK | X_OK, AT_EACCESS) == 0
+               ? SAccessResult{}
+               : Failed(EAccessFailure::NotCreated);
 }
 
 COldFile::COldFile() : m_handle(std::make_unique<SHandle>()) {}
@@ -217,35 +178,36 @@ COldFile::~COldFile() = default;
 SAccessResult COldFile::Open(const std::string& path, EFileKind kind) {
     m_path = path;
     m_kind = kind;
-    m_handle->file = CDescriptor(); // before its place, so that a wait leaves nothing locked
+    m_handle->file =
+        CDescriptor(); // closed first, so that the wait of Lock holds no lock on an outdated file
     m_handle->isStream = false;
     SPlace& place = m_handle->place;
     const auto native = ToNativePath(path);
     const bool isOutput = kind == EFileKind::Output;
     errno = ENOENT;
     if (!native || !FindPlace(*native, isOutput ? ELinks::Trusted : ELinks::All, place)) {
-        return native && errno == ELOOP ? SAccessResult{EAccessFailure::ForeignLink, 0}
+        return native && errno == ELOOP ? SAccessResult{EAccessFailure::UntrustedLink, 0}
                                         : Failed(EAccessFailure::NotFound);
     }
     struct stat status = {};
     if (!place.Examine(status)) {
         return isOutput && errno == ENOENT ? SAccessResult{} : Failed(EAccessFailure::NotFound);
     }
-    if (!S_ISREG(status.st_mode)) { // asked first: the opening alone does something to some devices
+    if (!S_ISREG(status.st_mode)) { // checked before opening, which alone has effects on some devices
         return isOutput ? OpenStream() : SAccessResult{EAccessFailure::NotFound, 0};
     }
     return m_handle->OpenFile(isOutput);
 }
 
-// A pipe with a name is waited for until somebody reads from it; nobody might ever read from another user's.
+// Opening a named pipe waits for its reader. Another user's pipe might never get one.
 SAccessResult COldFile::OpenStream() {
     const SPlace& place = m_handle->place;
     struct stat status = {};
     const bool isPipe = place.Examine(status) && S_ISFIFO(status.st_mode);
-    if (isPipe && !IsOfTrusted(status)) {
-        return {EAccessFailure::ForeignLink, 0};
+    if (isPipe && !IsTrustedOwner(status)) {
+        return {EAccessFailure::UntrustedLink, 0};
     }
-    const int flags = (place.IsDoor() ? 0 : O_NOFOLLOW) | (isPipe ? 0 : O_NONBLOCK);
+    const int flags = (place.IsDescriptorLink() ? 0 : O_NOFOLLOW) | (isPipe ? 0 : O_NONBLOCK);
     m_handle->file =
         CDescriptor(openat(place.folder.Get(), place.name.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY | flags));
     if (!m_handle->file.IsOpen() || fcntl(m_handle->file.Get(), F_SETFL, 0) != 0 ||
@@ -256,7 +218,7 @@ SAccessResult COldFile::OpenStream() {
     return m_handle->isStream ? SAccessResult{} : SAccessResult{EAccessFailure::NotFound, 0};
 }
 
-bool COldFile::IsThere() const {
+bool COldFile::Exists() const {
     return m_handle->file.IsOpen();
 }
 
@@ -268,15 +230,15 @@ SAccessResult COldFile::Lock() {
     constexpr int kTries = 100;
     constexpr std::chrono::milliseconds kPause(20);
     for (int tries = 0; tries < kTries; ++tries) {
-        if (!IsThere() || IsStream()) {
+        if (!Exists() || IsStream()) {
             return {};
         }
         if (flock(m_handle->file.Get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
             std::this_thread::sleep_for(kPause);
             continue;
-        } // a file system without locks does without
+        } // any other failure: the file system has no locks, and the replacement goes on without
         struct stat status = {};
-        if (m_handle->place.IsOf(m_handle->file) && fstat(m_handle->file.Get(), &status) == 0) {
+        if (m_handle->place.IsSameFile(m_handle->file) && fstat(m_handle->file.Get(), &status) == 0) {
             RemoveLeftovers(m_handle->place, status.st_uid);
             return {};
         }
@@ -287,13 +249,13 @@ SAccessResult COldFile::Lock() {
     return {EAccessFailure::InUse, 0};
 }
 
-bool COldFile::Holds(std::string_view bytes) {
+bool COldFile::Contains(std::string_view bytes) {
     std::array<char, 16384> block{};
     off_t at = 0;
     for (;;) {
         const ssize_t count = pread(m_handle->file.Get(), block.data(), block.size(), at);
         if (count <= 0) {
-            return count == 0 && bytes.empty() && m_handle->place.IsOf(m_handle->file);
+            return count == 0 && bytes.empty() && m_handle->place.IsSameFile(m_handle->file);
         }
         const std::string_view read(block.data(), static_cast<std::size_t>(count));
         if (!bytes.starts_with(read)) {
@@ -306,59 +268,59 @@ bool COldFile::Holds(std::string_view bytes) {
 
 struct CNewFile::SHandle {
     SPlace place;
-    CDescriptor file; // open as long as the file may have to go again
+    CDescriptor file; // open as long as the destructor is to remove the file
 };
 
 CNewFile::CNewFile() : m_handle(std::make_unique<SHandle>()) {}
 
 CNewFile::~CNewFile() {
-    if (m_handle->file.IsOpen() && m_handle->place.IsOf(m_handle->file)) {
+    if (m_handle->file.IsOpen() && m_handle->place.IsSameFile(m_handle->file)) {
         m_handle->place.Remove();
     }
 }
 
-SAccessResult CNewFile::Make(const std::string& path, std::string_view readers) {
+SAccessResult CNewFile::Create(const std::string& path, std::string_view readers) {
     const auto native = ToNativePath(path);
     errno = ENOENT;
     if (!native) {
-        return Failed(EAccessFailure::NotMade);
+        return Failed(EAccessFailure::NotCreated);
     }
     m_path = path;
     m_handle->place = SPlace(*native);
     m_handle->file = m_handle->place.Open(O_WRONLY | O_CREAT | O_EXCL, kOwnerAlone);
     if (!m_handle->file.IsOpen()) {
-        return Failed(errno == EEXIST ? EAccessFailure::Exists : EAccessFailure::NotMade);
+        return Failed(errno == EEXIST ? EAccessFailure::Exists : EAccessFailure::NotCreated);
     }
-    LetReadersIn(m_handle->place, m_handle->file.Get(), readers);
+    GrantGroupRead(m_handle->place, m_handle->file.Get(), readers);
     return {};
 }
 
-SAccessResult CNewFile::MakeBeside(COldFile& old) {
+SAccessResult CNewFile::CreateBeside(COldFile& old) {
     constexpr int kTries = 100;
     COldFile::SHandle& oldFile = old.Handle();
     if (old.IsStream()) {
-        m_handle->file = std::move(oldFile.file); // with no place, from which it could go
+        m_handle->file = std::move(oldFile.file); // without a place: the destructor removes nothing
         return {};
     }
     SPlace& place = m_handle->place;
     place.folderPath = oldFile.place.folderPath;
     place.folder = CDescriptor(fcntl(oldFile.place.folder.Get(), F_DUPFD_CLOEXEC, 0));
     for (int tries = 0; tries < kTries && !m_handle->file.IsOpen(); ++tries) {
-        place.name = NewName(oldFile.place.name);
-        m_handle->file = place.Open(O_WRONLY | O_CREAT | O_EXCL, old.IsThere() ? kOwnerAlone : kReadAndWrite);
+        place.name = TemporaryName(oldFile.place.name);
+        m_handle->file = place.Open(O_WRONLY | O_CREAT | O_EXCL, old.Exists() ? kOwnerAlone : kReadAndWrite);
         if (!m_handle->file.IsOpen() && errno != EEXIST) {
             break;
         }
     }
     if (!m_handle->file.IsOpen()) {
-        return Failed(EAccessFailure::NotMade);
+        return Failed(EAccessFailure::NotCreated);
     }
-    static_cast<void>(flock(m_handle->file.Get(), LOCK_EX | LOCK_NB)); // so that it is no leftover
+    static_cast<void>(flock(m_handle->file.Get(), LOCK_EX | LOCK_NB)); // so that RemoveLeftovers spares it
     m_path = FromNativePath(place.folderPath + place.name);
-    // While nothing can be read from it.
-    return !old.IsThere() || MakeAlike(oldFile.file.Get(), m_handle->file.Get())
+    // Before the first byte is written: until then there is nothing that the wrong user could read.
+    return !old.Exists() || CopyOwnerAndPermissions(oldFile.file.Get(), m_handle->file.Get())
                ? SAccessResult{}
-               : Failed(EAccessFailure::NotLikeOld);
+               : Failed(EAccessFailure::PermissionsNotKept);
 }
 
 SAccessResult CNewFile::Write(std::string_view bytes) {
@@ -370,14 +332,14 @@ SAccessResult CNewFile::Flush() {
     return FlushToDisk(m_handle->file.Get()) ? SAccessResult{} : Failed(EAccessFailure::NotWritten);
 }
 
-SAccessResult CNewFile::TakePlaceOf(COldFile& old) {
+SAccessResult CNewFile::Replace(COldFile& old) {
     const SPlace& from = m_handle->place;
     const SPlace& to = old.Handle().place;
-    if (!from.IsOf(m_handle->file)) {
-        return {EAccessFailure::NotExchanged, 0};
+    if (!from.IsSameFile(m_handle->file)) {
+        return {EAccessFailure::NotReplaced, 0};
     }
     if (renameat(from.folder.Get(), from.name.c_str(), to.folder.Get(), to.name.c_str()) != 0) {
-        return Failed(EAccessFailure::NotExchanged);
+        return Failed(EAccessFailure::NotReplaced);
     }
     Keep();
     return {};

@@ -4,7 +4,7 @@
 #include "platform/full_path.h"
 #include "platform/posix/file_handle.h"
 #include "platform/posix/file_size_signal.h"
-#include "platform/posix/file_system_room.h"
+#include "platform/posix/free_space.h"
 #include "platform/posix/native_path.h"
 #include "platform/posix/place.h"
 
@@ -279,7 +279,8 @@ SFreeSpace FreeSpace(const std::string& path) {
         folder = folder.parent_path();
     }
     struct statvfs status = {};
-    return Retry([&] { return statvfs(folder.c_str(), &status); }) == 0 ? RoomOf(status) : SFreeSpace();
+    return Retry([&] { return statvfs(folder.c_str(), &status); }) == 0 ? FreeSpaceFrom(status)
+                                                                        : SFreeSpace();
 }
 
 bool IsDriveRoot(const std::string& path) {

@@ -25,7 +25,7 @@ inline std::string MessageFor(int descriptor, std::string_view text) {
 // One write is one piece in an appended file, whoever else writes to it; the loop is for a pipe that takes
 // less.
 inline void WriteMessage(int descriptor, std::string_view text) {
-    const CPipeSignalHold hold; // what nobody reads is lost, and no reason to end
+    const CPipeSignalBlock hold; // a message without a reader is lost, which is no reason to end
     while (!text.empty()) {
         const ssize_t put = write(descriptor, text.data(), text.size());
         if (put > 0) {

@@ -8,9 +8,9 @@ namespace ruvo {
 
 /// While it exists, a write of this thread to such a pipe fails with EPIPE and nothing else happens, whatever
 /// the host program does with the signal.
-class CPipeSignalHold {
+class CPipeSignalBlock {
 public:
-    CPipeSignalHold() {
+    CPipeSignalBlock() {
         sigset_t pending;
         sigemptyset(&pending);
         sigpending(&pending);
@@ -19,9 +19,9 @@ public:
         sigaddset(&m_pipe, SIGPIPE);
         pthread_sigmask(SIG_BLOCK, &m_pipe, &m_before);
     }
-    CPipeSignalHold(const CPipeSignalHold&) = delete;
-    CPipeSignalHold& operator=(const CPipeSignalHold&) = delete;
-    ~CPipeSignalHold() {
+    CPipeSignalBlock(const CPipeSignalBlock&) = delete;
+    CPipeSignalBlock& operator=(const CPipeSignalBlock&) = delete;
+    ~CPipeSignalBlock() {
         const timespec atOnce = {};
         if (!m_wasPending) { // else it is the host's own
             sigtimedwait(&m_pipe, nullptr, &atOnce);

@@ -14,8 +14,8 @@ namespace {
 
 constexpr int kMostLinks = 40; // as many as the system follows; more are a circle
 
-// The way that is still to go, its next step last.
-class CWay {
+// The steps of a path that are still to be taken, the next one last.
+class CPathSteps {
 public:
     void PutFirst(const std::string& native) {
         if (native.ends_with('/')) {
@@ -51,26 +51,26 @@ bool EnterRoot(SPlace& place) {
     return place.folder.IsOpen();
 }
 
-// A link in a folder that others may write may have been put there to turn the way elsewhere.
+// Another user who may write the folder can have put a link there to redirect the path.
 bool IsFollowed(const struct stat& link, ELinks links) {
-    return links == ELinks::All || IsOfTrusted(link);
+    return links == ELinks::All || IsTrustedOwner(link);
 }
 
-// Goes through a link: what it says is the next part of the way.
-bool Follow(const CDescriptor& link, SPlace& place, CWay& way) {
+// Follows a link: its target's steps come next.
+bool Follow(const CDescriptor& link, SPlace& place, CPathSteps& steps) {
     std::array<char, PATH_MAX> target{};
     const ssize_t size = readlinkat(link.Get(), "", target.data(), target.size());
     if (size <= 0 || static_cast<std::size_t>(size) == target.size()) {
         errno = size < 0 ? errno : ENAMETOOLONG;
         return false;
     }
-    way.PutFirst({target.data(), static_cast<std::size_t>(size)});
+    steps.PutFirst({target.data(), static_cast<std::size_t>(size)});
     return target.front() != '/' || EnterRoot(place);
 }
 
 } // namespace
 
-bool IsOfTrusted(const struct stat& status) {
+bool IsTrustedOwner(const struct stat& status) {
     return status.st_uid == 0 || status.st_uid == geteuid();
 }
 
@@ -111,7 +111,7 @@ bool SPlace::Examine(struct stat& status) const {
     return fstatat(folder.Get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
 }
 
-bool SPlace::IsOf(const CDescriptor& file) const {
+bool SPlace::IsSameFile(const CDescriptor& file) const {
     struct stat named = {};
     struct stat opened = {};
     return Examine(named) && fstat(file.Get(), &opened) == 0 && named.st_dev == opened.st_dev &&
@@ -126,44 +126,44 @@ void SPlace::Flush() const {
     static_cast<void>(fsync(OpenFolder().Get()));
 }
 
-bool SPlace::IsDoor() const {
+bool SPlace::IsDescriptorLink() const {
     constexpr decltype(std::declval<struct statfs>().f_type) kProcessFileSystem = 0x9FA0;
     struct statfs system = {};
-    struct stat behind = {};
+    struct stat target = {};
     return fstatfs(folder.Get(), &system) == 0 && system.f_type == kProcessFileSystem &&
-           fstatat(folder.Get(), name.c_str(), &behind, 0) == 0 && !S_ISREG(behind.st_mode) &&
-           !S_ISDIR(behind.st_mode);
+           fstatat(folder.Get(), name.c_str(), &target, 0) == 0 && !S_ISREG(target.st_mode) &&
+           !S_ISDIR(target.st_mode);
 }
 
 bool FindPlace(const std::string& native, ELinks links, SPlace& place) {
     std::array<char, PATH_MAX> current{};
-    CWay way;
-    way.PutFirst(native);
+    CPathSteps steps;
+    steps.PutFirst(native);
     if (!native.starts_with('/')) {
         if (getcwd(current.data(), current.size()) == nullptr) {
             return false;
         }
-        way.PutFirst(current.data());
+        steps.PutFirst(current.data());
     }
     if (!EnterRoot(place)) {
         return false;
     }
-    for (int linksSeen = 0; !way.IsAtEnd();) {
-        place.name = way.Next();
+    for (int linksSeen = 0; !steps.IsAtEnd();) {
+        place.name = steps.Next();
         CDescriptor step = OpenStep(place.folder.Get(), place.name.c_str());
         struct stat status = {};
         if (!step.IsOpen()) {
-            return errno == ENOENT && way.IsAtEnd(); // a file that is still to be made
+            return errno == ENOENT && steps.IsAtEnd(); // a file that is still to be made
         }
         if (fstat(step.Get(), &status) != 0) {
             return false;
         }
-        if (S_ISLNK(status.st_mode) && !(way.IsAtEnd() && place.IsDoor())) {
+        if (S_ISLNK(status.st_mode) && !(steps.IsAtEnd() && place.IsDescriptorLink())) {
             errno = ELOOP;
-            if (++linksSeen > kMostLinks || !IsFollowed(status, links) || !Follow(step, place, way)) {
+            if (++linksSeen > kMostLinks || !IsFollowed(status, links) || !Follow(step, place, steps)) {
                 return false;
             }
-        } else if (!way.IsAtEnd()) {
+        } else if (!steps.IsAtEnd()) {
             // Opened as a folder, which also mounts what is mounted at its first use.
             place.folder = OpenStep(place.folder.Get(), place.name.c_str(), O_DIRECTORY);
             place.folderPath += place.name + '/';

@@ -1,4 +1,4 @@
-// A file's place: a name in an open folder, found in a way that others cannot turn elsewhere.
+// A file's place: a name in an open folder, found in a way that other users cannot redirect.
 #pragma once
 
 #include <cstdint>
@@ -39,24 +39,24 @@ struct SPlace {
     SPlace() = default;
     /// The place that a path names, its links followed by the system, but for one of the last name.
     explicit SPlace(const std::string& native);
-    /// The same, where the folder itself is no link either; else the folder is not open, with errno.
+    /// The same, but the folder itself must not be a link; if it is, `folder` is not open (errno says why).
     static SPlace InPlainFolder(const std::string& native);
 
-    /// A link of that name is never followed, and nothing that is no regular file is waited for.
+    /// Never follows a link of that name, and never waits (as the opening of a pipe would).
     CDescriptor Open(int flags, mode_t mode = 0) const;
     CDescriptor OpenFolder() const;
     bool Examine(struct stat& status) const;
-    /// Whether the name stands for that open file.
-    bool IsOf(const CDescriptor& file) const;
+    /// Whether the name still leads to that open file.
+    bool IsSameFile(const CDescriptor& file) const;
     void Remove() const;
     void Flush() const;
-    /// Whether the name is a link of the system's own to what a process has open, and that is no file: a
-    /// pipe, a terminal. Such a link has no path behind it.
-    bool IsDoor() const;
+    /// Whether the name is one of the system's links to an open descriptor of a process (/dev/stdout leads to
+    /// one) and that is a pipe or a device: such a link has no path to follow.
+    bool IsDescriptorLink() const;
 };
 
 /// Whether what was examined belongs to the user or to root.
-bool IsOfTrusted(const struct stat& status);
+bool IsTrustedOwner(const struct stat& status);
 
 /// Whose links are followed.
 enum class ELinks : std::uint8_t {

@@ -26,13 +26,13 @@ constexpr const char* kPackageFolder = "/run/ruvo"; // made at boot, for the use
 // The one place of all of a user's runs, whatever starts them, where no other user can take the lock. Closed
 // when there is none.
 CDescriptor OpenUsersFolder() {
-    if (CDescriptor folder = OpenFolder(kPackageFolder); IsOursAlone(folder)) {
+    if (CDescriptor folder = OpenFolder(kPackageFolder); IsPrivateFolder(folder)) {
         return folder;
     }
     const std::string path = UsersStateFolder();
     MakeFolders(path); // what comes of it is seen below
     CDescriptor folder = OpenFolder(path);
-    return IsOursAlone(folder) ? std::move(folder) : CDescriptor();
+    return IsPrivateFolder(folder) ? std::move(folder) : CDescriptor();
 }
 
 CDescriptor OpenLockFolder() {

@@ -17,7 +17,7 @@ void OccupyClosedStandardStreams() noexcept {
     }
 }
 
-void SurviveClosedPipes() noexcept {
+void IgnoreClosedPipes() noexcept {
     signal(SIGPIPE, SIG_IGN);
 }
 

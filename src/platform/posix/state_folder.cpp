@@ -22,7 +22,7 @@ std::string StateFolder() {
     if (const auto named = EnvironmentValue("RUVO_STATE_DIR")) {
         return FullPath(*named);
     }
-    return FromNativePath(IsOursAlone(OpenFolder(kPackageFolder)) ? kPackageFolder : UsersStateFolder());
+    return FromNativePath(IsPrivateFolder(OpenFolder(kPackageFolder)) ? kPackageFolder : UsersStateFolder());
 }
 
 bool MakePrivateFolder(const std::string& folder) {
@@ -31,7 +31,7 @@ bool MakePrivateFolder(const std::string& folder) {
         return false;
     }
     MakeFolders(*native); // what comes of it is seen below
-    return IsOursAlone(OpenFolder(*native));
+    return IsPrivateFolder(OpenFolder(*native));
 }
 
 std::string ResolvedFolder(const std::string& folder) {

@@ -31,7 +31,7 @@ CDescriptor OpenFolder(const std::string& path) {
     return CDescriptor(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
 }
 
-bool IsOursAlone(const CDescriptor& folder) {
+bool IsPrivateFolder(const CDescriptor& folder) {
     struct stat status = {};
     return folder.IsOpen() && fstat(folder.Get(), &status) == 0 && status.st_uid == geteuid() &&
            (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;

@@ -9,8 +9,8 @@ namespace ruvo {
 
 /// Opens a folder; closed when there is none.
 CDescriptor OpenFolder(const std::string& path);
-/// True when nobody else can put anything into the folder, or take a file of it away.
-bool IsOursAlone(const CDescriptor& folder);
+/// True when no other user can create or remove files in the folder.
+bool IsPrivateFolder(const CDescriptor& folder);
 /// Makes the folder and those above it that are missing, for their owner alone.
 void MakeFolders(const std::string& path);
 /// Where the user's programs keep their state; the same for a login, cron and a service.

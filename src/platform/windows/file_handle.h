@@ -1,4 +1,4 @@
-// What stands behind an open CFile, for the sources that share it.
+// The state of an open CFile, for the sources that share it.
 #pragma once
 
 #include "platform/files.h"

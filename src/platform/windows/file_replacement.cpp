@@ -55,7 +55,7 @@ std::string WithoutDevicePrefix(std::string_view path) {
     return std::string(path.substr(path.starts_with(kDevicePrefix) ? kDevicePrefix.size() : 0));
 }
 
-std::string PathBehindLinks(HANDLE file) {
+std::string ResolvedPath(HANDLE file) {
     std::array<char, 1024> path{};
     const DWORD length = GetFinalPathNameByHandleA(file, path.data(), static_cast<DWORD>(path.size()),
                                                    FILE_NAME_NORMALIZED | VOLUME_NAME_DOS);
@@ -65,7 +65,7 @@ std::string PathBehindLinks(HANDLE file) {
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 // Whether the path leads to that open file.
-bool IsOf(const std::string& path, const CHandle& file) {
+bool IsSameFile(const std::string& path, const CHandle& file) {
     const CHandle named(CreateFileA(path.c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING,
                                     FILE_ATTRIBUTE_NORMAL, nullptr));
     BY_HANDLE_FILE_INFORMATION one = {};
@@ -90,13 +90,13 @@ void RemoveLeftovers(const std::string& oldPath) {
         return;
     }
     for (const SFolderEntry& entry : entries) {
-        if (!entry.isFolder && file_replacement::IsNewName(entry.name, NameOf(oldPath))) {
+        if (!entry.isFolder && file_replacement::IsTemporaryName(entry.name, NameOf(oldPath))) {
             RemoveFile(FolderOf(oldPath) + entry.name);
         }
     }
 }
 
-// A file of this system that its maker may give other permissions, and another owner if the system lets him.
+// With the access rights that changing its permissions takes and, where the system permits, its owner.
 CHandle MakeFile(const std::string& path) {
     constexpr DWORD kAccess = GENERIC_WRITE | READ_CONTROL | WRITE_DAC;
     const auto make = [&](DWORD access) {
@@ -110,7 +110,7 @@ CHandle MakeFile(const std::string& path) {
     return made;
 }
 
-CHandle OpenOld(const std::string& path, DWORD access) {
+CHandle OpenExisting(const std::string& path, DWORD access) {
     return CHandle(
         CreateFileA(path.c_str(), access, kShareAll, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
@@ -119,9 +119,9 @@ bool IsThereAlready(DWORD code) {
     return code == ERROR_FILE_EXISTS || code == ERROR_ALREADY_EXISTS;
 }
 
-// The list of who may do what is kept. The owner is kept where the system lets the user give a file away,
-// which takes a privilege that hardly anyone has; whoever may write the file owns the new one otherwise.
-bool MakeAlike(const CHandle& from, const CHandle& to) {
+// The access list is always kept. Keeping the owner takes a privilege that few users have; without it the new
+// file belongs to the user who writes it.
+bool CopyOwnerAndPermissions(const CHandle& from, const CHandle& to) {
     constexpr SECURITY_INFORMATION kList = DACL_SECURITY_INFORMATION;
     constexpr SECURITY_INFORMATION kBoth = kList | OWNER_SECURITY_INFORMATION;
     DWORD size = 0;
@@ -135,17 +135,8 @@ bool MakeAlike(const CHandle& from, const CHandle& to) {
 
 } // namespace
 
-// Permissions here are lists that only the system itself can judge.
-std::optional<bool> IsReadableByEveryone(const std::string& /*path*/) {
-    return std::nullopt;
-}
-
-EOwnFile ReadOwnFile(const std::string& /*path*/, std::string& /*bytes*/) {
-    return EOwnFile::NotTold;
-}
-
 SAccessResult ResolveOutputPath(const std::string& systemPath, std::string& resolved) {
-    resolved = systemPath; // hardly anyone may make links
+    resolved = systemPath; // few users have the privilege to create links
     return {};
 }
 
@@ -153,7 +144,7 @@ namespace file_replacement {
 
 struct COldFile::SHandle {
     CHandle file;
-    CHandle lock; // a file beside it, which goes when it is closed, also by a process that is killed
+    CHandle lock; // a file beside it; the system deletes it on close, even when the process is killed
     std::string path;
     bool isStream = false;
 };
@@ -166,7 +157,7 @@ SAccessResult COldFile::Open(const std::string& path, EFileKind kind) {
     m_path = path;
     m_kind = kind;
     m_handle->isStream = false;
-    m_handle->file = OpenOld(path, GENERIC_READ | GENERIC_WRITE);
+    m_handle->file = OpenExisting(path, GENERIC_READ | GENERIC_WRITE);
     if (!m_handle->file.IsOpen() && isOutput && GetLastError() == ERROR_FILE_NOT_FOUND) {
         m_handle->path = FullPath(path);
         return m_handle->path.empty() ? Failed(EAccessFailure::NotFound) : SAccessResult{};
@@ -184,21 +175,21 @@ SAccessResult COldFile::Open(const std::string& path, EFileKind kind) {
         return isOutput ? OpenStream() : SAccessResult{EAccessFailure::NotFound, 0};
     }
     if (facts.nNumberOfLinks > 1 && !isOutput) {
-        return {EAccessFailure::OtherNames, 0};
+        return {EAccessFailure::HardLinked, 0};
     }
-    m_handle->path = PathBehindLinks(file.Get());
+    m_handle->path = ResolvedPath(file.Get());
     return m_handle->path.empty() ? Failed(EAccessFailure::NotFound) : SAccessResult{};
 }
 
 // A pipe may be one that only takes bytes.
 SAccessResult COldFile::OpenStream() {
     m_handle->file = CHandle(); // a pipe may have one end only
-    m_handle->file = OpenOld(m_path, GENERIC_WRITE);
+    m_handle->file = OpenExisting(m_path, GENERIC_WRITE);
     m_handle->isStream = m_handle->file.IsOpen() && GetFileType(m_handle->file.Get()) != FILE_TYPE_DISK;
     return m_handle->isStream ? SAccessResult{} : Failed(EAccessFailure::NotWritable);
 }
 
-bool COldFile::IsThere() const {
+bool COldFile::Exists() const {
     return m_handle->file.IsOpen();
 }
 
@@ -206,7 +197,8 @@ bool COldFile::IsStream() const {
     return m_handle->isStream;
 }
 
-// By a file that only one can have open: it also holds while the old file is closed to be exchanged.
+// A lock file that one process at a time can open. Locking the old file itself would not do: it is closed
+// before it is replaced.
 SAccessResult COldFile::Lock() {
     if (IsStream()) {
         return {};
@@ -219,7 +211,7 @@ SAccessResult COldFile::Lock() {
         m_handle->lock = CHandle(CreateFileA(lock.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
                                              FILE_ATTRIBUTE_NORMAL | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
         code = m_handle->lock.IsOpen() ? ERROR_SUCCESS : GetLastError();
-        // Access is also denied to a file that is about to go.
+        // While a file is being deleted, the system answers "access denied".
         if (code != ERROR_SHARING_VIOLATION && code != ERROR_ACCESS_DENIED) {
             break;
         }
@@ -228,13 +220,13 @@ SAccessResult COldFile::Lock() {
     if (code != ERROR_SUCCESS) {
         return code == ERROR_SHARING_VIOLATION
                    ? SAccessResult{EAccessFailure::InUse, 0}
-                   : SAccessResult{EAccessFailure::NotMade, static_cast<long>(code)};
+                   : SAccessResult{EAccessFailure::NotCreated, static_cast<long>(code)};
     }
     RemoveLeftovers(m_handle->path);
-    return IsThere() && IsOf(m_handle->path, m_handle->file) ? SAccessResult{} : Open(m_path, m_kind);
+    return Exists() && IsSameFile(m_handle->path, m_handle->file) ? SAccessResult{} : Open(m_path, m_kind);
 }
 
-bool COldFile::Holds(std::string_view bytes) {
+bool COldFile::Contains(std::string_view bytes) {
     std::array<char, 16384> block{};
     LARGE_INTEGER start = {};
     if (SetFilePointerEx(m_handle->file.Get(), start, nullptr, FILE_BEGIN) == FALSE) {
@@ -245,7 +237,7 @@ bool COldFile::Holds(std::string_view bytes) {
         const bool isRead = ReadFile(m_handle->file.Get(), block.data(), static_cast<DWORD>(block.size()),
                                      &count, nullptr) != FALSE;
         if (!isRead || count == 0) {
-            return isRead && bytes.empty() && IsOf(m_handle->path, m_handle->file);
+            return isRead && bytes.empty() && IsSameFile(m_handle->path, m_handle->file);
         }
         if (!bytes.starts_with(std::string_view(block.data(), count))) {
             return false;
@@ -256,29 +248,29 @@ bool COldFile::Holds(std::string_view bytes) {
 
 struct CNewFile::SHandle {
     CHandle file;
-    bool mayHaveToGo = false;
+    bool removeOnClose = false;
 };
 
 CNewFile::CNewFile() : m_handle(std::make_unique<SHandle>()) {}
 
 CNewFile::~CNewFile() {
     m_handle->file = CHandle();
-    if (m_handle->mayHaveToGo) {
+    if (m_handle->removeOnClose) {
         RemoveFile(m_path);
     }
 }
 
-SAccessResult CNewFile::Make(const std::string& path, std::string_view /*readers*/) {
+SAccessResult CNewFile::Create(const std::string& path, std::string_view /*readers*/) {
     m_path = path;
     m_handle->file = MakeFile(path);
-    m_handle->mayHaveToGo = m_handle->file.IsOpen();
-    if (m_handle->mayHaveToGo) {
+    m_handle->removeOnClose = m_handle->file.IsOpen();
+    if (m_handle->removeOnClose) {
         return {};
     }
-    return Failed(IsThereAlready(GetLastError()) ? EAccessFailure::Exists : EAccessFailure::NotMade);
+    return Failed(IsThereAlready(GetLastError()) ? EAccessFailure::Exists : EAccessFailure::NotCreated);
 }
 
-SAccessResult CNewFile::MakeBeside(COldFile& old) {
+SAccessResult CNewFile::CreateBeside(COldFile& old) {
     constexpr int kTries = 100;
     if (old.IsStream()) {
         m_handle->file = std::move(old.Handle().file);
@@ -287,14 +279,14 @@ SAccessResult CNewFile::MakeBeside(COldFile& old) {
     const std::string& oldPath = old.Handle().path;
     SAccessResult result{EAccessFailure::Exists, 0};
     for (int tries = 0; tries < kTries && result.failure == EAccessFailure::Exists; ++tries) {
-        result = Make(FolderOf(oldPath) + NewName(NameOf(oldPath)), "");
+        result = Create(FolderOf(oldPath) + TemporaryName(NameOf(oldPath)), "");
     }
     if (!result.Good()) {
-        return {EAccessFailure::NotMade, result.systemCode};
+        return {EAccessFailure::NotCreated, result.systemCode};
     }
-    return !old.IsThere() || MakeAlike(old.Handle().file, m_handle->file)
+    return !old.Exists() || CopyOwnerAndPermissions(old.Handle().file, m_handle->file)
                ? SAccessResult{}
-               : Failed(EAccessFailure::NotLikeOld);
+               : Failed(EAccessFailure::PermissionsNotKept);
 }
 
 SAccessResult CNewFile::Write(std::string_view bytes) {
@@ -310,9 +302,9 @@ SAccessResult CNewFile::Write(std::string_view bytes) {
     return {};
 }
 
-// Closed at the end: those who look at the new file do not let others have it open for writing.
+// Closed at the end: a caller that checks the new file opens it without sharing for writing.
 SAccessResult CNewFile::Flush() {
-    const bool isStream = !m_handle->mayHaveToGo; // which knows no flushing
+    const bool isStream = !m_handle->removeOnClose; // which cannot be flushed
     if (!isStream && FlushFileBuffers(m_handle->file.Get()) == FALSE) {
         return Failed(EAccessFailure::NotWritten);
     }
@@ -320,11 +312,11 @@ SAccessResult CNewFile::Flush() {
     return {};
 }
 
-SAccessResult CNewFile::TakePlaceOf(COldFile& old) {
+SAccessResult CNewFile::Replace(COldFile& old) {
     constexpr DWORD kFlags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
-    old.Handle().file = CHandle(); // an open file keeps its place
+    old.Handle().file = CHandle(); // the system does not replace an open file
     if (MoveFileExA(m_path.c_str(), old.Handle().path.c_str(), kFlags) == FALSE) {
-        return Failed(EAccessFailure::NotExchanged);
+        return Failed(EAccessFailure::NotReplaced);
     }
     Keep();
     return {};
@@ -332,7 +324,7 @@ SAccessResult CNewFile::TakePlaceOf(COldFile& old) {
 
 void CNewFile::Keep() {
     m_handle->file = CHandle();
-    m_handle->mayHaveToGo = false;
+    m_handle->removeOnClose = false;
 }
 
 } // namespace file_replacement

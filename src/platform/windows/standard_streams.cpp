@@ -5,6 +5,6 @@ namespace ruvo {
 // A standard stream is a handle of its own here, and a closed one stays invalid; writing to a pipe that
 // nobody reads is a failure like others.
 void OccupyClosedStandardStreams() noexcept {}
-void SurviveClosedPipes() noexcept {}
+void IgnoreClosedPipes() noexcept {}
 
 } // namespace ruvo

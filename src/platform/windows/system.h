@@ -1,5 +1,5 @@
-// The system's own header, without the parts that nobody here uses and without its min and max. Included by
-// the files of this folder alone: its macros rename what they please.
+// The system's own header, without its rarely used parts and without its min and max. Included by
+// the files of this folder alone: its macros rename functions of ours.
 #pragma once
 
 #ifndef WIN32_LEAN_AND_MEAN

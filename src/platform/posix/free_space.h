@@ -1,4 +1,4 @@
-// What a file system says of the room that is left.
+// The free space that a file system states.
 #pragma once
 
 #include "platform/files.h"
@@ -9,8 +9,8 @@
 
 namespace ruvo {
 
-/// A file system that counts none of a kind states none: it has a limit that it does not tell, or no limit.
-inline SFreeSpace RoomOf(const struct statvfs& status) {
+/// A file system whose total is 0 states no figure: it has a limit that it does not report, or none.
+inline SFreeSpace FreeSpaceFrom(const struct statvfs& status) {
     const std::uint64_t size = std::max<std::uint64_t>(status.f_frsize, 1);
     const std::uint64_t most = std::numeric_limits<std::uint64_t>::max() / size;
     SFreeSpace room;

@@ -1,0 +1,25 @@
+// Who can read a file, and who can have written it. Path texts are Windows-form, as in files.h.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace ruvo {
+
+/// Whether every user of the machine can read the file, by its permissions and those of the folders above it;
+/// none when there is no such file, or the system's permissions do not answer that by a simple mark.
+std::optional<bool> IsReadableByEveryone(const std::string& path);
+
+enum class ETrustedRead : std::uint8_t {
+    Read,
+    Missing,
+    Unreadable,
+    Untrusted,   ///< another user can have written the file, or owns a link in its path
+    Unsupported, ///< the system's permissions do not answer that by a simple mark
+};
+/// Reads a small file that only this user and root can have written: its contents may decide what a program
+/// does.
+ETrustedRead ReadTrustedFile(const std::string& path, std::string& bytes);
+
+} // namespace ruvo
