@@ -81,6 +81,8 @@ public:
     void SetDeviceAddress(std::uint8_t address);
     /// Asks the running command, or else the next one, to end with status 18. From any thread.
     void RequestAbort();
+    /// Whether a command was aborted since the program itself is to end; nobody wanted that command to fail.
+    bool HasCutShort() const { return m_channel.HasCutShort(); }
 
     // --- reading; output containers are emptied first ---
     LinkStatus GetColumnHeadings(CProgressMonitor* monitor, CParlaneDataArray& first,

@@ -153,6 +153,59 @@ TEST_F(Client, AbortEndsAWaitingCommand) {
     EXPECT_EQ(link->GetDeviceStatus(nullptr, byte), 18U);
 }
 
+TEST_F(Client, ACommandThatIsCutShortIsTheOnlyOne) {
+    const auto cutShort = [&] {
+        while (!HoldChannel()->CutShort())
+            std::this_thread::yield();
+    };
+    const auto complete = [&] { server.sink->OnCommandComplete(Variant::FromI4(0)); };
+    EXPECT_FALSE(HoldChannel()->CutShort()) << "nothing is awaited";
+    for (int round = 0; round < 50; ++round) { // the completion comes before the wait hears of the other
+        g_abortSeen = false;
+        const LinkStatus status = WhileWaiting(server, *link, [&] { cutShort(), complete(); });
+        EXPECT_EQ(link->HasCutShort(), g_abortSeen);
+        EXPECT_EQ(status, kLinkGood);
+        g_abortSeen = false;
+        EXPECT_EQ(WhileWaiting(server, *link, complete), kLinkGood);
+        EXPECT_FALSE(g_abortSeen) << "what ended by itself leaves nothing behind";
+        if (link->HasCutShort())
+            break;
+    }
+    server.statuses["Abort"] = 29;
+    EXPECT_EQ(WhileWaiting(server, *link, cutShort), 29U);
+    EXPECT_TRUE(link->HasCutShort());
+}
+
+TEST_F(Client, WhatIsKeptInTheServerDoesNotComeBack) {
+    const std::shared_ptr<CChannel> channel = HoldChannel(); // for longer than the thread that is kept
+    EXPECT_FALSE(channel->Stay().Keep()) << "nothing is there";
+    const std::uint64_t returns = channel->Stay().Returns();
+    std::atomic<bool> isInside = false, mayReturn = false;
+    server.onCall = [&](SCall&) -> std::optional<std::int64_t> {
+        isInside = true;
+        while (!mayReturn)
+            std::this_thread::yield();
+        return std::nullopt;
+    };
+    EXPECT_EXIT(
+        {
+            std::uint8_t byte = 0;
+            std::thread([&] { link->GetDeviceStatus(nullptr, byte), _exit(1); }).detach();
+            while (!isInside)
+                std::this_thread::yield();
+            const bool isKept = channel->Stay().Keep();
+            mayReturn = true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(100)); // for a thread that would come back
+            _exit(isKept && channel->Stay().Returns() == returns ? 0 : 2);
+        },
+        testing::ExitedWithCode(0), "");
+    mayReturn = true;
+    std::uint8_t byte = 0;
+    EXPECT_EQ(link->GetDeviceStatus(nullptr, byte), kLinkGood);
+    server.sink->OnProgress(Variant::FromI4(1), Variant::FromI4(2));
+    EXPECT_EQ(channel->Stay().Returns(), returns + 2) << "the call, and the report";
+}
+
 TEST_F(Client, DestroyingWhileACommandWaitsAbortsItFirst) {
     server.statuses["Abort"] = 29;
     const auto start = std::chrono::steady_clock::now();

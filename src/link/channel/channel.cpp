@@ -55,9 +55,12 @@ void CChannel::ResetCompletion() {
 }
 
 LinkStatus CChannel::WaitForEnd() {
-    if (m_events.WaitForAny() == CCommandEvents::EWake::Completed) {
+    const CServerStay::CScope inside(m_stay);
+    const CCommandEvents::EWake wake = m_events.WaitForAny();
+    if (wake == CCommandEvents::EWake::Completed) {
         return m_events.WaitForCompletion();
     }
+    m_hasCutShort = m_hasCutShort || wake == CCommandEvents::EWake::CutShort;
     const LinkStatus aborted =
         CallServer([](IP32ls& server, Variant& status) { return server.Abort(status); });
     m_events.ResetAbort();

@@ -4,6 +4,7 @@
 #include "link/channel/command_events.h"
 #include "link/channel/command_mutex.h"
 #include "link/channel/monitor_slot.h"
+#include "link/channel/server_stay.h"
 #include "link/seam/link_status.h"
 #include "link/seam/server_connection.h"
 
@@ -78,6 +79,14 @@ public:
     /// Whether the entry's requests go on after an abort: what it changed in the relay is put back then.
     void SetAbortIgnored(bool ignored);
 
+    // --- for a thread that is to end the process ---
+    /// Aborts the command that is being awaited; when it ends by itself first, no later one is aborted for
+    /// it. False when none is awaited.
+    bool CutShort() { return m_events.CutWaitShort(); }
+    /// Whether a command was aborted by that.
+    bool HasCutShort() const { return m_hasCutShort; }
+    CServerStay& Stay() { return m_stay; }
+
     // --- what the sink reports, on any thread ---
     void ReportCompletion(LinkStatus status) { m_events.SignalCompletion(status); }
     void ReportLineStatus(LinkStatus status);
@@ -89,6 +98,8 @@ private:
     std::uint32_t m_adviseCookie = 0;
     CMonitorSlot m_monitor;
     CCommandEvents m_events;
+    CServerStay m_stay;
+    std::atomic<bool> m_hasCutShort = false;
     CCommandMutex m_lock;
     bool m_isAwaiting = false; ///< a started command runs; under the command lock
     std::atomic<std::uint16_t> m_deviceAddress = 0xFFFF;
@@ -107,6 +118,7 @@ LinkStatus CChannel::CallServer(Call call) {
         return kLinkComFailure;
     }
     try {
+        const CServerStay::CScope inside(m_stay);
         Variant result;
         std::int32_t status = 0;
         if (call(m_connection->Server(), result) != EComResult::Ok || !result.ToI4(status)) {

@@ -20,6 +20,13 @@ bool CCommandEvents::ResetAbort() {
     return std::exchange(m_abort, false);
 }
 
+bool CCommandEvents::CutWaitShort() {
+    const std::lock_guard guard(m_mutex);
+    m_isCutShort = m_isAnyAwaited;
+    m_changed.notify_all();
+    return m_isCutShort;
+}
+
 void CCommandEvents::ResetCompletion() {
     const std::lock_guard guard(m_mutex);
     m_completed = false;
@@ -35,8 +42,14 @@ void CCommandEvents::SignalCompletion(std::uint32_t status) {
 
 CCommandEvents::EWake CCommandEvents::WaitForAny() {
     std::unique_lock lock(m_mutex);
-    m_changed.wait(lock, [this] { return m_completed || m_abort; });
-    return m_completed ? EWake::Completed : EWake::Abort;
+    m_isAnyAwaited = true;
+    m_changed.wait(lock, [this] { return m_completed || m_abort || m_isCutShort; });
+    m_isAnyAwaited = false;
+    const bool isCutShort = std::exchange(m_isCutShort, false) && !m_abort;
+    if (m_completed) {
+        return EWake::Completed;
+    }
+    return isCutShort ? EWake::CutShort : EWake::Abort;
 }
 
 std::uint32_t CCommandEvents::WaitForCompletion() {

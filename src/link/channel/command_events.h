@@ -11,12 +11,15 @@ namespace ruvo {
 /// be read without its event. Every operation may be called from any thread.
 class CCommandEvents {
 public:
-    enum class EWake : std::uint8_t { Completed, Abort };
+    enum class EWake : std::uint8_t { Completed, Abort, CutShort };
 
     void SignalAbort();
     bool IsAbortSignalled();
     /// Resets the abort event; true when it was signalled.
     bool ResetAbort();
+    /// Wakes the thread that waits for either event, as an abort does, and no other: when the completion
+    /// comes first nothing is left of it. False when none waits.
+    bool CutWaitShort();
 
     void ResetCompletion();
     void SignalCompletion(std::uint32_t status);
@@ -31,6 +34,8 @@ private:
     std::condition_variable m_changed;
     bool m_abort = false;
     bool m_completed = false;
+    bool m_isAnyAwaited = false;
+    bool m_isCutShort = false; ///< of the wait that is under way
     std::uint32_t m_status = 0;
 };
 

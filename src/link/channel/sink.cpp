@@ -20,6 +20,7 @@ void PassOn(Report report) noexcept {
         return;
     }
     const CCommandMutex::CNoWaitScope noWaiting;
+    channel->Stay().NoteReturn();
     try {
         report(*channel);
     } catch (...) { // NOLINT(bugprone-empty-catch): the handler's own trouble
