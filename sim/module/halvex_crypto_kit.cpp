@@ -1,14 +1,18 @@
 // Stands in for the crypto provider where it is absent: the same entry points by number, with digests of
 // its own choice. Relays that expect the provider's digest refuse this one; the simulated relays check with
 // it.
+#include "link/seam/crypto_provider.h"
 #include "sim/module/digest.h"
 
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 namespace {
 
-/// 64 upper-case digits and a NUL.
+static_assert(ruvo::kDigestTextLength == 2 * ruvo::sim::kDigestSize);
+
+/// Upper-case digits and a NUL.
 void WriteHex(const ruvo::sim::Digest& digest, char* out) {
     constexpr const char* kDigits = "0123456789ABCDEF";
     for (const unsigned char octet : digest) {
@@ -26,8 +30,8 @@ std::span<const unsigned char> TextBytes(const char* text) {
 
 extern "C" {
 
-/// Keyed digest: HMAC-SHA-256 of the bytes under the key text. `out` takes 65 bytes; it becomes empty when
-/// the digest cannot be made.
+/// Keyed digest: HMAC-SHA-256 of the bytes under the key text. An empty text when the digest cannot be
+/// made.
 [[gnu::visibility("default")]] void Ordinal2(const unsigned char* bytes, std::uint32_t count, const char* key,
                                              char* out) {
     ruvo::sim::Digest digest{};
@@ -37,7 +41,7 @@ extern "C" {
     }
 }
 
-/// Nobody calls it; it is there because a provider without it counts as incomplete.
+/// Never called; a provider without it counts as incomplete.
 [[gnu::visibility("default")]] void Ordinal9() {}
 
 /// Text digest: SHA-256 of the text without its NUL, in the same form.
@@ -50,3 +54,6 @@ extern "C" {
 }
 
 } // extern "C"
+
+static_assert(std::is_same_v<decltype(&Ordinal2), ruvo::KeyedDigestFunction>);
+static_assert(std::is_same_v<decltype(&Ordinal13), ruvo::TextDigestFunction>);

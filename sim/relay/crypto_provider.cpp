@@ -5,11 +5,8 @@
 namespace ruvo::sim {
 namespace {
 
-constexpr const char* kFileName = "\\HalvexCryptoKit.dll";
-constexpr unsigned kKeyedDigestOrdinal = 2;
-
-std::string FolderOf(const std::string& path) {
-    return path.substr(0, path.rfind('\\'));
+std::string ProviderIn(const std::string& folder) {
+    return folder + '\\' + kCryptoProviderFile;
 }
 
 } // namespace
@@ -17,7 +14,8 @@ std::string FolderOf(const std::string& path) {
 // The server may be registered from another folder than the program's; the program takes its own provider, so
 // the second place makes both use one where only the program has it.
 std::vector<std::string> CryptoProviderFiles() {
-    return {CodeFolder() + kFileName, FolderOf(ProgramPath()) + kFileName};
+    const std::string program = ProgramPath();
+    return {ProviderIn(CodeFolder()), ProviderIn(program.substr(0, program.rfind('\\')))};
 }
 
 bool CCryptoProvider::Load() {
@@ -26,18 +24,18 @@ bool CCryptoProvider::Load() {
     }
     return std::any_of(m_files.begin(), m_files.end(), [this](const std::string& file) {
         if (m_module.Load(file)) {
-            m_keyedDigest = reinterpret_cast<Function>(m_module.FindEntry(kKeyedDigestOrdinal));
+            m_keyedDigest = reinterpret_cast<KeyedDigestFunction>(m_module.FindEntry(kKeyedDigestOrdinal));
         }
         return m_keyedDigest != nullptr;
     });
 }
 
-std::optional<Digest> CCryptoProvider::KeyedDigest(std::span<const std::uint8_t> bytes,
-                                                   const std::string& key) {
+std::optional<DigestText> CCryptoProvider::KeyedDigest(std::span<const std::uint8_t> bytes,
+                                                       const std::string& key) {
     if (!Load()) {
         return std::nullopt;
     }
-    Digest digest{};
+    DigestText digest{};
     m_keyedDigest(bytes.data(), static_cast<std::uint32_t>(bytes.size()), key.c_str(), digest.data());
     const bool whole = std::find(digest.begin(), digest.end(), '\0') == digest.end() - 1;
     return whole ? std::optional(digest) : std::nullopt;

@@ -1,9 +1,9 @@
 // The crypto provider as a relay uses it: a keyed digest out of a loadable module.
 #pragma once
 
+#include "link/seam/crypto_provider.h"
 #include "platform/modules.h"
 
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -12,9 +12,6 @@
 #include <vector>
 
 namespace ruvo::sim {
-
-/// The text of a digest and its NUL.
-using Digest = std::array<char, 65>;
 
 /// Where a provider is looked for: beside the simulated server's code, then beside the running program.
 std::vector<std::string> CryptoProviderFiles();
@@ -26,15 +23,14 @@ public:
     explicit CCryptoProvider(std::vector<std::string> files) : m_files(std::move(files)) {}
 
     /// None when no file has a provider, or the provider makes no digest. The next call tries again.
-    std::optional<Digest> KeyedDigest(std::span<const std::uint8_t> bytes, const std::string& key);
+    std::optional<DigestText> KeyedDigest(std::span<const std::uint8_t> bytes, const std::string& key);
 
 private:
-    using Function = void (*)(const std::uint8_t* bytes, std::uint32_t count, const char* key, char* out);
     bool Load();
 
     const std::vector<std::string> m_files;
     CModule m_module;
-    Function m_keyedDigest = nullptr;
+    KeyedDigestFunction m_keyedDigest = nullptr;
 };
 
 } // namespace ruvo::sim

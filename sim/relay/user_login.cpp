@@ -1,5 +1,6 @@
 #include "sim/relay/user_login.h"
 
+#include "link/seam/crypto_provider.h"
 #include "link/seam/known_cells.h"
 #include "model/values/character_set.h"
 #include "model/values/type_codes.h"
@@ -12,7 +13,6 @@ namespace ruvo::sim {
 namespace {
 
 constexpr unsigned kSecondEdition = 3;
-constexpr std::size_t kSaltLength = 16;
 
 std::vector<std::string> ProviderFiles(const SAccess& model) {
     return model.providerFiles.empty() ? CryptoProviderFiles() : model.providerFiles;
@@ -54,7 +54,7 @@ const SUser* CUserLogin::FindUser() const {
 }
 
 // The salt keys the first digest together with its NUL.
-std::optional<Digest> CUserLogin::ExpectedDigest(const SUser& user, const std::string& salt) {
+std::optional<DigestText> CUserLogin::ExpectedDigest(const SUser& user, const std::string& salt) {
     const std::string& password = *user.password;
     const auto unsalted = m_provider.KeyedDigest(BytesOf(password.data(), password.size()), user.name);
     return unsalted ? m_provider.KeyedDigest(BytesOf(unsalted->data(), unsalted->size()), salt)
@@ -65,7 +65,7 @@ SPasswordResult CUserLogin::CheckDigest(std::uint8_t type, const Variant::Bytes&
     const SUser* user = FindUser();
     const bool named = std::exchange(m_name, std::nullopt).has_value();
     const std::optional<std::string> salt = std::exchange(m_salt, std::nullopt);
-    if (!named || !salt || type != kTypePassword || data.size() != Digest().size() - 1) {
+    if (!named || !salt || type != kTypePassword || data.size() != kDigestTextLength) {
         return {kReplyRejected};
     }
     if (user == nullptr) {
@@ -74,7 +74,7 @@ SPasswordResult CUserLogin::CheckDigest(std::uint8_t type, const Variant::Bytes&
     if (!user->password) {
         return {kReplyRejected};
     }
-    const std::optional<Digest> expected = ExpectedDigest(*user, *salt);
+    const std::optional<DigestText> expected = ExpectedDigest(*user, *salt);
     if (!expected) {
         return {kReplyCommandRejected};
     }

@@ -31,7 +31,7 @@ public:
 
 private:
     const SUser* FindUser() const;
-    std::optional<Digest> ExpectedDigest(const SUser& user, const std::string& salt);
+    std::optional<DigestText> ExpectedDigest(const SUser& user, const std::string& salt);
 
     const SAccess& m_model;
     CCryptoProvider m_provider;

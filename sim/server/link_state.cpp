@@ -1,5 +1,7 @@
 #include "sim/server/link_state.h"
 
+#include "link/seam/tunnel_text.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -7,9 +9,6 @@
 
 namespace ruvo::sim {
 namespace {
-
-constexpr std::string_view kTunnelPrefix = "TNLC=";
-constexpr std::string_view kTransport = "RPCDll.Dll";
 
 struct STunnel {
     std::string_view transport;
@@ -109,7 +108,7 @@ LinkStatus CLinkState::OpenTunnel(const std::string& connection) {
     const LinkStatus status = DestinationStatus(
         m_substation.link.ethernet, m_substation.relays, tunnel->ip, kLinkCannotOpenPort,
         [&](const SRelay& relay) { return relay.ethernet && relay.ethernet->ip == tunnel->ip; });
-    if (status != kLinkGood || tunnel->transport != kTransport) {
+    if (status != kLinkGood || tunnel->transport != kTunnelTransport) {
         return status != kLinkGood ? status : kLinkCannotOpenPort;
     }
     m_open = ELink::Ethernet;

@@ -23,8 +23,8 @@ namespace ruvo {
 
 namespace {
 
-void LogUnhandled(const std::exception& exception) noexcept {
-    WithLogReserve([&] { LogMessage(ExceptionText("Unhandled", exception.what()), true); });
+void LogUnhandled(const std::exception& exception, bool withDetails = true) noexcept {
+    WithLogReserve([&] { LogMessage(ExceptionText("Unhandled", exception.what()), withDetails); });
 }
 
 /// Extracts and says in the log whatever came in the way.
@@ -57,7 +57,7 @@ void BringInEarlierEvents(CRunLedger& ledger) {
     try {
         ledger.BringIn();
     } catch (const std::exception& exception) {
-        WithLogReserve([&] { LogMessage(ExceptionText("Unhandled", exception.what()), false); });
+        LogUnhandled(exception, false); // no relay is being visited
     }
 }
 

@@ -1,6 +1,7 @@
 #include "run/link_control.h"
 
 #include "link/client.h"
+#include "link/seam/tunnel_text.h"
 #include "log/error_log.h"
 #include "log/run_texts.h"
 
@@ -68,8 +69,8 @@ bool OpenEthernetLink(CRunContext& context, const std::string& ip, std::int32_t 
     }
     const std::string device = std::to_string(deviceAddress);
     const std::string bus = std::to_string(busAddress);
-    const std::string connection =
-        "TNLC=\"RPCDll.Dll\",\"" + ip + "\",\"" + bus + "\",\"" + device + "\",\"0\"";
+    const std::string connection = std::string(kTunnelPrefix) + "\"" + std::string(kTunnelTransport) +
+                                   "\",\"" + ip + "\",\"" + bus + "\",\"" + device + "\",\"0\"";
     const LinkStatus status = Link().OpenPort(nullptr, connection, "");
     if (status != kLinkGood) {
         LogStatusMessage(EthernetFailedText(connection), status);

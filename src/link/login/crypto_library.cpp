@@ -13,16 +13,6 @@ namespace ruvo {
 
 namespace {
 
-constexpr const char* kLibraryName = "HalvexCryptoKit.DLL";
-constexpr unsigned kKeyedDigestOrdinal = 2;
-constexpr unsigned kUnusedOrdinal = 9; // never called, but a provider without it is not the one we know
-constexpr unsigned kTextDigestOrdinal = 13;
-
-// The provider writes 64 characters and a NUL to `out`.
-using KeyedDigestFunction = void (*)(const std::uint8_t* bytes, std::uint32_t count, const char* key,
-                                     char* out);
-using TextDigestFunction = void (*)(const char* text, char* out);
-
 /// A network path, or one that begins with a drive and a root.
 bool IsAbsolute(const std::string& name) {
     if (name.size() <= 2) {
@@ -68,7 +58,7 @@ int CryptoLibrary::Initialize() {
     if (state.loaded) {
         return kLoaded;
     }
-    if (!state.module.Load(ResolveCryptoLibraryPath(kLibraryName, ProgramPath(), CurrentFolder()))) {
+    if (!state.module.Load(ResolveCryptoLibraryPath(kCryptoProviderFile, ProgramPath(), CurrentFolder()))) {
         WriteDebugOutput("CryptoLibrary::Initialize(): [Error] Unable to load the library DLL.");
         return kNotLoaded;
     }

@@ -2,30 +2,27 @@
 // entry points found by ordinal. Process-wide and without a lock: hashing runs on the thread of the login.
 #pragma once
 
-#include <array>
+#include "link/seam/crypto_provider.h"
+
 #include <cstdint>
 #include <span>
 #include <string>
 
 namespace ruvo {
 
-inline constexpr std::size_t kDigestTextLength = 64;
-/// A digest as text and its NUL; an empty text stands for none.
-using DigestText = std::array<char, kDigestTextLength + 1>;
-
 class CryptoLibrary {
 public:
     static constexpr int kLoaded = 0;
     static constexpr int kNotLoaded = 4;
 
-    /// Loads the provider unless that is done already: kLoaded or kNotLoaded, the cause being told to the
+    /// Loads the provider unless that is done already: kLoaded or kNotLoaded, the cause is written to the
     /// debug output. After a failure the next call tries again.
     static int Initialize();
-    /// Lets the provider go; nothing when it is not loaded.
+    /// Unloads the provider; does nothing when it is not loaded.
     static void Uninitialize();
 
     /// The keyed digest of the bytes under a key text. False, with an empty digest, when the provider cannot
-    /// be had or gives none.
+    /// be loaded or returns none.
     [[nodiscard]] static bool MakeKeyedDigest(std::span<const std::uint8_t> bytes, const char* key,
                                               DigestText& digest);
     /// The digest of a text; fails in the same way.

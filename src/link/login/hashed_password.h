@@ -11,8 +11,6 @@
 
 namespace ruvo {
 
-inline constexpr std::size_t kSaltLength = 16;
-
 /// How a hashed password is made of its two texts.
 enum EHashMode : int {
     kHashSalted = 0, ///< digest of (digest of the second under the first, with its NUL) under the salt
