@@ -18,6 +18,7 @@ SCommand PathsCommand();
 SCommand TestCommand();
 SCommand PasswordCommand();
 SCommand ReportCommand();
+SCommand HelpCommand();
 
 std::span<const SCommand> Commands() {
     static const std::vector<SCommand> commands = [] {
@@ -27,6 +28,7 @@ std::span<const SCommand> Commands() {
         };
         const std::span<const SCommand> more = DatabaseCommands();
         table.insert(table.end(), more.begin(), more.end());
+        table.push_back(HelpCommand());
         return table;
     }();
     return commands;

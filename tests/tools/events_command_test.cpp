@@ -176,4 +176,11 @@ TEST(EventsCommand, WhatCannotBeDoneIsSaid) {
     });
 }
 
+TEST(HelpCommand, PrintsWhatTheOptionPrints) {
+    EXPECT_EQ(RunTool({"help"}).out, RunTool({"--help"}).out);
+    const std::string events = RunTool({"help", "events"}).out;
+    EXPECT_TRUE(events == RunTool({"events", "--help"}).out &&
+                events.find("Usage: ruvoctl events") != std::string::npos);
+}
+
 } // namespace ruvo::test

@@ -1,5 +1,5 @@
-// Writes what is told elsewhere about the commands of ruvoctl and the keys of the INI file, from the tables
-// that the programs themselves go by:
+// Writes what the documentation says about the commands of ruvoctl and the keys of the INI file, from the
+// tables that the programs themselves use:
 //   make_command_pages completion           the shell's completion, on standard output
 //   make_command_pages check PAGE.md...     fails when a page's chapter is not the table's
 //   make_command_pages update PAGE.md...    puts the table's into the page
@@ -66,7 +66,9 @@ std::string Synopsis(const SCommand& command) {
         line += " [OPTION...]";
     }
     for (const SOption& option : command.options) {
-        if (IsPositional(option)) {
+        if (option.kind == EOptionKind::Optional) {
+            line += " [" + Spelling(option) + "]";
+        } else if (IsPositional(option)) {
             line += " " + Spelling(option);
         }
     }
@@ -153,6 +155,7 @@ std::string Completion() {
     for (const SCommand& command : ruvo::Commands()) {
         AddCommand(tables, command);
     }
+    AddCase(tables.choices, "help", "help", tables.names);
     return "# Completion of ruvoctl's commands, options and choices; anything else is the name of a file.\n"
            "_ruvoctl() {\n"
            "    local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} words=\n"
@@ -212,7 +215,7 @@ bool CheckPage(const std::string& path) {
     const std::string page = ReadPage(path);
     const bool isCurrent = !page.empty() && page == Updated(page);
     if (!isCurrent) {
-        std::cerr << path << ": not what the tables say; scripts/upkeep/pages.sh mends that\n";
+        std::cerr << path << ": out of date; run scripts/upkeep/pages.sh\n";
     }
     return isCurrent;
 }
