@@ -16,7 +16,8 @@ constexpr std::array<std::string_view, 6> kTexts{"Relay picked up", "Trip output
 constexpr std::uint32_t kMaxGap = 600000; // milliseconds between two events
 constexpr CellAddress kNoCell = 0x0030;
 
-// Ours rather than the library's: the library's distributions differ from system to system.
+// SplitMix64. The library's distributions differ from system to system, and one seed must produce the same
+// events on all.
 class CRandom {
 public:
     explicit CRandom(std::uint64_t seed) : m_state(seed) {}

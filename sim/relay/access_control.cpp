@@ -84,7 +84,7 @@ LinkStatus CAccessControl::Login(std::uint8_t type, const Variant::Bytes& data) 
         return kReplyNotSettable;
     }
     if (m_blocked) {
-        // Relays that know users have no reply for it: that no attempts are left tells it.
+        // Relays that know users have no reply for it; the client sees that no attempts are left.
         return m_users ? kReplyRejected : kReplyBlocked;
     }
     const SPasswordResult result = m_users ? m_users->CheckDigest(type, data) : CheckPassword(type, data);

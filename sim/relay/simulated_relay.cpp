@@ -213,8 +213,8 @@ SAnswer CSimulatedRelay::Change(CellAddress cell, const Variant::Bytes& tagged) 
     if (found.status != kLinkGood) {
         return StatusAnswer(found.status);
     }
-    // A record number is taken as any number: who selects a record passes on what the event gave.
-    // Sizes may differ then; the number is what counts.
+    // A client selects a record with the number from the event, whose type and size may differ from the
+    // cell's: the number alone counts.
     const bool selects = RowOf(cell) == rows::kSelectRecord && found.cell.type == kTypeUint;
     if (found.cell.writable && found.cell.type != tagged[0] && !selects) {
         return StatusAnswer(kReplyRejected);

@@ -59,6 +59,8 @@ void CCommandRunner::Run() {
             return;
         }
         const SRunPlan plan = *m_plan;
+        // Both callbacks run without the lock: they may need the server's, under which the server calls Start
+        // and Abort.
         lock.unlock();
         m_started();
         lock.lock();

@@ -81,6 +81,8 @@ EComResult CServerCore::AnswerRelay(const SCall& call, const RelayRequest& reque
 
 SAnswer CServerCore::Execute(const SCall& call, const SFault& fault, const Request& request) const {
     SAnswer answer;
+    // An ill-formed call is refused even while a command runs; a fault's status replaces only what the
+    // request itself would have answered.
     if (!call.wellFormed) {
         answer.status = kLinkWrongParameters;
     } else if (m_running && call.operation != EOperation::Abort) {

@@ -67,6 +67,7 @@ bool CServerLifetime::IsUnneeded(std::unique_lock<std::mutex>& lock, Clock::dura
     if (m_calls != 0 || idle < idleLimit) {
         return false;
     }
+    // Without the lock: asking a client waits for its process, and its calls take the lock meanwhile.
     lock.unlock();
     const bool alive = IsAnyClientAlive();
     lock.lock();

@@ -54,6 +54,7 @@ std::string ReadGeneralText(const CProfileReader& reader, const SGeneralKey& key
     return key.rule == EKeyRule::EventRoot ? FullFolderPath(text) : text;
 }
 
+// In the order of the table: the error log's default lies in the event root, which is read before it.
 void ReadGeneralKeys(const CProfileReader& reader, SRuvoConfigFields& fields) {
     for (const SGeneralKey& key : kGeneralKeys) {
         if (const auto* const number = std::get_if<IntegerField>(&key.field)) {
@@ -65,6 +66,8 @@ void ReadGeneralKeys(const CProfileReader& reader, SRuvoConfigFields& fields) {
     }
 }
 
+// An entry that is no number is left out, as if the key were missing; a number out of range is kept, for
+// validation to refuse.
 void ReadAddresses(const CProfileReader& reader, std::string_view section, AddressEntries& entries) {
     for (const std::string& key : RelayKeys(reader.KeyNames(section))) {
         const std::int32_t address = ReadIntKey(reader, section, key, kNoAddress, kNoAddress);
@@ -155,6 +158,7 @@ bool IsNumericText(std::string_view text, bool allowLeadingZero) {
 std::int32_t NumericValue(std::string_view text) {
     constexpr std::int64_t kLargest = std::numeric_limits<std::int32_t>::max();
     std::int64_t value = 0;
+    // Stops at the largest number: wrapping around could turn a number out of range into a valid one.
     for (const char digit : text) {
         value = std::min(value * 10 + (digit - '0'), kLargest);
     }

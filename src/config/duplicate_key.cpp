@@ -16,6 +16,7 @@ constexpr std::string_view kNotFound = "NOT_FOUND";
 
 // True for an occurrence that the section holds and that reads as a value.
 bool ReadsAsValue(const SIniSection& section, const SIniEntry& entry) {
+    // std::less, because the entry may lie in another section's array, where "<" is undefined.
     const SIniEntry* const begin = section.entries.data();
     const bool held = !std::less<>()(&entry, begin) && std::less<>()(&entry, begin + section.entries.size());
     return held && entry.value && *entry.value != kNotFound;

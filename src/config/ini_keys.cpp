@@ -93,7 +93,7 @@ const SGeneralKey* FindGeneralKey(std::string_view name) {
 }
 
 std::int32_t NotANumberValue(EKeyRule rule) {
-    switch (rule) {
+    switch (rule) { // each outside the range of its rule
     case EKeyRule::Switch:
         return 2;
     case EKeyRule::Timing:

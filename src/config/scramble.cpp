@@ -21,6 +21,8 @@ namespace ruvo {
 
 namespace {
 
+// The text: the key's index and the password's length as one hexadecimal digit each, then the two words of
+// the enciphered block as ten decimal digits each.
 constexpr std::size_t kWordDigits = 10;
 constexpr std::size_t kFirstWordAt = 2;
 constexpr std::size_t kSecondWordAt = kFirstWordAt + kWordDigits;

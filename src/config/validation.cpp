@@ -9,7 +9,8 @@ namespace ruvo {
 
 namespace {
 
-/// Where the rules of one kind have their turn.
+/// The order in which the kinds of rules are checked. Only the first refusal is reported, and callers depend
+/// on which one that is; within a kind the order of kGeneralKeys holds.
 enum class ETurn : std::uint8_t { EventRoot, Timing, Link };
 
 ETurn TurnOf(EKeyRule rule) {
@@ -66,6 +67,7 @@ std::string EntryText(std::int32_t address) {
 template <class TEntries>
 EResultCode CheckEntries(const CRuvoConfig& config, ELink link, const TEntries& entries) {
     const SLinkRow& row = LinkRow(link);
+    // A repeated key is refused before its entries are: reading shows only the first of them.
     if (entries.empty()) {
         return row.empty;
     }

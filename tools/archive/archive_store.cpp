@@ -149,11 +149,12 @@ void CArchiveStore::AddDamage(const SDayFileDamage& damage) {
 }
 
 SFileTally CArchiveStore::EndFile(bool isComplete) {
-    if (!isComplete) {
+    if (!isComplete) { // no file has that size, so the next run reads it again
         RunOnce(m_spoilFile.Bind(m_fileId));
     }
     m_database.Run("COMMIT");
-    // The summary must match what is stored; another run may have added more since.
+    // The summary must match what is stored. A second run on the same archive may have added records
+    // meanwhile, so only too few are an error.
     if (CountRecords() < m_before + m_tally.added) {
         throw CDatabaseError("added records are missing from it; "
                              "move the file away and create the archive again from the day files");

@@ -139,7 +139,8 @@ void CReportData::AddDamage(const SEventSource& source, const SDayFileDamage& da
     m_damage.push_back({FileIndex(source), damage});
 }
 
-// Column by column, and numbers as what they add to the one before: that is short, and quickly unpacked.
+// Column by column, and numbers as the difference to the one before: that makes a small page which a browser
+// unpacks quickly.
 void CReportData::WriteEvents(CJsonWriter& json) const {
     const auto column = [&](std::string_view key, auto member) {
         WriteList(json, key, m_events, [&](const SEvent& event) { json.Number(event.*member); });

@@ -23,19 +23,19 @@ bool CChannel::Disconnect() {
             RequestAbort();
             try {
                 lock.lock();
-            } catch (const std::system_error&) { // the caller's thread is the one that reports on the command
+            } catch (const std::system_error&) { // the caller is inside a report on the running command
                 return false;
             }
         }
-        connection = std::move(m_connection);
+        connection = std::move(m_connection); // from here on every call fails
     }
-    // Without the lock: the server waits here for a sink call that is under way, and that may want the lock.
+    // Without the lock: the server waits here for a sink call that is under way, and that may need the lock.
     try {
         if (connection != nullptr && m_adviseCookie != 0) {
             connection->Unadvise(m_adviseCookie);
         }
         connection.reset();
-    } catch (...) { // a server that fails while it is let go has been let go
+    } catch (...) { // a server that fails while it is released is released
     }
     return true;
 }
@@ -63,6 +63,7 @@ LinkStatus CChannel::WaitForEnd() {
     m_hasCutShort = m_hasCutShort || wake == CCommandEvents::EWake::CutShort;
     const LinkStatus aborted =
         CallServer([](IP32ls& server, Variant& status) { return server.Abort(status); });
+    // After the call: until then a second request to abort means this same command.
     m_events.ResetAbort();
     // Status 0 promises that the aborted command completes; without that promise there is nothing to wait
     // for.
@@ -74,7 +75,7 @@ CChannel::SBeforeEntry CChannel::BeginEntry(CProgressMonitor* monitor) {
 }
 
 bool CChannel::EndEntry(const SBeforeEntry& before) {
-    m_abortRule = before.rule;
+    m_abortRule = before.rule; // first: what follows asks whether an entry around this one goes on
     m_monitor.Release(std::exchange(m_entryMonitor, before.monitor));
     return IsEntering() ? m_events.IsAbortSignalled() : m_events.ResetAbort();
 }

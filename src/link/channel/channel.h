@@ -15,7 +15,7 @@
 namespace ruvo {
 
 /// Owns the connection, the command lock, the two events and the device address. A command takes the lock,
-/// calls the server and, when it only starts something, waits for its completion or an abort. Whoever uses a
+/// calls the server and, when it only starts something, waits for its completion or an abort. A user of a
 /// channel keeps its client alive meanwhile.
 class CChannel {
     /// What a command that begins does with a pending abort: resets it and ends, leaves it and ends, or goes
@@ -56,7 +56,7 @@ public:
     template <class Call>
     LinkStatus CallServer(Call call);
     /// Starts a command and waits for its end, under the command lock. A command that a report on this one
-    /// starts is refused with 255, since nobody could tell their completions apart.
+    /// starts is refused with 255, since their completions could not be told apart.
     template <class Start>
     LinkStatus StartAndWait(Start start);
 
@@ -135,7 +135,7 @@ LinkStatus CChannel::StartAndWait(Start start) {
     if (m_isAwaiting) {
         return kLinkComFailure;
     }
-    m_events.ResetCompletion();
+    m_events.ResetCompletion(); // before the start: a quick command completes before the call returns
     m_isAwaiting = true;
     const LinkStatus started = CallServer(start);
     const LinkStatus ended = started == kLinkGood ? WaitForEnd() : started;

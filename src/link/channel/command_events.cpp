@@ -45,6 +45,8 @@ CCommandEvents::EWake CCommandEvents::WaitForAny() {
     m_isAnyAwaited = true;
     m_changed.wait(lock, [this] { return m_completed || m_abort || m_isCutShort; });
     m_isAnyAwaited = false;
+    // Cleared in every case, so that no later wait is cut short. An abort that is also pending is the reason
+    // given.
     const bool isCutShort = std::exchange(m_isCutShort, false) && !m_abort;
     if (m_completed) {
         return EWake::Completed;

@@ -76,6 +76,7 @@ LinkStatus CPasswordEntry::EnterPassword(CProgressMonitor* monitor, bool passwor
         ClearPasswordGuard(guardValue);
         return EnterPasswordByGeneration(passwordEntered);
     });
+    // Inside the entry, where an abort can be ignored: the guard must not stay cleared.
     RestorePasswordGuard(guardValue.get());
     return m_parts.channel.EndEntry(before) ? kLinkAborted : status;
 }
@@ -111,7 +112,7 @@ void CPasswordEntry::ClearPasswordGuard(std::unique_ptr<CParlaneData>& saved) {
         m_parts.writes.ChangeSetting(m_parts.channel.EntryMonitor(), cells::kPasswordGuard, *zero);
     LinkStatus status = kLinkGood;
     const std::unique_ptr<CParlaneData> now = m_parts.cells.ReadFirstValue(cells::kPasswordGuard, status);
-    // Where no answer came through, the cell itself tells whether it was cleared.
+    // Where no answer came through, the cell itself shows whether it was cleared.
     const bool isAnswered = written == kLinkGood || IsReply(written);
     const bool isCleared =
         !isAnswered && now != nullptr && now->GetUnsigned() == 0 && MakeZero(*now) != nullptr;
@@ -136,7 +137,7 @@ void CPasswordEntry::RestorePasswordGuard(const CParlaneData* saved) noexcept {
     m_parts.channel.SetAbortIgnored(false);
 }
 
-/// Gathers the facts about the relay. `version` becomes its access-control generation, or 0 when it tells
+/// Gathers the facts about the relay. `version` becomes its access-control generation, or 0 when it states
 /// none.
 SPasswordRequest CPasswordEntry::BuildPasswordRequest(std::uint8_t securityColumn, std::uint32_t& version) {
     SPasswordRequest request{};
@@ -152,7 +153,7 @@ SPasswordRequest CPasswordEntry::BuildPasswordRequest(std::uint8_t securityColum
     if (generation != nullptr) {
         const CellAddress cell = MakeCellAddress(securityColumn, rows::kDisplayText);
         CopyField(request.displayText, m_parts.cells.ReadFirstValue(cell, status).get());
-    } else {
+    } else { // the value is not used, but the request is part of the login's sequence
         m_parts.cells.ReadFirstValue(cells::kSecondIdentification, status);
     }
     return request;

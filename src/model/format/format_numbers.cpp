@@ -86,7 +86,7 @@ std::string ExponentText(int exponent) {
     return "e" + std::to_string(exponent);
 }
 
-/// The place behind the digits of a number: an SI prefix where the unit takes one, else the exponent.
+/// What follows the digits of a number: an SI prefix where the unit takes one, else the exponent.
 std::string_view Scale(const SSignificant& layout, bool takesPrefix, std::string_view exponent) {
     if (takesPrefix && std::abs(layout.exponent) <= kMaxPrefixExponent) {
         return kPrefixes.substr(static_cast<std::size_t>((layout.exponent + kMaxPrefixExponent) / 3), 1);
@@ -119,6 +119,7 @@ void ConvertFixed(const SFormatContext& context, const SConversion& conversion) 
     CDecimalDigits digits(value);
     int places = conversion.precision == SConversion::kNoPrecision ? context.locale.floatPrecision
                                                                    : conversion.precision;
+    // More digits before the point leave fewer after it, but never fewer than half.
     places -= std::clamp(digits.GetExponent(), 0, places / 2);
     digits.Round(digits.GetExponent() + 1 + places);
     CFieldText field;

@@ -87,7 +87,8 @@ void TakePrecision(CFormatReader& reader, SConversion& conversion, IFormatArgume
         precision < 0 ? SConversion::kNoPrecision : std::min(precision, SConversion::kMaxCount);
 }
 
-/// Everything behind the "%". Both "%lt" and "%tl" name the long time.
+/// Everything after the "%". A "*" takes its argument before the value does, width before precision. Both
+/// "%lt" and "%tl" name the long time.
 SConversion TakeConversion(CFormatReader& reader, IFormatArguments& arguments) {
     SConversion conversion;
     TakeFlags(reader, conversion);

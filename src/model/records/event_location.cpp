@@ -13,7 +13,8 @@ struct SClassRow {
 
 /// A location is column x 256 + row, so a mask of 0xFFFF takes one cell, 0xFFF0 the sixteen rows from the
 /// value on, and 0xFF00 a whole column. The first matching row counts: the first cell of a group of registers
-/// belongs to the cell that heads them, and stands before its group. What matches none has the class 0.
+/// belongs to the cell that heads them, so its row comes before the group's. What matches none has the class
+/// 0.
 constexpr std::array kClassRows{
     SClassRow{0xFFFF, 0x0020, 0x20},   SClassRow{0xFFFF, 0x0030, 0x20},   SClassRow{0xFFFF, 0x0021, 0x21},
     SClassRow{0xFFFF, 0x0040, 0x21},   SClassRow{0xFFFF, 0x0022, 0x22},   SClassRow{0xFFFF, 0x0050, 0x22},

@@ -5,7 +5,7 @@
 
 namespace ruvo {
 
-/// The class of a location (column x 256 + row): 0 for most, else a location that stands for its kin.
+/// The class of a location (column x 256 + row): 0 for most, else a location that represents its group.
 [[nodiscard]] std::uint16_t ClassifyEventLocation(std::uint16_t location);
 
 /// True when a binary cell of such a record lists its named bits.

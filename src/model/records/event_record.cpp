@@ -131,23 +131,24 @@ CEventRecord::CEventRecord(const CEventRecord& other)
 std::size_t CEventRecord::GetBlockSize() const {
     std::size_t size = kMinEventSize + (m_value ? m_value->GetSize() : 0);
     for (const std::string* text : {&m_auxText1, &m_auxText2, &m_auxText3, &m_eventText}) {
-        size += StoredTextSize(*text) - kLengthSize;
+        size += StoredTextSize(*text) - kLengthSize; // kMinEventSize has the length bytes already
     }
     return size;
 }
 
-// Not virtual: the record's virtual operations have places that are given.
+// Not virtual: the order of the record's virtual functions is fixed.
 std::size_t CEventRecord::GetImageSize() const {
     const auto* extended = dynamic_cast<const CExtendedEventRecord*>(this);
     return kBlockHeadSize + GetBlockSize() + (extended != nullptr ? extended->GetCellImageSize() : 0);
 }
 
 void CEventRecord::WriteBlock(CBlockWriter& writer, std::size_t blockSize) const {
+    // In the order of kEventItems. Of the record number a reader only asks whether it is 0: a simple record.
     writer.WriteBlockHead(EBlockTag::Event, blockSize);
     writer.WriteByte(static_cast<std::uint8_t>(m_recordNumber & 0xFFU));
     writer.WriteLong(m_uniqueId);
     writer.WriteValue(&m_timeStamp);
-    writer.WriteByte(0);
+    writer.WriteByte(0); // the two reserved items
     writer.WriteText({});
     writer.WriteByte(kEventCodeSize); // the length of the short number
     writer.WriteByte(m_eventCode);
@@ -221,6 +222,8 @@ void CSimpleEventRecord::Serialise(std::vector<std::uint8_t>& bytes) const {
 }
 
 SDroppedItems CSimpleEventRecord::DropUnwritable() {
+    // A long value becomes an empty one, so that the values after it stay with their conversions in the
+    // format text. Only the end of the list is ever cut.
     SDroppedItems dropped;
     DropLongEventValue(dropped);
     std::size_t size = CEventRecord::GetBlockSize() + StoredTextSize(m_formatText);
@@ -271,7 +274,7 @@ std::size_t CExtendedEventRecord::GetBlockSize() const {
 
 void CExtendedEventRecord::WriteBlock(CBlockWriter& writer, std::size_t blockSize) const {
     CEventRecord::WriteBlock(writer, blockSize);
-    writer.WriteText({});
+    writer.WriteText({}); // where a simple record has its format text
 }
 
 std::size_t CExtendedEventRecord::GetCellBlockSize() const {
@@ -304,6 +307,7 @@ std::size_t CExtendedEventRecord::RequireWritableCells() const {
 }
 
 void CExtendedEventRecord::Serialise(std::vector<std::uint8_t>& bytes) const {
+    // Both blocks are checked before either is written: a record is stored whole or not at all.
     const std::size_t size = RequireWritableEvent();
     const std::size_t cellSize = RequireWritableCells();
     AppendBlocks(bytes, 2 * kBlockHeadSize + size + cellSize, [&](CBlockWriter& writer) {

@@ -67,6 +67,7 @@ bool CEventRecord::ReadTimeStamp(CByteCursor& cursor, CErrorList& errors) {
 
 bool CEventRecord::ReadEventCode(CByteCursor& cursor, CErrorList& errors) {
     const EShortNumber result = TakeShortNumber(cursor, m_eventCode);
+    // A malformed code has a length all the same: the items after it can be read, and the record shown.
     if (result != EShortNumber::Ok) {
         Fail(EEventError::BadEventCode, errors);
     }
@@ -137,7 +138,7 @@ bool CExtendedEventRecord::ReadCell(CByteCursor& cursor, CErrorList& errors) {
     }
     std::unique_ptr<CCell> cell =
         CCellFactory::CreateWithDefaultLimits(CCellID(), value.get(), std::move(labelTemplate));
-    if (cell == nullptr) {
+    if (cell == nullptr) { // a value of an unknown type or size
         SetInvalid();
         return false;
     }

@@ -69,6 +69,8 @@ void PutLittleEndianWord(std::uint32_t word, std::uint8_t* bytes) {
 
 CParlaneText::CParlaneText(std::span<const std::uint8_t> data)
     : CParlaneData(kTypeText), m_text(DecodeDeviceBytes(data)) {
+    // The bytes are kept only where decoding changed them: what is sent or stored must be the very bytes that
+    // came.
     if (!std::ranges::equal(BytesOf(m_text), data)) {
         m_raw.assign(data.begin(), data.end());
     }

@@ -8,7 +8,7 @@ namespace ruvo {
 
 namespace {
 
-// Nobody's window of this program has the class yet; a later version's, or a helper's, may.
+// The program has no window yet; a later version may have one of this class.
 void BringForward(const std::string& className) {
     const HWND found = FindWindowA(className.c_str(), nullptr);
     if (found == nullptr) {
@@ -59,7 +59,7 @@ CInstanceMarker::~CInstanceMarker() = default;
 EInstanceClaim CInstanceMarker::Claim(const std::string& name) {
     m_handle->Release();
     m_handle->mutex = CreateMutexA(nullptr, FALSE, name.c_str());
-    const DWORD code = GetLastError();
+    const DWORD code = GetLastError(); // at once: "already exists" comes with a valid handle
     if (m_handle->mutex == nullptr) {
         return EInstanceClaim::MarkerFailed;
     }
