@@ -1,21 +1,14 @@
 // Output text: UTF-8, with control characters escaped for terminals.
 #pragma once
 
+#include "base/code_page.h" // for SystemTextToUtf8
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
 
 namespace ruvo {
-
-/// Appends a relay's text (code page 1252) as the inside of a JSON string.
-void AppendJsonRelayText(std::string& out, std::string_view cp1252);
-/// Appends UTF-8 text as the inside of a JSON string; control characters become \u00NN.
-void AppendJsonText(std::string& out, std::string_view utf8);
-
-/// Converts a text of the system (a path, a line of a file) to UTF-8: text that is not valid UTF-8 is read as
-/// code page 1252.
-std::string SystemTextToUtf8(std::string_view text);
 
 /// UTF-8 with control characters as "\xNN"; line feeds are kept on request.
 enum class ELineFeeds : bool { Escape, Keep };

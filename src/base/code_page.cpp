@@ -1,5 +1,8 @@
 #include "base/code_page.h"
 
+#include "base/text.h"
+
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -49,6 +52,56 @@ bool IsLowSurrogate(char32_t unit) {
     return unit >= 0xDC00 && unit < 0xE000;
 }
 
+/// First byte of U+0080 to U+00BF in UTF-8; the ones up to U+009F are control characters.
+constexpr unsigned char kLatin1Lead = 0xC2;
+constexpr unsigned char kLastC1Trail = 0x9F;
+
+unsigned char ByteAt(std::string_view text, std::size_t at) {
+    return static_cast<unsigned char>(text[at]);
+}
+
+/// Length of the well-formed UTF-8 character that begins there; 0 when none does.
+std::size_t CharacterSize(std::string_view text, std::size_t at) {
+    struct SRow {
+        unsigned char first;
+        unsigned char last;
+        std::size_t size;
+        unsigned char
+            secondFirst; ///< the second byte's range keeps out surrogates and forms that are too long
+        unsigned char secondLast;
+    };
+    static constexpr std::array kRows{
+        SRow{0x00, 0x7F, 1, 0x80, 0xBF}, SRow{0xC2, 0xDF, 2, 0x80, 0xBF}, SRow{0xE0, 0xE0, 3, 0xA0, 0xBF},
+        SRow{0xE1, 0xEC, 3, 0x80, 0xBF}, SRow{0xED, 0xED, 3, 0x80, 0x9F}, SRow{0xEE, 0xEF, 3, 0x80, 0xBF},
+        SRow{0xF0, 0xF0, 4, 0x90, 0xBF}, SRow{0xF1, 0xF3, 4, 0x80, 0xBF}, SRow{0xF4, 0xF4, 4, 0x80, 0x8F}};
+    const unsigned char lead = ByteAt(text, at);
+    const auto* const row =
+        std::ranges::find_if(kRows, [lead](const SRow& r) { return lead >= r.first && lead <= r.last; });
+    if (row == kRows.end() || text.size() - at < row->size) {
+        return 0;
+    }
+    for (std::size_t i = 1; i < row->size; ++i) {
+        const unsigned char byte = ByteAt(text, at + i);
+        const unsigned char first = i == 1 ? row->secondFirst : 0x80;
+        const unsigned char last = i == 1 ? row->secondLast : 0xBF;
+        if (byte < first || byte > last) {
+            return 0;
+        }
+    }
+    return row->size;
+}
+
+bool IsUtf8(std::string_view text) {
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t size = CharacterSize(text, at);
+        if (size == 0) {
+            return false;
+        }
+        at += size;
+    }
+    return true;
+}
+
 } // namespace
 
 std::string Cp1252ToUtf8(std::string_view text) {
@@ -79,6 +132,21 @@ std::string Utf16ToUtf8(std::string_view bytes) {
         }
     }
     return converted;
+}
+
+std::string SystemTextToUtf8(std::string_view text) {
+    return IsUtf8(text) ? std::string(text) : Cp1252ToUtf8(text);
+}
+
+bool IsUtf8ControlAt(std::string_view utf8, std::size_t at, unsigned& code, std::size_t& size) {
+    code = ByteAt(utf8, at);
+    size = 1;
+    if (code == kLatin1Lead && at + 1 < utf8.size() && ByteAt(utf8, at + 1) <= kLastC1Trail) {
+        code = ByteAt(utf8, at + 1);
+        size = 2;
+        return true;
+    }
+    return IsControlCharacter(utf8[at]);
 }
 
 } // namespace ruvo

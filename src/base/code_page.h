@@ -1,6 +1,8 @@
-// Texts that came from a relay are code page 1252 inside the program; here they become UTF-8.
+// Texts that came from a relay are code page 1252 inside the program; here they become UTF-8, and so do those
+// of the system.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -11,5 +13,12 @@ std::string Cp1252ToUtf8(std::string_view text);
 
 /// UTF-16, little-endian, to UTF-8; half a surrogate pair, or half a character at the end, becomes U+FFFD.
 std::string Utf16ToUtf8(std::string_view bytes);
+
+/// A text of the system (a path, a line of a file) to UTF-8: one that is not valid UTF-8 is read as code page
+/// 1252.
+std::string SystemTextToUtf8(std::string_view text);
+
+/// The control character that begins there; `size` is how many bytes it takes. False for any other one.
+bool IsUtf8ControlAt(std::string_view utf8, std::size_t at, unsigned& code, std::size_t& size);
 
 } // namespace ruvo

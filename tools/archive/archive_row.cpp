@@ -1,9 +1,10 @@
 #include "tools/archive/archive_row.h"
 
+#include "base/json_writer.h"
 #include "tools/events/event_fields.h"
 #include "tools/events/event_json.h"
 #include "tools/events/event_values.h"
-#include "tools/json_writer.h"
+#include "tools/text_encoding.h"
 
 namespace ruvo {
 

@@ -1,8 +1,8 @@
 // Parts of a record as JSON, the same wherever they are written.
 #pragma once
 
+#include "base/json_writer.h"
 #include "model/cells/cell.h"
-#include "tools/json_writer.h"
 
 namespace ruvo {
 

@@ -1,4 +1,5 @@
 // ruvoctl list: lists the relays of an INI file.
+#include "base/json_writer.h"
 #include "base/text.h"
 #include "config/ethernet_entry.h"
 #include "platform/full_path.h"
@@ -6,7 +7,6 @@
 #include "tools/command.h"
 #include "tools/ini/ini_document.h"
 #include "tools/ini/relay_entries.h"
-#include "tools/json_writer.h"
 #include "tools/text_encoding.h"
 
 #include <algorithm>

@@ -2,8 +2,8 @@
 // unpacks.
 #pragma once
 
+#include "base/json_writer.h"
 #include "tools/events/event_printer.h"
-#include "tools/json_writer.h"
 #include "tools/log_lines.h"
 #include "tools/report/text_pool.h"
 

@@ -1,5 +1,5 @@
 // The status as JSON. Scripts rely on the names and on what is null.
-#include "tools/json_writer.h"
+#include "base/json_writer.h"
 #include "tools/status/status_output.h"
 
 namespace ruvo {

@@ -1,14 +1,17 @@
 // Appends JSON to the caller's string; the only state is whether a comma is due.
 #pragma once
 
-#include "tools/text_encoding.h"
-
 #include <charconv>
 #include <cstdint>
 #include <string>
 #include <string_view>
 
 namespace ruvo {
+
+/// Appends a relay's text (code page 1252) as the inside of a JSON string.
+void AppendJsonRelayText(std::string& out, std::string_view cp1252);
+/// Appends UTF-8 text as the inside of a JSON string; control characters become \u00NN.
+void AppendJsonText(std::string& out, std::string_view utf8);
 
 /// The caller pairs Open and Close, and writes a key before each value of an object.
 class CJsonWriter {
