@@ -1,7 +1,6 @@
 #include "extraction/relay_visit.h"
 
 #include "base/text.h"
-#include "dayfile/day_file_reader.h"
 #include "dayfile/day_file_writer.h"
 #include "extraction/cell_reading.h"
 #include "extraction/event_conversion.h"
@@ -58,7 +57,6 @@ private:
     void AccountForLost();
     bool HasRoomForMore();
     void RefreshKeepGoing();
-    void LookForTornEnd();
     void WriteFile();
     std::size_t Count() const { return m_custody.KeptCount(); }
 
@@ -67,7 +65,6 @@ private:
     SVisitLimits m_limits;
     SExtractionReport& m_report;
     bool m_isNameWhole = true;
-    std::optional<std::uint64_t> m_tornEnd;
     std::string m_path;
     CVisitCustody& m_custody;
     std::vector<std::uint8_t> m_image; ///< of the record at hand
@@ -95,16 +92,21 @@ void CVisit::Run(const std::string& eventRoot) {
     if (!AreEventsPending() || !HasRoom(eventRoot) || !HoldFile()) {
         return;
     }
-    LookForTornEnd();
     CEventConverter converter(m_deviceAddress, std::move(texts), m_errors);
     std::exception_ptr failure;
     try {
         ReadEvents(converter);
+    } catch (const CStatus&) {
+        AccountForLost();
+        m_custody.SetAside("the visit was aborted");
+        throw;
     } catch (const std::exception&) { // what is gathered exists nowhere else any more: it is written first
         failure = std::current_exception();
     }
     AccountForLost();
-    if (!m_report.passwordDeclined && Count() > 0) {
+    if (m_report.passwordDeclined) {
+        m_custody.SetAside("a password was refused");
+    } else if (Count() > 0) {
         WriteFile();
     }
     if (failure) {
@@ -247,15 +249,6 @@ void CVisit::RefreshKeepGoing() {
     }
 }
 
-/// Looks for what a killed run or a power failure left at the end of the day's file, while all events are
-/// still safe in the relay. It is news only: whatever goes wrong here is no reason to lose the events.
-void CVisit::LookForTornEnd() {
-    try {
-        m_tornEnd = FindTornEnd(m_path);
-    } catch (const std::exception&) { // no memory for the reader
-    }
-}
-
 void CVisit::WriteFile() {
     try {
         m_custody.Store();
@@ -269,17 +262,14 @@ void CVisit::WriteFile() {
         m_notes.push_back("The relay's model or serial number could not be read. Its events are in " +
                           DisplayPath(m_path) + ".");
     }
-    if (m_tornEnd) { // told by the run that appends behind it
-        m_notes.push_back("Day file " + DisplayPath(m_path) +
-                          " does not end with a whole record: damage at byte " + std::to_string(*m_tornEnd) +
-                          ".");
-    }
 }
 
 void CVisit::FinishReport() {
     m_report.recordsWritten = m_custody.StoredCount();
     m_report.eventsWaiting = m_custody.WaitingCount();
-    m_report.eventsLost = m_eventsTaken - m_passedOver - m_report.recordsWritten - m_report.eventsWaiting;
+    m_report.eventsSetAside = m_custody.SetAsideCount();
+    m_report.eventsLost = m_eventsTaken - m_passedOver - m_report.recordsWritten - m_report.eventsWaiting -
+                          m_report.eventsSetAside;
     m_report.eventsPassedOver = m_passedOver;
     // A declined password has its own words already; status 18 is only how it came back. An abort before the
     // relay has answered has none.

@@ -31,6 +31,7 @@ struct SExtractionReport {
     std::size_t recordsWritten = 0;
     std::size_t eventsLost = 0;        ///< taken from the relay, but nowhere any more
     std::size_t eventsWaiting = 0;     ///< in the journal, from which the next run brings them in
+    std::size_t eventsSetAside = 0;    ///< in a file of their own, which the log names
     std::size_t eventsPassedOver = 0;  ///< taken from the relay, and of a kind that nobody knows
     bool passwordDeclined = false;     ///< the visit ended because a password was not accepted
     LinkStatus endStatus = kLinkGood;  ///< what ended the visit early; good when nothing did

@@ -3,8 +3,10 @@
 #include "base/text.h"
 #include "dayfile/day_file_reader.h"
 #include "dayfile/day_file_writer.h"
+#include "ledger/set_aside_file.h"
 #include "ledger/standing_bytes.h"
-#include "paths/path_utilities.h"
+#include "ledger/waiting_time.h"
+#include "platform/clock.h"
 #include "platform/full_path.h"
 
 #include <algorithm>
@@ -15,12 +17,6 @@ namespace ruvo {
 namespace {
 
 using Bytes = std::span<const std::uint8_t>;
-
-/// One name of a relay's, which leads nowhere else.
-bool IsSafeName(const std::string& name) {
-    return !name.empty() && name != "." && name != ".." && !HasForbiddenCharacter(name) &&
-           std::ranges::none_of(name, [](char c) { return IsControlCharacter(c) || c == '\\' || c == ':'; });
-}
 
 std::uint64_t DigestOf(Bytes bytes) {
     std::uint64_t sum = 0xCBF29CE484222325 + bytes.size();
@@ -38,41 +34,11 @@ void AddToRuns(std::vector<SRecordRun>& runs, std::uint32_t record) {
     }
 }
 
-/// Says of one record after the other whether it is in the runs.
-class CSelection {
-public:
-    explicit CSelection(const std::vector<SRecordRun>& runs) : m_runs(runs) {}
-    bool Takes(std::uint32_t record) {
-        while (m_at < m_runs.size() && record - m_runs[m_at].first >= m_runs[m_at].count &&
-               record >= m_runs[m_at].first) {
-            ++m_at;
-        }
-        return m_at < m_runs.size() && record >= m_runs[m_at].first;
-    }
-
-private:
-    const std::vector<SRecordRun>& m_runs;
-    std::size_t m_at = 0;
-};
-
 CTextFileHeader HeaderFor(std::uint32_t lastExtended) {
     return MakeEventListHeader(lastExtended + 1, kEventListText);
 }
 
 } // namespace
-
-/// One visit as the journal tells of it.
-struct CEntryRecovery::SEntry {
-    std::uint32_t visit = 0;
-    std::uint64_t offset = 0; ///< of its first frame
-    SVisitInfo info;
-    SChain chain;
-    std::uint32_t records = 0;
-    std::uint32_t lastExtended = 0;
-    std::uint32_t lost = 0;
-    std::optional<SStoreInfo> store;
-    bool isDone = false;
-};
 
 /// What is to be written, and where.
 struct CEntryRecovery::SPlan {
@@ -82,21 +48,8 @@ struct CEntryRecovery::SPlan {
     bool isElsewhere = false; ///< at the end: the file is no longer as it was
 };
 
-std::vector<std::string> JournalsIn(const std::string& folder) {
-    std::vector<SFolderEntry> entries;
-    std::vector<std::string> journals;
-    if (!folder.empty() && ListFolder(folder, entries)) {
-        for (const SFolderEntry& entry : entries) {
-            if (entry.isFile && entry.name.ends_with(kJournalEnding)) {
-                journals.push_back(folder + "\\" + entry.name);
-            }
-        }
-    }
-    std::ranges::sort(journals);
-    return journals;
-}
-
 bool CEntryRecovery::BringIn(const std::string& journalPath, CHeldDayFile* held) {
+    m_held = held;
     if (!m_journal.OpenEnded(journalPath)) {
         return true; // its run lives
     }
@@ -107,115 +60,82 @@ bool CEntryRecovery::BringIn(const std::string& journalPath, CHeldDayFile* held)
         }
         return true;
     }
-    bool isWhole = true;
+    SJournalContents contents = ReadJournal(m_journal.File());
+    m_journal.SetEnd(contents.end);
+    m_isWhole = contents.isWhole;
+    if (m_isWhole) { // so that nothing stands behind what is added
+        static_cast<void>(m_journal.File().SetLength(contents.end));
+    }
     bool isFree = true;
     bool isAllDone = true;
-    for (SEntry& entry : ReadEntries(isWhole)) {
+    for (SJournalEntry& entry : contents.entries) {
         const bool isMeant = held == nullptr || PathOf(entry) == held->Path();
-        const bool isSettled = entry.isDone || (isMeant && Settle(entry, held));
+        const bool isSettled = entry.isDone || (isMeant && Settle(entry));
         isFree = isFree && (isSettled || !isMeant);
         isAllDone = isAllDone && isSettled;
     }
-    if (isAllDone && isWhole) {
+    if (isAllDone && m_isWhole) {
         m_journal.Remove();
-    } else if (!isWhole && held == nullptr) {
+    } else if (!m_isWhole && held == nullptr) {
         m_tell("Journal " + DisplayPath(journalPath) +
                " is damaged. Its readable events have been stored; the journal is kept.");
     }
     return isFree;
 }
 
-std::vector<CEntryRecovery::SEntry> CEntryRecovery::ReadEntries(bool& isWhole) {
-    std::vector<SEntry> entries;
-    CFrameReader reader(m_journal.File(), kJournalHead.size());
-    SFrame frame;
-    bool isUnderstood = true;
-    while (isUnderstood && reader.Next(frame)) {
-        if (frame.kind == EFrame::Visit) {
-            const auto info = UnpackVisit(frame.payload);
-            isUnderstood = info.has_value();
-            SEntry& entry = entries.emplace_back();
-            entry.visit = frame.visit;
-            entry.offset = frame.offset;
-            entry.info = info.value_or(SVisitInfo{});
-            entry.isDone = !info;
-            continue;
-        }
-        SEntry& entry = *std::ranges::find(entries, frame.visit, &SEntry::visit); // the reader knows it
-        if (frame.kind == EFrame::Record) {
-            const auto record = UnpackRecord(frame.payload);
-            isUnderstood = record.has_value();
-            entry.records += isUnderstood ? 1 : 0;
-            entry.lastExtended = std::max(entry.lastExtended, isUnderstood ? record->extendedNumber : 0);
-        } else if (frame.kind == EFrame::Store) {
-            entry.store = UnpackStore(frame.payload);
-        }
-        entry.lost += frame.kind == EFrame::Lost ? 1 : 0;
-        entry.isDone = entry.isDone || frame.kind == EFrame::Done;
-    }
-    for (SEntry& entry : entries) {
-        entry.chain = reader.Chains().at(entry.visit);
-    }
-    m_journal.SetEnd(reader.Offset());
-    isWhole = isUnderstood && reader.IsTornAtMost();
-    if (isWhole) { // so that nothing stands behind what is added
-        static_cast<void>(m_journal.File().SetLength(m_journal.End()));
-    }
-    return entries;
-}
-
-std::string CEntryRecovery::PathOf(const SEntry& entry) const {
+std::string CEntryRecovery::PathOf(const SJournalEntry& entry) const {
     return m_eventRoot + "\\" + entry.info.file;
 }
 
-template <class Action>
-bool CEntryRecovery::ForEachImage(const SEntry& entry, Action action) {
-    CFrameReader reader(m_journal.File(), entry.offset, entry.visit);
-    std::uint32_t record = 0;
-    for (SFrame frame; record < entry.records && reader.Next(frame);) {
-        const auto payload = frame.kind == EFrame::Record ? UnpackRecord(frame.payload) : std::nullopt;
-        if (payload && !action(record, payload->image)) {
-            return false;
-        }
-        record += payload ? 1 : 0;
+bool CEntryRecovery::Settle(SJournalEntry& entry) {
+    if (entry.setAside) {
+        return FinishSetAside(entry);
     }
-    return record == entry.records;
+    if (entry.IsDropped()) {
+        entry.records = entry.lost = 0;
+    }
+    if (!IsSafePlace(entry.info.file)) {
+        return Wait(entry, "its name leads out of the event root");
+    }
+    if (entry.records > 0) {
+        m_why.clear();
+        if (!HoldAndStore(entry)) {
+            return !m_why.empty() && Wait(entry, m_why); // without a reason it is left for later
+        }
+    }
+    return Close(entry);
 }
 
-bool CEntryRecovery::Settle(SEntry& entry, CHeldDayFile* held) {
-    const std::string path = PathOf(entry);
-    const std::size_t separator = entry.info.file.find('\\');
-    if (separator == std::string::npos || !IsSafeName(entry.info.file.substr(0, separator)) ||
-        !IsSafeName(entry.info.file.substr(separator + 1))) {
-        TellWaits(entry, "its name leads out of the event root");
-        return false;
+bool CEntryRecovery::Close(SJournalEntry& entry) {
+    const bool isFileUnused = entry.records == 0 || entry.setAside;
+    if (m_held == nullptr && isFileUnused && entry.info.isFileMade && IsSafePlace(entry.info.file)) {
+        RemoveEmptyDayFile(PathOf(entry), entry.info.isFolderMade);
     }
-    CHeldDayFile own;
-    if (entry.records > 0) {
-        if (held == nullptr) {
-            if (const auto failure = own.Hold(path)) {
-                if (failure->cause != EFileCause::SharingViolation) {
-                    TellWaits(entry, failure->why);
-                }
-                return false;
-            }
-            held = &own;
-        }
-        if (!Store(entry, *held)) {
-            return false;
-        }
-    } else if (held == nullptr && entry.info.isFileMade) {
-        RemoveEmptyDayFile(path, entry.info.isFolderMade);
+    if (entry.records > 0 && IsSetAsideName(entry.info.source) &&
+        !MarkAppended(m_journal.Folder(), entry.info.source)) {
+        return false;
     }
     if (entry.lost > 0) {
         m_tell(Counted(entry.lost, "event") + " taken from the relay, but not stored. Visit of " +
                entry.info.key + ", begun " + entry.info.begun + ", which was ended; day file " +
-               DisplayPath(path) + ".");
+               DisplayPath(PathOf(entry)) + ".");
     }
     return m_journal.Append(EFrame::Done, entry.visit, entry.chain, {}) && m_journal.Flush();
 }
 
-bool CEntryRecovery::Store(SEntry& entry, CHeldDayFile& file) {
+bool CEntryRecovery::HoldAndStore(SJournalEntry& entry) {
+    if (m_held != nullptr) {
+        return Store(entry, *m_held);
+    }
+    CHeldDayFile own;
+    if (const auto failure = own.Hold(PathOf(entry))) {
+        m_why = failure->cause == EFileCause::SharingViolation ? "" : failure->why;
+        return false;
+    }
+    return Store(entry, own);
+}
+
+bool CEntryRecovery::Store(SJournalEntry& entry, CHeldDayFile& file) {
     SPlan plan;
     if (!MakePlan(entry, file, plan)) {
         return false;
@@ -229,32 +149,27 @@ bool CEntryRecovery::Store(SEntry& entry, CHeldDayFile& file) {
     }
     try {
         file.StartAt(plan.store.length, HeaderFor(plan.store.lastExtended));
-        CSelection selection(plan.store.records);
-        const bool isRead = plan.stands || ForEachImage(entry, [&](std::uint32_t record, Bytes image) {
-                                if (selection.Takes(record)) {
-                                    file.Add(image);
-                                }
-                                return true;
-                            });
+        const bool isRead =
+            plan.stands || ForEachImage(m_journal.File(), entry, plan.store.records,
+                                        [&](std::uint32_t, Bytes image) { return file.Add(image), true; });
         file.Finish();
         if (!isRead) {
-            TellWaits(entry, "its journal cannot be read");
+            m_why = "its journal cannot be read";
             return false;
         }
     } catch (const CFileException& failure) {
         if (!plan.isInPlace) {
             file.CutBack();
         }
-        TellWaits(entry, failure.what());
+        m_why = failure.what();
         return false;
     }
     TellStored(entry, file.Path(), plan.isElsewhere);
     return true;
 }
 
-bool CEntryRecovery::MakePlan(const SEntry& entry, CHeldDayFile& file, SPlan& plan) {
-    plan.store =
-        entry.store.value_or(SStoreInfo{entry.info.length, entry.lastExtended, {{0, entry.records}}});
+bool CEntryRecovery::MakePlan(const SJournalEntry& entry, CHeldDayFile& file, SPlan& plan) {
+    plan.store = entry.Wanted();
     const std::uint64_t length = file.LengthNow();
     CStandingBytes standing(file.File(), plan.store.length, length);
     bool isRead = true;
@@ -262,12 +177,10 @@ bool CEntryRecovery::MakePlan(const SEntry& entry, CHeldDayFile& file, SPlan& pl
         const std::string header = COffFile::HeaderBytes(HeaderFor(plan.store.lastExtended));
         isRead = standing.Compare({reinterpret_cast<const std::uint8_t*>(header.data()), header.size()});
     }
-    CSelection selection(plan.store.records);
-    isRead = isRead && ForEachImage(entry, [&](std::uint32_t record, Bytes image) {
-                 return !selection.Takes(record) || standing.Compare(image);
-             });
+    isRead = isRead && ForEachImage(m_journal.File(), entry, plan.store.records,
+                                    [&](std::uint32_t, Bytes image) { return standing.Compare(image); });
     if (!isRead) {
-        TellWaits(entry, "its journal or its day file cannot be read");
+        m_why = "its journal or its day file cannot be read";
         return false;
     }
     const EStanding outcome = standing.Outcome();
@@ -277,7 +190,7 @@ bool CEntryRecovery::MakePlan(const SEntry& entry, CHeldDayFile& file, SPlan& pl
         return true;
     }
     if (FindTornEnd(file.Path())) {
-        TellWaits(entry, "the file does not end with a whole record");
+        m_why = "the file does not end with a whole record";
         return false;
     }
     plan.isElsewhere = true;
@@ -285,11 +198,11 @@ bool CEntryRecovery::MakePlan(const SEntry& entry, CHeldDayFile& file, SPlan& pl
 }
 
 /// The records that stand in the file, whole and in order, count as stored.
-bool CEntryRecovery::FindMissing(const SEntry& entry, const std::string& path, SPlan& plan) {
+bool CEntryRecovery::FindMissing(const SJournalEntry& entry, const std::string& path, SPlan& plan) {
     std::unordered_map<std::uint64_t, std::vector<std::size_t>> standing;
     CDayFileReader reader;
     if (!reader.Open(path, {.read = true, .plain = true}).Good()) {
-        TellWaits(entry, "the file cannot be read");
+        m_why = "the file cannot be read";
         return false;
     }
     std::size_t number = 0;
@@ -300,11 +213,7 @@ bool CEntryRecovery::FindMissing(const SEntry& entry, const std::string& path, S
     }
     std::vector<SRecordRun> missing;
     std::size_t next = 0; // the first of those that may still be found
-    CSelection selection(plan.store.records);
-    const bool isRead = ForEachImage(entry, [&](std::uint32_t record, Bytes image) {
-        if (!selection.Takes(record)) {
-            return true;
-        }
+    const auto look = [&](std::uint32_t record, Bytes image) {
         const auto alike = standing.find(DigestOf(image));
         const auto found = alike == standing.end() ? std::vector<std::size_t>::iterator()
                                                    : std::ranges::lower_bound(alike->second, next);
@@ -314,20 +223,90 @@ bool CEntryRecovery::FindMissing(const SEntry& entry, const std::string& path, S
             next = *found + 1;
         }
         return true;
-    });
+    };
+    const bool isRead = ForEachImage(m_journal.File(), entry, plan.store.records, look);
     plan.store.records = std::move(missing);
     plan.stands = plan.store.records.empty();
     return isRead;
 }
 
-void CEntryRecovery::TellStored(const SEntry& entry, const std::string& path, bool isElsewhere) const {
+void CEntryRecovery::TellStored(const SJournalEntry& entry, const std::string& path, bool isElsewhere) const {
     m_tell(Counted(entry.records, "event") + " of a visit that was ended " +
            (entry.records == 1 ? "is" : "are") + " in day file " + DisplayPath(path) + " now. Visit of " +
            entry.info.key + ", begun " + entry.info.begun + "." +
            (isElsewhere ? " The file had changed since then; the missing events are at its end." : ""));
 }
 
-void CEntryRecovery::TellWaits(const SEntry& entry, const std::string& why) const {
+bool CEntryRecovery::Wait(SJournalEntry& entry, const std::string& why) {
+    const SCalendarTime now = UtcTime();
+    const std::string today = UtcDateText(now);
+    if (m_isWhole && entry.waits.insert(today).second) {
+        const auto* const bytes = reinterpret_cast<const std::uint8_t*>(today.data());
+        static_cast<void>(m_journal.Append(EFrame::Waits, entry.visit, entry.chain, {bytes, today.size()}));
+    }
+    if (HasWaitedForAWeek(entry.info.begun, entry.waits, now)) {
+        return SetAside(entry, "they had waited for a week: " + why);
+    }
+    TellWaits(entry, why);
+    return false;
+}
+
+/// Those of its records that stand in the day file, as far as that can be read, count as stored.
+bool CEntryRecovery::SetAside(SJournalEntry& entry, const std::string& reason) {
+    SPlan plan;
+    plan.store = entry.Wanted();
+    if (IsSafePlace(entry.info.file) && FindMissing(entry, PathOf(entry), plan)) {
+        if (plan.stands) {
+            TellStored(entry, PathOf(entry), false);
+            return Close(entry);
+        }
+        entry.store = plan.store;
+    }
+    CSetAsideFile file;
+    if (!file.Make(m_journal.Folder(), entry.info.file)) {
+        TellWaits(entry, NotSetAsideText(file));
+        return false;
+    }
+    entry.setAside = SSetAsideInfo{file.Name(), reason};
+    return (!entry.store || m_journal.Append(EFrame::Store, entry.visit, entry.chain, Pack(*entry.store))) &&
+           m_journal.Append(EFrame::SetAside, entry.visit, entry.chain, Pack(*entry.setAside)) &&
+           m_journal.Flush() && WriteSetAside(entry, file);
+}
+
+bool CEntryRecovery::FinishSetAside(SJournalEntry& entry) {
+    const std::string& name = entry.setAside->name;
+    if (!IsSetAsideName(name)) {
+        TellWaits(entry, "the name of its set-aside file leads elsewhere");
+        return false;
+    }
+    if (IsMarkedAppended(m_journal.Folder(), name)) {
+        return Close(entry);
+    }
+    CSetAsideFile file;
+    if (!file.Open(m_journal.Folder(), name)) {
+        TellWaits(entry, NotSetAsideText(file));
+        return false;
+    }
+    return m_journal.Flush() && WriteSetAside(entry, file);
+}
+
+bool CEntryRecovery::WriteSetAside(SJournalEntry& entry, CSetAsideFile& file) {
+    const SStoreInfo wanted = entry.Wanted();
+    std::uint32_t count = 0;
+    file.Start(wanted.lastExtended,
+               {entry.info.file, entry.info.key, entry.info.begun, entry.setAside->reason});
+    const bool isRead =
+        ForEachImage(m_journal.File(), entry, wanted.records,
+                     [&](std::uint32_t, Bytes image) { return file.Add(image), ++count, true; });
+    if (!file.Finish() || !isRead) {
+        TellWaits(entry, NotSetAsideText(file));
+        return false;
+    }
+    m_tell(SetAsideText(count, file.Path(), entry.setAside->reason, entry.info.key, entry.info.begun));
+    return Close(entry);
+}
+
+void CEntryRecovery::TellWaits(const SJournalEntry& entry, const std::string& why) const {
     m_tell(Counted(entry.records, "event") + (entry.records == 1 ? " waits" : " wait") + " in journal " +
            DisplayPath(m_journal.Path()) + " for day file " + DisplayPath(PathOf(entry)) + ": " + why + ".");
 }

@@ -2,16 +2,15 @@
 #pragma once
 
 #include "dayfile/held_day_file.h"
+#include "ledger/journal_entry.h"
 #include "ledger/run_ledger.h"
+#include "ledger/set_aside_file.h"
 
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace ruvo {
-
-/// The journals in an event root's folder, the oldest first.
-[[nodiscard]] std::vector<std::string> JournalsIn(const std::string& folder);
 
 class CEntryRecovery {
 public:
@@ -24,22 +23,27 @@ public:
     [[nodiscard]] bool BringIn(const std::string& journalPath, CHeldDayFile* held);
 
 private:
-    struct SEntry;
     struct SPlan;
-    [[nodiscard]] std::vector<SEntry> ReadEntries(bool& isWhole);
-    [[nodiscard]] bool Settle(SEntry& entry, CHeldDayFile* held);
-    [[nodiscard]] bool Store(SEntry& entry, CHeldDayFile& file);
-    [[nodiscard]] bool MakePlan(const SEntry& entry, CHeldDayFile& file, SPlan& plan);
-    [[nodiscard]] bool FindMissing(const SEntry& entry, const std::string& path, SPlan& plan);
-    void TellStored(const SEntry& entry, const std::string& path, bool isElsewhere) const;
-    void TellWaits(const SEntry& entry, const std::string& why) const;
-    [[nodiscard]] std::string PathOf(const SEntry& entry) const;
-    template <class Action>
-    [[nodiscard]] bool ForEachImage(const SEntry& entry, Action action);
+    [[nodiscard]] bool Settle(SJournalEntry& entry);
+    [[nodiscard]] bool Close(SJournalEntry& entry);
+    [[nodiscard]] bool HoldAndStore(SJournalEntry& entry);
+    [[nodiscard]] bool Store(SJournalEntry& entry, CHeldDayFile& file);
+    [[nodiscard]] bool MakePlan(const SJournalEntry& entry, CHeldDayFile& file, SPlan& plan);
+    [[nodiscard]] bool FindMissing(const SJournalEntry& entry, const std::string& path, SPlan& plan);
+    [[nodiscard]] bool Wait(SJournalEntry& entry, const std::string& why);
+    [[nodiscard]] bool SetAside(SJournalEntry& entry, const std::string& reason);
+    [[nodiscard]] bool FinishSetAside(SJournalEntry& entry);
+    [[nodiscard]] bool WriteSetAside(SJournalEntry& entry, CSetAsideFile& file);
+    void TellStored(const SJournalEntry& entry, const std::string& path, bool isElsewhere) const;
+    void TellWaits(const SJournalEntry& entry, const std::string& why) const;
+    [[nodiscard]] std::string PathOf(const SJournalEntry& entry) const;
 
     const std::string& m_eventRoot;
     const TellLine& m_tell;
     CJournalFile m_journal;
+    CHeldDayFile* m_held = nullptr;
+    bool m_isWhole = false; ///< the journal, but for a torn frame
+    std::string m_why;      ///< what keeps the entry at hand from its day file
 };
 
 } // namespace ruvo

@@ -106,6 +106,7 @@ std::vector<std::uint8_t> Pack(const SVisitInfo& info) {
     PutNumber(bytes, info.length, 8);
     PutNumber(bytes, info.isFileMade ? 1 : 0, 1);
     PutNumber(bytes, info.isFolderMade ? 1 : 0, 1);
+    PutText(bytes, info.source);
     return bytes;
 }
 
@@ -120,6 +121,13 @@ std::vector<std::uint8_t> Pack(const SStoreInfo& info) {
     return bytes;
 }
 
+std::vector<std::uint8_t> Pack(const SSetAsideInfo& info) {
+    std::vector<std::uint8_t> bytes;
+    PutText(bytes, info.name);
+    PutText(bytes, info.reason);
+    return bytes;
+}
+
 std::optional<SVisitInfo> UnpackVisit(Bytes payload) {
     CByteCursor cursor(payload);
     SVisitInfo info;
@@ -127,7 +135,8 @@ std::optional<SVisitInfo> UnpackVisit(Bytes payload) {
     std::uint8_t folder = 0;
     const bool isWhole = TakeText(cursor, info.key) && TakeText(cursor, info.file) &&
                          TakeText(cursor, info.begun) && TakeLength(cursor, info.length) &&
-                         cursor.TakeByte(file) && cursor.TakeByte(folder);
+                         cursor.TakeByte(file) && cursor.TakeByte(folder) &&
+                         (cursor.Remaining() == 0 || TakeText(cursor, info.source)); // none at first
     info.isFileMade = file != 0;
     info.isFolderMade = folder != 0;
     return isWhole ? std::optional(std::move(info)) : std::nullopt;
@@ -143,6 +152,13 @@ std::optional<SStoreInfo> UnpackStore(Bytes payload) {
         info.records.push_back(run);
     }
     return info;
+}
+
+std::optional<SSetAsideInfo> UnpackSetAside(Bytes payload) {
+    CByteCursor cursor(payload);
+    SSetAsideInfo info;
+    const bool isWhole = TakeText(cursor, info.name) && TakeText(cursor, info.reason);
+    return isWhole ? std::optional(std::move(info)) : std::nullopt;
 }
 
 std::optional<SRecordPayload> UnpackRecord(Bytes payload) {
@@ -166,7 +182,7 @@ bool CFrameReader::Next(SFrame& frame) {
         std::uint32_t length = 0;
         const bool isHead = head.TakeByte(kind) && head.TakeDoubleWord(frame.visit) &&
                             head.TakeDoubleWord(position) && head.TakeDoubleWord(length);
-        if (!isHead || kind == 0 || kind > static_cast<std::uint8_t>(EFrame::Done) ||
+        if (!isHead || kind == 0 || kind > static_cast<std::uint8_t>(kLastFrame) ||
             length > kLargestPayload || !Has(kFrameOverhead + length)) {
             return false;
         }

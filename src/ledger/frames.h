@@ -19,12 +19,15 @@ namespace ruvo {
 
 /// On the disk: never renumber.
 enum class EFrame : std::uint8_t {
-    Visit = 1,  ///< SVisitInfo: before the first event is taken
-    Record = 2, ///< number of an extended record or 0, and one record image
-    Lost = 3,   ///< an event of which no record is made
-    Store = 4,  ///< SStoreInfo: before the day file's first byte
-    Done = 5,   ///< the day file has the records, or they are not to be written
+    Visit = 1,    ///< SVisitInfo: before the first event is taken
+    Record = 2,   ///< number of an extended record or 0, and one record image
+    Lost = 3,     ///< an event of which no record is made
+    Store = 4,    ///< SStoreInfo: before the day file's first byte
+    Done = 5,     ///< a file has the records, or they are not to be written
+    SetAside = 6, ///< SSetAsideInfo: before the set-aside file's first byte
+    Waits = 7,    ///< the UTC date of a run that could not bring the visit in
 };
+inline constexpr EFrame kLastFrame = EFrame::Waits;
 
 /// What every journal begins with; another version has another text.
 inline constexpr std::string_view kJournalHead = "RUVO JOURNAL 1\r\n";
@@ -53,6 +56,7 @@ struct SVisitInfo {
     std::uint64_t length = 0; ///< of the day file under its lock
     bool isFileMade = false;  ///< by this visit
     bool isFolderMade = false;
+    std::string source; ///< the set-aside file that the records come from; empty for a relay's visit
 };
 
 /// Records that stand in a row, counted from 0 in the order of their frames.
@@ -68,14 +72,22 @@ struct SStoreInfo {
     std::vector<SRecordRun> records;
 };
 
+/// Where records go that do not go into their day file.
+struct SSetAsideInfo {
+    std::string name; ///< in the journal's folder
+    std::string reason;
+};
+
 /// Replaces the bytes by a frame, and moves the chain on.
 void MakeFrame(std::vector<std::uint8_t>& bytes, EFrame kind, std::uint32_t visit, SChain& chain,
                std::span<const std::uint8_t> payload);
 
 [[nodiscard]] std::vector<std::uint8_t> Pack(const SVisitInfo& info);
 [[nodiscard]] std::vector<std::uint8_t> Pack(const SStoreInfo& info);
+[[nodiscard]] std::vector<std::uint8_t> Pack(const SSetAsideInfo& info);
 [[nodiscard]] std::optional<SVisitInfo> UnpackVisit(std::span<const std::uint8_t> payload);
 [[nodiscard]] std::optional<SStoreInfo> UnpackStore(std::span<const std::uint8_t> payload);
+[[nodiscard]] std::optional<SSetAsideInfo> UnpackSetAside(std::span<const std::uint8_t> payload);
 /// The number of the extended record, 0 for a simple one, and the image behind it.
 struct SRecordPayload {
     std::uint32_t extendedNumber = 0;

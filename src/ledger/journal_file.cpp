@@ -16,6 +16,24 @@ std::span<const std::uint8_t> HeadBytes() {
 
 } // namespace
 
+std::vector<std::string> FilesIn(const std::string& folder, std::string_view ending) {
+    std::vector<SFolderEntry> entries;
+    std::vector<std::string> files;
+    if (!folder.empty() && ListFolder(folder, entries)) {
+        for (const SFolderEntry& entry : entries) {
+            if (entry.isFile && entry.name.ends_with(ending)) {
+                files.push_back(folder + "\\" + entry.name);
+            }
+        }
+    }
+    std::ranges::sort(files);
+    return files;
+}
+
+std::vector<std::string> JournalsIn(const std::string& folder) {
+    return FilesIn(folder, kJournalEnding);
+}
+
 bool CJournalFile::Make(const std::string& folder, const std::string& nameBegin) {
     constexpr int kMostNames = 1000;
     m_folder = folder;

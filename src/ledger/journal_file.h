@@ -13,6 +13,11 @@ namespace ruvo {
 
 inline constexpr std::string_view kJournalEnding = ".journal";
 
+/// The files in a folder whose names end so, by name.
+[[nodiscard]] std::vector<std::string> FilesIn(const std::string& folder, std::string_view ending);
+/// The journals in an event root's folder, the oldest first.
+[[nodiscard]] std::vector<std::string> JournalsIn(const std::string& folder);
+
 class CJournalFile {
 public:
     /// Makes a journal with a new name in the folder, whose own name must be on the disk already.
@@ -41,6 +46,7 @@ public:
 
     [[nodiscard]] CFile& File() { return m_file; }
     [[nodiscard]] const std::string& Path() const { return m_path; }
+    [[nodiscard]] const std::string& Folder() const { return m_folder; }
 
 private:
     [[nodiscard]] bool WriteAt(std::uint64_t position, std::span<const std::uint8_t> bytes);

@@ -55,7 +55,11 @@ std::string FolderOfJournals(const std::string& eventRoot) {
 }
 
 CRunLedger::CRunLedger(std::string eventRoot, TellLine tell)
-    : m_eventRoot(std::move(eventRoot)), m_tell(std::move(tell)) {}
+    : m_eventRoot(std::move(eventRoot)), m_tell([this, once = std::move(tell)](const std::string& line) {
+          if (m_told.insert(line).second) {
+              once(line);
+          }
+      }) {}
 
 CRunLedger::~CRunLedger() {
     if (m_journal && m_openFiles.empty() && !m_journal->HasFailed()) {
@@ -96,11 +100,17 @@ void CRunLedger::NoteClosed() {
     }
 }
 
+std::string CRunLedger::FolderForSetAside() const {
+    const std::string folder = FolderOfJournals(m_eventRoot);
+    return !folder.empty() && MakePrivateFolder(folder) ? folder : std::string();
+}
+
 void CRunLedger::BringIn() {
     const std::string folder = FolderOfJournals(m_eventRoot);
     for (const std::string& path : JournalsIn(folder)) {
         static_cast<void>(CEntryRecovery(m_eventRoot, m_tell).BringIn(path, nullptr));
     }
+    RemoveEmptySetAsideFiles(folder);
 }
 
 bool CRunLedger::BringInto(CHeldDayFile& file) {

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 
 namespace ruvo {
@@ -28,6 +29,7 @@ public:
     /// Removes the journal unless something is open in it.
     ~CRunLedger();
 
+    void Tell(const std::string& line) const { m_tell(line); }
     /// Brings in what ended runs have left, as far as their day files can be had.
     void BringIn();
     /// The same for one day file, which is held. False when an entry for it waits all the same.
@@ -35,6 +37,8 @@ public:
 
     /// This run's journal, made at the first call; null where it cannot be made, which standard error says.
     [[nodiscard]] CJournalFile* Journal();
+    /// The folder for set-aside files; empty where it cannot be had.
+    [[nodiscard]] std::string FolderForSetAside() const;
     /// The path below the event root; empty when it does not lead there.
     [[nodiscard]] std::string BelowRoot(const std::string& path) const;
     [[nodiscard]] std::uint32_t NextVisit() { return ++m_visits; }
@@ -44,6 +48,7 @@ public:
 
 private:
     std::string m_eventRoot;
+    std::set<std::string> m_told; ///< a run says each thing once
     TellLine m_tell;
     std::unique_ptr<CJournalFile> m_journal;
     bool m_isTried = false;

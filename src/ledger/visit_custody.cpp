@@ -1,27 +1,21 @@
 #include "ledger/visit_custody.h"
 
+#include "dayfile/day_file_reader.h"
 #include "dayfile/day_file_writer.h"
+#include "ledger/waiting_time.h"
 #include "platform/clock.h"
 #include "platform/full_path.h"
 
-#include <array>
-#include <cstdio>
 #include <exception>
 
 namespace ruvo {
 
 namespace {
 
+using Image = std::span<const std::uint8_t>;
+
 /// What the frames behind the last record take at most.
 constexpr std::size_t kClosingFrames = 4096;
-
-std::string Now() {
-    const SCalendarTime now = UtcTime();
-    std::array<char, 80> text{};
-    std::snprintf(text.data(), text.size(), "%04d-%02d-%02d %02d:%02d:%02d UTC", now.year, now.month, now.day,
-                  now.hour, now.minute, now.second);
-    return text.data();
-}
 
 } // namespace
 
@@ -29,12 +23,16 @@ std::optional<SHoldFailure> CVisitCustody::Begin(const std::string& path) {
     if (auto failure = m_file.Hold(path)) {
         return failure;
     }
-    if (m_ledger == nullptr) {
-        return std::nullopt;
-    }
-    if (!m_ledger->BringInto(m_file)) {
+    if (m_ledger != nullptr && !m_ledger->BringInto(m_file)) {
         return SHoldFailure{EFileCause::Generic,
                             "Events of an earlier visit still wait for day file " + DisplayPath(path)};
+    }
+    if (auto failure = RefuseTornFile()) {
+        return failure;
+    }
+    m_begun = UtcText(UtcTime());
+    if (m_ledger == nullptr) {
+        return std::nullopt;
     }
     m_journal = m_ledger->Journal();
     if (m_journal == nullptr) {
@@ -44,10 +42,11 @@ std::optional<SHoldFailure> CVisitCustody::Begin(const std::string& path) {
     m_entryOffset = m_journal->End();
     const SVisitInfo info{.key = m_key,
                           .file = m_ledger->BelowRoot(path),
-                          .begun = Now(),
+                          .begun = m_begun,
                           .length = m_file.LengthNow(),
                           .isFileMade = m_file.IsMade(),
-                          .isFolderMade = m_file.IsFolderMade()};
+                          .isFolderMade = m_file.IsFolderMade(),
+                          .source = m_source};
     m_ledger->NoteOpen(path);
     if (!HasRoom() || !m_journal->Append(EFrame::Visit, m_visit, m_chain, Pack(info))) {
         const std::string where = DisplayPath(m_journal->Path());
@@ -56,6 +55,16 @@ std::optional<SHoldFailure> CVisitCustody::Begin(const std::string& path) {
         return SHoldFailure{EFileCause::DiskFull, "There is no room for journal " + where};
     }
     return std::nullopt;
+}
+
+/// Nothing is written behind a torn record: what it was could then never be told any more.
+std::optional<SHoldFailure> CVisitCustody::RefuseTornFile() {
+    const auto torn = FindTornEnd(m_file.Path());
+    return torn ? std::optional(SHoldFailure{EFileCause::InvalidFile,
+                                             "Day file " + DisplayPath(m_file.Path()) +
+                                                 " does not end with a whole record: damage at byte " +
+                                                 std::to_string(*torn)})
+                : std::nullopt;
 }
 
 bool CVisitCustody::HasRoom() {
@@ -93,7 +102,6 @@ void CVisitCustody::Lose() noexcept {
 /// With a journal that has failed there is no store frame; the length in the visit frame keeps a later run
 /// from writing anything twice.
 void CVisitCustody::Store() {
-    m_isWritten = true; // first: whatever fails from here on leaves the entry open
     const std::uint64_t length = m_file.LengthNow();
     if (IsJournaled()) {
         const SStoreInfo store{length, m_lastExtended, {{0, m_framedCount}}};
@@ -102,45 +110,97 @@ void CVisitCustody::Store() {
     }
     try {
         m_file.StartAt(length, MakeEventListHeader(m_lastExtended + 1, kEventListText));
-        AddKept();
+        const auto add = [this](Image image) { m_file.Add(image); };
+        AddFramed(add);
+        AddUnframed(add);
         m_file.Finish();
-        m_isStored = true;
+        m_isSettled = true;
     } catch (const std::exception&) { // of the file, or for want of memory; what is whole stays
         m_mayBeTorn = !m_file.CutBack();
         throw;
     }
 }
 
-void CVisitCustody::AddKept() {
+void CVisitCustody::LeaveOpen() {
+    if (!IsJournaled() && KeptCount() > 0) {
+        Store();
+    }
+}
+
+/// What a failed journal has waits there: without the frame that names the file it would stand in both.
+void CVisitCustody::SetAside(const std::string& reason) {
+    CSetAsideFile file;
+    const std::string folder = m_ledger != nullptr ? m_ledger->FolderForSetAside() : std::string();
+    if (KeptCount() == 0 || folder.empty()) {
+        return;
+    }
+    if (!file.Make(folder, m_file.Path())) {
+        TellNotSetAside(file);
+        return;
+    }
+    const bool takesFramed = IsJournaled() && NameSetAside(file.Name(), reason);
+    if (!takesFramed && m_ends.empty()) {
+        return;
+    }
+    file.Start(m_lastExtended, {m_ledger->BelowRoot(m_file.Path()), m_key, m_begun, reason});
+    const auto add = [&](Image image) { file.Add(image); };
+    if (takesFramed) {
+        AddFramed(add);
+    }
+    AddUnframed(add);
+    if (!file.Finish()) {
+        TellNotSetAside(file);
+        return;
+    }
+    m_setAsideCount = (takesFramed ? m_framedCount : 0) + m_ends.size();
+    m_ledger->Tell(SetAsideText(m_setAsideCount, file.Path(), reason, m_key, m_begun));
+    m_isSettled = takesFramed; // once the log has the name
+}
+
+void CVisitCustody::TellNotSetAside(const CSetAsideFile& file) const {
+    m_ledger->Tell("Visit of " + m_key + ": " + NotSetAsideText(file) + ".");
+}
+
+bool CVisitCustody::NameSetAside(const std::string& name, const std::string& reason) {
+    return m_journal->Append(EFrame::SetAside, m_visit, m_chain, Pack(SSetAsideInfo{name, reason})) &&
+           m_journal->Flush();
+}
+
+template <class Add>
+void CVisitCustody::AddFramed(Add add) {
+    if (m_framedCount == 0) {
+        return;
+    }
     std::uint32_t added = 0;
-    if (m_framedCount > 0) {
-        CFrameReader reader(m_journal->File(), m_entryOffset, m_visit);
-        for (SFrame frame; added < m_framedCount && reader.Next(frame);) {
-            const auto record = frame.kind == EFrame::Record ? UnpackRecord(frame.payload) : std::nullopt;
-            if (record) {
-                m_file.Add(record->image);
-                ++added;
-            }
+    CFrameReader reader(m_journal->File(), m_entryOffset, m_visit);
+    for (SFrame frame; added < m_framedCount && reader.Next(frame);) {
+        const auto record = frame.kind == EFrame::Record ? UnpackRecord(frame.payload) : std::nullopt;
+        if (record) {
+            add(record->image);
+            ++added;
         }
     }
     if (added < m_framedCount) {
         throw CFileException(EFileCause::Generic, 0, m_journal->Path());
     }
+}
+
+template <class Add>
+void CVisitCustody::AddUnframed(Add add) {
     std::size_t begin = 0;
     for (const std::size_t end : m_ends) {
-        m_file.Add(std::span(m_images).subspan(begin, end - begin));
+        add(std::span(m_images).subspan(begin, end - begin));
         begin = end;
     }
 }
 
 std::size_t CVisitCustody::WaitingCount() const {
-    const bool isOpen = m_isWritten && !m_isStored;
-    return isOpen && m_framedCount > StoredCount() ? m_framedCount - StoredCount() : 0;
+    return !m_isSettled && m_framedCount > StoredCount() ? m_framedCount - StoredCount() : 0;
 }
 
 void CVisitCustody::End() {
     if (m_journal != nullptr && m_chain.position > 0) {
-        const bool isSettled = m_isStored || !m_isWritten;
+        const bool isSettled = m_isSettled || m_framedCount == 0;
         if (isSettled && m_journal->Append(EFrame::Done, m_visit, m_chain, {})) {
             m_ledger->NoteClosed();
         }

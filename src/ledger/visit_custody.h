@@ -4,6 +4,7 @@
 
 #include "dayfile/held_day_file.h"
 #include "ledger/run_ledger.h"
+#include "ledger/set_aside_file.h"
 
 #include <cstdint>
 #include <optional>
@@ -19,6 +20,8 @@ public:
     explicit CVisitCustody(CRunLedger* ledger = nullptr, std::string key = {})
         : m_ledger(ledger), m_key(std::move(key)) {}
 
+    /// The records come from a set-aside file of that name, not from a relay. Before Begin.
+    void NameSource(std::string source) { m_source = std::move(source); }
     /// Holds the day file, brings in what waits for it, and begins an entry: after that events may be taken.
     std::optional<SHoldFailure> Begin(const std::string& path);
     /// Whether the journal has room for one more event, whatever its size.
@@ -29,26 +32,41 @@ public:
     void Lose() noexcept;
     /// Writes what is kept into the day file; a failure is raised as CFileException, with the file cut back.
     void Store();
+    /// Writes what is kept into a set-aside file instead, and its name into the log; what that does not take
+    /// waits for the next run, or is lost without a journal.
+    void SetAside(const std::string& reason);
+    /// Leaves what is kept to the next run. Without a journal, or with one that has failed, as Store.
+    void LeaveOpen();
     /// Closes the entry, once the log has what it has to tell of the visit, and lets the day file go. What
-    /// was not to be stored is gone then; what could not be stored waits for the next run.
+    /// was neither stored nor set aside waits for the next run.
     void End();
 
     [[nodiscard]] std::size_t KeptCount() const { return m_framedCount + m_ends.size(); }
-    [[nodiscard]] std::size_t StoredCount() const { return m_isWritten ? m_file.StoredCount() : 0; }
+    [[nodiscard]] std::size_t StoredCount() const { return m_file.StoredCount(); }
     /// Events that are not in the day file, but in the journal for the next run.
     [[nodiscard]] std::size_t WaitingCount() const;
+    /// Events that are in a set-aside file.
+    [[nodiscard]] std::size_t SetAsideCount() const { return m_setAsideCount; }
     [[nodiscard]] const CHeldDayFile& File() const { return m_file; }
     /// After a failed Store: the file may end with a torn record.
     [[nodiscard]] bool MayBeTorn() const { return m_mayBeTorn; }
 
 private:
     [[nodiscard]] bool IsJournaled() const { return m_journal != nullptr && !m_journal->HasFailed(); }
-    void AddKept();
+    std::optional<SHoldFailure> RefuseTornFile();
+    void TellNotSetAside(const CSetAsideFile& file) const;
+    bool NameSetAside(const std::string& name, const std::string& reason);
+    template <class Add>
+    void AddFramed(Add add);
+    template <class Add>
+    void AddUnframed(Add add);
 
     CRunLedger* m_ledger;
     std::string m_key;
+    std::string m_source;
     CHeldDayFile m_file;
     CJournalFile* m_journal = nullptr; ///< null without one
+    std::string m_begun;
     std::uint32_t m_visit = 0;
     std::uint64_t m_entryOffset = 0;
     SChain m_chain;
@@ -57,9 +75,9 @@ private:
     std::uint32_t m_lastExtended = 0;
     std::vector<std::uint8_t> m_images; ///< those that are in no journal
     std::vector<std::size_t> m_ends;
-    bool m_isWritten = false; ///< or it was tried
-    bool m_isStored = false;
+    bool m_isSettled = false; ///< nothing waits for the next run
     bool m_mayBeTorn = false;
+    std::size_t m_setAsideCount = 0;
 };
 
 } // namespace ruvo

@@ -52,6 +52,8 @@ struct SOpenMode {
     bool exclusive = false;
     /// Others may remove or rename the file while it is open, which some systems always allow.
     bool removable = false;
+    /// With `create` and `plain`: others may not read the file that is made, where the system tells by a simple mark.
+    bool ownerOnly = false;
 };
 
 /// The outcome of a request for a file's lock.
@@ -130,6 +132,8 @@ bool RemoveEmptyFolder(const std::string& path);
 bool RemoveFile(const std::string& path);
 /// The same, in a folder that is no link.
 bool RemovePlainFile(const std::string& path);
+/// Gives one file another name in its folder, in place of a file that may have it.
+bool RenameFile(const std::string& from, const std::string& to);
 /// Copies a file; fails when the destination exists.
 bool CopyToNewFile(const std::string& source, const std::string& destination);
 /// Makes an empty file with a unique name that begins with `prefix` in `folder`; its path, or empty on

@@ -33,7 +33,7 @@ TEST_F(Extraction, ALaterRunAppendsAndKeepsTheHeader) {
     EXPECT_EQ(Day(), first + first.substr(headerSize)) << "numbering starts at 1 again";
 }
 
-TEST_F(Extraction, ATornEndIsToldOnceAndStaysAsItIs) {
+TEST_F(Extraction, NothingIsWrittenBehindATornEnd) {
     const auto run = [this] {
         server.events = {Event(0, {"240107"})};
         return Extract().problems;
@@ -59,13 +59,17 @@ TEST_F(Extraction, ATornEndIsToldOnceAndStaysAsItIs) {
     };
     for (const auto& test : cases) {
         folder.Write(kFile, test.before);
-        const std::string line =
-            "Day file " + folder.Native(kFile) + " does not end with a whole record: damage at byte ";
-        EXPECT_EQ(run(), test.damageAt == nullptr ? std::vector<std::string>{}
-                                                  : std::vector<std::string>{line + test.damageAt + "."})
+        const std::string line = "Failed to save event file\nDay file " + folder.Native(kFile) +
+                                 " does not end with a whole record: damage at byte " +
+                                 (test.damageAt == nullptr ? "" : test.damageAt) +
+                                 "; no event was taken from the relay.";
+        EXPECT_EQ(run(), test.damageAt == nullptr ? std::vector<std::string>{} : std::vector{line})
             << test.name;
-        EXPECT_EQ(Day(), test.before.empty() ? whole : test.before + record) << test.name;
-        EXPECT_EQ(run(), std::vector<std::string>{}) << test.name << ": told once";
+        EXPECT_EQ(server.events.size(), test.damageAt == nullptr ? 0U : 1U) << test.name;
+        EXPECT_EQ(Day(), test.damageAt != nullptr ? test.before
+                         : test.before.empty()    ? whole
+                                                  : test.before + record)
+            << test.name;
     }
 }
 

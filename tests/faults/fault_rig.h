@@ -85,6 +85,9 @@ struct SOutcome {
             waiting += LostIn(Log(), mark) + LostIn(debug, mark);
         return waiting;
     }
+    std::size_t CountSetAside() const {
+        return LostIn(Log(), " set aside in ") + LostIn(debug, " set aside in ");
+    }
     static std::size_t LostIn(const std::string& told,
                               std::string_view mark = " taken from the relay, but not stored.") {
         std::size_t lost = 0;
@@ -115,11 +118,11 @@ inline SRecords RecordsOf(const std::string& bytes) {
     return records;
 }
 
-/// Records in all day files, which must be sound.
-inline std::size_t CountRecords(const SMemoryDisk& disk) {
+/// Records in all files of that kind, which must be sound.
+inline std::size_t CountRecords(const SMemoryDisk& disk, std::string_view ending = ".evt") {
     std::size_t count = 0;
     for (const auto& [path, bytes] : disk.files) {
-        const SRecords records = path.ends_with(".evt") ? RecordsOf(bytes) : SRecords{};
+        const SRecords records = path.ends_with(ending) ? RecordsOf(bytes) : SRecords{};
         EXPECT_TRUE(records.isSound) << path << " is damaged";
         count += records.count;
     }

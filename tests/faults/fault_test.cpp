@@ -2,6 +2,7 @@
 #include "fault_rig.h"
 
 #include "paths/path_utilities.h"
+#include "platform/full_path.h"
 
 #include <limits>
 #include <sstream>
@@ -86,33 +87,63 @@ TEST_F(FileFaults, TwoOperationsFail) {
 
 /// The process ends before any operation, or the machine, which keeps any part of what was not flushed; then
 /// once more in the run that brings in what the first has left.
-TEST_F(FileFaults, AnEndAtAnyMomentCostsTheEventUnderWayAtMost) {
-    constexpr unsigned kProcess = 8; // smaller numbers say what an end of the machine keeps
-    const auto endAt = [](std::size_t n, bool takesPart) {
+class Ends : public FileFaults {
+protected:
+    static constexpr unsigned kProcess = 8; // smaller numbers say what an end of the machine keeps
+
+    static std::vector<SDiskFault> EndAt(std::size_t n, bool takesPart) {
         constexpr std::size_t kNever = std::numeric_limits<std::size_t>::max();
-        return std::vector<SDiskFault>{{n, kNever, EFileFailure::BadDescriptor, takesPart, true}};
-    };
-    const auto left = [](const SMemoryDisk& disk, unsigned kept) {
+        return {{n, kNever, EFileFailure::BadDescriptor, takesPart, true}};
+    }
+    static SMemoryDisk Left(const SMemoryDisk& disk, unsigned kept) {
         return kept == kProcess ? disk : AfterPowerFailure(disk, kept);
+    }
+    static std::size_t CountSetAside(const SOutcome& got) {
+        for (const auto& [path, bytes] : got.disk.files)
+            EXPECT_TRUE(!path.ends_with(".setaside") || bytes.empty() ||
+                        got.IsTold(" set aside in " + DisplayPath(path) + ": "))
+                << path << " is named";
+        return CountRecords(got.disk, ".setaside");
+    }
+
+    void TryAll(const SServerFault& fault, std::size_t step) {
+        const std::size_t last = rig.Run(fault).disk.operations;
+        for (std::size_t n = 1; n <= last && !HasFailure(); ++n)
+            for (unsigned kept = 0; kept <= kProcess; ++kept)
+                for (std::size_t m = n % 5; m < 60; m += m == 0 ? 1 : step)
+                    Try(fault, n, m, kept);
+        std::cout << points << " ends\n";
+    }
+
+    void Try(const SServerFault& fault, std::size_t n, std::size_t m, unsigned kept) {
+        SCOPED_TRACE(testing::Message() << "ends " << n << " and " << m << ", kept " << kept);
+        const SOutcome first = rig.Run(fault, EndAt(n, kept % 2 == 0));
+        const SOutcome second = m == 0 ? first : rig.RunOn(Left(first.disk, kept), fault, EndAt(m, true));
+        const SOutcome last = rig.RunOn(Left(second.disk, kept), {});
+        const std::size_t given =
+            3 + first.notes.given + last.notes.given + (m == 0 ? 0 : second.notes.given);
+        const std::size_t found = CountRecords(last.disk) + CountSetAside(last) + last.CountLost();
+        const std::size_t underWay = m == 0 ? 1 : 2;
+        EXPECT_LE(found, given) << "no event is there twice";
+        EXPECT_GE(found + underWay, kept == kProcess ? given : 8);
+        EXPECT_FALSE(HasJournal(last));
+        ++points;
+    }
+};
+
+TEST_F(Ends, AtAnyMomentCostTheEventUnderWayAtMost) {
+    TryAll({}, 15);
+}
+
+TEST_F(Ends, OfAVisitThatIsAbortedCostNoMore) {
+    const auto isLastEvent = [this](const SNotedCall& call) {
+        return call.operation == sim::EOperation::GetEvent && call.address == kTested;
     };
-    for (std::size_t n = 1; n <= rig.clean.disk.operations && !HasFailure(); ++n)
-        for (unsigned kept = 0; kept <= kProcess; ++kept)
-            for (std::size_t m = n % 5; m < 60; m += m == 0 ? 1 : 15) {
-                SCOPED_TRACE(testing::Message() << "ends " << n << " and " << m << ", kept " << kept);
-                const SOutcome first = rig.Run({}, endAt(n, kept % 2 == 0));
-                const SOutcome second =
-                    m == 0 ? first : rig.RunOn(left(first.disk, kept), {}, endAt(m, true));
-                const SOutcome last = rig.RunOn(left(second.disk, kept), {});
-                const std::size_t given =
-                    3 + first.notes.given + last.notes.given + (m == 0 ? 0 : second.notes.given);
-                const std::size_t found = CountRecords(last.disk) + last.CountLost();
-                const std::size_t underWay = m == 0 ? 1 : 2;
-                EXPECT_LE(found, given) << "no event is there twice";
-                EXPECT_GE(found + underWay, kept == kProcess ? given : 8);
-                EXPECT_FALSE(HasJournal(last));
-                ++points;
-            }
-    std::cout << points << " ends\n";
+    const auto& calls = rig.clean.notes.calls;
+    const auto last = std::find_if(calls.rbegin(), calls.rend(), isLastEvent);
+    const auto number = static_cast<std::size_t>(calls.rend() - last);
+    EXPECT_EQ(rig.Run({number, EServerFault::Status, 18}).CountSetAside(), 2U);
+    TryAll({number, EServerFault::Status, 18}, 45);
 }
 
 TEST_F(FileFaults, WhereNothingCanBeMadeTheRelaysKeepTheirEvents) {
@@ -176,7 +207,9 @@ protected:
         for (const auto& [path, bytes] : rig.before.disk.files)
             EXPECT_TRUE(got.disk.files.at(path).starts_with(bytes)) << path;
         const std::size_t stored = CountRecords(got.disk) - earlier;
-        EXPECT_EQ(stored + got.CountLost() + got.CountWaiting(), got.notes.given)
+        const std::size_t aside = CountRecords(got.disk, ".setaside");
+        EXPECT_EQ(aside, got.CountSetAside()) << "the log names their file";
+        EXPECT_EQ(stored + aside + got.CountLost() + got.CountWaiting(), got.notes.given)
             << "a lost event is counted";
         EXPECT_TRUE(got.notes.given == got.notes.taken ||
                     got.IsTold("A problem occured during events extraction. Connection details"));

@@ -194,6 +194,16 @@ bool MakePrivateFolder(const std::string& folder) {
 std::string ResolvedFolder(const std::string& folder) {
     return folder;
 }
+bool RenameFile(const std::string& from, const std::string& to) {
+    const test::CFailingMemory::SExempt exempt;
+    const bool isDone = g_disk.Do().Good() && g_disk.files.contains(from);
+    for (auto* names : {&g_disk.files, &g_disk.onDisk})
+        if (auto node = isDone ? names->extract(from) : decltype(names->extract(from)){}) {
+            node.key() = to;
+            names->insert_or_assign(to, node.mapped());
+        }
+    return isDone;
+}
 bool RemoveEmptyFolder(const std::string& path) {
     const auto isWithin = [&](const auto& file) { return file.first.starts_with(path + "\\"); };
     return g_disk.Do().Good() && std::ranges::none_of(g_disk.files, isWithin) &&

@@ -24,7 +24,7 @@ std::string FramesOf(const CScratchFolder& folder, const std::string& bytes,
     CFrameReader reader(file, from, visit);
     std::string frames;
     for (SFrame frame; reader.Next(frame);)
-        frames += std::string(1, "?VRLSD"[static_cast<std::size_t>(frame.kind)]) +
+        frames += std::string(1, "?VRLSDAW"[static_cast<std::size_t>(frame.kind)]) +
                   std::to_string(frame.visit) + " ";
     return frames + (reader.IsTornAtMost() ? "" : "!");
 }

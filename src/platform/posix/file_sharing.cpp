@@ -4,6 +4,7 @@
 #include "platform/posix/native_path.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
@@ -65,6 +66,12 @@ bool CFile::IsAt(const std::string& path) const {
     const auto native = ToNativePath(path);
     struct stat opened = {};
     return native && LeadsTo(*native, m_handle->descriptor, opened);
+}
+
+bool RenameFile(const std::string& from, const std::string& to) {
+    const auto oldName = ToNativePath(from);
+    const auto newName = ToNativePath(to);
+    return oldName && newName && rename(oldName->c_str(), newName->c_str()) == 0;
 }
 
 bool CFile::RemoveIfEmpty() {

@@ -22,7 +22,8 @@ namespace ruvo {
 
 namespace {
 
-constexpr mode_t kNewFileMode = 0666;   // what the user's mask leaves of it
+constexpr mode_t kNewFileMode = 0666; // what the user's mask leaves of it
+constexpr mode_t kOwnFileMode = 0600;
 constexpr mode_t kNewFolderMode = 0777; // likewise
 constexpr std::size_t kCopyBlock = std::size_t{64} * 1024;
 
@@ -110,20 +111,22 @@ SFileResult CheckRegular(int descriptor) {
     return S_ISREG(status.st_mode) ? SFileResult{} : Failed(ENXIO);
 }
 
-SFileResult OpenPlain(const std::string& native, int flags, int& descriptor) {
+SFileResult OpenPlain(const std::string& native, SOpenMode mode, int& descriptor) {
     const SPlace place = SPlace::InPlainFolder(native);
     if (!place.folder.IsOpen()) {
         return errno == ENOENT ? SFileResult{EFileFailure::BadPath, ENOENT} : Failed(errno);
     }
-    descriptor = Retry([&] { return place.Open(flags, kNewFileMode).Release(); });
+    const mode_t permissions = mode.ownerOnly ? kOwnFileMode : kNewFileMode;
+    descriptor = Retry([&] { return place.Open(OpenFlags(mode), permissions).Release(); });
     return descriptor == -1 ? Failed(errno) : CheckRegular(descriptor);
 }
 
 // With an exclusive opening `native` becomes the path of the file made.
-SFileResult OpenAny(std::string& native, int flags, int& descriptor) {
+SFileResult OpenAny(std::string& native, SOpenMode mode, int& descriptor) {
+    const int flags = OpenFlags(mode);
     descriptor = Retry([&] {
-        return (flags & O_EXCL) != 0 ? MakeNewFile(native, flags, kNewFileMode)
-                                     : open(native.c_str(), flags, kNewFileMode);
+        return mode.exclusive ? MakeNewFile(native, flags, kNewFileMode)
+                              : open(native.c_str(), flags, kNewFileMode);
     });
     if (descriptor == -1) {
         return errno == ENOENT ? MissingResult(native) : Failed(errno);
@@ -186,8 +189,8 @@ SFileResult CFile::Open(const std::string& path, SOpenMode mode) {
         IgnoreFileSizeSignal();
     }
     int& descriptor = m_handle->descriptor;
-    SFileResult result = mode.plain ? OpenPlain(*native, OpenFlags(mode), descriptor)
-                                    : OpenAny(*native, OpenFlags(mode), descriptor);
+    SFileResult result =
+        mode.plain ? OpenPlain(*native, mode, descriptor) : OpenAny(*native, mode, descriptor);
     m_handle->madePath = mode.exclusive && IsOpen() ? *native : std::string();
     if (!result.Good() && IsOpen()) {
         static_cast<void>(Close());

@@ -325,6 +325,10 @@ bool RemovePlainFile(const std::string& path) {
     return folder.IsPlain(true) && RemoveFile(path);
 }
 
+bool RenameFile(const std::string& from, const std::string& to) {
+    return MoveFileExA(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != FALSE;
+}
+
 bool CopyToNewFile(const std::string& source, const std::string& destination) {
     return CopyFileA(source.c_str(), destination.c_str(), TRUE) != FALSE;
 }

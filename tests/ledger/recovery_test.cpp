@@ -1,0 +1,200 @@
+// What a run makes of the entries that an ended one has left: set-aside files are finished, records that have
+// waited for a week are set aside, and those of a set-aside file are appended once.
+#include "support/fake_system.h"
+#include "support/hex.h"
+#include "support/scratch_folder.h"
+
+#include "ledger/run_ledger.h"
+#include "ledger/waiting_time.h"
+#include "platform/state_folder.h"
+
+#include <gtest/gtest.h>
+
+namespace ruvo::test {
+
+class Recovery : public testing::Test {
+protected:
+    Recovery() {
+        setenv("RUVO_STATE_DIR", folder.Native("state").c_str(), 1);
+        std::filesystem::create_directories(folder.Native("ev"));
+        place = FolderOfJournals(folder.Path("ev")).substr(folder.Path().size() + 1);
+        std::ranges::replace(place, '\\', '/');
+        EXPECT_TRUE(MakePrivateFolder(FolderOfJournals(folder.Path("ev"))));
+    }
+    ~Recovery() override {
+        unsetenv("RUVO_STATE_DIR");
+        g_utcTime = {2026, 11, 16, 23, 30, 0};
+    }
+
+    /// One whole record.
+    static std::string Record(char id) {
+        const auto bytes = Hex("00 2F00 01 01000000 3C07 4523 8D 87 10 02 1A 00 00 01 05 05 506C616E74 04 "
+                               "44657363 06 414231322D58 12 01 04 54726970 24 01 07 00 01 1500 01000000 0C "
+                               "4576656E742056616C756520 24 01 07 00");
+        std::string record(bytes.begin(), bytes.end());
+        record[4] = id;
+        return record;
+    }
+    static std::string Header(const std::string& freeText) {
+        return "APP: Parlane\r\nTYPE: EventList\r\nFORMAT: 1.0\r\nNEXTEXTENDED: 000003\r\n\r\n" + freeText +
+               "\r\n\x1A";
+    }
+
+    /// Leaves the journal of an ended run with one visit: R are records, S is their store frame, A names the
+    /// set-aside file.
+    void Leave(const std::string& frames, const std::string& source = "", const char* file = kDayFile) const {
+        SChain chain;
+        std::vector<std::uint8_t> bytes;
+        std::string journal(kJournalHead);
+        const auto add = [&](EFrame kind, std::vector<std::uint8_t> payload) {
+            MakeFrame(bytes, kind, 1, chain, payload);
+            journal.append(bytes.begin(), bytes.end());
+        };
+        SVisitInfo info{.key = "RV001", .file = file, .begun = "2026-11-16 23:30:00 UTC", .source = source};
+        add(EFrame::Visit, Pack(info));
+        char id = 0;
+        for (const char frame : frames)
+            if (frame == 'R') {
+                const std::string record = Record(++id);
+                std::vector<std::uint8_t> payload{static_cast<std::uint8_t>(id), 0, 0, 0};
+                payload.insert(payload.end(), record.begin(), record.end());
+                add(EFrame::Record, payload);
+            } else if (frame == 'S') {
+                add(EFrame::Store, Pack(SStoreInfo{0, 2, {{0, 2}}}));
+            } else {
+                add(EFrame::SetAside, Pack(SSetAsideInfo{kName, "a password was refused"}));
+            }
+        folder.Write(place + "/ended.journal", journal);
+    }
+    /// How many lines the next run tells; all of them.
+    std::size_t BringIn() {
+        told.clear();
+        CRunLedger ledger(folder.Path("ev"), [this](const std::string& line) { told += line + "\n"; });
+        ledger.BringIn();
+        return static_cast<std::size_t>(std::ranges::count(told, '\n'));
+    }
+    bool HasJournal() const { return folder.Has(place + "/ended.journal"); }
+    std::string InState(const std::string& name) const { return place + "/" + name; }
+    std::string Aside() const { return folder.Read(InState(kName)); }
+    std::string Day() const { return folder.Read("ev/AB12-1/AB12-1-2026-11-16-DEV.evt"); }
+    void WriteDay(const std::string& bytes) const {
+        std::filesystem::create_directories(folder.Native("ev/AB12-1"));
+        folder.Write("ev/AB12-1/AB12-1-2026-11-16-DEV.evt", bytes);
+    }
+
+    static constexpr const char* kDayFile = "AB12-1\\AB12-1-2026-11-16-DEV.evt";
+    static constexpr const char* kName = "AB12-1-2026-11-16-DEV-1.setaside";
+    const std::string both = Record(1) + Record(2);
+    const std::string refused =
+        Header("set aside|AB12-1\\AB12-1-2026-11-16-DEV.evt|RV001|2026-11-16 23:30:00 "
+               "UTC|a password was refused") +
+        both;
+    CScratchFolder folder;
+    std::string place;
+    std::string told;
+};
+
+TEST_F(Recovery, ASetAsideFileIsFinishedWhereverItsWritingEnded) {
+    const struct {
+        const char* name;
+        std::string there;
+    } cases[] = {{"only its name", ""},
+                 {"a part", refused.substr(0, 200)},
+                 {"all of it", refused},
+                 {"something longer", refused + "zzz"}};
+    for (const auto& row : cases) {
+        Leave("RRA");
+        folder.Write(InState(kName), row.there);
+        EXPECT_EQ(BringIn(), 1U) << row.name << told;
+        EXPECT_NE(
+            told.find("2 events set aside in " + folder.Native(InState(kName)) + ": a password was refused."),
+            std::string::npos)
+            << told;
+        EXPECT_EQ(Aside(), refused) << row.name;
+        EXPECT_FALSE(HasJournal() || folder.Has("ev/AB12-1")) << row.name << ": never the day file";
+    }
+    std::filesystem::rename(folder.Native(InState(kName)), folder.Native(InState(kName) + ".done"));
+    Leave("RRA");
+    EXPECT_EQ(BringIn(), 0U) << "its records are in the day file already: " << told;
+    EXPECT_FALSE(HasJournal() || folder.Has(InState(kName)));
+    folder.Write(InState(kName), "");
+    BringIn();
+    EXPECT_FALSE(folder.Has(InState(kName))) << "one that was ended before its first byte goes";
+}
+
+TEST_F(Recovery, WhatHasWaitedForAWeekIsSetAside) {
+    Leave("RR");
+    const std::string torn = Header("headerText") + Record(1) + Record(2).substr(0, 30);
+    WriteDay(torn + "x"); // not what the visit would have left
+    for (int day = 17; day <= 23; ++day) {
+        g_utcTime = {2026, 11, day, 23, 30, 0};
+        EXPECT_EQ(BringIn(), 1U) << told;
+        EXPECT_EQ(told.find("2 events wait in journal") == 0, day < 23) << told;
+        EXPECT_EQ(HasJournal(), day < 23) << day;
+    }
+    EXPECT_NE(told.find(": they had waited for a week: the file does not end with a whole record."),
+              std::string::npos);
+    EXPECT_EQ(Aside(),
+              Header("set aside|AB12-1\\AB12-1-2026-11-16-DEV.evt|RV001|2026-11-16 23:30:00 UTC|they had "
+                     "waited for a week: the file does not end with a whole record") +
+                  Record(2))
+        << "the first one stands in the day file";
+    EXPECT_EQ(Day(), torn + "x");
+    Leave("RR", "", "..\\outside");
+    for (int day = 17; day <= 23; ++day) {
+        g_utcTime = {2026, 11, day, 23, 30, 0};
+        BringIn();
+    }
+    EXPECT_FALSE(HasJournal());
+    EXPECT_TRUE(folder.Read(InState("outside-1.setaside")).ends_with(both)) << told;
+}
+
+TEST_F(Recovery, TheRecordsOfASetAsideFileAreAppendedOnce) {
+    const struct {
+        const char* name;
+        const char* frames;
+        bool isMarked; ///< before the end
+        std::string day;
+        std::string wantedDay;
+    } cases[] = {{"an end before the store frame", "RR", false, "", ""},
+                 {"an end before the day file's first byte", "RRS", false, "", Header("headerText") + both},
+                 {"an end before the name was changed", "RRS", false, Header("headerText") + both,
+                  Header("headerText") + both},
+                 {"an end before the entry was done", "RRS", true, Header("headerText") + both,
+                  Header("headerText") + both}};
+    for (const auto& row : cases) {
+        std::filesystem::remove_all(folder.Native("ev/AB12-1"));
+        std::filesystem::remove(folder.Native(InState(kName) + ".done"));
+        folder.Write(InState(std::string(kName) + (row.isMarked ? ".done" : "")), refused);
+        if (!row.day.empty())
+            WriteDay(row.day);
+        Leave(row.frames, kName);
+        BringIn();
+        EXPECT_EQ(Day(), row.wantedDay) << row.name;
+        EXPECT_EQ(folder.Has(InState(kName)), row.wantedDay.empty()) << row.name;
+        EXPECT_EQ(folder.Has(InState(kName) + ".done"), !row.wantedDay.empty()) << row.name;
+        EXPECT_FALSE(HasJournal()) << row.name;
+    }
+}
+
+TEST(WaitingTime, NoClockIsBelievedAlone) {
+    const std::set<std::string> week{"1", "2", "3", "4", "5", "6", "7"};
+    const std::set<std::string> six{"1", "2", "3", "4", "5", "6"};
+    const SCalendarTime now{2026, 11, 23, 23, 30, 0};
+    const struct {
+        const char* name;
+        const char* begun;
+        const std::set<std::string>& dates;
+        bool want;
+    } cases[] = {{"a week", "2026-11-16 23:30:00 UTC", week, true},
+                 {"a second less", "2026-11-16 23:30:01 UTC", week, false},
+                 {"a visit dated in the future", "2036-01-01 00:00:00 UTC", week, false},
+                 {"a visit whose clock stood in the past", "1970-01-01 00:00:00 UTC", six, false},
+                 {"a run whose clock is ahead for a night", "2026-11-01 00:00:00 UTC", six, false},
+                 {"no time", "2026-11-16", week, false},
+                 {"no date", "2026-02-31 25:00:00 UT", week, false}};
+    for (const auto& row : cases)
+        EXPECT_EQ(HasWaitedForAWeek(row.begun, row.dates, now), row.want) << row.name;
+}
+
+} // namespace ruvo::test
