@@ -52,7 +52,8 @@ struct SOpenMode {
     bool exclusive = false;
     /// Others may remove or rename the file while it is open, which some systems always allow.
     bool removable = false;
-    /// With `create` and `plain`: others may not read the file that is made, where the system tells by a simple mark.
+    /// With `create` and `plain`: others may not read the file that is made, where the system tells by a
+    /// simple mark.
     bool ownerOnly = false;
 };
 
