@@ -22,8 +22,7 @@ namespace ruvo {
 
 namespace {
 
-constexpr mode_t kNewFileMode = 0666; // what the user's mask leaves of it
-constexpr mode_t kOwnFileMode = 0600;
+constexpr mode_t kNewFileMode = 0666;   // what the user's mask leaves of it
 constexpr mode_t kNewFolderMode = 0777; // likewise
 constexpr std::size_t kCopyBlock = std::size_t{64} * 1024;
 
@@ -116,7 +115,7 @@ SFileResult OpenPlain(const std::string& native, SOpenMode mode, int& descriptor
     if (!place.folder.IsOpen()) {
         return errno == ENOENT ? SFileResult{EFileFailure::BadPath, ENOENT} : Failed(errno);
     }
-    const mode_t permissions = mode.ownerOnly ? kOwnFileMode : kNewFileMode;
+    const mode_t permissions = mode.ownerOnly ? S_IRUSR | S_IWUSR : kNewFileMode;
     descriptor = Retry([&] { return place.Open(OpenFlags(mode), permissions).Release(); });
     return descriptor == -1 ? Failed(errno) : CheckRegular(descriptor);
 }
