@@ -73,7 +73,7 @@ void AllocationsPerEvent(benchmark::State& state, bench::EEventForm form) {
 BENCHMARK_CAPTURE(AllocationsPerEvent, simple, bench::EEventForm::Simple)->Iterations(1)->Repetitions(1);
 BENCHMARK_CAPTURE(AllocationsPerEvent, extended, bench::EEventForm::Extended)->Iterations(1)->Repetitions(1);
 
-/// The images of as many records, one behind the other, in memory asked for beforehand.
+/// The images of as many records, one after the other, in memory asked for beforehand.
 void AllocationsOfImages(benchmark::State& state) {
     const CSimpleEventRecord record(0, 0, 5, CParlaneIEC870(), "Overcurrent I> Stage 1 Trip",
                                     std::make_unique<CParlaneUint>(7U, 1), "plant", "description", "model",

@@ -1,5 +1,5 @@
-// Runs the benchmarks and prints them as one table: each figure beside the least that anybody could do, or
-// beside what somebody else's code needs, measured in the same run.
+// Runs the benchmarks and prints them as one table: each figure beside the least work that the task requires,
+// or beside another library's, measured in the same run.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -225,7 +225,7 @@ bool IsMet(const SRow& row, double figure, double ratio) {
                : (row.aim == EAim::AtMost ? figure <= row.limit : figure >= row.limit);
 }
 
-/// Where the least that anybody could do misses the aim too, the machine is to blame.
+/// Where the least possible work misses the aim too, the machine is too slow.
 std::string MetText(const SRow& row, double ours, double others) {
     if (row.aim == EAim::None) {
         return "-";

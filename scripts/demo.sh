@@ -39,7 +39,7 @@ sed 's/^/  /; s/\r$//' "$dir/RUVO_Errors.log"
 cat <<'END'
 What is behind it: address 4 is not there; 5 has another password than serial.ini; 8 and 9 want user names, which
 the INI file cannot hold; 10 says that its password is blocked; modem address 12 sends an event that makes no sense
-(the two before it are kept); one event of 10.20.0.5 is of a kind that nobody knows; 10.20.0.9 has no tunnel.
+(the two before it are kept); one event of 10.20.0.5 is of an unknown kind; 10.20.0.9 has no tunnel.
 All other relays were read, one of them (7) with an enciphered password.
 END
 

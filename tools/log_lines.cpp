@@ -131,7 +131,7 @@ SLogLine ParseLogLine(std::string_view text) {
     std::string_view rest = utf8;
     SLogLine line;
     line.time = ParseTimeStamp(rest);
-    // A relay's own words stand before the details: only what stands after the last of them is a status.
+    // A relay's own words come before the details: only what follows the last details is a status.
     const std::size_t details = rest.rfind(kDetails);
     if (details == std::string_view::npos || rest.rfind(kStatus) > details) {
         line.status = CutAfter(rest, kStatus);

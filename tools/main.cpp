@@ -65,7 +65,7 @@ int RunProgram(const std::vector<std::string>& arguments, const ruvo::SCommand* 
     if (out.IsGood()) {
         return status;
     }
-    // A reader that stops early (such as head) is not reported, but the exit status tells a script that the
+    // A reader that stops early (such as head) is not reported, but the exit status shows a script that the
     // output is incomplete.
     if (out.FailureCode() != EPIPE) {
         error.Write("ruvoctl: cannot write output: " + std::generic_category().message(out.FailureCode()) +

@@ -22,7 +22,7 @@ constexpr std::array kFailureTexts{
     SFailureText{EAccessFailure::NotCreated, "cannot create a file in that folder"},
     SFailureText{EAccessFailure::InUse, "another program is writing the file; try again"},
     SFailureText{EAccessFailure::PermissionsNotKept,
-                 "cannot give the new file the owner and permissions of the old one; "
+                 "cannot set the owner and permissions of the old file on the new one; "
                  "run as the file's owner or as root"},
     SFailureText{EAccessFailure::NotReplaced, "cannot replace the old file"},
 };

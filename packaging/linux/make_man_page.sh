@@ -11,7 +11,7 @@ if [ -z "$name" ]; then
     exit 1
 fi
 
-# No paragraph begins right behind a heading. Tables have no boxes, their last column as wide as there is room. Names in
+# No paragraph begins right after a heading. Tables have no boxes, their last column as wide as there is room. Names in
 # the first column and short words in the others are not filled like running text: their column is then as wide as they
 # are.
 tidy() {

@@ -48,7 +48,7 @@ class Walk:
         return bisect(self.starts, self.tokens[at].start)
 
     def end_of(self, at):
-        """The place behind the bracket that closes the one here."""
+        """The place after the bracket that closes the one here."""
         depth = 0
         while at < len(self.tokens):
             text = self.tokens[at].text
@@ -59,7 +59,7 @@ class Walk:
         return at
 
     def scope(self, at):
-        """Looks at what is declared from here to the end of the braces; returns the place behind them."""
+        """Looks at what is declared from here to the end of the braces; returns the place after them."""
         head = at # where the declaration under way begins
         while at < len(self.tokens):
             text = self.tokens[at].text

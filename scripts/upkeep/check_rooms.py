@@ -4,7 +4,7 @@
     check_rooms.py [--calls BUILD] [TREE]
 
 Includes are found however they are written. With --calls the objects of that finished build are looked into as well, so
-that a call into a room that may not be used is found even where no header tells of it. Prints what is wrong, and fails.
+that a call into a room that may not be used is found even where no header shows it. Prints what is wrong, and fails.
 """
 import argparse
 import json
@@ -24,7 +24,7 @@ PRODUCT = ('src', 'sim', 'tools')
 # Where a header is looked for, beside the folder of the file that includes it.
 INCLUDE_FOLDERS = ('src', '.', 'include', 'tests')
 
-# The headers of C++20; those of C stand here by the names that C++ gives them.
+# The headers of C++20; those of C are listed by their C++ names.
 STANDARD = set('''
     algorithm any array atomic barrier bit bitset cassert cctype cerrno cfenv cfloat charconv chrono cinttypes climits
     clocale cmath codecvt compare complex concepts condition_variable coroutine csetjmp csignal cstdarg cstddef cstdint
@@ -49,7 +49,7 @@ C_NAMES = re.compile(r'_\w+|mem\w+|str(len|n?cmp|n?cpy|chr|rchr|str|to\w+)|is\w+
                      r'|(mk|gm|local|asc|strf)?time|malloc|calloc|realloc|free|pthread_\w+|sem_\w+|nanosleep|sched_yield')
 LIBRARY_NAMES = {'sqlite3_': 'tools/archive', 'HMAC': 'sim/module', 'EVP_': 'sim/module'}
 
-# What tells systems apart. (Which compiler it is may be asked: a warning is no rule of the business.)
+# What distinguishes systems. (Which compiler it is may be asked: a warning is no rule of the business.)
 PLATFORM_WORD = re.compile(r'\b(_WIN32|_WIN64|WIN32|__WIN(?:32|64|NT)__|__MINGW\w*|__CYGWIN__|_MSC_VER|__linux\w*|__gnu_linux__'
                            r'|linux|unix|__unix\w*|__APPLE__|__MACH__|__FreeBSD__|__ANDROID__|_POSIX_\w+|__has_include\w*)\b')
 PLATFORM_FOLDERS = ('src/platform',)
@@ -131,7 +131,7 @@ class Check:
         match = re.fullmatch(r'(["<])([^">]*)[">]', what)
         if not match:
             if not self.macros.get(what) or what in seen:
-                self.complain(name, line, f'includes what only the compiler can tell: {what}')
+                self.complain(name, line, f'includes what only the compiler can know: {what}')
             for meant in sorted(self.macros.get(what, ())) if what not in seen else ():
                 self.check_include(name, line, meant, (*seen, what))
             return

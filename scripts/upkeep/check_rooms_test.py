@@ -111,7 +111,7 @@ class RoomsCheck(unittest.TestCase):
         self.refuses('src/log/new.h', '#define ASKED <link/client.h>\n#include ASKED\n', (2, 'room log may not use link'))
 
     def test_include_by_unknown_macro(self):
-        self.refuses('src/log/new.h', '#include ASKED\n', (1, 'only the compiler can tell: ASKED'))
+        self.refuses('src/log/new.h', '#include ASKED\n', (1, 'only the compiler can know: ASKED'))
 
     def test_include_into_the_seam_from_the_link_around_it(self):
         self.refuses('src/link/seam/new.h', '#include "link/client.h"\n', (1, 'room seam may not use link'))

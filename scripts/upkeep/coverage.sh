@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Runs the tests in a build that counts, and prints which share of lines and branches they reach, room by room.
 #   scripts/upkeep/coverage.sh             also writes build/coverage/report/index.html
-# Branches that only an exception takes, which the compiler adds behind nearly every call, are left out.
+# Branches that only an exception takes, which the compiler adds after nearly every call, are left out.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 scripts/setup.sh coverage

@@ -2,7 +2,7 @@
 import re
 from dataclasses import dataclass
 
-# Comments, texts and preprocessor lines are told apart from code here, so that nobody takes a comment for code.
+# Comments, texts and preprocessor lines are separated from code here, so that no check takes a comment for code.
 TOKEN = re.compile(
     r'(?P<comment>//(?:[^\n\\]|\\\n|\\.)*|/\*.*?\*/)'
     r'|(?P<directive>^[ \t]*\#(?:[^\n\\]|\\.|\\\n)*)'
@@ -46,7 +46,7 @@ def without_comments(source):
 
 
 def directives_of(source):
-    """Of each line for the preprocessor: its number, its word, and what stands behind; continued lines are one."""
+    """Of each line for the preprocessor: its number, its word, and the rest; continued lines are one."""
     lines = without_comments(source).split('\n')
     at = 0
     while at < len(lines):

@@ -15,7 +15,7 @@ export RUVO_REGISTRY_MACHINE=$work/registry.ini RUVO_REGISTRY_USER=/dev/null RUV
 export P32LS_SUBSTATION=$work/substation.toml
 sed "s|/usr/lib/ruvo|$private|" "$work/files/usr/share/doc/ruvo/examples/simulator/registry.ini" >"$work/registry.ini"
 
-site() { # a substation and a site file of so many relays, 250 behind each address
+site() { # a substation and a site file of so many relays, 250 at each address
     local number ip address
     : >"$work/substation.toml"
     printf '[RUVO_GENERAL]\nUseEthernet=1\nEventRootDir=%s\nErrorLogPathname=%s\n[RUVO_ETHERNET]\n' \

@@ -154,7 +154,7 @@ class Worker:
         return good
 
     def try_change(self, room, name, change):
-        """Who noticed: a test, the compiler, or nobody."""
+        """Who noticed: a test, the compiler, or none."""
         path = self.tree / name
         original = path.read_text()
         path.write_text(original[:change.start] + change.new + original[change.end:])

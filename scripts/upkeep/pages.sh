@@ -1,7 +1,6 @@
 #!/usr/bin/env bash
 # Puts what the commands of ruvoctl say of themselves into docs/ruvoctl.1.md, and the tables of the INI file's keys into
-# docs/ruvo.ini.5.md. Run it after a change of a command's options or notes, or of a key; a test tells when it was
-# forgotten.
+# docs/ruvo.ini.5.md. Run it after a change of a command's options or notes, or of a key; a test fails when it was forgotten.
 #   scripts/upkeep/pages.sh [PRESET]       default: release
 set -euo pipefail
 cd "$(dirname "$0")/../.."

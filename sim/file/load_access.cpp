@@ -129,7 +129,7 @@ void AddUser(const STomlNode& node, std::size_t passwordLength, SRelay& relay, S
     SUser user = ReadUser(node, passwordLength);
     const auto isSame = [&](const SUser& other) { return other.name == user.name; };
     if (std::any_of(access.users.begin(), access.users.end(), isSame)) {
-        throw CSubstationError(node.line, "name: two users have the same");
+        throw CSubstationError(node.line, "name: two users have this name");
     }
     const auto row = static_cast<std::uint8_t>(rows::kFirstUser + access.users.size());
     const std::string name = EncodeDeviceText(user.name);

@@ -27,7 +27,7 @@ void ReadTarget(CTableReader& table, const SOperationRow& row, const std::vector
                                    [&](const SRelay& relay) { return relay.name == fault.relay; });
     if (!fault.relay.empty() && (!known || row.target == ETarget::Link)) {
         throw CSubstationError(table.Find("relay")->line,
-                               known ? std::string(row.name) + " is not asked of a relay"
+                               known ? std::string(row.name) + " makes no request to a relay"
                                      : "there is no relay \"" + fault.relay + "\"");
     }
     if (row.target == ETarget::Cell) {
@@ -107,9 +107,9 @@ SFault ReadFault(const STomlNode& node, const std::vector<SRelay>& relays) {
     fault.delay = static_cast<std::uint32_t>(table.Integer("delay", 0, kMaxDelay).value_or(0));
     fault.comFailure = table.Flag("com_failure", false);
     table.RejectUnknownKeys();
-    // A fault that does nothing is a slip of whoever wrote it.
+    // A fault without an effect is a mistake in the file.
     if (!HasEffect(fault)) {
-        throw CSubstationError(node.line, "[[fault]] says no effect, such as \"status\" or \"delay\"");
+        throw CSubstationError(node.line, "[[fault]] needs an effect, such as \"status\" or \"delay\"");
     }
     return fault;
 }

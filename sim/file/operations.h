@@ -1,4 +1,4 @@
-// The server's operations by name: faults are told which one they hit, the trace tells which one was called.
+// The server's operations by name: faults name the one that they hit, the trace the one that was called.
 #pragma once
 
 #include <array>

@@ -72,7 +72,7 @@ struct SProtection {
 /// One user of a relay. Name and password are in the code page of the programs, without blanks at their ends.
 struct SUser {
     std::string name;
-    std::optional<std::string> password; ///< none: nobody gets in under this name
+    std::optional<std::string> password; ///< none: no login succeeds under this name
     bool levelTooLow = false;            ///< the right password is accepted, but opens nothing
 };
 
@@ -175,7 +175,7 @@ struct SLoadedSubstation {
     std::string error;
 };
 
-/// Reads a substation from TOML text. `name` stands for the file in the error; state and trace file names are
+/// Reads a substation from TOML text. `name` names the file in the error; state and trace file names are
 /// relative to `folder`.
 SLoadedSubstation ReadSubstation(std::string_view text, const std::string& name, const std::string& folder);
 /// Reads a substation file.

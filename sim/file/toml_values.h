@@ -20,9 +20,9 @@ struct STypedBytes {
 
 /// The value among the members of a table that may have other members too; none when there is none.
 std::optional<STypedBytes> FindValue(CTableReader& table);
-/// A value that stands alone: a text, or a table that holds nothing else.
+/// A single value: a text, or a table that holds nothing else.
 STypedBytes ReadTypedBytes(const STomlNode& node, std::string_view what);
-/// A value that stands alone, in the form in which it crosses the seam. Also understands what is no value:
+/// A single value, in the form in which it crosses the seam. Also understands what is no value:
 /// { none = true } (no data), { other = true } (a useless type), { raw = "24 01" } (any bytes).
 Variant ReadValue(const STomlNode& node, std::string_view what);
 /// The items of an array, each by ReadValue.

@@ -1,4 +1,4 @@
-// The digests behind the crypto provider's stand-in; each system makes them with a library of its own.
+// The digests of the stand-in for the crypto provider; each system makes them with a library of its own.
 #pragma once
 
 #include <array>

@@ -1,6 +1,6 @@
-// Stands in for the crypto provider where it is absent: the same entry points by number, with digests of
-// its own choice. Relays that expect the provider's digest refuse this one; the simulated relays check with
-// it.
+// The stand-in for the crypto provider, for machines without one: the same entry points by number, with
+// digests of its own choice. Relays that expect the provider's digest refuse this one; the simulated relays
+// check with it.
 #include "link/seam/crypto_provider.h"
 #include "sim/module/digest.h"
 

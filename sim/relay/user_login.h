@@ -23,7 +23,7 @@ public:
     /// Borrows the model, which must outlive this.
     explicit CUserLogin(const SAccess& model);
 
-    /// Any name is taken: a relay that told at once whom it knows would help to guess.
+    /// Any name is taken: a relay that reported at once which names it knows would help to guess.
     LinkStatus SetName(std::uint8_t type, const Variant::Bytes& data);
     LinkStatus SetSalt(std::uint8_t type, const Variant::Bytes& data);
     /// Good, rejected or unknown user; kReplyCommandRejected when the relay has no provider to check with.

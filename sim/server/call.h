@@ -13,7 +13,7 @@ namespace ruvo::sim {
 struct SCall {
     EOperation operation = EOperation::OpenPort;
     std::optional<std::uint8_t> address;
-    std::optional<CellAddress> cell;       ///< a column stands as its row 00
+    std::optional<CellAddress> cell;       ///< a column is given as its row 00
     std::string detail;                    ///< further inputs as the trace shows them
     bool wellFormed = true;                ///< every input is of the kind that the interface says
     const Variant::Bytes* bytes = nullptr; ///< what is written, secret or not; borrowed from the caller

@@ -14,7 +14,7 @@ namespace ruvo::sim {
 class CCallTrace {
 public:
     bool Open(const std::string& path) { return m_file.Open(path); }
-    /// `remark` stands at the end of the line; empty for none.
+    /// `remark` is written at the end of the line; empty for none.
     void Write(const SCall& call, LinkStatus status, std::string_view remark) noexcept {
         WriteCall(call, status, remark);
     }

@@ -21,7 +21,7 @@ struct SRunPlan {
 /// At most one command at a time. May be used from any thread except, for the destructor, from a callback.
 class CCommandRunner {
 public:
-    /// `started` and `finished` run on the runner's thread, without its lock; `finished` is told the status.
+    /// `started` and `finished` run on the runner's thread, without its lock; `finished` receives the status.
     CCommandRunner(std::function<void()> started, std::function<void(LinkStatus)> finished);
     CCommandRunner(const CCommandRunner&) = delete;
     CCommandRunner& operator=(const CCommandRunner&) = delete;

@@ -38,7 +38,7 @@ public:
     virtual EComResult Answer(const SCall& call, const Request& request, const Outputs& outputs,
                               Variant& status);
     /// Answers a call to the relay at the call's address. What a relay refuses of an operation that runs on
-    /// is told at its completion, since the server has to ask the relay first.
+    /// is reported at its completion, since the server has to ask the relay first.
     EComResult AnswerRelay(const SCall& call, const RelayRequest& request, const Outputs& outputs,
                            Variant& status);
 

@@ -16,8 +16,8 @@ void CSinkList::Remove(std::uint32_t cookie) {
 template <typename Notify>
 void CSinkList::ForEach(Notify notify) {
     const std::lock_guard lock(m_lock);
-    // By cookie, since a sink that was told may have removed itself or another, and without memory, since a
-    // client that is not told of a command's end waits for ever.
+    // By cookie, since a notified sink may have removed itself or another, and without allocating, since a
+    // client that is not notified of a command's end waits for ever.
     const std::uint32_t last = m_lastCookie;
     for (auto next = m_sinks.begin(); next != m_sinks.end() && next->first <= last;) {
         const std::uint32_t cookie = next->first;

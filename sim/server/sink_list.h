@@ -10,7 +10,7 @@
 
 namespace ruvo::sim {
 
-/// Safe for use by several threads. A sink may take itself off the list while it is being told.
+/// Safe for use by several threads. A sink may remove itself from the list while it is being notified.
 class CSinkList {
 public:
     /// The cookie is never 0.
@@ -19,14 +19,15 @@ public:
     void Remove(std::uint32_t cookie);
 
     void NotifyProgress(std::int32_t done, std::int32_t total);
-    /// Tells every sink, by one of the two methods that mean the same.
+    /// Notifies every sink, by one of the two methods that mean the same.
     void NotifyComplete(LinkStatus status, bool alternate);
 
 private:
     template <typename Notify>
     void ForEach(Notify notify);
 
-    // Held while sinks are told, which is what Remove waits for; recursive for a sink that removes itself.
+    // Held while sinks are notified, which is what Remove waits for; recursive for a sink that removes
+    // itself.
     std::recursive_mutex m_lock;
     std::map<std::uint32_t, IP32lsSink_v2*> m_sinks;
     std::uint32_t m_lastCookie = 0;

@@ -49,7 +49,7 @@ std::string RegisterLibrary() {
 
 std::string RegisterServer(const std::string& substation) {
     const std::string file = FullPath(substation);
-    // Refused here, where somebody reads the reason, and not when a client asks for the server.
+    // Refused here, where the user sees the reason, and not when a client asks for the server.
     if (const SLoadedSubstation loaded = LoadSubstation(file); !loaded.substation) {
         return loaded.error;
     }

@@ -1,4 +1,4 @@
-// How long the server's process lives: as long as somebody needs it.
+// How long the server's process lives: as long as a client needs it.
 #pragma once
 
 #include <chrono>
@@ -24,12 +24,12 @@ public:
     /// Around each call of a client.
     void BeginCall();
     void EndCall();
-    /// The sinks of an object that exists; they tell whether its client still lives.
+    /// The sinks of an object that exists; they show whether its client still lives.
     void AddSinks(CSinkFanOut& sinks);
     void RemoveSinks(CSinkFanOut& sinks);
 
-    /// Waits until nobody has held the process for a while, or until nobody has called it for `idleLimit` and
-    /// no client can be reached: one that died without a word never gives its references back.
+    /// Waits until no client has held the process for a while, or until none has called it for `idleLimit`
+    /// and no client can be reached: one that died without a word never gives its references back.
     void WaitUntilUnneeded(Clock::duration idleLimit);
 
 private:

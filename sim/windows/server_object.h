@@ -1,4 +1,4 @@
-// The server's COM object: the simulated server behind the COM interface.
+// The server's COM object: the simulated server with a COM interface.
 #pragma once
 
 #include "link/windows/dual_interface.h"

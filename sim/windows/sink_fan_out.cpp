@@ -64,7 +64,7 @@ bool CSinkFanOut::IsAnyAlive() {
     });
 }
 
-/// A sink that cannot be reached has lost its client; nobody is left to be told.
+/// A sink that cannot be reached has lost its client: there is nothing left to notify.
 template <class Method, class... Values>
 void CSinkFanOut::Notify(Method method, const Values&... values) noexcept {
     try {

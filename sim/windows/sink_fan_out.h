@@ -1,4 +1,4 @@
-// The clients' sinks behind one connection to the simulated server.
+// The clients' sinks that share one connection to the simulated server.
 #pragma once
 
 #include "link/seam/ip32ls.h"
@@ -10,8 +10,8 @@
 
 namespace ruvo::sim {
 
-/// One sink to the simulated server, any number of COM sinks behind it. Safe for use by several threads; the
-/// sinks are called without a lock, since a client may call the server from inside its sink.
+/// One sink to the simulated server, which serves any number of COM sinks. Safe for use by several threads;
+/// the sinks are called without a lock, since a client may call the server from inside its sink.
 class CSinkFanOut final : public ruvo::IP32lsSink_v2 {
 public:
     using Sink = CComPointer<::IP32lsSink_v2>;

@@ -72,7 +72,7 @@ private:
         return OpenLink(*address) ? Probe(*CP32Wrap::GetInstance()) : LinkNotOpened;
     }
 
-    /// The relay's address, when the key stands in the section of the configured link type.
+    /// The relay's address, when the key is in the section of the configured link type.
     std::optional<std::int32_t> FindDeviceAddress() const {
         const CRuvoConfig& config = m_context.Config();
         const ELink link = SelectedLink(config);
@@ -97,7 +97,7 @@ private:
         return OpenEthernetLink(m_context, ParseEthernetIp(entry), address, ParseEthernetBusAddress(entry));
     }
 
-    /// The probe of a run, which tells only good from bad; here each cause has its result.
+    /// The probe of a run, which only distinguishes good from bad; here each cause has its result.
     EConnectionTestResult Probe(CP32Wrap& link) {
         PrepareLogin(m_context.Config(), m_key);
         CP32Wrap::SetGetPasswordCallback(&PasswordCallback);

@@ -1,4 +1,4 @@
-// The entry points for other programs. Everything behind them stays inside the library.
+// The entry points for other programs. Everything else stays inside the library.
 #include "ruvo/ruvo.h"
 
 #include "app/connection_test.h"

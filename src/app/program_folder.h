@@ -1,4 +1,4 @@
-// Where a run stands while it works.
+// The working folder of a run.
 #pragma once
 
 #include <string>
@@ -12,7 +12,7 @@ public:
     CProgramFolder();
     CProgramFolder(const CProgramFolder&) = delete;
     CProgramFolder& operator=(const CProgramFolder&) = delete;
-    /// Goes back to where the process stood before.
+    /// Returns to the folder that was current before.
     ~CProgramFolder();
 
 private:

@@ -19,7 +19,7 @@ inline void WipeBytes(void* bytes, std::size_t count) noexcept {
 
 /// Overwrites all that the text has room for, and empties it.
 inline void WipeText(std::string& text) noexcept {
-    text.resize(text.capacity()); // a longer text may have stood there before; nothing is allocated
+    text.resize(text.capacity()); // a longer text may have been there before; nothing is allocated
     WipeBytes(text.data(), text.size());
     text.clear();
 }

@@ -13,7 +13,7 @@ constexpr std::size_t kShortestIp = 7; // "0.0.0.0"
 constexpr std::size_t kIpPartCount = 4;
 constexpr std::int32_t kLargestIpPart = 255;
 
-// What stands behind the first comma; none when there is no comma.
+// What follows the first comma; none when there is no comma.
 std::optional<std::string_view> BehindComma(std::string_view text) {
     const std::size_t comma = text.find(',');
     return comma == std::string_view::npos ? std::nullopt : std::optional(text.substr(comma + 1));

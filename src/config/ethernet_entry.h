@@ -25,7 +25,7 @@ bool IsValidIpAddress(std::string_view text);
 /// The number between the first and the second comma, 1 to 254; kInvalidAddress when there is none such.
 std::int32_t ParseEthernetDeviceAddress(std::string_view entry);
 
-/// The number behind the second comma, 1 to 254; 0 when nothing stands there; else kInvalidAddress.
+/// The number after the second comma, 1 to 254; 0 when there is none; else kInvalidAddress.
 std::int32_t ParseEthernetBusAddress(std::string_view entry);
 
 } // namespace ruvo

@@ -46,7 +46,7 @@ using TextField = std::string SRuvoConfigFields::*;
 struct SGeneralKey {
     std::string_view name;
     std::variant<IntegerField, TextField> field;
-    std::string_view defaultText; ///< what an absent or empty value stands for
+    std::string_view defaultText; ///< what an absent or empty value means
     EKeyRule rule;
     ERuleScope scope;
     EResultCode refusal;      ///< of a value against the rule; Success where there is none
@@ -115,7 +115,7 @@ consteval const SGeneralKey& GeneralKey(std::string_view name) {
 /// The row of a name as a file writes it, in any letter case; null when there is none.
 const SGeneralKey* FindGeneralKey(std::string_view name);
 
-/// The value that stands for a text that is no number: one that the rule refuses.
+/// The value that represents a text that is no number: one that the rule refuses.
 [[nodiscard]] std::int32_t NotANumberValue(EKeyRule rule);
 
 /// True when the rule of the key takes the value of the field.
@@ -156,7 +156,7 @@ constexpr const SLinkRow& LinkRow(ELink link) {
 /// The link whose relays a run visits.
 [[nodiscard]] ELink SelectedLink(const CRuvoConfig& config);
 
-/// One rule on what stands behind a relay's key.
+/// One rule on the value of a relay's key.
 struct SEntryRule {
     bool (*accepts)(std::string_view text);
     EResultCode refusal;

@@ -92,14 +92,14 @@ public:
     const TextEntries& EthernetEntries() const { return m_fields.ethernetEntries; }
     /// Plain passwords, at most 8 characters each.
     const TextEntries& Passwords() const { return m_fields.passwords; }
-    /// True when a relay key stands more than once in that section of relays or passwords.
+    /// True when a relay key occurs more than once in that section of relays or passwords.
     bool HasDuplicates(std::string_view section) const {
         const auto& sections = m_fields.sectionsWithDuplicates;
         return std::find(sections.begin(), sections.end(), section) != sections.end();
     }
     /// All of it, for the rules, which name fields.
     const SRuvoConfigFields& Fields() const { return m_fields; }
-    /// Overwrites the plain passwords, which nobody needs after the last relay.
+    /// Overwrites the plain passwords, which are not needed after the last relay.
     void WipePasswords() {
         for (auto& [key, password] : m_fields.passwords) {
             WipeText(password);

@@ -1,4 +1,4 @@
-// The scrambled form in which relay passwords stand in the INI file: key index and length as one hexadecimal
+// The scrambled form of relay passwords in the INI file: key index and length as one hexadecimal
 // digit each, then the two enciphered words of the password's 8-byte block as ten decimal digits each.
 #pragma once
 

@@ -49,7 +49,7 @@ LinkStatus CP32Wrap::CreateInstance() {
     }
     try {
         const auto wrap = std::make_shared<CP32Wrap>(CKey());
-        StoreSingleton(wrap); // before the server is told of the sink, which looks the client up
+        StoreSingleton(wrap); // before the server knows the sink, which looks the client up
         if (wrap->m_channel.Connect(Singleton().sink)) {
             return kLinkGood;
         }

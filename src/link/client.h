@@ -22,7 +22,7 @@ namespace ruvo {
 /// report is about.
 class CP32Wrap : public std::enable_shared_from_this<CP32Wrap> {
 public:
-    /// Starts the server and connects the event sink; 0, or 255 with no object left behind.
+    /// Starts the server and connects the event sink; 0, or 255 with no object left.
     static LinkStatus CreateInstance();
     /// Lets the server go. A running command is aborted first; a command that is still on its way out keeps
     /// the object alive until it is through, and gets status 255 for what it asks then. Out of a report on a

@@ -26,7 +26,7 @@ public:
     CTrialFolder(const CTrialFolder&) = delete;
     CTrialFolder& operator=(const CTrialFolder&) = delete;
     ~CTrialFolder() {
-        try { // a level that others took away meanwhile was made again, and stands here twice
+        try { // a level that others removed meanwhile was made again, and is listed twice
             std::for_each(m_made.rbegin(), m_made.rend(), RemoveEmptyFolder);
         } catch (const std::bad_alloc&) { // NOLINT(bugprone-empty-catch): an empty folder stays
         }

@@ -12,7 +12,7 @@
 
 namespace ruvo {
 
-/// Why a file operation failed, as far as callers tell failures apart.
+/// Why a file operation failed, as far as callers distinguish failures.
 enum class EFileFailure : std::uint8_t {
     None,
     Other,
@@ -27,7 +27,7 @@ enum class EFileFailure : std::uint8_t {
     Exists,   ///< what was to be made is there already
 };
 
-/// Outcome of a file operation: what kind of failure, and the system's own code behind it.
+/// Outcome of a file operation: what kind of failure, and the system's own code for it.
 struct [[nodiscard]] SFileResult {
     EFileFailure failure = EFileFailure::None;
     long systemCode = 0;

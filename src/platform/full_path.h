@@ -1,5 +1,5 @@
 // Full paths. Path texts are Windows-form everywhere in the program. On POSIX drive C: is the root "/",
-// "\" and "/" are both separators on the way in, and "\" stands in what comes out: /srv/ev is C:\srv\ev.
+// "\" and "/" are both separators on the way in, and "\" is in the result: /srv/ev is C:\srv\ev.
 // Other drives and network names do not exist there.
 #pragma once
 
@@ -19,7 +19,7 @@ std::string FullPath(const std::string& path);
 /// Empty when nothing can exist there.
 std::string SystemPath(const std::string& fullPath);
 
-/// A path as it is shown to people: in the system's own form where it has one, else as it stands.
+/// A path as it is shown to people: in the system's own form where it has one, else unchanged.
 std::string DisplayPath(const std::string& path);
 
 } // namespace ruvo

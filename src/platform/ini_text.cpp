@@ -70,7 +70,7 @@ CIniText CIniText::Parse(std::string_view text) {
         text.remove_prefix(kByteOrderMark.size());
     }
     CIniText parsed;
-    parsed.m_sections.emplace_back(); // what stands before any header
+    parsed.m_sections.emplace_back(); // what precedes any header
     for (std::size_t number = 1; !text.empty(); ++number) {
         parsed.ParseLine(WithoutBlanks(NextLine(text)), number);
     }
@@ -152,7 +152,7 @@ const SIniEntry* CIniText::FindEntry(std::string_view section, std::string_view 
     key = WithoutBlanks(key);
     for (const SIndexRow& row : RowsOf(m_entryIndex, HashName(section, key))) {
         if (IsMatch(row, section, key)) {
-            // The first match of the whole file; reading sees it only when it stands in the first such
+            // The first match of the whole file; reading sees it only when it is in the first such
             // section.
             const SIniSection& found = m_sections[row.section];
             return FindSection(section) == &found ? &found.entries[row.entry] : nullptr;

@@ -43,7 +43,7 @@ public:
     static CIniText Parse(std::string_view text);
 
     /// All sections in the order of the file, repeated names included; the first has no name and holds what
-    /// stands before any header.
+    /// precedes any header.
     const std::vector<SIniSection>& Sections() const { return m_sections; }
 
     /// The first section of that name, the only one that reading looks at; null when there is none.

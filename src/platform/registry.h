@@ -1,4 +1,4 @@
-// The registry, read only. On POSIX two files in INI form stand in for it, the section being the key path:
+// The registry, read only. On POSIX two files in INI form replace it, the section being the key path:
 // per user $XDG_CONFIG_HOME/ruvo/registry.ini (or the file RUVO_REGISTRY_USER names), per machine
 // /etc/ruvo/registry.ini (or RUVO_REGISTRY_MACHINE). "dword:00000001" is a number, any other text its bytes.
 #pragma once

@@ -165,7 +165,7 @@ def test():
     print(f"Killed before a day file grew: {killer.untouched}; after: {killer.grown}, of which cut as by a power failure: "
           f"{killer.cut}.")
     print(f"Visits brought in from a journal: {killer.recoveries}.")
-    print(f"Torn files mended, or told and read: {killer.torn}, of which {killer.torn_by_kill} by the kill alone. "
+    print(f"Torn files repaired, or reported and read: {killer.torn}, of which {killer.torn_by_kill} by the kill alone. "
           f"{time.monotonic() - begun:.0f} s.")
 
 

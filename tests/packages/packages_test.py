@@ -47,7 +47,7 @@ class Machine:
 
 
 def refuse_what_is_used():
-    """What an earlier test left that was killed may go; what somebody uses may not."""
+    """Removes what a killed test left, but nothing that is in use."""
     user = run("getent", "passwd", "ruvo").returncode == 0
     package = run("dpkg-query", "-W", "ruvo").returncode == 0
     if not MARK.exists() and (user or package or os.path.exists("/etc/ruvo") or os.path.exists("/var/lib/ruvo")):

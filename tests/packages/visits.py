@@ -110,7 +110,7 @@ def look_at_files_of_others(work):
 
 
 def look_at_environment(work):
-    """Lines of the environment reach the programs and nothing else; what is no such line is told, and the visit is made."""
+    """Lines of the environment reach the programs and nothing else; any other line is reported, and the visit is made."""
     whole = ENVIRONMENT.read_text("utf-8")
 
     def visited_with(what, status, line):

@@ -141,8 +141,8 @@ TEST(Files, AreListedNamedAndCopiedSafely) {
                 seteuid(user) == 0);
 }
 
-// Another exchange ends between this one's opening and its lock, and a stranger takes the new file away.
-TEST(FileExchange, GoesOnWithTheFileThatNowHasTheName) {
+// Another replacement ends between this one's opening and its lock, and another user removes the new file.
+TEST(FileReplacement, GoesOnWithTheFileThatNowHasTheName) {
     using namespace file_replacement;
     const CScratchFolder folder;
     const std::string path = folder.Write("f", "old");

@@ -8,7 +8,7 @@ counts = {"passed": 0, "failed": 0}
 
 
 def check(what, good, seen=""):
-    """Counts; what failed is told, with what was seen."""
+    """Counts; a failure is reported with what was seen."""
     counts["passed" if good else "failed"] += 1
     if not good:
         print(f"FAILED: {what}: {str(seen)[:4000]}", flush=True)

@@ -39,7 +39,7 @@ class Substation:
         (self.folder / "substation.toml").write_text("\n".join(parts) + "\n", "utf-8")
 
     def write_ini(self, *lines):
-        """What stands behind the paths, a line each."""
+        """What follows the paths, a line each."""
         start = ["[RUVO_GENERAL]", f"EventRootDir={self.events}", f"ErrorLogPathname={self.folder}/log"]
         (self.folder / "site.ini").write_text("\n".join([*start, *lines]) + "\n", "utf-8")
 

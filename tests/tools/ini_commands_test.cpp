@@ -85,8 +85,8 @@ TEST_F(IniCommands, EditPasswordsAndFullOrOddFiles) {
     EXPECT_EQ(Text(), full.insert(full.find('=') + 1, "9"));
 }
 
-// Nor does a folder that lets others into its new files let them into an exchanged one.
-TEST_F(IniCommands, ExchangeKeepsLinksPermissionsAndOwner) {
+// Nor does a folder whose new files others may read open a replaced file to them.
+TEST_F(IniCommands, ReplacementKeepsLinksPermissionsAndOwner) {
     const std::string list("\2\0\0\0\1\0\7\0\xFF\xFF\xFF\xFF\2\0\4\0\xFC\xFF\0\0\4\0\5\0\xFF\xFF\xFF\xFF"
                            "\20\0\7\0\xFF\xFF\xFF\xFF\40\0\0\0\xFF\xFF\xFF\xFF",
                            44);
@@ -117,7 +117,7 @@ TEST_F(IniCommands, ExchangeKeepsLinksPermissionsAndOwner) {
     std::filesystem::create_hard_link(m_file, m_folder.Native("twin"));
     EXPECT_NE(Tool("password set INI RV001").error.find("hard link"), std::string::npos);
     std::filesystem::remove(m_folder.Native("twin"));
-    const pid_t child = fork(); // somebody who may read the file and write the folder, but not the file
+    const pid_t child = fork(); // a user who may read the file and write the folder, but not the file
     if (child == 0) {
         const bool isOther = chmod(m_file.c_str(), 0444) == 0 &&
                              chmod(m_folder.Native().c_str(), 0777) == 0 && (!isRoot || seteuid(65532) == 0);
@@ -131,8 +131,8 @@ TEST_F(IniCommands, ExchangeKeepsLinksPermissionsAndOwner) {
         EXPECT_NE(entry.path().extension(), ".tmp") << entry.path(); // nothing is left beside it
 }
 
-// Somebody who may write the folder puts links in the new file's place, in time for each step.
-TEST_F(IniCommands, ExchangeIsNotSteeredIntoAnotherFile) {
+// Another user who may write the folder puts links in the new file's place, in time for each step.
+TEST_F(IniCommands, ReplacementIsNotRedirectedToAnotherFile) {
     m_folder.Write("victim", "v");
     m_folder.Write("site.ini", "old");
     const auto swapNew = [&] {
@@ -147,10 +147,10 @@ TEST_F(IniCommands, ExchangeIsNotSteeredIntoAnotherFile) {
     for (int round = 0; round < 100; ++round)
         static_cast<void>(CSecretFileReplacement().Prepare(m_folder.Path("site.ini"), "new"));
     attacker = {};
-    CSecretFileReplacement exchange;
-    EXPECT_TRUE(exchange.Prepare(m_folder.Path("site.ini"), "new").Good());
+    CSecretFileReplacement replacement;
+    EXPECT_TRUE(replacement.Prepare(m_folder.Path("site.ini"), "new").Good());
     swapNew();
-    EXPECT_EQ(exchange.Commit("old").failure, EAccessFailure::NotReplaced);
+    EXPECT_EQ(replacement.Commit("old").failure, EAccessFailure::NotReplaced);
     EXPECT_EQ(m_folder.Read("victim") + Text(), "vold");
 }
 

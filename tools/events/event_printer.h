@@ -10,7 +10,7 @@
 
 namespace ruvo {
 
-/// The day file that is being read: its path as typed or found, and the relay that its name tells. UTF-8.
+/// The day file that is being read: its path as typed or found, and the relay that its name contains. UTF-8.
 struct SEventSource {
     std::string file;
     std::string relay;
@@ -21,7 +21,7 @@ struct SEventSource {
 class IEventPrinter {
 public:
     virtual ~IEventPrinter() = default;
-    /// What stands before everything else.
+    /// What is printed before everything else.
     virtual void PrintHead(std::string& out) = 0;
     virtual void PrintRecord(std::string& out, const SEventSource& source, const SDayFileItem& item) = 0;
     virtual void PrintDamage(std::string& out, const SEventSource& source, const SDayFileDamage& damage) = 0;

@@ -12,7 +12,7 @@ namespace ruvo {
 
 namespace {
 
-constexpr std::size_t kTimeWidth = 24; ///< and a mark behind it
+constexpr std::size_t kTimeWidth = 24; ///< and a mark after it
 constexpr std::size_t kIndent = 6;
 constexpr std::size_t kNarrowestColumn = 8;
 constexpr std::string_view kGap = "  ";

@@ -75,7 +75,7 @@ std::string ValueText(const CCell& cell) {
 
 SCellTexts CellTexts(const CCell& cell) {
     std::string label = cell.GetLabelText();
-    // A value that does not suit leaves the template as it stands.
+    // A value that does not suit leaves the template unchanged.
     const bool isValue = !cell.HasFormat() && HasConversion(cell.GetLabelTemplate()) &&
                          IsValue(cell.GetValue()) && label != cell.GetLabelTemplate();
     return isValue ? SCellTexts{.label = {}, .value = std::move(label)}

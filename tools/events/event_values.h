@@ -8,7 +8,7 @@
 
 namespace ruvo {
 
-/// The cell that stands for the event's value, which knows its strings; null when the record has none.
+/// The cell that holds the event's value, which knows its strings; null when the record has none.
 [[nodiscard]] const CCell* ValueCell(const CEventRecord& record);
 /// The cell's value by its label's format where that shows it, else by the one of its kind; empty when it
 /// holds none.
@@ -21,7 +21,7 @@ struct SCellTexts {
 };
 [[nodiscard]] SCellTexts CellTexts(const CCell& cell);
 
-/// The event's text, and what relays write into it that the text itself does not show: all behind a "%" that
+/// The event's text, and what relays write into it that the text itself does not show: all after a "%" that
 /// was taken for a value's format, or the whole of a text that could not be formatted.
 [[nodiscard]] std::string EventLine(const CEventRecord& record);
 /// The event's own value; empty for none.

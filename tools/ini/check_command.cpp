@@ -68,7 +68,7 @@ EResultCode TryCommsServer(std::vector<SDiagnostic>& causes) {
     return EResultCode::CommsServerFailed;
 }
 
-/// Warns about the places that a run writes. Where no folder can be made, its links are not looked at.
+/// Warns about the places that a run writes. Where no folder can be created, its links are not checked.
 std::vector<SDiagnostic> FindTroubledPlaces(const std::string& eventRoot, EResultCode code) {
     std::vector<SDiagnostic> places;
     const auto add = [&](const std::vector<SDiagnostic>& found) {

@@ -1,4 +1,4 @@
-// Where in an INI file the cause of a result code stands, and what is odd in it beyond what the rules refuse.
+// Where in an INI file the cause of a result code is, and what is unusual in it beyond what the rules refuse.
 #pragma once
 
 #include "config/result_code.h"
@@ -20,7 +20,7 @@ struct SDiagnostic {
 };
 
 /// The lines that a result code is about, with what is wanted there; empty for success. A text of the file is
-/// told as it is, but for passwords.
+/// shown unchanged, except for passwords.
 [[nodiscard]] std::vector<SDiagnostic> ExplainResultCode(EResultCode code, const CIniText& ini);
 
 /// What loading passes over in silence and its author will not have meant, in line order.

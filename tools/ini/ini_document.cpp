@@ -37,8 +37,8 @@ std::string_view LineEndAt(std::string_view text, std::size_t at) {
     return text.substr(at, text.substr(at).starts_with("\r\n") ? 2 : 1);
 }
 
-/// Of the section's last line before the place where the key belongs: behind the last relay key below it, or
-/// else behind what the section says at its head.
+/// Of the section's last line before the place where the key belongs: after the last smaller relay key, or
+/// else after the section's head.
 std::size_t LineBefore(const SIniSection& section, std::string_view key) {
     std::size_t line = 0;
     std::size_t head = section.line; // an empty line ends it: what follows may be the next section's heading
@@ -97,7 +97,7 @@ void CIniDocument::Remove(std::string_view section, std::string_view key) {
     if (found == nullptr) {
         return;
     }
-    // In one pass: a key may stand in every line.
+    // In one pass: every line may hold a key.
     SLine line = Line(0);
     std::string text = m_text.substr(0, line.next);
     std::string bytes = m_bytes.substr(0, ByteAt(line.next));

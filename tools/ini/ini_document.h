@@ -22,7 +22,7 @@ public:
     /// Why these bytes cannot be edited and stay what they are; empty when they can.
     std::string_view WhyNotEditable() const;
 
-    /// Gives the entry that is read a new value, in its place; makes the entry when there is none: behind the
+    /// Replaces the value of the entry that is read; adds the entry when there is none: after the
     /// relay key before it in its section, and the section at the end of the file.
     void Set(std::string_view section, std::string_view key, std::string_view value);
     /// Takes every line of the key out of the section that is read. None of them would be missed, and the
@@ -30,11 +30,11 @@ public:
     void Remove(std::string_view section, std::string_view key);
 
 private:
-    /// Where a line stands in the text.
+    /// Where a line is in the text.
     struct SLine {
         std::size_t begin = 0;
         std::size_t end = 0;  ///< of what it says
-        std::size_t next = 0; ///< behind its line end
+        std::size_t next = 0; ///< after its line end
     };
 
     void Splice(std::size_t begin, std::size_t end, std::string_view with);

@@ -34,7 +34,7 @@ constexpr std::array kFailureTexts{
                  "cannot create a file in that folder; use an existing, writable folder"},
     SFailureText{
         EAccessFailure::PermissionsNotKept,
-        "cannot give the new file the owner and permissions of the old one; run as the file's owner or as root"},
+        "cannot set the owner and permissions of the old file on the new one; run as the file's owner or as root"},
     SFailureText{EAccessFailure::InUse,
                  "the file is being edited by another process; nothing was changed, try again"},
     SFailureText{EAccessFailure::Changed,
@@ -96,19 +96,19 @@ std::string ResultCodeText(EResultCode code, const CIniText& ini) {
     return text;
 }
 
-int Exchange(const std::string& path, const std::string& oldBytes, const CIniDocument& document,
-             SConsole& console) {
-    CSecretFileReplacement exchange;
-    SAccessResult result = exchange.Prepare(path, document.Bytes());
+int ReplaceIni(const std::string& path, const std::string& oldBytes, const CIniDocument& document,
+               SConsole& console) {
+    CSecretFileReplacement replacement;
+    SAccessResult result = replacement.Prepare(path, document.Bytes());
     if (!result.Good()) {
         return Refuse(console, AccessFailureText(result));
     }
-    const EResultCode after = RulesCode(exchange.NewPath());
+    const EResultCode after = RulesCode(replacement.NewPath());
     if (after != EResultCode::Success && RulesCode(path) == EResultCode::Success) {
         return Refuse(console,
                       "the file would no longer pass check: " + ResultCodeText(after, document.Ini()));
     }
-    result = exchange.Commit(oldBytes);
+    result = replacement.Commit(oldBytes);
     if (!result.Good()) {
         return Refuse(console, AccessFailureText(result));
     }
@@ -145,7 +145,7 @@ int EditIniFile(const std::string& typedPath, SConsole& console, const MakeIniPl
         if (const std::string_view mistake = ApplyAll(document, plan.edits); !mistake.empty()) {
             return Refuse(console, mistake);
         }
-        if (const int status = Exchange(path, bytes, document, console); status != kExitGood) {
+        if (const int status = ReplaceIni(path, bytes, document, console); status != kExitGood) {
             return status;
         }
     }

@@ -1,4 +1,4 @@
-// Editing an INI file where it lies: entry by entry, the rest untouched, the file exchanged as a whole.
+// Editing an INI file in place: entry by entry, the rest untouched, the file replaced as a whole.
 #pragma once
 
 #include "platform/file_replacement.h"
@@ -27,9 +27,9 @@ struct SIniPlan {
 };
 using MakeIniPlan = std::function<SIniPlan(const CIniText& ini)>;
 
-/// Reads the file, asks for the plan, and exchanges the file for one that says the same but for the plan's
-/// edits. Refuses what would make a file that passes the rules fail them, and a file that someone else
-/// changed meanwhile. Says the outcome, and returns the exit status.
+/// Reads the file, asks for the plan, and replaces the file by one that differs only in the plan's edits.
+/// Refuses what would make a file that passes the rules fail them, and a file that another process changed
+/// meanwhile. Says the outcome, and returns the exit status.
 int EditIniFile(const std::string& typedPath, SConsole& console, const MakeIniPlan& makePlan);
 
 /// What to do about a failure, for people.

@@ -26,7 +26,7 @@ bool IsBeyondAscii(char c) {
 }
 
 bool ReadPipedLine(std::istream& in, std::string& line) {
-    line.reserve(kLongestLine + 1); // growing would leave copies behind
+    line.reserve(kLongestLine + 1); // growing would leave copies in memory
     char c = '\0';
     bool isRead = false;
     while (line.size() <= kLongestLine && in.get(c)) {

@@ -66,7 +66,7 @@ void AppendEntries(std::string& text, const SNewSite& site, std::span<const SEnt
     }
 }
 
-/// The keys of a link whose value is hardly ever another one.
+/// The keys of a link whose default is nearly always right.
 std::string UsualEntries(ELink link) {
     constexpr const SGeneralKey& kFrames = GeneralKey("ElevenBits");
     constexpr const SGeneralKey& kCodes = GeneralKey("TAPI_UseCountryAndAreaCodes");

@@ -1,4 +1,4 @@
-// What an event is about, as far as its words tell.
+// What an event is about, as far as its words show.
 #pragma once
 
 #include <cstddef>

@@ -35,7 +35,7 @@ std::string NamedFlags(const CEventRecord& record) {
     return cell != nullptr ? SetBitsText(*cell) : std::string();
 }
 
-/// The words that tell the kind: the event's own, else those of its flags.
+/// The words that show the kind: the event's own, else those of its flags.
 EEventKind KindOf(const CEventRecord& record) {
     const EEventKind kind = EventKindOf(ReadableRelayLine(EventLine(record)));
     return kind != EEventKind::Other ? kind : EventKindOf(ReadableRelayLine(NamedFlags(record)));

@@ -15,7 +15,7 @@
 
 namespace ruvo {
 
-/// What stands above everything else. UTF-8.
+/// What is shown above everything else. UTF-8.
 struct SReportHead {
     std::string title;
     std::string made;  ///< "2026-11-16T23:30Z"
@@ -47,7 +47,7 @@ private:
     using Index = CTextPool::Index;
     using Indexes = std::vector<Index>;
 
-    /// An event; what many have in common is kept once, behind an index.
+    /// An event; what many have in common is kept once and referred to by index.
     struct SEvent {
         bool hasTime = true;
         std::int64_t time = 0; ///< milliseconds since 1970 as the relay's clock counts; without a time, the

@@ -17,7 +17,7 @@ bool IsSeparatorAt(std::string_view text, std::size_t at) {
 
 } // namespace
 
-// The characters stand inside JSON's strings alone, so that the escape may be put in their place blindly.
+// The characters occur only inside JSON's strings, so that each can simply be replaced by its escape.
 void AppendScriptJson(std::string& out, std::string_view json) {
     constexpr std::string_view kSuspects = "<>&\xE2";
     std::size_t done = 0;

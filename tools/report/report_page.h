@@ -7,8 +7,8 @@
 
 namespace ruvo {
 
-/// The page in front of its data and behind it, compiled in from the files of tools/report/page. The data
-/// stands in a script element of a type that no browser runs.
+/// The page before and after its data, compiled in from the files of tools/report/page. The data is in a
+/// script element of a type that no browser runs.
 [[nodiscard]] std::span<const std::string_view> PageBeforeData();
 [[nodiscard]] std::span<const std::string_view> PageAfterData();
 

@@ -20,7 +20,7 @@ public:
                                         bool& repeat, const std::string& message, CellAddress cell) = 0;
 
 protected:
-    ~IPasswordCheck() = default; // nobody deletes a check through this interface
+    ~IPasswordCheck() = default; // a check is never deleted through this interface
 };
 
 } // namespace ruvo

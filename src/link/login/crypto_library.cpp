@@ -22,7 +22,7 @@ bool IsAbsolute(const std::string& name) {
     return network || (IsLetter(name[0]) && name[1] == ':' && name[2] == '\\');
 }
 
-/// The names that the pattern "^testhost*.+exe$" matches: its last "t" may be absent, but something stands
+/// The names that the pattern "^testhost*.+exe$" matches: its last "t" may be absent, but there is something
 /// before the ending.
 bool IsTestHost(std::string_view name) {
     constexpr std::string_view kStart = "testhos";

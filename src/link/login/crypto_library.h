@@ -33,8 +33,8 @@ private:
     static SState& State();
 };
 
-/// Full path of a provider file: an absolute name is itself, any other stands in the folder of the
-/// executable, or in the current folder, when it can be read there and the executable is a test host.
+/// Full path of a provider file: an absolute name is itself, any other is in the folder of the executable, or
+/// in the current folder, when it can be read there and the executable is a test host.
 std::string ResolveCryptoLibraryPath(const std::string& name, const std::string& executablePath,
                                      const std::string& currentFolder);
 

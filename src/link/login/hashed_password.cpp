@@ -59,7 +59,7 @@ CParlaneHashedPassword::~CParlaneHashedPassword() {
 
 bool CParlaneHashedPassword::Hash(const CSecret& first, const CSecret& second, int mode,
                                   DigestText& digest) const {
-    // Once, here, so that a missing provider is told of once and not for each digest.
+    // Once, here, so that a missing provider is reported once and not for each digest.
     if (CryptoLibrary::Initialize() != CryptoLibrary::kLoaded) {
         return false;
     }
@@ -74,7 +74,7 @@ bool CParlaneHashedPassword::Hash(const CSecret& first, const CSecret& second, i
     const bool made =
         CryptoLibrary::MakeKeyedDigest(password, first.Text(), unsalted) &&
         CryptoLibrary::MakeKeyedDigest(BytesOf(unsalted.data(), unsalted.size()), m_salt.data(), digest);
-    WipeBytes(unsalted.data(), unsalted.size()); // whoever has it can log in with any salt
+    WipeBytes(unsalted.data(), unsalted.size()); // it is enough to log in with any salt
     return made;
 }
 

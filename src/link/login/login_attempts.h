@@ -1,4 +1,5 @@
-// What all logins share: attempts until one is accepted, and what the application is told of each answer.
+// What all logins share: attempts until one is accepted, and what is reported to the application of each
+// answer.
 #pragma once
 
 #include "link/callbacks.h"
@@ -18,7 +19,7 @@ struct SLoginParts {
     CSecurityCells& cells;
 };
 
-/// What is read after an answer, to tell the application more about it.
+/// What is read after an answer, to report more about it to the application.
 enum class ELoginFollowUp : std::uint8_t { None, AttemptsLeft, AttemptsLeftOrBlocked, BlockingTime };
 
 /// How one answer of the relay is reported.
@@ -29,7 +30,7 @@ struct SLoginReplyRow {
     ELoginFollowUp followUp;
 };
 
-/// A flow's name in traces and the answers that it tells apart; any other answer is an unknown error.
+/// A flow's name in traces and the answers that it distinguishes; any other answer is an unknown error.
 struct SLoginFlow {
     const char* name;
     std::span<const SLoginReplyRow> replies;
@@ -39,7 +40,7 @@ extern const SLoginFlow kEncipheredLogin;
 extern const SLoginFlow kUserLogin;
 extern const SLoginFlow kSecondEditionLogin;
 
-/// What the next call of a callback tells of the attempt before it.
+/// What the next call of a callback reports of the attempt before it.
 struct SLoginReport {
     int code = GETPASSWORD_PASS_REQUEST;
     std::int32_t extra = -1;
@@ -48,7 +49,7 @@ struct SLoginReport {
 /// The attempts of one login by one of the flows. Callbacks and reads run without the command lock.
 class CLoginAttempts {
 public:
-    /// One attempt, told of the one before: the relay's answer, or none to give up.
+    /// One attempt, given the result of the one before: the relay's answer, or none to give up.
     using Attempt = std::function<std::optional<LinkStatus>(const SLoginReport& report)>;
 
     /// The parts are borrowed. The cells about attempts and blocking are in `securityColumn`.

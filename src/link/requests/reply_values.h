@@ -17,7 +17,7 @@ namespace ruvo {
 /// in the list.
 [[nodiscard]] bool UnpackValueList(const Variant& variant, CParlaneDataArray& values);
 
-/// Packed values: all of one type and size, back to back. Size 0 stands for exactly one value without bytes;
+/// Packed values: all of one type and size, back to back. Size 0 means exactly one value without bytes;
 /// bytes that do not fill an element are left out.
 [[nodiscard]] bool UnpackPackedValues(const Variant& type, const Variant& size, const Variant& data,
                                       CParlaneDataArray& values);

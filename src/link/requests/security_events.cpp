@@ -14,7 +14,7 @@ namespace ruvo {
 
 namespace {
 
-// Codes that stand in the place of a cell address.
+// Codes used in place of a cell address.
 constexpr std::uint16_t kResetCellCode = 0xFFFD;
 constexpr std::uint16_t kChangeBreakerCode = 0xFFFC;
 constexpr std::uint16_t kCellChangeCode = 0xFFFB;

@@ -1,4 +1,4 @@
-// The comms server's interfaces, as the client sees them. Two connectors stand behind them: a loadable module
+// The comms server's interfaces, as the client sees them. They have two connectors: a loadable module
 // called directly, and the out-of-process COM server.
 #pragma once
 
@@ -30,7 +30,7 @@ public:
 /// `address` is the device address (UI1), `cell` a cell address, column in the high byte (I2), `column` a
 /// column number (UI1). A value is a tagged value [type code][length][data] as a byte array; a value list is
 /// a list of those. Operations named Start... run on after they return: their results are fetched by the
-/// operation Fetch... after the sink has been told of the completion.
+/// operation Fetch... after the completion was reported to the sink.
 class IP32ls {
 public:
     using In = const Variant&;
@@ -83,7 +83,7 @@ public:
     virtual EComResult ModemHangUp(Out status) = 0;                                              // slot 55
 
 protected:
-    ~IP32ls() = default; // the connection owns the server; nobody deletes it through this interface
+    ~IP32ls() = default; // the connection owns the server, which is never deleted through this interface
 };
 
 } // namespace ruvo

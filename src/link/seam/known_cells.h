@@ -30,7 +30,7 @@ inline constexpr CellAddress kSecurityColumn = 0xBF12; ///< number of the cyber-
 inline constexpr CellAddress kLoginProbe = 0xBF15;     ///< written to make the relay ask for its password
 } // namespace cells
 
-/// Rows with a fixed meaning in a column whose number the relay tells.
+/// Rows with a fixed meaning in a column whose number the relay reports.
 namespace rows {
 inline constexpr std::uint8_t kSelectRecord = 0x01; ///< of a record column: selects the record when written
 // The others are of the cyber-security column.

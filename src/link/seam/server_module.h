@@ -10,7 +10,7 @@ namespace ruvo {
 
 class CModule;
 
-/// What the module's entry point returns. The version stands first, so that a client can always read it.
+/// What the module's entry point returns. The version comes first, so that a client can always read it.
 struct SServerModule {
     std::uint32_t interfaceVersion; ///< kServerInterfaceVersion of the headers that the module was built with
     IServerConnection* (*Connect)(); ///< a new connection, or null; released with Disconnect

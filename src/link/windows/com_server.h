@@ -50,7 +50,7 @@ public:
     CComServer(CComPointer<::IP32ls> server, std::function<void()> commandLost)
         : m_server(std::move(server)), m_watch(m_server, std::move(commandLost)) {}
 
-    /// To be told of the completion of a started command, before the client is.
+    /// Called on the completion of a started command, before the client is.
     void CommandEnded() { m_watch.CommandEnded(); }
 
     EComResult OpenPort(In port, In parameters, Out status) override {

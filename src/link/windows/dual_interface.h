@@ -1,4 +1,4 @@
-// What every object of ours behind a dual interface has in common: the counting of references, and late-bound
+// What all our objects with a dual interface have in common: the counting of references, and late-bound
 // calls by the interface's description in the type library.
 #pragma once
 

@@ -16,11 +16,11 @@ std::string ExplainServerFailure() {
     const HRESULT result = CoCreateInstance(CLSID_P32LS, nullptr, kAnyServer, IID_IUnknown,
                                             reinterpret_cast<void**>(object.Receive()));
     if (SUCCEEDED(result)) {
-        return "the registered comms server was made, but it refused to start";
+        return "the registered comms server was created, but it refused to start";
     }
     std::array<char, 16> code{};
     std::snprintf(code.data(), code.size(), "%08lX", static_cast<unsigned long>(result));
-    return "class " + std::string(kServerClassId) + " cannot be made: " + SystemErrorText(result) + " (" +
+    return "class " + std::string(kServerClassId) + " cannot be created: " + SystemErrorText(result) + " (" +
            code.data() + ")";
 }
 

@@ -11,7 +11,7 @@
 namespace ruvo {
 
 /// A call that is in progress fails when the server's process goes; a command that has been started and whose
-/// completion is awaited would not: nothing calls the server then, and nobody else would ever end the wait.
+/// completion is awaited would not: nothing calls the server then, and nothing else would ever end the wait.
 /// So the watch calls the server once in a while, as long as such a command runs.
 class CServerWatch {
 public:

@@ -1,4 +1,4 @@
-// The compiler's check that every operation stands in its slot: a wrong vtable would call something else.
+// The compiler's check that every operation is in its slot: a wrong vtable would call something else.
 #define CINTERFACE // the interfaces as tables of functions, whose offsets can be asked for
 #include "link/windows/com_headers.h"
 

@@ -1,5 +1,5 @@
 // One item of the relay's menu: a label, a value with its limits, and the knowledge of how to show and check
-// it. Cells belong to one thread at a time and are owned by whoever made them (factory or Clone) or by a
+// it. Cells belong to one thread at a time and are owned by their creator (factory or Clone) or by a
 // CCellList.
 #pragma once
 
@@ -53,7 +53,7 @@ public:
     virtual ~CCell() = default;
 
     /// Label and value for reading: both cleaned, one blank between them; a template without a format part is
-    /// formatted as it stands.
+    /// formatted unchanged.
     [[nodiscard]] virtual std::string GetText() const;
     /// As GetText with nothing cleaned, so that display control characters survive.
     [[nodiscard]] virtual std::string GetRawText() const;
@@ -84,7 +84,7 @@ public:
     [[nodiscard]] int GetAttributeA() const { return m_head.attributeA; }
     [[nodiscard]] int GetAttributeB() const { return m_head.attributeB; }
     [[nodiscard]] bool LimitsApply() const { return m_head.limitsApply != 0; }
-    /// True when the template holds a conversion behind a label.
+    /// True when the template holds a conversion after a label.
     [[nodiscard]] bool HasFormat() const { return m_split < m_head.labelTemplate.size(); }
 
 protected:

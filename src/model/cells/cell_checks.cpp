@@ -44,7 +44,7 @@ bool AlignReal(SRealCheck& check, CErrorList& errors) {
     }
     // Decimal steps have no exact binary form: a quotient that is whole but for the rounding of value,
     // minimum and step is aligned. No rounding may excuse half a step. Where the quotient itself is no number
-    // or too large to tell quarters apart, nobody can say.
+    // or too large to distinguish quarters, that is unknown.
     constexpr double kMostExcused = 0.25;
     constexpr double kQuotientError = 0x1p-50;
     const double steps = (check.value - check.minimum) / check.step;

@@ -18,7 +18,7 @@ public:
     /// The digits without trailing zeros; those not given are zeros.
     [[nodiscard]] std::string_view GetDigits() const { return {m_digits.data(), m_count}; }
 
-    /// Keeps the given number of digits; the digit behind them decides, 5 and more round up. A carry out of
+    /// Keeps the given number of digits; the digit after them decides, 5 and more round up. A carry out of
     /// the first digit leaves a single "1" and raises the exponent by one. A negative count leaves zero.
     void Round(int count);
 

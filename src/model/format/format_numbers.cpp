@@ -99,7 +99,7 @@ void WriteNonZeroNumber(const SFormatContext& context, const SConversion& conver
     const SSignificant layout = LayOut(digits, precision);
     const std::string exponent = ExponentText(layout.exponent);
     CFieldText field;
-    field.AddFill(' ', layout.point ? 0 : 1); // stands in for the point, so that columns line up
+    field.AddFill(' ', layout.point ? 0 : 1); // takes the place of the point, so that columns line up
     const std::string_view sign = conversion.GetSign(digits.IsNegative());
     field.AddText(sign.empty() ? " " : sign);
     field.SetZeroPlace();

@@ -41,7 +41,7 @@ CNativeArgument ToNativeArgument(const T& argument) {
     return CNativeArgument(argument);
 }
 
-/// FormatNative with the arguments as they stand: std::int32_t, std::uint32_t, double, SFormatNumber,
+/// FormatNative with the arguments unchanged: std::int32_t, std::uint32_t, double, SFormatNumber,
 /// std::string_view or const char* (null writes "(null)"), CParlaneIEC870.
 template <class... TArguments>
 std::size_t FormatText(const SLocale* locale, char* buffer, std::size_t capacity, std::string_view format,

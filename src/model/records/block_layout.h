@@ -43,13 +43,13 @@ inline constexpr std::size_t kTimeStampSize = kWordSize + 5 * kByteSize;
 
 inline constexpr std::size_t kMaxStoredText = 0xFF;  ///< a longer text is cut
 inline constexpr std::size_t kMaxStoredData = 0xFF;  ///< a longer value cannot be written
-inline constexpr std::size_t kMaxBlockSize = 0xFFFF; ///< bytes behind the length word
+inline constexpr std::size_t kMaxBlockSize = 0xFFFF; ///< bytes after the length word
 
 /// One item of a block: what it is, how it is written, and the bytes of data that it always has.
 struct SBlockItem {
     std::string_view name;
     EItemEncoding encoding;
-    std::size_t dataSize = 0; ///< behind a length byte; 0 where the length may be any
+    std::size_t dataSize = 0; ///< after a length byte; 0 where the length may be any
 };
 
 /// Size of an item whose text or value is empty, unless it is always of one size.
@@ -74,7 +74,7 @@ struct SBlockItem {
     return size;
 }
 
-/// Behind the head of every record's first block. A simple record goes on with its format text and values, an
+/// After the head of every record's first block. A simple record goes on with its format text and values, an
 /// extended one with one empty text.
 inline constexpr std::array kEventItems{
     SBlockItem{"record number", EItemEncoding::Byte},
@@ -104,12 +104,12 @@ inline constexpr std::size_t kTimeStampItem = 2;
 inline constexpr std::size_t kReservedTextItem = 4;
 inline constexpr std::size_t kEventValueItem = kEventItems.size() - 1;
 
-/// Of a first block, behind its head, whose four texts and event value are empty.
+/// Of a first block, after its head, whose four texts and event value are empty.
 inline constexpr std::size_t kMinEventSize = MinimumSize(kEventItems);
 /// Of a cell whose label template and value are empty.
 inline constexpr std::size_t kMinCellSize = MinimumSize(kCellItems);
 
-/// Where an item begins, behind the block's head. Up to the reserved text it is always there.
+/// Where an item begins, after the block's head. Up to the reserved text it is always there.
 [[nodiscard]] constexpr std::size_t EventItemOffset(std::size_t item) {
     return MinimumSize(std::span(kEventItems).first(item));
 }

@@ -30,7 +30,7 @@ std::size_t StoredValueSize(const CParlaneData* value) {
 }
 
 void CBlockWriter::ThrowPastEnd() {
-    throw std::length_error("an event block is larger than its size says");
+    throw std::length_error("an event block is larger than its stated size");
 }
 
 void CBlockWriter::WriteText(std::string_view text) {
@@ -42,7 +42,7 @@ void CBlockWriter::WriteText(std::string_view text) {
 
 void CBlockWriter::WriteValueHead(std::uint32_t typeCode, std::size_t size) {
     if (size > kMaxStoredData) {
-        throw std::length_error("a value is larger than its length byte can say");
+        throw std::length_error("a value is larger than its length byte can state");
     }
     WriteByte(static_cast<std::uint8_t>(typeCode));
     WriteByte(static_cast<std::uint8_t>(size));

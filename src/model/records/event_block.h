@@ -24,7 +24,7 @@ enum class EUnwritable : std::uint8_t {
 };
 
 /// A record that has no binary form; the text says what keeps it back. Position counts values or cells from 0
-/// and is empty when no single one is at fault. The record's DropUnwritable mends it.
+/// and is empty when no single one is at fault. The record's DropUnwritable drops it.
 class CUnwritableRecord : public std::invalid_argument {
 public:
     CUnwritableRecord(EUnwritable item, std::optional<std::size_t> position);

@@ -49,7 +49,7 @@ inline constexpr std::array<SEventKind, 6> kEventKinds{{
     {.hasId = true, .hasRecord = true},
 }};
 
-/// Null for a kind that nobody knows.
+/// Null for an unknown kind.
 [[nodiscard]] constexpr const SEventKind* FindEventKind(std::uint8_t kind) {
     return kind < kEventKinds.size() ? &kEventKinds[kind] : nullptr;
 }

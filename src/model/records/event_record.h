@@ -112,7 +112,7 @@ public:
                        std::unique_ptr<CParlaneData> value, std::string auxText1, std::string auxText2,
                        std::string auxText3, std::uint16_t eventLocation, std::string formatText,
                        CParlaneDataList values);
-    /// From the first block's body behind its record-number byte. Faults go to the errors and make the record
+    /// From the first block's body after its record-number byte. Faults go to the errors and make the record
     /// invalid; it keeps what was read before them. A value of unknown type or size is read as null.
     CSimpleEventRecord(std::span<const std::uint8_t> body, CErrorList& errors);
     CSimpleEventRecord(const CSimpleEventRecord& other);
@@ -142,7 +142,7 @@ public:
                          const CParlaneIEC870& timeStamp, std::string eventText,
                          std::unique_ptr<CParlaneData> value, std::string auxText1, std::string auxText2,
                          std::string auxText3, std::uint16_t eventLocation, CCellList cells);
-    /// As the simple record's; the record number stands before the body. ReadCells adds the second block.
+    /// As the simple record's; the record number precedes the body. ReadCells adds the second block.
     CExtendedEventRecord(std::uint32_t recordNumber, std::span<const std::uint8_t> body, CErrorList& errors);
     CExtendedEventRecord(const CExtendedEventRecord& other);
 
@@ -156,7 +156,7 @@ public:
     [[nodiscard]] virtual std::size_t GetCellBlockSize() const;
     virtual void WriteCellBlock(CBlockWriter& writer, std::size_t blockSize) const;
 
-    /// Appends the cells of the second block's body behind its unique id. A cell that cannot be read makes
+    /// Appends the cells of the second block's body after its unique id. A cell that cannot be read makes
     /// the record invalid and ends the reading.
     void ReadCells(std::span<const std::uint8_t> body, CErrorList& errors);
 

@@ -1,5 +1,5 @@
 // What can go wrong in the relay data model: error objects, collected in the caller's list. Their texts come
-// from the string table: message M and log text M + 1; one that is missing or begins with "-" stands for
+// from the string table: message M and log text M + 1; one that is missing or begins with "-" means
 // none.
 #pragma once
 
@@ -20,7 +20,7 @@ public:
     virtual void GetLogText(std::string& text) const = 0;
     /// The short text, for the user.
     virtual void GetMessageText(std::string& text) const = 0;
-    /// The status value behind the error; 0 when there is none.
+    /// The status value that caused the error; 0 when there is none.
     virtual std::uint32_t GetStatusCode() const { return 0; }
     virtual std::unique_ptr<IError> Clone() const = 0;
 

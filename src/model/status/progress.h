@@ -48,7 +48,7 @@ class CTransferProgressMonitor : public CProgressMonitor {
 public:
     using CProgressMonitor::CProgressMonitor;
 
-    /// Whoever sees a transfer calls this only while IsReportingTransfer().
+    /// To be called only while IsReportingTransfer().
     virtual void ReportTransfer(std::int32_t value) { m_transferred = value; }
 
     bool IsReportingTransfer() const { return m_reportsTransfer; }

@@ -24,7 +24,7 @@ public:
     constexpr CStatus() = default;
     /// A status as the link returns it; its lower 16 bits count.
     explicit constexpr CStatus(std::uint32_t status) : m_value(static_cast<std::uint16_t>(status)) {}
-    /// The status that a device's reply code stands for; 0 is success.
+    /// The status of a device's reply code; 0 is success.
     static CStatus FromReplyCode(std::uint8_t replyCode);
 
     constexpr std::uint16_t GetValue() const { return m_value; }

@@ -28,7 +28,7 @@ std::unique_ptr<CParlaneData> MakeInvalid(Bytes /*data*/) {
     return std::make_unique<CParlaneInvalid>();
 }
 
-/// A type, the sizes in bytes of which it can be made, and how.
+/// A type, its permitted sizes in bytes, and how a value of it is made.
 struct STypeRow {
     std::uint32_t typeCode;
     std::size_t minimumSize;
@@ -74,7 +74,7 @@ std::unique_ptr<CParlaneData> CDataFactory::CreateTagged(Bytes bytes) {
     CByteCursor cursor(bytes);
     std::unique_ptr<CParlaneData> value;
     if (!TakeTagged(cursor, value)) {
-        throw std::invalid_argument("a tagged value is shorter than it says");
+        throw std::invalid_argument("a tagged value is shorter than its stated size");
     }
     return value;
 }

@@ -105,7 +105,7 @@ class CParlaneEncryptedPassword final : public CParlaneData {
 public:
     explicit CParlaneEncryptedPassword(std::span<const std::uint8_t> data);
     /// Enciphers a password of 8 characters with a key of 32 hexadecimal digits. Other lengths are traced as
-    /// errors: missing key digits count as 0; a longer password leaves zeros behind its first 8 characters; a
+    /// errors: missing key digits count as 0; a longer password leaves zeros after its first 8 characters; a
     /// shorter one throws std::invalid_argument.
     CParlaneEncryptedPassword(std::string_view password, std::string_view key);
 

@@ -1,4 +1,4 @@
-// Type codes of data values. They travel on the wire and stand in day files: never renumber.
+// Type codes of data values. They are sent on the wire and stored in day files: never renumber.
 #pragma once
 
 #include <cstdint>

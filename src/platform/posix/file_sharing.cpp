@@ -46,7 +46,7 @@ int MakeNewFile(std::string& native, int flags, unsigned int mode) {
 
 EFileLock CFile::TryLock() {
     // A lock of this opening's own: it outlasts the closing of others of the same file, and it works over
-    // NFS. It stands far beyond any end, where no program asks for the bytes.
+    // NFS. It is far beyond any end, where no program asks for the bytes.
     struct flock place = {};
     place.l_type = F_WRLCK;
     place.l_whence = SEEK_SET;

@@ -368,7 +368,7 @@ bool ListFolder(const std::string& folder, std::vector<SFolderEntry>& entries) {
          it.increment(error)) {
         std::string name = it->path().filename().string();
         std::error_code unknown;
-        // A name with a backslash cannot be told from a path above the seam; it would lead out of the folder.
+        // Above the seam a name with a backslash would be a path, which leads out of the folder.
         if (name.find('\\') == std::string::npos) {
             const std::filesystem::file_status status = it->symlink_status(unknown);
             entries.push_back({std::move(name), std::filesystem::is_directory(status),

@@ -10,7 +10,7 @@ namespace ruvo {
 
 namespace {
 
-// The file that stands in for the user's part, empty when there is nowhere to look.
+// The file that replaces the user's part; empty when no folder for it is known.
 std::string UserFile() {
     constexpr const char* kInConfigFolder = "/ruvo/registry.ini";
     if (const auto named = EnvironmentValue("RUVO_REGISTRY_USER")) {

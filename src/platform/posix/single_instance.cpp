@@ -74,7 +74,7 @@ std::string FileName(std::string_view name) {
     return text;
 }
 
-// Opens a lock file, closed when that fails or something else stands in its place. A link is not followed: it
+// Opens a lock file, closed when that fails or something else has its name. A link is not followed: it
 // could make us create a file anywhere.
 CDescriptor OpenLockFile(const CDescriptor& folder, const std::string& name) {
     constexpr mode_t kOwnerOnly = 0600;

@@ -137,7 +137,7 @@ std::size_t TerminalWidth() noexcept {
 
 std::optional<std::string> ReadHiddenLine(std::string_view prompt) {
     std::optional<std::string> line(std::in_place);
-    line->reserve(kLongestHiddenLine); // growing would leave copies behind
+    line->reserve(kLongestHiddenLine); // growing would leave copies in memory
     EReading reading = EReading::Signal;
     while (reading == EReading::Signal) { // one that the process survives, such as stopping: ask again
         reading = ReadOnce(prompt, *line);

@@ -25,7 +25,7 @@ std::vector<std::string> SplitNames(const std::string& list) {
 
 struct CProfileReader::SState {
     std::string path;
-    std::optional<CIniText> ini; // once somebody has asked for it
+    std::optional<CIniText> ini; // after the first question for it
 };
 
 CProfileReader::CProfileReader(const std::string& path)

@@ -63,7 +63,7 @@ std::optional<std::string> ReadHiddenLine(std::string_view prompt) {
         return std::nullopt;
     }
     std::optional<std::string> line(std::in_place);
-    line->reserve(kLongestHiddenLine); // growing would leave copies behind
+    line->reserve(kLongestHiddenLine); // growing would leave copies in memory
     g_savedMode = mode;
     SetConsoleCtrlHandler(&RestoreEcho, TRUE);
     SetConsoleMode(input, (mode | ENABLE_LINE_INPUT | ENABLE_PROCESSED_INPUT) & ~DWORD{ENABLE_ECHO_INPUT});
