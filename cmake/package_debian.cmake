@@ -75,7 +75,7 @@ set(notices ${linux_files}/debian/copyright /usr/share/doc/libcli11-dev/copyrigh
 add_custom_command(OUTPUT ${copyright}
     COMMAND cat ${notices} >${copyright}
     DEPENDS ${linux_files}/debian/copyright)
-# Whoever packs makes this first; nobody else needs it.
+# Only packaging needs this, and builds it first.
 add_custom_target(package_files DEPENDS ${pages} ${completion} ${changelog} ${copyright})
 add_dependencies(package_files ruvo ruvoctl ruvo_shared oncrpc p32ls HalvexCryptoKit)
 
@@ -125,12 +125,12 @@ line or Ethernet tunnel) through a comms server, and appends the relays' event
 records to one day file per relay and UTC day. Every problem becomes one line
 in an error log; a relay that fails never stops the others.
 .
-This package also has ruvoctl, which makes, edits and checks INI files, tests
+This package also has ruvoctl, which creates, edits and checks INI files, tests
 relays, shows day files as text, JSON, CSV and a page for any browser,
-archives and searches them, and tells a monitoring system how a site is
-doing; a library for other programs, units that visit sites every night, and
+archives and searches them, and reports the state of a site to a monitoring
+system; a library for other programs, units that visit sites every night, and
 a simulated substation to try everything with. The comms server that
-speaks to real relays comes from elsewhere.")
+connects to real relays comes from elsewhere.")
 set(scripts ${linux_files}/debian)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${scripts}/conffiles ${scripts}/postinst ${scripts}/prerm ${scripts}/postrm)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)

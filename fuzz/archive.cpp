@@ -28,7 +28,7 @@ bool HasNoNul(const Json& json) {
                : !json.is_string() || json.get_ref<const std::string&>().find('\0') == std::string::npos;
 }
 
-/// Holds every column against the line of JSON, read by somebody else's code.
+/// Compares every column with the line of JSON, read by another library.
 class CComparer {
 public:
     explicit CComparer(const Json& line) : m_line(line) {}

@@ -66,7 +66,7 @@ void CheckPasswords(const TextEntries& passwords) {
     }
 }
 
-/// A name that ends at a NUL may end in a blank, and then nobody can ask for it.
+/// A name that ends at a NUL may end in a blank, and then it cannot be asked for.
 bool CanBeAskedFor(std::string_view name) {
     return name.empty() || std::string_view(" \t\v\f\x1A").find(name.back()) == std::string_view::npos;
 }

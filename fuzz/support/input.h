@@ -53,7 +53,7 @@ public:
         std::ranges::copy(data, bytes.begin() + 2);
         return bytes;
     }
-    /// The value of a tagged value; null for one that nobody knows.
+    /// The value of a tagged value; null for an unknown one.
     std::unique_ptr<CParlaneData> TakeValue() {
         const std::uint8_t type = TakeByte();
         return CDataFactory::Create(type, TakeBytes(TakeByte()));

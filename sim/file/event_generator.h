@@ -1,4 +1,4 @@
-// Many events from a seed: the same seed gives the same events everywhere.
+// Many events from a seed: the same seed produces the same events everywhere.
 #pragma once
 
 #include "sim/file/substation.h"

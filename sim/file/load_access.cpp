@@ -159,7 +159,7 @@ void ReadUsers(CTableReader& table, SRelay& relay, SAccess& access) {
     access.notSettable = table.Flag("not_settable", false);
 }
 
-// Cells that the file gives are there already and stay: try_emplace throughout.
+// Cells from the file exist already and stay: try_emplace throughout.
 void ReadSecurityColumn(CTableReader& table, SRelay& relay, SAccess& access) {
     access.securityColumn =
         ParseColumn(table.Text("column").value_or(std::string(kDefaultColumn)), table.Line());

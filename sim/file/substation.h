@@ -31,7 +31,7 @@ struct SCell {
 };
 using CellMap = std::map<CellAddress, SCell>;
 
-/// What listing a column gives.
+/// The result of listing a column.
 struct SListing {
     Variant::List locations;
     Variant::List texts;
@@ -130,7 +130,7 @@ struct SSerialPort {
     std::optional<std::string> parameters; ///< the only parameter text that the port takes
     LinkStatus status = kLinkGood;         ///< answer to opening it
 };
-/// A telephone number or an IP address, and the status that calling it gives.
+/// A telephone number or an IP address, and the status of a call to it.
 struct SDestination {
     std::string name;
     LinkStatus status = kLinkGood;

@@ -1,4 +1,4 @@
-// Reads the members of one table by name and type, and finds the members that nobody asked for.
+// Reads the members of one table by name and type, and finds the members that were not asked for.
 #pragma once
 
 #include "link/seam/cell_address.h"

@@ -12,7 +12,7 @@ std::string ProviderIn(const std::string& folder) {
 } // namespace
 
 // The server may be registered from another folder than the program's; the program takes its own provider, so
-// the second place makes both use one where only the program has it.
+// the second place makes both use the same where only the program has one.
 std::vector<std::string> CryptoProviderFiles() {
     const std::string program = ProgramPath();
     return {ProviderIn(CodeFolder()), ProviderIn(program.substr(0, program.rfind('\\')))};

@@ -274,7 +274,7 @@ SAnswer CSimulatedRelay::NextEvent() {
         return StatusAnswer(kReplyNoData);
     }
     const SEvent& event = m_model.events[m_nextEvent % m_model.events.size()];
-    // Gone from here on, whatever becomes of the answer.
+    // Deleted from here on, even when the answer is lost.
     ++m_nextEvent;
     const bool more = event.more.value_or(HasEvents());
     return OutputAnswer(

@@ -16,7 +16,7 @@ public:
     /// Borrows the faults.
     explicit CFaultTable(const std::vector<SFault>& faults);
 
-    /// Counts the call and gives what goes wrong with it: the first fault that hits, the delays of all.
+    /// Counts the call and returns its faults: the first fault that hits, the delays of all.
     /// `relay` is the name of the relay called, or empty.
     SFault Match(const SCall& call, const std::string& relay);
 

@@ -108,7 +108,7 @@ SAnswer CServerCore::CallRelay(const SCall& call, const RelayRequest& request) {
         relay->CountRequest();
         answer = request(*relay);
     }
-    // Remembered even when a fault damages the answer: the relay has let go of the event.
+    // Remembered even when a fault damages the answer: the relay has deleted the event.
     if (call.operation == EOperation::GetEvent && answer.status == kLinkGood) {
         m_state.AddHandedOver(relay->Model().name);
     }

@@ -54,7 +54,7 @@ private:
     void StartRunning(const SCall& call, const SFault& fault, const SAnswer& answer);
     void Finish(LinkStatus status);
     std::string RelayName(const SCall& call);
-    /// A fault's delay as the substation's clock has it pass.
+    /// A fault's delay, scaled by the substation's clock.
     std::chrono::microseconds DelayOf(const SFault& fault) const;
 
     const std::unique_ptr<const SSubstation> m_substation;

@@ -29,7 +29,7 @@ public:
     void RemoveSinks(CSinkFanOut& sinks);
 
     /// Waits until no client has held the process for a while, or until none has called it for `idleLimit`
-    /// and no client can be reached: one that died without a word never gives its references back.
+    /// and no client can be reached: one that was killed never releases its references.
     void WaitUntilUnneeded(Clock::duration idleLimit);
 
 private:

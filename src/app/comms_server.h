@@ -3,7 +3,7 @@
 
 namespace ruvo {
 
-/// The COM runtime and the client of the comms server: started together, let go together.
+/// The COM runtime and the client of the comms server: started together, released together.
 class CCommsServer {
 public:
     CCommsServer() = default;

@@ -57,7 +57,7 @@ std::string BuildResultText(EResultCode result, const SCommandLine& commandLine)
            "\n\n" + std::string(message) + "\n";
 }
 
-/// Whatever ends the start-up or the run, the link is closed and the server let go.
+/// Whatever ends the start-up or the run, the link is closed and the server released.
 void CRuvoApp::Run(std::span<const std::string> arguments) noexcept {
     LogFailures([&] {
         CRunContext context;

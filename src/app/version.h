@@ -3,7 +3,7 @@
 
 namespace ruvo {
 
-/// In four parts, as the files of Windows have it: "1.0.0.0". The build gives it.
+/// In four parts, as in the files of Windows: "1.0.0.0". Set by the build.
 const char* ProgramVersion();
 
 } // namespace ruvo

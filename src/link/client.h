@@ -81,7 +81,7 @@ public:
     void SetDeviceAddress(std::uint8_t address);
     /// Asks the running command, or else the next one, to end with status 18. From any thread.
     void RequestAbort();
-    /// Whether a command was aborted since the program itself is to end; nobody wanted that command to fail.
+    /// Whether a command was aborted because the program itself is to end: that command did not fail.
     bool HasCutShort() const { return m_channel.HasCutShort(); }
 
     // --- reading; output containers are emptied first ---
@@ -108,7 +108,7 @@ public:
                                       CParlaneDataArray& first, CParlaneDataArray& second);
     LinkStatus GetEvent(CProgressMonitor* monitor, std::uint8_t& kind, CParlaneDataArray& values,
                         std::uint8_t& moreEvents);
-    /// True when the last GetEvent was answered with status 0: the relay has let go of that event, even when
+    /// True when the last GetEvent was answered with status 0: the relay has deleted that event, even when
     /// its reply could not be unpacked.
     bool IsEventHandedOver() const { return m_reads.IsEventHandedOver(); }
     /// Never enters a password; `statusByte` is set only by status 0.
@@ -158,7 +158,7 @@ public:
 
     // --- what the relay says of its access control; 0, or 18 with the output as stated ---
     LinkStatus ExtractCSVersion(std::uint32_t& version);
-    /// The number of users as the relay gives it; may be 0 or less, or more than it can have.
+    /// The number of users as the relay states it; may be 0 or less, or more than it can have.
     LinkStatus ExtractCSUsernamesCount(std::int64_t& count);
     LinkStatus ExtractCSAvailableUsernames(std::vector<SUserName>& names);
     /// True where passwords of 32 characters are taken.

@@ -24,8 +24,8 @@ bool HasForbiddenCharacter(const std::string& path);
 /// Removes "\" and "/" from the end of the path.
 void StripTrailingSeparators(std::string& path);
 
-/// The full path of a folder, without separators at its end; empty when it cannot be formed. Whoever joins
-/// something to it has to look at that first: "\name" would be a file in the root of the current drive.
+/// The full path of a folder, without separators at its end; empty when it cannot be formed. Callers that
+/// append to it must check that first: "\name" would be a file in the root of the current drive.
 [[nodiscard]] std::string FullFolderPath(const std::string& folder);
 
 /// True when the path, without trailing separators, is a folder or the root of a drive.
@@ -39,7 +39,8 @@ bool IsExistingFile(const std::string& path);
 /// below is.
 std::string NearestExisting(const std::string& path);
 
-/// Makes one folder; true when it exists afterwards, whoever made it. False for an empty path.
+/// Makes one folder; true when it exists afterwards, no matter which process made it. False for an empty
+/// path.
 bool MakeDirectory(const std::string& path);
 
 /// Makes a folder and every missing one above it, and begins again, three times at most, when one of them is

@@ -68,14 +68,14 @@ EProof ProveFolder(const std::string& folder) {
     return opens ? EProof::Given : wasThere ? EProof::Refuted : EProof::Disturbed;
 }
 
-// A log that somebody begins to write while it is being proven must not be taken from him: he asks for its
-// lock before he writes, and looks then whether the file is still there.
+// A log that another process begins to write during the test must not be removed: that process takes the lock
+// before it writes, and then checks that the file still exists.
 EProof MakeAndRemoveFile(const std::string& filePath) {
     using enum EFileFailure;
     CFile file;
     const SOpenMode mode{.write = true, .create = true, .exclusive = true, .removable = true};
     const SFileResult made = file.Open(filePath, mode);
-    if (!made.Good()) { // the folder is gone, or somebody has made the file
+    if (!made.Good()) { // the folder was removed, or another process created the file
         const bool isDisturbed =
             made.failure == NotFound || made.failure == BadPath || made.failure == Exists;
         return isDisturbed ? EProof::Disturbed : EProof::Refuted;
@@ -93,7 +93,7 @@ EProof ProveFile(const std::string& filePath) {
         return file.Close().Good() ? EProof::Given : EProof::Refuted;
     }
     if (found.failure != EFileFailure::NotFound && found.failure != EFileFailure::BadPath) {
-        // A file that is being removed, which some systems show to nobody, refuses everybody for a moment.
+        // A file that is being removed, which some systems hide, refuses access for a moment.
         const bool isGoing =
             found.failure == EFileFailure::AccessDenied && GetPathKind(filePath) == EPathKind::Missing;
         return isGoing ? EProof::Disturbed : EProof::Refuted;

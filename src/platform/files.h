@@ -89,7 +89,7 @@ public:
     /// Returns when the bytes written are on the disk, not just in the system's cache. A file system that
     /// knows no such thing counts as good.
     SFileResult FlushToDisk();
-    /// Asks for the file's one lock, without waiting; closing gives it back. The file must be open for
+    /// Asks for the file's one lock, without waiting; closing releases it. The file must be open for
     /// writing. Each opening counts for itself, also within one process. The lock does not keep out a
     /// program that does not ask for it, such as a reader.
     EFileLock TryLock();

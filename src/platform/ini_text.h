@@ -20,7 +20,7 @@ bool EqualIniNames(std::string_view left, std::string_view right);
 /// One line of a section that counts as an occurrence of a key.
 struct SIniEntry {
     std::string key;
-    /// As reading gives it: without blanks around it, without one pair of quotes around it. None for a line
+    /// As reading returns it: without blanks around it, without one pair of quotes around it. None for a line
     /// without "=": it counts as an occurrence, but reads as missing.
     std::optional<std::string> value;
     std::size_t line = 0; ///< from 1

@@ -3,8 +3,8 @@
 
 namespace ruvo {
 
-/// Forbids memory dumps of this process, and attaching to it, as far as the system lets a process do so.
-/// A system that refuses is no failure: the program works all the same.
+/// Forbids memory dumps of this process, and attaching to it, as far as the system permits a process to do
+/// so. A system that refuses is no failure: the program works all the same.
 void ProtectProcessMemory() noexcept;
 
 } // namespace ruvo

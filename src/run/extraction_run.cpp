@@ -27,7 +27,7 @@ void LogUnhandled(const std::exception& exception, bool withDetails = true) noex
     WithLogReserve([&] { LogMessage(ExceptionText("Unhandled", exception.what()), withDetails); });
 }
 
-/// Extracts and says in the log whatever came in the way.
+/// Extracts the events, and logs every problem.
 void ExtractAndReport(const CRunContext& context, std::int32_t deviceAddress, CVisitCustody& custody) {
     SExtractionReport report;
     std::optional<LinkStatus> raised;

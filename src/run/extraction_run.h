@@ -11,7 +11,7 @@ namespace ruvo {
 class CRunLedger;
 
 /// Visits every relay in key order. Every problem is logged; none ends the run but a serial or modem link
-/// that cannot be opened. A serial or modem link stays open: whoever started the run closes it.
+/// that cannot be opened. A serial or modem link stays open: the caller closes it.
 void RunExtraction(CRunContext& context);
 
 /// Handles one relay, which the open link reaches: login, then its events. Throws nothing.

@@ -17,7 +17,7 @@ void PrepareLogin(const CRuvoConfig& config, const std::string& key) {
     WipeText(state.currentPassword);
     const TextEntries& passwords = config.Passwords();
     if (const auto password = passwords.find(key); password != passwords.end()) {
-        state.currentPassword = password->second; // no copy on the way, which nobody would wipe
+        state.currentPassword = password->second; // no copy on the way, which would not be wiped
     }
 }
 

@@ -7,7 +7,7 @@
 
 namespace ruvo {
 
-/// Supplies the current password on the first request; on every later call logs what became of it and gives
+/// Supplies the current password on the first request; on every later call logs its outcome and returns
 /// up.
 int PasswordCallback(const SPasswordRequest& request, char** buffer, std::uint32_t maxLength,
                      std::uint32_t* noNotify, int code, std::int32_t extra);

@@ -19,7 +19,7 @@ namespace {
 /// How the extraction labels the cell that it makes of an event's value.
 constexpr std::string_view kValueLabel = "Event Value ";
 constexpr unsigned kFlagBits = 32;
-/// What a record gives for an event's text that does not suit its value.
+/// The text of an event whose format does not suit its value.
 constexpr std::string_view kUnreadable = "????";
 
 /// Whether a format asks for any value: "80% zone" and "110%" hold no conversion that does.

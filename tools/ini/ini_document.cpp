@@ -147,7 +147,7 @@ std::size_t CIniDocument::SizeInBytes(std::string_view text) const {
     return units * kWideSize;
 }
 
-/// Counts as the reader counts; a number beyond the last line gives the last one.
+/// Counts as the reader counts; a number beyond the last line means the last one.
 CIniDocument::SLine CIniDocument::Line(std::size_t number) const {
     const std::size_t start = m_text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
     SLine line{start, start, start};

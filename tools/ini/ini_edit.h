@@ -19,7 +19,7 @@ struct SIniEdit {
     std::optional<std::string> value;
 };
 
-/// What a command wants of a file.
+/// What a command changes in a file.
 struct SIniPlan {
     std::vector<SIniEdit> edits = {}; ///< may be none
     std::string done = {};            ///< what is said once it is done

@@ -70,7 +70,7 @@ public:
     /// From here on an abort ends the entry as a whole: its requests see the abort and leave it there. Their
     /// reports go to `monitor`.
     SBeforeEntry BeginEntry(CProgressMonitor* monitor);
-    /// Puts back what BeginEntry gave. True when the entry was aborted, which uses the abort up unless it
+    /// Restores what BeginEntry returned. True when the entry was aborted, which uses the abort up unless it
     /// ends an entry around this one, too.
     bool EndEntry(const SBeforeEntry& before);
     bool IsEntering() const { return m_abortRule != EAbortRule::Reset; }

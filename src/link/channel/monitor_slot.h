@@ -35,7 +35,7 @@ public:
 
     /// `done` parts out of `total`; nothing when the total is 0.
     void ReportProgress(std::uint32_t done, std::uint32_t total);
-    /// To a monitor that reports transfers, and wants them.
+    /// To a monitor that reports transfers and has asked for them.
     void ReportTransfer(std::int32_t value);
 
 private:

@@ -1,4 +1,4 @@
-// What a request asks after each pass: whether the relay wants a password first.
+// What a request asks after each pass: whether the relay requires a password first.
 #pragma once
 
 #include "link/seam/cell_address.h"

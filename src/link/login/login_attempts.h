@@ -56,7 +56,7 @@ public:
     CLoginAttempts(const SLoginParts& parts, const SLoginFlow& flow, std::uint8_t securityColumn)
         : m_parts(parts), m_flow(flow), m_column(securityColumn) {}
 
-    /// Attempts until one is accepted: its status, or what an attempt gives up with.
+    /// Attempts until one is accepted: its status, or that of the attempt that ended them.
     LinkStatus Run(bool passwordEntered, const Attempt& attempt);
 
     /// Gives up because a callback is missing or declined.
@@ -74,7 +74,7 @@ private:
     SLoginParts m_parts;
     const SLoginFlow& m_flow;
     std::uint8_t m_column;
-    LinkStatus m_givenUp = kLinkAborted; ///< how a login ends whose attempt gives up
+    LinkStatus m_givenUp = kLinkAborted; ///< how a login ends that an attempt abandons
 };
 
 } // namespace ruvo

@@ -21,7 +21,7 @@ public:
         }
         try {
             m_table->Disconnect(m_inner);
-        } catch (...) { // a module that fails while it is let go has been let go
+        } catch (...) { // a module that fails while it is released is released
         }
     }
 

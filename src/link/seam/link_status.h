@@ -12,7 +12,7 @@ inline constexpr LinkStatus kLinkGood = 0;
 inline constexpr LinkStatus kLinkBusy = 7;               ///< another command is in progress
 inline constexpr LinkStatus kLinkNotResponding = 8;      ///< device not connected or not responding
 inline constexpr LinkStatus kLinkWrongParameters = 10;   ///< the command's inputs make no sense
-inline constexpr LinkStatus kLinkCannotOpenPort = 11;    ///< no such port, or another program has it
+inline constexpr LinkStatus kLinkCannotOpenPort = 11;    ///< no such port, or another program uses it
 inline constexpr LinkStatus kLinkBadPortParameters = 12; ///< the port does not take its parameters
 inline constexpr LinkStatus kLinkNothingToClose = 13;    ///< close, with no port open
 inline constexpr LinkStatus kLinkDataNotReady = 14;      ///< fetch, with nothing started or not complete
@@ -65,7 +65,7 @@ inline constexpr LinkStatus kReplyUnknownUser = ReplyStatus(14);
 constexpr bool IsWriteGood(LinkStatus status) {
     return status <= 1;
 }
-/// The device wants a password before it answers.
+/// The device requires a password before it answers.
 constexpr bool IsPasswordRequest(LinkStatus status) {
     return status == kReplyPasswordNeeded || status == kReplyPasswordNeededToo;
 }

@@ -8,7 +8,7 @@
 
 namespace ruvo {
 
-/// A running server and its event connection. The destructor lets go of the server.
+/// A running server and its event connection. The destructor releases the server.
 class IServerConnection {
 public:
     virtual ~IServerConnection() = default;

@@ -33,7 +33,7 @@ SServerPlace FindServerModule();
 
 /// What came of loading a server's module.
 struct SLoadedServer {
-    const SServerModule* table = nullptr; ///< as the module gives it; null for none of this version
+    const SServerModule* table = nullptr; ///< as the module returns it; null for none of this version
     std::string failure;                  ///< why there is no table; begins with the file that was tried
 };
 SLoadedServer LoadServerModule(const std::string& path, CModule& module);

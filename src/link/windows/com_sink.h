@@ -32,7 +32,7 @@ private:
     bool m_closed = false;
 };
 
-/// Forwards to the client's sink. The server may hold it for longer than the client wants to hear of it, so
+/// Forwards to the client's sink. The server may hold it for longer than the client needs it, so
 /// the client detaches from it. Its methods run on threads of the COM runtime, several at a time.
 class CComSink final : public CDualInterface<::IP32lsSink_v2> {
 public:

@@ -6,7 +6,7 @@
 
 namespace ruvo {
 
-/// A value as the system has it. Other becomes a null, which no conversion takes for a number. Texts are
+/// A value in the system's form. Other becomes a null, which no conversion takes for a number. Texts are
 /// in the code page, by default the system's narrow encoding. Throws std::bad_alloc.
 void ToVariant(const Variant& value, COwnedVariant& result, UINT codePage = CP_ACP);
 

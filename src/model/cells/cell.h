@@ -35,7 +35,7 @@ enum class ECellKind : std::uint8_t {
     Heading,
 };
 
-/// How a format text that does not suit the value is answered: Label gives the format text itself, Value
+/// How a format text that does not suit the value is answered: Label returns the format text itself, Value
 /// formats again with the kind's own default format.
 enum class EFormatMode : std::uint8_t { Label = 0, Value = 1 };
 

@@ -26,7 +26,7 @@ enum class ECellMessage : unsigned {
     CharactersOutOfRange = 238,
 };
 
-/// Appends a CCellError; always false, which is what a check with errors gives.
+/// Appends a CCellError; always false, the result of a check with errors.
 bool ReportCellError(CErrorList& errors, ECellMessage message, std::string argument1,
                      std::string argument2 = {}, std::string argument3 = {});
 

@@ -24,7 +24,8 @@ struct SFormatText {
     std::size_t stars = 0;
 };
 
-/// Each take consumes one argument. A missing one, or one that the take cannot use, gives the neutral result.
+/// Each take consumes one argument. A missing one, or one that the take cannot use, yields the neutral
+/// result.
 class IFormatArguments {
 public:
     virtual ~IFormatArguments() = default;

@@ -38,9 +38,9 @@ struct SLocale {
     std::string_view timeCaption;
 };
 
-/// 0 to 4 are "uk", "fr", "de", "es" and "ru"; any other index gives the fallback (English).
+/// 0 to 4 are "uk", "fr", "de", "es" and "ru"; any other index returns the fallback (English).
 [[nodiscard]] const SLocale& GetLocale(std::size_t index);
-/// By language code; any other code gives the fallback.
+/// By language code; any other code returns the fallback.
 [[nodiscard]] const SLocale& GetLocaleByCode(std::string_view code);
 /// The record of the process's current index, which is 0 from the start.
 [[nodiscard]] const SLocale& GetCurrentLocale();

@@ -25,7 +25,7 @@ class CByteCursor;
 /// What was left out of a record so that it has a binary form.
 struct SDroppedItems {
     std::size_t count = 0;
-    std::string first; ///< "the value of cell 2 (LABEL)", with the label as the relay gave it
+    std::string first; ///< "the value of cell 2 (LABEL)", with the relay's own label
 };
 
 class CEventRecord {
@@ -49,7 +49,7 @@ public:
     [[nodiscard]] std::uint32_t GetUniqueId() const { return m_uniqueId; }
     [[nodiscard]] std::uint8_t GetEventCode() const { return m_eventCode; }
     [[nodiscard]] const CParlaneIEC870& GetTimeStamp() const { return m_timeStamp; }
-    /// The event text as stored; GetEventText gives it with the value in it.
+    /// The event text as stored; GetEventText returns it with the value in it.
     [[nodiscard]] const std::string& GetEventFormat() const { return m_eventText; }
     /// Null for none.
     [[nodiscard]] const CParlaneData* GetEventValue() const { return m_value.get(); }
@@ -81,7 +81,7 @@ protected:
     /// Reports that an item passes the end of the buffer and makes the record invalid; always false.
     bool FailPastEnd(CErrorList& errors);
     void SetInvalid() { m_valid = 0; }
-    /// Throws where the first block cannot be written; gives its size.
+    /// Throws where the first block cannot be written; returns its size.
     [[nodiscard]] std::size_t RequireWritableEvent() const;
     /// Leaves the event value out when it is too long.
     void DropLongEventValue(SDroppedItems& dropped);

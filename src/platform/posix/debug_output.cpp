@@ -16,7 +16,7 @@ constexpr mode_t kNewFileMode = 0666; // what the user's mask leaves of it
 
 void AppendToFile(const std::string& path, const std::string& text) {
     const auto native = ToNativePath(path);
-    // O_NONBLOCK: a pipe that nobody reads must not stop the program.
+    // O_NONBLOCK: a pipe without a reader must not stop the program.
     constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
     const int descriptor = native ? open(native->c_str(), kFlags, kNewFileMode) : -1;
     if (descriptor != -1) {

@@ -98,7 +98,7 @@ int OpenFlags(SOpenMode mode) {
            (mode.truncate ? O_TRUNC : 0) | (mode.exclusive ? O_EXCL : 0);
 }
 
-// Only a regular file will do: a pipe or a device gives no end, no length and no position.
+// Only a regular file will do: a pipe or a device has no end, no length and no position.
 SFileResult CheckRegular(int descriptor) {
     struct stat status = {};
     if (fstat(descriptor, &status) != 0) {

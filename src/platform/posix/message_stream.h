@@ -22,8 +22,8 @@ inline std::string MessageFor(int descriptor, std::string_view text) {
     return message;
 }
 
-// One write is one piece in an appended file, whoever else writes to it; the loop is for a pipe that takes
-// less.
+// One write is one piece in an appended file, even when other processes write to it; the loop is for a pipe
+// that takes less.
 inline void WriteMessage(int descriptor, std::string_view text) {
     const CPipeSignalBlock hold; // a message without a reader is lost, which is no reason to end
     while (!text.empty()) {

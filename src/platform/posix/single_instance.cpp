@@ -88,8 +88,8 @@ CDescriptor OpenLockFile(const CDescriptor& folder, const std::string& name) {
 } // namespace
 
 struct CInstanceMarker::SHandle {
-    // Closing gives the locks up, as the end of the process does. The files stay: to remove one could take it
-    // away from a process that has just opened it.
+    // Closing releases the locks, as the end of the process does. The files stay: removing one could take it
+    // from a process that has just opened it.
     std::vector<CDescriptor> locks;
 };
 

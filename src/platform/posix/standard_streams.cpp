@@ -11,7 +11,7 @@ void OccupyClosedStandardStreams() noexcept {
     for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
         if (fcntl(stream, F_GETFD) == -1 && errno == EBADF) {
             // The lowest free number is this one: those before it are taken. Opened the wrong way round, it
-            // takes and gives nothing.
+            // takes and returns nothing.
             static_cast<void>(open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY));
         }
     }

@@ -12,7 +12,7 @@ namespace ruvo {
 
 namespace {
 
-// The home that the system's list of users gives, which is the same for a login, cron and a service. The
+// The home from the system's list of users, which is the same for a login, cron and a service. The
 // environment's may be another user's: programs that change the user leave it as it was.
 std::string HomeFolder() {
     std::array<char, 16384> buffer{};

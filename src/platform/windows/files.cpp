@@ -67,7 +67,7 @@ bool IsFolderEntry(const WIN32_FIND_DATAA& entry) {
     return (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 && !IsLinkEntry(entry);
 }
 
-// What stands at a path, a link itself and not what it leads to. While it is held, nobody can rename or
+// The entry that a path names: a link itself, not its target. While it is held, no process can rename or
 // delete it, and so put something else in its place.
 class CHeldEntry {
 public:
@@ -181,7 +181,7 @@ SFileResult CFile::Open(const std::string& path, SOpenMode mode) {
         return result;
     }
     m_handle->file = opened;
-    // Only a file on a disk will do: a pipe or a device gives no end, no length and no position.
+    // Only a file on a disk will do: a pipe or a device has no end, no length and no position.
     if (GetFileType(opened) != FILE_TYPE_DISK) {
         static_cast<void>(Close());
         return {EFileFailure::Other, ERROR_BAD_DEV_TYPE};
@@ -285,7 +285,7 @@ SFreeSpace FreeSpace(const std::string& path) {
     return {isStated ? std::optional<std::uint64_t>(available.QuadPart) : std::nullopt, std::nullopt};
 }
 
-// The system wants a separator at the end, without which it would look at the drive's current folder.
+// The system requires a separator at the end, without which it would use the drive's current folder.
 bool IsDriveRoot(const std::string& path) {
     const UINT type = path.empty() ? UINT{DRIVE_UNKNOWN} : GetDriveTypeA(WithSeparator(path).c_str());
     return type >= DRIVE_REMOVABLE && type <= DRIVE_RAMDISK;

@@ -9,7 +9,7 @@ namespace ruvo {
 std::string FullPath(const std::string& path) {
     std::array<char, kMaxPath> full{};
     const DWORD length = GetFullPathNameA(path.c_str(), kMaxPath, full.data(), nullptr);
-    // What does not fit gives the size that it would need, on some systems 0.
+    // Where the text does not fit, the result is the size needed, on some systems 0.
     return length < kMaxPath ? std::string(full.data(), length) : std::string();
 }
 

@@ -2,8 +2,8 @@
 
 namespace ruvo {
 
-// A standard stream is a handle of its own here, and a closed one stays invalid; writing to a pipe that
-// nobody reads is a failure like others.
+// A standard stream is a handle of its own here, and a closed one stays invalid; writing to a pipe without a
+// reader is a failure like others.
 void OccupyClosedStandardStreams() noexcept {}
 void IgnoreClosedPipes() noexcept {}
 

@@ -25,7 +25,7 @@ function make(tag, properties = {}, ...children) {
   return element;
 }
 
-/** The mark of a kind: a dot of its colour. Its name stands beside it wherever it is used. */
+/** The mark of a kind: a dot of its colour. Its name is shown beside it wherever it is used. */
 function kindDot(kind) {
   return make("span", { className: `dot kind-${kind}`, "aria-hidden": "true" });
 }

@@ -121,7 +121,7 @@ function plantOfEachRelay() {
   return names;
 }
 
-// A relay without an event for days is what nobody notices otherwise. Days count back from the end of what the page
+// A relay without an event for days would go unnoticed otherwise. Days count back from the end of what the page
 // could have shown, not from the last event: when a whole site is silent, that is long ago.
 const kSilentAfter = source.silent * kDay;
 const lastEvents = lastEventOfEachRelay();

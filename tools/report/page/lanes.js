@@ -8,7 +8,7 @@ const kSmallestBar = 9;
 const kTallestBar = 24;
 
 const hasProblemLane = problems.some(({ time }) => !Number.isNaN(time));
-/** Row of the time line to relay; -1 stands for the problems. */
+/** Row of the time line to relay; -1 means the problems. */
 const lanes = [...(hasProblemLane ? [-1] : []), ...relays.map((_, relay) => relay)];
 state.lane = Math.min(lanes.length - 1, hasProblemLane ? 1 : 0);
 

@@ -1,4 +1,4 @@
-// What stands around the events: the figures at a glance, the relays, the problems of the log, damage in files.
+// What surrounds the events: the figures at a glance, the relays, the problems of the log, damage in files.
 
 function makeTile(name, number, note, tone = "") {
   return make("li", { className: `tile ${tone}` },
