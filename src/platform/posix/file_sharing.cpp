@@ -68,12 +68,6 @@ bool CFile::IsAt(const std::string& path) const {
     return native && LeadsTo(*native, m_handle->descriptor, opened);
 }
 
-bool RenameFile(const std::string& from, const std::string& to) {
-    const auto oldName = ToNativePath(from);
-    const auto newName = ToNativePath(to);
-    return oldName && newName && rename(oldName->c_str(), newName->c_str()) == 0;
-}
-
 bool CFile::RemoveIfEmpty() {
     struct stat opened = {};
     return LeadsTo(m_handle->madePath, m_handle->descriptor, opened) && opened.st_size == 0 &&

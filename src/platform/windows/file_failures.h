@@ -1,7 +1,7 @@
 // What the system's error codes mean to callers of the file operations.
 #pragma once
 
-#include "platform/files.h"
+#include "platform/file.h"
 #include "platform/windows/system.h"
 
 #include <algorithm>
@@ -44,6 +44,10 @@ inline constexpr std::array kFailures{SFailureRow{ERROR_FILE_NOT_FOUND, EFileFai
 inline SFileResult Failed(DWORD code) {
     const auto* const row = std::ranges::find(kFailures, code, &SFailureRow::code);
     return {row == kFailures.end() ? EFileFailure::Other : row->failure, static_cast<long>(code)};
+}
+
+inline SFileResult Outcome(BOOL good) {
+    return good != FALSE ? SFileResult{} : Failed(GetLastError());
 }
 
 } // namespace ruvo

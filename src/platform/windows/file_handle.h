@@ -1,7 +1,7 @@
 // The state of an open CFile, for the sources that share it.
 #pragma once
 
-#include "platform/files.h"
+#include "platform/file.h"
 #include "platform/windows/system.h"
 
 namespace ruvo {
