@@ -45,6 +45,14 @@ std::string Now() {
     return text.data();
 }
 
+/// Any of the folders that lead to the journals may have been made by a run just now.
+void FlushNamesAbove(std::string folder) {
+    for (std::size_t end = folder.rfind('\\'); end != std::string::npos; end = folder.rfind('\\')) {
+        folder.erase(end);
+        FlushFolder(folder);
+    }
+}
+
 } // namespace
 
 std::string FolderOfJournals(const std::string& eventRoot) {
@@ -77,7 +85,7 @@ CJournalFile* CRunLedger::Journal() {
         const std::string folder = FolderOfJournals(m_eventRoot);
         auto journal = std::make_unique<CJournalFile>();
         if (!folder.empty() && MakePrivateFolder(folder) && journal->Make(folder, Now())) {
-            FlushFolder(folder.substr(0, folder.rfind('\\')));
+            FlushNamesAbove(folder);
             m_journal = std::move(journal);
         } else {
             WriteStandardError("ruvo: no journal can be made in " +
