@@ -15,16 +15,11 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <fstream>
 #include <functional>
-#include <iterator>
 
 namespace ruvo {
 
-inline std::function<std::unique_ptr<IServerConnection>()> g_connect;
-std::unique_ptr<IServerConnection> ConnectToServer() {
-    return g_connect();
-}
+inline std::function<std::unique_ptr<IServerConnection>()> g_connect; ///< the only way to a server
 
 namespace test {
 
@@ -35,21 +30,8 @@ inline constexpr int kNext = 6;   ///< whose folder and day file have to be made
 
 enum class ELinkType : std::uint8_t { Serial, Modem, Ethernet };
 
-inline sim::SSubstation LoadFor(int generation) {
-    std::ifstream file(RUVO_TEST_DATA "/faults/substation.toml");
-    std::string text{std::istreambuf_iterator<char>(file), {}};
-    const std::string login = generation == 0   ? R"(password = "SECRET78", length = 8)"
-                              : generation == 1 ? R"(password = "SECRET78")"
-                                                : R"(users = [{ name = "A", password = "SECRET78" }])";
-    for (const auto& [name, value] :
-         {std::pair<std::string, std::string>{"GENERATION", std::to_string(generation)}, {"LOGIN", login}})
-        for (std::size_t at = text.find(name, text.find("[link]")); at != std::string::npos;
-             at = text.find(name, at))
-            text.replace(at, name.size(), value);
-    const sim::SLoadedSubstation loaded = sim::ReadSubstation(text, "substation.toml", "C:");
-    EXPECT_EQ(loaded.error, "");
-    return *loaded.substation;
-}
+[[nodiscard]] sim::SSubstation LoadSubstation(const std::string& text);
+[[nodiscard]] sim::SSubstation LoadFor(int generation);
 
 class CFaultyConnection final : public IServerConnection {
 public:
@@ -73,7 +55,10 @@ struct SOutcome {
     SServerNotes notes;
     std::size_t allocations = 0;
 
-    const std::string& Log() const { return disk.files.at("C:\\run.log"); }
+    std::string Log() const {
+        const auto node = disk.Find("C:\\run.log");
+        return node ? disk.nodes[*node].bytes : "";
+    }
     /// What a line lost to the log is told to counts as well.
     bool IsTold(const std::string& text) const { return (Log() + debug).find(text) != std::string::npos; }
     /// Events that the lines of the run say are lost; all, or those of one relay.
@@ -98,8 +83,8 @@ struct SOutcome {
     /// The bytes of a relay's day file; none when there is no file.
     std::optional<std::string> DayFile(int address) const {
         const std::string name = "AB12-000" + std::to_string(address);
-        const auto found = disk.files.find("C:\\ev\\" + name + "\\" + name + "-2026-11-16-DEV.evt");
-        return found == disk.files.end() ? std::nullopt : std::optional(found->second);
+        const auto node = disk.Find("C:\\ev\\" + name + "\\" + name + "-2026-11-16-DEV.evt");
+        return node ? std::optional(disk.nodes[*node].bytes) : std::nullopt;
     }
 };
 
@@ -107,33 +92,21 @@ struct SOutcome {
 struct SRecords {
     std::size_t count = 0;
     bool isSound = true;
+    std::vector<int> events{}; ///< the numbers in their texts
 };
-inline SRecords RecordsOf(const std::string& bytes) {
-    g_disk = {{{"day", bytes}}, {}, {}};
-    SRecords records;
-    CDayFileReader reader;
-    EXPECT_TRUE(reader.Open("day").Good());
-    for (SDayFileItem item; reader.Next(item); records.isSound = records.isSound && !item.damage)
-        records.count += item.record != nullptr ? 1 : 0;
-    return records;
-}
-
+SRecords RecordsOf(const std::string& bytes);
 /// Records in all files of that kind, which must be sound.
-inline std::size_t CountRecords(const SMemoryDisk& disk, std::string_view ending = ".evt") {
-    std::size_t count = 0;
-    for (const auto& [path, bytes] : disk.files) {
-        const SRecords records = path.ends_with(ending) ? RecordsOf(bytes) : SRecords{};
-        EXPECT_TRUE(records.isSound) << path << " is damaged";
-        count += records.count;
-    }
-    return count;
-}
+std::size_t CountRecords(const SMemoryDisk& disk, std::string_view ending = ".evt");
 
 class CFaultRig {
 public:
-    CFaultRig(int generation, ELinkType link) : m_substation(LoadFor(generation)) {
+    /// Visits relays without a login at the addresses 1 and 6, over a serial link.
+    explicit CFaultRig(sim::SSubstation relays) : substation(std::move(relays)) {
         m_fields.errorLogPath = "C:\\run.log";
         m_fields.commPort = "COM1";
+        m_fields.serialEntries = {{"RV001", kTested}, {"RV003", kNext}};
+    }
+    CFaultRig(int generation, ELinkType link) : CFaultRig(LoadFor(generation)) {
         m_fields.useModem = link == ELinkType::Modem ? 1 : 0;
         m_fields.useEthernet = link == ELinkType::Ethernet ? 1 : 0;
         m_fields.tapiModemName = "Acme";
@@ -147,11 +120,11 @@ public:
                                                  auto) { return Supply(*buffer, code); });
         CP32Wrap::SetSecondEditionLoginCallback([](auto&, char** buffer, auto, auto*, auto, auto*, auto,
                                                    int code, auto) { return Supply(*buffer, code); });
-        before.disk.folders = {"C:", "C:\\ev"};
+        before.disk.PutFolder("C:\\ev");
         before.disk = Run({}).disk; // with the files that later runs append to
-        std::erase_if(before.disk.files,
-                      [](const auto& file) { return file.first.starts_with("C:\\ev\\AB12-0006"); });
-        before.disk.folders.erase("C:\\ev\\AB12-0006");
+        before.disk.EndProcess();
+        before.disk.Move("C:\\ev\\AB12-0006", "");
+        before.disk.FlushAll();
         clean = Run({});
     }
 
@@ -163,13 +136,16 @@ public:
     SOutcome RunOn(const SMemoryDisk& disk, SServerFault serverFault,
                    const std::vector<SDiskFault>& diskFaults = {}, std::size_t failingAllocation = 0) {
         SOutcome outcome;
+        outcome.notes.onEvent = onEvent;
         g_connect = [&] {
-            return std::make_unique<CFaultyConnection>(m_substation, serverFault, outcome.notes);
+            return std::make_unique<CFaultyConnection>(substation, serverFault, outcome.notes);
         };
         ResetConnectionDetails();
         g_debugOutput.clear();
         g_debugOutput.reserve(std::size_t{1} << 20); // what is told there needs no memory
-        g_disk = {disk.files, disk.folders, diskFaults, 0, disk.room, disk.locked, disk.files};
+        g_disk = disk;
+        g_disk.faults = diskFaults;
+        g_disk.operations = 0;
         Extract(failingAllocation);
         outcome.allocations = CFailingMemory::Count();
         ++m_runs;
@@ -180,6 +156,8 @@ public:
 
     SOutcome before; ///< only the disk
     SOutcome clean;  ///< a run in which nothing goes wrong
+    sim::SSubstation substation;
+    std::function<void(int address)> onEvent; ///< a relay has handed one over
 
 private:
     static int Supply(char* buffer, int code) {
@@ -219,7 +197,6 @@ private:
         }
     }
 
-    sim::SSubstation m_substation;
     SRuvoConfigFields m_fields;
     std::atomic<std::size_t> m_runs = 0;
     std::jthread m_watch{[this](const std::stop_token& stop) { Watch(stop); }}; // last: it uses what is above

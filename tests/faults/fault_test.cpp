@@ -2,7 +2,6 @@
 #include "fault_rig.h"
 
 #include "paths/path_utilities.h"
-#include "platform/full_path.h"
 
 #include <limits>
 #include <sstream>
@@ -22,15 +21,14 @@ protected:
     void CheckLedger(const SOutcome& got) {
         if (got.IsTold("bytes; it may end with a torn record"))
             return;
-        const SOutcome next = rig.RunOn(got.disk, {});
+        SMemoryDisk left = got.disk;
+        left.EndProcess();
+        const SOutcome next = rig.RunOn(left, {});
         EXPECT_EQ(CountRecords(next.disk) + next.CountLost() + SOutcome::LostIn(got.debug),
                   3 + got.notes.given + next.notes.given);
         EXPECT_FALSE(HasJournal(next)) << "everything has been brought in";
     }
-    static bool HasJournal(const SOutcome& got) {
-        return std::ranges::any_of(got.disk.files,
-                                   [](const auto& file) { return file.first.ends_with(".journal"); });
-    }
+    static bool HasJournal(const SOutcome& got) { return !got.disk.Files("C:\\var").empty(); }
 
     /// No line is lost in silence, and a single fault tears none.
     void CheckLog(const SOutcome& got, bool mayTear) const {
@@ -85,67 +83,6 @@ TEST_F(FileFaults, TwoOperationsFail) {
     std::cout << points << " pairs of file faults\n";
 }
 
-/// The process ends before any operation, or the machine, which keeps any part of what was not flushed; then
-/// once more in the run that brings in what the first has left.
-class Ends : public FileFaults {
-protected:
-    static constexpr unsigned kProcess = 8; // smaller numbers say what an end of the machine keeps
-
-    static std::vector<SDiskFault> EndAt(std::size_t n, bool takesPart) {
-        constexpr std::size_t kNever = std::numeric_limits<std::size_t>::max();
-        return {{n, kNever, EFileFailure::BadDescriptor, takesPart, true}};
-    }
-    static SMemoryDisk Left(const SMemoryDisk& disk, unsigned kept) {
-        return kept == kProcess ? disk : AfterPowerFailure(disk, kept);
-    }
-    static std::size_t CountSetAside(const SOutcome& got) {
-        for (const auto& [path, bytes] : got.disk.files)
-            EXPECT_TRUE(!path.ends_with(".setaside") || bytes.empty() ||
-                        got.IsTold(" set aside in " + DisplayPath(path) + ": "))
-                << path << " is named";
-        return CountRecords(got.disk, ".setaside");
-    }
-
-    void TryAll(const SServerFault& fault, std::size_t step) {
-        const std::size_t last = rig.Run(fault).disk.operations;
-        for (std::size_t n = 1; n <= last && !HasFailure(); ++n)
-            for (unsigned kept = 0; kept <= kProcess; ++kept)
-                for (std::size_t m = n % 5; m < 60; m += m == 0 ? 1 : step)
-                    Try(fault, n, m, kept);
-        std::cout << points << " ends\n";
-    }
-
-    void Try(const SServerFault& fault, std::size_t n, std::size_t m, unsigned kept) {
-        SCOPED_TRACE(testing::Message() << "ends " << n << " and " << m << ", kept " << kept);
-        const SOutcome first = rig.Run(fault, EndAt(n, kept % 2 == 0));
-        const SOutcome second = m == 0 ? first : rig.RunOn(Left(first.disk, kept), fault, EndAt(m, true));
-        const SOutcome last = rig.RunOn(Left(second.disk, kept), {});
-        const std::size_t given =
-            3 + first.notes.given + last.notes.given + (m == 0 ? 0 : second.notes.given);
-        const std::size_t found = CountRecords(last.disk) + CountSetAside(last) + last.CountLost();
-        const std::size_t underWay = m == 0 ? 1 : 2;
-        EXPECT_LE(found, given) << "no event is there twice";
-        EXPECT_GE(found + underWay, kept == kProcess ? given : 8);
-        EXPECT_FALSE(HasJournal(last));
-        ++points;
-    }
-};
-
-TEST_F(Ends, AtAnyMomentCostTheEventUnderWayAtMost) {
-    TryAll({}, 15);
-}
-
-TEST_F(Ends, OfAVisitThatIsAbortedCostNoMore) {
-    const auto isLastEvent = [this](const SNotedCall& call) {
-        return call.operation == sim::EOperation::GetEvent && call.address == kTested;
-    };
-    const auto& calls = rig.clean.notes.calls;
-    const auto last = std::find_if(calls.rbegin(), calls.rend(), isLastEvent);
-    const auto number = static_cast<std::size_t>(calls.rend() - last);
-    EXPECT_EQ(rig.Run({number, EServerFault::Status, 18}).CountSetAside(), 2U);
-    TryAll({number, EServerFault::Status, 18}, 45);
-}
-
 TEST_F(FileFaults, WhereNothingCanBeMadeTheRelaysKeepTheirEvents) {
     const struct {
         SFreeSpace room;
@@ -159,7 +96,9 @@ TEST_F(FileFaults, WhereNothingCanBeMadeTheRelaysKeepTheirEvents) {
                  {{}, "C:\\ev\\AB12-0006", "No file can be made in /ev/AB12-0006: failure 5", 3}};
     for (const auto& test : cases) {
         rig.before.disk.room = test.room;
-        rig.before.disk.folders.insert(rig.before.disk.locked = test.locked);
+        rig.before.disk.locked = test.locked;
+        if (!test.locked.empty())
+            rig.before.disk.PutFolder(test.locked);
         const SOutcome got = rig.Run({});
         EXPECT_EQ(got.notes.taken, test.taken) << test.refusal;
         EXPECT_EQ(got.IsTold("Failed to save event file " + std::string(test.refusal) +
@@ -172,8 +111,7 @@ TEST_F(FileFaults, WhereNothingCanBeMadeTheRelaysKeepTheirEvents) {
 
 TEST_F(FileFaults, DayFilesAreOnTheDiskWhenARunHasEnded) {
     EXPECT_TRUE(rig.clean.DayFile(kNext));
-    for (const auto& [path, bytes] : rig.clean.disk.files)
-        EXPECT_TRUE(!path.ends_with(".evt") || rig.clean.disk.onDisk.at(path) == bytes) << path;
+    EXPECT_EQ(rig.clean.disk.Files("C:\\ev"), rig.clean.disk.Files("C:\\ev", true));
 }
 
 TEST_F(FileFaults, AnUnreachableShareIsWalkedOnce) {
@@ -204,8 +142,9 @@ protected:
     }
 
     void CheckFiles(const SOutcome& got) const {
-        for (const auto& [path, bytes] : rig.before.disk.files)
-            EXPECT_TRUE(got.disk.files.at(path).starts_with(bytes)) << path;
+        const auto files = got.disk.Files();
+        for (const auto& [path, bytes] : rig.before.disk.Files())
+            EXPECT_TRUE(files.at(path).starts_with(bytes)) << path;
         const std::size_t stored = CountRecords(got.disk) - earlier;
         const std::size_t aside = CountRecords(got.disk, ".setaside");
         EXPECT_EQ(aside, got.CountSetAside()) << "the log names their file";
@@ -213,10 +152,10 @@ protected:
             << "a lost event is counted";
         EXPECT_TRUE(got.notes.given == got.notes.taken ||
                     got.IsTold("A problem occured during events extraction. Connection details"));
-        const auto onDisk = got.disk.onDisk.find("C:\\run.log");
+        const std::string onDisk = got.disk.Files("C:", true).at("C:\\run.log");
         const std::size_t lossTold = std::max(got.Log().rfind(", but not stored.") + 1,
                                               got.Log().rfind(" of unknown kind passed over.") + 1);
-        EXPECT_TRUE(lossTold == 0 || (onDisk != got.disk.onDisk.end() && onDisk->second.size() > lossTold))
+        EXPECT_TRUE(lossTold == 0 || onDisk.size() > lossTold)
             << "a power failure would take the only word on lost events";
         EXPECT_TRUE(stored == rig.clean.notes.taken || got.Log() != rig.clean.Log())
             << "nobody knows of events that stayed away";

@@ -9,6 +9,7 @@
 #include "sim/server/server_core.h"
 
 #include <algorithm>
+#include <functional>
 #include <string_view>
 #include <thread>
 
@@ -44,7 +45,8 @@ struct SServerNotes {
     std::size_t taken = 0;  ///< events that the relays handed over, even those that never arrived
     std::size_t given = 0;  ///< those of them whose answer had status 0
     bool sentPlain = false; ///< a password was written as it is
-    Variant guard;          ///< cell BF.03 of the first relay, at the end
+    std::function<void(int address)> onEvent{};
+    Variant guard; ///< cell BF.03 of the first relay, at the end
 };
 
 class CFaultyCore final : public sim::CServerCore {
@@ -83,8 +85,11 @@ public:
         const bool isAbort = call.operation == sim::EOperation::Abort && m_fault.kind == NeverEnds;
         const EComResult result =
             isAbort ? AnswerAbort(status) : CServerCore::Answer(call, request, outputs, status);
-        if (call.operation == sim::EOperation::GetEvent && status == Variant::FromI4(0))
+        if (call.operation == sim::EOperation::GetEvent && status == Variant::FromI4(0)) {
             ++m_notes.taken;
+            if (m_notes.onEvent)
+                m_notes.onEvent(*call.address);
+        }
         if (kind == WrongType)
             *(m_fault.detail == 0 ? &status : outputs[static_cast<std::size_t>(m_fault.detail) - 1]) =
                 Variant::Other();
@@ -120,7 +125,8 @@ private:
         const bool fetches = sim::OperationRow(call.operation).name.starts_with("Fetch");
         const int address = fetches ? m_notes.calls.back().address : call.address.value_or(0);
         m_notes.calls.push_back({call.operation, address, outputs});
-        if (call.bytes != nullptr && !std::ranges::search(*call.bytes, kSecret).empty())
+        if (call.bytes != nullptr && std::search(call.bytes->begin(), call.bytes->end(), kSecret.begin(),
+                                                 kSecret.end()) != call.bytes->end())
             m_notes.sentPlain = true;
     }
 

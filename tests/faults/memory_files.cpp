@@ -1,0 +1,232 @@
+// The platform's files, on the disk in memory.
+#include "memory_disk.h"
+
+#include "platform/state_folder.h"
+#include "support/failing_memory.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ruvo {
+
+using namespace test;
+
+namespace {
+
+/// The memory is the test's, and so is the disk meanwhile.
+struct SDiskCall {
+    CFailingMemory::SExempt exempt;
+    std::lock_guard<std::recursive_mutex> lock{g_diskLock};
+};
+
+} // namespace
+
+struct CFile::SHandle {
+    std::string path; ///< empty when closed
+    std::size_t node = 0;
+    std::size_t position = 0;
+    SMemoryNode& Node() const { return g_disk.nodes[node]; }
+};
+
+CFile::CFile() : m_handle(std::make_unique<SHandle>()) {}
+CFile::~CFile() = default;
+
+SFileResult CFile::Open(const std::string& path, SOpenMode mode) {
+    const SDiskCall call;
+    *m_handle = {};
+    const SFileResult result = g_disk.Do();
+    if (!result.Good())
+        return result;
+    const std::string folder = FolderAndName(path).first;
+    auto node = g_disk.Find(path);
+    const EFileFailure failure = node && mode.exclusive                 ? EFileFailure::Exists
+                                 : node && g_disk.nodes[*node].isFolder ? EFileFailure::AccessDenied
+                                 : node                                 ? EFileFailure::None
+                                 : !g_disk.FindFolder(folder)           ? EFileFailure::BadPath
+                                 : !mode.create                         ? EFileFailure::NotFound
+                                 : !g_disk.Takes(folder)                ? EFileFailure::AccessDenied
+                                                                        : EFileFailure::None;
+    if (failure != EFileFailure::None)
+        return g_disk.Fail(failure);
+    *m_handle = {path, node ? *node : g_disk.Make(path, false), 0};
+    return result;
+}
+bool CFile::IsOpen() const {
+    return !m_handle->path.empty();
+}
+SFileResult CFile::GetLength(std::uint64_t& length) {
+    const SDiskCall call;
+    length = m_handle->Node().bytes.size();
+    return g_disk.Do();
+}
+SFileResult CFile::Seek(std::int64_t offset, ESeekOrigin origin, std::uint64_t& position) {
+    const SDiskCall call;
+    const SFileResult result = g_disk.Do();
+    const std::size_t start = origin == ESeekOrigin::End ? m_handle->Node().bytes.size() : 0;
+    if (result.Good())
+        m_handle->position = start + static_cast<std::size_t>(offset);
+    position = m_handle->position;
+    return result;
+}
+SFileResult CFile::Read(std::span<std::uint8_t> buffer, std::size_t& count) {
+    const SDiskCall call;
+    const std::string& bytes = m_handle->Node().bytes;
+    count = bytes.copy(reinterpret_cast<char*>(buffer.data()), buffer.size(),
+                       std::min(m_handle->position, bytes.size()));
+    m_handle->position += count;
+    return g_disk.Do();
+}
+SFileResult CFile::Write(std::span<const std::uint8_t> bytes, std::size_t& count) {
+    const SDiskCall call;
+    SDiskFault fault = g_disk.Count();
+    SMemoryNode& node = m_handle->Node();
+    const std::size_t end = m_handle->position + bytes.size();
+    const std::size_t growth = end > node.bytes.size() ? end - node.bytes.size() : 0;
+    const std::size_t missing = growth - g_disk.RoomFor(m_handle->path, growth);
+    if (fault.failure == EFileFailure::None && missing > 0)
+        fault.failure = EFileFailure::DiskFull;
+    count = fault.failure == EFileFailure::None ? bytes.size()
+            : missing > 0                       ? bytes.size() - std::min(missing, bytes.size())
+            : fault.writesTakePart              ? bytes.size() / 2
+                                                : 0;
+    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), count);
+    g_disk.hasTornWrite =
+        g_disk.hasTornWrite || (fault.isEnd && fault.first == g_disk.operations && count > 0);
+    if (IsOpen() && count > 0)
+        node.Write(m_handle->position, text);
+    m_handle->position += count;
+    if (fault.failure == EFileFailure::None) {
+        const bool isJournal = m_handle->path.ends_with(".journal");
+        const bool isReserve = isJournal && text.starts_with('\0');
+        std::vector<int> events = isReserve ? std::vector<int>() : EventsIn(text);
+        if (const int number = isJournal && !isReserve ? std::exchange(g_disk.events.underWay, 0) : 0)
+            events.push_back(number);
+        g_disk.events.written.insert(events.begin(), events.end());
+        node.unflushed.insert(events.begin(), events.end());
+    }
+    return g_disk.Fail(fault.failure);
+}
+SFileResult CFile::SetLength(std::uint64_t length) {
+    const SDiskCall call;
+    const SFileResult result = g_disk.Do();
+    if (result.Good() && length != m_handle->Node().bytes.size())
+        m_handle->Node().Write(length, "", true);
+    return result;
+}
+SFileResult CFile::FlushToDisk() {
+    const SDiskCall call;
+    const SFileResult result = g_disk.Do();
+    if (result.Good()) {
+        SMemoryNode& node = m_handle->Node();
+        g_disk.events.unnamed[m_handle->path].merge(node.unflushed);
+        node.Flush();
+        g_disk.NoteNames();
+    }
+    return result;
+}
+EFileLock CFile::TryLock() {
+    const SDiskCall call;
+    return g_disk.Do().Good() ? EFileLock::Taken : EFileLock::Unknown;
+}
+bool CFile::IsAt(const std::string& path) const {
+    const SDiskCall call;
+    return g_disk.Do().Good() && IsOpen() && g_disk.Find(path) == m_handle->node;
+}
+SFileResult CFile::Close() {
+    const SDiskCall call;
+    const SFileResult result = IsOpen() ? g_disk.Do() : g_disk.Fail(EFileFailure::BadDescriptor);
+    *m_handle = {};
+    return result;
+}
+
+EPathKind GetPathKind(const std::string& path) {
+    const SDiskCall call;
+    const auto node = g_disk.Do().Good() ? g_disk.Find(path) : std::nullopt;
+    return !node ? EPathKind::Missing : g_disk.nodes[*node].isFolder ? EPathKind::Folder : EPathKind::File;
+}
+SFileResult CanMakeEntryIn(const std::string& folder, EPathKind) {
+    const SDiskCall call;
+    return g_disk.Takes(folder) ? g_disk.Do() : g_disk.Fail(EFileFailure::AccessDenied);
+}
+SFileResult MakeFolder(const std::string& path) {
+    const SDiskCall call;
+    const SFileResult result = g_disk.Do();
+    if (!result.Good())
+        return result;
+    if (g_disk.Find(path) || !g_disk.Takes(FolderAndName(path).first))
+        return g_disk.Fail(g_disk.FindFolder(path) ? EFileFailure::Exists : EFileFailure::BadPath);
+    g_disk.Make(path, true);
+    return result;
+}
+bool RemoveFile(const std::string& path) {
+    const SDiskCall call;
+    const auto [folder, name] = FolderAndName(path);
+    if (!g_disk.Do().Good() || !g_disk.Find(path))
+        return false;
+    g_disk.nodes[*g_disk.Find(folder)].Name(name, 0);
+    return true;
+}
+bool RenameFile(const std::string& from, const std::string& to) {
+    const SDiskCall call;
+    const auto node = g_disk.Do().Good() ? g_disk.Find(from) : std::nullopt;
+    if (node)
+        g_disk.nodes[*g_disk.Find(FolderAndName(to).first)].Name(FolderAndName(to).second, *node,
+                                                                 FolderAndName(from).second);
+    return node.has_value();
+}
+bool RemovePlainFile(const std::string& path) {
+    return RemoveFile(path);
+}
+bool RemoveEmptyFolder(const std::string& path) {
+    const SDiskCall call;
+    const auto folder = g_disk.FindFolder(path);
+    return folder && g_disk.nodes[*folder].names.empty() && RemoveFile(path);
+}
+bool ListFolder(const std::string& folder, std::vector<SFolderEntry>& entries) {
+    const SDiskCall call;
+    const auto node = g_disk.Do().Good() ? g_disk.FindFolder(folder) : std::nullopt;
+    entries.clear();
+    if (node)
+        for (const auto& [name, number] : g_disk.nodes[*node].names)
+            entries.push_back({name, g_disk.nodes[number].isFolder, !g_disk.nodes[number].isFolder});
+    return node.has_value();
+}
+void FlushFolder(const std::string& folder) {
+    const SDiskCall call;
+    const auto node = g_disk.FindFolder(folder.substr(0, folder.find_last_not_of('\\') + 1));
+    if (g_disk.Do().Good() && node)
+        g_disk.nodes[*node].Flush();
+    g_disk.NoteNames();
+}
+std::string StateFolder() {
+    return "C:\\var\\state";
+}
+bool MakePrivateFolder(const std::string& folder) {
+    const SDiskCall call;
+    const bool isThere = g_disk.FindFolder(folder).has_value();
+    const std::string above = FolderAndName(folder).first;
+    if (isThere || !g_disk.Do().Good() || !MakePrivateFolder(above) || !g_disk.Takes(above))
+        return isThere;
+    g_disk.Make(folder, true);
+    return true;
+}
+std::string ResolvedFolder(const std::string& folder) {
+    return folder;
+}
+SFreeSpace FreeSpace(const std::string&) {
+    return g_disk.room;
+}
+
+// Only linked.
+// clang-format off
+std::string SystemErrorText(long systemCode) { return "failure " + std::to_string(systemCode); }
+bool IsLink(const std::string&) { return false; }
+bool IsDriveRoot(const std::string&) { return false; }
+bool CFile::RemoveIfEmpty() { return false; }
+bool CopyToNewFile(const std::string&, const std::string&) { return false; }
+std::string MakeUniqueFile(const std::string&, const std::string&) { return {}; }
+std::string TemporaryFolder() { return {}; }
+std::string CurrentFolder() { return {}; }
+// clang-format on
+
+} // namespace ruvo
