@@ -1,22 +1,10 @@
 #include "dayfile/day_file_writer.h"
 
-#include "platform/full_path.h"
-#include "platform/native_text.h"
-
 #include <algorithm>
-#include <cstdio>
 
 namespace ruvo {
 
 namespace {
-
-std::string EventTime(const CEventRecord& record) {
-    const STimeFields time = record.GetTimeStamp().ToFields();
-    char text[64];
-    std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d.%03d", time.year, time.month, time.day,
-                  time.hour, time.minute, time.second, time.milliseconds);
-    return text;
-}
 
 SDroppedItems DropUnwritable(CEventRecord& record) {
     if (auto* extended = dynamic_cast<CExtendedEventRecord*>(&record)) {
@@ -25,12 +13,17 @@ SDroppedItems DropUnwritable(CEventRecord& record) {
     return dynamic_cast<CSimpleEventRecord&>(record).DropUnwritable();
 }
 
-void WriteAll(CHeldDayFile& file, CEventList& list, const std::string& freeText, RecordNotes& notes) {
+void AddFileError(CErrorList& errors, const std::string& path, EFileCause cause, const std::string& why) {
+    AddError(errors, std::make_unique<CFileError>(path, static_cast<int>(cause), why, kSaveFailedMessage));
+}
+
+void WriteAll(CHeldDayFile& file, CEventList& list, const std::string& freeText,
+              CIncompleteRecords& incomplete) {
     file.StartAt(file.LengthNow(), MakeEventListHeader(LastExtendedNumber(list) + 1, freeText));
     std::vector<std::uint8_t> image;
     for (const auto& record : list.GetRecords()) {
         image.clear();
-        SerialiseRecord(*record, image, notes);
+        SerialiseRecord(*record, image, incomplete);
         file.Add(image);
     }
     file.Finish();
@@ -38,43 +31,29 @@ void WriteAll(CHeldDayFile& file, CEventList& list, const std::string& freeText,
 
 } // namespace
 
-void AddFileError(CErrorList& errors, const CFileException& failure) {
-    AddError(errors, std::make_unique<CFileError>(failure.GetPath(), static_cast<int>(failure.GetCause()),
-                                                  failure.what(), kSaveFailedMessage));
-}
-
-void SerialiseRecord(CEventRecord& record, std::vector<std::uint8_t>& bytes, RecordNotes& notes) {
+void SerialiseRecord(CEventRecord& record, std::vector<std::uint8_t>& bytes, CIncompleteRecords& incomplete) {
     try {
         record.Serialise(bytes);
     } catch (const CUnwritableRecord&) {
-        const SDroppedItems dropped = DropUnwritable(record);
-        notes.push_back("Event record of " + EventTime(record) + " is written without " +
-                        NativeRelayText(dropped.first) +
-                        (dropped.count > 1 ? " and " + std::to_string(dropped.count - 1) + " more" : "") +
-                        ", which cannot be stored.");
+        SDroppedItems dropped = DropUnwritable(record);
         record.Serialise(bytes);
+        incomplete.Add(record, std::move(dropped));
     }
 }
 
-std::string TornNote(const CHeldDayFile& file) {
-    return DisplayPath(file.Path()) + " could not be truncated to its earlier " +
-           std::to_string(file.FoundLength()) + " bytes; it may end with a torn record.";
-}
-
-bool WriteEventFile(CEventList& list, const std::string& freeText, CErrorList& errors, RecordNotes& notes) {
+bool WriteEventFile(CEventList& list, const std::string& freeText, CErrorList& errors, SWritingNotes& notes) {
     CHeldDayFile file;
     if (const auto failure = file.Hold(list.GetName(), EMissingFolders::AreAFailure)) {
-        AddError(errors, std::make_unique<CFileError>(list.GetName(), static_cast<int>(failure->cause),
-                                                      failure->why, kSaveFailedMessage));
+        AddFileError(errors, list.GetName(), failure->cause, failure->why);
         return false;
     }
     try {
-        WriteAll(file, list, freeText, notes);
+        WriteAll(file, list, freeText, notes.incomplete);
     } catch (const CFileException& raised) {
         if (!file.CutBack()) {
-            notes.push_back(TornNote(file));
+            notes.tornBehind = file.FoundLength();
         }
-        AddFileError(errors, raised);
+        AddFileError(errors, raised.GetPath(), raised.GetCause(), raised.what());
         return false;
     } catch (...) { // no memory
         file.CutBack();

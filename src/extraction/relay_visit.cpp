@@ -1,6 +1,5 @@
 #include "extraction/relay_visit.h"
 
-#include "base/text.h"
 #include "dayfile/day_file_writer.h"
 #include "extraction/cell_reading.h"
 #include "extraction/event_conversion.h"
@@ -15,23 +14,11 @@
 #include "platform/full_path.h"
 #include "platform/native_text.h"
 
-#include <algorithm>
 #include <exception>
-#include <iterator>
 
 namespace ruvo {
 
 namespace {
-
-/// An error's text as one sentence.
-std::string MessageOf(const IError& error) {
-    std::string text;
-    error.GetMessageText(text);
-    if (const auto* relayError = dynamic_cast<const CRelayError*>(&error)) {
-        text += " " + relayError->GetDetail();
-    }
-    return text.ends_with('.') ? text : text + ".";
-}
 
 /// One visit to one relay.
 class CVisit {
@@ -42,14 +29,13 @@ public:
           m_custody(custody) {}
 
     void Run(const std::string& eventRoot);
-    /// Turns what was gathered along the way into the report's texts, whatever ended the visit.
+    /// Completes the report, whatever ended the visit.
     void FinishReport();
 
 private:
     bool NameFile(const std::string& eventRoot);
     bool HasRoom(const std::string& eventRoot);
     bool HoldFile();
-    void Refuse(EFileCause cause, const std::string& why);
     bool AreEventsPending();
     void ReadEvents(CEventConverter& converter);
     bool MayTakeMore();
@@ -71,9 +57,6 @@ private:
     std::size_t m_lostCount = 0;       ///< events that the custody knows to be lost
     std::size_t m_bytesAtLastLook = 0; ///< at the room on the disk
     bool m_hasJournalFailed = false;
-    RecordNotes m_recordNotes;
-    CErrorList m_errors;
-    RecordNotes m_notes;
     CStatus m_status;
     std::uint8_t m_keepGoing = 1;
     std::size_t m_eventsTaken = 0;
@@ -92,7 +75,7 @@ void CVisit::Run(const std::string& eventRoot) {
     if (!AreEventsPending() || !HasRoom(eventRoot) || !HoldFile()) {
         return;
     }
-    CEventConverter converter(m_deviceAddress, std::move(texts), m_errors);
+    CEventConverter converter(m_deviceAddress, std::move(texts), m_report.columnErrors);
     std::exception_ptr failure;
     try {
         ReadEvents(converter);
@@ -114,13 +97,6 @@ void CVisit::Run(const std::string& eventRoot) {
     }
 }
 
-/// Leaves the relay's events where they are.
-void CVisit::Refuse(EFileCause cause, const std::string& why) {
-    AddError(m_errors,
-             std::make_unique<CFileError>(m_path, static_cast<int>(cause),
-                                          why + "; no event was taken from the relay.", kSaveFailedMessage));
-}
-
 /// A relay whose names would lead out of its own folder, or to no file at all, is refused before any event is
 /// taken from it.
 bool CVisit::NameFile(const std::string& eventRoot) {
@@ -130,8 +106,7 @@ bool CVisit::NameFile(const std::string& eventRoot) {
     if (IsSafeFileName(folder) && IsSafeFileName(file) && !FullPath(m_path).empty()) {
         return true;
     }
-    Refuse(EFileCause::BadPath,
-           "The relay's model or serial number is unfit for a file name: " + NativeRelayText(folder));
+    m_report.refusal = {ERefusal::UnfitName, folder};
     return false;
 }
 
@@ -140,8 +115,7 @@ bool CVisit::HasRoom(const std::string& eventRoot) {
     const SFreeSpace room = FreeSpace(eventRoot);
     const bool isFull = room.bytes.value_or(kLeastFreeSpace) < kLeastFreeSpace;
     if (isFull || room.files.value_or(kLeastFreeFiles) < kLeastFreeFiles) {
-        Refuse(EFileCause::DiskFull,
-               "The disk of " + DisplayPath(eventRoot) + (isFull ? " is full" : " can take no more files"));
+        m_report.refusal = {isFull ? ERefusal::DiskFull : ERefusal::NoMoreFiles, eventRoot};
         return false;
     }
     return true;
@@ -151,7 +125,7 @@ bool CVisit::HasRoom(const std::string& eventRoot) {
 bool CVisit::HoldFile() {
     const std::optional<SHoldFailure> failure = m_custody.Begin(m_path);
     if (failure) {
-        Refuse(failure->cause, failure->why);
+        m_report.refusal = {ERefusal::FileNotHeld, failure->why};
     }
     return !failure;
 }
@@ -194,8 +168,7 @@ bool CVisit::MayTakeMore() {
     if (m_eventsTaken < m_limits.events && m_bytesGathered < m_limits.bytes) {
         return true;
     }
-    m_notes.push_back("This visit has taken " + Counted(m_eventsTaken, "event") +
-                      "; the rest waits in the relay for the next run.");
+    m_report.end = EVisitEnd::LimitReached;
     return false;
 }
 
@@ -204,7 +177,7 @@ void CVisit::HandleEvent(CEventConverter& converter, std::uint8_t kind, CParlane
         if (const std::unique_ptr<CEventRecord> record = converter.Convert(kind, values, m_status)) {
             m_bytesGathered += record->GetImageSize();
             m_image.clear();
-            SerialiseRecord(*record, m_image, m_recordNotes);
+            SerialiseRecord(*record, m_image, m_report.incomplete);
             m_hasJournalFailed = !m_custody.Keep(m_image, ExtendedNumber(*record));
         } else if (FindEventKind(kind) == nullptr) {
             ++m_passedOver;
@@ -224,20 +197,19 @@ void CVisit::AccountForLost() {
 /// Ends a visit whose events would find no room, in the journal or on the day file's disk.
 bool CVisit::HasRoomForMore() {
     constexpr std::size_t kBytesBetweenLooks = std::size_t{64} * 1024;
-    std::string full = m_hasJournalFailed || !m_custody.HasRoom() ? "the journal" : "";
-    if (full.empty() && m_bytesGathered - m_bytesAtLastLook >= kBytesBetweenLooks) {
+    if (m_hasJournalFailed || !m_custody.HasRoom()) {
+        m_report.end = EVisitEnd::JournalFull;
+        return false;
+    }
+    if (m_bytesGathered - m_bytesAtLastLook >= kBytesBetweenLooks) {
         m_bytesAtLastLook = m_bytesGathered;
-        const SFreeSpace room = FreeSpace(m_path);
-        full = room.bytes.value_or(m_bytesGathered + kMaxRecordImage) < m_bytesGathered + kMaxRecordImage
-                   ? "the disk of " + DisplayPath(m_path)
-                   : "";
+        const std::uint64_t needed = m_bytesGathered + kMaxRecordImage;
+        if (FreeSpace(m_path).bytes.value_or(needed) < needed) {
+            m_report.end = EVisitEnd::DiskFull;
+            return false;
+        }
     }
-    if (!full.empty()) {
-        m_notes.push_back("This visit has taken " + Counted(m_eventsTaken, "event") +
-                          "; there is no room for more in " + full +
-                          ", and the rest waits in the relay for the next run.");
-    }
-    return full.empty();
+    return true;
 }
 
 /// The relay's word on more events, as long as the event itself has not said that it was the last.
@@ -253,18 +225,17 @@ void CVisit::WriteFile() {
     try {
         m_custody.Store();
     } catch (const CFileException& failure) {
-        AddFileError(m_errors, failure);
+        m_report.failedWrite = failure;
         if (m_custody.MayBeTorn()) {
-            m_notes.push_back(TornNote(m_custody.File()));
+            m_report.tornBehind = m_custody.File().FoundLength();
         }
     }
-    if (!m_isNameWhole) { // else nobody would look for them there
-        m_notes.push_back("The relay's model or serial number could not be read. Its events are in " +
-                          DisplayPath(m_path) + ".");
-    }
+    m_report.isNameUnread = !m_isNameWhole; // else nobody would look for the events there
 }
 
 void CVisit::FinishReport() {
+    m_report.eventsTaken = m_eventsTaken;
+    m_report.dayFile = std::move(m_path);
     m_report.recordsWritten = m_custody.StoredCount();
     m_report.eventsWaiting = m_custody.WaitingCount();
     m_report.eventsSetAside = m_custody.SetAsideCount();
@@ -275,21 +246,6 @@ void CVisit::FinishReport() {
     // relay has answered has none.
     if (m_status != CStatus() && (!m_report.passwordDeclined || PasswordState().unanswered)) {
         m_report.endStatus = m_status.GetValue();
-    }
-    for (const auto& error : m_errors) {
-        if (error->HasMessage()) {
-            m_report.problems.push_back(MessageOf(*error));
-        }
-    }
-    std::ranges::move(m_notes, std::back_inserter(m_report.problems));
-    std::ranges::move(m_recordNotes, std::back_inserter(m_report.problems));
-    if (m_report.eventsWaiting > 0) {
-        m_report.problems.push_back(Counted(m_report.eventsWaiting, "event") +
-                                    (m_report.eventsWaiting == 1 ? " waits" : " wait") +
-                                    " in the journal for the next run.");
-    }
-    if (m_passedOver > 0) {
-        m_report.problems.push_back(Counted(m_passedOver, "event") + " of unknown kind passed over.");
     }
 }
 

@@ -1,12 +1,11 @@
 // The extraction proper: one relay's pending events into its day file.
 #pragma once
 
-#include "link/seam/link_status.h"
+#include "extraction/extraction_report.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
-#include <vector>
 
 namespace ruvo {
 
@@ -25,18 +24,6 @@ inline constexpr std::uint64_t kLeastFreeSpace = std::uint64_t{64} * 1024;
 inline constexpr std::uint64_t kLeastFreeFiles = 2;
 
 inline constexpr std::int32_t kNoEventLimit = -1;
-
-/// What an extraction has to say to its caller. Texts are in the system's narrow encoding.
-struct SExtractionReport {
-    std::size_t recordsWritten = 0;
-    std::size_t eventsLost = 0;        ///< taken from the relay, but nowhere any more
-    std::size_t eventsWaiting = 0;     ///< in the journal, from which the next run brings them in
-    std::size_t eventsSetAside = 0;    ///< in a file of their own, which the log names
-    std::size_t eventsPassedOver = 0;  ///< taken from the relay, and of a kind that nobody knows
-    bool passwordDeclined = false;     ///< the visit ended because a password was not accepted
-    LinkStatus endStatus = kLinkGood;  ///< what ended the visit early; good when nothing did
-    std::vector<std::string> problems; ///< one text per problem, in order, but for the lost events
-};
 
 /// Reads the pending events of the relay that the link addresses and appends them to the relay's day file
 /// below `eventRoot`. `deviceAddress` goes into every record. `maxEvents` ends the visit after so many

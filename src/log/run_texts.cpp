@@ -1,6 +1,5 @@
 #include "log/run_texts.h"
 
-#include "base/text.h"
 #include "config/ini_keys.h"
 #include "log/connection_details.h"
 
@@ -61,10 +60,6 @@ std::string UnrecognizedPasswordCodeText(int code) {
 
 std::string ExtractionProblemText(const CRunContext& context) {
     return "A problem occured during events extraction. " + ConnectionText(context);
-}
-
-std::string LossText(std::size_t events) {
-    return Counted(events, "event") + " taken from the relay, but not stored.";
 }
 
 std::string ExceptionText(std::string_view kind, std::string_view what) {

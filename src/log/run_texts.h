@@ -38,8 +38,6 @@ std::string UnrecognizedPasswordCodeText(int code);
 
 // Extraction.
 std::string ExtractionProblemText(const CRunContext& context);
-/// Of events that a relay has let go of and that are in no day file.
-std::string LossText(std::size_t events);
 
 // The run as a whole.
 inline constexpr std::string_view kAlreadyRunning = "Only one instance can be running at one time.";

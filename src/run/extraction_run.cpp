@@ -11,6 +11,7 @@
 #include "log/error_log.h"
 #include "log/log_reserve.h"
 #include "log/run_texts.h"
+#include "log/visit_lines.h"
 #include "model/status/status.h"
 #include "run/link_control.h"
 #include "run/login_probe.h"
@@ -43,13 +44,7 @@ void ExtractAndReport(const CRunContext& context, std::int32_t deviceAddress, CV
     if (ended != kLinkGood) {
         WithLogReserve([&] { LogStatusMessage(ExtractionProblemText(context), ended); });
     }
-    const bool isLoss = report.eventsLost > 0 || report.eventsPassedOver > 0;
-    for (const std::string& problem : report.problems) {
-        LogMessage(problem, true, isLoss ? ELineWorth::TellsOfLoss : ELineWorth::Usual);
-    }
-    if (report.eventsLost > 0) { // from the number, which needs no memory to be kept
-        WithLogReserve([&] { LogMessage(LossText(report.eventsLost), true, ELineWorth::TellsOfLoss); });
-    }
+    LogVisit(report);
 }
 
 /// What ended runs have taken comes first; trouble with it keeps no relay from being visited.

@@ -102,7 +102,7 @@ TEST(WriteEventFile, AFullDiskCostsNoEarlierRecord) {
         return [&folder, name, cause] {
             CEventList list = OneRecord(folder.Path(name));
             CErrorList errors;
-            RecordNotes notes;
+            SWritingNotes notes;
             const bool refused = !WriteEventFile(list, "headerText", errors, notes) && errors.size() == 1 &&
                                  dynamic_cast<CFileError&>(*errors[0]).GetCause() == static_cast<int>(cause);
             return refused ? 0 : 1;
@@ -135,7 +135,7 @@ TEST(WriteEventFile, FollowsNoLink) {
          {"linked\\empty.evt", "linked\\new.evt", "dev\\file.evt", "dev\\none.evt"}) {
         CEventList list = OneRecord(folder.Path(name));
         CErrorList errors;
-        RecordNotes notes;
+        SWritingNotes notes;
         EXPECT_FALSE(WriteEventFile(list, "headerText", errors, notes)) << name;
         ASSERT_EQ(errors.size(), 1U) << name;
         EXPECT_EQ(dynamic_cast<CFileError&>(*errors[0]).GetCause(),

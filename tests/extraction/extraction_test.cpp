@@ -26,7 +26,7 @@ TEST_F(Extraction, ALaterRunAppendsAndKeepsTheHeader) {
     server.events = {Event(77, {"240107"}), Event(0, {"240107"}), Event(0, {"240107"}), Event(0, {"240107"})};
     const SExtractionReport report = Extract(2);
     EXPECT_EQ(report.recordsWritten, 2U);
-    EXPECT_EQ(report.problems, std::vector<std::string>{"1 event of unknown kind passed over."});
+    EXPECT_EQ(report.eventsPassedOver, 1U);
     EXPECT_EQ(server.events.size(), 1U) << "the limit of two records leaves one event in the relay";
     const std::size_t headerSize = Header("000003").size();
     EXPECT_EQ(first.substr(0, headerSize), Header("000003"));
@@ -36,7 +36,7 @@ TEST_F(Extraction, ALaterRunAppendsAndKeepsTheHeader) {
 TEST_F(Extraction, NothingIsWrittenBehindATornEnd) {
     const auto run = [this] {
         server.events = {Event(0, {"240107"})};
-        return Extract().problems;
+        return Extract().refusal;
     };
     run();
     const std::string whole = Day();
@@ -59,11 +59,9 @@ TEST_F(Extraction, NothingIsWrittenBehindATornEnd) {
     };
     for (const auto& test : cases) {
         folder.Write(kFile, test.before);
-        const std::string line = "Failed to save event file\nDay file " + folder.Native(kFile) +
-                                 " does not end with a whole record: damage at byte " +
-                                 (test.damageAt == nullptr ? "" : test.damageAt) +
-                                 "; no event was taken from the relay.";
-        EXPECT_EQ(run(), test.damageAt == nullptr ? std::vector<std::string>{} : std::vector{line})
+        const std::string why =
+            "Day file " + folder.Native(kFile) + " does not end with a whole record: damage at byte ";
+        EXPECT_EQ(run().value_or(SRefusal{}).subject, test.damageAt == nullptr ? "" : why + test.damageAt)
             << test.name;
         EXPECT_EQ(server.events.size(), test.damageAt == nullptr ? 0U : 1U) << test.name;
         EXPECT_EQ(Day(), test.damageAt != nullptr ? test.before
@@ -80,9 +78,8 @@ TEST_F(Extraction, AFileThatAnotherRunHoldsLeavesTheEventsInTheRelay) {
     };
     CHeldDayFile other;
     EXPECT_FALSE(other.Hold(folder.Path("AB12-00001234\\AB12-00001234-2026-11-16-DEV.evt")));
-    EXPECT_EQ(run().problems,
-              std::vector<std::string>{"Failed to save event file\nDay file " + folder.Native(kFile) +
-                                       " is held by another run; no event was taken from the relay."});
+    EXPECT_EQ(run().refusal, (SRefusal{ERefusal::FileNotHeld,
+                                       "Day file " + folder.Native(kFile) + " is held by another run"}));
     EXPECT_EQ(server.events.size(), 1U);
     EXPECT_EQ(Day(), "");
     other.Release();
@@ -117,7 +114,7 @@ TEST_F(Extraction, AFileThatGoesWhileItIsHeldTakesNoEventAlong) {
     const SExtractionReport report = run(kFile, true);
     EXPECT_EQ(report.eventsLost, isOthers ? 1U : 0U) << "told, and not written beside the other run's";
     EXPECT_EQ(report.recordsWritten + report.eventsLost, 1U);
-    EXPECT_EQ(report.problems.size(), report.eventsLost);
+    EXPECT_EQ(report.failedWrite.has_value(), isOthers);
 }
 
 TEST_F(Extraction, ARelayWithoutANameIsTold) {
@@ -126,20 +123,18 @@ TEST_F(Extraction, ARelayWithoutANameIsTold) {
         server.values[0x0006] = TextHex(model.c_str());
         server.values[0x0008] = TextHex(serialNumber.c_str());
         server.events = {Event(1, {"240107", TextHex("f")})};
-        EXPECT_EQ(Extract().problems.empty(), !model.empty() && !serialNumber.empty()) << model;
+        EXPECT_EQ(Extract().isNameUnread, model.empty() || serialNumber.empty()) << model;
         EXPECT_TRUE(folder.Has(model + "-" + serialNumber)) << model;
     }
 }
 
 TEST_F(Extraction, AnEndlessStreamIsTakenInPieces) {
-    const std::vector<std::string> said{
-        "This visit has taken 3 events; the rest waits in the relay for the next run."};
     for (const SVisitLimits limits : {SVisitLimits{.events = 3}, SVisitLimits{.bytes = 2 * 51 + 1}}) {
         SExtractionReport report;
         server.events.assign(5, Event(1, {"240107", TextHex("f")}));
         ExtractEventsToFile(5, folder.Path(), kNoEventLimit, &report, limits);
         EXPECT_EQ(report.recordsWritten, 3U);
-        EXPECT_EQ(report.problems, said);
+        EXPECT_TRUE(report.end == EVisitEnd::LimitReached && report.eventsTaken == 3);
         EXPECT_EQ(server.events.size(), 2U);
     }
     server.onCall = [&](SCall& call) -> std::optional<std::int64_t> { // kinds that nobody knows count as well
@@ -149,7 +144,7 @@ TEST_F(Extraction, AnEndlessStreamIsTakenInPieces) {
     SExtractionReport report;
     server.events.push_back(Event(77, {"240107"}));
     ExtractEventsToFile(5, folder.Path(), kNoEventLimit, &report, {.events = 3});
-    EXPECT_EQ(report.problems.size(), 2U);
+    EXPECT_TRUE(report.end == EVisitEnd::LimitReached && report.eventsPassedOver == 3);
 }
 
 /// Two events, of which the second request for one is answered with a status.
@@ -209,8 +204,9 @@ TEST_F(Extraction, OtherRequestsThatFailEndTheVisit) {
     PasswordState() = SPasswordState{};
     server.events = {Event(3, {"240107", "44020030", "240109"})};
     server.statuses["FetchColumnTextAndValues"] = 0x0211;
-    EXPECT_EQ(Extract().problems,
-              std::vector<std::string>{"Extracting event records  Cell data not available."});
+    const SExtractionReport report = Extract();
+    ASSERT_EQ(report.columnErrors.size(), 1U);
+    EXPECT_EQ(report.columnErrors[0]->GetStatusCode(), 0x0211U);
 }
 
 TEST_F(Extraction, NoNameLeadsOutOfTheEventRoot) {
@@ -218,9 +214,7 @@ TEST_F(Extraction, NoNameLeadsOutOfTheEventRoot) {
         server.values[0x0008] = TextHex(serial);
         server.events = {Event(1, {"240107", TextHex("f")})};
         const SExtractionReport report = Extract();
-        ASSERT_EQ(report.problems.size(), 1U) << serial;
-        EXPECT_TRUE(
-            report.problems[0].starts_with("Failed to save event file\nThe relay's model or serial "));
+        EXPECT_EQ(report.refusal, (SRefusal{ERefusal::UnfitName, std::string("AB12-") + serial}));
         EXPECT_EQ(server.events.size(), 1U) << "no event is taken";
         EXPECT_TRUE(std::filesystem::is_empty(folder.Native())) << serial;
     }
@@ -228,7 +222,7 @@ TEST_F(Extraction, NoNameLeadsOutOfTheEventRoot) {
         << "no relay can send a DEL alone";
     server.values[0x0008] = "18FA" + std::string(500, '5'); // longer than a path may be
     server.events = {Event(1, {"240107", TextHex("f")})};
-    EXPECT_EQ(Extract().problems.size(), 1U);
+    EXPECT_TRUE(Extract().refusal);
     EXPECT_EQ(server.events.size(), 1U);
     server.values[0x0008] = "1803209520"; // a device character that is no ASCII letter, blanks around it
     Extract();
@@ -240,14 +234,20 @@ TEST_F(Extraction, RecordsWithoutABinaryFormAreWrittenWithoutTheItem) {
     server.events = {Event(0, {"500105"}), Event(0, {"240107"})};
     const SExtractionReport report = Extract();
     EXPECT_EQ(report.recordsWritten, 2U);
-    EXPECT_EQ(report.problems,
-              std::vector<std::string>{"Event record of 2026-02-16 07:13:09.029 is written without "
-                                       "the value of cell 1 (Event Value ), which cannot be stored."});
-    Variant::List many = *Event(1, {"240107", TextHex("f")}).values.AsList();
+    ASSERT_EQ(report.incomplete.Kinds().size(), 1U);
+    EXPECT_EQ(report.incomplete.Kinds()[0].dropped, (SDroppedItems{1, "the value of cell 1 (Event Value )"}));
+    EXPECT_EQ(report.incomplete.Kinds()[0].firstTime.milliseconds, 29);
+    for (int i = 0; i < 100; ++i) // the text becomes the cell's label, of the relay's choice
+        server.events.push_back(Event(0, {"500105"}, TextHex("%" + std::to_string(i % 50))));
+    const SExtractionReport many = Extract();
+    EXPECT_EQ(many.incomplete.Kinds().size(), CIncompleteRecords::kMostKinds);
+    EXPECT_EQ(many.incomplete.Kinds().back().count, 2U);
+    EXPECT_EQ(many.incomplete.OtherCount(), 100 - 2 * CIncompleteRecords::kMostKinds);
+    Variant::List list = *Event(1, {"240107", TextHex("f")}).values.AsList();
     for (int i = 0; i < 300; ++i)
-        many.push_back(Tagged(TextHex(std::string(250, 'x'))));
-    server.events = {{1, Variant::FromList(many)}};
-    EXPECT_NE(Extract().problems.at(0).find("is written without value 260 and 40 more"), std::string::npos);
+        list.push_back(Tagged(TextHex(std::string(250, 'x'))));
+    server.events = {{1, Variant::FromList(list)}};
+    EXPECT_EQ(Extract().incomplete.Kinds().at(0).dropped, (SDroppedItems{41, "value 260"}));
 }
 
 TEST_F(Extraction, WhatStandsInTheDayFilesPlaceLeavesTheEventsInTheRelay) {
@@ -277,9 +277,7 @@ TEST_F(Extraction, WhatStandsInTheDayFilesPlaceLeavesTheEventsInTheRelay) {
         SExtractionReport report;
         server.calls.clear();
         ExtractEventsToFile(5, folder.Path("root"), kNoEventLimit, &report);
-        const std::vector<std::string> refused{"Failed to save event file\n" + test.refusal +
-                                               "; no event was taken from the relay."};
-        EXPECT_EQ(report.problems, test.refusal.empty() ? std::vector<std::string>{} : refused) << test.setUp;
+        EXPECT_EQ(report.refusal.value_or(SRefusal{}).subject, test.refusal) << test.setUp;
         EXPECT_EQ(server.events.size(), test.refusal.empty() ? 0U : 1U) << test.setUp;
         EXPECT_EQ(report.recordsWritten, test.refusal.empty() ? 1U : 0U) << test.setUp;
         EXPECT_TRUE(folder.Read("out/victim") == "x\n" && !folder.Has("out/none")) << test.setUp;

@@ -26,6 +26,8 @@ class CByteCursor;
 struct SDroppedItems {
     std::size_t count = 0;
     std::string first; ///< "the value of cell 2 (LABEL)", with the relay's own label
+
+    bool operator==(const SDroppedItems&) const = default;
 };
 
 class CEventRecord {

@@ -1,0 +1,13 @@
+// The lines about one visit: what the extraction reports, in words.
+#pragma once
+
+#include "extraction/extraction_report.h"
+
+namespace ruvo {
+
+/// Writes a line for everything that people should know of the visit, each with the connection details. The
+/// number of lines is bounded, whatever the relay has done. A line is worded when its turn comes, so that
+/// want of memory costs no more than that one.
+void LogVisit(const SExtractionReport& report) noexcept;
+
+} // namespace ruvo

@@ -1,0 +1,139 @@
+// What an extraction reports, as lines of the error log.
+#include "log/connection_details.h"
+#include "log/error_log.h"
+#include "log/visit_lines.h"
+#include "support/fake_system.h"
+#include "support/scratch_folder.h"
+
+#include "config/run_context.h"
+#include "model/status/status.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+
+namespace ruvo {
+
+class VisitLines : public testing::Test {
+protected:
+    VisitLines() {
+        ResetErrorLog();
+        ResetConnectionDetails();
+        g_localTime = SCalendarTime{2024, 3, 5, 14, 7, 9};
+        SRuvoConfigFields fields;
+        fields.errorLogPath = folder.Path("run.log");
+        fields.errorLogPathGiven = true;
+        CRunContext context;
+        context.Config() = CRuvoConfig(fields);
+        ResolveErrorLogPath(context, true);
+    }
+
+    /// Without the time stamps and the details of the connection, each ended by "|".
+    std::string Lines() const {
+        static const std::string kEnd = " Connection details - modem name: , device address: -1.\r\n";
+        folder.Write("run.log", "");
+        LogVisit(report);
+        std::string lines;
+        const std::string log = folder.Read("run.log");
+        for (std::size_t at = 0, end = 0; at < log.size(); at = end + kEnd.size()) {
+            end = log.find(kEnd, at);
+            lines += log.substr(at + 20, end - at - 20) + "|";
+        }
+        return lines;
+    }
+    /// As many records that lack the items, all of the same time.
+    void AddIncomplete(int records, const std::string& item, std::size_t items = 1) {
+        const CSimpleEventRecord record(0, 0, std::uint8_t{5}, CParlaneIEC870(), "Trip", nullptr, "", "", "",
+                                        std::uint16_t{1}, "", CParlaneDataList());
+        for (; records > 0; --records) {
+            report.incomplete.Add(record, SDroppedItems{items, item});
+        }
+    }
+
+    CScratchFolder folder;
+    SExtractionReport report;
+};
+
+TEST_F(VisitLines, EachReportHasItsWords) {
+    const auto refuse = [this](ERefusal cause, const char* subject) { report.refusal = {cause, subject}; };
+    const auto end = [this](EVisitEnd what, std::size_t taken) {
+        report.end = what;
+        report.eventsTaken = taken;
+    };
+    const struct {
+        const char* name;
+        std::function<void()> set;
+        std::string said;
+    } cases[] = {
+        {"nothing", [] {}, ""},
+        {"an unfit name", [&] { refuse(ERefusal::UnfitName, "a\xE9"); },
+         "Failed to save event file The relay's model or serial number is unfit for a file name: a\xC3\xA9; no event "
+         "was taken from the relay.|"},
+        {"a full disk", [&] { refuse(ERefusal::DiskFull, "C:\\ev"); },
+         "Failed to save event file The disk of /ev is full; no event was taken from the relay.|"},
+        {"no more files", [&] { refuse(ERefusal::NoMoreFiles, "C:\\ev"); },
+         "Failed to save event file The disk of /ev can take no more files; no event was taken from the relay.|"},
+        {"a file not held", [&] { refuse(ERefusal::FileNotHeld, "It is a link"); },
+         "Failed to save event file It is a link; no event was taken from the relay.|"},
+        {"a record column, and a limit",
+         [&] {
+             CheckStatus(CStatus(0x0211), 0, 222, 526, kNoErrorCode, report.columnErrors);
+             end(EVisitEnd::LimitReached, 1);
+         },
+         "Extracting event records  Cell data not available.|"
+         "This visit has taken 1 event; the rest waits in the relay for the next run.|"},
+        {"a full journal", [&] { end(EVisitEnd::JournalFull, 2); },
+         "This visit has taken 2 events; there is no room for more in the journal, and the rest waits in the relay "
+         "for the next run.|"},
+        {"a failed write",
+         [&] {
+             end(EVisitEnd::DiskFull, 3);
+             report.failedWrite = CFileException(EFileCause::DiskFull, "C:\\x", "No room.");
+             report.tornBehind = 7;
+             report.eventsWaiting = 2;
+             report.eventsLost = 1;
+         },
+         "Failed to save event file No room.|"
+         "This visit has taken 3 events; there is no room for more in the disk of /ev/d/f.evt, and the rest waits in "
+         "the relay for the next run.|"
+         "/ev/d/f.evt could not be truncated to its earlier 7 bytes; it may end with a torn record.|"
+         "2 events wait in the journal for the next run.|1 event taken from the relay, but not stored.|"},
+        {"the day file",
+         [&] {
+             report.isNameUnread = true;
+             report.eventsWaiting = report.eventsPassedOver = 1;
+         },
+         "The relay's model or serial number could not be read. Its events are in /ev/d/f.evt.|"
+         "1 event waits in the journal for the next run.|1 event of unknown kind passed over.|"},
+        {"records that lack something",
+         [&] {
+             AddIncomplete(1, "cell \xE9");
+             AddIncomplete(10'000, "value 260", 41);
+             AddIncomplete(1, "cell \xE9", 2);
+         },
+         "Event record of 1998-01-01 00:00:00.000 is written without cell \xC3\xA9, which cannot be stored.|"
+         "10000 event records, the first of 1998-01-01 00:00:00.000, are written without value 260 and 40 more, "
+         "which cannot be stored.|"
+         "Event record of 1998-01-01 00:00:00.000 is written without cell \xC3\xA9 and 1 more, which cannot be "
+         "stored.|"},
+    };
+    for (const auto& test : cases) {
+        report = SExtractionReport();
+        report.dayFile = "C:\\ev\\d\\f.evt";
+        test.set();
+        EXPECT_EQ(Lines(), test.said) << test.name;
+    }
+}
+
+TEST_F(VisitLines, AreBoundedWhateverTheRelayLacks) {
+    for (int kind = 0; kind < 1000; ++kind) {
+        AddIncomplete(2, "cell " + std::to_string(kind));
+    }
+    const std::string lines = Lines();
+    EXPECT_EQ(std::ranges::count(lines, '|'), 17);
+    EXPECT_TRUE(
+        lines.ends_with("|1968 further event records are written without items that cannot be stored.|"));
+}
+
+} // namespace ruvo
