@@ -56,7 +56,10 @@ void FlushNamesAbove(std::string folder) {
 } // namespace
 
 std::string FolderOfJournals(const std::string& eventRoot) {
-    const std::string state = StateFolder();
+    return FolderOfRoot(StateFolder(), eventRoot);
+}
+
+std::string FolderOfRoot(const std::string& state, const std::string& eventRoot) {
     const std::string root = ResolvedFolder(eventRoot);
     return state.empty() || root.empty() ? std::string()
                                          : state + "\\" + ReadableName(root) + "-" + Digest(root);

@@ -18,6 +18,8 @@ using TellLine = std::function<void(const std::string& line)>;
 
 /// Where the journals of an event root are; empty when there is no such folder, or no state folder.
 [[nodiscard]] std::string FolderOfJournals(const std::string& eventRoot);
+/// The same in another state folder.
+[[nodiscard]] std::string FolderOfRoot(const std::string& state, const std::string& eventRoot);
 
 /// The journals of one event root. Used by the thread of the run.
 class CRunLedger {

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -91,6 +92,9 @@ public:
     /// writing. Each opening counts for itself, also within one process. The lock does not keep out a
     /// program that does not ask for it, such as a reader.
     EFileLock TryLock();
+    /// Whether another opening has the lock, without asking for it; none when the file system does not say.
+    /// The file may be open for reading alone.
+    std::optional<bool> IsLocked();
     /// True when the path leads to this very file; it may have been removed or renamed since the opening.
     bool IsAt(const std::string& path) const;
     /// Removes the file that an exclusive opening has made, wherever links led it, unless something is in it.

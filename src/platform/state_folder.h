@@ -2,12 +2,16 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace ruvo {
 
 /// The folder that RUVO_STATE_DIR names; else the package's or installer's, where this user may write it;
 /// else one of the user's own. It is not made here. Empty when there is none.
 std::string StateFolder();
+
+/// Where a reader looks for it, who may be another user than the one who runs the program.
+std::vector<std::string> StateFoldersToRead();
 
 /// Makes the folder and those above it that are missing, for this user alone. False when it does
 /// not exist afterwards, or another user could create files in it, as far as simple permissions show.

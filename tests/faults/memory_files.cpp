@@ -223,6 +223,8 @@ std::string SystemErrorText(long systemCode) { return "failure " + std::to_strin
 bool IsLink(const std::string&) { return false; }
 bool IsDriveRoot(const std::string&) { return false; }
 bool CFile::RemoveIfEmpty() { return false; }
+std::optional<bool> CFile::IsLocked() { return false; }
+std::vector<std::string> StateFoldersToRead() { return {StateFolder()}; }
 bool CopyToNewFile(const std::string&, const std::string&) { return false; }
 std::string MakeUniqueFile(const std::string&, const std::string&) { return {}; }
 std::string TemporaryFolder() { return {}; }

@@ -84,6 +84,7 @@ TEST(CFile, IsSharedUnderItsLockAndTakenBack) {
     EXPECT_FALSE(other.RemoveIfEmpty()) << "another has made it";
     EXPECT_TRUE(other.Close().Good() && made.TryLock() == EFileLock::Taken);
     EXPECT_TRUE(other.Open(target, {.read = true}).Good() && other.TryLock() == EFileLock::Unknown);
+    EXPECT_TRUE(other.IsLocked() == true && made.IsLocked() == false);
     EXPECT_TRUE(Put(made, "x", count).Good() && !made.RemoveIfEmpty() && made.SetLength(0).Good());
     std::filesystem::rename(folder.Native("target"), folder.Native("moved"));
     EXPECT_FALSE(made.IsAt(target) || made.RemoveIfEmpty());

@@ -4,7 +4,6 @@
 #include "platform/posix/native_path.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
@@ -22,6 +21,17 @@ bool LeadsTo(const std::string& native, int descriptor, struct stat& opened) {
     struct stat found = {};
     return fstat(descriptor, &opened) == 0 && stat(native.c_str(), &found) == 0 &&
            opened.st_dev == found.st_dev && opened.st_ino == found.st_ino;
+}
+
+// A lock of this opening's own: it outlasts the closing of others of the same file, and it works over NFS. It
+// is far beyond any end, where no program asks for the bytes.
+struct flock LockPlace() {
+    struct flock place = {};
+    place.l_type = F_WRLCK;
+    place.l_whence = SEEK_SET;
+    place.l_start = off_t{1} << 62;
+    place.l_len = 1;
+    return place;
 }
 
 } // namespace
@@ -45,13 +55,7 @@ int MakeNewFile(std::string& native, int flags, unsigned int mode) {
 }
 
 EFileLock CFile::TryLock() {
-    // A lock of this opening's own: it outlasts the closing of others of the same file, and it works over
-    // NFS. It is far beyond any end, where no program asks for the bytes.
-    struct flock place = {};
-    place.l_type = F_WRLCK;
-    place.l_whence = SEEK_SET;
-    place.l_start = off_t{1} << 62;
-    place.l_len = 1;
+    struct flock place = LockPlace();
     int taken = -1;
     do {
         taken = fcntl(m_handle->descriptor, F_OFD_SETLK, &place);
@@ -60,6 +64,12 @@ EFileLock CFile::TryLock() {
         return EFileLock::Taken;
     }
     return errno == EAGAIN || errno == EACCES ? EFileLock::HeldByAnother : EFileLock::Unknown;
+}
+
+std::optional<bool> CFile::IsLocked() {
+    struct flock place = LockPlace();
+    const bool isTold = fcntl(m_handle->descriptor, F_OFD_GETLK, &place) == 0;
+    return isTold ? std::optional(place.l_type != F_UNLCK) : std::nullopt;
 }
 
 bool CFile::IsAt(const std::string& path) const {

@@ -8,6 +8,7 @@
 #include <climits>
 #include <cstdlib>
 #include <memory>
+#include <unistd.h>
 
 namespace ruvo {
 
@@ -23,6 +24,15 @@ std::string StateFolder() {
         return FullPath(*named);
     }
     return FromNativePath(IsPrivateFolder(OpenFolder(kPackageFolder)) ? kPackageFolder : UsersStateFolder());
+}
+
+std::vector<std::string> StateFoldersToRead() {
+    std::vector<std::string> folders{StateFolder()};
+    if (!EnvironmentValue("RUVO_STATE_DIR") && access(kPackageFolder, F_OK) == 0 &&
+        folders.front() != FromNativePath(kPackageFolder)) {
+        folders.insert(folders.begin(), FromNativePath(kPackageFolder));
+    }
+    return folders;
 }
 
 bool MakePrivateFolder(const std::string& folder) {

@@ -15,18 +15,37 @@ bool IsSameFile(HANDLE one, HANDLE other) {
            first.nFileIndexHigh == second.nFileIndexHigh && first.nFileIndexLow == second.nFileIndexLow;
 }
 
-} // namespace
-
-EFileLock CFile::TryLock() {
-    OVERLAPPED place = {}; // far beyond any end: here a lock would shut others out of the bytes themselves
+// Far beyond any end: a lock would shut others out of the bytes themselves.
+OVERLAPPED LockPlace() {
+    OVERLAPPED place = {};
     place.OffsetHigh = DWORD{1} << 30;
-    constexpr DWORD kHow = LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY;
-    if (LockFileEx(m_handle->file, kHow, 0, 1, 0, &place) != FALSE) {
+    return place;
+}
+
+EFileLock AskForLock(HANDLE file, DWORD how) {
+    OVERLAPPED place = LockPlace();
+    if (LockFileEx(file, how | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &place) != FALSE) {
         return EFileLock::Taken;
     }
     const DWORD code = GetLastError();
     return code == ERROR_LOCK_VIOLATION || code == ERROR_IO_PENDING ? EFileLock::HeldByAnother
                                                                     : EFileLock::Unknown;
+}
+
+} // namespace
+
+EFileLock CFile::TryLock() {
+    return AskForLock(m_handle->file, LOCKFILE_EXCLUSIVE_LOCK);
+}
+
+// There is no mere question: for a moment it is taken, beside others that ask the same.
+std::optional<bool> CFile::IsLocked() {
+    const EFileLock lock = AskForLock(m_handle->file, 0);
+    if (lock == EFileLock::Taken) {
+        OVERLAPPED place = LockPlace();
+        UnlockFileEx(m_handle->file, 0, 1, 0, &place);
+    }
+    return lock == EFileLock::Unknown ? std::nullopt : std::optional(lock == EFileLock::HeldByAnother);
 }
 
 bool CFile::IsAt(const std::string& path) const {

@@ -9,16 +9,34 @@
 
 namespace ruvo {
 
+namespace {
+
+std::string InstalledFolder() {
+    return EnvironmentValue("ProgramData").value_or("") + "\\ruvo\\state";
+}
+
+} // namespace
+
 std::string StateFolder() {
     if (const auto named = EnvironmentValue("RUVO_STATE_DIR")) {
         return FullPath(*named);
     }
-    const std::string installed = EnvironmentValue("ProgramData").value_or("") + "\\ruvo\\state";
+    const std::string installed = InstalledFolder();
     if (GetPathKind(installed) == EPathKind::Folder && CanMakeEntryIn(installed, EPathKind::File).Good()) {
         return installed;
     }
     const auto own = EnvironmentValue("LOCALAPPDATA");
     return own ? *own + "\\ruvo" : std::string();
+}
+
+std::vector<std::string> StateFoldersToRead() {
+    std::vector<std::string> folders{StateFolder()};
+    const std::string installed = InstalledFolder();
+    if (!EnvironmentValue("RUVO_STATE_DIR") && folders.front() != installed &&
+        GetPathKind(installed) == EPathKind::Folder) {
+        folders.insert(folders.begin(), installed);
+    }
+    return folders;
 }
 
 // What a new folder allows to whom comes from the one above it.

@@ -1,0 +1,125 @@
+#include "ledger/visit_history.h"
+
+#include "ledger/run_ledger.h"
+#include "ledger/visit_files.h"
+#include "ledger/visit_record.h"
+#include "platform/full_path.h"
+#include "platform/state_folder.h"
+
+#include <algorithm>
+#include <set>
+
+namespace ruvo {
+
+namespace {
+
+/// A run without a line of its own yet.
+struct SOpenRun {
+    std::string json;
+    ERunState state = ERunState::Ended;
+};
+
+/// Nothing where it went meanwhile, or its making was ended.
+std::optional<SOpenRun> ReadOpenRun(const std::string& path) {
+    CFile file;
+    SRunFile run;
+    if (!file.Open(path, {.read = true, .removable = true}).Good() || !ReadRunFile(file, run)) {
+        return std::nullopt;
+    }
+    SOpenRun open;
+    open.json = LineAsJson(run.begin, run.entries, run.end);
+    if (open.json.empty()) {
+        return std::nullopt;
+    }
+    const bool isRunning = run.end.empty() && file.IsLocked().value_or(false);
+    open.state = isRunning ? ERunState::Running : ERunState::Ended;
+    return open;
+}
+
+} // namespace
+
+CVisitHistory::CVisitHistory(const std::string& eventRoot) {
+    for (const std::string& state : StateFoldersToRead()) {
+        const std::string folder = FolderOfRoot(state, eventRoot);
+        const EHistory found = folder.empty() ? EHistory::None : LookIn(state, folder);
+        const std::string shown = DisplayPath(folder.empty() ? state : folder);
+        if (found == EHistory::Found) {
+            m_found = found;
+            m_folder = folder;
+            m_folders = {shown};
+            return;
+        }
+        if (found == EHistory::NotReadable) {
+            m_found = found;
+        }
+        m_folders.push_back(shown);
+    }
+}
+
+EHistory CVisitHistory::LookIn(const std::string& state, const std::string& folder) const {
+    std::vector<SFolderEntry> entries;
+    if (ListFolder(folder, entries)) {
+        const bool isThere = std::ranges::any_of(entries, [](const SFolderEntry& entry) {
+            return entry.name == kVisitsName || entry.name == kEarlierVisitsName ||
+                   entry.name.ends_with(kRunEnding);
+        });
+        return isThere ? EHistory::Found : EHistory::None;
+    }
+    const bool isHidden = GetPathKind(folder) == EPathKind::Folder ||
+                          (GetPathKind(state) == EPathKind::Folder && !ListFolder(state, entries));
+    return isHidden ? EHistory::NotReadable : EHistory::None;
+}
+
+bool CVisitHistory::ForEach(const Take& take) const {
+    return ForEachOf({}, take);
+}
+
+bool CVisitHistory::ForEachOf(const std::string& iniPath, const Take& take) const {
+    if (m_found != EHistory::Found) {
+        return m_found == EHistory::None;
+    }
+    const std::string wanted = iniPath.empty() ? iniPath : RecordedIniPath(iniPath);
+    std::set<std::uint64_t> taken;
+    const auto takeLine = [&](std::string_view json, ERunState state) {
+        const auto head = ReadVisitLine(json, false);
+        if (!head || (!wanted.empty() && head->iniPath != wanted) || !taken.insert(head->number).second) {
+            return;
+        }
+        if (const auto line = ReadVisitLine(json)) {
+            take(*line, state);
+        }
+    };
+    // Read first: a run that ends meanwhile is in the file of visits then, under the same number.
+    std::vector<SOpenRun> open;
+    for (const std::uint64_t number : RunFilesIn(m_folder)) {
+        if (auto run = ReadOpenRun(RunFilePath(m_folder, number))) {
+            open.push_back(*std::move(run));
+        }
+    }
+    const bool isRead =
+        ForEachVisit(m_folder, [&](std::string_view json) { takeLine(json, ERunState::Ended); });
+    for (const SOpenRun& run : open) {
+        takeLine(run.json, run.state);
+    }
+    return isRead;
+}
+
+SVisitSummary SummariseVisits(const std::string& eventRoot, const std::string& iniPath) {
+    const CVisitHistory history(eventRoot);
+    SVisitSummary summary;
+    summary.history = history.Found();
+    summary.folders = history.Folders();
+    summary.isWhole = history.ForEachOf(iniPath, [&summary](const SVisitLine& line, ERunState state) {
+        summary.since = summary.since.empty() ? line.begin : summary.since;
+        for (const SVisitEntry& entry : line.entries) {
+            SKnownRelay& relay = summary.relays[{entry.key, entry.address}];
+            relay.name = entry.name.empty() ? relay.name : entry.name;
+            relay.plant = entry.plant.empty() ? relay.plant : entry.plant;
+            relay.lastReached = entry.lastReached.empty() ? relay.lastReached : entry.lastReached;
+        }
+        (state == ERunState::Running ? summary.running : summary.last) = line;
+    });
+    return summary;
+}
+
+} // namespace ruvo

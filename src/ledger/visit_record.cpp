@@ -1,0 +1,195 @@
+#include "ledger/visit_record.h"
+
+#include "base/code_page.h"
+#include "ledger/run_ledger.h"
+#include "platform/clock.h"
+#include "platform/environment.h"
+#include "platform/full_path.h"
+#include "platform/process.h"
+#include "platform/standard_error.h"
+#include "platform/state_folder.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdio>
+#include <exception>
+#include <optional>
+
+namespace ruvo {
+
+namespace {
+
+/// Whoever visits a site again after a failure counts the attempts.
+std::uint64_t Attempt() {
+    const std::string text = EnvironmentValue("RUVO_ATTEMPT").value_or("1");
+    std::uint64_t attempt = 1;
+    std::from_chars(text.data(), text.data() + text.size(), attempt);
+    return attempt;
+}
+
+/// Makes a line of a file that its run has left, and removes it. It is held locked.
+bool EndRun(const std::string& folder, const std::string& path, CFile& file, SVisitBounds bounds) {
+    SRunFile run;
+    if (!ReadRunFile(file, run)) {
+        return false;
+    }
+    const std::string line = LineAsJson(run.begin, run.entries, run.end);
+    if (!line.empty() && !AppendVisit(folder, line, bounds)) {
+        return false;
+    }
+    return RemoveFile(path); // with nothing in it, its making was ended
+}
+
+} // namespace
+
+std::string RecordedIniPath(const std::string& iniPath) {
+    constexpr std::string_view kLongForm = "\\\\?\\"; // of one system's resolved paths
+    const std::string full = FullPath(iniPath);
+    std::string path = full.empty() ? full : ResolvedFolder(full);
+    path.erase(0, path.starts_with(kLongForm) ? kLongForm.size() : 0);
+    return SystemTextToUtf8(DisplayPath(path.empty() ? full : path));
+}
+
+std::string RecordedNow() {
+    const SCalendarTime now = UtcTime();
+    std::array<char, 80> text{};
+    std::snprintf(text.data(), text.size(), "%04d-%02d-%02dT%02d:%02d:%02dZ", now.year, now.month, now.day,
+                  now.hour, now.minute, now.second);
+    return text.data();
+}
+
+CVisitRecord::CVisitRecord(std::string eventRoot, const std::string& iniPath, SVisitBounds bounds)
+    : m_eventRoot(std::move(eventRoot)), m_bounds(bounds) {
+    m_line.iniPath = RecordedIniPath(iniPath);
+}
+
+void CVisitRecord::Begin() noexcept {
+    try {
+        m_folder = FolderOfJournals(m_eventRoot);
+        if (m_folder.empty()) {
+            return;
+        }
+        if (MakePrivateFolder(m_folder)) {
+            EndKilledRuns();
+            MakeFile();
+        }
+    } catch (const std::exception&) { // no memory
+        m_isOpen = false;
+    }
+    if (!m_isOpen) {
+        Fail();
+    }
+}
+
+void CVisitRecord::EndKilledRuns() {
+    for (const std::uint64_t number : RunFilesIn(m_folder)) {
+        const std::string path = RunFilePath(m_folder, number);
+        CFile file;
+        if (file.Open(path, {.read = true, .write = true, .plain = true, .removable = true}).Good() &&
+            file.TryLock() != EFileLock::HeldByAnother && file.IsAt(path)) {
+            static_cast<void>(EndRun(m_folder, path, file, m_bounds)); // else the next run tries
+        }
+    }
+}
+
+void CVisitRecord::MakeFile() {
+    constexpr int kMostNumbers = 1000;
+    m_line.process = ProcessNumber();
+    m_line.attempt = Attempt();
+    m_line.begin = RecordedNow();
+    std::uint64_t number = LargestVisitNumber(m_folder);
+    for (const std::uint64_t other : RunFilesIn(m_folder)) {
+        number = std::max(number, other);
+    }
+    for (int tried = 0; tried < kMostNumbers && !m_isOpen; ++tried) {
+        m_isOpen = TryNumber(++number);
+    }
+    m_line.number = number;
+    m_isOpen = m_isOpen && WriteLine(BeginAsJson(m_line));
+    FlushFolder(m_folder);
+}
+
+/// A run that has ended meanwhile may have used the number, and removed its file: its line stands there then.
+bool CVisitRecord::TryNumber(std::uint64_t number) {
+    const std::string path = RunFilePath(m_folder, number);
+    if (!m_file
+             .Open(path, {.read = true, .write = true, .create = true, .exclusive = true, .removable = true})
+             .Good() ||
+        m_file.TryLock() == EFileLock::HeldByAnother || !m_file.IsAt(path)) {
+        return false;
+    }
+    if (LargestVisitNumber(m_folder) < number) {
+        return true;
+    }
+    RemoveFile(path);
+    return false;
+}
+
+void CVisitRecord::Add(SVisitEntry entry) noexcept {
+    if (!m_isOpen) {
+        return;
+    }
+    try {
+        entry.lastReached = entry.isReached ? entry.end : LastReached(entry.key, entry.address);
+        m_isOpen = WriteLine(AsJson(entry));
+    } catch (const std::exception&) { // no memory
+        m_isOpen = false;
+    }
+    if (!m_isOpen) {
+        Fail();
+    }
+}
+
+void CVisitRecord::End(SVisitLine end) noexcept {
+    if (!m_isOpen) {
+        return;
+    }
+    m_isOpen = false;
+    try {
+        end.end = RecordedNow();
+        // In its own file first: whoever makes the line will know how it ended.
+        if (WriteLine(EndAsJson(end)) &&
+            EndRun(m_folder, RunFilePath(m_folder, m_line.number), m_file, m_bounds)) {
+            static_cast<void>(m_file.Close());
+            return;
+        }
+    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): no memory; told below
+    }
+    Fail();
+}
+
+/// Without a flush: an end of the process loses nothing of it, and one of the machine only what is known of
+/// its own last minutes.
+bool CVisitRecord::WriteLine(const std::string& json) {
+    const std::string line = json + "\n";
+    std::uint64_t position = 0;
+    std::size_t count = 0;
+    return m_file.Seek(0, ESeekOrigin::End, position).Good() &&
+           m_file.Write({reinterpret_cast<const std::uint8_t*>(line.data()), line.size()}, count).Good();
+}
+
+std::string CVisitRecord::LastReached(const std::string& key, const std::string& address) {
+    if (!m_isHistoryRead) {
+        m_isHistoryRead = true;
+        static_cast<void>(ForEachVisit(m_folder, [this](std::string_view json) {
+            const auto head = ReadVisitLine(json, false);
+            const auto line = head && head->iniPath == m_line.iniPath ? ReadVisitLine(json) : std::nullopt;
+            for (const SVisitEntry& entry : line ? line->entries : std::vector<SVisitEntry>()) {
+                m_lastReached[{entry.key, entry.address}] = entry.lastReached;
+            }
+        }));
+    }
+    const auto found = m_lastReached.find({key, address});
+    return found == m_lastReached.end() ? std::string() : found->second;
+}
+
+void CVisitRecord::Fail() noexcept {
+    try {
+        WriteStandardError("ruvo: no record of this visit can be kept in " + DisplayPath(m_folder) +
+                           "; ruvoctl status will not know of it");
+    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): no memory for more
+    }
+}
+
+} // namespace ruvo

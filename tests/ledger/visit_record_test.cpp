@@ -1,0 +1,186 @@
+// Records of visits: whatever ends a run, its record tells so, once.
+#include "support/fake_system.h"
+#include "support/scratch_folder.h"
+
+#include "ledger/run_ledger.h"
+#include "ledger/visit_history.h"
+#include "ledger/visit_record.h"
+#include "platform/environment.h"
+
+#include <gtest/gtest.h>
+
+namespace ruvo::test {
+
+namespace {
+
+SVisitEntry Entry(const std::string& key, const std::string& address = "5") {
+    SVisitEntry entry;
+    entry.key = key;
+    entry.address = address;
+    return entry;
+}
+SVisitLine Ended(ERunEnd how, const std::string& signal = "") {
+    SVisitLine line;
+    line.ended = how;
+    line.signal = signal;
+    line.notVisited = 3;
+    return line;
+}
+
+class VisitRecord : public testing::Test {
+protected:
+    VisitRecord() {
+        SetEnvironmentValue("RUVO_STATE_DIR", folder.Native("state"));
+        std::filesystem::create_directories(folder.Native("ev"));
+        folder.Write("site.ini", "");
+        g_standardError.clear();
+        g_utcTime = {2026, 11, 25, 2, 0, 0};
+    }
+    ~VisitRecord() override { SetEnvironmentValue("RUVO_STATE_DIR", before); }
+
+    std::unique_ptr<CVisitRecord> Begun(const std::string& ini = "site.ini", SVisitBounds bounds = {}) {
+        auto record = std::make_unique<CVisitRecord>(folder.Path("ev"), folder.Path(ini), bounds);
+        record->Begin();
+        return record;
+    }
+    void RunWhole(const SVisitEntry& entry, SVisitBounds bounds = {}) {
+        const auto record = Begun("site.ini", bounds);
+        record->Add(entry);
+        record->End(Ended(ERunEnd::Whole));
+    }
+    /// "1 whole RV001 RV002|": the runs as readers get them.
+    std::string Runs(const std::string& ini = "") {
+        std::string runs;
+        EXPECT_TRUE(CVisitHistory(folder.Path("ev"))
+                        .ForEachOf(ini.empty() ? ini : folder.Path(ini), [&runs](const SVisitLine& line,
+                                                                                 ERunState state) {
+                            runs += std::to_string(line.number) + " ";
+                            runs += state == ERunState::Running ? "running" : RunEndName(line.ended);
+                            for (const SVisitEntry& entry : line.entries)
+                                runs += " " + entry.key;
+                            runs += "|";
+                        }));
+        return runs;
+    }
+    std::string Name(const std::string& file) const {
+        const std::string records = FolderOfJournals(folder.Path("ev"));
+        return "state/" + records.substr(records.rfind('\\') + 1) + "/" + file;
+    }
+
+    CScratchFolder folder;
+    std::string before = EnvironmentValue("RUVO_STATE_DIR").value_or("");
+};
+
+} // namespace
+
+TEST_F(VisitRecord, TellsOfARunAsLongAsItLastsAndAfterwards) {
+    EXPECT_EQ(CVisitHistory(folder.Path("ev")).Found(), EHistory::None);
+    auto record = Begun();
+    EXPECT_EQ(Runs(), "1 running|");
+    record->Add(Entry("RV001"));
+    EXPECT_EQ(Runs(), "1 running RV001|");
+    const auto other = Begun("other.ini");
+    EXPECT_EQ(Runs(), "1 running RV001|2 running|") << "two at once";
+    other->End(Ended(ERunEnd::NotBegun));
+    EXPECT_EQ(Runs(), "2 not begun|1 running RV001|");
+    record->End(Ended(ERunEnd::Signal, "SIGTERM"));
+    EXPECT_EQ(Runs(), "2 not begun|1 signal RV001|");
+    EXPECT_EQ(Runs("site.ini"), "1 signal RV001|");
+    EXPECT_FALSE(folder.Has(Name("1.visit")) || folder.Has(Name("2.visit")));
+    const SVisitSummary summary = SummariseVisits(folder.Path("ev"), folder.Path("site.ini"));
+    ASSERT_TRUE(summary.last);
+    EXPECT_EQ(summary.last->signal + " " + summary.last->begin + " " + summary.last->end,
+              "SIGTERM 2026-11-25T02:00:00Z 2026-11-25T02:00:00Z");
+    EXPECT_EQ(summary.last->notVisited, 3U);
+    EXPECT_EQ(summary.last->iniPath, folder.Native("site.ini"));
+    EXPECT_EQ(g_standardError, "");
+}
+
+TEST_F(VisitRecord, EndedAnywhereItIsReadAndBecomesOneLine) {
+    auto record = Begun();
+    record->Add(Entry("RV001"));
+    record->Add(Entry("RV002"));
+    const std::string run = folder.Read(Name("1.visit"));
+    record->End(Ended(ERunEnd::Whole));
+    const std::string line = folder.Read(Name("visits.ndjson"));
+    const std::string end = EndAsJson(Ended(ERunEnd::Whole)) + "\n";
+    const auto check = [&](const std::string& left, const std::string& lines, const std::string& want) {
+        folder.Write(Name("1.visit"), left);
+        folder.Write(Name("visits.ndjson"), lines);
+        EXPECT_EQ(Runs(), want) << left << lines;
+        Begun()->End(Ended(ERunEnd::Whole));
+        EXPECT_FALSE(folder.Has(Name("1.visit"))) << left;
+        EXPECT_EQ(Runs(), want + (want.empty() ? "1" : "2") + " whole|") << left << lines;
+    };
+    const auto headSize = run.find('\n') + 1;
+    for (std::size_t cut = (run + end).size() % 41; cut <= (run + end).size(); cut += 41) {
+        const auto entries =
+            std::count(run.begin(), run.begin() + static_cast<long>(std::min(cut, run.size())), '\n');
+        const std::string ended = cut == (run + end).size() ? "1 whole" : "1 killed";
+        check((run + end).substr(0, cut), "",
+              cut < headSize ? ""
+                             : ended + (entries > 1 ? " RV001" : "") + (entries > 2 ? " RV002" : "") + "|");
+    }
+    for (std::size_t cut = 0; cut <= line.size(); cut += 61)
+        check(run + end, line.substr(0, cut), "1 whole RV001 RV002|");
+    check(run + end, line, "1 whole RV001 RV002|");
+    check(run + end, line + line, "1 whole RV001 RV002|");
+}
+
+TEST_F(VisitRecord, KeepsAsManyRunsAsItMay) {
+    const SVisitBounds bounds[] = {{.runs = 3}, {.bytes = 1500}};
+    for (const SVisitBounds& bound : bounds) {
+        std::filesystem::remove_all(folder.Native("state"));
+        for (int run = 1; run <= 8; ++run)
+            RunWhole(Entry("RV00" + std::to_string(run)), bound);
+        EXPECT_EQ(Runs(), "4 whole RV004|5 whole RV005|6 whole RV006|7 whole RV007|8 whole RV008|");
+    }
+}
+
+TEST_F(VisitRecord, KnowsWhenARelayWasLastReached) {
+    SVisitEntry entry = Entry("RV001");
+    entry.name = "AB12-1";
+    entry.end = "2026-11-24T02:00:09Z";
+    entry.isReached = true;
+    RunWhole(entry);
+    entry = Entry("RV001");
+    for (const char* address : {"5", "5", "6"}) {
+        entry.address = address;
+        RunWhole(entry);
+    }
+    const SVisitSummary summary = SummariseVisits(folder.Path("ev"), folder.Path("site.ini"));
+    const SKnownRelay known = summary.relays.at({"RV001", "5"});
+    EXPECT_EQ(known.name + " " + known.lastReached, "AB12-1 2026-11-24T02:00:09Z");
+    EXPECT_EQ(summary.relays.at({"RV001", "6"}).lastReached, "") << "another relay";
+    EXPECT_EQ(summary.last->entries.at(0).lastReached, "");
+}
+
+TEST_F(VisitRecord, HostileTextsStayText) {
+    SVisitEntry entry = Entry("RV\"1\\");
+    entry.name = "a\x01\n{\"number\":9}";
+    entry.plant = "\xC2\x9B\xE2\x82\xAC";
+    entry.taken = entry.to = ~std::uint64_t{0};
+    entry.status = 0xFFFFFFFF;
+    RunWhole(entry);
+    const auto last = SummariseVisits(folder.Path("ev"), folder.Path("site.ini")).last;
+    ASSERT_TRUE(last && last->entries.size() == 1);
+    const SVisitEntry& read = last->entries.front();
+    EXPECT_EQ(std::tie(read.key, read.name, read.plant, read.taken, read.to, read.status),
+              std::tie(entry.key, entry.name, entry.plant, entry.taken, entry.to, entry.status));
+    const std::string file = folder.Read(Name("visits.ndjson"));
+    EXPECT_EQ(std::count(file.begin(), file.end(), '\n'), 1);
+}
+
+TEST_F(VisitRecord, WhatCannotBeWrittenIsToldOnce) {
+    folder.Write("state", "no folder");
+    RunWhole(Entry("RV001"));
+    EXPECT_TRUE(g_standardError.starts_with("ruvo: no record of this visit can be kept in "))
+        << g_standardError;
+    EXPECT_EQ(g_standardError.find("ruvo: ", 1), std::string::npos);
+    g_standardError.clear();
+    std::filesystem::remove_all(folder.Native("ev"));
+    RunWhole(Entry("RV001"));
+    EXPECT_EQ(g_standardError, "") << "no event root, no run";
+}
+
+} // namespace ruvo::test
