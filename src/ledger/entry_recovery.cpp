@@ -1,13 +1,11 @@
 #include "ledger/entry_recovery.h"
 
-#include "base/text.h"
 #include "dayfile/day_file_reader.h"
 #include "dayfile/day_file_writer.h"
 #include "ledger/set_aside_file.h"
 #include "ledger/standing_bytes.h"
 #include "ledger/waiting_time.h"
 #include "platform/clock.h"
-#include "platform/full_path.h"
 
 #include <algorithm>
 #include <unordered_map>
@@ -38,6 +36,13 @@ CTextFileHeader HeaderFor(std::uint32_t lastExtended) {
     return MakeEventListHeader(lastExtended + 1, kEventListText);
 }
 
+SLedgerReport JournalReport(ELedgerOutcome outcome, const std::string& path) {
+    SLedgerReport report;
+    report.outcome = outcome;
+    report.path = path;
+    return report;
+}
+
 } // namespace
 
 /// What is to be written, and where.
@@ -55,8 +60,7 @@ bool CEntryRecovery::BringIn(const std::string& journalPath, CHeldDayFile* held)
     }
     if (!m_journal.HasKnownHead()) {
         if (held == nullptr) {
-            m_tell("Journal " + DisplayPath(journalPath) +
-                   " was written by another version, or is not a journal. It is left unchanged.");
+            m_tell(JournalReport(ELedgerOutcome::UnknownJournal, journalPath));
         }
         return true;
     }
@@ -77,8 +81,7 @@ bool CEntryRecovery::BringIn(const std::string& journalPath, CHeldDayFile* held)
     if (isAllDone && m_isWhole) {
         m_journal.Remove();
     } else if (!m_isWhole && held == nullptr) {
-        m_tell("Journal " + DisplayPath(journalPath) +
-               " is damaged. Its readable events have been stored; the journal is kept.");
+        m_tell(JournalReport(ELedgerOutcome::DamagedJournal, journalPath));
     }
     return isFree;
 }
@@ -116,9 +119,9 @@ bool CEntryRecovery::Close(SJournalEntry& entry) {
         return false;
     }
     if (entry.lost > 0) {
-        m_tell(Counted(entry.lost, "event") + " taken from the relay, but not stored. Visit of " +
-               entry.info.key + ", begun " + entry.info.begun + ", which was ended; day file " +
-               DisplayPath(PathOf(entry)) + ".");
+        SLedgerReport report = ReportOf(ELedgerOutcome::Lost, entry);
+        report.events = entry.lost;
+        m_tell(report);
     }
     return m_journal.Append(EFrame::Done, entry.visit, entry.chain, {}) && m_journal.Flush();
 }
@@ -164,7 +167,7 @@ bool CEntryRecovery::Store(SJournalEntry& entry, CHeldDayFile& file) {
         m_why = failure.what();
         return false;
     }
-    TellStored(entry, file.Path(), plan.isElsewhere);
+    m_tell(ReportOf(plan.isElsewhere ? ELedgerOutcome::StoredAtEnd : ELedgerOutcome::Stored, entry));
     return true;
 }
 
@@ -230,11 +233,8 @@ bool CEntryRecovery::FindMissing(const SJournalEntry& entry, const std::string& 
     return isRead;
 }
 
-void CEntryRecovery::TellStored(const SJournalEntry& entry, const std::string& path, bool isElsewhere) const {
-    m_tell(Counted(entry.records, "event") + " of a visit that was ended " +
-           (entry.records == 1 ? "is" : "are") + " in day file " + DisplayPath(path) + " now. Visit of " +
-           entry.info.key + ", begun " + entry.info.begun + "." +
-           (isElsewhere ? " The file had changed since then; the missing events are at its end." : ""));
+SLedgerReport CEntryRecovery::ReportOf(ELedgerOutcome outcome, const SJournalEntry& entry) const {
+    return {outcome, entry.records, PathOf(entry), {}, entry.info.key, entry.info.begun, {}};
 }
 
 bool CEntryRecovery::Wait(SJournalEntry& entry, const std::string& why) {
@@ -257,7 +257,7 @@ bool CEntryRecovery::SetAside(SJournalEntry& entry, const std::string& reason) {
     plan.store = entry.Wanted();
     if (IsSafePlace(entry.info.file) && FindMissing(entry, PathOf(entry), plan)) {
         if (plan.stands) {
-            TellStored(entry, PathOf(entry), false);
+            m_tell(ReportOf(ELedgerOutcome::Stored, entry));
             return Close(entry);
         }
         entry.store = plan.store;
@@ -302,13 +302,21 @@ bool CEntryRecovery::WriteSetAside(SJournalEntry& entry, CSetAsideFile& file) {
         TellWaits(entry, NotSetAsideText(file));
         return false;
     }
-    m_tell(SetAsideText(count, file.Path(), entry.setAside->reason, entry.info.key, entry.info.begun));
+    m_tell({ELedgerOutcome::SetAside,
+            count,
+            file.Path(),
+            {},
+            entry.info.key,
+            entry.info.begun,
+            entry.setAside->reason});
     return Close(entry);
 }
 
 void CEntryRecovery::TellWaits(const SJournalEntry& entry, const std::string& why) const {
-    m_tell(Counted(entry.records, "event") + (entry.records == 1 ? " waits" : " wait") + " in journal " +
-           DisplayPath(m_journal.Path()) + " for day file " + DisplayPath(PathOf(entry)) + ": " + why + ".");
+    SLedgerReport report = ReportOf(ELedgerOutcome::Waits, entry);
+    report.journal = m_journal.Path();
+    report.reason = why;
+    m_tell(report);
 }
 
 } // namespace ruvo

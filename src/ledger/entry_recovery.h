@@ -14,7 +14,7 @@ namespace ruvo {
 
 class CEntryRecovery {
 public:
-    CEntryRecovery(const std::string& eventRoot, const TellLine& tell)
+    CEntryRecovery(const std::string& eventRoot, const LedgerListener& tell)
         : m_eventRoot(eventRoot), m_tell(tell) {}
 
     /// Brings in what is open in the journal: all of it, or what goes into the file that is held. The journal
@@ -34,12 +34,12 @@ private:
     [[nodiscard]] bool SetAside(SJournalEntry& entry, const std::string& reason);
     [[nodiscard]] bool FinishSetAside(SJournalEntry& entry);
     [[nodiscard]] bool WriteSetAside(SJournalEntry& entry, CSetAsideFile& file);
-    void TellStored(const SJournalEntry& entry, const std::string& path, bool isElsewhere) const;
+    [[nodiscard]] SLedgerReport ReportOf(ELedgerOutcome outcome, const SJournalEntry& entry) const;
     void TellWaits(const SJournalEntry& entry, const std::string& why) const;
     [[nodiscard]] std::string PathOf(const SJournalEntry& entry) const;
 
     const std::string& m_eventRoot;
-    const TellLine& m_tell;
+    const LedgerListener& m_tell;
     CJournalFile m_journal;
     CHeldDayFile* m_held = nullptr;
     bool m_isWhole = false; ///< the journal, but for a torn frame

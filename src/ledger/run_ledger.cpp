@@ -65,10 +65,10 @@ std::string FolderOfRoot(const std::string& state, const std::string& eventRoot)
                                          : state + "\\" + ReadableName(root) + "-" + Digest(root);
 }
 
-CRunLedger::CRunLedger(std::string eventRoot, TellLine tell)
-    : m_eventRoot(std::move(eventRoot)), m_tell([this, once = std::move(tell)](const std::string& line) {
-          if (m_told.insert(line).second) {
-              once(line);
+CRunLedger::CRunLedger(std::string eventRoot, LedgerListener tell)
+    : m_eventRoot(std::move(eventRoot)), m_tell([this, once = std::move(tell)](const SLedgerReport& report) {
+          if (m_told.insert(report).second) {
+              once(report);
           }
       }) {}
 

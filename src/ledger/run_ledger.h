@@ -4,17 +4,14 @@
 
 #include "dayfile/held_day_file.h"
 #include "ledger/journal_file.h"
+#include "ledger/ledger_report.h"
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <set>
 #include <string>
 
 namespace ruvo {
-
-/// Writes one line into the log and returns when it is on the disk. The text is in the system's encoding.
-using TellLine = std::function<void(const std::string& line)>;
 
 /// Where the journals of an event root are; empty when there is no such folder, or no state folder.
 [[nodiscard]] std::string FolderOfJournals(const std::string& eventRoot);
@@ -25,13 +22,13 @@ using TellLine = std::function<void(const std::string& line)>;
 class CRunLedger {
 public:
     /// It must outlive the visits. Nothing is made before the first visit that takes events.
-    CRunLedger(std::string eventRoot, TellLine tell);
+    CRunLedger(std::string eventRoot, LedgerListener tell);
     CRunLedger(const CRunLedger&) = delete;
     CRunLedger& operator=(const CRunLedger&) = delete;
     /// Removes the journal unless something is open in it.
     ~CRunLedger();
 
-    void Tell(const std::string& line) const { m_tell(line); }
+    void Tell(const SLedgerReport& report) const { m_tell(report); }
     /// Brings in what ended runs have left, as far as their day files can be had.
     void BringIn();
     /// The same for one day file, which is held. False when an entry for it waits all the same.
@@ -50,8 +47,8 @@ public:
 
 private:
     std::string m_eventRoot;
-    std::set<std::string> m_told; ///< a run says each thing once
-    TellLine m_tell;
+    std::set<SLedgerReport> m_told; ///< a run says each thing once
+    LedgerListener m_tell;
     std::unique_ptr<CJournalFile> m_journal;
     bool m_isTried = false;
     std::uint32_t m_visits = 0;

@@ -172,12 +172,6 @@ void RemoveEmptySetAsideFiles(const std::string& folder) {
     }
 }
 
-std::string SetAsideText(std::size_t events, const std::string& path, const std::string& reason,
-                         const std::string& key, const std::string& begun) {
-    return Counted(events, "event") + " set aside in " + DisplayPath(path) + ": " + reason + ". Visit of " +
-           key + ", begun " + begun + ". \"ruvoctl recover\" stores them in the day file.";
-}
-
 std::string NotSetAsideText(const CSetAsideFile& file) {
     return "set-aside file " + DisplayPath(file.Path()) + " cannot be written: " + file.Why();
 }

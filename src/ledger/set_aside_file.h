@@ -73,9 +73,6 @@ private:
 /// Removes those that an end has left before their first byte, unless a journal may still name them.
 void RemoveEmptySetAsideFiles(const std::string& folder);
 
-/// The line that names one in the log.
-[[nodiscard]] std::string SetAsideText(std::size_t events, const std::string& path, const std::string& reason,
-                                       const std::string& key, const std::string& begun);
 /// Why there is none, without a full stop.
 [[nodiscard]] std::string NotSetAsideText(const CSetAsideFile& file);
 

@@ -153,12 +153,12 @@ void CVisitCustody::SetAside(const std::string& reason) {
         return;
     }
     m_setAsideCount = (takesFramed ? m_framedCount : 0) + m_ends.size();
-    m_ledger->Tell(SetAsideText(m_setAsideCount, file.Path(), reason, m_key, m_begun));
+    m_ledger->Tell({ELedgerOutcome::SetAside, m_setAsideCount, file.Path(), {}, m_key, m_begun, reason});
     m_isSettled = takesFramed; // once the log has the name
 }
 
 void CVisitCustody::TellNotSetAside(const CSetAsideFile& file) const {
-    m_ledger->Tell("Visit of " + m_key + ": " + NotSetAsideText(file) + ".");
+    m_ledger->Tell({ELedgerOutcome::NotSetAside, 0, file.Path(), {}, m_key, m_begun, NotSetAsideText(file)});
 }
 
 bool CVisitCustody::NameSetAside(const std::string& name, const std::string& reason) {

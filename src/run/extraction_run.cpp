@@ -9,6 +9,7 @@
 #include "link/client.h"
 #include "log/connection_details.h"
 #include "log/error_log.h"
+#include "log/ledger_lines.h"
 #include "log/log_reserve.h"
 #include "log/run_texts.h"
 #include "log/visit_lines.h"
@@ -108,8 +109,7 @@ void RunExtraction(CRunContext& context) {
     CP32Wrap::SetGetPasswordCallback(&PasswordCallback);
     CP32Wrap::SetPasswordAcceptedCallback(&PasswordAcceptedCallback);
     const CRuvoConfig& config = context.Config();
-    CRunLedger ledger(context.DestinationRoot(),
-                      [](const std::string& line) { WriteLogLine(line, ELineWorth::TellsOfLoss); });
+    CRunLedger ledger(context.DestinationRoot(), &LogLedgerReport);
     BringInEarlierEvents(ledger);
     const ELink link = SelectedLink(config);
     if (link == ELink::Ethernet) {

@@ -31,7 +31,7 @@ protected:
         };
         told.clear();
         SExtractionReport report;
-        CRunLedger ledger(folder.Path("ev"), [this](const std::string& line) { told.push_back(line); });
+        CRunLedger ledger(folder.Path("ev"), [this](const SLedgerReport& what) { told.push_back(what); });
         CVisitCustody custody(&ledger, "RV001");
         const auto extract = [&] {
             ExtractEventsToFile(5, folder.Path("ev"), kNoEventLimit, &report, {}, &custody);
@@ -54,7 +54,7 @@ protected:
         return files;
     }
 
-    std::vector<std::string> told;
+    std::vector<SLedgerReport> told;
 };
 
 TEST_F(SetAside, TheRecordsAreInAFileThatTheLogNames) {
@@ -78,11 +78,11 @@ TEST_F(SetAside, TheRecordsAreInAFileThatTheLogNames) {
             "set aside|AB12-00001234\\AB12-00001234-2026-11-16-DEV.evt|RV001|2026-11-16 23:30:00 UTC|" +
                 reason);
         EXPECT_EQ(folder.Read(files.back().string().substr(folder.Native().size() + 1)), head + records);
-        EXPECT_EQ(told,
-                  std::vector<std::string>{
-                      "2 events set aside in " + files.back().string() + ": " + reason +
-                      ". Visit of RV001, begun 2026-11-16 23:30:00 UTC. \"ruvoctl recover\" stores them "
-                      "in the day file."});
+        ASSERT_EQ(told.size(), 1U);
+        EXPECT_TRUE(told[0].path.ends_with("\\" + files.back().filename().string()));
+        told[0].path.clear();
+        EXPECT_EQ(told[0], (SLedgerReport{ELedgerOutcome::SetAside, 2, "", "", "RV001",
+                                          "2026-11-16 23:30:00 UTC", reason}));
         EXPECT_TRUE(Files(".journal").empty());
     }
 }

@@ -66,12 +66,12 @@ protected:
             }
         folder.Write(place + "/ended.journal", journal);
     }
-    /// How many lines the next run tells; all of them.
+    /// How many things the next run tells; all of them.
     std::size_t BringIn() {
         told.clear();
-        CRunLedger ledger(folder.Path("ev"), [this](const std::string& line) { told += line + "\n"; });
+        CRunLedger ledger(folder.Path("ev"), [this](const SLedgerReport& report) { told.push_back(report); });
         ledger.BringIn();
-        return static_cast<std::size_t>(std::ranges::count(told, '\n'));
+        return told.size();
     }
     bool HasJournal() const { return folder.Has(place + "/ended.journal"); }
     std::string InState(const std::string& name) const { return place + "/" + name; }
@@ -91,7 +91,7 @@ protected:
         both;
     CScratchFolder folder;
     std::string place;
-    std::string told;
+    std::vector<SLedgerReport> told;
 };
 
 TEST_F(Recovery, ASetAsideFileIsFinishedWhereverItsWritingEnded) {
@@ -105,17 +105,16 @@ TEST_F(Recovery, ASetAsideFileIsFinishedWhereverItsWritingEnded) {
     for (const auto& row : cases) {
         Leave("RRA");
         folder.Write(InState(kName), row.there);
-        EXPECT_EQ(BringIn(), 1U) << row.name << told;
-        EXPECT_NE(
-            told.find("2 events set aside in " + folder.Native(InState(kName)) + ": a password was refused."),
-            std::string::npos)
-            << told;
+        ASSERT_EQ(BringIn(), 1U) << row.name;
+        EXPECT_EQ(told[0], (SLedgerReport{ELedgerOutcome::SetAside, 2, told[0].path, "", "RV001",
+                                          "2026-11-16 23:30:00 UTC", "a password was refused"}));
+        EXPECT_TRUE(told[0].path.ends_with(std::string("\\") + kName)) << told[0].path;
         EXPECT_EQ(Aside(), refused) << row.name;
         EXPECT_FALSE(HasJournal() || folder.Has("ev/AB12-1")) << row.name << ": never the day file";
     }
     std::filesystem::rename(folder.Native(InState(kName)), folder.Native(InState(kName) + ".done"));
     Leave("RRA");
-    EXPECT_EQ(BringIn(), 0U) << "its records are in the day file already: " << told;
+    EXPECT_EQ(BringIn(), 0U) << "its records are in the day file already";
     EXPECT_FALSE(HasJournal() || folder.Has(InState(kName)));
     folder.Write(InState(kName), "");
     BringIn();
@@ -128,12 +127,11 @@ TEST_F(Recovery, WhatHasWaitedForAWeekIsSetAside) {
     WriteDay(torn + "x"); // not what the visit would have left
     for (int day = 17; day <= 23; ++day) {
         g_utcTime = {2026, 11, day, 23, 30, 0};
-        EXPECT_EQ(BringIn(), 1U) << told;
-        EXPECT_EQ(told.find("2 events wait in journal") == 0, day < 23) << told;
+        ASSERT_EQ(BringIn(), 1U) << day;
+        EXPECT_EQ(told[0].outcome, day < 23 ? ELedgerOutcome::Waits : ELedgerOutcome::SetAside) << day;
         EXPECT_EQ(HasJournal(), day < 23) << day;
     }
-    EXPECT_NE(told.find(": they had waited for a week: the file does not end with a whole record."),
-              std::string::npos);
+    EXPECT_EQ(told[0].reason, "they had waited for a week: the file does not end with a whole record");
     EXPECT_EQ(Aside(),
               Header("set aside|AB12-1\\AB12-1-2026-11-16-DEV.evt|RV001|2026-11-16 23:30:00 UTC|they had "
                      "waited for a week: the file does not end with a whole record") +
@@ -146,7 +144,7 @@ TEST_F(Recovery, WhatHasWaitedForAWeekIsSetAside) {
         BringIn();
     }
     EXPECT_FALSE(HasJournal());
-    EXPECT_TRUE(folder.Read(InState("outside-1.setaside")).ends_with(both)) << told;
+    EXPECT_TRUE(folder.Read(InState("outside-1.setaside")).ends_with(both));
 }
 
 TEST_F(Recovery, TheRecordsOfASetAsideFileAreAppendedOnce) {

@@ -1,6 +1,7 @@
-// What an extraction reports, as lines of the error log.
+// What an extraction and the ledger report, as lines of the error log.
 #include "log/connection_details.h"
 #include "log/error_log.h"
+#include "log/ledger_lines.h"
 #include "log/visit_lines.h"
 #include "support/fake_system.h"
 #include "support/scratch_folder.h"
@@ -134,6 +135,34 @@ TEST_F(VisitLines, AreBoundedWhateverTheRelayLacks) {
     EXPECT_EQ(std::ranges::count(lines, '|'), 17);
     EXPECT_TRUE(
         lines.ends_with("|1968 further event records are written without items that cannot be stored.|"));
+}
+
+TEST(LedgerText, SaysWhatBecameOfEvents) {
+    using enum ELedgerOutcome;
+    const struct {
+        ELedgerOutcome outcome;
+        std::size_t events;
+        const char* text;
+    } cases[] = {
+        {UnknownJournal, 0,
+         "Journal /p was written by another version, or is not a journal. It is left unchanged."},
+        {DamagedJournal, 0,
+         "Journal /p is damaged. Its readable events have been stored; the journal is kept."},
+        {Stored, 1, "1 event of a visit that was ended is in day file /p now. Visit of K, begun B."},
+        {StoredAtEnd, 2,
+         "2 events of a visit that was ended are in day file /p now. Visit of K, begun B. The file had changed "
+         "since then; the missing events are at its end."},
+        {Waits, 1, "1 event waits in journal /j for day file /p: why."},
+        {Waits, 2, "2 events wait in journal /j for day file /p: why."},
+        {Lost, 1,
+         "1 event taken from the relay, but not stored. Visit of K, begun B, which was ended; day file /p."},
+        {SetAside, 2,
+         "2 events set aside in /p: why. Visit of K, begun B. \"ruvoctl recover\" stores them in the day file."},
+        {NotSetAside, 0, "Visit of K: why."},
+    };
+    for (const auto& test : cases) {
+        EXPECT_EQ(LedgerText({test.outcome, test.events, "C:\\p", "C:\\j", "K", "B", "why"}), test.text);
+    }
 }
 
 } // namespace ruvo

@@ -1,0 +1,39 @@
+// What the ledger has to say, as values. The log words them.
+#pragma once
+
+#include <compare>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace ruvo {
+
+enum class ELedgerOutcome : std::uint8_t {
+    UnknownJournal, ///< a file of another version, or no journal
+    DamagedJournal,
+    Stored,      ///< in the day file
+    StoredAtEnd, ///< of a day file that had changed since the visit
+    Waits,       ///< for the day file
+    Lost,        ///< by a run that was killed before it could say so
+    SetAside,
+    NotSetAside, ///< since the set-aside file could not be written
+};
+
+/// One outcome, for a journal or for the events of one visit.
+struct SLedgerReport {
+    ELedgerOutcome outcome = ELedgerOutcome::Stored;
+    std::size_t events = 0;
+    std::string path;    ///< of the journal, the day file or the set-aside file
+    std::string journal; ///< where events wait
+    std::string key;     ///< of the visited relay in the INI file
+    std::string begun;
+    std::string reason; ///< in words, as set-aside files and journals keep it
+
+    auto operator<=>(const SLedgerReport&) const = default;
+};
+
+/// Takes one report into the log and returns when it is on the disk.
+using LedgerListener = std::function<void(const SLedgerReport& report)>;
+
+} // namespace ruvo
