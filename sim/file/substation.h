@@ -165,6 +165,7 @@ struct SSubstation {
     std::vector<SRelay> relays;
     std::vector<SFault> faults;
     std::string stateFile;   ///< full path; empty: events are handed over anew in every run
+    std::string accountFile; ///< the same, shared by all connections at one time
     std::string traceFile;   ///< full path; empty: no trace
     std::uint32_t speed = 1; ///< how many times faster than it says a delay passes
 };

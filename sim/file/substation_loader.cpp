@@ -63,6 +63,11 @@ std::unique_ptr<SSubstation> BuildSubstation(const STomlNode& root, const std::s
     auto substation = std::make_unique<SSubstation>();
     CTableReader table(root, "a substation");
     substation->stateFile = ReadPath(table, "state", folder);
+    substation->accountFile = ReadPath(table, "account", folder);
+    if (!substation->stateFile.empty() && !substation->accountFile.empty()) {
+        throw CSubstationError(table.Find("account")->line,
+                               "a substation takes \"state\" or \"account\", not both");
+    }
     substation->traceFile = ReadPath(table, "trace", folder);
     substation->speed = static_cast<std::uint32_t>(table.Integer("speed", 1, kMaxSpeed).value_or(1));
     if (const STomlNode* link = table.Find("link")) {

@@ -30,6 +30,9 @@ std::string CServerCore::OpenFiles() {
     if (!m_state.Open(m_substation->stateFile)) {
         return "state: cannot open " + DisplayPath(m_substation->stateFile);
     }
+    if (!m_account.Open(m_substation->accountFile)) {
+        return "account: cannot open " + DisplayPath(m_substation->accountFile);
+    }
     if (!m_trace.Open(m_substation->traceFile)) {
         return "trace: cannot open " + DisplayPath(m_substation->traceFile);
     }
@@ -106,16 +109,43 @@ SAnswer CServerCore::CallRelay(const SCall& call, const RelayRequest& request) {
         answer.status = kLinkNotResponding;
     } else {
         relay->CountRequest();
-        answer = request(*relay);
-    }
-    // Remembered even when a fault damages the answer: the relay has deleted the event.
-    if (call.operation == EOperation::GetEvent && answer.status == kLinkGood) {
-        m_state.AddHandedOver(relay->Model().name);
+        answer = AskRelay(call.operation, *relay, request);
     }
     if (OperationRow(call.operation).runsOn) {
         answer.completion = answer.status;
         answer.status = kLinkGood;
     }
+    return answer;
+}
+
+SAnswer CServerCore::AskRelay(EOperation operation, CSimulatedRelay& relay, const RelayRequest& request) {
+    const bool isOfEvents = operation == EOperation::GetEvent || operation == EOperation::GetDeviceStatus;
+    if (isOfEvents && m_account.IsKept()) {
+        return AskWithAccount(operation, relay, request);
+    }
+    SAnswer answer = request(relay);
+    // Remembered even when a fault damages the answer: the relay has deleted the event.
+    if (operation == EOperation::GetEvent && answer.status == kLinkGood) {
+        m_state.AddHandedOver(relay.Model().name);
+    }
+    return answer;
+}
+
+/// Other programs may have taken events meanwhile. What cannot be noted is not handed over.
+SAnswer CServerCore::AskWithAccount(EOperation operation, CSimulatedRelay& relay,
+                                    const RelayRequest& request) {
+    SAnswer answer;
+    answer.status = kLinkNotResponding;
+    const std::string& name = relay.Model().name;
+    if (const std::optional<std::size_t> count = m_account.Begin(name)) {
+        relay.SkipEvents(*count);
+        SAnswer asked = request(relay);
+        const bool isTaken = operation == EOperation::GetEvent && asked.status == kLinkGood;
+        if (!isTaken || m_account.Add(name)) {
+            answer = std::move(asked);
+        }
+    }
+    m_account.End();
     return answer;
 }
 

@@ -4,6 +4,7 @@
 
 #include "sim/server/call_trace.h"
 #include "sim/server/command_runner.h"
+#include "sim/server/event_account.h"
 #include "sim/server/event_state.h"
 #include "sim/server/fault_table.h"
 #include "sim/server/link_state.h"
@@ -51,6 +52,8 @@ public:
 private:
     SAnswer Execute(const SCall& call, const SFault& fault, const Request& request) const;
     SAnswer CallRelay(const SCall& call, const RelayRequest& request);
+    SAnswer AskRelay(EOperation operation, CSimulatedRelay& relay, const RelayRequest& request);
+    SAnswer AskWithAccount(EOperation operation, CSimulatedRelay& relay, const RelayRequest& request);
     void StartRunning(const SCall& call, const SFault& fault, const SAnswer& answer);
     void Finish(LinkStatus status);
     std::string RelayName(const SCall& call);
@@ -61,6 +64,7 @@ private:
     CSinkList& m_sinks;
     std::mutex m_lock;
     CEventState m_state;
+    CEventAccount m_account;
     CCallTrace m_trace;
     CLinkState m_link;
     CFaultTable m_faults;

@@ -4,6 +4,7 @@
 #include "support/hex.h"
 
 #include <cstdlib>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <semaphore>
 #include <thread>
@@ -332,6 +333,26 @@ TEST(Commands, StateAndTraceAreKept) {
     ASSERT_TRUE(ReadTextFile(folder + "\\t", trace));
     EXPECT_EQ(trace, "OpenPort - - 0x0000 COM1 \nGetEvent 5 - 0x0000\nOpenPort - - 0x0000 COM1 \n"
                      "GetEvent 5 - 0x0000\nGetEvent 5 - 0x0211\nChangeSetting 5 00.02 0x0411 (masked)\n");
+}
+
+TEST(Commands, ConnectionsThatShareAnAccountGetEachEventOnce) {
+    std::string folder = testing::TempDir() + "simXXXXXX";
+    ASSERT_NE(mkdtemp(folder.data()), nullptr);
+    const std::string toml = "account = \"a\"\n" + kRelay + "access = { protect = [] }\n" +
+                             "event = [{ kind = 0, elements = [] }, { kind = 1, elements = [] }]\n";
+    std::ofstream(folder + "/a") << "relay 1;1";
+    CRig first(toml, folder);
+    CRig second(toml, folder);
+    EXPECT_EQ(first.Event(), 0) << "the line that was cut short does not count";
+    EXPECT_EQ(second.Event(), 0);
+    EXPECT_EQ(first.Event(), 0x211);
+    std::string account;
+    ASSERT_TRUE(ReadTextFile(folder + "\\a", account));
+    EXPECT_EQ(account, "relay 1;1\nrelay 1;1;\nrelay 1;2;\n");
+    ASSERT_TRUE(RemoveFile(folder + "\\a"));
+    EXPECT_EQ(second.Event(), 0) << "started over";
+    ASSERT_TRUE(RemoveFile(folder + "\\a") && MakeFolder(folder + "\\a").Good());
+    EXPECT_EQ(second.Event(), 8) << "what cannot be noted is not handed over";
 }
 
 } // namespace
