@@ -8,6 +8,7 @@
 #include "config/configuration.h"
 #include "link/client.h"
 #include "run/extraction_run.h"
+#include "run/run_end.h"
 
 #include <benchmark/benchmark.h>
 
@@ -103,7 +104,8 @@ SRunFigures RunOver(int relays, const CScratchFolder& folder) {
         CRunContext context;
         if (LoadAndCheck(context, ini, false) == EResultCode::Success &&
             CP32Wrap::CreateInstance() == kLinkGood) {
-            RunExtraction(context);
+            CRunEnd end;
+            RunExtraction(context, end);
             CP32Wrap::DestroyInstance();
         }
     });

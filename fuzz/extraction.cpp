@@ -13,6 +13,7 @@
 #include "log/error_log.h"
 #include "run/extraction_run.h"
 #include "run/link_control.h"
+#include "run/run_end.h"
 
 #include <algorithm>
 
@@ -156,7 +157,8 @@ void Check(std::span<const std::uint8_t> bytes) {
     context.Config() = MakeConfig(options);
     context.SetDestinationRoot(kRoot);
     ResolveErrorLogPath(context, true);
-    RunExtraction(context);
+    CRunEnd end;
+    RunExtraction(context, end);
     CloseLink(context);
     CP32Wrap::DestroyInstance();
     CheckPlaces();

@@ -14,7 +14,7 @@ int main(int count, char** texts) {
     ruvo::ProtectProcessMemory();
     try {
         const std::vector<std::string> arguments(texts + (count > 0 ? 1 : 0), texts + count);
-        ruvo::CRuvoApp application;
+        ruvo::CRuvoApp application(ruvo::CRuvoApp::EEndRequests::Heard);
         application.Run(arguments);
     } catch (const std::exception& exception) { // before there is a log
         std::fprintf(stderr, "RUVO cannot start: %s\n", exception.what());

@@ -67,10 +67,13 @@ void CRuvoApp::Run(std::span<const std::string> arguments) noexcept {
 }
 
 void CRuvoApp::StartUp(CRunContext& context, std::span<const std::string> arguments) {
+    m_commandLine = ParseCommandLine(arguments);
+    if (m_hearsRequests && !m_commandLine.checkOnly) {
+        HearRequests();
+    }
     if (!CheckDependencies()) {
         return;
     }
-    m_commandLine = ParseCommandLine(arguments);
     TellOfArgumentsWithoutEffect(m_commandLine);
     m_programFolder.emplace();
     EResultCode result = LoadAndCheck(context, m_commandLine.iniPath, m_commandLine.checkOnly);
@@ -82,6 +85,19 @@ void CRuvoApp::StartUp(CRunContext& context, std::span<const std::string> argume
         result = EResultCode::CommsServerFailed;
     }
     ReportOrRun(context, result);
+}
+
+/// Where they cannot be heard they end the program at once, and the next run completes what it was doing.
+void CRuvoApp::HearRequests() {
+    m_requests = HearEndRequests();
+    if (m_requests == nullptr) {
+        return;
+    }
+    try {
+        m_endWatch.emplace(m_runEnd, *m_requests);
+    } catch (const std::exception&) { // no thread for it
+        m_requests->Release();
+    }
 }
 
 bool CRuvoApp::CheckDependencies() const {
@@ -98,7 +114,7 @@ void CRuvoApp::ReportOrRun(CRunContext& context, EResultCode result) {
     if (m_commandLine.checkOnly) {
         ShowMessageBox(good ? EMessageIcon::Information : EMessageIcon::Warning, ApplicationName(), text);
     } else if (good) {
-        RunExtraction(context);
+        RunExtraction(context, m_runEnd);
     } else {
         if (result == EResultCode::IniFileNotOpened) { // the file that would have named the log
             const std::string path = FullPath(m_commandLine.iniPath);
@@ -112,6 +128,7 @@ void CRuvoApp::ReportOrRun(CRunContext& context, EResultCode result) {
 void CRuvoApp::TearDown(CRunContext& context) {
     context.Config().WipePasswords();
     CloseLink(context);
+    m_runEnd.Finish();
     m_commsServer.Stop();
     m_programFolder.reset();
 }

@@ -7,7 +7,11 @@
 #include "app/single_instance_app.h"
 #include "config/result_code.h"
 #include "config/run_context.h"
+#include "platform/end_requests.h"
+#include "run/end_watch.h"
+#include "run/run_end.h"
 
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -18,11 +22,18 @@ namespace ruvo {
 /// process exits with status 0 in every case.
 class CRuvoApp final : public CSingleInstanceApp {
 public:
+    enum class EEndRequests : std::uint8_t { Unheard, Heard };
+
+    /// Only a process of its own hears the requests to end: they would be its host's else.
+    explicit CRuvoApp(EEndRequests requests = EEndRequests::Unheard)
+        : m_hearsRequests(requests == EEndRequests::Heard) {}
+
     /// Starts up, works and tears down. Throws nothing.
     void Run(std::span<const std::string> arguments) noexcept;
 
 private:
     void StartUp(CRunContext& context, std::span<const std::string> arguments);
+    void HearRequests();
     bool CheckDependencies() const;
     void ReportOrRun(CRunContext& context, EResultCode result);
     void TearDown(CRunContext& context);
@@ -30,6 +41,10 @@ private:
     std::optional<CProgramFolder> m_programFolder; ///< from start-up to tear-down
     SCommandLine m_commandLine;
     CCommsServer m_commsServer;
+    bool m_hearsRequests;
+    CRunEnd m_runEnd;
+    std::unique_ptr<IEndRequests> m_requests; ///< null where none are heard
+    std::optional<CEndWatch> m_endWatch;
 };
 
 /// The text that a result code is reported with: the message alone, or in check-only mode the version, the

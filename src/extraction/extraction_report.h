@@ -39,6 +39,7 @@ struct SExtractionReport {
     std::size_t eventsSetAside = 0;   ///< in a file of their own, which the log names
     std::size_t eventsPassedOver = 0; ///< taken from the relay, and of a kind that nobody knows
     bool passwordDeclined = false;    ///< the visit ended because a password was not accepted
+    bool isUnvisited = false;         ///< the run was to end before the first event
     LinkStatus endStatus = kLinkGood; ///< what ended the visit early; good when nothing did
 
     std::string dayFile; ///< its path

@@ -37,6 +37,8 @@ private:
     bool HasRoom(const std::string& eventRoot);
     bool HoldFile();
     bool AreEventsPending();
+    bool IsRunEnding() const { return m_limits.isEnding != nullptr && *m_limits.isEnding; }
+    static bool HasCutShort() { return CP32Wrap::GetInstance()->HasCutShort(); }
     void ReadEvents(CEventConverter& converter);
     bool MayTakeMore();
     void HandleEvent(CEventConverter& converter, std::uint8_t kind, CParlaneDataArray& values);
@@ -57,6 +59,7 @@ private:
     std::size_t m_lostCount = 0;       ///< events that the custody knows to be lost
     std::size_t m_bytesAtLastLook = 0; ///< at the room on the disk
     bool m_hasJournalFailed = false;
+    bool m_isCutShort = false; ///< a request was aborted since the run is to end
     CStatus m_status;
     std::uint8_t m_keepGoing = 1;
     std::size_t m_eventsTaken = 0;
@@ -72,7 +75,11 @@ void CVisit::Run(const std::string& eventRoot) {
     texts.plant = ReadSystemText(RowOf(cells::kPlant));
     texts.description = ReadSystemText(RowOf(cells::kDescription));
     texts.model = ReadSystemText(RowOf(cells::kModel));
-    if (!AreEventsPending() || !HasRoom(eventRoot) || !HoldFile()) {
+    if (!AreEventsPending()) {
+        return;
+    }
+    m_report.isUnvisited = IsRunEnding();
+    if (m_report.isUnvisited || !HasRoom(eventRoot) || !HoldFile()) {
         return;
     }
     CEventConverter converter(m_deviceAddress, std::move(texts), m_report.columnErrors);
@@ -81,8 +88,11 @@ void CVisit::Run(const std::string& eventRoot) {
         ReadEvents(converter);
     } catch (const CStatus&) {
         AccountForLost();
-        m_custody.SetAside("the visit was aborted");
-        throw;
+        m_isCutShort = HasCutShort();
+        if (!m_isCutShort) {
+            m_custody.SetAside("the visit was aborted");
+            throw;
+        }
     } catch (const std::exception&) { // what is gathered exists nowhere else any more: it is written first
         failure = std::current_exception();
     }
@@ -144,7 +154,8 @@ void CVisit::ReadEvents(CEventConverter& converter) {
         m_status = ToStatusWord(link.GetEvent(nullptr, kind, values, m_keepGoing));
         m_eventsTaken += link.IsEventHandedOver() ? 1 : 0; // its reply may make no sense all the same
         if (PasswordState().callbackCalled && !PasswordState().accepted) {
-            m_report.passwordDeclined = true;
+            m_isCutShort = PasswordState().unanswered && HasCutShort();
+            m_report.passwordDeclined = !m_isCutShort;
             return;
         }
         if (IsAcceptable(m_status, 0)) {
@@ -160,12 +171,12 @@ void CVisit::ReadEvents(CEventConverter& converter) {
     } while (IsAcceptable(m_status, 0) && m_keepGoing != 0 && MayTakeMore());
 }
 
-/// Ends a visit that would outgrow the memory.
+/// Ends a visit that would outgrow the memory, or the time that the run has.
 bool CVisit::MayTakeMore() {
     if (!HasRoomForMore()) {
         return false;
     }
-    if (m_eventsTaken < m_limits.events && m_bytesGathered < m_limits.bytes) {
+    if (m_eventsTaken < m_limits.events && m_bytesGathered < m_limits.bytes && !IsRunEnding()) {
         return true;
     }
     m_report.end = EVisitEnd::LimitReached;
@@ -223,7 +234,7 @@ void CVisit::RefreshKeepGoing() {
 
 void CVisit::WriteFile() {
     try {
-        m_custody.Store();
+        m_isCutShort ? m_custody.LeaveOpen() : m_custody.Store();
     } catch (const CFileException& failure) {
         m_report.failedWrite = failure;
         if (m_custody.MayBeTorn()) {

@@ -3,6 +3,7 @@
 
 #include "extraction/extraction_report.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -17,6 +18,8 @@ struct SVisitLimits {
     std::size_t events = 1'000'000;
     std::size_t bytes =
         std::size_t{256} * 1024 * 1024; ///< in the file; a relay chooses how long its records are
+    /// Set, from any thread, when the run is to end; null when it never is.
+    const std::atomic<bool>* isEnding = nullptr;
 };
 /// With less room on the disk a relay keeps its events.
 inline constexpr std::uint64_t kLeastFreeSpace = std::uint64_t{64} * 1024;

@@ -122,7 +122,9 @@ void CVisitCustody::Store() {
 }
 
 void CVisitCustody::LeaveOpen() {
-    if (!IsJournaled() && KeptCount() > 0) {
+    if (IsJournaled()) {
+        static_cast<void>(m_journal->Flush());
+    } else if (KeptCount() > 0) {
         Store();
     }
 }

@@ -1,5 +1,6 @@
 #include "log/run_texts.h"
 
+#include "base/text.h"
 #include "config/ini_keys.h"
 #include "log/connection_details.h"
 
@@ -60,6 +61,10 @@ std::string UnrecognizedPasswordCodeText(int code) {
 
 std::string ExtractionProblemText(const CRunContext& context) {
     return "A problem occured during events extraction. " + ConnectionText(context);
+}
+
+std::string RunEndedText(std::string_view name, std::size_t relaysNotVisited) {
+    return "Run ended by " + std::string(name) + "; " + Counted(relaysNotVisited, "relay") + " not visited.";
 }
 
 std::string ExceptionText(std::string_view kind, std::string_view what) {

@@ -40,6 +40,8 @@ std::string UnrecognizedPasswordCodeText(int code);
 std::string ExtractionProblemText(const CRunContext& context);
 
 // The run as a whole.
+/// `name` is the system's word for what asked the run to end.
+std::string RunEndedText(std::string_view name, std::size_t relaysNotVisited);
 inline constexpr std::string_view kAlreadyRunning = "Only one instance can be running at one time.";
 /// `kind` is "Unhandled" or "Fatal".
 std::string ExceptionText(std::string_view kind, std::string_view what);

@@ -17,6 +17,7 @@
 #include "run/link_control.h"
 #include "run/login_probe.h"
 #include "run/password_callbacks.h"
+#include "run/run_end.h"
 
 #include <exception>
 #include <optional>
@@ -29,23 +30,33 @@ void LogUnhandled(const std::exception& exception, bool withDetails = true) noex
     WithLogReserve([&] { LogMessage(ExceptionText("Unhandled", exception.what()), withDetails); });
 }
 
-/// Extracts the events, and logs every problem.
-void ExtractAndReport(const CRunContext& context, std::int32_t deviceAddress, CVisitCustody& custody) {
+/// What all visits of a run share.
+struct SRun {
+    CRunContext& context;
+    CRunLedger& ledger;
+    CRunEnd& end;
+};
+
+/// Extracts the events, and logs every problem. False when the run's end came before the first event.
+bool ExtractAndReport(const SRun& run, std::int32_t deviceAddress, CVisitCustody& custody) {
+    const CRunContext& context = run.context;
     SExtractionReport report;
     std::optional<LinkStatus> raised;
     try {
         ExtractEventsToFile(static_cast<std::uint32_t>(deviceAddress), context.DestinationRoot(),
-                            kNoEventLimit, &report, {}, &custody);
+                            kNoEventLimit, &report, {.isEnding = &run.end.AskedFlag()}, &custody);
     } catch (const CStatus& status) {
         raised = status.GetValue();
+        report.isUnvisited = CP32Wrap::GetInstance()->HasCutShort(); // it came before the first event
     } catch (const std::exception& exception) {
         LogUnhandled(exception);
     }
     const LinkStatus ended = raised.value_or(report.endStatus);
-    if (ended != kLinkGood) {
+    if (ended != kLinkGood && !CP32Wrap::GetInstance()->HasCutShort()) {
         WithLogReserve([&] { LogStatusMessage(ExtractionProblemText(context), ended); });
     }
     LogVisit(report);
+    return !report.isUnvisited;
 }
 
 /// What ended runs have taken comes first; trouble with it keeps no relay from being visited.
@@ -57,78 +68,93 @@ void BringInEarlierEvents(CRunLedger& ledger) {
     }
 }
 
-void VisitEthernetRelay(CRunContext& context, const std::string& key, const std::string& entry,
-                        CRunLedger& ledger) {
-    const std::int32_t bus = ParseEthernetBusAddress(entry);
-    const std::int32_t device = ParseEthernetDeviceAddress(entry);
-    try {
-        const std::string ip = ParseEthernetIp(entry);
-        if (OpenEthernetLink(context, ip, device, bus)) {
-            SConnectionDetails& details = ConnectionDetails();
-            details.ipAddress = ip;
-            details.deviceAddress = device;
-            details.busAddress = bus;
-            ExtractDevice(context, key, device, &ledger);
-        }
-    } catch (const std::exception& exception) { // the next relay has a tunnel of its own
-        LogUnhandled(exception);
-    }
-    CloseLink(context);
-}
-
-void VisitAll(CRunContext& context, const AddressEntries& entries, CRunLedger& ledger) {
-    for (const auto& [key, address] : entries) {
-        ConnectionDetails().deviceAddress = address;
-        ExtractDevice(context, key, address, &ledger);
-    }
-}
-
-} // namespace
-
-void ExtractDevice(CRunContext& context, const std::string& key, std::int32_t deviceAddress,
-                   CRunLedger* ledger) {
+/// Handles one relay, which the open link reaches: login, then its events. Throws nothing.
+void VisitRelay(const SRun& run, const std::string& key, std::int32_t deviceAddress) {
+    CP32Wrap& link = *CP32Wrap::GetInstance();
+    bool isVisited = true;
     try {
         const CWipeAtScopeEnd wipe(PasswordState().currentPassword);
-        PrepareLogin(context.Config(), key);
-        context.SetDeviceAddress(deviceAddress);
-        CP32Wrap::GetInstance()->SetDeviceAddress(static_cast<std::uint8_t>(deviceAddress & 0xFF));
-        if (TestDeviceConnection(context)) {
-            CVisitCustody custody(ledger, key);
-            ExtractAndReport(context, deviceAddress, custody);
+        PrepareLogin(run.context.Config(), key);
+        run.context.SetDeviceAddress(deviceAddress);
+        link.SetDeviceAddress(static_cast<std::uint8_t>(deviceAddress & 0xFF));
+        if (!TestDeviceConnection(run.context)) {
+            isVisited = !link.HasCutShort();
+        } else if (run.end.IsAsked()) {
+            isVisited = false;
+        } else {
+            CVisitCustody custody(&run.ledger, key);
+            isVisited = ExtractAndReport(run, deviceAddress, custody);
             custody.End(); // the log has what it has to tell
         }
     } catch (const std::exception& exception) { // one relay's trouble is never the next one's
         LogUnhandled(exception);
     }
+    if (isVisited) {
+        run.end.NoteVisited();
+    }
 }
 
-void RunExtraction(CRunContext& context) {
-    SConnectionDetails& details = ConnectionDetails();
-    details.ethernetLink = false;
-    details.serialLink = false;
+void VisitEthernetRelay(const SRun& run, const std::string& key, const std::string& entry) {
+    const std::int32_t bus = ParseEthernetBusAddress(entry);
+    const std::int32_t device = ParseEthernetDeviceAddress(entry);
+    try {
+        const std::string ip = ParseEthernetIp(entry);
+        if (OpenEthernetLink(run.context, ip, device, bus)) {
+            SConnectionDetails& details = ConnectionDetails();
+            details.ipAddress = ip;
+            details.deviceAddress = device;
+            details.busAddress = bus;
+            VisitRelay(run, key, device);
+        } else {
+            run.end.NoteVisited();
+        }
+    } catch (const std::exception& exception) { // the next relay has a tunnel of its own
+        LogUnhandled(exception);
+    }
+    CloseLink(run.context);
+}
+
+void VisitEthernetRelays(const SRun& run) {
+    for (const auto& [key, entry] : run.context.Config().EthernetEntries()) {
+        if (!run.end.IsAsked()) {
+            VisitEthernetRelay(run, key, entry);
+        }
+    }
+}
+
+void VisitRelays(const SRun& run, const AddressEntries& entries) {
+    if (run.end.IsAsked() || !OpenSerialOrModemLink(run.context)) {
+        return;
+    }
+    for (const auto& [key, address] : entries) {
+        if (!run.end.IsAsked()) {
+            ConnectionDetails().deviceAddress = address;
+            VisitRelay(run, key, address);
+        }
+    }
+}
+
+} // namespace
+
+void RunExtraction(CRunContext& context, CRunEnd& end) {
+    const CRuvoConfig& config = context.Config();
+    const ELink link = SelectedLink(config);
+    const AddressEntries& entries = link == ELink::Modem ? config.ModemEntries() : config.SerialEntries();
+    end.Begin(link == ELink::Ethernet ? config.EthernetEntries().size() : entries.size());
     CP32Wrap::SetGetPasswordCallback(&PasswordCallback);
     CP32Wrap::SetPasswordAcceptedCallback(&PasswordAcceptedCallback);
-    const CRuvoConfig& config = context.Config();
     CRunLedger ledger(context.DestinationRoot(), &LogLedgerReport);
     BringInEarlierEvents(ledger);
-    const ELink link = SelectedLink(config);
+    SConnectionDetails& details = ConnectionDetails();
+    details.ethernetLink = link == ELink::Ethernet;
+    details.serialLink = link == ELink::Serial;
+    details.comPort = config.CommPort();
+    details.modemName = config.TapiModemName();
+    const SRun run{context, ledger, end};
     if (link == ELink::Ethernet) {
-        details.ethernetLink = true;
-        for (const auto& [key, entry] : config.EthernetEntries()) {
-            VisitEthernetRelay(context, key, entry, ledger);
-        }
-        return;
-    }
-    if (!OpenSerialOrModemLink(context)) {
-        return;
-    }
-    if (link == ELink::Modem) {
-        details.modemName = config.TapiModemName();
-        VisitAll(context, config.ModemEntries(), ledger);
+        VisitEthernetRelays(run);
     } else {
-        details.serialLink = true;
-        details.comPort = config.CommPort();
-        VisitAll(context, config.SerialEntries(), ledger);
+        VisitRelays(run, entries);
     }
 }
 

@@ -28,7 +28,7 @@ bool DialModem(const CRuvoConfig& config) {
         Link().ModemConnect(nullptr, config.TapiModemName(), config.TapiLineAddress(),
                             config.TapiCountryCode(), config.TapiAreaCode(), config.TapiNumberToDial(),
                             static_cast<std::uint8_t>(config.TapiUseCountryAndAreaCodes()));
-    if (status != kLinkGood) {
+    if (status != kLinkGood && !Link().HasCutShort()) {
         LogStatusMessage(ModemConnectFailedText(config), status);
     }
     return status == kLinkGood;

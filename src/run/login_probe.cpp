@@ -48,7 +48,9 @@ bool TestDeviceConnection(const CRunContext& context) {
     if (outcome == ELoginProbe::Accepted || outcome == ELoginProbe::NotAsked) {
         return true;
     }
-    LogMessage(LoginProbeFailedText(context), false);
+    if (!CP32Wrap::GetInstance()->HasCutShort()) {
+        LogMessage(LoginProbeFailedText(context), false);
+    }
     return false;
 }
 

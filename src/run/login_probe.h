@@ -25,7 +25,8 @@ void PrepareLogin(const CRuvoConfig& config, const std::string& key);
 /// Makes the relay ask for its password. Nothing is logged here.
 ELoginProbe ProbeLogin(CP32Wrap& link);
 
-/// True when the relay answered and the password, if it asked for one, was accepted. A failure is logged.
+/// True when the relay answered and the password, if it asked for one, was accepted. A failure is logged,
+/// unless it comes from the end of the run.
 bool TestDeviceConnection(const CRunContext& context);
 
 } // namespace ruvo

@@ -10,6 +10,7 @@
 #include "log/error_log.h"
 #include "run/extraction_run.h"
 #include "run/link_control.h"
+#include "run/run_end.h"
 #include "sim/server/simulated_server.h"
 
 #include <gtest/gtest.h>
@@ -170,10 +171,11 @@ private:
         context.Config() = CRuvoConfig(m_fields);
         context.SetDestinationRoot("C:\\ev");
         ResolveErrorLogPath(context, true);
+        CRunEnd end;
         const CFailingMemory memory(failingAllocation);
         try {
             if (CP32Wrap::CreateInstance() == kLinkGood)
-                RunExtraction(context);
+                RunExtraction(context, end);
             else
                 LogMessage("P32LS failed to open.", false);
         } catch (const std::bad_alloc&) {

@@ -1,61 +1,10 @@
 // The run over all relays: what is asked of the comms server, and what the error log says when it goes wrong.
+#include "run/run_fixture.h"
 #include "support/case_table.h"
-#include "support/linked_test.h"
-#include "support/scratch_folder.h"
 
-#include "extraction/password_state.h"
-#include "log/connection_details.h"
-#include "log/error_log.h"
-#include "run/extraction_run.h"
-#include "run/link_control.h"
 #include "run/password_callbacks.h"
 
 namespace ruvo::test {
-
-class Run : public LinkedTest {
-protected:
-    Run() {
-        ResetErrorLog();
-        ResetConnectionDetails();
-        PasswordState() = SPasswordState{};
-        fields.errorLogPath = folder.Path("run.log");
-        fields.errorLogPathGiven = true;
-        fields.commPort = "COM3";
-        fields.baudRate = 19200;
-        fields.tapiModemName = "Acme 56k";
-        fields.tapiNumberToDial = "555";
-    }
-    ~Run() override { g_onTime = nullptr; }
-
-    /// The log's lines without their time stamps, each ended by "|".
-    std::string RunAll() {
-        std::filesystem::remove(folder.Native("run.log"));
-        context = CRunContext();
-        context.Config() = CRuvoConfig(fields);
-        context.SetDestinationRoot(folder.Path("ev"));
-        ResolveErrorLogPath(context, true);
-        server.calls.clear();
-        server.lines.clear();
-        RunExtraction(context);
-        CloseLink(context);
-        std::string lines;
-        const std::string log = folder.Read("run.log");
-        for (std::size_t at = 0; at < log.size(); at = log.find("\r\n", at) + 2)
-            lines += log.substr(at + 20, log.find("\r\n", at) - at - 20) + "|";
-        return lines;
-    }
-    /// All calls, whole but for those that read values.
-    std::string Calls() const {
-        std::string all;
-        for (std::size_t i = 0; i < server.calls.size(); ++i)
-            all += (server.calls[i].starts_with("GetValue") ? server.calls[i] : server.lines[i]) + ";";
-        return all;
-    }
-
-    CScratchFolder folder;
-    SRuvoConfigFields fields;
-    CRunContext context;
-};
 
 TEST_F(Run, EachLinkTypeOpensAndClosesAsItShould) {
     const auto visit = [](const std::string& address) {

@@ -1,0 +1,42 @@
+// Whether a run is to end before it has visited every relay, and what the log says of that.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+
+namespace ruvo {
+
+/// Shared by the thread of the run and the one that is asked to end it.
+class CRunEnd {
+public:
+    enum class EStage : std::uint8_t { NotBegun, Visiting, Over };
+
+    /// The run is to end, since `name` was asked for: the event under way is finished, and no further relay
+    /// is visited. The first name counts; it must stay.
+    void Ask(const char* name);
+    bool IsAsked() const { return m_isAsked; }
+    /// The same for a visit, which looks at it after each event.
+    const std::atomic<bool>& AskedFlag() const { return m_isAsked; }
+    const char* Name() const { return m_name; }
+
+    // --- by the thread of the run ---
+    void Begin(std::size_t relays);
+    void NoteVisited() { ++m_visited; }
+    /// Everything is done; the log tells of an end before the last relay's.
+    void Finish() noexcept;
+
+    EStage Stage() const { return m_stage; }
+    /// Writes the line of the log, once, whoever calls it first.
+    void Tell() noexcept;
+
+private:
+    std::atomic<const char*> m_name = nullptr;
+    std::atomic<bool> m_isAsked = false;
+    std::atomic<bool> m_isTold = false;
+    std::atomic<EStage> m_stage = EStage::NotBegun;
+    std::atomic<std::size_t> m_relays = 0;
+    std::atomic<std::size_t> m_visited = 0;
+};
+
+} // namespace ruvo

@@ -1,0 +1,224 @@
+// A run that is asked to end: where it stops, what becomes of the events, and what the log says.
+#include "extraction/extraction_fixture.h"
+#include "run/run_fixture.h"
+
+#include "link/channel/channel.h"
+#include "run/end_watch.h"
+
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
+
+namespace ruvo::test {
+namespace {
+
+/// Requests that a test makes.
+class CScriptedRequests final : public IEndRequests {
+public:
+    void Add(EWake wake) {
+        const std::lock_guard guard(m_mutex);
+        m_wakes.push_back(wake);
+        m_changed.notify_all();
+    }
+    EWake Wait(std::chrono::milliseconds /*most*/, const char*& name) override {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(lock, [this] { return !m_wakes.empty(); });
+        const EWake wake = m_wakes.front();
+        if (wake != EWake::Stopped)
+            m_wakes.pop_front();
+        name = wake == EWake::Request ? "SIGTERM" : name;
+        return wake;
+    }
+    bool Skip(std::chrono::milliseconds /*time*/) override { return true; }
+    void Stop() override { Add(EWake::Stopped); }
+    void Release() override {}
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::deque<EWake> m_wakes;
+};
+
+} // namespace
+
+class RunEnd : public Run {
+protected:
+    RunEnd() {
+        fields.serialEntries = fields.modemEntries = {{"RV001", 5}, {"RV002", 200}};
+        server.values = {{0x0006, TextHex("AB12-X")}, {0x0008, TextHex("00001234")}};
+    }
+    void SetEvents(int count) { server.events.assign(static_cast<std::size_t>(count), kTrip); }
+
+    /// The events of all day files.
+    std::size_t Stored() const {
+        const std::string day = folder.Read("ev/AB12-00001234/AB12-00001234-2026-11-16-DEV.evt");
+        std::size_t count = 0;
+        for (std::size_t at = 0; (at = day.find("Trip", at)) != std::string::npos; ++at)
+            ++count;
+        return count;
+    }
+    /// Lets the end be asked for in the so manieth of those calls.
+    void AskAt(const std::string& name, int nth) {
+        server.onCall = [this, name, nth, seen = 0](SCall&) mutable -> std::optional<std::int64_t> {
+            if (server.calls.back().starts_with(name) && ++seen == nth)
+                end->Ask("SIGHUP");
+            return std::nullopt;
+        };
+    }
+
+    const SScriptedEvent kTrip = Event(1, {"240107", TextHex("%d"), "280105"});
+    const std::string kNext = " Connection details - COM Port: COM3, device address: 5.|";
+};
+
+TEST_F(RunEnd, EndsBehindTheEventUnderWay) {
+    const std::string rest = "; the rest waits in the relay for the next run.";
+    const struct {
+        const char* name;
+        const char* call;
+        int nth;
+        std::string note;
+        int notVisited;
+        std::size_t stored;
+    } cases[] = {
+        {"while the port is opened", "OpenPort", 1, "", 2, 0},
+        {"at the first login", "GetValue 00.DF", 1, "", 2, 0},
+        {"before the first event", "GetDeviceStatus", 1, "", 2, 0},
+        {"at the first event", "GetEvent", 1, "This visit has taken 1 event" + rest + kNext, 1, 1},
+        {"behind the second", "GetDeviceStatus", 3, "This visit has taken 2 events" + rest + kNext, 1, 2},
+        {"at the last event", "GetEvent", 3, "", 1, 3},
+        {"at the second login", "GetValue 00.DF", 2, "", 1, 3},
+        {"behind the last relay", "ClosePort", 1, "", 0, 3},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.name);
+        std::filesystem::remove_all(folder.Native("ev"));
+        SetEvents(3);
+        AskAt(row.call, row.nth);
+        EXPECT_EQ(RunAll(), row.note + "Run ended by SIGHUP; " + std::to_string(row.notVisited) + " relay" +
+                                (row.notVisited == 1 ? "" : "s") + " not visited.|");
+        EXPECT_EQ(server.calls.back(), "ClosePort");
+        EXPECT_EQ(Stored(), row.stored);
+        server.onCall = nullptr;
+        EXPECT_EQ(RunAll(), "");
+        EXPECT_EQ(Stored(), 3U);
+    }
+    EXPECT_EQ(RunAll("SIGINT"), "Run ended by SIGINT; 2 relays not visited.|");
+    EXPECT_EQ(Calls(), "") << "no port is opened for it";
+    fields.useModem = 1;
+    AskAt("ModemConnect", 1);
+    EXPECT_EQ(RunAll(), "Run ended by SIGHUP; 2 relays not visited.|");
+    EXPECT_EQ(server.calls.back(), "ModemHangUp");
+    fields.useEthernet = 1;
+    fields.ethernetEntries = {{"RV001", "10.0.0.5,5"}, {"RV002", "10.0.0.6,6"}, {"RV003", "10.0.0.7,7"}};
+    AskAt("OpenPort", 2);
+    EXPECT_EQ(RunAll(), "Run ended by SIGHUP; 2 relays not visited.|");
+    EXPECT_EQ(server.calls.back(), "ClosePort");
+}
+
+TEST_F(RunEnd, WhatItAbortsIsNotTheUsersAbort) {
+    std::thread cutting;
+    server.completeInside = false;
+    server.onCall = [&](SCall& call) -> std::optional<std::int64_t> {
+        if (call.name == "GetColumnTextAndValues" || call.name == "ModemConnect") {
+            end->Ask("SIGTERM");
+            cutting = std::thread([] {
+                while (!HoldChannel()->CutShort())
+                    std::this_thread::yield();
+            });
+        } else if (call.name == "Abort") {
+            cutting.join();
+            server.sink->OnCommandComplete(Variant::FromI4(18));
+        }
+        return std::nullopt;
+    };
+    const SScriptedEvent hasRecord = Event(3, {"240107", "44020030", "240109"});
+    const std::string ended = "1 event taken from the relay, but not stored." + kNext +
+                              "Run ended by SIGTERM; 1 relay not visited.|";
+    server.events = {kTrip, hasRecord, kTrip};
+    const std::string why = "Extracting event records  P32LS Error - Function Aborted by User." + kNext;
+    EXPECT_EQ(RunAll(), why + "1 event waits in the journal for the next run." + kNext + ended);
+    EXPECT_EQ(Stored(), 0U);
+    const std::string next = RunAll();
+    EXPECT_TRUE(next.starts_with("1 event of a visit that was ended is in day file ")) << next;
+    EXPECT_EQ(Stored(), 2U);
+
+    const std::string state = std::getenv("RUVO_STATE_DIR") == nullptr ? "" : std::getenv("RUVO_STATE_DIR");
+    setenv("RUVO_STATE_DIR", "/dev/null/none", 1);
+    server.events = {kTrip, hasRecord, kTrip};
+    EXPECT_EQ(RunAll(), why + ended) << "without a journal the day file has at once what was taken";
+    EXPECT_EQ(Stored(), 3U);
+    setenv("RUVO_STATE_DIR", state.c_str(), 1);
+
+    fields.useModem = 1;
+    EXPECT_EQ(RunAll(), "Run ended by SIGTERM; 2 relays not visited.|");
+}
+
+TEST_F(RunEnd, ACallThatDoesNotComeBackIsLeftBehind) {
+    SetEvents(3);
+    CScriptedRequests requests;
+    const auto runAndAsk = [&] {
+        server.onCall = [&, calls = 0](SCall& call) mutable -> std::optional<std::int64_t> {
+            if (call.name == "GetEvent" && ++calls == 2) {
+                requests.Add(IEndRequests::EWake::Request);
+                requests.Add(IEndRequests::EWake::Timeout);
+                std::this_thread::sleep_for(std::chrono::minutes(1));
+            }
+            return std::nullopt;
+        };
+        end.emplace();
+        const CEndWatch watch(*end, requests);
+        VisitAll();
+    };
+    EXPECT_EXIT(runAndAsk(), testing::ExitedWithCode(0), "");
+    EXPECT_NE(folder.Read("run.log").find("Run ended by SIGTERM; 2 relays not visited.\r\n"),
+              std::string::npos);
+    server.events.pop_front();
+    EXPECT_TRUE(RunAll().starts_with("1 event of a visit that was ended is in day file "));
+    EXPECT_EQ(Stored(), 3U);
+}
+
+TEST_F(RunEnd, OnlyWhatIsStuckIsEnded) {
+    using enum IEndRequests::EWake;
+    using enum CRunEnd::EStage;
+    const std::string early = "ruvo: ended by SIGTERM; no relay was visited";
+    const std::string line = "2021/03/02 14:03:07 Run ended by SIGTERM; 3 relays not visited.\r\n";
+    const struct {
+        const char* name;
+        CRunEnd::EStage stage;
+        std::deque<IEndRequests::EWake> wakes;
+        int ends;
+        std::string told;
+    } cases[] = {
+        {"nobody asks", Visiting, {}, 0, ""},
+        {"the start may take its time", NotBegun, {Request}, 0, ""},
+        {"but not for ever", NotBegun, {Request, Timeout}, 1, early},
+        {"a second request shortens that", NotBegun, {Request, Request}, 0, ""},
+        {"a third one looks at once", NotBegun, {Request, Request, Request}, 1, early},
+        {"the run is busy with its files", Visiting, {Request, Timeout, Timeout}, 0, ""},
+        {"the server is not let go", Over, {Request, Timeout}, 1, line},
+    };
+    RunAll(); // names the log
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.name);
+        std::filesystem::remove(folder.Native("run.log"));
+        g_standardError.clear();
+        end.emplace();
+        if (row.stage != NotBegun)
+            end->Begin(3);
+        if (row.stage == Over)
+            end->Finish();
+        int ends = 0;
+        CScriptedRequests requests;
+        for (const IEndRequests::EWake wake : row.wakes)
+            requests.Add(wake);
+        {
+            const CEndWatch watch(*end, requests, CEndWatch::kTimes, [&] { ++ends; });
+        }
+        EXPECT_EQ(ends, row.ends);
+        EXPECT_EQ(end->IsAsked(), !row.wakes.empty());
+        EXPECT_EQ(g_standardError + folder.Read("run.log"), row.told);
+    }
+}
+
+} // namespace ruvo::test
