@@ -1,12 +1,12 @@
 // Ends of the process and of the machine at any moment of a run, and of the runs that bring in what it left.
 // After each, a run that nothing disturbs has to account for every event that a relay has handed over.
 // RUVO_CRASH_STATES says how many states are tried; docs/reliability.md tells of them.
+#include "crash_case.h"
 #include "fault_rig.h"
 
 #include "platform/full_path.h"
 
 #include <cstdlib>
-#include <iomanip>
 #include <random>
 #include <sstream>
 
@@ -16,99 +16,6 @@ namespace {
 
 constexpr std::size_t kNever = std::numeric_limits<std::size_t>::max();
 constexpr std::size_t kUsualStates = 5000;
-constexpr std::size_t kTextSize = 150;
-constexpr const char* kFolder = "C:\\ev\\AB12-0001";
-constexpr const char* kDayFile = "C:\\ev\\AB12-0001\\AB12-0001-2026-11-16-DEV.evt";
-
-enum class EStart : std::uint8_t { NoFolder, Folder, EmptyFile, Header, Records };
-
-struct SCrashCase {
-    const char* name;
-    EStart start = EStart::NoFolder;
-    bool bothInOneFile = false; ///< two relays of one name: two visits to one day file
-    bool isNextVisited = false; ///< the second relay has events
-    bool hasState = true;       ///< the state folder is there
-    const char* locked = "";    ///< for the first run: a folder that takes nothing new
-    const char* full = "";      ///< and one that takes some bytes only, another number in each run
-    std::size_t fullAt = 0;     ///< the least of them, and by how many they may be more
-    std::size_t fullWithin = 1;
-    bool isMoved = false;       ///< a person may put the day file away after an end
-    std::size_t abortedAt = 0;  ///< the first relay's event at which the first run's visit is aborted
-    bool isRefusedOnce = false; ///< one operation of the first run fails
-    int cells = 1;              ///< of extended records, with 250 letters each
-};
-void PrintTo(const SCrashCase& test, std::ostream* out) {
-    *out << test.name;
-}
-
-const SCrashCase kCases[] = {
-    {.name = "NothingThere", .hasState = false},
-    {.name = "FolderThere", .start = EStart::Folder},
-    {.name = "EmptyFile", .start = EStart::EmptyFile},
-    {.name = "HeaderAlone", .start = EStart::Header},
-    {.name = "EarlierRecords", .start = EStart::Records},
-    {.name = "TwoRelays", .start = EStart::Records, .isNextVisited = true},
-    {.name = "TwoVisitsToOneFile", .bothInOneFile = true, .isNextVisited = true},
-    {.name = "NoJournal", .hasState = false, .locked = "C:\\var"},
-    {.name = "FullJournalDisk",
-     .isNextVisited = true,
-     .full = "C:\\var",
-     .fullWithin = 400'000,
-     .cells = 200},
-    {.name = "FullEventDisk", .isNextVisited = true, .full = "C:\\ev", .fullWithin = 2'000},
-    {.name = "FullEventDiskBehindRecords",
-     .start = EStart::Records,
-     .full = "C:\\ev",
-     .fullAt = 1'000,
-     .fullWithin = 2'000},
-    {.name = "MovedDayFile", .start = EStart::Records, .isMoved = true},
-    {.name = "MovedNewDayFile", .isMoved = true},
-    {.name = "OneRefusal", .start = EStart::Records, .isNextVisited = true, .isRefusedOnce = true},
-    {.name = "Aborted", .start = EStart::Records, .isNextVisited = true, .abortedAt = 4},
-    {.name = "AbortedWithLongRecords", .abortedAt = 5, .cells = 200},
-    {.name = "AbortedRefusedOnce", .start = EStart::Header, .abortedAt = 5, .isRefusedOnce = true},
-    {.name = "LongRecords", .start = EStart::Records, .cells = 200},
-};
-
-// ---- The relays: of each, some events wait for the first run, some for the second, one for the third.
-
-constexpr int kSimple = 0, kExtended = 3, kUnknown = 99; // kinds of events
-constexpr std::array kEvents{kSimple, kExtended, kUnknown, kExtended, kSimple, kExtended, kSimple, kSimple};
-constexpr std::array<std::size_t, 3> kReadyAt{5, 7, 8};
-constexpr int kPerRelay = 1000;
-constexpr std::array kAddresses{kTested, kNext};
-
-int RelayOf(int event) {
-    return event / kPerRelay;
-}
-bool IsUnknown(int event) {
-    return kEvents[static_cast<std::size_t>(event % kPerRelay)] == kUnknown;
-}
-
-std::string RelayText(const SCrashCase& test, int address, bool hasEvents) {
-    std::ostringstream text;
-    text << "[[relay]]\nserial = " << address << "\nidentity = { model = \"AB12-X\", serial = \"000"
-         << (test.bothInOneFile ? kTested : address) << "\" }\n"
-         << "cells.\"09.01\" = { index = 1, strings = [\"Off\", \"On\"] }\n"
-         << "columns.\"30\" = { locations = \"uint\" }\n"
-         << "[[relay.record]]\ncolumn = \"30\"\nnumber = 1\n";
-    for (int cell = 2; cell < 2 + test.cells; ++cell)
-        text << "cells.\"30." << std::hex << std::uppercase << std::setw(2) << std::setfill('0') << cell
-             << std::dec << "\" = { text = \"" << std::string(250, 'z') << "\", label = \"Cell\" }\n";
-    for (std::size_t n = 0; hasEvents && n < kEvents.size(); ++n) {
-        std::array<char, 16> mark{};
-        std::snprintf(mark.data(), mark.size(), "Event#%04d ", address * kPerRelay + static_cast<int>(n));
-        text << "[[relay.event]]\nkind = " << kEvents[n]
-             << "\nlocation = \"09.01\"\ntime = 2026-02-16T13:07:09\n"
-             << "text = \"" << mark.data() << std::string(kTextSize, static_cast<char>('a' + n))
-             << "\"\nvalue = { uint = 1 }\n"
-             << (kEvents[n] == kExtended ? "record = { column = \"30\", number = 1 }\n" : "");
-    }
-    return text.str();
-}
-
-// ---- What an end leaves.
-
 /// Goes through all combinations of choices.
 struct SEveryChoice {
     std::vector<std::pair<std::size_t, std::size_t>> made; ///< and how many there are
@@ -150,12 +57,15 @@ protected:
     SMemoryDisk Start();
     SOutcome Run(const SMemoryDisk& disk, std::size_t number, std::vector<SDiskFault> faults = {});
     SOutcome RunUntil(const SMemoryDisk& disk, std::size_t number, std::size_t end, bool takesPart);
+    SMemoryDisk AfterEndOfProcess(const SMemoryDisk& ended, const std::string& story);
     void TryEnd(const SMemoryDisk& ended, std::size_t perEnd);
     void Follow(SMemoryDisk disk, std::size_t ends, const std::string& story);
     std::string Complaint(const SOutcome& last) const;
     std::string ComplaintOfFiles(const SOutcome& last, std::map<int, std::size_t>& stored) const;
     std::string ComplaintOfState(const SOutcome& last, std::map<int, std::size_t>& stored) const;
     std::map<int, std::size_t> ToldLosses(const std::string& log) const;
+
+    void Complain(const std::string& what) { complaints += ++failing <= 3 ? test.name + what + "\n" : ""; }
 
     const SCrashCase& test = GetParam();
     Random random{1};
@@ -221,7 +131,19 @@ SOutcome CrashTest::RunUntil(const SMemoryDisk& disk, std::size_t number, std::s
     if (number == 0 && test.isRefusedOnce)
         if (const std::size_t at = Below(end); at > 0)
             faults.push_back({at, at, EFileFailure::DiskFull, Below(2) == 0});
-    return Run(disk, number, std::move(faults));
+    SMemoryDisk begin = disk;
+    begin.otherRunAt = number == 0 && test.meetsAnother ? 1 + Below(end) : 0;
+    return Run(begin, number, std::move(faults));
+}
+
+/// It costs the event under way, unless there is no journal that takes the others.
+SMemoryDisk CrashTest::AfterEndOfProcess(const SMemoryDisk& ended, const std::string& story) {
+    SMemoryDisk disk = ended;
+    disk.EndProcess();
+    const bool isKept = *test.locked == '\0' && !test.isRefusedOnce;
+    if (isKept && disk.events.excused.size() > ended.events.excused.size() + 1)
+        Complain(story + ": several events were in no file");
+    return disk;
 }
 
 /// All that an end may leave, or as many of it as wanted.
@@ -230,9 +152,8 @@ void CrashTest::TryEnd(const SMemoryDisk& ended, std::size_t perEnd) {
     for (const SDiskFault& fault : ended.faults)
         story += (fault.isEnd ? " ends at " : " refused at ") + std::to_string(fault.first) +
                  (fault.writesTakePart ? "t" : "");
-    SMemoryDisk disk = ended;
-    disk.EndProcess();
-    Follow(disk, 1, story + " process,");
+    Follow(AfterEndOfProcess(ended, story), 1, story + " process,");
+    SMemoryDisk disk;
     SEveryChoice every;
     (disk = ended).EndMachine(std::ref(every));
     if (every.AreAtMost(perEnd))
@@ -256,14 +177,17 @@ void CrashTest::Follow(SMemoryDisk disk, std::size_t ends, const std::string& st
     ++states;
     mostLost = std::max(mostLost, disk.events.excused.size());
     const SOutcome last = Run(disk, ends);
-    if (const std::string complaint = Complaint(last); !complaint.empty() && ++failing <= 3)
-        complaints += test.name + story + " then: " + complaint + "\n" + last.Log() + "\n";
+    if (const std::string complaint = Complaint(last); !complaint.empty())
+        Complain(story + " then: " + complaint + "\n" + last.Log());
     keptJournals += last.Log().find(" is damaged") != std::string::npos ? 1 : 0;
     if (ends < kMostEnds && Below(2) == 0) {
         const std::size_t end = 1 + Below(last.disk.operations);
         SMemoryDisk next = RunUntil(disk, ends, end, Below(2) == 0).disk;
         const bool isProcess = Below(3) == 0;
-        isProcess ? next.EndProcess() : next.EndMachine(ByChance());
+        if (isProcess)
+            next = AfterEndOfProcess(next, story);
+        else
+            next.EndMachine(ByChance());
         Follow(next, ends + 1,
                story + " then at " + std::to_string(end) + (isProcess ? " process," : " machine,"));
     }

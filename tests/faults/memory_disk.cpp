@@ -175,6 +175,8 @@ void SMemoryDisk::EndProcess() {
     std::ranges::set_difference(events.handedOver, events.written,
                                 std::inserter(events.excused, events.excused.end()));
     *this = {.nodes = std::move(nodes), .events = std::move(events)};
+    for (SMemoryNode& node : nodes)
+        node.isLocked = false;
     events.underWay = 0;
     events.unnamed.clear();
 }
@@ -192,7 +194,19 @@ void SMemoryDisk::EndMachine(const Choose& choose) {
     end(0, end);
 }
 
+/// As every run does: journals in which no visit has begun go, and empty day files.
+void SMemoryDisk::CleanUp() {
+    constexpr std::size_t kHeadOfJournal = 16;
+    for (const auto& [below, most] :
+         {std::pair("C:\\var", kHeadOfJournal), std::pair("C:\\ev", std::size_t{0})})
+        for (const auto& [path, bytes] : Files(below))
+            if (bytes.size() <= most && !nodes[*Find(path)].isLocked)
+                nodes[*Find(FolderAndName(path).first)].Name(FolderAndName(path).second, 0);
+}
+
 SDiskFault SMemoryDisk::Count() {
+    if (operations + 1 == otherRunAt)
+        CleanUp();
     const auto isHit = [number = ++operations](const SDiskFault& fault) {
         return fault.first <= number && number <= fault.last;
     };

@@ -43,6 +43,7 @@ struct SMemoryNode {
         std::string before; ///< the name that it had until then, if it had one
     };
     bool isFolder = false;
+    bool isLocked = false;
     std::string bytes{}, flushed{};                       ///< as they are, and as they were at the last flush
     std::map<std::string, std::size_t> names{}, onDisk{}; ///< of a folder, likewise
     std::vector<SWrite> writes{};                         ///< since the last flush
@@ -82,6 +83,7 @@ struct SMemoryDisk {
     std::string locked{}; ///< a folder in which nothing can be made
     std::string full{};   ///< a folder below which files take `fullAt` bytes at most
     std::size_t fullAt = 0;
+    std::size_t otherRunAt = 0; ///< before this operation another run removes what is empty and not locked
     SEventLedger events{};
 
     // For tests: done at once, and on the disk.
@@ -107,6 +109,7 @@ struct SMemoryDisk {
     std::optional<std::size_t> FindFolder(const std::string& path) const;
     bool Takes(const std::string& folder) const { return FindFolder(folder) && folder != locked; }
     std::size_t Make(const std::string& path, bool isFolder);
+    void CleanUp();
     void NoteNames(); ///< some have been flushed
     std::size_t RoomFor(const std::string& path, std::size_t growth) const;
 };

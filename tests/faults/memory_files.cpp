@@ -25,15 +25,24 @@ struct CFile::SHandle {
     std::string path; ///< empty when closed
     std::size_t node = 0;
     std::size_t position = 0;
+    bool hasLock = false;
     SMemoryNode& Node() const { return g_disk.nodes[node]; }
+    void Reset() {
+        const std::lock_guard guard(g_diskLock);
+        if (hasLock && node < g_disk.nodes.size())
+            Node().isLocked = false;
+        *this = {};
+    }
 };
 
 CFile::CFile() : m_handle(std::make_unique<SHandle>()) {}
-CFile::~CFile() = default;
+CFile::~CFile() {
+    m_handle->Reset();
+}
 
 SFileResult CFile::Open(const std::string& path, SOpenMode mode) {
     const SDiskCall call;
-    *m_handle = {};
+    m_handle->Reset();
     const SFileResult result = g_disk.Do();
     if (!result.Good())
         return result;
@@ -48,7 +57,7 @@ SFileResult CFile::Open(const std::string& path, SOpenMode mode) {
                                                                         : EFileFailure::None;
     if (failure != EFileFailure::None)
         return g_disk.Fail(failure);
-    *m_handle = {path, node ? *node : g_disk.Make(path, false), 0};
+    *m_handle = {path, node ? *node : g_disk.Make(path, false)};
     return result;
 }
 bool CFile::IsOpen() const {
@@ -126,7 +135,12 @@ SFileResult CFile::FlushToDisk() {
 }
 EFileLock CFile::TryLock() {
     const SDiskCall call;
-    return g_disk.Do().Good() ? EFileLock::Taken : EFileLock::Unknown;
+    if (!g_disk.Do().Good())
+        return EFileLock::Unknown;
+    const bool isFree = m_handle->hasLock || !m_handle->Node().isLocked;
+    m_handle->hasLock = isFree;
+    m_handle->Node().isLocked = true;
+    return isFree ? EFileLock::Taken : EFileLock::HeldByAnother;
 }
 bool CFile::IsAt(const std::string& path) const {
     const SDiskCall call;
@@ -135,7 +149,7 @@ bool CFile::IsAt(const std::string& path) const {
 SFileResult CFile::Close() {
     const SDiskCall call;
     const SFileResult result = IsOpen() ? g_disk.Do() : g_disk.Fail(EFileFailure::BadDescriptor);
-    *m_handle = {};
+    m_handle->Reset();
     return result;
 }
 
