@@ -21,11 +21,11 @@ std::string FolderOf(const std::string& path) {
     return end == std::string::npos ? std::string() : path.substr(0, end);
 }
 
-/// Makes the names durable that lead to the file, whoever made them: its own, its folder's, the event root's.
-void FlushNames(const std::string& path) {
-    constexpr int kNames = 3;
+/// Makes the names durable that lead to the file, whoever made them: its own, its folder's, and with a root
+/// that was made for it that one's.
+void FlushNames(const std::string& path, std::size_t madeFolders) {
     std::string folder = FolderOf(path);
-    for (int name = 0; name < kNames && !folder.empty(); ++name) {
+    for (std::size_t name = 0; name <= std::max<std::size_t>(madeFolders, 1) && !folder.empty(); ++name) {
         FlushFolder(folder);
         folder = FolderOf(folder);
     }
@@ -90,7 +90,8 @@ CHeldDayFile::EOpening CHeldDayFile::Open(CFileException& failure) {
 }
 
 /// The file may have been removed, or exchanged, between its opening and the lock. The length counts once it
-/// is on the disk: what an ended run left unflushed could still go.
+/// is on the disk: what an ended run left unflushed could still go. In a file that was just made there is
+/// nothing.
 CHeldDayFile::EOpening CHeldDayFile::Lock(CFileException& failure) {
     if (m_file.File().TryLock() == EFileLock::HeldByAnother) {
         return EOpening::HeldByAnother;
@@ -99,8 +100,10 @@ CHeldDayFile::EOpening CHeldDayFile::Lock(CFileException& failure) {
         return EOpening::Moved;
     }
     try {
-        m_file.FlushToDisk();
         m_foundLength = m_file.GetLength();
+        if (!m_wasMissing || m_foundLength > 0) {
+            m_file.FlushToDisk();
+        }
     } catch (const CFileException& raised) {
         failure = raised;
         return EOpening::Failed;
@@ -188,7 +191,7 @@ void CHeldDayFile::Finish() {
         WritePiece();
     }
     m_file.FlushToDisk();
-    FlushNames(m_path);
+    FlushNames(m_path, m_madeFolders.size());
 }
 
 bool CHeldDayFile::CutBack() noexcept {
@@ -198,7 +201,7 @@ bool CHeldDayFile::CutBack() noexcept {
         isCut =
             isCut || (fresh.Open(m_path, {.read = true, .write = true, .plain = true}).Good() && Cut(fresh));
         if (m_storedCount > 0) {
-            FlushNames(m_path);
+            FlushNames(m_path, m_madeFolders.size());
         }
     } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): no memory; what is cut is cut
     }
@@ -232,6 +235,9 @@ void CHeldDayFile::Release() noexcept {
     m_isOpen = false;
     m_file.Abort(); // what matters has been flushed
     try {
+        if (m_storedCount > 0) {
+            return;
+        }
         if (m_wasMissing) {
             RemoveEmptyDayFile(m_path, false);
         }

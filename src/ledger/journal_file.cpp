@@ -90,7 +90,7 @@ bool CJournalFile::Append(EFrame kind, std::uint32_t visit, SChain& chain,
                           std::span<const std::uint8_t> payload) {
     SChain next = chain;
     MakeFrame(m_frame, kind, visit, next, payload);
-    m_hasFailed = m_hasFailed || !WriteAt(m_end, m_frame);
+    m_hasFailed = m_hasFailed || !WriteAt(m_end, m_frame) || !m_flush.NoteWrite();
     if (!m_hasFailed) {
         chain = next;
         m_end += m_frame.size();
@@ -99,7 +99,7 @@ bool CJournalFile::Append(EFrame kind, std::uint32_t visit, SChain& chain,
 }
 
 bool CJournalFile::Flush() {
-    return m_file.FlushToDisk().Good();
+    return m_flush.Flush();
 }
 
 bool CJournalFile::Reserve(std::size_t bytes) {
@@ -120,6 +120,7 @@ void CJournalFile::Clear() {
 
 void CJournalFile::Remove() {
     RemoveFile(m_path);
+    m_flush.Stop();
     static_cast<void>(m_file.Close());
     FlushFolder(m_folder);
 }

@@ -2,6 +2,7 @@
 // long as it is open. Nothing here throws but for want of memory.
 #pragma once
 
+#include "ledger/background_flush.h"
 #include "ledger/frames.h"
 
 #include <cstdint>
@@ -28,7 +29,7 @@ public:
     [[nodiscard]] bool HasKnownHead();
 
     /// A frame that is written is safe from an end of the process, and from one of the machine once it is
-    /// flushed. After a failure nothing more is written.
+    /// flushed, which happens within a second. After a failure, of a flush too, nothing more is written.
     [[nodiscard]] bool Append(EFrame kind, std::uint32_t visit, SChain& chain,
                               std::span<const std::uint8_t> payload);
     [[nodiscard]] bool Flush();
@@ -52,6 +53,7 @@ private:
     [[nodiscard]] bool WriteAt(std::uint64_t position, std::span<const std::uint8_t> bytes);
 
     CFile m_file;
+    CBackgroundFlush m_flush{m_file};
     std::string m_path;
     std::string m_folder;
     std::uint64_t m_end = 0;

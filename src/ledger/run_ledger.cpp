@@ -15,6 +15,10 @@ namespace ruvo {
 
 namespace {
 
+/// A journal in which nothing is open is cut from this length on: the room that it has reserved serves the
+/// next visits until then, and a cut has to wait for the disk.
+constexpr std::uint64_t kLongestIdle = std::uint64_t{1024} * 1024;
+
 /// FNV-1a of 64 bits: tells folders of one name apart, and need not withstand forgers.
 std::string Digest(std::string_view text) {
     std::uint64_t sum = 0xCBF29CE484222325;
@@ -89,6 +93,7 @@ CJournalFile* CRunLedger::Journal() {
         auto journal = std::make_unique<CJournalFile>();
         if (!folder.empty() && MakePrivateFolder(folder) && journal->Make(folder, Now())) {
             FlushNamesAbove(folder);
+            FlushFolder(m_eventRoot.substr(0, m_eventRoot.rfind('\\'))); // its name, whoever made it
             m_journal = std::move(journal);
         } else {
             WriteStandardError("ruvo: no journal can be made in " +
@@ -106,7 +111,7 @@ std::string CRunLedger::BelowRoot(const std::string& path) const {
 
 void CRunLedger::NoteClosed() {
     m_openFiles.pop_back();
-    if (m_openFiles.empty()) {
+    if (m_openFiles.empty() && m_journal->End() > kLongestIdle) {
         m_journal->Clear();
     }
 }

@@ -59,7 +59,7 @@ std::optional<SHoldFailure> CVisitCustody::Begin(const std::string& path) {
 
 /// Nothing is written behind a torn record: what it was could then never be told any more.
 std::optional<SHoldFailure> CVisitCustody::RefuseTornFile() {
-    const auto torn = FindTornEnd(m_file.Path());
+    const auto torn = m_file.LengthNow() > 0 ? FindTornEnd(m_file.Path()) : std::nullopt;
     return torn ? std::optional(SHoldFailure{EFileCause::InvalidFile,
                                              "Day file " + DisplayPath(m_file.Path()) +
                                                  " does not end with a whole record: damage at byte " +

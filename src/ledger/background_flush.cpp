@@ -1,0 +1,67 @@
+#include "ledger/background_flush.h"
+
+#include <chrono>
+#include <exception>
+
+namespace ruvo {
+
+namespace {
+
+/// From the first unflushed byte to the flush. A visit that ends sooner flushes by itself, and costs no
+/// further flush; with the flush's own time it stays below a second.
+constexpr std::chrono::milliseconds kDelay{500};
+
+} // namespace
+
+bool CBackgroundFlush::NoteWrite() noexcept {
+    const std::scoped_lock lock(m_mutex);
+    if (!m_isTried) {
+        m_isTried = true;
+        try {
+            m_thread = std::thread([this] { Run(); });
+        } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the run flushes at its own steps
+        }
+    }
+    if (!m_isDirty) {
+        m_isDirty = true;
+        m_wake.notify_one();
+    }
+    return !m_hasFailed;
+}
+
+/// The lock is not held during the flush: the run goes on writing beside it.
+bool CBackgroundFlush::Flush() noexcept {
+    std::unique_lock lock(m_mutex);
+    m_isDirty = false;
+    lock.unlock();
+    const bool isGood = m_file.FlushToDisk().Good();
+    lock.lock();
+    m_hasFailed = m_hasFailed || !isGood;
+    return !m_hasFailed;
+}
+
+void CBackgroundFlush::Stop() noexcept {
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_isEnding = true;
+        m_wake.notify_one();
+    }
+    if (m_thread.joinable()) {
+        m_thread.join();
+    }
+}
+
+void CBackgroundFlush::Run() noexcept {
+    std::unique_lock lock(m_mutex);
+    while (!m_isEnding) {
+        m_wake.wait(lock, [this] { return m_isDirty || m_isEnding; });
+        m_wake.wait_for(lock, kDelay, [this] { return m_isEnding; });
+        if (m_isDirty && !m_isEnding) {
+            lock.unlock();
+            static_cast<void>(Flush());
+            lock.lock();
+        }
+    }
+}
+
+} // namespace ruvo

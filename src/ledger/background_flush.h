@@ -1,0 +1,43 @@
+// Flushes a file beside the thread that writes it, so that an end of the machine costs at most what was
+// written within the last second.
+#pragma once
+
+#include "platform/file.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+namespace ruvo {
+
+class CBackgroundFlush {
+public:
+    /// The file stays the caller's, and must stay open until this is stopped.
+    explicit CBackgroundFlush(CFile& file) : m_file(file) {}
+    CBackgroundFlush(const CBackgroundFlush&) = delete;
+    CBackgroundFlush& operator=(const CBackgroundFlush&) = delete;
+    ~CBackgroundFlush() { Stop(); }
+
+    /// Something has been written. The first call starts the thread; where none can be started, only Flush
+    /// brings bytes to the disk. False once any flush has failed: the system reports that once, and what was
+    /// written before may be lost although a later flush succeeds.
+    [[nodiscard]] bool NoteWrite() noexcept;
+    /// Returns when all that was written is on the disk; false as above.
+    [[nodiscard]] bool Flush() noexcept;
+    /// Waits for the flush under way; after that the file may be closed.
+    void Stop() noexcept;
+
+private:
+    void Run() noexcept;
+
+    CFile& m_file;
+    std::mutex m_mutex;
+    std::condition_variable m_wake;
+    std::thread m_thread;
+    bool m_isTried = false; ///< to start the thread
+    bool m_isDirty = false; ///< something is written and not flushed
+    bool m_isEnding = false;
+    bool m_hasFailed = false;
+};
+
+} // namespace ruvo
