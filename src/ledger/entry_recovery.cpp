@@ -80,8 +80,9 @@ bool CEntryRecovery::BringIn(const std::string& journalPath, CHeldDayFile* held)
     }
     if (isAllDone && m_isWhole) {
         m_journal.Remove();
-    } else if (!m_isWhole && held == nullptr) {
+    } else if (isAllDone && held == nullptr) { // said once: no later run finds more in it
         m_tell(JournalReport(ELedgerOutcome::DamagedJournal, journalPath));
+        static_cast<void>(RenameFile(journalPath, journalPath + std::string(kDamagedEnding)));
     }
     return isFree;
 }

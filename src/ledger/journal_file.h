@@ -13,6 +13,8 @@
 namespace ruvo {
 
 inline constexpr std::string_view kJournalEnding = ".journal";
+/// Added to the name of a journal that could not be read to its end, once all that could be read is stored.
+inline constexpr std::string_view kDamagedEnding = ".damaged";
 
 /// The files in a folder whose names end so, by name.
 [[nodiscard]] std::vector<std::string> FilesIn(const std::string& folder, std::string_view ending);

@@ -26,7 +26,8 @@ std::string LedgerText(const SLedgerReport& report) {
         return "Journal " + path +
                " was written by another version, or is not a journal. It is left unchanged.";
     case ELedgerOutcome::DamagedJournal:
-        return "Journal " + path + " is damaged. Its readable events have been stored; the journal is kept.";
+        return "Journal " + path + " is damaged. Its readable events have been stored; it is kept as " +
+               path + ".damaged.";
     case ELedgerOutcome::Stored:
         return StoredText(report, path);
     case ELedgerOutcome::StoredAtEnd:

@@ -235,8 +235,9 @@ std::string CrashTest::ComplaintOfState(const SOutcome& last, std::map<int, std:
             ++stored[event];
         if (!records.isSound)
             complaint += " " + path + " is damaged;";
+        const std::size_t name = path.rfind('\\') + 1;
         const std::string told = isAside ? " set aside in " + DisplayPath(path) + ": "
-                                         : path.substr(path.rfind('\\') + 1) + " is damaged";
+                                         : path.substr(name, path.rfind(".damaged") - name) + " is damaged";
         // Records that the journal has refused go into a file that only the log names.
         const bool mayBeUntold = bytes.empty() || (isAside && test.isRefusedOnce);
         if (!mayBeUntold && last.Log().find(told) == std::string::npos)

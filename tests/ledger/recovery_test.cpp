@@ -121,6 +121,19 @@ TEST_F(Recovery, ASetAsideFileIsFinishedWhereverItsWritingEnded) {
     EXPECT_FALSE(folder.Has(InState(kName))) << "one that was ended before its first byte goes";
 }
 
+TEST_F(Recovery, ADamagedJournalIsReportedOnceAndKept) {
+    Leave("RR");
+    const std::string journal = folder.Read(InState("ended.journal")) + std::string(40, '\x41');
+    folder.Write(InState("ended.journal"), journal);
+    ASSERT_EQ(BringIn(), 2U);
+    EXPECT_EQ(told[0].outcome, ELedgerOutcome::Stored);
+    EXPECT_EQ(told[1].outcome, ELedgerOutcome::DamagedJournal);
+    EXPECT_EQ(Day().substr(Day().size() - both.size()), both);
+    EXPECT_FALSE(HasJournal());
+    EXPECT_TRUE(folder.Read(InState("ended.journal.damaged")).starts_with(journal.substr(0, 100)));
+    EXPECT_EQ(BringIn(), 0U);
+}
+
 TEST_F(Recovery, WhatHasWaitedForAWeekIsSetAside) {
     Leave("RR");
     const std::string torn = Header("headerText") + Record(1) + Record(2).substr(0, 30);
