@@ -57,6 +57,36 @@ std::string_view FieldAfter(std::string_view text, std::string_view mark) {
     return after.substr(0, after.find_first_of(",."));
 }
 
+/// The next text between quotes; moves behind it.
+std::string_view TakeQuoted(std::string_view& text) {
+    const auto takeUntilQuote = [&text] {
+        const std::string_view before = text.substr(0, text.find('"'));
+        text.remove_prefix(std::min(before.size() + 1, text.size()));
+        return before;
+    };
+    takeUntilQuote();
+    return takeUntilQuote();
+}
+
+/// The details of a line about a relay's own link, which names the relay within the message alone.
+std::string ConnectionInMessage(std::string_view message) {
+    constexpr std::string_view kTunnel = "Failed to open ethernet connection. Connection string: TNLC=";
+    constexpr std::string_view kPlace = "There were problems with setting transaction values. Device IP: ";
+    if (message.starts_with(kPlace)) {
+        return "device IP: " + std::string(message.substr(kPlace.size()));
+    }
+    if (!message.starts_with(kTunnel)) {
+        return {};
+    }
+    std::string_view rest = message.substr(kTunnel.size());
+    TakeQuoted(rest); // the library
+    const std::string ip(TakeQuoted(rest));
+    const std::string bus(TakeQuoted(rest));
+    const std::string device(TakeQuoted(rest));
+    return ip.empty() ? ip
+                      : "device IP: " + ip + ", device address: " + device + ", bus address: " + bus + ".";
+}
+
 } // namespace
 
 CLogReader::CLogReader() : m_buffer(std::make_unique_for_overwrite<std::uint8_t[]>(kLongestLine)) {}
@@ -138,6 +168,9 @@ SLogLine ParseLogLine(std::string_view text) {
     }
     line.connection = CutAfter(rest, kDetails);
     line.message = rest;
+    if (line.connection.empty()) {
+        line.connection = ConnectionInMessage(rest);
+    }
     return line;
 }
 

@@ -186,6 +186,10 @@ EFileLock CFile::TryLock() {
     return IsOpen() ? EFileLock::Taken : EFileLock::Unknown;
 }
 
+std::optional<bool> CFile::IsLocked() {
+    return IsOpen() ? std::optional(false) : std::nullopt;
+}
+
 bool CFile::IsAt(const std::string& path) const {
     const auto found = MemorySystem().files.find(Key(path));
     return found != MemorySystem().files.end() && found->second == m_handle->bytes;

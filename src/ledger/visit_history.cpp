@@ -65,8 +65,8 @@ EHistory CVisitHistory::LookIn(const std::string& state, const std::string& fold
         });
         return isThere ? EHistory::Found : EHistory::None;
     }
-    const bool isHidden = GetPathKind(folder) == EPathKind::Folder ||
-                          (GetPathKind(state) == EPathKind::Folder && !ListFolder(state, entries));
+    const bool isHidden = GetPathKind(folder) != EPathKind::Missing ||
+                          (GetPathKind(state) != EPathKind::Missing && !ListFolder(state, entries));
     return isHidden ? EHistory::NotReadable : EHistory::None;
 }
 

@@ -16,8 +16,9 @@ namespace {
 
 constexpr const char* kSetByRunSite = "RUVO_SITE";
 /// With these a site could be visited twice at the same time; run-site uses the last one itself.
-constexpr std::array kRefusedNames{std::string_view("RUVO_LOCK_DIR"), std::string_view(kSetByRunSite),
-                                   std::string_view("XDG_STATE_HOME"), std::string_view("run_site_line")};
+constexpr std::array kRefusedNames{std::string_view("RUVO_LOCK_DIR"), std::string_view("RUVO_STATE_DIR"),
+                                   std::string_view(kSetByRunSite), std::string_view("XDG_STATE_HOME"),
+                                   std::string_view("run_site_line")};
 constexpr std::string_view kRefused =
     "ignored; expected NAME=value with a permitted name"; // it may hold a secret
 constexpr std::string_view kForLoader =

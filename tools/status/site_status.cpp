@@ -204,6 +204,11 @@ SSiteStatus ReadSiteStatus(const SSiteQuestion& question, SConsole& console) {
     return CSiteReader(question, console).Read();
 }
 
+std::optional<std::int64_t> ParseAge(const std::string& text) {
+    const auto length = ParseLength(text);
+    return length ? std::optional<std::int64_t>(seconds(*length).count()) : std::nullopt;
+}
+
 std::string ParseSince(const std::string& text) {
     if (const auto length = ParseLength(text)) {
         return IsoText(Moment(LocalTime().value_or(UtcTime())) - *length);

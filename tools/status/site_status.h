@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tools/log_lines.h"
+#include "tools/status/visit_status.h"
 #include "tools/text_output.h"
 
 #include <cstddef>
@@ -45,8 +46,9 @@ struct SLogStatus {
 struct SSiteStatus {
     std::map<std::string, SRelayStatus> relays; ///< by name
     SLogStatus log;
-    std::string since;                 ///< local time, "2026-11-16T03:00:00"
-    std::vector<std::string> failures; ///< what could not be read, with the reason
+    std::optional<SVisitStatus> visits; ///< none where no INI file names them
+    std::string since;                  ///< local time, "2026-11-16T03:00:00"
+    std::vector<std::string> failures;  ///< what could not be read, with the reason
 };
 
 struct SSiteQuestion {
@@ -62,6 +64,9 @@ struct SSiteQuestion {
 
 /// The local time that "36h", "7d" (before now), a date or a time names. Empty for anything else.
 [[nodiscard]] std::string ParseSince(const std::string& text);
+
+/// Seconds of "36h" or "7d"; none of anything else.
+[[nodiscard]] std::optional<std::int64_t> ParseAge(const std::string& text);
 
 /// Days from 1970-01-01 to a date "2026-11-16"; none if the text is not a date.
 [[nodiscard]] std::optional<std::int64_t> DayNumber(const std::string& date);

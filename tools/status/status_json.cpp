@@ -1,6 +1,7 @@
 // The status as JSON. Scripts rely on the names and on what is null.
 #include "base/json_writer.h"
 #include "tools/status/status_output.h"
+#include "tools/status/visit_output.h"
 
 namespace ruvo {
 
@@ -81,6 +82,10 @@ std::string StatusAsJson(const SSiteStatus& status, const SVerdict& verdict) {
     json.Close(']');
     json.Key("log");
     WriteLog(json, status);
+    if (status.visits) {
+        json.Key("visits");
+        WriteVisits(json, *status.visits);
+    }
     json.Close('}');
     out += '\n';
     return out;

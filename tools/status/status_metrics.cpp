@@ -1,8 +1,8 @@
 // The status as metrics. Published names never change: dashboards and alarms depend on them.
 #include "tools/status/status_output.h"
 
-#include "tools/events/event_filter.h"
-#include "tools/text_encoding.h"
+#include "tools/status/metric_lines.h"
+#include "tools/status/visit_output.h"
 
 #include <array>
 
@@ -59,36 +59,17 @@ constexpr std::array kRelayMetrics{
                  [](const SRelayStatus& relay) { return Whole(relay.damaged); }},
 };
 
-std::string Label(std::string_view name, std::string_view value) {
-    std::string text(name);
-    text += "=\"";
-    for (const char c : EscapeControls(value)) { // which does not escape backslashes and quotes
-        text += c == '\\' || c == '"' ? "\\" : "";
-        text += c;
-    }
-    return text + '"';
-}
-
-void AppendHead(std::string& out, std::string_view name, std::string_view help) {
-    out.append("# HELP ").append(name).append(" ").append(help).append("\n");
-    out.append("# TYPE ").append(name).append(" gauge\n");
-}
-
-void AppendSample(std::string& out, std::string_view name, const std::string& labels, std::int64_t value) {
-    out += std::string(name) + '{' + labels + "} " + std::to_string(value) + '\n';
-}
-
 } // namespace
 
 std::string StatusAsMetrics(const SSiteStatus& status, const SVerdict& verdict, const std::string& site,
                             std::int64_t now) {
     std::string out;
-    const std::string siteLabel = Label("site", site);
+    const std::string siteLabel = MetricLabel("site", site);
     for (const SRelayMetric& metric : kRelayMetrics) {
-        AppendHead(out, metric.name, metric.help);
+        AppendMetricHead(out, metric.name, metric.help);
         for (const auto& [name, relay] : status.relays) {
             if (const Value value = metric.value(relay)) {
-                AppendSample(out, metric.name, siteLabel + ',' + Label("relay", name), *value);
+                AppendMetricSample(out, metric.name, siteLabel + ',' + MetricLabel("relay", name), *value);
             }
         }
     }
@@ -108,8 +89,11 @@ std::string StatusAsMetrics(const SSiteStatus& status, const SVerdict& verdict, 
         {"ruvo_status_timestamp_seconds", "When these figures were taken", now},
     };
     for (const SSiteMetric& metric : metrics) {
-        AppendHead(out, metric.name, metric.help);
-        AppendSample(out, metric.name, siteLabel, metric.value);
+        AppendMetricHead(out, metric.name, metric.help);
+        AppendMetricSample(out, metric.name, siteLabel, metric.value);
+    }
+    if (status.visits) {
+        AppendVisitMetrics(out, *status.visits, siteLabel);
     }
     return out;
 }

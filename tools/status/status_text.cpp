@@ -1,5 +1,6 @@
 #include "base/text.h"
 #include "tools/status/status_output.h"
+#include "tools/status/visit_output.h"
 #include "tools/text_encoding.h"
 
 #include <algorithm>
@@ -67,7 +68,8 @@ void AppendVerdict(std::string& out, const SSiteStatus& status, const SVerdict& 
         out += "; and " + std::to_string(rest) + " more";
     }
     if (verdict.causes.empty()) {
-        out += ": " + Counted(status.relays.size(), "relay") + ", " +
+        const std::string visit = status.visits ? VisitSummaryText(*status.visits) : std::string();
+        out += ": " + (visit.empty() ? Counted(status.relays.size(), "relay") : visit) + ", " +
                Counted(status.log.problems, "problem") + " in the error log since " + status.since;
     }
     out += '\n';
@@ -85,6 +87,22 @@ void AppendRelays(std::string& out, const SSiteStatus& status) {
                         std::to_string(relay.damaged)});
     }
     AppendTable(out, rows, kTextColumns);
+}
+
+void AppendVisits(std::string& out, const SVisitStatus& visits) {
+    constexpr std::size_t kTextColumns = 6;
+    if (const std::string last = VisitSummaryText(visits); !last.empty()) {
+        out += ToUpper(last.front());
+        out += last.substr(1) + "\n";
+        AppendTable(out, VisitRows(visits), kTextColumns);
+    }
+    if (visits.summary.running) {
+        out +=
+            "A visit that began on " + RecordTimeForPeople(visits.summary.running->begin) + " is going on.\n";
+    }
+    if (!visits.summary.since.empty()) {
+        out += "Visits are recorded since " + RecordTimeForPeople(visits.summary.since) + ".\n\n";
+    }
 }
 
 void AppendGroups(std::string& out, const SLogStatus& log) {
@@ -127,6 +145,9 @@ std::string StatusAsText(const SSiteStatus& status, const SVerdict& verdict) {
     std::string out;
     AppendVerdict(out, status, verdict);
     out += '\n';
+    if (status.visits) {
+        AppendVisits(out, *status.visits);
+    }
     if (!status.relays.empty()) {
         AppendRelays(out, status);
         out += '\n';

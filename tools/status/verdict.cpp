@@ -69,15 +69,22 @@ SVerdict Evaluate(const SSiteStatus& status, const SThresholds& thresholds) {
     for (const std::string& failure : status.failures) {
         Add(verdict, EState::Unknown, failure);
     }
-    if (status.relays.empty() && status.failures.empty()) {
+    if (status.visits) {
+        EvaluateVisits(*status.visits, thresholds, verdict);
+    }
+    const bool isVisited = status.visits && status.visits->IsVisited();
+    if (status.relays.empty() && status.failures.empty() && !isVisited) { // a quiet site has none
         Add(verdict, EState::Warning, "no relay has a day file yet");
     }
     for (const auto& [name, relay] : status.relays) {
         EvaluateRelay(name, relay, thresholds, verdict);
     }
-    if (status.log.isMissing) { // looks good, but the path may be wrong
+    if (status.log.isMissing && !status.visits) { // looks good, but the path may be wrong
         Add(verdict, EState::Warning,
             "the error log does not exist: nothing has been logged yet, or the path is wrong");
+    } else if (status.log.isMissing && !status.visits->HasNothingLogged()) {
+        Add(verdict, EState::Unknown,
+            "the error log does not exist, and no record says that the last visit had nothing to log");
     }
     const std::uint64_t problems = status.log.problems;
     Add(verdict, Grade(problems, thresholds.warnProblems, thresholds.criticalProblems),

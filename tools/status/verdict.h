@@ -21,6 +21,8 @@ struct SThresholds {
     std::uint64_t criticalSilent = 60;
     std::uint64_t warnProblems = 1;
     std::uint64_t criticalProblems = 0;
+    std::int64_t warnVisitAge = 0; ///< seconds
+    std::int64_t criticalVisitAge = std::int64_t{36} * 3600;
 };
 
 struct SCause {
@@ -32,6 +34,9 @@ struct SVerdict {
     EState state = EState::Good;
     std::vector<SCause> causes; ///< the worst first; none when all is good
 };
+
+/// Adds what the records of visits say.
+void EvaluateVisits(const SVisitStatus& visits, const SThresholds& thresholds, SVerdict& verdict);
 
 [[nodiscard]] SVerdict Evaluate(const SSiteStatus& status, const SThresholds& thresholds);
 

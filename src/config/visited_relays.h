@@ -1,0 +1,19 @@
+// The relays that a run visits, as its records and those who read them name them.
+#pragma once
+
+#include "config/ruvo_config.h"
+
+#include <string>
+#include <vector>
+
+namespace ruvo {
+
+struct SVisitedRelay {
+    std::string key;     ///< "RV001"
+    std::string address; ///< the key's value
+};
+
+/// Those of the selected link, in the order of visits.
+[[nodiscard]] std::vector<SVisitedRelay> VisitedRelays(const CRuvoConfig& config);
+
+} // namespace ruvo

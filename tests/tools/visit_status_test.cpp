@@ -1,0 +1,144 @@
+// ruvoctl status of an INI file: what the records of its visits add.
+#include "support/case_table.h"
+#include "support/fake_system.h"
+#include "support/scratch_folder.h"
+#include "tools/run_tool.h"
+
+#include "ledger/visit_record.h"
+#include "platform/environment.h"
+
+#include <nlohmann/json.hpp>
+
+namespace ruvo::test {
+namespace {
+
+class CVisitStatus : public testing::Test {
+protected:
+    CVisitStatus() {
+        SetEnvironmentValue("RUVO_STATE_DIR", folder.Native("state"));
+        std::filesystem::create_directories(folder.Native("ev"));
+        folder.Write("site.ini", "[RUVO_GENERAL]\nUseEthernet=1\nUseModem=0\nEventRootDir=" +
+                                     folder.Native("ev") + "\nErrorLogPathname=" + folder.Native("run.log") +
+                                     "\n[RUVO_ETHERNET]\nRV001=10.0.0.5,1\nRV002=10.0.0.6,2\n");
+        g_localTime = SCalendarTime{2026, 11, 20, 23, 30, 0};
+    }
+    ~CVisitStatus() override { SetEnvironmentValue("RUVO_STATE_DIR", before); }
+
+    static SVisitEntry Entry(const std::string& key, const std::string& address, std::uint64_t events) {
+        SVisitEntry entry;
+        entry.key = key;
+        entry.address = address;
+        entry.isReached = true;
+        entry.begin = entry.end = RecordedNow();
+        entry.name = "AB12-" + key.substr(4);
+        entry.taken = events;
+        return entry;
+    }
+    /// One visit at 02:00 that day, for three minutes; the second relay may not answer.
+    void Visit(int day, SVisitLine end, bool isWhole = true, const char* ini = "site.ini",
+               bool isEnded = true) {
+        g_utcTime = {2026, 11, day, 2, 0, 0};
+        CVisitRecord record(folder.Path("ev"), folder.Path(ini));
+        record.Begin();
+        if (end.ended != ERunEnd::NotBegun) {
+            record.Add(Entry("RV001", "10.0.0.5,1", 5));
+            SVisitEntry second = Entry("RV002", "10.0.0.6,2", 0);
+            second.isReached = isWhole;
+            second.name = isWhole ? second.name : "";
+            second.status = isWhole ? 0 : 11;
+            second.statusText = isWhole ? "" : "cannot \"open\"";
+            record.Add(second);
+        }
+        g_utcTime = {2026, 11, day, 2, 3, 4};
+        if (isEnded)
+            record.End(end);
+    }
+    void Prepare(const std::string& visit) {
+        std::istringstream words(visit);
+        std::string how;
+        SVisitLine end;
+        words >> how >> end.logLines;
+        end.ended = how == "signal" ? ERunEnd::Signal : how == "refused" ? ERunEnd::NotBegun : ERunEnd::Whole;
+        end.signal = "SIGTERM";
+        end.notVisited = 3;
+        end.result = 2;
+        std::filesystem::remove_all(folder.Native("state"));
+        if (how != "-" && how != "other") {
+            Visit(19, SVisitLine{});
+            Visit(how == "future" ? 29 : 20, end, how != "unreached", "site.ini", how != "killed");
+        }
+        if (how == "other")
+            Visit(20, end, true, "other.ini");
+        if (how == "hidden") { // root may look anywhere; what is no folder cannot be looked into
+            std::filesystem::remove_all(folder.Native("state"));
+            folder.Write("state", "");
+        }
+        g_utcTime = {2026, 11, 20, 23, 30, 0};
+    }
+
+    CScratchFolder folder;
+    std::string before = EnvironmentValue("RUVO_STATE_DIR").value_or("");
+};
+
+TEST_F(CVisitStatus, VerdictFollowsTheLastVisit) {
+    ForEachCase<5>(
+        "tools/visit_status_cases.txt", [&](auto& visit, auto& log, auto& options, auto& status, auto& said) {
+            Prepare(visit);
+            std::filesystem::remove(folder.Native("run.log"));
+            if (log == "there")
+                folder.Write("run.log", "2026/11/18 03:00:00 Before.\r\n");
+            std::string wanted = said;
+            if (const auto at = wanted.find('@'); at != std::string::npos)
+                wanted.replace(at, 1, folder.Native());
+            const SOutcome outcome = RunWords("status @/site.ini " + options, "@", folder.Native());
+            EXPECT_EQ(outcome.status, std::stoi(status)) << outcome.out;
+            EXPECT_NE((outcome.error + outcome.out).find(wanted), std::string::npos) << outcome.out;
+        });
+}
+
+TEST_F(CVisitStatus, JsonAndMetricsTellOfEachRelay) {
+    Prepare("unreached 1");
+    folder.Write("run.log", "2026/11/20 03:00:00 Failed to open ethernet connection. Connection string: "
+                            "TNLC=\"RPCDll.Dll\",\"10.0.0.6\",\"0\",\"2\",\"0\". P32LS status: x\r\n");
+    const auto status = nlohmann::json::parse(
+        RunWords("status @/site.ini --format json --prometheus @/m.prom", "@", folder.Native()).out);
+    EXPECT_EQ(status["visits"]["last"].dump(),
+              R"({"begin":"2026-11-20T02:00:00Z","end":"2026-11-20T02:03:04Z","ended":"whole","events":5,)"
+              R"("log_lines":1,"number":2,"relays_reached":1,"result":null,"seconds":184,"signal":null})");
+    EXPECT_EQ(status["visits"]["relays"][1].dump(),
+              R"({"address":"10.0.0.6,2","events":0,"key":"RV002","last_reached":"2026-11-19T02:00:00Z",)"
+              R"("reached":false,"relay":"AB12-2","seconds":0,"status":11,"status_text":"cannot \"open\"",)"
+              R"("visited":true})");
+    EXPECT_EQ(status["visits"]["since"], "2026-11-19T02:00:00Z");
+    EXPECT_EQ(status["log"]["by_connection"][0]["connection"], "10.0.0.6 device 2");
+    const std::string metrics = folder.Read("m.prom");
+    for (
+        const char* line :
+        {"ruvo_visit_timestamp_seconds{site=\"site\"} 1795140000\n",
+         "ruvo_visit_duration_seconds{site=\"site\"} 184\n", "ruvo_visit_result{site=\"site\"} 0\n",
+         "ruvo_visit_relays_reached{site=\"site\"} 1\n",
+         "ruvo_relay_reached{site=\"site\",relay=\"AB12-2\",key=\"RV002\"} 0\n",
+         "ruvo_relay_last_reached_timestamp_seconds{site=\"site\",relay=\"AB12-2\",key=\"RV002\"} 1795053600\n",
+         "ruvo_relay_events_fetched{site=\"site\",relay=\"AB12-1\",key=\"RV001\"} 5\n"})
+        EXPECT_NE(metrics.find(line), std::string::npos) << line << metrics;
+}
+
+TEST_F(CVisitStatus, WhatGoesOnIsNoVisitYet) {
+    g_utcTime = {2026, 11, 20, 23, 29, 0};
+    CVisitRecord record(folder.Path("ev"), folder.Path("site.ini"));
+    record.Begin();
+    const std::string said = RunWords("status @/site.ini --max-visit-age 0", "@", folder.Native()).out;
+    EXPECT_NE(said.find("A visit that began on 2026-11-20 23:29 UTC is going on."), std::string::npos)
+        << said;
+    EXPECT_EQ(said.find("Last visit"), std::string::npos) << said;
+    record.Add(Entry("RV002", "10.0.0.99,2", 0));
+    record.End(SVisitLine{});
+    const std::string changed = RunWords("status @/site.ini", "@", folder.Native()).out;
+    EXPECT_NE(changed.find("0 of 2 relays reached"), std::string::npos) << "another address: " << changed;
+    EXPECT_EQ(changed.find("was not reached"), std::string::npos) << changed;
+    for (const char* line : {"status @/none.ini", "status @/ev", "status @/ev @/run.log --max-visit-age 1d"})
+        EXPECT_EQ(RunWords(line, "@", folder.Native()).status, 3) << line;
+}
+
+} // namespace
+} // namespace ruvo::test

@@ -1,0 +1,27 @@
+#include "tools/ini/site_places.h"
+
+#include "app/program_folder.h"
+#include "config/configuration.h"
+#include "config/destination_root.h"
+#include "log/error_log.h"
+#include "paths/path_utilities.h"
+
+namespace ruvo {
+
+std::optional<SSitePlaces> ReadSitePlaces(const std::string& fullIniPath) {
+    const CProgramFolder inProgramFolder;
+    CRunContext context;
+    if (fullIniPath.empty() || !LoadConfiguration(fullIniPath, context.Config())) {
+        return std::nullopt;
+    }
+    context.Config().WipePasswords();
+    ResolveDestinationRoot(context, true);
+    ResolveErrorLogPath(context, true);
+    SSitePlaces places{.events = context.DestinationRoot(),
+                       .log = ErrorLogPath(),
+                       .relays = VisitedRelays(context.Config())};
+    StripTrailingSeparators(places.events); // the registry's ends with one
+    return places.events.empty() || places.log.empty() ? std::nullopt : std::optional(std::move(places));
+}
+
+} // namespace ruvo

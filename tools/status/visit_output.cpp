@@ -1,0 +1,187 @@
+#include "tools/status/visit_output.h"
+
+#include "base/text.h"
+#include "tools/status/metric_lines.h"
+#include "tools/text_encoding.h"
+
+#include <algorithm>
+#include <array>
+
+namespace ruvo {
+
+namespace {
+
+using Value = std::optional<std::int64_t>;
+
+Value Whole(std::uint64_t number) {
+    return static_cast<std::int64_t>(number);
+}
+
+Value SecondsOfVisit(const SRelayVisit& relay) {
+    const auto begin = relay.entry ? SecondsOfRecord(relay.entry->begin) : std::nullopt;
+    const auto end = relay.entry ? SecondsOfRecord(relay.entry->end) : std::nullopt;
+    return begin && end ? Value(std::max<std::int64_t>(*end - *begin, 0)) : std::nullopt;
+}
+
+template <class Of>
+struct SMetric {
+    std::string_view name;
+    std::string_view help;
+    Value (*value)(const Of& of);
+};
+
+// Published names never change: dashboards and alarms depend on them.
+constexpr std::array kVisitMetrics{
+    SMetric<SVisitStatus>{"ruvo_visit_timestamp_seconds", "When the last visit began",
+                          [](const SVisitStatus& visits) -> Value {
+                              return visits.summary.last ? SecondsOfRecord(visits.summary.last->begin)
+                                                         : std::nullopt;
+                          }},
+    SMetric<SVisitStatus>{"ruvo_visit_duration_seconds", "How long the last visit took",
+                          [](const SVisitStatus& visits) -> Value { return visits.lengthSeconds; }},
+    SMetric<SVisitStatus>{"ruvo_visit_result",
+                          "How the last visit ended: 0 whole, 1 by a signal, 2 killed, 3 could not begin",
+                          [](const SVisitStatus& visits) -> Value {
+                              return visits.summary.last
+                                         ? Whole(static_cast<std::uint64_t>(visits.summary.last->ended))
+                                         : std::nullopt;
+                          }},
+    SMetric<SVisitStatus>{"ruvo_visit_running", "1 while a visit is going on",
+                          [](const SVisitStatus& visits) -> Value { return visits.summary.running ? 1 : 0; }},
+    SMetric<SVisitStatus>{"ruvo_visit_relays", "Relays of the INI file",
+                          [](const SVisitStatus& visits) { return Whole(visits.relays.size()); }},
+    SMetric<SVisitStatus>{"ruvo_visit_relays_reached", "Relays that the last visit has reached",
+                          [](const SVisitStatus& visits) { return Whole(visits.Reached()); }},
+    SMetric<SVisitStatus>{"ruvo_visit_events", "Events that the last visit has fetched",
+                          [](const SVisitStatus& visits) { return Whole(visits.EventsTaken()); }},
+};
+
+constexpr std::array kRelayVisitMetrics{
+    SMetric<SRelayVisit>{"ruvo_relay_reached", "1 if the last visit has reached the relay",
+                         [](const SRelayVisit& relay) -> Value { return relay.IsReached() ? 1 : 0; }},
+    SMetric<SRelayVisit>{
+        "ruvo_relay_last_reached_timestamp_seconds", "When the relay was last reached",
+        [](const SRelayVisit& relay) -> Value { return SecondsOfRecord(relay.lastReached); }},
+    SMetric<SRelayVisit>{
+        "ruvo_relay_events_fetched", "Events of the relay that the last visit has fetched",
+        [](const SRelayVisit& relay) { return relay.entry ? Whole(relay.entry->taken) : std::nullopt; }},
+    SMetric<SRelayVisit>{"ruvo_relay_visit_seconds", "How long the last visit was with the relay",
+                         SecondsOfVisit},
+};
+
+void WriteOptional(CJsonWriter& json, std::string_view name, const std::string& text) {
+    json.Key(name);
+    text.empty() ? json.Null() : json.Text(text);
+}
+
+void WriteOptional(CJsonWriter& json, std::string_view name, Value value) {
+    json.Key(name);
+    value ? json.Signed(*value) : json.Null();
+}
+
+void WriteLast(CJsonWriter& json, const SVisitStatus& visits) {
+    const SVisitLine& last = *visits.summary.last;
+    json.Open('{');
+    json.Key("number").Number(last.number);
+    WriteOptional(json, "begin", last.begin);
+    WriteOptional(json, "end", last.end);
+    WriteOptional(json, "seconds", visits.lengthSeconds);
+    json.Key("ended").Text(RunEndName(last.ended));
+    WriteOptional(json, "signal", last.signal);
+    WriteOptional(json, "result", last.ended == ERunEnd::NotBegun ? Whole(last.result) : std::nullopt);
+    json.Key("log_lines").Number(last.logLines);
+    json.Key("relays_reached").Number(visits.Reached());
+    json.Key("events").Number(visits.EventsTaken());
+    json.Close('}');
+}
+
+void WriteRelayVisit(CJsonWriter& json, const SRelayVisit& relay) {
+    json.Open('{');
+    json.Key("key").Text(relay.key);
+    json.Key("address").Text(relay.address);
+    WriteOptional(json, "relay", relay.name);
+    json.Key("visited").Bool(relay.entry.has_value());
+    json.Key("reached").Bool(relay.IsReached());
+    WriteOptional(json, "last_reached", relay.lastReached);
+    WriteOptional(json, "events", relay.entry ? Whole(relay.entry->taken) : std::nullopt);
+    WriteOptional(json, "seconds", SecondsOfVisit(relay));
+    WriteOptional(json, "status", relay.entry ? Whole(relay.entry->status) : std::nullopt);
+    WriteOptional(json, "status_text", relay.entry ? relay.entry->statusText : std::string());
+    json.Close('}');
+}
+
+} // namespace
+
+std::string VisitSummaryText(const SVisitStatus& visits) {
+    if (!visits.summary.last) {
+        return {};
+    }
+    const SVisitLine& last = *visits.summary.last;
+    return "last visit " + RecordTimeForPeople(last.begin) +
+           (visits.lengthSeconds ? " (" + LengthForPeople(*visits.lengthSeconds) + ")" : "") + ", " +
+           std::to_string(visits.Reached()) + " of " + Counted(visits.relays.size(), "relay") + " reached, " +
+           Counted(visits.EventsTaken(), "event");
+}
+
+std::vector<std::vector<std::string>> VisitRows(const SVisitStatus& visits) {
+    std::vector<std::vector<std::string>> rows{
+        {"key", "address", "relay", "reached", "last reached", "status", "events", "seconds"}};
+    for (const SRelayVisit& relay : visits.relays) {
+        const Value seconds = SecondsOfVisit(relay);
+        rows.push_back(
+            {EscapeControls(relay.key), EscapeControls(relay.address),
+             relay.name.empty() ? "-" : EscapeControls(relay.name),
+             !relay.entry        ? "not visited"
+             : relay.IsReached() ? "yes"
+                                 : "no",
+             relay.lastReached.empty() ? "-" : RecordTimeForPeople(relay.lastReached),
+             relay.entry && relay.entry->status != 0 ? EscapeControls(relay.entry->statusText) : "-",
+             relay.entry ? std::to_string(relay.entry->taken) : "-",
+             seconds ? std::to_string(*seconds) : "-"});
+    }
+    return rows;
+}
+
+void WriteVisits(CJsonWriter& json, const SVisitStatus& visits) {
+    constexpr std::array<std::string_view, 3> kHistories{"found", "none", "not readable"};
+    json.Open('{');
+    json.Key("records").Text(kHistories.at(static_cast<std::size_t>(visits.summary.history)));
+    json.Key("folders").Open('[');
+    for (const std::string& folder : visits.summary.folders) {
+        json.Text(folder);
+    }
+    json.Close(']');
+    WriteOptional(json, "since", visits.summary.since);
+    json.Key("running").Bool(visits.summary.running.has_value());
+    json.Key("last");
+    visits.summary.last ? WriteLast(json, visits) : json.Null();
+    json.Key("relays").Open('[');
+    for (const SRelayVisit& relay : visits.relays) {
+        WriteRelayVisit(json, relay);
+    }
+    json.Close(']');
+    json.Close('}');
+}
+
+void AppendVisitMetrics(std::string& out, const SVisitStatus& visits, const std::string& siteLabel) {
+    for (const auto& metric : kVisitMetrics) {
+        if (const Value value = metric.value(visits)) {
+            AppendMetricHead(out, metric.name, metric.help);
+            AppendMetricSample(out, metric.name, siteLabel, *value);
+        }
+    }
+    for (const auto& metric : kRelayVisitMetrics) {
+        AppendMetricHead(out, metric.name, metric.help);
+        for (const SRelayVisit& relay : visits.relays) {
+            if (const Value value = metric.value(relay)) {
+                const std::string& name = relay.name.empty() ? relay.key : relay.name;
+                AppendMetricSample(out, metric.name,
+                                   siteLabel + ',' + MetricLabel("relay", name) + ',' +
+                                       MetricLabel("key", relay.key),
+                                   *value);
+            }
+        }
+    }
+}
+
+} // namespace ruvo

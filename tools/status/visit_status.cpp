@@ -1,0 +1,115 @@
+#include "tools/status/visit_status.h"
+
+#include "base/text.h"
+#include "ledger/visit_record.h"
+#include "tools/status/site_status.h"
+
+#include <algorithm>
+
+namespace ruvo {
+
+namespace {
+
+constexpr std::int64_t kMinute = 60;
+constexpr std::int64_t kHour = 60 * kMinute;
+constexpr std::int64_t kDay = 24 * kHour;
+
+const SVisitEntry* FindEntry(const std::optional<SVisitLine>& visit, const SVisitedRelay& relay) {
+    if (!visit) {
+        return nullptr;
+    }
+    const auto found = std::ranges::find_if(visit->entries, [&relay](const SVisitEntry& entry) {
+        return entry.key == relay.key && entry.address == relay.address;
+    });
+    return found == visit->entries.end() ? nullptr : &*found;
+}
+
+} // namespace
+
+std::string SRelayVisit::Label() const {
+    return name.empty() ? key + " (" + address + ")" : name;
+}
+
+std::size_t SVisitStatus::Reached() const {
+    return static_cast<std::size_t>(std::ranges::count_if(relays, &SRelayVisit::IsReached));
+}
+
+std::uint64_t SVisitStatus::EventsTaken() const {
+    std::uint64_t events = 0;
+    for (const SRelayVisit& relay : relays) {
+        events += relay.entry ? relay.entry->taken : 0;
+    }
+    return events;
+}
+
+bool SVisitStatus::IsVisited() const {
+    return summary.last && summary.last->ended != ERunEnd::NotBegun;
+}
+
+bool SVisitStatus::HasNothingLogged() const {
+    return summary.last && summary.last->ended != ERunEnd::Killed && summary.last->logLines == 0;
+}
+
+SVisitStatus ReadVisitStatus(const std::string& fullIniPath, const SSitePlaces& places, std::int64_t now) {
+    SVisitStatus status;
+    status.summary = SummariseVisits(places.events, fullIniPath);
+    status.iniPath = RecordedIniPath(fullIniPath);
+    const auto& last = status.summary.last;
+    for (const SVisitedRelay& relay : places.relays) {
+        SRelayVisit visit;
+        visit.key = relay.key;
+        visit.address = relay.address;
+        if (const auto known = status.summary.relays.find({relay.key, relay.address});
+            known != status.summary.relays.end()) {
+            visit.name = known->second.name;
+            visit.lastReached = known->second.lastReached;
+        }
+        if (const SVisitEntry* const entry = FindEntry(last, relay)) {
+            visit.entry = *entry;
+        }
+        status.relays.push_back(std::move(visit));
+    }
+    const auto begin = last ? SecondsOfRecord(last->begin) : std::nullopt;
+    const auto end = last ? SecondsOfRecord(last->end) : std::nullopt;
+    if (begin) {
+        status.ageSeconds = now - *begin;
+    }
+    if (begin && end) {
+        status.lengthSeconds = std::max<std::int64_t>(*end - *begin, 0);
+    }
+    return status;
+}
+
+std::optional<std::int64_t> SecondsOfRecord(const std::string& time) {
+    constexpr std::string_view kPattern = "0000-00-00T00:00:00Z";
+    const bool isOne =
+        time.size() == kPattern.size() && std::ranges::equal(time, kPattern, [](char c, char form) {
+            return form == '0' ? IsDigit(c) : c == form;
+        });
+    const auto day = isOne ? DayNumber(time.substr(0, time.find('T'))) : std::nullopt;
+    const auto two = [&time](std::size_t at) { return std::int64_t{std::stoi(time.substr(at, 2))}; };
+    return day ? std::optional(*day * kDay + two(11) * kHour + two(14) * kMinute + two(17)) : std::nullopt;
+}
+
+std::string RecordTimeForPeople(const std::string& time) {
+    if (!SecondsOfRecord(time)) {
+        return "an unknown time";
+    }
+    return time.substr(0, 10) + " " + time.substr(11, 5) + " UTC";
+}
+
+std::string LengthForPeople(std::int64_t seconds) {
+    const auto part = [](std::int64_t number, const char* unit) {
+        return std::to_string(number) + " " + unit;
+    };
+    if (seconds < kMinute) {
+        return part(seconds, "s");
+    }
+    if (seconds < kHour) {
+        return part(seconds / kMinute, "min") + " " + part(seconds % kMinute, "s");
+    }
+    return seconds < 2 * kDay ? part(seconds / kHour, "h") + " " + part(seconds % kHour / kMinute, "min")
+                              : part(seconds / kDay, "days");
+}
+
+} // namespace ruvo

@@ -1,0 +1,53 @@
+// What the records of visits say of a site. All text is UTF-8.
+#pragma once
+
+#include "ledger/visit_history.h"
+#include "tools/ini/site_places.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ruvo {
+
+/// One relay of the INI file.
+struct SRelayVisit {
+    std::string key;
+    std::string address;
+    std::string name;                 ///< MODEL-SERIAL, from its latest visit with one; empty before that
+    std::string lastReached;          ///< UTC; empty for never, as far as is known
+    std::optional<SVisitEntry> entry; ///< of the last visit; none when that left it out
+
+    [[nodiscard]] bool IsReached() const { return entry && entry->isReached; }
+    /// For people: its name, or its key and address.
+    [[nodiscard]] std::string Label() const;
+};
+
+struct SVisitStatus {
+    SVisitSummary summary;
+    std::string iniPath;
+    std::vector<SRelayVisit> relays;           ///< in the order of the INI file
+    std::optional<std::int64_t> ageSeconds;    ///< since the last visit began; below 0 in the future
+    std::optional<std::int64_t> lengthSeconds; ///< of the last visit; none for a killed one
+
+    [[nodiscard]] std::size_t Reached() const;
+    [[nodiscard]] std::uint64_t EventsTaken() const;
+    /// Whether a run has visited the relays, as far as it came.
+    [[nodiscard]] bool IsVisited() const;
+    /// Whether the last run is known to have had nothing to log.
+    [[nodiscard]] bool HasNothingLogged() const;
+};
+
+/// `now` is in Unix seconds.
+[[nodiscard]] SVisitStatus ReadVisitStatus(const std::string& fullIniPath, const SSitePlaces& places,
+                                           std::int64_t now);
+
+/// Unix seconds of "2026-11-25T02:00:01Z"; none of anything else.
+[[nodiscard]] std::optional<std::int64_t> SecondsOfRecord(const std::string& time);
+/// "2026-11-25 02:00 UTC", from the same.
+[[nodiscard]] std::string RecordTimeForPeople(const std::string& time);
+/// "3 min 4 s", "2 h 10 min", "3 days".
+[[nodiscard]] std::string LengthForPeople(std::int64_t seconds);
+
+} // namespace ruvo

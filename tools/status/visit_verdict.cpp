@@ -1,0 +1,87 @@
+// What the records of visits mean for the verdict.
+#include "base/text.h"
+#include "config/result_messages.h"
+#include "tools/status/verdict.h"
+
+namespace ruvo {
+
+namespace {
+
+std::string Joined(const std::vector<std::string>& folders) {
+    std::string text;
+    for (const std::string& folder : folders) {
+        text += (text.empty() ? "" : " and ") + folder;
+    }
+    return text.empty() ? "no state folder" : text;
+}
+
+void EvaluateEnd(const SVisitLine& last, SVerdict& verdict) {
+    const std::string visit = "the visit of " + RecordTimeForPeople(last.begin);
+    switch (last.ended) {
+    case ERunEnd::Whole:
+        break;
+    case ERunEnd::Signal:
+        verdict.causes.push_back({EState::Warning, visit + " was ended by " + last.signal + "; " +
+                                                       Counted(last.notVisited, "relay") + " not visited"});
+        break;
+    case ERunEnd::Killed:
+        verdict.causes.push_back({EState::Warning, visit + " was killed, or the machine stopped"});
+        break;
+    case ERunEnd::NotBegun:
+        verdict.causes.push_back(
+            {EState::Critical, visit + " could not begin: result code " + std::to_string(last.result) + ", " +
+                                   std::string(ResultMessage(static_cast<EResultCode>(last.result)))});
+        break;
+    }
+}
+
+void EvaluateAge(std::int64_t age, const SThresholds& thresholds, SVerdict& verdict) {
+    constexpr std::int64_t kOtherClock = 3600;
+    if (age < -kOtherClock) {
+        verdict.causes.push_back(
+            {EState::Warning, "the last visit is dated in the future: check this machine's clock"});
+    }
+    const auto isPast = [age](std::int64_t limit) { return limit > 0 && age > limit; };
+    if (isPast(thresholds.criticalVisitAge) || isPast(thresholds.warnVisitAge)) {
+        verdict.causes.push_back({isPast(thresholds.criticalVisitAge) ? EState::Critical : EState::Warning,
+                                  "the last visit began " + LengthForPeople(age) + " ago"});
+    }
+}
+
+void EvaluateReach(const SVisitStatus& visits, SVerdict& verdict) {
+    for (const SRelayVisit& relay : visits.relays) {
+        if (relay.entry && !relay.entry->isReached) {
+            verdict.causes.push_back(
+                {EState::Warning,
+                 relay.Label() + " was not reached; " +
+                     (relay.lastReached.empty() ? "never since " + RecordTimeForPeople(visits.summary.since)
+                                                : "last on " + RecordTimeForPeople(relay.lastReached))});
+        }
+    }
+}
+
+} // namespace
+
+void EvaluateVisits(const SVisitStatus& visits, const SThresholds& thresholds, SVerdict& verdict) {
+    const SVisitSummary& summary = visits.summary;
+    if (summary.history == EHistory::NotReadable) {
+        verdict.causes.push_back({EState::Unknown, "the records of visits cannot be read by this user: " +
+                                                       Joined(summary.folders)});
+    } else if (summary.history == EHistory::None) {
+        verdict.causes.push_back(
+            {EState::Unknown, "no visit is recorded; looked in " + Joined(summary.folders)});
+    } else if (!summary.isWhole) {
+        verdict.causes.push_back(
+            {EState::Unknown, "the records of visits cannot be read to the end: " + Joined(summary.folders)});
+    } else if (!summary.last && !summary.running) {
+        verdict.causes.push_back({EState::Critical, "no visit of " + visits.iniPath + " is recorded in " +
+                                                        Joined(summary.folders)});
+    }
+    if (summary.last) {
+        EvaluateEnd(*summary.last, verdict);
+        EvaluateAge(visits.ageSeconds.value_or(0), thresholds, verdict);
+        EvaluateReach(visits, verdict);
+    }
+}
+
+} // namespace ruvo
