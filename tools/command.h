@@ -26,6 +26,7 @@ enum class EOptionKind : std::uint8_t {
     Positional, ///< one argument, required
     Optional,   ///< one argument, optional
     List,       ///< one argument or more, required
+    Rest,       ///< any number of arguments
 };
 
 struct SOption {

@@ -58,6 +58,9 @@ void AddOption(CLI::App& app, const SOption& option) {
             ->expected(1)
             ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
         break;
+    case EOptionKind::Rest:
+        app.add_option(name, help)->type_name("")->expected(CLI::detail::expected_max_vector_size);
+        break;
     case EOptionKind::Optional:
         app.add_option(name, help)->type_name("")->expected(1);
         break;

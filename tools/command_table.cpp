@@ -18,13 +18,15 @@ SCommand PathsCommand();
 SCommand TestCommand();
 SCommand PasswordCommand();
 SCommand ReportCommand();
+SCommand RecoverCommand();
 SCommand HelpCommand();
 
 std::span<const SCommand> Commands() {
     static const std::vector<SCommand> commands = [] {
         std::vector<SCommand> table{
-            EventsCommand(), StatusCommand(), ReportCommand(), NewCommand(),  ListCommand(),     AddCommand(),
-            RemoveCommand(), CheckCommand(),  PathsCommand(),  TestCommand(), PasswordCommand(),
+            EventsCommand(), StatusCommand(), ReportCommand(),   NewCommand(),
+            ListCommand(),   AddCommand(),    RemoveCommand(),   CheckCommand(),
+            PathsCommand(),  TestCommand(),   PasswordCommand(), RecoverCommand(),
         };
         const std::span<const SCommand> more = DatabaseCommands();
         table.insert(table.end(), more.begin(), more.end());

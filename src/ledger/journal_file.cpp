@@ -65,6 +65,11 @@ bool CJournalFile::OpenEnded(const std::string& path) {
            m_file.TryLock() != EFileLock::HeldByAnother && m_file.IsAt(path);
 }
 
+bool CJournalFile::OpenToRead(const std::string& path) {
+    m_path = path;
+    return m_file.Open(path, {.read = true, .plain = true, .removable = true}).Good();
+}
+
 bool CJournalFile::HasKnownHead() {
     std::array<std::uint8_t, kJournalHead.size()> head{};
     std::uint64_t position = 0;

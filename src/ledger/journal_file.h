@@ -27,6 +27,8 @@ public:
     [[nodiscard]] bool Make(const std::string& folder, const std::string& nameBegin);
     /// Opens an ended run's. False when its run lives, or it went meanwhile.
     [[nodiscard]] bool OpenEnded(const std::string& path);
+    /// Opens one to read it, without its lock.
+    [[nodiscard]] bool OpenToRead(const std::string& path);
     /// Whether it begins as journals of this version do. One with nothing in it does: its making was ended.
     [[nodiscard]] bool HasKnownHead();
 

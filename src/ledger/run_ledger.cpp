@@ -1,15 +1,14 @@
 #include "ledger/run_ledger.h"
 
 #include "ledger/entry_recovery.h"
+#include "ledger/root_folder.h"
 #include "platform/clock.h"
 #include "platform/full_path.h"
 #include "platform/standard_error.h"
-#include "platform/state_folder.h"
 
 #include <algorithm>
 #include <array>
 #include <exception>
-#include <string_view>
 
 namespace ruvo {
 
@@ -18,28 +17,6 @@ namespace {
 /// A journal in which nothing is open is cut from this length on: the room that it has reserved serves the
 /// next visits until then, and a cut has to wait for the disk.
 constexpr std::uint64_t kLongestIdle = std::uint64_t{1024} * 1024;
-
-/// FNV-1a of 64 bits: tells folders of one name apart, and need not withstand forgers.
-std::string Digest(std::string_view text) {
-    std::uint64_t sum = 0xCBF29CE484222325;
-    for (const char c : text) {
-        sum = (sum ^ static_cast<unsigned char>(c)) * 0x100000001B3;
-    }
-    std::array<char, 17> digits{};
-    std::snprintf(digits.data(), digits.size(), "%016llX", static_cast<unsigned long long>(sum));
-    return digits.data();
-}
-
-/// A folder's name for people: what is no letter or digit becomes a dash.
-std::string ReadableName(const std::string& path) {
-    constexpr std::size_t kLongest = 40;
-    std::string name = path.substr(path.find_last_of('\\') + 1).substr(0, kLongest);
-    std::ranges::replace_if(
-        name,
-        [](char c) { return !((c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z')); },
-        '-');
-    return name;
-}
 
 std::string Now() {
     const SCalendarTime now = UtcTime();
@@ -58,16 +35,6 @@ void FlushNamesAbove(std::string folder) {
 }
 
 } // namespace
-
-std::string FolderOfJournals(const std::string& eventRoot) {
-    return FolderOfRoot(StateFolder(), eventRoot);
-}
-
-std::string FolderOfRoot(const std::string& state, const std::string& eventRoot) {
-    const std::string root = ResolvedFolder(eventRoot);
-    return state.empty() || root.empty() ? std::string()
-                                         : state + "\\" + ReadableName(root) + "-" + Digest(root);
-}
 
 CRunLedger::CRunLedger(std::string eventRoot, LedgerListener tell)
     : m_eventRoot(std::move(eventRoot)), m_tell([this, once = std::move(tell)](const SLedgerReport& report) {
@@ -91,7 +58,7 @@ CJournalFile* CRunLedger::Journal() {
         m_isTried = true;
         const std::string folder = FolderOfJournals(m_eventRoot);
         auto journal = std::make_unique<CJournalFile>();
-        if (!folder.empty() && MakePrivateFolder(folder) && journal->Make(folder, Now())) {
+        if (PrepareRootFolder(folder, m_eventRoot) && journal->Make(folder, Now())) {
             FlushNamesAbove(folder);
             FlushFolder(m_eventRoot.substr(0, m_eventRoot.rfind('\\'))); // its name, whoever made it
             m_journal = std::move(journal);
@@ -118,11 +85,14 @@ void CRunLedger::NoteClosed() {
 
 std::string CRunLedger::FolderForSetAside() const {
     const std::string folder = FolderOfJournals(m_eventRoot);
-    return !folder.empty() && MakePrivateFolder(folder) ? folder : std::string();
+    return PrepareRootFolder(folder, m_eventRoot) ? folder : std::string();
 }
 
 void CRunLedger::BringIn() {
-    const std::string folder = FolderOfJournals(m_eventRoot);
+    BringInFrom(FolderOfJournals(m_eventRoot));
+}
+
+void CRunLedger::BringInFrom(const std::string& folder) {
     for (const std::string& path : JournalsIn(folder)) {
         static_cast<void>(CEntryRecovery(m_eventRoot, m_tell).BringIn(path, nullptr));
     }

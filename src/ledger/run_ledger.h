@@ -13,11 +13,6 @@
 
 namespace ruvo {
 
-/// Where the journals of an event root are; empty when there is no such folder, or no state folder.
-[[nodiscard]] std::string FolderOfJournals(const std::string& eventRoot);
-/// The same in another state folder.
-[[nodiscard]] std::string FolderOfRoot(const std::string& state, const std::string& eventRoot);
-
 /// The journals of one event root. Used by the thread of the run.
 class CRunLedger {
 public:
@@ -31,6 +26,8 @@ public:
     void Tell(const SLedgerReport& report) const { m_tell(report); }
     /// Brings in what ended runs have left, as far as their day files can be had.
     void BringIn();
+    /// The same from the folder of another event root, which is gone.
+    void BringInFrom(const std::string& folder);
     /// The same for one day file, which is held. False when an entry for it waits all the same.
     [[nodiscard]] bool BringInto(CHeldDayFile& file);
 

@@ -86,6 +86,18 @@ std::optional<SSetAsideHeader> ReadSetAsideHeader(const std::string& path) {
     return title == kTitle && IsSafePlace(header.file) ? std::optional(header) : std::nullopt;
 }
 
+std::string FreeSetAsidePath(const std::string& folder, const std::string& name) {
+    constexpr int kMostNames = 10'000;
+    const std::string begin = folder + "\\" + StemOf(name) + "-";
+    for (int number = 1; number <= kMostNames; ++number) {
+        const std::string path = begin + std::to_string(number) + std::string(kSetAsideEnding);
+        if (!IsTaken(path) && !IsTaken(path + std::string(kAppendedEnding))) {
+            return path;
+        }
+    }
+    return {};
+}
+
 bool CSetAsideFile::Check(SFileResult result) {
     if (m_why.empty() && !result.Good()) {
         m_why = SystemErrorText(result.systemCode);
@@ -103,12 +115,11 @@ bool CSetAsideFile::TryOpen(bool isNew) {
 }
 
 bool CSetAsideFile::Make(const std::string& folder, const std::string& dayFile) {
-    constexpr int kMostNames = 10'000;
+    constexpr int kMostAttempts = 10; // another run may take the same name at the same time
     m_folder = folder;
-    const std::string begin = folder + "\\" + StemOf(dayFile) + "-";
-    for (int number = 1; number <= kMostNames && m_why.empty(); ++number) {
-        m_path = begin + std::to_string(number) + std::string(kSetAsideEnding);
-        if (!IsTaken(m_path) && !IsTaken(m_path + std::string(kAppendedEnding)) && TryOpen(true)) {
+    for (int attempt = 0; attempt < kMostAttempts && m_why.empty(); ++attempt) {
+        m_path = FreeSetAsidePath(folder, dayFile);
+        if (!m_path.empty() && TryOpen(true)) {
             FlushFolder(folder); // whoever finds it named finds it there, and takes another name
             return true;
         }

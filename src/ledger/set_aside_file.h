@@ -34,6 +34,9 @@ struct SSetAsideHeader {
 /// None when the file cannot be read, or is no set-aside file.
 [[nodiscard]] std::optional<SSetAsideHeader> ReadSetAsideHeader(const std::string& path);
 
+/// The path of a new one, named after the day file; empty when all names are taken.
+[[nodiscard]] std::string FreeSetAsidePath(const std::string& folder, const std::string& name);
+
 /// Writes one. Locked as long as it is open. After a failure nothing more is written.
 class CSetAsideFile {
 public:

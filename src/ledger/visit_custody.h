@@ -41,6 +41,8 @@ public:
     /// was neither stored nor set aside waits for the next run.
     void End();
 
+    /// Whether what is kept outlasts an end of the process.
+    [[nodiscard]] bool HasJournal() const { return IsJournaled(); }
     [[nodiscard]] std::size_t KeptCount() const { return m_framedCount + m_ends.size(); }
     [[nodiscard]] std::size_t StoredCount() const { return m_file.StoredCount(); }
     /// Events that are not in the day file, but in the journal for the next run.

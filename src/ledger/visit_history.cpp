@@ -1,6 +1,6 @@
 #include "ledger/visit_history.h"
 
-#include "ledger/run_ledger.h"
+#include "ledger/root_folder.h"
 #include "ledger/visit_files.h"
 #include "ledger/visit_record.h"
 #include "platform/full_path.h"

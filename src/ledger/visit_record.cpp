@@ -1,7 +1,7 @@
 #include "ledger/visit_record.h"
 
 #include "base/code_page.h"
-#include "ledger/run_ledger.h"
+#include "ledger/root_folder.h"
 #include "platform/clock.h"
 #include "platform/environment.h"
 #include "platform/full_path.h"

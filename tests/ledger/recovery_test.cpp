@@ -4,6 +4,7 @@
 #include "support/hex.h"
 #include "support/scratch_folder.h"
 
+#include "ledger/root_folder.h"
 #include "ledger/run_ledger.h"
 #include "ledger/waiting_time.h"
 #include "platform/state_folder.h"

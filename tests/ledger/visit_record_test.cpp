@@ -2,7 +2,7 @@
 #include "support/fake_system.h"
 #include "support/scratch_folder.h"
 
-#include "ledger/run_ledger.h"
+#include "ledger/root_folder.h"
 #include "ledger/visit_history.h"
 #include "ledger/visit_record.h"
 #include "platform/environment.h"

@@ -1,10 +1,11 @@
 #include "tools/ini/place_warnings.h"
 
 #include "extraction/relay_visit.h"
-#include "ledger/run_ledger.h"
+#include "ledger/root_folder.h"
 #include "paths/path_utilities.h"
 #include "platform/full_path.h"
 #include "platform/state_folder.h"
+#include "tools/recover/site_leftovers.h"
 
 #include <array>
 #include <string_view>
@@ -63,6 +64,20 @@ std::vector<SDiagnostic> FindFullDisks(const std::string& eventRoot, const std::
                                           (isFull ? " is full" : " can take no more files") +
                                           std::string(place.consequence)});
         }
+    }
+    return diagnostics;
+}
+
+std::vector<SDiagnostic> FindLeftoverEvents(const std::string& eventRoot) {
+    const SSiteLeftovers leftovers = FindLeftovers(eventRoot, EOtherRoots::Gone);
+    std::vector<SDiagnostic> diagnostics;
+    for (const std::string& line : DescribeLeftovers(leftovers)) {
+        diagnostics.push_back({0, line + "; see \"ruvoctl recover\""});
+    }
+    if (!leftovers.IsRead()) {
+        diagnostics.push_back({0, "this user cannot read the state folder " +
+                                      DisplayPath(leftovers.stateFolder) +
+                                      ", so events that are in no day file are not reported"});
     }
     return diagnostics;
 }

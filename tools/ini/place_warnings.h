@@ -1,4 +1,5 @@
-// Warns about the places that a run writes to: a disk without room, a state folder that cannot be used.
+// Warns about the places that a run writes to: a disk without room, a state folder that cannot be used, or
+// that has events which are in no day file.
 #pragma once
 
 #include "platform/files.h"
@@ -17,5 +18,8 @@ namespace ruvo {
 [[nodiscard]] std::vector<SDiagnostic>
 FindFullDisks(const std::string& eventRoot, const std::string& logPath,
               const std::function<SFreeSpace(const std::string& path)>& roomAt = FreeSpace);
+
+/// Events of earlier runs that are in no day file: of this event root, and of those that are gone.
+[[nodiscard]] std::vector<SDiagnostic> FindLeftoverEvents(const std::string& eventRoot);
 
 } // namespace ruvo

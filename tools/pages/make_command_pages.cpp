@@ -51,7 +51,7 @@ std::string Spelling(const SOption& option) {
         typed += (typed.empty() ? "" : ", ") + form;
     }
     if (IsPositional(option)) {
-        typed += option.kind == EOptionKind::List ? "..." : "";
+        typed += option.kind == EOptionKind::List || option.kind == EOptionKind::Rest ? "..." : "";
     } else if (!option.values.empty()) {
         typed += " " + std::string(option.values);
     } else if (option.kind != EOptionKind::Flag) {
@@ -66,7 +66,7 @@ std::string Synopsis(const SCommand& command) {
         line += " [OPTION...]";
     }
     for (const SOption& option : command.options) {
-        if (option.kind == EOptionKind::Optional) {
+        if (option.kind == EOptionKind::Optional || option.kind == EOptionKind::Rest) {
             line += " [" + Spelling(option) + "]";
         } else if (IsPositional(option)) {
             line += " " + Spelling(option);

@@ -1,6 +1,7 @@
 #include "tools/status/site_status.h"
 
 #include "platform/clock.h"
+#include "platform/full_path.h"
 #include "tools/events/day_file_walk.h"
 #include "tools/events/event_fields.h"
 #include "tools/events/event_filter.h"
@@ -65,6 +66,7 @@ public:
             }
         }
         ReadLog();
+        m_status.leftovers = FindLeftovers(FullPath(m_question.eventRoot), EOtherRoots::Gone);
         return std::move(m_status);
     }
 

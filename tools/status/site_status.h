@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tools/log_lines.h"
+#include "tools/recover/site_leftovers.h"
 #include "tools/status/visit_status.h"
 #include "tools/text_output.h"
 
@@ -46,6 +47,7 @@ struct SLogStatus {
 struct SSiteStatus {
     std::map<std::string, SRelayStatus> relays; ///< by name
     SLogStatus log;
+    SSiteLeftovers leftovers;
     std::optional<SVisitStatus> visits; ///< none where no INI file names them
     std::string since;                  ///< local time, "2026-11-16T03:00:00"
     std::vector<std::string> failures;  ///< what could not be read, with the reason

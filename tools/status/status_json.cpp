@@ -1,7 +1,11 @@
 // The status as JSON. Scripts rely on the names and on what is null.
 #include "base/json_writer.h"
+#include "platform/full_path.h"
 #include "tools/status/status_output.h"
 #include "tools/status/visit_output.h"
+#include "tools/text_encoding.h"
+
+#include <utility>
 
 namespace ruvo {
 
@@ -60,6 +64,18 @@ void WriteLog(CJsonWriter& json, const SSiteStatus& status) {
     json.Close('}');
 }
 
+void WriteLeftovers(CJsonWriter& json, const SSiteLeftovers& leftovers) {
+    json.Open('{');
+    WriteOptional(json, "state_folder", SystemTextToUtf8(DisplayPath(leftovers.stateFolder)));
+    json.Key("readable").Bool(leftovers.IsRead());
+    for (const auto& [name, number] : {std::pair("events_waiting", leftovers.EventsWaiting()),
+                                       {"events_set_aside", leftovers.EventsSetAside()}}) {
+        json.Key(name);
+        leftovers.IsRead() ? json.Number(number) : json.Null();
+    }
+    json.Close('}');
+}
+
 } // namespace
 
 std::string StatusAsJson(const SSiteStatus& status, const SVerdict& verdict) {
@@ -86,6 +102,8 @@ std::string StatusAsJson(const SSiteStatus& status, const SVerdict& verdict) {
         json.Key("visits");
         WriteVisits(json, *status.visits);
     }
+    json.Key("leftovers");
+    WriteLeftovers(json, status.leftovers);
     json.Close('}');
     out += '\n';
     return out;

@@ -95,6 +95,13 @@ std::string StatusAsMetrics(const SSiteStatus& status, const SVerdict& verdict, 
     if (status.visits) {
         AppendVisitMetrics(out, *status.visits, siteLabel);
     }
+    if (status.leftovers.IsRead()) { // else a 0 would be a guess
+        AppendMetricHead(out, "ruvo_events_waiting", "Events in the journals of runs that have ended");
+        AppendMetricSample(out, "ruvo_events_waiting", siteLabel, *Whole(status.leftovers.EventsWaiting()));
+        AppendMetricHead(out, "ruvo_events_set_aside", "Events in set-aside files");
+        AppendMetricSample(out, "ruvo_events_set_aside", siteLabel,
+                           *Whole(status.leftovers.EventsSetAside()));
+    }
     return out;
 }
 

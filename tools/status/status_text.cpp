@@ -1,4 +1,5 @@
 #include "base/text.h"
+#include "platform/full_path.h"
 #include "tools/status/status_output.h"
 #include "tools/status/visit_output.h"
 #include "tools/text_encoding.h"
@@ -139,6 +140,17 @@ void AppendProblems(std::string& out, const SSiteStatus& status) {
     }
 }
 
+void AppendLeftovers(std::string& out, const SSiteLeftovers& leftovers) {
+    const std::vector<std::string> lines = DescribeLeftovers(leftovers);
+    const std::string_view summary = !leftovers.IsRead() ? "unknown" : lines.empty() ? "none" : "see below";
+    out += "Events in no day file: " + std::string(summary) + " (looked in " +
+           EscapeControls(SystemTextToUtf8(DisplayPath(leftovers.roots.front().found.folder))) +
+           (leftovers.IsRead() ? ")\n" : ", which this user cannot read)\n");
+    for (const std::string& line : lines) {
+        out += "  " + Shortened(line) + "\n";
+    }
+}
+
 } // namespace
 
 std::string StatusAsText(const SSiteStatus& status, const SVerdict& verdict) {
@@ -153,6 +165,9 @@ std::string StatusAsText(const SSiteStatus& status, const SVerdict& verdict) {
         out += '\n';
     }
     AppendProblems(out, status);
+    if (!status.leftovers.roots.empty()) { // else nobody has looked
+        AppendLeftovers(out, status.leftovers);
+    }
     return out;
 }
 

@@ -86,6 +86,9 @@ SVerdict Evaluate(const SSiteStatus& status, const SThresholds& thresholds) {
         Add(verdict, EState::Unknown,
             "the error log does not exist, and no record says that the last visit had nothing to log");
     }
+    for (const std::string& leftover : DescribeLeftovers(status.leftovers)) {
+        Add(verdict, EState::Warning, leftover);
+    }
     const std::uint64_t problems = status.log.problems;
     Add(verdict, Grade(problems, thresholds.warnProblems, thresholds.criticalProblems),
         Counted(problems, "problem") + " in the error log since " + status.since);

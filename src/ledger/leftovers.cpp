@@ -1,0 +1,77 @@
+#include "ledger/leftovers.h"
+
+#include "dayfile/day_file_reader.h"
+#include "ledger/journal_entry.h"
+#include "ledger/journal_file.h"
+
+namespace ruvo {
+
+namespace {
+
+/// It may be cut, or go, while it is read: then its run, or a later one, has brought in what was there.
+void AddWaiting(const std::string& path, SLeftovers& leftovers) {
+    CJournalFile journal;
+    if (!journal.OpenToRead(path)) {
+        leftovers.isRead = leftovers.isRead && GetPathKind(path) == EPathKind::Missing;
+        return;
+    }
+    if (journal.File().IsLocked().value_or(false)) {
+        return;
+    }
+    if (!journal.HasKnownHead()) {
+        leftovers.damaged.push_back(path);
+        return;
+    }
+    SJournalContents contents = ReadJournal(journal.File());
+    for (SJournalEntry& entry : contents.entries) {
+        if (!entry.isDone && entry.records > 0 && !entry.IsDropped()) {
+            leftovers.waiting.push_back({path, std::move(entry.info), entry.records});
+        }
+    }
+    if (!contents.isWhole) {
+        leftovers.damaged.push_back(path);
+    }
+}
+
+void AddSetAside(const std::string& path, SLeftovers& leftovers) {
+    CDayFileReader reader;
+    const SFileResult opened = reader.Open(path, {.read = true, .plain = true});
+    if (!opened.Good()) {
+        leftovers.isRead = leftovers.isRead && opened.failure == EFileFailure::NotFound;
+        return;
+    }
+    SSetAsideFile file{path, ReadSetAsideHeader(path), 0, true};
+    for (SDayFileItem item; reader.Next(item);) {
+        file.events += item.record != nullptr ? 1 : 0;
+        file.isSound = file.isSound && !item.damage;
+    }
+    if (file.events > 0 || !file.isSound) { // else it was ended before its first byte
+        leftovers.setAside.push_back(std::move(file));
+    }
+}
+
+/// What is missing can only be told where the folder above can be read.
+bool CanRead(const std::string& folder) {
+    std::vector<SFolderEntry> entries;
+    const std::string above = folder.substr(0, folder.rfind('\\'));
+    return ListFolder(folder, entries) ||
+           (GetPathKind(folder) == EPathKind::Missing &&
+            (ListFolder(above, entries) || GetPathKind(above) == EPathKind::Missing));
+}
+
+} // namespace
+
+SLeftovers ReadLeftovers(const std::string& folder) {
+    SLeftovers leftovers;
+    leftovers.folder = folder;
+    leftovers.isRead = CanRead(folder);
+    for (const std::string& path : JournalsIn(folder)) {
+        AddWaiting(path, leftovers);
+    }
+    for (const std::string& path : SetAsideFilesIn(folder)) {
+        AddSetAside(path, leftovers);
+    }
+    return leftovers;
+}
+
+} // namespace ruvo

@@ -1,0 +1,129 @@
+#include "ledger/root_folder.h"
+
+#include "base/text.h"
+#include "platform/files.h"
+#include "platform/full_path.h"
+#include "platform/state_folder.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <span>
+#include <string_view>
+
+namespace ruvo {
+
+namespace {
+
+constexpr std::string_view kNote = "\\event-root.txt";
+
+/// FNV-1a of 64 bits: tells folders of one name apart, and need not withstand forgers.
+std::string Digest(std::string_view text) {
+    std::uint64_t sum = 0xCBF29CE484222325;
+    for (const char c : text) {
+        sum = (sum ^ static_cast<unsigned char>(c)) * 0x100000001B3;
+    }
+    std::array<char, 17> digits{};
+    std::snprintf(digits.data(), digits.size(), "%016llX", static_cast<unsigned long long>(sum));
+    return digits.data();
+}
+
+/// A folder's name for people: what is no letter or digit becomes a dash.
+std::string ReadableName(const std::string& path) {
+    constexpr std::size_t kLongest = 40;
+    std::string name = path.substr(path.find_last_of('\\') + 1).substr(0, kLongest);
+    std::ranges::replace_if(
+        name, [](char c) { return !IsDigit(c) && !IsLetter(c); }, '-');
+    return name;
+}
+
+std::string FolderName(const std::string& resolvedRoot) {
+    return ReadableName(resolvedRoot) + "-" + Digest(resolvedRoot);
+}
+
+/// Links resolved, but as people write it.
+std::string NoteFor(const std::string& eventRoot) {
+    constexpr std::string_view kLongForm = "\\\\?\\";
+    const std::string root = ResolvedFolder(eventRoot);
+    return DisplayPath(root.starts_with(kLongForm) ? root.substr(kLongForm.size()) : root);
+}
+
+bool HasRootFolderName(const std::string& name) {
+    constexpr std::size_t kDigits = 16;
+    const std::size_t dash = name.rfind('-');
+    return dash != std::string::npos && name.size() - dash - 1 == kDigits &&
+           std::ranges::all_of(name.substr(dash + 1), [](char c) { return HexDigitValue(c) >= 0; });
+}
+
+} // namespace
+
+std::string FolderOfJournals(const std::string& eventRoot) {
+    return FolderOfRoot(StateFolder(), eventRoot);
+}
+
+std::string FolderOfRoot(const std::string& state, const std::string& eventRoot) {
+    const std::string root = ResolvedFolder(eventRoot);
+    return state.empty() || root.empty() ? std::string() : state + "\\" + FolderName(root);
+}
+
+bool PrepareRootFolder(const std::string& folder, const std::string& eventRoot) {
+    if (folder.empty() || !MakePrivateFolder(folder)) {
+        return false;
+    }
+    const std::string root = NoteFor(eventRoot);
+    if (EventRootOf(folder) != root) { // it only helps people: what comes of it does not matter
+        CFile note;
+        const std::string line = root + "\n";
+        std::size_t count = 0;
+        const SOpenMode mode{
+            .write = true, .create = true, .truncate = true, .plain = true, .ownerOnly = true};
+        static_cast<void>(
+            note.Open(folder + std::string(kNote), mode).Good() &&
+            note.Write({reinterpret_cast<const std::uint8_t*>(line.data()), line.size()}, count).Good() &&
+            note.FlushToDisk().Good());
+    }
+    return true;
+}
+
+std::string EventRootOf(const std::string& folder) {
+    constexpr std::size_t kLongest = 4096;
+    CFile note;
+    std::vector<std::uint8_t> bytes(kLongest);
+    std::size_t count = 0;
+    if (!note.Open(folder + std::string(kNote), {.read = true, .plain = true}).Good() ||
+        !note.Read(bytes, count).Good()) {
+        return {};
+    }
+    const std::string text(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count));
+    return text.ends_with('\n') ? text.substr(0, text.size() - 1) : std::string();
+}
+
+std::vector<std::string> RootFoldersIn(const std::string& stateFolder) {
+    std::vector<SFolderEntry> entries;
+    std::vector<std::string> folders;
+    if (!stateFolder.empty() && ListFolder(stateFolder, entries)) {
+        for (const SFolderEntry& entry : entries) {
+            if (entry.isFolder && HasRootFolderName(entry.name)) {
+                folders.push_back(stateFolder + "\\" + entry.name);
+            }
+        }
+    }
+    std::ranges::sort(folders);
+    return folders;
+}
+
+std::string FindRootFolder(const std::string& stateFolder, const std::string& meant) {
+    const std::string full = FullPath(meant);
+    const std::string resolved = ResolvedFolder(full);
+    for (const std::string& folder : RootFoldersIn(stateFolder)) {
+        const std::string name = folder.substr(stateFolder.size() + 1);
+        if (name == meant || folder == full || name == FolderName(full) || name == FolderName(resolved) ||
+            (!full.empty() && EventRootOf(folder) == DisplayPath(full))) {
+            return folder;
+        }
+    }
+    return {};
+}
+
+} // namespace ruvo

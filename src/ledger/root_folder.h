@@ -1,0 +1,26 @@
+// The folders of the state folder: one for each event root, with its journals and set-aside files.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace ruvo {
+
+/// The folder of an event root; empty when there is no such root, or no state folder.
+[[nodiscard]] std::string FolderOfJournals(const std::string& eventRoot);
+/// The same, in a state folder that is only read.
+[[nodiscard]] std::string FolderOfRoot(const std::string& state, const std::string& eventRoot);
+
+/// Makes the folder where it is missing, and has it say whose it is. False when it cannot be used.
+[[nodiscard]] bool PrepareRootFolder(const std::string& folder, const std::string& eventRoot);
+/// The full path of the event root that the folder is of, links resolved, in the system's own form; empty
+/// when it does not say.
+[[nodiscard]] std::string EventRootOf(const std::string& folder);
+
+/// The folders of all event roots, by name.
+[[nodiscard]] std::vector<std::string> RootFoldersIn(const std::string& stateFolder);
+/// The one that a person means by an event root's path, which may be gone, or by the folder's name; empty for
+/// none.
+[[nodiscard]] std::string FindRootFolder(const std::string& stateFolder, const std::string& meant);
+
+} // namespace ruvo

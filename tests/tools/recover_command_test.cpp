@@ -1,0 +1,170 @@
+// ruvoctl recover: what is left of ended runs is listed, and stored once when a person says so.
+#include "support/fake_system.h"
+#include "support/scratch_folder.h"
+#include "tools/day_files.h"
+#include "tools/run_tool.h"
+
+#include "dayfile/day_file_writer.h"
+#include "dayfile/off_file.h"
+#include "ledger/root_folder.h"
+#include "ledger/visit_custody.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace ruvo::test {
+
+class RecoverCommand : public testing::Test {
+protected:
+    RecoverCommand() {
+        setenv("RUVO_STATE_DIR", folder.Native("state").c_str(), 1);
+        setenv("RUVO_REGISTRY_USER", folder.Native("none").c_str(), 1);
+        setenv("RUVO_REGISTRY_MACHINE", folder.Native("none").c_str(), 1);
+        UseRoot("ev");
+    }
+    ~RecoverCommand() override { unsetenv("RUVO_STATE_DIR"); }
+
+    void UseRoot(const std::string& root) const {
+        std::filesystem::create_directories(folder.Native(root));
+        folder.Write("site.ini", "[RUVO_GENERAL]\nEventRootDir=" + folder.Native(root) +
+                                     "\nErrorLogPathname=" + folder.Native("log") + "\n");
+    }
+    /// A visit that takes two events and ends in one of three ways.
+    enum class EEnd : std::uint8_t { SetAside, Killed, Stored };
+    void Visit(EEnd end, const std::string& root = "ev", const std::string& day = kDay) const {
+        CRunLedger ledger(folder.Path(root), [](const SLedgerReport&) {});
+        CVisitCustody custody(&ledger, "RV001");
+        ASSERT_FALSE(custody.Begin(folder.Path(root) + day));
+        for (const std::string& record : records)
+            EXPECT_TRUE(
+                custody.Keep({reinterpret_cast<const std::uint8_t*>(record.data()), record.size()}, 0));
+        if (end == EEnd::SetAside)
+            custody.SetAside("a password was refused");
+        if (end == EEnd::Stored)
+            custody.Store();
+        if (end != EEnd::Killed)
+            custody.End();
+    }
+    SOutcome Recover(const std::vector<std::string>& more = {}) const {
+        std::vector<std::string> words{"recover", folder.Native("site.ini")};
+        words.insert(words.end(), more.begin(), more.end());
+        SOutcome outcome = RunTool(words);
+        for (std::string* text : {&outcome.out, &outcome.error}) // the scratch folder is @, a root's folder #
+            for (const auto& [from, to] : {std::pair{folder.Native(), "@"}, {Digest(), "#"}})
+                for (std::size_t at; (at = text->find(from)) != std::string::npos;)
+                    text->replace(at, from.size(), to);
+        return outcome;
+    }
+    std::string Digest() const {
+        const std::string path = FolderOfJournals(folder.Path("ev"));
+        return path.empty() ? "-" : path.substr(path.rfind('\\') + 1);
+    }
+    std::string Day(const std::string& root = "ev") const {
+        std::string name = root + kDay;
+        std::ranges::replace(name, '\\', '/');
+        return folder.Read(name);
+    }
+
+    static constexpr const char* kDay = "\\AB12-1\\AB12-1-2026-11-16-DEV.evt";
+    const std::vector<std::string> records{Simple(At(16, 1), "One"), Simple(At(16, 2), "Two")};
+    const std::string both = records[0] + records[1];
+    CScratchFolder folder;
+};
+
+TEST_F(RecoverCommand, ListsWhatIsLeftAndWhereItLooked) {
+    EXPECT_EQ(Recover().out,
+              "State folder: @/state\nEvent root: @/ev\n  looked in @/state/#\n  nothing is left\n");
+    Visit(EEnd::SetAside);
+    Visit(EEnd::Killed, "ev", "\\AB12-2\\AB12-2-2026-11-16-DEV.evt");
+    const SOutcome listed = Recover();
+    EXPECT_EQ(listed.status, 0);
+    EXPECT_EQ(listed.out, "State folder: @/state\nEvent root: @/ev\n  looked in @/state/#\n"
+                          "  set aside: 2 events of RV001, visit begun 2026-11-16 23:30:00 UTC\n"
+                          "    a password was refused\n    day file AB12-1/AB12-1-2026-11-16-DEV.evt\n"
+                          "    @/state/#/AB12-1-2026-11-16-DEV-1.setaside\n"
+                          "  waiting: 2 events of RV001, visit begun 2026-11-16 23:30:00 UTC\n"
+                          "    day file AB12-2/AB12-2-2026-11-16-DEV.evt\n"
+                          "    journal @/state/#/2026-11-16T233000Z-1.journal\n");
+    EXPECT_EQ(
+        Recover({"--format", "json"}).out,
+        "{\"kind\":\"event_root\",\"event_root\":\"@/ev\",\"folder\":\"@/state/#\",\"exists\":true,"
+        "\"readable\":true}\n"
+        "{\"kind\":\"set_aside\",\"event_root\":\"@/ev\",\"folder\":\"@/state/#\",\"file\":\"@/state/#/"
+        "AB12-1-2026-11-16-DEV-1.setaside\",\"events\":2,\"damaged\":false,\"key\":\"RV001\",\"begun\":"
+        "\"2026-11-16 23:30:00 UTC\",\"day_file\":\"AB12-1/AB12-1-2026-11-16-DEV.evt\",\"reason\":\"a "
+        "password was refused\"}\n"
+        "{\"kind\":\"waiting\",\"event_root\":\"@/ev\",\"folder\":\"@/state/#\",\"journal\":\"@/state/#/"
+        "2026-11-16T233000Z-1.journal\",\"events\":2,\"key\":\"RV001\",\"begun\":\"2026-11-16 23:30:00 "
+        "UTC\",\"day_file\":\"AB12-2/AB12-2-2026-11-16-DEV.evt\"}\n");
+    const SOutcome status =
+        RunTool({"status", folder.Native("ev"), folder.Native("log"), "--format", "json"});
+    EXPECT_NE(status.out.find("\"events_waiting\":2,\"events_set_aside\":2}"), std::string::npos)
+        << status.out;
+    EXPECT_EQ(status.status, 1);
+    const SOutcome check = RunTool({"check", folder.Native("site.ini")});
+    EXPECT_NE(check.out.find("warning: 2 events are set aside in "), std::string::npos) << check.out;
+    EXPECT_NE(check.out.find("warning: 2 events wait in journal "), std::string::npos) << check.out;
+    const std::string file = folder.Native("state/" + Digest() + "/AB12-1-2026-11-16-DEV-1.setaside");
+    const SOutcome events = RunTool({"events", "--format", "csv", file});
+    EXPECT_EQ(std::ranges::count(events.out, '\n'), 3) << events.out << events.error;
+}
+
+TEST_F(RecoverCommand, AppendsOnce) {
+    Visit(EEnd::Stored);
+    Visit(EEnd::SetAside);
+    const std::string before = Day();
+    const std::string name = "AB12-1-2026-11-16-DEV-1.setaside";
+    const SOutcome appended = Recover({name});
+    EXPECT_EQ(std::tuple(appended.status, appended.out, appended.error),
+              std::tuple(0, "2 events are in day file @/ev/AB12-1/AB12-1-2026-11-16-DEV.evt now.\n", ""));
+    EXPECT_EQ(Day(), before + both);
+    EXPECT_EQ(Recover().out,
+              "State folder: @/state\nEvent root: @/ev\n  looked in @/state/#\n  nothing is left\n");
+    const SOutcome again = Recover({folder.Native("state/" + Digest() + "/" + name)});
+    EXPECT_EQ(again.status, 1);
+    EXPECT_EQ(again.error,
+              "ruvoctl: @/state/#/" + name +
+                  ": is no set-aside file of this event root; run ruvoctl recover INI to list them\n");
+    EXPECT_EQ(Day(), before + both);
+    EXPECT_TRUE(folder.Has("state/" + Digest() + "/" + name + ".done"));
+}
+
+TEST_F(RecoverCommand, LeavesTheFileWhereTheDayFileCannotBeHad) {
+    Visit(EEnd::SetAside);
+    const std::string name = "AB12-1-2026-11-16-DEV-1.setaside";
+    CHeldDayFile other;
+    ASSERT_FALSE(other.Hold(folder.Path("ev") + kDay));
+    const SOutcome held = Recover({name});
+    EXPECT_EQ(held.status, 1);
+    EXPECT_NE(held.error.find(" is held by another run"), std::string::npos) << held.error;
+    other.Release();
+    std::filesystem::create_directory(folder.Native("ev/AB12-1"));
+    folder.Write("ev/AB12-1/AB12-1-2026-11-16-DEV.evt", "torn");
+    EXPECT_NE(Recover({name}).error.find(" does not end with a whole record"), std::string::npos);
+    EXPECT_EQ(Day(), "torn");
+    EXPECT_NE(Recover().out.find("set aside: 2 events"), std::string::npos) << "and nothing waits twice";
+    EXPECT_EQ(Recover().out.find("waiting"), std::string::npos);
+}
+
+TEST_F(RecoverCommand, TakesOverAnEventRootThatIsGone) {
+    std::filesystem::create_directory(folder.Native("old"));
+    Visit(EEnd::SetAside, "old");
+    Visit(EEnd::Killed, "old");
+    Visit(EEnd::SetAside); // of the same name
+    std::filesystem::rename(folder.Native("old"), folder.Native("moved"));
+    const std::string listed = Recover().out;
+    EXPECT_NE(listed.find("Event root: @/old (does not exist)\n"), std::string::npos) << listed;
+    EXPECT_EQ(RunTool({"status", folder.Native("ev"), folder.Native("log")}).status, 1);
+    const SOutcome taken = Recover({"--from", folder.Native("old")});
+    EXPECT_EQ(taken.status, 0) << taken.error;
+    EXPECT_TRUE(Day().ends_with(both)) << "what waited";
+    EXPECT_NE(folder.Read("log").find("2 events of a visit that was ended are in day file "),
+              std::string::npos);
+    EXPECT_EQ(Recover().out.find("/old"), std::string::npos);
+    EXPECT_EQ(Recover({"AB12-1-2026-11-16-DEV-1.setaside", "AB12-1-2026-11-16-DEV-2.setaside"}).status, 0);
+    EXPECT_TRUE(Day().ends_with(both + both + both));
+    EXPECT_EQ(Recover({"--from", folder.Native("nothing")}).status, 1);
+}
+
+} // namespace ruvo::test

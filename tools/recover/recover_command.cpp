@@ -1,0 +1,196 @@
+// ruvoctl recover: lists what ended runs have left of a site's events, and appends set-aside files.
+#include "base/text.h"
+#include "ledger/root_folder.h"
+#include "ledger/set_aside_append.h"
+#include "log/ledger_lines.h"
+#include "platform/full_path.h"
+#include "platform/state_folder.h"
+#include "platform/users.h"
+#include "tools/command.h"
+#include "tools/ini/site_environment.h"
+#include "tools/ini/site_places.h"
+#include "tools/recover/site_leftovers.h"
+#include "tools/text_encoding.h"
+
+#include <algorithm>
+#include <array>
+
+namespace ruvo {
+
+namespace {
+
+constexpr std::array kOptions{
+    SOption{EOptionKind::Positional, "INI",
+            "INI file of the site; a relative path is resolved against the current folder"},
+    SOption{EOptionKind::Rest, "FILE", "set-aside files to store in their day files, as listed"},
+    SOption{EOptionKind::Text, "--from",
+            "take over what is left of another event root: a path that the INI file named earlier, or the "
+            "folder that the list names",
+            "OLDROOT"},
+    SOption{EOptionKind::Choice, "--format",
+            "format of the list: text (default) or json (one object per line)", "text|json", "text"},
+};
+
+constexpr std::string_view kNotes =
+    R"(Without FILE and --from, lists the events that relays have delivered and that are not in a day file, and
+the folder of each event root: set-aside files, and visits that wait in the journals of runs that have
+ended. The next run stores the latter by itself. Other event roots are listed if something is left of
+them. Changes nothing.
+With FILE, appends the events of these set-aside files to their day files, as a visit does, and renames
+each file to FILE.done. Doing it twice, or after an interruption, stores nothing twice. Messages also go
+to the error log.
+With --from, stores what waits in the journals of OLDROOT in the day files of the INI file's event root,
+and moves its set-aside files to those of this event root. If OLDROOT still exists, its events stay
+in its own day files. FILE can then name set-aside files of OLDROOT.
+Must be run as the user of the visits; root can only list.
+Exit status: 0 on success, 1 if something could not be read or stored, 2 on a usage error.
+
+Example: what is left, then store one file
+  ruvoctl recover /etc/ruvo/yard.ini
+  runuser -u ruvo -- ruvoctl recover /etc/ruvo/yard.ini AB12-0001-2026-11-16-DEV-1.setaside)";
+
+std::string Shown(const std::string& path) {
+    return EscapeControls(SystemTextToUtf8(DisplayPath(path)));
+}
+
+class CRecovery {
+public:
+    CRecovery(std::string eventRoot, SConsole& console)
+        : m_eventRoot(std::move(eventRoot)), m_console(console),
+          m_ledger(m_eventRoot,
+                   [this](const SLedgerReport& report) {
+                       LogLedgerReport(report);
+                       m_console.out.Write(EscapeControls(SystemTextToUtf8(LedgerText(report))) + "\n");
+                   }),
+          m_folder(m_ledger.FolderForSetAside()) {}
+
+    [[nodiscard]] bool CanWork() const { return !m_folder.empty(); }
+
+    /// Takes over the folder of another event root, or of this one where it still exists.
+    void TakeOver(const std::string& folder) {
+        m_ledger.BringInFrom(folder);
+        for (const std::string& path : SetAsideFilesIn(folder)) {
+            if (folder == m_folder) {
+                continue;
+            }
+            const std::string moved = AdoptSetAsideFile(path, m_folder);
+            if (moved.empty()) {
+                Fail(path, "cannot be moved to " + Shown(m_folder));
+            } else {
+                m_moved.emplace_back(path, moved);
+                m_console.out.Write(Shown(path) + " is " + Shown(moved) + " now.\n");
+            }
+        }
+        m_isWhole = m_isWhole && JournalsIn(folder).empty();
+    }
+
+    void Append(const std::string& typed) {
+        const std::string path = PathOf(typed);
+        const std::vector<std::string> files = SetAsideFilesIn(m_folder);
+        if (std::ranges::find(files, path) == files.end()) {
+            Fail(path, "is no set-aside file of this event root; run ruvoctl recover INI to list them");
+            return;
+        }
+        const SAppendedFile appended = AppendSetAsideFile(m_ledger, m_eventRoot, path);
+        if (!appended.failure.empty()) {
+            Fail(path, EscapeControls(SystemTextToUtf8(appended.failure)));
+            return;
+        }
+        m_console.out.Write(Counted(appended.events, "event") + (appended.events == 1 ? " is" : " are") +
+                            " in day file " + Shown(appended.dayFile) + " now.\n");
+        if (appended.damageAt) {
+            Fail(path + std::string(kAppendedEnding), "damage at byte " + std::to_string(*appended.damageAt) +
+                                                          "; what could not be read is still there");
+        }
+    }
+
+    [[nodiscard]] int Status() const { return m_isWhole ? kExitGood : kExitFailed; }
+
+private:
+    /// A name alone is one in the event root's folder.
+    [[nodiscard]] std::string PathOf(const std::string& typed) const {
+        const bool isName = typed.find_first_of("/\\") == std::string::npos;
+        const std::string path = isName ? m_folder + "\\" + typed : FullPath(typed);
+        const auto moved = std::ranges::find_if(m_moved, [&](const auto& row) {
+            return row.first == path || (isName && row.first.ends_with("\\" + typed));
+        });
+        return moved == m_moved.end() ? path : moved->second;
+    }
+
+    void Fail(const std::string& path, const std::string& why) {
+        m_console.error.Write("ruvoctl: " + Shown(path) + ": " + why + "\n");
+        m_isWhole = false;
+    }
+
+    std::string m_eventRoot;
+    SConsole& m_console;
+    CRunLedger m_ledger;
+    std::string m_folder;
+    std::vector<std::pair<std::string, std::string>> m_moved; ///< from where to where
+    bool m_isWhole = true;
+};
+
+int List(const CArguments& arguments, const std::string& eventRoot, SConsole& console) {
+    const SSiteLeftovers leftovers = FindLeftovers(eventRoot, EOtherRoots::All);
+    console.out.Write(arguments.Get("--format") == "json" ? LeftoversAsJson(leftovers)
+                                                          : LeftoversAsText(leftovers));
+    return leftovers.IsRead() ? kExitGood : kExitFailed;
+}
+
+int Refuse(SConsole& console, const std::string& why) {
+    console.error.Write("ruvoctl: " + why + "\n");
+    return kExitFailed;
+}
+
+int Store(const CArguments& arguments, const std::string& ownRoot, SConsole& console) {
+    std::string eventRoot = ownRoot;
+    const std::string from = arguments.Get("--from");
+    std::string folder;
+    if (!from.empty()) {
+        folder = FindRootFolder(StateFolder(), from);
+        if (folder.empty()) {
+            return Refuse(console, "nothing is left of " + EscapeControls(SystemTextToUtf8(from)) + " in " +
+                                       Shown(StateFolder()));
+        }
+        const std::string oldRoot = FullPath(EventRootOf(folder));
+        eventRoot = FolderOfJournals(oldRoot) == folder ? oldRoot : ownRoot;
+    }
+    if (const std::string user = UserToBecome(eventRoot); !user.empty()) {
+        return Refuse(console, "root would create files that user " + user +
+                                   ", who visits this site, cannot write; use: runuser -u " + user +
+                                   " -- ruvoctl recover " + Shown(FullPath(arguments.Get("INI"))) + " ...");
+    }
+    CRecovery recovery(eventRoot, console);
+    if (!recovery.CanWork()) {
+        return Refuse(console, "the state folder " + Shown(StateFolder()) +
+                                   " cannot be used, or the event root " + Shown(eventRoot) +
+                                   " does not exist");
+    }
+    if (!folder.empty()) {
+        recovery.TakeOver(folder);
+    }
+    for (const std::string& file : arguments.GetAll("FILE")) {
+        recovery.Append(file);
+    }
+    return recovery.Status();
+}
+
+int RunRecover(const CArguments& arguments, SConsole& console) {
+    const std::string typed = arguments.Get("INI");
+    static_cast<void>(ApplySiteEnvironment(typed));
+    const auto places = ReadSitePlaces(FullPath(typed)); // which also finds the error log for the messages
+    const std::string events = places ? FullPath(places->events) : std::string();
+    if (events.empty()) {
+        return Refuse(console, "cannot resolve the paths of this file; run ruvoctl check to see why");
+    }
+    const bool stores = arguments.Has("FILE") || arguments.Has("--from");
+    return stores ? Store(arguments, events, console) : List(arguments, events, console);
+}
+
+} // namespace
+
+SCommand RecoverCommand() {
+    return {"recover", "List and store events that are not in a day file", kNotes, kOptions, RunRecover};
+}
+
+} // namespace ruvo

@@ -1,0 +1,80 @@
+#include "tools/recover/site_leftovers.h"
+
+#include "ledger/root_folder.h"
+#include "platform/full_path.h"
+#include "platform/state_folder.h"
+
+#include <algorithm>
+
+namespace ruvo {
+
+namespace {
+
+SRootLeftovers Read(const std::string& folder, const std::string& eventRoot) {
+    SRootLeftovers root;
+    root.eventRoot = eventRoot.empty() ? EventRootOf(folder) : DisplayPath(eventRoot);
+    const std::string place = eventRoot.empty() ? FullPath(root.eventRoot) : eventRoot;
+    root.isThere = !place.empty() && GetPathKind(place) == EPathKind::Folder;
+    root.found = ReadLeftovers(folder);
+    return root;
+}
+
+/// Also of an event root that is gone.
+std::string FindOwnFolder(const std::string& state, const std::string& eventRoot) {
+    const std::string folder = FolderOfRoot(state, eventRoot);
+    return folder.empty() ? FindRootFolder(state, eventRoot) : folder;
+}
+
+} // namespace
+
+bool SSiteLeftovers::IsRead() const {
+    return std::ranges::all_of(roots, [](const SRootLeftovers& root) { return root.found.isRead; });
+}
+
+std::uint64_t SSiteLeftovers::EventsWaiting() const {
+    std::uint64_t events = 0;
+    for (const SRootLeftovers& root : roots) {
+        for (const SWaitingVisit& visit : root.found.waiting) {
+            events += visit.events;
+        }
+    }
+    return events;
+}
+
+std::uint64_t SSiteLeftovers::EventsSetAside() const {
+    std::uint64_t events = 0;
+    for (const SRootLeftovers& root : roots) {
+        for (const SSetAsideFile& file : root.found.setAside) {
+            events += file.events;
+        }
+    }
+    return events;
+}
+
+SSiteLeftovers FindLeftovers(const std::string& eventRoot, EOtherRoots others) {
+    SSiteLeftovers leftovers;
+    std::string own;
+    for (const std::string& state :
+         StateFoldersToRead()) { // where there are several, one has the event root's
+        const std::string folder = FindOwnFolder(state, eventRoot);
+        SRootLeftovers root = Read(folder.empty() ? state : folder, eventRoot);
+        const bool isHere = !folder.empty() && root.found.isRead && GetPathKind(folder) == EPathKind::Folder;
+        if (leftovers.roots.empty() || isHere) {
+            own = folder;
+            leftovers.stateFolder = state;
+            leftovers.roots.assign(1, std::move(root));
+        }
+        if (isHere) {
+            break;
+        }
+    }
+    for (const std::string& folder : RootFoldersIn(leftovers.stateFolder)) {
+        SRootLeftovers root = folder == own ? SRootLeftovers() : Read(folder, "");
+        if (folder != own && !root.found.IsEmpty() && (others == EOtherRoots::All || !root.isThere)) {
+            leftovers.roots.push_back(std::move(root));
+        }
+    }
+    return leftovers;
+}
+
+} // namespace ruvo

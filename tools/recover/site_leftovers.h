@@ -1,0 +1,45 @@
+// What ended runs have left of a site's events: in journals and set-aside files.
+#pragma once
+
+#include "ledger/leftovers.h"
+
+#include <string>
+#include <vector>
+
+namespace ruvo {
+
+class CJsonWriter;
+
+/// Of one event root.
+struct SRootLeftovers {
+    std::string eventRoot; ///< in the system's own form; empty when nothing tells
+    bool isThere = true;   ///< the event root
+    SLeftovers found;
+};
+
+/// Which event roots are looked at beside the site's own.
+enum class EOtherRoots : std::uint8_t {
+    Gone, ///< those that do not exist any more, or are unknown
+    All,
+};
+
+struct SSiteLeftovers {
+    std::string stateFolder; ///< where they were looked for; empty for none
+    /// The site's own first; of others only those with something left.
+    std::vector<SRootLeftovers> roots;
+
+    [[nodiscard]] bool IsRead() const;
+    [[nodiscard]] std::uint64_t EventsWaiting() const;
+    [[nodiscard]] std::uint64_t EventsSetAside() const;
+};
+
+[[nodiscard]] SSiteLeftovers FindLeftovers(const std::string& eventRoot, EOtherRoots others);
+
+/// A sentence for each leftover, without a full stop, UTF-8, and for what could not be read.
+[[nodiscard]] std::vector<std::string> DescribeLeftovers(const SSiteLeftovers& leftovers);
+/// A page for people.
+[[nodiscard]] std::string LeftoversAsText(const SSiteLeftovers& leftovers);
+/// One object a line: each event root, then what is left of it.
+[[nodiscard]] std::string LeftoversAsJson(const SSiteLeftovers& leftovers);
+
+} // namespace ruvo
