@@ -7,6 +7,9 @@
 #include "windows/checks.h"
 #include "windows/program_run.h"
 
+#include <algorithm>
+#include <cstdlib>
+#include <functional>
 #include <tlhelp32.h>
 
 namespace ruvo::test {
@@ -166,6 +169,85 @@ void CheckCompanion() {
     g_checks.Expect(status("check " + ini) > 0, "ruvoctl check with an error");
 }
 
+/// All top-level windows of the process, those that are never seen, too.
+std::vector<HWND> WindowsOf(DWORD processId) {
+    struct SSearch {
+        DWORD processId;
+        std::vector<HWND> found;
+    } search{processId, {}};
+    EnumWindows(
+        [](HWND window, LPARAM parameter) -> BOOL {
+            auto& wanted = *reinterpret_cast<SSearch*>(parameter);
+            DWORD owner = 0;
+            GetWindowThreadProcessId(window, &owner);
+            if (owner == wanted.processId) {
+                wanted.found.push_back(window);
+            }
+            return TRUE;
+        },
+        reinterpret_cast<LPARAM>(&search));
+    return search.found;
+}
+
+/// Whether the run that is under way has taken a trip from its relay.
+bool HasTakenTrip() {
+    const auto files = FilesBelow(std::string(std::getenv("LOCALAPPDATA")) + "\\ruvo");
+    return std::ranges::any_of(files, [](const auto& file) {
+        return file.first.ends_with(".journal") && file.second.find("Trip") != std::string::npos;
+    });
+}
+
+/// Asks a run that would never end to end, in the middle of its visit; its exit status.
+int EndRun(const std::function<void(DWORD processId)>& ask) {
+    const CProcess program("RUVO.exe", CRunFolder::Path("site.ini"));
+    for (int i = 0; i < 600 && !HasTakenTrip(); ++i) {
+        Sleep(50);
+    }
+    ask(program.Id());
+    return program.Wait(kPatience);
+}
+
+void CheckRequestsToEnd() {
+    const auto kill = [](const std::string& options) {
+        return [=](DWORD processId) {
+            std::system(("taskkill " + options + "/PID " + std::to_string(processId)).c_str());
+        };
+    };
+    const auto message = [](UINT number, LPARAM parameter) {
+        return [=](DWORD processId) {
+            for (const HWND window : WindowsOf(processId)) {
+                SendMessageA(window, number, 0, parameter);
+            }
+        };
+    };
+    const struct {
+        std::string word;
+        std::function<void(DWORD)> ask;
+    } cases[] = {{"a close request", message(WM_CLOSE, 0)},
+                 {"the end of the session", message(WM_QUERYENDSESSION, ENDSESSION_LOGOFF)},
+                 {"a close request", kill("")}};
+    const std::string endless = kTrip + "[relay.generate]\ncount = 3\nseed = 1\nendless = true\n";
+    for (const auto& row : cases) {
+        const CRunFolder run(kLink + Relay("serial = 5", endless), "", "[RUVO_SERIAL]\nRV001=5\nRV002=6\n");
+        g_checks.Equal(EndRun(row.ask), 0, row.word + ": exit status");
+        const std::string log = run.Log();
+        g_checks.Expect(log.starts_with("This visit has taken ") &&
+                            log.ends_with("\nRun ended by " + row.word + "; 1 relay not visited.\n"),
+                        row.word + ": log: " + log);
+        g_checks.Equal(run.Files().size(), std::size_t{1}, row.word + ": day files");
+    }
+    const CRunFolder run("", "", kSerial);
+    run.Write("substation.toml",
+              kLink + Relay("serial = 5", endless)); // no trace, which the server would keep
+    EndRun(kill("/F "));
+    g_checks.Equal(run.Log(), "", "killed: log");
+    run.Write("substation.toml", Plain());
+    g_checks.Equal(run.Run(), 0, "after the kill: exit status");
+    const std::string log = run.Log();
+    g_checks.Expect(log.find(" of a visit that was ended ") != std::string::npos,
+                    "after the kill: log: " + log);
+}
+
 /// Ends the server's processes; how many there were.
 int EndServer() {
     int ended = 0;
@@ -218,6 +300,7 @@ int CheckPrograms() {
     CheckDebuggerLines();
     CheckLibrary();
     CheckCompanion();
+    CheckRequestsToEnd();
     if (outOfProcess) {
         CheckServerLost(); // the last: Wine goes on offering a server that was killed until the session ends
     }
