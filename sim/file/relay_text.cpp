@@ -60,7 +60,7 @@ std::optional<std::vector<std::uint8_t>> EncodeRelayText(std::string_view utf8) 
     return std::vector<std::uint8_t>(encoded.begin(), encoded.end());
 }
 
-std::string WithoutTrailingBlanks(std::string text) {
+std::string WithoutTrailingBlanks(std::string_view text) {
     return std::string(TrimEnd(text, kWhiteSpace));
 }
 

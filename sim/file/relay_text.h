@@ -16,6 +16,6 @@ std::optional<std::string> Utf8ToCp1252(std::string_view text);
 std::optional<std::vector<std::uint8_t>> EncodeRelayText(std::string_view utf8);
 
 /// The text without the white space at its end, which counts neither in a user's name nor in the password.
-std::string WithoutTrailingBlanks(std::string text);
+std::string WithoutTrailingBlanks(std::string_view text);
 
 } // namespace ruvo::sim

@@ -70,7 +70,10 @@ std::unique_ptr<CEventRecord> CEventConverter::Convert(std::uint8_t kind, CParla
     if (event.kind.hasRecord) {
         return MakeWithRecordColumn(event);
     }
-    return event.kind.hasFormatText || event.kind.hasFormatCell ? MakeSimple(event) : MakePlain(event);
+    if (event.kind.hasFormatText || event.kind.hasFormatCell) {
+        return MakeSimple(event);
+    }
+    return MakePlain(event);
 }
 
 /// The event's value is all that there is, with or without the relay's own event id.

@@ -38,7 +38,12 @@ bool CJournalFile::Make(const std::string& folder, const std::string& nameBegin)
     constexpr int kMostNames = 1000;
     m_folder = folder;
     for (int number = 1; number <= kMostNames; ++number) {
-        m_path = folder + "\\" + nameBegin + "-" + std::to_string(number) + std::string(kJournalEnding);
+        m_path = folder;
+        m_path.append("\\")
+            .append(nameBegin)
+            .append("-")
+            .append(std::to_string(number))
+            .append(kJournalEnding);
         const SFileResult made = m_file.Open(
             m_path, {.read = true, .write = true, .create = true, .exclusive = true, .removable = true});
         if (!made.Good() && made.failure != EFileFailure::Exists) {

@@ -6,6 +6,7 @@
 #include "model/cells/other_cells.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace ruvo {
 namespace {
@@ -110,6 +111,12 @@ void DropFrom(COwnedPtrList<T>& list, std::size_t kept, const std::string& what,
     }
 }
 
+/// The same text, not a copy of it.
+std::string WithoutBlanksAtEnd(std::string&& text) {
+    text.resize(TrimEnd(text, kBlank).size());
+    return std::move(text);
+}
+
 } // namespace
 
 CEventRecord::CEventRecord(std::uint32_t recordNumber, std::uint32_t uniqueId, std::uint8_t eventCode,
@@ -117,9 +124,10 @@ CEventRecord::CEventRecord(std::uint32_t recordNumber, std::uint32_t uniqueId, s
                            std::unique_ptr<CParlaneData> value, std::string auxText1, std::string auxText2,
                            std::string auxText3, std::uint16_t eventLocation)
     : m_recordNumber(recordNumber), m_uniqueId(uniqueId), m_eventCode(eventCode), m_timeStamp(timeStamp),
-      m_eventText(TrimEnd(eventText, kBlank)), m_value(std::move(value)),
-      m_auxText1(TrimEnd(auxText1, kBlank)), m_auxText2(TrimEnd(auxText2, kBlank)),
-      m_auxText3(TrimEnd(auxText3, kBlank)), m_eventLocation(eventLocation) {}
+      m_eventText(WithoutBlanksAtEnd(std::move(eventText))), m_value(std::move(value)),
+      m_auxText1(WithoutBlanksAtEnd(std::move(auxText1))),
+      m_auxText2(WithoutBlanksAtEnd(std::move(auxText2))),
+      m_auxText3(WithoutBlanksAtEnd(std::move(auxText3))), m_eventLocation(eventLocation) {}
 
 CEventRecord::CEventRecord(const CEventRecord& other)
     : m_recordNumber(other.m_recordNumber), m_uniqueId(other.m_uniqueId), m_eventCode(other.m_eventCode),
