@@ -56,8 +56,8 @@ void CEndWatch::EndWhatIsStuck() {
         if (channel == nullptr || channel->CutShort() || !channel->Stay().Keep()) {
             return; // it has a chance now to end by itself, or is busy with its own files
         }
-    }
-    if (stage == CRunEnd::EStage::NotBegun) { // the log is not known for certain
+        m_end.Abandon();
+    } else if (stage == CRunEnd::EStage::NotBegun) { // the log is not known for certain
         WithLogReserve([&] {
             WriteStandardError("ruvo: ended by " + std::string(m_end.Name()) + "; no relay was visited");
         });

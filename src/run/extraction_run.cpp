@@ -68,6 +68,17 @@ void BringInEarlierEvents(CRunLedger& ledger) {
     }
 }
 
+/// The run's thread does not come back for what its visit has taken.
+void KeepAbandoned(CVisitCustody& custody) noexcept {
+    try {
+        custody.LeaveOpen();
+    } catch (const std::exception&) {
+        SExtractionReport report;
+        report.eventsLost = custody.KeptCount() - custody.StoredCount() - custody.WaitingCount();
+        LogVisit(report);
+    }
+}
+
 /// Handles one relay, which the open link reaches: login, then its events. Throws nothing.
 void VisitRelay(const SRun& run, const std::string& key, std::int32_t deviceAddress) {
     CP32Wrap& link = *CP32Wrap::GetInstance();
@@ -83,12 +94,14 @@ void VisitRelay(const SRun& run, const std::string& key, std::int32_t deviceAddr
             isVisited = false;
         } else {
             CVisitCustody custody(&run.ledger, key);
+            run.end.WhenAbandoned([&custody] { KeepAbandoned(custody); });
             isVisited = ExtractAndReport(run, deviceAddress, custody);
             custody.End(); // the log has what it has to tell
         }
     } catch (const std::exception& exception) { // one relay's trouble is never the next one's
         LogUnhandled(exception);
     }
+    run.end.WhenAbandoned(nullptr);
     if (isVisited) {
         run.end.NoteVisited();
     }

@@ -29,7 +29,14 @@ void CRunEnd::Finish() noexcept {
 
 void CRunEnd::Tell() noexcept {
     if (!m_isTold.exchange(true)) {
-        WithLogReserve([&] { LogMessage(RunEndedText(m_name.load(), m_relays - m_visited), false); });
+        WithLogReserve([&] { LogMessage(RunEndedText(m_name.load(), NotVisited()), false); });
+    }
+}
+
+void CRunEnd::Abandon() noexcept {
+    Tell(); // first: what follows may take its time
+    if (m_whenAbandoned) {
+        m_whenAbandoned();
     }
 }
 

@@ -4,6 +4,8 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <utility>
 
 namespace ruvo {
 
@@ -26,9 +28,15 @@ public:
     /// Everything is done; the log tells of an end before the last relay's.
     void Finish() noexcept;
 
+    /// What is to be done for the visit under way when its thread is left behind in the server; may be null.
+    void WhenAbandoned(std::function<void()> action) { m_whenAbandoned = std::move(action); }
+
     EStage Stage() const { return m_stage; }
+    std::size_t NotVisited() const { return m_relays - m_visited; }
     /// Writes the line of the log, once, whoever calls it first.
     void Tell() noexcept;
+    /// By the thread that ends the process: the run's does not come back.
+    void Abandon() noexcept;
 
 private:
     std::atomic<const char*> m_name = nullptr;
@@ -37,6 +45,7 @@ private:
     std::atomic<EStage> m_stage = EStage::NotBegun;
     std::atomic<std::size_t> m_relays = 0;
     std::atomic<std::size_t> m_visited = 0;
+    std::function<void()> m_whenAbandoned;
 };
 
 } // namespace ruvo

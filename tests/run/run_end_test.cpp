@@ -45,11 +45,17 @@ private:
 class RunEnd : public Run {
 protected:
     RunEnd() {
+        SetUsableState(true);
         fields.serialEntries = fields.modemEntries = {{"RV001", 5}, {"RV002", 200}};
         server.values = {{0x0006, TextHex("AB12-X")}, {0x0008, TextHex("00001234")}};
     }
     void SetEvents(int count) { server.events.assign(static_cast<std::size_t>(count), kTrip); }
 
+    ~RunEnd() override { SetUsableState(true); }
+
+    void SetUsableState(bool isUsable) const {
+        setenv("RUVO_STATE_DIR", isUsable ? m_state.c_str() : "/dev/null/none", 1);
+    }
     /// The events of all day files.
     std::size_t Stored() const {
         const std::string day = folder.Read("ev/AB12-00001234/AB12-00001234-2026-11-16-DEV.evt");
@@ -68,6 +74,7 @@ protected:
     }
 
     const SScriptedEvent kTrip = Event(1, {"240107", TextHex("%d"), "280105"});
+    const std::string m_state = folder.Native("state");
     const std::string kNext = " Connection details - COM Port: COM3, device address: 5.|";
 };
 
@@ -143,12 +150,11 @@ TEST_F(RunEnd, WhatItAbortsIsNotTheUsersAbort) {
     EXPECT_TRUE(next.starts_with("1 event of a visit that was ended is in day file ")) << next;
     EXPECT_EQ(Stored(), 2U);
 
-    const std::string state = std::getenv("RUVO_STATE_DIR") == nullptr ? "" : std::getenv("RUVO_STATE_DIR");
-    setenv("RUVO_STATE_DIR", "/dev/null/none", 1);
+    SetUsableState(false);
     server.events = {kTrip, hasRecord, kTrip};
     EXPECT_EQ(RunAll(), why + ended) << "without a journal the day file has at once what was taken";
     EXPECT_EQ(Stored(), 3U);
-    setenv("RUVO_STATE_DIR", state.c_str(), 1);
+    SetUsableState(true);
 
     fields.useModem = 1;
     EXPECT_EQ(RunAll(), "Run ended by SIGTERM; 2 relays not visited.|");
@@ -170,7 +176,13 @@ TEST_F(RunEnd, ACallThatDoesNotComeBackIsLeftBehind) {
         const CEndWatch watch(*end, requests);
         VisitAll();
     };
+    SetUsableState(false);
     EXPECT_EXIT(runAndAsk(), testing::ExitedWithCode(0), "");
+    EXPECT_EQ(Stored(), 1U) << "without a journal nothing waits";
+    std::filesystem::remove_all(folder.Native("ev"));
+    SetUsableState(true);
+    EXPECT_EXIT(runAndAsk(), testing::ExitedWithCode(0), "");
+    EXPECT_EQ(Stored(), 0U);
     EXPECT_NE(folder.Read("run.log").find("Run ended by SIGTERM; 2 relays not visited.\r\n"),
               std::string::npos);
     server.events.pop_front();
