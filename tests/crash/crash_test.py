@@ -61,10 +61,11 @@ class Killer:
         if self.site.start().wait() != 0:
             self.complaints.append("a following run does not complete")
         self.run_time = time.monotonic() - begun
-        self.wanted += sum(count for relay, count in enumerate(EVENTS, 1)
-                           if not any(f"/CR{relay}-" in line for line in self.site.log() if REFUSED[1] in line))
+        wanted = sum(count for relay, count in enumerate(EVENTS, 1)
+                     if not any(f"/CR{relay}-" in line for line in self.site.log() if REFUSED[1] in line))
+        self.wanted += wanted
         sizes = self.take_sizes()
-        if sizes == self.sizes:
+        if wanted > 0 and sizes == self.sizes:
             self.complaints.append("a following run stores nothing")
         self.sizes = sizes
 
