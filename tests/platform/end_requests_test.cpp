@@ -1,0 +1,104 @@
+// What a process hears when it is asked to end, and what the programs that it executes do.
+#include "platform/child_process.h"
+#include "platform/end_requests.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <string>
+#include <thread>
+
+namespace ruvo {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// What a wait tells: the name, or a letter.
+std::string Heard(IEndRequests& requests, std::chrono::milliseconds most) {
+    const char* name = nullptr;
+    switch (requests.Wait(most, name)) {
+    case IEndRequests::EWake::Request:
+        return std::string(name) + " ";
+    case IEndRequests::EWake::Timeout:
+        return "- ";
+    case IEndRequests::EWake::Stopped:
+        break;
+    }
+    return "stopped ";
+}
+
+/// What a child process hears of what it asks itself.
+std::string HeardByChild(const std::function<std::string(IEndRequests&)>& ask) {
+    int ends[2];
+    EXPECT_EQ(pipe(ends), 0);
+    EXPECT_EQ(RunInChild([&] {
+                  const auto requests = HearEndRequests();
+                  const std::string heard = ask(*requests);
+                  return write(ends[1], heard.data(), heard.size()) > 0 ? 0 : 1;
+              }),
+              0);
+    char text[200];
+    const ssize_t count = read(ends[0], text, sizeof text);
+    close(ends[0]), close(ends[1]);
+    return {text, static_cast<std::size_t>(count)};
+}
+
+} // namespace
+
+TEST(EndRequests, AreHeardInsteadOfEndingTheProcess) {
+    EXPECT_EQ(HeardByChild([](IEndRequests& requests) {
+                  std::string heard = Heard(requests, 0ms);
+                  for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+                      kill(getpid(), signal);
+                      heard += Heard(requests, IEndRequests::kForever);
+                  }
+                  kill(getpid(), SIGTERM);
+                  heard += requests.Skip(1ms) ? "skipped " : "";
+                  return heard + Heard(requests, 0ms);
+              }),
+              "- SIGTERM SIGINT SIGHUP skipped - ");
+    EXPECT_EQ(HeardByChild([](IEndRequests& requests) {
+                  std::thread stopping([&] { requests.Stop(); });
+                  std::string heard = Heard(requests, IEndRequests::kForever);
+                  stopping.join();
+                  return heard + (requests.Skip(1ms) ? "skipped" : "stopped");
+              }),
+              "stopped stopped");
+}
+
+TEST(EndRequests, OneThatIsIgnoredStaysSo) {
+    struct sigaction before = {};
+    sigaction(SIGINT, nullptr, &before);
+    signal(SIGINT, SIG_IGN);
+    EXPECT_EQ(HeardByChild([](IEndRequests& requests) {
+                  kill(getpid(), SIGINT);
+                  std::string heard = Heard(requests, 0ms);
+                  kill(getpid(), SIGTERM);
+                  return heard + Heard(requests, 0ms);
+              }),
+              "- SIGTERM ");
+    sigaction(SIGINT, &before, nullptr);
+}
+
+TEST(EndRequests, ProgramsThatAreExecutedEndAsUsual) {
+    EXPECT_EQ(RunInChild([] {
+                  const auto requests = HearEndRequests();
+                  const pid_t program = fork();
+                  if (program == 0) {
+                      execl("/bin/sh", "sh", "-c", "kill -TERM $$; sleep 60", nullptr);
+                  }
+                  int status = 0;
+                  waitpid(program, &status, 0);
+                  return WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM ? 0 : 1;
+              }),
+              0);
+    EXPECT_EQ(RunInChild([] {
+                  HearEndRequests()->Release();
+                  kill(getpid(), SIGHUP);
+                  return 0;
+              }),
+              -1)
+        << "the same after nobody could be found to listen";
+}
+
+} // namespace ruvo
