@@ -37,8 +37,8 @@ constexpr std::string_view kNotes =
 that the event folder and the error log are writable, applies the rules and starts the comms server, with
 the environment that run-site reads from the .env file next to the INI file. As in a run, relative paths
 in the INI file are resolved against the program's folder. Prints the result message, the lines that
-caused it, and warnings, which also name a full disk, a state folder that cannot be used, and events that
-are in no day file yet (see ruvoctl recover).
+caused it, and warnings, which also name a full disk, a file system without locks, a state folder that
+cannot be used, and events that are in no day file yet (see ruvoctl recover).
 Exit status: the result code; 0 on success; 39 if the RPC library cannot be loaded, in which case a run
 does not start.
 
@@ -78,6 +78,7 @@ std::vector<SDiagnostic> FindTroubledPlaces(const std::string& eventRoot, EResul
     if (code != EResultCode::EventRootInvalid && code != EResultCode::RegistryDestinationInvalid) {
         add(FindUnwritablePlaces(eventRoot));
         add(FindUnusableStateFolder(eventRoot));
+        add(FindMissingLocks(eventRoot));
     }
     add(FindFullDisks(eventRoot, ErrorLogPath()));
     add(FindLeftoverEvents(eventRoot));

@@ -44,6 +44,24 @@ std::vector<SDiagnostic> FindUnusableStateFolder(const std::string& eventRoot) {
     return {{0, "the state folder " + DisplayPath(folder) + " cannot be used" + std::string(kConsequence)}};
 }
 
+std::vector<SDiagnostic> FindMissingLocks(const std::string& eventRoot) {
+    const std::string path =
+        GetPathKind(eventRoot) == EPathKind::Folder ? MakeUniqueFile(eventRoot, "RWT") : std::string();
+    if (path.empty()) {
+        return {};
+    }
+    CFile file;
+    const bool hasLocks =
+        !file.Open(path, {.read = true, .write = true}).Good() || file.TryLock() != EFileLock::Unknown;
+    static_cast<void>(file.Close());
+    RemoveFile(path);
+    if (hasLocks) {
+        return {};
+    }
+    return {{0, "the file system of " + DisplayPath(eventRoot) +
+                    " has no file locks; two runs at the same time could overwrite each other's events"}};
+}
+
 std::vector<SDiagnostic> FindFullDisks(const std::string& eventRoot, const std::string& logPath,
                                        const std::function<SFreeSpace(const std::string& path)>& roomAt) {
     struct SPlaceRow {

@@ -1,5 +1,5 @@
-// Warns about the places that a run writes to: a disk without room, a state folder that cannot be used, or
-// that has events which are in no day file.
+// Warns about the places that a run writes to: a disk without room, a file system without locks, a state
+// folder that cannot be used, or that has events which are in no day file.
 #pragma once
 
 #include "platform/files.h"
@@ -13,6 +13,9 @@ namespace ruvo {
 
 /// A state folder in which a run over this event root could make no journal. Makes nothing to find out.
 [[nodiscard]] std::vector<SDiagnostic> FindUnusableStateFolder(const std::string& eventRoot);
+
+/// A file system on which day files cannot be locked. Creates and removes a file in the folder to find out.
+[[nodiscard]] std::vector<SDiagnostic> FindMissingLocks(const std::string& eventRoot);
 
 /// Disks of the events, the error log and the journals with less room than a visit needs.
 [[nodiscard]] std::vector<SDiagnostic>
