@@ -110,6 +110,7 @@ void CVisitCustody::Store() {
     }
     try {
         m_file.StartAt(length, MakeEventListHeader(m_lastExtended + 1, kEventListText));
+        m_isStoring = true;
         const auto add = [this](Image image) { m_file.Add(image); };
         AddFramed(add);
         AddUnframed(add);

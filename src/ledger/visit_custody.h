@@ -44,7 +44,7 @@ public:
     /// Whether what is kept outlasts an end of the process.
     [[nodiscard]] bool HasJournal() const { return IsJournaled(); }
     [[nodiscard]] std::size_t KeptCount() const { return m_framedCount + m_ends.size(); }
-    [[nodiscard]] std::size_t StoredCount() const { return m_file.StoredCount(); }
+    [[nodiscard]] std::size_t StoredCount() const { return m_isStoring ? m_file.StoredCount() : 0; }
     /// Events that are not in the day file, but in the journal for the next run.
     [[nodiscard]] std::size_t WaitingCount() const;
     /// Events that are in a set-aside file.
@@ -77,6 +77,7 @@ private:
     std::uint32_t m_lastExtended = 0;
     std::vector<std::uint8_t> m_images; ///< those that are in no journal
     std::vector<std::size_t> m_ends;
+    bool m_isStoring = false; ///< what the file counts from here on is of this visit, and of none before
     bool m_isSettled = false; ///< nothing waits for the next run
     bool m_mayBeTorn = false;
     std::size_t m_setAsideCount = 0;
