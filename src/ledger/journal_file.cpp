@@ -82,8 +82,8 @@ bool CJournalFile::HasKnownHead() {
     const bool isRead =
         m_file.Seek(0, ESeekOrigin::Start, position).Good() && m_file.Read(head, count).Good();
     const auto read = std::span<const std::uint8_t>(head).first(count);
-    const bool isUnwritten = std::ranges::all_of(read, [](std::uint8_t byte) { return byte == 0; });
-    return isRead && (isUnwritten || std::ranges::equal(read, HeadBytes().first(count)));
+    const auto unwritten = std::ranges::mismatch(read, HeadBytes()).in1;
+    return isRead && std::all_of(unwritten, read.end(), [](std::uint8_t byte) { return byte == 0; });
 }
 
 bool CJournalFile::WriteAt(std::uint64_t position, std::span<const std::uint8_t> bytes) {

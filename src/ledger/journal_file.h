@@ -29,7 +29,7 @@ public:
     [[nodiscard]] bool OpenEnded(const std::string& path);
     /// Opens one to read it, without its lock.
     [[nodiscard]] bool OpenToRead(const std::string& path);
-    /// Whether it begins as journals of this version do. One with nothing in it does: its making was ended.
+    /// Whether it begins as journals of this version do. One with a part of that does: its making was ended.
     [[nodiscard]] bool HasKnownHead();
 
     /// A frame that is written is safe from an end of the process, and from one of the machine once it is
