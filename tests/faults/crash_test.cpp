@@ -127,12 +127,18 @@ SOutcome CrashTest::Run(const SMemoryDisk& disk, std::size_t number, std::vector
 }
 
 SOutcome CrashTest::RunUntil(const SMemoryDisk& disk, std::size_t number, std::size_t end, bool takesPart) {
+    SMemoryDisk begin = disk;
+    if (number == 0 || Below(2) == 0) {
+        begin.locked = test.locked;
+        begin.full = test.full;
+        begin.fullAt = test.fullAt + Below(test.fullWithin);
+    }
+    if (number == 0 && test.meetsAnother) // at any moment, and some time before the end
+        end = (begin.otherRunAt = end) + Below(100);
     std::vector<SDiskFault> faults{{end, kNever, EFileFailure::BadDescriptor, takesPart, true}};
     if (number == 0 && test.isRefusedOnce)
         if (const std::size_t at = Below(end); at > 0)
             faults.push_back({at, at, EFileFailure::DiskFull, Below(2) == 0});
-    SMemoryDisk begin = disk;
-    begin.otherRunAt = number == 0 && test.meetsAnother ? 1 + Below(end) : 0;
     return Run(begin, number, std::move(faults));
 }
 
@@ -141,6 +147,8 @@ SMemoryDisk CrashTest::AfterEndOfProcess(const SMemoryDisk& ended, const std::st
     SMemoryDisk disk = ended;
     disk.EndProcess();
     const bool isKept = *test.locked == '\0' && !test.isRefusedOnce;
+    if (isKept && disk.events.refusedFrames > 0)
+        Complain(story + ": no room was reserved for a frame");
     if (isKept && disk.events.excused.size() > ended.events.excused.size() + 1)
         Complain(story + ": several events were in no file");
     return disk;
@@ -304,11 +312,7 @@ TEST_P(CrashTest, EveryEventIsAccountedFor) {
     const std::size_t step = 1 + 3 * ends / budget;
     for (std::size_t round = 1; states < budget; ++round)
         for (std::size_t n = Below(step); n < ends; n += step) {
-            SMemoryDisk disk = start;
-            disk.locked = test.locked;
-            disk.full = test.full;
-            disk.fullAt = test.fullAt + Below(test.fullWithin);
-            const SMemoryDisk ended = RunUntil(disk, 0, n / 2 + 1, n % 2 == 1).disk;
+            const SMemoryDisk ended = RunUntil(start, 0, n / 2 + 1, n % 2 == 1).disk;
             if (n % 2 == 0 || ended.hasTornWrite)
                 TryEnd(ended, round * std::max<std::size_t>(1, budget / (2 * ends)));
         }

@@ -70,9 +70,10 @@ struct SEventLedger {
     std::set<int>
         flushed; ///< together with the names that lead to a day file; a journal's have to be so before
     std::map<std::string, std::set<int>> unnamed; ///< flushed but for those
-    std::set<int> excused;     ///< an end came before the event could have been safe from it
-    std::string toldElsewhere; ///< lines that the log could not take
-    int underWay = 0;          ///< without a text that tells: is written with the next frame
+    std::set<int> excused;         ///< an end came before the event could have been safe from it
+    std::size_t refusedFrames = 0; ///< for want of room in the journal
+    std::string toldElsewhere;     ///< lines that the log could not take
+    int underWay = 0;              ///< without a text that tells: is written with the next frame
 };
 
 struct SMemoryDisk {

@@ -104,9 +104,10 @@ SFileResult CFile::Write(std::span<const std::uint8_t> bytes, std::size_t& count
     if (IsOpen() && count > 0)
         node.Write(m_handle->position, text);
     m_handle->position += count;
+    const bool isJournal = m_handle->path.ends_with(".journal");
+    const bool isReserve = isJournal && bytes.front() == 0;
+    g_disk.events.refusedFrames += missing > 0 && isJournal && !isReserve && node.bytes.size() > 16 ? 1 : 0;
     if (fault.failure == EFileFailure::None) {
-        const bool isJournal = m_handle->path.ends_with(".journal");
-        const bool isReserve = isJournal && text.starts_with('\0');
         std::vector<int> events = isReserve ? std::vector<int>() : EventsIn(text);
         if (const int number = isJournal && !isReserve ? std::exchange(g_disk.events.underWay, 0) : 0)
             events.push_back(number);
@@ -208,7 +209,8 @@ bool ListFolder(const std::string& folder, std::vector<SFolderEntry>& entries) {
 void FlushFolder(const std::string& folder) {
     const SDiskCall call;
     const auto node = g_disk.FindFolder(folder.substr(0, folder.find_last_not_of('\\') + 1));
-    if (g_disk.Do().Good() && node)
+    static_cast<void>(g_disk.Do()); // what is refused here nobody would hear of
+    if (!g_disk.HasEnded() && node)
         g_disk.nodes[*node].Flush();
     g_disk.NoteNames();
 }
