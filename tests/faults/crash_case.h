@@ -13,7 +13,7 @@ inline constexpr std::size_t kTextSize = 150;
 inline constexpr const char* kFolder = "C:\\ev\\AB12-0001";
 inline constexpr const char* kDayFile = "C:\\ev\\AB12-0001\\AB12-0001-2026-11-16-DEV.evt";
 
-enum class EStart : std::uint8_t { NoFolder, Folder, EmptyFile, Header, Records };
+enum class EStart : std::uint8_t { NoRoot, NoFolder, Folder, EmptyFile, Header, Records };
 
 struct SCrashCase {
     const char* name;
@@ -37,6 +37,7 @@ inline void PrintTo(const SCrashCase& test, std::ostream* out) {
 
 inline const SCrashCase kCases[] = {
     {.name = "NothingThere", .hasState = false},
+    {.name = "NoEventRoot", .start = EStart::NoRoot},
     {.name = "FolderThere", .start = EStart::Folder},
     {.name = "EmptyFile", .start = EStart::EmptyFile},
     {.name = "HeaderAlone", .start = EStart::Header},
@@ -44,6 +45,7 @@ inline const SCrashCase kCases[] = {
     {.name = "TwoRelays", .start = EStart::Records, .isNextVisited = true},
     {.name = "TwoVisitsToOneFile", .bothInOneFile = true, .isNextVisited = true},
     {.name = "NoJournal", .hasState = false, .locked = "C:\\var"},
+    {.name = "NoJournalNoEventRoot", .start = EStart::NoRoot, .locked = "C:\\var\\state"},
     {.name = "FullJournalDisk",
      .isNextVisited = true,
      .full = "C:\\var",

@@ -80,7 +80,8 @@ protected:
 
 SMemoryDisk CrashTest::Start() {
     SMemoryDisk disk;
-    disk.PutFolder("C:\\ev");
+    if (test.start != EStart::NoRoot)
+        disk.PutFolder("C:\\ev");
     if (test.hasState)
         disk.PutFolder("C:\\var\\state");
     else
@@ -96,7 +97,7 @@ SMemoryDisk CrashTest::Start() {
     }
     if (test.start == EStart::Folder)
         disk.PutFolder(kFolder);
-    else if (test.start != EStart::NoFolder)
+    else if (test.start > EStart::Folder)
         disk.Put(kDayFile, earlier);
     return disk;
 }
@@ -135,6 +136,7 @@ SOutcome CrashTest::RunUntil(const SMemoryDisk& disk, std::size_t number, std::s
     }
     if (number == 0 && test.meetsAnother) // at any moment, and some time before the end
         end = (begin.otherRunAt = end) + Below(100);
+    begin.flushEvery = Below(4);
     std::vector<SDiskFault> faults{{end, kNever, EFileFailure::BadDescriptor, takesPart, true}};
     if (number == 0 && test.isRefusedOnce)
         if (const std::size_t at = Below(end); at > 0)
@@ -147,8 +149,6 @@ SMemoryDisk CrashTest::AfterEndOfProcess(const SMemoryDisk& ended, const std::st
     SMemoryDisk disk = ended;
     disk.EndProcess();
     const bool isKept = *test.locked == '\0' && !test.isRefusedOnce;
-    if (isKept && disk.events.refusedFrames > 0)
-        Complain(story + ": no room was reserved for a frame");
     if (isKept && disk.events.excused.size() > ended.events.excused.size() + 1)
         Complain(story + ": several events were in no file");
     return disk;
@@ -160,6 +160,8 @@ void CrashTest::TryEnd(const SMemoryDisk& ended, std::size_t perEnd) {
     for (const SDiskFault& fault : ended.faults)
         story += (fault.isEnd ? " ends at " : " refused at ") + std::to_string(fault.first) +
                  (fault.writesTakePart ? "t" : "");
+    if (ended.events.refusedFrames > 0 && !test.isRefusedOnce)
+        Complain(story + ": no room was reserved for a frame");
     Follow(AfterEndOfProcess(ended, story), 1, story + " process,");
     SMemoryDisk disk;
     SEveryChoice every;

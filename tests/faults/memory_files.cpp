@@ -227,7 +227,7 @@ bool MakePrivateFolder(const std::string& folder) {
     return true;
 }
 std::string ResolvedFolder(const std::string& folder) {
-    return folder;
+    return GetPathKind(folder) == EPathKind::Folder ? folder : "";
 }
 SFreeSpace FreeSpace(const std::string&) {
     return g_disk.room;
