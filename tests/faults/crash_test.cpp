@@ -247,7 +247,8 @@ std::string CrashTest::ComplaintOfState(const SOutcome& last, std::map<int, std:
             complaint += " " + path + " is damaged;";
         const std::size_t name = path.rfind('\\') + 1;
         const std::string told = isAside ? " set aside in " + DisplayPath(path) + ": "
-                                         : path.substr(name, path.rfind(".damaged") - name) + " is damaged";
+                                         : path.substr(name, path.rfind(".damaged") - name) +
+                                               (test.isRefusedOnce ? "" : " is damaged");
         // Records that the journal has refused go into a file that only the log names.
         const bool mayBeUntold =
             bytes.empty() || path.ends_with("event-root.txt") || (isAside && test.isRefusedOnce);
