@@ -81,10 +81,35 @@ void CRuvoApp::StartUp(CRunContext& context, std::span<const std::string> argume
         LogMessage(kAlreadyRunning, false);
         return;
     }
+    BeginRecord(context);
     if (result == EResultCode::Success && !m_commsServer.Start()) {
         result = EResultCode::CommsServerFailed;
     }
     ReportOrRun(context, result);
+}
+
+/// A run that cannot begin has one, too, if it knows its event root.
+void CRuvoApp::BeginRecord(const CRunContext& context) {
+    if (!m_commandLine.checkOnly && !context.DestinationRoot().empty()) {
+        m_record.emplace(context.DestinationRoot(), m_commandLine.iniPath);
+        m_record->Begin();
+        m_runEnd.WhenRunAbandoned([this] { EndRecord(); });
+    }
+}
+
+/// Whatever is not said of the end by then was a failure that the log tells of; the record then looks like
+/// that of a killed run.
+void CRuvoApp::EndRecord() {
+    if (!m_record) {
+        return;
+    }
+    if (m_runEnd.IsAsked() && m_runEnd.Stage() != CRunEnd::EStage::NotBegun) {
+        m_ended.ended = ERunEnd::Signal;
+        m_ended.signal = m_runEnd.Name();
+        m_ended.notVisited = m_runEnd.NotVisited();
+    }
+    m_ended.logLines = ErrorLogLines();
+    m_record->End(m_ended);
 }
 
 /// Where they cannot be heard they end the program at once, and the next run completes what it was doing.
@@ -114,8 +139,11 @@ void CRuvoApp::ReportOrRun(CRunContext& context, EResultCode result) {
     if (m_commandLine.checkOnly) {
         ShowMessageBox(good ? EMessageIcon::Information : EMessageIcon::Warning, ApplicationName(), text);
     } else if (good) {
-        RunExtraction(context, m_runEnd);
+        RunExtraction(context, m_runEnd, m_record ? &*m_record : nullptr);
+        m_ended.ended = ERunEnd::Whole;
     } else {
+        m_ended.ended = ERunEnd::NotBegun;
+        m_ended.result = static_cast<std::uint64_t>(result);
         if (result == EResultCode::IniFileNotOpened) { // the file that would have named the log
             const std::string path = FullPath(m_commandLine.iniPath);
             WriteStandardError("ruvo: " + DisplayPath(path.empty() ? m_commandLine.iniPath : path) +
@@ -129,6 +157,7 @@ void CRuvoApp::TearDown(CRunContext& context) {
     context.Config().WipePasswords();
     CloseLink(context);
     m_runEnd.Finish();
+    EndRecord();
     m_commsServer.Stop();
     m_programFolder.reset();
 }

@@ -7,6 +7,7 @@
 #include "app/single_instance_app.h"
 #include "config/result_code.h"
 #include "config/run_context.h"
+#include "ledger/visit_record.h"
 #include "platform/end_requests.h"
 #include "run/end_watch.h"
 #include "run/run_end.h"
@@ -34,6 +35,8 @@ public:
 private:
     void StartUp(CRunContext& context, std::span<const std::string> arguments);
     void HearRequests();
+    void BeginRecord(const CRunContext& context);
+    void EndRecord();
     bool CheckDependencies() const;
     void ReportOrRun(CRunContext& context, EResultCode result);
     void TearDown(CRunContext& context);
@@ -43,6 +46,8 @@ private:
     CCommsServer m_commsServer;
     bool m_hearsRequests;
     CRunEnd m_runEnd;
+    std::optional<CVisitRecord> m_record;     ///< from start-up on, in a run
+    SVisitLine m_ended;                       ///< how it ended
     std::unique_ptr<IEndRequests> m_requests; ///< null where none are heard
     std::optional<CEndWatch> m_endWatch;
 };

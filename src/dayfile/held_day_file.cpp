@@ -151,7 +151,7 @@ void CHeldDayFile::StartAt(std::uint64_t position, const CTextFileHeader& header
     if (m_lossOfFile) {
         throw CFileException(m_lossOfFile->cause, m_path, m_lossOfFile->why);
     }
-    m_start = m_position = position;
+    m_start = m_position = m_wholeEnd = position;
     m_storedCount = 0;
     m_piece.clear();
     m_piece.reserve(kPieceSize + kMaxRecordImage); // from here on no memory is asked for
@@ -181,6 +181,7 @@ void CHeldDayFile::WritePiece() {
     }
     m_isHeaderDue = false;
     m_position += m_piece.size();
+    m_wholeEnd = m_position;
     m_storedCount += m_ends.size();
     m_piece.clear();
     m_ends.clear();
@@ -223,6 +224,7 @@ bool CHeldDayFile::Cut(CFile& file) {
         return false;
     }
     m_storedCount += whole;
+    m_wholeEnd = end;
     m_ends.clear();
     // Earlier pieces count as stored: they have to last, even if nothing of this one has come.
     return (length <= m_position && m_storedCount == 0) || file.FlushToDisk().Good();

@@ -56,6 +56,9 @@ public:
     void Finish();
     /// Images that stand whole in the file.
     std::size_t StoredCount() const { return m_storedCount; }
+    /// Where they are: the first byte, a header's included, and the one behind the last.
+    std::uint64_t WrittenFrom() const { return m_start; }
+    std::uint64_t WrittenTo() const { return m_wholeEnd; }
     /// After a failure: cuts the file back to the end of the last whole record that was written, or to where
     /// the writing began, unless something of another stands behind. False when a torn record may remain.
     bool CutBack() noexcept;
@@ -83,6 +86,7 @@ private:
     bool m_isHeaderDue = false;
     std::uint64_t m_start = 0;    ///< of what is written
     std::uint64_t m_position = 0; ///< where the next piece goes
+    std::uint64_t m_wholeEnd = 0; ///< of the images that are in the file
     std::vector<std::uint8_t> m_piece;
     std::vector<std::size_t> m_ends; ///< of the images within the piece
     std::size_t m_storedCount = 0;

@@ -42,6 +42,8 @@ struct SExtractionReport {
     bool isUnvisited = false;         ///< the run was to end before the first event
     LinkStatus endStatus = kLinkGood; ///< what ended the visit early; good when nothing did
 
+    std::string name;    ///< of the relay's folder; empty unless the relay gave model and serial number
+    std::string plant;   ///< both in code page 1252, as the relay gave them
     std::string dayFile; ///< its path
     std::optional<SRefusal> refusal;
     CErrorList columnErrors; ///< of record columns: one at most, since the visit ends with it

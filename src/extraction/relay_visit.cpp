@@ -73,6 +73,7 @@ void CVisit::Run(const std::string& eventRoot) {
     }
     SRecordTexts texts;
     texts.plant = ReadSystemText(RowOf(cells::kPlant));
+    m_report.plant = texts.plant;
     texts.description = ReadSystemText(RowOf(cells::kDescription));
     texts.model = ReadSystemText(RowOf(cells::kModel));
     if (!AreEventsPending()) {
@@ -112,6 +113,7 @@ void CVisit::Run(const std::string& eventRoot) {
 bool CVisit::NameFile(const std::string& eventRoot) {
     const std::string folder = MakeDeviceFolderName(&m_isNameWhole);
     const std::string file = MakeEventFileName(&m_isNameWhole);
+    m_report.name = m_isNameWhole ? folder : std::string();
     m_path = eventRoot + "\\" + NativeRelayText(folder) + "\\" + NativeRelayText(file);
     if (IsSafeFileName(folder) && IsSafeFileName(file) && !FullPath(m_path).empty()) {
         return true;

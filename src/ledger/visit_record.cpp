@@ -126,11 +126,20 @@ bool CVisitRecord::TryNumber(std::uint64_t number) {
     return false;
 }
 
+void CVisitRecord::NoteRecovered(const std::string& key, std::uint64_t events) noexcept {
+    try {
+        m_recovered[key] += events;
+    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): no memory; the log has the number
+    }
+}
+
 void CVisitRecord::Add(SVisitEntry entry) noexcept {
     if (!m_isOpen) {
         return;
     }
     try {
+        const auto recovered = m_recovered.extract(entry.key);
+        entry.recovered = recovered ? recovered.mapped() : 0;
         entry.lastReached = entry.isReached ? entry.end : LastReached(entry.key, entry.address);
         m_isOpen = WriteLine(AsJson(entry));
     } catch (const std::exception&) { // no memory
@@ -147,6 +156,12 @@ void CVisitRecord::End(SVisitLine end) noexcept {
     }
     m_isOpen = false;
     try {
+        for (const auto& [key, events] : m_recovered) { // of relays that this run has not visited
+            SVisitEntry entry;
+            entry.key = key;
+            entry.recovered = events;
+            static_cast<void>(WriteLine(AsJson(entry)));
+        }
         end.end = RecordedNow();
         // In its own file first: whoever makes the line will know how it ended.
         if (WriteLine(EndAsJson(end)) &&

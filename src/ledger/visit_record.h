@@ -30,6 +30,8 @@ public:
     /// Makes lines of killed runs' files, and this run's own file. Nothing is made where the event root is
     /// not there. What else stands in the way is told to standard error.
     void Begin() noexcept;
+    /// Counts events of an earlier run that this one has stored; they go into the relay's entry.
+    void NoteRecovered(const std::string& key, std::uint64_t events) noexcept;
     /// Adds a relay's entry. Of one that was not reached it looks up when it last was.
     void Add(SVisitEntry entry) noexcept;
     /// Makes the line; how the run ended is the caller's to say, and the time is now.
@@ -49,6 +51,7 @@ private:
     SVisitLine m_line;
     CFile m_file;
     bool m_isOpen = false;
+    std::map<std::string, std::uint64_t> m_recovered; ///< by key; in no entry yet
     bool m_isHistoryRead = false;
     std::map<std::pair<std::string, std::string>, std::string> m_lastReached; ///< by key and address
 };

@@ -83,6 +83,8 @@ public:
     void RequestAbort();
     /// Whether a command was aborted because the program itself is to end: that command did not fail.
     bool HasCutShort() const { return m_channel.HasCutShort(); }
+    /// What has come of the requests since it was last taken.
+    SRequestAccount TakeAccount() { return m_pattern.TakeAccount(); }
 
     // --- reading; output containers are emptied first ---
     LinkStatus GetColumnHeadings(CProgressMonitor* monitor, CParlaneDataArray& first,

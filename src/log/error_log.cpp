@@ -30,6 +30,7 @@ namespace {
 struct SErrorLogState {
     std::string path;
     bool disabled = false;
+    std::uint64_t lines = 0; ///< written
 };
 
 SErrorLogState& State() {
@@ -173,9 +174,11 @@ void AppendLine(std::string_view text, ELineWorth worth) {
     const std::string line = TimeStamp() + ' ' + OneLine(text);
     if (State().path.empty()) {
         ReportLineLost(line, "no path is known");
+        ++State().lines;
         return;
     }
     const SFileResult result = AppendToFile(State().path, line + "\r\n", worth);
+    ++State().lines;
     if (!result.Good()) {
         ReportLineLost(line, SystemErrorText(result.systemCode));
     }
@@ -193,6 +196,10 @@ void ResolveErrorLogPath(const CRunContext& context, bool configurationLoaded) {
 
 const std::string& ErrorLogPath() {
     return State().path;
+}
+
+std::uint64_t ErrorLogLines() {
+    return State().lines;
 }
 
 void SetErrorLogDisabled(bool disabled) {

@@ -19,6 +19,9 @@ void ResolveErrorLogPath(const CRunContext& context, bool configurationLoaded);
 /// Full path of the log; empty, which writes nothing, until it has been resolved.
 const std::string& ErrorLogPath();
 
+/// Lines that this process has written, those that were lost included.
+std::uint64_t ErrorLogLines();
+
 /// Silences every write, or lifts that again.
 void SetErrorLogDisabled(bool disabled);
 

@@ -6,6 +6,7 @@
 #include "extraction/password_state.h"
 #include "extraction/relay_visit.h"
 #include "ledger/visit_custody.h"
+#include "ledger/visit_record.h"
 #include "link/client.h"
 #include "log/connection_details.h"
 #include "log/error_log.h"
@@ -17,6 +18,7 @@
 #include "run/link_control.h"
 #include "run/login_probe.h"
 #include "run/password_callbacks.h"
+#include "run/relay_entry.h"
 #include "run/run_end.h"
 
 #include <exception>
@@ -35,10 +37,12 @@ struct SRun {
     CRunContext& context;
     CRunLedger& ledger;
     CRunEnd& end;
+    CVisitRecord* record; ///< null where none is kept
 };
 
 /// Extracts the events, and logs every problem. False when the run's end came before the first event.
-bool ExtractAndReport(const SRun& run, std::int32_t deviceAddress, CVisitCustody& custody) {
+bool ExtractAndReport(const SRun& run, std::int32_t deviceAddress, CVisitCustody& custody,
+                      CRelayEntry& entry) {
     const CRunContext& context = run.context;
     SExtractionReport report;
     std::optional<LinkStatus> raised;
@@ -56,6 +60,7 @@ bool ExtractAndReport(const SRun& run, std::int32_t deviceAddress, CVisitCustody
         WithLogReserve([&] { LogStatusMessage(ExtractionProblemText(context), ended); });
     }
     LogVisit(report);
+    entry.Note(report, ended, custody.File());
     return !report.isUnvisited;
 }
 
@@ -79,8 +84,9 @@ void KeepAbandoned(CVisitCustody& custody) noexcept {
     }
 }
 
-/// Handles one relay, which the open link reaches: login, then its events. Throws nothing.
-void VisitRelay(const SRun& run, const std::string& key, std::int32_t deviceAddress) {
+/// Handles one relay, which the open link reaches: login, then its events. Throws nothing. False when the
+/// run's end came before.
+bool VisitRelay(const SRun& run, const std::string& key, std::int32_t deviceAddress, CRelayEntry& entry) {
     CP32Wrap& link = *CP32Wrap::GetInstance();
     bool isVisited = true;
     try {
@@ -95,7 +101,7 @@ void VisitRelay(const SRun& run, const std::string& key, std::int32_t deviceAddr
         } else {
             CVisitCustody custody(&run.ledger, key);
             run.end.WhenAbandoned([&custody] { KeepAbandoned(custody); });
-            isVisited = ExtractAndReport(run, deviceAddress, custody);
+            isVisited = ExtractAndReport(run, deviceAddress, custody, entry);
             custody.End(); // the log has what it has to tell
         }
     } catch (const std::exception& exception) { // one relay's trouble is never the next one's
@@ -105,11 +111,14 @@ void VisitRelay(const SRun& run, const std::string& key, std::int32_t deviceAddr
     if (isVisited) {
         run.end.NoteVisited();
     }
+    return isVisited;
 }
 
 void VisitEthernetRelay(const SRun& run, const std::string& key, const std::string& entry) {
     const std::int32_t bus = ParseEthernetBusAddress(entry);
     const std::int32_t device = ParseEthernetDeviceAddress(entry);
+    CRelayEntry record(run.record, key, entry, ELink::Ethernet);
+    bool isVisited = true;
     try {
         const std::string ip = ParseEthernetIp(entry);
         if (OpenEthernetLink(run.context, ip, device, bus)) {
@@ -117,12 +126,15 @@ void VisitEthernetRelay(const SRun& run, const std::string& key, const std::stri
             details.ipAddress = ip;
             details.deviceAddress = device;
             details.busAddress = bus;
-            VisitRelay(run, key, device);
+            isVisited = VisitRelay(run, key, device, record);
         } else {
             run.end.NoteVisited();
         }
     } catch (const std::exception& exception) { // the next relay has a tunnel of its own
         LogUnhandled(exception);
+    }
+    if (isVisited) {
+        record.Add();
     }
     CloseLink(run.context);
 }
@@ -135,35 +147,57 @@ void VisitEthernetRelays(const SRun& run) {
     }
 }
 
+/// Without the link no relay is reached, for the same reason; an end of the run is none.
+void AddUnreached(const SRun& run, const AddressEntries& entries, ELink kind) {
+    if (run.record == nullptr || run.end.IsAsked()) {
+        return;
+    }
+    const SRequestAccount account = CP32Wrap::GetInstance()->TakeAccount();
+    for (const auto& [key, address] : entries) {
+        CRelayEntry(run.record, key, std::to_string(address), kind).AddUnreached(account.lastFailure);
+    }
+}
+
 void VisitRelays(const SRun& run, const AddressEntries& entries) {
-    if (run.end.IsAsked() || !OpenSerialOrModemLink(run.context)) {
+    const ELink kind = SelectedLink(run.context.Config());
+    if (run.end.IsAsked()) {
+        return;
+    }
+    if (!OpenSerialOrModemLink(run.context)) {
+        AddUnreached(run, entries, kind);
         return;
     }
     for (const auto& [key, address] : entries) {
         if (!run.end.IsAsked()) {
+            CRelayEntry entry(run.record, key, std::to_string(address), kind);
             ConnectionDetails().deviceAddress = address;
-            VisitRelay(run, key, address);
+            if (VisitRelay(run, key, address, entry)) {
+                entry.Add();
+            }
         }
     }
 }
 
 } // namespace
 
-void RunExtraction(CRunContext& context, CRunEnd& end) {
+void RunExtraction(CRunContext& context, CRunEnd& end, CVisitRecord* record) {
     const CRuvoConfig& config = context.Config();
     const ELink link = SelectedLink(config);
     const AddressEntries& entries = link == ELink::Modem ? config.ModemEntries() : config.SerialEntries();
     end.Begin(link == ELink::Ethernet ? config.EthernetEntries().size() : entries.size());
     CP32Wrap::SetGetPasswordCallback(&PasswordCallback);
     CP32Wrap::SetPasswordAcceptedCallback(&PasswordAcceptedCallback);
-    CRunLedger ledger(context.DestinationRoot(), &LogLedgerReport);
+    CRunLedger ledger(context.DestinationRoot(), [record](const SLedgerReport& report) {
+        LogLedgerReport(report);
+        NoteRecovered(record, report);
+    });
     BringInEarlierEvents(ledger);
     SConnectionDetails& details = ConnectionDetails();
     details.ethernetLink = link == ELink::Ethernet;
     details.serialLink = link == ELink::Serial;
     details.comPort = config.CommPort();
     details.modemName = config.TapiModemName();
-    const SRun run{context, ledger, end};
+    const SRun run{context, ledger, end, record};
     if (link == ELink::Ethernet) {
         VisitEthernetRelays(run);
     } else {

@@ -38,6 +38,9 @@ void CRunEnd::Abandon() noexcept {
     if (m_whenAbandoned) {
         m_whenAbandoned();
     }
+    if (m_whenRunAbandoned) {
+        m_whenRunAbandoned();
+    }
 }
 
 } // namespace ruvo

@@ -30,8 +30,10 @@ public:
 
     /// What is to be done for the visit under way when its thread is left behind in the server; may be null.
     void WhenAbandoned(std::function<void()> action) { m_whenAbandoned = std::move(action); }
-
+    /// The same for the run as a whole, after that.
+    void WhenRunAbandoned(std::function<void()> action) { m_whenRunAbandoned = std::move(action); }
     EStage Stage() const { return m_stage; }
+    /// Relays that an early end leaves out.
     std::size_t NotVisited() const { return m_relays - m_visited; }
     /// Writes the line of the log, once, whoever calls it first.
     void Tell() noexcept;
@@ -46,6 +48,7 @@ private:
     std::atomic<std::size_t> m_relays = 0;
     std::atomic<std::size_t> m_visited = 0;
     std::function<void()> m_whenAbandoned;
+    std::function<void()> m_whenRunAbandoned;
 };
 
 } // namespace ruvo

@@ -45,7 +45,7 @@ protected:
         ResolveErrorLogPath(context, true);
         server.calls.clear();
         server.lines.clear();
-        RunExtraction(context, *end);
+        RunExtraction(context, *end, kept);
         CloseLink(context);
         end->Finish();
         std::string lines;
@@ -66,6 +66,7 @@ protected:
     SRuvoConfigFields fields;
     CRunContext context;
     std::optional<CRunEnd> end;
+    CVisitRecord* kept = nullptr;
 };
 
 } // namespace ruvo::test

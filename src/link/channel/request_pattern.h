@@ -5,6 +5,7 @@
 #include "link/channel/password_check.h"
 #include "link/seam/variant.h"
 
+#include <atomic>
 #include <string>
 
 namespace ruvo {
@@ -12,6 +13,12 @@ namespace ruvo {
 inline Variant CellVariant(CellAddress cell) {
     return Variant::FromI2(static_cast<std::int16_t>(cell));
 }
+
+/// What has come of requests, for who tells of them.
+struct SRequestAccount {
+    bool hasRelayAnswered = false;      ///< even if only by refusing
+    LinkStatus lastFailure = kLinkGood; ///< the last status that is no success
+};
 
 /// Runs requests on the channel. A request is a number of passes; a pass is one server call, or a start, a
 /// wait and a fetch, under the command lock. The lock is free between two passes, when a password is entered.
@@ -45,12 +52,25 @@ public:
     template <class Start, class Fetch, class Unpack>
     LinkStatus RunStartedPass(Start start, Fetch fetch, Unpack unpack);
 
+    /// What has come of the requests since it was last taken.
+    SRequestAccount TakeAccount() {
+        return {m_hasRelayAnswered.exchange(false), m_lastFailure.exchange(kLinkGood)};
+    }
+
 private:
     template <class Action>
     static LinkStatus CaughtAsFailure(Action action) noexcept;
+    LinkStatus Noted(LinkStatus status) noexcept {
+        if (!IsWriteGood(status)) {
+            m_lastFailure = status;
+        }
+        return status;
+    }
 
     CChannel& m_channel;
     IPasswordCheck& m_check;
+    std::atomic<bool> m_hasRelayAnswered = false;
+    std::atomic<LinkStatus> m_lastFailure = kLinkGood;
 };
 
 /// What is left of a request that cannot be carried through: no memory for it or its reply, or a wait that
@@ -87,15 +107,16 @@ LinkStatus CRequestPattern::RunRequest(CProgressMonitor* monitor, const char* na
                                        CellAddress cell) {
     const CMonitorSlot::CMonitorScope loan(m_channel.Monitor(), monitor);
     if (!m_channel.Begin()) {
-        return kLinkAborted;
+        return Noted(kLinkAborted);
     }
-    return CaughtAsFailure([&] {
+    return Noted(CaughtAsFailure([&] {
         bool passwordEntered = false;
         bool repeat = true;
         LinkStatus status = kLinkGood;
         while (repeat) {
             m_channel.Monitor().Store(monitor); // a password entry in between has released it
             status = pass();
+            m_hasRelayAnswered = m_hasRelayAnswered || IsWriteGood(status) || IsReply(status);
             if (IsPasswordRequest(status)) {
                 m_check.ProcessPasswordRequest(monitor, status, passwordEntered, repeat,
                                                std::string("CP32Wrap::") + name + " calls EnterPassword()",
@@ -105,7 +126,7 @@ LinkStatus CRequestPattern::RunRequest(CProgressMonitor* monitor, const char* na
             }
         }
         return status;
-    });
+    }));
 }
 
 template <class Call>
@@ -118,7 +139,7 @@ LinkStatus CRequestPattern::RunWrite(CProgressMonitor* monitor, const char* name
 template <class Pass>
 LinkStatus CRequestPattern::RunOnce(CProgressMonitor* monitor, Pass pass) {
     const CMonitorSlot::CMonitorScope loan(m_channel.Monitor(), monitor);
-    return m_channel.Begin() ? CaughtAsFailure(pass) : kLinkAborted;
+    return Noted(m_channel.Begin() ? CaughtAsFailure(pass) : kLinkAborted);
 }
 
 template <class Call>

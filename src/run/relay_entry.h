@@ -1,0 +1,44 @@
+// What a run's record says of one relay, gathered while it is being visited.
+#pragma once
+
+#include "config/ini_keys.h"
+#include "ledger/visit_entry.h"
+#include "link/seam/link_status.h"
+
+#include <string>
+
+namespace ruvo {
+
+class CHeldDayFile;
+class CVisitRecord;
+struct SExtractionReport;
+struct SLedgerReport;
+
+/// Made before the relay's first request. Nothing here fails: what there is no memory for is left out.
+class CRelayEntry {
+public:
+    /// Without a record nothing is gathered.
+    CRelayEntry(CVisitRecord* record, const std::string& key, const std::string& address,
+                ELink link) noexcept;
+
+    /// What became of its events; `ended` is the status that ended the visit early.
+    void Note(const SExtractionReport& report, LinkStatus ended, const CHeldDayFile& file) noexcept;
+    /// Puts the entry into the record.
+    void Add() noexcept;
+    /// The same of a relay to which the link could not be opened.
+    void AddUnreached(LinkStatus failure) noexcept;
+
+private:
+    template <class Action>
+    void Gather(Action action) noexcept;
+    void SetStatus(LinkStatus status);
+
+    CVisitRecord* m_record;
+    SVisitEntry m_entry;
+    bool m_isRead = false; ///< the login is over
+};
+
+/// Counts events of an earlier run that this one has stored.
+void NoteRecovered(CVisitRecord* record, const SLedgerReport& report) noexcept;
+
+} // namespace ruvo

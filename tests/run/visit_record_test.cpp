@@ -1,0 +1,103 @@
+// What a run leaves in the record of its visits.
+#include "extraction/extraction_fixture.h"
+#include "run/run_fixture.h"
+
+#include "ledger/visit_history.h"
+#include "ledger/visit_record.h"
+#include "platform/environment.h"
+
+namespace ruvo::test {
+
+class RunRecord : public Run {
+protected:
+    RunRecord() {
+        SetEnvironmentValue("RUVO_STATE_DIR", folder.Native("state"));
+        std::filesystem::create_directories(folder.Native("ev"));
+        g_utcTime = {2026, 11, 16, 23, 30, 0};
+    }
+    ~RunRecord() override { SetEnvironmentValue("RUVO_STATE_DIR", before); }
+
+    /// The entries of a run: "KEY ADDRESS LINK NAME reached TAKEN/STORED/LOST/ASIDE STATUS FILE FROM-TO|".
+    std::string Entries() {
+        std::filesystem::remove_all(folder.Native("state"));
+        CVisitRecord record(folder.Path("ev"), folder.Path("site.ini"));
+        record.Begin();
+        kept = &record;
+        RunAll();
+        kept = nullptr;
+        record.End({});
+        std::string all;
+        const auto last = SummariseVisits(folder.Path("ev"), folder.Path("site.ini")).last;
+        for (const SVisitEntry& entry : last ? last->entries : std::vector<SVisitEntry>()) {
+            std::ostringstream text;
+            text << entry.key << " " << entry.address << " " << entry.link << " " << entry.name << " "
+                 << (entry.isReached ? "reached" : "not reached") << " " << entry.taken << "/" << entry.stored
+                 << "/" << entry.lost << "/" << entry.setAside << " " << entry.status;
+            if (!entry.dayFile.empty())
+                text << " " << entry.dayFile << " " << entry.from << "-" << entry.to;
+            all += text.str() + "|";
+            plant = entry.plant;
+        }
+        return all;
+    }
+    void MakeRelay() {
+        server.values = {{0x0004, TextHex("Desc")},
+                         {0x0005, TextHex("Pl\"ant  ")},
+                         {0x0006, TextHex("AB12-X")},
+                         {0x0008, TextHex("00001234 ")}};
+    }
+
+    const SScriptedEvent kTrip = Event(1, {"240107", TextHex("%d"), "280105"});
+    std::string plant;
+    std::string before = EnvironmentValue("RUVO_STATE_DIR").value_or("");
+};
+
+TEST_F(RunRecord, SaysWhatBecameOfEachRelay) {
+    MakeRelay();
+    fields.serialEntries = {{"RV001", 5}, {"RV002", 6}};
+    server.events = {kTrip, kTrip, {77, List({})}};
+    const std::string name = "AB12-00001234";
+    const std::string begin =
+        "RV001 5 serial " + name + " reached 3/2/1/0 251 " + name + "/" + name + "-2026-11-16-DEV.evt ";
+    const std::string quiet = "RV002 6 serial " + name + " reached 0/0/0/0 0|";
+    std::string entries = Entries();
+    const auto size =
+        std::filesystem::file_size(folder.Native("ev/" + name + "/" + name + "-2026-11-16-DEV.evt"));
+    EXPECT_EQ(entries, begin + "0-" + std::to_string(size) + "|" + quiet);
+    EXPECT_EQ(plant, "Pl\"ant");
+    server.events = {kTrip, kTrip, {77, List({})}};
+    entries = Entries();
+    EXPECT_TRUE(entries.starts_with(begin + std::to_string(size) + "-")) << entries;
+}
+
+TEST_F(RunRecord, SaysWhyARelayWasNotReached) {
+    fields.serialEntries = {{"RV001", 5}};
+    server.statuses = {{"GetValue 00.DF", 8}};
+    EXPECT_EQ(Entries(), "RV001 5 serial  not reached 0/0/0/0 8|");
+    server.statuses = {{"OpenPort", 11}};
+    EXPECT_EQ(Entries(), "RV001 5 serial  not reached 0/0/0/0 11|");
+    server.statuses = {{"GetDeviceStatus", 15}};
+    MakeRelay();
+    EXPECT_EQ(Entries(), "RV001 5 serial AB12-00001234 reached 0/0/0/0 15|");
+    server.statuses = {{"ResetCell 00.02", 0x0911}};
+    server.values[0x00DF] = "240100";
+    EXPECT_EQ(Entries(), "RV001 5 serial  reached 0/0/0/0 2321|") << "it has answered";
+    server.statuses = {{"SetTransactionValues", 12}};
+    fields.useEthernet = 1;
+    fields.ethernetEntries = {{"RV001", "10.0.0.5,2,1"}};
+    EXPECT_EQ(Entries(), "RV001 10.0.0.5,2,1 ethernet  not reached 0/0/0/0 12|");
+}
+
+TEST_F(RunRecord, LeavesOutWhatAnEndHasLeftOut) {
+    MakeRelay();
+    fields.serialEntries = {{"RV001", 5}, {"RV002", 6}, {"RV003", 7}};
+    server.onCall = [this, n = 0](SCall& call) mutable -> std::optional<std::int64_t> {
+        if (call.name == "GetDeviceStatus" && ++n == 1)
+            end->Ask("SIGTERM");
+        return std::nullopt;
+    };
+    EXPECT_EQ(Entries(), "RV001 5 serial AB12-00001234 reached 0/0/0/0 0|");
+    EXPECT_EQ(end->NotVisited(), 2U);
+}
+
+} // namespace ruvo::test
