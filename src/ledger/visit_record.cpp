@@ -70,7 +70,7 @@ void CVisitRecord::Begin() noexcept {
         if (m_folder.empty()) {
             return;
         }
-        if (MakePrivateFolder(m_folder)) {
+        if (PrepareRootFolder(m_folder, m_eventRoot)) {
             EndKilledRuns();
             MakeFile();
         }
