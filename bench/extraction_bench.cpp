@@ -3,10 +3,14 @@
 #include "support/scratch_folder.h"
 
 #include "extraction/relay_visit.h"
+#include "ledger/visit_custody.h"
 #include "link/client.h"
 #include "platform/files.h"
 
 #include <benchmark/benchmark.h>
+
+#include <cstdlib>
+#include <filesystem>
 
 namespace ruvo {
 
@@ -54,6 +58,34 @@ void ExtractEvents(benchmark::State& state, bench::EEventForm form) {
 }
 BENCHMARK_CAPTURE(ExtractEvents, simple, bench::EEventForm::Simple);
 BENCHMARK_CAPTURE(ExtractEvents, extended, bench::EEventForm::Extended);
+
+/// The same through the journal of a run; the journal and the day file are in one folder.
+void ExtractEventsWithJournal(benchmark::State& state, const char* parent) {
+    const CScratchFolder folder(parent != nullptr ? parent : std::filesystem::temp_directory_path());
+    setenv("RUVO_STATE_DIR", folder.Native("state").c_str(), 1);
+    CP32Wrap::CreateInstance();
+    CRunLedger ledger(folder.Path("ev"), [](const SLedgerReport&) {});
+    for (auto _ : state) {
+        bench::InstantServer().pending = kEvents;
+        bench::InstantServer().form = bench::EEventForm::Extended;
+        CVisitCustody custody(&ledger, "RV001");
+        SExtractionReport report;
+        ExtractEventsToFile(5, folder.Path("ev"), kNoEventLimit, &report, {}, &custody);
+        custody.End();
+        state.PauseTiming();
+        if (report.recordsWritten != kEvents || ledger.Journal() == nullptr) {
+            state.SkipWithError("not every event went through the journal");
+        }
+        std::filesystem::remove_all(folder.Native("ev"));
+        state.ResumeTiming();
+    }
+    CP32Wrap::DestroyInstance();
+    unsetenv("RUVO_STATE_DIR");
+    state.counters["events/s"] =
+        benchmark::Counter(static_cast<double>(state.iterations()) * kEvents, benchmark::Counter::kIsRate);
+}
+BENCHMARK_CAPTURE(ExtractEventsWithJournal, disk, nullptr)->UseRealTime();
+BENCHMARK_CAPTURE(ExtractEventsWithJournal, memory, "/dev/shm")->UseRealTime();
 
 /// The bytes of as many events, copied from the server's reply into one buffer and written to a file.
 void CopyTheSameBytes(benchmark::State& state) {

@@ -5,6 +5,7 @@
 #include "platform/full_path.h"
 
 #include <algorithm>
+#include <array>
 #include <exception>
 #include <ranges>
 
@@ -191,7 +192,9 @@ void CHeldDayFile::Finish() {
     if (!m_ends.empty()) { // a header without a record is none
         WritePiece();
     }
+    m_hasFlushFailed = true; // until it is known to have come back
     m_file.FlushToDisk();
+    m_hasFlushFailed = false;
     FlushNames(m_path, m_madeFolders.size());
 }
 
@@ -209,12 +212,36 @@ bool CHeldDayFile::CutBack() noexcept {
     return isCut;
 }
 
+/// Whether all that stands up to this length, from the failed write's position on, is a beginning of it. A
+/// program that asks for no lock may have appended in that moment.
+bool CHeldDayFile::HoldsBeginning(CFile& file, std::uint64_t length) const {
+    std::uint64_t position = 0;
+    std::array<std::uint8_t, 4096> buffer{}; // needs no memory
+    auto wanted = std::span<const std::uint8_t>(m_piece).first(
+        static_cast<std::size_t>(length - std::min(length, m_position)));
+    if (!wanted.empty() &&
+        !file.Seek(static_cast<std::int64_t>(m_position), ESeekOrigin::Start, position).Good()) {
+        return false;
+    }
+    while (!wanted.empty()) {
+        std::size_t count = 0;
+        const auto part = std::span(buffer).first(std::min(wanted.size(), buffer.size()));
+        if (!file.Read(part, count).Good() || count == 0 ||
+            !std::ranges::equal(part.first(count), wanted.first(count))) {
+            return false;
+        }
+        wanted = wanted.subspan(count);
+    }
+    return true;
+}
+
 bool CHeldDayFile::Cut(CFile& file) {
     std::uint64_t length = 0;
     if (m_ends.empty()) { // no write has failed
         return true;
     }
-    if (!file.GetLength(length).Good() || length > m_position + m_piece.size()) {
+    if (!file.GetLength(length).Good() || length > m_position + m_piece.size() ||
+        !HoldsBeginning(file, length)) {
         return false;
     }
     const auto isWhole = [&](std::size_t end) { return m_position + end <= length; };
@@ -227,7 +254,8 @@ bool CHeldDayFile::Cut(CFile& file) {
     m_wholeEnd = end;
     m_ends.clear();
     // Earlier pieces count as stored: they have to last, even if nothing of this one has come.
-    return (length <= m_position && m_storedCount == 0) || file.FlushToDisk().Good();
+    m_hasFlushFailed = (length > m_position || m_storedCount > 0) && !file.FlushToDisk().Good();
+    return true;
 }
 
 void CHeldDayFile::Release() noexcept {

@@ -59,8 +59,11 @@ public:
     /// Where they are: the first byte, a header's included, and the one behind the last.
     std::uint64_t WrittenFrom() const { return m_start; }
     std::uint64_t WrittenTo() const { return m_wholeEnd; }
+    /// The images stand in the file, but an end of the machine may take them: the system reports a failed
+    /// flush once, and a later one that succeeds proves nothing.
+    bool HasFlushFailed() const { return m_hasFlushFailed; }
     /// After a failure: cuts the file back to the end of the last whole record that was written, or to where
-    /// the writing began, unless something of another stands behind. False when a torn record may remain.
+    /// the writing began, unless something of another stands there. False when a torn record may remain.
     bool CutBack() noexcept;
 
     /// Closes. A file and folders that were made here are removed while they are empty.
@@ -72,6 +75,7 @@ private:
     EOpening Lock(CFileException& failure);
     SHoldFailure Explain(EOpening opening, const CFileException& failure) const;
     void WritePiece();
+    bool HoldsBeginning(CFile& file, std::uint64_t length) const;
     bool Cut(CFile& file);
 
     COffFile m_file;
@@ -90,6 +94,7 @@ private:
     std::vector<std::uint8_t> m_piece;
     std::vector<std::size_t> m_ends; ///< of the images within the piece
     std::size_t m_storedCount = 0;
+    bool m_hasFlushFailed = false;
 };
 
 /// Removes a day file that nothing is in and nobody holds, with its folder if that is to go too.

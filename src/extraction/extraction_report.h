@@ -33,6 +33,7 @@ enum class EVisitEnd : std::uint8_t { NoMoreEvents, LimitReached, JournalFull, D
 /// However many events a relay has, its report is no larger than this and a few texts.
 struct SExtractionReport {
     std::size_t recordsWritten = 0;
+    std::size_t recordsUnflushed = 0; ///< of those; an end of the machine may take them
     std::size_t eventsTaken = 0;      ///< from the relay, in all
     std::size_t eventsLost = 0;       ///< taken from the relay, but nowhere any more
     std::size_t eventsWaiting = 0;    ///< in the journal, from which the next run brings them in

@@ -250,6 +250,7 @@ void CVisit::FinishReport() {
     m_report.eventsTaken = m_eventsTaken;
     m_report.dayFile = std::move(m_path);
     m_report.recordsWritten = m_custody.StoredCount();
+    m_report.recordsUnflushed = m_custody.UnflushedCount();
     m_report.eventsWaiting = m_custody.WaitingCount();
     m_report.eventsSetAside = m_custody.SetAsideCount();
     m_report.eventsLost = m_eventsTaken - m_passedOver - m_report.recordsWritten - m_report.eventsWaiting -

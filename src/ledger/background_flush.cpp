@@ -29,8 +29,10 @@ bool CBackgroundFlush::NoteWrite() noexcept {
     return !m_hasFailed;
 }
 
-/// The lock is not held during the flush: the run goes on writing beside it.
+/// The run goes on writing beside a flush, but not flushing: a failure is reported to one flush only, and the
+/// other would count as good before the failure is known here.
 bool CBackgroundFlush::Flush() noexcept {
+    const std::scoped_lock oneAtATime(m_flushing);
     std::unique_lock lock(m_mutex);
     m_isDirty = false;
     lock.unlock();

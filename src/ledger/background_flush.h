@@ -31,7 +31,8 @@ private:
     void Run() noexcept;
 
     CFile& m_file;
-    std::mutex m_mutex;
+    std::mutex m_flushing; ///< held by the flush under way; taken before the other
+    std::mutex m_mutex;    ///< of what follows
     std::condition_variable m_wake;
     std::thread m_thread;
     bool m_isTried = false; ///< to start the thread

@@ -48,8 +48,8 @@ SLedgerReport JournalReport(ELedgerOutcome outcome, const std::string& path) {
 /// What is to be written, and where.
 struct CEntryRecovery::SPlan {
     SStoreInfo store;
-    bool stands = false;      ///< all of it is in the file already
-    bool isInPlace = false;   ///< over what is torn
+    bool stands = false;      ///< all of it is in the file already, elsewhere
+    bool isInPlace = false;   ///< over what is torn, or whole: the flush of what stands there may have failed
     bool isElsewhere = false; ///< at the end: the file is no longer as it was
 };
 
@@ -188,8 +188,7 @@ bool CEntryRecovery::MakePlan(const SJournalEntry& entry, CHeldDayFile& file, SP
         return false;
     }
     const EStanding outcome = standing.Outcome();
-    plan.stands = outcome == EStanding::All;
-    plan.isInPlace = outcome == EStanding::Torn;
+    plan.isInPlace = outcome == EStanding::Torn || outcome == EStanding::All;
     if (outcome != EStanding::Other) {
         return true;
     }

@@ -43,13 +43,18 @@ CRunLedger::CRunLedger(std::string eventRoot, LedgerListener tell)
           }
       }) {}
 
+/// What is open stays for the next run, which has to know what is done.
 CRunLedger::~CRunLedger() {
-    if (m_journal && m_openFiles.empty() && !m_journal->HasFailed()) {
-        try {
-            m_journal->Remove();
-        } catch (
-            const std::exception&) { // NOLINT(bugprone-empty-catch): the next run finds nothing open in it
-        }
+    if (!m_journal) {
+        return;
+    }
+    if (!m_openFiles.empty() || m_journal->HasFailed()) {
+        static_cast<void>(m_journal->Flush());
+        return;
+    }
+    try {
+        m_journal->Remove();
+    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the next run finds nothing open in it
     }
 }
 

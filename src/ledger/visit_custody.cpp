@@ -197,8 +197,15 @@ void CVisitCustody::AddUnframed(Add add) {
     }
 }
 
+std::size_t CVisitCustody::StoredCount() const {
+    const std::size_t count = m_isStoring ? m_file.StoredCount() : 0;
+    const std::size_t waiting = m_file.HasFlushFailed() ? m_framedCount : 0;
+    return count > waiting ? count - waiting : 0;
+}
+
 std::size_t CVisitCustody::WaitingCount() const {
-    return !m_isSettled && m_framedCount > StoredCount() ? m_framedCount - StoredCount() : 0;
+    const std::size_t certain = m_isStoring && !m_file.HasFlushFailed() ? m_file.StoredCount() : 0;
+    return !m_isSettled && m_framedCount > certain ? m_framedCount - certain : 0;
 }
 
 void CVisitCustody::End() {

@@ -44,8 +44,11 @@ public:
     /// Whether what is kept outlasts an end of the process.
     [[nodiscard]] bool HasJournal() const { return IsJournaled(); }
     [[nodiscard]] std::size_t KeptCount() const { return m_framedCount + m_ends.size(); }
-    [[nodiscard]] std::size_t StoredCount() const { return m_isStoring ? m_file.StoredCount() : 0; }
-    /// Events that are not in the day file, but in the journal for the next run.
+    /// Events that are in the day file; those that a journal has as well only once they are flushed.
+    [[nodiscard]] std::size_t StoredCount() const;
+    /// Of those, events that are in no journal and could not be flushed.
+    [[nodiscard]] std::size_t UnflushedCount() const { return m_file.HasFlushFailed() ? StoredCount() : 0; }
+    /// Events that are in the journal for the next run, and not for certain in the day file.
     [[nodiscard]] std::size_t WaitingCount() const;
     /// Events that are in a set-aside file.
     [[nodiscard]] std::size_t SetAsideCount() const { return m_setAsideCount; }

@@ -105,6 +105,12 @@ void TellOfDayFile(const SExtractionReport& report, ELineWorth worth) noexcept {
                    " bytes; it may end with a torn record.";
         });
     }
+    if (const std::size_t unflushed = report.recordsUnflushed; unflushed > 0) {
+        Tell(worth, [&] {
+            return "Day file " + path() + " could not be flushed to disk. It holds " +
+                   Counted(unflushed, "event") + " of this visit, which a power failure may still lose.";
+        });
+    }
     if (report.isNameUnread) {
         Tell(worth, [&] {
             return "The relay's model or serial number could not be read. Its events are in " + path() + ".";
@@ -127,7 +133,7 @@ void TellOfIncomplete(const CIncompleteRecords& incomplete, ELineWorth worth) no
 } // namespace
 
 void LogVisit(const SExtractionReport& report) noexcept {
-    const bool isLoss = report.eventsLost > 0 || report.eventsPassedOver > 0;
+    const bool isLoss = report.eventsLost > 0 || report.eventsPassedOver > 0 || report.recordsUnflushed > 0;
     const ELineWorth worth = isLoss ? ELineWorth::TellsOfLoss : ELineWorth::Usual;
     TellFailures(report, worth);
     TellOfDayFile(report, worth);

@@ -81,10 +81,13 @@ struct SOutcome {
             lost += std::stoul(told.substr(told.rfind(' ', told.rfind(' ', at - 1) - 1) + 1));
         return lost;
     }
+    static std::string DayFilePath(int address) {
+        const std::string name = "AB12-000" + std::to_string(address);
+        return "C:\\ev\\" + name + "\\" + name + "-2026-11-16-DEV.evt";
+    }
     /// The bytes of a relay's day file; none when there is no file.
     std::optional<std::string> DayFile(int address) const {
-        const std::string name = "AB12-000" + std::to_string(address);
-        const auto node = disk.Find("C:\\ev\\" + name + "\\" + name + "-2026-11-16-DEV.evt");
+        const auto node = disk.Find(DayFilePath(address));
         return node ? std::optional(disk.nodes[*node].bytes) : std::nullopt;
     }
 };

@@ -1,6 +1,7 @@
 // Complete runs in which one thing after the other fails: what was written stays, what is lost is told.
 #include "fault_rig.h"
 
+#include "dayfile/held_day_file.h"
 #include "paths/path_utilities.h"
 
 #include <limits>
@@ -15,6 +16,10 @@ protected:
         const std::string file = got.DayFile(address).value_or("");
         EXPECT_TRUE(file.starts_with(rig.before.DayFile(address).value_or("")));
         EXPECT_TRUE(RecordsOf(file).isSound || got.IsTold("bytes; it may end with a torn record"));
+        const auto node = got.disk.Find(got.DayFilePath(address));
+        EXPECT_TRUE(!node || got.disk.nodes[*node].writes.empty() || got.CountWaiting() > 0 ||
+                    got.IsTold(" could not be flushed to disk. It holds "))
+            << "what is not on the disk counts as stored";
     }
 
     /// After a next run, in which nothing goes wrong, each event is in a day file once, or told as lost.
@@ -127,6 +132,39 @@ TEST_F(FileFaults, AnUnreachableShareIsWalkedOnce) {
     EXPECT_FALSE(CanWriteInFolder(folder) || CanCreateFile(ErrorLogPath()));
     WriteLogLine("lost");
     EXPECT_EQ(g_disk.operations, 18U) << "each may wait for minutes";
+}
+
+TEST(HeldDayFile, IsCutBackOnlyWhereItsOwnBytesStand) {
+    const std::string image(40, 'r');
+    const std::string path = "C:\\ev\\AB12\\f.evt";
+    const struct {
+        const char* name;
+        std::string appended; ///< in the moment of the failing write
+        bool takesPart;
+        bool isCut;
+        std::string left;
+    } cases[] = {{"nothing", "", false, true, image},
+                 {"half a record", "", true, true, image},
+                 {"another's bytes, not longer than ours", "other", false, false, image + "other"},
+                 {"another's behind half a record", "s", true, false, image + image.substr(20) + "s"},
+                 {"a record like ours", image, false, true, image + image}};
+    for (const auto& test : cases) {
+        g_disk = {};
+        g_disk.PutFolder("C:\\ev");
+        g_disk.PutFolder("C:\\ev\\AB12");
+        g_disk.Put(path, image);
+        CHeldDayFile file;
+        ASSERT_FALSE(file.Hold(path));
+        file.StartAt(image.size(), {});
+        file.Add({reinterpret_cast<const std::uint8_t*>(image.data()), image.size()});
+        const std::size_t write = g_disk.operations + 2; // behind the seek
+        g_disk.faults = {{write, write, EFileFailure::DiskFull, test.takesPart}};
+        EXPECT_THROW(file.Finish(), CFileException);
+        SMemoryNode& node = g_disk.nodes[*g_disk.Find(path)];
+        node.Write(node.bytes.size(), test.appended);
+        EXPECT_EQ(file.CutBack(), test.isCut) << test.name;
+        EXPECT_EQ(node.bytes, test.left) << test.name;
+    }
 }
 
 class ServerFaults : public testing::TestWithParam<std::tuple<int, ELinkType>> {

@@ -100,6 +100,9 @@ TEST_F(VisitLines, EachReportHasItsWords) {
          "the relay for the next run.|"
          "/ev/d/f.evt could not be truncated to its earlier 7 bytes; it may end with a torn record.|"
          "2 events wait in the journal for the next run.|1 event taken from the relay, but not stored.|"},
+        {"a failed flush", [&] { report.recordsUnflushed = 1; },
+         "Day file /ev/d/f.evt could not be flushed to disk. It holds 1 event of this visit, which a power failure "
+         "may still lose.|"},
         {"the day file",
          [&] {
              report.isNameUnread = true;
