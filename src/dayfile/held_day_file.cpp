@@ -24,12 +24,14 @@ std::string FolderOf(const std::string& path) {
 
 /// Makes the names durable that lead to the file, whoever made them: its own, its folder's, and with a root
 /// that was made for it that one's.
-void FlushNames(const std::string& path, std::size_t madeFolders) {
+bool FlushNames(const std::string& path, std::size_t madeFolders) {
+    bool isGood = true;
     std::string folder = FolderOf(path);
     for (std::size_t name = 0; name <= std::max<std::size_t>(madeFolders, 1) && !folder.empty(); ++name) {
-        FlushFolder(folder);
+        isGood = FlushFolder(folder) && isGood;
         folder = FolderOf(folder);
     }
+    return isGood;
 }
 
 } // namespace
@@ -194,8 +196,11 @@ void CHeldDayFile::Finish() {
     }
     m_hasFlushFailed = true; // until it is known to have come back
     m_file.FlushToDisk();
-    m_hasFlushFailed = false;
-    FlushNames(m_path, m_madeFolders.size());
+    m_hasFlushFailed = !FlushNames(m_path, m_madeFolders.size());
+    if (m_hasFlushFailed) {
+        throw CFileException(EFileCause::Generic, m_path,
+                             "The name of day file " + DisplayPath(m_path) + " could not be flushed");
+    }
 }
 
 bool CHeldDayFile::CutBack() noexcept {
@@ -205,7 +210,7 @@ bool CHeldDayFile::CutBack() noexcept {
         isCut =
             isCut || (fresh.Open(m_path, {.read = true, .write = true, .plain = true}).Good() && Cut(fresh));
         if (m_storedCount > 0) {
-            FlushNames(m_path, m_madeFolders.size());
+            m_hasFlushFailed = !FlushNames(m_path, m_madeFolders.size()) || m_hasFlushFailed;
         }
     } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): no memory; what is cut is cut
     }

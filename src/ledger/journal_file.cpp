@@ -52,8 +52,7 @@ bool CJournalFile::Make(const std::string& folder, const std::string& nameBegin)
         // A run that looks for journals may have taken, or taken away, what had just been made.
         if (made.Good() && m_file.TryLock() != EFileLock::HeldByAnother && m_file.IsAt(m_path)) {
             m_end = kJournalHead.size();
-            if (WriteAt(0, HeadBytes())) {
-                FlushFolder(folder);
+            if (WriteAt(0, HeadBytes()) && FlushFolder(folder)) {
                 return true;
             }
             Remove();

@@ -27,11 +27,13 @@ std::string Now() {
 }
 
 /// Any of the folders that lead to the journals may have been made by a run just now.
-void FlushNamesAbove(std::string folder) {
+bool FlushNamesAbove(std::string folder) {
+    bool isGood = true;
     for (std::size_t end = folder.rfind('\\'); end != std::string::npos; end = folder.rfind('\\')) {
         folder.erase(end);
-        FlushFolder(folder);
+        isGood = FlushFolder(folder) && isGood;
     }
+    return isGood;
 }
 
 } // namespace
@@ -63,8 +65,8 @@ CJournalFile* CRunLedger::Journal() {
         m_isTried = true;
         const std::string folder = FolderOfJournals(m_eventRoot);
         auto journal = std::make_unique<CJournalFile>();
-        if (PrepareRootFolder(folder, m_eventRoot) && journal->Make(folder, Now())) {
-            FlushNamesAbove(folder);
+        if (PrepareRootFolder(folder, m_eventRoot) && FlushNamesAbove(folder) &&
+            journal->Make(folder, Now())) {
             FlushFolder(m_eventRoot.substr(0, m_eventRoot.rfind('\\'))); // its name, whoever made it
             m_journal = std::move(journal);
         } else {

@@ -45,8 +45,9 @@ bool CopyToNewFile(const std::string& source, const std::string& destination);
 /// Makes an empty file with a unique name that begins with `prefix` in `folder`; its path, or empty on
 /// failure.
 std::string MakeUniqueFile(const std::string& folder, const std::string& prefix);
-/// Makes the folder's own entries (a file just created in it) durable, where the system needs that.
-void FlushFolder(const std::string& folder);
+/// Makes the folder's own entries (a file just created in it) durable, where the system needs that. False
+/// only when the disk has failed to: a file system that cannot flush a folder has done what it can.
+bool FlushFolder(const std::string& folder);
 
 struct SFolderEntry {
     std::string name;

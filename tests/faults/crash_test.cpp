@@ -243,7 +243,7 @@ std::string CrashTest::ComplaintOfState(const SOutcome& last, std::map<int, std:
         const SRecords records = isAside ? RecordsOf(bytes) : SRecords();
         for (const int event : records.events)
             ++stored[event];
-        if (!records.isSound)
+        if (!records.isSound && !test.isRefusedOnce) // what no journal has can be torn for good
             complaint += " " + path + " is damaged;";
         const std::size_t name = path.rfind('\\') + 1;
         const std::string told = isAside ? " set aside in " + DisplayPath(path) + ": "

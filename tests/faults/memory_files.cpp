@@ -206,13 +206,14 @@ bool ListFolder(const std::string& folder, std::vector<SFolderEntry>& entries) {
             entries.push_back({name, g_disk.nodes[number].isFolder, !g_disk.nodes[number].isFolder});
     return node.has_value();
 }
-void FlushFolder(const std::string& folder) {
+bool FlushFolder(const std::string& folder) {
     const SDiskCall call;
     const auto node = g_disk.FindFolder(folder.substr(0, folder.find_last_not_of('\\') + 1));
-    static_cast<void>(g_disk.Do()); // what is refused here nobody would hear of
-    if (!g_disk.HasEnded() && node)
+    const bool isGood = g_disk.Do().Good();
+    if (isGood && node)
         g_disk.nodes[*node].Flush();
     g_disk.NoteNames();
+    return isGood;
 }
 std::string StateFolder() {
     return "C:\\var\\state";

@@ -7,6 +7,7 @@
 #include "platform/posix/native_path.h"
 #include "platform/posix/place.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
@@ -161,13 +162,15 @@ std::string MakeUniqueFile(const std::string& folder, const std::string& prefix)
     return path.replace(path.size() - (native->size() - name), std::string::npos, *native, name);
 }
 
-void FlushFolder(const std::string& folder) {
+bool FlushFolder(const std::string& folder) {
     const auto native = ToNativePath(folder);
     const int opened = native ? open(native->c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC) : -1;
+    bool isGood = true;
     if (opened != -1) {
-        fsync(opened);
+        isGood = fsync(opened) == 0 || (errno != EIO && errno != ENOSPC && errno != EDQUOT);
         close(opened);
     }
+    return isGood;
 }
 
 bool ListFolder(const std::string& folder, std::vector<SFolderEntry>& entries) {

@@ -134,7 +134,9 @@ std::string MakeUniqueFile(const std::string& folder, const std::string& prefix)
                                                                                  : std::string();
 }
 
-void FlushFolder(const std::string& /*folder*/) {} // the file system's own journal keeps the entries
+bool FlushFolder(const std::string& /*folder*/) {
+    return true; // the file system's own journal keeps the entries
+}
 
 bool ListFolder(const std::string& folder, std::vector<SFolderEntry>& entries) {
     entries.clear();
