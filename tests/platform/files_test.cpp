@@ -86,7 +86,8 @@ TEST(CFile, IsSharedUnderItsLockAndTakenBack) {
     EXPECT_TRUE(other.Open(target, {.read = true}).Good() && other.TryLock() == EFileLock::Unknown);
     EXPECT_TRUE(other.IsLocked() == true && made.IsLocked() == false);
     EXPECT_TRUE(Put(made, "x", count).Good() && !made.RemoveIfEmpty() && made.SetLength(0).Good());
-    std::filesystem::rename(folder.Native("target"), folder.Native("moved"));
+    folder.Write("moved", "gives way");
+    EXPECT_TRUE(RenameFile(target, folder.Path("moved")) && !RenameFile(target, folder.Path("moved")));
     EXPECT_FALSE(made.IsAt(target) || made.RemoveIfEmpty());
     std::filesystem::rename(folder.Native("moved"), folder.Native("target"));
     EXPECT_TRUE(made.IsAt(target) && made.IsAt(link) && made.RemoveIfEmpty());

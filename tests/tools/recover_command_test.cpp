@@ -110,6 +110,18 @@ TEST_F(RecoverCommand, ListsWhatIsLeftAndWhereItLooked) {
     EXPECT_EQ(std::ranges::count(events.out, '\n'), 3) << events.out << events.error;
 }
 
+TEST_F(RecoverCommand, LeavesARunThatIsUnderWayAlone) {
+    CRunLedger ledger(folder.Path("ev"), [](const SLedgerReport&) {});
+    CVisitCustody custody(&ledger, "RV001");
+    ASSERT_FALSE(custody.Begin(folder.Path("ev") + kDay));
+    EXPECT_TRUE(
+        custody.Keep({reinterpret_cast<const std::uint8_t*>(records[0].data()), records[0].size()}, 0));
+    EXPECT_NE(Recover().out.find("nothing is left"), std::string::npos) << "it answers for its events itself";
+    custody.Store();
+    custody.End();
+    EXPECT_TRUE(Day().ends_with(records[0]));
+}
+
 TEST_F(RecoverCommand, AppendsOnce) {
     Visit(EEnd::Stored);
     Visit(EEnd::SetAside);
