@@ -101,7 +101,8 @@ class Killer:
         self.complaints += [f"earlier bytes of {file} are not what they were" for file, bytes_ in self.earlier.items()
                             if not files.get(file, b"").startswith(bytes_)]
         torn, records = {}, set()
-        for line in self.site.ruvoctl("events", "--format", "json", self.site.events).splitlines():
+        is_there = self.site.events.exists()  # a kill may come before the run has made it
+        for line in self.site.ruvoctl("events", "--format", "json", self.site.events).splitlines() if is_there else ():
             item = json.loads(line)
             torn.pop(item["file"], None)  # what is followed by a record is no torn end
             if "error" not in item:
