@@ -52,6 +52,7 @@ class Killer:
         self.wanted = 0  # records that must be there
         self.expected = set()  # lines that the log must have, and no other
         self.sizes = {}
+        self.torn_before = {}
 
     def take_sizes(self):
         return {file: file.stat().st_size for file in self.site.day_files()}
@@ -115,8 +116,10 @@ class Killer:
         self.wanted, self.records, self.earlier = len(records), records, files
         begin, middle, end = REFUSED
         self.expected |= {f"{begin}{file}{middle}{at}{end}" for file, at in torn.items()}
-        self.torn += len(torn)
-        self.torn_by_kill += 0 if is_cut else len(torn)
+        new = torn.items() - self.torn_before.items()  # a refused file stays torn
+        self.torn_before = torn
+        self.torn += len(new)
+        self.torn_by_kill += 0 if is_cut else len(new)
 
     def look_at_log(self):
         said = {line.split(" Connection details - ")[0] for line in self.site.log()}
