@@ -33,9 +33,9 @@ constexpr std::array<std::string_view, static_cast<std::size_t>(EDayFileFault::L
 };
 static_assert(!kFaultTexts.back().empty(), "one text per fault");
 
-/// Where the timestamp's type code stands, from the block's tag on.
+/// Offset of the timestamp's type code from the block's tag.
 constexpr std::size_t kTimeStampAt = kBlockHeadSize + EventItemOffset(kTimeStampItem);
-/// Where a record's items begin behind its record number.
+/// Where a record's items begin, after its record number.
 constexpr std::size_t kItemsAt = kRecordNumberSize;
 
 bool IsBlockTag(std::uint8_t byte, EBlockTag tag) {
@@ -84,7 +84,7 @@ bool HasNullValue(const CSimpleEventRecord& record) {
            std::count(record.GetValues().begin(), record.GetValues().end(), nullptr) > 0;
 }
 
-/// True when the record that was read from the body holds every byte of its values, which stand at the end.
+/// True when the record that was read from the body holds every byte of its values, which are at the end.
 bool HoldsAllValues(const CSimpleEventRecord& record, Bytes body) {
     if (HasNullValue(record) || record.GetBlockSize() != kItemsAt + body.size()) {
         return false;
@@ -101,7 +101,7 @@ bool HoldsAllValues(const CSimpleEventRecord& record, Bytes body) {
     return IsStoredThere(record.GetEventValue(), body.subspan(at));
 }
 
-/// The body with a type that nobody knows in place of the types at those places.
+/// The body with an unknown type at each of those places.
 std::vector<std::uint8_t> WithoutTypes(Bytes body, const std::vector<std::size_t>& places) {
     std::vector<std::uint8_t> changed(body.begin(), body.end());
     for (const std::size_t at : places) {
@@ -135,7 +135,7 @@ std::optional<EDayFileFault> ReadSimple(Bytes body, SParsedRecord& parsed) {
     return std::nullopt;
 }
 
-/// False when the cells do not hold all that stands there (names of bits that they do not have, data that
+/// False when the cells do not hold all of the bytes (names of bits that they do not have, data that
 /// their type does not keep), or are of a kind that is never stored: their type codes are not those written.
 bool HoldsAllBytes(const CCellList& cells, Bytes body) {
     std::size_t at = 0;
@@ -210,7 +210,7 @@ std::optional<EDayFileFault> ReadExtended(std::uint8_t recordNumber, Bytes body,
     return std::nullopt;
 }
 
-/// A short number of no bytes would read as 0, but nobody writes one: it is a length that was changed.
+/// A short number of no bytes would read as 0, but is never written: it is a length that was changed.
 bool HasEmptyEventCode(Bytes items) {
     CByteCursor cursor(items);
     std::uint8_t length = 0;

@@ -1,5 +1,5 @@
-// One record of a day file out of bytes that nobody vouches for: what makes it sound, and what is wrong when
-// it is not. docs/day-file-format.md tells the rule in words.
+// One record of a day file, from untrusted bytes: what makes it sound, and what is wrong when it is not.
+// docs/day-file-format.md describes the rule in words.
 #pragma once
 
 #include "dayfile/block_walk.h"
@@ -49,8 +49,8 @@ struct SParsedRecord {
     /// Also for a record that fails by its cells alone.
     bool isFirstBlockSound = false;
     EDayFileFault fault = EDayFileFault::NoBlock;
-    /// From the first to the last value of a type or size that nobody knows. The record holds no value there.
-    /// A value counts as known only where writing it again gives the bytes that stand there.
+    /// From the first to the last value of an unknown type or size. The record holds no value there. A value
+    /// counts as known only if writing it again yields the same bytes.
     std::optional<SByteRange> unknownValues;
 };
 
@@ -62,7 +62,7 @@ struct SParsedRecord {
 /// passes.
 [[nodiscard]] bool LooksLikeBlock(std::span<const std::uint8_t> bytes);
 
-/// True when the bytes begin like a record, and behind its first block like what may stand there. Looks at a
+/// True when the bytes begin like a record, and after its first block like what may follow it. Looks at a
 /// few bytes at fixed places only; every sound record passes.
 [[nodiscard]] bool LooksLikeRecord(std::span<const std::uint8_t> bytes);
 

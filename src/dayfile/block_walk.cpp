@@ -23,7 +23,7 @@ bool SkipItem(CByteCursor& cursor, const SBlockItem& item) {
     }
 }
 
-/// A value is known when it holds every byte that stands there.
+/// A value is known when it holds every one of its bytes.
 bool PassValue(Bytes items, CByteCursor& cursor, SBlockWalk& walk) {
     const std::size_t start = items.size() - cursor.Remaining();
     std::unique_ptr<CParlaneData> value;

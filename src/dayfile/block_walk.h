@@ -1,5 +1,5 @@
 // Steps through the items of a record's first block by the layout, to see what the record that was read from
-// them does not tell: what is left over, and where values stand that it could not take.
+// them does not show: what is left over, and where values are that it could not take.
 #pragma once
 
 #include "base/byte_cursor.h"
@@ -20,8 +20,8 @@ struct SByteRange {
 };
 
 struct SBlockWalk {
-    std::size_t leftOver = 0;           ///< bytes behind the last item
-    std::vector<std::size_t> unknownAt; ///< where values begin whose type or size nobody knows
+    std::size_t leftOver = 0;           ///< bytes after the last item
+    std::vector<std::size_t> unknownAt; ///< where values of an unknown type or size begin
     std::size_t unknownEnd = 0;         ///< of the last of them
 
     /// From the first value that is not known to the end of the last.

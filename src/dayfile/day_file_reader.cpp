@@ -10,7 +10,7 @@ namespace ruvo {
 
 namespace {
 
-/// A record, one that begins within it, and the block behind that are looked at together.
+/// A record, one that begins within it, and the block after that are looked at together.
 constexpr std::size_t kWindowSize = 2 * kMaxRecordImage + kBlockHeadSize + kMaxBlockSize;
 constexpr std::size_t kBufferSize = std::size_t{1024} * 1024;
 static_assert(kBufferSize > 2 * kWindowSize && kWindowSize > kMaxHeaderSize);
@@ -88,7 +88,7 @@ void CDayFileReader::ReadRecord(SDayFileItem& item) {
     m_at.ahead = std::move(ahead);
 }
 
-/// For a record without a witness behind it: true when it has to be damage, which is then reported.
+/// For a record without a witness after it: true when it has to be damage, which is then reported.
 bool CDayFileReader::SkipDoubtful(const SParsedRecord& parsed, SDayFileItem& item) {
     // Values of no known type may be what a wrong length made of other bytes.
     if (parsed.unknownValues) {
@@ -102,7 +102,7 @@ bool CDayFileReader::SkipDoubtful(const SParsedRecord& parsed, SDayFileItem& ite
     return within > 0;
 }
 
-/// A torn record with others behind it is as long as it says only by the first bytes of those. Gives where
+/// A torn record with others after it is as long as it says only by the first bytes of those. Returns where
 /// they begin within the next `size` bytes, so that they lead, back to back, past the end of those; 0 for
 /// nowhere.
 std::size_t CDayFileReader::FindRecordWithin(std::size_t size) {
@@ -144,7 +144,7 @@ SParsedRecord CDayFileReader::Parse(Bytes bytes) {
 
 /// Size of the record at the start of the bytes if reading can go on there, else 0. A record alone could be
 /// chance, bytes inside a value that look like one. Its witness is the end of the file or a sound block
-/// behind its first one; an extended record brings that block along.
+/// after its first one; an extended record brings that block along.
 std::size_t CDayFileReader::ResumableSize(Bytes bytes) {
     if (!LooksLikeRecord(bytes)) {
         return 0;
@@ -205,7 +205,7 @@ std::optional<std::uint64_t> FindTornEnd(const std::string& path) {
     }
     std::optional<std::uint64_t> torn;
     for (SDayFileItem item; reader.Next(item);) {
-        // Damage with a record behind it was at the file's end in an earlier run; damage without a length is
+        // Damage with a record after it was at the file's end in an earlier run; damage without a length is
         // a file that cannot be read further.
         const bool isTorn = item.record == nullptr && item.damage->length > 0;
         torn = isTorn ? std::optional(item.damage->offset) : std::nullopt;

@@ -21,18 +21,18 @@ struct SDayFileDamage {
     EDayFileFault fault = EDayFileFault::NoBlock;
 };
 
-/// A record, or damage. A record comes with damage of its own when it holds values of a type or size that
-/// nobody knows: it is shown without them, and the damage says where they are.
+/// A record, or damage. A record comes with damage of its own when it holds values of an unknown type or
+/// size: it is shown without them, and the damage says where they are.
 struct SDayFileItem {
     std::uint64_t offset = 0; ///< of the record's first block, or of the damage
     std::unique_ptr<CEventRecord> record;
     bool isExtended = false;
-    std::span<const std::uint8_t> bytes; ///< the record's, as they stand in the file; until the next item
+    std::span<const std::uint8_t> bytes; ///< the record's, as they are in the file; until the next item
     std::optional<SDayFileDamage> damage;
 };
 
 /// Walks one day file from its header to its end. Damage is reported once, as one range; reading goes on
-/// behind it at the next sound record that has a witness (see docs/day-file-format.md). The work grows with
+/// after it at the next sound record that has a witness (see docs/day-file-format.md). The work grows with
 /// the file's length, not with its square, whatever the bytes are.
 class CDayFileReader {
 public:

@@ -51,7 +51,7 @@ bool WriteEventFile(CEventList& list, const std::string& freeText, CErrorList& e
         WriteAll(file, list, freeText, notes.incomplete);
     } catch (const CFileException& raised) {
         if (!file.CutBack()) {
-            notes.tornBehind = file.FoundLength();
+            notes.tornAfter = file.FoundLength();
         }
         AddFileError(errors, raised.GetPath(), raised.GetCause(), raised.what());
         return false;

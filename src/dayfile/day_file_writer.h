@@ -23,7 +23,7 @@ inline constexpr const char* kEventListText = "headerText";
 struct SWritingNotes {
     CIncompleteRecords incomplete;
     /// The file's earlier length, where a failed write could not be taken back: a torn record may follow.
-    std::optional<std::uint64_t> tornBehind;
+    std::optional<std::uint64_t> tornAfter;
 };
 
 /// Appends the list's records to the file that the list is named after; a file that is new or empty gets the

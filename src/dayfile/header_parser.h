@@ -1,4 +1,4 @@
-// The header of a day file out of bytes that nobody vouches for.
+// The header of a day file, from untrusted bytes.
 #pragma once
 
 #include "dayfile/block_parser.h"

@@ -22,8 +22,8 @@ std::string FolderOf(const std::string& path) {
     return end == std::string::npos ? std::string() : path.substr(0, end);
 }
 
-/// Makes the names durable that lead to the file, whoever made them: its own, its folder's, and with a root
-/// that was made for it that one's.
+/// Flushes the names that lead to the file, even if another run created them: its own, its folder's, and that
+/// of an event root that was created for it.
 bool FlushNames(const std::string& path, std::size_t madeFolders) {
     bool isGood = true;
     std::string folder = FolderOf(path);
@@ -80,7 +80,7 @@ std::optional<SHoldFailure> CHeldDayFile::Hold(const std::string& path, EMissing
 
 CHeldDayFile::EOpening CHeldDayFile::Open(CFileException& failure) {
     SOpenMode mode{.read = true, .write = true};
-    m_isOpen = true; // whatever comes of it, it is looked at when it is released
+    m_isOpen = true; // even if it fails: Release looks at what was created
     if (m_file.Open(m_path, mode, failure)) {
         return EOpening::Held;
     }
@@ -92,9 +92,9 @@ CHeldDayFile::EOpening CHeldDayFile::Open(CFileException& failure) {
     return m_file.Open(m_path, mode, failure) ? EOpening::Held : EOpening::Failed;
 }
 
-/// The file may have been removed, or exchanged, between its opening and the lock. The length counts once it
-/// is on the disk: what an ended run left unflushed could still go. In a file that was just made there is
-/// nothing.
+/// The file may have been removed or replaced between its opening and the lock. The length counts only once
+/// it is on the disk: what an ended run left unflushed could still be lost. A file that was just created is
+/// empty.
 CHeldDayFile::EOpening CHeldDayFile::Lock(CFileException& failure) {
     if (m_file.File().TryLock() == EFileLock::HeldByAnother) {
         return EOpening::HeldByAnother;
@@ -217,8 +217,8 @@ bool CHeldDayFile::CutBack() noexcept {
     return isCut;
 }
 
-/// Whether all that stands up to this length, from the failed write's position on, is a beginning of it. A
-/// program that asks for no lock may have appended in that moment.
+/// Whether all bytes up to this length, from the position of the failed write on, are a beginning of what was
+/// to be written. A program that does not lock the file may have appended at that moment.
 bool CHeldDayFile::HoldsBeginning(CFile& file, std::uint64_t length) const {
     std::uint64_t position = 0;
     std::array<std::uint8_t, 4096> buffer{}; // needs no memory

@@ -13,7 +13,7 @@
 
 namespace ruvo {
 
-/// Why a day file could not be held: the cause, and a text for people that names what stands in the way.
+/// Why a day file could not be held: the cause, and a text for people that names the obstacle.
 struct SHoldFailure {
     EFileCause cause = EFileCause::Generic;
     std::string why;
@@ -40,13 +40,13 @@ public:
     bool IsFolderMade() const { return !m_madeFolders.empty(); }
     /// To be read through.
     CFile& File() { return m_file.File(); }
-    /// What stood in the file when it was locked.
+    /// The file's length when it was locked.
     std::uint64_t FoundLength() const { return m_foundLength; }
-    /// What stands in it now: programs that ask for no lock may have appended. When the file has been moved
-    /// or removed meanwhile, the one at the path is held instead; where that fails, StartAt raises it.
+    /// Its length now: programs that do not lock it may have appended. When the file has been moved or
+    /// removed meanwhile, the one at the path is held instead; if that fails, StartAt raises it.
     std::uint64_t LengthNow();
 
-    /// The records that follow are written from this position on, behind the header if it is 0.
+    /// The records that follow are written from this position on, after the header if it is 0.
     void StartAt(std::uint64_t position, const CTextFileHeader& header);
     /// Adds one whole record image. Images go out in pieces, each of which ends with a whole record; the
     /// header goes out together with the first. Needs no memory.
@@ -54,16 +54,16 @@ public:
     /// Writes what is left, and returns when it is on the disk: bytes, the file's name, and those of its
     /// folder and the event root.
     void Finish();
-    /// Images that stand whole in the file.
+    /// Images that are whole in the file.
     std::size_t StoredCount() const { return m_storedCount; }
-    /// Where they are: the first byte, a header's included, and the one behind the last.
+    /// Where they are: the first byte, a header's included, and the one after the last.
     std::uint64_t WrittenFrom() const { return m_start; }
     std::uint64_t WrittenTo() const { return m_wholeEnd; }
-    /// The images stand in the file, but an end of the machine may take them: the system reports a failed
-    /// flush once, and a later one that succeeds proves nothing.
+    /// The images are in the file, but a power failure may lose them: the system reports a failed flush once,
+    /// and a later one that succeeds proves nothing.
     bool HasFlushFailed() const { return m_hasFlushFailed; }
     /// After a failure: cuts the file back to the end of the last whole record that was written, or to where
-    /// the writing began, unless something of another stands there. False when a torn record may remain.
+    /// the writing began, unless another program has written there. False when a torn record may remain.
     bool CutBack() noexcept;
 
     /// Closes. A file and folders that were made here are removed while they are empty.
@@ -97,7 +97,7 @@ private:
     bool m_hasFlushFailed = false;
 };
 
-/// Removes a day file that nothing is in and nobody holds, with its folder if that is to go too.
+/// Removes a day file that is empty and not locked, on request with its folder.
 void RemoveEmptyDayFile(const std::string& path, bool withFolder);
 
 } // namespace ruvo

@@ -24,7 +24,7 @@ EFileCause CauseOf(EFileFailure failure) {
     return kCauses[static_cast<std::size_t>(failure)];
 }
 
-/// A failed write tells only a bad handle and a full disk apart.
+/// A failed write distinguishes only a bad handle and a full disk.
 EFileCause WriteCauseOf(EFileFailure failure) {
     const EFileCause cause = CauseOf(failure);
     return cause == EFileCause::InvalidFile || cause == EFileCause::DiskFull ? cause : EFileCause::Generic;
@@ -108,8 +108,8 @@ void CStdioFileThrower::Abort() noexcept {
 }
 
 bool COffFile::Open(const std::string& path, SOpenMode mode, CFileException& failure) {
-    mode.plain = true;       // nothing that stands in its place leads the records elsewhere
-    std::string name = path; // first: without memory for it nobody would remove what the opening made
+    mode.plain = true;       // no link in its place leads the records elsewhere
+    std::string name = path; // first: without memory for it, what the opening created would remain
     const SFileResult opened = m_file.Open(path, mode);
     if (!opened.Good()) {
         failure = CFileException(CauseOf(opened.failure), opened.systemCode, path);
@@ -143,7 +143,7 @@ std::string COffFile::HeaderBytes(const CTextFileHeader& header) {
     return bytes += static_cast<char>(kEndOfHeader);
 }
 
-/// In one write: nobody ever sees half a header.
+/// In one write: a reader never sees half a header.
 std::size_t COffFile::WriteHeader(const CTextFileHeader& header) {
     const std::string bytes = HeaderBytes(header);
     WriteFromHeader({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});

@@ -22,7 +22,7 @@ CStatus ToStatusWord(LinkStatus status);
 /// True when the cell shows one of a list of strings, which has to be fetched: bit names or index texts.
 bool NeedsStrings(const CParlaneData& value);
 
-/// Fetches the strings of a cell and gives them to it. The cell must be of a kind that NeedsStrings.
+/// Fetches the strings of a cell and adds them to it. The cell must be of a kind that NeedsStrings.
 CStatus FetchStrings(CellAddress address, CCell& cell);
 
 /// Reads a record column into `cells`. A listing that fails is recorded in `errors`. The result is the status

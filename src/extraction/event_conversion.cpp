@@ -60,7 +60,7 @@ std::unique_ptr<CEventRecord> CEventConverter::Convert(std::uint8_t kind, CParla
                  Require<CParlaneMenu>(values, kLocationElement).GetLocation(),
                  Require<CParlaneIEC870>(values, kTimeElement),
                  Require<CParlaneText>(values, kTextElement).TakeText()};
-    if (known == nullptr) { // its elements are proved all the same: else the relay does not keep the protocol
+    if (known == nullptr) { // its elements are checked nevertheless: the relay may violate the protocol
         return nullptr;
     }
     const std::size_t needed = event.kind.MinimumElements();
@@ -103,14 +103,14 @@ std::unique_ptr<CEventRecord> CEventConverter::MakeWithRecordColumn(SEvent& even
         }
     }
     AddEventId(event, cells);
-    // A relay that refuses to select the record has told of its event all the same.
+    // A relay that refuses to select the record has reported its event nevertheless.
     if (!IsAcceptable(event.status, kAnyReplyLevel)) {
         return nullptr;
     }
     return MakeExtended(event, recordNumber, std::move(cells));
 }
 
-/// A format text, given or fetched, and the values that it consumes.
+/// A format text, delivered or fetched, and the values that it consumes.
 std::unique_ptr<CEventRecord> CEventConverter::MakeSimple(SEvent& event) {
     std::string format = event.kind.hasFormatText
                              ? Require<CParlaneText>(event.values, kFormatElement).TakeText()
@@ -171,7 +171,7 @@ void CEventConverter::AddEventId(SEvent& event, CCellList& cells) {
     }
 }
 
-/// A value without a kind of cell gives none; the record is made all the same.
+/// A value without a kind of cell makes none; the record is made nevertheless.
 void CEventConverter::AddValueCell(SEvent& event, std::string label, std::size_t element, CCellList& cells) {
     const CParlaneData& value = *event.values[element];
     std::unique_ptr<CCell> cell = CCellFactory::CreateWithDefaultLimits(kNoCell, &value, std::move(label));

@@ -1,4 +1,4 @@
-// What an extraction has to say to its caller, as values. The log words them.
+// What an extraction reports to its caller, as values. The log puts them into words.
 #pragma once
 
 #include "dayfile/incomplete_records.h"
@@ -36,9 +36,9 @@ struct SExtractionReport {
     std::size_t recordsUnflushed = 0; ///< of those; an end of the machine may take them
     std::size_t eventsTaken = 0;      ///< from the relay, in all
     std::size_t eventsLost = 0;       ///< taken from the relay, but nowhere any more
-    std::size_t eventsWaiting = 0;    ///< in the journal, from which the next run brings them in
+    std::size_t eventsWaiting = 0;    ///< in the journal, from which the next run stores them
     std::size_t eventsSetAside = 0;   ///< in a file of their own, which the log names
-    std::size_t eventsPassedOver = 0; ///< taken from the relay, and of a kind that nobody knows
+    std::size_t eventsPassedOver = 0; ///< taken from the relay, and of an unknown kind
     bool passwordDeclined = false;    ///< the visit ended because a password was not accepted
     bool isUnvisited = false;         ///< the run was to end before the first event
     LinkStatus endStatus = kLinkGood; ///< what ended the visit early; good when nothing did
@@ -50,7 +50,7 @@ struct SExtractionReport {
     CErrorList columnErrors; ///< of record columns: one at most, since the visit ends with it
     std::optional<CFileException> failedWrite;
     EVisitEnd end = EVisitEnd::NoMoreEvents;
-    std::optional<std::uint64_t> tornBehind; ///< the day file may be, by the failed write
+    std::optional<std::uint64_t> tornAfter; ///< the day file may be, by the failed write
     bool isNameUnread = false; ///< the day file is that of a relay without model or serial number
     CIncompleteRecords incomplete;
 };

@@ -9,10 +9,10 @@ namespace ruvo {
 struct SPasswordState {
     std::string currentPassword;    ///< plain password of the relay being visited
     bool callbackCalled = false;    ///< the link has asked for a password since this was cleared
-    bool accepted = false;          ///< the relay accepted the password given last
-    bool unanswered = false;        ///< a password was given, and nobody has told since what became of it
+    bool accepted = false;          ///< the relay accepted the password supplied last
+    bool unanswered = false;        ///< a password was supplied, and its outcome has not been reported since
     bool blocked = false;           ///< the relay has blocked its password
-    bool insufficientLevel = false; ///< accepted, but the relay wants a higher level
+    bool insufficientLevel = false; ///< accepted, but the relay requires a higher level
 };
 
 /// The one password state of the process.

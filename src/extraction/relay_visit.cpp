@@ -29,7 +29,7 @@ public:
           m_custody(custody) {}
 
     void Run(const std::string& eventRoot);
-    /// Completes the report, whatever ended the visit.
+    /// Completes the report, however the visit ended.
     void FinishReport();
 
 private:
@@ -40,7 +40,7 @@ private:
     bool IsRunEnding() const { return m_limits.isEnding != nullptr && *m_limits.isEnding; }
     static bool HasCutShort() { return CP32Wrap::GetInstance()->HasCutShort(); }
     void ReadEvents(CEventConverter& converter);
-    bool MayTakeMore();
+    bool MayReadMore();
     void HandleEvent(CEventConverter& converter, std::uint8_t kind, CParlaneDataArray& values);
     void AccountForLost();
     bool HasRoomForMore();
@@ -94,7 +94,7 @@ void CVisit::Run(const std::string& eventRoot) {
             m_custody.SetAside("the visit was aborted");
             throw;
         }
-    } catch (const std::exception&) { // what is gathered exists nowhere else any more: it is written first
+    } catch (const std::exception&) { // the gathered events are nowhere else: write them first
         failure = std::current_exception();
     }
     AccountForLost();
@@ -154,7 +154,7 @@ void CVisit::ReadEvents(CEventConverter& converter) {
     do {
         std::uint8_t kind = 0;
         m_status = ToStatusWord(link.GetEvent(nullptr, kind, values, m_keepGoing));
-        m_eventsTaken += link.IsEventHandedOver() ? 1 : 0; // its reply may make no sense all the same
+        m_eventsTaken += link.IsEventHandedOver() ? 1 : 0; // even if its reply is malformed
         if (PasswordState().callbackCalled && !PasswordState().accepted) {
             m_isCutShort = PasswordState().unanswered && HasCutShort();
             m_report.passwordDeclined = !m_isCutShort;
@@ -170,11 +170,11 @@ void CVisit::ReadEvents(CEventConverter& converter) {
         if (m_maxEvents != kNoEventLimit && Count() == static_cast<std::size_t>(m_maxEvents)) {
             m_keepGoing = 0;
         }
-    } while (IsAcceptable(m_status, 0) && m_keepGoing != 0 && MayTakeMore());
+    } while (IsAcceptable(m_status, 0) && m_keepGoing != 0 && MayReadMore());
 }
 
 /// Ends a visit that would outgrow the memory, or the time that the run has.
-bool CVisit::MayTakeMore() {
+bool CVisit::MayReadMore() {
     if (!HasRoomForMore()) {
         return false;
     }
@@ -207,7 +207,7 @@ void CVisit::AccountForLost() {
     }
 }
 
-/// Ends a visit whose events would find no room, in the journal or on the day file's disk.
+/// Ends a visit when there is no room for its events in the journal or on the day file's disk.
 bool CVisit::HasRoomForMore() {
     constexpr std::size_t kBytesBetweenLooks = std::size_t{64} * 1024;
     if (m_hasJournalFailed || !m_custody.HasRoom()) {
@@ -225,7 +225,7 @@ bool CVisit::HasRoomForMore() {
     return true;
 }
 
-/// The relay's word on more events, as long as the event itself has not said that it was the last.
+/// Asks the relay whether more events are pending, unless the event itself was marked as the last.
 void CVisit::RefreshKeepGoing() {
     std::uint8_t statusByte = 0;
     m_status = ToStatusWord(CP32Wrap::GetInstance()->GetDeviceStatus(nullptr, statusByte));
@@ -240,10 +240,10 @@ void CVisit::WriteFile() {
     } catch (const CFileException& failure) {
         m_report.failedWrite = failure;
         if (m_custody.MayBeTorn()) {
-            m_report.tornBehind = m_custody.File().FoundLength();
+            m_report.tornAfter = m_custody.File().FoundLength();
         }
     }
-    m_report.isNameUnread = !m_isNameWhole; // else nobody would look for the events there
+    m_report.isNameUnread = !m_isNameWhole; // else the events would not be found there
 }
 
 void CVisit::FinishReport() {
@@ -256,8 +256,8 @@ void CVisit::FinishReport() {
     m_report.eventsLost = m_eventsTaken - m_passedOver - m_report.recordsWritten - m_report.eventsWaiting -
                           m_report.eventsSetAside;
     m_report.eventsPassedOver = m_passedOver;
-    // A declined password has its own words already; status 18 is only how it came back. An abort before the
-    // relay has answered has none.
+    // A declined password has been reported already; status 18 is only how it was returned. An abort before
+    // the relay has answered has not.
     if (m_status != CStatus() && (!m_report.passwordDeclined || PasswordState().unanswered)) {
         m_report.endStatus = m_status.GetValue();
     }

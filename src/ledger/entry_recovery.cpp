@@ -48,8 +48,8 @@ SLedgerReport JournalReport(ELedgerOutcome outcome, const std::string& path) {
 /// What is to be written, and where.
 struct CEntryRecovery::SPlan {
     SStoreInfo store;
-    bool stands = false;      ///< all of it is in the file already, elsewhere
-    bool isInPlace = false;   ///< over what is torn, or whole: the flush of what stands there may have failed
+    bool isStored = false;    ///< all of it is in the file already, elsewhere
+    bool isInPlace = false;   ///< over what is torn, or whole: the flush of it may have failed
     bool isElsewhere = false; ///< at the end: the file is no longer as it was
 };
 
@@ -67,7 +67,7 @@ bool CEntryRecovery::BringIn(const std::string& journalPath, CHeldDayFile* held)
     SJournalContents contents = ReadJournal(m_journal.File());
     m_journal.SetEnd(contents.end);
     m_isWhole = contents.isWhole;
-    if (m_isWhole) { // so that nothing stands behind what is added
+    if (m_isWhole) { // so that nothing follows what is added
         static_cast<void>(m_journal.File().SetLength(contents.end));
     }
     bool isFree = true;
@@ -144,7 +144,7 @@ bool CEntryRecovery::Store(SJournalEntry& entry, CHeldDayFile& file) {
     if (!MakePlan(entry, file, plan)) {
         return false;
     }
-    if (!plan.stands && plan.isElsewhere &&
+    if (!plan.isStored && plan.isElsewhere &&
         !m_journal.Append(EFrame::Store, entry.visit, entry.chain, Pack(plan.store))) {
         return false;
     }
@@ -154,8 +154,8 @@ bool CEntryRecovery::Store(SJournalEntry& entry, CHeldDayFile& file) {
     try {
         file.StartAt(plan.store.length, HeaderFor(plan.store.lastExtended));
         const bool isRead =
-            plan.stands || ForEachImage(m_journal.File(), entry, plan.store.records,
-                                        [&](std::uint32_t, Bytes image) { return file.Add(image), true; });
+            plan.isStored || ForEachImage(m_journal.File(), entry, plan.store.records,
+                                          [&](std::uint32_t, Bytes image) { return file.Add(image), true; });
         file.Finish();
         if (!isRead) {
             m_why = "its journal cannot be read";
@@ -200,7 +200,7 @@ bool CEntryRecovery::MakePlan(const SJournalEntry& entry, CHeldDayFile& file, SP
     return FindMissing(entry, file.Path(), plan) && (plan.store.length = length, true);
 }
 
-/// The records that stand in the file, whole and in order, count as stored.
+/// The records that are in the file, whole and in order, count as stored.
 bool CEntryRecovery::FindMissing(const SJournalEntry& entry, const std::string& path, SPlan& plan) {
     std::unordered_map<std::uint64_t, std::vector<std::size_t>> standing;
     CDayFileReader reader;
@@ -229,7 +229,7 @@ bool CEntryRecovery::FindMissing(const SJournalEntry& entry, const std::string& 
     };
     const bool isRead = ForEachImage(m_journal.File(), entry, plan.store.records, look);
     plan.store.records = std::move(missing);
-    plan.stands = plan.store.records.empty();
+    plan.isStored = plan.store.records.empty();
     return isRead;
 }
 
@@ -251,12 +251,12 @@ bool CEntryRecovery::Wait(SJournalEntry& entry, const std::string& why) {
     return false;
 }
 
-/// Those of its records that stand in the day file, as far as that can be read, count as stored.
+/// Those of its records that are in the day file, as far as that can be read, count as stored.
 bool CEntryRecovery::SetAside(SJournalEntry& entry, const std::string& reason) {
     SPlan plan;
     plan.store = entry.Wanted();
     if (IsSafePlace(entry.info.file) && FindMissing(entry, PathOf(entry), plan)) {
-        if (plan.stands) {
+        if (plan.isStored) {
             m_tell(ReportOf(ELedgerOutcome::Stored, entry));
             return Close(entry);
         }

@@ -1,4 +1,4 @@
-// Brings the entries of an ended run's journal into their day files. Nothing in a journal is believed.
+// Brings the entries of an ended run's journal into their day files. Nothing in a journal is trusted.
 #pragma once
 
 #include "dayfile/held_day_file.h"
@@ -17,9 +17,9 @@ public:
     CEntryRecovery(const std::string& eventRoot, const LedgerListener& tell)
         : m_eventRoot(eventRoot), m_tell(tell) {}
 
-    /// Brings in what is open in the journal: all of it, or what goes into the file that is held. The journal
-    /// goes when nothing is open in it any more and all of it could be read. False when an entry for the held
-    /// file stays open.
+    /// Brings in what is open in the journal: all of it, or what goes into the file that is held. Removes the
+    /// journal when nothing is open in it any more and all of it could be read. False when an entry for the
+    /// held file stays open.
     [[nodiscard]] bool BringIn(const std::string& journalPath, CHeldDayFile* held);
 
 private:

@@ -1,4 +1,4 @@
-// One visit as a journal tells of it. Nothing in a journal is believed.
+// One visit as a journal describes it. Nothing in a journal is trusted.
 #pragma once
 
 #include "ledger/frames.h"
@@ -35,7 +35,7 @@ struct SJournalEntry {
 /// What could be read of a journal.
 struct SJournalContents {
     std::vector<SJournalEntry> entries;
-    std::uint64_t end = 0; ///< behind the last whole frame
+    std::uint64_t end = 0; ///< after the last whole frame
     bool isWhole = true;   ///< but for a frame that an end has torn
 };
 [[nodiscard]] SJournalContents ReadJournal(CFile& journal);

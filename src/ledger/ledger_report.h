@@ -1,4 +1,4 @@
-// What the ledger has to say, as values. The log words them.
+// What the ledger reports, as values. The log puts them into words.
 #pragma once
 
 #include <compare>

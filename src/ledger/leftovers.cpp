@@ -50,7 +50,7 @@ void AddSetAside(const std::string& path, SLeftovers& leftovers) {
     }
 }
 
-/// What is missing can only be told where the folder above can be read.
+/// Whether a folder is missing is known only where the folder above can be read.
 bool CanRead(const std::string& folder) {
     std::vector<SFolderEntry> entries;
     const std::string above = folder.substr(0, folder.rfind('\\'));

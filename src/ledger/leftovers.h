@@ -25,7 +25,7 @@ struct SSetAsideFile {
     bool isSound = true; ///< without damage
 };
 
-/// What is in one event root's folder. Journals of runs that are under way are passed over.
+/// What is in one event root's folder. Journals of runs that are under way are skipped.
 struct SLeftovers {
     std::string folder;
     bool isRead = true; ///< or missing

@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::string_view kNote = "\\event-root.txt";
 
-/// FNV-1a of 64 bits: tells folders of one name apart, and need not withstand forgers.
+/// FNV-1a of 64 bits: distinguishes folders of one name, and need not withstand forgers.
 std::string Digest(std::string_view text) {
     std::uint64_t sum = 0xCBF29CE484222325;
     for (const char c : text) {

@@ -11,10 +11,11 @@ namespace ruvo {
 /// The same, in a state folder that is only read.
 [[nodiscard]] std::string FolderOfRoot(const std::string& state, const std::string& eventRoot);
 
-/// Makes the folder where it is missing, and has it say whose it is. False when it cannot be used.
+/// Creates the folder if it is missing, and notes in it to which event root it belongs. False when it cannot
+/// be used.
 [[nodiscard]] bool PrepareRootFolder(const std::string& folder, const std::string& eventRoot);
-/// The full path of the event root that the folder is of, links resolved, in the system's own form; empty
-/// when it does not say.
+/// The full path of the event root to which the folder belongs, links resolved, in the system's own form;
+/// empty when it is not noted there.
 [[nodiscard]] std::string EventRootOf(const std::string& folder);
 
 /// The folders of all event roots, by name.

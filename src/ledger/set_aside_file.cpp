@@ -120,7 +120,7 @@ bool CSetAsideFile::Make(const std::string& folder, const std::string& dayFile) 
     for (int attempt = 0; attempt < kMostAttempts && m_why.empty(); ++attempt) {
         m_path = FreeSetAsidePath(folder, dayFile);
         if (!m_path.empty() && TryOpen(true)) {
-            FlushFolder(folder); // whoever finds it named finds it there, and takes another name
+            FlushFolder(folder); // before a journal names it: else another file could take the name
             return true;
         }
     }

@@ -12,19 +12,19 @@ constexpr std::uint64_t kSectorSize = 512;
 
 }
 
-bool CStandingBytes::Compare(std::span<const std::uint8_t> wanted) {
+bool CStandingBytes::Compare(std::span<const std::uint8_t> expected) {
     const std::uint64_t left = m_length > m_position ? m_length - m_position : 0;
-    const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(left, wanted.size()));
+    const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(left, expected.size()));
     if (!m_isOther && !Read(m_position, count)) {
         return false;
     }
     for (std::size_t i = 0; i < count && !m_isOther; ++i) {
         m_isInZeros = m_isInZeros && (m_position + i) % kSectorSize != 0;
-        m_isEqual = m_isEqual && m_bytes[i] == wanted[i];
-        m_isInZeros = m_isInZeros || m_bytes[i] != wanted[i];
+        m_isEqual = m_isEqual && m_bytes[i] == expected[i];
+        m_isInZeros = m_isInZeros || m_bytes[i] != expected[i];
         m_isOther = m_isInZeros && m_bytes[i] != 0;
     }
-    m_position += wanted.size();
+    m_position += expected.size();
     return true;
 }
 
@@ -35,7 +35,7 @@ EStanding CStandingBytes::Outcome() {
     if (m_isEqual) {
         return m_length < m_position ? EStanding::Beginning : EStanding::All;
     }
-    return m_length <= m_position || AreWholeRecordsBehind() ? EStanding::Torn : EStanding::Other;
+    return m_length <= m_position || DoWholeRecordsFollow() ? EStanding::Torn : EStanding::Other;
 }
 
 bool CStandingBytes::Read(std::uint64_t position, std::size_t count) {
@@ -48,7 +48,7 @@ bool CStandingBytes::Read(std::uint64_t position, std::size_t count) {
     return isRead;
 }
 
-bool CStandingBytes::AreWholeRecordsBehind() {
+bool CStandingBytes::DoWholeRecordsFollow() {
     for (std::uint64_t at = m_position; at < m_length;) {
         const std::uint64_t left = m_length - at;
         if (!Read(at, static_cast<std::size_t>(std::min<std::uint64_t>(left, kMaxRecordImage)))) {

@@ -1,4 +1,4 @@
-// Compares what a day file holds from a position on with what has to stand there.
+// Compares what a day file contains from a position on with what is expected there.
 #pragma once
 
 #include "platform/files.h"
@@ -10,7 +10,7 @@
 namespace ruvo {
 
 enum class EStanding : std::uint8_t {
-    All,       ///< whatever stands behind it
+    All,       ///< anything may follow it
     Beginning, ///< or nothing, and nothing else
     Torn,      ///< each sector holds a beginning of its part and zeros after it, as a power failure leaves it
     Other,
@@ -22,14 +22,14 @@ public:
     CStandingBytes(CFile& file, std::uint64_t start, std::uint64_t length)
         : m_file(file), m_length(length), m_position(start), m_isOther(length < start) {}
 
-    /// The next of the bytes that have to stand there. False when the file cannot be read.
-    [[nodiscard]] bool Compare(std::span<const std::uint8_t> wanted);
+    /// Compares the next of the expected bytes. False when the file cannot be read.
+    [[nodiscard]] bool Compare(std::span<const std::uint8_t> expected);
     /// Once all have been compared.
     [[nodiscard]] EStanding Outcome();
 
 private:
     [[nodiscard]] bool Read(std::uint64_t position, std::size_t count);
-    [[nodiscard]] bool AreWholeRecordsBehind();
+    [[nodiscard]] bool DoWholeRecordsFollow();
 
     CFile& m_file;
     std::uint64_t m_length;
@@ -37,7 +37,7 @@ private:
     std::vector<std::uint8_t> m_bytes;
     bool m_isOther;
     bool m_isEqual = true;
-    bool m_isInZeros = false; ///< within a sector, behind the beginning of its part
+    bool m_isInZeros = false; ///< within a sector, after the beginning of its part
 };
 
 } // namespace ruvo

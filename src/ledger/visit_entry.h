@@ -27,7 +27,7 @@ struct SVisitEntry {
     std::uint64_t waiting = 0;   ///< in the journal, for the next run
     std::uint64_t recovered = 0; ///< of an earlier run, stored by this one
     std::string dayFile;         ///< FOLDER/FILE below the event root
-    std::uint64_t from = 0;      ///< what this run added to it: the first byte, and the one behind the last
+    std::uint64_t from = 0;      ///< what this run added to it: the first byte, and the one after the last
     std::uint64_t to = 0;
     std::uint32_t status = 0; ///< the last one that says how it ended
     std::string statusText;
@@ -66,7 +66,7 @@ struct SVisitLine {
 /// none; other parts that are none are left out.
 [[nodiscard]] std::string LineAsJson(std::string_view begin, const std::vector<std::string_view>& entries,
                                      std::string_view end);
-/// Its entries stay in the text until they are wanted.
+/// Without `withEntries`, its entries are not read.
 [[nodiscard]] std::optional<SVisitLine> ReadVisitLine(std::string_view json, bool withEntries = true);
 /// The number at the front of a line or a beginning; none of anything else.
 [[nodiscard]] std::optional<std::uint64_t> NumberOf(std::string_view json);

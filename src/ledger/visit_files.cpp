@@ -42,7 +42,7 @@ bool OpenLocked(CFile& file, const std::string& path) {
     return false;
 }
 
-/// What stands in a file of visits.
+/// What a file of visits contains.
 struct SVisitsTail {
     std::uint64_t length = 0;
     std::size_t runs = 0;
@@ -74,7 +74,7 @@ bool AppendTo(CFile& file, std::uint64_t length, const std::string& line) {
     if (file.Seek(0, ESeekOrigin::End, position).Good() && file.Write(BytesOf(text), count).Good()) {
         return file.FlushToDisk().Good();
     }
-    static_cast<void>(file.SetLength(length)); // half a line helps nobody
+    static_cast<void>(file.SetLength(length)); // half a line is of no use
     return false;
 }
 

@@ -26,8 +26,8 @@ struct SVisitBounds {
     std::uint64_t bytes = std::uint64_t{32} * 1024 * 1024;
 };
 
-/// Reads a file line by line. A last line without its end is passed over: it is being written, or an end has
-/// torn it.
+/// Reads a file line by line. A last line without its end is skipped: it is being written, or the end of a
+/// process has torn it.
 class CLineFile {
 public:
     /// The file stays the caller's; it is read from its beginning.
@@ -61,12 +61,12 @@ struct SRunFile {
 /// The largest number of a line; 0 without one.
 [[nodiscard]] std::uint64_t LargestVisitNumber(const std::string& folder);
 
-/// Appends a line, whole and on the disk, unless its number stands there already. False when it does not
-/// stand there.
+/// Appends a complete line and flushes it, unless the file has its number already. False when the line is not
+/// in the file afterwards.
 [[nodiscard]] bool AppendVisit(const std::string& folder, const std::string& line, SVisitBounds bounds);
 
-/// Hands every line of the two files to `take`, the earliest first. False when one of them is there and
-/// cannot be read.
+/// Passes every line of the two files to `take`, the earliest first. False when one of them exists and cannot
+/// be read.
 [[nodiscard]] bool ForEachVisit(const std::string& folder,
                                 const std::function<void(std::string_view line)>& take);
 

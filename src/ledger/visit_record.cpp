@@ -20,7 +20,7 @@ namespace ruvo {
 
 namespace {
 
-/// Whoever visits a site again after a failure counts the attempts.
+/// A scheduler that repeats a visit after a failure counts the attempts.
 std::uint64_t Attempt() {
     const std::string text = EnvironmentValue("RUVO_ATTEMPT").value_or("1");
     std::uint64_t attempt = 1;
@@ -110,7 +110,7 @@ void CVisitRecord::MakeFile() {
     FlushFolder(m_folder);
 }
 
-/// A run that has ended meanwhile may have used the number, and removed its file: its line stands there then.
+/// A run that has ended meanwhile may have used the number and removed its file: then its line is there.
 bool CVisitRecord::TryNumber(std::uint64_t number) {
     const std::string path = RunFilePath(m_folder, number);
     if (!m_file
@@ -163,13 +163,13 @@ void CVisitRecord::End(SVisitLine end) noexcept {
             static_cast<void>(WriteLine(AsJson(entry)));
         }
         end.end = RecordedNow();
-        // In its own file first: whoever makes the line will know how it ended.
+        // In its own file first: the run that writes the line then knows how this one ended.
         if (WriteLine(EndAsJson(end)) &&
             EndRun(m_folder, RunFilePath(m_folder, m_line.number), m_file, m_bounds)) {
             static_cast<void>(m_file.Close());
             return;
         }
-    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): no memory; told below
+    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): no memory; reported below
     }
     Fail();
 }

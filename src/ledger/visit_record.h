@@ -1,5 +1,5 @@
-// The record of one run's visits. Nothing here fails towards the caller: a record that cannot be written
-// changes nothing in a visit.
+// The record of one run's visits. No failure reaches the caller: a record that cannot be written changes
+// nothing in a visit.
 #pragma once
 
 #include "ledger/visit_entry.h"
@@ -28,7 +28,7 @@ public:
     CVisitRecord& operator=(const CVisitRecord&) = delete;
 
     /// Makes lines of killed runs' files, and this run's own file. Nothing is made where the event root is
-    /// not there. What else stands in the way is told to standard error.
+    /// missing. Any other obstacle is reported on standard error.
     void Begin() noexcept;
     /// Counts events of an earlier run that this one has stored; they go into the relay's entry.
     void NoteRecovered(const std::string& key, std::uint64_t events) noexcept;

@@ -1,4 +1,5 @@
-// When an entry has waited long enough to become a set-aside file. Clocks jump, so none is believed alone.
+// When an entry has waited long enough to become a set-aside file. Clocks jump, so one reading is not
+// trusted.
 #pragma once
 
 #include "platform/clock.h"

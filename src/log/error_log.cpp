@@ -91,8 +91,8 @@ std::string OneLine(std::string_view text) {
     return line;
 }
 
-// Others hold the lock for the length of one line. A longer wait means that somebody holds it for another
-// reason, perhaps to stop us: then the line is written without it.
+// Others hold the lock for the length of one line. A longer wait means that a process holds it for another
+// reason, perhaps to block the log: then the line is written without it.
 void WaitForLock(CFile& file) {
     constexpr std::chrono::milliseconds kPause{1};
     constexpr int kMostPauses = 2000;
@@ -101,9 +101,9 @@ void WaitForLock(CFile& file) {
     }
 }
 
-// Opens the log and locks it. Between the two others may remove it or put another in its place (a proof that
-// it can be written, somebody's cleaning up), or its folder, and it is opened anew. Where the system cannot
-// tell such files apart the last one will do.
+// Opens the log and locks it. Between the two, another program may remove it or put another in its place (a
+// test whether it can be written, a clean-up), or its folder, and it is opened anew. Where the system cannot
+// distinguish such files, the last one will do.
 SFileResult OpenLocked(CFile& file, const std::string& path) {
     constexpr int kAttempts = 4;
     SFileResult result;
@@ -121,11 +121,11 @@ SFileResult OpenLocked(CFile& file, const std::string& path) {
 }
 
 // A line of which only a part fits (full disk) is taken back: half a line would run into the beginning of the
-// next one. Whoever writes without the lock may have appended meanwhile; his line stays.
+// next one. A program that writes without the lock may have appended meanwhile; its line stays.
 void RemovePartialLine(CFile& file, std::uint64_t end, std::size_t written) {
     std::uint64_t length = 0;
     if (file.GetLength(length).Good() && length == end + written) {
-        static_cast<void>(file.SetLength(end)); // the write's failure is the one worth telling
+        static_cast<void>(file.SetLength(end)); // the write's failure is the one to report
     }
 }
 

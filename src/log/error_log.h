@@ -25,8 +25,8 @@ std::uint64_t ErrorLogLines();
 /// Silences every write, or lifts that again.
 void SetErrorLogDisabled(bool disabled);
 
-/// What a line is worth: one that tells of lost events must outlast a power failure, since nothing else tells
-/// of them.
+/// What a line is worth: one that reports lost events must outlast a power failure, since nothing else
+/// reports them.
 enum class ELineWorth : std::uint8_t { Usual, TellsOfLoss };
 
 /// Writes one line; with details it ends with the link and the relay that are being handled.
@@ -37,7 +37,7 @@ void LogStatusMessage(std::string_view message, std::uint32_t status) noexcept;
 
 /// Appends local time, a blank, the text and CR LF, in one write. Control characters in the text become
 /// blanks (a run of line breaks one blank), so that one problem stays one line. The text is in the system's
-/// narrow encoding: relay texts are converted by the caller. A line that tells of loss is on the disk, with
+/// narrow encoding: relay texts are converted by the caller. A line that reports a loss is on the disk, with
 /// all lines before it, when this returns.
 void WriteLogLine(std::string_view text, ELineWorth worth = ELineWorth::Usual) noexcept;
 

@@ -3,14 +3,14 @@
 
 namespace ruvo {
 
-/// Gives the kept memory back, to be used by what comes next.
+/// Frees the kept memory, to be used by what comes next.
 void ReleaseLogReserve() noexcept;
 /// Keeps it (again); nothing when there is no memory for it.
 void KeepLogReserve() noexcept;
 /// Writes to the debug output and to standard error that a line of the log is lost.
 void ReportNoMemoryForLine() noexcept;
 
-/// Does what makes and writes a line; when it fails, gives it the reserve and lets it begin again. It must
+/// Does what makes and writes a line; when it fails, frees the reserve and lets it begin again. It must
 /// not fail once its line is written.
 template <class Write>
 void WithLogReserve(Write write) noexcept {

@@ -96,12 +96,12 @@ void TellFailures(const SExtractionReport& report, ELineWorth worth) noexcept {
     }
 }
 
-/// What is to be known of the day file.
+/// What is wrong with the day file.
 void TellOfDayFile(const SExtractionReport& report, ELineWorth worth) noexcept {
     const auto path = [&] { return DisplayPath(report.dayFile); };
-    if (report.tornBehind) {
+    if (report.tornAfter) {
         Tell(worth, [&] {
-            return path() + " could not be truncated to its earlier " + std::to_string(*report.tornBehind) +
+            return path() + " could not be truncated to its earlier " + std::to_string(*report.tornAfter) +
                    " bytes; it may end with a torn record.";
         });
     }

@@ -6,8 +6,8 @@
 namespace ruvo {
 
 /// Writes a line for everything that people should know of the visit, each with the connection details. The
-/// number of lines is bounded, whatever the relay has done. A line is worded when its turn comes, so that
-/// want of memory costs no more than that one.
+/// number of lines is bounded, whatever the relay has done. The text of a line is made just before it is
+/// written, so that running out of memory costs no more than that one.
 void LogVisit(const SExtractionReport& report) noexcept;
 
 } // namespace ruvo

@@ -1,4 +1,4 @@
-// The thread that hears the requests to end the program, and sees to it that it ends.
+// The thread that receives the requests to end the program, and ensures that it ends.
 #pragma once
 
 #include "platform/end_requests.h"

@@ -102,7 +102,7 @@ bool VisitRelay(const SRun& run, const std::string& key, std::int32_t deviceAddr
             CVisitCustody custody(&run.ledger, key);
             run.end.WhenAbandoned([&custody] { KeepAbandoned(custody); });
             isVisited = ExtractAndReport(run, deviceAddress, custody, entry);
-            custody.End(); // the log has what it has to tell
+            custody.End(); // the log says how the visit ended
         }
     } catch (const std::exception& exception) { // one relay's trouble is never the next one's
         LogUnhandled(exception);

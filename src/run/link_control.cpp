@@ -58,7 +58,7 @@ bool OpenSerialOrModemLink(CRunContext& context) {
         }
         context.SetModemConnected(true);
     }
-    context.SetLinkOpen(true); // at once: whatever fails from here on, the link will be closed
+    context.SetLinkOpen(true); // at once: if anything fails from here on, the link is closed
     return CompleteOpening(context, PortPlaceText(config.CommPort()));
 }
 
@@ -96,7 +96,7 @@ void CloseLink(CRunContext& context) {
         return;
     }
     const bool modem = context.IsModemConnected();
-    // Cleared before the hang-up: whatever comes of that, the call is not hung up a second time. The link
+    // Cleared before the hang-up: even if that fails, the call is not hung up a second time. The link
     // counts as open until the server has been asked, so a call that throws leaves something to be closed.
     context.SetModemConnected(false);
     const LinkStatus status = modem ? Link().ModemHangUp(nullptr) : Link().ClosePort(nullptr);

@@ -18,8 +18,8 @@ enum class [[nodiscard]] ELoginProbe : std::uint8_t{
     Refused, ///< it asked for a password, and the last answer was no acceptance
 };
 
-/// Makes the password of the key's relay the one that the callbacks give out, an empty one where there is
-/// none, and forgets how the last login went.
+/// Makes the password of the key's relay the one that the callbacks supply (an empty one if it has none), and
+/// clears the outcome of the last login.
 void PrepareLogin(const CRuvoConfig& config, const std::string& key);
 
 /// Makes the relay ask for its password. Nothing is logged here.

@@ -7,7 +7,7 @@
 
 namespace ruvo {
 
-/// Supplies the current password on the first request; on every later call logs its outcome and returns
+/// Supplies the current password on the first request; on every later call logs its outcome and gives
 /// up.
 int PasswordCallback(const SPasswordRequest& request, char** buffer, std::uint32_t maxLength,
                      std::uint32_t* noNotify, int code, std::int32_t extra);

@@ -1,4 +1,4 @@
-// Whether a run is to end before it has visited every relay, and what the log says of that.
+// Whether a run is to end before it has visited every relay, and what the log says about it.
 #pragma once
 
 #include <atomic>
@@ -25,17 +25,17 @@ public:
     // --- by the thread of the run ---
     void Begin(std::size_t relays);
     void NoteVisited() { ++m_visited; }
-    /// Everything is done; the log tells of an end before the last relay's.
+    /// Everything is done; an end before the last relay is reported in the log.
     void Finish() noexcept;
 
-    /// What is to be done for the visit under way when its thread is left behind in the server; may be null.
+    /// What is to be done for the visit under way when its thread is abandoned in the server; may be null.
     void WhenAbandoned(std::function<void()> action) { m_whenAbandoned = std::move(action); }
     /// The same for the run as a whole, after that.
     void WhenRunAbandoned(std::function<void()> action) { m_whenRunAbandoned = std::move(action); }
     EStage Stage() const { return m_stage; }
     /// Relays that an early end leaves out.
     std::size_t NotVisited() const { return m_relays - m_visited; }
-    /// Writes the line of the log, once, whoever calls it first.
+    /// Writes the line of the log, once, whichever thread calls it first.
     void Tell() noexcept;
     /// By the thread that ends the process: the run's does not come back.
     void Abandon() noexcept;

@@ -91,7 +91,7 @@ TEST_F(VisitLines, EachReportHasItsWords) {
          [&] {
              end(EVisitEnd::DiskFull, 3);
              report.failedWrite = CFileException(EFileCause::DiskFull, "C:\\x", "No room.");
-             report.tornBehind = 7;
+             report.tornAfter = 7;
              report.eventsWaiting = 2;
              report.eventsLost = 1;
          },

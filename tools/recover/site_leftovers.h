@@ -12,7 +12,7 @@ class CJsonWriter;
 
 /// Of one event root.
 struct SRootLeftovers {
-    std::string eventRoot; ///< in the system's own form; empty when nothing tells
+    std::string eventRoot; ///< in the system's own form; empty when it is unknown
     bool isThere = true;   ///< the event root
     SLeftovers found;
 };
