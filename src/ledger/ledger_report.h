@@ -30,7 +30,8 @@ struct SLedgerReport {
     std::string begun;
     std::string reason; ///< in words, as set-aside files and journals keep it
 
-    auto operator<=>(const SLedgerReport&) const = default;
+    auto operator<=>(const SLedgerReport&) const =
+        default; // NOLINT(modernize-use-nullptr): the 0 is the compiler's
 };
 
 /// Takes one report into the log and returns when it is on the disk.

@@ -111,7 +111,7 @@ std::string AdoptSetAsideFile(const std::string& path, const std::string& folder
         return {};
     }
     const auto header = ReadSetAsideHeader(path);
-    const std::string moved = FreeSetAsidePath(folder, header ? header->file : NameOf(path));
+    std::string moved = FreeSetAsidePath(folder, header ? header->file : NameOf(path));
     if (moved.empty() || !RenameFile(path, moved)) {
         return {};
     }

@@ -90,7 +90,7 @@ std::string FreeSetAsidePath(const std::string& folder, const std::string& name)
     constexpr int kMostNames = 10'000;
     const std::string begin = folder + "\\" + StemOf(name) + "-";
     for (int number = 1; number <= kMostNames; ++number) {
-        const std::string path = begin + std::to_string(number) + std::string(kSetAsideEnding);
+        std::string path = begin + std::to_string(number) + std::string(kSetAsideEnding);
         if (!IsTaken(path) && !IsTaken(path + std::string(kAppendedEnding))) {
             return path;
         }

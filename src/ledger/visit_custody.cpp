@@ -133,8 +133,11 @@ void CVisitCustody::LeaveOpen() {
 /// What a failed journal has waits there: without the frame that names the file it would stand in both.
 void CVisitCustody::SetAside(const std::string& reason) {
     CSetAsideFile file;
-    const std::string folder = m_ledger != nullptr ? m_ledger->FolderForSetAside() : std::string();
-    if (KeptCount() == 0 || folder.empty()) {
+    if (m_ledger == nullptr || KeptCount() == 0) {
+        return;
+    }
+    const std::string folder = m_ledger->FolderForSetAside();
+    if (folder.empty()) {
         return;
     }
     if (!file.Make(folder, m_file.Path())) {
