@@ -13,8 +13,10 @@ constexpr std::chrono::milliseconds kDelay{500};
 
 } // namespace
 
+/// Called for each frame, so it asks for the mutex only when the thread has to be woken. The thread says that
+/// it is idle and then looks whether something is written; here it is the other way round, so that one of the
+/// two sees the other.
 bool CBackgroundFlush::NoteWrite() noexcept {
-    const std::scoped_lock lock(m_mutex);
     if (!m_isTried) {
         m_isTried = true;
         try {
@@ -22,8 +24,9 @@ bool CBackgroundFlush::NoteWrite() noexcept {
         } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the run flushes at its own steps
         }
     }
-    if (!m_isDirty) {
-        m_isDirty = true;
+    m_isDirty = true;
+    if (m_isIdle) {
+        const std::scoped_lock lock(m_mutex); // it has begun to wait then
         m_wake.notify_one();
     }
     return !m_hasFailed;
@@ -33,12 +36,10 @@ bool CBackgroundFlush::NoteWrite() noexcept {
 /// other would count as good before the failure is known here.
 bool CBackgroundFlush::Flush() noexcept {
     const std::scoped_lock oneAtATime(m_flushing);
-    std::unique_lock lock(m_mutex);
-    m_isDirty = false;
-    lock.unlock();
-    const bool isGood = m_file.FlushToDisk().Good();
-    lock.lock();
-    m_hasFailed = m_hasFailed || !isGood;
+    m_isDirty = false; // before: what is written meanwhile may have come too late
+    if (!m_file.FlushToDisk().Good()) {
+        m_hasFailed = true;
+    }
     return !m_hasFailed;
 }
 
@@ -56,7 +57,9 @@ void CBackgroundFlush::Stop() noexcept {
 void CBackgroundFlush::Run() noexcept {
     std::unique_lock lock(m_mutex);
     while (!m_isEnding) {
+        m_isIdle = true;
         m_wake.wait(lock, [this] { return m_isDirty || m_isEnding; });
+        m_isIdle = false;
         m_wake.wait_for(lock, kDelay, [this] { return m_isEnding; });
         if (m_isDirty && !m_isEnding) {
             lock.unlock();

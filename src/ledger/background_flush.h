@@ -4,6 +4,7 @@
 
 #include "platform/file.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -32,13 +33,14 @@ private:
 
     CFile& m_file;
     std::mutex m_flushing; ///< held by the flush under way; taken before the other
-    std::mutex m_mutex;    ///< of what follows
+    std::mutex m_mutex;    ///< held by the thread but while it waits or flushes
     std::condition_variable m_wake;
     std::thread m_thread;
-    bool m_isTried = false; ///< to start the thread
-    bool m_isDirty = false; ///< something is written and not flushed
-    bool m_isEnding = false;
-    bool m_hasFailed = false;
+    bool m_isTried = false;              ///< to start the thread
+    bool m_isEnding = false;             ///< of the mutex
+    std::atomic<bool> m_isDirty = false; ///< something is written and not flushed
+    std::atomic<bool> m_isIdle = false;  ///< the thread waits, or is about to, until something is written
+    std::atomic<bool> m_hasFailed = false;
 };
 
 } // namespace ruvo
