@@ -14,23 +14,46 @@ using Bytes = std::span<const std::uint8_t>;
 constexpr std::size_t kReadStep = std::size_t{64} * 1024;
 constexpr std::size_t kLargestPayload = std::size_t{16} * 1024 * 1024; // a store frame with a million runs
 
-constexpr std::array<std::uint32_t, 256> kChecksumTable = [] {
-    std::array<std::uint32_t, 256> table{};
-    for (std::uint32_t byte = 0; byte < table.size(); ++byte) {
+/// What a byte adds to the checksum when so many others stand behind it: eight are taken at a time.
+constexpr std::size_t kSlices = 8;
+constexpr auto kChecksumTables = [] {
+    std::array<std::array<std::uint32_t, 256>, kSlices> tables{};
+    for (std::uint32_t byte = 0; byte < tables[0].size(); ++byte) {
         std::uint32_t sum = byte;
         for (int bit = 0; bit < 8; ++bit) {
             sum = (sum >> 1U) ^ ((sum & 1U) != 0 ? 0xEDB88320U : 0U);
         }
-        table[byte] = sum;
+        tables[0][byte] = sum;
     }
-    return table;
+    for (std::size_t behind = 1; behind < kSlices; ++behind) {
+        for (std::size_t byte = 0; byte < tables[0].size(); ++byte) {
+            const std::uint32_t sum = tables[behind - 1][byte];
+            tables[behind][byte] = (sum >> 8U) ^ tables[0][sum & 0xFFU];
+        }
+    }
+    return tables;
 }();
+
+/// The first four bytes as a number.
+std::uint32_t FirstWord(Bytes bytes) {
+    return std::uint32_t{bytes[0]} | std::uint32_t{bytes[1]} << 8U | std::uint32_t{bytes[2]} << 16U |
+           std::uint32_t{bytes[3]} << 24U;
+}
+
+/// What four bytes add when so many stand behind the first of them.
+std::uint32_t SumOfWord(std::uint32_t word, std::size_t behind) {
+    return kChecksumTables[behind][word & 0xFFU] ^ kChecksumTables[behind - 1][word >> 8U & 0xFFU] ^
+           kChecksumTables[behind - 2][word >> 16U & 0xFFU] ^ kChecksumTables[behind - 3][word >> 24U];
+}
 
 /// CRC-32, going on from an earlier one.
 std::uint32_t Checksum(Bytes bytes, std::uint32_t before) {
     std::uint32_t sum = ~before;
+    for (; bytes.size() >= kSlices; bytes = bytes.subspan(kSlices)) {
+        sum = SumOfWord(sum ^ FirstWord(bytes), 7) ^ SumOfWord(FirstWord(bytes.subspan(4)), 3);
+    }
     for (const std::uint8_t byte : bytes) {
-        sum = (sum >> 8U) ^ kChecksumTable[(sum ^ byte) & 0xFFU];
+        sum = (sum >> 8U) ^ kChecksumTables[0][(sum ^ byte) & 0xFFU];
     }
     return ~sum;
 }
@@ -208,7 +231,7 @@ bool CFrameReader::IsChained(EFrame kind, std::uint32_t visit, std::uint32_t pos
     if (isFirst != (known == m_chains.end())) {
         return false;
     }
-    SChain chain = isFirst ? SChain{} : known->second;
+    const SChain chain = isFirst ? SChain{} : known->second;
     const Bytes bytes = Bytes(m_bytes).subspan(m_passed);
     std::uint32_t stated = 0;
     CByteCursor end(bytes.subspan(kFrameHeadSize + length));
@@ -216,7 +239,7 @@ bool CFrameReader::IsChained(EFrame kind, std::uint32_t visit, std::uint32_t pos
     if (position != chain.position || !end.TakeDoubleWord(stated) || stated != sum) {
         return false;
     }
-    m_chains[visit] = {position + 1, sum};
+    m_chains.insert_or_assign(known, visit, SChain{position + 1, sum});
     return true;
 }
 
@@ -227,12 +250,14 @@ bool CFrameReader::Has(std::size_t count) {
     m_bytes.erase(m_bytes.begin(), m_bytes.begin() + static_cast<std::ptrdiff_t>(m_passed));
     m_passed = 0;
     std::uint64_t reached = 0;
-    if (!m_file.Seek(static_cast<std::int64_t>(m_offset + m_bytes.size()), ESeekOrigin::Start, reached)
-             .Good()) {
+    std::size_t held = m_bytes.size();
+    const std::uint64_t left = m_end - std::min(m_end, m_offset);
+    const std::uint64_t wanted = std::min<std::uint64_t>(std::max(count, kReadStep), left);
+    if (wanted < count ||
+        !m_file.Seek(static_cast<std::int64_t>(m_offset + held), ESeekOrigin::Start, reached).Good()) {
         return false;
     }
-    std::size_t held = m_bytes.size();
-    m_bytes.resize(std::max(count, kReadStep));
+    m_bytes.resize(static_cast<std::size_t>(wanted));
     std::size_t got = 1;
     while (held < m_bytes.size() && got > 0) {
         if (!m_file.Read(std::span(m_bytes).subspan(held), got).Good()) {

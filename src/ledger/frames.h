@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <map>
 #include <optional>
 #include <span>
@@ -99,8 +100,10 @@ struct SRecordPayload {
 class CFrameReader {
 public:
     /// With a visit, reading begins at that visit's first frame; the frames of others are passed over unread.
-    CFrameReader(CFile& file, std::uint64_t offset, std::optional<std::uint32_t> visit = std::nullopt)
-        : m_file(file), m_offset(offset), m_visit(visit) {}
+    /// With an end, nothing is read from there on.
+    CFrameReader(CFile& file, std::uint64_t offset, std::optional<std::uint32_t> visit = std::nullopt,
+                 std::uint64_t end = std::numeric_limits<std::uint64_t>::max())
+        : m_file(file), m_offset(offset), m_end(end), m_visit(visit) {}
 
     /// False at the first place where no whole frame stands.
     [[nodiscard]] bool Next(SFrame& frame);
@@ -121,6 +124,7 @@ private:
 
     CFile& m_file;
     std::uint64_t m_offset;
+    std::uint64_t m_end;
     std::optional<std::uint32_t> m_visit;
     std::map<std::uint32_t, SChain> m_chains;
     std::vector<std::uint8_t> m_bytes; ///< from the offset on, behind `m_passed`

@@ -44,7 +44,7 @@ bool CJournalFile::Make(const std::string& folder, const std::string& nameBegin)
             .append("-")
             .append(std::to_string(number))
             .append(kJournalEnding);
-        const SFileResult made = m_file.Open(
+        const SFileResult made = File().Open(
             m_path, {.read = true, .write = true, .create = true, .exclusive = true, .removable = true});
         if (!made.Good() && made.failure != EFileFailure::Exists) {
             return false;
@@ -65,13 +65,13 @@ bool CJournalFile::Make(const std::string& folder, const std::string& nameBegin)
 bool CJournalFile::OpenEnded(const std::string& path) {
     m_path = path;
     m_folder = path.substr(0, path.rfind('\\'));
-    return m_file.Open(path, {.read = true, .write = true, .plain = true, .removable = true}).Good() &&
+    return File().Open(path, {.read = true, .write = true, .plain = true, .removable = true}).Good() &&
            m_file.TryLock() != EFileLock::HeldByAnother && m_file.IsAt(path);
 }
 
 bool CJournalFile::OpenToRead(const std::string& path) {
     m_path = path;
-    return m_file.Open(path, {.read = true, .plain = true, .removable = true}).Good();
+    return File().Open(path, {.read = true, .plain = true, .removable = true}).Good();
 }
 
 bool CJournalFile::HasKnownHead() {
@@ -79,7 +79,7 @@ bool CJournalFile::HasKnownHead() {
     std::uint64_t position = 0;
     std::size_t count = 0;
     const bool isRead =
-        m_file.Seek(0, ESeekOrigin::Start, position).Good() && m_file.Read(head, count).Good();
+        File().Seek(0, ESeekOrigin::Start, position).Good() && m_file.Read(head, count).Good();
     const auto read = std::span<const std::uint8_t>(head).first(count);
     const auto unwritten = std::ranges::mismatch(read, HeadBytes()).in1;
     return isRead && std::all_of(unwritten, read.end(), [](std::uint8_t byte) { return byte == 0; });
@@ -88,9 +88,10 @@ bool CJournalFile::HasKnownHead() {
 bool CJournalFile::WriteAt(std::uint64_t position, std::span<const std::uint8_t> bytes) {
     std::uint64_t reached = 0;
     std::size_t count = 0;
-    const bool isDone =
-        m_file.Seek(static_cast<std::int64_t>(position), ESeekOrigin::Start, reached).Good() &&
-        m_file.Write(bytes, count).Good();
+    const bool isThere = m_place == position ||
+                         m_file.Seek(static_cast<std::int64_t>(position), ESeekOrigin::Start, reached).Good();
+    const bool isDone = isThere && m_file.Write(bytes, count).Good();
+    m_place = isDone ? std::optional(position + count) : std::nullopt;
     m_reserved = std::max(m_reserved, position + count);
     return isDone;
 }

@@ -6,6 +6,7 @@
 #include "ledger/frames.h"
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -49,7 +50,11 @@ public:
     /// Removes and closes it.
     void Remove();
 
-    [[nodiscard]] CFile& File() { return m_file; }
+    /// To be read through until the next frame is written.
+    [[nodiscard]] CFile& File() {
+        m_place.reset();
+        return m_file;
+    }
     [[nodiscard]] const std::string& Path() const { return m_path; }
     [[nodiscard]] const std::string& Folder() const { return m_folder; }
 
@@ -60,6 +65,7 @@ private:
     CBackgroundFlush m_flush{m_file};
     std::string m_path;
     std::string m_folder;
+    std::optional<std::uint64_t> m_place; ///< the handle's, while nobody else moves it
     std::uint64_t m_end = 0;
     std::uint64_t m_reserved = 0; ///< up to here bytes stand on the disk
     std::vector<std::uint8_t> m_frame;

@@ -27,7 +27,8 @@ std::optional<SHoldFailure> CVisitCustody::Begin(const std::string& path) {
         return SHoldFailure{EFileCause::Generic,
                             "Events of an earlier visit still wait for day file " + DisplayPath(path)};
     }
-    if (auto failure = RefuseTornFile()) {
+    const std::uint64_t length = m_file.LengthNow();
+    if (auto failure = RefuseTornFile(length)) {
         return failure;
     }
     m_begun = UtcText(UtcTime());
@@ -43,7 +44,7 @@ std::optional<SHoldFailure> CVisitCustody::Begin(const std::string& path) {
     const SVisitInfo info{.key = m_key,
                           .file = m_ledger->BelowRoot(path),
                           .begun = m_begun,
-                          .length = m_file.LengthNow(),
+                          .length = length,
                           .isFileMade = m_file.IsMade(),
                           .isFolderMade = m_file.IsFolderMade(),
                           .source = m_source};
@@ -58,8 +59,8 @@ std::optional<SHoldFailure> CVisitCustody::Begin(const std::string& path) {
 }
 
 /// Nothing is written behind a torn record: what it was could then never be told any more.
-std::optional<SHoldFailure> CVisitCustody::RefuseTornFile() {
-    const auto torn = m_file.LengthNow() > 0 ? FindTornEnd(m_file.Path()) : std::nullopt;
+std::optional<SHoldFailure> CVisitCustody::RefuseTornFile(std::uint64_t length) const {
+    const auto torn = length > 0 ? FindTornEnd(m_file.Path()) : std::nullopt;
     return torn ? std::optional(SHoldFailure{EFileCause::InvalidFile,
                                              "Day file " + DisplayPath(m_file.Path()) +
                                                  " does not end with a whole record: damage at byte " +
@@ -178,7 +179,7 @@ void CVisitCustody::AddFramed(Add add) {
         return;
     }
     std::uint32_t added = 0;
-    CFrameReader reader(m_journal->File(), m_entryOffset, m_visit);
+    CFrameReader reader(m_journal->File(), m_entryOffset, m_visit, m_journal->End());
     for (SFrame frame; added < m_framedCount && reader.Next(frame);) {
         const auto record = frame.kind == EFrame::Record ? UnpackRecord(frame.payload) : std::nullopt;
         if (record) {

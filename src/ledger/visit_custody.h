@@ -58,7 +58,7 @@ public:
 
 private:
     [[nodiscard]] bool IsJournaled() const { return m_journal != nullptr && !m_journal->HasFailed(); }
-    std::optional<SHoldFailure> RefuseTornFile();
+    [[nodiscard]] std::optional<SHoldFailure> RefuseTornFile(std::uint64_t length) const;
     void TellNotSetAside(const CSetAsideFile& file) const;
     bool NameSetAside(const std::string& name, const std::string& reason);
     template <class Add>

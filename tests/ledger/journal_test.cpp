@@ -96,6 +96,43 @@ TEST(Journal, NothingOfAnEarlierVisitIsTakenForALaterOnes) {
     EXPECT_EQ(FramesOf(folder, bytes, 2, ends[2]), "V2 L2 D2 ") << "one visit's alone";
 }
 
+TEST(Journal, ChecksumsAreThoseOfEarlierPrograms) {
+    const struct {
+        std::uint8_t payload;
+        std::uint32_t first, second;
+    } cases[] = {{0, 0xA67A7688, 0x5ECFB857}, {3, 0x1F2F9F2E, 0x963E6A62}, {30, 0xAA6EDEC9, 0xE412313C}};
+    for (const auto& row : cases) {
+        std::vector<std::uint8_t> payload, frame;
+        for (std::uint8_t i = 0; i < row.payload; ++i)
+            payload.push_back(i);
+        SChain chain;
+        MakeFrame(frame, EFrame::Visit, 7, chain, payload);
+        EXPECT_EQ(chain.checksum, row.first) << int{row.payload};
+        MakeFrame(frame, EFrame::Record, 7, chain, payload);
+        EXPECT_EQ(chain.checksum, row.second) << int{row.payload};
+    }
+}
+
+TEST(Journal, FramesFollowOneAnotherWhateverIsDoneBetween) {
+    const CScratchFolder folder;
+    std::filesystem::create_directory(folder.Native("s"));
+    CJournalFile journal;
+    SChain chain;
+    ASSERT_TRUE(journal.Make(folder.Path("s"), "now"));
+    const auto append = [&](EFrame kind) { EXPECT_TRUE(journal.Append(kind, 1, chain, Hex("0102"))); };
+    append(EFrame::Visit);
+    EXPECT_TRUE(journal.Reserve(100'000));
+    append(EFrame::Record);
+    SFrame frame;
+    EXPECT_TRUE(CFrameReader(journal.File(), kHead).Next(frame));
+    EXPECT_FALSE(CFrameReader(journal.File(), kHead, 1, frame.offset + 18).Next(frame))
+        << "its end is nearer";
+    append(EFrame::Record);
+    EXPECT_TRUE(journal.HasKnownHead());
+    append(EFrame::Done);
+    EXPECT_EQ(FramesOf(folder, folder.Read("s/now-1.journal")), "V1 R1 R1 D1 ");
+}
+
 TEST(Journal, WhatItHoldsComesBackAsItWas) {
     const SStoreInfo store{0x123456789A, 7, {{0, 3}, {9, 1}}};
     const auto back = UnpackStore(Pack(store));
