@@ -60,10 +60,18 @@ CRunLedger::~CRunLedger() {
     }
 }
 
+/// There is none as long as there is no event root. To find it means to resolve every link on both ways.
+const std::string& CRunLedger::Folder() {
+    if (m_folder.empty()) {
+        m_folder = FolderOfJournals(m_eventRoot);
+    }
+    return m_folder;
+}
+
 CJournalFile* CRunLedger::Journal() {
     if (!m_isTried) {
         m_isTried = true;
-        const std::string folder = FolderOfJournals(m_eventRoot);
+        const std::string& folder = Folder();
         auto journal = std::make_unique<CJournalFile>();
         if (PrepareRootFolder(folder, m_eventRoot) && FlushNamesAbove(folder) &&
             journal->Make(folder, Now())) {
@@ -90,13 +98,12 @@ void CRunLedger::NoteClosed() {
     }
 }
 
-std::string CRunLedger::FolderForSetAside() const {
-    const std::string folder = FolderOfJournals(m_eventRoot);
-    return PrepareRootFolder(folder, m_eventRoot) ? folder : std::string();
+std::string CRunLedger::FolderForSetAside() {
+    return PrepareRootFolder(Folder(), m_eventRoot) ? Folder() : std::string();
 }
 
 void CRunLedger::BringIn() {
-    BringInFrom(FolderOfJournals(m_eventRoot));
+    BringInFrom(Folder());
 }
 
 void CRunLedger::BringInFrom(const std::string& folder) {
@@ -108,7 +115,7 @@ void CRunLedger::BringInFrom(const std::string& folder) {
 
 bool CRunLedger::BringInto(CHeldDayFile& file) {
     bool isFree = std::ranges::find(m_openFiles, file.Path()) == m_openFiles.end();
-    for (const std::string& path : JournalsIn(FolderOfJournals(m_eventRoot))) {
+    for (const std::string& path : JournalsIn(Folder())) {
         if (!m_journal || path != m_journal->Path()) {
             isFree = CEntryRecovery(m_eventRoot, m_tell).BringIn(path, &file) && isFree;
         }

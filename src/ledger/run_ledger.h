@@ -34,7 +34,7 @@ public:
     /// This run's journal, made at the first call; null where it cannot be made, which standard error says.
     [[nodiscard]] CJournalFile* Journal();
     /// The folder for set-aside files; empty where it cannot be had.
-    [[nodiscard]] std::string FolderForSetAside() const;
+    [[nodiscard]] std::string FolderForSetAside();
     /// The path below the event root; empty when it does not lead there.
     [[nodiscard]] std::string BelowRoot(const std::string& path) const;
     [[nodiscard]] std::uint32_t NextVisit() { return ++m_visits; }
@@ -43,7 +43,10 @@ public:
     void NoteClosed();
 
 private:
+    [[nodiscard]] const std::string& Folder();
+
     std::string m_eventRoot;
+    std::string m_folder;           ///< of its journals, once it is known
     std::set<SLedgerReport> m_told; ///< a run says each thing once
     LedgerListener m_tell;
     std::unique_ptr<CJournalFile> m_journal;
