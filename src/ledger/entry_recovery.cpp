@@ -1,5 +1,6 @@
 #include "ledger/entry_recovery.h"
 
+#include "base/digest.h"
 #include "dayfile/day_file_reader.h"
 #include "dayfile/day_file_writer.h"
 #include "ledger/set_aside_file.h"
@@ -17,11 +18,11 @@ namespace {
 using Bytes = std::span<const std::uint8_t>;
 
 std::uint64_t DigestOf(Bytes bytes) {
-    std::uint64_t sum = 0xCBF29CE484222325 + bytes.size();
+    std::uint64_t digest = kEmptyDigest + bytes.size();
     for (const std::uint8_t byte : bytes) {
-        sum = (sum ^ byte) * 0x100000001B3;
+        digest = AddToDigest(digest, byte);
     }
-    return sum;
+    return digest;
 }
 
 void AddToRuns(std::vector<SRecordRun>& runs, std::uint32_t record) {

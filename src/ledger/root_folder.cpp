@@ -1,14 +1,13 @@
 #include "ledger/root_folder.h"
 
+#include "base/digest.h"
 #include "base/text.h"
 #include "platform/files.h"
 #include "platform/full_path.h"
 #include "platform/state_folder.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
-#include <cstdio>
 #include <span>
 #include <string_view>
 
@@ -17,17 +16,6 @@ namespace ruvo {
 namespace {
 
 constexpr std::string_view kNote = "\\event-root.txt";
-
-/// FNV-1a of 64 bits: distinguishes folders of one name, and need not withstand forgers.
-std::string Digest(std::string_view text) {
-    std::uint64_t sum = 0xCBF29CE484222325;
-    for (const char c : text) {
-        sum = (sum ^ static_cast<unsigned char>(c)) * 0x100000001B3;
-    }
-    std::array<char, 17> digits{};
-    std::snprintf(digits.data(), digits.size(), "%016llX", static_cast<unsigned long long>(sum));
-    return digits.data();
-}
 
 /// A folder's name for people: what is no letter or digit becomes a dash.
 std::string ReadableName(const std::string& path) {
@@ -39,7 +27,7 @@ std::string ReadableName(const std::string& path) {
 }
 
 std::string FolderName(const std::string& resolvedRoot) {
-    return ReadableName(resolvedRoot) + "-" + Digest(resolvedRoot);
+    return ReadableName(resolvedRoot) + "-" + DigestOf(resolvedRoot);
 }
 
 /// Links resolved, but as people write it.

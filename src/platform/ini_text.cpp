@@ -1,5 +1,6 @@
 #include "platform/ini_text.h"
 
+#include "base/digest.h"
 #include "base/text.h"
 
 #include <algorithm>
@@ -47,12 +48,10 @@ std::optional<std::string_view> HeaderName(std::string_view line) {
     return WithoutBlanks(line.substr(1, end - 1));
 }
 
-// FNV-1a over the folded names; every key of every section is asked for, so nothing is allocated.
+// A digest of the folded names; every key of every section is asked for, so nothing is allocated.
 std::size_t HashName(std::string_view section, std::string_view key) {
-    std::uint64_t hash = 0xCBF29CE484222325;
-    const auto add = [&hash](char c) {
-        hash = (hash ^ static_cast<unsigned char>(ToLower(c))) * 0x100000001B3;
-    };
+    std::uint64_t hash = kEmptyDigest;
+    const auto add = [&hash](char c) { hash = AddToDigest(hash, static_cast<std::uint8_t>(ToLower(c))); };
     std::ranges::for_each(section, add);
     add('\n'); // no name holds a line end
     std::ranges::for_each(key, add);

@@ -1,14 +1,12 @@
 #include "platform/single_instance.h"
 
+#include "base/digest.h"
 #include "base/text.h"
 #include "platform/environment.h"
 #include "platform/posix/native_path.h"
 #include "platform/posix/users_folders.h"
 
-#include <array>
 #include <cerrno>
-#include <cstdint>
-#include <cstdio>
 #include <fcntl.h>
 #include <string_view>
 #include <sys/file.h>
@@ -43,17 +41,6 @@ CDescriptor OpenLockFolder() {
     return OpenUsersFolder();
 }
 
-// FNV-1a of 64 bits. It need not withstand forgers: who may name sites may also visit them.
-std::string Digest(std::string_view text) {
-    std::uint64_t sum = 0xCBF29CE484222325;
-    for (const char c : text) {
-        sum = (sum ^ static_cast<unsigned char>(c)) * 0x100000001B3;
-    }
-    std::array<char, 17> digits{};
-    std::snprintf(digits.data(), digits.size(), "%016llX", static_cast<unsigned long long>(sum));
-    return digits.data();
-}
-
 // Different names give different texts. Two of them make a file's name: file systems take 255 bytes,
 // enciphered ones fewer.
 std::string FileName(std::string_view name) {
@@ -68,7 +55,7 @@ std::string FileName(std::string_view name) {
     }
     constexpr std::size_t kLongest = 64;
     if (text.size() > kLongest) {
-        const std::string end = '~' + Digest(text); // short texts have no such character
+        const std::string end = '~' + DigestOf(text); // which no short text has
         text.replace(kLongest - end.size(), std::string::npos, end);
     }
     return text;
