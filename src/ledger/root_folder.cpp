@@ -30,6 +30,25 @@ std::string FolderName(const std::string& resolvedRoot) {
     return ReadableName(resolvedRoot) + "-" + DigestOf(resolvedRoot);
 }
 
+/// The full path with all links resolved, or, of a folder that is not there, the one that it would have if it
+/// were made.
+std::string ResolvedOrMissing(const std::string& eventRoot) {
+    std::string there = eventRoot;
+    std::string resolved = ResolvedFolder(there);
+    while (resolved.empty()) {
+        const std::size_t separator = there.rfind('\\');
+        if (separator == std::string::npos) {
+            return {};
+        }
+        there.erase(separator);
+        resolved = ResolvedFolder(there.ends_with(':') ? there + "\\" : there);
+    }
+    if (there.size() < eventRoot.size() && resolved.ends_with('\\')) {
+        resolved.pop_back();
+    }
+    return resolved + eventRoot.substr(there.size());
+}
+
 /// Links resolved, but as people write it.
 std::string NoteFor(const std::string& eventRoot) {
     constexpr std::string_view kLongForm = "\\\\?\\";
@@ -52,6 +71,12 @@ std::string FolderOfJournals(const std::string& eventRoot) {
 
 std::string FolderOfRoot(const std::string& state, const std::string& eventRoot) {
     const std::string root = ResolvedFolder(eventRoot);
+    return state.empty() || root.empty() ? std::string() : state + "\\" + FolderName(root);
+}
+
+std::string FolderOfMissingRoot(const std::string& eventRoot) {
+    const std::string state = StateFolder();
+    const std::string root = ResolvedOrMissing(eventRoot);
     return state.empty() || root.empty() ? std::string() : state + "\\" + FolderName(root);
 }
 

@@ -103,7 +103,7 @@ std::string CRunLedger::FolderForSetAside() {
 }
 
 void CRunLedger::BringIn() {
-    BringInFrom(Folder());
+    BringInFrom(FolderOfMissingRoot(m_eventRoot));
 }
 
 void CRunLedger::BringInFrom(const std::string& folder) {

@@ -209,4 +209,13 @@ TEST(WaitingTime, NoClockIsBelievedAlone) {
         EXPECT_EQ(HasWaitedForAWeek(row.begun, row.dates, now), row.want) << row.name;
 }
 
+// An event root that a visit made is removed again when nothing could be written into it.
+TEST_F(Recovery, FindsTheJournalOfAnEventRootThatIsGone) {
+    Leave("RR");
+    std::filesystem::remove_all(folder.Native("ev"));
+    EXPECT_EQ(BringIn(), 1U);
+    EXPECT_EQ(Day(), Header("headerText") + both);
+    EXPECT_FALSE(HasJournal());
+}
+
 } // namespace ruvo::test
