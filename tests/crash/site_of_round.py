@@ -1,0 +1,86 @@
+"""The place of a round: programs, folders, runs and what they have said."""
+
+import os
+import shutil
+import signal
+import subprocess
+
+from small_disk import SmallDisk
+from substation import Substation
+
+PATIENCE = 60  # seconds after which a run counts as hanging
+PROGRAMS = ("HalvexCryptoKit.so",)
+
+
+class Site(Substation):
+    """Event root and state folders lie on the small disk where a round wants that."""
+
+    def __init__(self, folder, programs):
+        super().__init__(folder, programs)
+        for program in PROGRAMS:
+            shutil.copy(os.path.join(programs, program), self.bin)
+        self.disk = SmallDisk(self.folder / "small")
+        self.password = self.ruvoctl_reading("AAAA\n", "password", "encrypt").strip()
+        for name in ("lock0", "lock1"):
+            (self.folder / name).mkdir()
+
+    def ruvoctl_reading(self, text, *words):
+        done = subprocess.run([self.bin / "ruvoctl", *words], input=text, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                              text=True, env=self.environment, check=True)
+        return done.stdout
+
+    def begin_round(self, events_small, state_small, two_states):
+        for place in [place for place in [self.folder / "ev", self.folder / "away", *self.folder.glob("state*"), *self.disk.folder.glob("*")] if place.exists()]:
+            shutil.rmtree(place, ignore_errors=True) if place.is_dir() else place.unlink()
+        for name in ("account", "stderr"):
+            (self.folder / name).unlink(missing_ok=True)
+        (self.folder / "away").mkdir()
+        self.clear_log()
+        self.events = (self.disk.folder if events_small else self.folder) / "ev"
+        names = ["state0", "state1"] if two_states else ["state0", "state0"]
+        self.states = [(self.disk.folder if state_small else self.folder) / name for name in names]
+
+    def start(self, at=0, state=None):
+        """One of two runs that do not shut each other out."""
+        environment = {**self.environment, "RUVO_LOCK_DIR": str(self.folder / f"lock{at}"),
+                       "RUVO_STATE_DIR": str(state or self.states[at])}
+        with open(self.folder / "stderr", "ab") as said:
+            return subprocess.Popen([self.bin / "ruvo", self.folder / "site.ini"], env=environment, stdout=subprocess.DEVNULL, stderr=said)
+
+    def lines(self):
+        """What the log says, and what standard error says for it."""
+        said = (self.folder / "stderr").read_text("utf-8", "replace") if (self.folder / "stderr").exists() else ""
+        return [*self.log(), *(line for line in said.splitlines() if "Line lost: " in line)]
+
+    def account_size(self):
+        path = self.folder / "account"
+        return path.stat().st_size if path.exists() else 0
+
+    def handed_over_since(self, size):
+        """The events that the account names beyond its first bytes, in their order."""
+        path = self.folder / "account"
+        lines = path.read_bytes()[size:].decode().splitlines() if path.exists() else []
+        parts = [line.split(";") for line in lines]
+        return [(f"CR{name[1:]}-{name[1:]}", int(number)) for name, number, _ in parts]
+
+    def waiting_journals(self):
+        return [path for state in set(self.states) if state.is_dir() for path in state.glob("*/*.journal")]
+
+    def set_aside_files(self):
+        return [path for state in set(self.states) if state.is_dir() for path in state.glob("*/*.setaside")]
+
+
+def ended(program):
+    """Its status; none when it hangs, and is killed."""
+    try:
+        return program.wait(PATIENCE)
+    except subprocess.TimeoutExpired:
+        program.kill()
+        program.wait()
+        return None
+
+
+def hear_signals():
+    """Programs that a worker starts are to hear what ends them, however the test itself was started."""
+    for number in (signal.SIGHUP, signal.SIGINT, signal.SIGTERM):
+        signal.signal(number, signal.SIG_DFL)
