@@ -1,4 +1,4 @@
-"""An exact account of events over runs that end badly: crash_test.py [--workers N] [--round N] [ROUNDS [SEED]]
+"""An exact account of events over runs that end badly: crash_test.py [--workers N] [--round N] [--keep FOLDER] [ROUNDS [SEED]]
 
 The simulated relays note each event that they hand over. In each round runs are killed, told to end, left without disk or
 memory and so on, at moments that come from SEED as far as the machine runs alike; further runs follow until nothing waits.
@@ -12,6 +12,7 @@ import multiprocessing
 import os
 import pathlib
 import shutil
+import signal
 import sys
 import tempfile
 import time
@@ -20,13 +21,13 @@ import traceback
 from checks import check, count_checks
 from rounds import Round
 from site_of_round import Site, hear_signals
-from small_disk import enter_namespace
+from small_disk import SmallDisk, enter_namespace
 
 
 def work(at, arguments, numbers, folder, results):
     """Plays every so manieth round, and tells of each."""
+    os.setpgid(0, 0)
     hear_signals()
-    site = None
     try:
         (folder / str(at)).mkdir()
         site = Site(folder / str(at), arguments.programs)
@@ -35,17 +36,14 @@ def work(at, arguments, numbers, folder, results):
                 played = Round(site, arguments.seed, number)
                 events, stored = played.play()
                 complaints = played.ledger.complaints
-                if complaints and os.environ.get("KEEP"):
-                    shutil.copytree(site.folder, os.environ["KEEP"] + f"/{number}", dirs_exist_ok=True)
+                if complaints and arguments.keep:
+                    shutil.copytree(site.folder, f"{arguments.keep}/{number}", dirs_exist_ok=True)
                 complaints += [f"log: {line}" for line in site.lines()[-6:]] if complaints else []
                 results.put((number, played.names, played.counts, complaints, events, stored))
             except Exception:
                 results.put((number, [], {}, [traceback.format_exc()], 0, 0))
     except BaseException:
         results.put((None, [], {}, [traceback.format_exc()], 0, 0))
-    finally:
-        if site:
-            site.disk.remove()
 
 
 def tell(number, seed, names, complaints):
@@ -83,7 +81,13 @@ def test(arguments):
         probe = pathlib.Path(name) / "bin"
         shutil.copytree(arguments.programs, probe, ignore=lambda _, names: [name for name in names if name.startswith("test_")])
         arguments.programs = probe
-        play_all(arguments, pathlib.Path(name))
+        try:
+            play_all(arguments, pathlib.Path(name))
+        finally:
+            for process in multiprocessing.active_children():
+                os.killpg(process.pid, signal.SIGKILL)  # with the run that it has started
+                process.join()
+            SmallDisk.remove_all(pathlib.Path(name))
 
 
 def main():
@@ -91,6 +95,7 @@ def main():
     parser.add_argument("--workers", type=int, default=os.cpu_count())
     parser.add_argument("--round", type=int)
     parser.add_argument("--programs", default="build/release/bin")
+    parser.add_argument("--keep", help="a folder for copies of what failing rounds leave")
     parser.add_argument("rounds", nargs="?", type=int, default=300)
     parser.add_argument("seed", nargs="?", type=int, default=1)
     arguments = parser.parse_args()

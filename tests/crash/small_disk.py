@@ -56,6 +56,9 @@ class SmallDisk:
             for path in self.folder.glob(pattern):
                 path.unlink()
 
-    def remove(self):
-        if self.is_there:
-            subprocess.run(["umount", self.folder], check=False)
+    @staticmethod
+    def remove_all(folder):
+        """Those of the workers in the folder, also of one that has been killed."""
+        for place in folder.glob("*/small"):
+            if os.path.ismount(place):
+                subprocess.run(["umount", "-l", place], check=False)
