@@ -6,6 +6,7 @@
 
 #include "app/load_and_check.h"
 #include "config/configuration.h"
+#include "ledger/visit_record.h"
 #include "link/client.h"
 #include "run/extraction_run.h"
 #include "run/run_end.h"
@@ -105,7 +106,10 @@ SRunFigures RunOver(int relays, const CScratchFolder& folder) {
         if (LoadAndCheck(context, ini, false) == EResultCode::Success &&
             CP32Wrap::CreateInstance() == kLinkGood) {
             CRunEnd end;
-            RunExtraction(context, end);
+            CVisitRecord record(context.DestinationRoot(), ini);
+            record.Begin();
+            RunExtraction(context, end, &record);
+            record.End({});
             CP32Wrap::DestroyInstance();
         }
     });

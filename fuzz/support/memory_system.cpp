@@ -256,6 +256,16 @@ bool RemovePlainFile(const std::string& path) {
     return RemoveFile(path);
 }
 
+bool RenameFile(const std::string& from, const std::string& to) {
+    const auto* const bytes = MemorySystem().Find(Key(from));
+    const std::string key = NoteTouched(to);
+    if (bytes == nullptr || key.empty()) {
+        return false;
+    }
+    MemorySystem().AddFile(key, *bytes);
+    return RemoveFile(from);
+}
+
 bool CopyToNewFile(const std::string& source, const std::string& destination) {
     const auto* const bytes = MemorySystem().Find(Key(source));
     const std::string key = NoteTouched(destination);
@@ -275,7 +285,9 @@ std::string MakeUniqueFile(const std::string& folder, const std::string& prefix)
     return made ? path : std::string();
 }
 
-void FlushFolder(const std::string& /*folder*/) {}
+bool FlushFolder(const std::string& /*folder*/) {
+    return true;
+}
 
 bool ListFolder(const std::string& folder, std::vector<SFolderEntry>& entries) {
     entries.clear();
