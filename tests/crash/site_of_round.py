@@ -1,6 +1,7 @@
 """The place of a round: programs, folders, runs and what they have said."""
 
 import os
+import select
 import shutil
 import signal
 import subprocess
@@ -72,12 +73,15 @@ class Site(Substation):
 
 def ended(program):
     """Its status; none when it hangs, and is killed."""
-    try:
-        return program.wait(PATIENCE)
-    except subprocess.TimeoutExpired:
+    if program.poll() is not None:
+        return program.returncode
+    handle = os.pidfd_open(program.pid)
+    has_ended = select.select([handle], [], [], PATIENCE)[0]
+    os.close(handle)
+    if not has_ended:
         program.kill()
-        program.wait()
-        return None
+    status = program.wait()
+    return status if has_ended else None
 
 
 def hear_signals():
