@@ -103,7 +103,7 @@ CHeldDayFile::EOpening CHeldDayFile::Lock(CFileException& failure) {
         return EOpening::Moved;
     }
     try {
-        m_foundLength = m_file.GetLength();
+        m_foundLength = m_knownLength = m_file.GetLength();
         if (!m_wasMissing || m_foundLength > 0) {
             m_file.FlushToDisk();
         }
@@ -147,7 +147,10 @@ std::uint64_t CHeldDayFile::LengthNow() {
         m_lossOfFile = Hold(m_path);
     }
     std::uint64_t length = 0;
-    return !m_lossOfFile && m_file.File().GetLength(length).Good() ? length : m_foundLength;
+    if (!m_lossOfFile && m_file.File().GetLength(length).Good()) {
+        m_knownLength = length;
+    }
+    return m_knownLength;
 }
 
 void CHeldDayFile::StartAt(std::uint64_t position, const CTextFileHeader& header) {
@@ -185,6 +188,7 @@ void CHeldDayFile::WritePiece() {
     m_isHeaderDue = false;
     m_position += m_piece.size();
     m_wholeEnd = m_position;
+    m_knownLength = std::max(m_knownLength, m_position);
     m_storedCount += m_ends.size();
     m_piece.clear();
     m_ends.clear();

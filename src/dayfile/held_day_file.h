@@ -85,6 +85,7 @@ private:
     bool m_isOpen = false;
     bool m_wasMissing = false; ///< so it was made here, or at the same moment by another
     std::uint64_t m_foundLength = 0;
+    std::uint64_t m_knownLength = 0; ///< where the system does not say it now
     std::optional<SHoldFailure> m_lossOfFile;
 
     bool m_isHeaderDue = false;

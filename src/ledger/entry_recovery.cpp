@@ -56,16 +56,10 @@ struct CEntryRecovery::SPlan {
 
 bool CEntryRecovery::BringIn(const std::string& journalPath, CHeldDayFile* held) {
     m_held = held;
-    if (!m_journal.OpenEnded(journalPath)) {
-        return true; // its run lives
-    }
-    if (!m_journal.HasKnownHead()) {
-        if (held == nullptr) {
-            m_tell(JournalReport(ELedgerOutcome::UnknownJournal, journalPath));
-        }
+    SJournalContents contents;
+    if (!Open(journalPath, contents)) {
         return true;
     }
-    SJournalContents contents = ReadJournal(m_journal.File());
     m_journal.SetEnd(contents.end);
     m_isWhole = contents.isWhole;
     if (m_isWhole) { // so that nothing follows what is added
@@ -86,6 +80,29 @@ bool CEntryRecovery::BringIn(const std::string& journalPath, CHeldDayFile* held)
         static_cast<void>(RenameFile(journalPath, journalPath + std::string(kDamagedEnding)));
     }
     return isFree;
+}
+
+/// False for a journal that is left unchanged. To cut one that could be read in part only, or to add to it,
+/// would lose the rest.
+bool CEntryRecovery::Open(const std::string& journalPath, SJournalContents& contents) {
+    const EJournalOpening opening = m_journal.OpenEnded(journalPath);
+    if (opening == EJournalOpening::InUse) {
+        return false;
+    }
+    const EJournalHead head =
+        opening == EJournalOpening::Opened ? m_journal.Head() : EJournalHead::Unreadable;
+    if (head == EJournalHead::Known) {
+        contents = ReadJournal(m_journal.File());
+        if (contents.isRead) {
+            return true;
+        }
+    }
+    if (m_held == nullptr) {
+        const bool isUnknown = head == EJournalHead::Unknown;
+        m_tell(JournalReport(isUnknown ? ELedgerOutcome::UnknownJournal : ELedgerOutcome::UnreadJournal,
+                             journalPath));
+    }
+    return false;
 }
 
 std::string CEntryRecovery::PathOf(const SJournalEntry& entry) const {
@@ -169,7 +186,8 @@ bool CEntryRecovery::Store(SJournalEntry& entry, CHeldDayFile& file) {
         m_why = failure.what();
         return false;
     }
-    m_tell(ReportOf(plan.isElsewhere ? ELedgerOutcome::StoredAtEnd : ELedgerOutcome::Stored, entry));
+    m_tell(ReportOf(plan.isElsewhere && !plan.isStored ? ELedgerOutcome::StoredAtEnd : ELedgerOutcome::Stored,
+                    entry));
     return true;
 }
 

@@ -24,6 +24,7 @@ public:
 
 private:
     struct SPlan;
+    [[nodiscard]] bool Open(const std::string& journalPath, SJournalContents& contents);
     [[nodiscard]] bool Settle(SJournalEntry& entry);
     [[nodiscard]] bool Close(SJournalEntry& entry);
     [[nodiscard]] bool HoldAndStore(SJournalEntry& entry);

@@ -114,6 +114,8 @@ public:
     /// Whether what stands at the offset can be no more than one frame that an end has torn: behind it there
     /// are zeros alone.
     [[nodiscard]] bool IsTornAtMost();
+    /// Whether the file could not be read: then nothing is known of what follows.
+    [[nodiscard]] bool HasFailed() const { return m_hasFailed; }
 
 private:
     [[nodiscard]] bool Has(std::size_t count);
@@ -129,6 +131,7 @@ private:
     std::map<std::uint32_t, SChain> m_chains;
     std::vector<std::uint8_t> m_bytes; ///< from the offset on, behind `m_passed`
     std::size_t m_passed = 0;
+    bool m_hasFailed = false;
 };
 
 } // namespace ruvo

@@ -58,7 +58,8 @@ SJournalContents ReadJournal(CFile& journal) {
         entry.chain = reader.Chains().at(entry.visit);
     }
     contents.end = reader.Offset();
-    contents.isWhole = isUnderstood && reader.IsTornAtMost();
+    contents.isWhole = isUnderstood && reader.IsTornAtMost() && !reader.HasFailed();
+    contents.isRead = !reader.HasFailed();
     return contents;
 }
 

@@ -36,6 +36,7 @@ struct SJournalEntry {
 struct SJournalContents {
     std::vector<SJournalEntry> entries;
     std::uint64_t end = 0; ///< after the last whole frame
+    bool isRead = true;    ///< else what follows the entries is not known
     bool isWhole = true;   ///< but for a frame that an end has torn
 };
 [[nodiscard]] SJournalContents ReadJournal(CFile& journal);

@@ -62,11 +62,18 @@ bool CJournalFile::Make(const std::string& folder, const std::string& nameBegin)
     return false;
 }
 
-bool CJournalFile::OpenEnded(const std::string& path) {
+EJournalOpening CJournalFile::OpenEnded(const std::string& path) {
     m_path = path;
     m_folder = path.substr(0, path.rfind('\\'));
-    return File().Open(path, {.read = true, .write = true, .plain = true, .removable = true}).Good() &&
-           m_file.TryLock() != EFileLock::HeldByAnother && m_file.IsAt(path);
+    const SFileResult opened =
+        File().Open(path, {.read = true, .write = true, .plain = true, .removable = true});
+    if (!opened.Good()) {
+        return opened.failure == EFileFailure::NotFound || opened.failure == EFileFailure::SharingViolation
+                   ? EJournalOpening::InUse
+                   : EJournalOpening::Failed;
+    }
+    return m_file.TryLock() != EFileLock::HeldByAnother && m_file.IsAt(path) ? EJournalOpening::Opened
+                                                                             : EJournalOpening::InUse;
 }
 
 bool CJournalFile::OpenToRead(const std::string& path) {
@@ -74,7 +81,7 @@ bool CJournalFile::OpenToRead(const std::string& path) {
     return File().Open(path, {.read = true, .plain = true, .removable = true}).Good();
 }
 
-bool CJournalFile::HasKnownHead() {
+EJournalHead CJournalFile::Head() {
     std::array<std::uint8_t, kJournalHead.size()> head{};
     std::uint64_t position = 0;
     std::size_t count = 0;
@@ -82,7 +89,11 @@ bool CJournalFile::HasKnownHead() {
         File().Seek(0, ESeekOrigin::Start, position).Good() && m_file.Read(head, count).Good();
     const auto read = std::span<const std::uint8_t>(head).first(count);
     const auto unwritten = std::ranges::mismatch(read, HeadBytes()).in1;
-    return isRead && std::all_of(unwritten, read.end(), [](std::uint8_t byte) { return byte == 0; });
+    if (!isRead) {
+        return EJournalHead::Unreadable;
+    }
+    const bool isKnown = std::all_of(unwritten, read.end(), [](std::uint8_t byte) { return byte == 0; });
+    return isKnown ? EJournalHead::Known : EJournalHead::Unknown;
 }
 
 bool CJournalFile::WriteAt(std::uint64_t position, std::span<const std::uint8_t> bytes) {

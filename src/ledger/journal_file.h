@@ -22,16 +22,25 @@ inline constexpr std::string_view kDamagedEnding = ".damaged";
 /// The journals in an event root's folder, the oldest first.
 [[nodiscard]] std::vector<std::string> JournalsIn(const std::string& folder);
 
+/// The outcome of opening an ended run's journal.
+enum class [[nodiscard]] EJournalOpening : std::uint8_t{
+    Opened,
+    InUse, ///< its run lives, or another run has just removed it
+    Failed,
+};
+
+/// What the first bytes of a file show.
+enum class [[nodiscard]] EJournalHead : std::uint8_t{Known, Unknown, Unreadable};
+
 class CJournalFile {
 public:
     /// Makes a journal with a new name in the folder, whose own name must be on the disk already.
     [[nodiscard]] bool Make(const std::string& folder, const std::string& nameBegin);
-    /// Opens an ended run's. False when its run lives, or it went meanwhile.
-    [[nodiscard]] bool OpenEnded(const std::string& path);
+    EJournalOpening OpenEnded(const std::string& path);
     /// Opens one to read it, without its lock.
     [[nodiscard]] bool OpenToRead(const std::string& path);
     /// Whether it begins as journals of this version do. One with a part of that does: its making was ended.
-    [[nodiscard]] bool HasKnownHead();
+    EJournalHead Head();
 
     /// A frame that is written is safe from an end of the process, and from one of the machine once it is
     /// flushed, which happens within a second. After a failure, of a flush too, nothing more is written.

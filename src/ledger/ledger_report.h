@@ -12,10 +12,11 @@ namespace ruvo {
 enum class ELedgerOutcome : std::uint8_t {
     UnknownJournal, ///< a file of another version, or no journal
     DamagedJournal,
-    Stored,      ///< in the day file
-    StoredAtEnd, ///< of a day file that had changed since the visit
-    Waits,       ///< for the day file
-    Lost,        ///< by a run that was killed before it could say so
+    UnreadJournal, ///< a file that the system does not let this run read
+    Stored,        ///< in the day file
+    StoredAtEnd,   ///< of a day file that had changed since the visit
+    Waits,         ///< for the day file
+    Lost,          ///< by a run that was killed before it could say so
     SetAside,
     NotSetAside, ///< since the set-aside file could not be written
 };

@@ -18,17 +18,19 @@ void AddWaiting(const std::string& path, SLeftovers& leftovers) {
     if (journal.File().IsLocked().value_or(false)) {
         return;
     }
-    if (!journal.HasKnownHead()) {
+    const EJournalHead head = journal.Head();
+    if (head == EJournalHead::Unknown) {
         leftovers.damaged.push_back(path);
         return;
     }
     SJournalContents contents = ReadJournal(journal.File());
+    leftovers.isRead = leftovers.isRead && head == EJournalHead::Known && contents.isRead;
     for (SJournalEntry& entry : contents.entries) {
         if (!entry.isDone && entry.records > 0 && !entry.IsDropped()) {
             leftovers.waiting.push_back({path, std::move(entry.info), entry.records});
         }
     }
-    if (!contents.isWhole) {
+    if (!contents.isWhole && contents.isRead) {
         leftovers.damaged.push_back(path);
     }
 }

@@ -64,7 +64,7 @@ bool IsNamedByJournal(const std::string& path) {
             return true;
         }
         const SJournalContents contents = ReadJournal(file.File());
-        return std::ranges::any_of(contents.entries, [&](const SJournalEntry& entry) {
+        return !contents.isRead || std::ranges::any_of(contents.entries, [&](const SJournalEntry& entry) {
             return !entry.isDone && ((entry.setAside && entry.setAside->name == NameOf(path)) ||
                                      entry.info.source == NameOf(path));
         });

@@ -28,6 +28,8 @@ std::string LedgerText(const SLedgerReport& report) {
     case ELedgerOutcome::DamagedJournal:
         return "Journal " + path + " is damaged. Its readable events have been stored; it is kept as " +
                path + ".damaged.";
+    case ELedgerOutcome::UnreadJournal:
+        return "Journal " + path + " cannot be read. It is left unchanged; the next run tries again.";
     case ELedgerOutcome::Stored:
         return StoredText(report, path);
     case ELedgerOutcome::StoredAtEnd:

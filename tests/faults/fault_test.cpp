@@ -22,15 +22,15 @@ protected:
             << "what is not on the disk counts as stored";
     }
 
-    /// After a next run, in which nothing goes wrong, each event is in a day file once, or told as lost.
-    void CheckLedger(const SOutcome& got) {
+    /// After a next run, in which nothing goes wrong, each event is in a day file once, or reported as lost.
+    void CheckLedger(const SOutcome& got, std::size_t earlier = 3) {
         if (got.IsTold("bytes; it may end with a torn record"))
             return;
         SMemoryDisk left = got.disk;
         left.EndProcess();
         const SOutcome next = rig.RunOn(left, {});
         EXPECT_EQ(CountRecords(next.disk) + next.CountLost() + SOutcome::LostIn(got.debug),
-                  3 + got.notes.given + next.notes.given);
+                  earlier + got.notes.given + next.notes.given);
         EXPECT_FALSE(HasJournal(next)) << "everything has been brought in";
     }
     static bool HasJournal(const SOutcome& got) {
@@ -89,6 +89,32 @@ TEST_F(FileFaults, TwoOperationsFail) {
         for (std::size_t m = n + 1; m <= n + kFarthest; ++m)
             Try({{n, n, EFileFailure::DiskFull, true}, {m, m, EFileFailure::AccessDenied}});
     std::cout << points << " pairs of file faults\n";
+}
+
+/// Of a run that was killed events wait; in the next one, which stores them, operations fail.
+TEST_F(FileFaults, OperationsFailBesideTheEventsOfAKilledRun) {
+    constexpr std::size_t kStep = 7;
+    constexpr int kKills = 3;
+    int kills = 0;
+    for (std::size_t kill = rig.clean.disk.operations; kill > kStep && kills < kKills; kill -= kStep) {
+        SMemoryDisk left =
+            rig.Run({}, {{kill, std::numeric_limits<std::size_t>::max(), EFileFailure::Other, false, true}})
+                .disk;
+        left.EndProcess();
+        const SOutcome whole = rig.RunOn(left, {});
+        if (!whole.IsTold(" of a visit that was ended "))
+            continue; // none waited
+        ++kills;
+        const std::size_t earlier = CountRecords(whole.disk) + whole.CountLost() - whole.notes.given;
+        for (std::size_t n = 1; n <= whole.disk.operations && !HasFailure(); ++n)
+            for (const std::size_t last : {n, n + 3}) { // a second attempt, too
+                SCOPED_TRACE("killed at " + std::to_string(kill) + ", failures at " + std::to_string(n) +
+                             " to " + std::to_string(last));
+                CheckLedger(rig.RunOn(left, {}, {{n, last, EFileFailure::Other}}), earlier);
+            }
+        std::cout << whole.disk.operations << " operations beside the events of a killed run\n";
+    }
+    EXPECT_EQ(kills, kKills);
 }
 
 TEST_F(FileFaults, WhereNothingCanBeMadeTheRelaysKeepTheirEvents) {

@@ -128,7 +128,7 @@ TEST(Journal, FramesFollowOneAnotherWhateverIsDoneBetween) {
     EXPECT_FALSE(CFrameReader(journal.File(), kHead, 1, frame.offset + 18).Next(frame))
         << "its end is nearer";
     append(EFrame::Record);
-    EXPECT_TRUE(journal.HasKnownHead());
+    EXPECT_EQ(journal.Head(), EJournalHead::Known);
     append(EFrame::Done);
     EXPECT_EQ(FramesOf(folder, folder.Read("s/now-1.journal")), "V1 R1 R1 D1 ");
 }

@@ -151,6 +151,7 @@ TEST(LedgerText, SaysWhatBecameOfEvents) {
          "Journal /p was written by another version, or is not a journal. It is left unchanged."},
         {DamagedJournal, 0,
          "Journal /p is damaged. Its readable events have been stored; it is kept as /p.damaged."},
+        {UnreadJournal, 0, "Journal /p cannot be read. It is left unchanged; the next run tries again."},
         {Stored, 1, "1 event of a visit that was ended is in day file /p now. Visit of K, begun B."},
         {StoredAtEnd, 2,
          "2 events of a visit that was ended are in day file /p now. Visit of K, begun B. The file had changed "
