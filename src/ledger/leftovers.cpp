@@ -4,6 +4,8 @@
 #include "ledger/journal_entry.h"
 #include "ledger/journal_file.h"
 
+#include <utility>
+
 namespace ruvo {
 
 namespace {
@@ -72,6 +74,9 @@ SLeftovers ReadLeftovers(const std::string& folder) {
     }
     for (const std::string& path : SetAsideFilesIn(folder)) {
         AddSetAside(path, leftovers);
+    }
+    for (std::string& path : FilesIn(folder, kDamagedEnding)) {
+        leftovers.damaged.push_back(std::move(path));
     }
     return leftovers;
 }

@@ -31,7 +31,7 @@ struct SLeftovers {
     bool isRead = true; ///< or missing
     std::vector<SWaitingVisit> waiting;
     std::vector<SSetAsideFile> setAside;
-    std::vector<std::string> damaged; ///< journals that hold more than could be read
+    std::vector<std::string> damaged; ///< journals that hold more than could be read, kept ones too
 
     [[nodiscard]] bool IsEmpty() const { return waiting.empty() && setAside.empty() && damaged.empty(); }
 };

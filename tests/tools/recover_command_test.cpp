@@ -77,6 +77,7 @@ TEST_F(RecoverCommand, ListsWhatIsLeftAndWhereItLooked) {
               "State folder: @/state\nEvent root: @/ev\n  looked in @/state/#\n  nothing is left\n");
     Visit(EEnd::SetAside);
     Visit(EEnd::Killed, "ev", "\\AB12-2\\AB12-2-2026-11-16-DEV.evt");
+    folder.Write("state/" + Digest() + "/old.journal.damaged", "x");
     const SOutcome listed = Recover();
     EXPECT_EQ(listed.status, 0);
     EXPECT_EQ(listed.out, "State folder: @/state\nEvent root: @/ev\n  looked in @/state/#\n"
@@ -85,7 +86,9 @@ TEST_F(RecoverCommand, ListsWhatIsLeftAndWhereItLooked) {
                           "    @/state/#/AB12-1-2026-11-16-DEV-1.setaside\n"
                           "  waiting: 2 events of RV001, visit begun 2026-11-16 23:30:00 UTC\n"
                           "    day file AB12-2/AB12-2-2026-11-16-DEV.evt\n"
-                          "    journal @/state/#/2026-11-16T233000Z-1.journal\n");
+                          "    journal @/state/#/2026-11-16T233000Z-1.journal\n"
+                          "  damaged, or written by another version\n"
+                          "    journal @/state/#/old.journal.damaged\n");
     EXPECT_EQ(
         Recover({"--format", "json"}).out,
         "{\"kind\":\"event_root\",\"event_root\":\"@/ev\",\"folder\":\"@/state/#\",\"exists\":true,"
@@ -96,7 +99,9 @@ TEST_F(RecoverCommand, ListsWhatIsLeftAndWhereItLooked) {
         "password was refused\"}\n"
         "{\"kind\":\"waiting\",\"event_root\":\"@/ev\",\"folder\":\"@/state/#\",\"journal\":\"@/state/#/"
         "2026-11-16T233000Z-1.journal\",\"events\":2,\"key\":\"RV001\",\"begun\":\"2026-11-16 23:30:00 "
-        "UTC\",\"day_file\":\"AB12-2/AB12-2-2026-11-16-DEV.evt\"}\n");
+        "UTC\",\"day_file\":\"AB12-2/AB12-2-2026-11-16-DEV.evt\"}\n"
+        "{\"kind\":\"damaged_journal\",\"event_root\":\"@/ev\",\"folder\":\"@/state/#\",\"journal\":\"@/state/#/"
+        "old.journal.damaged\"}\n");
     const SOutcome status =
         RunTool({"status", folder.Native("ev"), folder.Native("log"), "--format", "json"});
     EXPECT_NE(status.out.find("\"events_waiting\":2,\"events_set_aside\":2}"), std::string::npos)
