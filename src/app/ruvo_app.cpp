@@ -39,7 +39,7 @@ void LogFailures(Action action) noexcept {
 }
 
 /// A run by hand with a mistyped option would else visit the relays and look like an answer to it.
-void TellOfArgumentsWithoutEffect(const SCommandLine& commandLine) {
+void ReportArgumentsWithoutEffect(const SCommandLine& commandLine) {
     for (const std::string& argument : commandLine.withoutEffect) {
         WriteStandardError("ruvo: " + argument +
                            ": argument without effect; expected FILE.ini, or -t to check only");
@@ -57,7 +57,7 @@ std::string BuildResultText(EResultCode result, const SCommandLine& commandLine)
            "\n\n" + std::string(message) + "\n";
 }
 
-/// Whatever ends the start-up or the run, the link is closed and the server released.
+/// However the start-up or the run ends, the link is closed and the server released.
 void CRuvoApp::Run(std::span<const std::string> arguments) noexcept {
     LogFailures([&] {
         CRunContext context;
@@ -74,7 +74,7 @@ void CRuvoApp::StartUp(CRunContext& context, std::span<const std::string> argume
     if (!CheckDependencies()) {
         return;
     }
-    TellOfArgumentsWithoutEffect(m_commandLine);
+    ReportArgumentsWithoutEffect(m_commandLine);
     m_programFolder.emplace();
     EResultCode result = LoadAndCheck(context, m_commandLine.iniPath, m_commandLine.checkOnly);
     if (!m_commandLine.checkOnly && !ClaimSingleInstance()) {
@@ -97,8 +97,8 @@ void CRuvoApp::BeginRecord(const CRunContext& context) {
     }
 }
 
-/// Whatever is not said of the end by then was a failure that the log tells of; the record then looks like
-/// that of a killed run.
+/// An end that is not known by then was a failure that the log reports; the record then looks like that of a
+/// killed run.
 void CRuvoApp::EndRecord() {
     if (!m_record) {
         return;

@@ -25,7 +25,7 @@ class CRuvoApp final : public CSingleInstanceApp {
 public:
     enum class EEndRequests : std::uint8_t { Unheard, Heard };
 
-    /// Only a process of its own hears the requests to end: they would be its host's else.
+    /// Only a process of its own receives the requests to end: a library leaves them to its host.
     explicit CRuvoApp(EEndRequests requests = EEndRequests::Unheard)
         : m_hearsRequests(requests == EEndRequests::Heard) {}
 

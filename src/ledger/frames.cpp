@@ -14,7 +14,7 @@ using Bytes = std::span<const std::uint8_t>;
 constexpr std::size_t kReadStep = std::size_t{64} * 1024;
 constexpr std::size_t kLargestPayload = std::size_t{16} * 1024 * 1024; // a store frame with a million runs
 
-/// What a byte adds to the checksum when so many others stand behind it: eight are taken at a time.
+/// What a byte adds to the checksum when so many others follow it: eight are taken at a time.
 constexpr std::size_t kSlices = 8;
 constexpr auto kChecksumTables = [] {
     std::array<std::array<std::uint32_t, 256>, kSlices> tables{};
@@ -40,7 +40,7 @@ std::uint32_t FirstWord(Bytes bytes) {
            std::uint32_t{bytes[3]} << 24U;
 }
 
-/// What four bytes add when so many stand behind the first of them.
+/// What four bytes add when so many follow the first of them.
 std::uint32_t SumOfWord(std::uint32_t word, std::size_t behind) {
     return kChecksumTables[behind][word & 0xFFU] ^ kChecksumTables[behind - 1][word >> 8U & 0xFFU] ^
            kChecksumTables[behind - 2][word >> 16U & 0xFFU] ^ kChecksumTables[behind - 3][word >> 24U];
@@ -224,7 +224,7 @@ bool CFrameReader::Next(SFrame& frame) {
     }
 }
 
-/// Looks at the frame that stands in the buffer, and moves its visit's chain on.
+/// Checks the frame at the front of the buffer, and moves its visit's chain on.
 bool CFrameReader::IsChained(EFrame kind, std::uint32_t visit, std::uint32_t position, std::size_t length) {
     const bool isFirst = kind == EFrame::Visit;
     const auto known = m_chains.find(visit);
@@ -301,7 +301,7 @@ bool CFrameReader::IsTornAtMost() {
     return true;
 }
 
-/// Whether visit and position of a frame that may come next stand within the bytes that a frame claims.
+/// Whether visit and position of a frame that may come next are within the bytes that a frame claims.
 bool CFrameReader::HoldsAnotherHead(Bytes bytes, std::size_t claimed, std::uint32_t visit) const {
     const Bytes within = bytes.first(std::min(claimed, bytes.size())).subspan(kFrameHeadSize);
     std::map<std::uint32_t, SChain> next = m_chains;

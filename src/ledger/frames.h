@@ -36,7 +36,7 @@ inline constexpr std::size_t kFrameHeadSize = 1 + 4 + 4 + 4;
 inline constexpr std::size_t kFrameOverhead = kFrameHeadSize + 4;
 inline constexpr std::size_t kLargestRecordFrame = kFrameOverhead + 4 + kMaxRecordImage;
 
-/// Where a visit's chain of frames stands.
+/// The state of a visit's chain of frames.
 struct SChain {
     std::uint32_t position = 0;
     std::uint32_t checksum = 0;
@@ -60,7 +60,7 @@ struct SVisitInfo {
     std::string source; ///< the set-aside file that the records come from; empty for a relay's visit
 };
 
-/// Records that stand in a row, counted from 0 in the order of their frames.
+/// Consecutive records, counted from 0 in the order of their frames.
 struct SRecordRun {
     std::uint32_t first = 0;
     std::uint32_t count = 0;
@@ -89,30 +89,29 @@ void MakeFrame(std::vector<std::uint8_t>& bytes, EFrame kind, std::uint32_t visi
 [[nodiscard]] std::optional<SVisitInfo> UnpackVisit(std::span<const std::uint8_t> payload);
 [[nodiscard]] std::optional<SStoreInfo> UnpackStore(std::span<const std::uint8_t> payload);
 [[nodiscard]] std::optional<SSetAsideInfo> UnpackSetAside(std::span<const std::uint8_t> payload);
-/// The number of the extended record, 0 for a simple one, and the image behind it.
+/// The number of the extended record, 0 for a simple one, and the image after it.
 struct SRecordPayload {
     std::uint32_t extendedNumber = 0;
     std::span<const std::uint8_t> image;
 };
 [[nodiscard]] std::optional<SRecordPayload> UnpackRecord(std::span<const std::uint8_t> payload);
 
-/// Reads frames from an open journal, in little memory; nothing in it is believed.
+/// Reads frames from an open journal, in little memory; nothing in it is trusted.
 class CFrameReader {
 public:
-    /// With a visit, reading begins at that visit's first frame; the frames of others are passed over unread.
+    /// With a visit, reading begins at that visit's first frame; the frames of others are skipped unread.
     /// With an end, nothing is read from there on.
     CFrameReader(CFile& file, std::uint64_t offset, std::optional<std::uint32_t> visit = std::nullopt,
                  std::uint64_t end = std::numeric_limits<std::uint64_t>::max())
         : m_file(file), m_offset(offset), m_end(end), m_visit(visit) {}
 
-    /// False at the first place where no whole frame stands.
+    /// False at the first place without a whole frame.
     [[nodiscard]] bool Next(SFrame& frame);
-    /// Behind the last whole frame.
+    /// After the last whole frame.
     [[nodiscard]] std::uint64_t Offset() const { return m_offset; }
-    /// Where the chains of the visits stand.
+    /// The states of the visits' chains.
     [[nodiscard]] const std::map<std::uint32_t, SChain>& Chains() const { return m_chains; }
-    /// Whether what stands at the offset can be no more than one frame that an end has torn: behind it there
-    /// are zeros alone.
+    /// Whether the bytes at the offset can be no more than one torn frame: only zeros follow it.
     [[nodiscard]] bool IsTornAtMost();
     /// Whether the file could not be read: then nothing is known of what follows.
     [[nodiscard]] bool HasFailed() const { return m_hasFailed; }
@@ -129,7 +128,7 @@ private:
     std::uint64_t m_end;
     std::optional<std::uint32_t> m_visit;
     std::map<std::uint32_t, SChain> m_chains;
-    std::vector<std::uint8_t> m_bytes; ///< from the offset on, behind `m_passed`
+    std::vector<std::uint8_t> m_bytes; ///< from the offset on, after `m_passed`
     std::size_t m_passed = 0;
     bool m_hasFailed = false;
 };

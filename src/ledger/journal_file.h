@@ -1,5 +1,5 @@
 // One journal on the disk: made by a run for itself, or opened to bring in what an ended run left. Locked as
-// long as it is open. Nothing here throws but for want of memory.
+// long as it is open. Nothing here throws except when memory runs out.
 #pragma once
 
 #include "ledger/background_flush.h"
@@ -47,7 +47,7 @@ public:
     [[nodiscard]] bool Append(EFrame kind, std::uint32_t visit, SChain& chain,
                               std::span<const std::uint8_t> payload);
     [[nodiscard]] bool Flush();
-    /// Sees to it that so many bytes more can be written, by writing zeros where they will stand.
+    /// Ensures that so many more bytes can be written, by writing zeros in their place.
     [[nodiscard]] bool Reserve(std::size_t bytes);
     /// Where the next frame goes.
     [[nodiscard]] std::uint64_t End() const { return m_end; }
@@ -74,9 +74,9 @@ private:
     CBackgroundFlush m_flush{m_file};
     std::string m_path;
     std::string m_folder;
-    std::optional<std::uint64_t> m_place; ///< the handle's, while nobody else moves it
+    std::optional<std::uint64_t> m_place; ///< the handle's, while nothing else moves it
     std::uint64_t m_end = 0;
-    std::uint64_t m_reserved = 0; ///< up to here bytes stand on the disk
+    std::uint64_t m_reserved = 0; ///< up to here the file has bytes
     std::vector<std::uint8_t> m_frame;
     bool m_hasFailed = false;
 };

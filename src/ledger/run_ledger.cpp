@@ -75,7 +75,8 @@ CJournalFile* CRunLedger::Journal() {
         auto journal = std::make_unique<CJournalFile>();
         if (PrepareRootFolder(folder, m_eventRoot) && FlushNamesAbove(folder) &&
             journal->Make(folder, Now())) {
-            FlushFolder(m_eventRoot.substr(0, m_eventRoot.rfind('\\'))); // its name, whoever made it
+            FlushFolder(
+                m_eventRoot.substr(0, m_eventRoot.rfind('\\'))); // its name: another run may have made it
             m_journal = std::move(journal);
         } else {
             WriteStandardError("ruvo: no journal can be made in " +

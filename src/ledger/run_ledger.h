@@ -28,7 +28,7 @@ public:
     void BringIn();
     /// The same from the folder of another event root, which is gone.
     void BringInFrom(const std::string& folder);
-    /// The same for one day file, which is held. False when an entry for it waits all the same.
+    /// The same for one day file, which is held. False when an entry for it still waits.
     [[nodiscard]] bool BringInto(CHeldDayFile& file);
 
     /// This run's journal, made at the first call; null where it cannot be made, which standard error says.

@@ -14,7 +14,7 @@ namespace {
 
 using Image = std::span<const std::uint8_t>;
 
-/// What the frames behind the last record take at most.
+/// The most that the frames after the last record take.
 constexpr std::size_t kClosingFrames = 4096;
 
 } // namespace
@@ -58,7 +58,7 @@ std::optional<SHoldFailure> CVisitCustody::Begin(const std::string& path) {
     return std::nullopt;
 }
 
-/// Nothing is written behind a torn record: what it was could then never be told any more.
+/// Nothing is written after a torn record: where it ended could then never be found again.
 std::optional<SHoldFailure> CVisitCustody::RefuseTornFile(std::uint64_t length) const {
     const auto torn = length > 0 ? FindTornEnd(m_file.Path()) : std::nullopt;
     return torn ? std::optional(SHoldFailure{EFileCause::InvalidFile,
@@ -85,7 +85,7 @@ bool CVisitCustody::Keep(std::span<const std::uint8_t> image, std::uint32_t exte
             return true;
         }
     }
-    m_images.resize(m_ends.empty() ? 0 : m_ends.back()); // what an end for want of memory has left
+    m_images.resize(m_ends.empty() ? 0 : m_ends.back()); // the rest of a record for which there was no memory
     m_images.insert(m_images.end(), image.begin(), image.end());
     m_ends.push_back(m_images.size());
     m_lastExtended = extendedNumber != 0 ? extendedNumber : m_lastExtended;
@@ -117,7 +117,7 @@ void CVisitCustody::Store() {
         AddUnframed(add);
         m_file.Finish();
         m_isSettled = true;
-    } catch (const std::exception&) { // of the file, or for want of memory; what is whole stays
+    } catch (const std::exception&) { // of the file, or no memory; what is whole stays
         m_mayBeTorn = !m_file.CutBack();
         throw;
     }
@@ -131,7 +131,7 @@ void CVisitCustody::LeaveOpen() {
     }
 }
 
-/// What a failed journal has waits there: without the frame that names the file it would stand in both.
+/// Records in a failed journal wait there: without the frame that names the file they would be in both.
 void CVisitCustody::SetAside(const std::string& reason) {
     CSetAsideFile file;
     if (m_ledger == nullptr || KeptCount() == 0) {

@@ -24,7 +24,7 @@ public:
     void NameSource(std::string source) { m_source = std::move(source); }
     /// Holds the day file, brings in what waits for it, and begins an entry: after that events may be taken.
     std::optional<SHoldFailure> Begin(const std::string& path);
-    /// Whether the journal has room for one more event, whatever its size.
+    /// Whether the journal has room for one more event of any size.
     [[nodiscard]] bool HasRoom();
     /// Keeps one record. False when the journal has failed: the record is kept, but the visit has to end.
     [[nodiscard]] bool Keep(std::span<const std::uint8_t> image, std::uint32_t extendedNumber);
@@ -37,7 +37,7 @@ public:
     void SetAside(const std::string& reason);
     /// Leaves what is kept to the next run. Without a journal, or with one that has failed, as Store.
     void LeaveOpen();
-    /// Closes the entry, once the log has what it has to tell of the visit, and lets the day file go. What
+    /// Closes the entry, after the log lines about the visit are written, and releases the day file. What
     /// was neither stored nor set aside waits for the next run.
     void End();
 

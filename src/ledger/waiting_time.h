@@ -15,7 +15,7 @@ namespace ruvo {
 [[nodiscard]] std::string UtcDateText(const SCalendarTime& time);
 
 /// True when the visit began seven days ago or earlier, and runs of seven different dates have found it
-/// waiting. So a visit whose own date was wrong waits seven dates all the same, and a clock that jumps ahead
+/// waiting. So a visit whose own date was wrong waits seven dates nevertheless, and a clock that jumps ahead
 /// for a night is one date more.
 [[nodiscard]] bool HasWaitedForAWeek(const std::string& begun, const std::set<std::string>& dates,
                                      const SCalendarTime& now);

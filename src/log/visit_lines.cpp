@@ -74,56 +74,56 @@ std::string IncompleteText(const SIncompleteRecords& records) {
 }
 
 template <class Word>
-void Tell(ELineWorth worth, Word word) noexcept {
+void WriteLine(ELineWorth worth, Word word) noexcept {
     WithLogReserve([&] { LogMessage(word(), true, worth); });
 }
 
 /// Why the relay has kept events, or the day file has not got them.
-void TellFailures(const SExtractionReport& report, ELineWorth worth) noexcept {
+void LogFailures(const SExtractionReport& report, ELineWorth worth) noexcept {
     if (report.refusal) {
-        Tell(worth, [&] {
+        WriteLine(worth, [&] {
             return SaveFailedText(ReasonOf(*report.refusal) + "; no event was taken from the relay.");
         });
     }
     for (const auto& error : report.columnErrors) {
-        Tell(worth, [&] { return ErrorText(*error); });
+        WriteLine(worth, [&] { return ErrorText(*error); });
     }
     if (report.failedWrite) {
-        Tell(worth, [&] { return SaveFailedText(report.failedWrite->what()); });
+        WriteLine(worth, [&] { return SaveFailedText(report.failedWrite->what()); });
     }
     if (report.end != EVisitEnd::NoMoreEvents) {
-        Tell(worth, [&] { return VisitEndText(report); });
+        WriteLine(worth, [&] { return VisitEndText(report); });
     }
 }
 
 /// What is wrong with the day file.
-void TellOfDayFile(const SExtractionReport& report, ELineWorth worth) noexcept {
+void LogDayFile(const SExtractionReport& report, ELineWorth worth) noexcept {
     const auto path = [&] { return DisplayPath(report.dayFile); };
     if (report.tornAfter) {
-        Tell(worth, [&] {
+        WriteLine(worth, [&] {
             return path() + " could not be truncated to its earlier " + std::to_string(*report.tornAfter) +
                    " bytes; it may end with a torn record.";
         });
     }
     if (const std::size_t unflushed = report.recordsUnflushed; unflushed > 0) {
-        Tell(worth, [&] {
+        WriteLine(worth, [&] {
             return "Day file " + path() + " could not be flushed to disk. It holds " +
                    Counted(unflushed, "event") + " of this visit, which a power failure may still lose.";
         });
     }
     if (report.isNameUnread) {
-        Tell(worth, [&] {
+        WriteLine(worth, [&] {
             return "The relay's model or serial number could not be read. Its events are in " + path() + ".";
         });
     }
 }
 
-void TellOfIncomplete(const CIncompleteRecords& incomplete, ELineWorth worth) noexcept {
+void LogIncomplete(const CIncompleteRecords& incomplete, ELineWorth worth) noexcept {
     for (const SIncompleteRecords& records : incomplete.Kinds()) {
-        Tell(worth, [&] { return IncompleteText(records); });
+        WriteLine(worth, [&] { return IncompleteText(records); });
     }
     if (const std::size_t others = incomplete.OtherCount(); others > 0) {
-        Tell(worth, [&] {
+        WriteLine(worth, [&] {
             return Counted(others, "further event record") + (others == 1 ? " is" : " are") +
                    " written without items that cannot be stored.";
         });
@@ -135,22 +135,24 @@ void TellOfIncomplete(const CIncompleteRecords& incomplete, ELineWorth worth) no
 void LogVisit(const SExtractionReport& report) noexcept {
     const bool isLoss = report.eventsLost > 0 || report.eventsPassedOver > 0 || report.recordsUnflushed > 0;
     const ELineWorth worth = isLoss ? ELineWorth::TellsOfLoss : ELineWorth::Usual;
-    TellFailures(report, worth);
-    TellOfDayFile(report, worth);
-    TellOfIncomplete(report.incomplete, worth);
+    LogFailures(report, worth);
+    LogDayFile(report, worth);
+    LogIncomplete(report.incomplete, worth);
     if (const std::size_t waiting = report.eventsWaiting; waiting > 0) {
-        Tell(worth, [&] {
+        WriteLine(worth, [&] {
             return Counted(waiting, "event") + (waiting == 1 ? " waits" : " wait") +
                    " in the journal for the next run.";
         });
     }
     if (report.eventsPassedOver > 0) {
-        Tell(worth,
-             [&] { return Counted(report.eventsPassedOver, "event") + " of unknown kind passed over."; });
+        WriteLine(worth, [&] {
+            return Counted(report.eventsPassedOver, "event") + " of unknown kind passed over.";
+        });
     }
     if (report.eventsLost > 0) { // from the number, which needs no memory to be kept
-        Tell(worth,
-             [&] { return Counted(report.eventsLost, "event") + " taken from the relay, but not stored."; });
+        WriteLine(worth, [&] {
+            return Counted(report.eventsLost, "event") + " taken from the relay, but not stored.";
+        });
     }
 }
 

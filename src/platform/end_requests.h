@@ -8,7 +8,7 @@
 
 namespace ruvo {
 
-/// Whoever asks may ask more than once. A request that was ignored when the process started stays ignored.
+/// A request may arrive more than once. A request that was ignored when the process started stays ignored.
 class IEndRequests {
 public:
     enum class [[nodiscard]] EWake : std::uint8_t{Request, Timeout, Stopped};
@@ -26,16 +26,16 @@ public:
     [[nodiscard]] virtual bool Skip(std::chrono::milliseconds time) = 0;
     /// Ends every wait. From any thread.
     virtual void Stop() = 0;
-    /// Nobody will wait: from here on a request ends the process again.
+    /// Nothing will wait: from here on a request ends the process again.
     virtual void Release() = 0;
 };
 
 /// From here on a request to end does not end the process by itself. To be called by the process's first
-/// thread before it starts another one. Programs that this process executes hear requests as usual. Null when
-/// requests cannot be heard: they end the process then.
+/// thread before it starts another one. Programs that this process executes receive requests as usual. Null
+/// when requests cannot be heard: they end the process then.
 std::unique_ptr<IEndRequests> HearEndRequests();
 
-/// Ends the process at once, with status 0, whatever its threads are doing.
+/// Ends the process at once, with status 0, without waiting for its threads.
 [[noreturn]] void EndProcess() noexcept;
 
 } // namespace ruvo

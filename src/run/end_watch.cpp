@@ -62,7 +62,7 @@ void CEndWatch::EndWhatIsStuck() {
             WriteStandardError("ruvo: ended by " + std::string(m_end.Name()) + "; no relay was visited");
         });
     } else {
-        m_end.Tell();
+        m_end.WriteEndLine();
     }
     m_endProcess();
 }

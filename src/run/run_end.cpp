@@ -22,19 +22,19 @@ void CRunEnd::Finish() noexcept {
     if (m_stage == EStage::Visiting) {
         m_stage = EStage::Over;
         if (m_isAsked) {
-            Tell();
+            WriteEndLine();
         }
     }
 }
 
-void CRunEnd::Tell() noexcept {
-    if (!m_isTold.exchange(true)) {
+void CRunEnd::WriteEndLine() noexcept {
+    if (!m_isWritten.exchange(true)) {
         WithLogReserve([&] { LogMessage(RunEndedText(m_name.load(), NotVisited()), false); });
     }
 }
 
 void CRunEnd::Abandon() noexcept {
-    Tell(); // first: what follows may take its time
+    WriteEndLine(); // first: what follows may take its time
     if (m_whenAbandoned) {
         m_whenAbandoned();
     }

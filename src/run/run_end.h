@@ -36,14 +36,14 @@ public:
     /// Relays that an early end leaves out.
     std::size_t NotVisited() const { return m_relays - m_visited; }
     /// Writes the line of the log, once, whichever thread calls it first.
-    void Tell() noexcept;
+    void WriteEndLine() noexcept;
     /// By the thread that ends the process: the run's does not come back.
     void Abandon() noexcept;
 
 private:
     std::atomic<const char*> m_name = nullptr;
     std::atomic<bool> m_isAsked = false;
-    std::atomic<bool> m_isTold = false;
+    std::atomic<bool> m_isWritten = false;
     std::atomic<EStage> m_stage = EStage::NotBegun;
     std::atomic<std::size_t> m_relays = 0;
     std::atomic<std::size_t> m_visited = 0;

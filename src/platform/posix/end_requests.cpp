@@ -35,7 +35,7 @@ sigset_t EndSignals() {
     return set;
 }
 
-/// What a program that is executed must find again, whoever executes it.
+/// What a program that this process executes must find again.
 sigset_t g_maskAtStart;
 
 /// Signals that are blocked wait in the system until they are read.

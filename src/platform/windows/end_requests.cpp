@@ -42,7 +42,7 @@ LRESULT CALLBACK OnMessage(HWND window, UINT message, WPARAM first, LPARAM secon
     case WM_QUERYENDSESSION:
         State().Ask(kSessionEnd);
         return TRUE;
-    case WM_ENDSESSION: // whoever returns from it may be ended
+    case WM_ENDSESSION: // a program that returns from it may be ended
         if (first != 0) {
             WaitForSingleObject(State().stop, kAnswerTime);
         }
@@ -62,8 +62,8 @@ BOOL WINAPI OnConsoleEvent(DWORD event) {
     return TRUE;
 }
 
-/// Never seen; whoever closes the program's windows, or the session, reaches it. Its messages come to the
-/// thread that makes it.
+/// Never shown; a request to close the program's windows, or the session, reaches it. Its messages come to
+/// the thread that makes it.
 void MakeWindow() {
     WNDCLASSEXW kind{};
     kind.cbSize = sizeof kind;
