@@ -10,8 +10,10 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <dirent.h>
 #include <fcntl.h>
 #include <filesystem>
+#include <memory>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -173,25 +175,27 @@ bool FlushFolder(const std::string& folder) {
     return isGood;
 }
 
+// Not by std::filesystem: its iterator ends the process when there is no memory for it.
 bool ListFolder(const std::string& folder, std::vector<SFolderEntry>& entries) {
     entries.clear();
     const auto native = ToNativePath(folder);
-    std::error_code error;
-    if (!native) {
+    const std::unique_ptr<DIR, decltype([](DIR* open) { closedir(open); })> opened(
+        native ? opendir(native->c_str()) : nullptr);
+    if (opened == nullptr) {
         return false;
     }
-    for (std::filesystem::directory_iterator it(*native, error), end; !error && it != end;
-         it.increment(error)) {
-        std::string name = it->path().filename().string();
-        std::error_code unknown;
+    for (errno = 0; const dirent* entry = readdir(opened.get()); errno = 0) {
+        std::string name = entry->d_name;
         // Above the seam a name with a backslash would be a path, which leads out of the folder.
-        if (name.find('\\') == std::string::npos) {
-            const std::filesystem::file_status status = it->symlink_status(unknown);
-            entries.push_back({std::move(name), std::filesystem::is_directory(status),
-                               std::filesystem::is_regular_file(status)});
+        if (name == "." || name == ".." || name.find('\\') != std::string::npos) {
+            continue;
         }
+        struct stat status = {}; // of a link: the link's own
+        const bool isKnown = fstatat(dirfd(opened.get()), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
+        entries.push_back(
+            {std::move(name), isKnown && S_ISDIR(status.st_mode), isKnown && S_ISREG(status.st_mode)});
     }
-    return !error;
+    return errno == 0;
 }
 
 std::string TemporaryFolder() {
