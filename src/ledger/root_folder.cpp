@@ -31,7 +31,7 @@ std::string FolderName(const std::string& resolvedRoot) {
 }
 
 /// The full path with all links resolved, or, of a folder that is not there, the one that it would have if it
-/// were made.
+/// were made: the first visit makes it, and one that writes nothing into it removes it again.
 std::string ResolvedOrMissing(const std::string& eventRoot) {
     std::string there = eventRoot;
     std::string resolved = ResolvedFolder(there);
@@ -52,7 +52,7 @@ std::string ResolvedOrMissing(const std::string& eventRoot) {
 /// Links resolved, but as people write it.
 std::string NoteFor(const std::string& eventRoot) {
     constexpr std::string_view kLongForm = "\\\\?\\";
-    const std::string root = ResolvedFolder(eventRoot);
+    const std::string root = ResolvedOrMissing(eventRoot);
     return DisplayPath(root.starts_with(kLongForm) ? root.substr(kLongForm.size()) : root);
 }
 
@@ -70,12 +70,6 @@ std::string FolderOfJournals(const std::string& eventRoot) {
 }
 
 std::string FolderOfRoot(const std::string& state, const std::string& eventRoot) {
-    const std::string root = ResolvedFolder(eventRoot);
-    return state.empty() || root.empty() ? std::string() : state + "\\" + FolderName(root);
-}
-
-std::string FolderOfMissingRoot(const std::string& eventRoot) {
-    const std::string state = StateFolder();
     const std::string root = ResolvedOrMissing(eventRoot);
     return state.empty() || root.empty() ? std::string() : state + "\\" + FolderName(root);
 }
@@ -128,7 +122,7 @@ std::vector<std::string> RootFoldersIn(const std::string& stateFolder) {
 
 std::string FindRootFolder(const std::string& stateFolder, const std::string& meant) {
     const std::string full = FullPath(meant);
-    const std::string resolved = ResolvedFolder(full);
+    const std::string resolved = ResolvedOrMissing(full);
     for (const std::string& folder : RootFoldersIn(stateFolder)) {
         const std::string name = folder.substr(stateFolder.size() + 1);
         if (name == meant || folder == full || name == FolderName(full) || name == FolderName(resolved) ||

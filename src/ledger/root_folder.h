@@ -6,11 +6,8 @@
 
 namespace ruvo {
 
-/// The folder of an event root; empty when there is no such root, or no state folder.
+/// The folder of an event root, which may be missing; empty when there is no state folder.
 [[nodiscard]] std::string FolderOfJournals(const std::string& eventRoot);
-/// The same, but also of an event root that is not there: a run that made it, and could write nothing into
-/// it, has removed it again, while its journal waits.
-[[nodiscard]] std::string FolderOfMissingRoot(const std::string& eventRoot);
 /// The same, in a state folder that is only read.
 [[nodiscard]] std::string FolderOfRoot(const std::string& state, const std::string& eventRoot);
 

@@ -60,7 +60,7 @@ CRunLedger::~CRunLedger() {
     }
 }
 
-/// There is none as long as there is no event root. To find it means to resolve every link on both ways.
+/// To find it means to resolve every link on both ways.
 const std::string& CRunLedger::Folder() {
     if (m_folder.empty()) {
         m_folder = FolderOfJournals(m_eventRoot);
@@ -104,7 +104,7 @@ std::string CRunLedger::FolderForSetAside() {
 }
 
 void CRunLedger::BringIn() {
-    BringInFrom(FolderOfMissingRoot(m_eventRoot));
+    BringInFrom(Folder());
 }
 
 void CRunLedger::BringInFrom(const std::string& folder) {

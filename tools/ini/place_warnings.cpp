@@ -14,10 +14,10 @@ namespace ruvo {
 
 namespace {
 
-/// The folder of the root's journals; the state folder while the root is not there to name one.
+/// The folder of the root's journals; the state folder while there is none.
 std::string JournalPlace(const std::string& eventRoot) {
     const std::string folder = FolderOfJournals(eventRoot);
-    return folder.empty() ? StateFolder() : folder;
+    return GetPathKind(folder) == EPathKind::Folder ? folder : StateFolder();
 }
 
 bool CanHoldJournals(const std::string& folder) {

@@ -153,7 +153,8 @@ int Store(const CArguments& arguments, const std::string& ownRoot, SConsole& con
                                        Shown(StateFolder()));
         }
         const std::string oldRoot = FullPath(EventRootOf(folder));
-        eventRoot = FolderOfJournals(oldRoot) == folder ? oldRoot : ownRoot;
+        const bool isThere = GetPathKind(oldRoot) == EPathKind::Folder;
+        eventRoot = isThere && FolderOfJournals(oldRoot) == folder ? oldRoot : ownRoot;
     }
     if (const std::string user = UserToBecome(eventRoot); !user.empty()) {
         return Refuse(console, "root would create files that user " + user +
@@ -162,9 +163,7 @@ int Store(const CArguments& arguments, const std::string& ownRoot, SConsole& con
     }
     CRecovery recovery(eventRoot, console);
     if (!recovery.CanWork()) {
-        return Refuse(console, "the state folder " + Shown(StateFolder()) +
-                                   " cannot be used, or the event root " + Shown(eventRoot) +
-                                   " does not exist");
+        return Refuse(console, "the state folder " + Shown(StateFolder()) + " cannot be used");
     }
     if (!folder.empty()) {
         recovery.TakeOver(folder);

@@ -19,12 +19,6 @@ SRootLeftovers Read(const std::string& folder, const std::string& eventRoot) {
     return root;
 }
 
-/// Also of an event root that is gone.
-std::string FindOwnFolder(const std::string& state, const std::string& eventRoot) {
-    const std::string folder = FolderOfRoot(state, eventRoot);
-    return folder.empty() ? FindRootFolder(state, eventRoot) : folder;
-}
-
 } // namespace
 
 bool SSiteLeftovers::IsRead() const {
@@ -56,7 +50,7 @@ SSiteLeftovers FindLeftovers(const std::string& eventRoot, EOtherRoots others) {
     std::string own;
     for (const std::string& state :
          StateFoldersToRead()) { // where there are several, one has the event root's
-        const std::string folder = FindOwnFolder(state, eventRoot);
+        const std::string folder = FolderOfRoot(state, eventRoot);
         SRootLeftovers root = Read(folder.empty() ? state : folder, eventRoot);
         const bool isHere = !folder.empty() && root.found.isRead && GetPathKind(folder) == EPathKind::Folder;
         if (leftovers.roots.empty() || isHere) {
