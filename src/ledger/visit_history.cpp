@@ -113,6 +113,7 @@ SVisitSummary SummariseVisits(const std::string& eventRoot, const std::string& i
         summary.since = summary.since.empty() ? line.begin : summary.since;
         for (const SVisitEntry& entry : line.entries) {
             SKnownRelay& relay = summary.relays[{entry.key, entry.address}];
+            summary.hasEvents = summary.hasEvents || entry.stored > 0 || entry.recovered > 0;
             relay.name = entry.name.empty() ? relay.name : entry.name;
             relay.plant = entry.plant.empty() ? relay.plant : entry.plant;
             relay.lastReached = entry.lastReached.empty() ? relay.lastReached : entry.lastReached;

@@ -65,6 +65,7 @@ struct SVisitSummary {
     std::string since;                ///< when the first visit began that is known
     std::optional<SVisitLine> last;   ///< the latest that has ended
     std::optional<SVisitLine> running;
+    bool hasEvents = false; ///< whether any of these visits has put events into a day file
     std::map<std::pair<std::string, std::string>, SKnownRelay> relays; ///< by key and address
 };
 

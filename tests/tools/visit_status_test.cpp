@@ -96,6 +96,21 @@ TEST_F(CVisitStatus, VerdictFollowsTheLastVisit) {
         });
 }
 
+/// A missing one is fine as long as no visit is known to have stored anything.
+TEST_F(CVisitStatus, AQuietSiteNeedsNoEventRoot) {
+    Prepare("whole 0");
+    std::filesystem::remove_all(folder.Native("ev"));
+    const auto status = [this] { return RunWords("status @/site.ini", "@", folder.Native()).status; };
+    EXPECT_EQ(status(), 0);
+    CVisitRecord record(folder.Path("ev"), folder.Path("site.ini"));
+    record.Begin();
+    SVisitEntry entry = Entry("RV001", "10.0.0.5,1", 1);
+    entry.stored = 1;
+    record.Add(entry);
+    record.End(SVisitLine{});
+    EXPECT_EQ(status(), 3);
+}
+
 TEST_F(CVisitStatus, JsonAndMetricsTellOfEachRelay) {
     Prepare("unreached 1");
     folder.Write("run.log", "2026/11/20 03:00:00 Failed to open ethernet connection. Connection string: "

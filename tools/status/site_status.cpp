@@ -72,6 +72,10 @@ public:
 
 private:
     void ReadDayFiles() {
+        const std::string root = FullPath(m_question.eventRoot);
+        if (m_question.mayHaveNoRoot && GetPathKind(root) == EPathKind::Missing) {
+            return;
+        }
         const SFoundFiles found = FindDayFiles({m_question.eventRoot});
         std::map<std::string, std::string> newest; // path by relay
         for (const SFoundFile& file : found.files) {
