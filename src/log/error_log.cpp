@@ -148,12 +148,16 @@ SFileResult AppendToFile(const std::string& path, const std::string& line, ELine
         return result;
     }
     if (worth == ELineWorth::TellsOfLoss) {
+        bool isNameSafe = true;
         try {
-            FlushFolder(SplitPath(path).drive + SplitPath(path).folder);
+            isNameSafe = FlushFolder(SplitPath(path).drive + SplitPath(path).folder);
         } catch (
             const std::bad_alloc&) { // NOLINT(bugprone-empty-catch): else the line would be written twice
         }
         result = file.FlushToDisk();
+        if (result.Good() && !isNameSafe) {
+            result.failure = EFileFailure::Other; // the line stands there, but may go with the file
+        }
     }
     return result.Good() ? file.Close() : result;
 }
@@ -180,7 +184,8 @@ void AppendLine(std::string_view text, ELineWorth worth) {
     const SFileResult result = AppendToFile(State().path, line + "\r\n", worth);
     ++State().lines;
     if (!result.Good()) {
-        ReportLineLost(line, SystemErrorText(result.systemCode));
+        ReportLineLost(line, result.systemCode != 0 ? SystemErrorText(result.systemCode)
+                                                    : "the log's folder cannot be flushed to disk");
     }
 }
 
