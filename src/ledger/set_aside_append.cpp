@@ -44,6 +44,9 @@ std::string Append(const std::string& path, CVisitCustody& custody, SAppendedFil
     if (!failure.empty()) {
         return failure; // without a store frame the entry is dropped
     }
+    if (!custody.AnnounceStore()) { // a later run would drop the entry, and the records would come once more
+        return "its journal cannot be written; nothing has been stored";
+    }
     try {
         custody.Store();
     } catch (const CFileException& raised) {

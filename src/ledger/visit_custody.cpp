@@ -100,17 +100,21 @@ void CVisitCustody::Lose() noexcept {
     }
 }
 
+bool CVisitCustody::AnnounceStore() {
+    m_storeAt = m_file.LengthNow();
+    const SStoreInfo store{*m_storeAt, m_lastExtended, {{0, m_framedCount}}};
+    return IsJournaled() && m_journal->Append(EFrame::Store, m_visit, m_chain, Pack(store)) &&
+           m_journal->Flush();
+}
+
 /// With a journal that has failed there is no store frame; the length in the visit frame keeps a later run
 /// from writing anything twice.
 void CVisitCustody::Store() {
-    const std::uint64_t length = m_file.LengthNow();
-    if (IsJournaled()) {
-        const SStoreInfo store{length, m_lastExtended, {{0, m_framedCount}}};
-        static_cast<void>(m_journal->Append(EFrame::Store, m_visit, m_chain, Pack(store)) &&
-                          m_journal->Flush());
+    if (!m_storeAt) {
+        static_cast<void>(AnnounceStore());
     }
     try {
-        m_file.StartAt(length, MakeEventListHeader(m_lastExtended + 1, kEventListText));
+        m_file.StartAt(*m_storeAt, MakeEventListHeader(m_lastExtended + 1, kEventListText));
         m_isStoring = true;
         const auto add = [this](Image image) { m_file.Add(image); };
         AddFramed(add);

@@ -30,6 +30,9 @@ public:
     [[nodiscard]] bool Keep(std::span<const std::uint8_t> image, std::uint32_t extendedNumber);
     /// An event was taken of which no record is made.
     void Lose() noexcept;
+    /// Says in the journal where the day file will have the records, and returns when that is on the disk. A
+    /// visit goes on without it; records that are elsewhere, too, must not be stored without it.
+    [[nodiscard]] bool AnnounceStore();
     /// Writes what is kept into the day file; a failure is raised as CFileException, with the file cut back.
     void Store();
     /// Writes what is kept into a set-aside file instead, and its name into the log; what that does not take
@@ -69,6 +72,7 @@ private:
     CRunLedger* m_ledger;
     std::string m_key;
     std::string m_source;
+    std::optional<std::uint64_t> m_storeAt; ///< the day file's length, once it is announced
     CHeldDayFile m_file;
     CJournalFile* m_journal = nullptr; ///< null without one
     std::string m_begun;
