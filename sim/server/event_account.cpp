@@ -63,7 +63,7 @@ bool CEventAccount::ReadOn() {
         m_readTo = 0;
         m_counts.clear();
     }
-    std::vector<std::uint8_t> bytes(m_length - m_readTo);
+    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(m_length - m_readTo));
     std::uint64_t position = 0;
     std::size_t held = 0;
     if (!m_file.Seek(static_cast<std::int64_t>(m_readTo), ESeekOrigin::Start, position).Good()) {
