@@ -26,7 +26,7 @@ TEST(EndToEnd, TheLoginIsTraced) {
 }
 
 TEST(EndToEnd, EveryLaterRunAppendsAndTheTimeZoneDoesNotMatter) {
-    const CProgramRun run("state = \"state\"\n" + (kLink + Relay("serial = 5", kTrip + kTrip)) +
+    const CProgramRun run("state = \"delivered\"\n" + (kLink + Relay("serial = 5", kTrip + kTrip)) +
                               "[[fault]]\noperation = \"GetEvent\"\ncall = 2\nstatus = 15\n",
                           "", "[RUVO_SERIAL]\nRV001=5\n");
     const std::string before = UtcDate();
