@@ -85,7 +85,7 @@ std::vector<STerm> TermsOf(std::string_view text) {
         if (c == '"') {
             end(!isQuoted);
             isQuoted = !isQuoted;
-        } else if (!isQuoted && std::string_view(" \t\r\n").find(c) != std::string_view::npos) {
+        } else if (!isQuoted && std::string_view(" \t\n\v\f\r").find(c) != std::string_view::npos) {
             end(true);
         } else {
             part += c;
