@@ -136,10 +136,15 @@ def visit_yard(steps):
     steps.take("timers", 0, "systemctl list-timers")
     steps.take("failed units", 0, "systemctl --failed")
     steps.take("journal", 0, "journalctl")
+    steps.take("nothing is set aside", 0, "ruvoctl recover")
+    steps.take("a set-aside file that is not there", 1, "ruvoctl events")
+    steps.take("which cannot be stored", 1, "runuser")
     steps.take("report", 0, "ruvoctl report")
     check("report: a page", "</html>" in (steps.place / "yard.html").read_text("utf-8"))
-    steps.take("status: last night's line in the log", 1, "ruvoctl status")
-    check("status: the verdict", re.search("(?m)^WARNING", steps.shown), steps.shown)
+    for what, start in (("with the visits", "runuser"), ("without them", "ruvoctl status")):
+        steps.take(f"status {what}: last night's line in the log", 1, start)
+        check(f"status {what}: the verdict", re.search("(?m)^WARNING", steps.shown), steps.shown)
+        check(f"status {what}: the relays reached", ("1 of 1 relay reached" in steps.shown) == (start == "runuser"), steps.shown)
 
 
 def watcher(group, *command):
