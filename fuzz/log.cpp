@@ -18,13 +18,15 @@ constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kDetails = " Connection details - ";
 constexpr std::string_view kStatus = " P32LS status: ";
 
-/// The line put together again from its parts is what it was. Only a mark with nothing behind it is lost.
+/// The line put together again from its parts is what it was. Only a mark with nothing after it is lost.
+/// Details that do not stand in the line were taken from a message about a relay's own link.
 bool HoldsAll(const SLogLine& line, const std::string& text) {
     std::string whole = line.time.empty() ? std::string() : line.time + ' ';
     std::ranges::replace(whole, '-', '/');
     std::ranges::replace(whole, 'T', ' ');
     whole += line.message;
-    whole += line.connection.empty() ? "" : std::string(kDetails) + line.connection;
+    const std::string details = std::string(kDetails) + line.connection;
+    whole += text.find(details) != std::string::npos && !line.connection.empty() ? details : "";
     whole += line.status.empty() ? "" : std::string(kStatus) + line.status;
     const bool hasEmptyPart = text.ends_with(kDetails) || text.ends_with(kStatus) ||
                               text.find(std::string(kDetails) + std::string(kStatus)) != std::string::npos;

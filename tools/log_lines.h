@@ -16,8 +16,9 @@ struct SLogLine {
     std::uint64_t number = 0; ///< of the line in the file, from 1
     std::string time;         ///< local time as "2026-11-16T03:12:45"; empty if the line starts with none
     std::string message;      ///< the line without the other fields
-    std::string connection;   ///< "COM Port: COM2, device address: 7."; empty without
-    std::string status;       ///< the text of a comms-server status; empty without
+    std::string
+        connection;     ///< "COM Port: COM2, device address: 7.", or as the message says it; empty without
+    std::string status; ///< the text of a comms-server status; empty without
 };
 
 /// Returns every line that is not empty, a damaged or foreign one as a message without a time. A line longer
