@@ -31,7 +31,7 @@ constexpr std::array kFailureTexts{
 
 std::string OutputFailureText(const SAccessResult& result) {
     const auto* const row = std::ranges::find(kFailureTexts, result.failure, &SFailureText::failure);
-    const std::string system =
+    std::string system =
         result.systemCode == 0 ? std::string("not a regular file") : SystemErrorText(result.systemCode);
     if (row == kFailureTexts.end()) {
         return system;

@@ -56,7 +56,8 @@ SSiteLeftovers FindLeftovers(const std::string& eventRoot, EOtherRoots others) {
         if (leftovers.roots.empty() || isHere) {
             own = folder;
             leftovers.stateFolder = state;
-            leftovers.roots.assign(1, std::move(root));
+            leftovers.roots.clear();
+            leftovers.roots.push_back(std::move(root));
         }
         if (isHere) {
             break;
