@@ -16,20 +16,14 @@ namespace {
 constexpr std::size_t kPieceSize = std::size_t{64} * 1024;
 constexpr std::size_t kShortestImage = 32;
 
-/// The folder of a path without a separator at its end; empty for a drive.
-std::string FolderOf(const std::string& path) {
-    const std::size_t end = path.rfind('\\');
-    return end == std::string::npos ? std::string() : path.substr(0, end);
-}
-
 /// Flushes the names that lead to the file, even if another run created them: its own, its folder's, and that
 /// of an event root that was created for it.
 bool FlushNames(const std::string& path, std::size_t madeFolders) {
     bool isGood = true;
-    std::string folder = FolderOf(path);
+    std::string folder = ParentFolder(path);
     for (std::size_t name = 0; name <= std::max<std::size_t>(madeFolders, 1) && !folder.empty(); ++name) {
         isGood = FlushFolder(folder) && isGood;
-        folder = FolderOf(folder);
+        folder = ParentFolder(folder);
     }
     return isGood;
 }
@@ -47,14 +41,14 @@ void RemoveEmptyDayFile(const std::string& path, bool withFolder) {
     }
     if (withFolder) {
         static_cast<void>(file.Close());
-        RemoveEmptyFolder(FolderOf(path));
+        RemoveEmptyFolder(ParentFolder(path));
     }
 }
 
 std::optional<SHoldFailure> CHeldDayFile::Hold(const std::string& path, EMissingFolders missing) {
     constexpr int kAttempts = 4;
     m_path = path;
-    m_folder = FolderOf(path);
+    m_folder = ParentFolder(path);
     CFileException failure;
     EOpening opening = EOpening::Moved;
     bool isDisturbed = true;

@@ -1,5 +1,7 @@
 #include "ledger/journal_file.h"
 
+#include "paths/path_utilities.h"
+
 #include <algorithm>
 #include <array>
 
@@ -64,7 +66,7 @@ bool CJournalFile::Make(const std::string& folder, const std::string& nameBegin)
 
 EJournalOpening CJournalFile::OpenEnded(const std::string& path) {
     m_path = path;
-    m_folder = path.substr(0, path.rfind('\\'));
+    m_folder = ParentFolder(path);
     const SFileResult opened =
         File().Open(path, {.read = true, .write = true, .plain = true, .removable = true});
     if (!opened.Good()) {

@@ -3,6 +3,7 @@
 #include "dayfile/day_file_reader.h"
 #include "ledger/journal_entry.h"
 #include "ledger/journal_file.h"
+#include "paths/path_utilities.h"
 
 #include <utility>
 
@@ -57,7 +58,7 @@ void AddSetAside(const std::string& path, SLeftovers& leftovers) {
 /// Whether a folder is missing is known only where the folder above can be read.
 bool CanRead(const std::string& folder) {
     std::vector<SFolderEntry> entries;
-    const std::string above = folder.substr(0, folder.rfind('\\'));
+    const std::string above = ParentFolder(folder);
     return ListFolder(folder, entries) ||
            (GetPathKind(folder) == EPathKind::Missing &&
             (ListFolder(above, entries) || GetPathKind(above) == EPathKind::Missing));

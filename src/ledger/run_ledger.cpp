@@ -2,6 +2,7 @@
 
 #include "ledger/entry_recovery.h"
 #include "ledger/root_folder.h"
+#include "paths/path_utilities.h"
 #include "platform/clock.h"
 #include "platform/full_path.h"
 #include "platform/standard_error.h"
@@ -75,8 +76,7 @@ CJournalFile* CRunLedger::Journal() {
         auto journal = std::make_unique<CJournalFile>();
         if (PrepareRootFolder(folder, m_eventRoot) && FlushNamesAbove(folder) &&
             journal->Make(folder, Now())) {
-            FlushFolder(
-                m_eventRoot.substr(0, m_eventRoot.rfind('\\'))); // its name: another run may have made it
+            FlushFolder(ParentFolder(m_eventRoot)); // its name: another run may have made it
             m_journal = std::move(journal);
         } else {
             WriteStandardError("ruvo: no journal can be made in " +

@@ -5,6 +5,7 @@
 #include "ledger/journal_entry.h"
 #include "ledger/set_aside_file.h"
 #include "ledger/visit_custody.h"
+#include "paths/path_utilities.h"
 #include "platform/full_path.h"
 
 #include <algorithm>
@@ -12,10 +13,6 @@
 namespace ruvo {
 
 namespace {
-
-std::string FolderOf(const std::string& path) {
-    return path.substr(0, path.rfind('\\'));
-}
 
 std::string NameOf(const std::string& path) {
     return path.substr(path.rfind('\\') + 1);
@@ -53,14 +50,14 @@ std::string Append(const std::string& path, CVisitCustody& custody, SAppendedFil
         return std::string(raised.what()) + "; its events wait in the journal for the next run";
     }
     appended.events = custody.StoredCount();
-    return MarkAppended(FolderOf(path), NameOf(path))
+    return MarkAppended(ParentFolder(path), NameOf(path))
                ? ""
                : "its events are in the day file, but it cannot be renamed; the next run tries again";
 }
 
 /// Whether an entry that is still open names the file: then its writing may go on.
 bool IsNamedByJournal(const std::string& path) {
-    const std::vector<std::string> journals = JournalsIn(FolderOf(path));
+    const std::vector<std::string> journals = JournalsIn(ParentFolder(path));
     return std::ranges::any_of(journals, [&](const std::string& journal) {
         CJournalFile file;
         if (!file.OpenToRead(journal)) {
@@ -119,7 +116,7 @@ std::string AdoptSetAsideFile(const std::string& path, const std::string& folder
         return {};
     }
     FlushFolder(folder); // in this order it is in one folder at least
-    FlushFolder(FolderOf(path));
+    FlushFolder(ParentFolder(path));
     return moved;
 }
 

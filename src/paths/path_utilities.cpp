@@ -71,6 +71,11 @@ SPathParts SplitPath(const std::string& path) {
             path.substr(extension)};
 }
 
+std::string ParentFolder(const std::string& path) {
+    const std::size_t end = path.rfind('\\');
+    return end == std::string::npos ? std::string() : path.substr(0, end);
+}
+
 bool HasForbiddenCharacter(const std::string& path) {
     return path.find_first_of(kForbidden) != std::string::npos;
 }

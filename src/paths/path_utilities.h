@@ -17,6 +17,8 @@ struct SPathParts {
 
 /// Cuts a path into drive, folder, name and extension; both separators count.
 SPathParts SplitPath(const std::string& path);
+/// The folder of a full path, without a separator at its end; empty for a drive.
+std::string ParentFolder(const std::string& path);
 
 /// True when the path holds one of / * ? " < > | and so is refused as a whole.
 bool HasForbiddenCharacter(const std::string& path);
