@@ -67,6 +67,7 @@ def stop(*_):
 def count_checks(test):
     """Runs the test; the count comes last, whatever happens. The exit status."""
     signal.signal(signal.SIGTERM, stop)
+    signal.signal(signal.SIGINT, signal.default_int_handler)  # as at a terminal, even where the test runs in the background
     try:
         test()
     except Exception as failure:
