@@ -10,6 +10,7 @@ namespace ruvo {
 
 namespace {
 
+constexpr std::string_view kRecoverKind = "recover"; // a visit names none
 constexpr std::array<std::string_view, 4> kEndNames{"whole", "signal", "killed", "not begun"};
 
 struct STextMember {
@@ -95,6 +96,9 @@ std::string BeginAsJson(const SVisitLine& line) {
     CJsonWriter json(out);
     json.Open('{');
     json.Key("number").Number(line.number);
+    if (line.kind == ERunKind::Recover) {
+        json.Key("kind").Text(kRecoverKind);
+    }
     json.Key("ini").Text(line.iniPath);
     json.Key("process").Number(line.process);
     json.Key("attempt").Number(line.attempt);
@@ -147,6 +151,7 @@ std::optional<SVisitLine> ReadVisitLine(std::string_view json, bool withEntries)
     }
     SVisitLine line;
     line.number = object->Number("number").value_or(0);
+    line.kind = object->Text("kind") == kRecoverKind ? ERunKind::Recover : ERunKind::Visit;
     line.iniPath = object->Text("ini");
     line.process = object->Number("process").value_or(0);
     line.attempt = object->Number("attempt").value_or(1);

@@ -37,9 +37,16 @@ struct SVisitEntry {
 /// How a run ended.
 enum class ERunEnd : std::uint8_t { Whole, Signal, Killed, NotBegun };
 
+/// What a record is of.
+enum class ERunKind : std::uint8_t {
+    Visit,
+    Recover, ///< events that a person has appended; no relay was visited
+};
+
 /// One run. What is not known is empty.
 struct SVisitLine {
     std::uint64_t number = 0;
+    ERunKind kind = ERunKind::Visit;
     std::string iniPath;
     std::uint64_t process = 0;
     std::uint64_t attempt = 1;

@@ -36,6 +36,60 @@ std::optional<SOpenRun> ReadOpenRun(const std::string& path) {
     return open;
 }
 
+void Learn(SKnownRelay& relay, const SVisitEntry& entry, const std::string& begin) {
+    constexpr std::size_t kDate = 10;
+    relay.name = entry.name.empty() ? relay.name : entry.name;
+    relay.plant = entry.plant.empty() ? relay.plant : entry.plant;
+    relay.lastReached = entry.lastReached.empty() ? relay.lastReached : entry.lastReached;
+    if (entry.isReached) {
+        relay.missedSince.clear();
+        relay.missedLast.clear();
+        relay.nights = 0;
+        return;
+    }
+    relay.missedSince = relay.missedSince.empty() ? begin : relay.missedSince;
+    relay.nights += relay.missedLast.substr(0, kDate) == begin.substr(0, kDate) ? 0 : 1;
+    relay.missedLast = begin;
+}
+
+/// What a repeated attempt says of a relay takes the place of what the one before it said.
+void Join(SVisitLine& visit, SVisitLine attempt) {
+    for (SVisitEntry& entry : visit.entries) {
+        const auto again = std::ranges::find_if(attempt.entries, [&entry](const SVisitEntry& other) {
+            return other.key == entry.key && other.address == entry.address;
+        });
+        if (again == attempt.entries.end()) {
+            attempt.entries.push_back(std::move(entry));
+        } else {
+            again->recovered += entry.recovered;
+        }
+    }
+    attempt.begin = visit.begin;
+    attempt.logLines += visit.logLines;
+    visit = std::move(attempt);
+}
+
+void AddRun(SVisitSummary& summary, const SVisitLine& line, ERunState state) {
+    const bool isVisit = line.kind == ERunKind::Visit;
+    for (const SVisitEntry& entry : line.entries) {
+        summary.hasEvents = summary.hasEvents || entry.stored > 0 || entry.recovered > 0;
+        if (isVisit && !entry.address.empty()) {
+            Learn(summary.relays[{entry.key, entry.address}], entry, line.begin);
+        }
+    }
+    if (!isVisit) {
+        return;
+    }
+    summary.since = summary.since.empty() ? line.begin : summary.since;
+    if (state == ERunState::Running) {
+        summary.running = line;
+    } else if (summary.last && line.attempt > 1 && line.attempt == summary.last->attempt + 1) {
+        Join(*summary.last, line);
+    } else {
+        summary.last = line;
+    }
+}
+
 } // namespace
 
 CVisitHistory::CVisitHistory(const std::string& eventRoot) {
@@ -109,17 +163,8 @@ SVisitSummary SummariseVisits(const std::string& eventRoot, const std::string& i
     SVisitSummary summary;
     summary.history = history.Found();
     summary.folders = history.Folders();
-    summary.isWhole = history.ForEachOf(iniPath, [&summary](const SVisitLine& line, ERunState state) {
-        summary.since = summary.since.empty() ? line.begin : summary.since;
-        for (const SVisitEntry& entry : line.entries) {
-            SKnownRelay& relay = summary.relays[{entry.key, entry.address}];
-            summary.hasEvents = summary.hasEvents || entry.stored > 0 || entry.recovered > 0;
-            relay.name = entry.name.empty() ? relay.name : entry.name;
-            relay.plant = entry.plant.empty() ? relay.plant : entry.plant;
-            relay.lastReached = entry.lastReached.empty() ? relay.lastReached : entry.lastReached;
-        }
-        (state == ERunState::Running ? summary.running : summary.last) = line;
-    });
+    summary.isWhole = history.ForEachOf(
+        iniPath, [&summary](const SVisitLine& line, ERunState state) { AddRun(summary, line, state); });
     return summary;
 }
 

@@ -55,9 +55,14 @@ struct SKnownRelay {
     std::string name;
     std::string plant;
     std::string lastReached;
+    /// When the first visit began that has missed it since; empty unless the latest one did.
+    std::string missedSince;
+    std::string missedLast; ///< the same of the latest one
+    std::size_t nights = 0; ///< the days on which those visits began
 };
 
-/// The visits of one INI file in short.
+/// The visits of one INI file in short. A repeated attempt belongs to the visit before it: what it has
+/// reached is reached.
 struct SVisitSummary {
     EHistory history = EHistory::None;
     std::vector<std::string> folders; ///< as CVisitHistory has them
@@ -65,7 +70,7 @@ struct SVisitSummary {
     std::string since;                ///< when the first visit began that is known
     std::optional<SVisitLine> last;   ///< the latest that has ended
     std::optional<SVisitLine> running;
-    bool hasEvents = false; ///< whether any of these visits has put events into a day file
+    bool hasEvents = false; ///< whether any of these runs has put events into a day file
     std::map<std::pair<std::string, std::string>, SKnownRelay> relays; ///< by key and address
 };
 

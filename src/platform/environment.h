@@ -13,4 +13,7 @@ std::optional<std::string> EnvironmentValue(const char* name);
 /// environment.
 void SetEnvironmentValue(const std::string& name, const std::string& value);
 
+/// Removes a variable; with the same limits.
+void ClearEnvironmentValue(const std::string& name);
+
 } // namespace ruvo

@@ -96,6 +96,35 @@ TEST_F(VisitRecord, TellsOfARunAsLongAsItLastsAndAfterwards) {
     EXPECT_EQ(g_standardError, "");
 }
 
+TEST_F(VisitRecord, ARelayIsMissedUntilItIsReachedAndARepeatedAttemptCounts) {
+    SVisitEntry feeder = Entry("RV001");
+    const auto night = [&](int day, bool isReached, const char* attempt) {
+        g_utcTime.day = day;
+        SetEnvironmentValue("RUVO_ATTEMPT", attempt);
+        feeder.isReached = isReached;
+        feeder.end = RecordedNow();
+        const auto record = Begun();
+        record->Add(feeder);
+        if (attempt == std::string("1"))
+            record->Add(Entry("RV002"));
+        record->End(Ended(ERunEnd::Whole));
+        return SummariseVisits(folder.Path("ev"), folder.Path("site.ini"));
+    };
+    night(20, true, "1");
+    night(21, false, "1");
+    SVisitSummary summary = night(23, false, "1");
+    SKnownRelay& known = summary.relays[{"RV001", "5"}];
+    EXPECT_EQ(known.missedSince + " " + known.lastReached, "2026-11-21T02:00:00Z 2026-11-20T02:00:00Z");
+    EXPECT_EQ(known.nights, 2U);
+    EXPECT_EQ((night(23, false, "2").relays[{"RV001", "5"}].nights), 2U) << "of the same night";
+    summary = night(23, true, "3");
+    EXPECT_EQ((summary.relays[{"RV001", "5"}].nights), 0U);
+    ASSERT_EQ(summary.last->entries.size(), 2U) << "the other relay was visited by the first attempt";
+    EXPECT_TRUE(summary.last->entries[0].isReached);
+    EXPECT_EQ(night(24, true, "2").last->entries.size(), 1U) << "what it repeats is not known";
+    SetEnvironmentValue("RUVO_ATTEMPT", "");
+}
+
 TEST_F(VisitRecord, EndedAnywhereItIsReadAndBecomesOneLine) {
     auto record = Begun();
     record->Add(Entry("RV001"));

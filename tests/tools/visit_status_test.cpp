@@ -45,6 +45,7 @@ protected:
             SVisitEntry second = Entry("RV002", "10.0.0.6,2", 0);
             second.isReached = isWhole;
             second.name = isWhole ? second.name : "";
+            second.plant = isWhole ? "Feeder 7" : "";
             second.status = isWhole ? 0 : 11;
             second.statusText = isWhole ? "" : "cannot \"open\"";
             record.Add(second);
@@ -150,7 +151,7 @@ TEST_F(CVisitStatus, WhatGoesOnIsNoVisitYet) {
     record.End(SVisitLine{});
     const std::string changed = RunWords("status @/site.ini", "@", folder.Native()).out;
     EXPECT_NE(changed.find("0 of 2 relays reached"), std::string::npos) << "another address: " << changed;
-    EXPECT_EQ(changed.find("was not reached"), std::string::npos) << changed;
+    EXPECT_EQ(changed.find("not reached since"), std::string::npos) << changed;
     for (const char* line : {"status @/none.ini", "status @/ev", "status @/ev @/run.log --max-visit-age 1d"})
         EXPECT_EQ(RunWords(line, "@", folder.Native()).status, 3) << line;
 }

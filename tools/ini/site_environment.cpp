@@ -31,27 +31,28 @@ bool IsName(std::string_view name) {
            std::ranges::find(kRefusedNames, name) == kRefusedNames.end();
 }
 
-void ApplyLine(const std::string& line, std::size_t number, std::vector<SDiagnostic>& diagnostics) {
+void ApplyLine(const std::string& line, std::size_t number, SSiteEnvironment& environment) {
     const std::size_t equals = line.find('=');
     const std::string name = line.substr(0, equals);
     if (equals == std::string::npos || !IsName(name) || line.find('\0') != std::string::npos) {
-        diagnostics.push_back({number, std::string(kRefused)});
+        environment.diagnostics.push_back({number, std::string(kRefused)});
         return;
     }
+    environment.before.emplace(name, EnvironmentValue(name.c_str())); // of several lines, before the first
     SetEnvironmentValue(name, line.substr(equals + 1));
     if (name.starts_with("LD_")) {
-        diagnostics.push_back({number, name + std::string(kForLoader)});
+        environment.diagnostics.push_back({number, name + std::string(kForLoader)});
     }
 }
 
-void ApplyLines(const std::string& text, std::vector<SDiagnostic>& diagnostics) {
+void ApplyLines(const std::string& text, SSiteEnvironment& environment) {
     std::size_t number = 0;
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t end = std::min(text.find('\n', at), text.size());
         const std::string line = text.substr(at, end - at);
         ++number;
         if (!line.empty() && !line.starts_with('#')) {
-            ApplyLine(line, number, diagnostics);
+            ApplyLine(line, number, environment);
         }
         at = end + 1;
     }
@@ -63,15 +64,17 @@ SSiteEnvironment ApplySiteEnvironment(const std::string& iniPath) {
     constexpr std::string_view kIniExtension = ".ini";
     const SPathParts parts = SplitPath(iniPath);
     SSiteEnvironment environment{.path = iniPath.substr(0, iniPath.size() - parts.extension.size()) + ".env",
-                                 .diagnostics = {}};
+                                 .diagnostics = {},
+                                 .before = {}};
     const std::string path = FullPath(environment.path);
-    if (!EqualIniNames(parts.extension, kIniExtension) || path.empty() || EnvironmentValue(kSetByRunSite)) {
+    if (!EqualIniNames(parts.extension, kIniExtension) || path.empty() ||
+        EnvironmentValue(kSetByRunSite) == parts.name) {
         return environment;
     }
     std::string text;
     switch (ReadTrustedFile(path, text)) {
     case ETrustedRead::Read:
-        ApplyLines(text, environment.diagnostics);
+        ApplyLines(text, environment);
         break;
     case ETrustedRead::Unreadable:
         environment.diagnostics.push_back({0, "cannot read the file; expected a small, readable text file"});
@@ -87,6 +90,12 @@ SSiteEnvironment ApplySiteEnvironment(const std::string& iniPath) {
         break;
     }
     return environment;
+}
+
+void LeaveSiteEnvironment(const SSiteEnvironment& environment) {
+    for (const auto& [name, value] : environment.before) {
+        value ? SetEnvironmentValue(name, *value) : ClearEnvironmentValue(name);
+    }
 }
 
 } // namespace ruvo

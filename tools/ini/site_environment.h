@@ -3,21 +3,27 @@
 
 #include "tools/ini/diagnostics.h"
 
+#include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace ruvo {
 
-/// Warnings about a site's environment file, by line.
+/// What came of a site's environment file.
 struct SSiteEnvironment {
-    std::string path; ///< of the INI file, with the extension .env
-    std::vector<SDiagnostic> diagnostics;
+    std::string path;                                         ///< of the INI file, with the extension .env
+    std::vector<SDiagnostic> diagnostics;                     ///< warnings, by line
+    std::map<std::string, std::optional<std::string>> before; ///< what was set, with its earlier value
 };
 
 /// Sets the environment of this process as a visit of the site would: literal lines of NAME=value; empty
 /// lines and lines that start with "#" are ignored. Lines that run-site refuses are ignored, and so is a file
 /// that another user may have written, because it decides which libraries are loaded. Does nothing within
-/// run-site, which has read the file already.
+/// the site's own run-site, which has read the file already.
 SSiteEnvironment ApplySiteEnvironment(const std::string& iniPath);
+
+/// Takes that back, so that another site can follow in the same process.
+void LeaveSiteEnvironment(const SSiteEnvironment& environment);
 
 } // namespace ruvo

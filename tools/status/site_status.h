@@ -3,7 +3,7 @@
 
 #include "tools/log_lines.h"
 #include "tools/recover/site_leftovers.h"
-#include "tools/status/visit_status.h"
+#include "tools/sites/site_visits.h"
 #include "tools/text_output.h"
 
 #include <cstddef>
@@ -48,9 +48,9 @@ struct SSiteStatus {
     std::map<std::string, SRelayStatus> relays; ///< by name
     SLogStatus log;
     SSiteLeftovers leftovers;
-    std::optional<SVisitStatus> visits; ///< none where no INI file names them
-    std::string since;                  ///< local time, "2026-11-16T03:00:00"
-    std::vector<std::string> failures;  ///< what could not be read, with the reason
+    std::optional<SSiteVisits> visits; ///< none where no INI file names them
+    std::string since;                 ///< local time, "2026-11-16T03:00:00"
+    std::vector<std::string> failures; ///< what could not be read, with the reason
 };
 
 struct SSiteQuestion {

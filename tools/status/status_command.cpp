@@ -207,7 +207,7 @@ SSiteStatus ReadSite(const std::string& ini, SSiteQuestion question, SConsole& c
     }
     question.eventRoot = SystemPath(places->events);
     question.logPath = SystemPath(places->log);
-    SVisitStatus visits = ReadVisitStatus(ini, *places, SecondsOfRecord(RecordedNow()).value_or(0));
+    SSiteVisits visits = ReadSiteVisits(ini, *places, SecondsOfRecord(RecordedNow()).value_or(0));
     question.mayHaveNoRoot = visits.IsVisited() && !visits.summary.hasEvents;
     SSiteStatus status = ReadSiteStatus(question, console);
     status.visits = std::move(visits);

@@ -90,7 +90,7 @@ void AppendRelays(std::string& out, const SSiteStatus& status) {
     AppendTable(out, rows, kTextColumns);
 }
 
-void AppendVisits(std::string& out, const SVisitStatus& visits) {
+void AppendVisits(std::string& out, const SSiteVisits& visits) {
     constexpr std::size_t kTextColumns = 6;
     if (const std::string last = VisitSummaryText(visits); !last.empty()) {
         out += ToUpper(last.front());

@@ -36,7 +36,7 @@ struct SVerdict {
 };
 
 /// Adds what the records of visits say.
-void EvaluateVisits(const SVisitStatus& visits, const SThresholds& thresholds, SVerdict& verdict);
+void EvaluateVisits(const SSiteVisits& visits, const SThresholds& thresholds, SVerdict& verdict);
 
 [[nodiscard]] SVerdict Evaluate(const SSiteStatus& status, const SThresholds& thresholds);
 

@@ -32,28 +32,28 @@ struct SMetric {
 
 // Published names never change: dashboards and alarms depend on them.
 constexpr std::array kVisitMetrics{
-    SMetric<SVisitStatus>{"ruvo_visit_timestamp_seconds", "When the last visit began",
-                          [](const SVisitStatus& visits) -> Value {
-                              return visits.summary.last ? SecondsOfRecord(visits.summary.last->begin)
-                                                         : std::nullopt;
-                          }},
-    SMetric<SVisitStatus>{"ruvo_visit_duration_seconds", "How long the last visit took",
-                          [](const SVisitStatus& visits) -> Value { return visits.lengthSeconds; }},
-    SMetric<SVisitStatus>{"ruvo_visit_result",
-                          "How the last visit ended: 0 whole, 1 by a signal, 2 killed, 3 could not begin",
-                          [](const SVisitStatus& visits) -> Value {
-                              return visits.summary.last
-                                         ? Whole(static_cast<std::uint64_t>(visits.summary.last->ended))
-                                         : std::nullopt;
-                          }},
-    SMetric<SVisitStatus>{"ruvo_visit_running", "1 while a visit is going on",
-                          [](const SVisitStatus& visits) -> Value { return visits.summary.running ? 1 : 0; }},
-    SMetric<SVisitStatus>{"ruvo_visit_relays", "Relays of the INI file",
-                          [](const SVisitStatus& visits) { return Whole(visits.relays.size()); }},
-    SMetric<SVisitStatus>{"ruvo_visit_relays_reached", "Relays that the last visit has reached",
-                          [](const SVisitStatus& visits) { return Whole(visits.Reached()); }},
-    SMetric<SVisitStatus>{"ruvo_visit_events", "Events that the last visit has fetched",
-                          [](const SVisitStatus& visits) { return Whole(visits.EventsTaken()); }},
+    SMetric<SSiteVisits>{"ruvo_visit_timestamp_seconds", "When the last visit began",
+                         [](const SSiteVisits& visits) -> Value {
+                             return visits.summary.last ? SecondsOfRecord(visits.summary.last->begin)
+                                                        : std::nullopt;
+                         }},
+    SMetric<SSiteVisits>{"ruvo_visit_duration_seconds", "How long the last visit took",
+                         [](const SSiteVisits& visits) -> Value { return visits.lengthSeconds; }},
+    SMetric<SSiteVisits>{"ruvo_visit_result",
+                         "How the last visit ended: 0 whole, 1 by a signal, 2 killed, 3 could not begin",
+                         [](const SSiteVisits& visits) -> Value {
+                             return visits.summary.last
+                                        ? Whole(static_cast<std::uint64_t>(visits.summary.last->ended))
+                                        : std::nullopt;
+                         }},
+    SMetric<SSiteVisits>{"ruvo_visit_running", "1 while a visit is going on",
+                         [](const SSiteVisits& visits) -> Value { return visits.summary.running ? 1 : 0; }},
+    SMetric<SSiteVisits>{"ruvo_visit_relays", "Relays of the INI file",
+                         [](const SSiteVisits& visits) { return Whole(visits.relays.size()); }},
+    SMetric<SSiteVisits>{"ruvo_visit_relays_reached", "Relays that the last visit has reached",
+                         [](const SSiteVisits& visits) { return Whole(visits.Reached()); }},
+    SMetric<SSiteVisits>{"ruvo_visit_events", "Events that the last visit has fetched",
+                         [](const SSiteVisits& visits) { return Whole(visits.EventsTaken()); }},
 };
 
 constexpr std::array kRelayVisitMetrics{
@@ -79,7 +79,7 @@ void WriteOptional(CJsonWriter& json, std::string_view name, Value value) {
     value ? json.Signed(*value) : json.Null();
 }
 
-void WriteLast(CJsonWriter& json, const SVisitStatus& visits) {
+void WriteLast(CJsonWriter& json, const SSiteVisits& visits) {
     const SVisitLine& last = *visits.summary.last;
     json.Open('{');
     json.Key("number").Number(last.number);
@@ -112,7 +112,7 @@ void WriteRelayVisit(CJsonWriter& json, const SRelayVisit& relay) {
 
 } // namespace
 
-std::string VisitSummaryText(const SVisitStatus& visits) {
+std::string VisitSummaryText(const SSiteVisits& visits) {
     if (!visits.summary.last) {
         return {};
     }
@@ -123,7 +123,7 @@ std::string VisitSummaryText(const SVisitStatus& visits) {
            Counted(visits.EventsTaken(), "event");
 }
 
-std::vector<std::vector<std::string>> VisitRows(const SVisitStatus& visits) {
+std::vector<std::vector<std::string>> VisitRows(const SSiteVisits& visits) {
     std::vector<std::vector<std::string>> rows{
         {"key", "address", "relay", "reached", "last reached", "status", "events", "seconds"}};
     for (const SRelayVisit& relay : visits.relays) {
@@ -142,7 +142,7 @@ std::vector<std::vector<std::string>> VisitRows(const SVisitStatus& visits) {
     return rows;
 }
 
-void WriteVisits(CJsonWriter& json, const SVisitStatus& visits) {
+void WriteVisits(CJsonWriter& json, const SSiteVisits& visits) {
     constexpr std::array<std::string_view, 3> kHistories{"found", "none", "not readable"};
     json.Open('{');
     json.Key("records").Text(kHistories.at(static_cast<std::size_t>(visits.summary.history)));
@@ -163,7 +163,7 @@ void WriteVisits(CJsonWriter& json, const SVisitStatus& visits) {
     json.Close('}');
 }
 
-void AppendVisitMetrics(std::string& out, const SVisitStatus& visits, const std::string& siteLabel) {
+void AppendVisitMetrics(std::string& out, const SSiteVisits& visits, const std::string& siteLabel) {
     for (const auto& metric : kVisitMetrics) {
         if (const Value value = metric.value(visits)) {
             AppendMetricHead(out, metric.name, metric.help);

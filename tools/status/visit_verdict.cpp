@@ -48,21 +48,17 @@ void EvaluateAge(std::int64_t age, const SThresholds& thresholds, SVerdict& verd
     }
 }
 
-void EvaluateReach(const SVisitStatus& visits, SVerdict& verdict) {
+void EvaluateReach(const SSiteVisits& visits, SVerdict& verdict) {
     for (const SRelayVisit& relay : visits.relays) {
-        if (relay.entry && !relay.entry->isReached) {
-            verdict.causes.push_back(
-                {EState::Warning,
-                 relay.Label() + " was not reached; " +
-                     (relay.lastReached.empty() ? "never since " + RecordTimeForPeople(visits.summary.since)
-                                                : "last on " + RecordTimeForPeople(relay.lastReached))});
+        if (relay.IsMissed()) {
+            verdict.causes.push_back({EState::Warning, MissedText(visits, relay)});
         }
     }
 }
 
 } // namespace
 
-void EvaluateVisits(const SVisitStatus& visits, const SThresholds& thresholds, SVerdict& verdict) {
+void EvaluateVisits(const SSiteVisits& visits, const SThresholds& thresholds, SVerdict& verdict) {
     const SVisitSummary& summary = visits.summary;
     if (summary.history == EHistory::NotReadable) {
         verdict.causes.push_back({EState::Unknown, "the records of visits cannot be read by this user: " +

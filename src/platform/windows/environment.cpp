@@ -19,4 +19,8 @@ void SetEnvironmentValue(const std::string& name, const std::string& value) {
     SetEnvironmentVariableA(name.c_str(), value.c_str());
 }
 
+void ClearEnvironmentValue(const std::string& name) {
+    SetEnvironmentVariableA(name.c_str(), nullptr);
+}
+
 } // namespace ruvo

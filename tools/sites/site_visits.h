@@ -16,15 +16,19 @@ struct SRelayVisit {
     std::string key;
     std::string address;
     std::string name;                 ///< MODEL-SERIAL, from its latest visit with one; empty before that
+    std::string plant;                ///< likewise
     std::string lastReached;          ///< UTC; empty for never, as far as is known
+    std::string missedSince;          ///< when the first visit began that has missed it since; UTC
+    std::size_t nights = 0;           ///< on which it was missed since
     std::optional<SVisitEntry> entry; ///< of the last visit; none when that left it out
 
     [[nodiscard]] bool IsReached() const { return entry && entry->isReached; }
-    /// For people: its name, or its key and address.
+    [[nodiscard]] bool IsMissed() const { return entry && !entry->isReached; }
+    /// For people: its plant text, else its name, with its key; without either, its key and address.
     [[nodiscard]] std::string Label() const;
 };
 
-struct SVisitStatus {
+struct SSiteVisits {
     SVisitSummary summary;
     std::string iniPath;
     std::vector<SRelayVisit> relays;           ///< in the order of the INI file
@@ -40,8 +44,11 @@ struct SVisitStatus {
 };
 
 /// `now` is in Unix seconds.
-[[nodiscard]] SVisitStatus ReadVisitStatus(const std::string& fullIniPath, const SSitePlaces& places,
-                                           std::int64_t now);
+[[nodiscard]] SSiteVisits ReadSiteVisits(const std::string& fullIniPath, const SSitePlaces& places,
+                                         std::int64_t now);
+
+/// "Feeder 7 (RV003) not reached since 2026-11-22, 3 nights", of one that the last visit has missed.
+[[nodiscard]] std::string MissedText(const SSiteVisits& visits, const SRelayVisit& relay);
 
 /// Unix seconds of "2026-11-25T02:00:01Z"; none of anything else.
 [[nodiscard]] std::optional<std::int64_t> SecondsOfRecord(const std::string& time);

@@ -1,4 +1,4 @@
-#include "tools/status/visit_status.h"
+#include "tools/sites/site_visits.h"
 
 #include "base/text.h"
 #include "ledger/visit_record.h"
@@ -27,14 +27,15 @@ const SVisitEntry* FindEntry(const std::optional<SVisitLine>& visit, const SVisi
 } // namespace
 
 std::string SRelayVisit::Label() const {
-    return name.empty() ? key + " (" + address + ")" : name;
+    const std::string& known = plant.empty() ? name : plant;
+    return known.empty() ? key + " (" + address + ")" : known + " (" + key + ")";
 }
 
-std::size_t SVisitStatus::Reached() const {
+std::size_t SSiteVisits::Reached() const {
     return static_cast<std::size_t>(std::ranges::count_if(relays, &SRelayVisit::IsReached));
 }
 
-std::uint64_t SVisitStatus::EventsTaken() const {
+std::uint64_t SSiteVisits::EventsTaken() const {
     std::uint64_t events = 0;
     for (const SRelayVisit& relay : relays) {
         events += relay.entry ? relay.entry->taken : 0;
@@ -42,16 +43,16 @@ std::uint64_t SVisitStatus::EventsTaken() const {
     return events;
 }
 
-bool SVisitStatus::IsVisited() const {
+bool SSiteVisits::IsVisited() const {
     return summary.last && summary.last->ended != ERunEnd::NotBegun;
 }
 
-bool SVisitStatus::HasNothingLogged() const {
+bool SSiteVisits::HasNothingLogged() const {
     return summary.last && summary.last->ended != ERunEnd::Killed && summary.last->logLines == 0;
 }
 
-SVisitStatus ReadVisitStatus(const std::string& fullIniPath, const SSitePlaces& places, std::int64_t now) {
-    SVisitStatus status;
+SSiteVisits ReadSiteVisits(const std::string& fullIniPath, const SSitePlaces& places, std::int64_t now) {
+    SSiteVisits status;
     status.summary = SummariseVisits(places.events, fullIniPath);
     status.iniPath = RecordedIniPath(fullIniPath);
     const auto& last = status.summary.last;
@@ -62,6 +63,9 @@ SVisitStatus ReadVisitStatus(const std::string& fullIniPath, const SSitePlaces& 
         if (const auto known = status.summary.relays.find({relay.key, relay.address});
             known != status.summary.relays.end()) {
             visit.name = known->second.name;
+            visit.plant = known->second.plant;
+            visit.missedSince = known->second.missedSince;
+            visit.nights = known->second.nights;
             visit.lastReached = known->second.lastReached;
         }
         if (const SVisitEntry* const entry = FindEntry(last, relay)) {
@@ -78,6 +82,15 @@ SVisitStatus ReadVisitStatus(const std::string& fullIniPath, const SSitePlaces& 
         status.lengthSeconds = std::max<std::int64_t>(*end - *begin, 0);
     }
     return status;
+}
+
+std::string MissedText(const SSiteVisits& visits, const SRelayVisit& relay) {
+    constexpr std::size_t kDate = 10;
+    const std::string nights = relay.nights > 0 ? ", " + Counted(relay.nights, "night") : std::string();
+    return relay.Label() + " not reached since " +
+           (relay.lastReached.empty() ? "visits are recorded (" + visits.summary.since.substr(0, kDate) + ")"
+                                      : relay.lastReached.substr(0, kDate)) +
+           nights;
 }
 
 std::optional<std::int64_t> SecondsOfRecord(const std::string& time) {

@@ -1,0 +1,11 @@
+#include "platform/sites_folder.h"
+
+#include "platform/posix/native_path.h"
+
+namespace ruvo {
+
+std::string SitesFolder() {
+    return FromNativePath("/etc/ruvo");
+}
+
+} // namespace ruvo
