@@ -186,8 +186,13 @@ bool CEntryRecovery::Store(SJournalEntry& entry, CHeldDayFile& file) {
         m_why = failure.what();
         return false;
     }
-    m_tell(ReportOf(plan.isElsewhere && !plan.isStored ? ELedgerOutcome::StoredAtEnd : ELedgerOutcome::Stored,
-                    entry));
+    SLedgerReport report = ReportOf(
+        plan.isElsewhere && !plan.isStored ? ELedgerOutcome::StoredAtEnd : ELedgerOutcome::Stored, entry);
+    if (!plan.isStored) {
+        report.from = file.WrittenFrom();
+        report.to = file.WrittenTo();
+    }
+    m_tell(report);
     return true;
 }
 

@@ -30,6 +30,13 @@ struct SLedgerReport {
     std::string key;     ///< of the visited relay in the INI file
     std::string begun;
     std::string reason; ///< in words, as set-aside files and journals keep it
+    std::uint64_t from =
+        0; ///< what was written into the day file: the first byte, and the one after the last
+    std::uint64_t to = 0;
+
+    [[nodiscard]] bool IsStored() const {
+        return outcome == ELedgerOutcome::Stored || outcome == ELedgerOutcome::StoredAtEnd;
+    }
 
     auto operator<=>(const SLedgerReport&) const =
         default; // NOLINT(modernize-use-nullptr): the 0 is the compiler's

@@ -50,6 +50,8 @@ std::string Append(const std::string& path, CVisitCustody& custody, SAppendedFil
         return std::string(raised.what()) + "; its events wait in the journal for the next run";
     }
     appended.events = custody.StoredCount();
+    appended.from = custody.File().WrittenFrom();
+    appended.to = custody.File().WrittenTo();
     return MarkAppended(ParentFolder(path), NameOf(path))
                ? ""
                : "its events are in the day file, but it cannot be renamed; the next run tries again";
@@ -80,6 +82,7 @@ SAppendedFile AppendSetAsideFile(CRunLedger& ledger, const std::string& eventRoo
         appended.failure = "it is no set-aside file, or cannot be read";
         return appended;
     }
+    appended.key = header->key;
     appended.dayFile = eventRoot + "\\" + header->file;
     CVisitCustody custody(&ledger, header->key);
     custody.NameSource(NameOf(path));

@@ -12,7 +12,10 @@ namespace ruvo {
 
 struct SAppendedFile {
     std::size_t events = 0; ///< in the day file now
+    std::string key;        ///< of the relay in the INI file
     std::string dayFile;
+    std::uint64_t from = 0; ///< where they are in it: the first byte, and the one after the last
+    std::uint64_t to = 0;
     std::optional<std::uint64_t> damageAt; ///< in the set-aside file, which keeps what could not be read
     std::string failure;                   ///< why it has not been appended; empty when it has
 };

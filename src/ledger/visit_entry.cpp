@@ -62,6 +62,13 @@ std::string AsJson(const SVisitEntry& entry) {
     WriteText(json, "day_file", entry.dayFile);
     json.Key("from").Number(entry.from);
     json.Key("to").Number(entry.to);
+    if (entry.recoveredIn) {
+        json.Key("recovered_in").Open('{');
+        WriteText(json, "day_file", entry.recoveredIn->dayFile);
+        json.Key("from").Number(entry.recoveredIn->from);
+        json.Key("to").Number(entry.recoveredIn->to);
+        json.Close('}');
+    }
     json.Key("status").Number(entry.status);
     WriteText(json, "status_text", entry.statusText);
     WriteText(json, "last_reached", entry.lastReached);
@@ -85,6 +92,11 @@ std::optional<SVisitEntry> ReadVisitEntry(std::string_view json) {
     entry.dayFile = object->Text("day_file");
     entry.from = object->Number("from").value_or(0);
     entry.to = object->Number("to").value_or(0);
+    if (const auto place = CJsonObject::Read(object->Value("recovered_in"))) {
+        entry.recoveredIn = {.dayFile = place->Text("day_file"),
+                             .from = place->Number("from").value_or(0),
+                             .to = place->Number("to").value_or(0)};
+    }
     entry.status = static_cast<std::uint32_t>(object->Number("status").value_or(0));
     entry.statusText = object->Text("status_text");
     entry.lastReached = object->Text("last_reached");

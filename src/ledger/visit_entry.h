@@ -10,10 +10,17 @@
 
 namespace ruvo {
 
+/// Bytes of a day file: the first, and the one after the last.
+struct SStoredBytes {
+    std::string dayFile; ///< FOLDER/FILE below the event root
+    std::uint64_t from = 0;
+    std::uint64_t to = 0;
+};
+
 /// How one relay was visited. What is not known is empty.
 struct SVisitEntry {
     std::string key;     ///< of the INI file
-    std::string address; ///< the key's value
+    std::string address; ///< the key's value; empty when this only tells of recovered events
     std::string link;    ///< "serial", "modem" or "ethernet"
     std::string name;    ///< MODEL-SERIAL, as the relay's folder is called
     std::string plant;
@@ -24,10 +31,11 @@ struct SVisitEntry {
     std::uint64_t stored = 0;
     std::uint64_t lost = 0;
     std::uint64_t setAside = 0;
-    std::uint64_t waiting = 0;   ///< in the journal, for the next run
-    std::uint64_t recovered = 0; ///< of an earlier run, stored by this one
-    std::string dayFile;         ///< FOLDER/FILE below the event root
-    std::uint64_t from = 0;      ///< what this run added to it: the first byte, and the one after the last
+    std::uint64_t waiting = 0;               ///< in the journal, for the next run
+    std::uint64_t recovered = 0;             ///< of an earlier run, stored by this one
+    std::optional<SStoredBytes> recoveredIn; ///< none where all of them were in the day file already
+    std::string dayFile;                     ///< FOLDER/FILE below the event root
+    std::uint64_t from = 0; ///< what this run added to it: the first byte, and the one after the last
     std::uint64_t to = 0;
     std::uint32_t status = 0; ///< the last one that says how it ended
     std::string statusText;

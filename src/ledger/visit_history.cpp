@@ -56,12 +56,10 @@ void Learn(SKnownRelay& relay, const SVisitEntry& entry, const std::string& begi
 void Join(SVisitLine& visit, SVisitLine attempt) {
     for (SVisitEntry& entry : visit.entries) {
         const auto again = std::ranges::find_if(attempt.entries, [&entry](const SVisitEntry& other) {
-            return other.key == entry.key && other.address == entry.address;
+            return other.key == entry.key && other.address == entry.address && !entry.address.empty();
         });
         if (again == attempt.entries.end()) {
             attempt.entries.push_back(std::move(entry));
-        } else {
-            again->recovered += entry.recovered;
         }
     }
     attempt.begin = visit.begin;

@@ -59,8 +59,10 @@ std::string RecordedNow() {
     return text.data();
 }
 
-CVisitRecord::CVisitRecord(std::string eventRoot, const std::string& iniPath, SVisitBounds bounds)
+CVisitRecord::CVisitRecord(std::string eventRoot, const std::string& iniPath, SVisitBounds bounds,
+                           ERunKind kind)
     : m_eventRoot(std::move(eventRoot)), m_bounds(bounds) {
+    m_line.kind = kind;
     m_line.iniPath = RecordedIniPath(iniPath);
 }
 
@@ -126,26 +128,33 @@ bool CVisitRecord::TryNumber(std::uint64_t number) {
     return false;
 }
 
-void CVisitRecord::NoteRecovered(const std::string& key, std::uint64_t events) noexcept {
+void CVisitRecord::AddRecovered(const std::string& key, std::uint64_t events,
+                                std::optional<SStoredBytes> where) noexcept {
     try {
-        m_recovered[key] += events;
+        SVisitEntry entry;
+        entry.key = key;
+        entry.recovered = events;
+        entry.recoveredIn = std::move(where);
+        Write(entry);
     } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): no memory; the log has the number
     }
 }
 
 void CVisitRecord::Add(SVisitEntry entry) noexcept {
-    if (!m_isOpen) {
-        return;
-    }
     try {
-        const auto recovered = m_recovered.extract(entry.key);
-        entry.recovered = recovered ? recovered.mapped() : 0;
-        entry.lastReached = entry.isReached ? entry.end : LastReached(entry.key, entry.address);
-        m_isOpen = WriteLine(AsJson(entry));
+        if (m_isOpen) {
+            entry.lastReached = entry.isReached ? entry.end : LastReached(entry.key, entry.address);
+        }
+        Write(entry);
     } catch (const std::exception&) { // no memory
         m_isOpen = false;
+        Fail();
     }
-    if (!m_isOpen) {
+}
+
+void CVisitRecord::Write(const SVisitEntry& entry) {
+    if (m_isOpen && !WriteLine(AsJson(entry))) {
+        m_isOpen = false;
         Fail();
     }
 }
@@ -156,12 +165,6 @@ void CVisitRecord::End(SVisitLine end) noexcept {
     }
     m_isOpen = false;
     try {
-        for (const auto& [key, events] : m_recovered) { // of relays that this run has not visited
-            SVisitEntry entry;
-            entry.key = key;
-            entry.recovered = events;
-            static_cast<void>(WriteLine(AsJson(entry)));
-        }
         end.end = RecordedNow();
         // In its own file first: the run that writes the line then knows how this one ended.
         if (WriteLine(EndAsJson(end)) &&

@@ -6,7 +6,9 @@
 #include "ledger/visit_files.h"
 #include "platform/files.h"
 
+#include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -23,15 +25,18 @@ namespace ruvo {
 class CVisitRecord {
 public:
     /// The path is as it was given to the program.
-    CVisitRecord(std::string eventRoot, const std::string& iniPath, SVisitBounds bounds = {});
+    CVisitRecord(std::string eventRoot, const std::string& iniPath, SVisitBounds bounds = {},
+                 ERunKind kind = ERunKind::Visit);
     CVisitRecord(const CVisitRecord&) = delete;
     CVisitRecord& operator=(const CVisitRecord&) = delete;
 
     /// Makes lines of killed runs' files, and this run's own file. Nothing is made where the event root is
     /// missing. Any other obstacle is reported on standard error.
     void Begin() noexcept;
-    /// Counts events of an earlier run that this one has stored; they go into the relay's entry.
-    void NoteRecovered(const std::string& key, std::uint64_t events) noexcept;
+    /// Adds events of an earlier run that this one has stored, as an entry of their own without an address:
+    /// if this run is killed, they are known all the same.
+    void AddRecovered(const std::string& key, std::uint64_t events,
+                      std::optional<SStoredBytes> where) noexcept;
     /// Adds a relay's entry. Of one that was not reached it looks up when it last was.
     void Add(SVisitEntry entry) noexcept;
     /// Makes the line; how the run ended is the caller's to say, and the time is now.
@@ -41,6 +46,7 @@ private:
     void MakeFile();
     [[nodiscard]] bool TryNumber(std::uint64_t number);
     void EndKilledRuns();
+    void Write(const SVisitEntry& entry);
     [[nodiscard]] bool WriteLine(const std::string& json);
     [[nodiscard]] std::string LastReached(const std::string& key, const std::string& address);
     void Fail() noexcept;
@@ -51,7 +57,6 @@ private:
     SVisitLine m_line;
     CFile m_file;
     bool m_isOpen = false;
-    std::map<std::string, std::uint64_t> m_recovered; ///< by key; in no entry yet
     bool m_isHistoryRead = false;
     std::map<std::pair<std::string, std::string>, std::string> m_lastReached; ///< by key and address
 };

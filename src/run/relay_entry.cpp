@@ -104,10 +104,16 @@ void CRelayEntry::SetStatus(LinkStatus status) {
 }
 
 void NoteRecovered(CVisitRecord* record, const SLedgerReport& report) noexcept {
-    const bool isStored =
-        report.outcome == ELedgerOutcome::Stored || report.outcome == ELedgerOutcome::StoredAtEnd;
-    if (record != nullptr && isStored) {
-        record->NoteRecovered(report.key, report.events);
+    if (record == nullptr || !report.IsStored()) {
+        return;
+    }
+    try {
+        record->AddRecovered(report.key, report.events,
+                             report.to > 0
+                                 ? std::optional(SStoredBytes{
+                                       .dayFile = PlaceOf(report.path), .from = report.from, .to = report.to})
+                                 : std::nullopt);
+    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): no memory; the log has the number
     }
 }
 

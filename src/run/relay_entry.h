@@ -38,7 +38,7 @@ private:
     bool m_isRead = false; ///< the login is over
 };
 
-/// Counts events of an earlier run that this one has stored.
+/// Adds events of an earlier run that this one has stored; other reports are passed over.
 void NoteRecovered(CVisitRecord* record, const SLedgerReport& report) noexcept;
 
 } // namespace ruvo

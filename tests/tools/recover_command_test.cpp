@@ -8,6 +8,7 @@
 #include "dayfile/off_file.h"
 #include "ledger/root_folder.h"
 #include "ledger/visit_custody.h"
+#include "ledger/visit_history.h"
 
 #include <gtest/gtest.h>
 
@@ -55,6 +56,22 @@ protected:
                 for (std::size_t at; (at = text->find(from)) != std::string::npos;)
                     text->replace(at, from.size(), to);
         return outcome;
+    }
+    /// What the record says; a reader that looks for the last visit does not see it.
+    std::string Record() const {
+        std::string said;
+        EXPECT_TRUE(CVisitHistory(folder.Path("ev")).ForEach([&said](const SVisitLine& line, ERunState) {
+            EXPECT_EQ(line.kind, ERunKind::Recover);
+            for (const SVisitEntry& entry : line.entries) {
+                const SStoredBytes in = entry.recoveredIn.value_or(SStoredBytes());
+                said += entry.key + " " + std::to_string(entry.recovered) + " " + in.dayFile + " " +
+                        std::to_string(in.from) + "-" + std::to_string(in.to) + "|";
+            }
+        }));
+        const SVisitSummary summary = SummariseVisits(folder.Path("ev"), folder.Path("site.ini"));
+        EXPECT_FALSE(summary.last || !summary.since.empty());
+        EXPECT_TRUE(summary.hasEvents);
+        return said;
     }
     std::string Digest() const {
         const std::string path = FolderOfJournals(folder.Path("ev"));
@@ -138,6 +155,8 @@ TEST_F(RecoverCommand, AppendsOnce) {
     EXPECT_EQ(Day(), before + both);
     EXPECT_EQ(Recover().out,
               "State folder: @/state\nEvent root: @/ev\n  looked in @/state/#\n  nothing is left\n");
+    EXPECT_EQ(Record(), "RV001 2 AB12-1/AB12-1-2026-11-16-DEV.evt " + std::to_string(before.size()) + "-" +
+                            std::to_string(Day().size()) + "|");
     const SOutcome again = Recover({folder.Native("state/" + Digest() + "/" + name)});
     EXPECT_EQ(again.status, 1);
     EXPECT_EQ(again.error,

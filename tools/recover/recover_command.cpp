@@ -2,10 +2,13 @@
 #include "base/text.h"
 #include "ledger/root_folder.h"
 #include "ledger/set_aside_append.h"
+#include "ledger/visit_record.h"
+#include "log/error_log.h"
 #include "log/ledger_lines.h"
 #include "platform/full_path.h"
 #include "platform/state_folder.h"
 #include "platform/users.h"
+#include "run/relay_entry.h"
 #include "tools/command.h"
 #include "tools/ini/site_environment.h"
 #include "tools/ini/site_places.h"
@@ -14,6 +17,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 
 namespace ruvo {
 
@@ -55,11 +59,12 @@ std::string Shown(const std::string& path) {
 
 class CRecovery {
 public:
-    CRecovery(std::string eventRoot, SConsole& console)
-        : m_eventRoot(std::move(eventRoot)), m_console(console),
+    CRecovery(std::string eventRoot, std::string iniPath, SConsole& console)
+        : m_eventRoot(std::move(eventRoot)), m_iniPath(std::move(iniPath)), m_console(console),
           m_ledger(m_eventRoot,
                    [this](const SLedgerReport& report) {
                        LogLedgerReport(report);
+                       Record(report);
                        m_console.out.Write(EscapeControls(SystemTextToUtf8(LedgerText(report))) + "\n");
                    }),
           m_folder(m_ledger.FolderForSetAside()) {}
@@ -96,6 +101,15 @@ public:
             Fail(path, EscapeControls(SystemTextToUtf8(appended.failure)));
             return;
         }
+        Record({.outcome = ELedgerOutcome::Stored,
+                .events = appended.events,
+                .path = appended.dayFile,
+                .journal = {},
+                .key = appended.key,
+                .begun = {},
+                .reason = {},
+                .from = appended.from,
+                .to = appended.to});
         m_console.out.Write(Counted(appended.events, "event") + (appended.events == 1 ? " is" : " are") +
                             " in day file " + Shown(appended.dayFile) + " now.\n");
         if (appended.damageAt) {
@@ -104,9 +118,29 @@ public:
         }
     }
 
-    [[nodiscard]] int Status() const { return m_isWhole ? kExitGood : kExitFailed; }
+    /// The exit status.
+    [[nodiscard]] int End() {
+        if (m_record) {
+            SVisitLine end;
+            end.ended = ERunEnd::Whole;
+            end.logLines = ErrorLogLines();
+            m_record->End(end);
+        }
+        return m_isWhole ? kExitGood : kExitFailed;
+    }
 
 private:
+    /// What came into day files is news, as what a visit brings. The record is made with the first of it.
+    void Record(const SLedgerReport& report) {
+        if (!report.IsStored()) {
+            return;
+        }
+        if (!m_record) {
+            m_record.emplace(m_eventRoot, m_iniPath, SVisitBounds(), ERunKind::Recover);
+            m_record->Begin();
+        }
+        NoteRecovered(&*m_record, report);
+    }
     /// A name alone is one in the event root's folder.
     [[nodiscard]] std::string PathOf(const std::string& typed) const {
         const bool isName = typed.find_first_of("/\\") == std::string::npos;
@@ -123,7 +157,10 @@ private:
     }
 
     std::string m_eventRoot;
+    std::string m_iniPath;
     SConsole& m_console;
+    std::optional<CVisitRecord> m_record;
+
     CRunLedger m_ledger;
     std::string m_folder;
     std::vector<std::pair<std::string, std::string>> m_moved; ///< from where to where
@@ -161,7 +198,7 @@ int Store(const CArguments& arguments, const std::string& ownRoot, SConsole& con
                                    ", who visits this site, cannot write; use: runuser -u " + user +
                                    " -- ruvoctl recover " + Shown(FullPath(arguments.Get("INI"))) + " ...");
     }
-    CRecovery recovery(eventRoot, console);
+    CRecovery recovery(eventRoot, FullPath(arguments.Get("INI")), console);
     if (!recovery.CanWork()) {
         return Refuse(console, "the state folder " + Shown(StateFolder()) + " cannot be used");
     }
@@ -171,7 +208,7 @@ int Store(const CArguments& arguments, const std::string& ownRoot, SConsole& con
     for (const std::string& file : arguments.GetAll("FILE")) {
         recovery.Append(file);
     }
-    return recovery.Status();
+    return recovery.End();
 }
 
 int RunRecover(const CArguments& arguments, SConsole& console) {
