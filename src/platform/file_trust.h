@@ -22,4 +22,8 @@ enum class ETrustedRead : std::uint8_t {
 /// does.
 ETrustedRead ReadTrustedFile(const std::string& path, std::string& bytes);
 
+/// Whether root and that user alone can decide, now or later, where the path leads and what is there, which
+/// may be nothing. Always true where the system's permissions do not answer that by a simple mark.
+bool IsGuarded(const std::string& path, std::uint32_t user);
+
 } // namespace ruvo

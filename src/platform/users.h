@@ -1,13 +1,29 @@
-// Who works here.
+// Users of this machine, and continuing as another one. Root has to: what it made in the folders of another
+// user would be out of that user's reach.
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace ruvo {
 
-/// The user to whom a folder belongs, or the nearest one above it that exists, when this process may write
-/// the files of all users and that user is another: what it made there would be out of the user's reach.
-/// Empty otherwise.
-std::string UserToBecome(const std::string& folder);
+struct SUser {
+    std::uint32_t id = 0;
+    std::string name; ///< empty for one that this machine does not know
+};
+
+/// Whether this process may become any user, and write the files of all. Never where the system has no such
+/// user.
+bool IsRoot();
+/// None when there is no user of that name.
+std::optional<SUser> FindUser(const std::string& name);
+/// The user to whom a folder belongs, or the nearest one above it that exists.
+std::optional<SUser> OwnerOf(const std::string& folder);
+
+/// Starts this program anew with these arguments, as that user, with its groups, a fresh environment and the
+/// root folder, in place of this process; what is buffered is lost. Returns why that has failed.
+std::string ContinueAs(const SUser& user, const std::vector<std::string>& arguments);
 
 } // namespace ruvo

@@ -138,7 +138,9 @@ def visit_yard(steps):
     steps.take("journal", 0, "journalctl")
     steps.take("nothing is set aside", 0, "ruvoctl recover")
     steps.take("a set-aside file that is not there", 1, "ruvoctl events")
-    steps.take("which cannot be stored", 1, "runuser")
+    steps.take("which cannot be stored, as the user of the visits", 1, "ruvoctl recover")
+    check("recover: as the user of the visits", "/var/lib/ruvo-state/" in steps.shown, steps.shown)
+    equal("recover: whose files it makes", said("find", "/var/lib/ruvo-state", "-not", "-user", "ruvo"), "")
     steps.take("report", 0, "ruvoctl report")
     check("report: a page", "</html>" in (steps.place / "yard.html").read_text("utf-8"))
     for what, start in (("with the visits", "runuser"), ("without them", "ruvoctl status")):

@@ -7,11 +7,10 @@
 #include "log/ledger_lines.h"
 #include "platform/full_path.h"
 #include "platform/state_folder.h"
-#include "platform/users.h"
 #include "run/relay_entry.h"
 #include "tools/command.h"
 #include "tools/ini/site_environment.h"
-#include "tools/ini/site_places.h"
+#include "tools/ini/site_user.h"
 #include "tools/recover/site_leftovers.h"
 #include "tools/text_encoding.h"
 
@@ -46,12 +45,14 @@ to the error log.
 With --from, stores what waits in the journals of OLDROOT in the day files of the INI file's event root,
 and moves its set-aside files to those of this event root. If OLDROOT still exists, its events stay
 in its own day files. FILE can then name set-aside files of OLDROOT.
-Must be run as the user of the visits; root can only list.
+Started by root, it continues as the user of the visits, with a fresh environment: as ruvo for a site of
+/etc/ruvo, for another file as the owner of its event root (or of the nearest existing parent). Only that
+user and root may then be able to write the file and the folders that lead to it.
 Exit status: 0 on success, 1 if something could not be read or stored, 2 on a usage error.
 
 Example: what is left, then store one file
   ruvoctl recover /etc/ruvo/yard.ini
-  runuser -u ruvo -- ruvoctl recover /etc/ruvo/yard.ini AB12-0001-2026-11-16-DEV-1.setaside)";
+  ruvoctl recover /etc/ruvo/yard.ini AB12-0001-2026-11-16-DEV-1.setaside)";
 
 std::string Shown(const std::string& path) {
     return EscapeControls(SystemTextToUtf8(DisplayPath(path)));
@@ -193,11 +194,6 @@ int Store(const CArguments& arguments, const std::string& ownRoot, SConsole& con
         const bool isThere = GetPathKind(oldRoot) == EPathKind::Folder;
         eventRoot = isThere && FolderOfJournals(oldRoot) == folder ? oldRoot : ownRoot;
     }
-    if (const std::string user = UserToBecome(eventRoot); !user.empty()) {
-        return Refuse(console, "root would create files that user " + user +
-                                   ", who visits this site, cannot write; use: runuser -u " + user +
-                                   " -- ruvoctl recover " + Shown(FullPath(arguments.Get("INI"))) + " ...");
-    }
     CRecovery recovery(eventRoot, FullPath(arguments.Get("INI")), console);
     if (!recovery.CanWork()) {
         return Refuse(console, "the state folder " + Shown(StateFolder()) + " cannot be used");
@@ -211,6 +207,23 @@ int Store(const CArguments& arguments, const std::string& ownRoot, SConsole& con
     return recovery.End();
 }
 
+/// What was typed, as it is understood in another folder.
+std::vector<std::string> FullWords(const CArguments& arguments) {
+    const auto full = [](const std::string& typed) {
+        const bool isName = typed.find_first_of("/\\") == std::string::npos;
+        return isName ? typed : DisplayPath(FullPath(typed));
+    };
+    std::vector<std::string> words{"recover", "--format=" + arguments.Get("--format")};
+    if (arguments.Has("--from")) {
+        words.push_back("--from=" + full(arguments.Get("--from")));
+    }
+    words.insert(words.end(), {"--", DisplayPath(FullPath(arguments.Get("INI")))});
+    for (const std::string& file : arguments.GetAll("FILE")) {
+        words.push_back(full(file));
+    }
+    return words;
+}
+
 int RunRecover(const CArguments& arguments, SConsole& console) {
     const std::string typed = arguments.Get("INI");
     static_cast<void>(ApplySiteEnvironment(typed));
@@ -220,6 +233,14 @@ int RunRecover(const CArguments& arguments, SConsole& console) {
         return Refuse(console, "cannot resolve the paths of this file; run ruvoctl check to see why");
     }
     const bool stores = arguments.Has("FILE") || arguments.Has("--from");
+    const SSiteUser site = FindSiteUser(FullPath(typed), *places);
+    if (stores && !site.refusal.empty()) { // a list makes nothing
+        return Refuse(console, site.refusal);
+    }
+    if (site.user) {
+        return Refuse(console, "cannot continue as user " + site.user->name + ": " +
+                                   ContinueAs(*site.user, FullWords(arguments)));
+    }
     return stores ? Store(arguments, events, console) : List(arguments, events, console);
 }
 

@@ -11,8 +11,45 @@
 
 namespace ruvo {
 
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr mode_t kOthersWrite = S_IWGRP | S_IWOTH;
+
+/// Whether a file, a folder or a link is in the hands of root and the user alone. In a folder with the sticky
+/// mark others can make files, but not replace those that are there.
+bool IsGuardedEntry(const struct stat& status, std::uint32_t user, bool isWayThrough) {
+    const bool isSticky = S_ISDIR(status.st_mode) && (status.st_mode & S_ISVTX) != 0;
+    return (status.st_uid == 0 || status.st_uid == user) &&
+           (S_ISLNK(status.st_mode) || (status.st_mode & kOthersWrite) == 0 || (isWayThrough && isSticky));
+}
+
+bool IsGuardedPlace(fs::path place, std::uint32_t user, int linksLeft) {
+    std::error_code error;
+    while (!fs::exists(fs::symlink_status(place, error)) && place.has_relative_path()) {
+        place = place.parent_path();
+    }
+    for (bool isWayThrough = false;; isWayThrough = true, place = place.parent_path()) {
+        struct stat status = {};
+        if (lstat(place.c_str(), &status) != 0 || !IsGuardedEntry(status, user, isWayThrough)) {
+            return false;
+        }
+        if (S_ISLNK(status.st_mode)) {
+            const fs::path target = place.parent_path() / fs::read_symlink(place, error);
+            if (error || linksLeft == 0 || !IsGuardedPlace(target, user, linksLeft - 1)) {
+                return false;
+            }
+        }
+        if (!place.has_relative_path()) {
+            return true;
+        }
+    }
+}
+
+} // namespace
+
 std::optional<bool> IsReadableByEveryone(const std::string& path) {
-    namespace fs = std::filesystem;
     const auto native = ToNativePath(path);
     std::error_code error;
     fs::path place = native ? fs::canonical(*native, error) : fs::path();
@@ -27,7 +64,6 @@ std::optional<bool> IsReadableByEveryone(const std::string& path) {
 }
 
 ETrustedRead ReadTrustedFile(const std::string& path, std::string& bytes) {
-    constexpr mode_t kOthersWrite = S_IWGRP | S_IWOTH;
     constexpr std::size_t kLargest = std::size_t{64} * 1024;
     const auto native = ToNativePath(path);
     SPlace place;
@@ -49,6 +85,12 @@ ETrustedRead ReadTrustedFile(const std::string& path, std::string& bytes) {
     const ssize_t size = pread(file.Get(), bytes.data(), bytes.size(), 0);
     bytes.resize(size < 0 ? 0 : static_cast<std::size_t>(size));
     return size < 0 || bytes.size() > kLargest ? ETrustedRead::Unreadable : ETrustedRead::Read;
+}
+
+bool IsGuarded(const std::string& path, std::uint32_t user) {
+    constexpr int kMostLinks = 40; // as many as the system follows
+    const auto native = ToNativePath(path);
+    return native && native->starts_with('/') && IsGuardedPlace(*native, user, kMostLinks);
 }
 
 } // namespace ruvo

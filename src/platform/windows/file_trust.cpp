@@ -11,4 +11,8 @@ ETrustedRead ReadTrustedFile(const std::string& /*path*/, std::string& /*bytes*/
     return ETrustedRead::Unsupported;
 }
 
+bool IsGuarded(const std::string& /*path*/, std::uint32_t /*user*/) {
+    return true;
+}
+
 } // namespace ruvo
