@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace ruvo {
 
@@ -15,5 +16,8 @@ void SetEnvironmentValue(const std::string& name, const std::string& value);
 
 /// Removes a variable; with the same limits.
 void ClearEnvironmentValue(const std::string& name);
+
+/// All variables, as "NAME=value".
+std::vector<std::string> WholeEnvironment();
 
 } // namespace ruvo

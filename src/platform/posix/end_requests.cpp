@@ -1,5 +1,7 @@
 #include "platform/end_requests.h"
 
+#include "platform/posix/end_signals.h"
+
 #include <array>
 #include <cerrno>
 #include <climits>
@@ -14,19 +16,11 @@ namespace ruvo {
 
 namespace {
 
-struct SSignalRow {
-    int number;
-    const char* name;
-};
-
-constexpr std::array kSignals{SSignalRow{SIGTERM, "SIGTERM"}, SSignalRow{SIGINT, "SIGINT"},
-                              SSignalRow{SIGHUP, "SIGHUP"}};
-
 /// Those that ask this process to end: an ignored one does not.
 sigset_t EndSignals() {
     sigset_t set;
     sigemptyset(&set);
-    for (const SSignalRow& row : kSignals) {
+    for (const SSignalRow& row : kEndSignals) {
         struct sigaction action = {};
         if (sigaction(row.number, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) {
             sigaddset(&set, row.number);
@@ -94,7 +88,7 @@ private:
         if (read(m_signals, &info, sizeof info) != static_cast<ssize_t>(sizeof info)) {
             return false;
         }
-        for (const SSignalRow& row : kSignals) {
+        for (const SSignalRow& row : kEndSignals) {
             if (static_cast<std::uint32_t>(row.number) == info.ssi_signo) {
                 name = row.name;
             }

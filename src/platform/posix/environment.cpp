@@ -1,6 +1,7 @@
 #include "platform/environment.h"
 
 #include <cstdlib>
+#include <unistd.h>
 
 namespace ruvo {
 
@@ -18,6 +19,14 @@ void SetEnvironmentValue(const std::string& name, const std::string& value) {
 
 void ClearEnvironmentValue(const std::string& name) {
     unsetenv(name.c_str());
+}
+
+std::vector<std::string> WholeEnvironment() {
+    std::vector<std::string> variables;
+    for (char** at = environ; at != nullptr && *at != nullptr; ++at) {
+        variables.emplace_back(*at);
+    }
+    return variables;
 }
 
 } // namespace ruvo

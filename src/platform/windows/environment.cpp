@@ -23,4 +23,16 @@ void ClearEnvironmentValue(const std::string& name) {
     SetEnvironmentVariableA(name.c_str(), nullptr);
 }
 
+std::vector<std::string> WholeEnvironment() {
+    std::vector<std::string> variables;
+    char* const block = GetEnvironmentStringsA();
+    for (const char* at = block; at != nullptr && *at != '\0'; at += variables.back().size() + 1) {
+        variables.emplace_back(at);
+    }
+    if (block != nullptr) {
+        FreeEnvironmentStringsA(block);
+    }
+    return variables;
+}
+
 } // namespace ruvo

@@ -1,0 +1,225 @@
+#include "platform/child_program.h"
+
+#include "platform/file.h"
+#include "platform/files.h"
+#include "platform/windows/system.h"
+
+#include <algorithm>
+#include <array>
+#include <mutex>
+#include <utility>
+
+namespace ruvo {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+constexpr DWORD kPause = 50; // a pipe cannot be waited for beside a process
+
+class CHandle {
+public:
+    explicit CHandle(HANDLE handle = nullptr) : m_handle(handle == INVALID_HANDLE_VALUE ? nullptr : handle) {}
+    CHandle(CHandle&& other) noexcept : m_handle(std::exchange(other.m_handle, nullptr)) {}
+    CHandle& operator=(CHandle&& other) noexcept {
+        std::swap(m_handle, other.m_handle);
+        return *this;
+    }
+    CHandle(const CHandle&) = delete;
+    CHandle& operator=(const CHandle&) = delete;
+    ~CHandle() {
+        if (IsOpen()) {
+            CloseHandle(m_handle);
+        }
+    }
+
+    [[nodiscard]] bool IsOpen() const { return m_handle != nullptr; }
+    [[nodiscard]] HANDLE Get() const { return m_handle; }
+
+private:
+    HANDLE m_handle;
+};
+
+/// As the system's own programs take a command line apart.
+std::string Quoted(const std::string& word) {
+    if (!word.empty() && word.find_first_of(" \t\"") == std::string::npos) {
+        return word;
+    }
+    std::string quoted = "\"";
+    std::size_t backslashes = 0;
+    for (const char c : word) {
+        if (c == '"') {
+            quoted.append(backslashes + 1, '\\'); // each of them and the quote itself
+        }
+        backslashes = c == '\\' ? backslashes + 1 : 0;
+        quoted += c;
+    }
+    return quoted.append(backslashes, '\\') + '"';
+}
+
+std::string CommandLineOf(const SChildProgram& program) {
+    std::string line = '"' + program.path + '"';
+    for (const std::string& argument : program.arguments) {
+        line += ' ' + Quoted(argument);
+    }
+    return line;
+}
+
+std::string BlockOf(std::vector<std::string> variables) {
+    std::ranges::sort(variables);
+    std::string block;
+    for (const std::string& variable : variables) {
+        block += variable + '\0';
+    }
+    return block + '\0';
+}
+
+SECURITY_ATTRIBUTES Inherited() {
+    return {sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+}
+
+/// A file that goes with its last handle.
+CHandle OpenInput(const std::string& input) {
+    SECURITY_ATTRIBUTES inherited = Inherited();
+    if (input.empty()) {
+        return CHandle(CreateFileA("NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
+                                   OPEN_EXISTING, 0, nullptr));
+    }
+    const std::string path = MakeUniqueFile(TemporaryFolder(), "ruvo");
+    CHandle file(CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, &inherited,
+                             TRUNCATE_EXISTING, FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE,
+                             nullptr));
+    DWORD count = 0;
+    const bool isGood =
+        file.IsOpen() &&
+        WriteFile(file.Get(), input.data(), static_cast<DWORD>(input.size()), &count, nullptr) != 0 &&
+        SetFilePointer(file.Get(), 0, nullptr, FILE_BEGIN) == 0;
+    return isGood ? std::move(file) : CHandle();
+}
+
+BOOL CALLBACK AskWindow(HWND window, LPARAM process) {
+    DWORD owner = 0;
+    GetWindowThreadProcessId(window, &owner);
+    if (owner == static_cast<DWORD>(process)) {
+        PostMessageW(window, WM_CLOSE, 0, 0);
+    }
+    return TRUE;
+}
+
+std::string LastFailure() {
+    return SystemErrorText(static_cast<long>(GetLastError()));
+}
+
+} // namespace
+
+struct CChildProgram::SHandle {
+    DWORD number = 0; ///< 0 before its start and after its end
+    CHandle process;
+    CHandle job; ///< of a group
+    CHandle output;
+    std::mutex mutex; ///< of `number`, which may be another's after its end
+
+    void Kill() const {
+        if (job.IsOpen()) {
+            TerminateJobObject(job.Get(), 1);
+        } else {
+            TerminateProcess(process.Get(), 1);
+        }
+    }
+    void TakeOutput(const SWatch& watch) const {
+        std::array<char, 4096> piece{};
+        DWORD count = 0;
+        for (int pieces = 0; pieces < 1024; ++pieces) {
+            if (PeekNamedPipe(output.Get(), nullptr, 0, nullptr, &count, nullptr) == 0 || count == 0 ||
+                ReadFile(output.Get(), piece.data(), static_cast<DWORD>(piece.size()), &count, nullptr) ==
+                    0) {
+                return;
+            }
+            if (watch.take) {
+                watch.take({piece.data(), count});
+            }
+        }
+    }
+};
+
+CChildProgram::CChildProgram() : m_handle(std::make_unique<SHandle>()) {}
+
+CChildProgram::~CChildProgram() = default;
+
+std::string CChildProgram::Start(const SChildProgram& program) {
+    SECURITY_ATTRIBUTES inherited = Inherited();
+    HANDLE out = nullptr;
+    HANDLE in = nullptr;
+    const CHandle input = OpenInput(program.input);
+    if (!input.IsOpen() || CreatePipe(&out, &in, &inherited, 0) == 0) {
+        return LastFailure();
+    }
+    CHandle output(out);
+    const CHandle written(in);
+    SetHandleInformation(out, HANDLE_FLAG_INHERIT, 0);
+    STARTUPINFOA startup = {};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdInput = input.Get();
+    startup.hStdOutput = in;
+    startup.hStdError = in;
+    PROCESS_INFORMATION made = {};
+    std::string line = CommandLineOf(program);
+    std::string block = BlockOf(program.environment);
+    if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW | CREATE_SUSPENDED,
+                       block.data(), nullptr, &startup, &made) == 0) {
+        return LastFailure();
+    }
+    const CHandle thread(made.hThread);
+    const std::lock_guard lock(m_handle->mutex);
+    m_handle->process = CHandle(made.hProcess);
+    m_handle->number = made.dwProcessId;
+    m_handle->output = std::move(output);
+    m_handle->job = CHandle(program.isGroup ? CreateJobObjectA(nullptr, nullptr) : nullptr);
+    if (m_handle->job.IsOpen() && AssignProcessToJobObject(m_handle->job.Get(), made.hProcess) == 0) {
+        m_handle->job = CHandle();
+    }
+    ResumeThread(made.hThread);
+    return {};
+}
+
+std::uint64_t CChildProgram::Number() const {
+    return m_handle->number;
+}
+
+SChildEnd CChildProgram::Await(const SWatch& watch) {
+    const auto begun = Clock::now();
+    auto looked = begun;
+    SChildEnd end;
+    while (WaitForSingleObject(m_handle->process.Get(), kPause) == WAIT_TIMEOUT) {
+        m_handle->TakeOutput(watch);
+        if (watch.every != SWatch::kForever && Clock::now() - looked >= watch.every) {
+            watch.look();
+            looked = Clock::now();
+        }
+        if (!end.hasTimedOut && watch.most != SWatch::kForever && Clock::now() - begun >= watch.most) {
+            end.hasTimedOut = true;
+            m_handle->Kill();
+        }
+    }
+    m_handle->TakeOutput(watch);
+    const std::lock_guard lock(m_handle->mutex);
+    DWORD status = 0;
+    GetExitCodeProcess(m_handle->process.Get(), &status);
+    end.status = status;
+    m_handle->number = 0;
+    m_handle->process = CHandle();
+    m_handle->output = CHandle();
+    m_handle->job = CHandle();
+    return end;
+}
+
+void CChildProgram::AskToEnd(const char* /*request*/) {
+    const std::lock_guard lock(m_handle->mutex);
+    if (m_handle->number != 0) {
+        EnumWindows(AskWindow, static_cast<LPARAM>(m_handle->number));
+    }
+}
+
+} // namespace ruvo

@@ -1,0 +1,88 @@
+// Programs that this one starts and awaits.
+#include "platform/child_program.h"
+#include "platform/environment.h"
+
+#include <algorithm>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <regex>
+#include <thread>
+
+namespace ruvo {
+namespace {
+
+using std::chrono::milliseconds;
+
+SChildProgram Shell(const std::string& script) {
+    return {.path = "C:\\bin\\sh", .arguments = {"-c", script}, .environment = {"A=b c"}, .input = {}};
+}
+
+/// What it wrote, and how it ended.
+std::string Outcome(const SChildProgram& program, CChildProgram::SWatch watch = {}) {
+    CChildProgram child;
+    std::string output = child.Start(program);
+    if (!output.empty()) {
+        return output;
+    }
+    watch.take = [&output](std::string_view piece) { output += piece; };
+    const SChildEnd end = child.Await(watch);
+    return output + "|" + std::to_string(end.status) + end.signal + (end.hasTimedOut ? " timeout" : "");
+}
+
+TEST(ChildProgram, RunsWithWhatItIsGiven) {
+    SChildProgram reader = Shell("cat; echo $A $# $1; echo err >&2; env | grep -c =; exit 3");
+    reader.arguments.insert(reader.arguments.end(), {"sh", "x y"});
+    reader.input = std::string(200000, 'i');
+    EXPECT_EQ(Outcome(reader), reader.input + "b c 1 x y\nerr\n2\n|3"); // the shell adds PWD
+    EXPECT_EQ(Outcome(Shell("cat; kill -9 $$")), "|137SIGKILL");
+    EXPECT_EQ(Outcome(Shell("dd if=/dev/zero bs=300000 count=1 2>/dev/null | tr '\\0' x")),
+              std::string(300000, 'x') + "|0")
+        << "more than a pipe holds";
+    SChildProgram missing = Shell("");
+    missing.path = "C:\\none\\such";
+    EXPECT_EQ(Outcome(missing), "No such file or directory");
+    const auto variables = WholeEnvironment();
+    EXPECT_EQ(std::ranges::count(variables, "PATH=" + EnvironmentValue("PATH").value_or("")), 1);
+}
+
+TEST(ChildProgram, IsAwaitedButNotWhatItLeavesBehind) {
+    EXPECT_EQ(Outcome(Shell("sleep 20 & echo first")), "first\n|0");
+    SChildProgram group = Shell("sleep 20 & echo $!; wait");
+    group.isGroup = true;
+    int looks = 0;
+    CChildProgram::SWatch watch;
+    watch.every = milliseconds(20);
+    watch.look = [&looks] { ++looks; };
+    watch.most = milliseconds(200);
+    const std::string outcome = Outcome(group, watch);
+    EXPECT_TRUE(std::regex_match(outcome, std::regex("\\d+\n\\|137SIGKILL timeout"))) << outcome;
+    EXPECT_GT(looks, 0);
+    const auto runs = [process = "/proc/" + outcome.substr(0, outcome.find('\n')) + "/stat"] {
+        std::ifstream stat(process); // of one that has ended and nobody took note of: Z
+        std::string word;
+        return stat >> word >> word >> word && word != "Z";
+    };
+    for (int tried = 0; tried < 200 && runs(); ++tried) {
+        std::this_thread::sleep_for(milliseconds(10));
+    }
+    EXPECT_FALSE(runs()) << "its group goes with it";
+}
+
+TEST(ChildProgram, EndsWhenAsked) {
+    CChildProgram child;
+    child.AskToEnd("SIGTERM"); // nobody yet
+    ASSERT_EQ(child.Start(Shell("trap 'echo hup; exit 5' HUP; echo up; while :; do sleep 0.01; done")), "");
+    std::string output;
+    const SChildEnd end = child.Await({.take = [&](std::string_view piece) {
+        output += piece;
+        if (output == "up\n") {
+            child.AskToEnd("SIGHUP");
+        }
+    }});
+    EXPECT_EQ(output + std::to_string(end.status), "up\nhup\n5");
+    child.AskToEnd("SIGTERM"); // nor any more
+    EXPECT_EQ(child.Number(), 0U);
+}
+
+} // namespace
+} // namespace ruvo
