@@ -10,6 +10,7 @@
 #   scripts/setup.sh package-test   what examines it as well (tests/packages), some of it from npm, into build/npm
 #   scripts/setup.sh browser    the browser that looks at the report
 #   scripts/setup.sh database   the database server that the archive's rows are loaded into
+#   scripts/setup.sh systemd    what boots a small system that a real systemd runs (tests/machine/systemd.sh)
 #   scripts/setup.sh machine    the emulator and the maker of systems for tests on whole machines (tests/machine)
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -44,9 +45,10 @@ for extra in "$@"; do
         ;;
     browser) packages+=(chromium chromium-driver python3-selenium) ;;
     database) packages+=(postgresql sqlite3) ;;
+    systemd) packages+=("${package_tools[@]}" debootstrap systemd-container) ;;
     machine) packages+=(mmdebstrap qemu-system-x86 e2fsprogs) ;;
     *)
-        echo "setup.sh: unknown set '$extra' (known: checks windows fuzz coverage mutants packages package-test browser database machine)" >&2
+        echo "setup.sh: unknown set '$extra' (known: checks windows fuzz coverage mutants packages package-test browser database systemd machine)" >&2
         exit 2
         ;;
     esac

@@ -46,6 +46,7 @@ RUVO_BIN_DIR=$PWD/build/$preset/bin leg "the archive in a database server" datab
     /usr/lib/postgresql/*/bin/postgres
 if [ "$(id -u)" -eq 0 ]; then
     leg "the Debian package" package-test tests/packages/run.sh lintian lowdown mandoc man systemd-analyze node npm
+    leg "the package under systemd" systemd tests/machine/systemd.sh debootstrap systemd-nspawn lowdown
 else
     echo "the Debian package: skipped (it is installed for its test, which needs root)"
 fi

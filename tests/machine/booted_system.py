@@ -1,0 +1,94 @@
+"""A Debian in a folder, booted by its own systemd, and what is done inside."""
+
+import os
+import pathlib
+import subprocess
+import time
+
+from checks import must, run, said
+
+PATIENCE = 120  # seconds after which something counts as not happening
+
+
+class BootedSystem:
+    """The system is unpacked into a new folder below `work`; `close` powers it off."""
+
+    def __init__(self, image, work):
+        self.root = pathlib.Path(work) / "root"
+        self.console = pathlib.Path(work) / "console"
+        self.root.mkdir()
+        must("tar", "-C", self.root, "-xf", image)
+        self.container = None
+        self.first = None
+
+    def boot(self):
+        with open(self.console, "ab") as console:
+            self.container = subprocess.Popen(
+                ["systemd-nspawn", "--quiet", "--register=no", "--keep-unit", "--private-network", "--console=pipe", "-D", self.root, "-b"],
+                stdin=subprocess.DEVNULL, stdout=console, stderr=console, start_new_session=True)
+        self.wait_for("the first process", lambda: self.find_first())
+        self.wait_for("the boot", lambda: self.said("systemctl", "is-system-running") in ("running", "degraded"))
+
+    def find_first(self):
+        if self.container.poll() is not None:
+            raise RuntimeError(f"the system did not boot: {self.console.read_text('utf-8', 'replace')[-2000:]}")
+        children = pathlib.Path(f"/proc/{self.container.pid}/task/{self.container.pid}/children").read_text("utf-8").split()
+        self.first = children[0] if children else None
+        return self.first
+
+    def close(self):
+        if self.container and self.container.poll() is None:
+            if self.first:
+                self.run("systemctl", "poweroff", "--force")
+            try:
+                self.container.wait(30)
+            except subprocess.TimeoutExpired:
+                self.container.terminate()
+                self.container.wait(30)
+
+    def inside(self, *command):
+        """The command that runs a command inside, with the environment that a login would have."""
+        return ("nsenter", "-a", "-t", self.first, "-r", "-w", "env", "-i", "PATH=/usr/sbin:/usr/bin:/sbin:/bin", "HOME=/root",
+                "LC_ALL=C.UTF-8", *map(str, command))
+
+    def run(self, *command, **options):
+        return run(*self.inside(*command), **options)
+
+    def said(self, *command, **options):
+        return said(*self.inside(*command), **options)
+
+    def must(self, *command, **options):
+        return must(*self.inside(*command), **options)
+
+    def path(self, place):
+        """A file of the system as the host sees it."""
+        return self.root / str(place).lstrip("/")
+
+    def write(self, place, text):
+        path = self.path(place)
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text(text, "utf-8")
+
+    def wait_for(self, what, happened, seconds=PATIENCE):
+        """Polls until it has happened; the outcome never depends on how long that takes."""
+        end = time.monotonic() + seconds
+        while time.monotonic() < end:
+            found = happened()
+            if found:
+                return found
+            time.sleep(0.05)
+        raise RuntimeError(f"{what}: not seen for {seconds} s")
+
+    def journal(self, unit, *options):
+        return self.said("journalctl", "--no-pager", "--output=cat", f"--unit={unit}", *options)
+
+    def property_of(self, unit, name):
+        return self.said("systemctl", "show", "--value", f"--property={name}", unit)
+
+    def drop_in(self, unit, text):
+        """Replaces the unit's drop-in; an empty text removes it."""
+        place = f"/etc/systemd/system/{unit}.d/test.conf"
+        self.path(place).unlink(missing_ok=True)
+        if text:
+            self.write(place, text)
+        self.must("systemctl", "daemon-reload")

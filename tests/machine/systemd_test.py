@@ -1,0 +1,277 @@
+"""The Debian package on a system that a real systemd runs: systemd_test.py IMAGE DEB. Needs root."""
+
+import json
+import pathlib
+import re
+import shutil
+import sys
+import tempfile
+
+from booted_system import BootedSystem
+from checks import check, count_checks, equal, must, said
+
+SERVICE = "ruvo@yard.service"
+TIMER = "ruvo@yard.timer"
+STAMP = f"/var/lib/systemd/timers/stamp-{TIMER}"
+INI = "/etc/ruvo/yard.ini"
+EVENTS = "/var/lib/ruvo/yard"
+LOG = "/var/log/ruvo/yard.log"
+SIMULATED = "/var/lib/ruvo/simulated"  # the substation, and its account of what it handed over
+REGISTRY = "[CLSID\\{9A69E99F-E86F-455D-B971-355C1139963E}]\nInprocServer32=/usr/lib/ruvo/simulator/p32ls.so\n"
+RELAY = """account = "account"
+[[relay]]
+name = "Bay 1"
+ethernet = { ip = "10.20.0.5", bus = 1, address = 2 }
+[relay.identity]
+model = "BY90-E"
+serial = "00009001"
+[relay.access]
+password = "BAY1PASS"
+length = 8
+[relay.cells]
+"00.DF" = { uint = 0, size = 1 }
+"05.01" = { number = 400.1, unit = "V", label = "Voltage %k" }
+"""
+EVENT = """[[relay.event]]
+kind = %d
+location = "05.01"
+time = 2026-11-16T00:00:01
+text = "%s"
+value = { number = 1.0, unit = "A" }
+"""
+MANY = 400  # of a visit that something happens to
+SLOW = '[[fault]]\noperation = "GetEvent"\ndelay = 20\n'
+PASSED_OVER = "of unknown kind passed over"
+
+
+class Site:
+    """The site "yard", as docs/install.md makes it, over a relay that the test fills."""
+
+    def __init__(self, system):
+        self.system = system
+        self.events = []  # of the relay, in their order: each one's kind and text
+
+    def make(self):
+        system = self.system
+        system.must("ruvoctl", "new", INI, "--link", "ethernet", "--relay", "10.20.0.5,2,1")
+        system.must("ruvoctl", "password", "set", INI, "RV001", input="BAY1PASS\n")
+        system.write("/etc/ruvo/registry.ini", REGISTRY)
+        system.write("/etc/ruvo/yard.env", f"P32LS_SUBSTATION={SIMULATED}/substation.toml\n")
+        system.must("install", "-d", "-o", "ruvo", "-g", "ruvo", SIMULATED)
+
+    def fill(self, count, kind=0, faults=""):
+        """The relay gets that many further events."""
+        self.events += [(kind, f"E{len(self.events) + number}") for number in range(1, count + 1)]
+        self.system.write(f"{SIMULATED}/substation.toml", RELAY + "".join(EVENT % event for event in self.events) + faults)
+
+    def recordable(self, count):
+        """The texts of the events that can be stored, among that many first ones."""
+        return [text for kind, text in self.events[:count] if kind == 0]
+
+    def visit(self):
+        """The exit status of a start that waits for the visit's end."""
+        return self.system.run("systemctl", "start", SERVICE).returncode
+
+    def begin(self):
+        """A visit that has taken some of its events, and will go on for a while."""
+        before = self.handed_over()
+        self.system.must("systemctl", "start", "--no-block", SERVICE)
+        self.system.wait_for("some events", lambda: self.handed_over() >= before + 20)
+
+    def wait_for_end(self):
+        self.system.wait_for("the visit's end", lambda: self.state() in ("inactive", "failed"))
+
+    def state(self):
+        return self.system.property_of(SERVICE, "ActiveState")
+
+    def result(self):
+        return self.system.property_of(SERVICE, "Result")
+
+    def handed_over(self):
+        account = self.system.path(f"{SIMULATED}/account")
+        return len(account.read_text("utf-8").splitlines()) if account.exists() else 0
+
+    def stored(self):
+        told = self.system.said("ruvoctl", "events", "--format", "json", EVENTS)
+        return [json.loads(line)["event_text"] for line in told.splitlines() if line.startswith("{")]
+
+    def check_ledger(self, what):
+        """What the relay handed over is in the day file, each event once and in order."""
+        handed = self.recordable(self.handed_over())
+        check(f"{what}: the relay handed over some", handed)
+        equal(f"{what}: what the relay handed over is stored once", self.stored(), handed)
+
+    def log(self):
+        log = self.system.path(LOG)
+        return log.read_text("latin-1") if log.exists() else ""
+
+
+def install(system, deb):
+    shutil.copy(deb, system.path("/root"))
+    system.must("dpkg", "-i", f"/root/{deb.name}")
+    equal("install: groups of the user", system.said("id", "-nG", "ruvo"), "ruvo dialout ruvo-events")
+    told = system.said("systemd-analyze", "security", "--no-pager", "ruvo@demo.service")
+    exposure = float(re.search(r"exposure level for [^:]*: ([0-9.]*) ", told)[1])
+    print(f"  exposure of the service: {exposure} of 10")
+    check("install: exposure of the service", exposure <= 1.5, exposure)
+
+
+def look_at_visits(system, site):
+    site.make()
+    site.fill(3)
+    equal("a good visit", (site.visit(), site.result()), (0, "success"))
+    site.check_ledger("a good visit")
+    equal("a good visit: nothing in the log", site.log(), "")
+    # What becomes of a bad one: the unit fails, somebody is told, and the journal has the line with its priority.
+    system.write("/etc/systemd/system/tell.service", "[Service]\nType=oneshot\nExecStart=/bin/touch /run/told\n")
+    system.drop_in("ruvo@.service", "[Unit]\nOnFailure=tell.service\n")
+    site.fill(1, kind=9)
+    equal("a visit with a problem", (site.visit(), site.result()), (1, "exit-code"))
+    system.wait_for("somebody is told", lambda: system.run("test", "-e", "/run/told").returncode == 0)
+    equal("a visit with a problem: told by systemctl", system.said("systemctl", "--failed", "--plain", "--no-legend").split()[:1], [SERVICE])
+    check("a visit with a problem: its line in the journal", PASSED_OVER in system.journal(SERVICE))
+    system.drop_in("ruvo@.service", "")
+    system.must("systemctl", "reset-failed")
+    # Its group reads events and logs, and no password.
+    system.must("useradd", "-G", "ruvo-events", "watcher")
+    watcher = ("setpriv", "--reuid=watcher", "--regid=watcher", "--init-groups", "--")
+    check("the watchers' group reads events", "E3" in system.said(*watcher, "ruvoctl", "events", EVENTS))
+    check("the watchers' group reads no site file", system.run(*watcher, "cat", INI).returncode != 0)
+    check("the watchers' group reads no journal of a visit", system.run(*watcher, "ls", "/var/lib/ruvo-state").returncode != 0)
+
+
+def count_starts(system):
+    return system.journal(SERVICE).count("Starting ")
+
+
+def look_at_timer(system, site):
+    system.drop_in(TIMER, "[Timer]\nOnCalendar=\nOnCalendar=*:*:0/1\nRandomizedDelaySec=0\nAccuracySec=100ms\n")
+    site.fill(2)
+    before = count_starts(system)
+    system.must("systemctl", "enable", "--now", TIMER)
+    system.wait_for("a visit by the timer", lambda: count_starts(system) > before and site.state() != "activating")
+    system.must("systemctl", "stop", TIMER)
+    site.wait_for_end()
+    site.check_ledger("a visit by the timer")
+    # A night that the machine slept through is made good at the timer's next start.
+    system.drop_in(TIMER, "[Timer]\nRandomizedDelaySec=0\n")
+    before = count_starts(system)
+    system.must("systemctl", "start", TIMER)
+    equal("nothing is made good after a visit", (count_starts(system), site.state()), (before, "inactive"))
+    system.must("systemctl", "stop", TIMER)
+    system.must("touch", "--date=2 days ago", STAMP)
+    site.fill(2)
+    system.must("systemctl", "start", TIMER)
+    system.wait_for("a missed night is made good", lambda: count_starts(system) > before)
+    site.wait_for_end()
+    site.check_ledger("a missed night is made good")
+    system.drop_in(TIMER, "")
+
+
+def look_at_ends(system, site):
+    """A visit that is stopped keeps what it has, and the next one takes the rest."""
+    site.fill(MANY, faults=SLOW)
+    site.begin()
+    system.must("systemctl", "stop", SERVICE)
+    site.check_ledger("stopped")
+    check("stopped: events are left with the relay", site.handed_over() < len(site.events))
+    check("stopped: its line in the log", "Run ended by SIGTERM; 0 relays not visited." in site.log(), site.log())
+    system.drop_in(SERVICE, "[Service]\nTimeoutStartSec=1\n")
+    site.visit()
+    equal("timed out", site.result(), "timeout")
+    site.check_ledger("timed out")
+    # Killed with all its processes: the next run stores what the journal has.
+    system.drop_in(SERVICE, "")
+    site.begin()
+    system.must("systemctl", "kill", "--signal=KILL", SERVICE)
+    site.wait_for_end()
+    equal("killed", site.result(), "signal")
+    under_way = site.events[site.handed_over() - 1][1]
+    equal("killed: the next run says what it found", site.visit(), 1)
+    found = site.stored()
+    missing = [text for text in site.recordable(site.handed_over()) if text not in found]
+    equal("killed: each event once", len(found), len(set(found)))
+    check("killed: at most the event that was under way is missing", missing in ([], [under_way]), missing)
+    return missing
+
+
+def upgrade(system, site, deb, work):
+    tree = pathlib.Path(work) / "newer"
+    must("dpkg-deb", "-R", deb, tree)
+    control = tree / "DEBIAN/control"
+    control.write_text(re.sub(r"(?m)^Version: .*", "Version: 999-1", control.read_text("utf-8")), "utf-8")
+    must("dpkg-deb", "--root-owner-group", "-b", tree, system.path("/root/newer.deb"))
+    site.fill(MANY, faults=SLOW)
+    before = site.handed_over()
+    site.begin()
+    system.must("dpkg", "-i", "/root/newer.deb")
+    equal("upgrade in mid-visit: the visit goes on", site.state(), "activating")
+    site.wait_for_end()
+    equal("upgrade in mid-visit: a good visit", site.result(), "success")
+    equal("upgrade in mid-visit: all is taken", site.handed_over() - before, MANY)
+    equal("upgrade", system.said("dpkg-query", "-W", "-f", "${Version}", "ruvo"), "999-1")
+
+
+def rotate(system, site):
+    page = pathlib.Path("docs/install.md").read_text("utf-8")
+    system.write("/etc/logrotate.d/ruvo", re.search(r"(?ms)^(/var/log/ruvo/\*\.log \{.*?^\})", page)[1] + "\n")
+    before = site.log()
+    system.must("logrotate", "--force", "/etc/logrotate.d/ruvo")
+    equal("rotation: the old log stays beside it", system.path(f"{LOG}.1").read_text("latin-1"), before)
+    site.fill(1, kind=9)
+    site.visit()
+    check("rotation: a new log", PASSED_OVER in site.log(), site.log())
+    equal("rotation: whose it is", system.said("stat", "-c", "%U %G %a", LOG), "ruvo ruvo-events 640")
+    system.must("systemctl", "reset-failed")
+
+
+def remove_and_come_back(system, site):
+    system.must("systemctl", "start", TIMER)
+    site.fill(MANY, faults=SLOW)
+    site.begin()
+    system.must("dpkg", "-r", "ruvo")
+    equal("removed: timer and visit have ended", (system.property_of(TIMER, "ActiveState"), site.state() in ("inactive", "failed")),
+          ("inactive", True))
+    equal("removed: programs are gone, sites, events and logs stay",
+          [system.path(place).exists() for place in ("/usr/bin/ruvo", INI, EVENTS, LOG)], [False, True, True, True])
+    system.must("dpkg", "-i", "/root/newer.deb")
+    equal("back again: the enabled timer waits", system.property_of(TIMER, "ActiveState"), "active")
+    site.visit()
+    equal("back again: all is taken", site.handed_over(), len(site.events))
+    found = site.stored()
+    equal("back again: each event once", len(found), len(set(found)))
+    return found
+
+
+def purge(system, site):
+    system.must("systemctl", "stop", TIMER)
+    system.must("dpkg", "--purge", "ruvo")
+    equal("purged: what is gone and what stays",
+          [system.path(place).exists() for place in (STAMP, LOG, f"/etc/systemd/system/timers.target.wants/{TIMER}", INI, EVENTS)],
+          [False, False, False, True, True])
+    equal("purged: the user stays, who owns events", system.said("stat", "-c", "%U", EVENTS), "ruvo")
+
+
+def test():
+    image, deb = (pathlib.Path(word).resolve() for word in sys.argv[1:3])
+    with tempfile.TemporaryDirectory(dir=image.parent) as work:
+        system = BootedSystem(image, work)
+        try:
+            system.boot()
+            site = Site(system)
+            install(system, deb)
+            look_at_visits(system, site)
+            look_at_timer(system, site)
+            missing = look_at_ends(system, site)
+            upgrade(system, site, deb, work)
+            rotate(system, site)
+            found = remove_and_come_back(system, site)
+            equal("in the end all is stored", [text for text in site.recordable(len(site.events)) if text not in found], missing)
+            purge(system, site)
+        finally:
+            system.close()
+    equal("nothing is left mounted", [line for line in said("cat", "/proc/mounts").splitlines() if str(work) in line], [])
+
+
+if __name__ == "__main__":
+    sys.exit(count_checks(test))
