@@ -1,5 +1,5 @@
 // Whole processes: a start with a small INI file and nothing pending, next to a process that does nothing;
-// and day files as JSON, next to a plain dump of their bytes.
+// and day files as JSON and as CSV, next to a plain dump of their bytes.
 #include "instant_server.h"
 #include "support/scratch_folder.h"
 
@@ -112,6 +112,7 @@ void ReadTree(benchmark::State& state, std::vector<std::string> command) {
                            benchmark::Counter::kIsRate);
 }
 BENCHMARK_CAPTURE(ReadTree, json, {RUVO_BIN_DIR "/ruvoctl", "events", "--format", "json"})->UseManualTime();
+BENCHMARK_CAPTURE(ReadTree, csv, {RUVO_BIN_DIR "/ruvoctl", "events", "--format", "csv"})->UseManualTime();
 BENCHMARK_CAPTURE(ReadTree, dump, {"/usr/bin/od", "-An", "-v", "-tx1"})->UseManualTime();
 
 } // namespace

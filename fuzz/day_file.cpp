@@ -66,7 +66,7 @@ private:
     }
 
     std::array<std::unique_ptr<IEventPrinter>, 4> m_printers{
-        MakeJsonPrinter(), MakeCsvPrinter(ECsvCells::ForSpreadsheets), MakeTextPrinter(100, 20),
+        MakeJsonPrinter(), MakeCsvPrinter({.forSpreadsheets = true}), MakeTextPrinter(100, 20),
         MakeTextPrinter(46, 1)};
     std::size_t m_csvColumns = 0;
 };

@@ -11,18 +11,20 @@ namespace ruvo {
 std::string EscapeControls(std::string_view utf8, ELineFeeds lineFeeds) {
     std::string readable;
     readable.reserve(utf8.size());
+    std::size_t done = 0;
     for (std::size_t at = 0; at < utf8.size();) {
         unsigned code = 0;
         std::size_t size = 0;
         const bool isControl = IsUtf8ControlAt(utf8, at, code, size);
         if (isControl && !(code == '\n' && lineFeeds == ELineFeeds::Keep)) {
+            readable += utf8.substr(done, at - done);
             readable += "\\x";
             AppendHexByte(readable, code);
-        } else {
-            readable += utf8.substr(at, size);
+            done = at + size;
         }
         at += size;
     }
+    readable += utf8.substr(done);
     return readable;
 }
 

@@ -25,12 +25,14 @@ struct SSite {
         std::filesystem::create_symlink(folder.Native("b/CD34-2-2026-11-16-DEV.EVT"), folder.Native("l.evt"));
         std::filesystem::create_directory_symlink(folder.Native("b"), folder.Native("c"));
     }
-    /// What `events` says of it; the folder is called "@".
+    /// What `events` says of it; the folder is called "@", its name "@@".
     SOutcome Events(std::vector<std::string> options) const {
         options.insert(options.begin(), {"events", folder.Native()});
         SOutcome outcome = RunTool(options);
-        for (std::size_t at = 0; (at = outcome.out.find(folder.Native())) != std::string::npos;)
-            outcome.out.replace(at, folder.Native().size(), "@");
+        const std::string path = folder.Native();
+        for (const auto& [text, mark] : {std::pair(path, "@"), {path.substr(path.rfind('/') + 1), "@@"}})
+            for (std::size_t at = 0; (at = outcome.out.find(text)) != std::string::npos;)
+                outcome.out.replace(at, text.size(), mark);
         return outcome;
     }
 };
@@ -50,14 +52,17 @@ TEST(EventsCommand, JsonHoldsEveryFieldInItsOrder) {
         R"("value":{"code":32,"bytes":"05"},"aux":["P","Q","R"],"cells":[{"template":"Event Value ",)"
         R"("text":"Event Value ","value":{"code":32,"bytes":"05"},"bits":["Start","Trip","Gesperrt ü"]},)"
         R"({"template":"Fault %u","text":"Fault 271","value":{"code":36,"bytes":"0F01"},"bits":[]}],)"
-        R"("valid":true})");
+        R"("valid":true,"site":"@@","plant":"P","description":"Q","model":"R",)"
+        R"("value_text":"0000000000000101","value_number":null,"value_unit":"","value_set":"Start, Gesperrt ü",)"
+        R"("cell_values":[{"label":"Event Value","value":"0000000000000101","set":["Start","Gesperrt ü"]},)"
+        R"({"label":"Fault","value":"271","set":[]}],"schema":2})");
     EXPECT_NE(lines[1].find(R"("text":"Step 7","value":null,"aux":["Départ \"7\"","a\u0007\u001B[2J","�\\"],)"
-                            R"("format":"Step %u","values":[{"code":36,"bytes":"07"},null],"valid":true})"),
+                            R"("format":"Step %u","values":[{"code":36,"bytes":"07"},null],"valid":true,)"),
               std::string::npos);
     EXPECT_NE(lines[3].find(R"("time":null,"time_bytes":"D2040C021F0B1A")"), std::string::npos)
         << "31 November";
     EXPECT_EQ(lines[4], R"({"file":"@/b/CD34-2-2026-11-16-DEV.EVT","offset":179,"length":2,)"
-                        R"("error":"no block begins here"})");
+                        R"("error":"no block begins here","site":"@@","schema":2})");
     for (const std::string& line : lines)
         EXPECT_TRUE(json::accept(line)) << line;
 }
@@ -76,28 +81,65 @@ TEST(EventsCommand, CsvQuotesWhatNeedsIt) {
     const std::vector<std::string> lines =
         Lines(SSite().Events({"--format", "csv", "--match", "Trip, "}).out);
     ASSERT_EQ(lines.size(), 3U);
-    EXPECT_TRUE(lines[0].starts_with("file,relay,offset,kind,") && lines[0].ends_with(",length,error\r"));
+    EXPECT_TRUE(lines[0].starts_with("file,relay,offset,kind,") &&
+                lines[0].ends_with(",value_set,cell_values\r"));
     EXPECT_EQ(lines[1],
               R"(@/b/CD34-2-2026-11-16-DEV.EVT,CD34-2,46,simple,0,0,5,2026-11-16T04:12:01.234,)"
               R"(D2040C04100B1A,false,false,03.20,"Trip, ""A""","Trip, ""A""",Step 7,,,"Départ ""7""",)"
-              "a\\x07\\x1B[2J,�\\,Step %u,36:07 -,,true,,\r");
+              "a\\x07\\x1B[2J,�\\,Step %u,36:07 -,,true,,,@@,\"Départ \"\"7\"\"\",a\\x07\\x1B[2J,�\\,,,,,\r");
     EXPECT_EQ(std::ranges::count(lines[2], ','), std::ranges::count(lines[0], ','));
-    EXPECT_TRUE(lines[2].ends_with(",2,no block begins here\r")) << lines[2];
+    EXPECT_TRUE(lines[2].ends_with(",2,no block begins here,@@,,,,,,,,\r")) << lines[2];
 }
 
 TEST(EventsCommand, SpreadsheetsGetNoFormula) {
     const CScratchFolder folder;
     std::string records;
-    for (const char* text : {"=1+1", "+1", "-1", "@A1", "a=1", "=\"x\""})
+    for (const char* text : {"=1+1", "+1", "-1", "@A1", "a=1", "=\"x\"", "  =1", "\t=2", "a;b"})
         records += Simple(At(16, 3), text);
     folder.Write("=R1-2026-11-16-DEV.evt", kHeader + records);
     const std::string path = folder.Native("=R1-2026-11-16-DEV.evt");
     const std::string csv = RunTool({"events", path, "--format", "csv", "--spreadsheet"}).out;
     for (const char* part : {",'=R1,46,", ",'=1+1,'=1+1,", ",'+1,'+1,", ",'-1,'-1,", ",'@A1,'@A1,",
-                             ",a=1,a=1,", R"(,"'=""x""",)"})
+                             ",a=1,a=1,", R"(,"'=""x""",)", ",'  =1,", ",\\x09=2,", ",a;b,a;b,"})
         EXPECT_NE(csv.find(part), std::string::npos) << part << '\n' << csv;
+    EXPECT_TRUE(csv.starts_with("\xEF\xBB\xBF"
+                                "file,"))
+        << "the mark of UTF-8";
     EXPECT_NE(RunTool({"events", path, "--format", "csv"}).out.find(",=1+1,=1+1,"), std::string::npos);
     EXPECT_EQ(RunTool({"events", path, "--spreadsheet"}).status, 2);
+}
+
+TEST(EventsCommand, ValuesAreTextsNumbersAndUnits) {
+    struct SCase {
+        std::uint32_t type;
+        std::vector<std::uint8_t> data;
+        const char* wanted; ///< text, number and unit
+    };
+    const SCase kCases[] = {
+        {0x24, {152}, "152;152;"},
+        {0x28, {0xFE, 0xFF}, "-2;-2;"},
+        {0x2C, {0xE2, 0x04, 127, 1}, "12.50kV;12500;V"},
+        {0x2C, {0xE2, 0x84, 125, 12}, "-125.0%;-125;%"},
+        {0x34, {0, 0, 0xA0, 0x3F}, "1.250000;1,25;"},
+        {0x18, {'1', '2', 'A'}, "12A;;"},
+        {0x20, {5}, "0000000000000101;;"},
+        {0xFF, {}, ";;"},
+    };
+    const CScratchFolder folder;
+    std::string records;
+    for (const SCase& row : kCases)
+        records += Image(CSimpleEventRecord(0, 0, 5, At(16, 3), "E", Value(row.type, row.data), "P", "Q", "R",
+                                            0x0320, "", {}));
+    folder.Write("R-1-2026-11-16-DEV.evt", kHeader + records);
+    const std::vector<std::string> lines =
+        Lines(RunTool({"events", folder.Native("R-1-2026-11-16-DEV.evt"), "--format", "csv",
+                       "--decimal-comma", "--site", "N"})
+                  .out);
+    ASSERT_EQ(lines.size(), std::size(kCases) + 1);
+    EXPECT_TRUE(lines[0].starts_with("file;relay;"));
+    for (std::size_t at = 0; at < std::size(kCases); ++at)
+        EXPECT_TRUE(lines[at + 1].ends_with(";true;;;N;P;Q;R;" + std::string(kCases[at].wanted) + ";;\r"))
+            << lines[at + 1];
 }
 
 TEST(EventsCommand, TextFitsAndAligns) {

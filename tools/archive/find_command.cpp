@@ -25,6 +25,7 @@ constexpr std::array kOptions{
             "words from the event, its texts, its value or its plant; '' for all events"},
     kFormatOption,
     kSpreadsheetOption,
+    kDecimalCommaOption,
     kSinceOption,
     kUntilOption,
     kRelayOption,

@@ -1,6 +1,10 @@
 #include "tools/events/event_files.h"
 
 #include "base/text.h"
+#include "paths/path_utilities.h"
+#include "platform/full_path.h"
+#include "platform/ini_text.h"
+#include "tools/sites/site.h"
 #include "tools/text_encoding.h"
 
 #include <algorithm>
@@ -61,11 +65,18 @@ void ReadFolder(const fs::path& folder, std::vector<fs::path>& folders, std::vec
     }
 }
 
-void AddFile(const std::string& path, SFoundFiles& found) {
-    found.files.push_back({path, RelayOfFileName(fs::path(path).filename().string())});
+void AddFile(const std::string& path, const std::string& site, SFoundFiles& found) {
+    found.files.push_back({path, RelayOfFileName(fs::path(path).filename().string()), site});
 }
 
-void AddFolder(const std::string& path, SFoundFiles& found) {
+/// "north" for "/var/lib/ruvo/north/".
+std::string NameOfFolder(const std::string& path) {
+    std::error_code ignored;
+    const fs::path folder = fs::weakly_canonical(path, ignored);
+    return SystemTextToUtf8((folder.has_filename() ? folder : folder.parent_path()).filename().string());
+}
+
+void AddFolder(const std::string& path, const std::string& site, SFoundFiles& found) {
     std::vector<fs::path> folders{path};
     std::vector<std::string> paths;
     while (!folders.empty()) {
@@ -75,7 +86,23 @@ void AddFolder(const std::string& path, SFoundFiles& found) {
     }
     std::ranges::sort(paths);
     for (const std::string& file : paths) {
-        AddFile(file, found);
+        AddFile(file, site, found);
+    }
+}
+
+/// The event root of an INI file, in the environment of its visits.
+void AddSite(const std::string& ini, SFoundFiles& found) {
+    const CSite site(FullPath(ini));
+    if (!site.Places()) {
+        found.failures.push_back(site.Failure());
+        return;
+    }
+    const std::string root = SystemPath(site.Places()->events);
+    std::error_code error;
+    if (fs::is_directory(root, error)) {
+        AddFolder(root, site.Name(), found);
+    } else {
+        Fail(found, root, "no such folder: no visit has stored an event yet, or the path is wrong");
     }
 }
 
@@ -89,9 +116,11 @@ SFoundFiles FindDayFiles(const std::vector<std::string>& paths) {
         if (!fs::exists(status)) {
             Fail(found, path, error ? error.message() : "no such file or folder");
         } else if (fs::is_directory(status)) {
-            AddFolder(path, found);
+            AddFolder(path, NameOfFolder(path), found);
+        } else if (EqualIniNames(SplitPath(path).extension, ".ini")) {
+            AddSite(path, found);
         } else {
-            AddFile(path, found);
+            AddFile(path, {}, found);
         }
     }
     return found;

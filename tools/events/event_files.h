@@ -9,6 +9,7 @@ namespace ruvo {
 struct SFoundFile {
     std::string path;  ///< in the system's own form, as typed or below the folder as typed
     std::string relay; ///< from the name of the file, UTF-8
+    std::string site;  ///< the name of the INI file or folder that was given; empty for a day file; UTF-8
 };
 
 struct SFoundFiles {
@@ -16,8 +17,8 @@ struct SFoundFiles {
     std::vector<std::string> failures; ///< "PATH: reason" for each that could not be read
 };
 
-/// A file is accepted with any extension; in a folder, all day files at any depth, sorted by path. Links
-/// inside a folder are not followed.
+/// An INI file stands for its event root. A day file is accepted with any other extension; in a folder, all
+/// day files at any depth, sorted by path. Links inside a folder are not followed.
 [[nodiscard]] SFoundFiles FindDayFiles(const std::vector<std::string>& paths);
 
 /// The name of the day file up to its date; without a date, up to its extension.

@@ -1,12 +1,19 @@
-// Records as JSON, one object a line. Scripts rely on the names, their order and on what is null.
+// Records as JSON, one object a line. Scripts rely on the names, their order and on what is null;
+// docs/exports.md documents them.
 #include "tools/events/event_json.h"
 
+#include "base/text.h"
 #include "tools/events/event_fields.h"
 #include "tools/events/event_printer.h"
+#include "tools/events/event_values.h"
+#include "tools/events/measured_value.h"
 
 namespace ruvo {
 
 namespace {
+
+/// Grows with every change of what a name means; a new name is no such change.
+constexpr std::uint64_t kSchema = 2;
 
 class CJsonPrinter final : public IEventPrinter {
 public:
@@ -74,6 +81,25 @@ void WriteCell(CJsonWriter& json, const CCell& cell) {
     json.Close('}');
 }
 
+/// The relay's own words, and the value as people and programs read it.
+void WriteReadings(CJsonWriter& json, const SEventSource& source, const CEventRecord& record) {
+    json.Key("site").Text(source.site);
+    json.Key("plant").RelayText(record.GetAuxText1());
+    json.Key("description").RelayText(record.GetAuxText2());
+    json.Key("model").RelayText(record.GetAuxText3());
+    const SMeasuredValue value = MeasuredValueOf(record);
+    json.Key("value_text").RelayText(value.text);
+    json.Key("value_number").Ready(value.number.empty() ? "null" : value.number);
+    json.Key("value_unit").RelayText(value.unit);
+    json.Key("value_set").RelayText(value.set);
+    json.Key("cell_values");
+    if (const auto* extended = AsExtended(record)) {
+        WriteJsonCellValues(json, extended->GetCells());
+    } else {
+        json.Null();
+    }
+}
+
 void CJsonPrinter::PrintRecord(std::string& out, const SEventSource& source, const SDayFileItem& item) {
     const CEventRecord& record = *item.record;
     CJsonWriter json(out);
@@ -97,6 +123,8 @@ void CJsonPrinter::PrintRecord(std::string& out, const SEventSource& source, con
         WriteJsonCells(json, extended->GetCells());
     }
     json.Key("valid").Bool(record.IsValid());
+    WriteReadings(json, source, record);
+    json.Key("schema").Number(kSchema);
     json.Close('}');
     out += '\n';
 }
@@ -108,6 +136,8 @@ void CJsonPrinter::PrintDamage(std::string& out, const SEventSource& source, con
     json.Key("offset").Number(damage.offset);
     json.Key("length").Number(damage.length);
     json.Key("error").Text(DayFileFaultText(damage.fault));
+    json.Key("site").Text(source.site);
+    json.Key("schema").Number(kSchema);
     json.Close('}');
     out += '\n';
 }
@@ -118,6 +148,21 @@ void WriteJsonCells(CJsonWriter& json, const CCellList& cells) {
     json.Open('[');
     for (const auto& cell : cells) {
         WriteCell(json, *cell);
+    }
+    json.Close(']');
+}
+
+void WriteJsonCellValues(CJsonWriter& json, const CCellList& cells) {
+    json.Open('[');
+    for (const auto& cell : cells) {
+        const SCellTexts texts = CellTexts(*cell);
+        json.Open('{');
+        json.Key("label").RelayText(Trim(texts.label, kBlank));
+        json.Key("value").RelayText(Trim(texts.value, kBlank));
+        json.Key("set").Open('[');
+        ForEachSetBit(*cell, [&json](const std::string& name) { json.RelayText(name); });
+        json.Close(']');
+        json.Close('}');
     }
     json.Close(']');
 }

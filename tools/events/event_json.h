@@ -8,5 +8,7 @@ namespace ruvo {
 
 /// An array of {"template", "text", "value": {"code", "bytes"} or null, "bits": [names]}.
 void WriteJsonCells(CJsonWriter& json, const CCellList& cells);
+/// An array of {"label", "value", "set": [names of the bits that are set]}, as people read them.
+void WriteJsonCellValues(CJsonWriter& json, const CCellList& cells);
 
 } // namespace ruvo

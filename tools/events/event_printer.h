@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dayfile/day_file_reader.h"
+#include "tools/events/csv_row.h"
 
 #include <cstddef>
 #include <memory>
@@ -10,10 +11,12 @@
 
 namespace ruvo {
 
-/// The day file that is being read: its path as typed or found, and the relay that its name contains. UTF-8.
+/// The day file that is being read: its path as typed or found, the relay that its name contains, and the
+/// site. UTF-8.
 struct SEventSource {
     std::string file;
     std::string relay;
+    std::string site = {}; ///< empty where nothing names it
 };
 
 /// Appends UTF-8 without control characters other than line ends. Keeps nothing between calls, so that what
@@ -31,9 +34,7 @@ public:
 std::unique_ptr<IEventPrinter> MakeTextPrinter(std::size_t width, std::size_t relayWidth);
 /// One JSON object a line.
 std::unique_ptr<IEventPrinter> MakeJsonPrinter();
-/// What becomes of a cell that a spreadsheet would take for a formula: nothing, or an apostrophe before it.
-enum class ECsvCells : bool { AsTheyAre, ForSpreadsheets };
 /// RFC 4180 with a header line.
-std::unique_ptr<IEventPrinter> MakeCsvPrinter(ECsvCells cells);
+std::unique_ptr<IEventPrinter> MakeCsvPrinter(const SCsvForm& form);
 
 } // namespace ruvo

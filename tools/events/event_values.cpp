@@ -100,17 +100,23 @@ std::string EventValueText(const CEventRecord& record) {
     return cell != nullptr ? ValueText(*cell) : std::string();
 }
 
-std::string SetBitsText(const CCell& cell) {
-    std::string text;
+void ForEachSetBit(const CCell& cell, const std::function<void(const std::string& name)>& handle) {
     unsigned bit = 0;
     for (const std::string& name : BitNamesOf(cell)) {
         if (bit < kFlagBits &&
             (static_cast<const CParlaneFlags*>(cell.GetValue())->GetWord() >> bit & 1U) != 0) {
-            text += text.empty() ? "" : ", ";
-            text += name;
+            handle(name);
         }
         ++bit;
     }
+}
+
+std::string SetBitsText(const CCell& cell) {
+    std::string text;
+    ForEachSetBit(cell, [&text](const std::string& name) {
+        text += text.empty() ? "" : ", ";
+        text += name;
+    });
     return text;
 }
 

@@ -3,6 +3,7 @@
 
 #include "model/records/event_record.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -26,7 +27,9 @@ struct SCellTexts {
 [[nodiscard]] std::string EventLine(const CEventRecord& record);
 /// The event's own value; empty for none.
 [[nodiscard]] std::string EventValueText(const CEventRecord& record);
-/// Names of the bits that are set, for a cell that names any: "Start, Trip".
+/// Names of the bits that are set, for a cell that names any.
+void ForEachSetBit(const CCell& cell, const std::function<void(const std::string& name)>& handle);
+/// The same as "Start, Trip".
 [[nodiscard]] std::string SetBitsText(const CCell& cell);
 
 [[nodiscard]] std::vector<std::string> SplitLines(const std::string& text);

@@ -18,14 +18,17 @@ namespace ruvo {
 namespace {
 
 constexpr std::array kOptions{
-    SOption{EOptionKind::List, "FILE|FOLDER", "day files, or folders that contain them at any depth"},
+    SOption{EOptionKind::List, "FILE|FOLDER",
+            "day files, folders that contain them at any depth, or INI files of sites"},
     kFormatOption,
     kSpreadsheetOption,
+    kDecimalCommaOption,
     kSinceOption,
     kUntilOption,
     kRelayOption,
     SOption{EOptionKind::Text, "--match",
             "only events with this text in their texts or cells; case does not matter"},
+    kSiteOption,
     SOption{EOptionKind::Choice, "--sort", "sort by time across all files (default: file order)", "time"},
 };
 
@@ -89,6 +92,7 @@ int RunEvents(const CArguments& arguments, SConsole& console) {
         return kExitUsage;
     }
     SFoundFiles found = FindDayFiles(arguments.GetAll("FILE|FOLDER"));
+    NameSite(arguments, found);
     std::erase_if(found.files,
                   [&filter](const SFoundFile& file) { return !filter.MatchesRelay(file.relay); });
     std::size_t relayWidth = 0;

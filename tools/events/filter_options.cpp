@@ -21,6 +21,14 @@ bool ParseTime(const CArguments& arguments, std::string_view name, EDayEdge edge
 
 } // namespace
 
+void NameSite(const CArguments& arguments, SFoundFiles& found) {
+    if (arguments.Has("--site")) {
+        for (SFoundFile& file : found.files) {
+            file.site = SystemTextToUtf8(arguments.Get("--site"));
+        }
+    }
+}
+
 bool ParseFilterOptions(const CArguments& arguments, SConsole& console, SEventFilter& filter) {
     filter.relay = arguments.Get("--relay");
     filter.match = arguments.Get("--match");

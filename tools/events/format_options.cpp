@@ -13,11 +13,21 @@ constexpr std::size_t kNarrowestRest = 46; ///< what the text's other columns ne
 } // namespace
 
 bool CheckFormatOptions(const CArguments& arguments, SConsole& console) {
-    const bool isGood = !arguments.Has("--spreadsheet") || arguments.Get("--format") == "csv";
-    if (!isGood) {
-        console.error.Write("--spreadsheet requires --format csv\n");
+    if (arguments.Get("--format") == "csv") {
+        return true;
     }
-    return isGood;
+    for (const std::string_view option : {kSpreadsheetOption.name, kDecimalCommaOption.name}) {
+        if (arguments.Has(option)) {
+            console.error.Write(std::string(option) + " requires --format csv\n");
+            return false;
+        }
+    }
+    return true;
+}
+
+SCsvForm CsvFormOf(const CArguments& arguments) {
+    return {.forSpreadsheets = arguments.Has("--spreadsheet"),
+            .decimalComma = arguments.Has("--decimal-comma")};
 }
 
 std::unique_ptr<IEventPrinter> MakePrinter(const CArguments& arguments, std::size_t relayWidth,
@@ -27,8 +37,7 @@ std::unique_ptr<IEventPrinter> MakePrinter(const CArguments& arguments, std::siz
         return MakeJsonPrinter();
     }
     if (format == "csv") {
-        return MakeCsvPrinter(arguments.Has("--spreadsheet") ? ECsvCells::ForSpreadsheets
-                                                             : ECsvCells::AsTheyAre);
+        return MakeCsvPrinter(CsvFormOf(arguments));
     }
     const std::size_t wanted = std::max(relayWidth, kNarrowestRelay);
     return MakeTextPrinter(width, std::min({wanted, kWidestRelay, width - kNarrowestRest}));
