@@ -121,21 +121,24 @@ TEST_F(CVisitStatus, JsonAndMetricsTellOfEachRelay) {
     EXPECT_EQ(status["visits"]["last"].dump(),
               R"({"begin":"2026-11-20T02:00:00Z","end":"2026-11-20T02:03:04Z","ended":"whole","events":5,)"
               R"("log_lines":1,"number":2,"relays_reached":1,"result":null,"seconds":184,"signal":null})");
-    EXPECT_EQ(status["visits"]["relays"][1].dump(),
-              R"({"address":"10.0.0.6,2","events":0,"key":"RV002","last_reached":"2026-11-19T02:00:00Z",)"
-              R"("reached":false,"relay":"AB12-2","seconds":0,"status":11,"status_text":"cannot \"open\"",)"
-              R"("visited":true})");
+    EXPECT_EQ(
+        status["visits"]["relays"][1].dump(),
+        R"({"address":"10.0.0.6,2","events":0,"key":"RV002","last_reached":"2026-11-19T02:00:00Z",)"
+        R"("missed_nights":1,"plant":"Feeder 7","reached":false,"relay":"AB12-2","seconds":0,"status":11,"status_text":"cannot \"open\"",)"
+        R"("visited":true})");
     EXPECT_EQ(status["visits"]["since"], "2026-11-19T02:00:00Z");
     EXPECT_EQ(status["log"]["by_connection"][0]["connection"], "10.0.0.6 device 2");
+    EXPECT_EQ(status["log"]["by_connection"][0]["key"], "RV002");
     const std::string metrics = folder.Read("m.prom");
     for (
         const char* line :
         {"ruvo_visit_timestamp_seconds{site=\"site\"} 1795140000\n",
          "ruvo_visit_duration_seconds{site=\"site\"} 184\n", "ruvo_visit_result{site=\"site\"} 0\n",
          "ruvo_visit_relays_reached{site=\"site\"} 1\n",
-         "ruvo_relay_reached{site=\"site\",relay=\"AB12-2\",key=\"RV002\"} 0\n",
-         "ruvo_relay_last_reached_timestamp_seconds{site=\"site\",relay=\"AB12-2\",key=\"RV002\"} 1795053600\n",
-         "ruvo_relay_events_fetched{site=\"site\",relay=\"AB12-1\",key=\"RV001\"} 5\n"})
+         "ruvo_relay_reached{site=\"site\",relay=\"AB12-2\",key=\"RV002\",plant=\"Feeder 7\"} 0\n",
+         "ruvo_relay_last_reached_timestamp_seconds{site=\"site\",relay=\"AB12-2\",key=\"RV002\",plant=\"Feeder 7\"} 1795053600\n",
+         "ruvo_relay_problems{site=\"site\",relay=\"AB12-2\",key=\"RV002\",plant=\"Feeder 7\"} 1\n",
+         "ruvo_relay_events_fetched{site=\"site\",relay=\"AB12-1\",key=\"RV001\",plant=\"\"} 5\n"})
         EXPECT_NE(metrics.find(line), std::string::npos) << line << metrics;
 }
 

@@ -22,7 +22,8 @@ SRootLeftovers Read(const std::string& folder, const std::string& eventRoot) {
 } // namespace
 
 bool SSiteLeftovers::IsRead() const {
-    return std::ranges::all_of(roots, [](const SRootLeftovers& root) { return root.found.isRead; });
+    return !roots.empty() &&
+           std::ranges::all_of(roots, [](const SRootLeftovers& root) { return root.found.isRead; });
 }
 
 std::uint64_t SSiteLeftovers::EventsWaiting() const {

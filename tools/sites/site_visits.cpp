@@ -1,6 +1,7 @@
 #include "tools/sites/site_visits.h"
 
 #include "base/text.h"
+#include "config/ethernet_entry.h"
 #include "ledger/visit_record.h"
 #include "tools/status/site_status.h"
 
@@ -22,6 +23,16 @@ const SVisitEntry* FindEntry(const std::optional<SVisitLine>& visit, const SVisi
         return entry.key == relay.key && entry.address == relay.address;
     });
     return found == visit->entries.end() ? nullptr : &*found;
+}
+
+/// As ShortConnectionName has it, without the name of a link that all relays of the site share.
+std::string ConnectionName(const std::string& address) {
+    if (address.find(',') == std::string::npos) {
+        return " device " + address;
+    }
+    const std::int32_t bus = ParseEthernetBusAddress(address);
+    return ParseEthernetIp(address) + " device " + std::to_string(ParseEthernetDeviceAddress(address)) +
+           (bus > 0 ? " bus " + std::to_string(bus) : "");
 }
 
 } // namespace
@@ -82,6 +93,14 @@ SSiteVisits ReadSiteVisits(const std::string& fullIniPath, const SSitePlaces& pl
         status.lengthSeconds = std::max<std::int64_t>(*end - *begin, 0);
     }
     return status;
+}
+
+const SRelayVisit* RelayOfConnection(const SSiteVisits& visits, const std::string& connection) {
+    const auto found = std::ranges::find_if(visits.relays, [&connection](const SRelayVisit& relay) {
+        const std::string name = ConnectionName(relay.address);
+        return connection == name || (name.starts_with(' ') && connection.ends_with(name));
+    });
+    return found == visits.relays.end() ? nullptr : &*found;
 }
 
 std::string MissedText(const SSiteVisits& visits, const SRelayVisit& relay) {

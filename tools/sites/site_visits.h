@@ -47,6 +47,9 @@ struct SSiteVisits {
 [[nodiscard]] SSiteVisits ReadSiteVisits(const std::string& fullIniPath, const SSitePlaces& places,
                                          std::int64_t now);
 
+/// The relay that a line of the log means, by the short name of its connection; null for none.
+[[nodiscard]] const SRelayVisit* RelayOfConnection(const SSiteVisits& visits, const std::string& connection);
+
 /// "Feeder 7 (RV003) not reached since 2026-11-22, 3 nights", of one that the last visit has missed.
 [[nodiscard]] std::string MissedText(const SSiteVisits& visits, const SRelayVisit& relay);
 

@@ -2,6 +2,8 @@
 
 #include "tools/text_encoding.h"
 
+#include <algorithm>
+
 namespace ruvo {
 
 std::string MetricLabel(std::string_view name, std::string_view value) {
@@ -14,14 +16,22 @@ std::string MetricLabel(std::string_view name, std::string_view value) {
     return text + '"';
 }
 
-void AppendMetricHead(std::string& out, std::string_view name, std::string_view help) {
-    out.append("# HELP ").append(name).append(" ").append(help).append("\n");
-    out.append("# TYPE ").append(name).append(" gauge\n");
+void CMetrics::Add(std::string_view name, std::string_view help, const std::string& labels,
+                   std::int64_t value) {
+    auto family = std::ranges::find(m_families, name, &SFamily::name);
+    if (family == m_families.end()) {
+        family = m_families.insert(family, {name, help, {}});
+    }
+    family->samples += std::string(name) + '{' + labels + "} " + std::to_string(value) + '\n';
 }
 
-void AppendMetricSample(std::string& out, std::string_view name, const std::string& labels,
-                        std::int64_t value) {
-    out += std::string(name) + '{' + labels + "} " + std::to_string(value) + '\n';
+std::string CMetrics::Text() const {
+    std::string text;
+    for (const SFamily& family : m_families) {
+        text.append("# HELP ").append(family.name).append(" ").append(family.help).append("\n");
+        text.append("# TYPE ").append(family.name).append(" gauge\n").append(family.samples);
+    }
+    return text;
 }
 
 } // namespace ruvo

@@ -50,7 +50,9 @@ void WriteLog(CJsonWriter& json, const SSiteStatus& status) {
     json.Key("by_connection").Open('[');
     for (const auto& [name, group] : log.groups) {
         json.Open('{');
+        const SRelayVisit* const relay = status.visits ? RelayOfConnection(*status.visits, name) : nullptr;
         WriteOptional(json, "connection", name);
+        WriteOptional(json, "key", relay == nullptr ? std::string() : relay->key);
         json.Key("problems").Number(group.problems);
         WriteOptional(json, "last", group.lastTime);
         json.Close('}');
@@ -78,10 +80,7 @@ void WriteLeftovers(CJsonWriter& json, const SSiteLeftovers& leftovers) {
 
 } // namespace
 
-std::string StatusAsJson(const SSiteStatus& status, const SVerdict& verdict) {
-    std::string out;
-    CJsonWriter json(out);
-    json.Open('{');
+void WriteStatus(CJsonWriter& json, const SSiteStatus& status, const SVerdict& verdict) {
     json.Key("state").Text(StateName(verdict.state));
     json.Key("causes").Open('[');
     for (const SCause& cause : verdict.causes) {
@@ -104,9 +103,15 @@ std::string StatusAsJson(const SSiteStatus& status, const SVerdict& verdict) {
     }
     json.Key("leftovers");
     WriteLeftovers(json, status.leftovers);
+}
+
+std::string StatusAsJson(const SSiteStatus& status, const SVerdict& verdict) {
+    std::string out;
+    CJsonWriter json(out);
+    json.Open('{');
+    WriteStatus(json, status, verdict);
     json.Close('}');
-    out += '\n';
-    return out;
+    return out + '\n';
 }
 
 } // namespace ruvo

@@ -5,6 +5,7 @@
 #include "tools/status/visit_output.h"
 
 #include <array>
+#include <map>
 
 namespace ruvo {
 
@@ -59,50 +60,59 @@ constexpr std::array kRelayMetrics{
                  [](const SRelayStatus& relay) { return Whole(relay.damaged); }},
 };
 
-} // namespace
+/// Of each relay that the INI file names, as the log names its connection.
+void AddProblems(CMetrics& out, const SSiteStatus& status, const std::string& siteLabel) {
+    std::map<const SRelayVisit*, std::uint64_t> problems;
+    for (const auto& [connection, group] : status.log.groups) {
+        problems[RelayOfConnection(*status.visits, connection)] += group.problems;
+    }
+    for (const SRelayVisit& relay : status.visits->relays) {
+        out.Add("ruvo_relay_problems",
+                "Lines in the error log about the relay, within the time that the check covers",
+                siteLabel + ',' + RelayLabels(relay), *Whole(problems[&relay]));
+    }
+}
 
-std::string StatusAsMetrics(const SSiteStatus& status, const SVerdict& verdict, const std::string& site,
-                            std::int64_t now) {
-    std::string out;
-    const std::string siteLabel = MetricLabel("site", site);
+void AddSite(CMetrics& out, const SSiteReport& site, std::int64_t now) {
+    const SSiteStatus& status = site.status;
+    const std::string siteLabel = MetricLabel("site", site.name);
     for (const SRelayMetric& metric : kRelayMetrics) {
-        AppendMetricHead(out, metric.name, metric.help);
         for (const auto& [name, relay] : status.relays) {
             if (const Value value = metric.value(relay)) {
-                AppendMetricSample(out, metric.name, siteLabel + ',' + MetricLabel("relay", name), *value);
+                out.Add(metric.name, metric.help, siteLabel + ',' + MetricLabel("relay", name), *value);
             }
         }
     }
-    struct SSiteMetric {
-        std::string_view name;
-        std::string_view help;
-        std::int64_t value;
-    };
-    const SSiteMetric metrics[] = {
-        {"ruvo_site_state", "0 good, 1 warning, 2 critical, 3 unknown",
-         static_cast<std::int64_t>(verdict.state)},
-        {"ruvo_site_relays", "Relays that have a day file or are expected to have one",
-         static_cast<std::int64_t>(status.relays.size())},
-        {"ruvo_log_lines", "Lines in the error log", *Whole(status.log.lines)},
-        {"ruvo_log_problems", "Lines in the error log within the time that the check covers",
-         *Whole(status.log.problems)},
-        {"ruvo_status_timestamp_seconds", "When these figures were taken", now},
-    };
-    for (const SSiteMetric& metric : metrics) {
-        AppendMetricHead(out, metric.name, metric.help);
-        AppendMetricSample(out, metric.name, siteLabel, metric.value);
+    out.Add("ruvo_site_state", "0 good, 1 warning, 2 critical, 3 unknown", siteLabel,
+            static_cast<std::int64_t>(site.verdict.state));
+    out.Add("ruvo_site_relays", "Relays that have a day file or are expected to have one", siteLabel,
+            *Whole(status.relays.size()));
+    if (status.log.isThere || status.log.isMissing) { // else nobody could read it
+        out.Add("ruvo_log_lines", "Lines in the error log", siteLabel, *Whole(status.log.lines));
+        out.Add("ruvo_log_problems", "Lines in the error log within the time that the check covers",
+                siteLabel, *Whole(status.log.problems));
     }
+    out.Add("ruvo_status_timestamp_seconds", "When these figures were taken", siteLabel, now);
     if (status.visits) {
-        AppendVisitMetrics(out, *status.visits, siteLabel);
+        AddVisitMetrics(out, *status.visits, siteLabel);
+        AddProblems(out, status, siteLabel);
     }
     if (status.leftovers.IsRead()) { // else a 0 would be a guess
-        AppendMetricHead(out, "ruvo_events_waiting", "Events in the journals of runs that have ended");
-        AppendMetricSample(out, "ruvo_events_waiting", siteLabel, *Whole(status.leftovers.EventsWaiting()));
-        AppendMetricHead(out, "ruvo_events_set_aside", "Events in set-aside files");
-        AppendMetricSample(out, "ruvo_events_set_aside", siteLabel,
-                           *Whole(status.leftovers.EventsSetAside()));
+        out.Add("ruvo_events_waiting", "Events in the journals of runs that have ended", siteLabel,
+                *Whole(status.leftovers.EventsWaiting()));
+        out.Add("ruvo_events_set_aside", "Events in set-aside files", siteLabel,
+                *Whole(status.leftovers.EventsSetAside()));
     }
-    return out;
+}
+
+} // namespace
+
+std::string StatusAsMetrics(std::span<const SSiteReport> sites, std::int64_t now) {
+    CMetrics metrics;
+    for (const SSiteReport& site : sites) {
+        AddSite(metrics, site, now);
+    }
+    return metrics.Text();
 }
 
 } // namespace ruvo

@@ -3,6 +3,7 @@
 #include "tools/status/status_output.h"
 #include "tools/status/visit_output.h"
 #include "tools/text_encoding.h"
+#include "tools/text_table.h"
 
 #include <algorithm>
 #include <span>
@@ -10,8 +11,6 @@
 namespace ruvo {
 
 namespace {
-
-using Row = std::vector<std::string>;
 
 // A foreign file in place of the log, or a thousand relays at once, must not drown the message.
 constexpr std::size_t kMostListed = 20;
@@ -29,56 +28,15 @@ std::string Shortened(std::string text) {
     return text.substr(0, size) + "...";
 }
 
-/// Columns as wide as their widest cell. The first `leftColumns` are aligned left; the others hold numbers
-/// and are aligned right.
-void AppendTable(std::string& out, const std::vector<Row>& rows, std::size_t leftColumns) {
-    std::vector<std::size_t> widths(rows.front().size());
-    for (const Row& row : rows) {
-        for (std::size_t column = 0; column < row.size(); ++column) {
-            widths[column] = std::max(widths[column], ColumnsOf(row[column]));
-        }
-    }
-    for (const Row& row : rows) {
-        const std::size_t start = out.size();
-        for (std::size_t column = 0; column < row.size(); ++column) {
-            const std::string blanks(widths[column] - ColumnsOf(row[column]), ' ');
-            out += column > 0 ? "  " : "";
-            out += column < leftColumns ? row[column] + blanks : blanks + row[column];
-        }
-        EraseTrailingBlanks(out, start);
-        out += '\n';
-    }
-}
-
 /// Replaces the "T" of a time by a blank.
 std::string ForPeople(std::string time) {
     std::ranges::replace(time, 'T', ' ');
     return time;
 }
 
-void AppendVerdict(std::string& out, const SSiteStatus& status, const SVerdict& verdict) {
-    out += ToUpperText(StateName(verdict.state));
-    std::string_view separator = ": ";
-    const std::size_t listed = std::min(verdict.causes.size(), kMostListed);
-    for (const SCause& cause : std::span(verdict.causes).first(listed)) {
-        out += separator;
-        out += Shortened(EscapeControls(cause.text));
-        separator = "; ";
-    }
-    if (const std::size_t rest = verdict.causes.size() - listed; rest > 0) {
-        out += "; and " + std::to_string(rest) + " more";
-    }
-    if (verdict.causes.empty()) {
-        const std::string visit = status.visits ? VisitSummaryText(*status.visits) : std::string();
-        out += ": " + (visit.empty() ? Counted(status.relays.size(), "relay") : visit) + ", " +
-               Counted(status.log.problems, "problem") + " in the error log since " + status.since;
-    }
-    out += '\n';
-}
-
 void AppendRelays(std::string& out, const SSiteStatus& status) {
     constexpr std::size_t kTextColumns = 3;
-    std::vector<Row> rows{
+    std::vector<TableRow> rows{
         {"relay", "last day", "last event", "days silent", "records", "in last file", "damaged places"}};
     for (const auto& [name, relay] : status.relays) {
         rows.push_back({EscapeControls(name), relay.lastDay.empty() ? "-" : relay.lastDay,
@@ -106,7 +64,15 @@ void AppendVisits(std::string& out, const SSiteVisits& visits) {
     }
 }
 
-void AppendGroups(std::string& out, const SLogStatus& log) {
+/// "Feeder 7 (RV003), 10.0.0.6 device 2"
+std::string GroupName(const std::string& connection, const std::optional<SSiteVisits>& visits) {
+    const SRelayVisit* const relay = visits ? RelayOfConnection(*visits, connection) : nullptr;
+    return connection.empty()
+               ? "no particular relay"
+               : Shortened(EscapeControls((relay == nullptr ? "" : relay->Label() + ", ") + connection));
+}
+
+void AppendGroups(std::string& out, const SLogStatus& log, const std::optional<SSiteVisits>& visits) {
     std::vector<std::pair<std::string, SLogGroup>> groups(log.groups.begin(), log.groups.end());
     if (groups.size() > kMostListed) {
         std::ranges::stable_sort(
@@ -114,8 +80,7 @@ void AppendGroups(std::string& out, const SLogStatus& log) {
     }
     const std::size_t listed = std::min(groups.size(), kMostListed);
     for (const auto& [name, group] : std::span(groups).first(listed)) {
-        out += "  " + std::to_string(group.problems) + " of " +
-               (name.empty() ? "no particular relay" : Shortened(EscapeControls(name))) + "\n";
+        out += "  " + std::to_string(group.problems) + " of " + GroupName(name, visits) + "\n";
     }
     if (const std::size_t rest = groups.size() - listed; rest > 0) {
         out += "  and " + std::to_string(rest) + " more\n";
@@ -126,7 +91,7 @@ void AppendProblems(std::string& out, const SSiteStatus& status) {
     const SLogStatus& log = status.log;
     out += "Problems in the error log since " + ForPeople(status.since) + ": " +
            std::to_string(log.problems) + (log.isThere ? "\n" : " (the log does not exist)\n");
-    AppendGroups(out, log);
+    AppendGroups(out, log, status.visits);
     if (log.problems > log.latest.size()) {
         out += "The latest:\n";
     }
@@ -153,10 +118,25 @@ void AppendLeftovers(std::string& out, const SSiteLeftovers& leftovers) {
 
 } // namespace
 
+std::string VerdictText(const SSiteStatus& status, const SVerdict& verdict, std::size_t mostCauses) {
+    if (verdict.causes.empty()) {
+        const std::string visit = status.visits ? VisitSummaryText(*status.visits) : std::string();
+        return (visit.empty() ? Counted(status.relays.size(), "relay") : visit) + ", " +
+               Counted(status.log.problems, "problem") + " in the error log since " + status.since;
+    }
+    std::string text;
+    const std::size_t listed = std::min(verdict.causes.size(), mostCauses);
+    for (const SCause& cause : std::span(verdict.causes).first(listed)) {
+        text += text.empty() ? "" : "; ";
+        text += Shortened(EscapeControls(cause.text));
+    }
+    const std::size_t rest = verdict.causes.size() - listed;
+    return text + (rest > 0 ? "; and " + std::to_string(rest) + " more" : "");
+}
+
 std::string StatusAsText(const SSiteStatus& status, const SVerdict& verdict) {
     std::string out;
-    AppendVerdict(out, status, verdict);
-    out += '\n';
+    out += ToUpperText(StateName(verdict.state)) + ": " + VerdictText(status, verdict, kMostListed) + "\n\n";
     if (status.visits) {
         AppendVisits(out, *status.visits);
     }

@@ -10,12 +10,6 @@ namespace ruvo {
 
 namespace {
 
-/// Unknown may be anything, but is not known to be the worst.
-int Severity(EState state) {
-    constexpr std::array<int, 4> kSeverities{0, 1, 3, 2};
-    return kSeverities.at(static_cast<std::size_t>(state));
-}
-
 EState Grade(std::uint64_t number, std::uint64_t warn, std::uint64_t critical) {
     if (critical > 0 && number >= critical) {
         return EState::Critical;
@@ -58,6 +52,11 @@ void EvaluateRelay(const std::string& name, const SRelayStatus& relay, const STh
 }
 
 } // namespace
+
+int Severity(EState state) {
+    constexpr std::array<int, 4> kSeverities{0, 1, 3, 2};
+    return kSeverities.at(static_cast<std::size_t>(state));
+}
 
 std::string_view StateName(EState state) {
     constexpr std::array<std::string_view, 4> kNames{"good", "warning", "critical", "unknown"};

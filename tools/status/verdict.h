@@ -15,6 +15,9 @@ enum class EState : std::uint8_t { Good = 0, Warning = 1, Critical = 2, Unknown 
 /// "good", "warning", "critical", "unknown".
 [[nodiscard]] std::string_view StateName(EState state);
 
+/// The larger one is worse: unknown may be anything, but is not known to be the worst.
+[[nodiscard]] int Severity(EState state);
+
 /// From this number on; 0 turns a threshold off.
 struct SThresholds {
     std::uint64_t warnSilent = 14; ///< days

@@ -1,7 +1,6 @@
 #include "tools/status/visit_output.h"
 
 #include "base/text.h"
-#include "tools/status/metric_lines.h"
 #include "tools/text_encoding.h"
 
 #include <algorithm>
@@ -51,14 +50,20 @@ constexpr std::array kVisitMetrics{
     SMetric<SSiteVisits>{"ruvo_visit_relays", "Relays of the INI file",
                          [](const SSiteVisits& visits) { return Whole(visits.relays.size()); }},
     SMetric<SSiteVisits>{"ruvo_visit_relays_reached", "Relays that the last visit has reached",
-                         [](const SSiteVisits& visits) { return Whole(visits.Reached()); }},
+                         [](const SSiteVisits& visits) {
+                             return visits.summary.last ? Whole(visits.Reached()) : std::nullopt;
+                         }},
     SMetric<SSiteVisits>{"ruvo_visit_events", "Events that the last visit has fetched",
-                         [](const SSiteVisits& visits) { return Whole(visits.EventsTaken()); }},
+                         [](const SSiteVisits& visits) {
+                             return visits.summary.last ? Whole(visits.EventsTaken()) : std::nullopt;
+                         }},
 };
 
 constexpr std::array kRelayVisitMetrics{
     SMetric<SRelayVisit>{"ruvo_relay_reached", "1 if the last visit has reached the relay",
-                         [](const SRelayVisit& relay) -> Value { return relay.IsReached() ? 1 : 0; }},
+                         [](const SRelayVisit& relay) -> Value {
+                             return relay.entry ? Value(relay.IsReached() ? 1 : 0) : std::nullopt;
+                         }},
     SMetric<SRelayVisit>{
         "ruvo_relay_last_reached_timestamp_seconds", "When the relay was last reached",
         [](const SRelayVisit& relay) -> Value { return SecondsOfRecord(relay.lastReached); }},
@@ -100,9 +105,11 @@ void WriteRelayVisit(CJsonWriter& json, const SRelayVisit& relay) {
     json.Key("key").Text(relay.key);
     json.Key("address").Text(relay.address);
     WriteOptional(json, "relay", relay.name);
+    WriteOptional(json, "plant", relay.plant);
     json.Key("visited").Bool(relay.entry.has_value());
     json.Key("reached").Bool(relay.IsReached());
     WriteOptional(json, "last_reached", relay.lastReached);
+    json.Key("missed_nights").Number(relay.nights);
     WriteOptional(json, "events", relay.entry ? Whole(relay.entry->taken) : std::nullopt);
     WriteOptional(json, "seconds", SecondsOfVisit(relay));
     WriteOptional(json, "status", relay.entry ? Whole(relay.entry->status) : std::nullopt);
@@ -163,25 +170,24 @@ void WriteVisits(CJsonWriter& json, const SSiteVisits& visits) {
     json.Close('}');
 }
 
-void AppendVisitMetrics(std::string& out, const SSiteVisits& visits, const std::string& siteLabel) {
+void AddVisitMetrics(CMetrics& out, const SSiteVisits& visits, const std::string& siteLabel) {
     for (const auto& metric : kVisitMetrics) {
         if (const Value value = metric.value(visits)) {
-            AppendMetricHead(out, metric.name, metric.help);
-            AppendMetricSample(out, metric.name, siteLabel, *value);
+            out.Add(metric.name, metric.help, siteLabel, *value);
         }
     }
     for (const auto& metric : kRelayVisitMetrics) {
-        AppendMetricHead(out, metric.name, metric.help);
         for (const SRelayVisit& relay : visits.relays) {
             if (const Value value = metric.value(relay)) {
-                const std::string& name = relay.name.empty() ? relay.key : relay.name;
-                AppendMetricSample(out, metric.name,
-                                   siteLabel + ',' + MetricLabel("relay", name) + ',' +
-                                       MetricLabel("key", relay.key),
-                                   *value);
+                out.Add(metric.name, metric.help, siteLabel + ',' + RelayLabels(relay), *value);
             }
         }
     }
+}
+
+std::string RelayLabels(const SRelayVisit& relay) {
+    return MetricLabel("relay", relay.name.empty() ? relay.key : relay.name) + ',' +
+           MetricLabel("key", relay.key) + ',' + MetricLabel("plant", relay.plant);
 }
 
 } // namespace ruvo

@@ -3,6 +3,7 @@
 
 #include "base/json_writer.h"
 #include "tools/sites/site_visits.h"
+#include "tools/status/metric_lines.h"
 
 #include <string>
 #include <vector>
@@ -15,6 +16,8 @@ namespace ruvo {
 [[nodiscard]] std::vector<std::vector<std::string>> VisitRows(const SSiteVisits& visits);
 
 void WriteVisits(CJsonWriter& json, const SSiteVisits& visits);
-void AppendVisitMetrics(std::string& out, const SSiteVisits& visits, const std::string& siteLabel);
+void AddVisitMetrics(CMetrics& out, const SSiteVisits& visits, const std::string& siteLabel);
+/// The labels of a relay: its name, else its key; its key; its plant text.
+[[nodiscard]] std::string RelayLabels(const SRelayVisit& relay);
 
 } // namespace ruvo
