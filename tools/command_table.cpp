@@ -19,14 +19,15 @@ SCommand TestCommand();
 SCommand PasswordCommand();
 SCommand ReportCommand();
 SCommand RecoverCommand();
+SCommand ExplainCommand();
 SCommand HelpCommand();
 
 std::span<const SCommand> Commands() {
     static const std::vector<SCommand> commands = [] {
         std::vector<SCommand> table{
-            EventsCommand(), StatusCommand(), ReportCommand(),   NewCommand(),
-            ListCommand(),   AddCommand(),    RemoveCommand(),   CheckCommand(),
-            PathsCommand(),  TestCommand(),   PasswordCommand(), RecoverCommand(),
+            EventsCommand(),   StatusCommand(),  ReportCommand(),  NewCommand(),   ListCommand(),
+            AddCommand(),      RemoveCommand(),  CheckCommand(),   PathsCommand(), TestCommand(),
+            PasswordCommand(), RecoverCommand(), ExplainCommand(),
         };
         const std::span<const SCommand> more = DatabaseCommands();
         table.insert(table.end(), more.begin(), more.end());

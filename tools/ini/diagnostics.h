@@ -23,6 +23,10 @@ struct SDiagnostic {
 /// shown unchanged, except for passwords.
 [[nodiscard]] std::vector<SDiagnostic> ExplainResultCode(EResultCode code, const CIniText& ini);
 
+/// The same for any file: "BaudRate: expected 1200 or 2400"; empty for success, and for a number that no rule
+/// yields.
+[[nodiscard]] std::string ExpectedInstead(EResultCode code);
+
 /// What loading passes over in silence and its author will not have meant, in line order.
 [[nodiscard]] std::vector<SDiagnostic> FindWarnings(const CIniText& ini);
 

@@ -28,6 +28,8 @@ constexpr std::array kElsewhere{
                   "the registry value Q7SecurityLogs names the event folder; expected a writable folder"},
 };
 
+constexpr std::string_view kEachKeyOnce = "expected each key only once";
+
 using Diagnostics = std::vector<SDiagnostic>;
 
 /// "KEY=TEXT: ..."; a scrambled password is never shown.
@@ -106,7 +108,7 @@ void ExplainDuplicates(const CIniText& ini, std::string_view section, Diagnostic
         }
         const SIniEntry& second = *ini.FindAll(section, key)[1];
         const auto also = [](const SIniEntry& other) {
-            return "also on line " + std::to_string(other.line) + "; expected each key only once";
+            return "also on line " + std::to_string(other.line) + "; " + std::string(kEachKeyOnce);
         };
         diagnostics.push_back(EntryDiagnostic(first, section, also(second)));
         diagnostics.push_back(EntryDiagnostic(second, section, also(first)));
@@ -152,6 +154,34 @@ std::vector<SDiagnostic> ExplainResultCode(EResultCode code, const CIniText& ini
         }
     }
     return diagnostics;
+}
+
+std::string ExpectedInstead(EResultCode code) {
+    std::vector<std::string> texts;
+    const auto add = [&](EResultCode refusal, const std::string& what, std::string_view expected) {
+        if (code == refusal && code != EResultCode::Success) {
+            texts.push_back(what + ": " + std::string(expected));
+        }
+    };
+    for (const SGeneralKey& key : kGeneralKeys) {
+        add(key.refusal, std::string(key.name), "expected " + Expectation(key.rule));
+    }
+    for (std::size_t link = 0; link < kLinks.size(); ++link) {
+        const SLinkRow& row = kLinks[link];
+        const std::string section = Bracketed(row.section);
+        add(row.empty, section, "expected entries such as " + std::string(row.entryExpected));
+        add(row.duplicate, section, kEachKeyOnce);
+        for (const SEntryRule& rule : EntryRules(static_cast<ELink>(link))) {
+            add(rule.refusal, section, "expected " + std::string(rule.expected));
+        }
+    }
+    add(EResultCode::PasswordsDuplicate, Bracketed(kPasswordsSection), kEachKeyOnce);
+    for (const SElsewhereRow& row : kElsewhere) {
+        if (code == row.code) {
+            texts.emplace_back(row.text);
+        }
+    }
+    return texts.empty() ? std::string() : texts.front();
 }
 
 } // namespace ruvo
