@@ -5,6 +5,8 @@
 #include "tools/day_files.h"
 #include "tools/run_tool.h"
 
+#include "platform/environment.h"
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -16,7 +18,7 @@ class CStatus : public testing::Test {
 protected:
     CStatus() {
         g_utcTime = {2026, 11, 20, 23, 30, 0};
-        g_localTime = SCalendarTime{2026, 11, 21, 1, 30, 0};
+        SetEnvironmentValue("TZ", "EET-2");
         m_folder.Write("AB12-1-2026-11-18-DEV.evt", kHeader + Simple(At(18, 3), "Old"));
         m_folder.Write("AB12-1-2026-11-19-DEV.evt", kHeader + Simple(At(19, 3), "New") +
                                                         Simple(At(19, 2), "New") + Simple(At(31, 2), "When") +

@@ -20,7 +20,7 @@ protected:
         folder.Write("site.ini", "[RUVO_GENERAL]\nUseEthernet=1\nUseModem=0\nEventRootDir=" +
                                      folder.Native("ev") + "\nErrorLogPathname=" + folder.Native("run.log") +
                                      "\n[RUVO_ETHERNET]\nRV001=10.0.0.5,1\nRV002=10.0.0.6,2\n");
-        g_localTime = SCalendarTime{2026, 11, 20, 23, 30, 0};
+        SetEnvironmentValue("TZ", "UTC0");
     }
     ~CVisitStatus() override { SetEnvironmentValue("RUVO_STATE_DIR", before); }
 

@@ -120,8 +120,8 @@ int RunFind(const CArguments& arguments, SConsole& console) {
         return kExitUsage;
     }
     const SFindQuery query{.text = SystemTextToUtf8(arguments.Get("TEXT")),
-                           .since = arguments.Get("--since"),
-                           .until = arguments.Get("--until"),
+                           .since = filter.sinceText,
+                           .until = filter.untilText,
                            .relay = arguments.Get("--relay"),
                            .filter = filter};
     if (!query.text.empty() && FullTextQuery(query.text).empty()) {

@@ -1,22 +1,19 @@
 #include "tools/events/filter_options.h"
 
+#include "tools/given_time.h"
 #include "tools/text_encoding.h"
 
 namespace ruvo {
 
 namespace {
 
-bool ParseTime(const CArguments& arguments, std::string_view name, EDayEdge edge, std::optional<TimeKey>& key,
-               SConsole& console) {
-    if (!arguments.Has(name)) {
-        return true;
+bool ParseBound(const CArguments& arguments, std::string_view name, EDayEdge edge, std::string& text,
+                std::optional<TimeKey>& key, SConsole& console) {
+    if (!ParseTimeOption(arguments, name, text, console)) {
+        return false;
     }
-    key = ParseTimeKey(arguments.Get(name), edge);
-    if (!key) {
-        console.error.Write(std::string(name) + ": " + EscapeControls(arguments.Get(name)) +
-                            ": expected a date such as 2026-11-16 or a time such as 2026-11-16T03:12:45\n");
-    }
-    return key.has_value();
+    key = text.empty() ? std::nullopt : ParseTimeKey(text, edge);
+    return true;
 }
 
 } // namespace
@@ -29,11 +26,25 @@ void NameSite(const CArguments& arguments, SFoundFiles& found) {
     }
 }
 
+bool ParseTimeOption(const CArguments& arguments, std::string_view name, std::string& time,
+                     SConsole& console) {
+    if (!arguments.Has(name)) {
+        return true;
+    }
+    const auto parsed = ParseGivenTime(arguments.Get(name));
+    time = parsed.value_or(time);
+    if (!parsed) {
+        console.error.Write(std::string(name) + ": " + EscapeControls(SystemTextToUtf8(arguments.Get(name))) +
+                            ": expected " + std::string(kTimeForms) + "\n");
+    }
+    return parsed.has_value();
+}
+
 bool ParseFilterOptions(const CArguments& arguments, SConsole& console, SEventFilter& filter) {
     filter.relay = arguments.Get("--relay");
     filter.match = arguments.Get("--match");
-    return ParseTime(arguments, "--since", EDayEdge::Start, filter.since, console) &&
-           ParseTime(arguments, "--until", EDayEdge::End, filter.until, console);
+    return ParseBound(arguments, "--since", EDayEdge::Start, filter.sinceText, filter.since, console) &&
+           ParseBound(arguments, "--until", EDayEdge::End, filter.untilText, filter.until, console);
 }
 
 } // namespace ruvo

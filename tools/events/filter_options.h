@@ -8,10 +8,11 @@
 namespace ruvo {
 
 inline constexpr SOption kSinceOption{
-    EOptionKind::Text, "--since", "only events at or after this date (2026-11-16) or time (2026-11-16T03:12)",
+    EOptionKind::Text, "--since",
+    "only events at or after this time: 2026-11-16, 2026-11-16T03:12, today, yesterday, 24h or 7d ago",
     "TIME"};
 inline constexpr SOption kUntilOption{EOptionKind::Text, "--until",
-                                      "only events at or before this date or time", "TIME"};
+                                      "only events at or before this time; a day counts to its end", "TIME"};
 inline constexpr SOption kRelayOption{EOptionKind::Text, "--relay",
                                       "only relays whose name contains this text; case does not matter"};
 
@@ -20,6 +21,11 @@ inline constexpr SOption kSiteOption{
     "name of the site in json and csv (default: the name of the INI file or the folder)", "NAME"};
 /// Gives all files the site's name from that option.
 void NameSite(const CArguments& arguments, SFoundFiles& found);
+
+/// Sets the time to that of the option, as ParseGivenTime returns it; leaves it as it is where the option was
+/// not given. Reports an invalid one and returns false.
+[[nodiscard]] bool ParseTimeOption(const CArguments& arguments, std::string_view name, std::string& time,
+                                   SConsole& console);
 
 /// Fills the filter from these options and from "--match". Reports an invalid time and returns false.
 [[nodiscard]] bool ParseFilterOptions(const CArguments& arguments, SConsole& console, SEventFilter& filter);

@@ -169,8 +169,8 @@ int RunReport(const CArguments& arguments, SConsole& console) {
     const SReportHead head{.title = arguments.Has("--title") ? SystemTextToUtf8(arguments.Get("--title"))
                                                              : std::string(kUsualTitle),
                            .made = NowText(),
-                           .since = arguments.Get("--since"),
-                           .until = arguments.Get("--until"),
+                           .since = filter.sinceText,
+                           .until = filter.untilText,
                            .relay = SystemTextToUtf8(arguments.Get("--relay")),
                            .log = SystemTextToUtf8(arguments.Get("--log")),
                            .silentDays = *silentDays};

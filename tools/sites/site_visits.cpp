@@ -3,7 +3,7 @@
 #include "base/text.h"
 #include "config/ethernet_entry.h"
 #include "ledger/visit_record.h"
-#include "tools/status/site_status.h"
+#include "tools/given_time.h"
 
 #include <algorithm>
 

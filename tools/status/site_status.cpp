@@ -1,53 +1,17 @@
 #include "tools/status/site_status.h"
 
-#include "platform/clock.h"
 #include "platform/full_path.h"
 #include "tools/events/day_file_walk.h"
 #include "tools/events/event_fields.h"
-#include "tools/events/event_filter.h"
+#include "tools/given_time.h"
 #include "tools/text_encoding.h"
 
 #include <algorithm>
-#include <charconv>
-#include <chrono>
-#include <cstdio>
 #include <filesystem>
 
 namespace ruvo {
 
 namespace {
-
-using namespace std::chrono;
-
-sys_seconds Moment(const SCalendarTime& time) {
-    const auto part = [](int number) { return static_cast<unsigned>(number); };
-    return sys_days(year(time.year) / month(part(time.month)) / day(part(time.day))) + hours(time.hour) +
-           minutes(time.minute) + seconds(time.second);
-}
-
-std::string IsoText(sys_seconds moment) {
-    const sys_days date = floor<days>(moment);
-    const year_month_day ymd(date);
-    const hh_mm_ss time(moment - date);
-    char text[48];
-    std::snprintf(text, sizeof text, "%04d-%02u-%02uT%02d:%02d:%02d", static_cast<int>(ymd.year()),
-                  static_cast<unsigned>(ymd.month()), static_cast<unsigned>(ymd.day()),
-                  static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
-                  static_cast<int>(time.seconds().count()));
-    return text;
-}
-
-/// "36h" or "7d".
-std::optional<hours> ParseLength(const std::string& text) {
-    int number = 0;
-    const char* const end = text.data() + text.size();
-    const auto [at, error] = std::from_chars(text.data(), end, number);
-    constexpr int kMost = 100'000;
-    if (error != std::errc() || at + 1 != end || number < 0 || number > kMost || (*at != 'h' && *at != 'd')) {
-        return std::nullopt;
-    }
-    return *at == 'h' ? hours(number) : hours(days(number));
-}
 
 class CSiteReader {
 public:
@@ -200,7 +164,7 @@ private:
 
     const SSiteQuestion& m_question;
     SConsole& m_console;
-    const std::int64_t m_today = floor<days>(Moment(UtcTime())).time_since_epoch().count();
+    const std::int64_t m_today = NowSeconds() / (24 * 3600);
     SSiteStatus m_status;
 };
 
@@ -208,32 +172,6 @@ private:
 
 SSiteStatus ReadSiteStatus(const SSiteQuestion& question, SConsole& console) {
     return CSiteReader(question, console).Read();
-}
-
-std::optional<std::int64_t> ParseAge(const std::string& text) {
-    const auto length = ParseLength(text);
-    return length ? std::optional<std::int64_t>(seconds(*length).count()) : std::nullopt;
-}
-
-std::string ParseSince(const std::string& text) {
-    if (const auto length = ParseLength(text)) {
-        return IsoText(Moment(LocalTime().value_or(UtcTime())) - *length);
-    }
-    std::string moment = text;
-    std::ranges::replace(moment, ' ', 'T');
-    return ParseTimeKey(moment, EDayEdge::Start) ? moment : std::string();
-}
-
-std::optional<std::int64_t> DayNumber(const std::string& date) {
-    if (date.empty() || !ParseTimeKey(date, EDayEdge::Start)) {
-        return std::nullopt;
-    }
-    const auto number = [&date](std::size_t at, std::size_t size) {
-        return std::stoi(date.substr(at, size)); // digits, as just checked
-    };
-    const sys_days day_ = year(number(0, 4)) / month(static_cast<unsigned>(number(5, 2))) /
-                          day(static_cast<unsigned>(number(8, 2)));
-    return day_.time_since_epoch().count();
 }
 
 } // namespace ruvo

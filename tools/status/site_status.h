@@ -49,7 +49,7 @@ struct SSiteStatus {
     SLogStatus log;
     SSiteLeftovers leftovers;
     std::optional<SSiteVisits> visits; ///< none where no INI file names them
-    std::string since;                 ///< local time, "2026-11-16T03:00:00"
+    std::string since;                 ///< local date or time, "2026-11-16T03:00:00"
     std::vector<std::string> failures; ///< what could not be read, with the reason
 };
 
@@ -64,14 +64,5 @@ struct SSiteQuestion {
 /// Reads all day files and the log. A missing log in an existing folder counts as empty: the first problem
 /// creates it.
 [[nodiscard]] SSiteStatus ReadSiteStatus(const SSiteQuestion& question, SConsole& console);
-
-/// The local time that "36h", "7d" (before now), a date or a time names. Empty for anything else.
-[[nodiscard]] std::string ParseSince(const std::string& text);
-
-/// Seconds of "36h" or "7d"; none of anything else.
-[[nodiscard]] std::optional<std::int64_t> ParseAge(const std::string& text);
-
-/// Days from 1970-01-01 to a date "2026-11-16"; none if the text is not a date.
-[[nodiscard]] std::optional<std::int64_t> DayNumber(const std::string& date);
 
 } // namespace ruvo

@@ -30,10 +30,9 @@ constexpr std::array kOptions{
             "report all sites of a folder, one line each (default folder: /etc/ruvo, on Windows "
             "%ProgramData%\\ruvo)"},
     SOption{EOptionKind::Choice, "--format", "text (default) or json", "text|json", "text"},
-    SOption{
-        EOptionKind::Text, "--since",
-        "count problems of this period, such as 36h or 7d, or since this local date or time (default: 24h)",
-        "TIME"},
+    SOption{EOptionKind::Text, "--since",
+            "count problems since this local time: 36h, 7d, yesterday, a date or a time (default: 24h)",
+            "TIME"},
     SOption{EOptionKind::Text, "--warn-silent",
             "warning if a relay has had no new day file for more than DAYS days (default: 14; 0: never)",
             "DAYS"},

@@ -1,6 +1,7 @@
 // The status as metrics. Published names never change: dashboards and alarms depend on them.
 #include "tools/status/status_output.h"
 
+#include "tools/given_time.h"
 #include "tools/status/metric_lines.h"
 #include "tools/status/visit_output.h"
 

@@ -1,6 +1,8 @@
 #include "tools/status/status_options.h"
 
 #include "base/text.h"
+#include "tools/events/filter_options.h"
+#include "tools/given_time.h"
 #include "tools/text_encoding.h"
 
 #include <algorithm>
@@ -12,6 +14,8 @@
 namespace ruvo {
 
 namespace {
+
+constexpr std::int64_t kUsualPeriod = std::int64_t{24} * 3600;
 
 /// Reports an option that is not a number and returns false.
 bool ParseNumber(const CArguments& arguments, std::string_view name, std::uint64_t& number,
@@ -30,15 +34,8 @@ bool ParseNumber(const CArguments& arguments, std::string_view name, std::uint64
 }
 
 bool ParseSinceOption(const CArguments& arguments, std::string& since, SConsole& console) {
-    const std::string text = arguments.Has("--since") ? arguments.Get("--since") : "24h";
-    since = ParseSince(text);
-    if (since.empty()) {
-        console.error.Write(
-            "--since: " + EscapeControls(SystemTextToUtf8(text)) +
-            ": expected a duration such as 36h or 7d, a date such as 2026-11-16 or a time such as "
-            "2026-11-16T03:12:45\n");
-    }
-    return !since.empty();
+    since = LocalTimeText(NowSeconds() - kUsualPeriod);
+    return ParseTimeOption(arguments, "--since", since, console);
 }
 
 /// One name per line; "#" starts a comment.
@@ -68,11 +65,11 @@ bool ParseAgeOption(const CArguments& arguments, std::string_view name, std::int
         return true;
     }
     const std::string text = arguments.Get(name);
-    const auto age = text == "0" ? std::optional<std::int64_t>(0) : ParseAge(text);
+    const auto age = text == "0" ? std::optional<std::int64_t>(0) : ParseLength(text);
     seconds = age.value_or(0);
     if (!age) {
         console.error.Write(std::string(name) + ": " + EscapeControls(SystemTextToUtf8(text)) +
-                            ": expected a duration such as 36h or 2d (0 for never)\n");
+                            ": expected a length such as 36h or 2d (0 for never)\n");
     }
     return age.has_value();
 }
