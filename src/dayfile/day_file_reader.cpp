@@ -195,22 +195,16 @@ void CDayFileReader::Advance(std::size_t count) {
     m_at.parseBudget += kBudgetPerByte * count;
 }
 
-std::optional<std::uint64_t> FindTornEnd(const std::string& path) {
-    if (GetPathKind(path) != EPathKind::File) { // as in the day's first run: no buffer is made for nothing
-        return std::nullopt;
-    }
+SDayFileEnd ReadDayFileEnd(const std::string& path) {
+    SDayFileEnd end;
     CDayFileReader reader;
-    if (!reader.Open(path, {.read = true, .plain = true}).Good()) {
-        return std::nullopt;
+    end.isRead = reader.Open(path, {.read = true, .plain = true}).Good();
+    for (SDayFileItem item; end.isRead && reader.Next(item);) {
+        // Damage with a record after it was at the file's end in an earlier run.
+        end.isRead = !item.IsReadFailure();
+        end.torn = item.record == nullptr ? std::optional(item.damage->offset) : std::nullopt;
     }
-    std::optional<std::uint64_t> torn;
-    for (SDayFileItem item; reader.Next(item);) {
-        // Damage with a record after it was at the file's end in an earlier run; damage without a length is
-        // a file that cannot be read further.
-        const bool isTorn = item.record == nullptr && item.damage->length > 0;
-        torn = isTorn ? std::optional(item.damage->offset) : std::nullopt;
-    }
-    return torn;
+    return end;
 }
 
 } // namespace ruvo

@@ -29,6 +29,9 @@ struct SDayFileItem {
     bool isExtended = false;
     std::span<const std::uint8_t> bytes; ///< the record's, as they are in the file; until the next item
     std::optional<SDayFileDamage> damage;
+
+    /// Whether the system has not let the file be read further: what follows is not known.
+    [[nodiscard]] bool IsReadFailure() const { return damage && damage->fault == EDayFileFault::ReadFailed; }
 };
 
 /// Walks one day file from its header to its end. Damage is reported once, as one range; reading goes on
@@ -80,8 +83,14 @@ private:
     SProgress m_at;
 };
 
-/// Where the damage begins that a day file ends with; none when it ends with a whole record or its header, is
-/// empty or cannot be read. Reads the whole file.
-[[nodiscard]] std::optional<std::uint64_t> FindTornEnd(const std::string& path);
+/// How a day file ends.
+struct SDayFileEnd {
+    bool isRead = true; ///< else nothing is known of it
+    /// Where the damage begins that it ends with; none when it ends with a whole record or its header, or is
+    /// empty.
+    std::optional<std::uint64_t> torn;
+};
+/// Reads the whole file.
+[[nodiscard]] SDayFileEnd ReadDayFileEnd(const std::string& path);
 
 } // namespace ruvo

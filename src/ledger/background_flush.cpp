@@ -37,7 +37,9 @@ bool CBackgroundFlush::NoteWrite() noexcept {
 bool CBackgroundFlush::Flush() noexcept {
     const std::scoped_lock oneAtATime(m_flushing);
     m_isDirty = false; // before: what is written meanwhile may have come too late
-    if (!m_file.FlushToDisk().Good()) {
+    const SFileResult flushed = m_file.FlushToDisk();
+    if (!flushed.Good() && !m_hasFailed) {
+        m_failure = flushed;
         m_hasFailed = true;
     }
     return !m_hasFailed;

@@ -27,6 +27,8 @@ public:
     [[nodiscard]] bool Flush() noexcept;
     /// Waits for the flush under way; after that the file may be closed.
     void Stop() noexcept;
+    /// Of the flush, once one has failed.
+    [[nodiscard]] SFileResult Failure() const { return m_failure; }
 
 private:
     void Run() noexcept;
@@ -41,6 +43,7 @@ private:
     std::atomic<bool> m_isDirty = false; ///< something is written and not flushed
     std::atomic<bool> m_isIdle = false;  ///< the thread waits, or is about to, until something is written
     std::atomic<bool> m_hasFailed = false;
+    SFileResult m_failure; ///< written before that becomes true
 };
 
 } // namespace ruvo

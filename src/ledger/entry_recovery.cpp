@@ -37,6 +37,12 @@ CTextFileHeader HeaderFor(std::uint32_t lastExtended) {
     return MakeEventListHeader(lastExtended + 1, kEventListText);
 }
 
+constexpr const char* kUnreadable = "the file cannot be read";
+
+bool IsMissing(const SFileResult& opened) {
+    return opened.failure == EFileFailure::NotFound || opened.failure == EFileFailure::BadPath;
+}
+
 SLedgerReport JournalReport(ELedgerOutcome outcome, const std::string& path) {
     SLedgerReport report;
     report.outcome = outcome;
@@ -216,27 +222,32 @@ bool CEntryRecovery::MakePlan(const SJournalEntry& entry, CHeldDayFile& file, SP
     if (outcome != EStanding::Other) {
         return true;
     }
-    if (FindTornEnd(file.Path())) {
-        m_why = "the file does not end with a whole record";
+    const SDayFileEnd end = ReadDayFileEnd(file.Path());
+    if (!end.isRead || end.torn) {
+        m_why = end.isRead ? "the file does not end with a whole record" : kUnreadable;
         return false;
     }
     plan.isElsewhere = true;
     return FindMissing(entry, file.Path(), plan) && (plan.store.length = length, true);
 }
 
-/// The records that are in the file, whole and in order, count as stored.
+/// The records that are in the file, whole and in order, count as stored. False when that is not known.
 bool CEntryRecovery::FindMissing(const SJournalEntry& entry, const std::string& path, SPlan& plan) {
     std::unordered_map<std::uint64_t, std::vector<std::size_t>> standing;
     CDayFileReader reader;
-    if (!reader.Open(path, {.read = true, .plain = true}).Good()) {
-        m_why = "the file cannot be read";
-        return false;
-    }
+    const SFileResult opened = reader.Open(path, {.read = true, .plain = true});
+    // One that is held is there.
+    bool isFileRead = opened.Good() || (!plan.isElsewhere && IsMissing(opened));
     std::size_t number = 0;
-    for (SDayFileItem item; reader.Next(item);) {
+    for (SDayFileItem item; opened.Good() && isFileRead && reader.Next(item);) {
+        isFileRead = !item.IsReadFailure();
         if (item.record != nullptr && item.offset >= plan.store.length) {
             standing[DigestOf(item.bytes)].push_back(number++);
         }
+    }
+    if (!isFileRead) {
+        m_why = kUnreadable;
+        return false;
     }
     std::vector<SRecordRun> missing;
     std::size_t next = 0; // the first of those that may still be found
@@ -275,16 +286,19 @@ bool CEntryRecovery::Wait(SJournalEntry& entry, const std::string& why) {
     return false;
 }
 
-/// Those of its records that are in the day file, as far as that can be read, count as stored.
-bool CEntryRecovery::SetAside(SJournalEntry& entry, const std::string& reason) {
+/// Those of its records that are in the day file count as stored.
+bool CEntryRecovery::SetAside(SJournalEntry& entry, std::string reason) {
     SPlan plan;
     plan.store = entry.Wanted();
-    if (IsSafePlace(entry.info.file) && FindMissing(entry, PathOf(entry), plan)) {
-        if (plan.isStored) {
+    if (IsSafePlace(entry.info.file)) {
+        if (!FindMissing(entry, PathOf(entry), plan)) {
+            reason += "; some of them may be in the day file";
+        } else if (plan.isStored) {
             m_tell(ReportOf(ELedgerOutcome::Stored, entry));
             return Close(entry);
+        } else {
+            entry.store = plan.store;
         }
-        entry.store = plan.store;
     }
     CSetAsideFile file;
     if (!file.Make(m_journal.Folder(), entry.info.file)) {

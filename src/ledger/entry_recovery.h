@@ -32,7 +32,7 @@ private:
     [[nodiscard]] bool MakePlan(const SJournalEntry& entry, CHeldDayFile& file, SPlan& plan);
     [[nodiscard]] bool FindMissing(const SJournalEntry& entry, const std::string& path, SPlan& plan);
     [[nodiscard]] bool Wait(SJournalEntry& entry, const std::string& why);
-    [[nodiscard]] bool SetAside(SJournalEntry& entry, const std::string& reason);
+    [[nodiscard]] bool SetAside(SJournalEntry& entry, std::string reason);
     [[nodiscard]] bool FinishSetAside(SJournalEntry& entry);
     [[nodiscard]] bool WriteSetAside(SJournalEntry& entry, CSetAsideFile& file);
     [[nodiscard]] SLedgerReport ReportOf(ELedgerOutcome outcome, const SJournalEntry& entry) const;

@@ -48,7 +48,7 @@ bool CJournalFile::Make(const std::string& folder, const std::string& nameBegin)
             .append(kJournalEnding);
         const SFileResult made = File().Open(
             m_path, {.read = true, .write = true, .create = true, .exclusive = true, .removable = true});
-        if (!made.Good() && made.failure != EFileFailure::Exists) {
+        if (made.failure != EFileFailure::Exists && !IsGood(made)) {
             return false;
         }
         // A run that looks for journals may have taken, or taken away, what had just been made.
@@ -98,12 +98,17 @@ EJournalHead CJournalFile::Head() {
     return isKnown ? EJournalHead::Known : EJournalHead::Unknown;
 }
 
+bool CJournalFile::IsGood(SFileResult result) {
+    m_failure = result.Good() ? m_failure : result;
+    return result.Good();
+}
+
 bool CJournalFile::WriteAt(std::uint64_t position, std::span<const std::uint8_t> bytes) {
     std::uint64_t reached = 0;
     std::size_t count = 0;
-    const bool isThere = m_place == position ||
-                         m_file.Seek(static_cast<std::int64_t>(position), ESeekOrigin::Start, reached).Good();
-    const bool isDone = isThere && m_file.Write(bytes, count).Good();
+    const bool isThere = m_place == position || IsGood(m_file.Seek(static_cast<std::int64_t>(position),
+                                                                   ESeekOrigin::Start, reached));
+    const bool isDone = isThere && IsGood(m_file.Write(bytes, count));
     m_place = isDone ? std::optional(position + count) : std::nullopt;
     m_reserved = std::max(m_reserved, position + count);
     return isDone;
@@ -113,7 +118,9 @@ bool CJournalFile::Append(EFrame kind, std::uint32_t visit, SChain& chain,
                           std::span<const std::uint8_t> payload) {
     SChain next = chain;
     MakeFrame(m_frame, kind, visit, next, payload);
-    m_hasFailed = m_hasFailed || !WriteAt(m_end, m_frame) || !m_flush.NoteWrite();
+    if (!m_hasFailed) {
+        m_hasFailed = !WriteAt(m_end, m_frame) || (!m_flush.NoteWrite() && !IsGood(m_flush.Failure()));
+    }
     if (!m_hasFailed) {
         chain = next;
         m_end += m_frame.size();
@@ -122,7 +129,7 @@ bool CJournalFile::Append(EFrame kind, std::uint32_t visit, SChain& chain,
 }
 
 bool CJournalFile::Flush() {
-    return m_flush.Flush();
+    return m_flush.Flush() || IsGood(m_flush.Failure());
 }
 
 bool CJournalFile::Reserve(std::size_t bytes) {
@@ -139,6 +146,12 @@ void CJournalFile::Clear() {
         m_end = m_reserved = kJournalHead.size();
     }
     m_hasFailed = !Flush() || m_hasFailed; // what went could come back
+}
+
+bool CJournalFile::TakeBack(std::uint64_t end) {
+    const bool isTaken = m_file.SetLength(end).Good();
+    static_cast<void>(Flush()); // where no flush succeeds any more, that is all that can be done
+    return isTaken;
 }
 
 void CJournalFile::Remove() {

@@ -53,6 +53,12 @@ public:
     [[nodiscard]] std::uint64_t End() const { return m_end; }
     void SetEnd(std::uint64_t end) { m_end = end; }
     [[nodiscard]] bool HasFailed() const { return m_hasFailed; }
+    /// What has failed last, of making, writing or flushing it.
+    [[nodiscard]] SFileResult Failure() const { return m_failure; }
+    /// Counts as failed from here on.
+    void GiveUp() { m_hasFailed = true; }
+    /// Takes the frames from there on out of it, also of one that has failed.
+    [[nodiscard]] bool TakeBack(std::uint64_t end);
 
     /// Empties it, once nothing is open in it; on the disk when this returns.
     void Clear();
@@ -68,6 +74,7 @@ public:
     [[nodiscard]] const std::string& Folder() const { return m_folder; }
 
 private:
+    [[nodiscard]] bool IsGood(SFileResult result);
     [[nodiscard]] bool WriteAt(std::uint64_t position, std::span<const std::uint8_t> bytes);
 
     CFile m_file;
@@ -79,6 +86,7 @@ private:
     std::uint64_t m_reserved = 0; ///< up to here the file has bytes
     std::vector<std::uint8_t> m_frame;
     bool m_hasFailed = false;
+    SFileResult m_failure;
 };
 
 } // namespace ruvo

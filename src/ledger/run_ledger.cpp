@@ -37,6 +37,12 @@ bool FlushNamesAbove(std::string folder) {
     return isGood;
 }
 
+constexpr std::string_view kConsequence = "until a visit ends, an end of the run would cost its events";
+
+std::string CauseText(SFileResult failure) {
+    return failure.Good() ? std::string() : ": " + SystemErrorText(failure.systemCode);
+}
+
 } // namespace
 
 CRunLedger::CRunLedger(std::string eventRoot, LedgerListener tell)
@@ -48,16 +54,13 @@ CRunLedger::CRunLedger(std::string eventRoot, LedgerListener tell)
 
 /// What is open stays for the next run, which has to know what is done.
 CRunLedger::~CRunLedger() {
-    if (!m_journal) {
-        return;
-    }
-    if (!m_openFiles.empty() || m_journal->HasFailed()) {
-        static_cast<void>(m_journal->Flush());
-        return;
-    }
     try {
-        m_journal->Remove();
-    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the next run finds nothing open in it
+        if (m_journal && m_openFiles.empty() && !m_journal->HasFailed()) {
+            m_journal->Remove();
+        } else if (m_journal && (!m_journal->Flush() || m_journal->HasFailed())) {
+            PutFailedAway();
+        }
+    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the next run finds what is open in it
     }
 }
 
@@ -70,21 +73,47 @@ const std::string& CRunLedger::Folder() {
 }
 
 CJournalFile* CRunLedger::Journal() {
-    if (!m_isTried) {
-        m_isTried = true;
-        const std::string& folder = Folder();
-        auto journal = std::make_unique<CJournalFile>();
-        if (PrepareRootFolder(folder, m_eventRoot) && FlushNamesAbove(folder) &&
-            journal->Make(folder, Now())) {
-            FlushFolder(ParentFolder(m_eventRoot)); // its name: another run may have made it
-            m_journal = std::move(journal);
-        } else {
-            WriteStandardError("ruvo: no journal can be made in " +
-                               (folder.empty() ? "the state folder" : DisplayPath(folder)) +
-                               "; until a visit ends, an end of the run would cost its events");
-        }
+    if (m_journal && m_journal->HasFailed()) {
+        PutFailedAway();
     }
-    return m_journal && !m_journal->HasFailed() ? m_journal.get() : nullptr;
+    if (!m_journal && m_triesLeft > 0) {
+        --m_triesLeft;
+        MakeJournal();
+    }
+    if (m_journal && !m_areNamesFlushed) { // any folder above the day files may have been made by a run
+        m_areNamesFlushed = FlushNamesAbove(m_eventRoot);
+    }
+    return m_journal.get();
+}
+
+/// It is not used any more, and kept while something is open in it.
+void CRunLedger::PutFailedAway() {
+    const SFileResult failure = m_journal->Failure();
+    WriteStandardError("ruvo: journal " + DisplayPath(m_journal->Path()) + " has failed" +
+                       CauseText(failure) +
+                       (m_triesLeft > 0 ? "" : "; no other is made: " + std::string(kConsequence)));
+    if (m_openFiles.empty()) {
+        m_journal->Remove();
+    } else {
+        m_failed.push_back(std::move(m_journal));
+        m_waitingFiles.insert(m_waitingFiles.end(), m_openFiles.begin(), m_openFiles.end());
+        m_openFiles.clear();
+    }
+    m_journal.reset();
+    m_visits = 0;
+}
+
+void CRunLedger::MakeJournal() {
+    const std::string& folder = Folder();
+    auto journal = std::make_unique<CJournalFile>();
+    if (PrepareRootFolder(folder, m_eventRoot) && FlushNamesAbove(folder) && journal->Make(folder, Now())) {
+        m_journal = std::move(journal);
+        return;
+    }
+    m_triesLeft = 0;
+    WriteStandardError("ruvo: no journal can be made in " +
+                       (folder.empty() ? "the state folder" : DisplayPath(folder)) +
+                       CauseText(journal->Failure()) + "; " + std::string(kConsequence));
 }
 
 std::string CRunLedger::BelowRoot(const std::string& path) const {
@@ -115,7 +144,10 @@ void CRunLedger::BringInFrom(const std::string& folder) {
 }
 
 bool CRunLedger::BringInto(CHeldDayFile& file) {
-    bool isFree = std::ranges::find(m_openFiles, file.Path()) == m_openFiles.end();
+    const auto isIn = [&](const std::vector<std::string>& files) {
+        return std::ranges::find(files, file.Path()) != files.end();
+    };
+    bool isFree = !isIn(m_openFiles) && !isIn(m_waitingFiles);
     for (const std::string& path : JournalsIn(Folder())) {
         if (!m_journal || path != m_journal->Path()) {
             isFree = CEntryRecovery(m_eventRoot, m_tell).BringIn(path, &file) && isFree;

@@ -31,7 +31,8 @@ public:
     /// The same for one day file, which is held. False when an entry for it still waits.
     [[nodiscard]] bool BringInto(CHeldDayFile& file);
 
-    /// This run's journal, made at the first call; null where it cannot be made, which standard error says.
+    /// This run's journal, made at the first call, and anew after one that has failed; standard error names
+    /// that one. Null where none can be made, which standard error says, too.
     [[nodiscard]] CJournalFile* Journal();
     /// The folder for set-aside files; empty where it cannot be had.
     [[nodiscard]] std::string FolderForSetAside();
@@ -44,15 +45,21 @@ public:
 
 private:
     [[nodiscard]] const std::string& Folder();
+    void PutFailedAway();
+    void MakeJournal();
 
     std::string m_eventRoot;
     std::string m_folder;           ///< of its journals, once it is known
     std::set<SLedgerReport> m_told; ///< a run says each thing once
     LedgerListener m_tell;
     std::unique_ptr<CJournalFile> m_journal;
-    bool m_isTried = false;
+    int m_triesLeft = 3; ///< to make one
+    bool m_areNamesFlushed = false;
     std::uint32_t m_visits = 0;
-    std::vector<std::string> m_openFiles; ///< of this run's open entries, the last one last
+    std::vector<std::string> m_openFiles; ///< of the journal's open entries, the last one last
+    /// Those with open entries, which stay for the next run, and the files of these.
+    std::vector<std::unique_ptr<CJournalFile>> m_failed;
+    std::vector<std::string> m_waitingFiles;
 };
 
 } // namespace ruvo

@@ -7,6 +7,7 @@
 #include "platform/full_path.h"
 
 #include <exception>
+#include <utility>
 
 namespace ruvo {
 
@@ -32,40 +33,51 @@ std::optional<SHoldFailure> CVisitCustody::Begin(const std::string& path) {
         return failure;
     }
     m_begun = UtcText(UtcTime());
-    if (m_ledger == nullptr) {
-        return std::nullopt;
-    }
-    m_journal = m_ledger->Journal();
-    if (m_journal == nullptr) {
-        return std::nullopt;
-    }
-    m_visit = m_ledger->NextVisit();
-    m_entryOffset = m_journal->End();
-    const SVisitInfo info{.key = m_key,
-                          .file = m_ledger->BelowRoot(path),
-                          .begun = m_begun,
-                          .length = length,
-                          .isFileMade = m_file.IsMade(),
-                          .isFolderMade = m_file.IsFolderMade(),
-                          .source = m_source};
-    m_ledger->NoteOpen(path);
-    if (!HasRoom() || !m_journal->Append(EFrame::Visit, m_visit, m_chain, Pack(info))) {
-        const std::string where = DisplayPath(m_journal->Path());
-        m_journal = nullptr;
+    return m_ledger != nullptr ? BeginEntry(length) : std::nullopt;
+}
+
+/// In the run's journal; where that fails, in a new one.
+std::optional<SHoldFailure> CVisitCustody::BeginEntry(std::uint64_t length) {
+    SVisitInfo info{.key = m_key,
+                    .file = m_ledger->BelowRoot(m_file.Path()),
+                    .begun = m_begun,
+                    .length = length,
+                    .isFileMade = m_file.IsMade(),
+                    .isFolderMade = m_file.IsFolderMade(),
+                    .source = m_source};
+    while ((m_journal = m_ledger->Journal()) != nullptr) {
+        m_visit = m_ledger->NextVisit();
+        m_entryOffset = m_journal->End();
+        m_ledger->NoteOpen(m_file.Path());
+        if (HasRoom() && m_journal->Append(EFrame::Visit, m_visit, m_chain, Pack(info))) {
+            break;
+        }
         m_ledger->NoteClosed();
-        return SHoldFailure{EFileCause::DiskFull, "There is no room for journal " + where};
+        if (m_journal->Failure().failure == EFileFailure::DiskFull) {
+            const std::string where = DisplayPath(std::exchange(m_journal, nullptr)->Path());
+            return SHoldFailure{EFileCause::DiskFull, "There is no room for journal " + where};
+        }
+        m_journal->GiveUp();
     }
     return std::nullopt;
 }
 
 /// Nothing is written after a torn record: where it ended could then never be found again.
 std::optional<SHoldFailure> CVisitCustody::RefuseTornFile(std::uint64_t length) const {
-    const auto torn = length > 0 ? FindTornEnd(m_file.Path()) : std::nullopt;
-    return torn ? std::optional(SHoldFailure{EFileCause::InvalidFile,
-                                             "Day file " + DisplayPath(m_file.Path()) +
-                                                 " does not end with a whole record: damage at byte " +
-                                                 std::to_string(*torn)})
-                : std::nullopt;
+    if (length == 0) {
+        return std::nullopt;
+    }
+    const SDayFileEnd end = ReadDayFileEnd(m_file.Path());
+    const std::string name = "Day file " + DisplayPath(m_file.Path());
+    if (!end.isRead) {
+        return SHoldFailure{EFileCause::Generic, name + " cannot be read to its end"};
+    }
+    if (end.torn) {
+        return SHoldFailure{EFileCause::InvalidFile,
+                            name + " does not end with a whole record: damage at byte " +
+                                std::to_string(*end.torn)};
+    }
+    return std::nullopt;
 }
 
 bool CVisitCustody::HasRoom() {
@@ -135,7 +147,8 @@ void CVisitCustody::LeaveOpen() {
     }
 }
 
-/// Records in a failed journal wait there: without the frame that names the file they would be in both.
+/// From a failed journal, which cannot name the file, the records are taken back once the file has them: else
+/// the next run would store them. Those that cannot be read wait there.
 void CVisitCustody::SetAside(const std::string& reason) {
     CSetAsideFile file;
     if (m_ledger == nullptr || KeptCount() == 0) {
@@ -149,7 +162,8 @@ void CVisitCustody::SetAside(const std::string& reason) {
         TellNotSetAside(file);
         return;
     }
-    const bool takesFramed = IsJournaled() && NameSetAside(file.Name(), reason);
+    const bool isNamed = IsJournaled() && NameSetAside(file.Name(), reason);
+    const bool takesFramed = isNamed || CanReadFramed();
     if (!takesFramed && m_ends.empty()) {
         return;
     }
@@ -166,6 +180,19 @@ void CVisitCustody::SetAside(const std::string& reason) {
     m_setAsideCount = (takesFramed ? m_framedCount : 0) + m_ends.size();
     m_ledger->Tell({ELedgerOutcome::SetAside, m_setAsideCount, file.Path(), {}, m_key, m_begun, reason});
     m_isSettled = takesFramed; // once the log has the name
+    if (!isNamed && takesFramed && m_journal != nullptr && m_journal->TakeBack(m_entryOffset)) {
+        m_ledger->NoteClosed();
+        m_journal = nullptr;
+    }
+}
+
+bool CVisitCustody::CanReadFramed() {
+    try {
+        AddFramed([](Image) {});
+        return true;
+    } catch (const CFileException&) {
+        return false;
+    }
 }
 
 void CVisitCustody::TellNotSetAside(const CSetAsideFile& file) const {

@@ -70,7 +70,7 @@ std::map<std::string, SDayFile> DayFilesBelow(const std::string& folder) {
         if (!name.ends_with(".evt")) // a killed check of the folder may leave its empty RWT file
             continue;
         SDayFile& file = files[name];
-        file = {bytes, 0, FindTornEnd(folder + "/" + name)};
+        file = {bytes, 0, ReadDayFileEnd(folder + "/" + name).torn};
         CDayFileReader reader;
         EXPECT_TRUE(reader.Open(folder + "/" + name).Good());
         for (SDayFileItem item; reader.Next(item);)

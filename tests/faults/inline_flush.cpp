@@ -12,7 +12,8 @@ bool CBackgroundFlush::NoteWrite() noexcept {
 }
 
 bool CBackgroundFlush::Flush() noexcept {
-    m_hasFailed = !m_file.FlushToDisk().Good() || m_hasFailed;
+    m_failure = m_file.FlushToDisk();
+    m_hasFailed = !m_failure.Good() || m_hasFailed;
     return !m_hasFailed;
 }
 

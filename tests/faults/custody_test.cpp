@@ -1,0 +1,264 @@
+// What keeps the events of one visit, and what stores a set-aside file, with a disk that fails: read errors,
+// journals that cannot be written any more, lengths that the system does not tell.
+#include "fault_rig.h"
+
+#include "dayfile/day_file_writer.h"
+#include "ledger/set_aside_append.h"
+#include "ledger/visit_custody.h"
+#include "support/hex.h"
+
+namespace ruvo::test {
+
+namespace {
+
+constexpr const char* kRoot = "C:\\ev";
+constexpr const char* kDayFile = "C:\\ev\\AB12-1\\AB12-1-2026-11-16-DEV.evt";
+
+/// One whole record; its text has the number.
+std::vector<std::uint8_t> Record(int number) {
+    std::vector<std::uint8_t> bytes =
+        Hex("00 3500 01 01000000 3C07 4523 8D 87 10 02 1A 00 00 01 05 05 506C616E74 04 44657363 06 "
+            "414231322D58 12 01 0A 4576656E742330303030 24 01 07 00 01 1500 01000000 0C "
+            "4576656E742056616C756520 24 01 07 00");
+    const std::string digits = std::to_string(10'000 + number).substr(1);
+    std::ranges::copy(digits, std::ranges::search(bytes, std::string_view("0000")).begin());
+    return bytes;
+}
+
+class Custody : public testing::Test {
+protected:
+    Custody() {
+        g_disk = {};
+        g_disk.PutFolder(kRoot);
+        g_disk.PutFolder("C:\\var\\state");
+        g_standardError.clear();
+    }
+
+    /// All operations until the next Mend, from the nth from now on.
+    static void Break(EFileFailure failure, std::size_t nth = 1, std::size_t many = 1'000'000) {
+        g_disk.faults = {{g_disk.operations + nth, g_disk.operations + nth + many - 1, failure}};
+    }
+    static void Mend() { g_disk.faults.clear(); }
+    void Tell(const SLedgerReport& report) { told.push_back(report); }
+    void BringIn() {
+        CRunLedger next(kRoot, [this](const SLedgerReport& report) { Tell(report); });
+        next.BringIn();
+    }
+    /// The events of the day file, and those of the set-aside files.
+    static std::vector<int> Stored(const std::string& ending = ".evt") {
+        std::vector<int> events;
+        for (const auto& [path, bytes] : g_disk.Files())
+            if (path.ends_with(ending))
+                for (const int event : EventsIn(bytes))
+                    events.push_back(event);
+        return events;
+    }
+    static std::size_t Count(const std::string& ending) {
+        return static_cast<std::size_t>(std::ranges::count_if(
+            g_disk.Files(), [&](const auto& file) { return file.first.ends_with(ending); }));
+    }
+
+    std::vector<SLedgerReport> told;
+    CRunLedger ledger{kRoot, [this](const SLedgerReport& report) { Tell(report); }};
+};
+
+} // namespace
+
+TEST_F(Custody, AJournalThatFailsIsNamedAndANewOneTakesItsPlace) {
+    for (int visit = 1; visit <= 4; ++visit) {
+        CVisitCustody custody(&ledger, "RV001");
+        ASSERT_FALSE(custody.Begin(kDayFile + std::to_string(visit) + ".evt"));
+        EXPECT_EQ(custody.HasJournal(), visit < 4) << visit;
+        EXPECT_TRUE(custody.Keep(Record(10 * visit), 0));
+        Break(EFileFailure::Other);
+        EXPECT_EQ(custody.Keep(Record(10 * visit + 1), 0), visit == 4) << "the visit has to end";
+        Mend();
+        custody.Store();
+        EXPECT_EQ(custody.StoredCount(), 2U);
+        custody.End();
+    }
+    for (const char* const name : {"-1", "-2", "-3"})
+        EXPECT_NE(g_standardError.find(name + std::string(".journal has failed: failure 1")),
+                  std::string::npos)
+            << g_standardError;
+    EXPECT_NE(g_standardError.find("; no other is made: "), std::string::npos) << g_standardError;
+    EXPECT_EQ(Count(".journal"), 3U);
+}
+
+TEST_F(Custody, TheLastJournalOfARunIsNamedTooAndNothingComesTwice) {
+    {
+        CRunLedger own(kRoot, [](const SLedgerReport&) {});
+        CVisitCustody custody(&own, "RV001");
+        ASSERT_FALSE(custody.Begin(kDayFile));
+        EXPECT_TRUE(custody.Keep(Record(1), 0));
+        Break(EFileFailure::Other);
+        EXPECT_FALSE(custody.Keep(Record(2), 0));
+        Mend();
+        custody.Store();
+        custody.End();
+    }
+    EXPECT_NE(g_standardError.find(".journal has failed: failure 1"), std::string::npos) << g_standardError;
+    BringIn();
+    EXPECT_EQ(Stored(), (std::vector{1, 2}));
+    EXPECT_EQ(Count(".journal"), 0U);
+}
+
+TEST_F(Custody, ABeginThatFailsSaysWhy) {
+    const struct {
+        const char* name;
+        EFileFailure failure;
+        const char* refusal;
+        const char* said;
+    } rows[] = {{"no room", EFileFailure::DiskFull, "There is no room for journal ", ""},
+                {"a bad disk", EFileFailure::Other, "", "-1.journal has failed: failure 1"}};
+    for (const auto& row : rows) {
+        g_standardError.clear();
+        CRunLedger own(kRoot, [](const SLedgerReport&) {});
+        ASSERT_NE(own.Journal(), nullptr);
+        CVisitCustody probe(&own, "RV001"); // finds out when the journal is asked for room
+        const std::size_t before = g_disk.operations;
+        ASSERT_FALSE(probe.Begin(kDayFile));
+        const std::size_t needed = g_disk.operations - before;
+        probe.End();
+        bool isMet = false;
+        for (std::size_t nth = 1; nth <= needed && !isMet; ++nth) {
+            CVisitCustody custody(&own, "RV001");
+            ASSERT_TRUE(own.Journal()->TakeBack(kJournalHead.size()));
+            Break(row.failure, nth, 1);
+            const auto failure = custody.Begin(kDayFile);
+            Mend();
+            isMet = *row.refusal != '\0' ? failure && failure->why.starts_with(row.refusal)
+                                         : !failure && custody.HasJournal() &&
+                                               g_standardError.find(row.said) != std::string::npos;
+            custody.End();
+        }
+        EXPECT_TRUE(isMet) << row.name << g_standardError;
+    }
+}
+
+TEST_F(Custody, WhatAFailedJournalHasIsSetAsideAndNotStored) {
+    CVisitCustody custody(&ledger, "RV001");
+    ASSERT_FALSE(custody.Begin(kDayFile));
+    EXPECT_TRUE(custody.Keep(Record(1), 0));
+    Break(EFileFailure::Other);
+    EXPECT_FALSE(custody.Keep(Record(2), 0));
+    Mend();
+    custody.SetAside("a password was refused");
+    EXPECT_EQ(std::tuple(custody.SetAsideCount(), custody.WaitingCount()), std::tuple(2U, 0U));
+    custody.End();
+    EXPECT_EQ(Stored(".setaside"), (std::vector{1, 2}));
+    BringIn();
+    EXPECT_EQ(Stored(), std::vector<int>());
+}
+
+TEST_F(Custody, AReadErrorIsNoEnd) {
+    std::string torn =
+        "APP: Parlane\r\nTYPE: EventList\r\nFORMAT: 1.0\r\nNEXTEXTENDED: 000003\r\n\r\nx\r\n\x1A";
+    torn += std::string(40, 'x');
+    g_disk.Put(kDayFile, torn);
+    bool isRead = true;
+    for (std::size_t nth = 1; nth < 40; ++nth) {
+        CVisitCustody custody(&ledger, "RV001");
+        Break(EFileFailure::Other, nth, 1);
+        const auto failure = custody.Begin(kDayFile);
+        Mend();
+        ASSERT_TRUE(failure) << "events would be taken at " << nth;
+        isRead = isRead && failure->why.find("cannot be read to its end") == std::string::npos;
+        custody.End();
+    }
+    EXPECT_FALSE(isRead);
+    EXPECT_EQ(g_disk.Files().at(kDayFile), torn);
+}
+
+TEST_F(Custody, WhatIsMissingIsKnownFromAFileThatCouldBeRead) {
+    std::size_t needed = 1;
+    for (std::size_t nth = 0; nth <= needed; ++nth) {
+        g_disk = {};
+        g_disk.PutFolder(kRoot);
+        g_disk.PutFolder("C:\\var\\state");
+        {
+            CRunLedger killed(kRoot, [](const SLedgerReport&) {});
+            CVisitCustody custody(&killed, "RV001");
+            ASSERT_FALSE(custody.Begin(kDayFile));
+            for (const int number : {1, 2, 3})
+                EXPECT_TRUE(custody.Keep(Record(number), 0));
+            EXPECT_TRUE(custody.AnnounceStore());
+        }
+        std::string other =
+            "APP: Parlane\r\nTYPE: EventList\r\nFORMAT: 1.0\r\nNEXTEXTENDED: 000009\r\n\r\nx\r\n\x1A";
+        for (const int number : {7, 2})
+            for (const std::uint8_t byte : Record(number))
+                other += static_cast<char>(byte);
+        g_disk.Put(kDayFile, other);
+        g_disk.EndProcess();
+        Break(EFileFailure::Other, nth + 1, nth == 0 ? 0 : 1);
+        const std::size_t before = g_disk.operations;
+        BringIn();
+        needed = nth == 0 ? g_disk.operations - before : needed;
+        Mend();
+        BringIn();
+        EXPECT_EQ(Stored(), (std::vector{7, 2, 1, 3})) << "failed at " << nth;
+        EXPECT_EQ(Count(".journal"), 0U) << nth;
+    }
+}
+
+TEST_F(Custody, ASetAsideFileIsStoredOnceWhateverFails) {
+    std::size_t needed = 1;
+    bool hasRefused = false;
+    for (std::size_t nth = 0; nth <= needed; ++nth) {
+        for (const std::size_t many : {std::size_t{1}, std::size_t{1'000'000}}) {
+            g_disk = {};
+            g_disk.PutFolder(kRoot);
+            g_disk.PutFolder("C:\\var\\state");
+            std::string file;
+            {
+                CRunLedger own(kRoot, [&](const SLedgerReport& report) { file = report.path; });
+                CVisitCustody custody(&own, "RV001");
+                ASSERT_FALSE(custody.Begin(kDayFile));
+                for (const int number : {1, 2})
+                    EXPECT_TRUE(custody.Keep(Record(number), 0));
+                custody.SetAside("a password was refused");
+                custody.End();
+            }
+            const std::size_t before = g_disk.operations;
+            Break(EFileFailure::Other, nth + 1, nth == 0 ? 0 : many);
+            {
+                CRunLedger recover(kRoot, [](const SLedgerReport&) {});
+                const SAppendedFile appended = AppendSetAsideFile(recover, kRoot, file);
+                EXPECT_TRUE(!appended.failure.empty() || appended.events == 2) << nth << appended.failure;
+                hasRefused =
+                    hasRefused || appended.failure.find("nothing has been stored") != std::string::npos;
+            }
+            needed = nth == 0 ? g_disk.operations - before : needed;
+            Mend();
+            g_disk.EndProcess();
+            BringIn();
+            {
+                CRunLedger recover(kRoot, [](const SLedgerReport&) {});
+                static_cast<void>(AppendSetAsideFile(recover, kRoot, file));
+            }
+            EXPECT_EQ(Stored(), (std::vector{1, 2})) << "failed at " << nth << ", " << many << " times";
+        }
+    }
+    EXPECT_TRUE(hasRefused) << "the store frame has failed, too";
+}
+
+TEST_F(Custody, ALengthThatIsNotToldIsTheOneThatIsKnown) {
+    CHeldDayFile file;
+    ASSERT_FALSE(file.Hold(kDayFile));
+    file.StartAt(file.LengthNow(), MakeEventListHeader(1, kEventListText));
+    file.Add(Record(1));
+    file.Finish();
+    const std::uint64_t length = file.WrittenTo();
+    for (const std::size_t nth : {1, 2, 3}) { // the question whether it is there, and that for its length
+        Break(EFileFailure::Other, nth, 1);
+        EXPECT_EQ(file.LengthNow(), length) << nth;
+        Mend();
+    }
+    file.StartAt(file.LengthNow(), MakeEventListHeader(1, kEventListText));
+    file.Add(Record(2));
+    file.Finish();
+    EXPECT_EQ(Stored(), (std::vector{1, 2}));
+}
+
+} // namespace ruvo::test
