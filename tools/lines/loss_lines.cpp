@@ -77,6 +77,13 @@ constexpr std::array kLines{
         "To visit at once, move FILE to another folder below the event root. \"ruvoctl events FILE\" shows "
         "what is in it."},
     SLineWords{
+        Loss, Warning,
+        "Failed to save event file Day file {FILE} cannot be read to its end; no event was taken from the relay.",
+        "The disk reported an error while the file was read, so nobody knows how it ends. Nothing is written "
+        "behind an end that is not known.",
+        "The relay keeps its events, until the file can be read or the next UTC day.",
+        "Copy the day file to another disk, then look at this one (\"dmesg\", \"smartctl -a\")."},
+    SLineWords{
         Loss, Critical,
         "Journal {JOURNAL} is damaged. Its readable events have been stored; it is kept as {KEPT}.",
         "The journal of an ended run was not whole, after a power failure for example.",
