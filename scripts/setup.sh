@@ -11,6 +11,7 @@
 #   scripts/setup.sh browser    the browser that looks at the report
 #   scripts/setup.sh database   the database server that the archive's rows are loaded into
 #   scripts/setup.sh systemd    what boots a small system that a real systemd runs (tests/machine/systemd.sh)
+#   scripts/setup.sh containers what builds an image and runs it (tests/machine/containers.sh)
 #   scripts/setup.sh machine    the emulator and the maker of systems for tests on whole machines (tests/machine)
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -37,8 +38,8 @@ for extra in "$@"; do
     mutants) packages+=(python3 git lld) ;;
     packages) packages+=("${package_tools[@]}") ;;
     package-test)
-        # (time is for scripts/upkeep/job_cost.sh, debootstrap for tests/packages/bare.sh.)
-        packages+=("${package_tools[@]}" lintian mandoc man-db systemd bash-completion binutils tzdata time debootstrap)
+        # (time is for scripts/upkeep/job_cost.sh.)
+        packages+=("${package_tools[@]}" lintian mandoc man-db systemd bash-completion binutils tzdata time)
         # Where they come from elsewhere, Debian's would be in their way.
         command -v npm >/dev/null || packages+=(nodejs npm)
         modules=tests/packages/fleet # the schema that the fleet's manifests are held against
@@ -46,9 +47,10 @@ for extra in "$@"; do
     browser) packages+=(chromium chromium-driver python3-selenium) ;;
     database) packages+=(postgresql sqlite3) ;;
     systemd) packages+=("${package_tools[@]}" debootstrap systemd-container) ;;
+    containers) packages+=("${package_tools[@]}" debootstrap podman buildah crun python3-yaml) ;;
     machine) packages+=(mmdebstrap qemu-system-x86 e2fsprogs) ;;
     *)
-        echo "setup.sh: unknown set '$extra' (known: checks windows fuzz coverage mutants packages package-test browser database systemd machine)" >&2
+        echo "setup.sh: unknown set '$extra' (known: checks windows fuzz coverage mutants packages package-test browser database systemd containers machine)" >&2
         exit 2
         ;;
     esac

@@ -1,6 +1,5 @@
 """The Debian package on a system that a real systemd runs: systemd_test.py IMAGE DEB. Needs root."""
 
-import json
 import pathlib
 import re
 import shutil
@@ -9,6 +8,8 @@ import tempfile
 
 from booted_system import BootedSystem
 from checks import check, count_checks, equal, must, said
+from control_groups import removed_afterwards
+from counted_relay import ENTRY, PASSWORD, REGISTRY, SLOW, CountedRelay, texts
 
 SERVICE = "ruvo@yard.service"
 TIMER = "ruvo@yard.timer"
@@ -17,30 +18,7 @@ INI = "/etc/ruvo/yard.ini"
 EVENTS = "/var/lib/ruvo/yard"
 LOG = "/var/log/ruvo/yard.log"
 SIMULATED = "/var/lib/ruvo/simulated"  # the substation, and its account of what it handed over
-REGISTRY = "[CLSID\\{9A69E99F-E86F-455D-B971-355C1139963E}]\nInprocServer32=/usr/lib/ruvo/simulator/p32ls.so\n"
-RELAY = """account = "account"
-[[relay]]
-name = "Bay 1"
-ethernet = { ip = "10.20.0.5", bus = 1, address = 2 }
-[relay.identity]
-model = "BY90-E"
-serial = "00009001"
-[relay.access]
-password = "BAY1PASS"
-length = 8
-[relay.cells]
-"00.DF" = { uint = 0, size = 1 }
-"05.01" = { number = 400.1, unit = "V", label = "Voltage %k" }
-"""
-EVENT = """[[relay.event]]
-kind = %d
-location = "05.01"
-time = 2026-11-16T00:00:01
-text = "%s"
-value = { number = 1.0, unit = "A" }
-"""
 MANY = 400  # of a visit that something happens to
-SLOW = '[[fault]]\noperation = "GetEvent"\ndelay = 20\n'
 PASSED_OVER = "of unknown kind passed over"
 
 
@@ -49,24 +27,15 @@ class Site:
 
     def __init__(self, system):
         self.system = system
-        self.events = []  # of the relay, in their order: each one's kind and text
+        self.relay = CountedRelay(system.path(f"{SIMULATED}/substation.toml"), system.path(f"{SIMULATED}/account"), "account")
 
     def make(self):
         system = self.system
-        system.must("ruvoctl", "new", INI, "--link", "ethernet", "--relay", "10.20.0.5,2,1")
-        system.must("ruvoctl", "password", "set", INI, "RV001", input="BAY1PASS\n")
+        system.must("ruvoctl", "new", INI, "--link", "ethernet", "--relay", ENTRY)
+        system.must("ruvoctl", "password", "set", INI, "RV001", input=f"{PASSWORD}\n")
         system.write("/etc/ruvo/registry.ini", REGISTRY)
         system.write("/etc/ruvo/yard.env", f"P32LS_SUBSTATION={SIMULATED}/substation.toml\n")
         system.must("install", "-d", "-o", "ruvo", "-g", "ruvo", SIMULATED)
-
-    def fill(self, count, kind=0, faults=""):
-        """The relay gets that many further events."""
-        self.events += [(kind, f"E{len(self.events) + number}") for number in range(1, count + 1)]
-        self.system.write(f"{SIMULATED}/substation.toml", RELAY + "".join(EVENT % event for event in self.events) + faults)
-
-    def recordable(self, count):
-        """The texts of the events that can be stored, among that many first ones."""
-        return [text for kind, text in self.events[:count] if kind == 0]
 
     def visit(self):
         """The exit status of a start that waits for the visit's end."""
@@ -74,9 +43,9 @@ class Site:
 
     def begin(self):
         """A visit that has taken some of its events, and will go on for a while."""
-        before = self.handed_over()
+        before = self.relay.handed_over()
         self.system.must("systemctl", "start", "--no-block", SERVICE)
-        self.system.wait_for("some events", lambda: self.handed_over() >= before + 20)
+        self.system.wait_for("some events", lambda: self.relay.handed_over() >= before + 20)
 
     def wait_for_end(self):
         self.system.wait_for("the visit's end", lambda: self.state() in ("inactive", "failed"))
@@ -87,17 +56,12 @@ class Site:
     def result(self):
         return self.system.property_of(SERVICE, "Result")
 
-    def handed_over(self):
-        account = self.system.path(f"{SIMULATED}/account")
-        return len(account.read_text("utf-8").splitlines()) if account.exists() else 0
-
     def stored(self):
-        told = self.system.said("ruvoctl", "events", "--format", "json", EVENTS)
-        return [json.loads(line)["event_text"] for line in told.splitlines() if line.startswith("{")]
+        return texts(self.system.said("ruvoctl", "events", "--format", "json", EVENTS))
 
     def check_ledger(self, what):
         """What the relay handed over is in the day file, each event once and in order."""
-        handed = self.recordable(self.handed_over())
+        handed = self.relay.recordable(self.relay.handed_over())
         check(f"{what}: the relay handed over some", handed)
         equal(f"{what}: what the relay handed over is stored once", self.stored(), handed)
 
@@ -118,14 +82,14 @@ def install(system, deb):
 
 def look_at_visits(system, site):
     site.make()
-    site.fill(3)
+    site.relay.fill(3)
     equal("a good visit", (site.visit(), site.result()), (0, "success"))
     site.check_ledger("a good visit")
     equal("a good visit: nothing in the log", site.log(), "")
     # What becomes of a bad one: the unit fails, somebody is told, and the journal has the line with its priority.
     system.write("/etc/systemd/system/tell.service", "[Service]\nType=oneshot\nExecStart=/bin/touch /run/told\n")
     system.drop_in("ruvo@.service", "[Unit]\nOnFailure=tell.service\n")
-    site.fill(1, kind=9)
+    site.relay.fill(1, kind=9)
     equal("a visit with a problem", (site.visit(), site.result()), (1, "exit-code"))
     system.wait_for("somebody is told", lambda: system.run("test", "-e", "/run/told").returncode == 0)
     equal("a visit with a problem: told by systemctl", system.said("systemctl", "--failed", "--plain", "--no-legend").split()[:1], [SERVICE])
@@ -146,7 +110,7 @@ def count_starts(system):
 
 def look_at_timer(system, site):
     system.drop_in(TIMER, "[Timer]\nOnCalendar=\nOnCalendar=*:*:0/1\nRandomizedDelaySec=0\nAccuracySec=100ms\n")
-    site.fill(2)
+    site.relay.fill(2)
     before = count_starts(system)
     system.must("systemctl", "enable", "--now", TIMER)
     system.wait_for("a visit by the timer", lambda: count_starts(system) > before and site.state() != "activating")
@@ -160,7 +124,7 @@ def look_at_timer(system, site):
     equal("nothing is made good after a visit", (count_starts(system), site.state()), (before, "inactive"))
     system.must("systemctl", "stop", TIMER)
     system.must("touch", "--date=2 days ago", STAMP)
-    site.fill(2)
+    site.relay.fill(2)
     system.must("systemctl", "start", TIMER)
     system.wait_for("a missed night is made good", lambda: count_starts(system) > before)
     site.wait_for_end()
@@ -170,11 +134,11 @@ def look_at_timer(system, site):
 
 def look_at_ends(system, site):
     """A visit that is stopped keeps what it has, and the next one takes the rest."""
-    site.fill(MANY, faults=SLOW)
+    site.relay.fill(MANY, faults=SLOW)
     site.begin()
     system.must("systemctl", "stop", SERVICE)
     site.check_ledger("stopped")
-    check("stopped: events are left with the relay", site.handed_over() < len(site.events))
+    check("stopped: events are left with the relay", site.relay.handed_over() < len(site.relay.events))
     check("stopped: its line in the log", "Run ended by SIGTERM; 0 relays not visited." in site.log(), site.log())
     system.drop_in(SERVICE, "[Service]\nTimeoutStartSec=1\n")
     site.visit()
@@ -186,10 +150,10 @@ def look_at_ends(system, site):
     system.must("systemctl", "kill", "--signal=KILL", SERVICE)
     site.wait_for_end()
     equal("killed", site.result(), "signal")
-    under_way = site.events[site.handed_over() - 1][1]
+    under_way = site.relay.events[site.relay.handed_over() - 1][1]
     equal("killed: the next run says what it found", site.visit(), 1)
     found = site.stored()
-    missing = [text for text in site.recordable(site.handed_over()) if text not in found]
+    missing = [text for text in site.relay.recordable(site.relay.handed_over()) if text not in found]
     equal("killed: each event once", len(found), len(set(found)))
     check("killed: at most the event that was under way is missing", missing in ([], [under_way]), missing)
     return missing
@@ -201,14 +165,14 @@ def upgrade(system, site, deb, work):
     control = tree / "DEBIAN/control"
     control.write_text(re.sub(r"(?m)^Version: .*", "Version: 999-1", control.read_text("utf-8")), "utf-8")
     must("dpkg-deb", "--root-owner-group", "-b", tree, system.path("/root/newer.deb"))
-    site.fill(MANY, faults=SLOW)
-    before = site.handed_over()
+    site.relay.fill(MANY, faults=SLOW)
+    before = site.relay.handed_over()
     site.begin()
     system.must("dpkg", "-i", "/root/newer.deb")
     equal("upgrade in mid-visit: the visit goes on", site.state(), "activating")
     site.wait_for_end()
     equal("upgrade in mid-visit: a good visit", site.result(), "success")
-    equal("upgrade in mid-visit: all is taken", site.handed_over() - before, MANY)
+    equal("upgrade in mid-visit: all is taken", site.relay.handed_over() - before, MANY)
     equal("upgrade", system.said("dpkg-query", "-W", "-f", "${Version}", "ruvo"), "999-1")
 
 
@@ -218,7 +182,7 @@ def rotate(system, site):
     before = site.log()
     system.must("logrotate", "--force", "/etc/logrotate.d/ruvo")
     equal("rotation: the old log stays beside it", system.path(f"{LOG}.1").read_text("latin-1"), before)
-    site.fill(1, kind=9)
+    site.relay.fill(1, kind=9)
     site.visit()
     check("rotation: a new log", PASSED_OVER in site.log(), site.log())
     equal("rotation: whose it is", system.said("stat", "-c", "%U %G %a", LOG), "ruvo ruvo-events 640")
@@ -227,7 +191,7 @@ def rotate(system, site):
 
 def remove_and_come_back(system, site):
     system.must("systemctl", "start", TIMER)
-    site.fill(MANY, faults=SLOW)
+    site.relay.fill(MANY, faults=SLOW)
     site.begin()
     system.must("dpkg", "-r", "ruvo")
     equal("removed: timer and visit have ended", (system.property_of(TIMER, "ActiveState"), site.state() in ("inactive", "failed")),
@@ -237,7 +201,7 @@ def remove_and_come_back(system, site):
     system.must("dpkg", "-i", "/root/newer.deb")
     equal("back again: the enabled timer waits", system.property_of(TIMER, "ActiveState"), "active")
     site.visit()
-    equal("back again: all is taken", site.handed_over(), len(site.events))
+    equal("back again: all is taken", site.relay.handed_over(), len(site.relay.events))
     found = site.stored()
     equal("back again: each event once", len(found), len(set(found)))
     return found
@@ -254,7 +218,7 @@ def purge(system, site):
 
 def test():
     image, deb = (pathlib.Path(word).resolve() for word in sys.argv[1:3])
-    with tempfile.TemporaryDirectory(dir=image.parent) as work:
+    with tempfile.TemporaryDirectory(dir=image.parent) as work, removed_afterwards("payload", "supervisor"):
         system = BootedSystem(image, work)
         try:
             system.boot()
@@ -266,7 +230,7 @@ def test():
             upgrade(system, site, deb, work)
             rotate(system, site)
             found = remove_and_come_back(system, site)
-            equal("in the end all is stored", [text for text in site.recordable(len(site.events)) if text not in found], missing)
+            equal("in the end all is stored", [text for text in site.relay.recordable(len(site.relay.events)) if text not in found], missing)
             purge(system, site)
         finally:
             system.close()

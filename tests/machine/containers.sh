@@ -1,0 +1,26 @@
+#!/usr/bin/env bash
+# Builds the image of the container's recipe and runs it in a container engine as the fleet's manifest says, with visits that are
+# stopped and killed. Needs root and Debian's archive; everything is below build/machine. The last line is the count.
+#   tests/machine/containers.sh
+set -euo pipefail
+cd "$(dirname "$0")/../.."
+if [ "$(id -u)" -ne 0 ]; then
+    echo "containers: an image is built for the test, which needs root" >&2
+    exit 1
+fi
+scripts/setup.sh containers >&2
+deb=$(scripts/package.sh)
+mkdir -p build/machine
+base=build/machine/base.tar
+[ -f "$base" ] || {
+    rm -rf --one-file-system build/machine/base.new
+    debootstrap --variant=minbase bookworm build/machine/base.new >build/machine/base.log 2>&1 || { tail -5 build/machine/base.log; exit 1; }
+    rm -f build/machine/base.new/var/cache/apt/archives/*.deb
+    tar -C build/machine/base.new -cf "$base.new" .
+    rm -rf --one-file-system build/machine/base.new
+    mv "$base.new" "$base"
+}
+export PYTHONDONTWRITEBYTECODE=1 PYTHONPATH=tests/support
+# Where both hierarchies of control groups are mounted, the engine would refuse to start: it sees only one of them.
+exec unshare --mount /bin/sh -c 'umount /sys/fs/cgroup/unified 2>/dev/null; exec "$@"' sh \
+    /usr/bin/python3 tests/machine/containers_test.py "$base" "$deb"

@@ -1,0 +1,56 @@
+"""A simulated relay whose events are numbered, and the account of what it handed over."""
+
+import json
+import pathlib
+
+RELAY = """account = "%s"
+[[relay]]
+name = "Bay 1"
+ethernet = { ip = "10.20.0.5", bus = 1, address = 2 }
+[relay.identity]
+model = "BY90-E"
+serial = "00009001"
+[relay.access]
+password = "BAY1PASS"
+length = 8
+[relay.cells]
+"00.DF" = { uint = 0, size = 1 }
+"05.01" = { number = 400.1, unit = "V", label = "Voltage %%k" }
+"""
+EVENT = """[[relay.event]]
+kind = %d
+location = "05.01"
+time = 2026-11-16T00:00:01
+text = "%s"
+value = { number = 1.0, unit = "A" }
+"""
+SLOW = '[[fault]]\noperation = "GetEvent"\ndelay = 20\n'
+REGISTRY = "[CLSID\\{9A69E99F-E86F-455D-B971-355C1139963E}]\nInprocServer32=/usr/lib/ruvo/simulator/p32ls.so\n"
+ENTRY = "10.20.0.5,2,1"
+PASSWORD = "BAY1PASS"
+
+
+class CountedRelay:
+    def __init__(self, substation, account, account_inside=None):
+        """Two files; the account's path as the server opens it, where that is another one than here."""
+        self.substation, self.account = pathlib.Path(substation), pathlib.Path(account)
+        self.account_inside = account_inside or account
+        self.events = []  # in their order: each one's kind and text
+
+    def fill(self, count, kind=0, faults=""):
+        """The relay gets that many further events; those of kind 9 are unknown to the extractor."""
+        self.events += [(kind, f"E{len(self.events) + number}") for number in range(1, count + 1)]
+        events = "".join(EVENT % event for event in self.events)
+        self.substation.write_text(RELAY % self.account_inside + events + faults, "utf-8")
+
+    def recordable(self, count):
+        """The texts of the events that can be stored, among that many first ones."""
+        return [text for kind, text in self.events[:count] if kind == 0]
+
+    def handed_over(self):
+        return len(self.account.read_text("utf-8").splitlines()) if self.account.exists() else 0
+
+
+def texts(told):
+    """The events that `ruvoctl events --format json` tells of."""
+    return [json.loads(line)["event_text"] for line in told.splitlines() if line.startswith("{")]
