@@ -23,7 +23,7 @@ namespace {
 /// One visit to one relay.
 class CVisit {
 public:
-    CVisit(std::uint32_t deviceAddress, std::int32_t maxEvents, SVisitLimits limits,
+    CVisit(std::uint32_t deviceAddress, std::int32_t maxEvents, const SVisitLimits& limits,
            SExtractionReport& report, CVisitCustody& custody)
         : m_deviceAddress(deviceAddress), m_maxEvents(maxEvents), m_limits(limits), m_report(report),
           m_custody(custody) {}

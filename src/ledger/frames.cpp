@@ -18,7 +18,7 @@ constexpr std::size_t kLargestPayload = std::size_t{16} * 1024 * 1024; // a stor
 constexpr std::size_t kSlices = 8;
 constexpr auto kChecksumTables = [] {
     std::array<std::array<std::uint32_t, 256>, kSlices> tables{};
-    for (std::uint32_t byte = 0; byte < tables[0].size(); ++byte) {
+    for (std::uint32_t byte = 0; byte != tables[0].size(); ++byte) {
         std::uint32_t sum = byte;
         for (int bit = 0; bit < 8; ++bit) {
             sum = (sum >> 1U) ^ ((sum & 1U) != 0 ? 0xEDB88320U : 0U);
@@ -26,7 +26,7 @@ constexpr auto kChecksumTables = [] {
         tables[0][byte] = sum;
     }
     for (std::size_t behind = 1; behind < kSlices; ++behind) {
-        for (std::size_t byte = 0; byte < tables[0].size(); ++byte) {
+        for (std::size_t byte = 0; byte != tables[0].size(); ++byte) {
             const std::uint32_t sum = tables[behind - 1][byte];
             tables[behind][byte] = (sum >> 8U) ^ tables[0][sum & 0xFFU];
         }

@@ -21,7 +21,7 @@ constexpr char kSeparator = '|'; // which no path may hold
 std::string StemOf(const std::string& dayFile) {
     constexpr std::size_t kLongest = 150;
     std::string stem = dayFile.substr(dayFile.rfind('\\') + 1);
-    stem = stem.substr(0, stem.rfind('.'));
+    stem.resize(std::min(stem.size(), stem.rfind('.')));
     std::size_t end = std::min(stem.size(), kLongest);
     while (end > 0 && end < stem.size() && (static_cast<unsigned char>(stem[end]) & 0xC0U) == 0x80U) {
         --end; // no character is cut

@@ -17,7 +17,7 @@ enum class ECharacter : std::uint8_t { Plain, Quoted, Encoded };
 /// What a character needs: nothing, quotes around its field, or first a look at how it is encoded.
 constexpr std::array<ECharacter, 256> kCharacters = [] {
     std::array<ECharacter, 256> characters{};
-    for (std::size_t c = 0; c < characters.size(); ++c) {
+    for (std::size_t c = 0; c != characters.size(); ++c) {
         characters[c] = c == '"' || c == ',' || c == ';' ? ECharacter::Quoted
                         : c >= 0x20 && c < 0x7F          ? ECharacter::Plain
                                                          : ECharacter::Encoded;

@@ -78,8 +78,12 @@ SCellTexts CellTexts(const CCell& cell) {
     // A value that does not suit leaves the template unchanged.
     const bool isValue = !cell.HasFormat() && HasConversion(cell.GetLabelTemplate()) &&
                          IsValue(cell.GetValue()) && label != cell.GetLabelTemplate();
-    return isValue ? SCellTexts{.label = {}, .value = std::move(label)}
-                   : SCellTexts{.label = std::move(label), .value = ValueText(cell)};
+    SCellTexts texts;
+    (isValue ? texts.value : texts.label) = std::move(label);
+    if (!isValue) {
+        texts.value = ValueText(cell);
+    }
+    return texts;
 }
 
 std::string EventLine(const CEventRecord& record) {

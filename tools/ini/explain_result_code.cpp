@@ -106,7 +106,8 @@ void ExplainDuplicates(const CIniText& ini, std::string_view section, Diagnostic
         if (HasDuplicateKey(&ini, section, key) != EDuplicateKey::Yes) {
             return;
         }
-        const SIniEntry& second = *ini.FindAll(section, key)[1];
+        const std::vector<const SIniEntry*> same = ini.FindAll(section, key);
+        const SIniEntry& second = *same[1];
         const auto also = [](const SIniEntry& other) {
             return "also on line " + std::to_string(other.line) + "; " + std::string(kEachKeyOnce);
         };

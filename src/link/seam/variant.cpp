@@ -29,9 +29,9 @@ bool ParseNumber(const std::string& text, std::int64_t& value) {
 /// Not by the holder's own copy: with g++ 12 one that fails for want of memory leaves a holder that holds
 /// nothing, which its destructor does not expect. Here what fails has not touched the holder yet.
 Variant::Variant(const Variant& other) {
-    const auto take = [this]<class Held>(const Held& held) {
-        Held copy(held);
-        m_value.template emplace<Held>(std::move(copy));
+    const auto take = [this](const auto& held) {
+        auto copy(held);
+        m_value.template emplace<decltype(copy)>(std::move(copy));
     };
     std::visit(take, other.m_value);
 }
