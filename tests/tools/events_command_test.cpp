@@ -52,7 +52,7 @@ TEST(EventsCommand, JsonHoldsEveryFieldInItsOrder) {
         R"("value":{"code":32,"bytes":"05"},"aux":["P","Q","R"],"cells":[{"template":"Event Value ",)"
         R"("text":"Event Value ","value":{"code":32,"bytes":"05"},"bits":["Start","Trip","Gesperrt ü"]},)"
         R"({"template":"Fault %u","text":"Fault 271","value":{"code":36,"bytes":"0F01"},"bits":[]}],)"
-        R"("valid":true,"site":"@@","plant":"P","description":"Q","model":"R",)"
+        R"("valid":true,"site":"@@","plant":"P","description":"Q","model":"R","utc":null,"utc_doubtful":null,)"
         R"("value_text":"0000000000000101","value_number":null,"value_unit":"","value_set":"Start, Gesperrt ü",)"
         R"("cell_values":[{"label":"Event Value","value":"0000000000000101","set":["Start","Gesperrt ü"]},)"
         R"({"label":"Fault","value":"271","set":[]}],"schema":2})");
@@ -83,12 +83,13 @@ TEST(EventsCommand, CsvQuotesWhatNeedsIt) {
     ASSERT_EQ(lines.size(), 3U);
     EXPECT_TRUE(lines[0].starts_with("file,relay,offset,kind,") &&
                 lines[0].ends_with(",value_set,cell_values\r"));
-    EXPECT_EQ(lines[1],
-              R"(@/b/CD34-2-2026-11-16-DEV.EVT,CD34-2,46,simple,0,0,5,2026-11-16T04:12:01.234,)"
-              R"(D2040C04100B1A,false,false,03.20,"Trip, ""A""","Trip, ""A""",Step 7,,,"Départ ""7""",)"
-              "a\\x07\\x1B[2J,�\\,Step %u,36:07 -,,true,,,@@,\"Départ \"\"7\"\"\",a\\x07\\x1B[2J,�\\,,,,,\r");
+    EXPECT_EQ(
+        lines[1],
+        R"(@/b/CD34-2-2026-11-16-DEV.EVT,CD34-2,46,simple,0,0,5,2026-11-16T04:12:01.234,)"
+        R"(D2040C04100B1A,false,false,03.20,"Trip, ""A""","Trip, ""A""",Step 7,,,"Départ ""7""",)"
+        "a\\x07\\x1B[2J,�\\,Step %u,36:07 -,,true,,,@@,\"Départ \"\"7\"\"\",a\\x07\\x1B[2J,�\\,,,,,,,\r");
     EXPECT_EQ(std::ranges::count(lines[2], ','), std::ranges::count(lines[0], ','));
-    EXPECT_TRUE(lines[2].ends_with(",2,no block begins here,@@,,,,,,,,\r")) << lines[2];
+    EXPECT_TRUE(lines[2].ends_with(",2,no block begins here,@@,,,,,,,,,,\r")) << lines[2];
 }
 
 TEST(EventsCommand, SpreadsheetsGetNoFormula) {
@@ -138,7 +139,7 @@ TEST(EventsCommand, ValuesAreTextsNumbersAndUnits) {
     ASSERT_EQ(lines.size(), std::size(kCases) + 1);
     EXPECT_TRUE(lines[0].starts_with("file;relay;"));
     for (std::size_t at = 0; at < std::size(kCases); ++at)
-        EXPECT_TRUE(lines[at + 1].ends_with(";true;;;N;P;Q;R;" + std::string(kCases[at].wanted) + ";;\r"))
+        EXPECT_TRUE(lines[at + 1].ends_with(";true;;;N;P;Q;R;;;" + std::string(kCases[at].wanted) + ";;\r"))
             << lines[at + 1];
 }
 

@@ -29,6 +29,7 @@ constexpr std::array kOptions{
     kSinceOption,
     kUntilOption,
     kRelayOption,
+    kClocksOption,
 };
 
 constexpr std::string_view kNotes =
@@ -41,12 +42,13 @@ Example: which feeders tripped this month?
   ruvoctl find site.sqlite 'trip "earth fault"' --relay FEED --since 2026-11-01)";
 
 /// The archive stores records as they are in the day file, so the same parser reads them.
-bool PrintRow(const CStatement& row, IEventPrinter& printer, std::string& out) {
+bool PrintRow(const CStatement& row, const CRelayClocks& clocks, IEventPrinter& printer, std::string& out) {
     SParsedRecord parsed = ParseDayFileRecord(row.BytesAt(3));
     if (parsed.record == nullptr) {
         return false;
     }
-    const SEventSource source{.file = row.TextAt(1), .relay = row.TextAt(0)};
+    SEventSource source{.file = row.TextAt(1), .relay = row.TextAt(0)};
+    source.clock = clocks.ClockOf(source.site, source.relay);
     SDayFileItem item;
     item.offset = static_cast<std::uint64_t>(row.NumberAt(2));
     item.record = std::move(parsed.record);
@@ -76,13 +78,13 @@ void BeginReading(CDatabase& database, std::optional<std::int64_t>& checked) {
 }
 
 /// Prints the records of these ids until a page is full, within a read transaction. Returns their number.
-std::size_t PrintPage(CDatabase& database, std::span<const std::int64_t> ids, IEventPrinter& printer,
-                      std::string& out) {
+std::size_t PrintPage(CDatabase& database, std::span<const std::int64_t> ids, const CRelayClocks& clocks,
+                      IEventPrinter& printer, std::string& out) {
     constexpr std::size_t kPageSize = std::size_t{128} * 1024; // bytes, before they go to the console
     CStatement row(database, kFoundRow);
     std::size_t count = 0;
     for (; count < ids.size() && out.size() < kPageSize; ++count) {
-        if (!row.Bind(ids[count]).Step() || !PrintRow(row, printer, out)) {
+        if (!row.Bind(ids[count]).Step() || !PrintRow(row, clocks, printer, out)) {
             throw CDatabaseError("a record in it was modified; create the archive again from the day files");
         }
         row.Rewind();
@@ -92,7 +94,8 @@ std::size_t PrintPage(CDatabase& database, std::span<const std::int64_t> ids, IE
 
 /// A user may read the output in a pager for hours. Nothing stays locked meanwhile: the night's archive run
 /// would time out.
-int Find(const CArguments& arguments, const SFindQuery& query, SConsole& console) {
+int Find(const CArguments& arguments, const SFindQuery& query, const CRelayClocks& clocks,
+         SConsole& console) {
     CDatabase database(arguments.Get("DB"), EDatabaseAccess::Read);
     std::optional<std::int64_t> checked;
     BeginReading(database, checked);
@@ -104,7 +107,7 @@ int Find(const CArguments& arguments, const SFindQuery& query, SConsole& console
     std::span<const std::int64_t> ids(found);
     while (console.out.IsGood() && !ids.empty()) {
         BeginReading(database, checked); // else each row would lock the file separately
-        ids = ids.subspan(PrintPage(database, ids, *printer, console.out.Text()));
+        ids = ids.subspan(PrintPage(database, ids, clocks, *printer, console.out.Text()));
         database.Run("COMMIT");
         console.out.Flush();
     }
@@ -116,7 +119,9 @@ int Find(const CArguments& arguments, const SFindQuery& query, SConsole& console
 
 int RunFind(const CArguments& arguments, SConsole& console) {
     SEventFilter filter;
-    if (!ParseFilterOptions(arguments, console, filter) || !CheckFormatOptions(arguments, console)) {
+    CRelayClocks clocks;
+    if (!ParseFilterOptions(arguments, console, filter) || !CheckFormatOptions(arguments, console) ||
+        !ReadClocks(arguments, console, clocks)) {
         return kExitUsage;
     }
     const SFindQuery query{.text = SystemTextToUtf8(arguments.Get("TEXT")),
@@ -130,7 +135,7 @@ int RunFind(const CArguments& arguments, SConsole& console) {
         return kExitUsage;
     }
     try {
-        return Find(arguments, query, console);
+        return Find(arguments, query, clocks, console);
     } catch (const CDatabaseError& failure) {
         console.out.Flush();
         console.error.Write(

@@ -26,7 +26,7 @@ void CDayFileWalk::ReadDayFile(const SFoundFile& file, const ItemHandler& handle
         ReportFailure(file.path + ": " + SystemErrorText(opened.systemCode));
         return;
     }
-    const SEventSource source{SystemTextToUtf8(file.path), file.relay, file.site};
+    const SEventSource source{SystemTextToUtf8(file.path), file.relay, file.site, file.clock};
     SDayFileItem item;
     while (m_console.out.IsGood() && m_reader.Next(item)) {
         handle(source, item, progress);

@@ -13,7 +13,7 @@ namespace {
 constexpr std::string_view kColumns =
     "file,relay,offset,kind,record_number,unique_id,event_code,time,time_bytes,time_invalid,summer_time,"
     "location,event_text,event,text,value_code,value_bytes,aux1,aux2,aux3,format,values,cells,valid,length,"
-    "error,site,plant,description,model,value_text,value_number,value_unit,value_set,cell_values";
+    "error,site,plant,description,model,utc,utc_doubtful,value_text,value_number,value_unit,value_set,cell_values";
 
 class CCsvPrinter final : public IEventPrinter {
 public:
@@ -46,12 +46,23 @@ void WriteValue(CCsvRow& row, const CParlaneData* value) {
     row.Plain([value](std::string& out) { AppendWireHex(out, *value); });
 }
 
+void WriteUtc(CCsvRow& row, const SEventSource& source, const CParlaneIEC870& time) {
+    if (source.clock == nullptr || !IsRealTime(time)) {
+        row.Empty(2);
+        return;
+    }
+    const SMoment moment = source.clock->ToUtc(MillisecondsOf(time), time.IsSummerTime());
+    row.Plain([&moment](std::string& out) { AppendUtc(out, moment.utc); });
+    row.Bool(moment.isDoubtful);
+}
+
 /// The relay's own words, the value as people and programs read it, and the cells.
 void WriteReadings(CCsvRow& row, const SEventSource& source, const CEventRecord& record) {
     row.Text(source.site);
     row.RelayText(record.GetAuxText1());
     row.RelayText(record.GetAuxText2());
     row.RelayText(record.GetAuxText3());
+    WriteUtc(row, source, record.GetTimeStamp());
     const SMeasuredValue value = MeasuredValueOf(record);
     row.RelayText(value.text);
     row.Decimal(value.number);
@@ -130,7 +141,7 @@ void CCsvPrinter::PrintRecord(std::string& out, const SEventSource& source, cons
 
 void CCsvPrinter::PrintDamage(std::string& out, const SEventSource& source, const SDayFileDamage& damage) {
     constexpr int kColumnsOfRecords = 21; // from kind to valid
-    constexpr int kReadings = 8;          // from plant to cell_values
+    constexpr int kReadings = 10;         // from plant to cell_values
     CCsvRow row(out, m_form);
     row.Text(source.file);
     row.Text(source.relay);

@@ -5,6 +5,7 @@
 #include "tools/text_encoding.h"
 
 #include <charconv>
+#include <chrono>
 
 namespace ruvo {
 
@@ -25,6 +26,33 @@ bool IsRealTime(const CParlaneIEC870& time) {
     return time.GetYear() <= kLastYear && time.ToVariantDate().valid;
 }
 
+std::int64_t MillisecondsOf(const CParlaneIEC870& time) {
+    using namespace std::chrono;
+    const STimeFields fields = time.ToFields();
+    const sys_days date = year(fields.year) / month(static_cast<unsigned>(fields.month)) /
+                          day(static_cast<unsigned>(fields.day));
+    const milliseconds since = date.time_since_epoch() + hours(fields.hour) + minutes(fields.minute) +
+                               seconds(fields.second) + milliseconds(fields.milliseconds);
+    return since.count();
+}
+
+CParlaneIEC870 StampOf(std::int64_t moment) {
+    using namespace std::chrono;
+    constexpr std::int64_t kMinute = 60'000;
+    const sys_time<milliseconds> time{milliseconds(moment)};
+    const sys_days date = floor<days>(time);
+    const year_month_day day(date);
+    const std::int64_t inDay = (time - date).count();
+    CParlaneIEC870 stamp;
+    stamp.SetYear(static_cast<unsigned>(static_cast<int>(day.year()) % 100));
+    stamp.SetMonth(static_cast<unsigned>(day.month()));
+    stamp.SetDay(static_cast<unsigned>(day.day()));
+    stamp.SetHour(static_cast<unsigned>(inDay / (60 * kMinute)));
+    stamp.SetMinute(static_cast<unsigned>(inDay / kMinute % 60));
+    stamp.SetMilliseconds(static_cast<unsigned>(inDay % kMinute));
+    return stamp;
+}
+
 void AppendTime(std::string& out, const CParlaneIEC870& time, char separator) {
     const STimeFields fields = time.ToFields();
     AppendDigits(out, fields.year, 4);
@@ -40,6 +68,11 @@ void AppendTime(std::string& out, const CParlaneIEC870& time, char separator) {
     AppendDigits(out, fields.second, 2);
     out += '.';
     AppendDigits(out, fields.milliseconds, 3);
+}
+
+void AppendUtc(std::string& out, std::int64_t milliseconds) {
+    AppendTime(out, StampOf(milliseconds), 'T');
+    out += 'Z';
 }
 
 void AppendHex(std::string& out, std::span<const std::uint8_t> bytes) {

@@ -1,6 +1,8 @@
 // Finds the day files that the arguments name.
 #pragma once
 
+#include "tools/clocks/zone_rule.h"
+
 #include <string>
 #include <vector>
 
@@ -10,6 +12,7 @@ struct SFoundFile {
     std::string path;  ///< in the system's own form, as typed or below the folder as typed
     std::string relay; ///< from the name of the file, UTF-8
     std::string site;  ///< the name of the INI file or folder that was given; empty for a day file; UTF-8
+    const CZoneRule* clock = nullptr; ///< as in SEventSource
 };
 
 struct SFoundFiles {

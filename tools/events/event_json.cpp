@@ -81,12 +81,24 @@ void WriteCell(CJsonWriter& json, const CCell& cell) {
     json.Close('}');
 }
 
+void WriteUtc(CJsonWriter& json, const SEventSource& source, const CParlaneIEC870& time) {
+    if (source.clock == nullptr || !IsRealTime(time)) {
+        json.Key("utc").Null();
+        json.Key("utc_doubtful").Null();
+        return;
+    }
+    const SMoment moment = source.clock->ToUtc(MillisecondsOf(time), time.IsSummerTime());
+    json.Key("utc").PlainText([&moment](std::string& out) { AppendUtc(out, moment.utc); });
+    json.Key("utc_doubtful").Bool(moment.isDoubtful);
+}
+
 /// The relay's own words, and the value as people and programs read it.
 void WriteReadings(CJsonWriter& json, const SEventSource& source, const CEventRecord& record) {
     json.Key("site").Text(source.site);
     json.Key("plant").RelayText(record.GetAuxText1());
     json.Key("description").RelayText(record.GetAuxText2());
     json.Key("model").RelayText(record.GetAuxText3());
+    WriteUtc(json, source, record.GetTimeStamp());
     const SMeasuredValue value = MeasuredValueOf(record);
     json.Key("value_text").RelayText(value.text);
     json.Key("value_number").Ready(value.number.empty() ? "null" : value.number);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dayfile/day_file_reader.h"
+#include "tools/clocks/zone_rule.h"
 #include "tools/events/csv_row.h"
 
 #include <cstddef>
@@ -16,7 +17,8 @@ namespace ruvo {
 struct SEventSource {
     std::string file;
     std::string relay;
-    std::string site = {}; ///< empty where nothing names it
+    std::string site = {};            ///< empty where nothing names it
+    const CZoneRule* clock = nullptr; ///< what the relay's clock shows; null where nothing says so
 };
 
 /// Appends UTF-8 without control characters other than line ends. Keeps nothing between calls, so that what

@@ -29,6 +29,7 @@ constexpr std::array kOptions{
     SOption{EOptionKind::Text, "--match",
             "only events with this text in their texts or cells; case does not matter"},
     kSiteOption,
+    kClocksOption,
     SOption{EOptionKind::Choice, "--sort", "sort by time across all files (default: file order)", "time"},
 };
 
@@ -88,11 +89,13 @@ private:
 
 int RunEvents(const CArguments& arguments, SConsole& console) {
     SEventFilter filter;
-    if (!ParseFilterOptions(arguments, console, filter) || !CheckFormatOptions(arguments, console)) {
+    CRelayClocks clocks;
+    if (!ParseFilterOptions(arguments, console, filter) || !CheckFormatOptions(arguments, console) ||
+        !ReadClocks(arguments, console, clocks)) {
         return kExitUsage;
     }
     SFoundFiles found = FindDayFiles(arguments.GetAll("FILE|FOLDER"));
-    NameSite(arguments, found);
+    CompleteSources(arguments, clocks, found);
     std::erase_if(found.files,
                   [&filter](const SFoundFile& file) { return !filter.MatchesRelay(file.relay); });
     std::size_t relayWidth = 0;

@@ -18,11 +18,23 @@ bool ParseBound(const CArguments& arguments, std::string_view name, EDayEdge edg
 
 } // namespace
 
-void NameSite(const CArguments& arguments, SFoundFiles& found) {
-    if (arguments.Has("--site")) {
-        for (SFoundFile& file : found.files) {
+bool ReadClocks(const CArguments& arguments, SConsole& console, CRelayClocks& clocks) {
+    if (!arguments.Has("--clocks")) {
+        return true;
+    }
+    const std::string failure = clocks.Read(arguments.Get("--clocks"));
+    if (!failure.empty()) {
+        console.error.Write("--clocks: " + EscapeControls(failure) + "\n");
+    }
+    return failure.empty();
+}
+
+void CompleteSources(const CArguments& arguments, const CRelayClocks& clocks, SFoundFiles& found) {
+    for (SFoundFile& file : found.files) {
+        if (arguments.Has("--site")) {
             file.site = SystemTextToUtf8(arguments.Get("--site"));
         }
+        file.clock = clocks.ClockOf(file.site, file.relay);
     }
 }
 

@@ -1,6 +1,7 @@
 // The options that select records, shared by all commands that read day files.
 #pragma once
 
+#include "tools/clocks/relay_clocks.h"
 #include "tools/command.h"
 #include "tools/events/event_files.h"
 #include "tools/events/event_filter.h"
@@ -19,8 +20,14 @@ inline constexpr SOption kRelayOption{EOptionKind::Text, "--relay",
 inline constexpr SOption kSiteOption{
     EOptionKind::Text, "--site",
     "name of the site in json and csv (default: the name of the INI file or the folder)", "NAME"};
-/// Gives all files the site's name from that option.
-void NameSite(const CArguments& arguments, SFoundFiles& found);
+inline constexpr SOption kClocksOption{
+    EOptionKind::Text, "--clocks",
+    "what the clocks of the relays show: lines such as \"FD31-* Europe/Berlin\" or \"* UTC\"", "FILE"};
+
+/// Reads the file of "--clocks". Reports a mistake in it and returns false.
+[[nodiscard]] bool ReadClocks(const CArguments& arguments, SConsole& console, CRelayClocks& clocks);
+/// Gives the files the site of "--site", then the clocks of their relays, which must outlive them.
+void CompleteSources(const CArguments& arguments, const CRelayClocks& clocks, SFoundFiles& found);
 
 /// Sets the time to that of the option, as ParseGivenTime returns it; leaves it as it is where the option was
 /// not given. Reports an invalid one and returns false.

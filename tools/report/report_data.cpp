@@ -6,22 +6,12 @@
 #include "tools/text_encoding.h"
 
 #include <algorithm>
-#include <chrono>
 
 namespace ruvo {
 
 namespace {
 
 enum EShapeFlags : std::uint32_t { kExtended = 1, kClockDoubted = 2, kSummerTime = 4, kRecordDoubted = 8 };
-
-std::int64_t MillisecondsOf(const STimeFields& fields) {
-    using namespace std::chrono;
-    const sys_days date = year(fields.year) / month(static_cast<unsigned>(fields.month)) /
-                          day(static_cast<unsigned>(fields.day));
-    const milliseconds since = date.time_since_epoch() + hours(fields.hour) + minutes(fields.minute) +
-                               seconds(fields.second) + milliseconds(fields.milliseconds);
-    return since.count();
-}
 
 std::uint32_t FlagsOf(const SDayFileItem& item) {
     const CParlaneIEC870& time = item.record->GetTimeStamp();
@@ -113,7 +103,7 @@ CReportData::Indexes CReportData::LinesOf(const CEventRecord& record) {
 void CReportData::SetTime(SEvent& event, const CParlaneIEC870& time) {
     event.hasTime = IsRealTime(time);
     if (event.hasTime) {
-        event.time = MillisecondsOf(time.ToFields());
+        event.time = MillisecondsOf(time);
         return;
     }
     std::string bytes;
