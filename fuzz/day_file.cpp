@@ -97,7 +97,8 @@ void CheckPlace(const SDayFileItem& item, std::uint64_t& passed, std::uint64_t p
 void Check(std::span<const std::uint8_t> bytes) {
     static CPrinters printers;
     static CDayFileReader reader; // its buffer is large, and every file starts it over
-    static const SEventFilter kFilter{.since = TimeKey{1}, .until = {}, .relay = {}, .match = "TriP"};
+    static const SEventFilter kFilter{
+        .since = TimeKey{1}, .until = {}, .sinceText = {}, .untilText = {}, .relay = {}, .match = "TriP"};
     MemorySystem().touched.clear();
     MemorySystem().AddFile("C:\\day.evt", {bytes.begin(), bytes.end()});
     Require(reader.Open("C:\\day.evt").Good(), "the file opens");
