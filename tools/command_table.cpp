@@ -13,6 +13,7 @@ SCommand ListCommand();
 SCommand AddCommand();
 SCommand RemoveCommand();
 SCommand StatusCommand();
+SCommand VisitCommand();
 SCommand CheckCommand();
 SCommand PathsCommand();
 SCommand TestCommand();
@@ -25,9 +26,9 @@ SCommand HelpCommand();
 std::span<const SCommand> Commands() {
     static const std::vector<SCommand> commands = [] {
         std::vector<SCommand> table{
-            EventsCommand(),   StatusCommand(),  ReportCommand(),  NewCommand(),   ListCommand(),
-            AddCommand(),      RemoveCommand(),  CheckCommand(),   PathsCommand(), TestCommand(),
-            PasswordCommand(), RecoverCommand(), ExplainCommand(),
+            EventsCommand(), VisitCommand(),    StatusCommand(),  ReportCommand(),  NewCommand(),
+            ListCommand(),   AddCommand(),      RemoveCommand(),  CheckCommand(),   PathsCommand(),
+            TestCommand(),   PasswordCommand(), RecoverCommand(), ExplainCommand(),
         };
         const std::span<const SCommand> more = DatabaseCommands();
         table.insert(table.end(), more.begin(), more.end());

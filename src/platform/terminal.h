@@ -14,6 +14,9 @@ enum class EStandardStream : std::uint8_t { Input = 0, Output = 1, Error = 2 };
 /// Whether the stream is a terminal; a closed one is none.
 bool IsTerminal(EStandardStream stream) noexcept;
 
+/// Whether the stream leads to the systemd journal, which takes a line's priority from its beginning: "<4>".
+bool IsSystemJournal(EStandardStream stream) noexcept;
+
 /// Columns of the terminal of the standard output; 0 when there is none or its width is unknown.
 std::size_t TerminalWidth() noexcept;
 

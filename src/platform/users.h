@@ -19,6 +19,8 @@ struct SUser {
 bool IsRoot();
 /// None when there is no user of that name.
 std::optional<SUser> FindUser(const std::string& name);
+/// As whom this process acts.
+SUser CurrentUser();
 /// The user to whom a folder belongs, or the nearest one above it that exists.
 std::optional<SUser> OwnerOf(const std::string& folder);
 

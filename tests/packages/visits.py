@@ -120,9 +120,9 @@ def look_at_environment(work):
         ENVIRONMENT.write_text(whole, "utf-8")
         equal(what, (done.returncode, count_events() - before), (status, 1))
 
-    for line in "mode=fast here=/x ini=/x site=x line=x log=/x lines= status=1 PATH= IFS=u".split():
+    for line in "mode=fast here=/x ini=/x site=x line=x log=/x lines= status=1 PATH= IFS=u OPTIND=x".split():
         visited_with(f"environment: {line}", 0, line)
-    for line in "COMMS-PORT=1 1ST=x =x alone OPTIND=x RUVO_LOCK_DIR=/none RUVO_SITE=x".split():
+    for line in "COMMS-PORT=1 1ST=x =x alone RUVO_LOCK_DIR=/none RUVO_SITE=x RUVO_INI_NAME=x".split():
         visited_with(f"environment: {line} is refused", 2, line)
     for what, let, end in (("where the group may write it", "chmod g+w", "chmod g-w"),
                            ("where others may write it", "chmod o+w", "chmod o-w"),

@@ -14,15 +14,15 @@ namespace ruvo {
 
 namespace {
 
-constexpr const char* kSetByRunSite = "RUVO_SITE";
-/// With these a site could be visited twice at the same time; run-site uses the last one itself.
+constexpr const char* kSetByVisit = "RUVO_SITE";
+/// With these a site could be visited twice at the same time, or its visits recorded as those of another.
 constexpr std::array kRefusedNames{std::string_view("RUVO_LOCK_DIR"), std::string_view("RUVO_STATE_DIR"),
-                                   std::string_view(kSetByRunSite), std::string_view("XDG_STATE_HOME"),
-                                   std::string_view("run_site_line")};
+                                   std::string_view(kSetByVisit), std::string_view("XDG_STATE_HOME"),
+                                   std::string_view("RUVO_INI_NAME")};
 constexpr std::string_view kRefused =
     "ignored; expected NAME=value with a permitted name"; // it may hold a secret
 constexpr std::string_view kForLoader =
-    ": takes effect only when a program starts; use run-site --check to test it";
+    ": takes effect only when a program starts; use ruvoctl visit --check to test it";
 
 bool IsName(std::string_view name) {
     const auto isLetter = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_'; };
@@ -31,7 +31,8 @@ bool IsName(std::string_view name) {
            std::ranges::find(kRefusedNames, name) == kRefusedNames.end();
 }
 
-void ApplyLine(const std::string& line, std::size_t number, SSiteEnvironment& environment) {
+void ApplyLine(const std::string& line, std::size_t number, EEnvironmentOf use,
+               SSiteEnvironment& environment) {
     const std::size_t equals = line.find('=');
     const std::string name = line.substr(0, equals);
     if (equals == std::string::npos || !IsName(name) || line.find('\0') != std::string::npos) {
@@ -40,19 +41,19 @@ void ApplyLine(const std::string& line, std::size_t number, SSiteEnvironment& en
     }
     environment.before.emplace(name, EnvironmentValue(name.c_str())); // of several lines, before the first
     SetEnvironmentValue(name, line.substr(equals + 1));
-    if (name.starts_with("LD_")) {
+    if (use == EEnvironmentOf::ThisProgram && name.starts_with("LD_")) {
         environment.diagnostics.push_back({number, name + std::string(kForLoader)});
     }
 }
 
-void ApplyLines(const std::string& text, SSiteEnvironment& environment) {
+void ApplyLines(const std::string& text, EEnvironmentOf use, SSiteEnvironment& environment) {
     std::size_t number = 0;
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t end = std::min(text.find('\n', at), text.size());
         const std::string line = text.substr(at, end - at);
         ++number;
         if (!line.empty() && !line.starts_with('#')) {
-            ApplyLine(line, number, environment);
+            ApplyLine(line, number, use, environment);
         }
         at = end + 1;
     }
@@ -60,7 +61,7 @@ void ApplyLines(const std::string& text, SSiteEnvironment& environment) {
 
 } // namespace
 
-SSiteEnvironment ApplySiteEnvironment(const std::string& iniPath) {
+SSiteEnvironment ApplySiteEnvironment(const std::string& iniPath, EEnvironmentOf use) {
     constexpr std::string_view kIniExtension = ".ini";
     const SPathParts parts = SplitPath(iniPath);
     SSiteEnvironment environment{.path = iniPath.substr(0, iniPath.size() - parts.extension.size()) + ".env",
@@ -68,13 +69,13 @@ SSiteEnvironment ApplySiteEnvironment(const std::string& iniPath) {
                                  .before = {}};
     const std::string path = FullPath(environment.path);
     if (!EqualIniNames(parts.extension, kIniExtension) || path.empty() ||
-        EnvironmentValue(kSetByRunSite) == parts.name) {
+        EnvironmentValue(kSetByVisit) == parts.name) {
         return environment;
     }
     std::string text;
     switch (ReadTrustedFile(path, text)) {
     case ETrustedRead::Read:
-        ApplyLines(text, environment);
+        ApplyLines(text, use, environment);
         break;
     case ETrustedRead::Unreadable:
         environment.diagnostics.push_back({0, "cannot read the file; expected a small, readable text file"});

@@ -40,7 +40,7 @@ SSiteUser Refusal(std::string why) {
 
 } // namespace
 
-SSiteUser FindSiteUser(const std::string& fullIniPath, const SSitePlaces& places) {
+SSiteUser FindSiteUser(const std::string& fullIniPath, const std::optional<SSitePlaces>& places) {
     if (!IsRoot()) {
         return {};
     }
@@ -49,7 +49,11 @@ SSiteUser FindSiteUser(const std::string& fullIniPath, const SSitePlaces& places
         return user ? SSiteUser{user, ""}
                     : Refusal("there is no user \"" + std::string(kServicesUser) + "\"");
     }
-    const std::string events = FullPath(places.events);
+    if (!places) {
+        return Refusal(Shown(fullIniPath) +
+                       ": the file cannot be read, or names a path that cannot be resolved");
+    }
+    const std::string events = FullPath(places->events);
     const std::optional<SUser> owner = OwnerOf(events);
     if (!owner) {
         return Refusal("the owner of " + Shown(events) + " is not known");
@@ -63,7 +67,7 @@ SSiteUser FindSiteUser(const std::string& fullIniPath, const SSitePlaces& places
     if (owner->id != 0) {
         return {owner, ""};
     }
-    const std::string place = FindUnguarded(std::array{events, FullPath(places.log)}, owner->id);
+    const std::string place = FindUnguarded(std::array{events, FullPath(places->log)}, owner->id);
     return place.empty() ? SSiteUser()
                          : Refusal("root would write to " + Shown(place) +
                                    ", which other users can create, write or redirect");

@@ -15,10 +15,12 @@ struct SSiteUser {
     std::string refusal;       ///< why root must not work on the site, UTF-8; empty when it may
 };
 
+/// Without places the file cannot be read, or names a path that cannot be resolved.
 /// "ruvo" for a site of /etc/ruvo; for another file the owner of its event root, or of the nearest folder
 /// above it that exists. That user and root alone may then be able to create or write the file, its .env
 /// file, and the folders and links that lead to them; if that user is root, the same applies to the events
 /// and the log.
-[[nodiscard]] SSiteUser FindSiteUser(const std::string& fullIniPath, const SSitePlaces& places);
+[[nodiscard]] SSiteUser FindSiteUser(const std::string& fullIniPath,
+                                     const std::optional<SSitePlaces>& places);
 
 } // namespace ruvo

@@ -6,9 +6,11 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/signalfd.h>
+#include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -123,11 +125,25 @@ EReading ReadOnce(std::string_view prompt, std::string& line) {
     return reading;
 }
 
+int DescriptorOf(EStandardStream stream) noexcept {
+    constexpr std::array kDescriptors{STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO};
+    return kDescriptors[static_cast<std::size_t>(stream)];
+}
+
 } // namespace
 
 bool IsTerminal(EStandardStream stream) noexcept {
-    constexpr std::array kDescriptors{STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO};
-    return isatty(kDescriptors[static_cast<std::size_t>(stream)]) == 1;
+    return isatty(DescriptorOf(stream)) == 1;
+}
+
+// A program that was started with another place for its output has the variable all the same.
+bool IsSystemJournal(EStandardStream stream) noexcept {
+    const char* const named = std::getenv("JOURNAL_STREAM");
+    struct stat status = {};
+    unsigned long long device = 0;
+    unsigned long long inode = 0;
+    return named != nullptr && std::sscanf(named, "%llu:%llu", &device, &inode) == 2 &&
+           fstat(DescriptorOf(stream), &status) == 0 && status.st_dev == device && status.st_ino == inode;
 }
 
 std::size_t TerminalWidth() noexcept {

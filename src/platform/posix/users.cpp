@@ -53,7 +53,7 @@ std::vector<std::string> FreshEnvironment(const struct passwd& entry) {
     std::vector<std::string> environment{
         "PATH=/usr/local/bin:/usr/bin:/bin", "HOME=" + std::string(entry.pw_dir),
         "SHELL=" + (shell.empty() ? "/bin/sh" : shell), "USER=" + name, "LOGNAME=" + name};
-    for (const char* const kept : {"TERM", "COLUMNS"}) {
+    for (const char* const kept : {"TERM", "COLUMNS", "JOURNAL_STREAM"}) {
         if (const auto value = EnvironmentValue(kept)) {
             environment.push_back(kept + ("=" + *value));
         }
@@ -82,6 +82,12 @@ std::optional<SUser> FindUser(const std::string& name) {
     entry.Find(name);
     return entry.found != nullptr ? std::optional(SUser{entry.found->pw_uid, entry.found->pw_name})
                                   : std::nullopt;
+}
+
+SUser CurrentUser() {
+    SEntry entry;
+    entry.Find(geteuid());
+    return {geteuid(), entry.found != nullptr ? entry.found->pw_name : ""};
 }
 
 std::optional<SUser> OwnerOf(const std::string& folder) {

@@ -50,6 +50,10 @@ bool IsTerminal(EStandardStream stream) noexcept {
     return GetConsoleMode(HandleOf(stream), &mode) != 0;
 }
 
+bool IsSystemJournal(EStandardStream /*stream*/) noexcept {
+    return false;
+}
+
 std::size_t TerminalWidth() noexcept {
     CONSOLE_SCREEN_BUFFER_INFO info;
     const bool isKnown = GetConsoleScreenBufferInfo(HandleOf(EStandardStream::Output), &info) != 0;

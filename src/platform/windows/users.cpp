@@ -12,6 +12,10 @@ std::optional<SUser> FindUser(const std::string& /*name*/) {
     return std::nullopt;
 }
 
+SUser CurrentUser() {
+    return {};
+}
+
 std::optional<SUser> OwnerOf(const std::string& /*folder*/) {
     return std::nullopt;
 }

@@ -1,0 +1,70 @@
+// The runner of the extractor: what it says of a visit, and with which status it ends.
+#include "e2e/cases.h"
+#include "e2e/program.h"
+
+#include <gtest/gtest.h>
+
+#include <regex>
+
+namespace ruvo::test {
+namespace {
+
+const std::string kTools = "visit() { exec " RUVO_BIN_DIR "/ruvoctl visit \"$@\"; }\n"
+                           "events() { until [ \"$(grep -c ^GetEvent $DIR/trace.txt 2>/dev/null)\" -ge $1 ] "
+                           "2>/dev/null; do sleep 0.02; done; }\n";
+
+/// What the visit prints, without times and paths that differ, and its status.
+std::string Visit(const CProgramRun& run, const std::string& script) {
+    const std::string printed = run.Shell(kTools + script);
+    const std::string masked = std::regex_replace(
+        printed, std::regex(R"(\d+/\d+/\d+ \d+:\d+:\d+ |process \d+|\d+-\d+-\d+ \d+:\d+ UTC)"), "");
+    return std::regex_replace(masked, std::regex(run.Folder().Native()), "DIR");
+}
+
+} // namespace
+
+TEST(Visit, EndsWithAStatusOfItsOwn) {
+    const CProgramRun run(kPlain, "", "[RUVO_SERIAL]\nRV001=5\n");
+    const std::string missing = kFailed + "Connection details - COM Port: COM1, device address: 4.\n";
+    EXPECT_EQ(Visit(run, "(visit $DIR/site.ini); echo $?"), "0\n");
+    EXPECT_EQ(Visit(run, "(visit $DIR/site.ini --check); echo $?"), "Success - No input errors found.\n0\n");
+    EXPECT_EQ(Visit(run, "(visit $DIR/site.ini --test rv001); echo $?"),
+              "The relay answered, and the password, if one was asked for, was accepted.\n0\n");
+    EXPECT_EQ(Visit(run, "(visit $DIR/site.ini --test rv002); echo $?"),
+              "The key is not an entry of the section of the configured link type.\n3\n");
+    EXPECT_EQ(Visit(run, "echo COMMS KEY=hidden > $DIR/site.env; (visit $DIR/site.ini); echo $?"),
+              "ruvoctl: DIR/site.env: line 1: ignored; expected NAME=value with a permitted name\n"
+              "Success - No input errors found.\n2\n");
+    run.Shell("rm $DIR/site.env; sed -i 's/^RV001.*/RV000=4/' $DIR/site.ini");
+    EXPECT_EQ(Visit(run, "(visit $DIR/site.ini); echo $?"), missing + "1\n");
+    EXPECT_EQ(
+        Visit(run, "(RUVO_STATE_DIR=/etc/passwd visit $DIR/site.ini) >$DIR/out; echo $?; tail -n 1 $DIR/out"),
+        "2\n" + missing);
+    EXPECT_EQ(Visit(run, "(visit $DIR/none.ini); echo $?"), "ruvoctl: DIR/none.ini: no such file\n2\n");
+    EXPECT_EQ(Visit(run, "(visit $DIR/site.conf); echo $?"),
+              "ruvoctl: DIR/site.conf: the name of an INI file must end in .ini\n2\n");
+    run.Shell("sed -i s/RV000=4/RV000=x/ $DIR/site.ini");
+    EXPECT_TRUE(Visit(run, "(visit $DIR/site.ini); echo $?").ends_with("\n2\n"));
+}
+
+TEST(Visit, IsNotMadeBadByAnotherStart) {
+    const CProgramRun run(kLink + Relay("serial = 5", kTrip + kTrip) +
+                              "[[fault]]\noperation = \"GetEvent\"\ncall = 2\ndelay = 2500\n",
+                          "", "[RUVO_SERIAL]\nRV001=5\n");
+    EXPECT_EQ(Visit(run, "visit $DIR/site.ini >$DIR/first & p=$!; events 1; $RUVO $DIR/site.ini\n"
+                         "(visit $DIR/site.ini); echo $?; wait $p; echo $?; cat $DIR/first"),
+              "ruvoctl: DIR/site.ini:  has been visiting this site since ; no relay was visited\n4\n0\n"
+              "Only one instance can be running at one time.\n");
+}
+
+TEST(Visit, TellsOfAnExtractorThatWasKilled) {
+    const CProgramRun run(kLink +
+                              Relay("serial = 5", "[relay.generate]\ncount = 3\nseed = 1\nendless = true\n"),
+                          "", "[RUVO_SERIAL]\nRV001=5\n");
+    EXPECT_EQ(Visit(run, "visit $DIR/site.ini & p=$!; events 1\n"
+                         "kill -KILL $(sed -n 's/.*\"process\":\\([0-9]*\\).*/\\1/p' $DIR/state/*/*.visit)\n"
+                         "wait $p; echo $?"),
+              "137\n");
+}
+
+} // namespace ruvo::test

@@ -1,0 +1,85 @@
+// What one run of the extractor means for the exit status of its visit, and what a visit says to whom.
+#include "support/case_table.h"
+#include "support/scratch_folder.h"
+#include "tools/visit/log_growth.h"
+#include "tools/visit/run_outcome.h"
+#include "tools/visit/visit_output.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+
+namespace ruvo::test {
+namespace {
+
+std::optional<SSeenRun> RecordOf(const std::string& text) {
+    for (const ERunEnd end : {ERunEnd::Whole, ERunEnd::Signal, ERunEnd::Killed, ERunEnd::NotBegun}) {
+        if (text.starts_with(RunEndName(end))) {
+            SSeenRun run;
+            run.line.ended = end;
+            run.line.logLines = std::stoul(text.substr(text.rfind(' ')));
+            return run;
+        }
+    }
+    EXPECT_EQ(text, "none");
+    return std::nullopt;
+}
+
+} // namespace
+
+TEST(VisitOutcome, IsTheRecordsBeforeTheLogs) {
+    ForEachCase<6>("tools/visit_outcomes.txt",
+                   [](auto& exit, auto& record, auto& printed, auto& logged, auto& other, auto& status) {
+                       SRunOutcome outcome;
+                       outcome.end.status = static_cast<std::uint32_t>(std::stoul(exit));
+                       outcome.record = RecordOf(record);
+                       outcome.hasPrinted = !printed.empty();
+                       outcome.logged = logged;
+                       outcome.otherVisit = other.empty() ? std::nullopt : std::optional(SVisitLine());
+                       EXPECT_EQ(std::to_string(StatusOfRun(outcome)), status);
+                   });
+    EXPECT_EQ(WorseStatus(139, 3) + WorseStatus(2, 139) + WorseStatus(1, 2), 139 + 139 + 2);
+}
+
+TEST(LogGrowth, IsWhatOthersAdd) {
+    const CScratchFolder folder;
+    const CLogGrowth missing(folder.Path("log"));
+    EXPECT_EQ(missing.Added(), "");
+    folder.Write("log", "first\n");
+    const CLogGrowth growth(folder.Path("log"));
+    EXPECT_EQ(missing.Added() + growth.Added(), "first\n");
+    std::ofstream(folder.Native("log"), std::ios::app) << "second\n";
+    EXPECT_EQ(growth.Added(), "second\n");
+    folder.Write("log", "new\n");
+    EXPECT_EQ(growth.Added(), "new\n") << "replaced";
+    EXPECT_EQ(CLogGrowth("").Added(), "");
+}
+
+TEST(VisitOutput, FitsWhoReadsIt) {
+    std::istringstream in;
+    std::ostringstream outText;
+    std::ostringstream errorText;
+    CTextOutput out(outText);
+    CTextOutput error(errorText);
+    SConsole console{.in = in, .out = out, .error = error, .width = 12};
+    CVisitOutput(console, true, true).Say(EPriority::Warning, "a\x1B[2J\tb\r\n\nc");
+    EXPECT_EQ(outText.str(), "<4>a[2J b\n<4>\n<4>c\n");
+    {
+        CVisitOutput scheduler(console, false, false);
+        scheduler.ShowProgress("1 of 2");
+        scheduler.Complain("bad");
+    }
+    EXPECT_EQ(errorText.str(), "ruvoctl: bad\n");
+    errorText.str("");
+    console.errorIsTerminal = true;
+    {
+        CVisitOutput person(console, false, false);
+        person.ShowProgress("relay 1 of 2, more than fits");
+        person.Say(EPriority::Notice, "line");
+        person.ShowProgress("relay 2");
+    }
+    EXPECT_EQ(errorText.str(), "\r\x1B[Krelay 1 of \r\x1B[K\r\x1B[Krelay 2\r\x1B[K");
+}
+
+} // namespace ruvo::test

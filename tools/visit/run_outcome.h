@@ -1,0 +1,35 @@
+// How one run of the extractor went, and what that means for the status of its visit.
+#pragma once
+
+#include "ledger/run_watch.h"
+#include "platform/child_program.h"
+
+#include <optional>
+#include <string>
+
+namespace ruvo {
+
+/// The exit status of a visit. Another number is that of an extractor that crashed.
+enum class EVisitStatus : int {
+    Good = 0,
+    Problems = 1,  ///< the run has logged some
+    Refused = 2,   ///< the configuration allows no visit, or something was reported beside the log
+    Ended = 3,     ///< by a request to end
+    IsVisited = 4, ///< another visit of the site is going on; this one did nothing
+};
+
+struct SRunOutcome {
+    SChildEnd end;
+    bool hasPrinted = false;
+    std::optional<SSeenRun> record;
+    std::string logged;                   ///< what the log has got meanwhile, whoever wrote it
+    std::optional<SVisitLine> otherVisit; ///< of the same site, still going on
+};
+
+/// The record has the say. Without one, the extractor did not get as far, or cannot keep one: then the log.
+[[nodiscard]] int StatusOfRun(const SRunOutcome& outcome);
+
+/// The one that says more of what is wrong.
+[[nodiscard]] int WorseStatus(int first, int second);
+
+} // namespace ruvo

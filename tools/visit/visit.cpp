@@ -1,0 +1,184 @@
+#include "tools/visit/visit.h"
+
+#include "paths/path_utilities.h"
+#include "platform/environment.h"
+#include "platform/files.h"
+#include "platform/full_path.h"
+#include "platform/ini_text.h"
+#include "platform/modules.h"
+#include "platform/state_folder.h"
+#include "platform/users.h"
+#include "tools/ini/site_environment.h"
+#include "tools/sites/site_visits.h"
+#include "tools/text_encoding.h"
+#include "tools/visit/log_growth.h"
+
+#include <algorithm>
+
+namespace ruvo {
+
+namespace {
+
+std::string Shown(const std::string& path) {
+    return SystemTextToUtf8(DisplayPath(path));
+}
+
+/// As the folder has it, because the single instance goes by the name; letter case may not matter there.
+std::string ExtractorPath() {
+    const SPathParts self = SplitPath(ProgramPath());
+    const std::string folder = ParentFolder(ProgramPath());
+    const std::string wanted = "ruvo" + self.extension;
+    std::vector<SFolderEntry> entries;
+    static_cast<void>(ListFolder(folder, entries));
+    const auto found = std::ranges::find_if(
+        entries, [&](const SFolderEntry& entry) { return EqualIniNames(entry.name, wanted); });
+    return folder + "\\" + (found == entries.end() ? wanted : found->name);
+}
+
+} // namespace
+
+SChildProgram ExtractorFor(const std::string& iniPath) {
+    return {.path = ExtractorPath(),
+            .arguments = {DisplayPath(iniPath)},
+            .environment = WholeEnvironment(),
+            .input = {}};
+}
+
+SChildProgram CompanionFor(std::vector<std::string> arguments) {
+    return {.path = ProgramPath(),
+            .arguments = std::move(arguments),
+            .environment = WholeEnvironment(),
+            .input = {}};
+}
+
+CVisit::CVisit(std::string iniPath, CVisitOutput& output) : m_iniPath(std::move(iniPath)), m_output(output) {
+    SetEnvironment();
+    m_places = ReadSitePlaces(m_iniPath);
+}
+
+void CVisit::SetEnvironment() {
+    constexpr const char* kServicesUser = "ruvo";
+    constexpr const char* kUsersRegistry = "RUVO_REGISTRY_USER";
+    constexpr const char* kSite = "RUVO_SITE";
+    const auto complain = [this](const std::string& text) {
+        m_output.Complain(text);
+        m_status = static_cast<int>(EVisitStatus::Refused);
+    };
+    // The services' user can write its home, so a registry there must not choose which module is loaded.
+    if (CurrentUser().name == kServicesUser && !EnvironmentValue(kUsersRegistry)) {
+        SetEnvironmentValue(kUsersRegistry, "/dev/null");
+    }
+    ClearEnvironmentValue(kSite); // an outer visit's
+    const SSiteEnvironment environment = ApplySiteEnvironment(m_iniPath, EEnvironmentOf::ItsChildren);
+    for (const SDiagnostic& diagnostic : environment.diagnostics) {
+        complain(Shown(environment.path) + ": " +
+                 (diagnostic.line > 0 ? "line " + std::to_string(diagnostic.line) + ": " : "") +
+                 diagnostic.text);
+    }
+    // Several sites can be visited at the same time, but no site twice.
+    SetEnvironmentValue(kSite, SplitPath(m_iniPath).name);
+    if (const auto named = EnvironmentValue("RUVO_LOCK_DIR")) {
+        const std::string folder = FullPath(*named);
+        static_cast<void>(MakePrivateFolder(folder)); // one that is there may be another's
+        if (GetPathKind(folder) != EPathKind::Folder) {
+            complain(Shown(folder) + ": the folder for the locks cannot be created");
+        }
+    }
+}
+
+int CVisit::RunCompanion(std::vector<std::string> arguments, std::string& printed) {
+    CChildProgram::SWatch watch;
+    watch.take = [&printed](std::string_view piece) { printed += piece; };
+    const CVisitControl::SProgramEnd ended = m_control.Run(CompanionFor(std::move(arguments)), watch);
+    if (!ended.failure.empty()) {
+        m_output.Complain(Shown(ProgramPath()) + ": " + ended.failure);
+        return static_cast<int>(EVisitStatus::Refused);
+    }
+    return static_cast<int>(ended.end.status);
+}
+
+/// Reports what is wrong even if the error log cannot be written.
+bool CVisit::IsConfigurationGood(bool isShown) {
+    std::string printed;
+    const bool isGood = RunCompanion({"check", DisplayPath(m_iniPath)}, printed) == 0;
+    if (m_control.Asked() == nullptr && (isShown || !isGood || m_status != 0)) {
+        m_output.Say(isGood ? EPriority::Warning : EPriority::Error, printed);
+    }
+    return isGood;
+}
+
+int CVisit::Check() {
+    if (!IsConfigurationGood(true)) {
+        m_status = static_cast<int>(EVisitStatus::Refused);
+    }
+    return m_status;
+}
+
+int CVisit::Test(const std::string& key) {
+    std::string printed;
+    const int status = RunCompanion({"test", DisplayPath(m_iniPath), key}, printed);
+    m_output.Say(status == 0 ? EPriority::Notice : EPriority::Error, printed);
+    return status;
+}
+
+int CVisit::Run() {
+    if (const auto other = m_places ? FindRunningVisit(m_places->events, m_iniPath) : std::nullopt) {
+        return SayIsVisited(*other);
+    }
+    if (!IsConfigurationGood(false)) {
+        m_status = static_cast<int>(EVisitStatus::Refused);
+    }
+    if (m_control.Asked() != nullptr) {
+        return SayIsEnded();
+    }
+    return StatusAfter(RunExtractor(ExtractorFor(m_iniPath)));
+}
+
+SRunOutcome CVisit::RunExtractor(const SChildProgram& program) {
+    const SSitePlaces places = m_places.value_or(SSitePlaces());
+    const CLogGrowth log(places.log);
+    const CRunWatch records(places.events);
+    SRunOutcome outcome;
+    const auto show = [&](std::string_view line) {
+        outcome.hasPrinted = true;
+        m_output.Say(EPriority::Error, SystemTextToUtf8(line));
+    };
+    CLines printed;
+    CChildProgram::SWatch watch;
+    watch.take = [&](std::string_view piece) { printed.Add(piece, show); };
+    const CVisitControl::SProgramEnd ended = m_control.Run(program, watch);
+    printed.Finish(show);
+    if (!ended.failure.empty()) {
+        show(Shown(program.path) + ": " + ended.failure);
+    }
+    outcome.end = ended.end;
+    outcome.record = records.Find(ended.process);
+    outcome.logged = log.Added();
+    m_output.Say(EPriority::Warning, SystemTextToUtf8(outcome.logged));
+    if (!outcome.record && m_places) {
+        outcome.otherVisit = FindRunningVisit(places.events, m_iniPath);
+    }
+    return outcome;
+}
+
+int CVisit::StatusAfter(const SRunOutcome& outcome) {
+    if (m_control.Asked() != nullptr && outcome.end.signal == m_control.Asked()) { // before it could hear it
+        return SayIsEnded();
+    }
+    const int status = WorseStatus(m_status, StatusOfRun(outcome));
+    return status == static_cast<int>(EVisitStatus::IsVisited) ? SayIsVisited(*outcome.otherVisit) : status;
+}
+
+int CVisit::SayIsVisited(const SVisitLine& other) {
+    m_output.Complain(Shown(m_iniPath) + ": process " + std::to_string(other.process) +
+                      " has been visiting this site since " + RecordTimeForPeople(other.begin) +
+                      "; no relay was visited");
+    return static_cast<int>(EVisitStatus::IsVisited);
+}
+
+int CVisit::SayIsEnded() {
+    m_output.Complain("ended by " + std::string(m_control.Asked()) + "; no relay was visited");
+    return static_cast<int>(EVisitStatus::Ended);
+}
+
+} // namespace ruvo
