@@ -19,7 +19,7 @@ TOP = pathlib.Path(__file__).resolve().parents[2]
 CODE = ('.cpp', '.h', '.c')
 TEXTS = CODE + ('.sh', '.py', '.md')
 LONGEST = 400 # lines
-MADE = ('docs/ruvoctl.1.md',) # as long as the commands are many
+MADE = ('docs/ruvoctl.1.md', 'docs/ruvo-log.5.md') # as long as the commands and the lines are many
 PRODUCT = ('src', 'sim', 'tools')
 # Where a header is looked for, beside the folder of the file that includes it.
 INCLUDE_FOLDERS = ('src', '.', 'include', 'tests')

@@ -67,9 +67,21 @@ void AppendMeaning(std::string& out, const SMeaning& meaning, std::size_t width)
 
 void PrintAll(SConsole& console) {
     std::string& out = console.out.Text();
-    for (const SLineRow& row : LineTable()) {
+    const std::vector<SLineRow>& table = LineTable();
+    for (std::size_t i = 0; i < table.size(); ++i) {
+        const SLineRow& row = table[i];
         out += row.form.Text() + "\n";
-        AppendMeaning(out, {&row, nullptr}, console.width);
+        if (row.expected.empty()) {
+            AppendMeaning(out, {&row, nullptr}, console.width);
+        } else { // these lines differ in nothing else
+            AppendParagraph(out, "", row.expected + ".", console.width);
+            if (i + 1 < table.size() && !table[i + 1].expected.empty()) {
+                continue;
+            }
+            AppendParagraph(out, "What happened:", row.happened, console.width);
+            AppendParagraph(out, "What it cost:", row.cost, console.width);
+            AppendParagraph(out, "What to do:", row.todo, console.width);
+        }
         out += '\n';
     }
     out += "A line that ends with \"P32LS status: TEXT\" also says how the request ended:\n\n";

@@ -9,8 +9,6 @@ namespace {
 using enum EConcern;
 using enum ESeverity;
 
-constexpr std::string_view kNotBegun =
-    "No relay was visited. Nothing is lost: the relays keep their events for the next run.";
 constexpr std::string_view kNotVisited =
     "The relay was not visited. Nothing is lost: it keeps its events for the next run.";
 constexpr std::string_view kNoneVisited =
@@ -72,8 +70,8 @@ constexpr std::array kLines{
         "The link was open, but the comms server did not take the timing values of the INI file (BusyHoldoff "
         "to GlobalTransmit). The link was closed again.",
         kNoneVisited,
-        "Were these values changed? \"ruvoctl check SITE.ini\" finds one out of range; docs of the comms "
-        "server say what it takes. Then try \"ruvoctl test SITE.ini KEY\"."},
+        "Were these values changed? \"ruvoctl check SITE.ini\" finds one out of range; the manual of the comms "
+        "server says what it takes. Then try \"ruvoctl test SITE.ini KEY\"."},
     SLineWords{Link, Warning, "There were problems with setting transaction values. {PLACE}.",
                "Says which link the line before is about.", kNoneVisited, "See the line before."},
     SLineWords{

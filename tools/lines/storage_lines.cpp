@@ -118,8 +118,8 @@ constexpr std::array kLines{
         Storage, Warning,
         "<1 event waits|{N} events wait> in journal {JOURNAL} for day file {FILE}: {REASON}.",
         "An ended run has left events, and this run could not store them either.",
-        "Nothing is lost: the journal has the events, and each run tries again. After a week and seven runs "
-        "they become a set-aside file.",
+        "Nothing is lost: the journal has the events, and each run tries again. They become a set-aside file when "
+        "their visit is a week old and runs on seven different days (UTC) have found them waiting.",
         "Remove the cause that REASON names, then visit again. Do not delete the journal: it is the only "
         "copy."},
     SLineWords{

@@ -1,11 +1,12 @@
-// Writes what the documentation says about the commands of ruvoctl and the keys of the INI file, from the
-// tables that the programs themselves use:
+// Writes what the documentation says about the commands of ruvoctl, the keys of the INI file and the lines of
+// the error log, from the tables that the programs themselves use:
 //   make_command_pages completion           the shell's completion, on standard output
 //   make_command_pages check PAGE.md...     fails when a page's chapter is not the table's
 //   make_command_pages update PAGE.md...    puts the table's into the page
 #include "config/result_messages.h"
 #include "tools/command.h"
 #include "tools/pages/key_chapter.h"
+#include "tools/pages/line_chapter.h"
 #include "tools/pages/markdown.h"
 
 #include <algorithm>
@@ -194,6 +195,8 @@ constexpr std::array kChapters{
     SChapter{"<!-- commands: made by scripts/upkeep/pages.sh -->\n", "<!-- end of commands -->\n",
              CommandChapter},
     SChapter{"<!-- keys: made by scripts/upkeep/pages.sh -->\n", "<!-- end of keys -->\n", ruvo::KeyChapter},
+    SChapter{"<!-- lines: made by scripts/upkeep/pages.sh -->\n", "<!-- end of lines -->\n",
+             ruvo::LineChapters},
 };
 
 /// The page with the tables' chapters between their marks; empty when it has no marks.
