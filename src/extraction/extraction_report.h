@@ -28,7 +28,14 @@ struct SRefusal {
 };
 
 /// What has left further events in the relay.
-enum class EVisitEnd : std::uint8_t { NoMoreEvents, LimitReached, JournalFull, DiskFull };
+enum class EVisitEnd : std::uint8_t {
+    NoMoreEvents,
+    LimitReached,
+    JournalFull,
+    JournalFailed, ///< for another reason than room
+    DiskFull,
+    NoMoreFiles, ///< on the day file's disk
+};
 
 /// However many events a relay has, its report is no larger than this and a few texts.
 struct SExtractionReport {

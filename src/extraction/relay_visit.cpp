@@ -15,6 +15,7 @@
 #include "platform/native_text.h"
 
 #include <exception>
+#include <new>
 
 namespace ruvo {
 
@@ -55,9 +56,10 @@ private:
     bool m_isNameWhole = true;
     std::string m_path;
     CVisitCustody& m_custody;
-    std::vector<std::uint8_t> m_image; ///< of the record at hand
-    std::size_t m_lostCount = 0;       ///< events that the custody knows to be lost
-    std::size_t m_bytesAtLastLook = 0; ///< at the room on the disk
+    std::vector<std::uint8_t> m_image;              ///< of the record at hand
+    std::size_t m_lostCount = 0;                    ///< events that the custody knows to be lost
+    ELostCause m_lostCause = ELostCause::Malformed; ///< of the event at hand, if no record is made of it
+    std::size_t m_bytesAtLastLook = 0;              ///< at the room on the disk
     bool m_hasJournalFailed = false;
     bool m_isCutShort = false; ///< a request was aborted since the run is to end
     CStatus m_status;
@@ -153,6 +155,7 @@ void CVisit::ReadEvents(CEventConverter& converter) {
     CP32Wrap& link = *CP32Wrap::GetInstance();
     do {
         std::uint8_t kind = 0;
+        m_lostCause = ELostCause::Malformed;
         m_status = ToStatusWord(link.GetEvent(nullptr, kind, values, m_keepGoing));
         m_eventsTaken += link.IsEventHandedOver() ? 1 : 0; // even if its reply is malformed
         if (PasswordState().callbackCalled && !PasswordState().accepted) {
@@ -187,15 +190,22 @@ bool CVisit::MayReadMore() {
 
 void CVisit::HandleEvent(CEventConverter& converter, std::uint8_t kind, CParlaneDataArray& values) {
     try {
+        m_lostCause = ELostCause::RecordNotRead;
         if (const std::unique_ptr<CEventRecord> record = converter.Convert(kind, values, m_status)) {
+            m_lostCause = ELostCause::Malformed;
             m_bytesGathered += record->GetImageSize();
             m_image.clear();
             SerialiseRecord(*record, m_image, m_report.incomplete);
             m_hasJournalFailed = !m_custody.Keep(m_image, ExtendedNumber(*record));
         } else if (FindEventKind(kind) == nullptr) {
+            m_lostCause = ELostCause::UnknownKind;
             ++m_passedOver;
         }
+    } catch (const std::bad_alloc&) {
+        m_lostCause = ELostCause::NoMemory;
+        throw;
     } catch (const CMalformedEvent&) {
+        m_lostCause = ELostCause::Malformed;
         m_status = CStatus(kLinkDisobeysProtocol);
     }
 }
@@ -203,7 +213,7 @@ void CVisit::HandleEvent(CEventConverter& converter, std::uint8_t kind, CParlane
 /// Every event that is taken is kept, or known to be lost, before the next request.
 void CVisit::AccountForLost() {
     for (; Count() + m_lostCount < m_eventsTaken; ++m_lostCount) {
-        m_custody.Lose();
+        m_custody.Lose(m_lostCause);
     }
 }
 
@@ -211,14 +221,16 @@ void CVisit::AccountForLost() {
 bool CVisit::HasRoomForMore() {
     constexpr std::size_t kBytesBetweenLooks = std::size_t{64} * 1024;
     if (m_hasJournalFailed || !m_custody.HasRoom()) {
-        m_report.end = EVisitEnd::JournalFull;
+        m_report.end = m_custody.IsJournalFull() ? EVisitEnd::JournalFull : EVisitEnd::JournalFailed;
         return false;
     }
     if (m_bytesGathered - m_bytesAtLastLook >= kBytesBetweenLooks) {
         m_bytesAtLastLook = m_bytesGathered;
         const std::uint64_t needed = m_bytesGathered + kMaxRecordImage;
-        if (FreeSpace(m_path).bytes.value_or(needed) < needed) {
-            m_report.end = EVisitEnd::DiskFull;
+        const SFreeSpace room = FreeSpace(m_path);
+        const bool isFull = room.bytes.value_or(needed) < needed;
+        if (isFull || room.files.value_or(1) < 1) {
+            m_report.end = isFull ? EVisitEnd::DiskFull : EVisitEnd::NoMoreFiles;
             return false;
         }
     }

@@ -3,12 +3,14 @@
 #include "base/digest.h"
 #include "dayfile/day_file_reader.h"
 #include "dayfile/day_file_writer.h"
+#include "ledger/journal_copy.h"
 #include "ledger/set_aside_file.h"
 #include "ledger/standing_bytes.h"
 #include "ledger/waiting_time.h"
 #include "platform/clock.h"
 
 #include <algorithm>
+#include <array>
 #include <unordered_map>
 
 namespace ruvo {
@@ -66,11 +68,11 @@ bool CEntryRecovery::BringIn(const std::string& journalPath, CHeldDayFile* held)
     if (!Open(journalPath, contents)) {
         return true;
     }
-    m_journal.SetEnd(contents.end);
-    m_isWhole = contents.isWhole;
-    if (m_isWhole) { // so that nothing follows what is added
-        static_cast<void>(m_journal.File().SetLength(contents.end));
+    if (!contents.isWhole) {
+        return BringInCopy(journalPath, contents);
     }
+    m_journal.SetEnd(contents.end);
+    static_cast<void>(m_journal.File().SetLength(contents.end)); // so that nothing follows what is added
     bool isFree = true;
     bool isAllDone = true;
     for (SJournalEntry& entry : contents.entries) {
@@ -79,13 +81,33 @@ bool CEntryRecovery::BringIn(const std::string& journalPath, CHeldDayFile* held)
         isFree = isFree && (isSettled || !isMeant);
         isAllDone = isAllDone && isSettled;
     }
-    if (isAllDone && m_isWhole) {
+    if (isAllDone) {
         m_journal.Remove();
-    } else if (isAllDone && held == nullptr) { // said once: no later run finds more in it
-        m_tell(JournalReport(ELedgerOutcome::DamagedJournal, journalPath));
-        static_cast<void>(RenameFile(journalPath, journalPath + std::string(kDamagedEnding)));
     }
     return isFree;
+}
+
+/// Of a damaged journal, which is kept under another name. The log has that before the name changes.
+bool CEntryRecovery::BringInCopy(const std::string& journalPath, const SJournalContents& contents) {
+    const bool isOpen = !std::ranges::all_of(contents.entries, &SJournalEntry::isDone);
+    const SFileResult copied =
+        isOpen ? CopyOpenEntries(journalPath, m_journal.File(), contents) : SFileResult();
+    if (!copied.Good()) {
+        bool isFree = true;
+        for (const SJournalEntry& entry : contents.entries) {
+            if (!entry.isDone) {
+                TellWaits(entry,
+                          "the journal is damaged, and cannot be copied" +
+                              (copied.systemCode != 0 ? ": " + SystemErrorText(copied.systemCode) : ""));
+                isFree = isFree && (m_held == nullptr || PathOf(entry) != m_held->Path());
+            }
+        }
+        return isFree;
+    }
+    m_tell(JournalReport(ELedgerOutcome::DamagedJournal, journalPath));
+    static_cast<void>(RenameFile(journalPath, journalPath + std::string(kDamagedEnding)));
+    FlushFolder(m_journal.Folder());
+    return !isOpen || CEntryRecovery(m_eventRoot, m_tell).BringIn(CopyPathOf(journalPath), m_held);
 }
 
 /// False for a journal that is left unchanged. To cut one that could be read in part only, or to add to it,
@@ -120,7 +142,8 @@ bool CEntryRecovery::Settle(SJournalEntry& entry) {
         return FinishSetAside(entry);
     }
     if (entry.IsDropped()) {
-        entry.records = entry.lost = 0;
+        entry.records = 0;
+        entry.lost = {};
     }
     if (!IsSafePlace(entry.info.file)) {
         return Wait(entry, "its name leads out of the event root");
@@ -143,11 +166,7 @@ bool CEntryRecovery::Close(SJournalEntry& entry) {
         !MarkAppended(m_journal.Folder(), entry.info.source)) {
         return false;
     }
-    if (entry.lost > 0) {
-        SLedgerReport report = ReportOf(ELedgerOutcome::Lost, entry);
-        report.events = entry.lost;
-        m_tell(report);
-    }
+    TellLost(entry);
     return m_journal.Append(EFrame::Done, entry.visit, entry.chain, {}) && m_journal.Flush();
 }
 
@@ -275,7 +294,7 @@ SLedgerReport CEntryRecovery::ReportOf(ELedgerOutcome outcome, const SJournalEnt
 bool CEntryRecovery::Wait(SJournalEntry& entry, const std::string& why) {
     const SCalendarTime now = UtcTime();
     const std::string today = UtcDateText(now);
-    if (m_isWhole && entry.waits.insert(today).second) {
+    if (entry.waits.insert(today).second) {
         const auto* const bytes = reinterpret_cast<const std::uint8_t*>(today.data());
         static_cast<void>(m_journal.Append(EFrame::Waits, entry.visit, entry.chain, {bytes, today.size()}));
     }
@@ -348,6 +367,22 @@ bool CEntryRecovery::WriteSetAside(SJournalEntry& entry, CSetAsideFile& file) {
             entry.info.begun,
             entry.setAside->reason});
     return Close(entry);
+}
+
+/// In the words that a visit has for them which has not been ended.
+void CEntryRecovery::TellLost(const SJournalEntry& entry) const {
+    constexpr std::array<const char*, kLostCauses> kCauses{"not known", "", "a reply that makes no sense",
+                                                           "a record that could not be read", "no memory"};
+    for (std::size_t cause = 0; cause < kLostCauses; ++cause) {
+        if (entry.lost.at(cause) > 0) {
+            const bool isKindUnknown = cause == static_cast<std::size_t>(ELostCause::UnknownKind);
+            SLedgerReport report =
+                ReportOf(isKindUnknown ? ELedgerOutcome::PassedOver : ELedgerOutcome::Lost, entry);
+            report.events = entry.lost.at(cause);
+            report.reason = kCauses.at(cause);
+            m_tell(report);
+        }
+    }
 }
 
 void CEntryRecovery::TellWaits(const SJournalEntry& entry, const std::string& why) const {

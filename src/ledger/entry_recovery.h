@@ -25,6 +25,7 @@ public:
 private:
     struct SPlan;
     [[nodiscard]] bool Open(const std::string& journalPath, SJournalContents& contents);
+    [[nodiscard]] bool BringInCopy(const std::string& journalPath, const SJournalContents& contents);
     [[nodiscard]] bool Settle(SJournalEntry& entry);
     [[nodiscard]] bool Close(SJournalEntry& entry);
     [[nodiscard]] bool HoldAndStore(SJournalEntry& entry);
@@ -36,6 +37,7 @@ private:
     [[nodiscard]] bool FinishSetAside(SJournalEntry& entry);
     [[nodiscard]] bool WriteSetAside(SJournalEntry& entry, CSetAsideFile& file);
     [[nodiscard]] SLedgerReport ReportOf(ELedgerOutcome outcome, const SJournalEntry& entry) const;
+    void TellLost(const SJournalEntry& entry) const;
     void TellWaits(const SJournalEntry& entry, const std::string& why) const;
     [[nodiscard]] std::string PathOf(const SJournalEntry& entry) const;
 
@@ -43,8 +45,7 @@ private:
     const LedgerListener& m_tell;
     CJournalFile m_journal;
     CHeldDayFile* m_held = nullptr;
-    bool m_isWhole = false; ///< the journal, but for a torn frame
-    std::string m_why;      ///< what keeps the entry at hand from its day file
+    std::string m_why; ///< what keeps the entry at hand from its day file
 };
 
 } // namespace ruvo

@@ -22,13 +22,23 @@ namespace ruvo {
 enum class EFrame : std::uint8_t {
     Visit = 1,    ///< SVisitInfo: before the first event is taken
     Record = 2,   ///< number of an extended record or 0, and one record image
-    Lost = 3,     ///< an event of which no record is made
+    Lost = 3,     ///< ELostCause: an event of which no record is made
     Store = 4,    ///< SStoreInfo: before the day file's first byte
     Done = 5,     ///< a file has the records, or they are not to be written
     SetAside = 6, ///< SSetAsideInfo: before the set-aside file's first byte
     Waits = 7,    ///< the UTC date of a run that could not bring the visit in
 };
 inline constexpr EFrame kLastFrame = EFrame::Waits;
+
+/// Why no record is made of an event. On the disk: never renumber.
+enum class ELostCause : std::uint8_t {
+    NotStated = 0, ///< by a journal of an earlier version
+    UnknownKind = 1,
+    Malformed = 2,
+    RecordNotRead = 3,
+    NoMemory = 4,
+};
+inline constexpr std::size_t kLostCauses = 5;
 
 /// What every journal begins with; another version has another text.
 inline constexpr std::string_view kJournalHead = "RUVO JOURNAL 1\r\n";

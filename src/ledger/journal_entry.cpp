@@ -33,8 +33,10 @@ bool AddTo(SJournalEntry& entry, const SFrame& frame) {
         isUnderstood = entry.setAside.has_value();
     } else if (frame.kind == EFrame::Waits) {
         entry.waits.emplace(frame.payload.begin(), frame.payload.end());
+    } else if (frame.kind == EFrame::Lost) {
+        const std::size_t cause = frame.payload.empty() ? 0 : frame.payload.front();
+        ++entry.lost.at(cause < kLostCauses ? cause : 0);
     }
-    entry.lost += frame.kind == EFrame::Lost ? 1 : 0;
     entry.isDone = entry.isDone || frame.kind == EFrame::Done;
     return isUnderstood;
 }

@@ -3,6 +3,7 @@
 
 #include "ledger/frames.h"
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <set>
@@ -18,10 +19,10 @@ struct SJournalEntry {
     SChain chain;
     std::uint32_t records = 0;
     std::uint32_t lastExtended = 0;
-    std::uint32_t lost = 0;
-    std::optional<SStoreInfo> store;       ///< the last one
-    std::optional<SSetAsideInfo> setAside; ///< likewise
-    std::set<std::string> waits;           ///< the dates of runs that have found it waiting
+    std::array<std::uint32_t, kLostCauses> lost{}; ///< by cause
+    std::optional<SStoreInfo> store;               ///< the last one
+    std::optional<SSetAsideInfo> setAside;         ///< likewise
+    std::set<std::string> waits;                   ///< the dates of runs that have found it waiting
     bool isDone = false;
 
     /// Whether it comes from a set-aside file that still has the records.

@@ -17,6 +17,7 @@ enum class ELedgerOutcome : std::uint8_t {
     StoredAtEnd,   ///< of a day file that had changed since the visit
     Waits,         ///< for the day file
     Lost,          ///< by a run that was killed before it could say so
+    PassedOver,    ///< likewise: of unknown kind
     SetAside,
     NotSetAside, ///< since the set-aside file could not be written
 };

@@ -6,6 +6,7 @@
 #include "platform/clock.h"
 #include "platform/full_path.h"
 
+#include <array>
 #include <exception>
 #include <utility>
 
@@ -104,9 +105,10 @@ bool CVisitCustody::Keep(std::span<const std::uint8_t> image, std::uint32_t exte
     return m_journal == nullptr;
 }
 
-void CVisitCustody::Lose() noexcept {
+void CVisitCustody::Lose(ELostCause cause) noexcept {
+    const std::array payload{static_cast<std::uint8_t>(cause)};
     try {
-        static_cast<void>(IsJournaled() && m_journal->Append(EFrame::Lost, m_visit, m_chain, {}));
+        static_cast<void>(IsJournaled() && m_journal->Append(EFrame::Lost, m_visit, m_chain, payload));
     } catch (
         const std::exception&) { // NOLINT(bugprone-empty-catch): no memory; the visit's own count is right
     }

@@ -29,7 +29,7 @@ public:
     /// Keeps one record. False when the journal has failed: the record is kept, but the visit has to end.
     [[nodiscard]] bool Keep(std::span<const std::uint8_t> image, std::uint32_t extendedNumber);
     /// An event was taken of which no record is made.
-    void Lose() noexcept;
+    void Lose(ELostCause cause) noexcept;
     /// Says in the journal where the day file will have the records, and returns when that is on the disk. A
     /// visit goes on without it; records that are elsewhere, too, must not be stored without it.
     [[nodiscard]] bool AnnounceStore();
@@ -46,6 +46,10 @@ public:
 
     /// Whether what is kept outlasts an end of the process.
     [[nodiscard]] bool HasJournal() const { return IsJournaled(); }
+    /// Whether it is for want of room that the journal takes no more.
+    [[nodiscard]] bool IsJournalFull() const {
+        return m_journal != nullptr && m_journal->Failure().failure == EFileFailure::DiskFull;
+    }
     [[nodiscard]] std::size_t KeptCount() const { return m_framedCount + m_ends.size(); }
     /// Events that are in the day file; those that a journal has as well only once they are flushed.
     [[nodiscard]] std::size_t StoredCount() const;

@@ -26,8 +26,9 @@ std::string LedgerText(const SLedgerReport& report) {
         return "Journal " + path +
                " was written by another version, or is not a journal. It is left unchanged.";
     case ELedgerOutcome::DamagedJournal:
-        return "Journal " + path + " is damaged. Its readable events have been stored; it is kept as " +
-               path + ".damaged.";
+        return "Journal " + path +
+               " is damaged. Its readable events are recovered from a copy; it is kept as " + path +
+               ".damaged.";
     case ELedgerOutcome::UnreadJournal:
         return "Journal " + path + " cannot be read. It is left unchanged; the next run tries again.";
     case ELedgerOutcome::Stored:
@@ -40,7 +41,10 @@ std::string LedgerText(const SLedgerReport& report) {
                DisplayPath(report.journal) + " for day file " + path + ": " + report.reason + ".";
     case ELedgerOutcome::Lost:
         return events() + " taken from the relay, but not stored." + visit() +
-               ", which was ended; day file " + path + ".";
+               ", which was ended; day file " + path + ". Cause: " + report.reason + ".";
+    case ELedgerOutcome::PassedOver:
+        return events() + " of unknown kind passed over." + visit() + ", which was ended; day file " + path +
+               ".";
     case ELedgerOutcome::SetAside:
         return events() + " set aside in " + path + ": " + report.reason + "." + visit() +
                ". \"ruvoctl recover\" stores them in the day file.";

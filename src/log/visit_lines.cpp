@@ -50,6 +50,14 @@ std::string VisitEndText(const SExtractionReport& report) {
     if (report.end == EVisitEnd::LimitReached) {
         return taken + "the rest waits in the relay for the next run.";
     }
+    if (report.end == EVisitEnd::JournalFailed) {
+        return taken +
+               "its journal cannot be written any more, and the rest waits in the relay for the next run.";
+    }
+    if (report.end == EVisitEnd::NoMoreFiles) {
+        return taken + "the disk of " + DisplayPath(report.dayFile) +
+               " can take no more files, and the rest waits in the relay for the next run.";
+    }
     return taken + "there is no room for more in " +
            (report.end == EVisitEnd::JournalFull ? "the journal"
                                                  : "the disk of " + DisplayPath(report.dayFile)) +

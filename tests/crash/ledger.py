@@ -5,7 +5,7 @@ import json
 import re
 
 COUNTED = re.compile(r"(\d+) events? (?:taken from the relay, but not stored|of unknown kind passed over)\.")
-AFTERWARDS = re.compile(r"(\d+) events? taken from the relay, but not stored\. Visit of ")
+AFTERWARDS = re.compile(r"(\d+) events? (?:taken from the relay, but not stored|of unknown kind passed over)\. Visit of ")
 SET_ASIDE = re.compile(r" set aside in (.*?): ")
 BROUGHT_IN = " of a visit that was ended "
 

@@ -1,5 +1,6 @@
 // What keeps the events of one visit, and what stores a set-aside file, with a disk that fails: read errors,
 // journals that cannot be written any more, lengths that the system does not tell.
+#include "crash_case.h"
 #include "fault_rig.h"
 
 #include "dayfile/day_file_writer.h"
@@ -12,7 +13,7 @@ namespace ruvo::test {
 namespace {
 
 constexpr const char* kRoot = "C:\\ev";
-constexpr const char* kDayFile = "C:\\ev\\AB12-1\\AB12-1-2026-11-16-DEV.evt";
+constexpr const char* kFile = "C:\\ev\\AB12-1\\AB12-1-2026-11-16-DEV.evt";
 
 /// One whole record; its text has the number.
 std::vector<std::uint8_t> Record(int number) {
@@ -67,7 +68,7 @@ protected:
 TEST_F(Custody, AJournalThatFailsIsNamedAndANewOneTakesItsPlace) {
     for (int visit = 1; visit <= 4; ++visit) {
         CVisitCustody custody(&ledger, "RV001");
-        ASSERT_FALSE(custody.Begin(kDayFile + std::to_string(visit) + ".evt"));
+        ASSERT_FALSE(custody.Begin(kFile + std::to_string(visit) + ".evt"));
         EXPECT_EQ(custody.HasJournal(), visit < 4) << visit;
         EXPECT_TRUE(custody.Keep(Record(10 * visit), 0));
         Break(EFileFailure::Other);
@@ -89,7 +90,7 @@ TEST_F(Custody, TheLastJournalOfARunIsNamedTooAndNothingComesTwice) {
     {
         CRunLedger own(kRoot, [](const SLedgerReport&) {});
         CVisitCustody custody(&own, "RV001");
-        ASSERT_FALSE(custody.Begin(kDayFile));
+        ASSERT_FALSE(custody.Begin(kFile));
         EXPECT_TRUE(custody.Keep(Record(1), 0));
         Break(EFileFailure::Other);
         EXPECT_FALSE(custody.Keep(Record(2), 0));
@@ -117,7 +118,7 @@ TEST_F(Custody, ABeginThatFailsSaysWhy) {
         ASSERT_NE(own.Journal(), nullptr);
         CVisitCustody probe(&own, "RV001"); // finds out when the journal is asked for room
         const std::size_t before = g_disk.operations;
-        ASSERT_FALSE(probe.Begin(kDayFile));
+        ASSERT_FALSE(probe.Begin(kFile));
         const std::size_t needed = g_disk.operations - before;
         probe.End();
         bool isMet = false;
@@ -125,7 +126,7 @@ TEST_F(Custody, ABeginThatFailsSaysWhy) {
             CVisitCustody custody(&own, "RV001");
             ASSERT_TRUE(own.Journal()->TakeBack(kJournalHead.size()));
             Break(row.failure, nth, 1);
-            const auto failure = custody.Begin(kDayFile);
+            const auto failure = custody.Begin(kFile);
             Mend();
             isMet = *row.refusal != '\0' ? failure && failure->why.starts_with(row.refusal)
                                          : !failure && custody.HasJournal() &&
@@ -138,7 +139,7 @@ TEST_F(Custody, ABeginThatFailsSaysWhy) {
 
 TEST_F(Custody, WhatAFailedJournalHasIsSetAsideAndNotStored) {
     CVisitCustody custody(&ledger, "RV001");
-    ASSERT_FALSE(custody.Begin(kDayFile));
+    ASSERT_FALSE(custody.Begin(kFile));
     EXPECT_TRUE(custody.Keep(Record(1), 0));
     Break(EFileFailure::Other);
     EXPECT_FALSE(custody.Keep(Record(2), 0));
@@ -155,19 +156,19 @@ TEST_F(Custody, AReadErrorIsNoEnd) {
     std::string torn =
         "APP: Parlane\r\nTYPE: EventList\r\nFORMAT: 1.0\r\nNEXTEXTENDED: 000003\r\n\r\nx\r\n\x1A";
     torn += std::string(40, 'x');
-    g_disk.Put(kDayFile, torn);
+    g_disk.Put(kFile, torn);
     bool isRead = true;
     for (std::size_t nth = 1; nth < 40; ++nth) {
         CVisitCustody custody(&ledger, "RV001");
         Break(EFileFailure::Other, nth, 1);
-        const auto failure = custody.Begin(kDayFile);
+        const auto failure = custody.Begin(kFile);
         Mend();
         ASSERT_TRUE(failure) << "events would be taken at " << nth;
         isRead = isRead && failure->why.find("cannot be read to its end") == std::string::npos;
         custody.End();
     }
     EXPECT_FALSE(isRead);
-    EXPECT_EQ(g_disk.Files().at(kDayFile), torn);
+    EXPECT_EQ(g_disk.Files().at(kFile), torn);
 }
 
 TEST_F(Custody, WhatIsMissingIsKnownFromAFileThatCouldBeRead) {
@@ -179,7 +180,7 @@ TEST_F(Custody, WhatIsMissingIsKnownFromAFileThatCouldBeRead) {
         {
             CRunLedger killed(kRoot, [](const SLedgerReport&) {});
             CVisitCustody custody(&killed, "RV001");
-            ASSERT_FALSE(custody.Begin(kDayFile));
+            ASSERT_FALSE(custody.Begin(kFile));
             for (const int number : {1, 2, 3})
                 EXPECT_TRUE(custody.Keep(Record(number), 0));
             EXPECT_TRUE(custody.AnnounceStore());
@@ -189,7 +190,7 @@ TEST_F(Custody, WhatIsMissingIsKnownFromAFileThatCouldBeRead) {
         for (const int number : {7, 2})
             for (const std::uint8_t byte : Record(number))
                 other += static_cast<char>(byte);
-        g_disk.Put(kDayFile, other);
+        g_disk.Put(kFile, other);
         g_disk.EndProcess();
         Break(EFileFailure::Other, nth + 1, nth == 0 ? 0 : 1);
         const std::size_t before = g_disk.operations;
@@ -214,7 +215,7 @@ TEST_F(Custody, ASetAsideFileIsStoredOnceWhateverFails) {
             {
                 CRunLedger own(kRoot, [&](const SLedgerReport& report) { file = report.path; });
                 CVisitCustody custody(&own, "RV001");
-                ASSERT_FALSE(custody.Begin(kDayFile));
+                ASSERT_FALSE(custody.Begin(kFile));
                 for (const int number : {1, 2})
                     EXPECT_TRUE(custody.Keep(Record(number), 0));
                 custody.SetAside("a password was refused");
@@ -245,7 +246,7 @@ TEST_F(Custody, ASetAsideFileIsStoredOnceWhateverFails) {
 
 TEST_F(Custody, ALengthThatIsNotToldIsTheOneThatIsKnown) {
     CHeldDayFile file;
-    ASSERT_FALSE(file.Hold(kDayFile));
+    ASSERT_FALSE(file.Hold(kFile));
     file.StartAt(file.LengthNow(), MakeEventListHeader(1, kEventListText));
     file.Add(Record(1));
     file.Finish();
@@ -259,6 +260,20 @@ TEST_F(Custody, ALengthThatIsNotToldIsTheOneThatIsKnown) {
     file.Add(Record(2));
     file.Finish();
     EXPECT_EQ(Stored(), (std::vector{1, 2}));
+}
+
+TEST(Visit, EndsWhenTheDiskTakesNoMoreFiles) {
+    const SCrashCase test{.name = "long records", .cells = 200};
+    CFaultRig rig{LoadSubstation("[link]\nserial = [\"COM1\"]\n" + RelayText(test, kTested, true) +
+                                 RelayText(test, kNext, false))};
+    rig.onEvent = [](int) {
+        const std::lock_guard lock(g_diskLock);
+        g_disk.room.files = 0;
+    };
+    SMemoryDisk disk;
+    disk.PutFolder(kRoot);
+    disk.PutFolder("C:\\var\\state");
+    EXPECT_TRUE(rig.RunOn(disk, {}, {}).IsTold(" can take no more files, and the rest waits in the relay"));
 }
 
 } // namespace ruvo::test

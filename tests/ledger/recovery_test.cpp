@@ -42,7 +42,7 @@ protected:
     }
 
     /// Leaves the journal of an ended run with one visit: R are records, S is their store frame, A names the
-    /// set-aside file.
+    /// set-aside file; a digit is the cause of a lost event, and L is a lost event without one.
     void Leave(const std::string& frames, const std::string& source = "", const char* file = kDayFile) const {
         SChain chain;
         std::vector<std::uint8_t> bytes;
@@ -60,6 +60,10 @@ protected:
                 std::vector<std::uint8_t> payload{static_cast<std::uint8_t>(id), 0, 0, 0};
                 payload.insert(payload.end(), record.begin(), record.end());
                 add(EFrame::Record, payload);
+            } else if (frame == 'L') {
+                add(EFrame::Lost, {});
+            } else if (frame >= '0' && frame <= '9') {
+                add(EFrame::Lost, {static_cast<std::uint8_t>(frame - '0')});
             } else if (frame == 'S') {
                 add(EFrame::Store, Pack(SStoreInfo{0, 2, {{0, 2}}}));
             } else {
@@ -122,17 +126,47 @@ TEST_F(Recovery, ASetAsideFileIsFinishedWhereverItsWritingEnded) {
     EXPECT_FALSE(folder.Has(InState(kName))) << "one that was ended before its first byte goes";
 }
 
+TEST_F(Recovery, LostEventsAreToldByTheirCause) {
+    Leave("L1122R493");
+    ASSERT_EQ(BringIn(), 6U);
+    std::string all;
+    for (const SLedgerReport& report : told)
+        all += (report.outcome == ELedgerOutcome::PassedOver ? "passed over" : report.reason) + " " +
+               std::to_string(report.events) + "|";
+    EXPECT_EQ(all,
+              " 1|not known 2|passed over 2|a reply that makes no sense 2|a record that could not be read 1|"
+              "no memory 1|");
+}
+
 TEST_F(Recovery, ADamagedJournalIsReportedOnceAndKept) {
     Leave("RR");
     const std::string journal = folder.Read(InState("ended.journal")) + std::string(40, '\x41');
     folder.Write(InState("ended.journal"), journal);
     ASSERT_EQ(BringIn(), 2U);
-    EXPECT_EQ(told[0].outcome, ELedgerOutcome::Stored);
-    EXPECT_EQ(told[1].outcome, ELedgerOutcome::DamagedJournal);
+    EXPECT_EQ(told[0].outcome, ELedgerOutcome::DamagedJournal);
+    EXPECT_EQ(told[1].outcome, ELedgerOutcome::Stored);
     EXPECT_EQ(Day().substr(Day().size() - both.size()), both);
     EXPECT_FALSE(HasJournal());
-    EXPECT_TRUE(folder.Read(InState("ended.journal.damaged")).starts_with(journal.substr(0, 100)));
+    EXPECT_EQ(folder.Read(InState("ended.journal.damaged")), journal) << "as it was";
     EXPECT_EQ(BringIn(), 0U);
+    folder.Write(InState("ended.journal"), journal);
+    EXPECT_EQ(BringIn(), 2U);
+    EXPECT_EQ(Day().substr(Day().size() - both.size()), both);
+    EXPECT_EQ(Day().find(both), Day().size() - both.size()) << "once, although an end left the journal, too";
+}
+
+TEST_F(Recovery, WhatWaitsInADamagedJournalIsSetAsideAfterAWeek) {
+    const std::string torn = Header("headerText") + Record(1).substr(0, 30) + "x";
+    Leave("RR");
+    WriteDay(torn);
+    folder.Write(InState("ended.journal"), folder.Read(InState("ended.journal")) + std::string(40, '\x41'));
+    for (int day = 17; day <= 23; ++day) {
+        g_utcTime = {2026, 11, day, 23, 30, 0};
+        EXPECT_EQ(BringIn(), day == 17 ? 2U : 1U) << day;
+    }
+    EXPECT_TRUE(Aside().ends_with(both));
+    EXPECT_FALSE(HasJournal() || folder.Has(InState("ended-copy.journal")));
+    EXPECT_EQ(Day(), torn);
 }
 
 TEST_F(Recovery, WhatHasWaitedForAWeekIsSetAside) {

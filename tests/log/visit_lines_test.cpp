@@ -87,6 +87,9 @@ TEST_F(VisitLines, EachReportHasItsWords) {
         {"a full journal", [&] { end(EVisitEnd::JournalFull, 2); },
          "This visit has taken 2 events; there is no room for more in the journal, and the rest waits in the relay "
          "for the next run.|"},
+        {"a journal on a bad disk", [&] { end(EVisitEnd::JournalFailed, 1); },
+         "This visit has taken 1 event; its journal cannot be written any more, and the rest waits in the relay "
+         "for the next run.|"},
         {"a failed write",
          [&] {
              end(EVisitEnd::DiskFull, 3);
@@ -150,7 +153,7 @@ TEST(LedgerText, SaysWhatBecameOfEvents) {
         {UnknownJournal, 0,
          "Journal /p was written by another version, or is not a journal. It is left unchanged."},
         {DamagedJournal, 0,
-         "Journal /p is damaged. Its readable events have been stored; it is kept as /p.damaged."},
+         "Journal /p is damaged. Its readable events are recovered from a copy; it is kept as /p.damaged."},
         {UnreadJournal, 0, "Journal /p cannot be read. It is left unchanged; the next run tries again."},
         {Stored, 1, "1 event of a visit that was ended is in day file /p now. Visit of K, begun B."},
         {StoredAtEnd, 2,
@@ -159,7 +162,10 @@ TEST(LedgerText, SaysWhatBecameOfEvents) {
         {Waits, 1, "1 event waits in journal /j for day file /p: why."},
         {Waits, 2, "2 events wait in journal /j for day file /p: why."},
         {Lost, 1,
-         "1 event taken from the relay, but not stored. Visit of K, begun B, which was ended; day file /p."},
+         "1 event taken from the relay, but not stored. Visit of K, begun B, which was ended; day file /p. "
+         "Cause: why."},
+        {PassedOver, 2,
+         "2 events of unknown kind passed over. Visit of K, begun B, which was ended; day file /p."},
         {SetAside, 2,
          "2 events set aside in /p: why. Visit of K, begun B. \"ruvoctl recover\" stores them in the day file."},
         {NotSetAside, 0, "Visit of K: why."},

@@ -70,7 +70,8 @@ protected:
         ForEachCase<1>("tools/log_refusals.txt", [&](auto& reason) {
             Log([&](SExtractionReport& report) { report.refusal = {ERefusal::FileNotHeld, reason}; });
         });
-        for (const EVisitEnd end : {EVisitEnd::LimitReached, EVisitEnd::JournalFull, EVisitEnd::DiskFull})
+        for (const EVisitEnd end : {EVisitEnd::LimitReached, EVisitEnd::JournalFull, EVisitEnd::JournalFailed,
+                                    EVisitEnd::DiskFull, EVisitEnd::NoMoreFiles})
             Log([&](SExtractionReport& report) { report.end = end; });
         for (const std::size_t count : {1U, 2U})
             Log([&](SExtractionReport& report) {

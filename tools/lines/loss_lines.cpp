@@ -20,10 +20,17 @@ constexpr std::array kLines{
     SLineWords{
         Loss, Critical,
         "<1 event|{N} events> taken from the relay, but not stored. Visit of {KEY}, begun {TIME}, which was "
-        "ended; day file {FILE}.",
+        "ended; day file {FILE}. Cause: {CAUSE}.",
         "A run that was killed had noted these events as lost, and this run says so in its place.",
         "So many events are lost here.",
-        "Read them at the relay, as far as it still shows them. Lines of the log at TIME (UTC) may say why."},
+        "Read them at the relay, as far as it still shows them. Lines of the log at TIME (UTC) may say more."},
+    SLineWords{
+        Loss, Critical,
+        "<1 event|{N} events> of unknown kind passed over. Visit of {KEY}, begun {TIME}, which was ended; day "
+        "file {FILE}.",
+        "A run that was killed had passed over these events, and this run says so in its place.",
+        "So many events are lost here.",
+        "As for the same line of a visit that was not ended: read such events with the relay's own software."},
     SLineWords{
         Loss, Critical, "<1 event|{N} events> of unknown kind passed over.",
         "The relay handed over events of a kind that this program does not know, and deleted them. Day files "
@@ -85,7 +92,7 @@ constexpr std::array kLines{
         "Copy the day file to another disk, then look at this one (\"dmesg\", \"smartctl -a\")."},
     SLineWords{
         Loss, Critical,
-        "Journal {JOURNAL} is damaged. Its readable events have been stored; it is kept as {KEPT}.",
+        "Journal {JOURNAL} is damaged. Its readable events are recovered from a copy; it is kept as {KEPT}.",
         "The journal of an ended run was not whole, after a power failure for example.",
         "What could be read is in the day files. After a power failure the rest are events of the visit's last "
         "second; these are lost.",

@@ -111,6 +111,19 @@ constexpr std::array kLines{
         "rest waits in the relay for the next run.",
         "The disk of the day file is full.", kKept,
         "Make room (\"df -h\"), then visit again, before the relay's memory is full."},
+    SLineWords{
+        Storage, Critical,
+        "This visit has taken <1 event|{N} events>; its journal cannot be written any more, and the rest waits in "
+        "the relay for the next run.",
+        "The disk of the state folder has reported an error; the program's standard error names it.", kKept,
+        "Look at that disk (\"dmesg\", \"smartctl -a\"): \"ruvoctl recover SITE.ini\" names the folder. Then "
+        "visit again."},
+    SLineWords{
+        Storage, Critical,
+        "This visit has taken <1 event|{N} events>; the disk of {FILE} can take no more files, and the rest waits "
+        "in the relay for the next run.",
+        "The disk of the day file has no inodes left.", kKept,
+        "Remove files that nobody needs (\"df -i\"), then visit again, before the relay's memory is full."},
     SLineWords{Storage, Warning, "<1 event waits|{N} events wait> in the journal for the next run.",
                "The events were read, but the day file could not be written; the line before says why.",
                kWaits, "Remove the cause, then visit again. Do not delete the journal: it is the only copy."},

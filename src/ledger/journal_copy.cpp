@@ -1,0 +1,90 @@
+#include "ledger/journal_copy.h"
+
+#include "ledger/journal_file.h"
+#include "paths/path_utilities.h"
+
+namespace ruvo {
+
+namespace {
+
+constexpr std::string_view kCopyMark = "-copy";
+constexpr std::string_view kUnfinishedEnding = ".new"; // until the copy is whole: a part of it is none
+constexpr std::size_t kPieceSize = std::size_t{64} * 1024;
+
+/// Writes what is added in pieces. After a failure nothing more is written.
+class CPieces {
+public:
+    explicit CPieces(CFile& file) : m_file(file) {}
+
+    void Add(std::span<const std::uint8_t> bytes) {
+        m_piece.insert(m_piece.end(), bytes.begin(), bytes.end());
+        if (m_piece.size() >= kPieceSize) {
+            Write();
+        }
+    }
+    SFileResult Finish() {
+        Write();
+        m_result = m_result.Good() ? m_file.FlushToDisk() : m_result;
+        return m_result;
+    }
+
+private:
+    void Write() {
+        std::size_t count = 0;
+        m_result = m_result.Good() ? m_file.Write(m_piece, count) : m_result;
+        m_piece.clear();
+    }
+
+    CFile& m_file;
+    std::vector<std::uint8_t> m_piece;
+    SFileResult m_result;
+};
+
+void CopyEntry(CFile& journal, const SJournalEntry& entry, std::uint64_t end, CPieces& pieces) {
+    CFrameReader reader(journal, entry.offset, entry.visit, end);
+    std::vector<std::uint8_t> bytes;
+    SChain chain;
+    for (SFrame frame; reader.Next(frame);) {
+        MakeFrame(bytes, frame.kind, frame.visit, chain, frame.payload);
+        pieces.Add(bytes);
+    }
+}
+
+} // namespace
+
+std::string CopyPathOf(const std::string& journalPath) {
+    const std::size_t stem = journalPath.size() - kJournalEnding.size();
+    return journalPath.substr(0, stem) + std::string(kCopyMark) + std::string(kJournalEnding);
+}
+
+SFileResult CopyOpenEntries(const std::string& journalPath, CFile& journal,
+                            const SJournalContents& contents) {
+    const std::string path = CopyPathOf(journalPath);
+    if (GetPathKind(path) == EPathKind::File) {
+        return {};
+    }
+    const std::string unfinished = path + std::string(kUnfinishedEnding);
+    CFile copy;
+    const SFileResult made = copy.Open(
+        unfinished, {.write = true, .create = true, .truncate = true, .plain = true, .ownerOnly = true});
+    if (!made.Good()) {
+        return made;
+    }
+    CPieces pieces(copy);
+    pieces.Add({reinterpret_cast<const std::uint8_t*>(kJournalHead.data()), kJournalHead.size()});
+    for (const SJournalEntry& entry : contents.entries) {
+        if (!entry.isDone) {
+            CopyEntry(journal, entry, contents.end, pieces);
+        }
+    }
+    const SFileResult written = pieces.Finish();
+    static_cast<void>(copy.Close());
+    if (!written.Good() || !RenameFile(unfinished, path)) {
+        RemoveFile(unfinished);
+        return written.Good() ? SFileResult{EFileFailure::Other, 0} : written;
+    }
+    FlushFolder(ParentFolder(path));
+    return {};
+}
+
+} // namespace ruvo
