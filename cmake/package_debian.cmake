@@ -86,7 +86,7 @@ install(FILES ${linux_files}/debian/lintian-overrides DESTINATION usr/share/lint
 file(GLOB documents ${CMAKE_SOURCE_DIR}/docs/*.md)
 install(FILES ${documents} DESTINATION ${documentation})
 install(FILES ${linux_files}/linux/site.ini DESTINATION ${examples})
-install(DIRECTORY ${linux_files}/fleet ${linux_files}/container DESTINATION ${examples})
+install(DIRECTORY ${linux_files}/fleet ${linux_files}/container ${linux_files}/prometheus DESTINATION ${examples})
 install(FILES ${CMAKE_SOURCE_DIR}/examples/c/check_relay.c DESTINATION ${examples}/c)
 install(FILES ${linux_files}/linux/simulator.ini DESTINATION ${examples}/simulator RENAME registry.ini)
 install(FILES ${linux_files}/linux/demo.env ${CMAKE_SOURCE_DIR}/examples/substation/substation.toml

@@ -9,6 +9,7 @@
 #   scripts/setup.sh packages   what builds the Debian package (scripts/package.sh)
 #   scripts/setup.sh package-test   what examines it as well (tests/packages), some of it from npm, into build/npm
 #   scripts/setup.sh browser    the browser that looks at the report
+#   scripts/setup.sh alerts     what examines the metrics and their alert rules (tests/alerts)
 #   scripts/setup.sh database   the database server that the archive's rows are loaded into
 #   scripts/setup.sh systemd    what boots a small system that a real systemd runs (tests/machine/systemd.sh)
 #   scripts/setup.sh containers what builds an image and runs it (tests/machine/containers.sh)
@@ -45,12 +46,13 @@ for extra in "$@"; do
         modules=tests/packages/fleet # the schema that the fleet's manifests are held against
         ;;
     browser) packages+=(chromium chromium-driver python3-selenium) ;;
+    alerts) packages+=(prometheus) ;;
     database) packages+=(postgresql sqlite3) ;;
     systemd) packages+=("${package_tools[@]}" debootstrap systemd-container) ;;
     containers) packages+=("${package_tools[@]}" debootstrap podman buildah crun python3-yaml) ;;
     machine) packages+=(mmdebstrap qemu-system-x86 e2fsprogs) ;;
     *)
-        echo "setup.sh: unknown set '$extra' (known: checks windows fuzz coverage mutants packages package-test browser database systemd containers machine)" >&2
+        echo "setup.sh: unknown set '$extra' (known: checks windows fuzz coverage mutants packages package-test browser alerts database systemd containers machine)" >&2
         exit 2
         ;;
     esac

@@ -94,7 +94,7 @@ TEST_F(CStatus, JsonAndMetrics) {
     const std::string metrics = m_folder.Read("m.prom");
     for (const char* line :
          {"ruvo_relay_records{site=\"N\\\"1\",relay=\"AB12-1\"} 4\n",
-          "ruvo_relay_silent_days{site=\"N\\\"1\",relay=\"CD\\\"34-2\"} 15\n",
+          "ruvo_relay_silent_seconds{site=\"N\\\"1\",relay=\"CD\\\"34-2\"} 1296000\n",
           "ruvo_relay_last_file_timestamp_seconds{site=\"N\\\"1\",relay=\"AB12-1\"} 1795046400\n",
           "ruvo_relay_last_event_timestamp_seconds{site=\"N\\\"1\",relay=\"AB12-1\"} 1795057921\n",
           "# TYPE ruvo_site_state gauge\nruvo_site_state{site=\"N\\\"1\"} 1\n",

@@ -1,5 +1,7 @@
 #include "tools/status/site_status.h"
 
+#include "paths/path_utilities.h"
+#include "platform/files.h"
 #include "platform/full_path.h"
 #include "tools/events/day_file_walk.h"
 #include "tools/events/event_fields.h"
@@ -31,6 +33,13 @@ public:
         }
         ReadLog();
         m_status.leftovers = FindLeftovers(FullPath(m_question.eventRoot), EOtherRoots::Gone);
+        for (const auto& [what, path] : {std::pair("events", FullPath(m_question.eventRoot)),
+                                         {"log", ParentFolder(FullPath(m_question.logPath))},
+                                         {"state", m_status.leftovers.stateFolder}}) {
+            if (const auto bytes = path.empty() ? std::nullopt : FreeSpace(path).bytes) {
+                m_status.freeBytes[what] = *bytes;
+            }
+        }
         return std::move(m_status);
     }
 

@@ -48,9 +48,10 @@ struct SSiteStatus {
     std::map<std::string, SRelayStatus> relays; ///< by name
     SLogStatus log;
     SSiteLeftovers leftovers;
-    std::optional<SSiteVisits> visits; ///< none where no INI file names them
-    std::string since;                 ///< local date or time, "2026-11-16T03:00:00"
-    std::vector<std::string> failures; ///< what could not be read, with the reason
+    std::optional<SSiteVisits> visits;              ///< none where no INI file names them
+    std::map<std::string, std::uint64_t> freeBytes; ///< on the disk of "events", "log", "state"
+    std::string since;                              ///< local date or time, "2026-11-16T03:00:00"
+    std::vector<std::string> failures;              ///< what could not be read, with the reason
 };
 
 struct SSiteQuestion {

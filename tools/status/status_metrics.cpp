@@ -55,10 +55,15 @@ constexpr std::array kRelayMetrics{
     SRelayMetric{"ruvo_relay_last_event_timestamp_seconds",
                  "Latest event in the newest day file, by the relay's clock taken as UTC",
                  [](const SRelayStatus& relay) { return SecondsOfEvent(relay.lastEvent); }},
-    SRelayMetric{"ruvo_relay_silent_days", "Days since the UTC day of the relay's newest day file",
-                 [](const SRelayStatus& relay) { return relay.silentDays; }},
+    SRelayMetric{"ruvo_relay_silent_seconds", "Whole days since the UTC day of the relay's newest day file",
+                 [](const SRelayStatus& relay) {
+                     return relay.silentDays ? Value(*relay.silentDays * kSecondsPerDay) : std::nullopt;
+                 }},
     SRelayMetric{"ruvo_relay_damaged_places", "Damaged places in all day files of the relay",
                  [](const SRelayStatus& relay) { return Whole(relay.damaged); }},
+    SRelayMetric{"ruvo_relay_new_damaged_places",
+                 "Damaged places in the relay's day files within the time that the check covers",
+                 [](const SRelayStatus& relay) { return Whole(relay.freshDamaged); }},
 };
 
 /// Of each relay that the INI file names, as the log names its connection.
@@ -97,6 +102,10 @@ void AddSite(CMetrics& out, const SSiteReport& site, std::int64_t now) {
     if (status.visits) {
         AddVisitMetrics(out, *status.visits, siteLabel);
         AddProblems(out, status, siteLabel);
+    }
+    for (const auto& [what, bytes] : status.freeBytes) {
+        out.Add("ruvo_disk_free_bytes", "Room on the disk of the day files, the error log, the state folder",
+                siteLabel + ',' + MetricLabel("of", what), *Whole(bytes));
     }
     if (status.leftovers.IsRead()) { // else a 0 would be a guess
         out.Add("ruvo_events_waiting", "Events in the journals of runs that have ended", siteLabel,

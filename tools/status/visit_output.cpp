@@ -70,6 +70,12 @@ constexpr std::array kRelayVisitMetrics{
     SMetric<SRelayVisit>{
         "ruvo_relay_events_fetched", "Events of the relay that the last visit has fetched",
         [](const SRelayVisit& relay) { return relay.entry ? Whole(relay.entry->taken) : std::nullopt; }},
+    SMetric<SRelayVisit>{
+        "ruvo_relay_missed_nights", "Nights since the relay was last reached on which a visit missed it",
+        [](const SRelayVisit& relay) { return relay.entry ? Whole(relay.nights) : std::nullopt; }},
+    SMetric<SRelayVisit>{
+        "ruvo_relay_events_lost", "Events of the relay that the last visit has lost",
+        [](const SRelayVisit& relay) { return relay.entry ? Whole(relay.entry->lost) : std::nullopt; }},
     SMetric<SRelayVisit>{"ruvo_relay_visit_seconds", "How long the last visit was with the relay",
                          SecondsOfVisit},
 };

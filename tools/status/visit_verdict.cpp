@@ -53,6 +53,11 @@ void EvaluateReach(const SSiteVisits& visits, SVerdict& verdict) {
         if (relay.IsMissed()) {
             verdict.causes.push_back({EState::Warning, MissedText(visits, relay)});
         }
+        if (relay.entry && relay.entry->lost > 0) {
+            verdict.causes.push_back(
+                {EState::Warning, Counted(relay.entry->lost, "event") + " of " + relay.Label() +
+                                      " lost by the last visit; the error log says why"});
+        }
     }
 }
 
