@@ -47,6 +47,23 @@ TEST(Visit, EndsWithAStatusOfItsOwn) {
     EXPECT_TRUE(Visit(run, "(visit $DIR/site.ini); echo $?").ends_with("\n2\n"));
 }
 
+TEST(Visit, ShowsHowFarItIs) {
+    const CProgramRun run(kPlain, "", "[RUVO_SERIAL]\nRV000=4\nRV001=5\n");
+    const std::string missing = kFailed + "Connection details - COM Port: COM1, device address: 4.\n";
+    const std::string journal =
+        Visit(run, "echo > $DIR/out; export JOURNAL_STREAM=$(stat -c %d:%i $DIR/out)\n"
+                   "(visit $DIR/site.ini) >>$DIR/out; echo $?; cat $DIR/out");
+    EXPECT_EQ(
+        std::regex_replace(journal, std::regex("00:\\d\\d"), "TIME"),
+        "1\n\n<4>RV000 (4): not reached; P32LS Error - device is either not connected or not responding\n"
+        "<6>Plant (RV001): 1 event\n<6>1 of 2 relays reached, 1 event, TIME\n<4>" +
+            missing);
+    const std::string terminal = Visit(
+        run, "script -qec '" RUVO_BIN_DIR "/ruvoctl visit $DIR/site.ini' /dev/null </dev/null | tr -d '\\r'");
+    EXPECT_EQ(std::regex_replace(terminal, std::regex("\x1B\\[K|relay .*?00:\\d\\d|00:\\d\\d"), ""),
+              "1 of 2 relays reached, 1 event, \n" + missing);
+}
+
 TEST(Visit, IsNotMadeBadByAnotherStart) {
     const CProgramRun run(kLink + Relay("serial = 5", kTrip + kTrip) +
                               "[[fault]]\noperation = \"GetEvent\"\ncall = 2\ndelay = 2500\n",

@@ -2,6 +2,7 @@
 #include "support/case_table.h"
 #include "support/scratch_folder.h"
 #include "tools/visit/log_growth.h"
+#include "tools/visit/relay_progress.h"
 #include "tools/visit/run_outcome.h"
 #include "tools/visit/visit_output.h"
 
@@ -80,6 +81,44 @@ TEST(VisitOutput, FitsWhoReadsIt) {
         person.ShowProgress("relay 2");
     }
     EXPECT_EQ(errorText.str(), "\r\x1B[Krelay 1 of \r\x1B[K\r\x1B[Krelay 2\r\x1B[K");
+}
+
+TEST(RelayProgress, SaysWhatIsUnderWayAndWhatCameOfIt) {
+    const SSitePlaces places{.events = "", .log = "", .relays = {{"RV001", "5"}, {"RV002", "6"}}};
+    const CRelayNames names;
+    SVisitLine line;
+    const auto entry = [](const char* key, const char* address) {
+        SVisitEntry made;
+        made.key = key;
+        made.address = address;
+        return made;
+    };
+    line.entries = {entry("RV009", "")}; // only tells of recovered events
+    EXPECT_EQ(ProgressText(line, places, names, 41), "relay 1 of 2, RV001 (5), 0 events, 00:41");
+    line.entries.push_back(entry("RV001", "5"));
+    line.entries.back().isReached = true;
+    line.entries.back().taken = 4;
+    EXPECT_EQ(ProgressText(line, places, names, 3725), "relay 2 of 2, RV002 (6), 4 events, 62:05");
+    line.entries.push_back(entry("RV002", "6"));
+    EXPECT_EQ(ProgressText(line, places, names, 1), "2 relays visited, 4 events, 00:01");
+    EXPECT_EQ(TotalText(line, 2, 9), "1 of 2 relays reached, 4 events, 00:09");
+
+    SVisitEntry& relay = line.entries[1];
+    const auto text = [&names](const SVisitEntry& of) {
+        const auto [priority, words] = RelayText(of, names);
+        return std::string{static_cast<char>(priority)} + words;
+    };
+    EXPECT_EQ(text(relay), "6RV001 (5): 4 events");
+    relay.name = "AB12-0001";
+    relay.waiting = 2;
+    EXPECT_EQ(text(relay), "4AB12-0001 (RV001): 4 events, 2 in the journal for the next run");
+    relay.plant = "Feeder 7";
+    relay.lost = 1;
+    relay.status = 8;
+    relay.statusText = "no answer";
+    EXPECT_EQ(text(relay),
+              "3Feeder 7 (RV001): 4 events, 1 lost, 2 in the journal for the next run; no answer");
+    EXPECT_EQ(text(line.entries[2]), "4RV002 (6): not reached");
 }
 
 } // namespace ruvo::test

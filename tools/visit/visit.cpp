@@ -12,6 +12,7 @@
 #include "tools/sites/site_visits.h"
 #include "tools/text_encoding.h"
 #include "tools/visit/log_growth.h"
+#include "tools/visit/relay_progress.h"
 
 #include <algorithm>
 
@@ -146,13 +147,25 @@ SRunOutcome CVisit::RunExtractor(const SChildProgram& program) {
     CLines printed;
     CChildProgram::SWatch watch;
     watch.take = [&](std::string_view piece) { printed.Add(piece, show); };
-    const CVisitControl::SProgramEnd ended = m_control.Run(program, watch);
+    const bool isWatched = m_places && (m_output.IsForPerson() || m_output.IsJournal());
+    const CRelayNames names = isWatched ? CRelayNames(m_iniPath, places) : CRelayNames();
+    CRelayProgress progress(records, places, names, m_output);
+    std::uint64_t process = 0;
+    if (isWatched) {
+        watch.every = CRelayProgress::kPause;
+        watch.look = [&] { progress.Look(process); };
+    }
+    const CVisitControl::SProgramEnd ended =
+        m_control.Run(program, watch, [&process](std::uint64_t number) { process = number; });
     printed.Finish(show);
     if (!ended.failure.empty()) {
         show(Shown(program.path) + ": " + ended.failure);
     }
     outcome.end = ended.end;
     outcome.record = records.Find(ended.process);
+    if (isWatched && outcome.record) {
+        progress.Finish(*outcome.record);
+    }
     outcome.logged = log.Added();
     m_output.Say(EPriority::Warning, SystemTextToUtf8(outcome.logged));
     if (!outcome.record && m_places) {
