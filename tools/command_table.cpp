@@ -8,6 +8,7 @@
 namespace ruvo {
 
 SCommand EventsCommand();
+SCommand SoeCommand();
 SCommand NewCommand();
 SCommand ListCommand();
 SCommand AddCommand();
@@ -26,9 +27,9 @@ SCommand HelpCommand();
 std::span<const SCommand> Commands() {
     static const std::vector<SCommand> commands = [] {
         std::vector<SCommand> table{
-            EventsCommand(), VisitCommand(),    StatusCommand(),  ReportCommand(),  NewCommand(),
-            ListCommand(),   AddCommand(),      RemoveCommand(),  CheckCommand(),   PathsCommand(),
-            TestCommand(),   PasswordCommand(), RecoverCommand(), ExplainCommand(),
+            EventsCommand(), SoeCommand(),  VisitCommand(),    StatusCommand(),  ReportCommand(),
+            NewCommand(),    ListCommand(), AddCommand(),      RemoveCommand(),  CheckCommand(),
+            PathsCommand(),  TestCommand(), PasswordCommand(), RecoverCommand(), ExplainCommand(),
         };
         const std::span<const SCommand> more = DatabaseCommands();
         table.insert(table.end(), more.begin(), more.end());

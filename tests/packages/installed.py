@@ -83,7 +83,7 @@ def look_at_installation():
     exposure = float(re.search(r"exposure level for [^:]*: ([0-9.]*) ", told)[1])
     print(f"  exposure of the service: {exposure} of 10")
     check("exposure of the service", exposure < 2, exposure)
-    for page in ("ruvo", "ruvoctl", "ruvo.ini", "ruvo-events", "ruvo-substation"):
+    for page in ("ruvo", "ruvoctl", "ruvo.ini", "ruvo-events", "ruvo-exports", "ruvo-substation"):
         check(f"man {page}", said("man", "-w", page, stderr=None).startswith("/"))
     equal("libraries of what is installed", contents.libraries("/usr/bin/ruvo"), contents.RUNTIME)
 

@@ -26,14 +26,17 @@ bool IsRealTime(const CParlaneIEC870& time) {
     return time.GetYear() <= kLastYear && time.ToVariantDate().valid;
 }
 
-std::int64_t MillisecondsOf(const CParlaneIEC870& time) {
+std::int64_t MillisecondsOf(const STimeFields& fields) {
     using namespace std::chrono;
-    const STimeFields fields = time.ToFields();
     const sys_days date = year(fields.year) / month(static_cast<unsigned>(fields.month)) /
                           day(static_cast<unsigned>(fields.day));
     const milliseconds since = date.time_since_epoch() + hours(fields.hour) + minutes(fields.minute) +
                                seconds(fields.second) + milliseconds(fields.milliseconds);
     return since.count();
+}
+
+std::int64_t MillisecondsOf(const CParlaneIEC870& time) {
+    return MillisecondsOf(time.ToFields());
 }
 
 CParlaneIEC870 StampOf(std::int64_t moment) {

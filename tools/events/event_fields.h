@@ -16,6 +16,7 @@ namespace ruvo {
 /// "2026-11-16T03:12:45.123", with the separator given in the place of the T; the fields as they are.
 void AppendTime(std::string& out, const CParlaneIEC870& time, char separator);
 /// Milliseconds since 1970 of a real time, as if the clock showed UTC.
+[[nodiscard]] std::int64_t MillisecondsOf(const STimeFields& fields);
 [[nodiscard]] std::int64_t MillisecondsOf(const CParlaneIEC870& time);
 /// The stamp of such a moment, without flags.
 [[nodiscard]] CParlaneIEC870 StampOf(std::int64_t milliseconds);

@@ -98,6 +98,23 @@ TimeKey TimeKeyOf(const CParlaneIEC870& time) {
     return MakeKey(time.ToFields());
 }
 
+STimeFields FieldsOf(TimeKey key) {
+    const auto take = [&key](TimeKey factor) {
+        const auto field = static_cast<int>(key % factor);
+        key /= factor;
+        return field;
+    };
+    STimeFields fields;
+    fields.milliseconds = take(1000);
+    fields.second = take(128);
+    fields.minute = take(64);
+    fields.hour = take(32);
+    fields.day = take(32);
+    fields.month = take(16);
+    fields.year = static_cast<int>(key);
+    return fields;
+}
+
 std::optional<TimeKey> ParseTimeKey(std::string_view text, EDayEdge edge) {
     STimeFields fields;
     if (!ParseDate(text, fields)) {

@@ -14,6 +14,8 @@ namespace ruvo {
 /// stamps that name no real date.
 using TimeKey = std::uint64_t;
 [[nodiscard]] TimeKey TimeKeyOf(const CParlaneIEC870& time);
+/// The fields that it was made of.
+[[nodiscard]] STimeFields FieldsOf(TimeKey key);
 
 /// Which moment a text means that leaves the time of day out.
 enum class EDayEdge : bool { Start, End };

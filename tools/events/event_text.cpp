@@ -1,11 +1,12 @@
 // Records for reading: aligned columns, with what else a record holds below it.
-#include "base/text.h"
 #include "tools/events/event_fields.h"
 #include "tools/events/event_printer.h"
 #include "tools/events/event_values.h"
+#include "tools/text_columns.h"
 #include "tools/text_encoding.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace ruvo {
@@ -15,35 +16,7 @@ namespace {
 constexpr std::size_t kTimeWidth = 24; ///< and a mark after it
 constexpr std::size_t kIndent = 6;
 constexpr std::size_t kNarrowestColumn = 8;
-constexpr std::string_view kGap = "  ";
-
-/// How many bytes the first `columns` characters take.
-std::size_t BytesOfColumns(std::string_view utf8, std::size_t columns) {
-    std::size_t at = 0;
-    for (; at < utf8.size(); ++at) {
-        const bool starts = (static_cast<unsigned char>(utf8[at]) & 0xC0U) != 0x80U;
-        if (starts && columns-- == 0) {
-            break;
-        }
-    }
-    return at;
-}
-
-/// Breaks a text into lines of at most `width` columns, at a blank where there is one.
-std::vector<std::string> Wrap(std::string_view text, std::size_t width) {
-    std::vector<std::string> lines;
-    while (ColumnsOf(text) > width) {
-        const std::size_t fits = BytesOfColumns(text, width);
-        std::size_t end = text.substr(0, fits + 1).rfind(' ');
-        if (end == std::string_view::npos || end == 0) {
-            end = fits;
-        }
-        lines.emplace_back(text.substr(0, end));
-        text.remove_prefix(std::min(text.find_first_not_of(' ', end), text.size()));
-    }
-    lines.emplace_back(text);
-    return lines;
-}
+constexpr std::size_t kGap = 2;
 
 std::string TimeColumn(const CParlaneIEC870& time) {
     std::string text;
@@ -78,7 +51,7 @@ std::vector<std::string> FurtherLines(const CEventRecord& record) {
 class CTextPrinter final : public IEventPrinter {
 public:
     CTextPrinter(std::size_t width, std::size_t relayWidth) : m_width(width), m_relayWidth(relayWidth) {
-        const std::size_t taken = kTimeWidth + m_relayWidth + 3 * kGap.size();
+        const std::size_t taken = kTimeWidth + m_relayWidth + 3 * kGap;
         const std::size_t rest = std::max(width > taken ? width - taken : 0, 2 * kNarrowestColumn);
         m_valueWidth = std::max(rest * 2 / 5, kNarrowestColumn);
         m_eventWidth = rest - m_valueWidth;
@@ -99,37 +72,27 @@ public:
         const std::string text = "! " + EscapeControls(source.file) + ": damage at byte " +
                                  std::to_string(damage.offset) + ", " + std::to_string(damage.length) +
                                  " bytes: " + std::string(DayFileFaultText(damage.fault));
-        for (const std::string& line : Wrap(text, m_width)) {
+        for (const std::string& line : WrapText(text, m_width)) {
             out += line;
             out += '\n';
         }
     }
 
 private:
-    void PrintColumns(std::string& out, std::string_view time, std::string_view relay, std::string_view event,
-                      std::string_view value) const {
-        const std::vector<std::string> cells[] = {Wrap(time, kTimeWidth), Wrap(relay, m_relayWidth),
-                                                  Wrap(event, m_eventWidth), Wrap(value, m_valueWidth)};
-        const std::size_t widths[] = {kTimeWidth, m_relayWidth, m_eventWidth, m_valueWidth};
-        const std::size_t height = std::ranges::max(cells, {}, &std::vector<std::string>::size).size();
-        for (std::size_t line = 0; line < height; ++line) {
-            const std::size_t start = out.size();
-            for (std::size_t column = 0; column < std::size(cells); ++column) {
-                const std::string cell = line < cells[column].size() ? cells[column][line] : std::string();
-                out += column > 0 ? kGap : "";
-                out += cell;
-                out.append(widths[column] - std::min(ColumnsOf(cell), widths[column]), ' ');
-            }
-            EraseTrailingBlanks(out, start);
-            out += '\n';
-        }
+    void PrintColumns(std::string& out, std::string time, std::string relay, std::string event,
+                      std::string value) const {
+        const STextColumn columns[] = {{std::move(time), kTimeWidth},
+                                       {std::move(relay), m_relayWidth},
+                                       {std::move(event), m_eventWidth},
+                                       {std::move(value), m_valueWidth}};
+        AppendColumns(out, columns);
     }
 
     void PrintIndented(std::string& out, std::string_view text) const {
         if (text.empty()) {
             return;
         }
-        for (const std::string& line : Wrap(text, m_width - kIndent)) {
+        for (const std::string& line : WrapText(text, m_width - kIndent)) {
             out.append(kIndent, ' ');
             out += line;
             out += '\n';

@@ -1,0 +1,155 @@
+// ruvoctl soe: the sequence of events of many relays and sites.
+#include "tools/command.h"
+#include "tools/events/day_file_walk.h"
+#include "tools/events/filter_options.h"
+#include "tools/events/format_options.h"
+#include "tools/given_time.h"
+#include "tools/soe/sequence_output.h"
+#include "tools/text_encoding.h"
+
+#include <array>
+#include <set>
+#include <utility>
+
+namespace ruvo {
+
+namespace {
+
+constexpr std::array kOptions{
+    SOption{EOptionKind::List, "SITE.ini|FOLDER",
+            "INI files of sites, folders that contain day files at any depth, or day files"},
+    kFormatOption,
+    kSpreadsheetOption,
+    kDecimalCommaOption,
+    kSinceOption,
+    kUntilOption,
+    kRelayOption,
+    SOption{EOptionKind::Text, "--match",
+            "only events with this text in their texts or cells; case does not matter"},
+    SOption{EOptionKind::Text, "--zero",
+            "also count from this time, or from the first event with this text in its texts or cells",
+            "TIME|TEXT"},
+    kClocksOption,
+    SOption{EOptionKind::Text, "--zone",
+            "with --clocks: show times in this zone, such as UTC (default), +01:00 or Europe/Berlin", "ZONE"},
+};
+
+constexpr std::string_view kNotes =
+    R"(Events are in order of time, with the time since the one before. Without --clocks, times are compared
+as the relays' clocks show them. With --clocks, each time becomes UTC first, so that relays in local time
+and in UTC line up: a line of the file is RELAY CLOCK or SITE/RELAY CLOCK, and the first line that fits
+applies. ruvo-exports(5) describes the file and the columns. --since, --until and --zero mean the times
+that are shown.
+Marks after a time: "?" the relay reports its clock as unreliable, "~" the moment in UTC is doubtful,
+"s" summer time. "?" after a difference: one of its two times has such a doubt.
+Exit status: 0 on success, 1 if a file is damaged or cannot be read, or if no event has the text of
+--zero, 2 on a usage error.
+
+Example: what led to the trip, at both ends of the line
+  ruvoctl soe north.ini south.ini --clocks clocks.txt --zone Europe/Berlin \
+      --since 2026-11-16T03:12 --until 2026-11-16T03:13 --zero "I> trip")";
+
+/// Reports options that contradict each other, or a mistake in one, and returns false.
+bool ParseQuestion(const CArguments& arguments, SConsole& console, SSequenceQuestion& question) {
+    if (!ParseFilterOptions(arguments, console, question.filter) || !CheckFormatOptions(arguments, console)) {
+        return false;
+    }
+    question.hasClocks = arguments.Has("--clocks");
+    if (arguments.Has("--zone")) {
+        const auto zone = ReadZone(arguments.Get("--zone"));
+        if (!question.hasClocks || !zone) {
+            console.error.Write("--zone: " +
+                                (question.hasClocks
+                                     ? EscapeControls(SystemTextToUtf8(arguments.Get("--zone"))) +
+                                           ": expected UTC, an offset, a rule or the name of a zone\n"
+                                     : std::string("requires --clocks\n")));
+            return false;
+        }
+        question.zone = *zone;
+    }
+    const std::string zero = SystemTextToUtf8(arguments.Get("--zero"));
+    question.zeroTime = ParseTimeKey(zero, EDayEdge::Start);
+    question.zeroText = question.zeroTime ? std::string() : zero;
+    return true;
+}
+
+/// Relays of which the file of clocks says nothing count as UTC, with a mark.
+void ReportUnknownClocks(const SFoundFiles& found, SConsole& console) {
+    std::set<std::string> unknown;
+    for (const SFoundFile& file : found.files) {
+        if (file.clock == nullptr) {
+            unknown.insert(file.relay);
+        }
+    }
+    for (const std::string& relay : unknown) {
+        console.error.Write("ruvoctl: --clocks: no line fits " + EscapeControls(relay) +
+                            "; its times are taken as UTC and marked with ~\n");
+    }
+}
+
+/// True when everything was read and nothing was damaged.
+bool ReadEvents(const SFoundFiles& found, CEventSequence& sequence, SConsole& console) {
+    bool isSound = true;
+    CDayFileWalk walk(console);
+    walk.Read(found, [&](const SEventSource& source, const SDayFileItem& item, CProgress& progress) {
+        if (item.record != nullptr) {
+            sequence.Add(source, item);
+        }
+        if (item.damage) {
+            isSound = false;
+            progress.Clear();
+            console.error.Write("ruvoctl: " + EscapeControls(source.file) + ": damage at byte " +
+                                std::to_string(item.damage->offset) + ", " +
+                                std::to_string(item.damage->length) +
+                                " bytes: " + std::string(DayFileFaultText(item.damage->fault)) + "\n");
+        }
+    });
+    return isSound && walk.Failures().empty();
+}
+
+void Print(const CArguments& arguments, const CEventSequence& sequence, SConsole& console) {
+    const std::string format = arguments.Get("--format");
+    if (format == "json") {
+        PrintSequenceAsJson(console.out, sequence);
+    } else if (format == "csv") {
+        PrintSequenceAsCsv(console.out, sequence, CsvFormOf(arguments));
+    } else {
+        const std::string zone = arguments.Has("--zone") ? arguments.Get("--zone") : "UTC";
+        PrintSequenceAsText(console.out, sequence,
+                            sequence.Question().hasClocks ? SystemTextToUtf8(zone) : std::string(),
+                            console.width);
+    }
+    console.out.Flush();
+}
+
+int RunSoe(const CArguments& arguments, SConsole& console) {
+    SSequenceQuestion question;
+    CRelayClocks clocks;
+    if (!ParseQuestion(arguments, console, question) || !ReadClocks(arguments, console, clocks)) {
+        return kExitUsage;
+    }
+    SFoundFiles found = FindDayFiles(arguments.GetAll("SITE.ini|FOLDER"));
+    std::erase_if(found.files,
+                  [&question](const SFoundFile& file) { return !question.filter.MatchesRelay(file.relay); });
+    CompleteSources(arguments, clocks, found);
+    if (question.hasClocks) {
+        ReportUnknownClocks(found, console);
+    }
+    CEventSequence sequence(std::move(question));
+    const bool isSound = ReadEvents(found, sequence, console);
+    if (!sequence.Finish()) {
+        console.error.Write("ruvoctl: --zero: no event with a time has the text \"" +
+                            EscapeControls(sequence.Question().zeroText) + "\"\n");
+        return kExitFailed;
+    }
+    Print(arguments, sequence, console);
+    return isSound ? kExitGood : kExitFailed;
+}
+
+} // namespace
+
+SCommand SoeCommand() {
+    return {"soe", "Show the sequence of events of many relays and sites", kNotes, kOptions, RunSoe};
+}
+
+} // namespace ruvo
