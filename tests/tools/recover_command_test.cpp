@@ -9,6 +9,7 @@
 #include "ledger/root_folder.h"
 #include "ledger/visit_custody.h"
 #include "ledger/visit_history.h"
+#include "ledger/visit_record.h"
 
 #include <gtest/gtest.h>
 
@@ -181,6 +182,24 @@ TEST_F(RecoverCommand, LeavesTheFileWhereTheDayFileCannotBeHad) {
     EXPECT_EQ(Day(), "torn");
     EXPECT_NE(Recover().out.find("set aside: 2 events"), std::string::npos) << "and nothing waits twice";
     EXPECT_EQ(Recover().out.find("waiting"), std::string::npos);
+}
+
+TEST_F(RecoverCommand, AnEventRootThatTheFileNamedEarlierIsNotForgotten) {
+    const auto isListed = [&](const std::vector<std::string>& words) {
+        return RunTool(words).out.find("2 events of " + folder.Native("old") + " are set aside in ") !=
+               std::string::npos;
+    };
+    const std::vector<std::string> check{"check", folder.Native("site.ini")};
+    const std::vector<std::string> status{"status", folder.Native("site.ini")};
+    UseRoot("old");
+    Visit(EEnd::SetAside, "old");
+    UseRoot("ev");
+    EXPECT_FALSE(isListed(check) || isListed(status)) << "it may be another site's";
+    CVisitRecord record(folder.Path("old"), folder.Path("site.ini"));
+    record.Begin();
+    record.End({});
+    EXPECT_TRUE(isListed(check));
+    EXPECT_TRUE(isListed(status)) << RunTool(status).out;
 }
 
 TEST_F(RecoverCommand, TakesOverAnEventRootThatIsGone) {

@@ -70,7 +70,8 @@ EResultCode TryCommsServer(std::vector<SDiagnostic>& causes) {
 }
 
 /// Warns about the places that a run writes. Where no folder can be created, its links are not checked.
-std::vector<SDiagnostic> FindTroubledPlaces(const std::string& eventRoot, EResultCode code) {
+std::vector<SDiagnostic> FindTroubledPlaces(const std::string& eventRoot, const std::string& iniPath,
+                                            EResultCode code) {
     std::vector<SDiagnostic> places;
     const auto add = [&](const std::vector<SDiagnostic>& found) {
         places.insert(places.end(), found.begin(), found.end());
@@ -81,7 +82,7 @@ std::vector<SDiagnostic> FindTroubledPlaces(const std::string& eventRoot, EResul
         add(FindMissingLocks(eventRoot));
     }
     add(FindFullDisks(eventRoot, ErrorLogPath()));
-    add(FindLeftoverEvents(eventRoot));
+    add(FindLeftoverEvents(eventRoot, iniPath));
     return places;
 }
 
@@ -122,7 +123,7 @@ SOutcome CheckFile(const std::string& fullPath, const CIniText& ini) {
         CRunContext context;
         code = LoadAndCheck(context, fullPath, true);
         if (!context.DestinationRoot().empty()) {
-            places = FindTroubledPlaces(FullPath(context.DestinationRoot()), code);
+            places = FindTroubledPlaces(FullPath(context.DestinationRoot()), fullPath, code);
         }
         code = code == EResultCode::Success ? TryCommsServer(causes) : code;
     }

@@ -86,8 +86,8 @@ std::vector<SDiagnostic> FindFullDisks(const std::string& eventRoot, const std::
     return diagnostics;
 }
 
-std::vector<SDiagnostic> FindLeftoverEvents(const std::string& eventRoot) {
-    const SSiteLeftovers leftovers = FindLeftovers(eventRoot, EOtherRoots::Gone);
+std::vector<SDiagnostic> FindLeftoverEvents(const std::string& eventRoot, const std::string& iniPath) {
+    const SSiteLeftovers leftovers = FindLeftovers(eventRoot, iniPath, EOtherRoots::Former);
     std::vector<SDiagnostic> diagnostics;
     for (const std::string& line : DescribeLeftovers(leftovers)) {
         diagnostics.push_back({0, line + "; see \"ruvoctl recover\""});

@@ -22,7 +22,9 @@ namespace ruvo {
 FindFullDisks(const std::string& eventRoot, const std::string& logPath,
               const std::function<SFreeSpace(const std::string& path)>& roomAt = FreeSpace);
 
-/// Events of earlier runs that are in no day file: of this event root, and of those that are gone.
-[[nodiscard]] std::vector<SDiagnostic> FindLeftoverEvents(const std::string& eventRoot);
+/// Events of earlier runs that are in no day file: of this event root, of those that are gone, and
+/// of those that the INI file named earlier.
+[[nodiscard]] std::vector<SDiagnostic> FindLeftoverEvents(const std::string& eventRoot,
+                                                          const std::string& iniPath);
 
 } // namespace ruvo

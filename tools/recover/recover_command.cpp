@@ -169,7 +169,7 @@ private:
 };
 
 int List(const CArguments& arguments, const std::string& eventRoot, SConsole& console) {
-    const SSiteLeftovers leftovers = FindLeftovers(eventRoot, EOtherRoots::All);
+    const SSiteLeftovers leftovers = FindLeftovers(eventRoot, "", EOtherRoots::All);
     console.out.Write(arguments.Get("--format") == "json" ? LeftoversAsJson(leftovers)
                                                           : LeftoversAsText(leftovers));
     return leftovers.IsRead() ? kExitGood : kExitFailed;

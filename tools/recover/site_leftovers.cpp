@@ -1,6 +1,7 @@
 #include "tools/recover/site_leftovers.h"
 
 #include "ledger/root_folder.h"
+#include "ledger/visit_history.h"
 #include "platform/full_path.h"
 #include "platform/state_folder.h"
 
@@ -17,6 +18,11 @@ SRootLeftovers Read(const std::string& folder, const std::string& eventRoot) {
     root.isThere = !place.empty() && GetPathKind(place) == EPathKind::Folder;
     root.found = ReadLeftovers(folder);
     return root;
+}
+
+/// Whether runs of the INI file have visited relays with that event root.
+bool WasRootOf(const std::string& iniPath, const SRootLeftovers& root) {
+    return !iniPath.empty() && CVisitHistory(FullPath(root.eventRoot)).HasVisitsOf(iniPath);
 }
 
 } // namespace
@@ -46,7 +52,7 @@ std::uint64_t SSiteLeftovers::EventsSetAside() const {
     return events;
 }
 
-SSiteLeftovers FindLeftovers(const std::string& eventRoot, EOtherRoots others) {
+SSiteLeftovers FindLeftovers(const std::string& eventRoot, const std::string& iniPath, EOtherRoots others) {
     SSiteLeftovers leftovers;
     std::string own;
     for (const std::string& state :
@@ -66,7 +72,8 @@ SSiteLeftovers FindLeftovers(const std::string& eventRoot, EOtherRoots others) {
     }
     for (const std::string& folder : RootFoldersIn(leftovers.stateFolder)) {
         SRootLeftovers root = folder == own ? SRootLeftovers() : Read(folder, "");
-        if (folder != own && !root.found.IsEmpty() && (others == EOtherRoots::All || !root.isThere)) {
+        if (folder != own && !root.found.IsEmpty() &&
+            (others == EOtherRoots::All || !root.isThere || WasRootOf(iniPath, root))) {
             leftovers.roots.push_back(std::move(root));
         }
     }

@@ -17,9 +17,9 @@ struct SRootLeftovers {
     SLeftovers found;
 };
 
-/// Which event roots are looked at beside the site's own.
+/// Which event roots are looked at beside the one that the INI file names.
 enum class EOtherRoots : std::uint8_t {
-    Gone, ///< those that do not exist any more, or are unknown
+    Former, ///< those that do not exist any more or are unknown, and those that runs of the INI file had
     All,
 };
 
@@ -33,7 +33,9 @@ struct SSiteLeftovers {
     [[nodiscard]] std::uint64_t EventsSetAside() const;
 };
 
-[[nodiscard]] SSiteLeftovers FindLeftovers(const std::string& eventRoot, EOtherRoots others);
+/// The INI file may be empty where none is known.
+[[nodiscard]] SSiteLeftovers FindLeftovers(const std::string& eventRoot, const std::string& iniPath,
+                                           EOtherRoots others);
 
 /// A sentence for each leftover, without a full stop, UTF-8, and for what could not be read.
 [[nodiscard]] std::vector<std::string> DescribeLeftovers(const SSiteLeftovers& leftovers);

@@ -22,6 +22,7 @@ SSiteStatus ReadStatus(const CSite& site, const SStatusOptions& options, SConsol
     SSiteVisits visits = ReadSiteVisits(site.IniPath(), places, SecondsOfRecord(RecordedNow()).value_or(0));
     status = ReadSiteStatus({.eventRoot = SystemPath(places.events),
                              .logPath = SystemPath(places.log),
+                             .iniPath = site.IniPath(),
                              .mayHaveNoRoot = visits.IsVisited() && !visits.summary.hasEvents,
                              .since = options.since,
                              .expected = options.expected},

@@ -32,7 +32,8 @@ public:
             }
         }
         ReadLog();
-        m_status.leftovers = FindLeftovers(FullPath(m_question.eventRoot), EOtherRoots::Gone);
+        m_status.leftovers =
+            FindLeftovers(FullPath(m_question.eventRoot), m_question.iniPath, EOtherRoots::Former);
         for (const auto& [what, path] : {std::pair("events", FullPath(m_question.eventRoot)),
                                          {"log", ParentFolder(FullPath(m_question.logPath))},
                                          {"state", m_status.leftovers.stateFolder}}) {

@@ -57,6 +57,7 @@ struct SSiteStatus {
 struct SSiteQuestion {
     std::string eventRoot;
     std::string logPath;
+    std::string iniPath;               ///< empty where none is known
     bool mayHaveNoRoot = false;        ///< no visit has stored anything yet, so that there is no event root
     std::string since;                 ///< as in SSiteStatus
     std::vector<std::string> expected; ///< names of relays that must be present

@@ -140,6 +140,7 @@ int RunOfOne(const CArguments& arguments, const SWhere& where, const SStatusOpti
         site.name = NameOfRoot(where.place);
         site.status = ReadSiteStatus({.eventRoot = where.place,
                                       .logPath = where.log,
+                                      .iniPath = {},
                                       .mayHaveNoRoot = false,
                                       .since = options.since,
                                       .expected = options.expected},

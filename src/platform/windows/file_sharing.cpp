@@ -34,8 +34,16 @@ EFileLock AskForLock(HANDLE file, DWORD how) {
 
 } // namespace
 
+// One that only asks whether there is a lock has it for a moment.
 EFileLock CFile::TryLock() {
-    return AskForLock(m_handle->file, LOCKFILE_EXCLUSIVE_LOCK);
+    constexpr int kAttempts = 10;
+    constexpr DWORD kMoment = 2; // milliseconds
+    EFileLock lock = AskForLock(m_handle->file, LOCKFILE_EXCLUSIVE_LOCK);
+    for (int attempt = 1; attempt < kAttempts && lock == EFileLock::HeldByAnother; ++attempt) {
+        Sleep(kMoment);
+        lock = AskForLock(m_handle->file, LOCKFILE_EXCLUSIVE_LOCK);
+    }
+    return lock;
 }
 
 // There is no mere question: for a moment it is taken, beside others that ask the same.
