@@ -5,6 +5,16 @@
 
 namespace ruvo {
 
+namespace {
+
+bool Counts(const SFoundFile& file, const SDayFileItem& item) {
+    return file.fetched == nullptr ||
+           file.fetched->Touches(item.offset,
+                                 item.offset + (item.record != nullptr ? 1 : item.damage->length));
+}
+
+} // namespace
+
 void CDayFileWalk::Read(const SFoundFiles& found, const ItemHandler& handle) {
     for (const std::string& failure : found.failures) {
         ReportFailure(failure);
@@ -29,7 +39,9 @@ void CDayFileWalk::ReadDayFile(const SFoundFile& file, const ItemHandler& handle
     const SEventSource source{SystemTextToUtf8(file.path), file.relay, file.site, file.clock};
     SDayFileItem item;
     while (m_console.out.IsGood() && m_reader.Next(item)) {
-        handle(source, item, progress);
+        if (Counts(file, item)) {
+            handle(source, item, progress);
+        }
         progress.Update(filesDone, m_bytes + m_reader.Position());
     }
     m_bytes += m_reader.Position();

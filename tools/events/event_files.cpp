@@ -66,7 +66,7 @@ void ReadFolder(const fs::path& folder, std::vector<fs::path>& folders, std::vec
 }
 
 void AddFile(const std::string& path, const std::string& site, SFoundFiles& found) {
-    found.files.push_back({path, RelayOfFileName(fs::path(path).filename().string()), site, nullptr});
+    found.files.push_back({path, RelayOfFileName(fs::path(path).filename().string()), site});
 }
 
 /// "north" for "/var/lib/ruvo/north/".

@@ -2,7 +2,9 @@
 #pragma once
 
 #include "tools/clocks/zone_rule.h"
+#include "tools/sites/fetched_bytes.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -12,7 +14,8 @@ struct SFoundFile {
     std::string path;  ///< in the system's own form, as typed or below the folder as typed
     std::string relay; ///< from the name of the file, UTF-8
     std::string site;  ///< the name of the INI file or folder that was given; empty for a day file; UTF-8
-    const CZoneRule* clock = nullptr; ///< as in SEventSource
+    const CZoneRule* clock = nullptr;                       ///< as in SEventSource
+    std::shared_ptr<const SFetchedBytes> fetched = nullptr; ///< what counts of it; null for all
 };
 
 struct SFoundFiles {

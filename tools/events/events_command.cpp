@@ -4,6 +4,7 @@
 #include "tools/events/event_files.h"
 #include "tools/events/event_filter.h"
 #include "tools/events/event_printer.h"
+#include "tools/events/fetched_option.h"
 #include "tools/events/filter_options.h"
 #include "tools/events/format_options.h"
 #include "tools/text_encoding.h"
@@ -25,6 +26,7 @@ constexpr std::array kOptions{
     kDecimalCommaOption,
     kSinceOption,
     kUntilOption,
+    kFetchedOption,
     kRelayOption,
     SOption{EOptionKind::Text, "--match",
             "only events with this text in their texts or cells; case does not matter"},
@@ -37,9 +39,13 @@ constexpr std::string_view kNotes =
     R"(Damaged places are printed where they occur, with offset and length; reading continues after them.
 In text output, "s" after a time marks summer time, and "?" a time from a clock that the relay reports
 as unreliable.
+--fetched takes from the records of visits what came in: also old events of a relay that was out of reach,
+and recovered ones. Times are those of this machine. A day file without such a record, such as a copy on
+another machine, counts by the UTC day in its name; a message says so.
 Exit status: 0 on success, 1 if a file is damaged or cannot be read, 2 on a usage error.
 
-Example: last night's events of the feeders
+Examples: what came in yesterday, and last night's events of the feeders
+  ruvoctl events --fetched yesterday --sort time events/
   ruvoctl events --since 2026-11-16T03:00 --relay FEED --sort time events/)";
 
 /// Writes printed records to the output at once, or keeps them until all are read and sorted.
@@ -95,6 +101,9 @@ int RunEvents(const CArguments& arguments, SConsole& console) {
         return kExitUsage;
     }
     SFoundFiles found = FindDayFiles(arguments.GetAll("FILE|FOLDER"));
+    if (!KeepFetched(arguments, console, found)) {
+        return kExitUsage;
+    }
     CompleteSources(arguments, clocks, found);
     std::erase_if(found.files,
                   [&filter](const SFoundFile& file) { return !filter.MatchesRelay(file.relay); });

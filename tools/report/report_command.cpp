@@ -3,6 +3,7 @@
 #include "platform/clock.h"
 #include "tools/command.h"
 #include "tools/events/day_file_walk.h"
+#include "tools/events/fetched_option.h"
 #include "tools/events/filter_options.h"
 #include "tools/report/report_data.h"
 #include "tools/report/report_page.h"
@@ -32,6 +33,7 @@ constexpr std::array kOptions{
     SOption{EOptionKind::Text, "--log", "also show the problems from this error log", "FILE"},
     kSinceOption,
     kUntilOption,
+    kFetchedOption,
     kRelayOption,
     SOption{EOptionKind::Text, "--silent",
             "call a relay silent after this many days without an event, up to now or --until (default: 3)",
@@ -42,7 +44,7 @@ constexpr std::array kOptions{
 constexpr std::string_view kNotes =
     R"(The page is a single file that needs no network: it can be mailed, archived and printed.
 --since and --until also apply to the error log, whose times are local to this machine; event times are
-the relays' own.
+the relays' own. --fetched works as for ruvoctl events.
 Exit status: 0 on success, 1 if a file is damaged or cannot be read or written, 2 on a usage error.
 
 Example: this week, for the morning meeting
@@ -159,6 +161,9 @@ int RunReport(const CArguments& arguments, SConsole& console) {
         return kExitUsage;
     }
     SFoundFiles found = FindDayFiles(arguments.GetAll("EVENTROOT"));
+    if (!KeepFetched(arguments, console, found)) {
+        return kExitUsage;
+    }
     std::erase_if(found.files,
                   [&filter](const SFoundFile& file) { return !filter.MatchesRelay(file.relay); });
     CReportData data;

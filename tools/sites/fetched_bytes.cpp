@@ -1,0 +1,71 @@
+#include "tools/sites/fetched_bytes.h"
+
+#include "tools/events/event_files.h"
+#include "tools/sites/site_visits.h"
+#include "tools/text_encoding.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace ruvo {
+
+namespace {
+
+constexpr std::int64_t kDaySeconds = std::int64_t{24} * 3600;
+
+/// When the entry's events were stored: at the end of its visit, as far as that is known.
+std::optional<std::int64_t> TimeOf(const SVisitEntry& entry, const SVisitLine& run) {
+    for (const std::string* time : {&entry.end, &entry.begin, &run.end, &run.begin}) {
+        if (const auto seconds = SecondsOfRecord(*time)) {
+            return seconds;
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+bool SFetchedBytes::Touches(std::uint64_t from, std::uint64_t to) const {
+    return isWhole || std::ranges::any_of(ranges, [from, to](const auto& range) {
+               return from < range.second && to > range.first;
+           });
+}
+
+void CFetchedBytes::Add(const SVisitLine& run) {
+    for (const SVisitEntry& entry : run.entries) {
+        const auto time = TimeOf(entry, run);
+        const bool counts = !m_period || (time && m_period->Contains(*time));
+        AddRange({entry.dayFile, entry.from, entry.to}, counts);
+        if (entry.recoveredIn) {
+            AddRange(*entry.recoveredIn, counts);
+        }
+    }
+}
+
+void CFetchedBytes::AddRange(const SStoredBytes& bytes, bool counts) {
+    if (bytes.dayFile.empty() || bytes.from >= bytes.to) {
+        return;
+    }
+    SFetchedBytes& file = m_files[bytes.dayFile];
+    if (counts) {
+        file.ranges.emplace_back(bytes.from, bytes.to);
+    }
+}
+
+SFetchedBytes CFetchedBytes::Of(const std::string& path) const {
+    const std::filesystem::path native(path);
+    const std::string name = native.filename().string();
+    const auto known = m_files.find(SystemTextToUtf8(native.parent_path().filename().string() + "/" + name));
+    if (known != m_files.end()) {
+        return known->second;
+    }
+    return {.isWhole = IsOfPeriod(name)};
+}
+
+bool CFetchedBytes::IsOfPeriod(const std::string& name) const {
+    const auto day = DayNumber(DayOfFileName(name));
+    return m_period && day && *day * kDaySeconds < m_period->end &&
+           (*day + 1) * kDaySeconds > m_period->begin;
+}
+
+} // namespace ruvo

@@ -1,0 +1,47 @@
+// What runs have put into day files, as the records of visits say. Of relays that were out of reach for days,
+// it is what tells new events from known ones.
+#pragma once
+
+#include "ledger/visit_entry.h"
+#include "tools/given_time.h"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace ruvo {
+
+/// The bytes of one day file that count.
+struct SFetchedBytes {
+    bool isWhole = false;                                          ///< all of them
+    std::vector<std::pair<std::uint64_t, std::uint64_t>> ranges{}; ///< the first, and the one after the last
+
+    [[nodiscard]] bool IsEmpty() const { return !isWhole && ranges.empty(); }
+    /// Whether any of these bytes counts.
+    [[nodiscard]] bool Touches(std::uint64_t from, std::uint64_t to) const;
+};
+
+/// Of the day files of one event root.
+class CFetchedBytes {
+public:
+    /// What came in within that time; without one, all that the added runs brought.
+    explicit CFetchedBytes(std::optional<SPeriod> period = std::nullopt) : m_period(period) {}
+
+    void Add(const SVisitLine& run);
+    /// Of a day file in the folder of its relay, by any path. A file that no run is known to have written
+    /// counts as a whole, by the UTC day in its name.
+    [[nodiscard]] SFetchedBytes Of(const std::string& path) const;
+
+private:
+    void AddRange(const SStoredBytes& bytes, bool counts);
+    [[nodiscard]] bool IsOfPeriod(const std::string& name) const;
+
+    std::optional<SPeriod> m_period;
+    /// By FOLDER/FILE, as the records have it; a file that is known has none where nothing in it counts.
+    std::map<std::string, SFetchedBytes> m_files;
+};
+
+} // namespace ruvo
