@@ -15,6 +15,7 @@ SCommand AddCommand();
 SCommand RemoveCommand();
 SCommand StatusCommand();
 SCommand VisitCommand();
+SCommand DigestCommand();
 SCommand CheckCommand();
 SCommand PathsCommand();
 SCommand TestCommand();
@@ -27,9 +28,10 @@ SCommand HelpCommand();
 std::span<const SCommand> Commands() {
     static const std::vector<SCommand> commands = [] {
         std::vector<SCommand> table{
-            EventsCommand(), SoeCommand(),  VisitCommand(),    StatusCommand(),  ReportCommand(),
-            NewCommand(),    ListCommand(), AddCommand(),      RemoveCommand(),  CheckCommand(),
-            PathsCommand(),  TestCommand(), PasswordCommand(), RecoverCommand(), ExplainCommand(),
+            EventsCommand(), SoeCommand(),      VisitCommand(),   StatusCommand(),
+            DigestCommand(), ReportCommand(),   NewCommand(),     ListCommand(),
+            AddCommand(),    RemoveCommand(),   CheckCommand(),   PathsCommand(),
+            TestCommand(),   PasswordCommand(), RecoverCommand(), ExplainCommand(),
         };
         const std::span<const SCommand> more = DatabaseCommands();
         table.insert(table.end(), more.begin(), more.end());
