@@ -119,8 +119,8 @@ bool Holds(const Words& column, const STerm& term) {
 class CArchive {
 public:
     CArchive() : m_database(Fill(m_folder), EDatabaseAccess::Read) {
-        CStatement rows(m_database, "SELECT r.id, f.relay, r.event, r.text, r.value, r.plant, r.bytes "
-                                    "FROM records r JOIN files f ON f.id = r.file_id");
+        CStatement rows(m_database, "SELECT e.id, e.relay, e.event, e.text, e.value, e.plant, r.bytes "
+                                    "FROM events e JOIN records r ON r.id = e.id");
         while (rows.Step()) {
             SArchived archived{
                 rows.NumberAt(0), rows.TextAt(1), ParseDayFileRecord(rows.BytesAt(6)).record, {}};
@@ -143,6 +143,7 @@ private:
         const CParlaneIEC870 noDay(CParlaneIEC870::Octets{0xD2, 4, 12, 3, 31, 2, 26}); // the 31st of February
         const std::string path = folder.Native("a.sqlite");
         CArchiveStore store(path);
+        store.BeginSite("north", {});
         Put(store, "FEED-7",
             {Simple(At(16, 3), "Trip L1 earth-fault"), Simple(At(16, 4), "trip coil failed"),
              Simple(noDay, "Trip of no day"), Extended(At(17, 3), "Earth fault"),
@@ -151,6 +152,7 @@ private:
         Put(store, "Bay \xC3\xBC_2",
             {Simple(At(16, 3), "CB open 2026"), Extended(noDay, "and or not near"),
              Simple(At(15, 0), "A-B C"), Extended(At(16, 3), "tripped; a b c")});
+        store.Finish();
         return path;
     }
     static void Put(CArchiveStore& store, const std::string& relay, const std::vector<std::string>& images) {

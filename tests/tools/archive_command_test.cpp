@@ -7,9 +7,11 @@
 #include "tools/archive/database.h"
 #include "tools/archive/find_query.h"
 
+#include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
 #include <iostream>
+#include <iterator>
 #include <nlohmann/json.hpp>
 
 namespace ruvo::test {
@@ -94,7 +96,8 @@ TEST_F(CArchive, FindsWhatIsAskedFor) {
         EXPECT_EQ(got, want);
         EXPECT_EQ(outcome.status, std::stoi(status)) << outcome.error;
     });
-    SOutcome events = RunTool({"events", m_folder.Native(kDayFile), "--format", "csv", "--sort", "time"});
+    SOutcome events = RunTool(
+        {"events", m_folder.Native("events"), "--relay", "AB12", "--format", "csv", "--sort", "time"});
     events.out.replace(events.out.find(m_folder.Native()), m_folder.Native().size() + 1 + 7, ""); // "events/"
     EXPECT_EQ(Lines(Find({"trip", "--format", "csv"}).out)[1], Lines(events.out)[1]);
 }
@@ -135,14 +138,98 @@ TEST_F(CArchive, LinesOfJsonHoldTheSameColumns) {
     CDatabase database(m_folder.Native("a.db"), EDatabaseAccess::Read);
     CStatement columns(database, "SELECT name FROM pragma_table_info('events') WHERE name <> 'id'");
     const auto row = nlohmann::ordered_json::parse(lines[0]);
-    for (auto item = row.begin(); item.key() != "bytes"; ++item)
-        EXPECT_EQ(columns.Step() ? columns.TextAt(0) : "", item.key());
+    for (auto item = row.begin(); item != row.end(); ++item) {
+        if (item.key() != "bytes") {
+            EXPECT_EQ(columns.Step() ? columns.TextAt(0) : "", item.key());
+        }
+    }
     EXPECT_FALSE(columns.Step());
+    CStatement cells(database, "SELECT cells FROM events");
+    EXPECT_NE(lines[0].find(cells.Step() ? ",\"cells\":" + cells.TextAt(0) + "," : "none"),
+              std::string::npos);
     EXPECT_EQ(row["cells"][0]["bits"][2], "Gesperrt ü");
     EXPECT_EQ(row["cells"][1]["template"], "\\u0000\xEF\xBF\xBD") << "no NUL";
     EXPECT_EQ(nlohmann::json::parse(lines[1])["time"], nullptr) << "31 November";
     EXPECT_FALSE(m_folder.Has("lines.tmp"));
     EXPECT_EQ(RunTool({"archive", events, "--ndjson", m_folder.Native("no/lines")}).status, 1);
+}
+
+/// The columns that all versions have; cells as JSON, which may be written in more than one way.
+std::vector<std::string> EventsOf(const std::string& path) {
+    CDatabase database(path, EDatabaseAccess::Read);
+    CStatement rows(
+        database, "SELECT id || '|' || relay || '|' || day_file || '|' || byte_offset || '|' || kind || '|' "
+                  "|| unique_id || '|' || event_code || '|' || time || time_invalid || summer_time || '|' "
+                  "|| location || '|' || event || '|' || text || '|' || value || '|' || plant || '|' || "
+                  "description || '|' || model, ifnull(cells, 'null') FROM events ORDER BY id");
+    std::vector<std::string> events;
+    while (rows.Step())
+        events.push_back(rows.TextAt(0) + nlohmann::json::parse(rows.TextAt(1)).dump());
+    return events;
+}
+
+TEST_F(CArchive, BringsOneOfAnEarlierVersionUpToDate) {
+    const std::string path = m_folder.Native("a.db");
+    std::ifstream script(RUVO_TEST_DATA "/tools/archive_version_1.sql");
+    const std::string text((std::istreambuf_iterator<char>(script)), {});
+    const auto make = [&] {
+        CDatabase database(path, EDatabaseAccess::Write);
+        database.TrustSchema(); // its trigger fills the index of texts
+        database.Run(text.c_str());
+    };
+    make();
+    const std::vector<std::string> events = EventsOf(path);
+    ASSERT_EQ(events.size(), 4U);
+    EXPECT_NE(Find({""}).error.find("run ruvoctl archive once"), std::string::npos);
+    CDatabase(path, EDatabaseAccess::Write).Run("UPDATE records SET bytes = x'00' WHERE id = 4");
+    EXPECT_EQ(Archive().status, 1);
+    EXPECT_EQ(Ask("PRAGMA user_version"), 1) << "all of it or nothing";
+    EXPECT_EQ(EventsOf(path), events);
+    std::filesystem::remove(path);
+    make();
+    std::string day = kHeader + std::string(81 - kHeader.size(), ' ');
+    {
+        CDatabase database(path, EDatabaseAccess::Read);
+        CStatement row(database, "SELECT bytes FROM records WHERE id = 4");
+        ASSERT_TRUE(row.Step());
+        const auto bytes = row.BytesAt(0);
+        day.back() = '\x1A';
+        day.append(bytes.begin(), bytes.end());
+    }
+    m_folder.Write("events/\xC3\x89L04-D\xC3\xA9part 7-2026-11-25-DEV.evt", day);
+    const SOutcome outcome = Archive();
+    EXPECT_NE(outcome.out.find("0 records added, 1 already archived"), std::string::npos) << outcome.out;
+    EXPECT_EQ(EventsOf(path), events);
+    EXPECT_EQ(Ask("SELECT count(*) FROM events WHERE site = 'events'"), 1) << "of the relay that is there";
+    EXPECT_EQ(Ask("SELECT count(*) FROM events WHERE site = ''"), 3);
+    EXPECT_EQ(Lines(Find({"trip", "--format", "json"}).out).size(), 2U);
+    CDatabase(path, EDatabaseAccess::Write)
+        .Run("INSERT INTO records_text (records_text) VALUES ('integrity-check')");
+}
+
+TEST_F(CArchive, KeepsSitesApart) {
+    const std::string north = m_folder.Native("north"), south = m_folder.Native("south");
+    std::filesystem::create_directories(north);
+    std::filesystem::create_directories(south);
+    const std::string image = kHeader + Simple(At(16, 4), "Trip") + Extended(At(16, 5), "Fault");
+    m_folder.Write("north/AB12-1-2026-11-16-DEV.evt", image);
+    m_folder.Write("south/AB12-1-2026-11-16-DEV.evt", image);
+    m_folder.Write("south.ini", "[RUVO_GENERAL]\nEventRootDir=" + m_folder.Path("south") + "\n");
+    const auto archive = [this](std::vector<std::string> roots) {
+        roots.insert(roots.begin(), "archive");
+        roots.insert(roots.end(), {"--sqlite", m_folder.Native("a.db")});
+        return RunTool(roots).out;
+    };
+    EXPECT_EQ(archive({north, m_folder.Native("south.ini")}).substr(0, 44),
+              "2 day files read, 0 unchanged; 4 records add");
+    EXPECT_EQ(archive({south}).substr(0, 30), "0 day files read, 1 unchanged;") << "its INI file's name";
+    EXPECT_EQ(archive({north, "--site", "Nord"}).substr(0, 44),
+              "1 day file read, 0 unchanged; 2 records adde");
+    EXPECT_EQ(Ask("SELECT count(DISTINCT site) FROM events"), 3);
+    const std::string found = Find({"", "--site", "Nord", "--format", "json"}).out;
+    EXPECT_EQ(nlohmann::json::parse(Lines(found).at(1)).at("site"), "Nord") << found;
+    EXPECT_EQ(Lines(found).size(), 2U);
+    EXPECT_EQ(RunTool({"archive", north + "/AB12-1-2026-11-16-DEV.evt", "--sqlite", "x"}).status, 2);
 }
 
 TEST_F(CArchive, LeavesOtherDatabasesAlone) {

@@ -1,6 +1,7 @@
 // ruvoctl archive: copies all records of an event root into a database, or writes them as lines of JSON.
 #include "base/text.h"
 #include "dayfile/day_file_reader.h"
+#include "tools/archive/archive_row.h"
 #include "tools/archive/archive_store.h"
 #include "tools/archive/line_output.h"
 #include "tools/command.h"
@@ -12,7 +13,10 @@
 #include <filesystem>
 #include <map>
 #include <optional>
+#include <set>
+#include <string>
 #include <system_error>
+#include <utility>
 
 namespace ruvo {
 
@@ -21,7 +25,10 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::array kOptions{
-    SOption{EOptionKind::Positional, "EVENTROOT", "the folder that contains the day files, at any depth"},
+    SOption{EOptionKind::List, "EVENTROOT",
+            "the folder that contains the day files, at any depth, or the INI file of a site; or several"},
+    SOption{EOptionKind::Text, "--site",
+            "name of the site (default: the name of the INI file or of the event root)", "NAME"},
     SOption{EOptionKind::Text, "--sqlite", "add the records to this archive; created if missing", "FILE"},
     SOption{EOptionKind::Text, "--ndjson",
             "write all records to this file, one JSON object per line; - for standard output", "FILE"},
@@ -30,8 +37,8 @@ constexpr std::array kOptions{
 constexpr std::string_view kNotes =
     R"(With --sqlite, day files that have not changed since an earlier run are skipped; from others only new
 records are added. Records are never removed from an archive: a record that is no longer in its day file
-stays, and a message says so. docs/archive.md describes the tables, and how to load the output of
---ndjson into other databases.
+stays, and a message says so. An archive may hold several sites: under another name, a site is another one
+to it. docs/archive.md describes the tables, and how to load the output of --ndjson into other databases.
 Exit status: 0 on success, 1 if something could not be read or written, 2 on a usage error.
 
 Example: after each night's run
@@ -49,13 +56,17 @@ public:
         }
         m_progress.emplace(m_console, found.files.size());
         for (const SFoundFile& file : found.files) {
-            ++m_names[fs::path(file.path).filename().string()];
+            ++m_names[{file.site, fs::path(file.path).filename().string()}];
+            m_relays[file.site].insert(file.relay);
         }
         for (const SFoundFile& file : found.files) {
             if (m_lines == nullptr || m_lines->Text().IsGood()) {
                 ReadFile(file);
             }
             ++m_filesDone;
+        }
+        if (m_store != nullptr) {
+            m_store->Finish();
         }
         m_progress.reset();
     }
@@ -84,6 +95,10 @@ private:
                                   .day = DayOfFileName(name),
                                   .size = fs::file_size(path, error),
                                   .changed = fs::last_write_time(path, error).time_since_epoch().count()};
+        if (m_store != nullptr && m_site != file.site) {
+            m_site = file.site;
+            m_store->BeginSite(file.site, m_relays[file.site]);
+        }
         if (!error && m_store != nullptr && m_lines == nullptr && m_store->IsUnchanged(state)) {
             ++m_unchanged;
             return;
@@ -96,7 +111,7 @@ private:
         if (m_store != nullptr) {
             m_store->BeginFile(state);
         }
-        const bool isComplete = ReadItems(state);
+        const bool isComplete = ReadItems(file.site, state);
         m_bytes += m_reader.Position();
         if (!isComplete) {
             ReportFailure(file.path + ": could not be read to the end");
@@ -106,12 +121,13 @@ private:
         }
     }
 
-    bool ReadItems(const SDayFileState& state) {
+    bool ReadItems(const std::string& site, const SDayFileState& state) {
+        const SArchivePlace place{.site = site, .relay = state.relay, .dayFile = state.name};
         bool isComplete = true;
         SDayFileItem item;
         while (m_reader.Next(item)) {
             if (item.record != nullptr) {
-                WriteRecord(state, item);
+                WriteRecord(place, item);
             }
             if (item.damage) {
                 ++m_damaged;
@@ -125,7 +141,7 @@ private:
         return isComplete;
     }
 
-    void WriteRecord(const SDayFileState& state, const SDayFileItem& item) {
+    void WriteRecord(const SArchivePlace& place, const SDayFileItem& item) {
         ++m_records;
         if (m_store != nullptr) {
             m_store->AddRecord(item);
@@ -134,7 +150,7 @@ private:
             if (m_lines->IsStandard()) {
                 m_progress->GiveWayToOutput();
             }
-            AppendJsonLine(m_lines->Text().Text(), state.relay, state.name, MakeArchiveRow(item));
+            AppendJsonLine(m_lines->Text().Text(), place, MakeArchiveRow(item));
             m_lines->Text().FlushIfFull();
         }
     }
@@ -144,7 +160,7 @@ private:
         m_added += tally.added;
         m_known += tally.known;
         // Two files of the same name need not hold each other's records.
-        const bool isOnlyOne = m_names[fs::path(file.path).filename().string()] == 1;
+        const bool isOnlyOne = m_names[{file.site, fs::path(file.path).filename().string()}] == 1;
         if (isComplete && isOnlyOne && tally.gone > 0) {
             Report(file.path + ": changed: " + Counted(tally.gone, "archived record") +
                    " no longer in the file; kept in the archive");
@@ -163,8 +179,10 @@ private:
     CArchiveStore* m_store; ///< null for none
     CLineOutput* m_lines;   ///< null for none
     CDayFileReader m_reader;
-    std::optional<CProgress> m_progress; ///< while files are read
-    std::map<std::string, int> m_names;  ///< how many files there are of each name
+    std::optional<CProgress> m_progress;                        ///< while files are read
+    std::map<std::pair<std::string, std::string>, int> m_names; ///< how many files of a site have each name
+    std::map<std::string, std::set<std::string>> m_relays;      ///< by site
+    std::optional<std::string> m_site;                          ///< of the last file
     std::size_t m_filesDone = 0;
     std::uint64_t m_bytes = 0;
     std::uint64_t m_read = 0;
@@ -176,9 +194,9 @@ private:
     bool m_isGood = true;
 };
 
-int RunInto(const std::string& root, CArchiveStore* store, CLineOutput* lines, SConsole& console) {
+int RunInto(const SFoundFiles& found, CArchiveStore* store, CLineOutput* lines, SConsole& console) {
     CArchiveRun run(console, store, lines);
-    run.Read(FindDayFiles({root}));
+    run.Read(found);
     if (lines != nullptr) {
         if (const std::string failure = lines->Finish(run.IsGood()); !failure.empty()) {
             run.ReportFailure(failure);
@@ -189,12 +207,31 @@ int RunInto(const std::string& root, CArchiveStore* store, CLineOutput* lines, S
     return run.IsGood() ? kExitGood : kExitFailed;
 }
 
+/// The day files, each with its site. Reports one whose site is not known and returns false.
+bool FindFiles(const CArguments& arguments, SFoundFiles& found, SConsole& console) {
+    found = FindDayFiles(arguments.GetAll("EVENTROOT"));
+    const std::string site = SystemTextToUtf8(arguments.Get("--site"));
+    for (SFoundFile& file : found.files) {
+        file.site = site.empty() ? file.site : site;
+        if (file.site.empty()) {
+            console.error.Write("ruvoctl archive: " + EscapeControls(SystemTextToUtf8(file.path)) +
+                                ": no folder or INI file names its site; use --site NAME\n");
+            return false;
+        }
+    }
+    return true;
+}
+
 int RunArchive(const CArguments& arguments, SConsole& console) {
     const std::string database = arguments.Get("--sqlite");
     const std::string linesPath = arguments.Get("--ndjson");
     if (database.empty() && linesPath.empty()) {
         console.error.Write(
             "ruvoctl archive: no output given; use --sqlite FILE, --ndjson FILE or --ndjson -\n");
+        return kExitUsage;
+    }
+    SFoundFiles found;
+    if (!FindFiles(arguments, found, console)) {
         return kExitUsage;
     }
     try {
@@ -206,8 +243,7 @@ int RunArchive(const CArguments& arguments, SConsole& console) {
         if (!linesPath.empty()) {
             lines.emplace(linesPath, console);
         }
-        return RunInto(arguments.Get("EVENTROOT"), store ? &*store : nullptr, lines ? &*lines : nullptr,
-                       console);
+        return RunInto(found, store ? &*store : nullptr, lines ? &*lines : nullptr, console);
     } catch (const CDatabaseError& failure) {
         console.error.Write("ruvoctl: " + EscapeControls(SystemTextToUtf8(database + ": " + failure.what())) +
                             "\n");

@@ -14,24 +14,6 @@ std::string Readable(std::string_view cp1252) {
     return ReadableRelayText(cp1252, ELineFeeds::Keep);
 }
 
-/// Some databases reject NUL in text, even escaped: it becomes U+FFFD.
-void ReplaceEscapedNuls(std::string& json) {
-    constexpr std::string_view kNul = "\\u0000";
-    for (std::size_t at = 0; (at = json.find('\\', at)) != std::string::npos;) {
-        const bool isNul = json.compare(at, kNul.size(), kNul) == 0;
-        json.replace(at, isNul ? kNul.size() : 0, isNul ? "\\uFFFD" : "");
-        at += isNul ? kNul.size() : 2; // an escaped backslash starts no escape
-    }
-}
-
-std::string CellsAsJson(const CCellList& cells) {
-    std::string text;
-    CJsonWriter json(text);
-    WriteJsonCells(json, cells);
-    ReplaceEscapedNuls(text);
-    return text;
-}
-
 class CJsonSink {
 public:
     explicit CJsonSink(CJsonWriter& json) : m_json(json) {}
@@ -43,9 +25,12 @@ public:
         m_json.Key(name);
         text ? m_json.Text(*text) : m_json.Null();
     }
-    void Json(std::string_view name, const std::optional<std::string>& text) {
+    void Location(std::string_view name, std::uint16_t location) {
+        m_json.Key(name).PlainText([location](std::string& out) { AppendLocation(out, location); });
+    }
+    void Cells(std::string_view name, const CCellList* cells) {
         m_json.Key(name);
-        text ? m_json.Ready(*text) : m_json.Null();
+        cells != nullptr ? m_json.Ready(CellsAsJson(*cells)) : m_json.Null();
     }
     void Bytes(std::string_view name, std::span<const std::uint8_t> bytes) {
         m_json.Key(name).PlainText([bytes](std::string& out) { AppendHex(out, bytes); });
@@ -62,7 +47,6 @@ SArchiveRow MakeArchiveRow(const SDayFileItem& item) {
     const CParlaneIEC870& time = record.GetTimeStamp();
     SArchiveRow row;
     row.offset = item.offset;
-    row.isExtended = item.isExtended;
     row.uniqueId = record.GetUniqueId();
     row.eventCode = record.GetEventCode();
     if (IsRealTime(time)) {
@@ -70,7 +54,7 @@ SArchiveRow MakeArchiveRow(const SDayFileItem& item) {
     }
     row.isTimeInvalid = time.IsInvalid();
     row.isSummerTime = time.IsSummerTime();
-    AppendLocation(row.location, record.GetEventLocation());
+    row.location = record.GetEventLocation();
     row.event = ReadableRelayLine(EventLine(record));
     row.text = Readable(record.GetText());
     row.value = ReadableRelayLine(EventValueText(record));
@@ -78,20 +62,34 @@ SArchiveRow MakeArchiveRow(const SDayFileItem& item) {
     row.description = Readable(record.GetAuxText2());
     row.model = Readable(record.GetAuxText3());
     if (const auto* const extended = AsExtended(record)) {
-        row.cells = CellsAsJson(extended->GetCells());
+        row.cells = &extended->GetCells();
     }
     row.bytes = item.bytes;
     return row;
 }
 
-void AppendJsonLine(std::string& out, const std::string& relay, const std::string& dayFile,
-                    const SArchiveRow& row) {
+std::string CellsAsJson(const CCellList& cells) {
+    std::string text;
+    CJsonWriter json(text);
+    WriteJsonCells(json, cells);
+    ReplaceEscapedNuls(text);
+    return text;
+}
+
+void ReplaceEscapedNuls(std::string& json) {
+    constexpr std::string_view kNul = "\\u0000";
+    for (std::size_t at = 0; (at = json.find('\\', at)) != std::string::npos;) {
+        const bool isNul = json.compare(at, kNul.size(), kNul) == 0;
+        json.replace(at, isNul ? kNul.size() : 0, isNul ? "\\uFFFD" : "");
+        at += isNul ? kNul.size() : 2; // an escaped backslash starts no escape
+    }
+}
+
+void AppendJsonLine(std::string& out, const SArchivePlace& place, const SArchiveRow& row) {
     CJsonWriter json(out);
     json.Open('{');
-    json.Key("relay").Text(relay);
-    json.Key("day_file").Text(dayFile);
     CJsonSink sink(json);
-    VisitColumns(row, sink);
+    VisitColumns(place, row, sink);
     json.Close('}');
     out += '\n';
 }

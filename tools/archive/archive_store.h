@@ -1,11 +1,14 @@
-// Adds records to the archive: file by file, each file in its own transaction.
+// Adds records to the archive: file by file, some files in one transaction.
 #pragma once
 
-#include "tools/archive/archive_row.h"
+#include "dayfile/day_file_reader.h"
+#include "tools/archive/archive_schema.h"
 #include "tools/archive/database.h"
+#include "tools/archive/record_writer.h"
 
 #include <cstdint>
-#include <span>
+#include <optional>
+#include <set>
 #include <string>
 
 namespace ruvo {
@@ -19,7 +22,7 @@ struct SDayFileState {
     std::int64_t changed = 0; ///< time of the last change, in the units of the file system
 };
 
-/// What a file's transaction did.
+/// What adding a file did.
 struct SFileTally {
     std::uint64_t added = 0;
     std::uint64_t known = 0; ///< already in the archive
@@ -27,7 +30,7 @@ struct SFileTally {
 };
 
 /// Records are only ever added. Every operation may throw CDatabaseError; the open transaction is then rolled
-/// back when the store is destroyed.
+/// back when the store is destroyed, as it is without a call of Finish.
 class CArchiveStore {
 public:
     /// Opens the archive and creates it if missing.
@@ -36,6 +39,9 @@ public:
     CArchiveStore& operator=(const CArchiveStore&) = delete;
     ~CArchiveStore();
 
+    /// All files that follow are of this site, which has these relays; UTF-8. Relays of no known site, of an
+    /// archive of an earlier version, become relays of this one.
+    void BeginSite(const std::string& site, const std::set<std::string>& relays);
     /// True when the file is as it was when it was last archived.
     [[nodiscard]] bool IsUnchanged(const SDayFileState& file);
 
@@ -45,13 +51,21 @@ public:
     void AddDamage(const SDayFileDamage& damage);
     /// A file that was not read to the end is read again by the next run, even if unchanged.
     SFileTally EndFile(bool isComplete);
+    /// Stores what is not stored yet.
+    void Finish();
 
 private:
+    void BeginTransaction();
     [[nodiscard]] bool HasRecord(const SDayFileItem& item);
     /// Of the file.
     [[nodiscard]] std::uint64_t CountRecords();
 
     CDatabase m_database; // before the statements, which must end earlier
+    EArchiveAge m_age;
+    CRecordWriter m_writer;
+    CStatement m_putSite;
+    CStatement m_claimRelay;
+    CStatement m_putRelay;
     CStatement m_findFile;
     CStatement m_putFile;
     CStatement m_spoilFile;
@@ -59,8 +73,13 @@ private:
     CStatement m_putDamage;
     CStatement m_countRecords;
     CStatement m_findRecord;
-    CStatement m_putRecord;
+    std::string m_site;
+    std::optional<std::string> m_relay; ///< whose number m_relayId is
+    std::int64_t m_relayId = 0;
     std::int64_t m_fileId = 0;
+    bool m_isOpen = false;      ///< the transaction
+    bool m_isFirst = true;      ///< of this run
+    std::uint64_t m_bytes = 0;  ///< of the records in it
     std::uint64_t m_before = 0; ///< records of the file, when it was begun
     SFileTally m_tally;
 };

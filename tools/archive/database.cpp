@@ -95,7 +95,7 @@ CDatabase::CDatabase() {
 
 void CDatabase::Open(const char* name, int flags) {
     sqlite3* handle = nullptr;
-    const int result = sqlite3_open_v2(name, &handle, flags, FileSystemName());
+    const int result = sqlite3_open_v2(name, &handle, flags | SQLITE_OPEN_NOMUTEX, FileSystemName());
     m_handle.reset(handle);
     if (handle == nullptr) {
         throw CDatabaseError(FailureText(result, sqlite3_errstr(result)));
@@ -123,6 +123,10 @@ void CDatabase::Run(const char* statements) {
 std::int64_t CDatabase::Number(std::string_view query) {
     CStatement statement(*this, query);
     return statement.Step() ? statement.NumberAt(0) : 0;
+}
+
+std::int64_t CDatabase::LastId() const {
+    return sqlite3_last_insert_rowid(Handle());
 }
 
 void CDatabase::Fail() const {

@@ -38,6 +38,9 @@ public:
     /// The first column of the first row.
     [[nodiscard]] std::int64_t Number(std::string_view query);
 
+    /// The row that was inserted last.
+    [[nodiscard]] std::int64_t LastId() const;
+
     [[nodiscard]] sqlite3* Handle() const { return m_handle.get(); }
     [[noreturn]] void Fail() const;
 

@@ -30,6 +30,7 @@ constexpr std::array kOptions{
     kUntilOption,
     kRelayOption,
     kClocksOption,
+    SOption{EOptionKind::Text, "--site", "only the site of this name", "NAME"},
 };
 
 constexpr std::string_view kNotes =
@@ -47,7 +48,7 @@ bool PrintRow(const CStatement& row, const CRelayClocks& clocks, IEventPrinter& 
     if (parsed.record == nullptr) {
         return false;
     }
-    SEventSource source{.file = row.TextAt(1), .relay = row.TextAt(0)};
+    SEventSource source{.file = row.TextAt(1), .relay = row.TextAt(0), .site = row.TextAt(4)};
     source.clock = clocks.ClockOf(source.site, source.relay);
     SDayFileItem item;
     item.offset = static_cast<std::uint64_t>(row.NumberAt(2));
@@ -59,7 +60,7 @@ bool PrintRow(const CStatement& row, const CRelayClocks& clocks, IEventPrinter& 
 
 std::size_t RelayWidth(CDatabase& database) {
     std::size_t width = 0;
-    CStatement relays(database, "SELECT DISTINCT relay FROM files");
+    CStatement relays(database, "SELECT name FROM relays");
     while (relays.Step()) {
         width = std::max(width, ColumnsOf(relays.TextAt(0)));
     }
@@ -128,6 +129,7 @@ int RunFind(const CArguments& arguments, SConsole& console) {
                            .since = filter.sinceText,
                            .until = filter.untilText,
                            .relay = arguments.Get("--relay"),
+                           .site = SystemTextToUtf8(arguments.Get("--site")),
                            .filter = filter};
     if (!query.text.empty() && FullTextQuery(query.text).empty()) {
         console.error.Write("ruvoctl find: no letter or digit to search for in \"" +

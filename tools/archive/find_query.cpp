@@ -54,14 +54,15 @@ std::string WithSeparator(std::string text) {
 }
 
 std::string QueryText(const SFindQuery& query) {
-    std::string text = "SELECT r.id, CASE WHEN r.time IS NULL THEN r.bytes END FROM records r JOIN files f "
-                       "ON f.id = r.file_id WHERE 1";
+    std::string text = "SELECT r.id, CASE WHEN r.time IS NULL THEN r.bytes END FROM records r "
+                       "JOIN files f ON f.id = r.file_id JOIN relays l ON l.id = f.relay_id WHERE 1";
     text +=
         query.text.empty() ? "" : " AND r.id IN (SELECT rowid FROM records_text WHERE records_text MATCH ?)";
     text += query.since.empty() ? "" : " AND (r.time IS NULL OR r.time >= ?)";
     text += query.until.empty() ? "" : " AND (r.time IS NULL OR r.time <= ?)";
-    text += query.relay.empty() ? "" : " AND instr(lower(f.relay), lower(?)) > 0";
-    return text + " ORDER BY r.time NULLS LAST, f.relay, r.id";
+    text += query.relay.empty() ? "" : " AND instr(lower(l.name), lower(?)) > 0";
+    text += query.site.empty() ? "" : " AND l.site_id IN (SELECT id FROM sites WHERE name = ?)";
+    return text + " ORDER BY r.time NULLS LAST, l.name, r.id";
 }
 
 } // namespace
@@ -87,8 +88,11 @@ std::vector<std::int64_t> FindRecords(CDatabase& database, const SFindQuery& que
     const std::string since = WithSeparator(query.since);
     const std::string until = LastMoment(WithSeparator(query.until));
     CStatement rows(database, QueryText(query));
-    const std::pair<const std::string&, const std::string&> parts[] = {
-        {query.text, match}, {query.since, since}, {query.until, until}, {query.relay, query.relay}};
+    const std::pair<const std::string&, const std::string&> parts[] = {{query.text, match},
+                                                                       {query.since, since},
+                                                                       {query.until, until},
+                                                                       {query.relay, query.relay},
+                                                                       {query.site, query.site}};
     for (const auto& [given, value] : parts) {
         if (!given.empty()) {
             rows.Bind(value);

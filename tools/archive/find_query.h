@@ -16,6 +16,7 @@ struct SFindQuery {
     std::string since;   ///< as ParseTimeKey takes it; empty for none
     std::string until;   ///< likewise
     std::string relay;   ///< part of the relay's name; empty for all
+    std::string site;    ///< the site's name; empty for all
     SEventFilter filter; ///< the same bounds, for records without a real time
 };
 
@@ -27,9 +28,9 @@ struct SFindQuery {
 /// bounds as ruvoctl events does. Nothing stays locked.
 [[nodiscard]] std::vector<std::int64_t> FindRecords(CDatabase& database, const SFindQuery& query);
 
-/// Columns relay, day_file, byte_offset, bytes of the record of an id.
+/// Columns relay, day_file, byte_offset, bytes, site of the record of an id.
 inline constexpr std::string_view kFoundRow =
-    "SELECT f.relay, f.day_file, r.byte_offset, r.bytes "
-    "FROM records r JOIN files f ON f.id = r.file_id WHERE r.id = ?";
+    "SELECT l.name, f.day_file, r.byte_offset, r.bytes, s.name FROM records r JOIN files f ON f.id = r.file_id "
+    "JOIN relays l ON l.id = f.relay_id JOIN sites s ON s.id = l.site_id WHERE r.id = ?";
 
 } // namespace ruvo
