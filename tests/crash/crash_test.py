@@ -29,7 +29,7 @@ def work(at, arguments, numbers, folder, results):
     os.setpgid(0, 0)
     hear_signals()
     try:
-        (folder / str(at)).mkdir()
+        (folder / str(at)).mkdir()  # a normal user has to get through to it
         site = Site(folder / str(at), arguments.programs)
         for number in numbers:
             try:
@@ -78,6 +78,7 @@ def play_all(arguments, folder):
 def test(arguments):
     shared = pathlib.Path("/dev/shm")
     with tempfile.TemporaryDirectory(prefix="ruvo-crash-", dir=shared if os.access(shared, os.W_OK) else None) as name:
+        os.chmod(name, 0o711)
         probe = pathlib.Path(name) / "bin"
         shutil.copytree(arguments.programs, probe, ignore=lambda _, names: [name for name in names if name.startswith("test_")])
         arguments.programs = probe

@@ -25,16 +25,17 @@ class Round:
         small = site.disk.is_there
         self.events_small = small and self.random.random() < 0.3
         self.state_small = small and self.random.random() < 0.3
-        site.begin_round(self.events_small, self.state_small, self.random.random() < 0.3)
+        site.begin_round(self.events_small, self.state_small, self.random.random() < 0.3,
+                         os.getuid() == 0 and self.random.random() < 0.5)
         site.write_ini(*self.yard.ini(site.password))
 
     def note(self, name):
         self.names.append(name)
         self.counts[name] = self.counts.get(name, 0) + 1
 
-    def pause(self):
-        """Up to the length of a run."""
-        length = 0.008 + 0.0012 * self.yard.delay * sum(len(relay.kinds) for relay in self.yard.relays)
+    def pause(self, most=None):
+        """Up to the length of a run, or so many seconds."""
+        length = most or 0.008 + 0.0012 * self.yard.delay * sum(len(relay.kinds) for relay in self.yard.relays)
         time.sleep(self.random.random() * length)
 
     def show(self, refuses=False):
@@ -46,7 +47,9 @@ class Round:
         if self.random.random() < 0.5:
             self.end_by_itself(self.site.start(), "whole run")
         ends = [self.killed, self.killed, self.killed_and_moved, self.killed_and_cut, self.told_to_end, self.out_of_memory,
-                self.two_runs, self.password_refused, self.no_state_folder]
+                self.two_runs, self.one_stopped, self.password_refused, self.no_state_folder, self.killed_while_recovering,
+                self.set_aside_and_stored, self.set_aside_and_stored]
+        ends += [self.not_permitted] * (2 if self.site.is_nobody else 0)
         ends += [self.disk_full, self.disk_filled, self.no_names] if self.events_small or self.state_small else []
         for _ in range(self.random.choice((1, 1, 2, 3))):
             self.yard.grow()
@@ -150,6 +153,83 @@ class Round:
             self.kill(programs.pop(self.random.randrange(2)), before, is_alone=False)
         for program in programs:
             self.end_by_itself(program, "two runs")
+
+    def one_stopped(self):
+        """While one of two runs stands still in a visit, the other takes no event of the same relay."""
+        self.note("one of two runs stopped")
+        delay, self.yard.delay = self.yard.delay, 1
+        self.show()
+        before = self.site.account_size()
+        first = self.site.start(0)
+        patience = time.monotonic() + 1
+        while self.site.account_size() == before and first.poll() is None and time.monotonic() < patience:
+            time.sleep(0.001)  # it has still to log in
+        self.pause(0.03)
+        if self.site.stop(first):
+            taken = {name for name, _ in self.site.handed_over_since(before)}
+            visited = taken & self.site.open_day_files(first)
+            before = self.site.account_size()
+            self.end_by_itself(self.site.start(1), "beside a run that is stopped")
+            others = {name for name, _ in self.site.handed_over_since(before)}
+            self.counts["of these in a visit"] = self.counts.get("of these in a visit", 0) + len(visited)
+            if visited & others:
+                self.ledger.complain(f"two runs have visited {sorted(visited & others)} at a time")
+            first.send_signal(signal.SIGCONT)
+        self.end_by_itself(first, "a run that was stopped")
+        self.yard.delay = delay
+
+    def killed_while_recovering(self):
+        """The beginning of a run is where it brings in what others have left."""
+        self.killed()
+        for _ in range(self.random.choice((1, 2, 3))):
+            self.note("ended while recovering")
+            before = self.site.account_size()
+            program = self.site.start()
+            self.pause(0.015)
+            number = self.random.choice((signal.SIGKILL, *ORDERLY))
+            if number == signal.SIGKILL:
+                self.kill(program, before)
+            else:
+                program.send_signal(number)
+                self.end_by_itself(program, f"{number.name} while recovering", (0, -number))
+
+    def set_aside_and_stored(self):
+        """By recover, which is killed perhaps, or meets a run."""
+        self.password_refused()
+        self.end_by_itself(self.site.start_recover(), "list of what is left", (0, 1))
+        files = [file for file in self.site.set_aside_files() if self.site.states[0] in file.parents]
+        if not files:
+            return
+        self.note("set-aside file stored")
+        beside = [self.site.start(1)] if self.random.random() < 0.3 else []
+        program = self.site.start_recover(*files)
+        if self.random.random() < 0.6:
+            self.note("recover ended")
+            self.pause(0.012)
+            number = self.random.choice((signal.SIGKILL, signal.SIGTERM))
+            program.send_signal(number)
+            self.end_by_itself(program, "recover that is ended", (0, 1, -number))
+        else:
+            status = ended(program)
+            left = [file for file in files if file.exists()]
+            if status not in (0, 1) or (status == 0) != (not left):
+                self.ledger.complain(f"recover: ended with {status}, and left {left}")
+        for run in beside:
+            self.end_by_itself(run, "beside recover")
+
+    def not_permitted(self):
+        """Something belongs to another user for one run."""
+        self.note("not permitted")
+        places = [self.site.events, *self.site.events.glob("*"), *self.site.day_files(), self.site.states[0], self.site.folder / "log"]
+        places = [place for place in places if place.exists()]
+        owners = {place: os.stat(place) for place in self.random.sample(places, min(len(places), 2))}
+        for place in owners:
+            os.chown(place, 0, 0)
+            os.chmod(place, 0o755 if place.is_dir() else 0o644)
+        self.end_by_itself(self.site.start(), "not permitted")
+        for place, status in owners.items():
+            os.chown(place, status.st_uid, status.st_gid)
+            os.chmod(place, status.st_mode & 0o7777)
 
     def password_refused(self):
         self.note("password refused")

@@ -1,9 +1,13 @@
 """The place of a round: programs, folders, runs and what they have said."""
 
+import fcntl
 import os
+import pathlib
+import pwd
 import select
 import shutil
 import signal
+import struct
 import subprocess
 
 from small_disk import SmallDisk
@@ -11,6 +15,8 @@ from substation import Substation
 
 PATIENCE = 60  # seconds after which a run counts as hanging
 PROGRAMS = ("HalvexCryptoKit.so",)
+NOBODY = pwd.getpwnam("nobody")
+OFD_GETLK, FLOCK = 36, "hhqqi4x"
 
 
 class Site(Substation):
@@ -21,6 +27,7 @@ class Site(Substation):
         for program in PROGRAMS:
             shutil.copy(os.path.join(programs, program), self.bin)
         self.disk = SmallDisk(self.folder / "small")
+        self.is_nobody = False  # who visits the relays
         self.password = self.ruvoctl_reading("AAAA\n", "password", "encrypt").strip()
         for name in ("lock0", "lock1"):
             (self.folder / name).mkdir()
@@ -30,23 +37,64 @@ class Site(Substation):
                               text=True, env=self.environment, check=True)
         return done.stdout
 
-    def begin_round(self, events_small, state_small, two_states):
+    def begin_round(self, events_small, state_small, two_states, is_nobody):
         for place in [place for place in [self.folder / "ev", self.folder / "away", *self.folder.glob("state*"), *self.disk.folder.glob("*")] if place.exists()]:
             shutil.rmtree(place, ignore_errors=True) if place.is_dir() else place.unlink()
-        for name in ("account", "stderr"):
-            (self.folder / name).unlink(missing_ok=True)
+        for place in (self.folder / "account", self.folder / "stderr", *self.folder.glob("lock?/*")):
+            place.unlink(missing_ok=True)
         (self.folder / "away").mkdir()
         self.clear_log()
         self.events = (self.disk.folder if events_small else self.folder) / "ev"
         names = ["state0", "state1"] if two_states else ["state0", "state0"]
         self.states = [(self.disk.folder if state_small else self.folder) / name for name in names]
+        self.is_nobody = is_nobody
+        owner = (NOBODY.pw_uid, NOBODY.pw_gid) if is_nobody else (os.getuid(), os.getgid())
+        for place in (self.folder, self.disk.folder, self.folder / "log", self.folder / "lock0", self.folder / "lock1"):
+            if os.getuid() == 0:
+                os.chown(place, *owner)
 
     def start(self, at=0, state=None):
         """One of two runs that do not shut each other out."""
+        return self.start_program("ruvo", [self.folder / "site.ini"], at, state)
+
+    def start_recover(self, *files):
+        """Lists what is left, or stores set-aside files."""
+        return self.start_program("ruvoctl", ["recover", self.folder / "site.ini", *files], 0)
+
+    def start_program(self, program, words, at, state=None):
         environment = {**self.environment, "RUVO_LOCK_DIR": str(self.folder / f"lock{at}"),
                        "RUVO_STATE_DIR": str(state or self.states[at])}
+        user = {"user": NOBODY.pw_uid, "group": NOBODY.pw_gid, "extra_groups": []} if self.is_nobody else {}
         with open(self.folder / "stderr", "ab") as said:
-            return subprocess.Popen([self.bin / "ruvo", self.folder / "site.ini"], env=environment, stdout=subprocess.DEVNULL, stderr=said)
+            return subprocess.Popen([self.bin / program, *words], env=environment, stdout=subprocess.DEVNULL, stderr=said, **user)
+
+    def stop(self, program):
+        """Stops it at a moment when it does not lock the account; false when it has ended."""
+        for _ in range(1000):
+            if program.poll() is not None:
+                return False
+            program.send_signal(signal.SIGSTOP)
+            os.waitid(os.P_PID, program.pid, os.WSTOPPED | os.WEXITED | os.WNOWAIT)
+            if not self.is_account_locked():
+                return program.poll() is None
+            program.send_signal(signal.SIGCONT)
+            os.sched_yield()
+        program.send_signal(signal.SIGSTOP)
+        return True
+
+    def is_account_locked(self):
+        try:
+            with open(self.folder / "account", "rb") as file:
+                asked = struct.pack(FLOCK, fcntl.F_WRLCK, os.SEEK_SET, 1 << 62, 1, 0)
+                return struct.unpack(FLOCK, fcntl.fcntl(file, OFD_GETLK, asked))[0] != fcntl.F_UNLCK
+        except FileNotFoundError:
+            return False
+
+    def open_day_files(self, program):
+        """The folders of the relays whose day files it has open."""
+        links = pathlib.Path(f"/proc/{program.pid}/fd")
+        return {target.parent.name for target in (pathlib.Path(os.readlink(link)) for link in links.iterdir())
+                if target.suffix == ".evt"}
 
     def lines(self):
         """What the log says, and what standard error says for it."""

@@ -49,7 +49,7 @@ class Relay:
         self.number = number
         self.generation = random.randrange(4)
         self.is_open = self.generation < 2 or random.random() < 0.5  # else it wants a user's name and keeps its events
-        self.forgets = random.randrange(4, 30) if self.generation < 2 and random.random() < 0.3 else 0
+        self.forgets = random.randrange(4, 30) if self.generation < 2 and random.random() < 0.5 else 0
         odd = [UNKNOWN, MALFORMED] if random.random() < 0.3 else []
         kinds = [0, 1, 2, 3, 4, 5] * 4 + odd
         self.kinds = [random.choice(kinds) for _ in range(random.choice((1, 5, 20, 60)))]
@@ -70,7 +70,7 @@ class Relay:
                  FIXED.format(number=self.number, generation=self.generation)]
         if refuses and self.forgets:
             lines.append(f'[[fault]]\noperation = "ChangeSetting"\nrelay = "R{self.number}"\n'
-                         f'cell = "{PASSWORD_CELL[self.generation]}"\nfrom = 2\nreply = 4')
+                         f'cell = "{PASSWORD_CELL[self.generation]}"\nfrom = 3\nreply = 4')
         return "\n".join(lines)
 
 
