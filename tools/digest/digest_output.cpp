@@ -96,7 +96,7 @@ std::size_t CountLines(const std::vector<SDigestLine>& lines) {
 /// As many trips and faults of each relay as fit; if none do, the lines that fit.
 std::vector<SDigestLine> FittingLines(const SDigest& digest, std::size_t most) {
     std::vector<SDigestLine> lines = DigestLines(digest, std::numeric_limits<std::size_t>::max());
-    for (const std::size_t events : {50, 20, 10, 5, 2, 1}) {
+    for (const std::size_t events : {50U, 20U, 10U, 5U, 2U, 1U}) {
         if (most == 0 || CountLines(lines) <= most) {
             return lines;
         }
