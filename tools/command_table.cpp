@@ -23,15 +23,17 @@ SCommand PasswordCommand();
 SCommand ReportCommand();
 SCommand RecoverCommand();
 SCommand ExplainCommand();
+SCommand MuteCommand();
+SCommand UnmuteCommand();
 SCommand HelpCommand();
 
 std::span<const SCommand> Commands() {
     static const std::vector<SCommand> commands = [] {
         std::vector<SCommand> table{
-            EventsCommand(), SoeCommand(),      VisitCommand(),   StatusCommand(),
-            DigestCommand(), ReportCommand(),   NewCommand(),     ListCommand(),
-            AddCommand(),    RemoveCommand(),   CheckCommand(),   PathsCommand(),
-            TestCommand(),   PasswordCommand(), RecoverCommand(), ExplainCommand(),
+            EventsCommand(),  SoeCommand(),   VisitCommand(),  StatusCommand(),   DigestCommand(),
+            ReportCommand(),  NewCommand(),   ListCommand(),   AddCommand(),      RemoveCommand(),
+            CheckCommand(),   PathsCommand(), TestCommand(),   PasswordCommand(), RecoverCommand(),
+            ExplainCommand(), MuteCommand(),  UnmuteCommand(),
         };
         const std::span<const SCommand> more = DatabaseCommands();
         table.insert(table.end(), more.begin(), more.end());

@@ -17,13 +17,16 @@ protected:
     CVisitStatus() {
         SetEnvironmentValue("RUVO_STATE_DIR", folder.Native("state"));
         std::filesystem::create_directories(folder.Native("ev"));
-        folder.Write("site.ini", "[RUVO_GENERAL]\nUseEthernet=1\nUseModem=0\nEventRootDir=" +
-                                     folder.Native("ev") + "\nErrorLogPathname=" + folder.Native("run.log") +
-                                     "\n[RUVO_ETHERNET]\nRV001=10.0.0.5,1\nRV002=10.0.0.6,2\n");
+        WriteSite("10.0.0.6,2");
         SetEnvironmentValue("TZ", "UTC0");
     }
     ~CVisitStatus() override { SetEnvironmentValue("RUVO_STATE_DIR", before); }
 
+    void WriteSite(const std::string& second) const {
+        folder.Write("site.ini", "[RUVO_GENERAL]\nUseEthernet=1\nUseModem=0\nEventRootDir=" +
+                                     folder.Native("ev") + "\nErrorLogPathname=" + folder.Native("run.log") +
+                                     "\n[RUVO_ETHERNET]\nRV001=10.0.0.5,1\nRV002=" + second + "\n");
+    }
     static SVisitEntry Entry(const std::string& key, const std::string& address, std::uint64_t events) {
         SVisitEntry entry;
         entry.key = key;
@@ -77,6 +80,8 @@ protected:
         g_utcTime = {2026, 11, 20, 23, 30, 0};
     }
 
+    void Do(const std::string& step);
+
     CScratchFolder folder;
     std::string before = EnvironmentValue("RUVO_STATE_DIR").value_or("");
 };
@@ -124,7 +129,7 @@ TEST_F(CVisitStatus, JsonAndMetricsTellOfEachRelay) {
     EXPECT_EQ(
         status["visits"]["relays"][1].dump(),
         R"({"address":"10.0.0.6,2","events":0,"key":"RV002","last_reached":"2026-11-19T02:00:00Z",)"
-        R"("missed_nights":1,"plant":"Feeder 7","reached":false,"relay":"AB12-2","seconds":0,"status":11,"status_text":"cannot \"open\"",)"
+        R"("missed_nights":1,"muted":null,"plant":"Feeder 7","reached":false,"relay":"AB12-2","seconds":0,"status":11,"status_text":"cannot \"open\"",)"
         R"("visited":true})");
     EXPECT_EQ(status["visits"]["since"], "2026-11-19T02:00:00Z");
     EXPECT_EQ(status["log"]["by_connection"][0]["connection"], "10.0.0.6 device 2");
@@ -157,6 +162,94 @@ TEST_F(CVisitStatus, WhatGoesOnIsNoVisitYet) {
     EXPECT_EQ(changed.find("not reached since"), std::string::npos) << changed;
     for (const char* line : {"status @/none.ini", "status @/ev", "status @/ev @/run.log --max-visit-age 1d"})
         EXPECT_EQ(RunWords(line, "@", folder.Native()).status, 3) << line;
+}
+
+/// One step that a case names.
+void CVisitStatus::Do(const std::string& step) {
+    std::istringstream words(step);
+    std::string what, rest;
+    words >> what;
+    std::getline(words >> std::ws, rest, '\0');
+    if (what == "wait") {
+        g_utcTime.minute += std::stoi(rest);
+    } else if (what == "visit") {
+        Visit(21, SVisitLine{});
+        Visit(22, SVisitLine{}, false);
+    } else if (what == "move") {
+        WriteSite("10.0.0.7,2");
+    } else if (what == "file") {
+        folder.Write("site.mutes", rest);
+    } else if (what == "folder") {
+        std::filesystem::create_directories(folder.Native("site.mutes"));
+    } else if (what != "-") {
+        const SOutcome outcome = RunWords(step, "@", folder.Native());
+        EXPECT_EQ(outcome.status, 0) << step << outcome.error;
+    }
+}
+
+TEST_F(CVisitStatus, AMuteQuietsWhatIsKnownAlone) {
+    static const std::map<std::string, std::string> kLines{
+        {"link", "Failed to open ethernet connection. Connection string: "
+                 "TNLC=\"RPCDll.Dll\",\"10.0.0.6\",\"0\",\"2\",\"0\". P32LS status: x"},
+        {"link2", "Failed to open ethernet connection. Connection string: "
+                  "TNLC=\"RPCDll.Dll\",\"10.0.0.7\",\"0\",\"2\",\"0\". P32LS status: x"},
+        {"other",
+         "Test connection failed. Unable to connect to the device or password is invalid. Connection "
+         "details - device IP: 10.0.0.5, device address: 1, bus address: 0."},
+        {"password",
+         "Invalid password. Connection details - IP address: 10.0.0.6, device address: 2, bus address: 0."},
+        {"lost",
+         "1 event taken from the relay, but not stored. Connection details - IP address: 10.0.0.6, device "
+         "address: 2, bus address: 0."},
+        {"unknown", "What? Connection details - IP address: 10.0.0.6, device address: 2, bus address: 0."}};
+    folder.Write("expect", "AB12-2\n");
+    ForEachCase<4>("tools/mute_cases.txt", [&](auto& steps, auto& extra, auto& status, auto& said) {
+        WriteSite("10.0.0.6,2");
+        std::filesystem::remove_all(folder.Native("site.mutes"));
+        Prepare("unreached 1");
+        const auto line = kLines.find(extra);
+        folder.Write("run.log", line == kLines.end() ? "" : "2026/11/20 23:00:00 " + line->second + "\r\n");
+        for (std::size_t at = 0; at < steps.size();) {
+            const std::size_t end = std::min(steps.find("; ", at), steps.size());
+            Do(steps.substr(at, end - at));
+            at = end + 2;
+        }
+        const SOutcome outcome =
+            RunWords(std::string("status @/site.ini") + (extra == "expect" ? " --expect @/expect" : ""), "@",
+                     folder.Native());
+        EXPECT_EQ(outcome.status, std::stoi(status)) << outcome.out;
+        EXPECT_NE(outcome.out.find(said), std::string::npos) << outcome.out;
+    });
+}
+
+TEST_F(CVisitStatus, MutesAreListedWithWhatBecameOfThem) {
+    Prepare("unreached 1");
+    ForEachCase<3>("tools/mute_mistakes.txt", [&](auto& words, auto& status, auto& said) {
+        const SOutcome outcome = RunWords("mute " + words, "@", folder.Native());
+        EXPECT_EQ(outcome.status, std::stoi(status)) << outcome.error;
+        EXPECT_NE((outcome.out + outcome.error).find(said), std::string::npos)
+            << outcome.out << outcome.error;
+    });
+    EXPECT_EQ(
+        RunTool({"mute", folder.Native("site.ini"), "RV002", "--until", "7d", "--why", "\"new\" CT\n[RV001]"})
+            .status,
+        0);
+    const auto relay = nlohmann::json::parse(
+        RunWords("status @/site.ini --format json --prometheus @/m.prom", "@", folder.Native())
+            .out)["visits"]["relays"][1];
+    EXPECT_EQ(
+        relay["muted"].dump(),
+        R"({"since":"2026-11-20T23:30:00Z","until":"2026-11-27T23:30:00Z","why":"\"new\" CT [RV001]"})");
+    EXPECT_NE(folder.Read("m.prom").find(
+                  "ruvo_relay_muted{site=\"site\",relay=\"AB12-2\",key=\"RV002\",plant=\"Feeder 7\"} 1\n"),
+              std::string::npos);
+    Visit(21, SVisitLine{});
+    EXPECT_EQ(
+        RunWords("mute --list @/site.ini", "@", folder.Native()).out,
+        "key    address     relay   until             why               state\n"
+        "RV002  10.0.0.6,2  AB12-2  2026-11-27 23:30  \"new\" CT [RV001]  void: the relay was reached on "
+        "2026-11-21 02:00 UTC\n");
+    EXPECT_EQ(RunWords("unmute @/site.ini RV001", "@", folder.Native()).status, 1);
 }
 
 } // namespace

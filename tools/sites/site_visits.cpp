@@ -25,6 +25,22 @@ const SVisitEntry* FindEntry(const std::optional<SVisitLine>& visit, const SVisi
     return found == visit->entries.end() ? nullptr : &*found;
 }
 
+/// Without records, nobody knows whether a visit has ended the mutes: then none counts.
+void ApplyMutes(const std::string& fullIniPath, SSiteVisits& visits, std::int64_t now) {
+    SMutes found = ReadMutes(fullIniPath);
+    visits.muteFailure = std::move(found.failure);
+    if (visits.summary.history == EHistory::NotReadable || !visits.summary.isWhole) {
+        return;
+    }
+    for (SMute& mute : found.mutes) {
+        const auto relay = std::ranges::find(visits.relays, mute.key, &SRelayVisit::key);
+        if (relay != visits.relays.end() &&
+            WhyVoid(mute, {relay->address, relay->lastReached}, now).empty()) {
+            relay->mute = std::move(mute);
+        }
+    }
+}
+
 /// As ShortConnectionName has it, without the name of a link that all relays of the site share.
 std::string ConnectionName(const std::string& address) {
     if (address.find(',') == std::string::npos) {
@@ -44,6 +60,11 @@ std::string SRelayVisit::Label() const {
 
 std::size_t SSiteVisits::Reached() const {
     return static_cast<std::size_t>(std::ranges::count_if(relays, &SRelayVisit::IsReached));
+}
+
+std::size_t SSiteVisits::Muted() const {
+    return static_cast<std::size_t>(
+        std::ranges::count_if(relays, [](const SRelayVisit& relay) { return relay.mute.has_value(); }));
 }
 
 std::uint64_t SSiteVisits::EventsTaken() const {
@@ -84,6 +105,7 @@ SSiteVisits ReadSiteVisits(const std::string& fullIniPath, const SSitePlaces& pl
         }
         status.relays.push_back(std::move(visit));
     }
+    ApplyMutes(fullIniPath, status, now);
     const auto begin = last ? SecondsOfRecord(last->begin) : std::nullopt;
     const auto end = last ? SecondsOfRecord(last->end) : std::nullopt;
     if (begin) {

@@ -3,6 +3,7 @@
 
 #include "ledger/visit_history.h"
 #include "tools/ini/site_places.h"
+#include "tools/mutes/mute_file.h"
 
 #include <cstdint>
 #include <optional>
@@ -21,6 +22,7 @@ struct SRelayVisit {
     std::string missedSince;          ///< when the first visit began that has missed it since; UTC
     std::size_t nights = 0;           ///< on which it was missed since
     std::optional<SVisitEntry> entry; ///< of the last visit; none when that left it out
+    std::optional<SMute> mute;        ///< one that counts
 
     [[nodiscard]] bool IsReached() const { return entry && entry->isReached; }
     [[nodiscard]] bool IsMissed() const { return entry && !entry->isReached; }
@@ -32,10 +34,12 @@ struct SSiteVisits {
     SVisitSummary summary;
     std::string iniPath;
     std::vector<SRelayVisit> relays;           ///< in the order of the INI file
+    std::string muteFailure;                   ///< why mutes could not be read; empty when they were
     std::optional<std::int64_t> ageSeconds;    ///< since the last visit began; below 0 in the future
     std::optional<std::int64_t> lengthSeconds; ///< of the last visit; none for a killed one
 
     [[nodiscard]] std::size_t Reached() const;
+    [[nodiscard]] std::size_t Muted() const;
     [[nodiscard]] std::uint64_t EventsTaken() const;
     /// Whether a run has visited the relays, as far as it came.
     [[nodiscard]] bool IsVisited() const;

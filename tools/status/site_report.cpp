@@ -2,6 +2,7 @@
 
 #include "ledger/visit_record.h"
 #include "platform/full_path.h"
+#include "tools/lines/explain.h"
 #include "tools/sites/site.h"
 #include "tools/text_encoding.h"
 
@@ -10,6 +11,13 @@
 namespace ruvo {
 
 namespace {
+
+/// Lines about a muted relay's link. What tells of lost events, damage or a refused password always counts.
+bool IsMuted(const SSiteVisits& visits, const SLogLine& line) {
+    const SRelayVisit* const relay = RelayOfConnection(visits, ShortConnectionName(line.connection));
+    const auto meaning = relay != nullptr && relay->mute ? Explain(line) : std::nullopt;
+    return meaning && meaning->Concern() == EConcern::Link;
+}
 
 SSiteStatus ReadStatus(const CSite& site, const SStatusOptions& options, SConsole& console) {
     SSiteStatus status;
@@ -25,7 +33,8 @@ SSiteStatus ReadStatus(const CSite& site, const SStatusOptions& options, SConsol
                              .iniPath = site.IniPath(),
                              .mayHaveNoRoot = visits.IsVisited() && !visits.summary.hasEvents,
                              .since = options.since,
-                             .expected = options.expected},
+                             .expected = options.expected,
+                             .isMuted = [&visits](const SLogLine& line) { return IsMuted(visits, line); }},
                             console);
     status.visits = std::move(visits);
     return status;

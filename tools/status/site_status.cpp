@@ -161,6 +161,7 @@ private:
     void AddProblem(const SLogLine& line) {
         SLogStatus& log = m_status.log;
         ++log.problems;
+        log.muted += m_question.isMuted && m_question.isMuted(line) ? 1 : 0;
         SLogGroup& group = log.groups[ShortConnectionName(line.connection)];
         ++group.problems;
         group.lastTime = std::max(group.lastTime, line.time);

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -40,6 +41,7 @@ struct SLogStatus {
     bool isMissing = false;     ///< but its folder exists
     std::uint64_t lines = 0;    ///< total
     std::uint64_t problems = 0; ///< since the requested time
+    std::uint64_t muted = 0;    ///< of those: about the link to a muted relay
     std::map<std::string, SLogGroup> groups;
     std::vector<SLogLine> latest; ///< the last ones of the problems
 };
@@ -61,6 +63,8 @@ struct SSiteQuestion {
     bool mayHaveNoRoot = false;        ///< no visit has stored anything yet, so that there is no event root
     std::string since;                 ///< as in SSiteStatus
     std::vector<std::string> expected; ///< names of relays that must be present
+    /// Whether it is known why the log has that line; may be empty.
+    std::function<bool(const SLogLine& line)> isMuted = {};
 };
 
 /// Reads all day files and the log. A missing log in an existing folder counts as empty: the first problem

@@ -143,7 +143,8 @@ int RunOfOne(const CArguments& arguments, const SWhere& where, const SStatusOpti
                                       .iniPath = {},
                                       .mayHaveNoRoot = false,
                                       .since = options.since,
-                                      .expected = options.expected},
+                                      .expected = options.expected,
+                                      .isMuted = {}},
                                      console);
         site.verdict = Evaluate(site.status, options.thresholds);
     } else {

@@ -47,6 +47,7 @@ void WriteLog(CJsonWriter& json, const SSiteStatus& status) {
     json.Key("lines").Number(log.lines);
     json.Key("since").Text(status.since);
     json.Key("problems").Number(log.problems);
+    json.Key("muted_problems").Number(log.muted);
     json.Key("by_connection").Open('[');
     for (const auto& [name, group] : log.groups) {
         json.Open('{');

@@ -55,6 +55,13 @@ void AppendVisits(std::string& out, const SSiteVisits& visits) {
         out += last.substr(1) + "\n";
         AppendTable(out, VisitRows(visits), kTextColumns);
     }
+    for (const SRelayVisit& relay : visits.relays) {
+        if (relay.mute) {
+            out += EscapeControls(relay.Label()) + " is muted until " +
+                   RecordTimeForPeople(relay.mute->until) + ": " +
+                   Shortened(EscapeControls(relay.mute->why)) + "\n";
+        }
+    }
     if (visits.summary.running) {
         out +=
             "A visit that began on " + RecordTimeForPeople(visits.summary.running->begin) + " is going on.\n";
@@ -90,7 +97,9 @@ void AppendGroups(std::string& out, const SLogStatus& log, const std::optional<S
 void AppendProblems(std::string& out, const SSiteStatus& status) {
     const SLogStatus& log = status.log;
     out += "Problems in the error log since " + ForPeople(status.since) + ": " +
-           std::to_string(log.problems) + (log.isThere ? "\n" : " (the log does not exist)\n");
+           std::to_string(log.problems) +
+           (log.muted > 0 ? ", " + std::to_string(log.muted) + " of them about muted relays" : "") +
+           (log.isThere ? "\n" : " (the log does not exist)\n");
     AppendGroups(out, log, status.visits);
     if (log.problems > log.latest.size()) {
         out += "The latest:\n";
@@ -122,7 +131,8 @@ std::string VerdictText(const SSiteStatus& status, const SVerdict& verdict, std:
     if (verdict.causes.empty()) {
         const std::string visit = status.visits ? VisitSummaryText(*status.visits) : std::string();
         return (visit.empty() ? Counted(status.relays.size(), "relay") : visit) + ", " +
-               Counted(status.log.problems, "problem") + " in the error log since " + status.since;
+               Counted(status.log.problems - status.log.muted, "problem") + " in the error log since " +
+               status.since;
     }
     std::string text;
     const std::size_t listed = std::min(verdict.causes.size(), mostCauses);

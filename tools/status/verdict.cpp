@@ -23,8 +23,15 @@ void Add(SVerdict& verdict, EState state, std::string text) {
     }
 }
 
-void EvaluateRelay(const std::string& name, const SRelayStatus& relay, const SThresholds& thresholds,
-                   SVerdict& verdict) {
+/// Whether it is known why the relay of that name has no new events.
+bool IsMuted(const SSiteStatus& status, const std::string& name) {
+    return status.visits && std::ranges::any_of(status.visits->relays, [&name](const SRelayVisit& relay) {
+               return relay.mute && relay.name == name;
+           });
+}
+
+void EvaluateSilence(const std::string& name, const SRelayStatus& relay, const SThresholds& thresholds,
+                     SVerdict& verdict) {
     if (relay.silentDays) {
         // The current day is not over and does not count against the relay.
         const auto days = static_cast<std::uint64_t>(*relay.silentDays);
@@ -39,6 +46,9 @@ void EvaluateRelay(const std::string& name, const SRelayStatus& relay, const STh
                     : relay.futureDay.empty() ? " has no dated day file"
                                               : " has only day files dated in the future"));
     }
+}
+
+void EvaluateFiles(const std::string& name, const SRelayStatus& relay, SVerdict& verdict) {
     if (!relay.futureDay.empty()) {
         Add(verdict, EState::Warning,
             name + " has a day file of " + relay.futureDay +
@@ -76,7 +86,10 @@ SVerdict Evaluate(const SSiteStatus& status, const SThresholds& thresholds) {
         Add(verdict, EState::Warning, "no relay has a day file yet");
     }
     for (const auto& [name, relay] : status.relays) {
-        EvaluateRelay(name, relay, thresholds, verdict);
+        if (!IsMuted(status, name)) {
+            EvaluateSilence(name, relay, thresholds, verdict);
+        }
+        EvaluateFiles(name, relay, verdict);
     }
     if (status.log.isMissing && !status.visits) { // looks good, but the path may be wrong
         Add(verdict, EState::Warning,
@@ -88,7 +101,7 @@ SVerdict Evaluate(const SSiteStatus& status, const SThresholds& thresholds) {
     for (const std::string& leftover : DescribeLeftovers(status.leftovers)) {
         Add(verdict, EState::Warning, leftover);
     }
-    const std::uint64_t problems = status.log.problems;
+    const std::uint64_t problems = status.log.problems - status.log.muted;
     Add(verdict, Grade(problems, thresholds.warnProblems, thresholds.criticalProblems),
         Counted(problems, "problem") + " in the error log since " + status.since);
     std::ranges::stable_sort(verdict.causes, [](const SCause& a, const SCause& b) {

@@ -67,6 +67,8 @@ constexpr std::array kRelayVisitMetrics{
     SMetric<SRelayVisit>{
         "ruvo_relay_last_reached_timestamp_seconds", "When the relay was last reached",
         [](const SRelayVisit& relay) -> Value { return SecondsOfRecord(relay.lastReached); }},
+    SMetric<SRelayVisit>{"ruvo_relay_muted", "1 while the relay is muted",
+                         [](const SRelayVisit& relay) -> Value { return relay.mute ? 1 : 0; }},
     SMetric<SRelayVisit>{
         "ruvo_relay_events_fetched", "Events of the relay that the last visit has fetched",
         [](const SRelayVisit& relay) { return relay.entry ? Whole(relay.entry->taken) : std::nullopt; }},
@@ -106,6 +108,14 @@ void WriteLast(CJsonWriter& json, const SSiteVisits& visits) {
     json.Close('}');
 }
 
+void WriteMute(CJsonWriter& json, const SMute& mute) {
+    json.Open('{');
+    json.Key("since").Text(mute.since);
+    json.Key("until").Text(mute.until);
+    json.Key("why").Text(mute.why);
+    json.Close('}');
+}
+
 void WriteRelayVisit(CJsonWriter& json, const SRelayVisit& relay) {
     json.Open('{');
     json.Key("key").Text(relay.key);
@@ -120,6 +130,8 @@ void WriteRelayVisit(CJsonWriter& json, const SRelayVisit& relay) {
     WriteOptional(json, "seconds", SecondsOfVisit(relay));
     WriteOptional(json, "status", relay.entry ? Whole(relay.entry->status) : std::nullopt);
     WriteOptional(json, "status_text", relay.entry ? relay.entry->statusText : std::string());
+    json.Key("muted");
+    relay.mute ? WriteMute(json, *relay.mute) : json.Null();
     json.Close('}');
 }
 
@@ -132,7 +144,8 @@ std::string VisitSummaryText(const SSiteVisits& visits) {
     const SVisitLine& last = *visits.summary.last;
     return "last visit " + RecordTimeForPeople(last.begin) +
            (visits.lengthSeconds ? " (" + LengthForPeople(*visits.lengthSeconds) + ")" : "") + ", " +
-           std::to_string(visits.Reached()) + " of " + Counted(visits.relays.size(), "relay") + " reached, " +
+           std::to_string(visits.Reached()) + " of " + Counted(visits.relays.size(), "relay") + " reached" +
+           (visits.Muted() > 0 ? " (" + std::to_string(visits.Muted()) + " muted)" : "") + ", " +
            Counted(visits.EventsTaken(), "event");
 }
 
@@ -144,9 +157,10 @@ std::vector<std::vector<std::string>> VisitRows(const SSiteVisits& visits) {
         rows.push_back(
             {EscapeControls(relay.key), EscapeControls(relay.address),
              relay.name.empty() ? "-" : EscapeControls(relay.name),
-             !relay.entry        ? "not visited"
-             : relay.IsReached() ? "yes"
-                                 : "no",
+             std::string(!relay.entry        ? "not visited"
+                         : relay.IsReached() ? "yes"
+                                             : "no") +
+                 (relay.mute ? ", muted" : ""),
              relay.lastReached.empty() ? "-" : RecordTimeForPeople(relay.lastReached),
              relay.entry && relay.entry->status != 0 ? EscapeControls(relay.entry->statusText) : "-",
              relay.entry ? std::to_string(relay.entry->taken) : "-",

@@ -50,7 +50,7 @@ void EvaluateAge(std::int64_t age, const SThresholds& thresholds, SVerdict& verd
 
 void EvaluateReach(const SSiteVisits& visits, SVerdict& verdict) {
     for (const SRelayVisit& relay : visits.relays) {
-        if (relay.IsMissed()) {
+        if (relay.IsMissed() && !relay.mute) {
             verdict.causes.push_back({EState::Warning, MissedText(visits, relay)});
         }
         if (relay.entry && relay.entry->lost > 0) {
@@ -77,6 +77,9 @@ void EvaluateVisits(const SSiteVisits& visits, const SThresholds& thresholds, SV
     } else if (!summary.last && !summary.running) {
         verdict.causes.push_back({EState::Critical, "no visit of " + visits.iniPath + " is recorded in " +
                                                         Joined(summary.folders)});
+    }
+    if (!visits.muteFailure.empty()) {
+        verdict.causes.push_back({EState::Unknown, visits.muteFailure});
     }
     if (summary.last) {
         EvaluateEnd(*summary.last, verdict);
