@@ -23,6 +23,7 @@ protected:
         setenv("RUVO_STATE_DIR", folder.Native("state").c_str(), 1);
         setenv("RUVO_REGISTRY_USER", folder.Native("none").c_str(), 1);
         setenv("RUVO_REGISTRY_MACHINE", folder.Native("none").c_str(), 1);
+        g_utcTime = {2026, 11, 16, 23, 30, 0};
         UseRoot("ev");
     }
     ~RecoverCommand() override { unsetenv("RUVO_STATE_DIR"); }

@@ -47,7 +47,7 @@ TEST(ZoneRule, TurnsTimesIntoUtcAndBack) {
 
 TEST(RelayClocks, MistakesAreSaidWithTheirLine) {
     const CScratchFolder folder;
-    folder.Write("R-1-2026-11-16-DEV.evt", kHeader);
+    folder.Write("R-1-2026-11-16-DEV.evt", kHeader + Simple(At(16, 3), "Trip"));
     ForEachCase<2>("tools/zone_mistakes.txt", [&](auto& lines, auto& error) {
         folder.Write("clocks", lines);
         const SOutcome outcome =

@@ -53,6 +53,18 @@ std::string WithSeparator(std::string text) {
     return text;
 }
 
+/// The relay's name or one of its texts, which are numbers of texts where they occur again.
+std::string RelayCondition() {
+    std::string text =
+        "EXISTS (SELECT 1 FROM (SELECT lower(?) AS part) a WHERE instr(lower(l.name), a.part) > 0";
+    for (const std::string column : {"r.plant", "r.description", "r.model"}) {
+        text += " OR instr(lower(CASE typeof(" + column +
+                ") WHEN 'integer' THEN (SELECT t.text FROM texts t WHERE t.id = " + column + ") ELSE " +
+                column + " END), a.part) > 0";
+    }
+    return text + ")";
+}
+
 std::string QueryText(const SFindQuery& query) {
     std::string text = "SELECT r.id, CASE WHEN r.time IS NULL THEN r.bytes END FROM records r "
                        "JOIN files f ON f.id = r.file_id JOIN relays l ON l.id = f.relay_id WHERE 1";
@@ -60,7 +72,7 @@ std::string QueryText(const SFindQuery& query) {
         query.text.empty() ? "" : " AND r.id IN (SELECT rowid FROM records_text WHERE records_text MATCH ?)";
     text += query.since.empty() ? "" : " AND (r.time IS NULL OR r.time >= ?)";
     text += query.until.empty() ? "" : " AND (r.time IS NULL OR r.time <= ?)";
-    text += query.relay.empty() ? "" : " AND instr(lower(l.name), lower(?)) > 0";
+    text += query.relay.empty() ? "" : " AND " + RelayCondition();
     text += query.site.empty() ? "" : " AND l.site_id IN (SELECT id FROM sites WHERE name = ?)";
     return text + " ORDER BY r.time NULLS LAST, l.name, r.id";
 }

@@ -83,7 +83,8 @@ bool Matches(const std::string& cp1252, std::string_view part) {
 
 bool AnyTextMatches(const CEventRecord& record, std::string_view part) {
     if (Matches(record.GetEventText(), part) || Matches(record.GetEventFormat(), part) ||
-        Matches(record.GetText(), part)) {
+        Matches(record.GetText(), part) || Matches(record.GetAuxText1(), part) ||
+        Matches(record.GetAuxText2(), part) || Matches(record.GetAuxText3(), part)) {
         return true;
     }
     const auto* const extended = AsExtended(record);
@@ -130,10 +131,6 @@ std::optional<TimeKey> ParseTimeKey(std::string_view text, EDayEdge edge) {
     }
     return ParseMark(text, "T ") && ParseTimeOfDay(text, fields) ? std::optional(MakeKey(fields))
                                                                  : std::nullopt;
-}
-
-bool SEventFilter::MatchesRelay(std::string_view name) const {
-    return ContainsText(name, relay);
 }
 
 bool SEventFilter::MatchesRecord(const CEventRecord& record) const {

@@ -27,10 +27,9 @@ struct SEventFilter {
     std::optional<TimeKey> until; ///< that moment or earlier
     std::string sinceText;        ///< the same as dates or times; empty for none
     std::string untilText;
-    std::string relay; ///< UTF-8; part of the relay's name; empty for all
+    std::string relay; ///< UTF-8; as CRelaySelection takes it; empty for all
     std::string match; ///< UTF-8; part of one of the record's texts; empty for all
 
-    [[nodiscard]] bool MatchesRelay(std::string_view name) const;
     [[nodiscard]] bool MatchesRecord(const CEventRecord& record) const;
 };
 

@@ -7,6 +7,7 @@
 #include "tools/events/fetched_option.h"
 #include "tools/events/filter_options.h"
 #include "tools/events/format_options.h"
+#include "tools/events/relay_selection.h"
 #include "tools/text_encoding.h"
 
 #include <algorithm>
@@ -28,8 +29,9 @@ constexpr std::array kOptions{
     kUntilOption,
     kFetchedOption,
     kRelayOption,
-    SOption{EOptionKind::Text, "--match",
-            "only events with this text in their texts or cells; case does not matter"},
+    SOption{
+        EOptionKind::Text, "--match",
+        "only events with this text in their texts or cells, or in those of the relay; case does not matter"},
     kSiteOption,
     kClocksOption,
     SOption{EOptionKind::Choice, "--sort", "sort by time across all files (default: file order)", "time"},
@@ -42,7 +44,8 @@ as unreliable.
 --fetched takes from the records of visits what came in: also old events of a relay that was out of reach,
 and recovered ones. Times are those of this machine. A day file without such a record, such as a copy on
 another machine, counts by the UTC day in its name; a message says so.
-Exit status: 0 on success, 1 if a file is damaged or cannot be read, 2 on a usage error.
+If nothing is found, a message on standard error says so, and which relays there are if none matches.
+Exit status: 0 on success, also if nothing is found, 1 if a file is damaged or cannot be read, 2 on a usage error.
 
 Examples: what came in yesterday, and last night's events of the feeders
   ruvoctl events --fetched yesterday --sort time events/
@@ -105,8 +108,7 @@ int RunEvents(const CArguments& arguments, SConsole& console) {
         return kExitUsage;
     }
     CompleteSources(arguments, clocks, found);
-    std::erase_if(found.files,
-                  [&filter](const SFoundFile& file) { return !filter.MatchesRelay(file.relay); });
+    CRelaySelection selection(filter.relay);
     std::size_t relayWidth = 0;
     for (const SFoundFile& file : found.files) {
         relayWidth = std::max(relayWidth, ColumnsOf(file.relay));
@@ -114,21 +116,27 @@ int RunEvents(const CArguments& arguments, SConsole& console) {
     const std::unique_ptr<IEventPrinter> printer = MakePrinter(arguments, relayWidth, console.width);
     CEventSink sink(console.out, *printer, arguments.Has("--sort"));
     bool isSound = true;
-    CDayFileWalk walk(console);
-    walk.Read(found, [&](const SEventSource& source, const SDayFileItem& item, CProgress& progress) {
+    bool isAnyFound = false;
+    const auto print = [&](const SEventSource& source, const SDayFileItem& item, CProgress& progress) {
         const bool isTaken = item.record != nullptr && filter.MatchesRecord(*item.record);
         if (sink.PrintsAtOnce() && (isTaken || item.damage)) {
             progress.GiveWayToOutput();
         }
         if (isTaken) {
             sink.AddRecord(source, item);
+            isAnyFound = true;
         }
         if (item.damage) {
             sink.AddDamage(source, *item.damage);
             isSound = false;
         }
-    });
+    };
+    CDayFileWalk walk(console);
+    walk.Read(found, selection.Only(print));
     sink.Finish();
+    if (!isAnyFound && !selection.SayIfNone(found, console)) {
+        console.error.Write("No event matches.\n");
+    }
     return isSound && walk.Failures().empty() ? kExitGood : kExitFailed;
 }
 

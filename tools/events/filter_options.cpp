@@ -53,8 +53,8 @@ bool ParseTimeOption(const CArguments& arguments, std::string_view name, std::st
 }
 
 bool ParseFilterOptions(const CArguments& arguments, SConsole& console, SEventFilter& filter) {
-    filter.relay = arguments.Get("--relay");
-    filter.match = arguments.Get("--match");
+    filter.relay = SystemTextToUtf8(arguments.Get("--relay"));
+    filter.match = SystemTextToUtf8(arguments.Get("--match"));
     return ParseBound(arguments, "--since", EDayEdge::Start, filter.sinceText, filter.since, console) &&
            ParseBound(arguments, "--until", EDayEdge::End, filter.untilText, filter.until, console);
 }

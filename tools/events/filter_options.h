@@ -14,8 +14,10 @@ inline constexpr SOption kSinceOption{
     "TIME"};
 inline constexpr SOption kUntilOption{EOptionKind::Text, "--until",
                                       "only events at or before this time; a day counts to its end", "TIME"};
-inline constexpr SOption kRelayOption{EOptionKind::Text, "--relay",
-                                      "only relays whose name contains this text; case does not matter"};
+inline constexpr SOption kRelayOption{
+    EOptionKind::Text, "--relay",
+    "only relays whose name, plant reference, description or model contains this text, such as \"Feeder 7\"; "
+    "case does not matter"};
 
 inline constexpr SOption kSiteOption{
     EOptionKind::Text, "--site",

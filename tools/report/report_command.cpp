@@ -5,6 +5,7 @@
 #include "tools/events/day_file_walk.h"
 #include "tools/events/fetched_option.h"
 #include "tools/events/filter_options.h"
+#include "tools/events/relay_selection.h"
 #include "tools/report/report_data.h"
 #include "tools/report/report_page.h"
 #include "tools/text_encoding.h"
@@ -115,18 +116,26 @@ bool AddProblems(const std::string& path, const SEventFilter& filter, CReportDat
 
 /// True when everything was read and nothing was damaged.
 bool AddEvents(const SFoundFiles& found, const SEventFilter& filter, CReportData& data, SConsole& console) {
+    CRelaySelection selection(filter.relay);
     for (const SFoundFile& file : found.files) {
-        data.AddRelay(file.relay);
+        if (selection.MatchesName(file.relay)) {
+            data.AddRelay(file.relay);
+        }
     }
-    CDayFileWalk walk(console);
-    walk.Read(found, [&](const SEventSource& source, const SDayFileItem& item, CProgress& /*progress*/) {
+    const auto add = [&](const SEventSource& source, const SDayFileItem& item, CProgress& /*progress*/) {
+        data.AddRelay(source.relay);
         if (item.record != nullptr && filter.MatchesRecord(*item.record)) {
             data.AddRecord(source, item);
         }
         if (item.damage) {
             data.AddDamage(source, *item.damage);
         }
-    });
+    };
+    CDayFileWalk walk(console);
+    walk.Read(found, selection.Only(add));
+    if (data.EventCount() == 0 && !selection.SayIfNone(found, console)) {
+        console.error.Write("No event matches.\n");
+    }
     for (const std::string& failure : walk.Failures()) {
         data.AddFailure(failure);
     }
@@ -164,8 +173,6 @@ int RunReport(const CArguments& arguments, SConsole& console) {
     if (!KeepFetched(arguments, console, found)) {
         return kExitUsage;
     }
-    std::erase_if(found.files,
-                  [&filter](const SFoundFile& file) { return !filter.MatchesRelay(file.relay); });
     CReportData data;
     bool isGood = AddEvents(found, filter, data, console);
     if (arguments.Has("--log")) {

@@ -3,6 +3,7 @@
 #include "tools/events/day_file_walk.h"
 #include "tools/events/filter_options.h"
 #include "tools/events/format_options.h"
+#include "tools/events/relay_selection.h"
 #include "tools/given_time.h"
 #include "tools/soe/sequence_output.h"
 #include "tools/text_encoding.h"
@@ -74,10 +75,10 @@ bool ParseQuestion(const CArguments& arguments, SConsole& console, SSequenceQues
 }
 
 /// Relays of which the file of clocks says nothing count as UTC, with a mark.
-void ReportUnknownClocks(const SFoundFiles& found, SConsole& console) {
+void ReportUnknownClocks(const SFoundFiles& found, const CRelaySelection& selection, SConsole& console) {
     std::set<std::string> unknown;
     for (const SFoundFile& file : found.files) {
-        if (file.clock == nullptr) {
+        if (file.clock == nullptr && selection.MatchesName(file.relay)) {
             unknown.insert(file.relay);
         }
     }
@@ -88,10 +89,10 @@ void ReportUnknownClocks(const SFoundFiles& found, SConsole& console) {
 }
 
 /// True when everything was read and nothing was damaged.
-bool ReadEvents(const SFoundFiles& found, CEventSequence& sequence, SConsole& console) {
+bool ReadEvents(const SFoundFiles& found, CRelaySelection& selection, CEventSequence& sequence,
+                SConsole& console) {
     bool isSound = true;
-    CDayFileWalk walk(console);
-    walk.Read(found, [&](const SEventSource& source, const SDayFileItem& item, CProgress& progress) {
+    const auto add = [&](const SEventSource& source, const SDayFileItem& item, CProgress& progress) {
         if (item.record != nullptr) {
             sequence.Add(source, item);
         }
@@ -103,7 +104,10 @@ bool ReadEvents(const SFoundFiles& found, CEventSequence& sequence, SConsole& co
                                 std::to_string(item.damage->length) +
                                 " bytes: " + std::string(DayFileFaultText(item.damage->fault)) + "\n");
         }
-    });
+    };
+    CDayFileWalk walk(console);
+    walk.Read(found, selection.Only(add));
+    static_cast<void>(selection.SayIfNone(found, console));
     return isSound && walk.Failures().empty();
 }
 
@@ -129,14 +133,13 @@ int RunSoe(const CArguments& arguments, SConsole& console) {
         return kExitUsage;
     }
     SFoundFiles found = FindDayFiles(arguments.GetAll("SITE.ini|FOLDER"));
-    std::erase_if(found.files,
-                  [&question](const SFoundFile& file) { return !question.filter.MatchesRelay(file.relay); });
+    CRelaySelection selection(question.filter.relay);
     CompleteSources(arguments, clocks, found);
     if (question.hasClocks) {
-        ReportUnknownClocks(found, console);
+        ReportUnknownClocks(found, selection, console);
     }
     CEventSequence sequence(std::move(question));
-    const bool isSound = ReadEvents(found, sequence, console);
+    const bool isSound = ReadEvents(found, selection, sequence, console);
     if (!sequence.Finish()) {
         console.error.Write("ruvoctl: --zero: no event with a time has the text \"" +
                             EscapeControls(sequence.Question().zeroText) + "\"\n");
