@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 
 namespace ruvo {
@@ -30,10 +31,13 @@ public:
     virtual void Release() = 0;
 };
 
-/// From here on a request to end does not end the process by itself. To be called by the process's first
-/// thread before it starts another one. Programs that this process executes receive requests as usual. Null
-/// when requests cannot be heard: they end the process then.
+/// From here on a request to end does not end the process by itself. Programs that this process starts, in
+/// whatever way, receive requests as usual. Null when requests cannot be heard: they end the process then.
 std::unique_ptr<IEndRequests> HearEndRequests();
+
+/// Runs the code, and returns when it has ended; it throws nothing. A request then interrupts none of its
+/// calls, nor those of a server that it loads. For the process's first thread.
+void RunUndisturbed(const std::function<void()>& code);
 
 /// Ends the process at once, with status 0, without waiting for its threads.
 [[noreturn]] void EndProcess() noexcept;

@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <poll.h>
+#include <spawn.h>
 #include <string>
 #include <thread>
 
@@ -78,6 +80,56 @@ TEST(EndRequests, OneThatIsIgnoredStaysSo) {
               }),
               "- SIGTERM ");
     sigaction(SIGINT, &before, nullptr);
+}
+
+TEST(EndRequests, ProgramsThatAreSpawnedEndAsUsual) {
+    EXPECT_EQ(RunInChild([] {
+                  const auto requests = HearEndRequests();
+                  char shell[] = "sh", option[] = "-c", command[] = "exec sleep 60";
+                  char* words[] = {shell, option, command, nullptr};
+                  pid_t program = 0;
+                  posix_spawn(&program, "/bin/sh", nullptr, nullptr, words, environ);
+                  kill(program, SIGTERM);
+                  int status = 0;
+                  waitpid(program, &status, 0);
+                  const int ended = system("kill -HUP $$; sleep 60");
+                  return WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM && WIFSIGNALED(ended) ? 0 : 1;
+              }),
+              0);
+    EXPECT_EQ(HeardByChild([](IEndRequests& requests) {
+                  const pid_t copy = fork();
+                  if (copy == 0) {
+                      raise(SIGTERM);
+                      _exit(0);
+                  }
+                  int status = 0;
+                  waitpid(copy, &status, 0);
+                  return Heard(requests, 0ms) + (WIFSIGNALED(status) ? "ended" : "went on");
+              }),
+              "- ended")
+        << "and what a copy of the process is asked is not heard here";
+}
+
+TEST(EndRequests, InterruptNoCallOfTheCode) {
+    EXPECT_EQ(RunInChild([] {
+                  std::unique_ptr<IEndRequests> requests;
+                  int interrupted = 0;
+                  std::string heard;
+                  RunUndisturbed([&] {
+                      requests = HearEndRequests();
+                      for (int wait = 0; wait < 20; ++wait) {
+                          const pid_t asking = fork();
+                          if (asking == 0) {
+                              _exit(kill(getppid(), SIGTERM));
+                          }
+                          interrupted += poll(nullptr, 0, 20) == -1 ? 1 : 0;
+                          waitpid(asking, nullptr, 0);
+                      }
+                      heard = Heard(*requests, IEndRequests::kForever);
+                  });
+                  return heard == "SIGTERM " ? interrupted : 100;
+              }),
+              0);
 }
 
 TEST(EndRequests, ProgramsThatAreExecutedEndAsUsual) {

@@ -3,13 +3,16 @@
 #include "platform/posix/end_signals.h"
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <exception>
+#include <fcntl.h>
 #include <poll.h>
 #include <pthread.h>
 #include <sys/eventfd.h>
-#include <sys/signalfd.h>
+#include <thread>
 #include <unistd.h>
 
 namespace ruvo {
@@ -29,15 +32,36 @@ sigset_t EndSignals() {
     return set;
 }
 
-/// What a program that this process executes must find again.
-sigset_t g_maskAtStart;
+/// Where the handler writes the numbers of signals. Never closed: a signal can come at any time.
+std::atomic<int> g_heard = -1;
+sigset_t g_heardSignals;
 
-/// Signals that are blocked wait in the system until they are read.
+void Hear(int number) {
+    const int before = errno;
+    const auto byte = static_cast<unsigned char>(number);
+    [[maybe_unused]] const ssize_t written = write(g_heard, &byte, 1); // a full pipe holds requests enough
+    errno = before;
+}
+
+void LeaveToTheSystem(const sigset_t& set) {
+    for (const SSignalRow& row : kEndSignals) {
+        if (sigismember(&set, row.number) == 1) {
+            signal(row.number, SIG_DFL);
+        }
+    }
+}
+
+/// Signals are handled, not blocked: a program that this process starts would find them blocked, too, and
+/// could not be ended by them. A handler is gone in it.
 class CEndSignals final : public IEndRequests {
 public:
-    explicit CEndSignals(const sigset_t& set)
-        : m_set(set), m_signals(signalfd(-1, &m_set, SFD_CLOEXEC | SFD_NONBLOCK)),
-          m_stop(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+    explicit CEndSignals(const sigset_t& set) : m_set(set), m_stop(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+        std::array<int, 2> ends{-1, -1};
+        if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) == 0) {
+            m_signals = ends[0];
+            g_heard = ends[1];
+        }
+    }
     ~CEndSignals() override {
         for (const int file : {m_signals, m_stop}) {
             if (file != -1) {
@@ -46,7 +70,18 @@ public:
         }
     }
 
-    bool IsGood() const { return m_signals != -1 && m_stop != -1; }
+    bool Listen() {
+        struct sigaction action = {};
+        action.sa_handler = &Hear;
+        action.sa_mask = m_set;
+        action.sa_flags = SA_RESTART;
+        bool isGood = m_signals != -1 && m_stop != -1;
+        for (const SSignalRow& row : kEndSignals) {
+            isGood = isGood &&
+                     (sigismember(&m_set, row.number) != 1 || sigaction(row.number, &action, nullptr) == 0);
+        }
+        return isGood;
+    }
 
     EWake Wait(std::chrono::milliseconds most, const char*& name) override {
         const int timeout = most.count() > INT_MAX ? -1 : static_cast<int>(most.count());
@@ -80,16 +115,16 @@ public:
 
     void Stop() override { eventfd_write(m_stop, 1); }
 
-    void Release() override { pthread_sigmask(SIG_UNBLOCK, &m_set, nullptr); }
+    void Release() override { LeaveToTheSystem(m_set); }
 
 private:
     bool Read(const char*& name) {
-        signalfd_siginfo info{};
-        if (read(m_signals, &info, sizeof info) != static_cast<ssize_t>(sizeof info)) {
+        unsigned char number = 0;
+        if (read(m_signals, &number, 1) != 1) {
             return false;
         }
         for (const SSignalRow& row : kEndSignals) {
-            if (static_cast<std::uint32_t>(row.number) == info.ssi_signo) {
+            if (row.number == number) {
                 name = row.name;
             }
         }
@@ -97,7 +132,7 @@ private:
     }
 
     sigset_t m_set;
-    int m_signals;
+    int m_signals = -1;
     int m_stop;
 };
 
@@ -106,11 +141,29 @@ private:
 std::unique_ptr<IEndRequests> HearEndRequests() {
     const sigset_t set = EndSignals();
     auto requests = std::make_unique<CEndSignals>(set);
-    if (!requests->IsGood() || pthread_sigmask(SIG_BLOCK, &set, &g_maskAtStart) != 0) {
+    if (!requests->Listen()) {
+        LeaveToTheSystem(set);
         return nullptr;
     }
-    pthread_atfork(nullptr, nullptr, [] { pthread_sigmask(SIG_SETMASK, &g_maskAtStart, nullptr); });
+    g_heardSignals = set;
+    // What is heard in a child that executes no program is not meant for this process.
+    pthread_atfork(nullptr, nullptr, [] { LeaveToTheSystem(g_heardSignals); });
+    pthread_sigmask(SIG_UNBLOCK, &set, nullptr); // whoever has started this process may have blocked them
     return requests;
+}
+
+// The system hands a signal to the first thread if that one does not block it. There it interrupts nothing.
+void RunUndisturbed(const std::function<void()>& code) {
+    const sigset_t set = EndSignals();
+    pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+    std::thread thread;
+    try {
+        thread = std::thread(code);
+    } catch (const std::exception&) { // no thread is to be had
+        code();
+        return;
+    }
+    thread.join();
 }
 
 void EndProcess() noexcept {

@@ -135,6 +135,11 @@ private:
 
 } // namespace
 
+// Requests arrive at windows and threads of the system's.
+void RunUndisturbed(const std::function<void()>& code) {
+    code();
+}
+
 std::unique_ptr<IEndRequests> HearEndRequests() {
     State().stop = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     State().asked = CreateEventW(nullptr, FALSE, FALSE, nullptr);
