@@ -11,6 +11,8 @@ namespace {
 
 constexpr std::size_t kReserveStep = std::size_t{64} * 1024;
 constexpr std::array<std::uint8_t, kReserveStep> kZeros{};
+/// As much of a journal is in memory at a time.
+constexpr std::size_t kMappedSize = std::size_t{1024} * 1024;
 
 std::span<const std::uint8_t> HeadBytes() {
     return {reinterpret_cast<const std::uint8_t*>(kJournalHead.data()), kJournalHead.size()};
@@ -114,12 +116,22 @@ bool CJournalFile::WriteAt(std::uint64_t position, std::span<const std::uint8_t>
     return isDone;
 }
 
+/// A call of the system for each frame would cost more than all the rest of an event. Only what is reserved
+/// is stored without one: elsewhere the disk may have no room.
+bool CJournalFile::StoreOrWrite(std::span<const std::uint8_t> frame) {
+    const bool isReserved = m_end + frame.size() <= m_reserved && frame.size() <= kMappedSize;
+    if (isReserved && m_isMappable && !m_mapped.Covers(m_end, frame.size())) {
+        m_isMappable = m_mapped.Map(m_file, m_end, kMappedSize);
+    }
+    return isReserved && m_isMappable ? IsGood(m_mapped.Store(m_end, frame)) : WriteAt(m_end, frame);
+}
+
 bool CJournalFile::Append(EFrame kind, std::uint32_t visit, SChain& chain,
                           std::span<const std::uint8_t> payload) {
     SChain next = chain;
     MakeFrame(m_frame, kind, visit, next, payload);
     if (!m_hasFailed) {
-        m_hasFailed = !WriteAt(m_end, m_frame) || (!m_flush.NoteWrite() && !IsGood(m_flush.Failure()));
+        m_hasFailed = !StoreOrWrite(m_frame) || (!m_flush.NoteWrite() && !IsGood(m_flush.Failure()));
     }
     if (!m_hasFailed) {
         chain = next;
@@ -157,6 +169,7 @@ bool CJournalFile::TakeBack(std::uint64_t end) {
 void CJournalFile::Remove() {
     RemoveFile(m_path);
     m_flush.Stop();
+    m_mapped.Unmap();
     static_cast<void>(m_file.Close());
     FlushFolder(m_folder);
 }

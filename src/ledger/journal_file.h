@@ -4,6 +4,7 @@
 
 #include "ledger/background_flush.h"
 #include "ledger/frames.h"
+#include "platform/mapped_part.h"
 
 #include <cstdint>
 #include <optional>
@@ -76,6 +77,7 @@ public:
 private:
     [[nodiscard]] bool IsGood(SFileResult result);
     [[nodiscard]] bool WriteAt(std::uint64_t position, std::span<const std::uint8_t> bytes);
+    [[nodiscard]] bool StoreOrWrite(std::span<const std::uint8_t> frame);
 
     CFile m_file;
     CBackgroundFlush m_flush{m_file};
@@ -84,6 +86,8 @@ private:
     std::optional<std::uint64_t> m_place; ///< the handle's, while nothing else moves it
     std::uint64_t m_end = 0;
     std::uint64_t m_reserved = 0; ///< up to here the file has bytes
+    CMappedPart m_mapped;
+    bool m_isMappable = true; ///< as far as is known
     std::vector<std::uint8_t> m_frame;
     bool m_hasFailed = false;
     SFileResult m_failure;

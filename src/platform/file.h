@@ -104,6 +104,7 @@ public:
     SFileResult Close();
 
 private:
+    friend class CMappedPart;
     struct SHandle;
     std::unique_ptr<SHandle> m_handle;
 };

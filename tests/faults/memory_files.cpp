@@ -1,6 +1,7 @@
 // The platform's files, on the disk in memory.
 #include "memory_disk.h"
 
+#include "platform/mapped_part.h"
 #include "platform/state_folder.h"
 #include "support/failing_memory.h"
 
@@ -85,13 +86,14 @@ SFileResult CFile::Read(std::span<std::uint8_t> buffer, std::size_t& count) {
     m_handle->position += count;
     return g_disk.Do();
 }
-SFileResult CFile::Write(std::span<const std::uint8_t> bytes, std::size_t& count) {
-    const SDiskCall call;
+namespace {
+/// As a write, and as a store into what is mapped.
+SFileResult PutInto(const std::string& path, SMemoryNode& node, std::size_t position,
+                    std::span<const std::uint8_t> bytes, std::size_t& count) {
     SDiskFault fault = g_disk.Count();
-    SMemoryNode& node = m_handle->Node();
-    const std::size_t end = m_handle->position + bytes.size();
+    const std::size_t end = position + bytes.size();
     const std::size_t growth = end > node.bytes.size() ? end - node.bytes.size() : 0;
-    const std::size_t missing = growth - g_disk.RoomFor(m_handle->path, growth);
+    const std::size_t missing = growth - g_disk.RoomFor(path, growth);
     if (fault.failure == EFileFailure::None && missing > 0)
         fault.failure = EFileFailure::DiskFull;
     count = fault.failure == EFileFailure::None ? bytes.size()
@@ -101,10 +103,9 @@ SFileResult CFile::Write(std::span<const std::uint8_t> bytes, std::size_t& count
     const std::string_view text(reinterpret_cast<const char*>(bytes.data()), count);
     g_disk.hasTornWrite =
         g_disk.hasTornWrite || (fault.isEnd && fault.first == g_disk.operations && count > 0);
-    if (IsOpen() && count > 0)
-        node.Write(m_handle->position, text);
-    m_handle->position += count;
-    const bool isJournal = m_handle->path.ends_with(".journal");
+    if (!path.empty() && count > 0)
+        node.Write(position, text);
+    const bool isJournal = path.ends_with(".journal");
     const bool isReserve = isJournal && bytes.front() == 0;
     g_disk.events.refusedFrames += missing > 0 && isJournal && !isReserve && node.bytes.size() > 16 ? 1 : 0;
     if (fault.failure == EFileFailure::None) {
@@ -116,6 +117,29 @@ SFileResult CFile::Write(std::span<const std::uint8_t> bytes, std::size_t& count
     }
     return g_disk.Fail(fault.failure);
 }
+} // namespace
+SFileResult CFile::Write(std::span<const std::uint8_t> bytes, std::size_t& count) {
+    const SDiskCall call;
+    const SFileResult result = PutInto(m_handle->path, m_handle->Node(), m_handle->position, bytes, count);
+    m_handle->position += count;
+    return result;
+}
+bool CMappedPart::Map(CFile& file, std::uint64_t offset, std::size_t size) noexcept {
+    const SDiskCall call;
+    m_memory = reinterpret_cast<std::uint8_t*>(file.m_handle.get()); // of a file that outlives it
+    m_offset = offset;
+    m_size = size;
+    return g_disk.Do().Good();
+}
+SFileResult CMappedPart::Store(std::uint64_t offset, std::span<const std::uint8_t> bytes) noexcept {
+    const SDiskCall call;
+    auto& handle = *reinterpret_cast<CFile::SHandle*>(m_memory);
+    std::size_t count = 0;
+    return offset + bytes.size() > handle.Node().bytes.size()
+               ? g_disk.Fail(EFileFailure::Other)
+               : PutInto(handle.path, handle.Node(), static_cast<std::size_t>(offset), bytes, count);
+}
+void CMappedPart::Unmap() noexcept {}
 SFileResult CFile::SetLength(std::uint64_t length) {
     const SDiskCall call;
     const SFileResult result = g_disk.Do();

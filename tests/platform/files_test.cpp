@@ -2,6 +2,7 @@
 #include "platform/child_process.h"
 #include "platform/file_replacement.h"
 #include "platform/files.h"
+#include "platform/mapped_part.h"
 #include "platform/posix/free_space.h"
 #include "support/scratch_folder.h"
 
@@ -34,6 +35,31 @@ TEST(CFile, WritesSeeksCutsAndReads) {
     EXPECT_EQ(folder.Read("f"), "abXYe");
     ASSERT_TRUE(file.Open(folder.Path("f"), {.write = true, .truncate = true}).Good());
     EXPECT_EQ(folder.Read("f"), "");
+}
+
+TEST(CMappedPart, StoresLikeAWriteAndFailsLikeOne) {
+    const CScratchFolder folder;
+    const std::string before(10'000, '.');
+    folder.Write("f", before);
+    CFile file;
+    CMappedPart mapped;
+    const std::string text = "twenty-one characters";
+    const std::span bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
+    ASSERT_TRUE(file.Open(folder.Path("f"), {.write = true}).Good());
+    EXPECT_FALSE(mapped.Map(file, 5'000, 1'000'000)) << "it cannot be read";
+    ASSERT_TRUE(file.Open(folder.Path("f"), {.read = true, .write = true}).Good());
+    ASSERT_TRUE(mapped.Map(file, 5'000, 1'000'000));
+    EXPECT_TRUE(mapped.Covers(5'000, 1'000'000) && !mapped.Covers(5'001, 1'000'000) && !mapped.Covers(0, 1));
+    const pid_t child = fork(); // killed at once, it flushes nothing
+    if (child == 0) {
+        static_cast<void>(mapped.Store(8'180, bytes).Good() && raise(SIGKILL) == 0);
+    }
+    waitpid(child, nullptr, 0);
+    EXPECT_EQ(folder.Read("f"), std::string(before).replace(8'180, text.size(), text));
+    ASSERT_TRUE(file.SetLength(8'192).Good());
+    EXPECT_FALSE(mapped.Store(8'180, bytes).Good()) << "the last of it has no page in the file";
+    EXPECT_TRUE(mapped.Store(5'000, bytes).Good());
+    EXPECT_EQ(folder.Read("f").substr(5'000, text.size()), text);
 }
 
 TEST(CFile, TellsWhyItCannotOpen) {
