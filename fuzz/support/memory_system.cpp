@@ -181,6 +181,9 @@ SFileResult CFile::SetLength(std::uint64_t length) {
 SFileResult CFile::FlushToDisk() {
     return IsOpen() ? SFileResult{} : Failed(EFileFailure::BadDescriptor);
 }
+SFileResult CFile::FlushWritten() {
+    return FlushToDisk();
+}
 
 EFileLock CFile::TryLock() {
     return IsOpen() ? EFileLock::Taken : EFileLock::Unknown;

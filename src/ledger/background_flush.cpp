@@ -37,7 +37,7 @@ bool CBackgroundFlush::NoteWrite() noexcept {
 bool CBackgroundFlush::Flush() noexcept {
     const std::scoped_lock oneAtATime(m_flushing);
     m_isDirty = false; // before: what is written meanwhile may have come too late
-    const SFileResult flushed = m_file.FlushToDisk();
+    const SFileResult flushed = m_file.FlushWritten();
     if (!flushed.Good() && !m_hasFailed) {
         m_failure = flushed;
         m_hasFailed = true;

@@ -157,12 +157,13 @@ void CJournalFile::Clear() {
     if (m_file.SetLength(kJournalHead.size()).Good()) {
         m_end = m_reserved = kJournalHead.size();
     }
-    m_hasFailed = !Flush() || m_hasFailed; // what went could come back
+    const bool isCut = IsGood(m_file.FlushToDisk()); // else what went could come back
+    m_hasFailed = !Flush() || !isCut || m_hasFailed;
 }
 
 bool CJournalFile::TakeBack(std::uint64_t end) {
     const bool isTaken = m_file.SetLength(end).Good();
-    static_cast<void>(Flush()); // where no flush succeeds any more, that is all that can be done
+    static_cast<void>(m_file.FlushToDisk()); // where no flush succeeds any more, that is all that can be done
     return isTaken;
 }
 

@@ -12,7 +12,7 @@ bool CBackgroundFlush::NoteWrite() noexcept {
 }
 
 bool CBackgroundFlush::Flush() noexcept {
-    m_failure = m_file.FlushToDisk();
+    m_failure = m_file.FlushWritten();
     m_hasFailed = !m_failure.Good() || m_hasFailed;
     return !m_hasFailed;
 }

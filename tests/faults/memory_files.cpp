@@ -158,6 +158,9 @@ SFileResult CFile::FlushToDisk() {
     }
     return result;
 }
+SFileResult CFile::FlushWritten() {
+    return FlushToDisk();
+}
 EFileLock CFile::TryLock() {
     const SDiskCall call;
     if (!g_disk.Do().Good())

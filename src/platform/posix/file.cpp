@@ -75,6 +75,10 @@ SFileResult OpenAny(std::string& native, SOpenMode mode, int& descriptor) {
     return CheckRegular(descriptor);
 }
 
+SFileResult FlushOutcome(bool isFlushed) {
+    return Outcome(isFlushed || errno == EINVAL || errno == ENOSYS || errno == ENOTSUP); // not known here
+}
+
 } // namespace
 
 std::string SystemErrorText(long systemCode) {
@@ -158,9 +162,11 @@ SFileResult CFile::SetLength(std::uint64_t length) {
 }
 
 SFileResult CFile::FlushToDisk() {
-    const bool flushed = Retry([&] { return fsync(m_handle->descriptor); }) == 0;
-    const bool unknownHere = !flushed && (errno == EINVAL || errno == ENOSYS || errno == ENOTSUP);
-    return Outcome(flushed || unknownHere);
+    return FlushOutcome(Retry([&] { return fsync(m_handle->descriptor); }) == 0);
+}
+
+SFileResult CFile::FlushWritten() {
+    return FlushOutcome(Retry([&] { return fdatasync(m_handle->descriptor); }) == 0);
 }
 
 SFileResult CFile::Close() {

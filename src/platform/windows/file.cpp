@@ -156,6 +156,10 @@ SFileResult CFile::FlushToDisk() {
     return code == ERROR_SUCCESS || unknownHere ? SFileResult{} : Failed(code);
 }
 
+SFileResult CFile::FlushWritten() {
+    return FlushToDisk();
+}
+
 SFileResult CFile::Close() {
     const HANDLE file = std::exchange(m_handle->file, nullptr);
     return file == nullptr ? Failed(ERROR_INVALID_HANDLE) : Outcome(CloseHandle(file));
