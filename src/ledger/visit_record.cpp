@@ -20,12 +20,14 @@ namespace ruvo {
 
 namespace {
 
-/// A scheduler that repeats a visit after a failure counts the attempts.
+/// A scheduler that repeats a visit after a failure counts the attempts. What is no number of one is the
+/// first.
 std::uint64_t Attempt() {
     const std::string text = EnvironmentValue("RUVO_ATTEMPT").value_or("1");
     std::uint64_t attempt = 1;
-    std::from_chars(text.data(), text.data() + text.size(), attempt);
-    return attempt;
+    const char* const end = text.data() + text.size();
+    const auto read = std::from_chars(text.data(), end, attempt);
+    return read.ec == std::errc() && read.ptr == end && attempt > 0 ? attempt : 1;
 }
 
 /// Makes a line of a file that its run has left, and removes it. It is held locked.

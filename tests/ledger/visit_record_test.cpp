@@ -125,6 +125,21 @@ TEST_F(VisitRecord, ARelayIsMissedUntilItIsReachedAndARepeatedAttemptCounts) {
     SetEnvironmentValue("RUVO_ATTEMPT", "");
 }
 
+TEST_F(VisitRecord, AnAttemptThatIsNoNumberIsTheFirst) {
+    for (const auto& [text, want] : {std::pair("2", 2U),
+                                     {"", 1U},
+                                     {"0", 1U},
+                                     {"-1", 1U},
+                                     {"x", 1U},
+                                     {"2x", 1U},
+                                     {"99999999999999999999999", 1U}}) {
+        SetEnvironmentValue("RUVO_ATTEMPT", text);
+        RunWhole(Entry("RV001"));
+        EXPECT_EQ(SummariseVisits(folder.Path("ev"), folder.Path("site.ini")).last->attempt, want) << text;
+    }
+    SetEnvironmentValue("RUVO_ATTEMPT", "");
+}
+
 TEST_F(VisitRecord, EndedAnywhereItIsReadAndBecomesOneLine) {
     auto record = Begun();
     record->Add(Entry("RV001"));
