@@ -95,11 +95,13 @@ void WriteSite(CJsonWriter& json, const SSiteDigest& site) {
     json.Key("waiting").Number(site.waiting);
     json.Key("recovered").Number(site.recovered);
     WriteObjects(json, "visits", site.visits, [&json](const SVisitLine& run) { WriteVisit(json, run); });
-    WriteObjects(json, "not_reached", site.missed, [&json](const SMissedRelay& relay) {
+    const auto writeMissed = [&json](const SMissedRelay& relay) {
         json.Key("relay").Text(relay.label);
         WriteKnown(json, "last_reached", relay.lastReached);
         WriteKnown(json, "status_text", relay.status);
-    });
+    };
+    WriteObjects(json, "not_reached", site.missed, writeMissed);
+    WriteObjects(json, "not_reached_muted", site.muted, writeMissed);
     WriteObjects(json, "bays", site.bays, [&json](const SDigestBay& bay) { WriteBay(json, bay); });
     WriteObjects(json, "problems", site.problems,
                  [&json](const SDigestProblem& problem) { WriteProblem(json, problem); });

@@ -186,6 +186,9 @@ private:
         for (const SMissedRelay& relay : site.missed) {
             Add(Alarm, relay.text);
         }
+        for (const SMissedRelay& relay : site.muted) {
+            Add(Text, relay.text);
+        }
         const std::string recover = "\"ruvoctl recover " + site.ini + "\"";
         AddCount(site.lost, "lost: the error log says which and why.");
         AddCount(site.setAside, "set aside: " + recover + " lists and stores them.");

@@ -3,6 +3,7 @@
 #include "platform/full_path.h"
 #include "tools/lines/explain.h"
 #include "tools/log_lines.h"
+#include "tools/sites/muted_lines.h"
 #include "tools/text_encoding.h"
 
 #include <algorithm>
@@ -34,7 +35,7 @@ SDigestProblem ProblemOf(const SLogLine& line, const SSiteVisits& visits) {
     problem.where = WhereOf(line, visits);
     problem.lastTime = line.time;
     if (const auto meaning = Explain(line)) {
-        problem.severity = meaning->Severity();
+        problem.severity = IsMutedLine(visits, line) ? ESeverity::Notice : meaning->Severity();
         problem.happened = meaning->Happened();
         problem.todo = meaning->ToDo();
     } else {

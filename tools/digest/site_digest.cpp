@@ -117,11 +117,12 @@ void JudgeReach(const std::vector<SVisitLine>& runs, const SSiteVisits& visits, 
             ++digest.reached;
         } else if (found != last.end()) {
             const bool isStill = !relay.missedSince.empty();
-            digest.missed.push_back(
-                {EscapeControls(relay.Label()),
-                 EscapeControls(isStill ? MissedText(visits, relay)
-                                        : relay.Label() + " not reached; a later visit reached it"),
-                 relay.lastReached, EscapeControls(found->second->statusText)});
+            const std::string text = isStill ? MissedText(visits, relay)
+                                             : relay.Label() + " not reached; a later visit reached it";
+            (relay.mute ? digest.muted : digest.missed)
+                .push_back({EscapeControls(relay.Label()),
+                            EscapeControls(text + (relay.mute ? "; " + MuteText(*relay.mute) : "")),
+                            relay.lastReached, EscapeControls(found->second->statusText)});
         }
     }
 }
@@ -160,7 +161,11 @@ void JudgeVisits(const CChosenRuns& runs, const SDigestQuestion& question, SSite
                                          : !last || now - *last >= kDaySeconds);
 }
 
-void JudgeRecords(const SVisitSummary& summary, SSiteDigest& digest) {
+void JudgeRecords(const SSiteVisits& visits, SSiteDigest& digest) {
+    const SVisitSummary& summary = visits.summary;
+    if (!visits.muteFailure.empty()) {
+        digest.failures.push_back(EscapeControls(visits.muteFailure));
+    }
     std::string folders;
     for (const std::string& folder : summary.folders) {
         folders += (folders.empty() ? "" : " and ") + EscapeControls(SystemTextToUtf8(folder));
@@ -260,7 +265,7 @@ SSiteDigest ReadSiteDigest(const std::string& fullIniPath, const SDigestQuestion
     }
     const SSitePlaces& places = *site.Places();
     const SSiteVisits visits = ReadSiteVisits(fullIniPath, places, NowSeconds());
-    JudgeRecords(visits.summary, digest);
+    JudgeRecords(visits, digest);
     CChosenRuns runs(question);
     const CVisitHistory history(places.events);
     // Whether all could be read is in the summary.

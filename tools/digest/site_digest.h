@@ -85,7 +85,8 @@ struct SSiteDigest {
     std::size_t reached = 0;        ///< relays of the INI file, in the end
     std::size_t relays = 0;
     std::vector<SMissedRelay> missed;
-    std::vector<SDigestBay> bays; ///< trips and faults first
+    std::vector<SMissedRelay> muted; ///< missed, too, as was to be expected
+    std::vector<SDigestBay> bays;    ///< trips and faults first
     std::vector<SDigestProblem> problems;
     std::vector<SSilentRelay> silent;
     std::uint64_t lost = 0; ///< events, as the records count them

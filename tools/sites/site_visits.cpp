@@ -134,6 +134,10 @@ std::string MissedText(const SSiteVisits& visits, const SRelayVisit& relay) {
            nights;
 }
 
+std::string MuteText(const SMute& mute) {
+    return "muted until " + RecordTimeForPeople(mute.until) + ": " + mute.why;
+}
+
 std::optional<std::int64_t> SecondsOfRecord(const std::string& time) {
     constexpr std::string_view kPattern = "0000-00-00T00:00:00Z";
     const bool isOne =

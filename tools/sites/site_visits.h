@@ -57,6 +57,9 @@ struct SSiteVisits {
 /// "Feeder 7 (RV003) not reached since 2026-11-22, 3 nights", of one that the last visit has missed.
 [[nodiscard]] std::string MissedText(const SSiteVisits& visits, const SRelayVisit& relay);
 
+/// "muted until 2026-12-31 23:00 UTC: CT replaced".
+[[nodiscard]] std::string MuteText(const SMute& mute);
+
 /// Unix seconds of "2026-11-25T02:00:01Z"; none of anything else.
 [[nodiscard]] std::optional<std::int64_t> SecondsOfRecord(const std::string& time);
 /// "2026-11-25 02:00 UTC", from the same.

@@ -2,7 +2,7 @@
 
 #include "ledger/visit_record.h"
 #include "platform/full_path.h"
-#include "tools/lines/explain.h"
+#include "tools/sites/muted_lines.h"
 #include "tools/sites/site.h"
 #include "tools/text_encoding.h"
 
@@ -11,13 +11,6 @@
 namespace ruvo {
 
 namespace {
-
-/// Lines about a muted relay's link. What tells of lost events, damage or a refused password always counts.
-bool IsMuted(const SSiteVisits& visits, const SLogLine& line) {
-    const SRelayVisit* const relay = RelayOfConnection(visits, ShortConnectionName(line.connection));
-    const auto meaning = relay != nullptr && relay->mute ? Explain(line) : std::nullopt;
-    return meaning && meaning->Concern() == EConcern::Link;
-}
 
 SSiteStatus ReadStatus(const CSite& site, const SStatusOptions& options, SConsole& console) {
     SSiteStatus status;
@@ -28,14 +21,15 @@ SSiteStatus ReadStatus(const CSite& site, const SStatusOptions& options, SConsol
     }
     const SSitePlaces& places = *site.Places();
     SSiteVisits visits = ReadSiteVisits(site.IniPath(), places, SecondsOfRecord(RecordedNow()).value_or(0));
-    status = ReadSiteStatus({.eventRoot = SystemPath(places.events),
-                             .logPath = SystemPath(places.log),
-                             .iniPath = site.IniPath(),
-                             .mayHaveNoRoot = visits.IsVisited() && !visits.summary.hasEvents,
-                             .since = options.since,
-                             .expected = options.expected,
-                             .isMuted = [&visits](const SLogLine& line) { return IsMuted(visits, line); }},
-                            console);
+    status =
+        ReadSiteStatus({.eventRoot = SystemPath(places.events),
+                        .logPath = SystemPath(places.log),
+                        .iniPath = site.IniPath(),
+                        .mayHaveNoRoot = visits.IsVisited() && !visits.summary.hasEvents,
+                        .since = options.since,
+                        .expected = options.expected,
+                        .isMuted = [&visits](const SLogLine& line) { return IsMutedLine(visits, line); }},
+                       console);
     status.visits = std::move(visits);
     return status;
 }

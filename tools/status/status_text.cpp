@@ -57,9 +57,8 @@ void AppendVisits(std::string& out, const SSiteVisits& visits) {
     }
     for (const SRelayVisit& relay : visits.relays) {
         if (relay.mute) {
-            out += EscapeControls(relay.Label()) + " is muted until " +
-                   RecordTimeForPeople(relay.mute->until) + ": " +
-                   Shortened(EscapeControls(relay.mute->why)) + "\n";
+            out += EscapeControls(relay.Label()) + " is " + Shortened(EscapeControls(MuteText(*relay.mute))) +
+                   "\n";
         }
     }
     if (visits.summary.running) {
