@@ -9,6 +9,7 @@
 #include "log/log_reserve.h"
 #include "log/run_texts.h"
 #include "paths/path_utilities.h"
+#include "platform/environment.h"
 #include "platform/full_path.h"
 #include "platform/message_box.h"
 #include "platform/standard_error.h"
@@ -88,10 +89,20 @@ void CRuvoApp::StartUp(CRunContext& context, std::span<const std::string> argume
     ReportOrRun(context, result);
 }
 
+namespace {
+
+/// A runner that visits some relays of a site once more gives a copy of its INI file, and names the file.
+std::string IniPathForRecord(const std::string& iniPath) {
+    const std::string named = FullPath(EnvironmentValue("RUVO_INI_NAME").value_or(""));
+    return !named.empty() && IsExistingFile(named) ? named : iniPath;
+}
+
+} // namespace
+
 /// A run that cannot begin has one, too, if it knows its event root.
 void CRuvoApp::BeginRecord(const CRunContext& context) {
     if (!m_commandLine.checkOnly && !context.DestinationRoot().empty()) {
-        m_record.emplace(context.DestinationRoot(), m_commandLine.iniPath);
+        m_record.emplace(context.DestinationRoot(), IniPathForRecord(m_commandLine.iniPath));
         m_record->Begin();
         m_runEnd.WhenRunAbandoned([this] { EndRecord(); });
     }

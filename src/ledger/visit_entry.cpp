@@ -28,9 +28,10 @@ constexpr std::array kTexts{
     STextMember{"plant", &SVisitEntry::plant}, STextMember{"begin", &SVisitEntry::begin},
     STextMember{"end", &SVisitEntry::end}};
 constexpr std::array kNumbers{
-    SNumberMember{"taken", &SVisitEntry::taken},     SNumberMember{"stored", &SVisitEntry::stored},
-    SNumberMember{"lost", &SVisitEntry::lost},       SNumberMember{"set_aside", &SVisitEntry::setAside},
-    SNumberMember{"waiting", &SVisitEntry::waiting}, SNumberMember{"recovered", &SVisitEntry::recovered}};
+    SNumberMember{"taken", &SVisitEntry::taken},       SNumberMember{"stored", &SVisitEntry::stored},
+    SNumberMember{"lost", &SVisitEntry::lost},         SNumberMember{"set_aside", &SVisitEntry::setAside},
+    SNumberMember{"waiting", &SVisitEntry::waiting},   SNumberMember{"recovered", &SVisitEntry::recovered},
+    SNumberMember{"log_lines", &SVisitEntry::logLines}};
 
 void WriteText(CJsonWriter& json, std::string_view name, const std::string& text) {
     json.Key(name);

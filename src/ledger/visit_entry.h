@@ -31,6 +31,7 @@ struct SVisitEntry {
     std::uint64_t stored = 0;
     std::uint64_t lost = 0;
     std::uint64_t setAside = 0;
+    std::uint64_t logLines = 0;              ///< of those that the run wrote
     std::uint64_t waiting = 0;               ///< in the journal, for the next run
     std::uint64_t recovered = 0;             ///< of an earlier run, stored by this one
     std::optional<SStoredBytes> recoveredIn; ///< none where all of them were in the day file already

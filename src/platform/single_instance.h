@@ -14,6 +14,10 @@ enum class EInstanceClaim : std::uint8_t {
     WindowClassFailed, ///< the marker is held, but the window class of that name could not be registered
 };
 
+/// The folder of the markers, or of files that are as short-lived, where no other user makes any; full path.
+/// Empty when there is none.
+std::string InstanceFolder();
+
 /// Holds the marker until destroyed.
 class CInstanceMarker {
 public:

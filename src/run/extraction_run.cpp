@@ -23,6 +23,7 @@
 
 #include <exception>
 #include <optional>
+#include <utility>
 
 namespace ruvo {
 
@@ -148,13 +149,14 @@ void VisitEthernetRelays(const SRun& run) {
 }
 
 /// Without the link no relay is reached, for the same reason; an end of the run is none.
-void AddUnreached(const SRun& run, const AddressEntries& entries, ELink kind) {
+void AddUnreached(const SRun& run, const AddressEntries& entries, ELink kind, std::uint64_t logLines) {
     if (run.record == nullptr || run.end.IsAsked()) {
         return;
     }
     const SRequestAccount account = CP32Wrap::GetInstance()->TakeAccount();
     for (const auto& [key, address] : entries) {
-        CRelayEntry(run.record, key, std::to_string(address), kind).AddUnreached(account.lastFailure);
+        CRelayEntry(run.record, key, std::to_string(address), kind)
+            .AddUnreached(account.lastFailure, std::exchange(logLines, 0)); // the first has them all
     }
 }
 
@@ -163,8 +165,9 @@ void VisitRelays(const SRun& run, const AddressEntries& entries) {
     if (run.end.IsAsked()) {
         return;
     }
+    const std::uint64_t linesBefore = ErrorLogLines();
     if (!OpenSerialOrModemLink(run.context)) {
-        AddUnreached(run, entries, kind);
+        AddUnreached(run, entries, kind, ErrorLogLines() - linesBefore);
         return;
     }
     for (const auto& [key, address] : entries) {

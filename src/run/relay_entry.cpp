@@ -7,6 +7,7 @@
 #include "ledger/ledger_report.h"
 #include "ledger/visit_record.h"
 #include "link/client.h"
+#include "log/error_log.h"
 #include "log/status_to_string_id.h"
 #include "model/status/string_table.h"
 
@@ -42,6 +43,7 @@ CRelayEntry::CRelayEntry(CVisitRecord* record, const std::string& key, const std
         m_entry.address = SystemTextToUtf8(address);
         m_entry.link = LinkRow(link).name;
         m_entry.begin = RecordedNow();
+        m_linesBefore = ErrorLogLines();
     });
 }
 
@@ -72,14 +74,16 @@ void CRelayEntry::Add() noexcept {
             SetStatus(account.lastFailure);
         }
         m_entry.end = RecordedNow();
+        m_entry.logLines = ErrorLogLines() - m_linesBefore;
         m_record->Add(std::move(m_entry));
     });
 }
 
-void CRelayEntry::AddUnreached(LinkStatus failure) noexcept {
+void CRelayEntry::AddUnreached(LinkStatus failure, std::uint64_t logLines) noexcept {
     Gather([&] {
         SetStatus(failure);
         m_entry.end = m_entry.begin;
+        m_entry.logLines = logLines;
         m_record->Add(std::move(m_entry));
     });
 }

@@ -5,6 +5,7 @@
 #include "ledger/visit_entry.h"
 #include "link/seam/link_status.h"
 
+#include <cstdint>
 #include <string>
 
 namespace ruvo {
@@ -25,8 +26,8 @@ public:
     void Note(const SExtractionReport& report, LinkStatus ended, const CHeldDayFile& file) noexcept;
     /// Puts the entry into the record.
     void Add() noexcept;
-    /// The same of a relay to which the link could not be opened.
-    void AddUnreached(LinkStatus failure) noexcept;
+    /// The same of a relay to which the link could not be opened, and the lines that the log has about that.
+    void AddUnreached(LinkStatus failure, std::uint64_t logLines) noexcept;
 
 private:
     template <class Action>
@@ -35,7 +36,8 @@ private:
 
     CVisitRecord* m_record;
     SVisitEntry m_entry;
-    bool m_isRead = false; ///< the login is over
+    std::uint64_t m_linesBefore = 0; ///< of the log
+    bool m_isRead = false;           ///< the login is over
 };
 
 /// Adds events of an earlier run that this one has stored; other reports are passed over.

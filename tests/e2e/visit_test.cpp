@@ -74,6 +74,37 @@ TEST(Visit, IsNotMadeBadByAnotherStart) {
               "Only one instance can be running at one time.\n");
 }
 
+TEST(Visit, IsRepeatedForRelaysWithoutAnAnswer) {
+    const std::string missing = kFailed + "Connection details - COM Port: COM1, device address: 4.\n";
+    const std::string counts =
+        "; echo $?; grep -o '\"attempt\":[0-9]*\\|\"ini\":[^,]*\\|\"key\":\"[^\"]*' $DIR/state/*/visits.ndjson; "
+        "ls $DIR/*.ini\n";
+    const std::string first = "\"ini\":\"DIR/site.ini\"\n\"attempt\":1\n\"key\":\"RV000\n";
+    const std::string second = "\"ini\":\"DIR/site.ini\"\n\"attempt\":2\n\"key\":\"RV000\n";
+    {
+        const CProgramRun run(kLink + Relay("serial = 5", kTrip + kTrip) +
+                                  "[[fault]]\noperation = \"GetEvent\"\ncall = 2\ndelay = 1500\n",
+                              "", "[RUVO_SERIAL]\nRV000=4\nRV001=5\n");
+        run.Folder().Write("more.toml", Relay("serial = 4", kTrip, "0002"));
+        EXPECT_EQ(Visit(run, "visit $DIR/site.ini --retry 2 --after 0s & p=$!; events 1; cat $DIR/more.toml "
+                             ">>$DIR/substation.toml; wait $p" +
+                                 counts),
+                  missing + "0\n" + first + "\"key\":\"RV001\n" + second + "DIR/site.ini\n");
+    }
+    const CProgramRun away(kPlain, "", "[RUVO_SERIAL]\nRV000=4\n");
+    EXPECT_EQ(Visit(away, "(visit $DIR/site.ini --retry 1 --after 0m)" + counts),
+              missing + missing + "1\n" + first + second + "DIR/site.ini\n");
+    const CProgramRun closed(kWithLogin, "", "[RUVO_SERIAL]\nRV000=5\n");
+    EXPECT_EQ(Visit(closed, "(visit $DIR/site.ini --retry 9 --after 0s)" + counts),
+              "Invalid password. " + kSerialDetails + "\n" + kFailed + kSerialDetails + "\n1\n" + first +
+                  "DIR/site.ini\n")
+        << "each try costs one of its attempts";
+    EXPECT_EQ(Visit(away, "visit $DIR/site.ini --retry 1 --after 1h & p=$!\n"
+                          "until [ $(wc -l <$DIR/state/*/visits.ndjson) = 3 ]; do sleep 0.02; done\n"
+                          "kill -TERM $p; wait $p; echo $?"),
+              missing + "ruvoctl: ended by SIGTERM; no further attempt for 1 relay without an answer\n3\n");
+}
+
 TEST(Visit, TellsOfAnExtractorThatWasKilled) {
     const CProgramRun run(kLink +
                               Relay("serial = 5", "[relay.generate]\ncount = 3\nseed = 1\nendless = true\n"),

@@ -43,6 +43,38 @@ TEST(VisitOutcome, IsTheRecordsBeforeTheLogs) {
     EXPECT_EQ(WorseStatus(139, 3) + WorseStatus(2, 139) + WorseStatus(1, 2), 139 + 139 + 2);
 }
 
+TEST(VisitOutcome, OfAttemptsCountsWhatALaterOneReaches) {
+    const auto attempt = [](std::uint64_t logLines, std::vector<SVisitEntry> entries) {
+        SRunOutcome outcome;
+        outcome.record = SSeenRun();
+        outcome.record->line.ended = ERunEnd::Whole;
+        outcome.record->line.logLines = logLines;
+        outcome.record->line.entries = std::move(entries);
+        return outcome;
+    };
+    const auto relay = [](const char* key, std::uint64_t logLines, bool isReached) {
+        SVisitEntry entry;
+        entry.key = entry.address = key;
+        entry.logLines = logLines;
+        entry.isReached = isReached;
+        return entry;
+    };
+    const SRunOutcome first = attempt(3, {relay("A", 2, false), relay("B", 1, false), relay("C", 0, true)});
+    EXPECT_EQ(RelaysWithoutAnswer(first), (std::vector<std::string>{"A", "B"}));
+    const SRunOutcome second = attempt(1, {relay("A", 0, true), relay("B", 1, false)});
+    const SRunOutcome third = attempt(0, {relay("B", 0, true)});
+    EXPECT_EQ(StatusOfAttempts({first}), 1);
+    EXPECT_EQ(StatusOfAttempts({first, second}), 1);
+    EXPECT_EQ(StatusOfAttempts({first, second, third}), 0);
+    SRunOutcome other = first;
+    other.record->line.logLines = 4; // one that is of no relay
+    EXPECT_EQ(StatusOfAttempts({other, second, third}), 1);
+    SRunOutcome ended = first;
+    ended.record->line.ended = ERunEnd::Signal;
+    EXPECT_TRUE(RelaysWithoutAnswer(ended).empty());
+    EXPECT_EQ(StatusOfAttempts({first, second, ended}), 3);
+}
+
 TEST(LogGrowth, IsWhatOthersAdd) {
     const CScratchFolder folder;
     const CLogGrowth missing(folder.Path("log"));

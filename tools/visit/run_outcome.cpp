@@ -3,6 +3,7 @@
 #include "tools/visit/log_growth.h"
 
 #include <algorithm>
+#include <set>
 
 namespace ruvo {
 
@@ -32,6 +33,17 @@ EVisitStatus StatusOfLog(const SRunOutcome& outcome) {
     return outcome.logged.empty() ? EVisitStatus::Good : EVisitStatus::Problems;
 }
 
+/// Takes off the lines about relays that a later attempt has reached, and adds those that this one has.
+void Excuse(SVisitLine& line, std::set<std::string>& reached) {
+    for (const SVisitEntry& entry : line.entries) {
+        if (entry.isReached) {
+            reached.insert(entry.key);
+        } else if (reached.contains(entry.key)) {
+            line.logLines -= std::min(entry.logLines, line.logLines);
+        }
+    }
+}
+
 } // namespace
 
 int StatusOfRun(const SRunOutcome& outcome) {
@@ -41,6 +53,31 @@ int StatusOfRun(const SRunOutcome& outcome) {
     const int status =
         static_cast<int>(outcome.record ? StatusOfRecord(outcome.record->line) : StatusOfLog(outcome));
     return outcome.hasPrinted ? WorseStatus(status, static_cast<int>(EVisitStatus::Refused)) : status;
+}
+
+std::vector<std::string> RelaysWithoutAnswer(const SRunOutcome& outcome) {
+    std::vector<std::string> keys;
+    if (outcome.end.status != 0 || !outcome.record || outcome.record->line.ended != ERunEnd::Whole) {
+        return keys;
+    }
+    for (const SVisitEntry& entry : outcome.record->line.entries) {
+        if (!entry.isReached && !entry.address.empty()) {
+            keys.push_back(entry.key);
+        }
+    }
+    return keys;
+}
+
+int StatusOfAttempts(std::vector<SRunOutcome> attempts) {
+    int status = static_cast<int>(EVisitStatus::Good);
+    std::set<std::string> reached; // in a later attempt
+    for (auto outcome = attempts.rbegin(); outcome != attempts.rend(); ++outcome) {
+        if (outcome->record) {
+            Excuse(outcome->record->line, reached);
+        }
+        status = WorseStatus(status, StatusOfRun(*outcome));
+    }
+    return status;
 }
 
 int WorseStatus(int first, int second) {

@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace ruvo {
 
@@ -28,6 +29,14 @@ struct SRunOutcome {
 
 /// The record has the say. Without one, the extractor did not get as far, or cannot keep one: then the log.
 [[nodiscard]] int StatusOfRun(const SRunOutcome& outcome);
+
+/// The keys of the relays from which no answer came. None of a run that did not end by itself: then it is not
+/// known why.
+[[nodiscard]] std::vector<std::string> RelaysWithoutAnswer(const SRunOutcome& outcome);
+
+/// The status of several attempts, of which each later one visits what did not answer in the one before. A
+/// relay that a later one has reached counts as reached, and its lines of before are none of a problem.
+[[nodiscard]] int StatusOfAttempts(std::vector<SRunOutcome> attempts);
 
 /// The one that says more of what is wrong.
 [[nodiscard]] int WorseStatus(int first, int second);

@@ -1,5 +1,6 @@
 #include "tools/visit/visit.h"
 
+#include "base/text.h"
 #include "paths/path_utilities.h"
 #include "platform/environment.h"
 #include "platform/files.h"
@@ -13,6 +14,7 @@
 #include "tools/text_encoding.h"
 #include "tools/visit/log_growth.h"
 #include "tools/visit/relay_progress.h"
+#include "tools/visit/retry_file.h"
 
 #include <algorithm>
 
@@ -122,7 +124,7 @@ int CVisit::Test(const std::string& key) {
     return status;
 }
 
-int CVisit::Run() {
+int CVisit::Run(const SRetry& retry) {
     if (const auto other = m_places ? FindRunningVisit(m_places->events, m_iniPath) : std::nullopt) {
         return SayIsVisited(*other);
     }
@@ -132,11 +134,50 @@ int CVisit::Run() {
     if (m_control.Asked() != nullptr) {
         return SayIsEnded();
     }
-    return StatusAfter(RunExtractor(ExtractorFor(m_iniPath)));
+    CRetryFile().Remove(); // what a killed visit of this site has left
+    m_attempts.push_back(RunExtractor(ExtractorFor(m_iniPath), m_places.value_or(SSitePlaces())));
+    for (unsigned attempt = 0; attempt < retry.most; ++attempt) {
+        const std::vector<std::string> keys = RelaysWithoutAnswer(m_attempts.back());
+        if (keys.empty() || !TryAgain(keys, retry.after)) {
+            break;
+        }
+    }
+    return Status();
 }
 
-SRunOutcome CVisit::RunExtractor(const SChildProgram& program) {
-    const SSitePlaces places = m_places.value_or(SSitePlaces());
+bool CVisit::TryAgain(const std::vector<std::string>& keys, std::chrono::seconds after) {
+    const std::string relays = Counted(keys.size(), "relay") + " without an answer";
+    if (m_output.IsJournal() || m_output.IsForPerson()) {
+        m_output.Say(EPriority::Notice, relays + "; next attempt in " + LengthForPeople(after.count()));
+    }
+    if (!m_control.Pause(after)) {
+        m_output.Complain("ended by " + std::string(m_control.Asked()) + "; no further attempt for " +
+                          relays);
+        m_status = WorseStatus(m_status, static_cast<int>(EVisitStatus::Ended));
+        return false;
+    }
+    CRetryFile file;
+    if (const std::string why = file.Make(m_iniPath, *m_places, keys); !why.empty()) {
+        m_output.Complain("no further attempt for " + relays + ": " + why);
+        m_status = WorseStatus(m_status, static_cast<int>(EVisitStatus::Refused));
+        return false;
+    }
+    SSitePlaces places = *m_places;
+    std::erase_if(places.relays, [&keys](const SVisitedRelay& relay) {
+        return std::ranges::find(keys, relay.key) == keys.end();
+    });
+    SetEnvironmentValue("RUVO_ATTEMPT", std::to_string(m_attempts.back().record->line.attempt + 1));
+    SetEnvironmentValue("RUVO_INI_NAME", DisplayPath(m_iniPath));
+    SRunOutcome outcome = RunExtractor(ExtractorFor(file.Path()), places);
+    if (!outcome.record && outcome.otherVisit) {
+        SayIsVisited(*outcome.otherVisit);
+        return false;
+    }
+    m_attempts.push_back(std::move(outcome));
+    return true;
+}
+
+SRunOutcome CVisit::RunExtractor(const SChildProgram& program, const SSitePlaces& places) {
     const CLogGrowth log(places.log);
     const CRunWatch records(places.events);
     SRunOutcome outcome;
@@ -174,12 +215,13 @@ SRunOutcome CVisit::RunExtractor(const SChildProgram& program) {
     return outcome;
 }
 
-int CVisit::StatusAfter(const SRunOutcome& outcome) {
-    if (m_control.Asked() != nullptr && outcome.end.signal == m_control.Asked()) { // before it could hear it
+int CVisit::Status() {
+    const SRunOutcome& last = m_attempts.back();
+    if (m_control.Asked() != nullptr && last.end.signal == m_control.Asked()) { // before it could hear it
         return SayIsEnded();
     }
-    const int status = WorseStatus(m_status, StatusOfRun(outcome));
-    return status == static_cast<int>(EVisitStatus::IsVisited) ? SayIsVisited(*outcome.otherVisit) : status;
+    const int status = WorseStatus(m_status, StatusOfAttempts(m_attempts));
+    return status == static_cast<int>(EVisitStatus::IsVisited) ? SayIsVisited(*last.otherVisit) : status;
 }
 
 int CVisit::SayIsVisited(const SVisitLine& other) {

@@ -6,6 +6,7 @@
 #include "tools/visit/visit_control.h"
 #include "tools/visit/visit_output.h"
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,6 +17,12 @@ namespace ruvo {
 [[nodiscard]] SChildProgram ExtractorFor(const std::string& iniPath);
 [[nodiscard]] SChildProgram CompanionFor(std::vector<std::string> arguments);
 
+/// Further attempts to visit relays from which no answer came.
+struct SRetry {
+    unsigned most = 0;
+    std::chrono::seconds after = std::chrono::minutes(10);
+};
+
 class CVisit {
 public:
     /// The INI file's full path. Sets this process's environment as that of the site's programs; what is
@@ -25,7 +32,7 @@ public:
     CVisit& operator=(const CVisit&) = delete;
 
     /// Each returns the exit status.
-    int Run();
+    int Run(const SRetry& retry);
     int Check();
     int Test(const std::string& key);
 
@@ -34,8 +41,10 @@ private:
     /// What this program prints for the command; its exit status.
     int RunCompanion(std::vector<std::string> arguments, std::string& printed);
     [[nodiscard]] bool IsConfigurationGood(bool isShown);
-    [[nodiscard]] SRunOutcome RunExtractor(const SChildProgram& program);
-    [[nodiscard]] int StatusAfter(const SRunOutcome& outcome);
+    [[nodiscard]] SRunOutcome RunExtractor(const SChildProgram& program, const SSitePlaces& places);
+    /// Visits these relays again; false when no further attempt is to be made.
+    [[nodiscard]] bool TryAgain(const std::vector<std::string>& keys, std::chrono::seconds after);
+    [[nodiscard]] int Status();
     int SayIsVisited(const SVisitLine& other);
     int SayIsEnded();
 
@@ -44,6 +53,7 @@ private:
     CVisitControl m_control;
     int m_status = static_cast<int>(EVisitStatus::Good);
     std::optional<SSitePlaces> m_places;
+    std::vector<SRunOutcome> m_attempts;
 };
 
 } // namespace ruvo

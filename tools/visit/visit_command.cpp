@@ -1,4 +1,5 @@
 // ruvoctl visit: visits one site and reports the result in its exit status.
+#include "base/text.h"
 #include "paths/path_utilities.h"
 #include "platform/files.h"
 #include "platform/full_path.h"
@@ -7,10 +8,12 @@
 #include "platform/standard_streams.h"
 #include "platform/terminal.h"
 #include "tools/command.h"
+#include "tools/given_time.h"
 #include "tools/ini/site_user.h"
 #include "tools/text_encoding.h"
 #include "tools/visit/visit.h"
 
+#include <algorithm>
 #include <array>
 
 namespace ruvo {
@@ -26,6 +29,10 @@ constexpr std::array kOptions{
             "SITE.ini means the same. Or another file: a path, as in ./SITE.ini"},
     SOption{EOptionKind::Flag, "--check", "visit no relay, only check the configuration"},
     SOption{EOptionKind::Text, "--test", "visit no relay, only test the connection to this one", "KEY"},
+    SOption{EOptionKind::Text, "--retry",
+            "visit relays from which no answer came up to N times again (default: 0; at most 9)", "N"},
+    SOption{EOptionKind::Text, "--after",
+            "pause before each further attempt, such as 90s or 1h (default: 10m)", "LENGTH"},
 };
 
 constexpr std::string_view kNotes =
@@ -42,6 +49,10 @@ Started by root, it continues as another user, with a fresh environment, before 
 ruvo for a site of /etc/ruvo, for another file as the owner of its event root (or of the nearest existing
 parent). Only that user and root may then be able to create or write the file, its .env file and the
 folders and links that lead to them; if that user is root, the same applies to the events and the log.
+With --retry, relays from which no answer came (the link was not opened, the relay did not respond) are
+visited again, without the others. A relay that answered, be it by refusing a password, is never visited
+again: that could cost one of its attempts. A relay that a further attempt reaches counts as reached; its
+lines stay in the error log.
 TERM, INT and HUP (on Windows, a request to close the program) are passed on to the extractor, which then
 ends in good order.
 Exit status: 0 good; 1 the visit wrote lines to the error log; 2 the site's configuration does not allow a
@@ -69,8 +80,10 @@ std::vector<std::string> FullWords(const CArguments& arguments, const std::strin
     if (arguments.Has("--check")) {
         words.emplace_back("--check");
     }
-    if (arguments.Has("--test")) {
-        words.push_back("--test=" + arguments.Get("--test"));
+    for (const char* const name : {"--test", "--retry", "--after"}) {
+        if (arguments.Has(name)) {
+            words.push_back(name + ("=" + arguments.Get(name)));
+        }
     }
     words.insert(words.end(), {"--", DisplayPath(iniPath)});
     return words;
@@ -96,6 +109,32 @@ std::string WhyNotReadable(const std::string& iniPath) {
     return result.Good() ? std::string() : SystemErrorText(result.systemCode);
 }
 
+/// A pause may also be of seconds.
+std::optional<std::int64_t> ParsePause(const std::string& text) {
+    constexpr std::size_t kLongest = 6;
+    const bool isSeconds = text.size() > 1 && text.size() <= kLongest && text.ends_with('s') &&
+                           std::all_of(text.begin(), text.end() - 1, IsDigit);
+    return isSeconds ? std::optional<std::int64_t>(std::stoi(text)) : ParseLength(text);
+}
+
+std::optional<SRetry> ReadRetry(const CArguments& arguments) {
+    SRetry retry;
+    if (const std::string number = arguments.Get("--retry"); arguments.Has("--retry")) {
+        if (number.size() != 1 || !IsDigit(number.front())) {
+            return std::nullopt;
+        }
+        retry.most = static_cast<unsigned>(number.front() - '0');
+    }
+    if (arguments.Has("--after")) {
+        const auto length = ParsePause(arguments.Get("--after"));
+        if (!length) {
+            return std::nullopt;
+        }
+        retry.after = std::chrono::seconds(*length);
+    }
+    return retry;
+}
+
 int RunVisit(const CArguments& arguments, SConsole& console) {
     IgnoreClosedPipes(); // the extractor is not left alone because nobody reads
     CVisitOutput output(console, IsSystemJournal(EStandardStream::Output),
@@ -104,6 +143,11 @@ int RunVisit(const CArguments& arguments, SConsole& console) {
         output.Complain(why);
         return kRefused;
     };
+    const std::optional<SRetry> retry = ReadRetry(arguments);
+    if (!retry) {
+        return refuse(
+            "expected a number from 0 to 9 for --retry, and a length such as 90s or 10m for --after");
+    }
     const std::string typed = arguments.Get("SITE");
     const std::string iniPath = IniPathOf(typed);
     if (iniPath.empty()) {
@@ -121,7 +165,7 @@ int RunVisit(const CArguments& arguments, SConsole& console) {
     CVisit visit(iniPath, output);
     return arguments.Has("--check")  ? visit.Check()
            : arguments.Has("--test") ? visit.Test(arguments.Get("--test"))
-                                     : visit.Run();
+                                     : visit.Run(*retry);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "base/digest.h"
 #include "base/text.h"
 #include "platform/environment.h"
+#include "platform/full_path.h"
 #include "platform/posix/native_path.h"
 #include "platform/posix/users_folders.h"
 
@@ -21,22 +22,26 @@ namespace {
 
 constexpr const char* kPackageFolder = "/run/ruvo"; // made at boot, for the user of the services
 
-// The one place of all of a user's runs, whatever starts them, where no other user can take the lock. Closed
-// when there is none.
-CDescriptor OpenUsersFolder() {
+struct SLockFolder {
+    std::string path;
+    CDescriptor folder; ///< closed when there is none
+};
+
+// The one place of all of a user's runs, whatever starts them, where no other user can take the lock.
+SLockFolder OpenUsersFolder() {
     if (CDescriptor folder = OpenFolder(kPackageFolder); IsPrivateFolder(folder)) {
-        return folder;
+        return {kPackageFolder, std::move(folder)};
     }
     const std::string path = UsersStateFolder();
     MakeFolders(path); // what comes of it is seen below
     CDescriptor folder = OpenFolder(path);
-    return IsPrivateFolder(folder) ? std::move(folder) : CDescriptor();
+    return IsPrivateFolder(folder) ? SLockFolder{path, std::move(folder)} : SLockFolder();
 }
 
-CDescriptor OpenLockFolder() {
+SLockFolder OpenLockFolder() {
     if (const auto named = EnvironmentValue("RUVO_LOCK_DIR")) {
         const auto native = ToNativePath(*named);
-        return native ? OpenFolder(*native) : CDescriptor();
+        return native ? SLockFolder{*native, OpenFolder(*native)} : SLockFolder();
     }
     return OpenUsersFolder();
 }
@@ -74,6 +79,11 @@ CDescriptor OpenLockFile(const CDescriptor& folder, const std::string& name) {
 
 } // namespace
 
+std::string InstanceFolder() {
+    const SLockFolder lock = OpenLockFolder();
+    return lock.folder.IsOpen() ? FullPath(FromNativePath(lock.path)) : std::string();
+}
+
 struct CInstanceMarker::SHandle {
     // Closing releases the locks, as the end of the process does. The files stay: removing one could take it
     // from a process that has just opened it.
@@ -89,7 +99,7 @@ CInstanceMarker::~CInstanceMarker() = default;
 // could be that of the same site.
 EInstanceClaim CInstanceMarker::Claim(const std::string& name) {
     m_handle->locks.clear();
-    const CDescriptor folder = OpenLockFolder();
+    const CDescriptor folder = OpenLockFolder().folder;
     const auto take = [&](const std::string& file, int kind) {
         CDescriptor lock = OpenLockFile(folder, file);
         if (!lock.IsOpen()) {

@@ -1,5 +1,6 @@
 #include "platform/single_instance.h"
 
+#include "platform/files.h"
 #include "platform/windows/system.h"
 
 #include <utility>
@@ -50,6 +51,13 @@ struct CInstanceMarker::SHandle {
     HANDLE mutex = nullptr;
     std::string className; ///< of the registered class; empty when there is none
 };
+
+// A marker is no file here. The folder is the user's own.
+std::string InstanceFolder() {
+    std::string folder = TemporaryFolder();
+    folder.resize(folder.size() - (folder.ends_with('\\') ? 1 : 0));
+    return folder;
+}
 
 CInstanceMarker::CInstanceMarker() : m_handle(std::make_unique<SHandle>()) {}
 
