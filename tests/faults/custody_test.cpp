@@ -113,18 +113,12 @@ TEST_F(Custody, ABeginThatFailsSaysWhy) {
     } rows[] = {{"no room", EFileFailure::DiskFull, "There is no room for journal ", ""},
                 {"a bad disk", EFileFailure::Other, "", "-1.journal has failed: failure 1"}};
     for (const auto& row : rows) {
-        g_standardError.clear();
-        CRunLedger own(kRoot, [](const SLedgerReport&) {});
-        ASSERT_NE(own.Journal(), nullptr);
-        CVisitCustody probe(&own, "RV001"); // finds out when the journal is asked for room
-        const std::size_t before = g_disk.operations;
-        ASSERT_FALSE(probe.Begin(kFile));
-        const std::size_t needed = g_disk.operations - before;
-        probe.End();
         bool isMet = false;
-        for (std::size_t nth = 1; nth <= needed && !isMet; ++nth) {
+        for (std::size_t nth = 1; nth <= 40 && !isMet; ++nth) {
+            g_standardError.clear();
+            CRunLedger own(kRoot, [](const SLedgerReport&) {});
+            ASSERT_NE(own.Journal(), nullptr);
             CVisitCustody custody(&own, "RV001");
-            ASSERT_TRUE(own.Journal()->TakeBack(kJournalHead.size()));
             Break(row.failure, nth, 1);
             const auto failure = custody.Begin(kFile);
             Mend();

@@ -169,6 +169,57 @@ void CheckCompanion() {
     g_checks.Expect(status("check " + ini) > 0, "ruvoctl check with an error");
 }
 
+/// What a program writes on its standard output.
+std::string Shown(const std::string& program, const std::string& arguments) {
+    const std::string file = CRunFolder::Path("shown");
+    std::system(("\"\"" + CodeFolder() + "\\" + program + "\" " + arguments + " > " + file + "\"").c_str());
+    return FileBytes(file);
+}
+
+/// A relay wants its password again in the middle of a visit, and refuses it. What it had given by then is
+/// set aside, listed, and stored once.
+void CheckRecover() {
+    std::string more = kLocked;
+    more.insert(more.find("[relay.cells]"), "forget_after = 10\n");
+    for (int event = 0; event < 8; ++event) {
+        more += kTrip;
+    }
+    const CRunFolder run(
+        kLink + Relay("serial = 5", more) +
+            "[[fault]]\noperation = \"ChangeSetting\"\ncell = \"00.02\"\nfrom = 3\nreply = 4\n",
+        "", kSerial + kPassword);
+    const std::string ini = CRunFolder::Path("site.ini");
+    g_checks.Equal(run.Run(), 0, "a refused password: exit status");
+    const std::string log = run.Log();
+    const std::string mark = " set aside in ";
+    const std::size_t begin = log.find(mark);
+    const std::size_t end = log.find(": a password was refused.");
+    g_checks.Expect(begin != std::string::npos && end != std::string::npos, "the set-aside file: " + log);
+    if (begin == std::string::npos || end == std::string::npos) {
+        return;
+    }
+    const std::string file = log.substr(begin + mark.size(), end - begin - mark.size());
+    const int events = std::atoi(log.c_str() + log.rfind('\n', begin) + 1);
+    g_checks.Expect(events > 0, "events that are set aside: " + log);
+    g_checks.Equal(Listed(run.Files()), "", "nothing is in a day file");
+    g_checks.Expect(Shown("ruvoctl.exe", "recover " + ini).find(file) != std::string::npos,
+                    "recover lists it");
+    const auto store = [&] {
+        return CProcess("ruvoctl.exe", "recover " + ini + " \"" + file + "\"").Wait(kPatience);
+    };
+    std::map<std::string, std::string> wanted{{kDay, Header("000001")}};
+    for (int event = 0; event < events; ++event) {
+        wanted[kDay] += Trip();
+    }
+    g_checks.Equal(store(), 0, "recover stores it");
+    g_checks.Equal(Listed(run.Files()), Listed(wanted), "its events are in the day file");
+    g_checks.Expect(!FileBytes(file + ".done").empty(), "it is marked");
+    g_checks.Equal(store(), 1, "recover twice");
+    g_checks.Equal(Listed(run.Files()), Listed(wanted), "twice is once");
+    g_checks.Expect(Shown("ruvoctl.exe", "recover " + ini).find("nothing is left") != std::string::npos,
+                    "and nothing is listed");
+}
+
 /// All top-level windows of the process, those that are never seen, too.
 std::vector<HWND> WindowsOf(DWORD processId) {
     struct SSearch {
@@ -300,6 +351,7 @@ int CheckPrograms() {
     CheckDebuggerLines();
     CheckLibrary();
     CheckCompanion();
+    CheckRecover();
     CheckRequestsToEnd();
     if (outOfProcess) {
         CheckServerLost(); // the last: Wine goes on offering a server that was killed until the session ends
