@@ -11,6 +11,7 @@ SCommand EventsCommand();
 SCommand SoeCommand();
 SCommand NewCommand();
 SCommand ListCommand();
+SCommand RelaysCommand();
 SCommand AddCommand();
 SCommand RemoveCommand();
 SCommand StatusCommand();
@@ -30,10 +31,10 @@ SCommand HelpCommand();
 std::span<const SCommand> Commands() {
     static const std::vector<SCommand> commands = [] {
         std::vector<SCommand> table{
-            EventsCommand(),  SoeCommand(),   VisitCommand(),  StatusCommand(),   DigestCommand(),
-            ReportCommand(),  NewCommand(),   ListCommand(),   AddCommand(),      RemoveCommand(),
-            CheckCommand(),   PathsCommand(), TestCommand(),   PasswordCommand(), RecoverCommand(),
-            ExplainCommand(), MuteCommand(),  UnmuteCommand(),
+            EventsCommand(),  SoeCommand(),     VisitCommand(), StatusCommand(), DigestCommand(),
+            ReportCommand(),  NewCommand(),     ListCommand(),  RelaysCommand(), AddCommand(),
+            RemoveCommand(),  CheckCommand(),   PathsCommand(), TestCommand(),   PasswordCommand(),
+            RecoverCommand(), ExplainCommand(), MuteCommand(),  UnmuteCommand(),
         };
         const std::span<const SCommand> more = DatabaseCommands();
         table.insert(table.end(), more.begin(), more.end());

@@ -9,8 +9,9 @@
 namespace ruvo {
 
 struct SVisitedRelay {
-    std::string key;     ///< "RV001"
-    std::string address; ///< the key's value
+    std::string key;       ///< "RV001"
+    std::string address;   ///< the key's value
+    std::string link = {}; ///< "serial", "modem" or "ethernet"
 };
 
 /// Those of the selected link, in the order of visits.

@@ -92,6 +92,7 @@ SSiteVisits ReadSiteVisits(const std::string& fullIniPath, const SSitePlaces& pl
         SRelayVisit visit;
         visit.key = relay.key;
         visit.address = relay.address;
+        visit.link = relay.link;
         if (const auto known = status.summary.relays.find({relay.key, relay.address});
             known != status.summary.relays.end()) {
             visit.name = known->second.name;

@@ -49,7 +49,7 @@ void AppendRelays(std::string& out, const SSiteStatus& status) {
 }
 
 void AppendVisits(std::string& out, const SSiteVisits& visits) {
-    constexpr std::size_t kTextColumns = 6;
+    constexpr std::size_t kTextColumns = 7;
     if (const std::string last = VisitSummaryText(visits); !last.empty()) {
         out += ToUpper(last.front());
         out += last.substr(1) + "\n";

@@ -151,12 +151,13 @@ std::string VisitSummaryText(const SSiteVisits& visits) {
 
 std::vector<std::vector<std::string>> VisitRows(const SSiteVisits& visits) {
     std::vector<std::vector<std::string>> rows{
-        {"key", "address", "relay", "reached", "last reached", "status", "events", "seconds"}};
+        {"key", "address", "relay", "plant", "reached", "last reached", "status", "events", "seconds"}};
     for (const SRelayVisit& relay : visits.relays) {
         const Value seconds = SecondsOfVisit(relay);
         rows.push_back(
             {EscapeControls(relay.key), EscapeControls(relay.address),
              relay.name.empty() ? "-" : EscapeControls(relay.name),
+             relay.plant.empty() ? "-" : EscapeControls(relay.plant),
              std::string(!relay.entry        ? "not visited"
                          : relay.IsReached() ? "yes"
                                              : "no") +
