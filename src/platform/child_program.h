@@ -11,6 +11,9 @@
 
 namespace ruvo {
 
+/// Whether the system takes the file for one that this user can start.
+bool IsProgram(const std::string& path);
+
 struct SChildProgram {
     std::string path;                     ///< full; no folder is searched
     std::vector<std::string> arguments;   ///< without the program's own name

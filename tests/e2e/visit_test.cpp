@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <regex>
+#include <unistd.h>
 
 namespace ruvo::test {
 namespace {
@@ -103,6 +104,41 @@ TEST(Visit, IsRepeatedForRelaysWithoutAnAnswer) {
                           "until [ $(wc -l <$DIR/state/*/visits.ndjson) = 3 ]; do sleep 0.02; done\n"
                           "kill -TERM $p; wait $p; echo $?"),
               missing + "ruvoctl: ended by SIGTERM; no further attempt for 1 relay without an answer\n3\n");
+}
+
+TEST(Visit, IsFollowedByPrograms) {
+    if (geteuid() != 0)
+        GTEST_SKIP() << "such programs are root's";
+    const CProgramRun run(kPlain, "", "[RUVO_SERIAL]\nRV001=5\nRV002=9\n");
+    const std::string example = RUVO_TEST_DATA "/../packaging/after-visit.d/";
+    run.Folder().Write("10-first",
+                       "#!/bin/sh\necho $RUVO_STATUS $RUVO_RUNS $RUVO_REACHED/$RUVO_RELAYS $RUVO_TAKEN\n"
+                       "echo $RUVO_INI $RUVO_LOG ${RUVO_EVENT_ROOT##*/}; grep -c Plant\n");
+    run.Folder().Write("90-last", "#!/bin/sh\nexit 7\n");
+    run.Folder().Write("sendmail", "#!/bin/sh\necho sendmail $*\ncat >$DIR/mail.txt\n");
+    const std::string prepared =
+        "mkdir $DIR/after; cd $DIR; chmod 755 . 10-first 90-last sendmail; cp 10-first 90-last after\n"
+        "cp " +
+        example + "mail " + example +
+        "webhook after; cp 10-first after/20-open; chmod g+w after/20-open\n"
+        "cp 10-first after/30~; echo no program >after/40-text\n"
+        "export RUVO_AFTER_VISIT_DIR=$DIR/after PATH=$DIR:" RUVO_BIN_DIR
+        ":$PATH RUVO_MAIL_TO=ops@example.org\n"
+        "python3 " RUVO_TEST_DATA "/e2e/hook_server.py $DIR/port >$DIR/hook.txt & hook=$!\n"
+        "until [ -s $DIR/port ]; do sleep 0.02; done; export RUVO_WEBHOOK_URL=http://127.0.0.1:$(cat port)/hook\n";
+    const std::string printed =
+        Visit(run, prepared + "(visit $DIR/site.ini); echo $?; wait $hook; cat hook.txt");
+    EXPECT_EQ(printed.substr(printed.find("ruvoctl:")),
+              "ruvoctl: after the visit: DIR/after/20-open: not started, because users other than root can "
+              "write, replace or redirect it\n1 1 1/2 1\nDIR/site.ini DIR/run.log ev\n1\n"
+              "ruvoctl: after the visit: DIR/after/90-last: ended with status 7\nsendmail -oi -t\n1\n"
+              "/hook application/json \"site\"\n");
+    const std::string mail = run.Folder().Read("mail.txt");
+    EXPECT_TRUE(
+        mail.starts_with("To: ops@example.org\nSubject: ruvo site: problems, 1 of 2 relays reached, 1 "
+                         "events\n"))
+        << mail;
+    EXPECT_NE(mail.find("Plant"), std::string::npos) << "the digest itself";
 }
 
 TEST(Visit, TellsOfAnExtractorThatWasKilled) {

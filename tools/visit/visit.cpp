@@ -12,6 +12,7 @@
 #include "tools/ini/site_environment.h"
 #include "tools/sites/site_visits.h"
 #include "tools/text_encoding.h"
+#include "tools/visit/after_visit.h"
 #include "tools/visit/log_growth.h"
 #include "tools/visit/relay_progress.h"
 #include "tools/visit/retry_file.h"
@@ -142,7 +143,54 @@ int CVisit::Run(const SRetry& retry) {
             break;
         }
     }
-    return Status();
+    const int status = Status();
+    if (status != static_cast<int>(EVisitStatus::IsVisited)) {
+        RunProgramsAfter(status);
+    }
+    return status;
+}
+
+std::string CVisit::Digest() {
+    std::string digest;
+    for (const SRunOutcome& attempt : m_attempts) {
+        if (attempt.record) { // its status is that of what it tells of
+            static_cast<void>(
+                RunCompanion({"digest", "--visit=" + std::to_string(attempt.record->line.number), "--",
+                              DisplayPath(m_iniPath)},
+                             digest));
+        }
+    }
+    return digest.empty() ? "There is no record of this visit; the error log has what it wrote there.\n"
+                          : digest;
+}
+
+void CVisit::RunProgramsAfter(int status) {
+    const SAfterPrograms programs = FindAfterPrograms(ProgramsFolder());
+    if (!m_places || (programs.paths.empty() && programs.refused.empty())) {
+        return;
+    }
+    for (const char* const name : {"RUVO_ATTEMPT", "RUVO_INI_NAME"}) { // of the last attempt alone
+        ClearEnvironmentValue(name);
+    }
+    const SVisitCounts counts = CountVisit(m_attempts, *m_places);
+    std::string runs;
+    for (const SRunOutcome& attempt : m_attempts) {
+        runs += attempt.record ? (runs.empty() ? "" : " ") + std::to_string(attempt.record->line.number) : "";
+    }
+    const SAfterVisit visit{.variables = {{"RUVO_INI", DisplayPath(m_iniPath)},
+                                          {"RUVO_EVENT_ROOT", DisplayPath(m_places->events)},
+                                          {"RUVO_LOG", DisplayPath(m_places->log)},
+                                          {"RUVO_STATUS", std::to_string(status)},
+                                          {"RUVO_RUNS", runs},
+                                          {"RUVO_RELAYS", std::to_string(counts.relays)},
+                                          {"RUVO_REACHED", std::to_string(counts.reached)},
+                                          {"RUVO_TAKEN", std::to_string(counts.taken)},
+                                          {"RUVO_STORED", std::to_string(counts.stored)},
+                                          {"RUVO_LOST", std::to_string(counts.lost)},
+                                          {"RUVO_SET_ASIDE", std::to_string(counts.setAside)},
+                                          {"RUVO_WAITING", std::to_string(counts.waiting)}},
+                            .digest = Digest()};
+    RunAfterVisit(programs, visit, m_control, m_output);
 }
 
 bool CVisit::TryAgain(const std::vector<std::string>& keys, std::chrono::seconds after) {

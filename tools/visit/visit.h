@@ -45,6 +45,9 @@ private:
     /// Visits these relays again; false when no further attempt is to be made.
     [[nodiscard]] bool TryAgain(const std::vector<std::string>& keys, std::chrono::seconds after);
     [[nodiscard]] int Status();
+    /// The digests of all attempts.
+    [[nodiscard]] std::string Digest();
+    void RunProgramsAfter(int status);
     int SayIsVisited(const SVisitLine& other);
     int SayIsEnded();
 

@@ -53,6 +53,13 @@ With --retry, relays from which no answer came (the link was not opened, the rel
 visited again, without the others. A relay that answered, be it by refusing a password, is never visited
 again: that could cost one of its attempts. A relay that a further attempt reaches counts as reached; its
 lines stay in the error log.
+After a visit, unless a signal ended it, the programs of /etc/ruvo/after-visit.d (Windows: after-visit.d
+in the folder of this program) run as the user of the visit, in the order of their names, for at most two
+minutes each. RUVO_AFTER_VISIT_DIR names another folder. A program that users other than root can write or
+replace is not started. They get the digest of the visit on standard input, and in the environment, besides
+that of the visit, RUVO_SITE, RUVO_INI, RUVO_EVENT_ROOT, RUVO_LOG, RUVO_STATUS (the exit status), RUVO_RUNS
+(numbers of the runs), RUVO_RELAYS, RUVO_REACHED, and as numbers of events RUVO_TAKEN, RUVO_STORED,
+RUVO_LOST, RUVO_SET_ASIDE and RUVO_WAITING. If one fails, that is reported; it does not change the status.
 TERM, INT and HUP (on Windows, a request to close the program) are passed on to the extractor, which then
 ends in good order.
 Exit status: 0 good; 1 the visit wrote lines to the error log; 2 the site's configuration does not allow a

@@ -29,9 +29,9 @@ void CVisitOutput::Say(EPriority priority, std::string_view lines) {
     Write(m_console.out, m_outIsJournal, priority, lines);
 }
 
-void CVisitOutput::Complain(std::string_view text) {
+void CVisitOutput::Complain(std::string_view text, EPriority priority) {
     ClearProgress();
-    Write(m_console.error, m_errorIsJournal, EPriority::Error, "ruvoctl: " + std::string(text));
+    Write(m_console.error, m_errorIsJournal, priority, "ruvoctl: " + std::string(text));
 }
 
 void CVisitOutput::Write(CTextOutput& out, bool isJournal, EPriority priority, std::string_view lines) {

@@ -23,7 +23,7 @@ public:
     /// Lines of UTF-8 on standard output.
     void Say(EPriority priority, std::string_view lines);
     /// One line on standard error.
-    void Complain(std::string_view text);
+    void Complain(std::string_view text, EPriority priority = EPriority::Error);
     /// Shown on a terminal only, until something else is said. It is cut to the terminal's width.
     void ShowProgress(std::string_view text);
     void ClearProgress();

@@ -14,6 +14,7 @@
 #include <optional>
 #include <poll.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <system_error>
@@ -180,6 +181,13 @@ struct CChildProgram::SHandle {
                                    : SChildEnd{static_cast<std::uint32_t>(WEXITSTATUS(status)), {}};
     }
 };
+
+bool IsProgram(const std::string& path) {
+    const auto native = ToNativePath(path);
+    struct stat status = {};
+    return native && stat(native->c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+           access(native->c_str(), X_OK) == 0;
+}
 
 CChildProgram::CChildProgram() : m_handle(std::make_unique<SHandle>()) {}
 

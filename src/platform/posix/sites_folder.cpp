@@ -8,4 +8,8 @@ std::string SitesFolder() {
     return FromNativePath("/etc/ruvo");
 }
 
+std::string AfterVisitFolder() {
+    return FromNativePath("/etc/ruvo/after-visit.d");
+}
+
 } // namespace ruvo

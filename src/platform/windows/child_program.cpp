@@ -143,6 +143,14 @@ struct CChildProgram::SHandle {
     }
 };
 
+bool IsProgram(const std::string& path) {
+    constexpr std::array kEndings{".exe", ".cmd", ".bat"};
+    const std::size_t dot = path.rfind('.');
+    return dot != std::string::npos && std::ranges::any_of(kEndings, [&](const char* ending) {
+               return lstrcmpiA(path.c_str() + dot, ending) == 0;
+           });
+}
+
 CChildProgram::CChildProgram() : m_handle(std::make_unique<SHandle>()) {}
 
 CChildProgram::~CChildProgram() = default;
