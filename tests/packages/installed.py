@@ -179,6 +179,9 @@ def look_at_completion():
     equal("completion: options", complete("ruvoctl", "events", "--so"), ["--sort"])
     equal("completion: choices", complete("ruvoctl", "events", "--format", ""), ["text", "json", "csv"])
     equal("completion: first words", complete("ruvoctl", "password", "e"), ["encrypt"])
+    equal("completion: sites", complete("ruvoctl", "status", "/etc/ruvo/ya"), ["/etc/ruvo/yard.ini"])
+    equal("completion: keys", complete("ruvoctl", "mute", "/etc/ruvo/yard.ini", "RV0"), ["RV001"])
+    equal("completion: keys of a site's name", complete("ruvoctl", "visit", "yard", "--test", ""), ["RV001"])
     equal("completion: INI files", complete("ruvo", "y", cwd="/etc/ruvo"), ["yard.ini"])
     succeeds("completion: found by the shell's own loader", "bash", "-c",
              "source /usr/share/bash-completion/bash_completion; _completion_loader ruvoctl; complete -p ruvoctl")

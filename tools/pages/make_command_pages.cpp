@@ -122,7 +122,41 @@ struct SCompletionTables {
     std::string names;   ///< of the commands
     std::string options; ///< by command
     std::string choices; ///< by command and the word before
+    std::string sites;   ///< commands that take the INI file of a site, with "|" between them
+    std::string keys;    ///< what stands before a relay's key: a command, or a command and its option
 };
+
+/// A pattern of the shell's "case" that also matches this.
+void AddPattern(std::string& patterns, const std::string& pattern) {
+    patterns.append(patterns.empty() ? "" : " | ").append("\"").append(pattern).append("\"");
+}
+
+constexpr std::string_view kOfferFunctions =
+    R"(# The INI files of sites that this user can see.
+_ruvoctl_sites() {
+    local ini
+    for ini in /etc/ruvo/*.ini; do
+        if [ -f "$ini" ] && [ "$ini" != /etc/ruvo/registry.ini ]; then printf '%s\n' "$ini"; fi
+    done
+    compgen -f -X '!*.[iI][nN][iI]' -- "$1"
+    compgen -d -- "$1"
+}
+# The relays' keys in the INI file that was typed, or in that of the site.
+_ruvoctl_keys() {
+    local typed
+    for typed in "${COMP_WORDS[@]:2:COMP_CWORD-2}"; do
+        case $typed in
+        *.[iI][nN][iI]) ;;
+        -* | */*) continue ;;
+        *) typed=/etc/ruvo/$typed.ini ;;
+        esac
+        if [ -r "$typed" ]; then
+            ruvoctl list "$typed" 2>/dev/null | grep -o '^RV[0-9]*'
+            return
+        fi
+    done
+}
+)";
 
 void AddCase(std::string& table, const std::string& command, const std::string& before, std::string words) {
     std::ranges::replace(words, '|', ' ');
@@ -138,11 +172,19 @@ void AddCommand(SCompletionTables& tables, const SCommand& command) {
         if (IsPositional(option)) {
             if (IsLiteral(option.name)) {
                 AddCase(tables.choices, name, name, std::string(option.name));
+            } else if (option.name == "KEY") {
+                AddPattern(tables.keys, name);
+            } else if (name != "new" && (option.name.find("INI") != std::string_view::npos ||
+                                         option.name.find("SITE") != std::string_view::npos)) {
+                AddPattern(tables.sites, " " + name);
             }
             continue;
         }
         for (const std::string& form : Split(option.name, ',')) {
             all.append(form).append(" ");
+            if (option.kind == EOptionKind::Text && option.values == "KEY") {
+                AddPattern(tables.keys, name + " " + form);
+            }
             if (option.kind == EOptionKind::Choice) {
                 AddCase(tables.choices, name, form, std::string(option.values));
             }
@@ -157,7 +199,9 @@ std::string Completion() {
         AddCommand(tables, command);
     }
     AddCase(tables.choices, "help", "help", tables.names);
-    return "# Completion of ruvoctl's commands, options and choices; anything else is the name of a file.\n"
+    return "# Completion of ruvoctl's commands, options, choices, sites and keys; anything else is the name of a "
+           "file.\n" +
+           std::string(kOfferFunctions) +
            "_ruvoctl() {\n"
            "    local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} words=\n"
            "    COMPREPLY=()\n"
@@ -172,6 +216,21 @@ std::string Completion() {
            "        if [[ $word == -* ]]; then\n"
            "            case \"${COMP_WORDS[1]}\" in\n" +
            tables.options +
+           "            esac\n"
+           "        elif [ -z \"$words\" ]; then\n"
+           "            local option=\n"
+           "            case $before in --all) ;; -*) option=\" $before\" ;; esac\n"
+           "            case \"${COMP_WORDS[1]}$option\" in\n"
+           "            " +
+           tables.keys +
+           ") words=$(_ruvoctl_keys) ;;\n"
+           "            esac\n"
+           "            case \"$words ${COMP_WORDS[1]}$option\" in\n"
+           "            " +
+           tables.sites +
+           ")\n"
+           "                compopt -o filenames 2>/dev/null\n"
+           "                mapfile -t COMPREPLY < <(IFS=$'\\n'; compgen -W \"$(_ruvoctl_sites \"$word\")\" -- \"$word\") ;;\n"
            "            esac\n"
            "        fi\n"
            "    fi\n"
