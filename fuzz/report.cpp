@@ -40,7 +40,7 @@ void TakeLog(SGathered& gathered, std::span<const std::uint8_t> bytes) {
     MemorySystem().AddFile("C:\\run.log", {bytes.begin(), bytes.end()});
     Require(reader.Open("C:\\run.log").Good(), "the log opens");
     for (SLogLine line; reader.Next(line); ++gathered.problems) {
-        gathered.data.AddProblem(line);
+        gathered.data.AddProblem(line, 0);
     }
 }
 
@@ -172,7 +172,7 @@ void Check(CInput input) {
     std::string json;
     SReportHead head;
     head.title = "T";
-    head.log = "run.log";
+    head.logs = {"run.log"};
     gathered.data.WriteJson(json, head);
     Require(IsUtf8Text(json) && HasNoControls(json), "the data is readable");
     const Json report = Json::parse(json, nullptr, false);

@@ -32,12 +32,12 @@ def string(value):
     return tagged(0x18, data)
 
 
-def stamp(time, trusted=True):
+def stamp(time, trusted=True, summer=False):
     """Seven bytes; `time` may be bytes already, such as those of no real time."""
     if isinstance(time, bytes):
         return time
     return struct.pack("<HBBBBB", time.second * 1000 + time.microsecond // 1000,
-                       time.minute | (0 if trusted else 0x80), time.hour, time.day, time.month, time.year % 100)
+                       time.minute | (0 if trusted else 0x80), time.hour | (0x80 if summer else 0), time.day, time.month, time.year % 100)
 
 
 class Relay:

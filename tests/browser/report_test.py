@@ -225,7 +225,7 @@ def test_looks(page):
 
 def test_prints(page):
     page.run("window.addEventListener('beforeprint', () => "
-             "window.printed = document.querySelectorAll('#print-part tbody tr').length)")
+             "window.printed = document.querySelectorAll('#print-part tbody tr:not(.cells-row)').length)")
     pdf = page.pdf()
     check("a PDF of several pages", pdf.startswith(b"%PDF") and pdf.count(b"/Type /Page\n") + pdf.count(b"/Type /Page ") > 3,
           len(pdf))
@@ -251,6 +251,48 @@ def test_hostile(page):
         page.press("#grid", "\ue015")
         check(f"details {at}: text", page.text(".details-event") in found, page.text(".details-event"))
     equal("still nothing ran", page.run("return window.hit ?? null"), None)
+
+
+def test_sequence(page):
+    """Differences, marks, the table as a file, and what of it reaches paper."""
+    page.click("#grid-head .cell-time button")  # the oldest first
+    cells = lambda name: page.texts(f"{ROWS} .cell-{name}")
+    equal("differences, with their doubts", cells("delta"), ["", "+0.035?", "+0.047?", "+1d 02:00:00.918"])
+    equal("marks", [time[24:] for time in cells("time")], ["s", "?", "", ""])
+    for width in (1440, 1280, 1000, 700):
+        page.look(width, 900)
+        equal(f"{width} wide: no time is cut short", page.run(
+            f"return Array.from(document.querySelectorAll('{ROWS} .cell-time'), (e) => e.scrollWidth > e.clientWidth)"),
+            [False] * 4)
+    page.look(1440, 900)
+    check("what the marks mean", page.texts("#marks strong") == ["?", "s"], page.texts("#marks strong"))
+    page.click(f"{ROWS}:nth-child(3)")
+    page.click("#zero")
+    equal("from a chosen event", cells("delta"), ["-0.082", "-0.047?", "+0.000", "+1d 02:00:00.918"])
+    equal("which the head says", page.text("#grid-head .cell-delta"), "\u0394t from chosen")
+    page.type("#search", "03.")
+    page.run("""URL.createObjectURL = (blob) => {
+        blob.slice(0, 3).arrayBuffer().then((mark) => (window.mark = new Uint8Array(mark).join()));
+        blob.text().then((text) => (window.saved = text)); return "#"; };""")
+    page.click("#csv")
+    check("saved", page.wait("window.saved && window.mark"))
+    equal("with the mark of UTF-8", page.run("return window.mark"), "239,187,191")
+    rows = [row.partition(",03.")[0] for row in page.run("return window.saved").split("\r\n")]
+    equal("the filtered table as a file", rows, [
+        "time,marks,delta_ms,relay,plant,description,model,kind,event,value_text,location,cells,file,offset",
+        "2026-11-16T00:00:00.000,s,-82,FD31-00001001,Feeder 1 Oakfield,Overcurrent relay,FD31A0-E,Start,I> start,900",
+        "2026-11-16T00:00:00.035,?,-47,BS11-00003001,Bus section,Bus coupler relay,BS11A0-E,Start,"
+        "\"'=Backup, start\",", ""])
+    page.click("#clear")
+    page.click("#zero")
+    equal("and each from the one before again", cells("delta")[3], "+1d 02:00:00.918")
+    page.run("window.dispatchEvent(new Event('beforeprint'))")
+    equal("paper: the fault record's cells", page.texts("#print-part .cells-row span"),
+          ["Event Value 0000000000000011  (Start, Trip)", "Peak current 932 A", "Phase <b>A"])
+    equal("paper: the legend", len(page.texts("#print-part .marks strong")), 2)
+    page.run("window.dispatchEvent(new Event('afterprint'))")
+    equal("two logs in order of time", page.texts(".problems li > p:last-child"),
+          ["Last", "Between", "and more", "First"])
 
 
 def test_policy(page):
@@ -287,16 +329,18 @@ def test_old_sites(page, old, bounded):
     equal("old site: every relay is silent", len(page.texts("tr.silent button")), len(sites.BAYS))
     page.open(bounded)
     equal("old week: silent in that week", page.texts("tr.silent button"), ["CY01-00001107"])
-    check("old week: up to when", "no event in 3 days up to 2026-11-22 23:59" in page.texts(".tile .quiet"))
+    check("old week: up to when", "no event for more than 3 days up to 2026-11-22 23:59" in page.texts(".tile .quiet"))
 
 
 def run(ruvoctl, folder):
-    week = make_page(ruvoctl, folder, "week", sites.week, "--title", "Northfield <33> kV")
+    week = make_page(ruvoctl, folder, "week", sites.week, "--title", "Northfield <33> kV", "--silent", "3")
     hostile = make_page(ruvoctl, folder, "hostile", sites.hostile)
     empty = make_page(ruvoctl, folder, "empty")
     clocks = make_page(ruvoctl, folder, "clocks", sites.failed_clocks, made="2026-11-17 03:00:00")
     old = make_page(ruvoctl, folder, "old", sites.week, made="2026-12-22 23:30:00")
-    bounded = make_page(ruvoctl, folder, "bounded", sites.week, "--until", "2026-11-22", made="2026-12-22 23:30:00")
+    bounded = make_page(ruvoctl, folder, "bounded", sites.week, "--until", "2026-11-22", "--silent", "3",
+                        made="2026-12-22 23:30:00")
+    sequence = make_page(ruvoctl, folder, "sequence", sites.sequence, "--log", os.path.join(folder, "sequence.log.2"))
     large = make_page(ruvoctl, folder, "large", lambda root, _: sites.large(root))
     with browser() as page:
         page.look(1440, 900)
@@ -317,10 +361,13 @@ def run(ruvoctl, folder):
         page.open(clocks)
         equal("failed clocks: the day is in sight, not the century", (page.text("#window")[:15], shown(page)),
               ("Sun 15 Nov 2026", 48))
-        equal("failed clocks: only the relay of the past is silent", page.texts("tr.silent button"), ["FD31-00001003"])
+        equal("failed clocks: no relay is silent, whatever its clock says", page.texts("tr.silent button"), [])
         page.click("#zoom-all")
         equal("failed clocks: all can be seen", shown(page), 50)
         check_quiet(page, "failed clocks", clocks)
+        page.open(sequence)
+        test_sequence(page)
+        check_quiet(page, "sequence", sequence)
         test_old_sites(page, old, bounded)
         page.requests()
         test_large(page, large)

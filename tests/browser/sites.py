@@ -135,6 +135,20 @@ def failed_clocks(root, log):
         relay.write(root)
 
 
+def sequence(root, log):
+    """A fault as two relays tell it, one with a clock that it does not trust; and two logs."""
+    feeder, bus = Relay(*BAYS[0]), Relay(*BAYS[6])
+    feeder.simple(stamp(after(0, 0), summer=True), (3, 0x20), "I> start", unsigned(900), day=MONDAY.date())
+    bus.simple(stamp(after(0, 35), trusted=False), (3, 1), "=Backup, start", day=MONDAY.date())
+    feeder.extended(after(0, 82), (9, 1), "I> trip", flags(3), [
+        ("Event Value ", flags(3), BITS), ("Peak current %u A", unsigned(932), ()), ("Phase ", string("<b>A"), ())])
+    feeder.simple(after(26, 1000), (5, 2), "CB open", string("Open"), day=MONDAY.date())
+    for relay in (feeder, bus):
+        relay.write(root)
+    write_log(log, [(after(1), "First"), (None, "and more"), (after(5), "Last")])
+    write_log(log + ".2", [(after(3), "Between")])
+
+
 WORDS = ("I> start", "I> trip", "CB open", "Thermal alarm", "Self test", "Earth fault", "Power swing")
 
 

@@ -69,6 +69,35 @@ TEST(ReportCommand, PageHoldsEventsDamageAndProblems) {
     EXPECT_EQ(data["title"], "A & B");
 }
 
+TEST(ReportCommand, ASiteBringsItsLogAndItsName) {
+    const CScratchFolder folder;
+    for (const char* name : {"AB12-1-2026-11-16-DEV.evt", "AB12-1-2026-11-14-DEV.evt",
+                             "AB12-1-2099-01-01-DEV.evt", "CD34-2-2026-11-12-DEV.evt"}) {
+        std::filesystem::create_directories(folder.Native("ev"));
+        folder.Write(std::string("ev/") + name, kHeader);
+    }
+    folder.Write("log", "2026/11/16 03:00:00 First\r\nand more\r\n2026/11/16 05:00:00 Last\r\n");
+    folder.Write("other", "2026/11/16 04:00:00 Between\r\n");
+    folder.Write("north.ini", "[RUVO_GENERAL]\nEventRootDir=" + folder.Path("ev") +
+                                  "\nErrorLogPathname=" + folder.Path("log") + "\n[RUVO_SERIAL]\nRV001=5\n");
+    const auto report = [&](std::vector<std::string> options) {
+        options.insert(options.begin(), {"report", folder.Native("north.ini"), "-o", "-"});
+        const SOutcome outcome = RunTool(options);
+        EXPECT_EQ(outcome.status, 0) << outcome.error;
+        return json::parse(DataOf(outcome.out));
+    };
+    const json data = report({"--log", folder.Native("other")});
+    EXPECT_EQ(data["title"], "north");
+    EXPECT_EQ(data["logs"], json({folder.Native("log"), folder.Native("other")}));
+    std::string problems;
+    for (const json& problem : data["problems"])
+        problems += problem[1].get<std::string>() + std::to_string(problem[4].get<int>()) + " ";
+    EXPECT_EQ(problems, "First0 and more0 Between1 Last0 ");
+    EXPECT_EQ(data["last_days"], json({"2026-11-16", "2026-11-12"})) << "the future is no last day";
+    EXPECT_EQ(report({"--until", "2026-11-15", "--title", "N"})["last_days"],
+              json({"2026-11-14", "2026-11-12"}));
+}
+
 TEST(ReportCommand, FileIsReplacedAndMistakesAreSaid) {
     const CScratchFolder folder;
     folder.Write("AB12-1-2026-11-16-DEV.evt", kHeader + Record(16, 3, "Trip"));

@@ -1,6 +1,9 @@
 // ruvoctl report: creates a page for a browser from day files and the error log.
 #include "base/text.h"
+#include "paths/path_utilities.h"
 #include "platform/clock.h"
+#include "platform/full_path.h"
+#include "platform/ini_text.h"
 #include "tools/command.h"
 #include "tools/events/day_file_walk.h"
 #include "tools/events/fetched_option.h"
@@ -8,6 +11,7 @@
 #include "tools/events/relay_selection.h"
 #include "tools/report/report_data.h"
 #include "tools/report/report_page.h"
+#include "tools/sites/site.h"
 #include "tools/text_encoding.h"
 #include "tools/whole_file.h"
 
@@ -15,6 +19,7 @@
 #include <array>
 #include <charconv>
 #include <cstdio>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -24,32 +29,38 @@ namespace ruvo {
 namespace {
 
 constexpr std::string_view kUsualTitle = "Relay events";
-constexpr unsigned kUsualSilentDays = 3;
+constexpr unsigned kUsualSilentDays = 14; // as ruvoctl status warns
 constexpr unsigned kMostSilentDays = 3660;
 
 constexpr std::array kOptions{
-    SOption{EOptionKind::List, "EVENTROOT", "folders that contain day files at any depth, or day files"},
+    SOption{
+        EOptionKind::List, "SITE.ini|EVENTROOT",
+        "INI files of sites, whose error logs are shown too; folders that contain day files at any depth, or "
+        "day files"},
     SOption{EOptionKind::Text, "-o,--output",
             "write the page to this file, replacing an existing one; - for standard output", "FILE"},
-    SOption{EOptionKind::Text, "--log", "also show the problems from this error log", "FILE"},
+    SOption{EOptionKind::Repeated, "--log", "also show the problems from this error log; can be repeated",
+            "FILE"},
     kSinceOption,
     kUntilOption,
     kFetchedOption,
     kRelayOption,
     SOption{EOptionKind::Text, "--silent",
-            "call a relay silent after this many days without an event, up to now or --until (default: 3)",
+            "call a relay silent that has had no new day file for more than DAYS days, up to now or --until "
+            "(default: 14)",
             "DAYS"},
-    SOption{EOptionKind::Text, "--title", "heading of the page, such as the site name"},
+    SOption{EOptionKind::Text, "--title", "heading of the page (default: the name of a single site)"},
 };
 
 constexpr std::string_view kNotes =
     R"(The page is a single file that needs no network: it can be mailed, archived and printed.
 --since and --until also apply to the error log, whose times are local to this machine; event times are
-the relays' own. --fetched works as for ruvoctl events.
+the relays' own. --fetched works as for ruvoctl events. A relay's last day is the UTC date of its newest
+day file, as in ruvoctl status.
 Exit status: 0 on success, 1 if a file is damaged or cannot be read or written, 2 on a usage error.
 
 Example: this week, for the morning meeting
-  ruvoctl report events/ --log RUVO_Errors.log --since 2026-11-16 --title "Northfield 33 kV" -o week.html)";
+  ruvoctl report /etc/ruvo/north.ini --since 2026-11-16 --title "Northfield 33 kV" -o week.html)";
 
 /// "2026-11-16 23:30:00", the form that the page's script parses.
 std::string NowText() {
@@ -88,7 +99,8 @@ bool MatchesLine(const SEventFilter& filter, const SLogLine& line) {
 
 /// Adds the log's lines within the filter's time; reports a failure to read and returns false. A missing log
 /// in an existing folder has no lines: the first problem creates it.
-bool AddProblems(const std::string& path, const SEventFilter& filter, CReportData& data, SConsole& console) {
+bool AddProblems(const std::string& path, std::size_t log, const SEventFilter& filter, CReportData& data,
+                 SConsole& console) {
     CLogReader reader;
     SFileResult result = reader.Open(path);
     if (result.failure == EFileFailure::NotFound) {
@@ -100,7 +112,7 @@ bool AddProblems(const std::string& path, const SEventFilter& filter, CReportDat
     if (result.Good()) {
         for (SLogLine line; reader.Next(line);) {
             if (MatchesLine(filter, line)) {
-                data.AddProblem(line);
+                data.AddProblem(line, log);
             }
         }
         result = reader.Result();
@@ -114,10 +126,22 @@ bool AddProblems(const std::string& path, const SEventFilter& filter, CReportDat
     return result.Good();
 }
 
+/// The last day on which a relay can have had a day file: today, or that of --until.
+std::string LastDay(const std::string& until) {
+    constexpr std::size_t kDateSize = std::string_view("2026-11-16").size();
+    const std::string today = NowText().substr(0, kDateSize);
+    return until.empty() ? today : std::min(today, until.substr(0, kDateSize));
+}
+
 /// True when everything was read and nothing was damaged.
 bool AddEvents(const SFoundFiles& found, const SEventFilter& filter, CReportData& data, SConsole& console) {
     CRelaySelection selection(filter.relay);
+    const std::string lastDay = LastDay(filter.untilText);
     for (const SFoundFile& file : found.files) {
+        const std::string day = DayOfFileName(std::filesystem::path(file.path).filename().string());
+        if (day <= lastDay) {
+            data.AddDay(file.relay, day);
+        }
         if (selection.MatchesName(file.relay)) {
             data.AddRelay(file.relay);
         }
@@ -159,6 +183,36 @@ std::optional<unsigned> SilentDays(const CArguments& arguments, SConsole& consol
     return std::nullopt;
 }
 
+bool IsSite(const std::string& place) {
+    return EqualIniNames(SplitPath(place).extension, ".ini");
+}
+
+/// As given, else the name of the only site.
+std::string TitleOf(const CArguments& arguments) {
+    if (arguments.Has("--title")) {
+        return SystemTextToUtf8(arguments.Get("--title"));
+    }
+    const std::vector<std::string> places = arguments.GetAll("SITE.ini|EVENTROOT");
+    return places.size() == 1 && IsSite(places.front()) ? SystemTextToUtf8(SplitPath(places.front()).name)
+                                                        : std::string(kUsualTitle);
+}
+
+/// Those of the sites, then those of --log. A site that cannot be read is reported with its day files.
+std::vector<std::string> ErrorLogs(const CArguments& arguments) {
+    std::vector<std::string> logs;
+    for (const std::string& place : arguments.GetAll("SITE.ini|EVENTROOT")) {
+        if (IsSite(place)) {
+            const CSite site(FullPath(place));
+            if (site.Places()) {
+                logs.push_back(SystemPath(site.Places()->log));
+            }
+        }
+    }
+    const std::vector<std::string> given = arguments.GetAll("--log");
+    logs.insert(logs.end(), given.begin(), given.end());
+    return logs;
+}
+
 int RunReport(const CArguments& arguments, SConsole& console) {
     SEventFilter filter;
     const std::optional<unsigned> silentDays = SilentDays(arguments, console);
@@ -169,23 +223,26 @@ int RunReport(const CArguments& arguments, SConsole& console) {
         console.error.Write("ruvoctl report: no output given; use -o FILE, or -o - for standard output\n");
         return kExitUsage;
     }
-    SFoundFiles found = FindDayFiles(arguments.GetAll("EVENTROOT"));
+    SFoundFiles found = FindDayFiles(arguments.GetAll("SITE.ini|EVENTROOT"));
     if (!KeepFetched(arguments, console, found)) {
         return kExitUsage;
     }
     CReportData data;
     bool isGood = AddEvents(found, filter, data, console);
-    if (arguments.Has("--log")) {
-        isGood = AddProblems(arguments.Get("--log"), filter, data, console) && isGood;
+    const std::vector<std::string> logs = ErrorLogs(arguments);
+    for (std::size_t log = 0; log < logs.size(); ++log) {
+        isGood = AddProblems(logs[log], log, filter, data, console) && isGood;
     }
-    const SReportHead head{.title = arguments.Has("--title") ? SystemTextToUtf8(arguments.Get("--title"))
-                                                             : std::string(kUsualTitle),
-                           .made = NowText(),
-                           .since = filter.sinceText,
-                           .until = filter.untilText,
-                           .relay = SystemTextToUtf8(arguments.Get("--relay")),
-                           .log = SystemTextToUtf8(arguments.Get("--log")),
-                           .silentDays = *silentDays};
+    SReportHead head{.title = TitleOf(arguments),
+                     .made = NowText(),
+                     .since = filter.sinceText,
+                     .until = filter.untilText,
+                     .relay = SystemTextToUtf8(arguments.Get("--relay")),
+                     .logs = {},
+                     .silentDays = *silentDays};
+    for (const std::string& log : logs) {
+        head.logs.push_back(SystemTextToUtf8(log));
+    }
     std::string json;
     data.WriteJson(json, head);
     isGood = PutPage(arguments.Get("--output"), MakePage(json), data, console) && isGood;

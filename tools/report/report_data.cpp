@@ -57,6 +57,11 @@ void CReportData::AddRelay(const std::string& name) {
     m_relays.try_emplace(name, static_cast<Index>(m_relays.size()));
 }
 
+void CReportData::AddDay(const std::string& relay, const std::string& day) {
+    std::string& last = m_lastDays[relay];
+    last = std::max(last, day);
+}
+
 CReportData::Index CReportData::FileIndex(const SEventSource& source) {
     if (m_files.empty() || m_files.back().file != source.file) { // files come one after the other
         m_files.push_back(source);
@@ -158,13 +163,35 @@ void CReportData::WriteEvents(CJsonWriter& json) const {
     json.Close('}');
 }
 
+/// By time, where there are several logs; a line without a time stays behind the one before it.
+void CReportData::SortProblems() {
+    std::vector<std::pair<std::string, std::size_t>> order; // time and place
+    std::size_t log = 0;
+    for (std::size_t at = 0; at < m_problems.size(); ++at) {
+        const bool hasBefore = at > 0 && m_problems[at].log == log;
+        const std::string& time = m_problems[at].line.time;
+        log = m_problems[at].log;
+        order.emplace_back(time.empty() && hasBefore ? order.back().first : time, at);
+    }
+    if (log > 0) {
+        std::ranges::sort(order);
+        std::vector<SProblem> sorted;
+        for (const auto& [time, at] : order) {
+            sorted.push_back(std::move(m_problems[at]));
+        }
+        m_problems = std::move(sorted);
+    }
+}
+
 void CReportData::WriteProblems(CJsonWriter& json) const {
-    WriteList(json, "problems", m_problems, [&json](const SLogLine& line) {
+    WriteList(json, "problems", m_problems, [&json](const SProblem& problem) {
+        const SLogLine& line = problem.line;
         json.Open('[');
         for (const std::string& text :
              {line.time, line.message, ShortConnectionName(line.connection), line.status}) {
             json.Text(EscapeControls(text));
         }
+        json.Number(problem.log);
         json.Close(']');
     });
 }
@@ -173,6 +200,7 @@ void CReportData::WriteJson(std::string& out, const SReportHead& head) {
     std::ranges::stable_sort(m_events, [](const SEvent& a, const SEvent& b) {
         return a.hasTime != b.hasTime ? a.hasTime : a.hasTime && a.time < b.time;
     });
+    SortProblems();
     std::vector<std::string_view> relays(m_relays.size());
     for (const auto& [name, index] : m_relays) {
         relays[index] = name;
@@ -184,10 +212,10 @@ void CReportData::WriteJson(std::string& out, const SReportHead& head) {
                                     {"made", head.made},
                                     {"since", head.since},
                                     {"until", head.until},
-                                    {"relay", head.relay},
-                                    {"log", head.log}}) {
+                                    {"relay", head.relay}}) {
         json.Key(key).Text(EscapeControls(text));
     }
+    WriteList(json, "logs", head.logs, writeText);
     json.Key("silent").Number(head.silentDays);
     json.Key("kinds").Open('[');
     for (std::size_t kind = 0; kind < kEventKindCount; ++kind) {
@@ -195,6 +223,10 @@ void CReportData::WriteJson(std::string& out, const SReportHead& head) {
     }
     json.Close(']');
     WriteList(json, "relays", relays, writeText);
+    WriteList(json, "last_days", relays, [&](std::string_view relay) {
+        const auto day = m_lastDays.find(std::string(relay));
+        writeText(day == m_lastDays.end() ? std::string() : day->second);
+    });
     WriteList(json, "files", m_files, [&](const SEventSource& source) {
         json.Open('[');
         json.Number(m_relays.at(source.relay));

@@ -21,19 +21,22 @@ struct SReportHead {
     std::string made;  ///< "2026-11-16T23:30Z"
     std::string since; ///< as given; empty for all
     std::string until;
-    std::string relay;       ///< part of the relays' names; empty for all
-    std::string log;         ///< path of the error log; empty for none
-    unsigned silentDays = 0; ///< a relay without an event for longer counts as silent
+    std::string relay;             ///< part of the relays' names; empty for all
+    std::vector<std::string> logs; ///< paths of the error logs
+    unsigned silentDays = 0;       ///< a relay without a new day file for more days counts as silent
 };
 
 class CReportData {
 public:
     /// A relay is listed even when none of its records is.
     void AddRelay(const std::string& name);
+    /// The date of a day file of a relay, "2026-11-16".
+    void AddDay(const std::string& relay, const std::string& day);
     void AddRecord(const SEventSource& source, const SDayFileItem& item);
     void AddDamage(const SEventSource& source, const SDayFileDamage& damage);
     void AddFailure(const std::string& what) { m_failures.push_back(what); }
-    void AddProblem(SLogLine line) { m_problems.push_back(std::move(line)); }
+    /// The lines of one log after those of another, each in their order.
+    void AddProblem(SLogLine line, std::size_t log) { m_problems.push_back({std::move(line), log}); }
 
     [[nodiscard]] std::size_t EventCount() const { return m_events.size(); }
     [[nodiscard]] std::size_t RelayCount() const { return m_relays.size(); }
@@ -59,6 +62,10 @@ private:
         std::uint64_t offset = 0;
         std::uint32_t id = 0;
     };
+    struct SProblem {
+        SLogLine line;
+        std::size_t log = 0; ///< its index in the head
+    };
     struct SDamage {
         Index file = 0;
         SDayFileDamage range;
@@ -71,17 +78,19 @@ private:
     void SetTime(SEvent& event, const CParlaneIEC870& time);
 
     void WriteEvents(CJsonWriter& json) const;
+    void SortProblems();
     void WriteProblems(CJsonWriter& json) const;
 
     CTextPool m_texts;
     std::map<std::string, Index> m_relays;
+    std::map<std::string, std::string> m_lastDays; ///< by relay, listed or not
     std::vector<SEventSource> m_files;
     CListPool m_shapes;
     CListPool m_lines;
     std::vector<SEvent> m_events;
     std::vector<SDamage> m_damage;
     std::vector<std::string> m_failures;
-    std::vector<SLogLine> m_problems;
+    std::vector<SProblem> m_problems;
 };
 
 } // namespace ruvo

@@ -90,6 +90,16 @@ function durationText(span) {
   return `${numberText(number)} ${name}${name === "day" && number !== 1 ? "s" : ""}`;
 }
 
+/** "+0.082", "-1:00.082", "+2d 03:00:00.082": from one event to another. */
+function deltaText(span) {
+  const length = Math.abs(span);
+  const rest = `${two(Math.floor(length / kSecond) % 60)}.${String(length % kSecond).padStart(3, "0")}`;
+  const [minutes, hours, days] = [Math.floor(length / kMinute) % 60, Math.floor(length / kHour) % 24, Math.floor(length / kDay)];
+  const parts = [...(days > 0 ? [`${days}d ${two(hours)}`] : hours > 0 ? [`${hours}`] : []),
+    ...(length >= kHour ? [two(minutes)] : minutes > 0 ? [`${minutes}`] : [])];
+  return `${span < 0 ? "-" : "+"}${parts.length > 0 ? `${parts.join(":")}:${rest}` : rest.replace(/^0/, "")}`;
+}
+
 const numberFormat = new Intl.NumberFormat("en");
 const numberText = (number) => numberFormat.format(number);
 const counted = (number, one, many = `${one}s`) => `${numberText(number)} ${number === 1 ? one : many}`;

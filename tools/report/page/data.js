@@ -53,14 +53,23 @@ const eventText = (id) => texts[shapeOf(id).event];
 const valueText = (id) => texts[events.value[id]];
 const placeText = (id) => texts[shapeOf(id).place];
 const relayText = (id) => relays[events.relay[id]];
-const timeText = (id) => (hasTime(id) ? stampText(events.time[id]) : "no time");
+const isDoubted = (id) => shapeOf(id).clockDoubted;
+/** "?" for a clock that its relay does not trust, "s" for summer time. */
+const markText = (id) => `${isDoubted(id) ? "?" : ""}${shapeOf(id).summerTime ? "s" : ""}`;
+const timeText = (id) => (hasTime(id) ? `${stampText(events.time[id])} ${markText(id)}`.trimEnd() : "no time");
+const kMarks = [
+  ["?", "the relay reports its clock as unreliable; hollow in the time line", ({ clockDoubted }) => clockDoubted],
+  ["s", "summer time", ({ summerTime }) => summerTime],
+].filter(([, , isSo]) => shapes.some(isSo));
 
 /** Lines of the error log, in their order. A foreign line has no time. */
-const problems = source.problems.map(([time, message, connection, status]) => ({
+const logs = source.logs.map(readable);
+const problems = source.problems.map(([time, message, connection, status, log]) => ({
   time: time === "" ? NaN : Date.parse(`${time}Z`),
   message: readable(message),
   connection: readable(connection),
   status: readable(status),
+  log: logs[log],
 }));
 
 const damage = source.damage.map(([file, offset, length, reason]) => ({ file, offset, length, reason }));
@@ -121,13 +130,13 @@ function plantOfEachRelay() {
   return names;
 }
 
-// A relay without an event for days would go unnoticed otherwise. Days count back from the end of what the page
-// could have shown, not from the last event: when a whole site is silent, that is long ago.
-const kSilentAfter = source.silent * kDay;
+// A relay without an event for days would go unnoticed otherwise. As ruvoctl status has it, days count from the date
+// of its newest day file, whatever its clock says, to the end of what the page could have shown.
 const lastEvents = lastEventOfEachRelay();
 const kEnd = source.until === "" ? kMade : Math.min(momentOf(source.until), kMade);
-const silentSince = Math.max(whole.first, kEnd - kSilentAfter);
-const isSilent = (relay) => !(lastEvents[relay] >= silentSince);
+const kSilent = source.last_days.map((day) =>
+  Math.floor(kEnd / kDay) - Math.floor(Date.parse(`${day}T00:00Z`) / kDay) > source.silent);
+const isSilent = (relay) => kSilent[relay];
 
 function lastEventOfEachRelay() {
   const last = new Float64Array(relays.length).fill(NaN);

@@ -27,19 +27,30 @@ function timeNotes(id) {
 }
 
 /** Labels and values of what else the record holds. */
-function lineTable(id) {
+function linesOf(id) {
   const list = lineLists[events.lines[id]];
-  const rows = [];
-  for (let at = 0; at < list.length; at += 2) {
-    const [label, value] = [texts[list[at]], texts[list[at + 1]]];
-    rows.push(label === ""
-      ? make("tr", {}, make("td", { colSpan: 2 }, text(value)))
-      : make("tr", {}, make("th", { scope: "row" }, text(label)), make("td", {}, text(value))));
-  }
+  return Array.from({ length: list.length / 2 }, (_, at) => [texts[list[2 * at]], texts[list[2 * at + 1]]]);
+}
+
+function lineTable(id) {
+  const rows = linesOf(id).map(([label, value]) => (label === ""
+    ? make("tr", {}, make("td", { colSpan: 2 }, text(value)))
+    : make("tr", {}, make("th", { scope: "row" }, text(label)), make("td", {}, text(value)))));
   return rows.length === 0 ? [] : [
     make("h4", { textContent: shapeOf(id).isExtended ? "Cells" : "Text" }),
     make("div", { className: "cells" }, make("table", {}, make("tbody", {}, ...rows))),
   ];
+}
+
+/** Differences count from this event, or each from the one before it again. */
+function zeroButton(id) {
+  const isZero = state.zero === id;
+  return make("button", {
+    type: "button",
+    id: "zero",
+    textContent: isZero ? "Count \u0394t from the event before" : "Count \u0394t from here",
+    onclick: () => change("zero", { zero: isZero ? -1 : id }),
+  });
 }
 
 function describe(id) {
@@ -62,6 +73,7 @@ function describe(id) {
       ["Description", texts[shape.description]], ["Model", texts[shape.model]], ["Kind", kinds[shape.kind]],
       ["Location", texts[shape.place]], ["Device address", String(shape.code)],
     ]),
+    ...(hasTime(id) ? [zeroButton(id)] : []),
     ...lineTable(id),
     make("h4", { textContent: "Record" }),
     terms([
@@ -113,5 +125,5 @@ function startDetails() {
   byId("previous-event").addEventListener("click", () => select(neighbour(-1)));
   byId("next-event").addEventListener("click", () => select(neighbour(1)));
   byId("close-event").addEventListener("click", () => select(-1));
-  onChange(["selection", "rest"], drawDetails);
+  onChange(["selection", "rest", "zero"], drawDetails);
 }

@@ -2,6 +2,7 @@
 
 const kColumns = [
   { name: "time", title: "Time", text: timeText },
+  { name: "delta", title: "\u0394t", text: deltaCell, isFixed: true },
   { name: "relay", title: "Relay", text: relayText },
   { name: "kind", title: "Kind", text: (id) => kinds[events.kind[id]] },
   { name: "event", title: "Event", text: eventText },
@@ -14,6 +15,13 @@ const grid = byId("grid");
 const gridBody = byId("grid-body");
 const gridSpace = byId("grid-space");
 const rowPool = [];
+
+function deltaCell(id) {
+  const { span, isDoubted: isUnsure } = deltaOf(id);
+  return Number.isNaN(span) ? "" : `${deltaText(span)}${isUnsure ? "?" : ""}`;
+}
+
+const deltaTitle = () => (state.zero >= 0 ? "\u0394t from chosen" : "\u0394t");
 
 /** The events of the table, top to bottom. */
 let listed = new Uint32Array(0);
@@ -167,8 +175,8 @@ function listenToRows() {
 }
 
 function makeGridHead() {
-  for (const [at, { name, title }] of kColumns.entries()) {
-    const button = make("button", {
+  for (const [at, { name, title, isFixed }] of kColumns.entries()) {
+    const button = isFixed ? make("span", { className: "title" }, title) : make("button", {
       type: "button",
       onclick: () => change("sort", { sort: name, descending: state.sort === name ? !state.descending : name === "time" }),
     }, title, make("span", { className: "arrow", "aria-hidden": "true" }));
@@ -179,9 +187,13 @@ function makeGridHead() {
 }
 
 function drawGridHead() {
-  kColumns.forEach(({ name }, at) => {
+  kColumns.forEach(({ name, isFixed }, at) => {
     const isSorted = state.sort === name;
     const head = byId("grid-head").children[at];
+    if (isFixed) {
+      head.firstChild.textContent = deltaTitle();
+      return;
+    }
     head.setAttribute("aria-sort", !isSorted ? "none" : state.descending ? "descending" : "ascending");
     head.querySelector(".arrow").textContent = !isSorted ? "" : state.descending ? "\u2193" : "\u2191";
   });
@@ -223,4 +235,8 @@ function startEvents() {
     }
   });
   onChange(["selection"], showSelectedRow);
+  onChange(["zero"], () => {
+    drawGridHead();
+    drawRows();
+  });
 }

@@ -90,7 +90,7 @@ function drawBackground(pen, scale, rows, width, height) {
   }
 }
 
-/** Counts of the events in the window by row, bar and kind. */
+/** Counts of the events in the window by row, bar and kind; those of clocks that are not trusted as further kinds. */
 function gatherBars(rows, scale, bars) {
   const rowOfRelay = new Int32Array(relays.length).fill(-1);
   for (let row = rows.first; row < rows.last; ++row) {
@@ -98,14 +98,14 @@ function gatherBars(rows, scale, bars) {
       rowOfRelay[lanes[row]] = row - rows.first;
     }
   }
-  const counts = new Uint32Array((rows.last - rows.first) * bars * kinds.length);
+  const counts = new Uint32Array((rows.last - rows.first) * bars * kSlots);
   const [low, high] = rangeOf(chosen.filtered, state.from, state.to);
   for (let at = low; at < high; ++at) {
     const id = chosen.filtered[at];
     const row = rowOfRelay[events.relay[id]];
     if (row >= 0) {
       const bar = Math.min(Math.floor(scale.toX(events.time[id]) / kBar), bars - 1);
-      ++counts[(row * bars + bar) * kinds.length + events.kind[id]];
+      ++counts[(row * bars + bar) * kSlots + events.kind[id] + (isDoubted(id) ? kinds.length : 0)];
     }
   }
   return counts;
@@ -114,46 +114,52 @@ function gatherBars(rows, scale, bars) {
 function drawBars(pen, scale, rows, width) {
   const bars = Math.max(Math.ceil(width / kBar), 1);
   const counts = gatherBars(rows, scale, bars);
-  const sums = new Uint32Array(counts.length / kinds.length);
+  const sums = new Uint32Array(counts.length / kSlots);
   let most = 1;
   for (let bar = 0; bar < sums.length; ++bar) {
-    for (let kind = 0; kind < kinds.length; ++kind) {
-      sums[bar] += counts[bar * kinds.length + kind];
+    for (let slot = 0; slot < kSlots; ++slot) {
+      sums[bar] += counts[bar * kSlots + slot];
     }
     most = Math.max(most, sums[bar]);
   }
-  const stacks = makeStacks();
+  const stacks = makeStacks(kSlots);
   for (let bar = 0; bar < sums.length; ++bar) {
     if (sums[bar] > 0) {
       const bottom = rows.y + (Math.floor(bar / bars) + 1) * kLaneHeight - 3;
       const height = kSmallestBar + (kTallestBar - kSmallestBar) * (Math.log(sums[bar]) / Math.log(Math.max(most, 2)));
-      addStack(stacks, (bar % bars) * kBar, bottom, height, sums[bar], counts, bar * kinds.length);
+      addStack(stacks, (bar % bars) * kBar, bottom, height, sums[bar], counts, bar * kSlots);
     }
   }
   drawStacks(pen, stacks);
 }
 
 // Bars are gathered first and drawn kind by kind: changing the colour costs more than drawing.
-const makeStacks = () => kinds.map(() => []);
+const kSlots = 2 * kinds.length;
+const makeStacks = (slots) => Array.from({ length: slots }, () => []);
 
-/** One bar, its kinds on top of each other; a rare one keeps a pixel. */
+/** One bar, its kinds on top of each other; a rare one keeps a pixel, and a hollow one its middle. */
 function addStack(stacks, x, bottom, height, sum, counts, first) {
   let y = bottom;
-  for (let kind = kinds.length - 1; kind >= 0; --kind) {
-    const count = counts[first + kind];
+  for (let slot = stacks.length - 1; slot >= 0; --slot) {
+    const count = counts[first + slot];
     if (count > 0) {
-      const part = Math.max((height * count) / sum, 1.5);
+      const part = Math.max((height * count) / sum, slot < kinds.length ? 1.5 : 4);
       y -= part;
-      stacks[kind].push(x, y, part);
+      stacks[slot].push(x, y, part);
     }
   }
 }
 
 function drawStacks(pen, stacks) {
-  stacks.forEach((parts, kind) => {
-    pen.fillStyle = theme.kinds[kind];
+  stacks.forEach((parts, slot) => {
+    pen.fillStyle = pen.strokeStyle = theme.kinds[slot % kinds.length];
+    pen.lineWidth = 1;
     for (let at = 0; at < parts.length; at += 3) {
-      pen.fillRect(parts[at], parts[at + 1], kBar - 1, parts[at + 2]);
+      if (slot < kinds.length) {
+        pen.fillRect(parts[at], parts[at + 1], kBar - 1, parts[at + 2]);
+      } else {
+        pen.strokeRect(parts[at] + 0.5, parts[at + 1] + 0.5, kBar - 2, parts[at + 2] - 1);
+      }
     }
   });
 }

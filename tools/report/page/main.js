@@ -5,14 +5,22 @@ const kPrintedEvents = 1000;
 /** On paper there is no scrolling: the events stand there as a plain table, as many as anybody would read. */
 function fillPrintPart() {
   const ids = Array.from(listed.subarray(0, kPrintedEvents));
-  const rows = ids.map((id) => make("tr", {}, ...kColumns.map(({ name, text: textOf }) =>
+  const rows = ids.flatMap((id) => [make("tr", {}, ...kColumns.map(({ name, text: textOf }) =>
     make("td", { className: `cell-${name}` }, ...(name === "kind" ? [kindDot(events.kind[id])] : []),
-      make("bdi", { textContent: textOf(id) })))));
+      make("bdi", { textContent: textOf(id) })))), ...printedCells(id)]);
   const note = listed.length > ids.length
     ? `The first ${numberText(ids.length)} of ${counted(listed.length, "event")}: zoom or filter before printing to see others.`
     : counted(listed.length, "event");
   byId("print-part").replaceChildren(make("h2", { textContent: "Events" }), make("p", { textContent: note }),
-    makeTable(kColumns.map(({ title }) => title), rows));
+    make("p", { className: "marks" }, ...makeMarks()),
+    makeTable(kColumns.map(({ title, isFixed }) => (isFixed ? deltaTitle() : title)), rows));
+}
+
+/** What a fault record holds, below its event. */
+function printedCells(id) {
+  const cells = shapeOf(id).isExtended ? linesOf(id) : [];
+  return cells.length === 0 ? [] : [make("tr", { className: "cells-row" }, make("td", { colSpan: kColumns.length },
+    ...cells.map(([label, value]) => make("span", {}, text(label), " ", make("strong", {}, text(value))))))];
 }
 
 function setPrinting(isPrinting) {
@@ -45,6 +53,7 @@ function listenToSurroundings() {
 startTimeLine();
 startEvents();
 startDetails();
+startCsv();
 startPanels();
 listenToSurroundings();
 change("filter", {});

@@ -40,7 +40,7 @@ function countBars(scale, width) {
 function drawHistogram(pen) {
   const { bars, counts, sums } = histogram;
   const most = sums.reduce((a, b) => Math.max(a, b), 1);
-  const stacks = makeStacks();
+  const stacks = makeStacks(kinds.length);
   for (let bar = 0; bar < bars; ++bar) {
     if (sums[bar] > 0) {
       const height = 3 + (kOverviewHeight - 9) * Math.sqrt(sums[bar] / most);

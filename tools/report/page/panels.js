@@ -8,7 +8,7 @@ function makeTile(name, number, note, tone = "") {
 }
 
 function problemNote() {
-  if (source.log === "") {
+  if (logs.length === 0) {
     return "no error log was given";
   }
   const last = problems.findLast(({ time }) => !Number.isNaN(time));
@@ -16,11 +16,8 @@ function problemNote() {
 }
 
 function silentNote() {
-  if (kEnd - silentSince < kSilentAfter) {
-    return "no event in this time";
-  }
   const days = counted(source.silent, "day");
-  return kEnd < kMade ? `no event in ${days} up to ${stampText(kEnd).slice(0, 16)}` : `no event in the last ${days}`;
+  return `no event for more than ${days}${kEnd < kMade ? ` up to ${stampText(kEnd).slice(0, 16)}` : ""}`;
 }
 
 function fillTiles() {
@@ -103,18 +100,19 @@ function problemsInWindow() {
     .reverse();
 }
 
-function problemItem({ time, message, connection, status }) {
+function problemItem({ time, message, connection, status, log }) {
   return make("li", {},
     make("p", { className: "problem-head" },
       make("time", { textContent: Number.isNaN(time) ? "no time" : stampText(time).slice(0, 19) }),
+      ...(logs.length > 1 ? [make("span", { className: "tag" }, text(log))] : []),
       ...(connection !== "" ? [make("span", { className: "tag" }, text(connection))] : [])),
     make("p", {}, text(message), ...(status !== "" ? [make("span", { className: "status" }, text(status))] : [])));
 }
 
 function drawProblems() {
   const inWindow = problemsInWindow();
-  byId("problem-note").textContent = source.log === "" ? ""
-    : inWindow.length === problems.length ? readable(source.log) : `${numberText(inWindow.length)} of ${numberText(problems.length)}`;
+  byId("problem-note").textContent = logs.length === 0 ? ""
+    : inWindow.length === problems.length ? logs.join(", ") : `${numberText(inWindow.length)} of ${numberText(problems.length)}`;
   const rest = inWindow.length - problemsShown;
   const list = inWindow.length > 0
     ? make("ol", { className: "problems" }, ...inWindow.slice(0, problemsShown).map(problemItem))
@@ -130,7 +128,7 @@ function drawProblems() {
 }
 
 function noProblemText() {
-  if (source.log === "") {
+  if (logs.length === 0) {
     return "Give the error log with --log to see its problems here.";
   }
   return problems.length === 0 ? "The error log names no problem." : "No problem in the time line's window.";

@@ -9,6 +9,7 @@ const state = {
   sort: "time",
   descending: true,
   selected: -1,
+  zero: -1, // the event from which differences count; -1: each from the one before it
   lane: 0, // of the time line's keyboard
 };
 
@@ -132,6 +133,15 @@ function applyWindow() {
     chosen.kindCounts[kind] += state.relay < 0 || relay === state.relay ? 1 : 0;
     chosen.relayCounts[relay] += state.kinds[kind] ? 1 : 0;
   }
+}
+
+/** The milliseconds from the event before, among those of the filter, or from the one that is counted from; NaN for none. */
+function deltaOf(id) {
+  const { filtered } = chosen;
+  const before = state.zero >= 0 ? state.zero : filtered[lowerBound(filtered.length, (at) => filtered[at], id) - 1];
+  return before === undefined || !hasTime(id) || !hasTime(before)
+    ? { span: NaN, isDoubted: false }
+    : { span: events.time[id] - events.time[before], isDoubted: isDoubted(id) || isDoubted(before) };
 }
 
 const countInWindow = () => chosen.high - chosen.low;

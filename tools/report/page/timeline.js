@@ -29,7 +29,7 @@ function showTip(x, y) {
   const isProblem = relay === -1;
   const lines = found.slice(0, kTipLines).map((item) => (isProblem
     ? make("p", {}, make("time", { textContent: clockText(item.time) }), make("bdi", { textContent: item.message }))
-    : make("p", {}, kindDot(events.kind[item]), make("time", { textContent: clockText(events.time[item], "all") }),
+    : make("p", {}, kindDot(events.kind[item]), make("time", { textContent: `${clockText(events.time[item], "all")} ${markText(item)}`.trimEnd() }),
       make("bdi", { textContent: eventText(item) }), make("bdi", { className: "quiet", textContent: valueText(item) }))));
   const time = isProblem ? found[0].time : events.time[found[0]];
   const rest = found.length - lines.length;
@@ -200,7 +200,13 @@ function drawWindowText() {
   byId("later").disabled = state.to >= whole.to;
 }
 
+/** On the page and on paper. */
+const makeMarks = () => kMarks.map(([mark, meaning]) =>
+  make("span", {}, make("strong", { textContent: mark }), ` ${meaning}`));
+
 function startTimeLine() {
+  byId("marks").append(...makeMarks());
+  byId("marks").hidden = kMarks.length === 0;
   makeLaneLabels();
   makeLegend();
   listenToPointer();
