@@ -34,34 +34,41 @@ constexpr auto kChecksumTables = [] {
     return tables;
 }();
 
-/// The first four bytes as a number.
-std::uint32_t FirstWord(Bytes bytes) {
+/// The four bytes from there on as a number.
+inline std::uint32_t WordAt(const std::uint8_t* bytes) {
     return std::uint32_t{bytes[0]} | std::uint32_t{bytes[1]} << 8U | std::uint32_t{bytes[2]} << 16U |
            std::uint32_t{bytes[3]} << 24U;
 }
 
-/// What four bytes add when so many follow the first of them.
-std::uint32_t SumOfWord(std::uint32_t word, std::size_t behind) {
-    return kChecksumTables[behind][word & 0xFFU] ^ kChecksumTables[behind - 1][word >> 8U & 0xFFU] ^
-           kChecksumTables[behind - 2][word >> 16U & 0xFFU] ^ kChecksumTables[behind - 3][word >> 24U];
+/// What four bytes add when so many follow the first of them. Known to the compiler, the number costs nothing
+/// to check.
+template <std::size_t kBehind>
+inline std::uint32_t SumOfWord(std::uint32_t word) {
+    return kChecksumTables[kBehind][word & 0xFFU] ^ kChecksumTables[kBehind - 1][word >> 8U & 0xFFU] ^
+           kChecksumTables[kBehind - 2][word >> 16U & 0xFFU] ^ kChecksumTables[kBehind - 3][word >> 24U];
 }
 
-/// CRC-32, going on from an earlier one.
+/// CRC-32, going on from an earlier one. Twice over each record that is kept.
 std::uint32_t Checksum(Bytes bytes, std::uint32_t before) {
     std::uint32_t sum = ~before;
-    for (; bytes.size() >= kSlices; bytes = bytes.subspan(kSlices)) {
-        sum = SumOfWord(sum ^ FirstWord(bytes), 7) ^ SumOfWord(FirstWord(bytes.subspan(4)), 3);
+    const std::uint8_t* at = bytes.data();
+    const std::uint8_t* const end = at + bytes.size();
+    for (; static_cast<std::size_t>(end - at) >= kSlices; at += kSlices) {
+        sum = SumOfWord<7>(sum ^ WordAt(at)) ^ SumOfWord<3>(WordAt(at + 4));
     }
-    for (const std::uint8_t byte : bytes) {
-        sum = (sum >> 8U) ^ kChecksumTables[0][(sum ^ byte) & 0xFFU];
+    for (; at != end; ++at) {
+        sum = (sum >> 8U) ^ kChecksumTables[0][(sum ^ *at) & 0xFFU];
     }
     return ~sum;
 }
 
 void PutNumber(std::vector<std::uint8_t>& bytes, std::uint64_t value, std::size_t size) {
-    for (; size > 0; --size, value >>= 8U) {
-        bytes.push_back(static_cast<std::uint8_t>(value & 0xFFU));
+    std::array<std::uint8_t, sizeof value> number{};
+    for (std::uint8_t& byte : number) {
+        byte = static_cast<std::uint8_t>(value & 0xFFU);
+        value >>= 8U;
     }
+    bytes.insert(bytes.end(), number.begin(), number.begin() + static_cast<std::ptrdiff_t>(size));
 }
 
 void PutText(std::vector<std::uint8_t>& bytes, const std::string& text) {
