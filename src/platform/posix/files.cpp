@@ -190,6 +190,10 @@ bool ListFolder(const std::string& folder, std::vector<SFolderEntry>& entries) {
         if (name == "." || name == ".." || name.find('\\') != std::string::npos) {
             continue;
         }
+        if (entry->d_type != DT_UNKNOWN) {
+            entries.push_back({std::move(name), entry->d_type == DT_DIR, entry->d_type == DT_REG});
+            continue;
+        }
         struct stat status = {}; // of a link: the link's own
         const bool isKnown = fstatat(dirfd(opened.get()), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
         entries.push_back(
