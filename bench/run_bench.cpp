@@ -115,13 +115,23 @@ SRunFigures RunOver(int relays, const CScratchFolder& folder) {
     });
 }
 
-/// The day files that are there, once more and with the least that it takes.
-SRunFigures WriteTheSameFiles(const CScratchFolder& folder) {
+void FlushFolderOf(const std::filesystem::path& path) {
+    const int opened = open(path.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    fsync(opened);
+    close(opened);
+}
+
+enum class EFlushes : std::uint8_t { Files, AsInARun };
+
+/// The day files that are there, once more and with the least that it takes; or with their bytes in a journal
+/// before, and flushed as often as in a run: journal, file, and the names of file and folder.
+SRunFigures WriteTheSameFiles(const CScratchFolder& folder, EFlushes flushes) {
     struct SFile {
         std::filesystem::path path;
         std::string bytes;
     };
-    const std::filesystem::path copy = folder.Native("copy");
+    const bool isAsInARun = flushes == EFlushes::AsInARun;
+    const std::filesystem::path copy = folder.Native(isAsInARun ? "copy with journal" : "copy");
     std::filesystem::create_directory(copy);
     std::vector<SFile> files;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.Native("ev"))) {
@@ -130,14 +140,25 @@ SRunFigures WriteTheSameFiles(const CScratchFolder& folder) {
                              std::string(entry.file_size(), 'x')});
         }
     }
-    return MeasureInChild([&files] {
+    return MeasureInChild([&] {
+        const int journal =
+            isAsInARun ? open((copy / "journal").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666) : -1;
         for (const SFile& file : files) {
+            if (isAsInARun) {
+                [[maybe_unused]] const auto kept = write(journal, file.bytes.data(), file.bytes.size());
+                fdatasync(journal);
+            }
             mkdir(file.path.parent_path().c_str(), 0777);
             const int opened = open(file.path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
             [[maybe_unused]] const auto written = write(opened, file.bytes.data(), file.bytes.size());
             fsync(opened);
             close(opened);
+            if (isAsInARun) {
+                FlushFolderOf(file.path);
+                FlushFolderOf(file.path.parent_path());
+            }
         }
+        close(journal);
     });
 }
 
@@ -158,9 +179,11 @@ void RunOver1000Relays(benchmark::State& state, const char* parent) {
             state.SkipWithError("not every relay has its day file");
             return;
         }
-        const SRunFigures bare = WriteTheSameFiles(folder);
+        const SRunFigures bare = WriteTheSameFiles(folder, EFlushes::Files);
+        const SRunFigures flushed = WriteTheSameFiles(folder, EFlushes::AsInARun);
         state.counters["seconds"] = run.seconds;
         state.counters["bare seconds"] = bare.seconds;
+        state.counters["bare seconds as often"] = flushed.seconds;
         state.counters["processor ms per visit"] = 1000 * run.processorSeconds / kRelays;
         state.counters["bare processor ms per visit"] = 1000 * bare.processorSeconds / kRelays;
         state.counters["peak KiB"] = run.peakKiB;
