@@ -1,10 +1,6 @@
 // Whole processes: a start with a small INI file and nothing pending, next to a process that does nothing;
 // and day files as JSON and as CSV, next to a plain dump of their bytes.
-#include "instant_server.h"
-#include "support/scratch_folder.h"
-
-#include "extraction/relay_visit.h"
-#include "link/client.h"
+#include "tree.h"
 
 #include <benchmark/benchmark.h>
 
@@ -76,19 +72,6 @@ BENCHMARK(StartOfTrue)->UseRealTime();
 constexpr int kTreeRelays = 10;
 constexpr std::size_t kTreeEventsPerRelay = 2000;
 
-/// Day files of some relays, half of them with records of the one form and half with the other.
-void FillTree(const CScratchFolder& folder) {
-    CP32Wrap::CreateInstance();
-    bench::CInstantServer& server = bench::InstantServer();
-    server.pendingPerPort = kTreeEventsPerRelay;
-    for (int relay = 0; relay < kTreeRelays; ++relay) {
-        CP32Wrap::GetInstance()->OpenPort(nullptr, "", "");
-        server.form = relay % 2 == 0 ? bench::EEventForm::Simple : bench::EEventForm::Extended;
-        ExtractEventsToFile(5, folder.Path("ev"), kNoEventLimit);
-    }
-    CP32Wrap::DestroyInstance();
-}
-
 std::vector<std::string> DayFiles(const CScratchFolder& folder) {
     std::vector<std::string> files;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.Native("ev"))) {
@@ -102,7 +85,7 @@ std::vector<std::string> DayFiles(const CScratchFolder& folder) {
 /// `command` on all files of a tree.
 void ReadTree(benchmark::State& state, std::vector<std::string> command) {
     const CScratchFolder folder;
-    FillTree(folder);
+    bench::FillTree(folder, kTreeRelays, kTreeEventsPerRelay);
     std::ranges::copy(DayFiles(folder), std::back_inserter(command));
     for (auto _ : state) {
         state.SetIterationTime(RunProcess(command, {}));
