@@ -112,6 +112,32 @@ def test_loading(site):
           sum(bool(re.search(r'"(event|text)":"[^"]*\b[Tt]rip\b', line)) for line in site.json_lines("--match", "trip")))
 
 
+def test_earlier_version(site):
+    """Rows that were loaded before there were sites."""
+    before = site.number()
+    site.ask("DROP INDEX ruvo_records_place; ALTER TABLE ruvo_records DROP COLUMN site; CREATE UNIQUE INDEX "
+             "ruvo_records_identity ON ruvo_records (relay, day_file, byte_offset, sha256(bytes))")
+    shutil.rmtree(site.work / "state/marks")
+    site.load()
+    equal("rows of no site are not loaded again", site.number(), before)
+    equal("they get theirs", site.number("site = 'events'"), before)
+
+
+def test_failed_load(site):
+    """What could not be loaded is loaded by the next run."""
+    before = site.number()
+    with open(sorted(site.events.glob("*/CB05*.evt"))[0], "ab") as file:
+        file.write(hostile_record(b"late"))
+    site.ask("ALTER TABLE ruvo_records ADD CONSTRAINT none CHECK (event <> 'late')")
+    failed = run("bash", "load.sh", env=site.environment, cwd=site.work)
+    check("a load fails", failed.returncode != 0, failed.stdout)
+    equal("and adds nothing", site.number(), before)
+    site.ask("ALTER TABLE ruvo_records DROP CONSTRAINT none")
+    site.load()
+    equal("the next one does", site.number("event = 'late'"), 1)
+    check("and clears up", not (site.work / "new.ndjson").exists())
+
+
 def test_hostile_texts(site):
     before = site.number()
     with open(sorted(site.events.glob("*/CB05*.evt"))[0], "ab") as file:
@@ -140,7 +166,9 @@ def test():
             site.take_commands()
             site.make_events()
             test_loading(site)
+            test_earlier_version(site)
             test_hostile_texts(site)
+            test_failed_load(site)
             test_both_archives(site)
         finally:
             site.stop_server()

@@ -7,6 +7,7 @@
 #include "tools/archive/database.h"
 #include "tools/archive/find_query.h"
 
+#include <cstdlib>
 #include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
@@ -230,6 +231,50 @@ TEST_F(CArchive, KeepsSitesApart) {
     EXPECT_EQ(nlohmann::json::parse(Lines(found).at(1)).at("site"), "Nord") << found;
     EXPECT_EQ(Lines(found).size(), 2U);
     EXPECT_EQ(RunTool({"archive", north + "/AB12-1-2026-11-16-DEV.evt", "--sqlite", "x"}).status, 2);
+}
+
+TEST_F(CArchive, WritesNewRecordsOnce) {
+    setenv("RUVO_STATE_DIR", m_folder.Native("state").c_str(), 1);
+    const std::string first = Extended(At(16, 3), "a"), other = Simple(At(16, 4), "b");
+    struct SStep {
+        const char* name;
+        std::string bytes;
+        std::size_t lines;
+        const char* target = "lines";
+        int status = 0;
+    };
+    const SStep kSteps[] = {
+        {"a first time", kHeader + first, 1},
+        {"as it was", kHeader + first, 0},
+        {"the output cannot be written", kHeader + first + other, 0, "no/lines", 1},
+        {"so it comes again", kHeader + first + other, 1},
+        {"with half a record", kHeader + first + other + first.substr(0, 20), 0},
+        {"mended", kHeader + first + other + first, 1},
+        {"damage, and a record after it", kHeader + first + other + first + "xyz" + first + other, 2},
+        {"what followed damage comes again", kHeader + first + other + first + "xyz" + first + other + other,
+         3},
+        {"other bytes before it", kHeader + other + first + first + first + first + first + first, 7},
+        {"shorter", kHeader + other, 1},
+    };
+    std::filesystem::file_time_type time = std::filesystem::file_time_type::clock::now();
+    std::string before;
+    for (const SStep& step : kSteps) {
+        m_folder.Write(kDayFile, step.bytes);
+        time += std::chrono::seconds(step.bytes == before ? 0 : 1);
+        std::filesystem::last_write_time(m_folder.Native(kDayFile), time);
+        before = step.bytes;
+        m_folder.Write("lines", "");
+        const SOutcome outcome = RunTool(
+            {"archive", m_folder.Native("events"), "--new", "pg", "--ndjson", m_folder.Native(step.target)});
+        EXPECT_EQ(outcome.status, step.status) << step.name << ": " << outcome.error;
+        EXPECT_EQ(Lines(m_folder.Read("lines")).size(), step.lines) << step.name;
+    }
+    const std::string events = m_folder.Native("events");
+    EXPECT_EQ(Lines(RunTool({"archive", events, "--new", "x", "--ndjson", "-"}).out).size(), 1U)
+        << "another name";
+    EXPECT_EQ(RunTool({"archive", events, "--new", "../x", "--ndjson", "-"}).status, 2);
+    EXPECT_EQ(RunTool({"archive", events, "--new", "x", "--sqlite", "y"}).status, 2);
+    unsetenv("RUVO_STATE_DIR");
 }
 
 TEST_F(CArchive, LeavesOtherDatabasesAlone) {

@@ -4,8 +4,10 @@
 #include "tools/archive/archive_row.h"
 #include "tools/archive/archive_store.h"
 #include "tools/archive/line_output.h"
+#include "tools/archive/new_records.h"
 #include "tools/command.h"
 #include "tools/events/event_files.h"
+#include "tools/marks.h"
 #include "tools/progress.h"
 #include "tools/text_encoding.h"
 
@@ -32,6 +34,8 @@ constexpr std::array kOptions{
     SOption{EOptionKind::Text, "--sqlite", "add the records to this archive; created if missing", "FILE"},
     SOption{EOptionKind::Text, "--ndjson",
             "write all records to this file, one JSON object per line; - for standard output", "FILE"},
+    SOption{EOptionKind::Text, "--new",
+            "with --ndjson: write only records that no earlier run with this name has written", "NAME"},
 };
 
 constexpr std::string_view kNotes =
@@ -39,6 +43,8 @@ constexpr std::string_view kNotes =
 records are added. Records are never removed from an archive: a record that is no longer in its day file
 stays, and a message says so. An archive may hold several sites: under another name, a site is another one
 to it. docs/archive.md describes the tables, and how to load the output of --ndjson into other databases.
+With --new, the output has only what is new under that name; the next run goes on from there once the output
+has been written whole, without any failure.
 Exit status: 0 on success, 1 if something could not be read or written, 2 on a usage error.
 
 Example: after each night's run
@@ -47,8 +53,8 @@ Example: after each night's run
 /// One run over the files, into one or both outputs.
 class CArchiveRun {
 public:
-    CArchiveRun(SConsole& console, CArchiveStore* store, CLineOutput* lines)
-        : m_console(console), m_store(store), m_lines(lines) {}
+    CArchiveRun(SConsole& console, CArchiveStore* store, CLineOutput* lines, CNewRecords* marks)
+        : m_console(console), m_store(store), m_lines(lines), m_marks(marks) {}
 
     void Read(const SFoundFiles& found) {
         for (const std::string& failure : found.failures) {
@@ -103,6 +109,11 @@ private:
             ++m_unchanged;
             return;
         }
+        if (m_marks != nullptr && !m_marks->Begin(file.path, error ? 0 : state.size, state.changed) &&
+            !error) {
+            ++m_unchanged;
+            return;
+        }
         if (const SFileResult opened = m_reader.Open(file.path); !opened.Good()) {
             ReportFailure(file.path + ": " + SystemErrorText(opened.systemCode));
             return;
@@ -113,6 +124,9 @@ private:
         }
         const bool isComplete = ReadItems(file.site, state);
         m_bytes += m_reader.Position();
+        if (m_marks != nullptr && isComplete) {
+            m_marks->End();
+        }
         if (!isComplete) {
             ReportFailure(file.path + ": could not be read to the end");
         }
@@ -126,7 +140,8 @@ private:
         bool isComplete = true;
         SDayFileItem item;
         while (m_reader.Next(item)) {
-            if (item.record != nullptr) {
+            const bool isNew = m_marks == nullptr || m_marks->IsNew(item);
+            if (item.record != nullptr && isNew) {
                 WriteRecord(place, item);
             }
             if (item.damage) {
@@ -178,6 +193,7 @@ private:
     SConsole& m_console;
     CArchiveStore* m_store; ///< null for none
     CLineOutput* m_lines;   ///< null for none
+    CNewRecords* m_marks;   ///< null for all records
     CDayFileReader m_reader;
     std::optional<CProgress> m_progress;                        ///< while files are read
     std::map<std::pair<std::string, std::string>, int> m_names; ///< how many files of a site have each name
@@ -194,12 +210,18 @@ private:
     bool m_isGood = true;
 };
 
-int RunInto(const SFoundFiles& found, CArchiveStore* store, CLineOutput* lines, SConsole& console) {
-    CArchiveRun run(console, store, lines);
+int RunInto(const SFoundFiles& found, CArchiveStore* store, CLineOutput* lines, CNewRecords* marks,
+            SConsole& console) {
+    CArchiveRun run(console, store, lines, marks);
     run.Read(found);
     if (lines != nullptr) {
         if (const std::string failure = lines->Finish(run.IsGood()); !failure.empty()) {
             run.ReportFailure(failure);
+        }
+        if (marks != nullptr && run.IsGood() && lines->Text().IsGood()) {
+            if (const std::string failure = marks->Save(); !failure.empty()) {
+                run.ReportFailure(failure);
+            }
         }
     }
     CTextOutput& out = lines != nullptr && lines->IsStandard() ? console.error : console.out;
@@ -230,6 +252,21 @@ int RunArchive(const CArguments& arguments, SConsole& console) {
             "ruvoctl archive: no output given; use --sqlite FILE, --ndjson FILE or --ndjson -\n");
         return kExitUsage;
     }
+    if (arguments.Has("--new") &&
+        (!database.empty() || linesPath.empty() || !IsMarkName(arguments.Get("--new")))) {
+        console.error.Write(
+            "ruvoctl archive: --new takes a name of letters, digits, \"-\", \"_\" and \".\", and goes "
+            "with --ndjson alone\n");
+        return kExitUsage;
+    }
+    std::optional<CNewRecords> marks;
+    if (arguments.Has("--new")) {
+        marks.emplace(arguments.Get("--new"));
+        if (!marks->Failure().empty()) {
+            console.error.Write("ruvoctl: " + EscapeControls(marks->Failure()) + "\n");
+            return kExitFailed;
+        }
+    }
     SFoundFiles found;
     if (!FindFiles(arguments, found, console)) {
         return kExitUsage;
@@ -243,7 +280,8 @@ int RunArchive(const CArguments& arguments, SConsole& console) {
         if (!linesPath.empty()) {
             lines.emplace(linesPath, console);
         }
-        return RunInto(found, store ? &*store : nullptr, lines ? &*lines : nullptr, console);
+        return RunInto(found, store ? &*store : nullptr, lines ? &*lines : nullptr, marks ? &*marks : nullptr,
+                       console);
     } catch (const CDatabaseError& failure) {
         console.error.Write("ruvoctl: " + EscapeControls(SystemTextToUtf8(database + ": " + failure.what())) +
                             "\n");
