@@ -1,6 +1,7 @@
 // ruvoctl soe: the sequence of events of many relays and sites.
 #include "tools/command.h"
 #include "tools/events/day_file_walk.h"
+#include "tools/events/fetched_option.h"
 #include "tools/events/filter_options.h"
 #include "tools/events/format_options.h"
 #include "tools/events/relay_selection.h"
@@ -24,6 +25,7 @@ constexpr std::array kOptions{
     kDecimalCommaOption,
     kSinceOption,
     kUntilOption,
+    kFetchedOption,
     kRelayOption,
     SOption{EOptionKind::Text, "--match",
             "only events with this text in their texts or cells; case does not matter"},
@@ -40,7 +42,7 @@ constexpr std::string_view kNotes =
 as the relays' clocks show them. With --clocks, each time becomes UTC first, so that relays in local time
 and in UTC line up: a line of the file is RELAY CLOCK or SITE/RELAY CLOCK, and the first line that fits
 applies. ruvo-exports(5) describes the file and the columns. --since, --until and --zero mean the times
-that are shown.
+that are shown; --fetched works as for ruvoctl events.
 Marks after a time: "?" the relay reports its clock as unreliable, "~" the moment in UTC is doubtful,
 "s" summer time. "?" after a difference: one of its two times has such a doubt.
 Exit status: 0 on success, 1 if a file is damaged or cannot be read, or if no event has the text of
@@ -107,7 +109,9 @@ bool ReadEvents(const SFoundFiles& found, CRelaySelection& selection, CEventSequ
     };
     CDayFileWalk walk(console);
     walk.Read(found, selection.Only(add));
-    static_cast<void>(selection.SayIfNone(found, console));
+    if (!selection.SayIfNone(found, console) && sequence.Events().empty()) {
+        console.error.Write("No event matches.\n");
+    }
     return isSound && walk.Failures().empty();
 }
 
@@ -133,6 +137,9 @@ int RunSoe(const CArguments& arguments, SConsole& console) {
         return kExitUsage;
     }
     SFoundFiles found = FindDayFiles(arguments.GetAll("SITE.ini|FOLDER"));
+    if (!KeepFetched(arguments, console, found)) {
+        return kExitUsage;
+    }
     CRelaySelection selection(question.filter.relay);
     CompleteSources(arguments, clocks, found);
     if (question.hasClocks) {
