@@ -119,6 +119,9 @@ TEST_F(CVisitStatus, AQuietSiteNeedsNoEventRoot) {
 
 TEST_F(CVisitStatus, JsonAndMetricsTellOfEachRelay) {
     Prepare("unreached 1");
+    folder.Write("ev/AB12-2-2026-10-31-DEV.evt", "");
+    const std::string causes = RunWords("status @/site.ini", "@", folder.Native()).out;
+    EXPECT_NE(causes.find("Feeder 7 (AB12-2) has been silent for 20 days"), std::string::npos) << causes;
     folder.Write("run.log", "2026/11/20 03:00:00 Failed to open ethernet connection. Connection string: "
                             "TNLC=\"RPCDll.Dll\",\"10.0.0.6\",\"0\",\"2\",\"0\". P32LS status: x\r\n");
     const auto status = nlohmann::json::parse(

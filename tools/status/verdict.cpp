@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 
 namespace ruvo {
 
@@ -61,6 +62,14 @@ void EvaluateFiles(const std::string& name, const SRelayStatus& relay, SVerdict&
     }
 }
 
+/// "Feeder 7 (AB12-1)", where the visits know its plant text.
+std::string NameForPeople(const SSiteStatus& status, const std::string& name) {
+    const auto relays =
+        status.visits ? std::span<const SRelayVisit>(status.visits->relays) : std::span<const SRelayVisit>();
+    const auto found = std::ranges::find(relays, name, &SRelayVisit::name);
+    return found == relays.end() || found->plant.empty() ? name : found->plant + " (" + name + ")";
+}
+
 } // namespace
 
 int Severity(EState state) {
@@ -87,9 +96,9 @@ SVerdict Evaluate(const SSiteStatus& status, const SThresholds& thresholds) {
     }
     for (const auto& [name, relay] : status.relays) {
         if (!IsMuted(status, name)) {
-            EvaluateSilence(name, relay, thresholds, verdict);
+            EvaluateSilence(NameForPeople(status, name), relay, thresholds, verdict);
         }
-        EvaluateFiles(name, relay, verdict);
+        EvaluateFiles(NameForPeople(status, name), relay, verdict);
     }
     if (status.log.isMissing && !status.visits) { // looks good, but the path may be wrong
         Add(verdict, EState::Warning,
