@@ -29,9 +29,7 @@ constexpr std::array kOptions{
     kUntilOption,
     kFetchedOption,
     kRelayOption,
-    SOption{
-        EOptionKind::Text, "--match",
-        "only events with this text in their texts or cells, or in those of the relay; case does not matter"},
+    kMatchOption,
     kSiteOption,
     kClocksOption,
     SOption{EOptionKind::Choice, "--sort", "sort by time across all files (default: file order)", "time"},

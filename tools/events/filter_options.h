@@ -19,6 +19,10 @@ inline constexpr SOption kRelayOption{
     "only relays whose name, plant reference, description or model contains this text, such as \"Feeder 7\"; "
     "case does not matter"};
 
+inline constexpr SOption kMatchOption{
+    EOptionKind::Text, "--match",
+    "only events with this text in their texts or cells, or in those of the relay; case does not matter"};
+
 inline constexpr SOption kSiteOption{
     EOptionKind::Text, "--site",
     "name of the site in json and csv (default: the name of the INI file or the folder)", "NAME"};

@@ -45,6 +45,7 @@ constexpr std::array kOptions{
     kUntilOption,
     kFetchedOption,
     kRelayOption,
+    kMatchOption,
     SOption{EOptionKind::Text, "--silent",
             "call a relay silent that has had no new day file for more than DAYS days, up to now or --until "
             "(default: 14)",
