@@ -238,7 +238,8 @@ int RunReport(const CArguments& arguments, SConsole& console) {
                      .made = NowText(),
                      .since = filter.sinceText,
                      .until = filter.untilText,
-                     .relay = SystemTextToUtf8(arguments.Get("--relay")),
+                     .relay = filter.relay,
+                     .match = filter.match,
                      .logs = {},
                      .silentDays = *silentDays};
     for (const std::string& log : logs) {

@@ -212,7 +212,8 @@ void CReportData::WriteJson(std::string& out, const SReportHead& head) {
                                     {"made", head.made},
                                     {"since", head.since},
                                     {"until", head.until},
-                                    {"relay", head.relay}}) {
+                                    {"relay", head.relay},
+                                    {"match", head.match}}) {
         json.Key(key).Text(EscapeControls(text));
     }
     WriteList(json, "logs", head.logs, writeText);

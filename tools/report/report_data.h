@@ -21,7 +21,8 @@ struct SReportHead {
     std::string made;  ///< "2026-11-16T23:30Z"
     std::string since; ///< as given; empty for all
     std::string until;
-    std::string relay;             ///< part of the relays' names; empty for all
+    std::string relay;             ///< part of the relays' names or texts; empty for all
+    std::string match;             ///< part of the events' texts; empty for all
     std::vector<std::string> logs; ///< paths of the error logs
     unsigned silentDays = 0;       ///< a relay without a new day file for more days counts as silent
 };

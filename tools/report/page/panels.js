@@ -43,6 +43,7 @@ function fillHead() {
     ...(source.since !== "" ? [`since ${source.since}`] : []),
     ...(source.until !== "" ? [`until ${source.until}`] : []),
     ...(source.relay !== "" ? [`relays with "${readable(source.relay)}"`] : []),
+    ...(source.match !== "" ? [`events with "${readable(source.match)}"`] : []),
   ].join(", ");
   byId("made").textContent = `Made ${source.made.slice(0, 16)} UTC${limits === "" ? "" : `; ${limits}`}`;
 }
