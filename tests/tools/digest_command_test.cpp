@@ -153,6 +153,7 @@ TEST_F(DigestCommand, CountsWhatIsAskedFor) {
     std::filesystem::create_directories(folder.Native("ev/copy/XY-9"));
     for (const std::string day : {"2026-11-24", "2026-11-22"})
         folder.Write("ev/copy/XY-9/XY-9-" + day + "-DEV.evt", kHeader + Simple(At(1, 1), "Copied"));
+    folder.Write("east.ini", folder.Read("sites/north.ini"));
     ForEachCase<3>("tools/digest_cases.txt", [this](auto& line, auto& status, auto& said) {
         const SOutcome outcome = Run(line);
         EXPECT_EQ(outcome.status, std::stoi(status)) << outcome.error;

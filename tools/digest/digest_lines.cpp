@@ -155,9 +155,7 @@ private:
                 Add(Text, BayName(bay) + ": " + OtherKinds(bay));
             }
         }
-        for (const SDigestProblem& problem : site.problems) {
-            AddProblem(problem);
-        }
+        AddProblems(site.problems);
         for (const SSilentRelay& relay : site.silent) {
             Add(Text, relay.label + " answers, but has had no event for " +
                           Counted(static_cast<std::uint64_t>(relay.days), "day") +
@@ -224,10 +222,30 @@ private:
         }
     }
 
-    void AddProblem(const SDigestProblem& problem) {
-        std::string text = problem.where;
+    /// What means the same of several relays is said once.
+    void AddProblems(const std::vector<SDigestProblem>& problems) {
+        std::vector<const SDigestProblem*> firsts;
+        for (const SDigestProblem& problem : problems) {
+            const auto isSame = [&problem](const SDigestProblem* first) {
+                return first->happened == problem.happened && first->todo == problem.todo;
+            };
+            if (std::ranges::none_of(firsts, isSame)) {
+                firsts.push_back(&problem);
+                AddProblem(problem, problems);
+            }
+        }
+    }
+    void AddProblem(const SDigestProblem& problem, const std::vector<SDigestProblem>& problems) {
+        std::string text;
+        std::uint64_t count = 0;
+        for (const SDigestProblem& other : problems) {
+            if (other.happened == problem.happened && other.todo == problem.todo) {
+                Join(text, other.where);
+                count += other.count;
+            }
+        }
         Join(text, problem.happened, ": ");
-        text += problem.count > 1 ? " (" + std::to_string(problem.count) + " times)" : "";
+        text += count > 1 ? " (" + std::to_string(count) + " times)" : "";
         Add(problem.severity == ESeverity::Notice ? Text : Alarm, text);
         if (!problem.todo.empty() && problem.severity != ESeverity::Notice) {
             Add(Todo, problem.todo);

@@ -102,12 +102,13 @@ std::vector<SDigestLine> FittingLines(const SDigest& digest, std::size_t most) {
         }
         lines = DigestLines(digest, events);
     }
-    const std::size_t whole = CountLines(lines);
-    if (whole <= most) {
+    if (CountLines(lines) <= most) {
         return lines;
     }
+    const std::size_t whole = CountLines(lines);
+    std::erase_if(lines, [](const SDigestLine& line) { return line.kind == EDigestLine::Todo; });
     std::string text;
-    std::size_t kept = 0;
+    std::size_t kept = 0; // without what to do, as many as fit
     for (std::size_t taken = 0; kept < lines.size(); ++kept) {
         text.clear();
         AppendWrapped(text, LookOf(lines[kept].kind), TextOf(lines[kept]));
@@ -118,8 +119,9 @@ std::vector<SDigestLine> FittingLines(const SDigest& digest, std::size_t most) {
     }
     lines.resize(kept);
     const std::size_t left = whole - CountLines(lines);
-    lines.push_back({EDigestLine::Site, "and " + std::to_string(left) +
-                                            " further lines: \"ruvoctl digest --lines 0\" shows all"});
+    lines.push_back(
+        {EDigestLine::Site, "and " + std::to_string(left) +
+                                " further lines and what to do: \"ruvoctl digest --lines 0\" shows all"});
     return lines;
 }
 

@@ -30,14 +30,26 @@ std::string WhereOf(const SLogLine& line, const SSiteVisits& visits) {
     return EscapeControls(relay != nullptr ? relay->Label() : connection);
 }
 
-SDigestProblem ProblemOf(const SLogLine& line, const SSiteVisits& visits) {
+/// What to do, with this site in the place of the table's.
+std::string ForSite(std::string_view todo, const SSiteDigest& site) {
+    std::string text(todo);
+    for (const auto& [meant, with] : {std::pair<std::string_view, std::string>("SITE.ini", site.ini),
+                                      std::pair<std::string_view, std::string>("@SITE", "@" + site.name)}) {
+        for (std::size_t at = 0; (at = text.find(meant, at)) != std::string::npos; at += with.size()) {
+            text.replace(at, meant.size(), with);
+        }
+    }
+    return text;
+}
+
+SDigestProblem ProblemOf(const SLogLine& line, const SSiteVisits& visits, const SSiteDigest& site) {
     SDigestProblem problem;
     problem.where = WhereOf(line, visits);
     problem.lastTime = line.time;
     if (const auto meaning = Explain(line)) {
         problem.severity = IsMutedLine(visits, line) ? ESeverity::Notice : meaning->Severity();
         problem.happened = meaning->Happened();
-        problem.todo = meaning->ToDo();
+        problem.todo = ForSite(meaning->ToDo(), site);
     } else {
         problem.happened = Shortened(EscapeControls(line.message));
     }
@@ -72,7 +84,7 @@ void ReadDigestProblems(const std::string& logPath, const std::string& from, con
     for (SLogLine line; opened.Good() && reader.Next(line);) {
         counts = line.time.empty() ? counts : line.time >= from && line.time <= to;
         if (counts) {
-            Add(ProblemOf(line, visits), digest.problems, others);
+            Add(ProblemOf(line, visits, digest), digest.problems, others);
         }
     }
     const SFileResult& result = opened.Good() ? reader.Result() : opened;

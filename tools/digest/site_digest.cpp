@@ -40,6 +40,9 @@ public:
         m_states.push_back(state);
     }
 
+    /// Of another INI file over the same event root.
+    void AddOther(const SVisitLine& run) { m_fetched.AddOther(run); }
+
     /// After the last one.
     void Choose(SSiteDigest& digest) {
         const bool isNewHistory =
@@ -269,8 +272,13 @@ SSiteDigest ReadSiteDigest(const std::string& fullIniPath, const SDigestQuestion
     CChosenRuns runs(question);
     const CVisitHistory history(places.events);
     // Whether all could be read is in the summary.
-    static_cast<void>(history.ForEachOf(
-        fullIniPath, [&runs](const SVisitLine& run, ERunState state) { runs.Add(run, state); }));
+    static_cast<void>(history.ForEach([&](const SVisitLine& run, ERunState state) {
+        if (run.iniPath == visits.iniPath) {
+            runs.Add(run, state);
+        } else {
+            runs.AddOther(run);
+        }
+    }));
     runs.Choose(digest);
     digest.lastVisit = visits.summary.last ? visits.summary.last->begin : std::string();
     JudgeVisits(runs, question, digest);

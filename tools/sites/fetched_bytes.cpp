@@ -34,11 +34,20 @@ bool SFetchedBytes::Touches(std::uint64_t from, std::uint64_t to) const {
 void CFetchedBytes::Add(const SVisitLine& run) {
     for (const SVisitEntry& entry : run.entries) {
         const auto time = TimeOf(entry, run);
-        const bool counts = !m_period || (time && m_period->Contains(*time));
-        AddRange({entry.dayFile, entry.from, entry.to}, counts);
-        if (entry.recoveredIn) {
-            AddRange(*entry.recoveredIn, counts);
-        }
+        AddEntry(entry, !m_period || (time && m_period->Contains(*time)));
+    }
+}
+
+void CFetchedBytes::AddOther(const SVisitLine& run) {
+    for (const SVisitEntry& entry : run.entries) {
+        AddEntry(entry, false);
+    }
+}
+
+void CFetchedBytes::AddEntry(const SVisitEntry& entry, bool counts) {
+    AddRange({entry.dayFile, entry.from, entry.to}, counts);
+    if (entry.recoveredIn) {
+        AddRange(*entry.recoveredIn, counts);
     }
 }
 

@@ -31,11 +31,14 @@ public:
     explicit CFetchedBytes(std::optional<SPeriod> period = std::nullopt) : m_period(period) {}
 
     void Add(const SVisitLine& run);
+    /// A run that is known, but does not count.
+    void AddOther(const SVisitLine& run);
     /// Of a day file in the folder of its relay, by any path. A file that no run is known to have written
     /// counts as a whole, by the UTC day in its name.
     [[nodiscard]] SFetchedBytes Of(const std::string& path) const;
 
 private:
+    void AddEntry(const SVisitEntry& entry, bool counts);
     void AddRange(const SStoredBytes& bytes, bool counts);
     [[nodiscard]] bool IsOfPeriod(const std::string& name) const;
 
