@@ -1,6 +1,7 @@
 // What one run of the extractor means for the exit status of its visit, and what a visit says to whom.
 #include "support/case_table.h"
 #include "support/scratch_folder.h"
+#include "tools/sites/muted_lines.h"
 #include "tools/visit/log_growth.h"
 #include "tools/visit/relay_progress.h"
 #include "tools/visit/run_outcome.h"
@@ -73,6 +74,29 @@ TEST(VisitOutcome, OfAttemptsCountsWhatALaterOneReaches) {
     ended.record->line.ended = ERunEnd::Signal;
     EXPECT_TRUE(RelaysWithoutAnswer(ended).empty());
     EXPECT_EQ(StatusOfAttempts({first, second, ended}), 3);
+}
+
+TEST(MutedLines, MakeNoProblemOfAVisit) {
+    SSiteVisits visits;
+    for (const char* key : {"RV001", "RV002"}) {
+        visits.relays.emplace_back();
+        visits.relays.back().key = key;
+        visits.relays.back().address = key == std::string("RV001") ? "10.0.0.5,1" : "10.0.0.6,2";
+    }
+    visits.relays[1].mute.emplace();
+    ForEachCase<4>("tools/muted_logs.txt", [&](auto& logged, auto& first, auto& second, auto& status) {
+        SRunOutcome outcome;
+        outcome.record = RecordOf("whole " + std::to_string(std::stoul(first) + std::stoul(second)));
+        for (const SRelayVisit& relay : visits.relays) {
+            outcome.record->line.entries.emplace_back();
+            outcome.record->line.entries.back().key = relay.key;
+            outcome.record->line.entries.back().logLines = std::stoul(relay.key == "RV001" ? first : second);
+        }
+        outcome.mutedLines = CountMutedLines(visits, logged);
+        EXPECT_EQ(std::to_string(StatusOfAttempts({outcome})), status);
+        outcome.record->line.ended = ERunEnd::Signal;
+        EXPECT_EQ(StatusOfAttempts({outcome}), 3) << "the run itself is not muted";
+    });
 }
 
 TEST(LogGrowth, IsWhatOthersAdd) {

@@ -33,13 +33,15 @@ EVisitStatus StatusOfLog(const SRunOutcome& outcome) {
     return outcome.logged.empty() ? EVisitStatus::Good : EVisitStatus::Problems;
 }
 
-/// Takes off the lines about relays that a later attempt has reached, and adds those that this one has.
-void Excuse(SVisitLine& line, std::set<std::string>& reached) {
+/// Takes off the lines about relays that a later attempt has reached, and about the links of muted ones. Adds
+/// the relays that this attempt has reached.
+void Excuse(SVisitLine& line, std::map<std::string, std::uint64_t>& muted, std::set<std::string>& reached) {
     for (const SVisitEntry& entry : line.entries) {
         if (entry.isReached) {
             reached.insert(entry.key);
-        } else if (reached.contains(entry.key)) {
-            line.logLines -= std::min(entry.logLines, line.logLines);
+        } else {
+            const std::uint64_t excused = reached.contains(entry.key) ? entry.logLines : muted[entry.key];
+            line.logLines -= std::min({excused, entry.logLines, line.logLines});
         }
     }
 }
@@ -73,7 +75,7 @@ int StatusOfAttempts(std::vector<SRunOutcome> attempts) {
     std::set<std::string> reached; // in a later attempt
     for (auto outcome = attempts.rbegin(); outcome != attempts.rend(); ++outcome) {
         if (outcome->record) {
-            Excuse(outcome->record->line, reached);
+            Excuse(outcome->record->line, outcome->mutedLines, reached);
         }
         status = WorseStatus(status, StatusOfRun(*outcome));
     }

@@ -4,6 +4,7 @@
 #include "ledger/run_watch.h"
 #include "platform/child_program.h"
 
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,8 +24,9 @@ struct SRunOutcome {
     SChildEnd end;
     bool hasPrinted = false;
     std::optional<SSeenRun> record;
-    std::string logged;                   ///< what the log has got meanwhile, whoever wrote it
-    std::optional<SVisitLine> otherVisit; ///< of the same site, still going on
+    std::string logged;                              ///< what the log has got meanwhile, whoever wrote it
+    std::map<std::string, std::uint64_t> mutedLines; ///< of these: about links of muted relays, by key
+    std::optional<SVisitLine> otherVisit;            ///< of the same site, still going on
 };
 
 /// The record has the say. Without one, the extractor did not get as far, or cannot keep one: then the log.

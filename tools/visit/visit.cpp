@@ -9,7 +9,9 @@
 #include "platform/modules.h"
 #include "platform/state_folder.h"
 #include "platform/users.h"
+#include "tools/given_time.h"
 #include "tools/ini/site_environment.h"
+#include "tools/sites/muted_lines.h"
 #include "tools/sites/site_visits.h"
 #include "tools/text_encoding.h"
 #include "tools/visit/after_visit.h"
@@ -257,6 +259,9 @@ SRunOutcome CVisit::RunExtractor(const SChildProgram& program, const SSitePlaces
     }
     outcome.logged = log.Added();
     m_output.Say(EPriority::Warning, SystemTextToUtf8(outcome.logged));
+    if (m_places && !outcome.logged.empty()) {
+        outcome.mutedLines = CountMutedLines(ReadSiteVisits(m_iniPath, places, NowSeconds()), outcome.logged);
+    }
     if (!outcome.record && m_places) {
         outcome.otherVisit = FindRunningVisit(places.events, m_iniPath);
     }

@@ -62,11 +62,12 @@ that of the visit, RUVO_SITE, RUVO_INI, RUVO_EVENT_ROOT, RUVO_LOG, RUVO_STATUS (
 RUVO_LOST, RUVO_SET_ASIDE and RUVO_WAITING. If one fails, that is reported; it does not change the status.
 TERM, INT and HUP (on Windows, a request to close the program) are passed on to the extractor, which then
 ends in good order.
-Exit status: 0 good; 1 the visit wrote lines to the error log; 2 the site's configuration does not allow a
-visit, part of it was refused, or the extractor printed something: it could not start, a line of the error
-log was lost, or no journal could be created; 3 a signal ended the visit, so relays may not have been
-visited; 4 another visit of the site is going on, and this one did nothing; another status is that of
-an extractor that crashed. With --test, it is that of ruvoctl test.
+Exit status: 0 good; 1 the visit wrote lines to the error log (those about the links of muted relays do
+not count, see mute); 2 the site's configuration does not allow a visit, part of it was refused, or the
+extractor printed something: it could not start, a line of the error log was lost, or no journal could be
+created; 3 a signal ended the visit, so relays may not have been visited; 4 another visit of the site is
+going on, and this one did nothing; another status is that of an extractor that crashed. With --test, it
+is that of ruvoctl test.
 
 Example: as the unit of the site does, after a change
   ruvoctl visit yard --check && ruvoctl visit yard)";
