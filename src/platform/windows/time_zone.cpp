@@ -16,9 +16,10 @@ std::optional<SCalendarTime> LocalTimeAt(std::int64_t unixSeconds) {
     const FILETIME moment = {ticks.LowPart, ticks.HighPart};
     SYSTEMTIME utc = {};
     SYSTEMTIME local = {};
-    // Without a zone it takes the one in use, with the rules of the year in question.
+    TIME_ZONE_INFORMATION zone = {}; // with the rules of the year in question
     if (FileTimeToSystemTime(&moment, &utc) == 0 ||
-        SystemTimeToTzSpecificLocalTimeEx(nullptr, &utc, &local) == 0) {
+        GetTimeZoneInformationForYear(utc.wYear, nullptr, &zone) == 0 ||
+        SystemTimeToTzSpecificLocalTime(&zone, &utc, &local) == 0) {
         return std::nullopt;
     }
     return SCalendarTime{local.wYear, local.wMonth, local.wDay, local.wHour, local.wMinute, local.wSecond};
