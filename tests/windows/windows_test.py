@@ -192,6 +192,55 @@ def run_connector(windows):
         print(f"  com {tests}: {good} passed, {bad} failed", flush=True)
 
 
+VISITED = """[link]
+serial = ["COM1"]
+[[relay]]
+serial = 5
+[relay.identity]
+model = "AB12-X"
+serial = "0001"
+plant = "Plant"
+[[relay.event]]
+kind = 1
+location = "01.12"
+time = 2026-02-16T13:07:09.029
+text = "Trip"
+value = { uint = 7, size = 1 }
+format = "%d"
+values = [{ int = 5, size = 1 }]
+"""
+
+
+def visit_a_site(windows):
+    """The runner: its status, the record, a further attempt, and the programs after it."""
+    print("Visiting a site under Wine", flush=True)
+    windows.end_session()
+    site, after = windows.work / "visited", windows.work / "visited/after"
+    after.mkdir(parents=True)
+    (site / "substation.toml").write_text(VISITED, "utf-8")
+    (after / "first.cmd").write_text("@echo after %RUVO_STATUS% %RUVO_REACHED%/%RUVO_RELAYS%\r\n", "ascii")
+    windows.run("register", 60, X64 / "p32ls-sim.exe", "/RegServer", f"Z:{site}/substation.toml".replace("/", "\\"))
+    ini = f"Z:{site}/site.ini"
+
+    def visit(what, status, relays, *options):
+        (site / "site.ini").write_text(f"[RUVO_GENERAL]\nEventRootDir=Z:{site}/events\nErrorLogPathname=Z:{site}/run.log\n"
+                                       f"[RUVO_SERIAL]\n{relays}", "utf-8")
+        ended = windows.run("visit", 120, X64 / "ruvoctl.exe", "visit", ini, *options, RUVO_STATE_DIR=f"Z:{site}/state",
+                            RUVO_AFTER_VISIT_DIR=f"Z:{after}")
+        shown = windows.read("visit.log") + windows.read("visit.calls")
+        check(f"visit: {what}", ended == status, f"ended with {ended}\n{shown}")
+        return shown
+
+    equal("visit: good", visit("good", 0, "RV001=5\n"), "after 0 1/1\n")
+    equal("visit: the day file", len(list(site.glob("events/AB12-0001/*.evt"))), 1)
+    shown = visit("a relay that does not answer", 1, "RV001=5\nRV002=6\n", "--retry", "1", "--after", "0s")
+    check("visit: its lines, and what came after", shown.count("Test connection failed") == 2 and "after 1 1/2" in shown, shown)
+    records = next(iter(site.glob("state/*/visits.ndjson"))).read_text("utf-8")
+    equal("visit: attempts", re.findall('"attempt":([0-9]*)', records), ["1", "1", "2"])
+    visit("check", 0, "RV001=5\n", "--check")
+    visit("refused", 2, "RV001=x\n")
+
+
 def look_at_icons(windows):
     calls = windows.read("end_to_end.calls")
     for what, words, icon in (("a good check", "No input errors found", "00000040"),
@@ -210,6 +259,7 @@ def test():
         with Windows(work) as windows:
             run_twins(windows)
             run_connector(windows)
+            visit_a_site(windows)
             look_at_icons(windows)
 
 
