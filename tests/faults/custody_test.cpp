@@ -22,7 +22,8 @@ std::vector<std::uint8_t> Record(int number) {
             "414231322D58 12 01 0A 4576656E742330303030 24 01 07 00 01 1500 01000000 0C "
             "4576656E742056616C756520 24 01 07 00");
     const std::string digits = std::to_string(10'000 + number).substr(1);
-    std::ranges::copy(digits, std::ranges::search(bytes, std::string_view("0000")).begin());
+    constexpr std::string_view kPlace = "0000";
+    std::ranges::copy(digits, std::search(bytes.begin(), bytes.end(), kPlace.begin(), kPlace.end()));
     return bytes;
 }
 
@@ -245,7 +246,7 @@ TEST_F(Custody, ALengthThatIsNotToldIsTheOneThatIsKnown) {
     file.Add(Record(1));
     file.Finish();
     const std::uint64_t length = file.WrittenTo();
-    for (const std::size_t nth : {1, 2, 3}) { // the question whether it is there, and that for its length
+    for (const std::size_t nth : {1U, 2U, 3U}) { // the question whether it is there, and that for its length
         Break(EFileFailure::Other, nth, 1);
         EXPECT_EQ(file.LengthNow(), length) << nth;
         Mend();
