@@ -37,11 +37,11 @@ class CountedRelay:
         self.account_inside = account_inside or account
         self.events = []  # in their order: each one's kind and text
 
-    def fill(self, count, kind=0, faults=""):
-        """The relay gets that many further events; those of kind 9 are unknown to the extractor."""
+    def fill(self, count, kind=0, faults="", top=""):
+        """The relay gets that many further events; those of kind 9 are unknown to the extractor. `top` begins the file."""
         self.events += [(kind, f"E{len(self.events) + number}") for number in range(1, count + 1)]
         events = "".join(EVENT % event for event in self.events)
-        self.substation.write_text(RELAY % self.account_inside + events + faults, "utf-8")
+        self.substation.write_text(top + RELAY % self.account_inside + events + faults, "utf-8")
 
     def recordable(self, count):
         """The texts of the events that can be stored, among that many first ones."""
