@@ -10,8 +10,10 @@
 #include "tools/sites/site.h"
 #include "tools/text_encoding.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstdint>
 #include <optional>
 
 namespace ruvo {
@@ -213,9 +215,10 @@ int RunDigest(const CArguments& arguments, SConsole& console) {
     digest.period = request.period;
     ReadSites(request, digest, console);
     const std::string format = arguments.Get("--format");
+    const auto lines = static_cast<std::size_t>(std::min<std::uint64_t>(request.lines, SIZE_MAX));
     console.out.Write(format == "json"   ? DigestAsJson(digest)
-                      : format == "html" ? DigestAsHtml(digest, request.lines)
-                                         : DigestAsText(digest, request.lines));
+                      : format == "html" ? DigestAsHtml(digest, lines)
+                                         : DigestAsText(digest, lines));
     return MoveMarks(request, console) && IsWhole(digest) ? kExitGood : kExitFailed;
 }
 
