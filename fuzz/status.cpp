@@ -189,6 +189,7 @@ SSiteStatus Read(const CSite& site) {
     SConsole console{in, out, error};
     return ReadSiteStatus({.eventRoot = site.Root(),
                            .logPath = site.Log(),
+                           .iniPath = {},
                            .since = "2026-11-15T00:00:00",
                            .expected = {"AB12-001", "\xC3\xBC\""}},
                           console);
@@ -206,17 +207,19 @@ void Check(CInput input) {
     if ((options & 8U) == 0) {
         CSite::WriteMemory(site.Log(), input.Rest());
     }
-    const SSiteStatus status = Read(site);
+    SSiteReport report = {.name = "site \"\\\n", .ini = {}, .status = Read(site), .verdict = {}};
+    const SSiteStatus& status = report.status;
     if (!ending.empty()) {
         CheckCounts(status, site);
     }
     CheckLog(status.log);
-    const SVerdict verdict = Evaluate(status, {});
+    report.verdict = Evaluate(status, {});
+    const SVerdict& verdict = report.verdict;
     Require(verdict.state == (verdict.causes.empty() ? EState::Good : verdict.causes.front().state),
             "the worst comes first");
     CheckText(StatusAsText(status, verdict), verdict.state);
     CheckJson(StatusAsJson(status, verdict), status);
-    CheckMetrics(StatusAsMetrics(status, verdict, "site \"\\\n", MemorySystem().unixSeconds));
+    CheckMetrics(StatusAsMetrics({&report, 1}, MemorySystem().unixSeconds));
 }
 
 } // namespace
