@@ -25,7 +25,7 @@ using Words = std::vector<std::string>;
 /// A record of the archive, and the words of its searched columns.
 struct SArchived {
     std::int64_t id = 0;
-    std::string relay;
+    std::array<std::string, 4> names; ///< of the relay: its own and the texts that the record carries
     std::unique_ptr<CEventRecord> record;
     std::array<Words, 4> columns;
 };
@@ -119,11 +119,14 @@ bool Holds(const Words& column, const STerm& term) {
 class CArchive {
 public:
     CArchive() : m_database(Fill(m_folder), EDatabaseAccess::Read) {
-        CStatement rows(m_database, "SELECT e.id, e.relay, e.event, e.text, e.value, e.plant, r.bytes "
+        CStatement rows(m_database, "SELECT e.id, e.relay, e.event, e.text, e.value, e.plant, r.bytes, "
+                                    "e.plant, e.description, e.model "
                                     "FROM events e JOIN records r ON r.id = e.id");
         while (rows.Step()) {
-            SArchived archived{
-                rows.NumberAt(0), rows.TextAt(1), ParseDayFileRecord(rows.BytesAt(6)).record, {}};
+            SArchived archived{rows.NumberAt(0),
+                               {rows.TextAt(1), rows.TextAt(7), rows.TextAt(8), rows.TextAt(9)},
+                               ParseDayFileRecord(rows.BytesAt(6)).record,
+                               {}};
             for (std::size_t column = 0; column < archived.columns.size(); ++column) {
                 archived.columns.at(column) =
                     WordsOf(WithoutAccents(rows.TextAt(static_cast<int>(column) + 2)));
@@ -200,7 +203,9 @@ bool IsAscii(std::string_view text) {
 }
 
 bool IsWanted(const SArchived& archived, const SFindQuery& query, const std::vector<STerm>& terms) {
-    return query.filter.MatchesRecord(*archived.record) && ContainsText(archived.relay, query.relay) &&
+    return query.filter.MatchesRecord(*archived.record) &&
+           std::ranges::any_of(archived.names,
+                               [&](const std::string& name) { return ContainsText(name, query.relay); }) &&
            std::ranges::all_of(terms, [&](const STerm& term) {
                return std::ranges::any_of(archived.columns,
                                           [&](const Words& column) { return Holds(column, term); });
