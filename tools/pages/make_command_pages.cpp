@@ -136,6 +136,7 @@ constexpr std::string_view kOfferFunctions =
 _ruvoctl_sites() {
     local ini
     for ini in /etc/ruvo/*.ini; do
+        [[ $1 != /etc/ruvo/* ]] || break # then they are offered as files, below
         if [ -f "$ini" ] && [ "$ini" != /etc/ruvo/registry.ini ]; then printf '%s\n' "$ini"; fi
     done
     compgen -f -X '!*.[iI][nN][iI]' -- "$1"
