@@ -3,6 +3,7 @@
 #include "platform/posix/end_signals.h"
 #include "platform/posix/native_path.h"
 #include "platform/posix/place.h"
+#include "platform/posix/program_words.h"
 
 #include <algorithm>
 #include <array>
@@ -60,16 +61,6 @@ CDescriptor OpenInput(const std::string& input) {
         done += static_cast<std::size_t>(count);
     }
     return lseek(file.Get(), 0, SEEK_SET) == 0 ? std::move(file) : CDescriptor();
-}
-
-std::vector<char*> PointersTo(std::vector<std::string>& texts) {
-    std::vector<char*> pointers;
-    pointers.reserve(texts.size() + 1);
-    for (std::string& text : texts) {
-        pointers.push_back(text.data());
-    }
-    pointers.push_back(nullptr);
-    return pointers;
 }
 
 /// What the new process needs until it is the program; after the fork nothing may be made.

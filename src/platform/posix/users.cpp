@@ -2,6 +2,7 @@
 
 #include "platform/environment.h"
 #include "platform/posix/native_path.h"
+#include "platform/posix/program_words.h"
 
 #include <array>
 #include <cerrno>
@@ -61,16 +62,6 @@ std::vector<std::string> FreshEnvironment(const struct passwd& entry) {
     return environment;
 }
 
-std::vector<char*> Pointers(std::vector<std::string>& texts) {
-    std::vector<char*> pointers;
-    pointers.reserve(texts.size() + 1);
-    for (std::string& text : texts) {
-        pointers.push_back(text.data());
-    }
-    pointers.push_back(nullptr);
-    return pointers;
-}
-
 } // namespace
 
 bool IsRoot() {
@@ -127,7 +118,7 @@ std::string ContinueAs(const SUser& user, const std::vector<std::string>& argume
         return Why("its permissions cannot be taken");
     }
     if (chdir("/") == 0) {
-        execve("/proc/self/exe", Pointers(words).data(), Pointers(environment).data());
+        execve("/proc/self/exe", PointersTo(words).data(), PointersTo(environment).data());
     }
     return Why("the program cannot be started");
 }
