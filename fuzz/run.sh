@@ -82,7 +82,7 @@ wait
 failed=0
 row() { printf '%-12s %14s %10s %8s %8s %9s\n' "$@"; }
 row target executions cpu-second edges corpus findings
-rate() { awk -v count="$1" -v seconds="$2" 'BEGIN { printf "%.0f", seconds > 0 ? count / seconds : 0 }'; }
+rate() { awk -v count="$1" -v seconds="$2" 'BEGIN { printf "%.0f", (seconds > 0 ? count / seconds : 0) }'; }
 for target in "${targets[@]}"; do
     log=$out/logs/$target
     stat() { grep -aoP "^stat::$1: *\K[0-9]+" "$log" | tail -1 || true; }
