@@ -2,6 +2,7 @@
 
 #include "platform/file.h"
 #include "platform/files.h"
+#include "platform/windows/owned_handle.h"
 #include "platform/windows/system.h"
 
 #include <algorithm>
@@ -17,29 +18,6 @@ using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
 constexpr DWORD kPause = 50; // a pipe cannot be waited for beside a process
-
-class CHandle {
-public:
-    explicit CHandle(HANDLE handle = nullptr) : m_handle(handle == INVALID_HANDLE_VALUE ? nullptr : handle) {}
-    CHandle(CHandle&& other) noexcept : m_handle(std::exchange(other.m_handle, nullptr)) {}
-    CHandle& operator=(CHandle&& other) noexcept {
-        std::swap(m_handle, other.m_handle);
-        return *this;
-    }
-    CHandle(const CHandle&) = delete;
-    CHandle& operator=(const CHandle&) = delete;
-    ~CHandle() {
-        if (IsOpen()) {
-            CloseHandle(m_handle);
-        }
-    }
-
-    [[nodiscard]] bool IsOpen() const { return m_handle != nullptr; }
-    [[nodiscard]] HANDLE Get() const { return m_handle; }
-
-private:
-    HANDLE m_handle;
-};
 
 /// As the system's own programs take a command line apart.
 std::string Quoted(const std::string& word) {
@@ -80,22 +58,22 @@ SECURITY_ATTRIBUTES Inherited() {
 }
 
 /// A file that goes with its last handle.
-CHandle OpenInput(const std::string& input) {
+COwnedHandle OpenInput(const std::string& input) {
     SECURITY_ATTRIBUTES inherited = Inherited();
     if (input.empty()) {
-        return CHandle(CreateFileA("NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
-                                   OPEN_EXISTING, 0, nullptr));
+        return COwnedHandle(CreateFileA("NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
+                                        OPEN_EXISTING, 0, nullptr));
     }
     const std::string path = MakeUniqueFile(TemporaryFolder(), "ruvo");
-    CHandle file(CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, &inherited,
-                             TRUNCATE_EXISTING, FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE,
-                             nullptr));
+    COwnedHandle file(CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, &inherited,
+                                  TRUNCATE_EXISTING, FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE,
+                                  nullptr));
     DWORD count = 0;
     const bool isGood =
         file.IsOpen() &&
         WriteFile(file.Get(), input.data(), static_cast<DWORD>(input.size()), &count, nullptr) != 0 &&
         SetFilePointer(file.Get(), 0, nullptr, FILE_BEGIN) == 0;
-    return isGood ? std::move(file) : CHandle();
+    return isGood ? std::move(file) : COwnedHandle();
 }
 
 BOOL CALLBACK AskWindow(HWND window, LPARAM process) {
@@ -115,9 +93,9 @@ std::string LastFailure() {
 
 struct CChildProgram::SHandle {
     DWORD number = 0; ///< 0 before its start and after its end
-    CHandle process;
-    CHandle job; ///< of a group
-    CHandle output;
+    COwnedHandle process;
+    COwnedHandle job; ///< of a group
+    COwnedHandle output;
     std::mutex mutex; ///< of `number`, which may be another's after its end
 
     void Kill() const {
@@ -159,12 +137,12 @@ std::string CChildProgram::Start(const SChildProgram& program) {
     SECURITY_ATTRIBUTES inherited = Inherited();
     HANDLE out = nullptr;
     HANDLE in = nullptr;
-    const CHandle input = OpenInput(program.input);
+    const COwnedHandle input = OpenInput(program.input);
     if (!input.IsOpen() || CreatePipe(&out, &in, &inherited, 0) == 0) {
         return LastFailure();
     }
-    CHandle output(out);
-    const CHandle written(in);
+    COwnedHandle output(out);
+    const COwnedHandle written(in);
     SetHandleInformation(out, HANDLE_FLAG_INHERIT, 0);
     STARTUPINFOA startup = {};
     startup.cb = sizeof startup;
@@ -179,14 +157,14 @@ std::string CChildProgram::Start(const SChildProgram& program) {
                        block.data(), nullptr, &startup, &made) == 0) {
         return LastFailure();
     }
-    const CHandle thread(made.hThread);
+    const COwnedHandle thread(made.hThread);
     const std::lock_guard lock(m_handle->mutex);
-    m_handle->process = CHandle(made.hProcess);
+    m_handle->process = COwnedHandle(made.hProcess);
     m_handle->number = made.dwProcessId;
     m_handle->output = std::move(output);
-    m_handle->job = CHandle(program.isGroup ? CreateJobObjectA(nullptr, nullptr) : nullptr);
+    m_handle->job = COwnedHandle(program.isGroup ? CreateJobObjectA(nullptr, nullptr) : nullptr);
     if (m_handle->job.IsOpen() && AssignProcessToJobObject(m_handle->job.Get(), made.hProcess) == 0) {
-        m_handle->job = CHandle();
+        m_handle->job = COwnedHandle();
     }
     ResumeThread(made.hThread);
     return {};
@@ -217,9 +195,9 @@ SChildEnd CChildProgram::Await(const SWatch& watch) {
     GetExitCodeProcess(m_handle->process.Get(), &status);
     end.status = status;
     m_handle->number = 0;
-    m_handle->process = CHandle();
-    m_handle->output = CHandle();
-    m_handle->job = CHandle();
+    m_handle->process = COwnedHandle();
+    m_handle->output = COwnedHandle();
+    m_handle->job = COwnedHandle();
     return end;
 }
 

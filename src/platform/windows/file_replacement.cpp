@@ -2,6 +2,7 @@
 
 #include "platform/files.h"
 #include "platform/full_path.h"
+#include "platform/windows/owned_handle.h"
 #include "platform/windows/system.h"
 
 #include <algorithm>
@@ -23,30 +24,6 @@ SAccessResult Failed(EAccessFailure failure) {
     return {failure, static_cast<long>(GetLastError())};
 }
 
-// An open file.
-class CHandle {
-public:
-    explicit CHandle(HANDLE handle = INVALID_HANDLE_VALUE) : m_handle(handle) {}
-    CHandle(CHandle&& other) noexcept : m_handle(std::exchange(other.m_handle, INVALID_HANDLE_VALUE)) {}
-    CHandle& operator=(CHandle&& other) noexcept {
-        std::swap(m_handle, other.m_handle);
-        return *this;
-    }
-    CHandle(const CHandle&) = delete;
-    CHandle& operator=(const CHandle&) = delete;
-    ~CHandle() {
-        if (IsOpen()) {
-            CloseHandle(m_handle);
-        }
-    }
-
-    bool IsOpen() const { return m_handle != INVALID_HANDLE_VALUE; }
-    HANDLE Get() const { return m_handle; }
-
-private:
-    HANDLE m_handle;
-};
-
 // The form of a path that the rest of the program takes.
 std::string WithoutDevicePrefix(std::string_view path) {
     if (path.starts_with(kDeviceServerPrefix)) {
@@ -65,9 +42,9 @@ std::string ResolvedPath(HANDLE file) {
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 // Whether the path leads to that open file.
-bool IsSameFile(const std::string& path, const CHandle& file) {
-    const CHandle named(CreateFileA(path.c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+bool IsSameFile(const std::string& path, const COwnedHandle& file) {
+    const COwnedHandle named(CreateFileA(path.c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr,
+                                         OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     BY_HANDLE_FILE_INFORMATION one = {};
     BY_HANDLE_FILE_INFORMATION other = {};
     return named.IsOpen() && GetFileInformationByHandle(named.Get(), &one) != FALSE &&
@@ -97,21 +74,21 @@ void RemoveLeftovers(const std::string& oldPath) {
 }
 
 // With the access rights that changing its permissions takes and, where the system permits, its owner.
-CHandle MakeFile(const std::string& path) {
+COwnedHandle MakeFile(const std::string& path) {
     constexpr DWORD kAccess = GENERIC_WRITE | READ_CONTROL | WRITE_DAC;
     const auto make = [&](DWORD access) {
         return CreateFileA(path.c_str(), access, FILE_SHARE_READ, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL,
                            nullptr);
     };
-    CHandle made(make(kAccess | WRITE_OWNER));
+    COwnedHandle made(make(kAccess | WRITE_OWNER));
     if (!made.IsOpen() && GetLastError() == ERROR_ACCESS_DENIED) {
-        made = CHandle(make(kAccess));
+        made = COwnedHandle(make(kAccess));
     }
     return made;
 }
 
-CHandle OpenExisting(const std::string& path, DWORD access) {
-    return CHandle(
+COwnedHandle OpenExisting(const std::string& path, DWORD access) {
+    return COwnedHandle(
         CreateFileA(path.c_str(), access, kShareAll, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
@@ -121,7 +98,7 @@ bool IsThereAlready(DWORD code) {
 
 // The access list is always kept. Keeping the owner takes a privilege that few users have; without it the new
 // file belongs to the user who writes it.
-bool CopyOwnerAndPermissions(const CHandle& from, const CHandle& to) {
+bool CopyOwnerAndPermissions(const COwnedHandle& from, const COwnedHandle& to) {
     constexpr SECURITY_INFORMATION kList = DACL_SECURITY_INFORMATION;
     constexpr SECURITY_INFORMATION kBoth = kList | OWNER_SECURITY_INFORMATION;
     DWORD size = 0;
@@ -143,8 +120,8 @@ SAccessResult ResolveOutputPath(const std::string& systemPath, std::string& reso
 namespace file_replacement {
 
 struct COldFile::SHandle {
-    CHandle file;
-    CHandle lock; // a file beside it; the system deletes it on close, even when the process is killed
+    COwnedHandle file;
+    COwnedHandle lock; // a file beside it; the system deletes it on close, even when the process is killed
     std::string path;
     bool isStream = false;
 };
@@ -162,7 +139,7 @@ SAccessResult COldFile::Open(const std::string& path, EFileKind kind) {
         m_handle->path = FullPath(path);
         return m_handle->path.empty() ? Failed(EAccessFailure::NotFound) : SAccessResult{};
     }
-    const CHandle& file = m_handle->file;
+    const COwnedHandle& file = m_handle->file;
     if (!file.IsOpen()) {
         const bool isDenied = GetLastError() == ERROR_ACCESS_DENIED;
         return isDenied && isOutput
@@ -183,7 +160,7 @@ SAccessResult COldFile::Open(const std::string& path, EFileKind kind) {
 
 // A pipe may be one that only takes bytes.
 SAccessResult COldFile::OpenStream() {
-    m_handle->file = CHandle(); // a pipe may have one end only
+    m_handle->file = COwnedHandle(); // a pipe may have one end only
     m_handle->file = OpenExisting(m_path, GENERIC_WRITE);
     m_handle->isStream = m_handle->file.IsOpen() && GetFileType(m_handle->file.Get()) != FILE_TYPE_DISK;
     return m_handle->isStream ? SAccessResult{} : Failed(EAccessFailure::NotWritable);
@@ -208,8 +185,9 @@ SAccessResult COldFile::Lock() {
     const std::string lock = FolderOf(m_handle->path) + "." + NameOf(m_handle->path) + ".lock";
     DWORD code = ERROR_SUCCESS;
     for (int tries = 0; tries < kTries && !m_handle->lock.IsOpen(); ++tries) {
-        m_handle->lock = CHandle(CreateFileA(lock.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
-                                             FILE_ATTRIBUTE_NORMAL | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+        m_handle->lock =
+            COwnedHandle(CreateFileA(lock.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                     FILE_ATTRIBUTE_NORMAL | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
         code = m_handle->lock.IsOpen() ? ERROR_SUCCESS : GetLastError();
         // While a file is being deleted, the system answers "access denied".
         if (code != ERROR_SHARING_VIOLATION && code != ERROR_ACCESS_DENIED) {
@@ -247,14 +225,14 @@ bool COldFile::Contains(std::string_view bytes) {
 }
 
 struct CNewFile::SHandle {
-    CHandle file;
+    COwnedHandle file;
     bool removeOnClose = false;
 };
 
 CNewFile::CNewFile() : m_handle(std::make_unique<SHandle>()) {}
 
 CNewFile::~CNewFile() {
-    m_handle->file = CHandle();
+    m_handle->file = COwnedHandle();
     if (m_handle->removeOnClose) {
         RemoveFile(m_path);
     }
@@ -308,13 +286,13 @@ SAccessResult CNewFile::Flush() {
     if (!isStream && FlushFileBuffers(m_handle->file.Get()) == FALSE) {
         return Failed(EAccessFailure::NotWritten);
     }
-    m_handle->file = CHandle();
+    m_handle->file = COwnedHandle();
     return {};
 }
 
 SAccessResult CNewFile::Replace(COldFile& old) {
     constexpr DWORD kFlags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
-    old.Handle().file = CHandle(); // the system does not replace an open file
+    old.Handle().file = COwnedHandle(); // the system does not replace an open file
     if (MoveFileExA(m_path.c_str(), old.Handle().path.c_str(), kFlags) == FALSE) {
         return Failed(EAccessFailure::NotReplaced);
     }
@@ -323,7 +301,7 @@ SAccessResult CNewFile::Replace(COldFile& old) {
 }
 
 void CNewFile::Keep() {
-    m_handle->file = CHandle();
+    m_handle->file = COwnedHandle();
     m_handle->removeOnClose = false;
 }
 
