@@ -41,14 +41,22 @@ class Engine:
              "--tag", "ruvo:test", "--file", RECIPE, folder)
 
 
+def find_pod(manifest):
+    """The part of a manifest that says what a pod contains, however deep it stands."""
+    if "containers" in manifest:
+        return manifest
+    parts = [find_pod(part) for part in manifest.values() if isinstance(part, dict)]
+    return next(filter(None, parts), None)
+
+
 class Pod:
     """The pod of the manifest's job, with folders of this machine for what it mounts."""
 
     def __init__(self, folder):
         claim, job = yaml.safe_load_all(MANIFEST.read_text("utf-8"))
-        self.spec = job["spec"]["jobTemplate"]["spec"]["template"]["spec"]
-        self.container = self.spec["containers"][0]
-        self.user, self.group = (self.spec["securityContext"][name] for name in ("runAsUser", "fsGroup"))
+        self.wanted = find_pod(job)
+        self.container = self.wanted["containers"][0]
+        self.user, self.group = (self.wanted["securityContext"][name] for name in ("runAsUser", "fsGroup"))
         self.folder = folder
         self.secret = folder / "secret"
         self.data = folder / claim["metadata"]["name"]
@@ -57,7 +65,7 @@ class Pod:
 
     def mounts(self):
         """A secret's files belong to root and can be read by the pod's group; a claim's folders can be written by it."""
-        volumes = {volume["name"]: volume for volume in self.spec["volumes"]}
+        volumes = {volume["name"]: volume for volume in self.wanted["volumes"]}
         for mount in self.container["volumeMounts"]:
             volume, place = volumes[mount["name"]], mount["mountPath"]
             if "secret" in volume:
@@ -75,7 +83,7 @@ class Pod:
                 yield f"--tmpfs={place}:mode=1777,size={volume['emptyDir']['sizeLimit'].replace('Mi', 'm')}"
 
     def options(self):
-        security, context = self.container["securityContext"], self.spec["securityContext"]
+        security, context = self.container["securityContext"], self.wanted["securityContext"]
         yield "--network=none"
         yield f"--user={context['runAsUser']}:{context['runAsGroup']}"
         if security["readOnlyRootFilesystem"]:
@@ -152,7 +160,7 @@ def look_at_visits(site):
 
 
 def look_at_ends(site):
-    seconds = site.pod.spec["terminationGracePeriodSeconds"]
+    seconds = site.pod.wanted["terminationGracePeriodSeconds"]
     site.relay.fill(MANY, faults=SLOW)
     site.begin()
     equal("stopped: its status", site.end("stop", "--time", seconds), 3)
