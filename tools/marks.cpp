@@ -58,11 +58,16 @@ std::optional<SMark> CMarks::Of(const std::string& site) const {
     return found == m_marks.end() ? std::nullopt : std::optional(found->second);
 }
 
-std::string CMarks::Save() const {
-    const std::string shown = SystemTextToUtf8(DisplayPath(m_path));
-    if (!MakePrivateFolder(m_folder)) {
+std::string ReplaceMarks(const std::string& folder, const std::string& path, const std::string& text) {
+    const std::string shown = SystemTextToUtf8(DisplayPath(path));
+    if (!MakePrivateFolder(folder)) {
         return shown + ": the folder cannot be made, or another user can write it";
     }
+    const std::string failure = ReplaceWholeFile(path, text);
+    return failure.empty() ? failure : shown + ": " + failure;
+}
+
+std::string CMarks::Save() const {
     std::string text;
     for (const auto& [site, mark] : m_marks) {
         CJsonWriter json(text);
@@ -73,8 +78,7 @@ std::string CMarks::Save() const {
         json.Close('}');
         text += '\n';
     }
-    const std::string failure = ReplaceWholeFile(m_path, text);
-    return failure.empty() ? failure : shown + ": " + failure;
+    return ReplaceMarks(m_folder, m_path, text);
 }
 
 } // namespace ruvo

@@ -19,6 +19,11 @@ struct SMark {
 /// Letters, digits, "-", "_" and ".", at most 64, the first one no point.
 [[nodiscard]] bool IsMarkName(std::string_view name);
 
+/// Replaces the file of a name's marks, in the folder for marks, which it makes. A readable reason on
+/// failure; empty on success.
+[[nodiscard]] std::string ReplaceMarks(const std::string& folder, const std::string& path,
+                                       const std::string& text);
+
 /// The marks of one name.
 class CMarks {
 public:

@@ -7,6 +7,7 @@
 #include "platform/files.h"
 #include "platform/full_path.h"
 #include "platform/state_folder.h"
+#include "tools/marks.h"
 #include "tools/text_encoding.h"
 #include "tools/whole_file.h"
 
@@ -114,10 +115,6 @@ void CNewRecords::End() {
 }
 
 std::string CNewRecords::Save() const {
-    const std::string shown = SystemTextToUtf8(DisplayPath(m_path));
-    if (!MakePrivateFolder(m_folder)) {
-        return shown + ": the folder cannot be made, or another user can write it";
-    }
     std::string text;
     for (const auto& [file, mark] : m_marks) {
         CJsonWriter json(text);
@@ -130,8 +127,7 @@ std::string CNewRecords::Save() const {
         json.Close('}');
         text += '\n';
     }
-    const std::string failure = ReplaceWholeFile(m_path, text);
-    return failure.empty() ? failure : shown + ": " + failure;
+    return ReplaceMarks(m_folder, m_path, text);
 }
 
 } // namespace ruvo
