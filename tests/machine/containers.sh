@@ -10,16 +10,9 @@ if [ "$(id -u)" -ne 0 ]; then
 fi
 scripts/setup.sh containers >&2
 deb=$(scripts/package.sh)
-mkdir -p build/machine
+source tests/machine/debian.sh
 base=build/machine/base.tar
-[ -f "$base" ] || {
-    rm -rf --one-file-system build/machine/base.new
-    debootstrap --variant=minbase bookworm build/machine/base.new >build/machine/base.log 2>&1 || { tail -5 build/machine/base.log; exit 1; }
-    rm -f build/machine/base.new/var/cache/apt/archives/*.deb
-    tar -C build/machine/base.new -cf "$base.new" .
-    rm -rf --one-file-system build/machine/base.new
-    mv "$base.new" "$base"
-}
+make_debian "$base"
 export PYTHONDONTWRITEBYTECODE=1 PYTHONPATH=tests/support
 # Where both hierarchies of control groups are mounted, the engine would refuse to start: it sees only one of them.
 exec unshare --mount /bin/sh -c 'umount /sys/fs/cgroup/unified 2>/dev/null; exec "$@"' sh \

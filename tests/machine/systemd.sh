@@ -10,17 +10,8 @@ if [ "$(id -u)" -ne 0 ]; then
 fi
 scripts/setup.sh systemd >&2
 deb=$(scripts/package.sh)
-mkdir -p build/machine
+source tests/machine/debian.sh
 system=build/machine/systemd.tar
-packages=systemd-sysv,dbus,logrotate,procps,libstdc++6,libsqlite3-0
-[ -f "$system" ] || {
-    rm -rf --one-file-system build/machine/systemd.new
-    debootstrap --variant=minbase --include="$packages" bookworm build/machine/systemd.new >build/machine/systemd.log 2>&1 ||
-        { tail -5 build/machine/systemd.log; exit 1; }
-    rm -f build/machine/systemd.new/var/cache/apt/archives/*.deb
-    tar -C build/machine/systemd.new -cf "$system.new" .
-    rm -rf --one-file-system build/machine/systemd.new
-    mv "$system.new" "$system"
-}
+make_debian "$system" --include=systemd-sysv,dbus,logrotate,procps,libstdc++6,libsqlite3-0
 export PYTHONDONTWRITEBYTECODE=1 PYTHONPATH=tests/support
 exec /usr/bin/python3 tests/machine/systemd_test.py "$system" "$deb"
