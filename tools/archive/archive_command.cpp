@@ -6,7 +6,9 @@
 #include "tools/archive/line_output.h"
 #include "tools/archive/new_records.h"
 #include "tools/command.h"
+#include "tools/events/day_file_walk.h"
 #include "tools/events/event_files.h"
+#include "tools/events/fetched_option.h"
 #include "tools/marks.h"
 #include "tools/progress.h"
 #include "tools/text_encoding.h"
@@ -36,6 +38,7 @@ constexpr std::array kOptions{
             "write all records to this file, one JSON object per line; - for standard output", "FILE"},
     SOption{EOptionKind::Text, "--new",
             "with --ndjson: write only records that no earlier run with this name has written", "NAME"},
+    kFetchedOption,
 };
 
 constexpr std::string_view kNotes =
@@ -45,6 +48,8 @@ stays, and a message says so. An archive may hold several sites: under another n
 to it. docs/archive.md describes the tables, and how to load the output of --ndjson into other databases.
 With --new, the output has only what is new under that name; the next run goes on from there once the output
 has been written whole, without any failure.
+--fetched works as for ruvoctl events; the next run without it adds what it left out. It does not go with
+--new, whose mark would move past what was left out.
 Exit status: 0 on success, 1 if something could not be read or written, 2 on a usage error.
 
 Example: after each night's run
@@ -122,7 +127,7 @@ private:
         if (m_store != nullptr) {
             m_store->BeginFile(state);
         }
-        const bool isComplete = ReadItems(file.site, state);
+        const bool isComplete = ReadItems(file, state);
         m_bytes += m_reader.Position();
         if (m_marks != nullptr && isComplete) {
             m_marks->End();
@@ -135,17 +140,18 @@ private:
         }
     }
 
-    bool ReadItems(const std::string& site, const SDayFileState& state) {
-        const SArchivePlace place{.site = site, .relay = state.relay, .dayFile = state.name};
+    bool ReadItems(const SFoundFile& file, const SDayFileState& state) {
+        const SArchivePlace place{.site = file.site, .relay = state.relay, .dayFile = state.name};
         bool isComplete = true;
         SDayFileItem item;
         while (m_reader.Next(item)) {
+            const bool counts = Counts(file, item);
             const bool isNew = m_marks == nullptr || m_marks->IsNew(item);
-            if (item.record != nullptr && isNew) {
+            if (item.record != nullptr && isNew && counts) {
                 WriteRecord(place, item);
             }
             if (item.damage) {
-                ++m_damaged;
+                m_damaged += counts ? 1 : 0;
                 isComplete = isComplete && item.damage->fault != EDayFileFault::ReadFailed;
                 if (m_store != nullptr) {
                     m_store->AddDamage(*item.damage);
@@ -171,12 +177,13 @@ private:
     }
 
     void EndFile(const SFoundFile& file, bool isComplete) {
-        const SFileTally tally = m_store->EndFile(isComplete);
+        const bool isWhole = isComplete && (file.fetched == nullptr || file.fetched->isWhole);
+        const SFileTally tally = m_store->EndFile(isWhole);
         m_added += tally.added;
         m_known += tally.known;
         // Two files of the same name need not hold each other's records.
         const bool isOnlyOne = m_names[{file.site, fs::path(file.path).filename().string()}] == 1;
-        if (isComplete && isOnlyOne && tally.gone > 0) {
+        if (isWhole && isOnlyOne && tally.gone > 0) {
             Report(file.path + ": changed: " + Counted(tally.gone, "archived record") +
                    " no longer in the file; kept in the archive");
         }
@@ -259,6 +266,10 @@ int RunArchive(const CArguments& arguments, SConsole& console) {
             "with --ndjson alone\n");
         return kExitUsage;
     }
+    if (arguments.Has("--new") && arguments.Has("--fetched")) {
+        console.error.Write("ruvoctl archive: expected only one of --new and --fetched\n");
+        return kExitUsage;
+    }
     std::optional<CNewRecords> marks;
     if (arguments.Has("--new")) {
         marks.emplace(arguments.Get("--new"));
@@ -268,7 +279,7 @@ int RunArchive(const CArguments& arguments, SConsole& console) {
         }
     }
     SFoundFiles found;
-    if (!FindFiles(arguments, found, console)) {
+    if (!FindFiles(arguments, found, console) || !KeepFetched(arguments, console, found)) {
         return kExitUsage;
     }
     try {

@@ -49,7 +49,8 @@ public:
     void BeginFile(const SDayFileState& file);
     void AddRecord(const SDayFileItem& item);
     void AddDamage(const SDayFileDamage& damage);
-    /// A file that was not read to the end is read again by the next run, even if unchanged.
+    /// A file that was not read to the end, or whose records were not all added, is read again by the next
+    /// run, even if unchanged.
     SFileTally EndFile(bool isComplete);
     /// Stores what is not stored yet.
     void Finish();

@@ -1,15 +1,22 @@
 // ruvoctl find: searches the events of an archive.
 #include "dayfile/block_parser.h"
+#include "paths/path_utilities.h"
+#include "platform/full_path.h"
+#include "platform/ini_text.h"
 #include "tools/archive/archive_schema.h"
 #include "tools/archive/find_query.h"
 #include "tools/command.h"
+#include "tools/events/fetched_option.h"
 #include "tools/events/filter_options.h"
 #include "tools/events/format_options.h"
+#include "tools/sites/site.h"
 #include "tools/text_encoding.h"
 
 #include <array>
+#include <map>
 #include <optional>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace ruvo {
@@ -28,19 +35,60 @@ constexpr std::array kOptions{
     kDecimalCommaOption,
     kSinceOption,
     kUntilOption,
+    kFetchedOption,
     kRelayOption,
     kClocksOption,
-    SOption{EOptionKind::Text, "--site", "only the site of this name", "NAME"},
+    SOption{EOptionKind::Text, "--site", "only the site of this name, or of this INI file", "NAME|SITE.ini"},
 };
 
 constexpr std::string_view kNotes =
     R"(An event matches if it contains all words, in any order; case and accents do not matter. A word also
 matches longer words that start with it; words in double quotes match as a phrase. Events are printed in
 order of time, in the formats of ruvoctl events.
+--fetched takes what came in from the records of a site's visits: those of the INI file that --site names,
+else of the one with the site's name in the folder for sites (/etc/ruvo). Without such records, a day file
+counts by the UTC day in its name; a message says so.
 Exit status: 0 on success, 1 if no event matches, 2 on a usage error or if the archive cannot be read.
 
 Example: which feeders tripped this month?
   ruvoctl find site.sqlite 'trip "earth fault"' --relay FEED --since 2026-11-01)";
+
+/// What came in at the sites of an archive within a time.
+class CFetchedOfSites {
+public:
+    /// Of one site, its INI file may be known; else the path is empty.
+    CFetchedOfSites(SPeriod period, std::string fullIniPath, SConsole& console)
+        : m_period(period), m_iniPath(std::move(fullIniPath)), m_console(console) {}
+
+    SFetchedBytes Of(const std::string& site, const std::string& relay, const std::string& dayFile) {
+        auto known = m_sites.find(site);
+        if (known == m_sites.end()) {
+            known = m_sites.emplace(site, Read(site)).first;
+        }
+        SFetchedBytes bytes = known->second.Of(relay + "/" + dayFile);
+        m_wholeCount += bytes.isWhole ? 1 : 0;
+        return bytes;
+    }
+    void TellWhole() const { TellWholeFiles(m_wholeCount, m_console); }
+
+private:
+    [[nodiscard]] CFetchedBytes Read(const std::string& name) const {
+        const std::vector<std::string> paths =
+            m_iniPath.empty() ? FindSites().iniPaths : std::vector{m_iniPath};
+        for (const std::string& ini : paths) {
+            if (const CSite site(ini); site.Name() == name && site.Places()) {
+                return ReadFetchedBytes(site.Places()->events, m_period, m_console);
+            }
+        }
+        return CFetchedBytes(m_period);
+    }
+
+    SPeriod m_period;
+    std::string m_iniPath;
+    SConsole& m_console;
+    std::map<std::string, CFetchedBytes> m_sites; ///< by name
+    std::size_t m_wholeCount = 0;
+};
 
 /// The archive stores records as they are in the day file, so the same parser reads them.
 bool PrintRow(const CStatement& row, const CRelayClocks& clocks, IEventPrinter& printer, std::string& out) {
@@ -125,19 +173,33 @@ int RunFind(const CArguments& arguments, SConsole& console) {
         !ReadClocks(arguments, console, clocks)) {
         return kExitUsage;
     }
-    const SFindQuery query{.text = SystemTextToUtf8(arguments.Get("TEXT")),
-                           .since = filter.sinceText,
-                           .until = filter.untilText,
-                           .relay = arguments.Get("--relay"),
-                           .site = SystemTextToUtf8(arguments.Get("--site")),
-                           .filter = filter};
+    const std::string given = arguments.Get("--site");
+    const std::string ini = EqualIniNames(SplitPath(given).extension, ".ini") ? FullPath(given) : "";
+    SFindQuery query{.text = SystemTextToUtf8(arguments.Get("TEXT")),
+                     .since = filter.sinceText,
+                     .until = filter.untilText,
+                     .relay = arguments.Get("--relay"),
+                     .site = ini.empty() ? SystemTextToUtf8(given) : CSite(ini).Name(),
+                     .filter = filter,
+                     .fetched = {}};
+    std::optional<SPeriod> period;
+    if (!ParseFetchedOption(arguments, console, period)) {
+        return kExitUsage;
+    }
+    CFetchedOfSites fetched(period.value_or(SPeriod()), ini, console);
+    if (period) {
+        query.fetched = [&fetched](const std::string& site, const std::string& relay,
+                                   const std::string& dayFile) { return fetched.Of(site, relay, dayFile); };
+    }
     if (!query.text.empty() && FullTextQuery(query.text).empty()) {
         console.error.Write("ruvoctl find: no letter or digit to search for in \"" +
                             EscapeControls(query.text) + "\"; '' shows all events\n");
         return kExitUsage;
     }
     try {
-        return Find(arguments, query, clocks, console);
+        const int status = Find(arguments, query, clocks, console);
+        fetched.TellWhole();
+        return status;
     } catch (const CDatabaseError& failure) {
         console.out.Flush();
         console.error.Write(

@@ -4,7 +4,9 @@
 #include "dayfile/block_parser.h"
 
 #include <algorithm>
+#include <map>
 #include <span>
+#include <utility>
 
 namespace ruvo {
 
@@ -66,7 +68,8 @@ std::string RelayCondition() {
 }
 
 std::string QueryText(const SFindQuery& query) {
-    std::string text = "SELECT r.id, CASE WHEN r.time IS NULL THEN r.bytes END FROM records r "
+    std::string text = "SELECT r.id, CASE WHEN r.time IS NULL THEN r.bytes END, r.file_id, r.byte_offset "
+                       "FROM records r "
                        "JOIN files f ON f.id = r.file_id JOIN relays l ON l.id = f.relay_id WHERE 1";
     text +=
         query.text.empty() ? "" : " AND r.id IN (SELECT rowid FROM records_text WHERE records_text MATCH ?)";
@@ -74,7 +77,34 @@ std::string QueryText(const SFindQuery& query) {
     text += query.until.empty() ? "" : " AND (r.time IS NULL OR r.time <= ?)";
     text += query.relay.empty() ? "" : " AND " + RelayCondition();
     text += query.site.empty() ? "" : " AND l.site_id IN (SELECT id FROM sites WHERE name = ?)";
+    text += query.fetched ? " AND f.id IN (SELECT value FROM json_each(?))" : "";
     return text + " ORDER BY r.time NULLS LAST, l.name, r.id";
+}
+
+using CFetchedFiles = std::map<std::int64_t, SFetchedBytes>;
+
+/// The day files in which something counts, by their ids.
+CFetchedFiles FetchedFiles(CDatabase& database, const SFindQuery& query) {
+    CFetchedFiles fetched;
+    if (query.fetched) {
+        CStatement files(database, "SELECT f.id, s.name, l.name, f.day_file FROM files f "
+                                   "JOIN relays l ON l.id = f.relay_id JOIN sites s ON s.id = l.site_id");
+        while (files.Step()) {
+            if (SFetchedBytes bytes = query.fetched(files.TextAt(1), files.TextAt(2), files.TextAt(3));
+                !bytes.IsEmpty()) {
+                fetched.emplace(files.NumberAt(0), std::move(bytes));
+            }
+        }
+    }
+    return fetched;
+}
+
+std::string IdsAsJson(const CFetchedFiles& files) {
+    std::string text;
+    for (const auto& [id, bytes] : files) {
+        text += (text.empty() ? "[" : ",") + std::to_string(id);
+    }
+    return text.empty() ? "[]" : text + "]";
 }
 
 } // namespace
@@ -99,6 +129,8 @@ std::vector<std::int64_t> FindRecords(CDatabase& database, const SFindQuery& que
     const std::string match = FullTextQuery(query.text);
     const std::string since = WithSeparator(query.since);
     const std::string until = LastMoment(WithSeparator(query.until));
+    const CFetchedFiles fetched = FetchedFiles(database, query);
+    const std::string files = IdsAsJson(fetched); // outlives the statement, which does not copy it
     CStatement rows(database, QueryText(query));
     const std::pair<const std::string&, const std::string&> parts[] = {{query.text, match},
                                                                        {query.since, since},
@@ -110,8 +142,15 @@ std::vector<std::int64_t> FindRecords(CDatabase& database, const SFindQuery& que
             rows.Bind(value);
         }
     }
+    if (query.fetched) {
+        rows.Bind(files);
+    }
     std::vector<std::int64_t> ids;
     while (rows.Step()) {
+        const auto offset = static_cast<std::uint64_t>(rows.NumberAt(3));
+        if (query.fetched && !fetched.at(rows.NumberAt(2)).Touches(offset, offset + 1)) {
+            continue;
+        }
         const std::span<const std::uint8_t> bytes = rows.BytesAt(1);
         const SParsedRecord parsed = bytes.empty() ? SParsedRecord() : ParseDayFileRecord(bytes);
         if (parsed.record == nullptr || query.filter.MatchesRecord(*parsed.record)) {

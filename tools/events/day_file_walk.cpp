@@ -5,15 +5,11 @@
 
 namespace ruvo {
 
-namespace {
-
 bool Counts(const SFoundFile& file, const SDayFileItem& item) {
     return file.fetched == nullptr ||
            file.fetched->Touches(item.offset,
                                  item.offset + (item.record != nullptr ? 1 : item.damage->length));
 }
-
-} // namespace
 
 void CDayFileWalk::Read(const SFoundFiles& found, const ItemHandler& handle) {
     for (const std::string& failure : found.failures) {

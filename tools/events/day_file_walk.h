@@ -13,6 +13,9 @@
 
 namespace ruvo {
 
+/// Whether an item of the file is among what came in within the time that was asked for.
+[[nodiscard]] bool Counts(const SFoundFile& file, const SDayFileItem& item);
+
 class CDayFileWalk {
 public:
     /// Handles an item; calls progress.GiveWayToOutput before it prints to the console.

@@ -20,62 +20,60 @@ std::string RootOf(const std::string& path) {
     return std::filesystem::absolute(path, ignored).parent_path().parent_path().string();
 }
 
-class CFetchedFiles {
-public:
-    CFetchedFiles(SPeriod period, SConsole& console) : m_period(period), m_console(console) {}
-
-    /// False where nothing of the file counts.
-    bool Keep(SFoundFile& file) {
-        const std::string root = RootOf(file.path);
-        auto known = m_roots.find(root);
-        if (known == m_roots.end()) {
-            known = m_roots.emplace(root, ReadRoot(root)).first;
-        }
-        SFetchedBytes bytes = known->second.Of(file.path);
-        m_wholeCount += bytes.isWhole ? 1 : 0;
-        const bool isKept = !bytes.IsEmpty();
-        file.fetched = std::make_shared<const SFetchedBytes>(std::move(bytes));
-        return isKept;
-    }
-    void TellWhole() const {
-        if (m_wholeCount > 0) {
-            m_console.error.Write("ruvoctl: " + Counted(m_wholeCount, "day file") +
-                                  " without a record of when its events came in: taken by the UTC day in its "
-                                  "name\n");
-        }
-    }
-
-private:
-    CFetchedBytes ReadRoot(const std::string& root) {
-        CFetchedBytes fetched(m_period);
-        const CVisitHistory history(FullPath(root));
-        const bool isWhole =
-            history.ForEach([&fetched](const SVisitLine& run, ERunState /*state*/) { fetched.Add(run); });
-        if (history.Found() == EHistory::NotReadable || !isWhole) {
-            m_console.error.Write("ruvoctl: " + EscapeControls(SystemTextToUtf8(root)) +
-                                  ": this user cannot read the records of its visits\n");
-        }
-        return fetched;
-    }
-
-    SPeriod m_period;
-    SConsole& m_console;
-    std::map<std::string, CFetchedBytes> m_roots;
-    std::size_t m_wholeCount = 0;
-};
-
 } // namespace
 
-bool KeepFetched(const CArguments& arguments, SConsole& console, SFoundFiles& found) {
+bool ParseFetchedOption(const CArguments& arguments, SConsole& console, std::optional<SPeriod>& period) {
     std::string time;
     if (!ParseTimeOption(arguments, "--fetched", time, console)) {
         return false;
     }
-    if (const auto period = ParsePeriod(arguments.Get("--fetched"))) {
-        CFetchedFiles files(*period, console);
-        std::erase_if(found.files, [&files](SFoundFile& file) { return !files.Keep(file); });
-        files.TellWhole();
+    period = ParsePeriod(arguments.Get("--fetched"));
+    return true;
+}
+
+CFetchedBytes ReadFetchedBytes(const std::string& fullEventRoot, SPeriod period, SConsole& console) {
+    CFetchedBytes fetched(period);
+    const CVisitHistory history(fullEventRoot);
+    const bool isWhole =
+        history.ForEach([&fetched](const SVisitLine& run, ERunState /*state*/) { fetched.Add(run); });
+    if (history.Found() == EHistory::NotReadable || !isWhole) {
+        console.error.Write("ruvoctl: " + EscapeControls(SystemTextToUtf8(DisplayPath(fullEventRoot))) +
+                            ": this user cannot read the records of its visits\n");
     }
+    return fetched;
+}
+
+void TellWholeFiles(std::size_t count, SConsole& console) {
+    if (count > 0) {
+        console.error.Write("ruvoctl: " + Counted(count, "day file") +
+                            " without a record of when its events came in: taken by the UTC day in its "
+                            "name\n");
+    }
+}
+
+bool KeepFetched(const CArguments& arguments, SConsole& console, SFoundFiles& found) {
+    std::optional<SPeriod> period;
+    if (!ParseFetchedOption(arguments, console, period)) {
+        return false;
+    }
+    if (!period) {
+        return true;
+    }
+    std::map<std::string, CFetchedBytes> roots;
+    std::size_t wholeCount = 0;
+    std::erase_if(found.files, [&](SFoundFile& file) {
+        const std::string root = RootOf(file.path);
+        auto known = roots.find(root);
+        if (known == roots.end()) {
+            known = roots.emplace(root, ReadFetchedBytes(FullPath(root), *period, console)).first;
+        }
+        SFetchedBytes bytes = known->second.Of(file.path);
+        wholeCount += bytes.isWhole ? 1 : 0;
+        const bool isLeftOut = bytes.IsEmpty();
+        file.fetched = std::make_shared<const SFetchedBytes>(std::move(bytes));
+        return isLeftOut;
+    });
+    TellWholeFiles(wholeCount, console);
     return true;
 }
 

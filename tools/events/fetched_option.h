@@ -4,6 +4,10 @@
 #include "tools/command.h"
 #include "tools/events/event_files.h"
 
+#include <cstddef>
+#include <optional>
+#include <string>
+
 namespace ruvo {
 
 inline constexpr SOption kFetchedOption{
@@ -14,5 +18,17 @@ inline constexpr SOption kFetchedOption{
 /// Says on standard error what had to be taken by the UTC day in its name. Reports an invalid time and
 /// returns false.
 [[nodiscard]] bool KeepFetched(const CArguments& arguments, SConsole& console, SFoundFiles& found);
+
+/// The time of that option; none where it was not given. Reports an invalid time and returns false.
+[[nodiscard]] bool ParseFetchedOption(const CArguments& arguments, SConsole& console,
+                                      std::optional<SPeriod>& period);
+
+/// What came into the day files of an event root within the time, as the records of its visits say. Reports
+/// records that cannot be read.
+[[nodiscard]] CFetchedBytes ReadFetchedBytes(const std::string& fullEventRoot, SPeriod period,
+                                             SConsole& console);
+
+/// Says on standard error how many day files had to be taken by the UTC day in their names.
+void TellWholeFiles(std::size_t count, SConsole& console);
 
 } // namespace ruvo
