@@ -2,7 +2,8 @@
 # Installs what building and testing need on Debian 12, and nothing that is there already.
 #   scripts/setup.sh            what scripts/demo.sh and scripts/test.sh need
 #   scripts/setup.sh checks     the linters, sanitizer runtimes and valgrind as well (scripts/check.sh)
-#   scripts/setup.sh windows    the cross-compilers and the runner of scripts/windows.sh as well
+#   scripts/setup.sh windows    the cross-compilers and the runner of scripts/windows.sh as well, and from npm the source
+#                               of SQLite, into build/sqlite
 #   scripts/setup.sh fuzz       the fuzzer's compiler (scripts/fuzz.sh)
 #   scripts/setup.sh coverage   what counts covered lines (scripts/upkeep/coverage.sh)
 #   scripts/setup.sh mutants    what changes the sources on purpose (scripts/mutants.sh)
@@ -29,11 +30,15 @@ packages=(g++ cmake ninja-build pkg-config
 
 package_tools=(dpkg-dev file fakeroot lowdown)
 modules= # of npm
+sqlite=
 for extra in "$@"; do
     case "$extra" in
     checks) packages+=(clang clang-format clang-tidy cppcheck libclang-rt-14-dev valgrind) ;;
-    windows) packages+=(g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix mingw-w64-tools wine64 libwine
-        libwine-dev) ;;
+    windows)
+        packages+=(g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix mingw-w64-tools wine64 libwine libwine-dev)
+        command -v npm >/dev/null || packages+=(nodejs npm)
+        sqlite=cmake/sqlite_windows.txt # what it is fetched for, and why
+        ;;
     fuzz) packages+=(clang libclang-rt-14-dev) ;;
     coverage) packages+=(gcovr) ;;
     mutants) packages+=(python3 git lld) ;;
@@ -94,3 +99,24 @@ install_modules() { # the very versions of the lock file, into build/npm
     cp "$modules/package-lock.json" build/npm/complete
 }
 [ -z "$modules" ] || cmp -s "$modules/package-lock.json" build/npm/complete || install_modules
+
+fetch_sqlite() { # the package alone, without what it needs in turn
+    local package digest folder=build/sqlite
+    package=$(sed -n 's/^package //p' "$sqlite")
+    digest=$(sed -n 's/^sha512 //p' "$sqlite")
+    echo "Fetching from npm: $package"
+    rm -rf "$folder"
+    mkdir -p "$folder"
+    if ! {
+        npm pack "$package" --pack-destination "$folder" --prefer-offline &&
+            echo "$digest $(echo "$folder"/*.tgz)" | sha512sum -c - &&
+            tar -xf "$folder"/*.tgz -C "$folder" --strip-components=3 package/deps/sqlite3
+    } >"$log" 2>&1; then
+        cat "$log" >&2
+        echo "setup.sh: fetching $package failed" >&2
+        exit 1
+    fi
+    rm "$folder"/*.tgz
+    cp "$sqlite" "$folder/complete"
+}
+[ -z "$sqlite" ] || cmp -s "$sqlite" build/sqlite/complete || fetch_sqlite

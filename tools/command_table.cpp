@@ -1,9 +1,8 @@
 // The table of commands. A new one is a file of its own and a line here.
 #include "tools/command.h"
-#include "tools/database_commands.h"
 
 #include <algorithm>
-#include <vector>
+#include <array>
 
 namespace ruvo {
 
@@ -26,21 +25,18 @@ SCommand RecoverCommand();
 SCommand ExplainCommand();
 SCommand MuteCommand();
 SCommand UnmuteCommand();
+SCommand ArchiveCommand();
+SCommand FindCommand();
 SCommand HelpCommand();
 
 std::span<const SCommand> Commands() {
-    static const std::vector<SCommand> commands = [] {
-        std::vector<SCommand> table{
-            EventsCommand(),  SoeCommand(),     VisitCommand(), StatusCommand(), DigestCommand(),
-            ReportCommand(),  NewCommand(),     ListCommand(),  RelaysCommand(), AddCommand(),
-            RemoveCommand(),  CheckCommand(),   PathsCommand(), TestCommand(),   PasswordCommand(),
-            RecoverCommand(), ExplainCommand(), MuteCommand(),  UnmuteCommand(),
-        };
-        const std::span<const SCommand> more = DatabaseCommands();
-        table.insert(table.end(), more.begin(), more.end());
-        table.push_back(HelpCommand());
-        return table;
-    }();
+    static const std::array commands{
+        EventsCommand(),  SoeCommand(),     VisitCommand(), StatusCommand(), DigestCommand(),
+        ReportCommand(),  NewCommand(),     ListCommand(),  RelaysCommand(), AddCommand(),
+        RemoveCommand(),  CheckCommand(),   PathsCommand(), TestCommand(),   PasswordCommand(),
+        RecoverCommand(), ExplainCommand(), MuteCommand(),  UnmuteCommand(), ArchiveCommand(),
+        FindCommand(),    HelpCommand(),
+    };
     return commands;
 }
 

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 
 namespace ruvo {
 
@@ -16,7 +17,7 @@ constexpr int kBusyTimeoutMilliseconds = 10'000; // for another program that wri
 
 /// Some names have a special meaning for SQLite; none of them starts like this.
 std::string PlainFileName(const std::string& path) {
-    return path.starts_with('/') ? path : "./" + path;
+    return std::filesystem::path(path).has_root_path() ? path : "./" + path;
 }
 
 struct SAdvice {

@@ -1,0 +1,21 @@
+# SQLite::SQLite3 as a library of this build, from the source that scripts/setup.sh windows has fetched.
+set(sqlite ${CMAKE_SOURCE_DIR}/build/sqlite)
+set(pin ${CMAKE_CURRENT_LIST_DIR}/sqlite_windows.txt)
+foreach(file ${pin} ${sqlite}/complete)
+    set(bytes "missing")
+    if(EXISTS ${file})
+        file(SHA256 ${file} bytes)
+    endif()
+    list(APPEND digests ${bytes})
+endforeach()
+list(REMOVE_DUPLICATES digests)
+if(NOT digests MATCHES "^[0-9a-f]+$")
+    message(FATAL_ERROR "The source of SQLite is not in ${sqlite}; fetch it: scripts/setup.sh windows")
+endif()
+
+enable_language(C)
+add_library(sqlite3 STATIC ${sqlite}/sqlite3.c)
+target_include_directories(sqlite3 SYSTEM PUBLIC ${sqlite})
+target_compile_definitions(sqlite3 PRIVATE SQLITE_ENABLE_FTS5 SQLITE_OMIT_LOAD_EXTENSION)
+target_compile_options(sqlite3 PRIVATE -w) # another project's code
+add_library(SQLite::SQLite3 ALIAS sqlite3)
