@@ -5,8 +5,8 @@
 
 #include "link/seam/cell_address.h"
 #include "link/seam/link_status.h"
+#include "link/seam/operations.h"
 #include "link/seam/variant.h"
-#include "sim/file/operations.h"
 
 #include <cstdint>
 #include <map>

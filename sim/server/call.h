@@ -2,7 +2,7 @@
 #pragma once
 
 #include "link/seam/link_status.h"
-#include "sim/file/operations.h"
+#include "link/seam/operations.h"
 #include "sim/file/substation.h"
 
 #include <optional>

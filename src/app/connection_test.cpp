@@ -1,16 +1,19 @@
 #include "app/connection_test.h"
 
+#include "app/call_recording.h"
 #include "app/comms_server.h"
 #include "app/load_and_check.h"
 #include "app/worker_thread.h"
 #include "base/secret.h"
 #include "base/text.h"
+#include "config/configuration.h"
 #include "config/ethernet_entry.h"
 #include "config/ini_keys.h"
 #include "extraction/password_state.h"
 #include "link/client.h"
 #include "log/error_log.h"
 #include "platform/com_runtime.h"
+#include "platform/full_path.h"
 #include "run/link_control.h"
 #include "run/login_probe.h"
 #include "run/password_callbacks.h"
@@ -50,6 +53,7 @@ private:
         CCommsServer server; // with its own hold on the runtime, as in a run
         EConnectionTestResult result = NoResult;
         try {
+            PlanTheRecording();
             result = server.Start() ? RunSteps() : CommsServerFailed;
         } catch (...) { // what is unforeseen delivers no result, but is cleaned up after all the same
         }
@@ -58,6 +62,16 @@ private:
         } catch (...) { // out of memory: letting the server go closes it
         }
         return result;
+    }
+
+    /// The server is started before the INI file is read, which is read for this once more.
+    void PlanTheRecording() const {
+        CRuvoConfig config;
+        if (!AskedRecording().empty()) {
+            LoadConfiguration(FullPath(m_iniPath), config);
+            config.WipePasswords();
+        }
+        PlanRecording(config.EventRoot());
     }
 
     EConnectionTestResult RunSteps() {

@@ -1,5 +1,6 @@
 #include "app/ruvo_app.h"
 
+#include "app/call_recording.h"
 #include "app/load_and_check.h"
 #include "app/rpc_library.h"
 #include "app/version.h"
@@ -83,6 +84,9 @@ void CRuvoApp::StartUp(CRunContext& context, std::span<const std::string> argume
         return;
     }
     BeginRecord(context);
+    if (!m_commandLine.checkOnly) {
+        PlanRecording(context.DestinationRoot());
+    }
     if (result == EResultCode::Success && !m_commsServer.Start()) {
         result = EResultCode::CommsServerFailed;
     }

@@ -46,8 +46,8 @@ struct SOpenMode {
     /// The file is a regular one in a folder, and neither of them a link, even if others change that
     /// meanwhile; links that lead to the folder's own place are followed.
     bool plain = false;
-    /// With `create`, not `plain`: this opening makes the file, and fails when there is one. Links are
-    /// followed all the same.
+    /// With `create`: this opening makes the file, and fails when there is one. Links are followed all the
+    /// same, unless it is `plain`.
     bool exclusive = false;
     /// Others may remove or rename the file while it is open, which some systems always allow.
     bool removable = false;

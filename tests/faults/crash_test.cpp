@@ -309,7 +309,7 @@ TEST_P(CrashTest, EveryEventIsAccountedFor) {
     if (test.abortedAt > 0) {
         std::size_t events = 0, call = 0;
         while (events < test.abortedAt)
-            events += clean.notes.calls.at(call++).operation == sim::EOperation::GetEvent ? 1 : 0;
+            events += clean.notes.calls.at(call++).operation == EOperation::GetEvent ? 1 : 0;
         abort = {call, EServerFault::Status, 18};
         clean = Run(start, 0);
     }

@@ -237,9 +237,9 @@ protected:
 
     void Try(const SServerFault& fault) {
         const auto operation = rig.clean.notes.calls[fault.call - 1].operation;
-        SCOPED_TRACE("call " + std::to_string(fault.call) + " (" +
-                     std::string(sim::OperationRow(operation).name) + "), fault " +
-                     std::to_string(int(fault.kind)) + ", detail " + std::to_string(fault.detail));
+        SCOPED_TRACE("call " + std::to_string(fault.call) + " (" + std::string(OperationRow(operation).name) +
+                     "), fault " + std::to_string(int(fault.kind)) + ", detail " +
+                     std::to_string(fault.detail));
         const SOutcome got = rig.Run(fault);
         for (const int address : {kTested, kNext})
             EXPECT_TRUE(MaySuffer(address, fault) || got.DayFile(address) == rig.clean.DayFile(address))
@@ -255,14 +255,14 @@ protected:
                                          {call, Status, 254}, {call, Status, 255}, {call, Status, 18}};
         for (int output = 0; output <= int(noted.outputs); ++output)
             faults.push_back({call, WrongType, output});
-        using enum sim::EOperation;
+        using enum EOperation;
         // Writes and events ask for logins, and logins are answered through writes: there each code is tried.
         const bool all = std::get<ELinkType>(GetParam()) == ELinkType::Serial &&
                          (noted.operation == ChangeSetting || noted.operation == SetValue ||
                           noted.operation == ResetCell || noted.operation == GetEvent);
         for (int code = 0; code <= 255; code += all || code < 31 ? 1 : 14)
             faults.push_back({call, Status, int(ReplyStatus(std::uint8_t(code)))});
-        for (int answer = kAbortAccepted; sim::OperationRow(noted.operation).runsOn && answer <= kAbortLost;
+        for (int answer = kAbortAccepted; OperationRow(noted.operation).runsOn && answer <= kAbortLost;
              ++answer)
             faults.push_back({call, NeverEnds, answer});
         return faults;

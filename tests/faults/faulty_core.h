@@ -35,7 +35,7 @@ struct SServerFault {
 };
 
 struct SNotedCall {
-    sim::EOperation operation;
+    EOperation operation;
     int address; ///< 0 for a call to the link
     std::size_t outputs;
 };
@@ -82,10 +82,10 @@ public:
             status = Variant::FromI4(kind == Status ? m_fault.detail : 0);
             return EComResult::Ok;
         }
-        const bool isAbort = call.operation == sim::EOperation::Abort && m_fault.kind == NeverEnds;
+        const bool isAbort = call.operation == EOperation::Abort && m_fault.kind == NeverEnds;
         const EComResult result =
             isAbort ? AnswerAbort(status) : CServerCore::Answer(call, request, outputs, status);
-        if (call.operation == sim::EOperation::GetEvent && status == Variant::FromI4(0)) {
+        if (call.operation == EOperation::GetEvent && status == Variant::FromI4(0)) {
             ++m_notes.taken;
             if (m_notes.onEvent)
                 m_notes.onEvent(*call.address);
@@ -93,7 +93,7 @@ public:
         if (kind == WrongType)
             *(m_fault.detail == 0 ? &status : outputs[static_cast<std::size_t>(m_fault.detail) - 1]) =
                 Variant::Other();
-        if (call.operation == sim::EOperation::GetEvent && kind != ReplyLost && status == Variant::FromI4(0))
+        if (call.operation == EOperation::GetEvent && kind != ReplyLost && status == Variant::FromI4(0))
             ++m_notes.given;
         if (kind == ReplyLost || kind == WrongType)
             AwaitIdle();
@@ -106,7 +106,7 @@ private:
     /// A command that the client does not know of keeps the server busy, which is nobody's fault here.
     void AwaitIdle() {
         const sim::SCall harmless{
-            .operation = sim::EOperation::ClosePort, .address = {}, .cell = {}, .detail = {}};
+            .operation = EOperation::ClosePort, .address = {}, .cell = {}, .detail = {}};
         for (Variant status = Variant::FromI4(7); status == Variant::FromI4(7); std::this_thread::yield())
             static_cast<void>(CServerCore::Answer(
                 harmless, [] { return sim::SAnswer{}; }, {}, status));
@@ -122,7 +122,7 @@ private:
 
     void Note(const sim::SCall& call, std::size_t outputs) {
         const CFailingMemory::SExempt exempt;
-        const bool fetches = sim::OperationRow(call.operation).name.starts_with("Fetch");
+        const bool fetches = OperationRow(call.operation).name.starts_with("Fetch");
         const int address = fetches ? m_notes.calls.back().address : call.address.value_or(0);
         m_notes.calls.push_back({call.operation, address, outputs});
         if (call.bytes != nullptr && std::search(call.bytes->begin(), call.bytes->end(), kSecret.begin(),

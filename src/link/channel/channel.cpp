@@ -1,12 +1,14 @@
 #include "link/channel/channel.h"
 
+#include "link/recording/recorded_connection.h"
+
 #include <chrono>
 #include <utility>
 
 namespace ruvo {
 
 bool CChannel::Connect(IP32lsSink_v2& sink) {
-    m_connection = ConnectToServer();
+    m_connection = RecordedAsPlanned(ConnectToServer());
     if (m_connection != nullptr && m_connection->Advise(sink, m_adviseCookie)) {
         return true;
     }

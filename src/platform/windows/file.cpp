@@ -50,6 +50,9 @@ SFileResult OpenPlain(const std::string& path, SOpenMode mode, HANDLE& opened) {
                                               : Failed(folder.Code());
     }
     const CHeldEntry file(path);
+    if (mode.exclusive && file.Code() == ERROR_SUCCESS) {
+        return Failed(ERROR_FILE_EXISTS);
+    }
     if (file.Code() == ERROR_FILE_NOT_FOUND && mode.create) {
         opened = OpenAny(path, mode, CREATE_NEW, FILE_FLAG_OPEN_REPARSE_POINT);
     } else if (file.IsPlain(false)) {

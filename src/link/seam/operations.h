@@ -1,11 +1,11 @@
-// The server's operations by name: faults name the one that they hit, the trace the one that was called.
+// The server's operations by name and by slot: who speaks of a call, and does not make it, knows it by these.
 #pragma once
 
 #include <array>
 #include <cstdint>
 #include <string_view>
 
-namespace ruvo::sim {
+namespace ruvo {
 
 enum class EOperation : std::uint8_t {
     OpenPort,
@@ -56,7 +56,8 @@ struct SOperationRow {
     EOperation operation;
     std::string_view name;
     ETarget target;
-    bool runsOn; ///< goes on after its call has returned, and ends with a notification of the sink
+    bool runsOn;       ///< goes on after its call has returned, and ends with a notification of the sink
+    std::uint8_t slot; ///< of the interface's table
 };
 
 /// One row per operation, in order.
@@ -66,7 +67,8 @@ inline const SOperationRow& OperationRow(EOperation operation) {
     return kOperationRows[static_cast<std::size_t>(operation)];
 }
 
-/// The row of that name, or null.
+/// The row of that name, or of that slot, or null.
 const SOperationRow* FindOperation(std::string_view name);
+const SOperationRow* FindOperationInSlot(std::uint8_t slot);
 
-} // namespace ruvo::sim
+} // namespace ruvo

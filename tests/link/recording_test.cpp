@@ -1,0 +1,194 @@
+// What a recording of the calls at the comms server has in it, and what it must not have.
+#include "login_fixture.h"
+#include "support/scratch_folder.h"
+
+#include "link/recording/recorded_connection.h"
+#include "link/recording/recording.h"
+#include "model/values/parlane_text.h"
+
+#include <sys/stat.h>
+
+namespace ruvo::test {
+namespace {
+
+std::vector<std::uint8_t> BytesOf(const std::string& text) {
+    return {text.begin(), text.end()};
+}
+
+std::vector<SRecordingEntry> EntriesOf(CRecordingReader& reader) {
+    std::vector<SRecordingEntry> entries;
+    for (SRecordingEntry entry; reader.Next(entry);)
+        entries.push_back(entry);
+    return entries;
+}
+
+/// Plans a recording before the client of the fixture behind it connects.
+struct SPlanned {
+    SPlanned() { PlannedRecording().path = folder.Path("calls.rec"); }
+    ~SPlanned() { PlannedRecording() = {}; }
+    CScratchFolder folder;
+};
+
+class Recording : public SPlanned, public LoginFlows {
+protected:
+    /// The bytes of the recording, which is whole once the client is gone.
+    std::vector<std::uint8_t> End(const std::string& name = "calls.rec") {
+        CP32Wrap::DestroyInstance();
+        return BytesOf(folder.Read(name));
+    }
+};
+
+/// A secret as it is, as 16-bit characters, and as hexadecimal digits.
+std::vector<std::string> FormsOf(const std::string& secret) {
+    std::string wide, upper = HexDigits(secret), lower;
+    for (const char character : secret)
+        wide += {character, '\0'};
+    for (const char digit : upper)
+        lower += static_cast<char>(std::tolower(digit));
+    return {secret, wide, upper, lower};
+}
+
+TEST_F(Recording, HoldsNoPasswordInAnyForm) {
+    constexpr const char* kKey = "00112233445566778899aabbccddeeff";
+    const std::string planted = "Planted1", plantedHex = HexDigits(planted);
+    std::vector<std::string> secrets = {"Secr", "Secret78", kKey, planted};
+    for (int version = 0; version <= 3; ++version) {
+        SetRelay(version);
+        EXPECT_EQ(Enter(), kLinkGood);
+        for (const std::string& value :
+             written) // the name, which is none; salts, digests, the enciphered text
+            if (const auto bytes = Hex(value.substr(4));
+                value != TextHex("ME") && value != TextHex("ENGINEER OF MORE"))
+                secrets.emplace_back(bytes.begin(), bytes.end());
+    }
+    EXPECT_EQ(secrets.size(), 4U + 2 + 2 * 2);
+    // What a relay may give back of it, and what another program may write.
+    const std::string tagged = "1C08" + plantedHex, text = "1808" + plantedHex;
+    server.onCall = [&](SCall& call) -> std::optional<std::int64_t> { // the fixture's knows logins alone
+        if (call.name == "GetValues")
+            *call.outputs[0] = List({TextHex("Kept"), text});
+        return call.name == "GetValues" ? std::optional<std::int64_t>(0) : std::nullopt;
+    };
+    CParlaneDataArray first, second, third;
+    std::unique_ptr<CParlaneData> value;
+    for (const CellAddress cell : std::vector<CellAddress>{0x0002, 0x00E1, 0x00E5, 0xBF10}) {
+        server.values[cell] = text;
+        server.texts[cell] = text;
+        server.limits[cell] = {text, tagged};
+        server.strings[cell] = {text};
+        EXPECT_EQ(link->GetValue(nullptr, cell, first), kLinkGood);
+        EXPECT_EQ(link->GetText(nullptr, cell, value), kLinkGood);
+        EXPECT_EQ(link->GetSettingLimits(nullptr, cell, first), kLinkGood);
+        EXPECT_EQ(link->GetStrings(nullptr, cell, first), kLinkGood);
+        EXPECT_EQ(link->GetValues(nullptr, std::vector<CellAddress>{0x0006, cell}, first), kLinkGood);
+        link->SetValue(nullptr, cell, CParlaneText(planted));
+        link->SetBlockedValue(nullptr, cell, BytesOf(planted));
+    }
+    server.values[0x0533] = tagged; // by its type alone
+    EXPECT_EQ(link->GetValue(nullptr, 0x0533, first), kLinkGood);
+    link->ChangeSetting(nullptr, 0x0533, CParlanePassword(std::string_view(planted)));
+    link->ChangeHashedPasswordSettingForCSEd3(nullptr, 0x0533, "ME", planted, 1);
+    server.events.push_back({0, List({"44021201", tagged})});
+    std::uint8_t kind = 0, more = 0;
+    link->GetEvent(nullptr, kind, first, more);
+    for (const std::string place : {"44020200", "240102", "5801FF", ""}) { // the last two are no places
+        server.columns[0x00] = {List({"44020600", place}), List({TextHex("Kept"), text}),
+                                List({TextHex("Kept"), text})};
+        link->GetColumnTextAndValues(nullptr, 0x00, first, second, third);
+    }
+    const std::vector<std::uint8_t> bytes = End();
+    const std::string all(bytes.begin(), bytes.end());
+    for (const std::string& secret : secrets)
+        for (const std::string& form : FormsOf(secret))
+            EXPECT_EQ(all.find(form), std::string::npos) << HexDigits(secret);
+    for (const char* kept : {"Kept", "M1", "VIEWER", "Notice"})
+        EXPECT_NE(all.find(kept), std::string::npos) << kept;
+    CRecordingReader reader(bytes);
+    const auto entries = EntriesOf(reader);
+    EXPECT_TRUE(reader.IsWhole() && reader.Error().empty()) << reader.Error();
+    EXPECT_GT(entries.size(), 100U);
+}
+
+TEST_F(Recording, HasEveryCallItsReplyAndTheReportsBetween) {
+    SetRelay(0);
+    server.onCall = nullptr;
+    server.columns[0x05] = {List({"44020105"}), List({TextHex("A")}), List({""})};
+    server.statuses["GetText 05.01"] = 0x0111;
+    CParlaneDataArray lists[3];
+    std::unique_ptr<CParlaneData> text;
+    EXPECT_EQ(link->GetColumnTextAndValues(nullptr, 5, lists[0], lists[1], lists[2]), kLinkGood);
+    EXPECT_EQ(link->GetText(nullptr, 0x0501, text), 0x0111U);
+    server.statuses["GetDeviceStatus"] = CScriptedServer::kComFailure;
+    std::uint8_t byte = 0;
+    EXPECT_EQ(link->GetDeviceStatus(nullptr, byte), kLinkComFailure);
+    const std::vector<std::uint8_t> bytes = End();
+    CRecordingReader reader(bytes);
+    std::string told;
+    for (const SRecordingEntry& entry : EntriesOf(reader)) {
+        const bool isCall = entry.kind == ERecordingEntry::Call || entry.kind == ERecordingEntry::Reply;
+        told += (isCall ? std::to_string(entry.number) + std::string(entry.operation->name) : "") + "/" +
+                std::to_string(static_cast<int>(entry.kind)) + "(";
+        if (entry.isThrough)
+            told += Describe(ToVariant(entry.status)) + ": ";
+        for (const SRecordedValue& value : entry.values)
+            told += value.kind == EValueKind::List ? "list " : Describe(ToVariant(value)) + " ";
+        told += ")\n";
+    }
+    EXPECT_EQ(told, "1StartGetColumnTextAndValues/1(UI1(200) UI1(5) )\n/3(I4(0) )\n"
+                    "1StartGetColumnTextAndValues/2(I4(0): )\n"
+                    "2FetchColumnTextAndValues/1()\n2FetchColumnTextAndValues/2(I4(0): list list list )\n"
+                    "3GetText/1(UI1(200) I2(0501) )\n3GetText/2(I4(273): EMPTY )\n"
+                    "4GetDeviceStatus/1(UI1(200) )\n4GetDeviceStatus/2()\n/5()\n");
+    for (std::size_t length = 0; length < bytes.size(); ++length) { // as a killed program leaves it
+        const std::vector<std::uint8_t> part(bytes.begin(), bytes.begin() + static_cast<long>(length));
+        CRecordingReader cut(part);
+        EXPECT_LE(EntriesOf(cut).size(), 10U);
+        EXPECT_FALSE(cut.IsWhole());
+    }
+}
+
+TEST(RecordingFile, IsNewAndItsOwnersAlone) {
+    const CScratchFolder folder;
+    folder.Write("a.b.rec", "old");
+    folder.Write("target", "old");
+    ASSERT_EQ(symlink(folder.Native("target").c_str(), folder.Native("a.b-2.rec").c_str()), 0);
+    ASSERT_EQ(symlink(folder.Native("nowhere").c_str(), folder.Native("a.b-3.rec").c_str()), 0);
+    ASSERT_EQ(mkdir(folder.Native("a.b-4.rec").c_str(), 0700), 0);
+    ASSERT_EQ(symlink(folder.Native().c_str(), folder.Native("link").c_str()), 0);
+    {
+        CRecordingFile file;
+        EXPECT_TRUE(file.Make({folder.Path("a.b.rec"), 0, kMaxRecording}).Good());
+        EXPECT_EQ(file.Path(), folder.Path("a.b-5.rec"));
+        file.End(ERecordingEnd::Closed);
+        CRecordingFile through;
+        EXPECT_EQ(through.Make({folder.Path("link\\x.rec"), 0, kMaxRecording}).failure,
+                  EFileFailure::NotPlain);
+    }
+    struct stat made = {};
+    ASSERT_EQ(stat(folder.Native("a.b-5.rec").c_str(), &made), 0);
+    EXPECT_EQ(made.st_mode & 07777U, 0600U);
+    EXPECT_EQ(folder.Read("a.b.rec") + folder.Read("target"), "oldold");
+    EXPECT_FALSE(folder.Has("nowhere") || folder.Has("x.rec"));
+}
+
+TEST(RecordingFile, LeavesOutWhatTheDiskOrTheBoundHasNoRoomFor) {
+    const CScratchFolder folder;
+    const std::vector<std::uint8_t> body(100);
+    {
+        CRecordingFile file; // no disk has so much free
+        EXPECT_TRUE(file.Make({folder.Path("full.rec"), UINT64_MAX, kMaxRecording}).Good());
+        file.Append(ERecordingEntry::Event, body);
+        file.End(ERecordingEnd::Closed);
+        CRecordingFile bounded;
+        EXPECT_TRUE(bounded.Make({folder.Path("bound.rec"), 0, 1000}).Good());
+        for (int i = 0; i < 100; ++i)
+            bounded.Append(ERecordingEntry::Event, body);
+    }
+    EXPECT_LT(folder.Read("full.rec").size(), 32U);
+    const std::string bytes = folder.Read("bound.rec");
+    EXPECT_TRUE(bytes.size() > 800 && bytes.size() <= 1000) << bytes.size();
+    EXPECT_EQ(HexDigits(bytes.substr(bytes.size() - 3)), "020502"); // the entry that says so
+}
+
+} // namespace
+} // namespace ruvo::test
