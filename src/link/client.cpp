@@ -2,6 +2,9 @@
 
 #include "link/channel/sink.h"
 
+#include <atomic>
+#include <mutex>
+
 namespace ruvo {
 
 namespace {
@@ -12,6 +15,7 @@ struct SSingleton {
     CP32lsSink_v2 sink;
     std::mutex mutex;
     std::shared_ptr<CP32Wrap> wrap;
+    std::atomic<CP32Wrap*> pointer = nullptr; ///< the same, for those who do not keep it alive
 };
 
 SSingleton& Singleton() {
@@ -26,6 +30,7 @@ std::shared_ptr<CP32Wrap> HoldInstance() {
 
 void StoreSingleton(std::shared_ptr<CP32Wrap> wrap) {
     const std::lock_guard guard(Singleton().mutex);
+    Singleton().pointer = wrap.get();
     Singleton().wrap.swap(wrap);
 } // the old client, if any, ends here: after the guard's scope it may take its time
 
@@ -40,7 +45,7 @@ CP32Wrap::CP32Wrap(CKey /*key*/) {}
 CP32Wrap::~CP32Wrap() = default;
 
 CP32Wrap* CP32Wrap::GetInstance() {
-    return HoldInstance().get();
+    return Singleton().pointer;
 }
 
 LinkStatus CP32Wrap::CreateInstance() {

@@ -10,14 +10,12 @@ void CCommandEvents::SignalAbort() {
     m_changed.notify_all();
 }
 
-bool CCommandEvents::IsAbortSignalled() {
-    const std::lock_guard guard(m_mutex);
-    return m_abort;
-}
-
 bool CCommandEvents::ResetAbort() {
+    if (!m_abort) {
+        return false;
+    }
     const std::lock_guard guard(m_mutex);
-    return std::exchange(m_abort, false);
+    return m_abort.exchange(false);
 }
 
 bool CCommandEvents::CutWaitShort() {
@@ -28,9 +26,10 @@ bool CCommandEvents::CutWaitShort() {
 }
 
 void CCommandEvents::ResetCompletion() {
-    const std::lock_guard guard(m_mutex);
-    m_completed = false;
-    m_status = 0;
+    if (m_completed) {
+        const std::lock_guard guard(m_mutex);
+        m_completed = false;
+    }
 }
 
 void CCommandEvents::SignalCompletion(std::uint32_t status) {
@@ -56,7 +55,7 @@ CCommandEvents::EWake CCommandEvents::WaitForAny() {
 
 std::uint32_t CCommandEvents::WaitForCompletion() {
     std::unique_lock lock(m_mutex);
-    m_changed.wait(lock, [this] { return m_completed; });
+    m_changed.wait(lock, [this] { return m_completed.load(); });
     return m_status;
 }
 

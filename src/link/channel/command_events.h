@@ -1,6 +1,7 @@
 // The two events of the command discipline: "abort the running command" and "the command has completed".
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
@@ -14,7 +15,7 @@ public:
     enum class EWake : std::uint8_t { Completed, Abort, CutShort };
 
     void SignalAbort();
-    bool IsAbortSignalled();
+    bool IsAbortSignalled() const { return m_abort; }
     /// Resets the abort event; true when it was signalled.
     bool ResetAbort();
     /// Wakes the thread that waits for either event, as an abort does, and no other: when the completion
@@ -32,11 +33,13 @@ public:
 private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    bool m_abort = false;
-    bool m_completed = false;
+    // Changed under the mutex alone, since a thread may be waiting for it. A request that finds nothing to
+    // reset, as nearly every one does, needs no lock to see that.
+    std::atomic<bool> m_abort = false;
+    std::atomic<bool> m_completed = false;
     bool m_isAnyAwaited = false;
-    bool m_isCutShort = false; ///< of the wait that is under way
-    std::uint32_t m_status = 0;
+    bool m_isCutShort = false;  ///< of the wait that is under way
+    std::uint32_t m_status = 0; ///< of the completion
 };
 
 } // namespace ruvo

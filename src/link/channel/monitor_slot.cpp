@@ -5,11 +5,17 @@
 namespace ruvo {
 
 void CMonitorSlot::Store(CProgressMonitor* monitor) {
+    if (monitor == nullptr && m_monitor == nullptr) {
+        return;
+    }
     const std::lock_guard guard(m_mutex);
     m_monitor = monitor;
 }
 
 void CMonitorSlot::Release(const CProgressMonitor* monitor) {
+    if (monitor == nullptr) {
+        return;
+    }
     const std::lock_guard guard(m_mutex);
     if (m_monitor == monitor) {
         m_monitor = nullptr;

@@ -1,6 +1,7 @@
 // The progress monitor of the command that runs.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <mutex>
 
@@ -43,7 +44,9 @@ private:
     void PassOn(Report report);
 
     std::recursive_mutex m_mutex; ///< recursive, since a report may make a request itself
-    CProgressMonitor* m_monitor = nullptr;
+    /// Changed under the mutex alone. Where no monitor is lent, as in all of a run, there is nothing to
+    /// change and no report to wait for, which is seen without it.
+    std::atomic<CProgressMonitor*> m_monitor = nullptr;
 };
 
 } // namespace ruvo

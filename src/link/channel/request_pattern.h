@@ -116,7 +116,9 @@ LinkStatus CRequestPattern::RunRequest(CProgressMonitor* monitor, const char* na
         while (repeat) {
             m_channel.Monitor().Store(monitor); // a password entry in between has released it
             status = pass();
-            m_hasRelayAnswered = m_hasRelayAnswered || IsWriteGood(status) || IsReply(status);
+            if (!m_hasRelayAnswered && (IsWriteGood(status) || IsReply(status))) {
+                m_hasRelayAnswered = true;
+            }
             if (IsPasswordRequest(status)) {
                 m_check.ProcessPasswordRequest(monitor, status, passwordEntered, repeat,
                                                std::string("CP32Wrap::") + name + " calls EnterPassword()",

@@ -1,6 +1,7 @@
 // Whether a command is inside the comms server at this moment, as another thread sees it.
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
@@ -26,45 +27,44 @@ public:
     /// Keeps every thread that is inside from coming back, for ever. False, and nothing is kept, when none
     /// is.
     bool Keep() {
-        const std::lock_guard guard(m_mutex);
-        m_isKept = m_isKept || m_depth > 0;
-        return m_isKept;
+        std::uint32_t inside = m_inside;
+        while (inside != 0 && !m_inside.compare_exchange_weak(inside, inside | kKept)) {
+        }
+        return inside != 0;
     }
 
     /// Something has come back, if only a report.
-    void NoteReturn() {
-        const std::lock_guard guard(m_mutex);
-        ++m_returns;
-    }
+    void NoteReturn() { ++m_returns; }
     /// How often something has.
-    std::uint64_t Returns() {
-        const std::lock_guard guard(m_mutex);
-        return m_returns;
-    }
+    std::uint64_t Returns() const { return m_returns; }
 
 private:
+    static constexpr std::uint32_t kKept = 0x80000000U;
+
     void Enter() {
-        std::unique_lock lock(m_mutex);
-        StayIfKept(lock);
-        ++m_depth;
+        if ((m_inside.fetch_add(1) & kKept) != 0) {
+            StayForEver();
+        }
     }
     void Leave() {
-        std::unique_lock lock(m_mutex);
-        StayIfKept(lock);
-        --m_depth;
+        if ((m_inside.fetch_sub(1) & kKept) != 0) {
+            StayForEver();
+        }
         ++m_returns;
     }
-    void StayIfKept(std::unique_lock<std::mutex>& lock) {
-        while (m_isKept) {
+    void StayForEver() {
+        std::unique_lock lock(m_mutex);
+        for (;;) {
             m_never.wait(lock);
         }
     }
 
-    std::mutex m_mutex;
+    /// How many are inside, and kKept with it: in one number, so that a thread has either left before the
+    /// others are kept or is one of them. Every call of the server is counted, so no lock is taken for it.
+    std::atomic<std::uint32_t> m_inside = 0;
+    std::atomic<std::uint64_t> m_returns = 0;
+    std::mutex m_mutex; ///< of those that stay
     std::condition_variable m_never;
-    unsigned m_depth = 0;
-    std::uint64_t m_returns = 0;
-    bool m_isKept = false;
 };
 
 } // namespace ruvo
