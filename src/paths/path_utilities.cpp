@@ -136,7 +136,14 @@ bool MakeFolderChain(const std::string& path, std::vector<std::string>& made) {
     }
     std::string folder = path;
     folder.erase(folder.find_last_not_of('\\') + 1);
-    if (folder.empty() || HasForbiddenCharacter(path) || IsExistingFile(path)) {
+    if (folder.empty() || HasForbiddenCharacter(path)) {
+        return false;
+    }
+    if (MakeFolder(folder).Good()) { // nearly always it alone is missing
+        made.push_back(folder);
+        return true;
+    }
+    if (IsExistingFile(path)) {
         return false;
     }
     EWalk walk = EWalk::Disturbed;

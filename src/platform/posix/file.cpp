@@ -41,8 +41,7 @@ int OpenFlags(SOpenMode mode) {
 }
 
 // Only a regular file will do: a pipe or a device has no end, no length and no position.
-SFileResult CheckRegular(int descriptor) {
-    struct stat status = {};
+SFileResult CheckRegular(int descriptor, struct stat& status) {
     if (fstat(descriptor, &status) != 0) {
         return Failed(errno);
     }
@@ -52,18 +51,18 @@ SFileResult CheckRegular(int descriptor) {
     return S_ISREG(status.st_mode) ? SFileResult{} : Failed(ENXIO);
 }
 
-SFileResult OpenPlain(const std::string& native, SOpenMode mode, int& descriptor) {
+SFileResult OpenPlain(const std::string& native, SOpenMode mode, int& descriptor, struct stat& status) {
     const SPlace place = SPlace::InPlainFolder(native);
     if (!place.folder.IsOpen()) {
         return errno == ENOENT ? SFileResult{EFileFailure::BadPath, ENOENT} : Failed(errno);
     }
     const mode_t permissions = mode.ownerOnly ? S_IRUSR | S_IWUSR : kNewFileMode;
     descriptor = Retry([&] { return place.Open(OpenFlags(mode), permissions).Release(); });
-    return descriptor == -1 ? Failed(errno) : CheckRegular(descriptor);
+    return descriptor == -1 ? Failed(errno) : CheckRegular(descriptor, status);
 }
 
 // With an exclusive opening `native` becomes the path of the file made.
-SFileResult OpenAny(std::string& native, SOpenMode mode, int& descriptor) {
+SFileResult OpenAny(std::string& native, SOpenMode mode, int& descriptor, struct stat& status) {
     const int flags = OpenFlags(mode);
     descriptor = Retry([&] {
         return mode.exclusive ? MakeNewFile(native, flags, kNewFileMode)
@@ -72,7 +71,7 @@ SFileResult OpenAny(std::string& native, SOpenMode mode, int& descriptor) {
     if (descriptor == -1) {
         return errno == ENOENT ? MissingResult(native) : Failed(errno);
     }
-    return CheckRegular(descriptor);
+    return CheckRegular(descriptor, status);
 }
 
 SFileResult FlushOutcome(bool isFlushed) {
@@ -105,8 +104,11 @@ SFileResult CFile::Open(const std::string& path, SOpenMode mode) {
         IgnoreFileSizeSignal();
     }
     int& descriptor = m_handle->descriptor;
-    SFileResult result =
-        mode.plain ? OpenPlain(*native, mode, descriptor) : OpenAny(*native, mode, descriptor);
+    struct stat status = {};
+    SFileResult result = mode.plain ? OpenPlain(*native, mode, descriptor, status)
+                                    : OpenAny(*native, mode, descriptor, status);
+    m_handle->device = status.st_dev;
+    m_handle->number = status.st_ino;
     m_handle->madePath = mode.exclusive && IsOpen() ? *native : std::string();
     if (!result.Good() && IsOpen()) {
         static_cast<void>(Close());

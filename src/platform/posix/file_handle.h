@@ -3,10 +3,15 @@
 
 #include "platform/file.h"
 
+#include <sys/types.h>
+
 namespace ruvo {
 
 struct CFile::SHandle {
     int descriptor = -1;
+    // The file itself, which stays the same one as long as it is open.
+    dev_t device = 0;
+    ino_t number = 0;
     std::string madePath; ///< the system's path of the file, when an exclusive opening has made it
 };
 

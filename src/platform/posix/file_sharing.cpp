@@ -16,11 +16,9 @@ namespace {
 
 constexpr int kMostLinks = 8; // a longer chain of links is a circle
 
-// Both questions follow links, as the opening did.
-bool LeadsTo(const std::string& native, int descriptor, struct stat& opened) {
-    struct stat found = {};
-    return fstat(descriptor, &opened) == 0 && stat(native.c_str(), &found) == 0 &&
-           opened.st_dev == found.st_dev && opened.st_ino == found.st_ino;
+// Links are followed, as the opening did.
+bool LeadsTo(const std::string& native, dev_t device, ino_t number, struct stat& found) {
+    return stat(native.c_str(), &found) == 0 && found.st_dev == device && found.st_ino == number;
 }
 
 // A lock of this opening's own: it outlasts the closing of others of the same file, and it works over NFS. It
@@ -74,13 +72,13 @@ std::optional<bool> CFile::IsLocked() {
 
 bool CFile::IsAt(const std::string& path) const {
     const auto native = ToNativePath(path);
-    struct stat opened = {};
-    return native && LeadsTo(*native, m_handle->descriptor, opened);
+    struct stat found = {};
+    return native && IsOpen() && LeadsTo(*native, m_handle->device, m_handle->number, found);
 }
 
 bool CFile::RemoveIfEmpty() {
-    struct stat opened = {};
-    return LeadsTo(m_handle->madePath, m_handle->descriptor, opened) && opened.st_size == 0 &&
+    struct stat found = {};
+    return LeadsTo(m_handle->madePath, m_handle->device, m_handle->number, found) && found.st_size == 0 &&
            unlink(m_handle->madePath.c_str()) == 0;
 }
 

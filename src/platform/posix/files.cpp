@@ -86,13 +86,15 @@ SFreeSpace FreeSpace(const std::string& path) {
         return {};
     }
     std::filesystem::path folder(*native);
-    std::error_code ignored;
-    while (!std::filesystem::exists(folder, ignored) && folder.has_relative_path()) {
-        folder = folder.parent_path();
-    }
     struct statvfs status = {};
-    return Retry([&] { return statvfs(folder.c_str(), &status); }) == 0 ? FreeSpaceFrom(status)
-                                                                        : SFreeSpace();
+    const auto isTold = [&] { return Retry([&] { return statvfs(folder.c_str(), &status); }) == 0; };
+    bool isKnown = isTold();
+    std::error_code ignored;
+    while (!isKnown && !std::filesystem::exists(folder, ignored) && folder.has_relative_path()) {
+        folder = folder.parent_path();
+        isKnown = isTold();
+    }
+    return isKnown ? FreeSpaceFrom(status) : SFreeSpace();
 }
 
 bool IsDriveRoot(const std::string& path) {
