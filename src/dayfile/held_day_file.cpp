@@ -54,9 +54,10 @@ std::optional<SHoldFailure> CHeldDayFile::Hold(const std::string& path, EMissing
     bool isDisturbed = true;
     for (int attempt = 0; attempt < kAttempts && isDisturbed; ++attempt) {
         // What could not be made shows in the opening.
+        const std::size_t madeBefore = m_madeFolders.size();
         const bool hadFolder =
             missing == EMissingFolders::AreMade && MakeFolderChain(m_folder, m_madeFolders);
-        opening = Open(failure);
+        opening = Open(m_madeFolders.size() > madeBefore, failure);
         if (opening == EOpening::Held) {
             opening = Lock(failure);
         }
@@ -72,14 +73,17 @@ std::optional<SHoldFailure> CHeldDayFile::Hold(const std::string& path, EMissing
     return Explain(opening, failure);
 }
 
-CHeldDayFile::EOpening CHeldDayFile::Open(CFileException& failure) {
+/// In a new folder there is no file to look for.
+CHeldDayFile::EOpening CHeldDayFile::Open(bool isFolderNew, CFileException& failure) {
     SOpenMode mode{.read = true, .write = true};
     m_isOpen = true; // even if it fails: Release looks at what was created
-    if (m_file.Open(m_path, mode, failure)) {
-        return EOpening::Held;
-    }
-    if (failure.GetCause() != EFileCause::FileNotFound) {
-        return EOpening::Failed;
+    if (!isFolderNew) {
+        if (m_file.Open(m_path, mode, failure)) {
+            return EOpening::Held;
+        }
+        if (failure.GetCause() != EFileCause::FileNotFound) {
+            return EOpening::Failed;
+        }
     }
     m_wasMissing = true;
     mode.create = true;

@@ -71,7 +71,7 @@ public:
 
 private:
     enum class EOpening : std::uint8_t { Held, HeldByAnother, Moved, Failed };
-    EOpening Open(CFileException& failure);
+    EOpening Open(bool isFolderNew, CFileException& failure);
     EOpening Lock(CFileException& failure);
     SHoldFailure Explain(EOpening opening, const CFileException& failure) const;
     void WritePiece();

@@ -116,14 +116,6 @@ bool COffFile::Open(const std::string& path, SOpenMode mode, CFileException& fai
         return false;
     }
     m_fileName = std::move(name);
-    try {
-        if (m_file.Seek(0, ESeekOrigin::End) != 0) {
-            m_file.Seek(0, ESeekOrigin::Start);
-        }
-    } catch (const CFileException& raised) {
-        failure = raised;
-        return false;
-    }
     return true;
 }
 

@@ -89,9 +89,9 @@ struct SSetAsideInfo {
     std::string reason;
 };
 
-/// Replaces the bytes by a frame, and moves the chain on.
+/// Replaces the bytes by a frame, and moves the chain on. The payload may come in two parts.
 void MakeFrame(std::vector<std::uint8_t>& bytes, EFrame kind, std::uint32_t visit, SChain& chain,
-               std::span<const std::uint8_t> payload);
+               std::span<const std::uint8_t> payload, std::span<const std::uint8_t> morePayload = {});
 
 [[nodiscard]] std::vector<std::uint8_t> Pack(const SVisitInfo& info);
 [[nodiscard]] std::vector<std::uint8_t> Pack(const SStoreInfo& info);

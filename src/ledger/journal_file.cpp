@@ -127,9 +127,9 @@ bool CJournalFile::StoreOrWrite(std::span<const std::uint8_t> frame) {
 }
 
 bool CJournalFile::Append(EFrame kind, std::uint32_t visit, SChain& chain,
-                          std::span<const std::uint8_t> payload) {
+                          std::span<const std::uint8_t> payload, std::span<const std::uint8_t> morePayload) {
     SChain next = chain;
-    MakeFrame(m_frame, kind, visit, next, payload);
+    MakeFrame(m_frame, kind, visit, next, payload, morePayload);
     if (!m_hasFailed) {
         m_hasFailed = !StoreOrWrite(m_frame) || (!m_flush.NoteWrite() && !IsGood(m_flush.Failure()));
     }

@@ -46,7 +46,8 @@ public:
     /// A frame that is written is safe from an end of the process, and from one of the machine once it is
     /// flushed, which happens within a second. After a failure, of a flush too, nothing more is written.
     [[nodiscard]] bool Append(EFrame kind, std::uint32_t visit, SChain& chain,
-                              std::span<const std::uint8_t> payload);
+                              std::span<const std::uint8_t> payload,
+                              std::span<const std::uint8_t> morePayload = {});
     [[nodiscard]] bool Flush();
     /// Ensures that so many more bytes can be written, by writing zeros in their place.
     [[nodiscard]] bool Reserve(std::size_t bytes);

@@ -87,12 +87,11 @@ bool CVisitCustody::HasRoom() {
 
 bool CVisitCustody::Keep(std::span<const std::uint8_t> image, std::uint32_t extendedNumber) {
     if (IsJournaled()) {
-        m_payload.assign({static_cast<std::uint8_t>(extendedNumber & 0xFFU),
-                          static_cast<std::uint8_t>(extendedNumber >> 8U & 0xFFU),
-                          static_cast<std::uint8_t>(extendedNumber >> 16U & 0xFFU),
-                          static_cast<std::uint8_t>(extendedNumber >> 24U)});
-        m_payload.insert(m_payload.end(), image.begin(), image.end());
-        if (m_journal->Append(EFrame::Record, m_visit, m_chain, m_payload)) {
+        const std::array number{static_cast<std::uint8_t>(extendedNumber & 0xFFU),
+                                static_cast<std::uint8_t>(extendedNumber >> 8U & 0xFFU),
+                                static_cast<std::uint8_t>(extendedNumber >> 16U & 0xFFU),
+                                static_cast<std::uint8_t>(extendedNumber >> 24U)};
+        if (m_journal->Append(EFrame::Record, m_visit, m_chain, number, image)) {
             m_lastExtended = extendedNumber != 0 ? extendedNumber : m_lastExtended;
             ++m_framedCount;
             return true;

@@ -85,7 +85,6 @@ private:
     std::uint32_t m_visit = 0;
     std::uint64_t m_entryOffset = 0;
     SChain m_chain;
-    std::vector<std::uint8_t> m_payload;
     std::uint32_t m_framedCount = 0;
     std::uint32_t m_lastExtended = 0;
     std::vector<std::uint8_t> m_images; ///< those that are in no journal
