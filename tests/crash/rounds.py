@@ -2,12 +2,11 @@
 
 import os
 import random
-import resource
 import signal
 import time
 
 from ledger import Ledger
-from site_of_round import ended
+from site_of_round import ended, limit_memory, may_be_nobody
 from yard import Yard
 
 ORDERLY = (signal.SIGTERM, signal.SIGHUP, signal.SIGINT)
@@ -26,7 +25,7 @@ class Round:
         self.events_small = small and self.random.random() < 0.3
         self.state_small = small and self.random.random() < 0.3
         site.begin_round(self.events_small, self.state_small, self.random.random() < 0.3,
-                         os.getuid() == 0 and self.random.random() < 0.5)
+                         may_be_nobody() and self.random.random() < 0.5)
         site.write_ini(*self.yard.ini(site.password))
 
     def note(self, name):
@@ -131,13 +130,7 @@ class Round:
         self.note("no memory")
         program = self.site.start()
         self.pause()
-        try:
-            with open(f"/proc/{program.pid}/statm", encoding="ascii") as file:
-                size = int(file.read().split()[0]) * resource.getpagesize()
-            limit = size + self.random.choice((0, 4096, 1 << 16, 1 << 20))
-            resource.prlimit(program.pid, resource.RLIMIT_AS, (limit, limit))
-        except (OSError, IndexError, ValueError):
-            pass  # it has ended
+        limit_memory(program, self.site.is_nobody, self.random.choice((0, 4096, 1 << 16, 1 << 20)))
         before = self.site.account_size()
         status = ended(program)
         if status != 0 and self.site.account_size() > before:

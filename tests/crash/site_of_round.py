@@ -4,6 +4,7 @@ import fcntl
 import os
 import pathlib
 import pwd
+import resource
 import select
 import shutil
 import signal
@@ -50,7 +51,7 @@ class Site(Substation):
         self.is_nobody = is_nobody
         owner = (NOBODY.pw_uid, NOBODY.pw_gid) if is_nobody else (os.getuid(), os.getgid())
         for place in (self.folder, self.disk.folder, self.folder / "log", self.folder / "lock0", self.folder / "lock1"):
-            if os.getuid() == 0:
+            if may_be_nobody():
                 os.chown(place, *owner)
 
     def start(self, at=0, state=None):
@@ -64,9 +65,9 @@ class Site(Substation):
     def start_program(self, program, words, at, state=None):
         environment = {**self.environment, "RUVO_LOCK_DIR": str(self.folder / f"lock{at}"),
                        "RUVO_STATE_DIR": str(state or self.states[at])}
-        user = {"user": NOBODY.pw_uid, "group": NOBODY.pw_gid, "extra_groups": []} if self.is_nobody else {}
         with open(self.folder / "stderr", "ab") as said:
-            return subprocess.Popen([self.bin / program, *words], env=environment, stdout=subprocess.DEVNULL, stderr=said, **user)
+            return subprocess.Popen([self.bin / program, *words], env=environment, stdout=subprocess.DEVNULL, stderr=said,
+                                    **user_options(self.is_nobody))
 
     def stop(self, program):
         """Stops it at a moment when it does not lock the account; false when it has ended."""
@@ -117,6 +118,33 @@ class Site(Substation):
 
     def set_aside_files(self):
         return [path for state in set(self.states) if state.is_dir() for path in state.glob("*/*.setaside")]
+
+
+def may_be_nobody():
+    """As root; root of a namespace of its own may have no other user."""
+    with open("/proc/self/uid_map", encoding="ascii") as file:
+        ranges = [tuple(map(int, line.split())) for line in file]
+    return os.getuid() == 0 and any(first <= NOBODY.pw_uid < first + count for first, _, count in ranges)
+
+
+def user_options(is_nobody):
+    return {"user": NOBODY.pw_uid, "group": NOBODY.pw_gid, "extra_groups": []} if is_nobody else {}
+
+
+def limit(program, is_nobody, kind, value):
+    """From now on; by its own user, as root itself may not do that to another's everywhere."""
+    subprocess.run(["prlimit", f"--pid={program.pid}", f"--{kind}={value}:{value}"], check=False, stderr=subprocess.DEVNULL,
+                   **user_options(is_nobody))
+
+
+def limit_memory(program, is_nobody, more):
+    """It gets no more than it has, and so much."""
+    try:
+        with open(f"/proc/{program.pid}/statm", encoding="ascii") as file:
+            size = int(file.read().split()[0]) * resource.getpagesize()
+    except (OSError, IndexError):
+        return  # it has ended
+    limit(program, is_nobody, "as", size + more)
 
 
 def ended(program):

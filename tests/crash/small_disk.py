@@ -25,11 +25,31 @@ def enter_namespace():
 class SmallDisk:
     """Mounted at a folder, or not there: then `is_there` is false."""
 
-    def __init__(self, folder):
+    def __init__(self, folder, size=SIZE, inodes=INODES):
         self.folder = folder
+        self.whole = (size, inodes)
         folder.mkdir()
-        self.is_there = MARK in os.environ and subprocess.run(
-            ["mount", "-t", "tmpfs", "-o", f"size={SIZE},nr_inodes={INODES}", "tmpfs", folder], check=False).returncode == 0
+        self.is_there = MARK in os.environ and self.mount(self.whole)
+
+    def mount(self, room, *options):
+        size = ",".join([f"size={room[0]},nr_inodes={room[1]}", *options])
+        return subprocess.run(["mount", "-t", "tmpfs", "-o", size, "tmpfs", self.folder], check=False,
+                              stderr=subprocess.DEVNULL).returncode == 0
+
+    def shrink(self, free=None, names=None):
+        """Leaves so many bytes, and so many files and folders, without writing anything."""
+        for _ in range(10):
+            room = os.statvfs(self.folder)
+            size, inodes = self.whole
+            if free is not None:
+                size = (room.f_blocks - room.f_bfree) * room.f_frsize + max(free, room.f_frsize)
+            if names is not None:
+                inodes = room.f_files - room.f_ffree + max(names, 1)
+            if self.mount((size, inodes), "remount"):
+                return  # else the program has been faster
+
+    def grow_again(self):
+        self.mount(self.whole, "remount")
 
     def fill(self, free):
         """Leaves that many bytes."""
