@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # The checks beside the tests; each can be named, all run by default.
-#   scripts/check.sh [format|rooms|functions|tidy|cppcheck|clang|asan|tsan|valgrind ...]
+#   scripts/check.sh [format|rooms|functions|tidy|cppcheck|clang|asan|tsan|valgrind|month ...]
+# The month, a thousand relays over thirty nights, runs only when it is named.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh checks
@@ -44,6 +45,7 @@ check_valgrind() {
         valgrind --quiet --error-exitcode=1 --leak-check=full "$program" --gtest_brief=1 >/dev/null
     done
 }
+check_month() { scripts/month.sh 30 1000; }
 
 for check in "${@:-format rooms functions tidy cppcheck clang asan tsan valgrind}"; do
     for name in $check; do

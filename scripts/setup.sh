@@ -7,6 +7,7 @@
 #   scripts/setup.sh fuzz       the fuzzer's compiler (scripts/fuzz.sh)
 #   scripts/setup.sh coverage   what counts covered lines (scripts/upkeep/coverage.sh)
 #   scripts/setup.sh mutants    what changes the sources on purpose (scripts/mutants.sh)
+#   scripts/setup.sh month      the clock of simulated nights (scripts/month.sh)
 #   scripts/setup.sh packages   what builds the Debian package (scripts/package.sh)
 #   scripts/setup.sh package-test   what examines it as well (tests/packages), some of it from npm, into build/npm
 #   scripts/setup.sh browser    the browser that looks at the report
@@ -42,6 +43,7 @@ for extra in "$@"; do
     fuzz) packages+=(clang libclang-rt-14-dev) ;;
     coverage) packages+=(gcovr) ;;
     mutants) packages+=(python3 git lld) ;;
+    month) packages+=(faketime) ;;
     packages) packages+=("${package_tools[@]}") ;;
     package-test)
         # (time is for scripts/upkeep/job_cost.sh.)
@@ -57,7 +59,7 @@ for extra in "$@"; do
     containers) packages+=("${package_tools[@]}" debootstrap podman buildah crun python3-yaml) ;;
     machine) packages+=(mmdebstrap qemu-system-x86 e2fsprogs) ;;
     *)
-        echo "setup.sh: unknown set '$extra' (known: checks windows fuzz coverage mutants packages package-test browser alerts database systemd containers machine)" >&2
+        echo "setup.sh: unknown set '$extra' (known: checks windows fuzz coverage mutants month packages package-test browser alerts database systemd containers machine)" >&2
         exit 2
         ;;
     esac

@@ -37,6 +37,7 @@ leg() { # a part that needs more tools: what, the set of setup.sh that installs 
 }
 # Each script's last line is its count.
 leg "an account of events over bad ends" crash tests/crash/run.sh
+leg "nights with failures of every kind" month tests/month/run.sh faketime
 leg "endless and silent relays" endurance tests/endurance/run.sh
 leg "the Windows programs" windows tests/windows/run.sh /usr/lib/wine/wine64 i686-w64-mingw32-g++-posix \
     x86_64-w64-mingw32-g++-posix x86_64-w64-mingw32-widl

@@ -74,7 +74,7 @@ class Ends:
             target = self.site.away / f"{len(list(self.site.away.iterdir()))}.evt"
             self.account.complaints += self.account.files.look()
             self.account.may_be_twice |= set(self.account.files.events[file])
-            self.account.files.touched |= {file}
+            self.account.files.touched |= {file, target}
             target.write_bytes(file.read_bytes())
             file.unlink()
 
