@@ -129,6 +129,16 @@ std::string LocalTimeText(std::int64_t unixSeconds) {
     return DateText(date) + text.data();
 }
 
+std::string TimeForPeople(std::string time) {
+    constexpr std::string_view kNoSeconds = ":00";
+    constexpr std::size_t kToSeconds = 19;
+    std::ranges::replace(time, 'T', ' ');
+    if (time.size() == kToSeconds && time.ends_with(kNoSeconds)) {
+        time.resize(kToSeconds - kNoSeconds.size());
+    }
+    return time;
+}
+
 std::int64_t NowSeconds() {
     return Reading(UtcTime()).time_since_epoch().count();
 }

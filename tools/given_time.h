@@ -35,6 +35,9 @@ struct SPeriod {
 /// "2026-11-16T03:12:45", the local time at a moment.
 [[nodiscard]] std::string LocalTimeText(std::int64_t unixSeconds);
 
+/// "2026-11-16 03:12" of a date or time as ParseGivenTime has it; seconds and less only where there are some.
+[[nodiscard]] std::string TimeForPeople(std::string time);
+
 /// Now, in Unix seconds.
 [[nodiscard]] std::int64_t NowSeconds();
 

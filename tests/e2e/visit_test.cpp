@@ -18,7 +18,7 @@ const std::string kTools = "visit() { exec " RUVO_BIN_DIR "/ruvoctl visit \"$@\"
 std::string Visit(const CProgramRun& run, const std::string& script) {
     const std::string printed = run.Shell(kTools + script);
     const std::string masked = std::regex_replace(
-        printed, std::regex(R"(\d+/\d+/\d+ \d+:\d+:\d+ |process \d+|\d+-\d+-\d+ \d+:\d+ UTC)"), "");
+        printed, std::regex(R"(\d+/\d+/\d+ \d+:\d+:\d+ |process \d+|\d+-\d+-\d+ \d+:\d+)"), "");
     return std::regex_replace(masked, std::regex(run.Folder().Native()), "DIR");
 }
 

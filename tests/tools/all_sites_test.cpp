@@ -90,7 +90,7 @@ TEST_F(AllSites, EachIsALineTheWorstFirst) {
                         "(2026-11-20), 1 night\n"),
               std::string::npos)
         << text;
-    EXPECT_NE(text.find("\nGOOD     north  last visit 2026-11-20 02:00 UTC (0 s), 1 of 1 relay reached"),
+    EXPECT_NE(text.find("\nGOOD     north  last visit 2026-11-20 02:00 (0 s), 1 of 1 relay reached"),
               std::string::npos)
         << text;
     const std::string metrics = folder.Read("m.prom");

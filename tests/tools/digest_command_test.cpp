@@ -138,7 +138,7 @@ protected:
 TEST_F(DigestCommand, AMutedRelayAlarmsNobody) {
     EXPECT_EQ(Run("mute @/sites/north.ini RV002 --until 2026-12-31 --why CT").status, 0);
     const std::string text = Run("digest @/sites/north.ini --fetched 24h").out;
-    EXPECT_NE(text.find("2 nights; muted until 2026-12-31 23:00"), std::string::npos) << text;
+    EXPECT_NE(text.find("2 nights; muted until the end of"), std::string::npos) << text;
     EXPECT_NE(text.find("The link to this relay could not be opened."), std::string::npos) << text;
     for (const char* alarm : {"1 relay not reached", "! Bus", "\"ping\""})
         EXPECT_EQ(text.find(alarm), std::string::npos) << alarm << text;

@@ -127,13 +127,6 @@ std::string FindMistake(const CArguments& arguments, std::optional<std::int64_t>
     return {};
 }
 
-std::string Quiet(const SMute& mute) {
-    const auto end = SecondsOfRecord(mute.until);
-    std::string local = end ? LocalTimeText(*end).substr(0, 16) : mute.until;
-    std::ranges::replace(local, 'T', ' ');
-    return local;
-}
-
 int List(const SMuteSite& site, SConsole& console) {
     std::vector<std::vector<std::string>> rows{{"key", "address", "relay", "until", "why", "state"}};
     for (const SMute& mute : site.mutes.mutes) {
@@ -143,7 +136,7 @@ int List(const SMuteSite& site, SConsole& console) {
                                     ? "this user cannot read the records of visits"
                                     : WhyVoid(mute, {relay->address, relay->lastReached}, NowSeconds());
         rows.push_back({EscapeControls(mute.key), EscapeControls(mute.address),
-                        mute.relay.empty() ? "-" : EscapeControls(mute.relay), EscapeControls(Quiet(mute)),
+                        mute.relay.empty() ? "-" : EscapeControls(mute.relay), MuteEndForPeople(mute),
                         EscapeControls(mute.why), why.empty() ? "muted" : "void: " + EscapeControls(why)});
     }
     if (rows.size() > 1) {
@@ -180,7 +173,7 @@ int Mute(const CArguments& arguments, SMuteSite& site, std::int64_t end, SConsol
     }
     for (const std::string& key : keys) {
         console.out.Write(EscapeControls(FindRelay(site, key)->Label()) + " is muted until " +
-                          Quiet(site.mutes.mutes.back()) + ", or until a visit reaches it.\n");
+                          MuteEndForPeople(site.mutes.mutes.back()) + ", or until a visit reaches it.\n");
     }
     return kExitGood;
 }

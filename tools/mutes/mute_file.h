@@ -38,7 +38,7 @@ struct SMutedRelay {
     std::string lastReached; ///< UTC; empty for never
 };
 
-/// Why a mute does not count (any more): "it ended on 2026-12-31 23:00 UTC"; empty if it counts. A visit that
+/// Why a mute does not count (any more): "it ended on 2026-12-31 23:00"; empty if it counts. A visit that
 /// has reached the relay ends its mute: the next problem is a new one.
 [[nodiscard]] std::string WhyVoid(const SMute& mute, const SMutedRelay& relay, std::int64_t now);
 

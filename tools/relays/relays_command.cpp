@@ -27,8 +27,8 @@ constexpr std::array kOptions{
 
 constexpr std::string_view kNotes =
     R"(Lists the relays that a visit of the site reaches out to, with what their visits and their day files say of
-them. A relay that no visit has reached yet has no name. Last reached is in UTC; the last event is the
-latest one in the relay's newest day file, by the relay's own clock.
+them. A relay that no visit has reached yet has no name. Last reached is in local time, in json and csv in
+UTC; the last event is the latest one in the relay's newest day file, by the relay's own clock.
 The records of visits are readable only to the user of the visits and to root.
 Exit status: 0 on success, 1 if something cannot be read, 2 on a usage error.
 
@@ -78,7 +78,7 @@ void PrintText(const std::vector<SSiteRelay>& relays, std::string& out) {
                                             : "no",
                         visit.lastReached.empty() ? "-" : RecordTimeForPeople(visit.lastReached),
                         EventTimeForPeople(relay.lastEvent),
-                        visit.mute ? "muted until " + RecordTimeForPeople(visit.mute->until) : ""});
+                        visit.mute ? "muted until " + MuteEndForPeople(*visit.mute) : ""});
     }
     AppendTable(out, rows, rows.front().size());
 }

@@ -14,6 +14,7 @@ namespace {
 constexpr std::int64_t kMinute = 60;
 constexpr std::int64_t kHour = 60 * kMinute;
 constexpr std::int64_t kDay = 24 * kHour;
+constexpr std::size_t kDate = 10; ///< characters of "2026-11-25"
 
 const SVisitEntry* FindEntry(const std::optional<SVisitLine>& visit, const SVisitedRelay& relay) {
     if (!visit) {
@@ -127,16 +128,24 @@ const SRelayVisit* RelayOfConnection(const SSiteVisits& visits, const std::strin
 }
 
 std::string MissedText(const SSiteVisits& visits, const SRelayVisit& relay) {
-    constexpr std::size_t kDate = 10;
     const std::string nights = relay.nights > 0 ? ", " + Counted(relay.nights, "night") : std::string();
     return relay.Label() + " not reached since " +
-           (relay.lastReached.empty() ? "visits are recorded (" + visits.summary.since.substr(0, kDate) + ")"
-                                      : relay.lastReached.substr(0, kDate)) +
+           (relay.lastReached.empty()
+                ? "visits are recorded (" + RecordTimeForPeople(visits.summary.since).substr(0, kDate) + ")"
+                : RecordTimeForPeople(relay.lastReached).substr(0, kDate)) +
            nights;
 }
 
+std::string MuteEndForPeople(const SMute& mute) {
+    constexpr std::int64_t kSecond = 1;
+    const auto end = SecondsOfRecord(mute.until);
+    const std::string time = RecordTimeForPeople(mute.until);
+    return end && time.ends_with(" 00:00") ? "the end of " + LocalTimeText(*end - kSecond).substr(0, kDate)
+                                           : time;
+}
+
 std::string MuteText(const SMute& mute) {
-    return "muted until " + RecordTimeForPeople(mute.until) + ": " + mute.why;
+    return "muted until " + MuteEndForPeople(mute) + ": " + mute.why;
 }
 
 std::optional<std::int64_t> SecondsOfRecord(const std::string& time) {
@@ -151,10 +160,14 @@ std::optional<std::int64_t> SecondsOfRecord(const std::string& time) {
 }
 
 std::string RecordTimeForPeople(const std::string& time) {
-    if (!SecondsOfRecord(time)) {
+    constexpr std::size_t kToMinutes = 16;
+    const auto seconds = SecondsOfRecord(time);
+    if (!seconds) {
         return "an unknown time";
     }
-    return time.substr(0, 10) + " " + time.substr(11, 5) + " UTC";
+    std::string text = LocalTimeText(*seconds).substr(0, kToMinutes);
+    text[kDate] = ' ';
+    return text;
 }
 
 std::string LengthForPeople(std::int64_t seconds) {

@@ -58,12 +58,14 @@ struct SSiteVisits {
 /// "Feeder 7 (RV003) not reached since 2026-11-22, 3 nights", of one that the last visit has missed.
 [[nodiscard]] std::string MissedText(const SSiteVisits& visits, const SRelayVisit& relay);
 
-/// "muted until 2026-12-31 23:00 UTC: CT replaced".
+/// "the end of 2026-12-31", or a time.
+[[nodiscard]] std::string MuteEndForPeople(const SMute& mute);
+/// "muted until the end of 2026-12-31: CT replaced".
 [[nodiscard]] std::string MuteText(const SMute& mute);
 
 /// Unix seconds of "2026-11-25T02:00:01Z"; none of anything else.
 [[nodiscard]] std::optional<std::int64_t> SecondsOfRecord(const std::string& time);
-/// "2026-11-25 02:00 UTC", from the same.
+/// "2026-11-25 02:00", from the same: the local time of this machine.
 [[nodiscard]] std::string RecordTimeForPeople(const std::string& time);
 /// "3 min 4 s", "2 h 10 min", "3 days".
 [[nodiscard]] std::string LengthForPeople(std::int64_t seconds);

@@ -67,7 +67,7 @@ With --all, every INI file of the folder but registry.ini is a site. The worst s
 exit status is that of the worst site: critical, then unknown, then warning. An INI file that cannot be read
 is unknown.
 A relay's last day is the UTC date of its newest day file, that is, of the last run that found events.
-Times in the error log are local; event times are the relay's own. Damage causes a warning if the
+Times of visits and of the error log are local; event times are the relay's own. Damage causes a warning if the
 date of its day file is within --since; older damage is only counted.
 Exit status, as monitoring systems expect: 0 good, 1 warning, 2 critical, 3 unknown (usage error, or
 something could not be read or written, or no visit is recorded).

@@ -1,5 +1,6 @@
 #include "base/text.h"
 #include "platform/full_path.h"
+#include "tools/given_time.h"
 #include "tools/status/status_output.h"
 #include "tools/status/visit_output.h"
 #include "tools/text_encoding.h"
@@ -28,19 +29,13 @@ std::string Shortened(std::string text) {
     return text.substr(0, size) + "...";
 }
 
-/// Replaces the "T" of a time by a blank.
-std::string ForPeople(std::string time) {
-    std::ranges::replace(time, 'T', ' ');
-    return time;
-}
-
 void AppendRelays(std::string& out, const SSiteStatus& status) {
     constexpr std::size_t kTextColumns = 3;
     std::vector<TableRow> rows{
         {"relay", "last day", "last event", "days silent", "records", "in last file", "damaged places"}};
     for (const auto& [name, relay] : status.relays) {
         rows.push_back({EscapeControls(name), relay.lastDay.empty() ? "-" : relay.lastDay,
-                        relay.lastEvent.empty() ? "-" : ForPeople(relay.lastEvent),
+                        relay.lastEvent.empty() ? "-" : TimeForPeople(relay.lastEvent),
                         relay.silentDays ? std::to_string(*relay.silentDays) : "-",
                         std::to_string(relay.records), std::to_string(relay.lastRecords),
                         std::to_string(relay.damaged)});
@@ -95,7 +90,7 @@ void AppendGroups(std::string& out, const SLogStatus& log, const std::optional<S
 
 void AppendProblems(std::string& out, const SSiteStatus& status) {
     const SLogStatus& log = status.log;
-    out += "Problems in the error log since " + ForPeople(status.since) + ": " +
+    out += "Problems in the error log since " + TimeForPeople(status.since) + ": " +
            std::to_string(log.problems) +
            (log.muted > 0 ? ", " + std::to_string(log.muted) + " of them about muted relays" : "") +
            (log.isThere ? "\n" : " (the log does not exist)\n");
@@ -104,8 +99,9 @@ void AppendProblems(std::string& out, const SSiteStatus& status) {
         out += "The latest:\n";
     }
     for (const SLogLine& line : log.latest) {
-        out += "  " + (line.time.empty() ? "no time" : ForPeople(line.time)) + "  " +
-               Shortened(EscapeControls(line.message));
+        std::string time = line.time.empty() ? "no time" : line.time;
+        std::ranges::replace(time, 'T', ' ');
+        out += "  " + time + "  " + Shortened(EscapeControls(line.message));
         const std::string relay = ShortConnectionName(line.connection);
         out += relay.empty() ? "" : " (" + Shortened(EscapeControls(relay)) + ")";
         out += line.status.empty() ? "" : " " + Shortened(EscapeControls(line.status));
@@ -131,7 +127,7 @@ std::string VerdictText(const SSiteStatus& status, const SVerdict& verdict, std:
         const std::string visit = status.visits ? VisitSummaryText(*status.visits) : std::string();
         return (visit.empty() ? Counted(status.relays.size(), "relay") : visit) + ", " +
                Counted(status.log.problems - status.log.muted, "problem") + " in the error log since " +
-               status.since;
+               TimeForPeople(status.since);
     }
     std::string text;
     const std::size_t listed = std::min(verdict.causes.size(), mostCauses);

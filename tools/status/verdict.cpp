@@ -1,6 +1,7 @@
 #include "tools/status/verdict.h"
 
 #include "base/text.h"
+#include "tools/given_time.h"
 #include "tools/text_encoding.h"
 
 #include <algorithm>
@@ -112,7 +113,7 @@ SVerdict Evaluate(const SSiteStatus& status, const SThresholds& thresholds) {
     }
     const std::uint64_t problems = status.log.problems - status.log.muted;
     Add(verdict, Grade(problems, thresholds.warnProblems, thresholds.criticalProblems),
-        Counted(problems, "problem") + " in the error log since " + status.since);
+        Counted(problems, "problem") + " in the error log since " + TimeForPeople(status.since));
     std::ranges::stable_sort(verdict.causes, [](const SCause& a, const SCause& b) {
         return Severity(a.state) > Severity(b.state);
     });

@@ -10,7 +10,7 @@
 
 namespace ruvo {
 
-/// "last visit 2026-11-25 02:00 UTC (3 min 4 s), 12 of 12 relays reached, 37 events"; empty without one.
+/// "last visit 2026-11-25 02:00 (3 min 4 s), 12 of 12 relays reached, 37 events"; empty without one.
 [[nodiscard]] std::string VisitSummaryText(const SSiteVisits& visits);
 /// The rows of a table, its head first.
 [[nodiscard]] std::vector<std::vector<std::string>> VisitRows(const SSiteVisits& visits);
