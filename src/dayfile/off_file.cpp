@@ -116,6 +116,15 @@ bool COffFile::Open(const std::string& path, SOpenMode mode, CFileException& fai
         return false;
     }
     m_fileName = std::move(name);
+    // What has no end to seek, or no way back from it, is found out here and not at the first record.
+    try {
+        if (m_file.Seek(0, ESeekOrigin::End) != 0) {
+            m_file.Seek(0, ESeekOrigin::Start);
+        }
+    } catch (const CFileException& raised) {
+        failure = raised;
+        return false;
+    }
     return true;
 }
 
