@@ -131,20 +131,19 @@ bool CreateDirectoryPath(const std::string& path, std::string& firstCreated) {
 }
 
 bool MakeFolderChain(const std::string& path, std::vector<std::string>& made) {
-    if (DirectoryExists(path)) {
+    std::string folder = path;
+    StripTrailingSeparators(folder);
+    // On a share out of reach each question may wait for minutes: none is asked twice.
+    const EPathKind kind = GetPathKind(folder);
+    if (kind == EPathKind::Folder || (kind == EPathKind::Missing && IsDriveRoot(folder))) {
         return true;
     }
-    std::string folder = path;
-    folder.erase(folder.find_last_not_of('\\') + 1);
-    if (folder.empty() || HasForbiddenCharacter(path)) {
+    if (folder.empty() || HasForbiddenCharacter(path) || kind == EPathKind::File) {
         return false;
     }
     if (MakeFolder(folder).Good()) { // nearly always it alone is missing
         made.push_back(folder);
         return true;
-    }
-    if (IsExistingFile(path)) {
-        return false;
     }
     EWalk walk = EWalk::Disturbed;
     for (int attempt = 0; attempt < kAttempts && walk == EWalk::Disturbed; ++attempt) {
