@@ -39,11 +39,30 @@ def changed_text(token, random):
     return token.text[:place] + (other.upper() if letter.isupper() else other) + token.text[place + 1:]
 
 
-def argument_lists(tokens):
+def without_effect(tokens):
+    """The places of tokens whose change would change nothing that a program does, so that no test could notice."""
+    places = set()
+    texts = [token.text for token in tokens]
+    for at, text in enumerate(texts):
+        if texts[at:at + 2] == ['[', '[']: # an attribute, such as for the compiler's own checks of formats
+            end = next((end for end in range(at, len(texts)) if texts[end:end + 2] == [']', ']']), at)
+            places.update(range(at, end))
+        elif text in ('min', 'max') and texts[at - 1] == '::' and texts[at + 1:at + 2] == ['(']: # the same either way round
+            places.add(at)
+        elif text == 'array' and texts[at + 1:at + 2] == ['<']: # a buffer holds what it has to with a byte more or less, too
+            kind = ''.join(texts[at + 2:at + 6])
+            if kind.startswith(('char,', 'std::uint8_t')):
+                size = at + (4 if kind.startswith('char,') else 6)
+                if size < len(tokens) and tokens[size].kind == 'number' and int(re.sub(r"[uUlL']", '', texts[size]), 0) >= 32:
+                    places.add(size)
+    return places
+
+
+def argument_lists(tokens, left_out):
     """Of each call: the places of its arguments. What looks like a declaration's parameters is none."""
     closing = {'(': ')', '[': ']', '{': '}'}
     for at, token in enumerate(tokens[:-1]):
-        if token.kind != 'word' or tokens[at + 1].text != '(' or token.text in NOT_A_STATEMENT:
+        if token.kind != 'word' or tokens[at + 1].text != '(' or token.text in NOT_A_STATEMENT or at in left_out:
             continue
         stack, arguments, first, at = [')'], [], at + 2, at + 2
         while at < len(tokens) and stack:
@@ -68,8 +87,8 @@ def is_parameter(tokens, argument):
         len(part) > 1 and part[-1].kind == 'word' and part[-2].text in '&*>')
 
 
-def swaps(source, tokens):
-    for arguments in argument_lists(tokens):
+def swaps(source, tokens, left_out):
+    for arguments in argument_lists(tokens, left_out):
         for one, two in zip(arguments, arguments[1:]):
             if is_parameter(tokens, one) or is_parameter(tokens, two):
                 continue
@@ -81,7 +100,7 @@ def swaps(source, tokens):
 
 
 def dropped_statements(tokens):
-    """Whole statements that are calls, assignments, or a leap."""
+    """Whole statements that are calls, assignments, or a leap. Not reserve(): its memory is found later as well."""
     for at, token in enumerate(tokens[:-2]):
         if at == 0 or tokens[at - 1].text not in ';{}' or token.kind != 'word' and token.text not in ('++', '--', '*'):
             continue
@@ -96,7 +115,7 @@ def dropped_statements(tokens):
                 depth = -1 # the head of a function
             end += 1
         part = tokens[at:end]
-        declared = any(other.text in ('override', 'const', 'noexcept', 'default') for other in part)
+        declared = any(other.text in ('reserve', 'override', 'const', 'noexcept', 'default') for other in part)
         if depth == 0 and assigns and end < len(tokens) and not declared:
             declares = any(a.kind == b.kind == 'word' or a.text in '>&*' and b.kind == 'word' and c.text == '='
                            for a, b, c in zip(part, part[1:], part[2:]) if '(' not in [t.text for t in part[:part.index(b)]])
@@ -107,14 +126,15 @@ def dropped_statements(tokens):
 def changes_of(source, random):
     """All that could be changed in this source, in the order of the kinds."""
     tokens = tokens_of(source)
-    found = list(swaps(source, tokens)) + list(dropped_statements(tokens))
+    left_out = without_effect(tokens)
+    found = list(swaps(source, tokens, left_out)) + list(dropped_statements(tokens))
     asserted = None
     for at, token in enumerate(tokens):
         if token.text == 'static_assert':
             asserted = ';'
         elif token.text == asserted:
             asserted = None
-        if asserted:
+        if asserted or at in left_out:
             continue
         spaced = source[token.start - 1:token.start].isspace() and source[token.end:token.end + 1].isspace()
         new, kind = None, None
