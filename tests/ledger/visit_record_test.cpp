@@ -1,4 +1,5 @@
 // Records of visits: whatever ends a run, its record tells so, once.
+#include "support/case_table.h"
 #include "support/fake_system.h"
 #include "support/scratch_folder.h"
 
@@ -72,6 +73,17 @@ protected:
 };
 
 } // namespace
+
+TEST(VisitLine, IsReadAndWrittenAsFilesHoldIt) {
+    ForEachCase<1>("ledger/visit_lines.txt", [](auto& text) {
+        const auto line = ReadVisitLine(text);
+        ASSERT_TRUE(line);
+        std::vector<std::string> entries;
+        for (const SVisitEntry& entry : line->entries)
+            entries.push_back(AsJson(entry));
+        EXPECT_EQ(LineAsJson(BeginAsJson(*line), {entries.begin(), entries.end()}, EndAsJson(*line)), text);
+    });
+}
 
 TEST_F(VisitRecord, TellsOfARunAsLongAsItLastsAndAfterwards) {
     EXPECT_EQ(CVisitHistory(folder.Path("ev")).Found(), EHistory::None);

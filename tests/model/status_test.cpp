@@ -107,6 +107,7 @@ TEST(Errors, Texts) {
     EXPECT_EQ(CFileError(239U, 247).GetDetail(), "Unknown");
     EXPECT_EQ(CFileError(239U, 247).GetCause(), 0);
     EXPECT_STREQ(LoadStringText(526), "");
+    EXPECT_STREQ(LoadStringText(106), "Username not found");
     EXPECT_STREQ(LoadStringText(170), "P32LS Error - Disturbance channel names reply code ");
     for (const unsigned id : {102U, 103U, 104U, 105U, 138U})
         EXPECT_STREQ(LoadStringText(id), "Device returned an unspecified error") << id;
