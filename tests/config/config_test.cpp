@@ -1,5 +1,4 @@
 #include "config/configuration.h"
-#include "config/destination_root.h"
 #include "config/duplicate_key.h"
 #include "config/ethernet_entry.h"
 #include "config/result_messages.h"
@@ -209,41 +208,6 @@ TEST(Scramble, RefusalsAndOddTexts) {
     EXPECT_EQ(Unscrambled("08" + digits + "9"), "Secret12");
     EXPECT_EQ(Unscrambled("0842949672964294967297"), Unscrambled("0800000000000000000001")); // modulo 2^32
     EXPECT_EQ(Unscrambled("0812x456789012345 7890"), Unscrambled("0800000000120000012345"));
-}
-
-// The boxes shown, and the destination that the two registry values (empty: not there) lead to.
-std::string Destination(const std::string& user, const std::string& machine, bool loaded = true) {
-    const CScratchFolder folder;
-    for (const auto& [variable, value] :
-         {std::pair{"RUVO_REGISTRY_USER", user}, {"RUVO_REGISTRY_MACHINE", machine}}) {
-        const std::string name = value.empty() ? "Other=" : "Q7SecurityLogs=";
-        folder.Write(variable, "[SOFTWARE\\Halvex\\Norvo Q7 Studio]\n" + name + value);
-        setenv(variable, folder.Native(variable).c_str(), 1);
-    }
-    CRunContext context;
-    context.Config() = Load("[RUVO_GENERAL]\nEventRootDir=C:\\ini root");
-    ResolveDestinationRoot(context, loaded);
-    return std::exchange(g_messageBoxes, "") + context.DestinationRoot() +
-           (context.IsDestinationFromRegistry() ? "|registry" : "|file");
-}
-
-TEST(Destination, RegistryRules) {
-    const CScratchFolder folder;
-    const std::string present = folder.Path();
-    const std::string unusable = folder.Write("file", "") + "\\below";
-    EXPECT_EQ(Destination("", ""), "C:\\ini root|file");
-    EXPECT_EQ(Destination("", "", false), "|file");
-    EXPECT_EQ(Destination(present, unusable, false), present + "\\RUVO\\|registry");
-    EXPECT_EQ(Destination(present + "\\new\\deep\\", ""), present + "\\new\\deep\\RUVO\\|registry");
-    EXPECT_EQ(Destination("", unusable), unusable + "\\RUVO\\|registry"); // the machine's goes untested
-    EXPECT_EQ(Destination("", "C:\\" + std::string(260, 'x')), "|registry");
-    EXPECT_EQ(Destination(unusable, ""), "C:\\ini root|file");
-    const std::string box = "Information|Registry entry with destination path for current user is invalid.\n"
-                            "Events will be extracted with use of default application settings.\n"
-                            "Destination path: ";
-    EXPECT_EQ(Destination(unusable, present), box + folder.Native() + "|" + present + "\\RUVO\\|registry");
-    const std::string here = std::filesystem::current_path();
-    EXPECT_EQ(Destination(unusable, "q7"), box + here + "/q7|" + FullPath("q7") + "\\RUVO\\|registry");
 }
 
 } // namespace ruvo

@@ -61,7 +61,7 @@ struct SRead {
 };
 
 inline SRead ReadBack(const std::string& path) {
-    static CDayFileReader reader;
+    CDayFileReader reader;
     EXPECT_TRUE(reader.Open(path).Good());
     SRead read;
     std::vector<std::uint8_t> image;

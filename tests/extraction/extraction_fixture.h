@@ -6,6 +6,7 @@
 
 #include "extraction/password_state.h"
 #include "extraction/relay_visit.h"
+#include "platform/full_path.h"
 
 namespace ruvo::test {
 
@@ -61,6 +62,10 @@ protected:
         for (std::size_t i = from; i < server.calls.size(); ++i)
             all += server.calls[i] + ";";
         return all;
+    }
+    /// The day file's path as the log shows it.
+    std::string DayFileShown() const {
+        return DisplayPath(folder.Path("AB12-00001234\\AB12-00001234-2026-11-16-DEV.evt"));
     }
     std::string Day() const { return folder.Read(kFile); }
 

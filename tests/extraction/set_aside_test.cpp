@@ -4,8 +4,9 @@
 
 #include "ledger/visit_custody.h"
 #include "model/status/status.h"
+#include "platform/environment.h"
+#include "platform/file.h"
 
-#include <cstdlib>
 #include <filesystem>
 
 namespace ruvo::test {
@@ -16,8 +17,18 @@ protected:
         std::filesystem::create_directory(folder.Native("ev"));
         UseState("state");
     }
-    ~SetAside() override { unsetenv("RUVO_STATE_DIR"); }
-    void UseState(const std::string& name) const { setenv("RUVO_STATE_DIR", folder.Native(name).c_str(), 1); }
+    ~SetAside() override { ClearEnvironmentValue("RUVO_STATE_DIR"); }
+    /// Those that the system gives to what one user alone may read.
+    std::filesystem::perms PermissionsOfOwn() const {
+        CFile file;
+        EXPECT_TRUE(
+            file.Open(folder.Path("own"), {.write = true, .create = true, .plain = true, .ownerOnly = true})
+                .Good());
+        return std::filesystem::status(folder.Native("own")).permissions();
+    }
+    void UseState(const std::string& name) const {
+        SetEnvironmentValue("RUVO_STATE_DIR", folder.Native(name));
+    }
 
     /// Two events are taken; the third request is answered with a refused password, or an abort.
     SExtractionReport Visit(bool isRefused) {
@@ -70,7 +81,7 @@ TEST_F(SetAside, TheRecordsAreInAFileThatTheLogNames) {
         ASSERT_EQ(files.size(), ++number);
         EXPECT_EQ(files.back().filename(),
                   "AB12-00001234-2026-11-16-DEV-" + std::to_string(number) + ".setaside");
-        EXPECT_EQ(std::filesystem::status(files.back()).permissions(), std::filesystem::perms(0600));
+        EXPECT_EQ(std::filesystem::status(files.back()).permissions(), PermissionsOfOwn());
         const std::string reason = isRefused ? "a password was refused" : "the visit was aborted";
         std::string head = Header("000003");
         head.replace(

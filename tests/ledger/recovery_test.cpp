@@ -7,6 +7,7 @@
 #include "ledger/root_folder.h"
 #include "ledger/run_ledger.h"
 #include "ledger/waiting_time.h"
+#include "platform/environment.h"
 #include "platform/state_folder.h"
 
 #include <gtest/gtest.h>
@@ -16,14 +17,14 @@ namespace ruvo::test {
 class Recovery : public testing::Test {
 protected:
     Recovery() {
-        setenv("RUVO_STATE_DIR", folder.Native("state").c_str(), 1);
+        SetEnvironmentValue("RUVO_STATE_DIR", folder.Native("state"));
         std::filesystem::create_directories(folder.Native("ev"));
         place = FolderOfJournals(folder.Path("ev")).substr(folder.Path().size() + 1);
         std::ranges::replace(place, '\\', '/');
         EXPECT_TRUE(MakePrivateFolder(FolderOfJournals(folder.Path("ev"))));
     }
     ~Recovery() override {
-        unsetenv("RUVO_STATE_DIR");
+        ClearEnvironmentValue("RUVO_STATE_DIR");
         g_utcTime = {2026, 11, 16, 23, 30, 0};
     }
 

@@ -7,8 +7,12 @@
 #include "ledger/visit_history.h"
 #include "ledger/visit_record.h"
 #include "platform/environment.h"
+#include "platform/file.h"
+#include "platform/full_path.h"
 
 #include <gtest/gtest.h>
+
+#include <array>
 
 namespace ruvo::test {
 
@@ -26,6 +30,15 @@ SVisitLine Ended(ERunEnd how, const std::string& signal = "") {
     line.signal = signal;
     line.notVisited = 3;
     return line;
+}
+
+std::string ReadWhileItGrows(const std::string& path) {
+    CFile file;
+    EXPECT_TRUE(file.Open(path, {.read = true, .removable = true}).Good());
+    std::array<std::uint8_t, 10'000> bytes{};
+    std::size_t count = 0;
+    EXPECT_TRUE(file.Read(bytes, count).Good());
+    return {bytes.begin(), bytes.begin() + static_cast<long>(count)};
 }
 
 class VisitRecord : public testing::Test {
@@ -104,7 +117,7 @@ TEST_F(VisitRecord, TellsOfARunAsLongAsItLastsAndAfterwards) {
     EXPECT_EQ(summary.last->signal + " " + summary.last->begin + " " + summary.last->end,
               "SIGTERM 2026-11-25T02:00:00Z 2026-11-25T02:00:00Z");
     EXPECT_EQ(summary.last->notVisited, 3U);
-    EXPECT_EQ(summary.last->iniPath, folder.Native("site.ini"));
+    EXPECT_EQ(summary.last->iniPath, DisplayPath(folder.Path("site.ini")));
     EXPECT_EQ(g_standardError, "");
 }
 
@@ -156,7 +169,7 @@ TEST_F(VisitRecord, EndedAnywhereItIsReadAndBecomesOneLine) {
     auto record = Begun();
     record->Add(Entry("RV001"));
     record->Add(Entry("RV002"));
-    const std::string run = folder.Read(Name("1.visit"));
+    const std::string run = ReadWhileItGrows(folder.Path(Name("1.visit")));
     record->End(Ended(ERunEnd::Whole));
     const std::string line = folder.Read(Name("visits.ndjson"));
     const std::string end = EndAsJson(Ended(ERunEnd::Whole)) + "\n";

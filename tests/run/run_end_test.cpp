@@ -1,82 +1,9 @@
 // A run that is asked to end: where it stops, what becomes of the events, and what the log says.
-#include "extraction/extraction_fixture.h"
-#include "run/run_fixture.h"
+#include "run/run_end_fixture.h"
 
 #include "link/channel/channel.h"
-#include "run/end_watch.h"
-
-#include <condition_variable>
-#include <deque>
-#include <mutex>
-#include <thread>
 
 namespace ruvo::test {
-namespace {
-
-/// Requests that a test makes.
-class CScriptedRequests final : public IEndRequests {
-public:
-    void Add(EWake wake) {
-        const std::lock_guard guard(m_mutex);
-        m_wakes.push_back(wake);
-        m_changed.notify_all();
-    }
-    EWake Wait(std::chrono::milliseconds /*most*/, const char*& name) override {
-        std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [this] { return !m_wakes.empty(); });
-        const EWake wake = m_wakes.front();
-        if (wake != EWake::Stopped)
-            m_wakes.pop_front();
-        name = wake == EWake::Request ? "SIGTERM" : name;
-        return wake;
-    }
-    bool Skip(std::chrono::milliseconds /*time*/) override { return true; }
-    void Stop() override { Add(EWake::Stopped); }
-    void Release() override {}
-
-private:
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    std::deque<EWake> m_wakes;
-};
-
-} // namespace
-
-class RunEnd : public Run {
-protected:
-    RunEnd() {
-        SetUsableState(true);
-        fields.serialEntries = fields.modemEntries = {{"RV001", 5}, {"RV002", 200}};
-        server.values = {{0x0006, TextHex("AB12-X")}, {0x0008, TextHex("00001234")}};
-    }
-    void SetEvents(int count) { server.events.assign(static_cast<std::size_t>(count), kTrip); }
-
-    ~RunEnd() override { SetUsableState(true); }
-
-    void SetUsableState(bool isUsable) const {
-        setenv("RUVO_STATE_DIR", isUsable ? m_state.c_str() : "/dev/null/none", 1);
-    }
-    /// The events of all day files.
-    std::size_t Stored() const {
-        const std::string day = folder.Read("ev/AB12-00001234/AB12-00001234-2026-11-16-DEV.evt");
-        std::size_t count = 0;
-        for (std::size_t at = 0; (at = day.find("Trip", at)) != std::string::npos; ++at)
-            ++count;
-        return count;
-    }
-    /// Lets the end be asked for in the so manieth of those calls.
-    void AskAt(const std::string& name, int nth) {
-        server.onCall = [this, name, nth, seen = 0](SCall&) mutable -> std::optional<std::int64_t> {
-            if (server.calls.back().starts_with(name) && ++seen == nth)
-                end->Ask("SIGHUP");
-            return std::nullopt;
-        };
-    }
-
-    const SScriptedEvent kTrip = Event(1, {"240107", TextHex("%d"), "280105"});
-    const std::string m_state = folder.Native("state");
-    const std::string kNext = " Connection details - COM Port: COM3, device address: 5.|";
-};
 
 TEST_F(RunEnd, EndsBehindTheEventUnderWay) {
     const std::string rest = "; the rest waits in the relay for the next run.";
@@ -158,36 +85,6 @@ TEST_F(RunEnd, WhatItAbortsIsNotTheUsersAbort) {
 
     fields.useModem = 1;
     EXPECT_EQ(RunAll(), "Run ended by SIGTERM; 2 relays not visited.|");
-}
-
-TEST_F(RunEnd, ACallThatDoesNotComeBackIsLeftBehind) {
-    SetEvents(3);
-    CScriptedRequests requests;
-    const auto runAndAsk = [&] {
-        server.onCall = [&, calls = 0](SCall& call) mutable -> std::optional<std::int64_t> {
-            if (call.name == "GetEvent" && ++calls == 2) {
-                requests.Add(IEndRequests::EWake::Request);
-                requests.Add(IEndRequests::EWake::Timeout);
-                std::this_thread::sleep_for(std::chrono::minutes(1));
-            }
-            return std::nullopt;
-        };
-        end.emplace();
-        const CEndWatch watch(*end, requests);
-        VisitAll();
-    };
-    SetUsableState(false);
-    EXPECT_EXIT(runAndAsk(), testing::ExitedWithCode(0), "");
-    EXPECT_EQ(Stored(), 1U) << "without a journal nothing waits";
-    std::filesystem::remove_all(folder.Native("ev"));
-    SetUsableState(true);
-    EXPECT_EXIT(runAndAsk(), testing::ExitedWithCode(0), "");
-    EXPECT_EQ(Stored(), 0U);
-    EXPECT_NE(folder.Read("run.log").find("Run ended by SIGTERM; 2 relays not visited.\r\n"),
-              std::string::npos);
-    server.events.pop_front();
-    EXPECT_TRUE(RunAll().starts_with("1 event of a visit that was ended is in day file "));
-    EXPECT_EQ(Stored(), 3U);
 }
 
 TEST_F(RunEnd, OnlyWhatIsStuckIsEnded) {

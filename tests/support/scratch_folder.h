@@ -2,10 +2,10 @@
 #pragma once
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <stdexcept>
 #include <string>
 
@@ -14,10 +14,11 @@ namespace ruvo {
 class CScratchFolder {
 public:
     explicit CScratchFolder(const std::filesystem::path& parent = std::filesystem::temp_directory_path())
-        : m_native(parent / "ruvo-test-XXXXXX") {
-        if (mkdtemp(m_native.data()) == nullptr) {
+        : m_native((parent / ("ruvo-test-" + std::to_string(std::random_device{}()))).string()) {
+        if (!std::filesystem::create_directory(m_native)) {
             throw std::runtime_error("no folder for the test"); // nothing outside may be written or removed
         }
+        std::filesystem::permissions(m_native, std::filesystem::perms::owner_all);
     }
     CScratchFolder(const CScratchFolder&) = delete;
     CScratchFolder& operator=(const CScratchFolder&) = delete;
@@ -28,7 +29,7 @@ public:
     }
     /// The Windows-form path of a name in the folder, or of the folder itself.
     std::string Path(const std::string& name = "") const {
-        std::string path = "C:" + m_native;
+        std::string path = m_native[0] == '/' ? "C:" + m_native : m_native;
         std::ranges::replace(path, '/', '\\');
         return name.empty() ? path : path + "\\" + name;
     }

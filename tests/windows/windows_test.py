@@ -12,6 +12,7 @@ import sys
 import tempfile
 
 from checks import check, count_checks, counts, equal, must, run, said, succeeds
+from rooms import run_rooms
 
 X86, X64 = (pathlib.Path(f"build/windows-{bits}/bin").resolve() for bits in ("x86", "x64"))
 SYSTEM = {f"{name}.dll" for name in
@@ -258,6 +259,7 @@ def test():
         pack()
         with Windows(work) as windows:
             run_twins(windows)
+            run_rooms(windows, X64)
             run_connector(windows)
             visit_a_site(windows)
             look_at_icons(windows)
