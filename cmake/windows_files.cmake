@@ -1,4 +1,4 @@
-# What the files of a Windows build have that others lack: names of exports from a definition file, and a version.
+# What the files of a Windows build have that others lack: names of exports from a definition file, a version, and messages.
 
 # ruvo_exports(TARGET FILE.def): the target exports what the file lists, under those very names.
 function(ruvo_exports target definitions)
@@ -19,4 +19,17 @@ function(ruvo_version target description)
     configure_file(${CMAKE_SOURCE_DIR}/cmake/windows.manifest.in ${manifest} @ONLY)
     set_property(SOURCE ${resource} PROPERTY OBJECT_DEPENDS ${manifest})
     target_sources(${target} PRIVATE ${resource})
+endfunction()
+
+# ruvo_messages(TARGET FILE.mc): the texts of its entries in the system's event log.
+function(ruvo_messages target messages)
+    get_filename_component(name ${messages} NAME_WE)
+    set(resources ${CMAKE_BINARY_DIR}/resources)
+    file(MAKE_DIRECTORY ${resources})
+    add_custom_command(OUTPUT ${resources}/${name}.rc
+        COMMAND ${RUVO_MINGW}-windmc -h ${resources} -r ${resources} ${messages}
+        DEPENDS ${messages}
+        VERBATIM)
+    set_property(SOURCE ${resources}/${name}.rc PROPERTY COMPILE_OPTIONS --include-dir=${resources})
+    target_sources(${target} PRIVATE ${resources}/${name}.rc)
 endfunction()

@@ -15,6 +15,7 @@ SCommand AddCommand();
 SCommand RemoveCommand();
 SCommand StatusCommand();
 SCommand VisitCommand();
+SCommand ScheduleCommand();
 SCommand DigestCommand();
 SCommand CheckCommand();
 SCommand PathsCommand();
@@ -31,11 +32,11 @@ SCommand HelpCommand();
 
 std::span<const SCommand> Commands() {
     static const std::array commands{
-        EventsCommand(),  SoeCommand(),     VisitCommand(), StatusCommand(), DigestCommand(),
-        ReportCommand(),  NewCommand(),     ListCommand(),  RelaysCommand(), AddCommand(),
-        RemoveCommand(),  CheckCommand(),   PathsCommand(), TestCommand(),   PasswordCommand(),
-        RecoverCommand(), ExplainCommand(), MuteCommand(),  UnmuteCommand(), ArchiveCommand(),
-        FindCommand(),    HelpCommand(),
+        EventsCommand(),   SoeCommand(),     VisitCommand(),   ScheduleCommand(), StatusCommand(),
+        DigestCommand(),   ReportCommand(),  NewCommand(),     ListCommand(),     RelaysCommand(),
+        AddCommand(),      RemoveCommand(),  CheckCommand(),   PathsCommand(),    TestCommand(),
+        PasswordCommand(), RecoverCommand(), ExplainCommand(), MuteCommand(),     UnmuteCommand(),
+        ArchiveCommand(),  FindCommand(),    HelpCommand(),
     };
     return commands;
 }

@@ -91,6 +91,15 @@ std::size_t CharacterSize(std::string_view text, std::size_t at) {
     return row->size;
 }
 
+/// Of the well-formed character of that size.
+char32_t CodePointAt(std::string_view text, std::size_t at, std::size_t size) {
+    char32_t point = size == 1 ? ByteAt(text, at) : ByteAt(text, at) & (0x7FU >> size);
+    for (std::size_t i = 1; i < size; ++i) {
+        point = point << 6 | (ByteAt(text, at + i) & 0x3FU);
+    }
+    return point;
+}
+
 bool IsUtf8(std::string_view text) {
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t size = CharacterSize(text, at);
@@ -130,6 +139,27 @@ std::string Utf16ToUtf8(std::string_view bytes) {
         } else {
             AppendUtf8(converted, IsHighSurrogate(unit) || IsLowSurrogate(unit) ? kNoCharacter : unit);
         }
+    }
+    return converted;
+}
+
+std::string Utf8ToUtf16(std::string_view utf8) {
+    std::string converted;
+    converted.reserve(utf8.size() * 2);
+    const auto append = [&converted](char32_t unit) {
+        converted += static_cast<char>(unit & 0xFF);
+        converted += static_cast<char>(unit >> 8);
+    };
+    for (std::size_t at = 0; at < utf8.size();) {
+        const std::size_t size = CharacterSize(utf8, at);
+        const char32_t point = size == 0 ? kNoCharacter : CodePointAt(utf8, at, size);
+        if (point < 0x10000) {
+            append(point);
+        } else {
+            append(0xD800 + ((point - 0x10000) >> 10));
+            append(0xDC00 + (point & 0x3FF));
+        }
+        at += std::max(size, std::size_t{1});
     }
     return converted;
 }

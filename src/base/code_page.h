@@ -13,6 +13,8 @@ std::string Cp1252ToUtf8(std::string_view text);
 
 /// UTF-16, little-endian, to UTF-8; half a surrogate pair, or half a character at the end, becomes U+FFFD.
 std::string Utf16ToUtf8(std::string_view bytes);
+/// UTF-8 to UTF-16, little-endian; a byte that is part of no character becomes U+FFFD.
+std::string Utf8ToUtf16(std::string_view utf8);
 
 /// A text of the system (a path, a line of a file) to UTF-8: one that is not valid UTF-8 is read as code page
 /// 1252.

@@ -152,6 +152,15 @@ int CVisit::Run(const SRetry& retry) {
     return status;
 }
 
+std::string CVisit::Reached() const {
+    if (!m_places || m_attempts.empty() || !m_attempts.front().record) {
+        return {};
+    }
+    const SVisitCounts counts = CountVisit(m_attempts, *m_places);
+    return std::to_string(counts.reached) + " of " + Counted(counts.relays, "relay") + " reached, " +
+           Counted(counts.stored, "event") + " stored";
+}
+
 std::string CVisit::Digest() {
     std::string digest;
     for (const SRunOutcome& attempt : m_attempts) {

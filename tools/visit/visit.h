@@ -35,6 +35,8 @@ public:
     int Run(const SRetry& retry);
     int Check();
     int Test(const std::string& key);
+    /// Relays reached and events stored, for people; empty when no run has left a record.
+    [[nodiscard]] std::string Reached() const;
 
 private:
     void SetEnvironment();

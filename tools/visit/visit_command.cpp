@@ -1,19 +1,16 @@
 // ruvoctl visit: visits one site and reports the result in its exit status.
-#include "base/text.h"
-#include "paths/path_utilities.h"
 #include "platform/files.h"
 #include "platform/full_path.h"
-#include "platform/ini_text.h"
-#include "platform/sites_folder.h"
 #include "platform/standard_streams.h"
 #include "platform/terminal.h"
 #include "tools/command.h"
-#include "tools/given_time.h"
 #include "tools/ini/site_user.h"
+#include "tools/sites/given_site.h"
 #include "tools/text_encoding.h"
 #include "tools/visit/visit.h"
+#include "tools/visit/visit_event.h"
+#include "tools/visit/visit_options.h"
 
-#include <algorithm>
 #include <array>
 
 namespace ruvo {
@@ -21,7 +18,6 @@ namespace ruvo {
 namespace {
 
 constexpr int kRefused = static_cast<int>(EVisitStatus::Refused);
-constexpr std::string_view kIniExtension = ".ini";
 
 constexpr std::array kOptions{
     SOption{EOptionKind::Positional, "SITE",
@@ -29,10 +25,9 @@ constexpr std::array kOptions{
             "SITE.ini means the same. Or another file: a path, as in ./SITE.ini"},
     SOption{EOptionKind::Flag, "--check", "visit no relay, only check the configuration"},
     SOption{EOptionKind::Text, "--test", "visit no relay, only test the connection to this one", "KEY"},
-    SOption{EOptionKind::Text, "--retry",
-            "visit relays from which no answer came up to N times again (default: 0; at most 9)", "N"},
-    SOption{EOptionKind::Text, "--after",
-            "pause before each further attempt, such as 90s or 1h (default: 10m)", "LENGTH"},
+    kRetryOption,
+    kAfterOption,
+    kEventLogOption,
 };
 
 constexpr std::string_view kNotes =
@@ -60,6 +55,9 @@ replace is not started. They get the digest of the visit on standard input, and 
 that of the visit, RUVO_SITE, RUVO_INI, RUVO_EVENT_ROOT, RUVO_LOG, RUVO_STATUS (the exit status), RUVO_RUNS
 (numbers of the runs), RUVO_RELAYS, RUVO_REACHED, and as numbers of events RUVO_TAKEN, RUVO_STORED,
 RUVO_LOST, RUVO_SET_ASIDE and RUVO_WAITING. If one fails, that is reported; it does not change the status.
+On Windows, a visit is one entry of the source "ruvo" in the log Application: number 100 for exit status 0,
+101 for status 1 and so on to 104, and 105 if the extractor crashed, with the lines that it reports. With
+--event-log bad, good visits leave none. (On Linux the systemd journal has what a service prints.)
 TERM, INT and HUP (on Windows, a request to close the program) are passed on to the extractor, which then
 ends in good order.
 Exit status: 0 good; 1 the visit wrote lines to the error log (those about the links of muted relays do
@@ -72,23 +70,13 @@ is that of ruvoctl test.
 Example: as the unit of the site does, after a change
   ruvoctl visit yard --check && ruvoctl visit yard)";
 
-/// Empty for a path that no visit takes; the extractor would use another file.
-std::string IniPathOf(const std::string& typed) {
-    const bool hasEnding = EqualIniNames(SplitPath(typed).extension, kIniExtension);
-    if (typed.find_first_of("/\\:") != std::string::npos) {
-        return hasEnding ? FullPath(typed) : std::string();
-    }
-    return FullPath(SitesFolder() + "\\" + (hasEnding ? SplitPath(typed).name : typed) +
-                    std::string(kIniExtension));
-}
-
 /// What was typed, as it is understood in another folder.
 std::vector<std::string> FullWords(const CArguments& arguments, const std::string& iniPath) {
     std::vector<std::string> words{"visit"};
     if (arguments.Has("--check")) {
         words.emplace_back("--check");
     }
-    for (const char* const name : {"--test", "--retry", "--after"}) {
+    for (const char* const name : {"--test", "--retry", "--after", "--event-log"}) {
         if (arguments.Has(name)) {
             words.push_back(name + ("=" + arguments.Get(name)));
         }
@@ -117,47 +105,17 @@ std::string WhyNotReadable(const std::string& iniPath) {
     return result.Good() ? std::string() : SystemErrorText(result.systemCode);
 }
 
-/// A pause may also be of seconds.
-std::optional<std::int64_t> ParsePause(const std::string& text) {
-    constexpr std::size_t kLongest = 6;
-    const bool isSeconds = text.size() > 1 && text.size() <= kLongest && text.ends_with('s') &&
-                           std::all_of(text.begin(), text.end() - 1, IsDigit);
-    return isSeconds ? std::optional<std::int64_t>(std::stoi(text)) : ParseLength(text);
-}
-
-std::optional<SRetry> ReadRetry(const CArguments& arguments) {
-    SRetry retry;
-    if (const std::string number = arguments.Get("--retry"); arguments.Has("--retry")) {
-        if (number.size() != 1 || !IsDigit(number.front())) {
-            return std::nullopt;
-        }
-        retry.most = static_cast<unsigned>(number.front() - '0');
-    }
-    if (arguments.Has("--after")) {
-        const auto length = ParsePause(arguments.Get("--after"));
-        if (!length) {
-            return std::nullopt;
-        }
-        retry.after = std::chrono::seconds(*length);
-    }
-    return retry;
-}
-
-int RunVisit(const CArguments& arguments, SConsole& console) {
-    IgnoreClosedPipes(); // the extractor is not left alone because nobody reads
-    CVisitOutput output(console, IsSystemJournal(EStandardStream::Output),
-                        IsSystemJournal(EStandardStream::Error));
+int VisitSite(const CArguments& arguments, CVisitOutput& output, std::string& reached) {
     const auto refuse = [&output](const std::string& why) {
         output.Complain(why);
         return kRefused;
     };
     const std::optional<SRetry> retry = ReadRetry(arguments);
     if (!retry) {
-        return refuse(
-            "expected a number from 0 to 9 for --retry, and a length such as 90s or 10m for --after");
+        return refuse(std::string(kRetryMistake));
     }
     const std::string typed = arguments.Get("SITE");
-    const std::string iniPath = IniPathOf(typed);
+    const std::string iniPath = GivenSitePath(typed);
     if (iniPath.empty()) {
         return refuse(SystemTextToUtf8(typed) + ": the name of an INI file must end in .ini");
     }
@@ -171,9 +129,27 @@ int RunVisit(const CArguments& arguments, SConsole& console) {
         return refuse(SystemTextToUtf8(DisplayPath(iniPath)) + ": " + why);
     }
     CVisit visit(iniPath, output);
-    return arguments.Has("--check")  ? visit.Check()
-           : arguments.Has("--test") ? visit.Test(arguments.Get("--test"))
-                                     : visit.Run(*retry);
+    const int status = arguments.Has("--check")  ? visit.Check()
+                       : arguments.Has("--test") ? visit.Test(arguments.Get("--test"))
+                                                 : visit.Run(*retry);
+    reached = visit.Reached();
+    return status;
+}
+
+int RunVisit(const CArguments& arguments, SConsole& console) {
+    IgnoreClosedPipes(); // the extractor is not left alone because nobody reads
+    CVisitOutput output(console, IsSystemJournal(EStandardStream::Output),
+                        IsSystemJournal(EStandardStream::Error));
+    std::string reached;
+    const int status = VisitSite(arguments, output, reached);
+    const std::string wanted = arguments.Has("--event-log") ? arguments.Get("--event-log") : "all";
+    const bool isVisit = !arguments.Has("--check") && !arguments.Has("--test");
+    if (isVisit && (wanted == "all" || (wanted == "bad" && status != 0))) {
+        const SVisitEvent event =
+            EventOfVisit(status, SystemTextToUtf8(arguments.Get("SITE")), reached, output.Said());
+        WriteSystemEvent(event.kind, event.number, event.text);
+    }
+    return status;
 }
 
 } // namespace

@@ -39,12 +39,25 @@ void CVisitOutput::Write(CTextOutput& out, bool isJournal, EPriority priority, s
         if (isJournal) {
             out.Write(std::string{'<', static_cast<char>(priority), '>'});
         }
-        out.Write(Harmless(line) + "\n");
+        const std::string harmless = Harmless(line) + "\n";
+        out.Write(harmless);
+        if (priority != EPriority::Notice) {
+            Keep(harmless);
+        }
     };
     CLines parts;
     parts.Add(lines, write);
     parts.Finish(write);
     out.Flush();
+}
+
+void CVisitOutput::Keep(const std::string& line) {
+    constexpr std::size_t kMost = 8000; // the system's log takes a text of some thirty thousand characters
+    if (m_said.more == 0 && m_said.lines.size() + line.size() <= kMost) {
+        m_said.lines += line;
+    } else {
+        ++m_said.more;
+    }
 }
 
 void CVisitOutput::ShowProgress(std::string_view text) {

@@ -3,6 +3,7 @@
 
 #include "tools/text_output.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -11,6 +12,12 @@ namespace ruvo {
 
 /// As the systemd journal numbers them.
 enum class EPriority : char { Error = '3', Warning = '4', Notice = '6' };
+
+/// What was said of problems, from the beginning.
+struct SSaid {
+    std::string lines;    ///< UTF-8, without control characters; some thousand characters at most
+    std::size_t more = 0; ///< lines that are left out
+};
 
 /// Every line is complete and out at once. Control characters are removed; a progress line gives way.
 class CVisitOutput {
@@ -28,16 +35,20 @@ public:
     void ShowProgress(std::string_view text);
     void ClearProgress();
 
+    [[nodiscard]] const SSaid& Said() const { return m_said; }
+
     [[nodiscard]] bool IsForPerson() const { return m_console.errorIsTerminal; }
     [[nodiscard]] bool IsJournal() const { return m_outIsJournal; }
 
 private:
-    static void Write(CTextOutput& out, bool isJournal, EPriority priority, std::string_view lines);
+    void Write(CTextOutput& out, bool isJournal, EPriority priority, std::string_view lines);
+    void Keep(const std::string& line);
 
     SConsole& m_console;
     bool m_outIsJournal;
     bool m_errorIsJournal;
     bool m_isProgressShown = false;
+    SSaid m_said;
 };
 
 /// Collects pieces of text, and hands over whole lines without their ends.

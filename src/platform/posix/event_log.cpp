@@ -1,0 +1,7 @@
+#include "platform/event_log.h"
+
+namespace ruvo {
+
+void WriteSystemEvent(EEventKind /*kind*/, std::uint16_t /*number*/, const std::string& /*utf8*/) {}
+
+} // namespace ruvo
