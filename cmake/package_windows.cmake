@@ -1,4 +1,4 @@
-# The zip for users of Windows: programs side by side, INI files and a substation to try, and what to read.
+# What users of Windows get, as a zip and as a set-up program (packaging/windows/make_packages.sh): programs side by side, INI files and a substation to try, and what to read.
 install(TARGETS ruvo ruvo_shared ruvoctl p32ls-sim oncrpc HalvexCryptoKit
     RUNTIME DESTINATION .
     LIBRARY DESTINATION .
@@ -17,12 +17,25 @@ ruvo_package_text(examples/substation/serial.ini RUVO.ini)
 ruvo_package_text(examples/substation/modem.ini modem.ini)
 ruvo_package_text(examples/substation/ethernet.ini ethernet.ini)
 
-set(architecture x86)
-if(CMAKE_SIZEOF_VOID_P EQUAL 8)
-    set(architecture x64)
+# As pages for a browser, which a double click opens.
+find_program(RUVO_LOWDOWN lowdown)
+if(RUVO_LOWDOWN)
+    file(GLOB documents CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/docs/*.md)
+    set(make_page ${CMAKE_SOURCE_DIR}/packaging/windows/make_page.sh)
+    foreach(document ${documents})
+        get_filename_component(name ${document} NAME_WLE)
+        set(page ${CMAKE_BINARY_DIR}/package/docs/${name}.html)
+        add_custom_command(OUTPUT ${page}
+            COMMAND sh ${make_page} ${document} ${page}
+            DEPENDS ${document} ${make_page}
+            VERBATIM)
+        list(APPEND pages ${page})
+    endforeach()
+    add_custom_target(package_files ALL DEPENDS ${pages})
+    install(FILES ${pages} DESTINATION docs)
 endif()
-set(CPACK_GENERATOR ZIP)
-set(CPACK_PACKAGE_FILE_NAME ruvo-${PROJECT_VERSION}-windows-${architecture})
-set(CPACK_PACKAGE_VENDOR ruvo)
-set(CPACK_STRIP_FILES OFF)
-include(CPack)
+
+# The notices of the libraries that became part of the programs come from where they were taken.
+foreach(package libcli11-dev libtomlplusplus-dev)
+    install(FILES /usr/share/doc/${package}/copyright DESTINATION licences RENAME ${package}.txt)
+endforeach()

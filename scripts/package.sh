@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
-# Builds the Debian package and leaves it in build/PRESET, and beside it, as .spdx.json, what it was made from.
-#   scripts/package.sh [PRESET]       default: release
+# Builds the packages and leaves them in build/PRESET, and beside each, as .spdx.json, what it was made from: of
+# windows-x86 and windows-x64 a zip and a set-up program, of another preset the Debian package.
+#   scripts/package.sh [PRESET]       default: release. Files for Windows are signed if RUVO_SIGN_CERTIFICATE and
+#                                     RUVO_SIGN_KEY name a certificate (packaging/windows/sign.sh)
 #   scripts/package.sh --test         also installs, runs, upgrades and removes it on this machine, as root, and
 #                                     leaves the machine as it was; the last line is the count
 set -euo pipefail
@@ -9,6 +11,12 @@ if [ "${1:-}" = --test ]; then
     exec tests/packages/run.sh
 fi
 preset=${1:-release}
+case "$preset" in windows-*)
+    scripts/setup.sh windows >&2
+    scripts/build.sh "$preset"
+    exec packaging/windows/make_packages.sh "$preset"
+    ;;
+esac
 scripts/setup.sh packages >&2
 scripts/build.sh "$preset" package_files
 rm -f "build/$preset"/ruvo_*.deb "build/$preset"/ruvo_*.spdx.json

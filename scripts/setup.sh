@@ -36,7 +36,8 @@ for extra in "$@"; do
     case "$extra" in
     checks) packages+=(clang clang-format clang-tidy cppcheck libclang-rt-14-dev valgrind) ;;
     windows)
-        packages+=(g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix mingw-w64-tools wine64 libwine libwine-dev)
+        packages+=(g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix mingw-w64-tools wine64 libwine libwine-dev
+            nsis lowdown osslsigncode) # the set-up programs, their guide, and signatures
         command -v npm >/dev/null || packages+=(nodejs npm)
         sqlite=cmake/sqlite_windows.txt # what it is fetched for, and why
         ;;
