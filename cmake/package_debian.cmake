@@ -25,7 +25,8 @@ install(FILES ${linux_files}/linux/registry.ini DESTINATION etc/ruvo)
 
 # What names the version for people to read or copy names this one.
 foreach(row IN ITEMS "packaging/debian/changelog|ruvo (${PROJECT_VERSION}-" "packaging/fleet/site.yaml|image: ruvo:${PROJECT_VERSION}\n"
-        "packaging/container/Containerfile|-t ruvo:${PROJECT_VERSION} " "docs/fleet.md|-t ruvo:${PROJECT_VERSION} ")
+        "packaging/container/Containerfile|-t ruvo:${PROJECT_VERSION} " "docs/fleet.md|-t ruvo:${PROJECT_VERSION} "
+        "docs/windows.md|> ruvo-${PROJECT_VERSION}-x64-setup.exe /S\n")
     string(REPLACE "|" ";" row "${row}")
     list(GET row 0 file)
     list(GET row 1 words)

@@ -4,25 +4,22 @@ Looks into the 32-bit files, which nothing here can run, and runs their 64-bit t
 own.
 """
 
-import os
 import pathlib
 import re
-import subprocess
 import sys
 import tempfile
 
-from checks import check, count_checks, counts, equal, must, run, said, succeeds
+import documented
+import setups
+from checks import check, count_checks, counts, equal, must, said
 from rooms import run_rooms
+from wine import HANGS, Windows
 
 X86, X64 = (pathlib.Path(f"build/windows-{bits}/bin").resolve() for bits in ("x86", "x64"))
 SYSTEM = {f"{name}.dll" for name in
           "kernel32 user32 gdi32 advapi32 ole32 oleaut32 msvcrt bcrypt shell32 version".split()}
 FILES = "RUVO.exe ruvoctl.exe p32ls-sim.exe ruvo.dll oncrpc.dll HalvexCryptoKit.dll".split()
-PACKED = {*FILES, "README.txt", "RUVO.ini", "substation.toml"}
 VERSION = re.search(r"(?m)^project\(ruvo VERSION ([0-9.]*)", pathlib.Path("CMakeLists.txt").read_text("utf-8"))[1]
-WINE, WINESERVER = "/usr/lib/wine/wine64", "/usr/lib/wine/wineserver"
-# Wine itself hangs once in a long while, when COM releases an interface as a call returns.
-WINE_HANGS = "did not come to its end; once more in a new session"
 
 
 def headers(file):
@@ -76,64 +73,6 @@ def look_at_texts(work):
     equal("RUVO.exe: string table", found, texts(resources(work / "table.o")))
 
 
-def pack():
-    print("Packing", flush=True)
-    for preset in ("windows-x86", "windows-x64"):
-        succeeds(f"the zip of {preset}", "cmake", "-E", "chdir", f"build/{preset}", "cpack")
-        packed = f"build/{preset}/ruvo-{VERSION}-{preset}.zip"
-        names = [line.rsplit("/", 1)[-1] for line in said("cmake", "-E", "tar", "tf", packed).splitlines()]
-        equal("what is in it", sorted(name for name in names if name in PACKED), sorted(PACKED))
-
-
-class Windows:
-    """A Windows of this test's own, without a screen."""
-
-    def __init__(self, work):
-        self.work = work
-        self.environment = {name: value for name, value in os.environ.items() if name not in ("DISPLAY", "WINEARCH")}
-        self.environment.update(WINEPREFIX=str(work / "prefix"), WINEDEBUG="-all", LC_ALL="C.UTF-8",
-                                # No questions, no menu files, and a program that crashes just ends.
-                                WINEDLLOVERRIDES="mscoree=;mshtml=;winemenubuilder.exe=d;winedbg.exe=d")
-
-    def __enter__(self):
-        try:
-            self.set_up("wineboot", "-i")
-            for key, value, text in (("Drivers", "Graphics", "null"),
-                                     # The calls that tell a box's icon, which no other process can see.
-                                     ("Debug", "RelayInclude", "user32.MessageBoxA")):
-                self.set_up("reg", "add", rf"HKCU\Software\Wine\{key}", "/v", value, "/t", "REG_SZ", "/d", text, "/f")
-        finally:
-            self.end_session()  # COM hangs in the session that made the Windows
-        return self
-
-    def __exit__(self, *_):
-        self.end_session()
-
-    def set_up(self, *words):
-        status = self.run("setup", 300, *words)
-        if status != 0:
-            raise RuntimeError(f"{' '.join(words)}: ended with {status}")
-
-    def run(self, name, seconds, *words, **variables):
-        """Into files, never pipes: a server started meanwhile keeps them open. The status, none after too long."""
-        with open(self.work / f"{name}.log", "wb") as out, open(self.work / f"{name}.calls", "wb") as calls:
-            program = subprocess.Popen([WINE, *words], env={**self.environment, **variables}, stdin=subprocess.DEVNULL,
-                                       stdout=out, stderr=calls)
-            try:
-                return program.wait(seconds)
-            except subprocess.TimeoutExpired:
-                program.kill()
-                program.wait()
-                return None
-
-    def read(self, file):
-        return (self.work / file).read_bytes().decode("utf-8", "replace").replace("\r", "")
-
-    def end_session(self):
-        for option in ("-k", "-w"):  # every process of this prefix, and of no other
-            run(WINESERVER, option, env=self.environment)
-
-
 def last_line(text):
     return text.rstrip("\n").rsplit("\n", 1)[-1]
 
@@ -164,7 +103,7 @@ def run_twins(windows):
     for name in ("path_difference", "ini_difference", "system", "end_to_end"):
         text = run_twin(windows, name)
         if " passed, " not in last_line(text):
-            print(f"  {name} {WINE_HANGS}", flush=True)
+            print(f"  {name} {HANGS}", flush=True)
             windows.end_session()
             text = run_twin(windows, name)
         take_count(name, text)
@@ -180,7 +119,7 @@ def run_connector(windows):
             status = windows.run("com", 200, X64 / "test_com.exe", f"--gtest_filter={tests}")
             if status is not None or attempt == "second":
                 break
-            print(f"  com {tests} {WINE_HANGS}", flush=True)
+            print(f"  com {tests} {HANGS}", flush=True)
         text = windows.read("com.log")
         good = len(re.findall(r"(?m)^\[       OK \]", text))
         bad = len(re.findall(r"(?m)^\[ RUN      \]", text)) - good  # what has begun and not ended well
@@ -256,13 +195,18 @@ def test():
         work = pathlib.Path(folder)
         look_at_files()
         look_at_texts(work)
-        pack()
+        packages = setups.pack(work)
         with Windows(work) as windows:
             run_twins(windows)
             run_rooms(windows, X64)
             run_connector(windows)
             visit_a_site(windows)
             look_at_icons(windows)
+        new = work / "new"
+        new.mkdir()
+        with Windows(new) as windows:
+            documented.test(windows, packages)
+            setups.test(windows, packages, work)
 
 
 if __name__ == "__main__":
