@@ -90,7 +90,8 @@ install(FILES ${linux_files}/linux/site.ini DESTINATION ${examples})
 install(DIRECTORY ${linux_files}/fleet ${linux_files}/container ${linux_files}/prometheus DESTINATION ${examples})
 install(PROGRAMS ${linux_files}/after-visit.d/mail ${linux_files}/after-visit.d/webhook
     DESTINATION ${examples}/after-visit.d)
-install(FILES ${CMAKE_SOURCE_DIR}/examples/c/check_relay.c DESTINATION ${examples}/c)
+install(FILES ${CMAKE_SOURCE_DIR}/examples/c/check_relay.c ${CMAKE_SOURCE_DIR}/examples/c/scramble.c DESTINATION ${examples}/c)
+install(PROGRAMS ${CMAKE_SOURCE_DIR}/examples/python/ruvo_library.py DESTINATION ${examples}/python)
 install(FILES ${linux_files}/linux/simulator.ini DESTINATION ${examples}/simulator RENAME registry.ini)
 install(FILES ${linux_files}/linux/demo.env ${CMAKE_SOURCE_DIR}/examples/substation/substation.toml
     DESTINATION ${examples}/simulator)

@@ -20,16 +20,17 @@ static const char* const kMeanings[] = {
     "the password is blocked",
     "the COM library could not be initialised",
     "the password's level is insufficient",
-    "the test did not run",
+    "the test did not run"
 };
 
 int main(int count, char** arguments) {
+    int result, known;
     if (count != 3) {
         fprintf(stderr, "usage: check_relay INI KEY\n");
         return 64;
     }
-    const int32_t result = TestConnectionExt(arguments[1], arguments[2]);
-    const int known = result >= RUVO_TEST_GOOD && result <= RUVO_TEST_NO_RESULT;
-    printf("%s: %s (%d)\n", arguments[2], known ? kMeanings[result] : "unknown result", (int)result);
-    return (int)result;
+    result = (int)TestConnectionExt(arguments[1], arguments[2]);
+    known = result >= RUVO_TEST_GOOD && result <= RUVO_TEST_NO_RESULT;
+    printf("%s: %s (%d)\n", arguments[2], known ? kMeanings[result] : "unknown result", result);
+    return result;
 }

@@ -1,5 +1,5 @@
 /* What ruvo offers to other programs: testing the connection to one relay, and the scrambled form of relay
- * passwords. Plain C, for libruvo.so, RUVO.exe and ruvo.dll.
+ * passwords. Plain C (C89 or C++98, and all later ones) for libruvo.so, RUVO.exe and ruvo.dll.
  *
  * All texts end with a NUL. Paths and texts are in the system's narrow encoding (UTF-8 on POSIX). No function
  * throws, keeps a pointer after it has returned, or allocates memory for the caller. One call at a time per
