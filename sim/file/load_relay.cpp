@@ -120,7 +120,7 @@ SCell ReadCell(const STomlNode& node, const std::string& what) {
     cell.limits = ReadValues(table, "limits");
     cell.strings = ReadValues(table, "strings");
     if (const STomlNode* label = table.Find("label")) {
-        cell.label = TaggedValue(kTypeText, ReadRelayText(*label, "label"));
+        cell.label = ReadValue(*label, "label");
     }
     cell.writable = table.Flag("writable", false);
     cell.listed = table.Flag("listed", true);

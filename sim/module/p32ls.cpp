@@ -1,9 +1,11 @@
 // The simulated comms server as a loadable module.
 #include "link/seam/server_module.h"
+#include "sim/server/playback.h"
 #include "sim/server/simulated_connection.h"
 
 #include <cstdio>
 #include <exception>
+#include <memory>
 #include <string>
 
 namespace {
@@ -15,7 +17,13 @@ void PrintError(const char* before, const char* text) noexcept {
 ruvo::IServerConnection* Connect() noexcept {
     try {
         std::string error;
-        auto connection = ruvo::sim::ConnectToSubstation(ruvo::sim::SubstationPath(), error);
+        bool isRecording = false;
+        const std::string path = ruvo::sim::SubstationPath();
+        std::unique_ptr<ruvo::IServerConnection> connection =
+            ruvo::sim::ConnectToRecording(path, isRecording, error);
+        if (!isRecording) {
+            connection = ruvo::sim::ConnectToSubstation(path, error);
+        }
         if (!connection) {
             PrintError("", error.c_str());
         }

@@ -1,5 +1,7 @@
 #include "sim/server/sink_list.h"
 
+#include <array>
+
 namespace ruvo::sim {
 
 std::uint32_t CSinkList::Add(IP32lsSink_v2& sink) {
@@ -33,6 +35,19 @@ void CSinkList::NotifyProgress(std::int32_t done, std::int32_t total) {
 void CSinkList::NotifyComplete(LinkStatus status, bool alternate) {
     const auto method = alternate ? &IP32lsSink_v2::OnCommandCompleteAlt : &IP32lsSink_v2::OnCommandComplete;
     ForEach([&](IP32lsSink_v2& sink) { (sink.*method)(Variant::FromI4(static_cast<std::int32_t>(status))); });
+}
+
+void CSinkList::Report(std::uint8_t slot, const Variant& first, const Variant& second) {
+    constexpr std::array kMethods{&IP32lsSink_v2::OnCommandComplete, &IP32lsSink_v2::OnCommandCompleteAlt,
+                                  &IP32lsSink_v2::OnLineStatus, &IP32lsSink_v2::OnTransferProgress};
+    constexpr std::uint8_t kProgressSlot = 7; // the others follow
+    ForEach([&](IP32lsSink_v2& sink) {
+        if (slot == kProgressSlot) {
+            sink.OnProgress(first, second);
+        } else {
+            (sink.*kMethods.at(slot - kProgressSlot - 1U))(first);
+        }
+    });
 }
 
 } // namespace ruvo::sim

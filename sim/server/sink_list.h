@@ -21,6 +21,8 @@ public:
     void NotifyProgress(std::int32_t done, std::int32_t total);
     /// Notifies every sink, by one of the two methods that mean the same.
     void NotifyComplete(LinkStatus status, bool alternate);
+    /// Calls the method of that slot with the values that it takes; further ones do not matter.
+    void Report(std::uint8_t slot, const Variant& first, const Variant& second);
 
 private:
     template <typename Notify>

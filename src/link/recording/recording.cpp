@@ -1,5 +1,7 @@
 #include "link/recording/recording.h"
 
+#include "platform/file.h"
+
 #include <algorithm>
 
 namespace ruvo {
@@ -27,6 +29,27 @@ bool TakeMoment(CByteCursor& cursor, SRecordingEntry& entry) {
 bool IsRecording(std::span<const std::uint8_t> bytes) {
     return bytes.size() >= kRecordingMark.size() &&
            std::equal(kRecordingMark.begin(), kRecordingMark.end(), bytes.begin());
+}
+
+ERecordingRead ReadRecordingFile(const std::string& path, Variant::Bytes& bytes) {
+    constexpr std::size_t kBlock = std::size_t{64} * 1024;
+    CFile file;
+    std::size_t held = 0;
+    bytes.clear();
+    if (!file.Open(path, {.read = true}).Good()) {
+        return ERecordingRead::Unreadable;
+    }
+    for (std::size_t count = 1; count != 0; held += count) {
+        bytes.resize(held + kBlock);
+        if (!file.Read(std::span(bytes).subspan(held), count).Good() || held + count > kMaxRecording) {
+            return ERecordingRead::Unreadable;
+        }
+        if (held == 0 && !IsRecording(std::span(bytes).first(count))) {
+            return ERecordingRead::NoRecording;
+        }
+    }
+    bytes.resize(held);
+    return ERecordingRead::Read;
 }
 
 CRecordingReader::CRecordingReader(std::span<const std::uint8_t> bytes)

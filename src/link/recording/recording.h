@@ -29,6 +29,14 @@ struct SRecordingEntry {
 /// Whether the bytes begin as a recording does.
 [[nodiscard]] bool IsRecording(std::span<const std::uint8_t> bytes);
 
+enum class ERecordingRead : std::uint8_t {
+    Read,
+    Unreadable,  ///< no regular file, or one that is longer than a recording gets
+    NoRecording, ///< it begins otherwise, and is not read on
+};
+/// The bytes of a recording's file.
+[[nodiscard]] ERecordingRead ReadRecordingFile(const std::string& path, Variant::Bytes& bytes);
+
 /// Reads entry by entry, as far as the bytes make sense. Borrows them.
 class CRecordingReader {
 public:
