@@ -24,6 +24,7 @@ SCommand PasswordCommand();
 SCommand ReportCommand();
 SCommand RecoverCommand();
 SCommand ExplainCommand();
+SCommand RecordingCommand();
 SCommand MuteCommand();
 SCommand UnmuteCommand();
 SCommand ArchiveCommand();
@@ -32,11 +33,11 @@ SCommand HelpCommand();
 
 std::span<const SCommand> Commands() {
     static const std::array commands{
-        EventsCommand(),   SoeCommand(),     VisitCommand(),   ScheduleCommand(), StatusCommand(),
-        DigestCommand(),   ReportCommand(),  NewCommand(),     ListCommand(),     RelaysCommand(),
-        AddCommand(),      RemoveCommand(),  CheckCommand(),   PathsCommand(),    TestCommand(),
-        PasswordCommand(), RecoverCommand(), ExplainCommand(), MuteCommand(),     UnmuteCommand(),
-        ArchiveCommand(),  FindCommand(),    HelpCommand(),
+        EventsCommand(),    SoeCommand(),     VisitCommand(),   ScheduleCommand(), StatusCommand(),
+        DigestCommand(),    ReportCommand(),  NewCommand(),     ListCommand(),     RelaysCommand(),
+        AddCommand(),       RemoveCommand(),  CheckCommand(),   PathsCommand(),    TestCommand(),
+        PasswordCommand(),  RecoverCommand(), ExplainCommand(), MuteCommand(),     UnmuteCommand(),
+        RecordingCommand(), ArchiveCommand(), FindCommand(),    HelpCommand(),
     };
     return commands;
 }

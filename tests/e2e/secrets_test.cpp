@@ -127,10 +127,12 @@ TEST(Secrets, AThousandPasswordsStayInside) {
     for (std::size_t first = 0; first < secrets.size(); first += kRelays) {
         const SSite site = MakeSite(secrets, first);
         const CProgramRun run(site.substation, "", site.sections);
-        std::string output = run.Shell("export RUVO_DEBUG_OUTPUT=$DIR/debug.txt\n"
+        std::string output = run.Shell("export RUVO_DEBUG_OUTPUT=$DIR/debug.txt RUVO_RECORD=$DIR/calls.rec\n"
                                        "$RUVO -t $DIR/site.ini; $RUVO $DIR/site.ini\n"
                                        "${RUVO}ctl check $DIR/site.ini\n"
-                                       "for n in {100..113}; do ${RUVO}ctl test $DIR/site.ini RV$n; done");
+                                       "for n in {100..113}; do ${RUVO}ctl test $DIR/site.ini RV$n; done\n"
+                                       "${RUVO}ctl recording show $DIR/calls.rec\n"
+                                       "${RUVO}ctl recording to-substation $DIR/calls.rec");
         for (std::size_t i = first; i < first + 5; ++i) { // typed, and never repeated
             output += run.Shell("echo " + secrets[i].plain +
                                 "123 | ${RUVO}ctl password encrypt --key RV100\n"
@@ -148,6 +150,8 @@ TEST(Secrets, AThousandPasswordsStayInside) {
             << "the failures have happened";
         EXPECT_NE(all.find("calls EnterPassword"), std::string::npos) << "the traces were written";
         EXPECT_GT(run.Files().size(), 10U) << "and some logins were good";
+        EXPECT_NE(all.find("ChangeSetting 101 00.02 (masked 1C)"), std::string::npos) << "and recorded";
+        EXPECT_TRUE(run.Folder().Has("calls-15.rec")) << "as were the tests of the connection";
         for (const SSecret& secret : secrets) {
             for (const std::string& form : FormsOf(secret)) {
                 ASSERT_EQ(all.find(form), std::string::npos) << secret.plain << " got out as " << form;
