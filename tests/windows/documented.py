@@ -88,6 +88,9 @@ def set_up_site(steps):
     steps.take("yard: paths", 0, "ruvoctl paths")
     equal("yard: where things go", steps.shown,
           "events: C:\\ProgramData\\ruvo\\yard\nlog: C:\\ProgramData\\ruvo\\yard.log\n")
+    status = steps.type("ruvoctl check %ProgramData%\\ruvo\\yard.ini")
+    told = steps.shown + steps.windows.read("step.calls")
+    check("yard: a check without a server says what COM says", status != 0 and "80040154" in told, told)
     register_server(steps)
     steps.take("yard: check", 0, "ruvoctl visit yard --check")
     steps.take("yard: the connection to a relay", 0, "ruvoctl visit yard --test")
