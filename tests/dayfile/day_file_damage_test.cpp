@@ -95,7 +95,8 @@ TEST(DayFileDamage, CutAtEveryByte) {
         ASSERT_EQ(read.images, whole) << cut;
         ASSERT_EQ(read.damage.size(), sound != cut ? 1U : 0U) << cut;
         if (sound != cut) {
-            ASSERT_EQ(std::pair(read.damage[0].offset, read.damage[0].length), std::pair(sound, cut - sound));
+            ASSERT_EQ(read.damage[0].offset, sound);
+            ASSERT_EQ(read.damage[0].length, cut - sound);
         }
     }
 }
