@@ -12,7 +12,7 @@ packages=linux-image-amd64,systemd-sysv,udev,dbus,procps,iproute2,kmod,nfs-kerne
 [ -f shares.tar ] || {
     # The main archive alone, as the host has it.
     mirror=$(sed -n 's/^URIs: *\(.*debian\)\/*$/\1/p' /etc/apt/sources.list.d/*.sources | head -1)
-    mmdebstrap --quiet --variant=minbase --include=$packages bookworm shares.new "deb $mirror bookworm main"
+    mmdebstrap --quiet --format=tar --variant=minbase --include=$packages bookworm shares.new "deb $mirror bookworm main"
     mv shares.new shares.tar
 }
 rm -rf shares-root
