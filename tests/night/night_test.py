@@ -78,16 +78,17 @@ class Story:
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--update", action="store_true")
-    parser.add_argument("--keep", metavar="FOLDER")
+    parser.add_argument("--keep", action="store_true")
     parser.add_argument("programs", nargs="?", default="build/release/bin")
     options = parser.parse_args()
-    # (Of one length, whatever the machine: lines are broken by their length.)
-    folder = pathlib.Path(options.keep or tempfile.mkdtemp(prefix="night-", dir="/tmp")).resolve()
-    folder.mkdir(exist_ok=True)
+    # (As long on every machine: lines are broken by their length.)
+    folder = pathlib.Path(tempfile.mkdtemp(prefix="night-", dir="/tmp"))
     try:
         return count_checks(Story(TwoSites(folder, options.programs), options.update).play)
     finally:
-        if not options.keep:
+        if options.keep:
+            print(f"The sites are in {folder}.")
+        else:
             shutil.rmtree(folder)
 
 

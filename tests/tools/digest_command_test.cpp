@@ -139,8 +139,7 @@ TEST_F(DigestCommand, AMutedRelayAlarmsNobody) {
     EXPECT_EQ(Run("mute @/sites/north.ini RV002 --until 2026-12-31 --why CT").status, 0);
     const std::string text = Run("digest @/sites/north.ini --fetched 24h").out;
     EXPECT_NE(text.find("2 nights; muted until the end of"), std::string::npos) << text;
-    EXPECT_NE(text.find("The link to this relay could not be opened."), std::string::npos) << text;
-    for (const char* alarm : {"1 relay not reached", "! Bus", "\"ping\""})
+    for (const char* alarm : {"1 relay not reached", "! Bus", "The link to", "\"ping\""})
         EXPECT_EQ(text.find(alarm), std::string::npos) << alarm << text;
 }
 
@@ -174,7 +173,7 @@ TEST_F(DigestCommand, AMarkLeavesNoRunOut) {
         const std::string out = Run("digest @/sites/north.ini --since-last mail").out;
         EXPECT_NE(out.find(said), std::string::npos) << said << "\n" << out;
     };
-    digest("The first digest of this name");
+    digest("this is the first digest \"mail\"");
     digest("north: no events\n");
     Happen("run", {"north", "25 06:00", "whole"});
     Happen("relay", {"RV001", "10.0.0.5,1", "AB12-1", "Feeder 1", "reached", "25 06 New trip"});

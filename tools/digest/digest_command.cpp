@@ -57,7 +57,8 @@ Examples: each morning, and what has come in since the last mail
 struct SRequest {
     std::vector<std::string> iniPaths; ///< full
     SDigestQuestion question;
-    std::string period; ///< in words
+    std::string period;      ///< in words
+    std::string firstPeriod; ///< of the first digest of a name
     std::optional<CMarks> marks;
     std::uint64_t lines = kUsualLines;
 };
@@ -115,6 +116,7 @@ bool ChooseRuns(const CArguments& arguments, SRequest& request, SConsole& consol
         request.marks.emplace("digest", name);
         request.question.ofMark = true;
         request.period = "since the last digest \"" + name + "\"";
+        request.firstPeriod = "in the last 24 hours (this is the first digest \"" + name + "\")";
         return request.marks->Failure().empty() || Refuse(console, request.marks->Failure());
     }
     if (arguments.Has("--visit")) {
@@ -172,17 +174,27 @@ SDigestQuestion QuestionOf(const SRequest& request, const std::string& ini, bool
 }
 
 void ReadSites(SRequest& request, SDigest& digest, SConsole& console) {
+    std::size_t firsts = 0;
+    std::vector<bool> isFirstOf;
     for (const std::string& ini : request.iniPaths) {
         bool isFirst = false;
         const SDigestQuestion question = QuestionOf(request, ini, isFirst);
         SSiteDigest site = ReadSiteDigest(ini, question, console);
-        if (isFirst) {
-            site.notes.emplace_back("The first digest of this name: it is of the last 24 hours.");
-        }
+        firsts += isFirst ? 1 : 0;
+        isFirstOf.push_back(isFirst);
         if (site.mark) {
             request.marks->Move(RecordedIniPath(ini), *site.mark);
         }
         digest.sites.push_back(std::move(site));
+    }
+    if (firsts > 0 && firsts == digest.sites.size()) {
+        digest.period = request.firstPeriod;
+        return;
+    }
+    for (std::size_t at = 0; at < isFirstOf.size(); ++at) {
+        if (isFirstOf[at]) {
+            digest.sites[at].notes.emplace_back("The first digest of this name: it is of the last 24 hours.");
+        }
     }
 }
 

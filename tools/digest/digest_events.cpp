@@ -46,12 +46,31 @@ std::string DetailsOf(const CEventRecord& record) {
     return text;
 }
 
+/// Whether an event of that time can have come in on that day. Memories of relays are not read for years, and
+/// no clock is more than a day ahead of UTC.
+bool IsPossible(const CParlaneIEC870& time, const std::string& day) {
+    constexpr std::int64_t kLongestWait = 366;
+    constexpr std::int64_t kFarthestZone = 1;
+    const auto came = DayNumber(day);
+    if (!came || !IsRealTime(time)) {
+        return true; // or there is nothing to say of it
+    }
+    std::string text;
+    AppendTime(text, time, 'T');
+    const auto was = DayNumber(text.substr(0, text.find('T')));
+    return !was || (*was >= *came - kLongestWait && *was <= *came + kFarthestZone);
+}
+
 class CBays {
 public:
     explicit CBays(const SSiteVisits& visits) : m_visits(visits) {}
 
-    void AddRecord(const std::string& relay, const CEventRecord& record) {
+    /// `day` is that of the day file.
+    void AddRecord(const std::string& relay, const std::string& day, const CEventRecord& record) {
         SBay& bay = Of(relay);
+        if (!IsPossible(record.GetTimeStamp(), day) && bay.bay.oddTimes++ == 0) {
+            bay.bay.oddTime = TimeText(record.GetTimeStamp());
+        }
         const std::string event = ReadableRelayLine(EventLine(record));
         const EEventKind kind = EventKindOf(event);
         ++bay.bay.counts[static_cast<std::size_t>(kind)];
@@ -118,7 +137,9 @@ void ReadDigestEvents(const SFoundFiles& found, const SSiteVisits& visits, SSite
     CDayFileWalk walk(console);
     walk.Read(found, [&](const SEventSource& source, const SDayFileItem& item, CProgress& /*progress*/) {
         if (item.record != nullptr) {
-            bays.AddRecord(source.relay, *item.record);
+            bays.AddRecord(source.relay,
+                           DayOfFileName(source.file.substr(source.file.find_last_of("/\\") + 1)),
+                           *item.record);
         }
         if (item.damage && item.damage->fault == EDayFileFault::ReadFailed) {
             digest.failures.push_back(EscapeControls(source.file) + ": could not be read to the end");

@@ -1,6 +1,7 @@
 // The digest for programs. Members are only added, never renamed; the schema's number counts changes.
 #include "base/json_writer.h"
 #include "tools/digest/digest_output.h"
+#include "tools/digest/digest_words.h"
 
 #include <algorithm>
 
@@ -64,6 +65,7 @@ void WriteBay(CJsonWriter& json, const SDigestBay& bay) {
     }
     json.Close('}');
     json.Key("damaged_places").Number(bay.damaged);
+    json.Key("odd_times").Number(bay.oddTimes);
     WriteObjects(json, "events", bay.events, [&json](const SDigestEvent& event) {
         json.Key("time").Text(event.time);
         json.Key("kind").Text(KindKey(event.kind));
@@ -75,11 +77,14 @@ void WriteBay(CJsonWriter& json, const SDigestBay& bay) {
 
 void WriteProblem(CJsonWriter& json, const SDigestProblem& problem) {
     json.Key("severity").Text(SeverityName(problem.severity));
+    json.Key("concern").Text(ConcernName(problem.concern));
     WriteKnown(json, "where", problem.where);
     json.Key("happened").Text(problem.happened);
-    WriteKnown(json, "to_do", problem.todo);
+    const SDigestProblem* const one = &problem;
+    WriteKnown(json, "to_do", TodoText(std::span(&one, 1)));
     json.Key("count").Number(problem.count);
     WriteKnown(json, "last_time", problem.lastTime);
+    json.Key("over").Bool(problem.isOver);
 }
 
 void WriteSite(CJsonWriter& json, const SSiteDigest& site) {
@@ -89,6 +94,11 @@ void WriteSite(CJsonWriter& json, const SSiteDigest& site) {
     json.Key("lacks_visit").Bool(site.lacksVisit);
     json.Key("relays_reached").Number(site.reached);
     json.Key("relays_visited").Number(site.relays);
+    json.Key("relays_not_visited").Number(site.notVisited);
+    WriteObjects(json, "gaps", site.gaps, [&json](const SVisitGap& gap) {
+        json.Key("from").Text(gap.from);
+        json.Key("to").Text(gap.to);
+    });
     json.Key("events").Number(site.Total());
     json.Key("lost").Number(site.lost);
     json.Key("set_aside").Number(site.setAside);

@@ -1,112 +1,21 @@
 #include "tools/digest/digest_lines.h"
 
 #include "base/text.h"
+#include "tools/digest/digest_words.h"
 
 #include <algorithm>
+#include <functional>
+#include <set>
 
 namespace ruvo {
 
 namespace {
 
 using enum EDigestLine;
+using Problems = std::vector<const SDigestProblem*>;
 
-std::string Minute(const std::string& recorded) {
-    const auto seconds = SecondsOfRecord(recorded);
-    if (!seconds) {
-        return "an unknown time";
-    }
-    std::string text = LocalTimeText(*seconds);
-    text[10] = ' ';
-    return text.substr(0, 16);
-}
-
-void Join(std::string& text, const std::string& part, std::string_view separator = ", ") {
-    if (!part.empty()) {
-        text += text.empty() ? "" : separator;
-        text += part;
-    }
-}
-
-std::string CountedAny(std::uint64_t number, std::string_view what) {
-    return number == 0 ? std::string() : Counted(number, what);
-}
-
-/// "2 trips, 1 fault, 34 other events".
-std::string CountsText(std::uint64_t trips, std::uint64_t faults, std::uint64_t total) {
-    std::string text;
-    Join(text, CountedAny(trips, "trip"));
-    Join(text, CountedAny(faults, "fault"));
-    const bool isGrave = !text.empty();
-    Join(text, CountedAny(total - trips - faults, isGrave ? "other event" : "event"));
-    return text.empty() ? "no events" : text;
-}
-
-std::uint64_t CountOf(const SSiteDigest& site, EEventKind kind) {
-    std::uint64_t count = 0;
-    for (const SDigestBay& bay : site.bays) {
-        count += bay.Count(kind);
-    }
-    return count;
-}
-
-/// "12 starts, 3 alarms" of the kinds that are not listed.
-std::string OtherKinds(const SDigestBay& bay) {
-    std::string text;
-    for (std::size_t kind = 0; kind < kEventKindCount; ++kind) {
-        const auto which = static_cast<EEventKind>(kind);
-        if (bay.counts[kind] > 0 && which != EEventKind::Trip && which != EEventKind::Fault) {
-            Join(text, std::string(EventKindName(which)) + " " + std::to_string(bay.counts[kind]));
-        }
-    }
-    return text;
-}
-
-std::string BayName(const SDigestBay& bay) {
-    std::string in = bay.key;
-    Join(in, bay.label == bay.name ? std::string() : bay.name);
-    return bay.label + (in.empty() ? in : " (" + in + ")");
-}
-
-std::string LengthOf(const SVisitLine& run) {
-    const auto begin = SecondsOfRecord(run.begin);
-    const auto end = SecondsOfRecord(run.end);
-    return begin && end && *end >= *begin ? " (" + LengthForPeople(*end - *begin) + ")" : std::string();
-}
-
-std::vector<SVisitLine> VisitsOf(const SSiteDigest& site) {
-    std::vector<SVisitLine> visits = site.visits;
-    std::erase_if(visits, [](const SVisitLine& run) { return run.kind != ERunKind::Visit; });
-    return visits;
-}
-
-/// "visit of 2026-11-25 02:00 (3 min 4 s), 11 of 12 relays reached".
-std::string VisitText(const SSiteDigest& site) {
-    const std::vector<SVisitLine> visits = VisitsOf(site);
-    if (visits.empty()) {
-        return site.lastVisit.empty() ? "no visit" : "no visit; the last one began " + Minute(site.lastVisit);
-    }
-    std::string text =
-        visits.size() == 1 ? "visit of " : Counted(visits.size(), "visit") + ", the last one of ";
-    text += Minute(visits.back().begin) + LengthOf(visits.back());
-    return site.relays == 0 ? text
-                            : text + ", " + std::to_string(site.reached) + " of " +
-                                  Counted(site.relays, "relay") + " reached";
-}
-
-std::string EndText(const SVisitLine& run) {
-    const std::string visit = "The visit of " + Minute(run.begin);
-    switch (run.ended) {
-    case ERunEnd::Signal:
-        return visit + " was ended by " + run.signal + "; " + Counted(run.notVisited, "relay") +
-               " not visited.";
-    case ERunEnd::Killed:
-        return visit + " was killed, or the machine stopped.";
-    case ERunEnd::NotBegun:
-        return visit + " could not begin: result code " + std::to_string(run.result) + ".";
-    case ERunEnd::Whole:
-        break;
-    }
-    return {};
+bool IsSameCause(const SDigestProblem& a, const SDigestProblem& b) {
+    return a.happened == b.happened && a.todo == b.todo && a.isOver == b.isOver;
 }
 
 class CLineMaker {
@@ -141,32 +50,36 @@ private:
     void Add(EDigestLine kind, const std::string& text) { m_lines.push_back({kind, text}); }
 
     void AddSite(const SSiteDigest& site) {
+        m_shown.clear();
         Add(Site,
             site.name + ": " + VisitText(site) + ", " +
                 CountsText(CountOf(site, EEventKind::Trip), CountOf(site, EEventKind::Fault), site.Total()));
-        AddTrouble(site);
+        AddVisits(site);
+        AddCustody(site);
         for (const SDigestBay& bay : site.bays) {
-            if (bay.Grave() + bay.damaged > 0) {
-                AddBay(bay);
-            }
+            AddBay(bay);
         }
-        for (const SDigestBay& bay : site.bays) {
-            if (bay.Grave() + bay.damaged == 0) {
-                Add(Text, BayName(bay) + ": " + OtherKinds(bay));
-            }
+        AddMissed(site);
+        AddProblems(site, [](const SDigestProblem& problem) { return problem.IsAlarm(); });
+        for (const SMissedRelay& relay : site.muted) {
+            Add(Remark, relay.label + " " + relay.since + "; " + relay.mute + ".");
         }
-        AddProblems(site.problems);
+        AddProblems(site, [&site](const SDigestProblem& problem) {
+            return !problem.isMuted ||
+                   std::ranges::count(site.muted, problem.key, &SMissedRelay::key) == 0; // said already
+        });
         for (const SSilentRelay& relay : site.silent) {
-            Add(Text, relay.label + " answers, but has had no event for " +
-                          Counted(static_cast<std::uint64_t>(relay.days), "day") +
-                          (relay.lastDay.empty() ? std::string() : " (since " + relay.lastDay + ")"));
+            Add(Remark, relay.label + " answers, but has had no event for " +
+                            Counted(static_cast<std::uint64_t>(relay.days), "day") + " (since " +
+                            (relay.lastDay.empty() ? "visits are recorded" : relay.lastDay) + ").");
         }
         for (const std::string& note : site.notes) {
-            Add(Text, note);
+            Add(Remark, note);
         }
     }
 
-    void AddTrouble(const SSiteDigest& site) {
+    /// Whether each of them took place, and came to its end.
+    void AddVisits(const SSiteDigest& site) {
         for (const std::string& failure : site.failures) {
             Add(Alarm, failure);
         }
@@ -176,36 +89,70 @@ private:
                       "\"ruvoctl status " +
                           site.ini + "\" tell more.");
         }
-        for (const SVisitLine& run : VisitsOf(site)) {
+        for (const SVisitGap& gap : site.gaps) {
+            Add(Alarm, "There was no visit from " + RecordTimeForPeople(gap.from) + " to " +
+                           RecordTimeForPeople(gap.to) + ".");
+        }
+        const std::vector<SVisitLine> visits = VisitsOf(site);
+        for (const SVisitLine& run : visits) {
+            const bool isLast = &run == &visits.back();
             if (run.ended != ERunEnd::Whole) {
                 Add(Alarm, EndText(run));
             }
-        }
-        for (const SMissedRelay& relay : site.missed) {
-            Add(Alarm, relay.text);
-        }
-        for (const SMissedRelay& relay : site.muted) {
-            Add(Text, relay.text);
-        }
-        const std::string recover = "\"ruvoctl recover " + site.ini + "\"";
-        AddCount(site.lost, "lost: the error log says which and why.");
-        AddCount(site.setAside, "set aside: " + recover + " lists and stores them.");
-        AddCount(site.waiting, "waiting in the journal: the next visit stores them.");
-        if (site.recovered > 0) {
-            Add(Text, Counted(site.recovered, "event") + " of earlier runs recovered.");
+            if (run.ended == ERunEnd::Killed && isLast) {
+                Add(Todo,
+                    "Nothing is lost but perhaps the event that was just being read; the next visit goes "
+                    "on. Find out what ended this one: \"journalctl -u ruvo@" +
+                        site.name + "\", \"last reboot\".");
+            }
         }
     }
-    void AddCount(std::uint64_t events, const std::string& fate) {
-        if (events > 0) {
-            Add(Alarm, Counted(events, "event") + " " + fate);
+
+    /// What became of events on their way.
+    void AddCustody(const SSiteDigest& site) {
+        const auto listed = [](const std::vector<std::string>& relays) {
+            std::string text;
+            for (const std::string& relay : relays) {
+                Join(text, relay);
+            }
+            return text;
+        };
+        if (site.lost > 0) {
+            Add(Alarm, Counted(site.lost, "event") + " lost, of " + listed(site.lostOf) + ".");
+            AddProblems(site, [](const SDigestProblem& problem) {
+                return problem.IsAlarm() && problem.concern == EConcern::Loss;
+            });
+        }
+        if (site.setAside > 0) {
+            Add(Alarm, Counted(site.setAside, "event") + " set aside: \"ruvoctl recover " + site.ini +
+                           "\" lists and stores them.");
+        }
+        if (site.waiting > 0) {
+            Add(Alarm, Counted(site.waiting, "event") + " waiting in the journal: the next visit stores " +
+                           (site.waiting == 1 ? "it." : "them."));
+        }
+        if (site.recovered > 0) {
+            Add(Remark, Counted(site.recovered, "event") + " that an earlier visit had read " +
+                            (site.recovered == 1 ? "is" : "are") + " stored now, of " +
+                            listed(site.recoveredOf) + ".");
         }
     }
 
     void AddBay(const SDigestBay& bay) {
+        const std::string others = OtherKinds(bay);
+        if (bay.Grave() + bay.damaged + bay.oddTimes == 0) {
+            Add(Counts, BayName(bay) + ": " + others);
+            return;
+        }
         Add(Bay, BayName(bay));
         if (bay.damaged > 0) {
-            Add(Alarm, Counted(bay.damaged, "damaged place") + " in what came in.");
+            Add(BayAlarm, Counted(bay.damaged, "damaged place") + " in what came in.");
             Add(Todo, "\"ruvoctl events\" shows where; docs/reliability.md says what can cause damage.");
+        }
+        if (bay.oddTimes > 0) {
+            Add(BayAlarm, Counted(bay.oddTimes, "event") + " dated " + bay.oddTime +
+                              (bay.oddTimes == 1 ? "" : " or the like") + ", which cannot be right.");
+            Add(Todo, "Set the relay's clock, and look at its battery and its time signal.");
         }
         const std::size_t shown = std::min(bay.events.size(), m_mostEvents);
         for (std::size_t at = 0; at < shown; ++at) {
@@ -215,40 +162,98 @@ private:
             }
         }
         if (shown < bay.Grave()) {
-            Add(Text, "and " + std::to_string(bay.Grave() - shown) + " further trips and faults");
+            Add(Text, "and " + std::to_string(bay.Grave() - shown) + " more");
         }
-        if (const std::string others = OtherKinds(bay); !others.empty()) {
-            Add(Text, "also " + others);
+        if (!others.empty()) {
+            Add(Text, (bay.Grave() > 0 ? "also " : "") + others);
         }
     }
 
-    /// What means the same of several relays is said once.
-    void AddProblems(const std::vector<SDigestProblem>& problems) {
-        std::vector<const SDigestProblem*> firsts;
-        for (const SDigestProblem& problem : problems) {
-            const auto isSame = [&problem](const SDigestProblem* first) {
-                return first->happened == problem.happened && first->todo == problem.todo;
-            };
-            if (std::ranges::none_of(firsts, isSame)) {
-                firsts.push_back(&problem);
-                AddProblem(problem, problems);
+    /// Relays that were missed for the same reason, and for as long, share their lines.
+    void AddMissed(const SSiteDigest& site) {
+        std::vector<const SMissedRelay*> rest;
+        for (const SMissedRelay& relay : site.missed) {
+            rest.push_back(&relay);
+        }
+        while (!rest.empty()) {
+            const SMissedRelay& first = *rest.front();
+            const SDigestProblem* const cause = CauseOf(site, first);
+            std::string names;
+            Problems problems;
+            std::erase_if(rest, [&](const SMissedRelay* relay) {
+                const SDigestProblem* const own = CauseOf(site, *relay);
+                const bool isSame =
+                    relay->since == first.since &&
+                    (own == cause || (own != nullptr && cause != nullptr && IsSameCause(*own, *cause)));
+                if (isSame) {
+                    Join(names, relay->label);
+                    problems.push_back(own);
+                }
+                return isSame;
+            });
+            Add(Alarm, (site.IsCutOff() ? NoneText(site) : names + " " + first.since) +
+                           (cause != nullptr ? ": " + cause->happened : "."));
+            if (cause != nullptr && !cause->todo.empty()) {
+                Add(Todo, TodoText(problems));
+            }
+            m_shown.insert(problems.begin(), problems.end());
+        }
+    }
+
+    /// "None of the 3 relays reached since ...".
+    static std::string NoneText(const SSiteDigest& site) {
+        constexpr std::string_view kNot = "not ";
+        return "None of the " + Counted(site.missed.size(), "relay") + " " +
+               site.missed.front().since.substr(kNot.size());
+    }
+
+    /// What kept a visit from a relay; null if the log does not say.
+    static const SDigestProblem* CauseOf(const SSiteDigest& site, const SMissedRelay& relay) {
+        const SDigestProblem* cause = nullptr;
+        for (const SDigestProblem& problem : site.problems) {
+            const bool isOne = problem.IsAlarm() && problem.concern == EConcern::Link &&
+                               (problem.key == relay.key || (problem.where.empty() && cause == nullptr));
+            cause = isOne ? &problem : cause;
+        }
+        return cause;
+    }
+
+    /// Those that have not been shown yet; what means the same of several relays is said once.
+    void AddProblems(const SSiteDigest& site, const std::function<bool(const SDigestProblem&)>& isWanted) {
+        for (const SDigestProblem& first : site.problems) {
+            Problems same;
+            for (const SDigestProblem& problem : site.problems) {
+                if (!m_shown.contains(&problem) && isWanted(problem) && IsSameCause(first, problem)) {
+                    same.push_back(&problem);
+                }
+            }
+            if (!same.empty()) {
+                AddProblem(same);
+                m_shown.insert(same.begin(), same.end());
             }
         }
     }
-    void AddProblem(const SDigestProblem& problem, const std::vector<SDigestProblem>& problems) {
+    void AddProblem(const Problems& same) {
         std::string text;
+        std::string lastTime;
         std::uint64_t count = 0;
-        for (const SDigestProblem& other : problems) {
-            if (other.happened == problem.happened && other.todo == problem.todo) {
-                Join(text, other.where);
-                count += other.count;
-            }
+        constexpr std::size_t kDate = 10;
+        for (const SDigestProblem* const problem : same) {
+            Join(text, problem->where);
+            count += problem->count;
+            lastTime = std::max(lastTime, problem->lastTime);
         }
-        Join(text, problem.happened, ": ");
-        text += count > 1 ? " (" + std::to_string(count) + " times)" : "";
-        Add(problem.severity == ESeverity::Notice ? Text : Alarm, text);
-        if (!problem.todo.empty() && problem.severity != ESeverity::Notice) {
-            Add(Todo, problem.todo);
+        const SDigestProblem& first = *same.front();
+        Join(text, first.happened, ": ");
+        std::string more;
+        Join(more, count > 1 ? std::to_string(count) + " times" : "");
+        if (first.isOver) {
+            Join(more, (count > 1 ? "last on " : "on ") + lastTime.substr(0, kDate));
+            Join(more, "the last visit was good", "; ");
+        }
+        Add(first.IsAlarm() ? Alarm : Remark, text + (more.empty() ? "" : " (" + more + ")"));
+        if (!first.todo.empty() && first.IsAlarm()) {
+            Add(Todo, TodoText(same));
         }
     }
 
@@ -272,33 +277,10 @@ private:
     const SDigest& m_digest;
     std::size_t m_mostEvents;
     std::vector<SDigestLine> m_lines;
+    std::set<const SDigestProblem*> m_shown; ///< of the site under way
 };
 
 } // namespace
-
-std::string HeadlineOf(const SDigest& digest) {
-    std::uint64_t trips = 0, faults = 0, total = 0, lost = 0, damaged = 0;
-    std::size_t missed = 0, unvisited = 0, unknown = digest.failures.size();
-    for (const SSiteDigest& site : digest.sites) {
-        trips += CountOf(site, EEventKind::Trip);
-        faults += CountOf(site, EEventKind::Fault);
-        total += site.Total();
-        lost += site.lost;
-        damaged += site.Damaged();
-        missed += site.missed.size();
-        unvisited += site.lacksVisit ? 1 : 0;
-        unknown += site.failures.size();
-    }
-    std::string trouble;
-    Join(trouble, lost > 0 ? Counted(lost, "event") + " lost" : "");
-    Join(trouble, CountedAny(damaged, "damaged place"));
-    Join(trouble, unvisited > 0 ? Counted(unvisited, "site") + " not visited" : "");
-    Join(trouble, missed > 0 ? Counted(missed, "relay") + " not reached" : "");
-    Join(trouble, unknown > 0 ? "not all could be read" : "");
-    std::string text =
-        digest.sites.size() == 1 ? digest.sites.front().name : Counted(digest.sites.size(), "site");
-    return text + ": " + CountsText(trips, faults, total) + (trouble.empty() ? "" : "; " + trouble);
-}
 
 std::vector<SDigestLine> DigestLines(const SDigest& digest, std::size_t mostEvents) {
     return CLineMaker(digest, mostEvents).Make();

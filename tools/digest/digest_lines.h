@@ -21,11 +21,14 @@ enum class EDigestLine : std::uint8_t {
     Headline, ///< everything in one line
     Lead,
     Site,
-    Alarm, ///< what somebody should look at
+    Alarm,  ///< what somebody should look at
+    Remark, ///< what is good to know
     Bay,
+    Counts, ///< of a bay without trips and faults
     Event,
     Detail, ///< of an event
-    Text,
+    Text,   ///< of a bay
+    BayAlarm,
     Todo, ///< what to do about the line before it
 };
 

@@ -27,10 +27,13 @@ constexpr std::array kLooks{
     SLook{EDigestLine::Site, "\n", "  ",
           "font-size:16px;font-weight:bold;margin:16px 0 4px 0;border-top:1px solid #cccccc;padding-top:8px"},
     SLook{EDigestLine::Alarm, "  ! ", "    ", "color:#b00020;margin:2px 0 2px 16px"},
+    SLook{EDigestLine::Remark, "  - ", "    ", "color:#555555;margin:2px 0 2px 16px"},
     SLook{EDigestLine::Bay, "  ", "  ", "font-weight:bold;margin:8px 0 2px 16px"},
+    SLook{EDigestLine::Counts, "  ", "    ", "margin:4px 0 2px 16px"},
     SLook{EDigestLine::Event, "    ", "      ", "margin:2px 0 2px 32px"},
     SLook{EDigestLine::Detail, "      ", "      ", "color:#555555;margin:0 0 2px 48px"},
     SLook{EDigestLine::Text, "    ", "    ", "margin:2px 0 2px 32px"},
+    SLook{EDigestLine::BayAlarm, "    ! ", "      ", "color:#b00020;margin:2px 0 2px 32px"},
     SLook{EDigestLine::Todo, "    To do: ", "    ", "margin:0 0 4px 32px"},
 };
 static_assert(std::ranges::is_sorted(kLooks, {}, &SLook::kind), "one row per EDigestLine, in order");
@@ -56,7 +59,7 @@ std::string TextOf(const SDigestLine& line) {
     return line.kind == EDigestLine::Event ? EventText(line.event) : line.text;
 }
 
-/// Appends the text, broken at blanks.
+/// Appends the text, broken at blanks; the headline stays one line, as the subject of a mail is.
 void AppendWrapped(std::string& out, const SLook& look, std::string_view text) {
     std::size_t column = 0;
     const auto begin = [&](std::string_view mark) {
@@ -69,7 +72,8 @@ void AppendWrapped(std::string& out, const SLook& look, std::string_view text) {
         end = end == 0 ? std::min(text.find_first_not_of(' '), text.size()) : end;
         const std::string_view word = text.substr(0, end);
         text.remove_prefix(end);
-        if (word.front() != ' ' && column + ColumnsOf(word) > kWidth && column > look.rest.size()) {
+        const bool isFull = column + ColumnsOf(word) > kWidth && look.kind != EDigestLine::Headline;
+        if (word.front() != ' ' && isFull && column > look.rest.size()) {
             EraseTrailingBlanks(out, 0);
             out += '\n';
             begin(look.rest);

@@ -1,6 +1,9 @@
 #include "tools/digest/digest_problems.h"
 
+#include "base/text.h"
+#include "config/ethernet_entry.h"
 #include "platform/full_path.h"
+#include "tools/given_time.h"
 #include "tools/lines/explain.h"
 #include "tools/log_lines.h"
 #include "tools/sites/muted_lines.h"
@@ -24,11 +27,10 @@ std::string Shortened(const std::string& text) {
     return end < text.size() ? text.substr(0, end) + "..." : text;
 }
 
-std::string WhereOf(const SLogLine& line, const SSiteVisits& visits) {
-    const std::string connection = ShortConnectionName(line.connection);
-    const SRelayVisit* const relay = connection.empty() ? nullptr : RelayOfConnection(visits, connection);
-    return EscapeControls(relay != nullptr ? relay->Label() : connection);
-}
+/// May say again what a line about the password has said.
+constexpr std::string_view kTestFailed = "Test connection failed.";
+/// The digest counts these events from the records.
+constexpr std::string_view kRecovered = "N events of a visit that was ended are in day file";
 
 /// What to do, with this site in the place of the table's.
 std::string ForSite(std::string_view todo, const SSiteDigest& site) {
@@ -42,14 +44,39 @@ std::string ForSite(std::string_view todo, const SSiteDigest& site) {
     return text;
 }
 
+/// The table is of all links; a site has one kind of them.
+std::string ForLink(std::string text, const SSiteVisits& visits) {
+    constexpr std::string_view kSerial = "Serial: ";
+    constexpr std::string_view kEthernet = " Ethernet: ";
+    const std::size_t serial = text.find(kSerial);
+    const std::size_t ethernet = text.find(kEthernet);
+    if (serial == 0 && ethernet != std::string::npos && !visits.relays.empty()) {
+        text = visits.relays.front().link == "ethernet"
+                   ? text.substr(ethernet + kEthernet.size())
+                   : text.substr(kSerial.size(), ethernet - kSerial.size());
+        text.front() = ToUpper(text.front());
+    }
+    return text;
+}
+
 SDigestProblem ProblemOf(const SLogLine& line, const SSiteVisits& visits, const SSiteDigest& site) {
     SDigestProblem problem;
-    problem.where = WhereOf(line, visits);
+    const std::string connection = ShortConnectionName(line.connection);
+    const SRelayVisit* const relay = connection.empty() ? nullptr : RelayOfConnection(visits, connection);
+    problem.where = EscapeControls(relay != nullptr ? relay->Label() : connection);
     problem.lastTime = line.time;
+    if (relay != nullptr) {
+        problem.key = relay->key;
+        problem.ip = ParseEthernetIp(relay->address);
+    }
     if (const auto meaning = Explain(line)) {
-        problem.severity = IsMutedLine(visits, line) ? ESeverity::Notice : meaning->Severity();
+        problem.isMuted = IsMutedLine(visits, line);
+        problem.severity = problem.isMuted ? ESeverity::Notice : meaning->Severity();
+        problem.concern = meaning->Concern();
+        problem.mayBeEcho = meaning->line->form.Text().starts_with(kTestFailed) ||
+                            (meaning->status != nullptr && meaning->status->first == kLinkAborted);
         problem.happened = meaning->Happened();
-        problem.todo = ForSite(meaning->ToDo(), site);
+        problem.todo = ForLink(ForSite(meaning->ToDo(), site), visits);
     } else {
         problem.happened = Shortened(EscapeControls(line.message));
     }
@@ -70,6 +97,39 @@ void Add(SDigestProblem problem, std::vector<SDigestProblem>& problems, std::uin
     found.lastTime = std::max(found.lastTime, problem.lastTime);
 }
 
+bool IsSaidElsewhere(const SLogLine& line, const SSiteDigest& digest) {
+    const auto meaning = Explain(line);
+    return meaning && digest.recovered > 0 && meaning->Severity() == ESeverity::Notice &&
+           meaning->line->form.Text().starts_with(kRecovered);
+}
+
+void DropEchoes(std::vector<SDigestProblem>& problems) {
+    std::erase_if(problems, [&](const SDigestProblem& problem) {
+        return problem.mayBeEcho && std::ranges::any_of(problems, [&problem](const SDigestProblem& other) {
+                   return other.concern == EConcern::Password && other.where == problem.where;
+               });
+    });
+}
+
+/// Whether all is well with a relay that a later visit has reached.
+bool IsWellSince(const SRelayVisit& relay, const std::string& localTime) {
+    const auto begin = relay.entry ? SecondsOfRecord(relay.entry->begin) : std::nullopt;
+    return relay.IsReached() && relay.entry->logLines == 0 && begin && LocalTimeText(*begin) > localTime;
+}
+
+void FindOver(const SSiteVisits& visits, std::vector<SDigestProblem>& problems) {
+    for (SDigestProblem& problem : problems) {
+        const bool canEnd = problem.concern == EConcern::Link || problem.concern == EConcern::Password;
+        const auto isWell = [&problem](const SRelayVisit& relay) {
+            return (problem.key != relay.key && !problem.where.empty()) ||
+                   IsWellSince(relay, problem.lastTime);
+        };
+        problem.isOver = canEnd && !visits.relays.empty() &&
+                         (problem.where.empty() || !problem.key.empty()) &&
+                         std::ranges::all_of(visits.relays, isWell);
+    }
+}
+
 } // namespace
 
 void ReadDigestProblems(const std::string& logPath, const std::string& from, const std::string& to,
@@ -83,7 +143,7 @@ void ReadDigestProblems(const std::string& logPath, const std::string& from, con
     std::uint64_t others = 0;
     for (SLogLine line; opened.Good() && reader.Next(line);) {
         counts = line.time.empty() ? counts : line.time >= from && line.time <= to;
-        if (counts) {
+        if (counts && !IsSaidElsewhere(line, digest)) {
             Add(ProblemOf(line, visits, digest), digest.problems, others);
         }
     }
@@ -95,6 +155,8 @@ void ReadDigestProblems(const std::string& logPath, const std::string& from, con
     if (others > 0) {
         digest.notes.push_back(std::to_string(others) + " further lines of the error log are left out.");
     }
+    DropEchoes(digest.problems);
+    FindOver(visits, digest.problems);
     std::ranges::stable_sort(digest.problems, [](const SDigestProblem& a, const SDigestProblem& b) {
         return a.severity > b.severity;
     });

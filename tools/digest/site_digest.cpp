@@ -7,13 +7,19 @@
 #include "platform/full_path.h"
 #include "tools/digest/digest_events.h"
 #include "tools/digest/digest_problems.h"
+#include "tools/digest/digest_words.h"
+#include "tools/events/day_file_walk.h"
+#include "tools/events/event_values.h"
+#include "tools/recover/site_leftovers.h"
 #include "tools/sites/site.h"
 #include "tools/text_encoding.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <numeric>
+#include <span>
 
 namespace ruvo {
 
@@ -58,6 +64,7 @@ public:
             }
             if (IsByTime() ? IsWithin(run) : IsChosen(run, m_states[at], isNewHistory)) {
                 m_chosen.push_back(run);
+                AddGap(at, digest);
             }
         }
         digest.mark = m_question.ofMark ? m_mark : std::nullopt;
@@ -68,6 +75,22 @@ public:
     [[nodiscard]] bool IsByTime() const { return !m_question.after && !m_question.visit; }
 
 private:
+    /// Before a visit; not of one run alone, which has nothing to do with others.
+    void AddGap(std::size_t at, SSiteDigest& digest) const {
+        constexpr std::int64_t kMostBetweenVisits = 36 * std::int64_t{3600};
+        const SVisitLine& run = m_runs[at];
+        const auto isVisit = [](const SVisitLine& other) { return other.kind == ERunKind::Visit; };
+        const auto earlier = std::span(m_runs).first(at);
+        const auto before = std::ranges::find_if(earlier.rbegin(), earlier.rend(), isVisit);
+        if (m_question.visit || !isVisit(run) || before == earlier.rend()) {
+            return;
+        }
+        const auto from = SecondsOfRecord(before->begin);
+        const auto to = SecondsOfRecord(run.begin);
+        if (from && to && *to - *from > kMostBetweenVisits) {
+            digest.gaps.push_back({before->begin, run.begin});
+        }
+    }
     [[nodiscard]] bool IsChosen(const SVisitLine& run, ERunState state, bool all) const {
         if (m_question.visit) {
             return run.number == *m_question.visit;
@@ -92,9 +115,23 @@ private:
     bool m_isRunning = false;
 };
 
-void CountEvents(const std::vector<SVisitLine>& runs, SSiteDigest& digest) {
+void AddLabel(const SSiteVisits& visits, const SVisitEntry& entry, std::vector<std::string>& labels) {
+    const auto relay = std::ranges::find(visits.relays, entry.key, &SRelayVisit::key);
+    const std::string label = EscapeControls(relay == visits.relays.end() ? entry.key : relay->Label());
+    if (std::ranges::count(labels, label) == 0) {
+        labels.push_back(label);
+    }
+}
+
+void CountEvents(const std::vector<SVisitLine>& runs, const SSiteVisits& visits, SSiteDigest& digest) {
     for (const SVisitLine& run : runs) {
         for (const SVisitEntry& entry : run.entries) {
+            if (entry.lost > 0) {
+                AddLabel(visits, entry, digest.lostOf);
+            }
+            if (entry.recovered > 0) {
+                AddLabel(visits, entry, digest.recoveredOf);
+            }
             digest.lost += entry.lost;
             digest.setAside += entry.setAside;
             digest.waiting += entry.waiting;
@@ -113,6 +150,8 @@ void JudgeReach(const std::vector<SVisitLine>& runs, const SSiteVisits& visits, 
             }
         }
     }
+    const bool endedEarly = !digest.visits.empty() && VisitsOf(digest).size() > 0 &&
+                            VisitsOf(digest).back().ended != ERunEnd::Whole;
     for (const SRelayVisit& relay : visits.relays) {
         const auto found = last.find({relay.key, relay.address});
         digest.relays += found != last.end() ? 1 : 0;
@@ -120,12 +159,14 @@ void JudgeReach(const std::vector<SVisitLine>& runs, const SSiteVisits& visits, 
             ++digest.reached;
         } else if (found != last.end()) {
             const bool isStill = !relay.missedSince.empty();
-            const std::string text = isStill ? MissedText(visits, relay)
-                                             : relay.Label() + " not reached; a later visit reached it";
             (relay.mute ? digest.muted : digest.missed)
-                .push_back({EscapeControls(relay.Label()),
-                            EscapeControls(text + (relay.mute ? "; " + MuteText(*relay.mute) : "")),
+                .push_back({EscapeControls(relay.Label()), relay.key,
+                            isStill ? EscapeControls(MissedSince(visits, relay))
+                                    : "not reached; a later visit reached it",
+                            relay.mute ? EscapeControls(MuteText(*relay.mute)) : std::string(),
                             relay.lastReached, EscapeControls(found->second->statusText)});
+        } else if (endedEarly) {
+            ++digest.notVisited;
         }
     }
 }
@@ -182,6 +223,36 @@ void JudgeRecords(const SSiteVisits& visits, SSiteDigest& digest) {
     }
 }
 
+/// A relay whose visits know no plant text is called by that of its newest day file, else by the description.
+void NameByDescription(const SFoundFiles& found, SSiteVisits& visits, SConsole& console) {
+    for (SRelayVisit& relay : visits.relays) {
+        const SFoundFile* newest = nullptr;
+        for (const SFoundFile& file : found.files) {
+            const bool isOne = relay.plant.empty() && !relay.name.empty() && file.relay == relay.name;
+            newest = isOne && (newest == nullptr || file.path > newest->path) ? &file : newest;
+        }
+        if (newest != nullptr) {
+            CDayFileWalk walk(console);
+            walk.Read({.files = {*newest}, .failures = {}}, [&relay](const SEventSource&,
+                                                                     const SDayFileItem& item, CProgress&) {
+                if (item.record != nullptr && relay.plant.empty()) {
+                    relay.plant = ReadableRelayLine(item.record->GetAuxText1());
+                    relay.plant =
+                        relay.plant.empty() ? ReadableRelayLine(item.record->GetAuxText2()) : relay.plant;
+                }
+            });
+        }
+    }
+}
+
+/// What waits now, of a digest that reaches until now: the records know it only at the end of a run.
+void CountWaiting(const SSitePlaces& places, const std::string& fullIniPath, SSiteDigest& digest) {
+    const SSiteLeftovers leftovers = FindLeftovers(places.events, fullIniPath, EOtherRoots::Former);
+    if (leftovers.IsRead()) {
+        digest.waiting = leftovers.EventsWaiting();
+    }
+}
+
 SFoundFiles FindFiles(const std::string& eventRoot, bool mayBeMissing) {
     return mayBeMissing && GetPathKind(eventRoot) == EPathKind::Missing
                ? SFoundFiles()
@@ -191,6 +262,10 @@ SFoundFiles FindFiles(const std::string& eventRoot, bool mayBeMissing) {
 void KeepNews(const CChosenRuns& runs, SFoundFiles& found, SSiteDigest& digest) {
     std::size_t wholeCount = 0;
     std::erase_if(found.files, [&](SFoundFile& file) {
+        std::error_code error;
+        if (std::filesystem::file_size(file.path, error) == 0 && !error) { // made by a visit that was ended
+            return true;
+        }
         auto bytes = std::make_shared<const SFetchedBytes>(runs.Fetched().Of(file.path));
         wholeCount += bytes->isWhole ? 1 : 0;
         file.fetched = bytes;
@@ -244,16 +319,22 @@ std::uint64_t SSiteDigest::Damaged() const {
     return total;
 }
 
+bool SSiteDigest::IsCutOff() const {
+    const auto isSame = [this](const SMissedRelay& relay) { return relay.since == missed.front().since; };
+    return missed.size() > 1 && missed.size() == relays && std::ranges::all_of(missed, isSame);
+}
+
 int SSiteDigest::Rank() const {
-    const bool isProblem = std::ranges::any_of(
-        problems, [](const SDigestProblem& problem) { return problem.severity != ESeverity::Notice; });
+    const bool isProblem =
+        std::ranges::any_of(problems, [](const SDigestProblem& problem) { return problem.IsAlarm(); });
     const bool isEnd =
         std::ranges::any_of(visits, [](const SVisitLine& run) { return run.ended != ERunEnd::Whole; });
-    if (Grave() + Damaged() + lost + setAside + waiting + missed.size() + failures.size() > 0 || lacksVisit ||
-        isProblem || isEnd) {
+    const bool isClock = std::ranges::any_of(bays, [](const SDigestBay& bay) { return bay.oddTimes > 0; });
+    if (Grave() + Damaged() + lost + setAside + waiting + missed.size() + failures.size() + gaps.size() > 0 ||
+        lacksVisit || isProblem || isEnd || isClock) {
         return 0;
     }
-    return Total() + silent.size() + notes.size() + problems.size() > 0 ? 1 : 2;
+    return Total() + silent.size() + notes.size() + problems.size() + muted.size() > 0 ? 1 : 2;
 }
 
 SSiteDigest ReadSiteDigest(const std::string& fullIniPath, const SDigestQuestion& question,
@@ -267,7 +348,7 @@ SSiteDigest ReadSiteDigest(const std::string& fullIniPath, const SDigestQuestion
         return digest;
     }
     const SSitePlaces& places = *site.Places();
-    const SSiteVisits visits = ReadSiteVisits(fullIniPath, places, NowSeconds());
+    SSiteVisits visits = ReadSiteVisits(fullIniPath, places, NowSeconds());
     JudgeRecords(visits, digest);
     CChosenRuns runs(question);
     const CVisitHistory history(places.events);
@@ -282,9 +363,13 @@ SSiteDigest ReadSiteDigest(const std::string& fullIniPath, const SDigestQuestion
     runs.Choose(digest);
     digest.lastVisit = visits.summary.last ? visits.summary.last->begin : std::string();
     JudgeVisits(runs, question, digest);
-    CountEvents(runs.Chosen(), digest);
-    JudgeReach(runs.Chosen(), visits, digest);
     SFoundFiles found = FindFiles(places.events, visits.IsVisited() && !visits.summary.hasEvents);
+    NameByDescription(found, visits, console);
+    CountEvents(runs.Chosen(), visits, digest);
+    if (!question.visit && (question.ofMark || question.period.end > NowSeconds())) {
+        CountWaiting(places, fullIniPath, digest);
+    }
+    JudgeReach(runs.Chosen(), visits, digest);
     FindSilent(found, visits, NowSeconds(), digest);
     KeepNews(runs, found, digest);
     ReadDigestEvents(found, visits, digest, console);

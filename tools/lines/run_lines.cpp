@@ -60,11 +60,9 @@ constexpr std::array kLines{
         "Dial the number from a telephone: a modem must answer. Then try \"ruvoctl test SITE.ini KEY\"."},
     SLineWords{
         Link, Warning, "Failed to open ethernet connection. Connection string: {CONNECTION}.",
-        "The link to this relay could not be opened. The string names IP address, bus address and device "
-        "address, in this order.",
-        kNotVisited,
-        "\"ping\" the IP address. If it answers, try \"ruvoctl test SITE.ini KEY\"; if it does not, look for "
-        "the relay's supply, its cable and the switch."},
+        "The link to this relay could not be opened.", kNotVisited,
+        "\"ping\" the address in the line. If it answers, try \"ruvoctl test SITE.ini KEY\"; if it does not, "
+        "look for the relay's supply, its cable and the switch."},
     SLineWords{
         Link, Warning, kTransactionValuesFailed,
         "The link was open, but the comms server did not take the timing values of the INI file (BusyHoldoff "
@@ -105,23 +103,23 @@ constexpr std::array kLines{
         "such as somebody at its front panel.",
         kRefusedCost,
         "\"ruvoctl list SITE.ini\" shows whether a password is stored for the key. If there is one, try it at "
-        "the relay. Store the right one (\"ruvoctl password encrypt --key KEY\"), then \"ruvoctl test SITE.ini "
+        "the relay. Store the right one (\"ruvoctl password set SITE.ini KEY\"), then \"ruvoctl test SITE.ini "
         "KEY\", once."},
     SLineWords{
         Password, Warning, kInvalidUserPassword,
-        "A relay that enciphers and counts passwords refused this one. If the INI file has none for this key, "
-        "or a longer one than the relay takes, the run sends blanks.",
+        "The relay, one that enciphers passwords and counts refusals, refused the password. If the INI file has "
+        "none for this key, or a longer one than the relay takes, the run sends blanks.",
         "The relay keeps its further events. Each visit costs one of its attempts; after the last, it blocks "
         "the password. Events read before are set aside, and another line names their file.",
         "Act before the next visit. \"ruvoctl list SITE.ini\" shows whether a password is stored for the key. "
-        "Store the right one (\"ruvoctl password encrypt --key KEY\"), then \"ruvoctl test SITE.ini KEY\", "
+        "Store the right one (\"ruvoctl password set SITE.ini KEY\"), then \"ruvoctl test SITE.ini KEY\", "
         "once."},
     SLineWords{
         Password, Warning, kInsufficientLevel,
         "The relay accepted the password, and asked for one again at the same request: the password's level "
         "does not give access to the events.",
         kRefusedCost,
-        "Store a password of a higher level (\"ruvoctl password encrypt --key KEY\"), then \"ruvoctl test "
+        "Store a password of a higher level (\"ruvoctl password set SITE.ini KEY\"), then \"ruvoctl test "
         "SITE.ini KEY\"."},
     SLineWords{
         Password, Critical, kBlockedTemporarily,

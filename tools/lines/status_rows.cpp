@@ -60,8 +60,8 @@ constexpr std::array kRows{
         "Compare the INI file with one that works (\"ruvoctl check SITE.ini\"). If it returns, report it."},
     SStatusRow{
         kLinkCannotOpenPort, kLinkCannotOpenPort,
-        "The port or tunnel could not be opened: there is none of that name, another program has it, or "
-        "nothing answers at the IP address.",
+        "There is no port or tunnel of that name, another program has it, or nothing answers at the IP "
+        "address.",
         "Serial: does the port exist, and who holds it? Ethernet: \"ping\" the address in the line; without an "
         "answer look at the relay's supply, the network and the gateway."},
     SStatusRow{kLinkBadPortParameters, kLinkBadPortParameters,

@@ -127,13 +127,17 @@ const SRelayVisit* RelayOfConnection(const SSiteVisits& visits, const std::strin
     return found == visits.relays.end() ? nullptr : &*found;
 }
 
-std::string MissedText(const SSiteVisits& visits, const SRelayVisit& relay) {
+std::string MissedSince(const SSiteVisits& visits, const SRelayVisit& relay) {
     const std::string nights = relay.nights > 0 ? ", " + Counted(relay.nights, "night") : std::string();
-    return relay.Label() + " not reached since " +
+    return "not reached since " +
            (relay.lastReached.empty()
                 ? "visits are recorded (" + RecordTimeForPeople(visits.summary.since).substr(0, kDate) + ")"
                 : RecordTimeForPeople(relay.lastReached).substr(0, kDate)) +
            nights;
+}
+
+std::string MissedText(const SSiteVisits& visits, const SRelayVisit& relay) {
+    return relay.Label() + " " + MissedSince(visits, relay);
 }
 
 std::string MuteEndForPeople(const SMute& mute) {

@@ -55,7 +55,9 @@ struct SSiteVisits {
 /// The relay that a line of the log means, by the short name of its connection; null for none.
 [[nodiscard]] const SRelayVisit* RelayOfConnection(const SSiteVisits& visits, const std::string& connection);
 
-/// "Feeder 7 (RV003) not reached since 2026-11-22, 3 nights", of one that the last visit has missed.
+/// "not reached since 2026-11-22, 3 nights", of one that the last visit has missed.
+[[nodiscard]] std::string MissedSince(const SSiteVisits& visits, const SRelayVisit& relay);
+/// "Feeder 7 (RV003) not reached since 2026-11-22, 3 nights".
 [[nodiscard]] std::string MissedText(const SSiteVisits& visits, const SRelayVisit& relay);
 
 /// "the end of 2026-12-31", or a time.
