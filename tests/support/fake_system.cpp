@@ -1,10 +1,33 @@
 #include "support/fake_system.h"
 
 #include "platform/debug_output.h"
+#include "platform/environment.h"
 #include "platform/message_box.h"
 #include "platform/standard_error.h"
 
+#include <gtest/gtest.h>
+
 namespace ruvo {
+
+namespace {
+
+/// Each test begins with the clock and the time zone of the first, whatever others have set.
+class CSameBeginning : public testing::EmptyTestEventListener {
+    void OnTestEnd(const testing::TestInfo& /*test*/) override {
+        g_unixSeconds = m_unixSeconds;
+        g_localTime = m_localTime;
+        g_utcTime = m_utcTime;
+        m_zone ? SetEnvironmentValue("TZ", *m_zone) : ClearEnvironmentValue("TZ");
+    }
+
+    const std::int64_t m_unixSeconds = g_unixSeconds;
+    const std::optional<SCalendarTime> m_localTime = g_localTime;
+    const SCalendarTime m_utcTime = g_utcTime;
+    const std::optional<std::string> m_zone = EnvironmentValue("TZ");
+};
+const bool g_isSame = (testing::UnitTest::GetInstance()->listeners().Append(new CSameBeginning), true);
+
+} // namespace
 
 std::int64_t UnixSeconds() {
     return g_unixSeconds;

@@ -1,5 +1,6 @@
-// A clock that tests set, and catchers of debug output, standard error and message boxes. In a test program
-// built with fake_system.cpp they take the place of the platform's, which the linker then leaves out.
+// A clock that is set for the time of a test, and catchers of debug output, standard error and message boxes.
+// In a test program built with fake_system.cpp they take the place of the platform's, which the linker then
+// leaves out.
 #pragma once
 
 #include "platform/clock.h"
