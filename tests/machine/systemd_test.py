@@ -104,6 +104,44 @@ def look_at_visits(system, site):
     check("the watchers' group reads no journal of a visit", system.run(*watcher, "ls", "/var/lib/ruvo-state").returncode != 0)
 
 
+def look_at_priorities(system, site):
+    """In the journal, a line has the priority that its relay has earned."""
+    site.relay.fill(1)
+    before = system.must("date", "+%Y-%m-%d %H:%M:%S").strip()
+    site.visit()
+    lines = {}
+    for priority in ("info", "warning", "err"):
+        lines[priority] = system.journal(SERVICE, f"--since={before}", f"--priority={priority}..{priority}")
+    equal("priorities: a good relay", [name for name, text in lines.items() if "Bay 1 (RV001): 1 event\n" in text + "\n"], ["info"])
+    equal("priorities: nothing else of a good visit", (lines["warning"], lines["err"]), ("", ""))
+    site.relay.fill(1, kind=9)
+    site.visit()
+    lost = system.journal(SERVICE, f"--since={before}", "--priority=err..err")
+    check("priorities: a relay whose event is lost", "Bay 1 (RV001): 1 event, 1 lost" in lost, lost)
+    warned = system.journal(SERVICE, f"--since={before}", "--priority=warning..warning")
+    check("priorities: a line of the error log", PASSED_OVER in warned, warned)
+    system.must("systemctl", "reset-failed")
+    equal("the memory of a visit is limited", system.property_of(SERVICE, "MemoryMax"), str(128 * 1024 * 1024))
+
+
+def look_at_starts_by_hand(system, site):
+    """Of two visits of a site at a time the later one does nothing, and the service does not fail for it."""
+    site.relay.fill(MANY, faults=SLOW)
+    site.begin()
+    done = system.run("/usr/lib/ruvo/run-site", "yard")
+    check("by hand beside the service", done.returncode == 4 and "has been visiting this site since" in done.stdout, done.stdout)
+    site.wait_for_end()
+    equal("the service beside which one was started", site.result(), "success")
+    site.relay.fill(MANY, faults=SLOW)
+    before = site.relay.handed_over()
+    system.must("systemd-run", "--quiet", "--unit=hand", "/usr/lib/ruvo/run-site", "yard")
+    system.wait_for("some events by hand", lambda: site.relay.handed_over() >= before + 20)
+    equal("the service beside one by hand", (site.visit(), site.result(), site.state()), (0, "success", "inactive"))
+    equal("the service beside one by hand: its status", system.property_of(SERVICE, "ExecMainStatus"), "4")
+    system.wait_for("the end of the visit by hand", lambda: system.property_of("hand.service", "ActiveState") in ("inactive", "failed"))
+    site.check_ledger("two starts at a time")
+
+
 def count_starts(system):
     return system.journal(SERVICE).count("Starting ")
 
@@ -225,7 +263,9 @@ def test():
             site = Site(system)
             install(system, deb)
             look_at_visits(system, site)
+            look_at_priorities(system, site)
             look_at_timer(system, site)
+            look_at_starts_by_hand(system, site)
             missing = look_at_ends(system, site)
             upgrade(system, site, deb, work)
             rotate(system, site)

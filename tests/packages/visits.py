@@ -144,11 +144,43 @@ def look_at_environment(work):
     ENVIRONMENT.write_text(whole, "utf-8")
 
 
+def look_at_programs_after():
+    """In the order of their names, as the visit's user; none that others could have written, and none changes the verdict."""
+    folder = pathlib.Path("/etc/ruvo/after-visit.d")
+    had_folder = folder.exists()
+    folder.mkdir(exist_ok=True)
+
+    def program(name, script, mode=0o755):
+        (folder / name).write_text(f"#!/bin/sh\n{script}\n", "utf-8")
+        (folder / name).chmod(mode)
+
+    program("10-counts", 'echo "$(id -un) $RUVO_SITE $RUVO_STATUS: $RUVO_REACHED of $RUVO_RELAYS, $RUVO_STORED"; head -n 1')
+    program("20-fails", "echo no; exit 7")
+    program("30-anybodys", "echo never", 0o757)
+    program("40-no-program", "echo never", 0o644)
+    program("50-copy.dpkg-old", "echo never")
+    program("60-last", "echo last")
+    done = run(*visit("yard"))
+    for file in folder.iterdir():
+        file.unlink()
+    if not had_folder:
+        folder.rmdir()
+    equal("programs after: the visit is as good as before", done.returncode, 0)
+    lines = done.stdout.splitlines()
+    check("programs after: counts", lines[:1] == ["ruvo yard 0: 1 of 1, 1"], done.stdout)
+    check("programs after: the digest of this visit", lines[1:2] and lines[1].startswith("yard: 1 "), done.stdout)
+    for what, words in (("fails", "20-fails: ended with status 7"), ("is anybody's", "30-anybodys: not started, because users other than")):
+        equal(f"programs after: one that {what} is a warning", done.stdout.count(words), 1)
+    check("programs after: each that may be started, in order", [line for line in lines if line in ("no", "never", "last")] == ["no", "last"],
+          done.stdout)
+
+
 def test(work):
     look_at_exit_statuses()
     look_at_runs_at_once(work)
     look_at_roots_visits(work)
     look_at_files_of_others(work)
     look_at_environment(work)
+    look_at_programs_after()
     told = said("runuser", "-u", "ruvo", "--", "env", ENVIRONMENT.read_text("utf-8").strip(), "ruvo", "-t", YARD)
     check("ruvo -t", "No input errors found" in told, told)
