@@ -15,11 +15,10 @@ enum class ETrustedRead : std::uint8_t {
     Read,
     Missing,
     Unreadable,
-    Untrusted,   ///< another user can have written the file, or owns a link in its path
-    Unsupported, ///< the system's permissions do not answer that by a simple mark
+    Untrusted, ///< another user can have written the file, or owns a link in its path
 };
-/// Reads a small file that only this user and root can have written: its contents may decide what a program
-/// does.
+/// Reads a small file that only this user and root (on Windows, the administrators) can have written: its
+/// contents may decide what a program does.
 ETrustedRead ReadTrustedFile(const std::string& path, std::string& bytes);
 
 /// Whether root and that user alone can decide, now or later, where the path leads and what is there, which

@@ -4,6 +4,7 @@
 #include "paths/path_utilities.h"
 #include "platform/clock.h"
 #include "platform/environment.h"
+#include "platform/file_trust.h"
 #include "platform/files.h"
 #include "platform/full_path.h"
 #include "platform/modules.h"
@@ -182,6 +183,25 @@ void CheckFoldersBelowAShare() {
     }
 }
 
+void CheckTrustedFiles() {
+    std::string text;
+    const auto read = [&text](const char* name) { return ReadTrustedFile(In(name), text); };
+    CFile file;
+    std::size_t count = 0;
+    g_checks.Expect(file.Open(In("own.env"), {.write = true, .create = true, .ownerOnly = true}).Good() &&
+                        Put(file, "A=1\r\n", count).Good() && file.Close().Good(),
+                    "a file of this user");
+    g_checks.Expect(read("own.env") == ETrustedRead::Read && text == "A=1\r\n", "is trusted");
+    g_checks.Expect(read("none.env") == ETrustedRead::Missing, "a missing one");
+    SECURITY_DESCRIPTOR everybody;
+    InitializeSecurityDescriptor(&everybody, SECURITY_DESCRIPTOR_REVISION);
+    SetSecurityDescriptorDacl(&everybody, TRUE, nullptr, FALSE);
+    g_checks.Expect(SetFileSecurityA(In("own.env").c_str(), DACL_SECURITY_INFORMATION, &everybody) != FALSE &&
+                        read("own.env") == ETrustedRead::Untrusted,
+                    "one that everybody may write");
+    RemoveFile(In("own.env"));
+}
+
 void CheckRegistry() {
     constexpr const char* kKey = "SOFTWARE\\Ruvo Test";
     const DWORD number = 0x0000AB01;
@@ -302,6 +322,7 @@ int CheckSystem() {
     CheckPlainFiles();
     CheckFolders();
     CheckFoldersBelowAShare();
+    CheckTrustedFiles();
     CheckRegistry();
     CheckModules();
     CheckInstanceMarker();

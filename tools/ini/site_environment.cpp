@@ -50,7 +50,10 @@ void ApplyLines(const std::string& text, EEnvironmentOf use, SSiteEnvironment& e
     std::size_t number = 0;
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t end = std::min(text.find('\n', at), text.size());
-        const std::string line = text.substr(at, end - at);
+        std::string line = text.substr(at, end - at);
+        if (line.ends_with('\r')) { // of an editor on Windows
+            line.pop_back();
+        }
         ++number;
         if (!line.empty() && !line.starts_with('#')) {
             ApplyLine(line, number, use, environment);
@@ -83,11 +86,10 @@ SSiteEnvironment ApplySiteEnvironment(const std::string& iniPath, EEnvironmentOf
     case ETrustedRead::Untrusted:
         environment.diagnostics.push_back(
             {0,
-             "ignored, because another user may have written it; expected a file that is owned by root or by you "
-             "and that only its owner can write"});
+             "ignored, because another user may have written it; expected a file that is owned by root (on "
+             "Windows, the administrators) or by you, and that nobody else can write"});
         break;
     case ETrustedRead::Missing:
-    case ETrustedRead::Unsupported: // no visit reads one there
         break;
     }
     return environment;
