@@ -16,6 +16,19 @@ constexpr std::string_view kTimePattern = "0000/00/00 00:00:00";
 constexpr std::string_view kDetails = " Connection details - ";
 constexpr std::string_view kStatus = " P32LS status: ";
 
+struct SDetailsForm {
+    std::string_view start;
+    std::string_view link;
+};
+constexpr std::array kDetailsForms{
+    SDetailsForm{"IP address: ", "ethernet"}, SDetailsForm{"device IP: ", "ethernet"},
+    SDetailsForm{"COM Port: ", "serial"}, SDetailsForm{"modem name: ", "modem"}};
+
+const SDetailsForm* FindDetails(std::string_view connection) {
+    return std::ranges::find_if(
+        kDetailsForms, [connection](const SDetailsForm& form) { return connection.starts_with(form.start); });
+}
+
 /// The timestamp at the start of the line, in ISO 8601 form; empty if there is none.
 std::string ParseTimeStamp(std::string_view& text) {
     if (text.size() <= kTimePattern.size() || text[kTimePattern.size()] != ' ') {
@@ -174,17 +187,19 @@ SLogLine ParseLogLine(std::string_view text) {
     return line;
 }
 
+std::string_view LinkOfConnection(std::string_view connection) {
+    const auto* const form = FindDetails(connection);
+    return form == kDetailsForms.end() ? std::string_view() : form->link;
+}
+
 std::string ShortConnectionName(std::string_view connection) {
-    constexpr std::array<std::string_view, 4> kLinks{
-        "IP address: ", "device IP: ", "COM Port: ", "modem name: "};
-    const auto* const link = std::ranges::find_if(
-        kLinks, [connection](std::string_view start) { return connection.starts_with(start); });
+    const auto* const link = FindDetails(connection);
     constexpr std::string_view kDevice = ", device address: ";
     const std::size_t device = connection.rfind(kDevice);
-    if (link == kLinks.end() || device == std::string_view::npos) {
+    if (link == kDetailsForms.end() || device == std::string_view::npos) {
         return std::string(connection);
     }
-    std::string name(connection.substr(link->size(), device - link->size()));
+    std::string name(connection.substr(link->start.size(), device - link->start.size()));
     name.resize(std::min(name.size(), name.rfind(", number to dial: ")));
     const auto add = [&name, connection](std::string_view word, std::string_view mark) {
         const std::string_view address = FieldAfter(connection, mark);

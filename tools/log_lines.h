@@ -52,6 +52,9 @@ private:
 /// Parses one line without its line end; the number stays 0.
 [[nodiscard]] SLogLine ParseLogLine(std::string_view text);
 
+/// "serial", "modem" or "ethernet" of connection details; empty for details of another form.
+[[nodiscard]] std::string_view LinkOfConnection(std::string_view connection);
+
 /// A short name for connection details: "COM2 device 7", "10.20.0.5 device 2 bus 1", "Acme 56k device 7".
 /// Returns details of another form unchanged.
 [[nodiscard]] std::string ShortConnectionName(std::string_view connection);

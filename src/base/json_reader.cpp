@@ -12,11 +12,16 @@ namespace ruvo {
 
 namespace {
 
-constexpr std::string_view kJsonBlanks = " \t\r\n";
 constexpr int kDeepest = 16; // ours has four levels
 
+bool IsJsonBlank(char c) {
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
 void SkipBlanks(std::string_view& text) {
-    text.remove_prefix(std::min(text.find_first_not_of(kJsonBlanks), text.size()));
+    while (!text.empty() && IsJsonBlank(text.front())) {
+        text.remove_prefix(1);
+    }
 }
 
 bool Take(std::string_view& text, char wanted) {

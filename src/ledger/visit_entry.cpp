@@ -38,6 +38,24 @@ void WriteText(CJsonWriter& json, std::string_view name, const std::string& text
     text.empty() ? json.Null() : json.Text(text);
 }
 
+SVisitLine HeadOf(const CJsonObject& object) {
+    SVisitLine line;
+    line.number = object.Number("number").value_or(0);
+    line.kind = object.Text("kind") == kRecoverKind ? ERunKind::Recover : ERunKind::Visit;
+    line.iniPath = object.Text("ini");
+    line.process = object.Number("process").value_or(0);
+    line.attempt = object.Number("attempt").value_or(1);
+    line.begin = object.Text("begin");
+    line.end = object.Text("end");
+    const auto* const ended = std::ranges::find(kEndNames, object.Text("ended"));
+    line.ended = ended == kEndNames.end() ? ERunEnd::Killed : static_cast<ERunEnd>(ended - kEndNames.begin());
+    line.signal = object.Text("signal");
+    line.result = object.Number("result").value_or(0);
+    line.logLines = object.Number("log_lines").value_or(0);
+    line.notVisited = object.Number("not_visited").value_or(0);
+    return line;
+}
+
 /// The inside of an object.
 std::string_view MembersOf(std::string_view object) {
     return object.substr(1, object.size() - 2);
@@ -157,33 +175,30 @@ std::string LineAsJson(std::string_view begin, const std::vector<std::string_vie
     return line + "]}";
 }
 
-std::optional<SVisitLine> ReadVisitLine(std::string_view json, bool withEntries) {
+std::optional<SVisitLine> ReadWantedLine(std::string_view json,
+                                         const std::function<bool(const SVisitLine& head)>& isWanted) {
     const auto object = NumberOf(json) ? CJsonObject::Read(json) : std::nullopt;
     if (!object) {
         return std::nullopt;
     }
-    SVisitLine line;
-    line.number = object->Number("number").value_or(0);
-    line.kind = object->Text("kind") == kRecoverKind ? ERunKind::Recover : ERunKind::Visit;
-    line.iniPath = object->Text("ini");
-    line.process = object->Number("process").value_or(0);
-    line.attempt = object->Number("attempt").value_or(1);
-    line.begin = object->Text("begin");
-    line.end = object->Text("end");
-    const auto* const ended = std::ranges::find(kEndNames, object->Text("ended"));
-    line.ended = ended == kEndNames.end() ? ERunEnd::Killed : static_cast<ERunEnd>(ended - kEndNames.begin());
-    line.signal = object->Text("signal");
-    line.result = object->Number("result").value_or(0);
-    line.logLines = object->Number("log_lines").value_or(0);
-    line.notVisited = object->Number("not_visited").value_or(0);
-    if (withEntries) {
-        for (const std::string_view item : JsonItems(object->Value("relays"))) {
-            if (auto entry = ReadVisitEntry(item)) {
-                line.entries.push_back(*std::move(entry));
-            }
+    SVisitLine line = HeadOf(*object);
+    if (!isWanted(line)) {
+        return std::nullopt;
+    }
+    for (const std::string_view item : JsonItems(object->Value("relays"))) {
+        if (auto entry = ReadVisitEntry(item)) {
+            line.entries.push_back(*std::move(entry));
         }
     }
     return line;
+}
+
+std::optional<SVisitLine> ReadVisitLine(std::string_view json, bool withEntries) {
+    if (withEntries) {
+        return ReadWantedLine(json, [](const SVisitLine& /*head*/) { return true; });
+    }
+    const auto object = NumberOf(json) ? CJsonObject::Read(json) : std::nullopt;
+    return object ? std::optional(HeadOf(*object)) : std::nullopt;
 }
 
 std::optional<std::uint64_t> NumberOf(std::string_view json) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -84,6 +85,9 @@ struct SVisitLine {
                                      std::string_view end);
 /// Without `withEntries`, its entries are not read.
 [[nodiscard]] std::optional<SVisitLine> ReadVisitLine(std::string_view json, bool withEntries = true);
+/// A line that is wanted as its head says, which has no entries yet; none of another.
+[[nodiscard]] std::optional<SVisitLine>
+ReadWantedLine(std::string_view json, const std::function<bool(const SVisitLine& head)>& isWanted);
 /// The number at the front of a line or a beginning; none of anything else.
 [[nodiscard]] std::optional<std::uint64_t> NumberOf(std::string_view json);
 /// Whether it is what EndAsJson makes.

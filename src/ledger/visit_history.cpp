@@ -133,11 +133,10 @@ bool CVisitHistory::ForEachOf(const std::string& iniPath, const Take& take) cons
     const std::string wanted = iniPath.empty() ? iniPath : RecordedIniPath(iniPath);
     std::set<std::uint64_t> taken;
     const auto takeLine = [&](std::string_view json, ERunState state) {
-        const auto head = ReadVisitLine(json, false);
-        if (!head || (!wanted.empty() && head->iniPath != wanted) || !taken.insert(head->number).second) {
-            return;
-        }
-        if (const auto line = ReadVisitLine(json)) {
+        const auto line = ReadWantedLine(json, [&](const SVisitLine& head) {
+            return (wanted.empty() || head.iniPath == wanted) && taken.insert(head.number).second;
+        });
+        if (line) {
             take(*line, state);
         }
     };
@@ -163,13 +162,22 @@ bool CVisitHistory::HasVisitsOf(const std::string& iniPath) const {
     return isFound;
 }
 
-SVisitSummary SummariseVisits(const std::string& eventRoot, const std::string& iniPath) {
+SVisitSummary SummariseVisits(const std::string& eventRoot, const std::string& iniPath,
+                              const CVisitHistory::Take& also) {
+    const std::string own = RecordedIniPath(iniPath);
     const CVisitHistory history(eventRoot);
     SVisitSummary summary;
     summary.history = history.Found();
     summary.folders = history.Folders();
-    summary.isWhole = history.ForEachOf(
-        iniPath, [&summary](const SVisitLine& line, ERunState state) { AddRun(summary, line, state); });
+    summary.isWhole =
+        history.ForEachOf(also ? std::string() : iniPath, [&](const SVisitLine& line, ERunState state) {
+            if (line.iniPath == own) {
+                AddRun(summary, line, state);
+            }
+            if (also) {
+                also(line, state);
+            }
+        });
     return summary;
 }
 

@@ -77,6 +77,8 @@ struct SVisitSummary {
     std::map<std::pair<std::string, std::string>, SKnownRelay> relays; ///< by key and address
 };
 
-[[nodiscard]] SVisitSummary SummariseVisits(const std::string& eventRoot, const std::string& iniPath);
+/// `also` gets every run of the event root, those of other INI files, too; it may be empty.
+[[nodiscard]] SVisitSummary SummariseVisits(const std::string& eventRoot, const std::string& iniPath,
+                                            const CVisitHistory::Take& also = {});
 
 } // namespace ruvo

@@ -295,6 +295,17 @@ def test_sequence(page):
           ["Last", "Between", "and more", "First"])
 
 
+def test_two_clocks(page):
+    cells = lambda name: page.texts(f"{ROWS} .cell-{name}")
+    page.click("#grid-head .cell-time button")
+    equal("lined up: in one zone, with marks", cells("time"),
+          ["2026-11-16 03:00:00.000", "2026-11-16 03:00:00.030", "2026-11-16 03:00:00.050 ~"])
+    equal("lined up: the time in between", cells("delta"), ["", "+0.030", "+0.020?"])
+    check("lined up: said", "zone Europe/Berlin" in page.text("footer") and "may be wrong" in page.text("#marks"), page.text("footer"))
+    page.click(f"{ROWS} .cell-time")
+    check("lined up: the relay's clock", "Relay's clock 2026" in " ".join(page.text("#details").split()), page.text("#details"))
+
+
 def test_policy(page):
     """Were a text ever to become markup or script, the page's own policy would still stop it."""
     blocked = page.run("""try { document.body.innerHTML += "<p>"; return false; } catch (error) { return true; }""")
@@ -341,6 +352,9 @@ def run(ruvoctl, folder):
     bounded = make_page(ruvoctl, folder, "bounded", sites.week, "--until", "2026-11-22", "--silent", "3",
                         made="2026-12-22 23:30:00")
     sequence = make_page(ruvoctl, folder, "sequence", sites.sequence, "--log", os.path.join(folder, "sequence.log.2"))
+    clock_file = pathlib.Path(folder, "clocks.txt")
+    clock_file.write_text("LO* +01:00\nUT* UTC\n", "utf-8")
+    lined = make_page(ruvoctl, folder, "lined", sites.two_clocks, "--clocks", clock_file, "--zone", "Europe/Berlin")
     large = make_page(ruvoctl, folder, "large", lambda root, _: sites.large(root))
     with browser() as page:
         page.look(1440, 900)
@@ -368,6 +382,9 @@ def run(ruvoctl, folder):
         page.open(sequence)
         test_sequence(page)
         check_quiet(page, "sequence", sequence)
+        page.open(lined)
+        test_two_clocks(page)
+        check_quiet(page, "lined up", lined)
         test_old_sites(page, old, bounded)
         page.requests()
         test_large(page, large)

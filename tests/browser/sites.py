@@ -123,6 +123,14 @@ def hostile(root, log):
                     (None, HOSTILE[1])])
 
 
+def two_clocks(root, log):
+    """One event, seen by a relay in local time, one in UTC, and one of which nobody knows."""
+    for name, hour, milliseconds in (("LO01-1", 3, 0), ("UT01-2", 2, 30), ("XX01-3", 2, 50)):
+        relay = Relay(name, 1, f"Bay {name[:2]}", "", "")
+        relay.simple(after(hour, milliseconds), (3, 0x20), "I> trip")
+        relay.write(root)
+
+
 def failed_clocks(root, log):
     """A day of events; one relay believes that it is 1998, another 2079."""
     relays = [Relay(*bay) for bay in BAYS[:4]]

@@ -37,11 +37,7 @@ protected:
         EndRun();
         g_utcTime = {2026, 11, 25, 6, 0, 0};
     }
-    ~DigestCommand() override {
-        SetEnvironmentValue("RUVO_STATE_DIR", before);
-        SetEnvironmentValue("TZ", "UTC0");
-        g_utcTime = time;
-    }
+    ~DigestCommand() override { SetEnvironmentValue("RUVO_STATE_DIR", before); }
 
     void Happen(const std::string& what, const std::vector<std::string>& fields) {
         if (what == "run") {
@@ -129,7 +125,6 @@ protected:
 
     CScratchFolder folder;
     std::string before = EnvironmentValue("RUVO_STATE_DIR").value_or("");
-    SCalendarTime time = g_utcTime;
     std::string site;
     std::string how;
     std::unique_ptr<CVisitRecord> record;
@@ -141,6 +136,26 @@ TEST_F(DigestCommand, AMutedRelayAlarmsNobody) {
     EXPECT_NE(text.find("2 nights; muted until the end of"), std::string::npos) << text;
     for (const char* alarm : {"1 relay not reached", "! Bus", "The link to", "\"ping\""})
         EXPECT_EQ(text.find(alarm), std::string::npos) << alarm << text;
+}
+
+/// Its runs began at 03:00 and at 03:30 local time; what was written at other times may be anybody's.
+TEST_F(DigestCommand, ASharedLogIsToldApartByItsRuns) {
+    std::string ini = folder.Read("sites/south.ini");
+    folder.Write("sites/south.ini", ini.replace(ini.rfind("south.log"), 5, "north"));
+    folder.Write("north.log", "2026/11/25 03:01:00 In a run of north\r\n2026/11/25 03:20:00 Between\r\n"
+                              "2026/11/25 03:31:00 In a run of south\r\nand its second line\r\n");
+    for (const std::string command : {"digest @/sites/", "status @/sites/"}) {
+        const std::string north = Run(command + "north.ini").out, south = Run(command + "south.ini").out;
+        const auto has = [](const std::string& text, const char* words) {
+            return text.find(words) != std::string::npos;
+        };
+        EXPECT_TRUE(has(north, "run of north") && has(north, "Between") && !has(north, "run of south") &&
+                    !has(north, "second line"))
+            << north;
+        EXPECT_TRUE(has(south, "run of south") && has(south, "Between") && !has(south, "run of north") &&
+                    has(south, "second line"))
+            << south;
+    }
 }
 
 TEST_F(DigestCommand, SaysWhatCameInAndWhatWentWrong) {

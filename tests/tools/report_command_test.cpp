@@ -98,6 +98,25 @@ TEST(ReportCommand, ASiteBringsItsLogAndItsName) {
               json({"2026-11-14", "2026-11-12"}));
 }
 
+TEST(ReportCommand, AMutedRelaysLinkIsNoAlarm) {
+    const CScratchFolder folder;
+    std::filesystem::create_directories(folder.Native("ev"));
+    folder.Write("log",
+                 "2026/11/16 03:00:00 Test connection failed. Unable to connect to the device or password is "
+                 "invalid. Connection details - COM Port: COM1, device address: 5.\r\n"
+                 "2026/11/16 03:00:00 Invalid password. Connection details - COM Port: COM1, device "
+                 "address: 5.\r\n");
+    folder.Write("north.ini", "[RUVO_GENERAL]\nCommPort=COM1\nEventRootDir=" + folder.Path("ev") +
+                                  "\nErrorLogPathname=" + folder.Path("log") + "\n[RUVO_SERIAL]\nRV001=5\n");
+    ASSERT_EQ(RunTool({"mute", folder.Native("north.ini"), "RV001", "--until", "7d", "--why", "<CT>"}).status,
+              0);
+    const json data = json::parse(DataOf(RunTool({"report", folder.Native("north.ini"), "-o", "-"}).out));
+    EXPECT_EQ(data["mutes"][0][1], "RV001 (5)");
+    EXPECT_EQ(data["mutes"][0][3], "<CT>");
+    EXPECT_EQ(data["problems"][0][5], 0);
+    EXPECT_EQ(data["problems"][1][5], -1) << "a refused password counts";
+}
+
 TEST(ReportCommand, FileIsReplacedAndMistakesAreSaid) {
     const CScratchFolder folder;
     folder.Write("AB12-1-2026-11-16-DEV.evt", kHeader + Record(16, 3, "Trip"));

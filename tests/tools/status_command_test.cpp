@@ -72,8 +72,8 @@ TEST_F(CStatus, NoNameHidesASilentRelay) {
         m_folder.Write(name + std::string("-DEV.evt"), kHeader);
     const std::string said = Status({"--critical-silent", "14", "--warn-problems", "0"}).out;
     for (const char* cause :
-         {"CRITICAL: CD\"34-2 has been silent for 15 days; EF56-3 has only day files dated",
-          "CD\"34-2 has a day file of 2099-01-01, which is in the future"})
+         {"CRITICAL: Départ \"7\" (CD\"34-2) has been silent for 15 days; EF56-3 has only day files dated",
+          "Départ \"7\" (CD\"34-2) has a day file of 2099-01-01, which is in the future"})
         EXPECT_NE(said.find(cause), std::string::npos) << said;
     EXPECT_EQ(said.find("GH78-4 has"), std::string::npos) << "tomorrow is another clock's today: " << said;
 }
@@ -85,8 +85,8 @@ TEST_F(CStatus, JsonAndMetrics) {
     EXPECT_EQ(status["state"], "warning");
     EXPECT_EQ(
         status["relays"][0].dump(),
-        R"({"damaged_places":1,"last_day":"2026-11-19","last_event":"2026-11-19T03:12:01.234",)"
-        R"("last_file":"AB12-1-2026-11-19-DEV.evt","records":4,"records_in_last_file":3,"relay":"AB12-1",)"
+        R"({"damaged_places":1,"description":"a\\x07\\x1B[2J","last_day":"2026-11-19","last_event":"2026-11-19T03:12:01.234",)"
+        R"("last_file":"AB12-1-2026-11-19-DEV.evt","model":"�\\","plant":"Départ \"7\"","records":4,"records_in_last_file":3,"relay":"AB12-1",)"
         R"("silent_days":1})");
     EXPECT_EQ(status["log"]["lines"], 5);
     EXPECT_EQ(status["log"]["by_connection"][1]["connection"], "COM2 device 7");

@@ -81,6 +81,7 @@ TEST(MutedLines, MakeNoProblemOfAVisit) {
     for (const char* key : {"RV001", "RV002"}) {
         visits.relays.emplace_back();
         visits.relays.back().key = key;
+        visits.relays.back().link = "ethernet";
         visits.relays.back().address = key == std::string("RV001") ? "10.0.0.5,1" : "10.0.0.6,2";
     }
     visits.relays[1].mute.emplace();
@@ -97,6 +98,28 @@ TEST(MutedLines, MakeNoProblemOfAVisit) {
         outcome.record->line.ended = ERunEnd::Signal;
         EXPECT_EQ(StatusOfAttempts({outcome}), 3) << "the run itself is not muted";
     });
+}
+
+TEST(RelayOfConnection, DependsOnTheLink) {
+    struct {
+        const char* name;
+        const char* link;
+        const char* connection;
+        bool isFound;
+    } const cases[] = {
+        {"its port", "serial", "COM Port: COM2, device address: 3.", true},
+        {"another port", "serial", "COM Port: COM1, device address: 3.", false},
+        {"another number", "serial", "COM Port: COM2, device address: 13.", false},
+        {"a modem", "serial", "modem name: COM2, device address: 3.", false},
+        {"its modem", "modem", "modem name: COM2, number to dial: 1, device address: 3.", true},
+        {"a port", "modem", "COM Port: COM2, device address: 3.", false}};
+    for (const auto& row : cases) {
+        SSiteVisits visits;
+        visits.linkName = "COM2";
+        visits.relays.emplace_back().address = "3";
+        visits.relays.back().link = row.link;
+        EXPECT_EQ(RelayOfConnection(visits, row.connection) != nullptr, row.isFound) << row.name;
+    }
 }
 
 TEST(LogGrowth, IsWhatOthersAdd) {

@@ -46,7 +46,7 @@ constexpr std::string_view kNotes =
 matches longer words that start with it; words in double quotes match as a phrase. Events are printed in
 order of time, in the formats of ruvoctl events.
 --fetched takes what came in from the records of a site's visits: those of the INI file that --site names,
-else of the one with the site's name in the folder for sites (/etc/ruvo). Without such records, a day file
+else of the one with the site's name in the machine's folder for sites. Without such records, a day file
 counts by the UTC day in its name; a message says so.
 Exit status: 0 on success, 1 if no event matches, 2 on a usage error or if the archive cannot be read.
 
@@ -65,7 +65,7 @@ public:
         if (known == m_sites.end()) {
             known = m_sites.emplace(site, Read(site)).first;
         }
-        SFetchedBytes bytes = known->second.Of(relay + "/" + dayFile);
+        SFetchedBytes bytes = known->second.OfRecorded(relay + "/" + dayFile);
         m_wholeCount += bytes.isWhole ? 1 : 0;
         return bytes;
     }

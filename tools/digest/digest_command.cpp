@@ -174,12 +174,13 @@ SDigestQuestion QuestionOf(const SRequest& request, const std::string& ini, bool
 }
 
 void ReadSites(SRequest& request, SDigest& digest, SConsole& console) {
+    SSharedBySites shared;
     std::size_t firsts = 0;
     std::vector<bool> isFirstOf;
     for (const std::string& ini : request.iniPaths) {
         bool isFirst = false;
         const SDigestQuestion question = QuestionOf(request, ini, isFirst);
-        SSiteDigest site = ReadSiteDigest(ini, question, console);
+        SSiteDigest site = ReadSiteDigest(ini, question, shared, console);
         firsts += isFirst ? 1 : 0;
         isFirstOf.push_back(isFirst);
         if (site.mark) {
@@ -242,7 +243,8 @@ SDigest DigestOfVisit(const std::string& fullIniPath, std::uint64_t number, SCon
     SDigest digest;
     digest.made = NowForPeople();
     digest.period = "with run " + std::to_string(number);
-    digest.sites.push_back(ReadSiteDigest(fullIniPath, question, console));
+    SSharedBySites shared;
+    digest.sites.push_back(ReadSiteDigest(fullIniPath, question, shared, console));
     return digest;
 }
 

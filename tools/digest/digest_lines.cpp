@@ -71,7 +71,7 @@ private:
         for (const SSilentRelay& relay : site.silent) {
             Add(Remark, relay.label + " answers, but has had no event for " +
                             Counted(static_cast<std::uint64_t>(relay.days), "day") + " (since " +
-                            (relay.lastDay.empty() ? "visits are recorded" : relay.lastDay) + ").");
+                            (relay.lastDay.empty() ? "visits are recorded" : relay.lastDay + ", UTC") + ").");
         }
         for (const std::string& note : site.notes) {
             Add(Remark, note);

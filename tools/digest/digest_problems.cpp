@@ -61,9 +61,8 @@ std::string ForLink(std::string text, const SSiteVisits& visits) {
 
 SDigestProblem ProblemOf(const SLogLine& line, const SSiteVisits& visits, const SSiteDigest& site) {
     SDigestProblem problem;
-    const std::string connection = ShortConnectionName(line.connection);
-    const SRelayVisit* const relay = connection.empty() ? nullptr : RelayOfConnection(visits, connection);
-    problem.where = EscapeControls(relay != nullptr ? relay->Label() : connection);
+    const SRelayVisit* const relay = RelayOfConnection(visits, line.connection);
+    problem.where = EscapeControls(relay != nullptr ? relay->Label() : ShortConnectionName(line.connection));
     problem.lastTime = line.time;
     if (relay != nullptr) {
         problem.key = relay->key;
@@ -132,24 +131,24 @@ void FindOver(const SSiteVisits& visits, std::vector<SDigestProblem>& problems) 
 
 } // namespace
 
-void ReadDigestProblems(const std::string& logPath, const std::string& from, const std::string& to,
-                        const SSiteVisits& visits, SSiteDigest& digest) {
+void ReadDigestProblems(const SLogSpan& log, COwnLines& ownLines, const SSiteVisits& visits,
+                        SSiteDigest& digest) {
     CLogReader reader;
-    const SFileResult opened = reader.Open(logPath);
+    const SFileResult opened = reader.Open(log.path);
     if (opened.failure == EFileFailure::NotFound || opened.failure == EFileFailure::BadPath) {
         return;
     }
     bool counts = false; // a line without a time belongs to the one before it
     std::uint64_t others = 0;
     for (SLogLine line; opened.Good() && reader.Next(line);) {
-        counts = line.time.empty() ? counts : line.time >= from && line.time <= to;
-        if (counts && !IsSaidElsewhere(line, digest)) {
+        counts = line.time.empty() ? counts : line.time >= log.from && line.time <= log.to;
+        if (counts && ownLines.IsOwn(line) && !IsSaidElsewhere(line, digest)) {
             Add(ProblemOf(line, visits, digest), digest.problems, others);
         }
     }
     const SFileResult& result = opened.Good() ? reader.Result() : opened;
     if (!result.Good()) {
-        digest.failures.push_back(EscapeControls(SystemTextToUtf8(DisplayPath(logPath))) + ": " +
+        digest.failures.push_back(EscapeControls(SystemTextToUtf8(DisplayPath(log.path))) + ": " +
                                   SystemErrorText(result.systemCode));
     }
     if (others > 0) {

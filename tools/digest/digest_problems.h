@@ -7,9 +7,16 @@
 
 namespace ruvo {
 
-/// Adds what the lines from one local time to another mean, the gravest first, and what could not be read. A
-/// missing log has no lines: the first problem creates it.
-void ReadDigestProblems(const std::string& logPath, const std::string& from, const std::string& to,
-                        const SSiteVisits& visits, SSiteDigest& digest);
+/// Part of an error log.
+struct SLogSpan {
+    std::string path;
+    std::string from; ///< local time
+    std::string to;
+};
+
+/// Adds what the site's own lines in it mean, the gravest first, and what could not be read. A missing log
+/// has no lines: the first problem creates it.
+void ReadDigestProblems(const SLogSpan& log, COwnLines& ownLines, const SSiteVisits& visits,
+                        SSiteDigest& digest);
 
 } // namespace ruvo

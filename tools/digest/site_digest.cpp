@@ -246,8 +246,9 @@ void NameByDescription(const SFoundFiles& found, SSiteVisits& visits, SConsole& 
 }
 
 /// What waits now, of a digest that reaches until now: the records know it only at the end of a run.
-void CountWaiting(const SSitePlaces& places, const std::string& fullIniPath, SSiteDigest& digest) {
-    const SSiteLeftovers leftovers = FindLeftovers(places.events, fullIniPath, EOtherRoots::Former);
+void CountWaiting(const SSitePlaces& places, const std::string& fullIniPath, CRootLeftovers& known,
+                  SSiteDigest& digest) {
+    const SSiteLeftovers leftovers = FindLeftovers(places.events, fullIniPath, EOtherRoots::Former, known);
     if (leftovers.IsRead()) {
         digest.waiting = leftovers.EventsWaiting();
     }
@@ -338,7 +339,8 @@ int SSiteDigest::Rank() const {
 }
 
 SSiteDigest ReadSiteDigest(const std::string& fullIniPath, const SDigestQuestion& question,
-                           SConsole& console) {
+                           SSharedBySites& shared, SConsole& console) {
+    const std::vector<SLogUser> others = shared.logUsers.Beside(fullIniPath);
     const CSite site(fullIniPath);
     SSiteDigest digest;
     digest.name = EscapeControls(site.Name());
@@ -348,18 +350,17 @@ SSiteDigest ReadSiteDigest(const std::string& fullIniPath, const SDigestQuestion
         return digest;
     }
     const SSitePlaces& places = *site.Places();
-    SSiteVisits visits = ReadSiteVisits(fullIniPath, places, NowSeconds());
-    JudgeRecords(visits, digest);
+    const std::string own = RecordedIniPath(fullIniPath);
     CChosenRuns runs(question);
-    const CVisitHistory history(places.events);
-    // Whether all could be read is in the summary.
-    static_cast<void>(history.ForEach([&](const SVisitLine& run, ERunState state) {
-        if (run.iniPath == visits.iniPath) {
-            runs.Add(run, state);
-        } else {
-            runs.AddOther(run);
-        }
-    }));
+    SSiteVisits visits =
+        ReadSiteVisits(fullIniPath, places, NowSeconds(), [&](const SVisitLine& run, ERunState state) {
+            if (run.iniPath == own) {
+                runs.Add(run, state);
+            } else {
+                runs.AddOther(run);
+            }
+        });
+    JudgeRecords(visits, digest);
     runs.Choose(digest);
     digest.lastVisit = visits.summary.last ? visits.summary.last->begin : std::string();
     JudgeVisits(runs, question, digest);
@@ -367,14 +368,15 @@ SSiteDigest ReadSiteDigest(const std::string& fullIniPath, const SDigestQuestion
     NameByDescription(found, visits, console);
     CountEvents(runs.Chosen(), visits, digest);
     if (!question.visit && (question.ofMark || question.period.end > NowSeconds())) {
-        CountWaiting(places, fullIniPath, digest);
+        CountWaiting(places, fullIniPath, shared.leftovers, digest);
     }
     JudgeReach(runs.Chosen(), visits, digest);
     FindSilent(found, visits, NowSeconds(), digest);
     KeepNews(runs, found, digest);
     ReadDigestEvents(found, visits, digest, console);
     const auto [from, to] = LocalBounds(runs, question);
-    ReadDigestProblems(places.log, from, to, visits, digest);
+    COwnLines ownLines(fullIniPath, places, others);
+    ReadDigestProblems({places.log, from, to}, ownLines, visits, digest);
     return digest;
 }
 

@@ -6,6 +6,7 @@
 #include "tools/lines/line_table.h"
 #include "tools/marks.h"
 #include "tools/report/event_kind.h"
+#include "tools/sites/shared_by_sites.h"
 #include "tools/sites/site_visits.h"
 #include "tools/text_output.h"
 
@@ -132,6 +133,6 @@ struct SSiteDigest {
 inline constexpr std::int64_t kSilentDays = 14;
 
 [[nodiscard]] SSiteDigest ReadSiteDigest(const std::string& fullIniPath, const SDigestQuestion& question,
-                                         SConsole& console);
+                                         SSharedBySites& shared, SConsole& console);
 
 } // namespace ruvo

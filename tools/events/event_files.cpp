@@ -52,11 +52,14 @@ void ReadFolder(const fs::path& folder, std::vector<fs::path>& folders, std::vec
     std::error_code error;
     fs::directory_iterator entry(folder, error);
     for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
-        std::error_code unknown;
-        const fs::file_status status = entry->symlink_status(unknown);
-        if (fs::is_directory(status)) {
+        std::error_code
+            unknown; // these questions need the system only where the listing leaves the kind open
+        if (entry->is_symlink(unknown)) {
+            continue;
+        }
+        if (entry->is_directory(unknown)) {
             folders.push_back(entry->path());
-        } else if (fs::is_regular_file(status) && HasDayFileEnding(entry->path())) {
+        } else if (HasDayFileEnding(entry->path()) && entry->is_regular_file(unknown)) {
             paths.push_back(entry->path().string());
         }
     }

@@ -29,6 +29,29 @@ bool ReadClocks(const CArguments& arguments, SConsole& console, CRelayClocks& cl
     return failure.empty();
 }
 
+bool ParseZone(const CArguments& arguments, SConsole& console, CZoneRule& zone) {
+    if (!arguments.Has("--zone")) {
+        return true;
+    }
+    const bool hasClocks = arguments.Has("--clocks");
+    const auto rule = ReadZone(arguments.Get("--zone"));
+    if (!hasClocks || !rule) {
+        console.error.Write("--zone: " +
+                            (hasClocks ? EscapeControls(SystemTextToUtf8(arguments.Get("--zone"))) +
+                                             ": expected UTC, an offset, a rule or the name of a zone\n"
+                                       : std::string("requires --clocks\n")));
+        return false;
+    }
+    zone = *rule;
+    return true;
+}
+
+std::string ZoneName(const CArguments& arguments) {
+    return !arguments.Has("--clocks") ? std::string()
+           : arguments.Has("--zone")  ? SystemTextToUtf8(arguments.Get("--zone"))
+                                      : std::string("UTC");
+}
+
 void CompleteSources(const CArguments& arguments, const CRelayClocks& clocks, SFoundFiles& found) {
     for (SFoundFile& file : found.files) {
         if (arguments.Has("--site")) {

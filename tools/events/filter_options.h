@@ -30,6 +30,15 @@ inline constexpr SOption kClocksOption{
     EOptionKind::Text, "--clocks",
     "what the clocks of the relays show: lines such as \"FD31-* Europe/Berlin\" or \"* UTC\"", "FILE"};
 
+inline constexpr SOption kZoneOption{
+    EOptionKind::Text, "--zone",
+    "with --clocks: show times in this zone, such as UTC (default), +01:00 or Europe/Berlin", "ZONE"};
+
+/// Sets the zone to that of "--zone". Reports a mistake, also the option without "--clocks", and returns
+/// false.
+[[nodiscard]] bool ParseZone(const CArguments& arguments, SConsole& console, CZoneRule& zone);
+/// The zone as it was given, UTF-8; "UTC" by default; empty without "--clocks".
+[[nodiscard]] std::string ZoneName(const CArguments& arguments);
 /// Reads the file of "--clocks". Reports a mistake in it and returns false.
 [[nodiscard]] bool ReadClocks(const CArguments& arguments, SConsole& console, CRelayClocks& clocks);
 /// Gives the files the site of "--site", then the clocks of their relays, which must outlive them.

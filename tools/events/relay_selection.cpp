@@ -4,6 +4,7 @@
 #include "tools/text_encoding.h"
 
 #include <algorithm>
+#include <set>
 
 namespace ruvo {
 
@@ -97,6 +98,19 @@ bool CRelaySelection::SayIfNone(const SFoundFiles& found, SConsole& console) con
     }
     console.error.Write(text + ".\n");
     return true;
+}
+
+void CRelaySelection::ReportUnknownClocks(const SFoundFiles& found, SConsole& console) const {
+    std::set<std::string> unknown;
+    for (const SFoundFile& file : found.files) {
+        if (file.clock == nullptr && MatchesName(file.relay)) {
+            unknown.insert(file.relay);
+        }
+    }
+    for (const std::string& relay : unknown) {
+        console.error.Write("ruvoctl: --clocks: no line fits " + EscapeControls(relay) +
+                            "; its times are taken as UTC and marked with ~\n");
+    }
 }
 
 } // namespace ruvo

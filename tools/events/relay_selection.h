@@ -24,6 +24,8 @@ public:
     /// After a walk: if no relay matches, says on standard error what there is to choose from.
     /// True when it has said so.
     bool SayIfNone(const SFoundFiles& found, SConsole& console) const;
+    /// Names the selected relays of which the file of clocks says nothing: they count as UTC, with a mark.
+    void ReportUnknownClocks(const SFoundFiles& found, SConsole& console) const;
 
 private:
     void Begin(const SEventSource& source);

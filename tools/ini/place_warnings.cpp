@@ -87,7 +87,8 @@ std::vector<SDiagnostic> FindFullDisks(const std::string& eventRoot, const std::
 }
 
 std::vector<SDiagnostic> FindLeftoverEvents(const std::string& eventRoot, const std::string& iniPath) {
-    const SSiteLeftovers leftovers = FindLeftovers(eventRoot, iniPath, EOtherRoots::Former);
+    CRootLeftovers known;
+    const SSiteLeftovers leftovers = FindLeftovers(eventRoot, iniPath, EOtherRoots::Former, known);
     std::vector<SDiagnostic> diagnostics;
     for (const std::string& line : DescribeLeftovers(leftovers)) {
         diagnostics.push_back({0, line + "; see \"ruvoctl recover\""});

@@ -3,10 +3,27 @@
 #include "app/program_folder.h"
 #include "config/configuration.h"
 #include "config/destination_root.h"
+#include "config/ini_keys.h"
 #include "log/error_log.h"
 #include "paths/path_utilities.h"
 
 namespace ruvo {
+
+namespace {
+
+std::string LinkName(const CRuvoConfig& config) {
+    switch (SelectedLink(config)) {
+    case ELink::Serial:
+        return config.CommPort();
+    case ELink::Modem:
+        return config.TapiModemName();
+    case ELink::Ethernet:
+        break;
+    }
+    return {};
+}
+
+} // namespace
 
 std::optional<SSitePlaces> ReadSitePlaces(const std::string& fullIniPath) {
     const CProgramFolder inProgramFolder;
@@ -19,7 +36,8 @@ std::optional<SSitePlaces> ReadSitePlaces(const std::string& fullIniPath) {
     ResolveErrorLogPath(context, true);
     SSitePlaces places{.events = context.DestinationRoot(),
                        .log = ErrorLogPath(),
-                       .relays = VisitedRelays(context.Config())};
+                       .relays = VisitedRelays(context.Config()),
+                       .linkName = LinkName(context.Config())};
     StripTrailingSeparators(places.events); // the registry's ends with one
     return places.events.empty() || places.log.empty() ? std::nullopt : std::optional(std::move(places));
 }

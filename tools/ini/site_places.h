@@ -13,6 +13,7 @@ struct SSitePlaces {
     std::string events; ///< full paths
     std::string log;
     std::vector<SVisitedRelay> relays;
+    std::string linkName = {}; ///< the COM port's or the modem's; empty for Ethernet
 };
 
 /// None when the file cannot be read, or a path cannot be resolved.

@@ -169,7 +169,8 @@ private:
 };
 
 int List(const CArguments& arguments, const std::string& eventRoot, SConsole& console) {
-    const SSiteLeftovers leftovers = FindLeftovers(eventRoot, "", EOtherRoots::All);
+    CRootLeftovers known;
+    const SSiteLeftovers leftovers = FindLeftovers(eventRoot, "", EOtherRoots::All, known);
     console.out.Write(arguments.Get("--format") == "json" ? LeftoversAsJson(leftovers)
                                                           : LeftoversAsText(leftovers));
     return leftovers.IsRead() ? kExitGood : kExitFailed;

@@ -52,7 +52,24 @@ std::uint64_t SSiteLeftovers::EventsSetAside() const {
     return events;
 }
 
-SSiteLeftovers FindLeftovers(const std::string& eventRoot, const std::string& iniPath, EOtherRoots others) {
+const std::vector<std::string>& CRootLeftovers::FoldersIn(const std::string& stateFolder) {
+    auto folders = m_folders.find(stateFolder);
+    if (folders == m_folders.end()) {
+        folders = m_folders.emplace(stateFolder, RootFoldersIn(stateFolder)).first;
+    }
+    return folders->second;
+}
+
+const SRootLeftovers& CRootLeftovers::Of(const std::string& folder) {
+    auto root = m_roots.find(folder);
+    if (root == m_roots.end()) {
+        root = m_roots.emplace(folder, Read(folder, "")).first;
+    }
+    return root->second;
+}
+
+SSiteLeftovers FindLeftovers(const std::string& eventRoot, const std::string& iniPath, EOtherRoots others,
+                             CRootLeftovers& known) {
     SSiteLeftovers leftovers;
     std::string own;
     for (const std::string& state :
@@ -70,11 +87,14 @@ SSiteLeftovers FindLeftovers(const std::string& eventRoot, const std::string& in
             break;
         }
     }
-    for (const std::string& folder : RootFoldersIn(leftovers.stateFolder)) {
-        SRootLeftovers root = folder == own ? SRootLeftovers() : Read(folder, "");
-        if (folder != own && !root.found.IsEmpty() &&
+    for (const std::string& folder : known.FoldersIn(leftovers.stateFolder)) {
+        if (folder == own) {
+            continue;
+        }
+        const SRootLeftovers& root = known.Of(folder);
+        if (!root.found.IsEmpty() &&
             (others == EOtherRoots::All || !root.isThere || WasRootOf(iniPath, root))) {
-            leftovers.roots.push_back(std::move(root));
+            leftovers.roots.push_back(root);
         }
     }
     return leftovers;

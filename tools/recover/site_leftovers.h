@@ -3,6 +3,7 @@
 
 #include "ledger/leftovers.h"
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -33,9 +34,21 @@ struct SSiteLeftovers {
     [[nodiscard]] std::uint64_t EventsSetAside() const;
 };
 
+/// What the folders of event roots hold, each read once: every one of many sites asks for those of the
+/// others.
+class CRootLeftovers {
+public:
+    [[nodiscard]] const std::vector<std::string>& FoldersIn(const std::string& stateFolder);
+    [[nodiscard]] const SRootLeftovers& Of(const std::string& folder);
+
+private:
+    std::map<std::string, std::vector<std::string>> m_folders;
+    std::map<std::string, SRootLeftovers> m_roots;
+};
+
 /// The INI file may be empty where none is known.
 [[nodiscard]] SSiteLeftovers FindLeftovers(const std::string& eventRoot, const std::string& iniPath,
-                                           EOtherRoots others);
+                                           EOtherRoots others, CRootLeftovers& known);
 
 /// A sentence for each leftover, without a full stop, UTF-8, and for what could not be read.
 [[nodiscard]] std::vector<std::string> DescribeLeftovers(const SSiteLeftovers& leftovers);

@@ -10,8 +10,8 @@
 #include "tools/events/filter_options.h"
 #include "tools/events/relay_selection.h"
 #include "tools/report/report_data.h"
+#include "tools/report/report_logs.h"
 #include "tools/report/report_page.h"
-#include "tools/sites/site.h"
 #include "tools/text_encoding.h"
 #include "tools/whole_file.h"
 
@@ -50,14 +50,18 @@ constexpr std::array kOptions{
             "call a relay silent that has had no new day file for more than DAYS days, up to now or --until "
             "(default: 14)",
             "DAYS"},
+    kClocksOption,
+    kZoneOption,
     SOption{EOptionKind::Text, "--title", "heading of the page (default: the name of a single site)"},
 };
 
 constexpr std::string_view kNotes =
     R"(The page is a single file that needs no network: it can be mailed, archived and printed.
 --since and --until also apply to the error log, whose times are local to this machine; event times are
-the relays' own. --fetched works as for ruvoctl events. A relay's last day is the UTC date of its newest
-day file, as in ruvoctl status.
+the relays' own. With --clocks, which works as for ruvoctl soe, all times on the page are those of --zone,
+and so are --since and --until. --fetched works as for ruvoctl events. A relay's last day is the UTC date of
+its newest day file, as in ruvoctl status.
+Lines about the link to a muted relay (ruvoctl mute) raise no alarm on the page, and say until when and why.
 Exit status: 0 on success, 1 if a file is damaged or cannot be read or written, 2 on a usage error.
 
 Example: this week, for the morning meeting
@@ -92,41 +96,6 @@ bool PutPage(const std::string& path, const std::string& page, const CReportData
     return true;
 }
 
-/// A line without a time matches: it may be the one that matters.
-bool MatchesLine(const SEventFilter& filter, const SLogLine& line) {
-    const auto key = ParseTimeKey(line.time, EDayEdge::Start);
-    return !key || ((!filter.since || *key >= *filter.since) && (!filter.until || *key <= *filter.until));
-}
-
-/// Adds the log's lines within the filter's time; reports a failure to read and returns false. A missing log
-/// in an existing folder has no lines: the first problem creates it.
-bool AddProblems(const std::string& path, std::size_t log, const SEventFilter& filter, CReportData& data,
-                 SConsole& console) {
-    CLogReader reader;
-    SFileResult result = reader.Open(path);
-    if (result.failure == EFileFailure::NotFound) {
-        console.error.Write(
-            "ruvoctl: " + EscapeControls(SystemTextToUtf8(path)) +
-            ": the error log does not exist: nothing has been logged yet, or the path is wrong\n");
-        return true;
-    }
-    if (result.Good()) {
-        for (SLogLine line; reader.Next(line);) {
-            if (MatchesLine(filter, line)) {
-                data.AddProblem(line, log);
-            }
-        }
-        result = reader.Result();
-    }
-    if (!result.Good()) {
-        const std::string failure =
-            EscapeControls(SystemTextToUtf8(path)) + ": " + SystemErrorText(result.systemCode);
-        data.AddFailure(failure);
-        console.error.Write("ruvoctl: " + failure + "\n");
-    }
-    return result.Good();
-}
-
 /// The last day on which a relay can have had a day file: today, or that of --until.
 std::string LastDay(const std::string& until) {
     constexpr std::size_t kDateSize = std::string_view("2026-11-16").size();
@@ -135,8 +104,13 @@ std::string LastDay(const std::string& until) {
 }
 
 /// True when everything was read and nothing was damaged.
-bool AddEvents(const SFoundFiles& found, const SEventFilter& filter, CReportData& data, SConsole& console) {
+bool AddEvents(const SFoundFiles& found, const SEventFilter& filter, const CZoneRule* zone, CReportData& data,
+               SConsole& console) {
     CRelaySelection selection(filter.relay);
+    const SEventFilter texts = TextsOf(filter);
+    if (zone != nullptr) {
+        selection.ReportUnknownClocks(found, console);
+    }
     const std::string lastDay = LastDay(filter.untilText);
     for (const SFoundFile& file : found.files) {
         const std::string day = DayOfFileName(std::filesystem::path(file.path).filename().string());
@@ -149,8 +123,12 @@ bool AddEvents(const SFoundFiles& found, const SEventFilter& filter, CReportData
     }
     const auto add = [&](const SEventSource& source, const SDayFileItem& item, CProgress& /*progress*/) {
         data.AddRelay(source.relay);
-        if (item.record != nullptr && filter.MatchesRecord(*item.record)) {
-            data.AddRecord(source, item);
+        if (item.record != nullptr) {
+            const SShownStamp stamp = ShowStamp(item.record->GetTimeStamp(), source.clock, zone);
+            data.NoteRecord(source, *item.record);
+            if (texts.MatchesRecord(*item.record) && IsWithin(filter, stamp.time)) {
+                data.AddRecord(source, item, stamp);
+            }
         }
         if (item.damage) {
             data.AddDamage(source, *item.damage);
@@ -199,27 +177,29 @@ std::string TitleOf(const CArguments& arguments) {
 }
 
 /// Those of the sites, then those of --log. A site that cannot be read is reported with its day files.
-std::vector<std::string> ErrorLogs(const CArguments& arguments) {
-    std::vector<std::string> logs;
+CReportLogs FindLogs(const CArguments& arguments, CReportData& data) {
+    CReportLogs logs;
     for (const std::string& place : arguments.GetAll("SITE.ini|EVENTROOT")) {
         if (IsSite(place)) {
-            const CSite site(FullPath(place));
-            if (site.Places()) {
-                logs.push_back(SystemPath(site.Places()->log));
-            }
+            logs.AddSite(FullPath(place), data);
         }
     }
-    const std::vector<std::string> given = arguments.GetAll("--log");
-    logs.insert(logs.end(), given.begin(), given.end());
+    for (const std::string& log : arguments.GetAll("--log")) {
+        logs.AddLog(log);
+    }
     return logs;
 }
 
 int RunReport(const CArguments& arguments, SConsole& console) {
     SEventFilter filter;
     const std::optional<unsigned> silentDays = SilentDays(arguments, console);
-    if (!silentDays || !ParseFilterOptions(arguments, console, filter)) {
+    CRelayClocks clocks;
+    CZoneRule zone;
+    if (!silentDays || !ParseFilterOptions(arguments, console, filter) ||
+        !ParseZone(arguments, console, zone) || !ReadClocks(arguments, console, clocks)) {
         return kExitUsage;
     }
+    const CZoneRule* const shownIn = arguments.Has("--clocks") ? &zone : nullptr;
     if (!arguments.Has("--output")) {
         console.error.Write("ruvoctl report: no output given; use -o FILE, or -o - for standard output\n");
         return kExitUsage;
@@ -228,23 +208,20 @@ int RunReport(const CArguments& arguments, SConsole& console) {
     if (!KeepFetched(arguments, console, found)) {
         return kExitUsage;
     }
-    CReportData data;
-    bool isGood = AddEvents(found, filter, data, console);
-    const std::vector<std::string> logs = ErrorLogs(arguments);
-    for (std::size_t log = 0; log < logs.size(); ++log) {
-        isGood = AddProblems(logs[log], log, filter, data, console) && isGood;
-    }
-    SReportHead head{.title = TitleOf(arguments),
-                     .made = NowText(),
-                     .since = filter.sinceText,
-                     .until = filter.untilText,
-                     .relay = filter.relay,
-                     .match = filter.match,
-                     .logs = {},
-                     .silentDays = *silentDays};
-    for (const std::string& log : logs) {
-        head.logs.push_back(SystemTextToUtf8(log));
-    }
+    CompleteSources(arguments, clocks, found);
+    CReportData data(shownIn);
+    bool isGood = AddEvents(found, filter, shownIn, data, console);
+    CReportLogs logs = FindLogs(arguments, data);
+    isGood = logs.Read(filter, shownIn, data, console) && isGood;
+    const SReportHead head{.title = TitleOf(arguments),
+                           .made = NowText(),
+                           .since = filter.sinceText,
+                           .until = filter.untilText,
+                           .relay = filter.relay,
+                           .match = filter.match,
+                           .logs = logs.Names(),
+                           .silentDays = *silentDays,
+                           .zone = ZoneName(arguments)};
     std::string json;
     data.WriteJson(json, head);
     isGood = PutPage(arguments.Get("--output"), MakePage(json), data, console) && isGood;

@@ -13,10 +13,10 @@ namespace {
 
 enum EShapeFlags : std::uint32_t { kExtended = 1, kClockDoubted = 2, kSummerTime = 4, kRecordDoubted = 8 };
 
-std::uint32_t FlagsOf(const SDayFileItem& item) {
-    const CParlaneIEC870& time = item.record->GetTimeStamp();
-    return (item.isExtended ? kExtended : 0U) | (time.IsInvalid() ? kClockDoubted : 0U) |
-           (time.IsSummerTime() ? kSummerTime : 0U) | (item.record->IsValid() ? 0U : kRecordDoubted);
+std::uint32_t FlagsOf(const SDayFileItem& item, const SShownStamp& stamp) {
+    return (item.isExtended ? kExtended : 0U) |
+           (item.record->GetTimeStamp().IsInvalid() ? kClockDoubted : 0U) |
+           (stamp.time.IsSummerTime() ? kSummerTime : 0U) | (item.record->IsValid() ? 0U : kRecordDoubted);
 }
 
 /// What the event's flags are called, when they have names: they say more than ones and zeros.
@@ -74,14 +74,14 @@ CReportData::Index CReportData::RelayText(const std::string& cp1252) {
     return m_texts.Add(ReadableRelayLine(cp1252));
 }
 
-CReportData::Index CReportData::ShapeOf(const SDayFileItem& item) {
+CReportData::Index CReportData::ShapeOf(const SDayFileItem& item, const SShownStamp& stamp) {
     const CEventRecord& record = *item.record;
     std::string location;
     AppendLocation(location, record.GetEventLocation());
     return m_shapes.Add({RelayText(EventLine(record)), static_cast<Index>(KindOf(record)),
                          m_texts.Add(std::move(location)), RelayText(record.GetAuxText1()),
                          RelayText(record.GetAuxText2()), RelayText(record.GetAuxText3()),
-                         record.GetEventCode(), FlagsOf(item)});
+                         record.GetEventCode(), FlagsOf(item, stamp)});
 }
 
 CReportData::Indexes CReportData::LinesOf(const CEventRecord& record) {
@@ -105,23 +105,26 @@ CReportData::Indexes CReportData::LinesOf(const CEventRecord& record) {
     return lines;
 }
 
-void CReportData::SetTime(SEvent& event, const CParlaneIEC870& time) {
-    event.hasTime = IsRealTime(time);
+void CReportData::SetTime(SEvent& event, const CParlaneIEC870& relayTime, const SShownStamp& stamp) {
+    event.hasTime = stamp.hasTime;
+    event.isDoubtful = stamp.isDoubtful;
+    event.isFlagged = relayTime.IsSummerTime();
     if (event.hasTime) {
-        event.time = MillisecondsOf(time);
+        event.time = stamp.moment;
+        event.ahead = MillisecondsOf(relayTime) - stamp.moment;
         return;
     }
     std::string bytes;
-    AppendHex(bytes, time.GetOctets());
+    AppendHex(bytes, relayTime.GetOctets());
     event.time = m_texts.Add(std::move(bytes));
 }
 
-void CReportData::AddRecord(const SEventSource& source, const SDayFileItem& item) {
+void CReportData::AddRecord(const SEventSource& source, const SDayFileItem& item, const SShownStamp& stamp) {
     const CEventRecord& record = *item.record;
     SEvent event;
-    SetTime(event, record.GetTimeStamp());
+    SetTime(event, record.GetTimeStamp(), stamp);
     event.file = FileIndex(source);
-    event.shape = ShapeOf(item);
+    event.shape = ShapeOf(item, stamp);
     const std::string flags = NamedFlags(record);
     event.value = RelayText(flags.empty() ? EventValueText(record) : flags);
     event.lines = m_lines.Add(LinesOf(record));
@@ -160,6 +163,11 @@ void CReportData::WriteEvents(CJsonWriter& json) const {
     column("lines", &SEvent::lines);
     deltas("offset", &SEvent::offset);
     deltas("id", &SEvent::id);
+    if (m_zone != nullptr) {
+        WriteList(json, "ahead", m_events, [&](const SEvent& event) { json.Signed(event.ahead); });
+        WriteList(json, "doubtful", m_events,
+                  [&](const SEvent& event) { json.Number(IsDoubtful(event) ? 1U : 0U); });
+    }
     json.Close('}');
 }
 
@@ -192,8 +200,52 @@ void CReportData::WriteProblems(CJsonWriter& json) const {
             json.Text(EscapeControls(text));
         }
         json.Number(problem.log);
+        json.Signed(problem.mute ? static_cast<std::int64_t>(*problem.mute) : -1);
         json.Close(']');
     });
+}
+
+void CReportData::WriteMutes(CJsonWriter& json) const {
+    WriteList(json, "mutes", m_mutes, [&](const SReportMute& mute) {
+        const auto relay = m_relays.find(mute.relay);
+        json.Open('[');
+        json.Signed(relay == m_relays.end() ? -1 : static_cast<std::int64_t>(relay->second));
+        for (const std::string& text : {mute.label, mute.until, mute.why}) {
+            json.Text(EscapeControls(text));
+        }
+        json.Close(']');
+    });
+}
+
+bool CReportData::IsDoubtful(const SEvent& event) const {
+    return event.isDoubtful && !m_flagging.Decide(m_files[event.file], event.isFlagged);
+}
+
+void CReportData::WriteZone(CJsonWriter& json, const std::string& name) const {
+    constexpr std::int64_t kDay = std::int64_t{86'400} * 1000;
+    constexpr std::int64_t kFirst = kDay * 365 * 10; // stamps have years from 1980 to 2099
+    constexpr std::int64_t kLast = kDay * 366 * 130;
+    json.Key("zone").Text(EscapeControls(name));
+    json.Key("zone_ahead").Open('[');
+    const auto ahead = [this](std::int64_t moment) { return m_zone->FromUtc(moment).milliseconds - moment; };
+    std::optional<std::int64_t> last;
+    for (std::int64_t day = kFirst; m_zone != nullptr && day < kLast; day += kDay) {
+        if (last == ahead(day)) {
+            continue;
+        }
+        std::int64_t before = day - kDay;
+        std::int64_t from = day;
+        while (last && from - before > 1) { // to the millisecond of the change
+            const std::int64_t middle = before + (from - before) / 2;
+            (ahead(middle) == *last ? before : from) = middle;
+        }
+        last = ahead(from);
+        json.Open('[');
+        json.Signed(from);
+        json.Signed(*last);
+        json.Close(']');
+    }
+    json.Close(']');
 }
 
 void CReportData::WriteJson(std::string& out, const SReportHead& head) {
@@ -248,6 +300,8 @@ void CReportData::WriteJson(std::string& out, const SReportHead& head) {
     });
     WriteList(json, "failures", m_failures, writeText);
     WriteProblems(json);
+    WriteMutes(json);
+    WriteZone(json, head.zone);
     json.Close('}');
 }
 

@@ -63,12 +63,16 @@ void CFetchedBytes::AddRange(const SStoredBytes& bytes, bool counts) {
 
 SFetchedBytes CFetchedBytes::Of(const std::string& path) const {
     const std::filesystem::path native(path);
-    const std::string name = native.filename().string();
-    const auto known = m_files.find(SystemTextToUtf8(native.parent_path().filename().string() + "/" + name));
+    return OfRecorded(
+        SystemTextToUtf8(native.parent_path().filename().string() + "/" + native.filename().string()));
+}
+
+SFetchedBytes CFetchedBytes::OfRecorded(const std::string& dayFile) const {
+    const auto known = m_files.find(dayFile);
     if (known != m_files.end()) {
         return known->second;
     }
-    return {.isWhole = IsOfPeriod(name)};
+    return {.isWhole = IsOfPeriod(dayFile.substr(dayFile.find('/') + 1))};
 }
 
 bool CFetchedBytes::IsOfPeriod(const std::string& name) const {

@@ -36,6 +36,8 @@ public:
     /// Of a day file in the folder of its relay, by any path. A file that no run is known to have written
     /// counts as a whole, by the UTC day in its name.
     [[nodiscard]] SFetchedBytes Of(const std::string& path) const;
+    /// The same of FOLDER/FILE, UTF-8.
+    [[nodiscard]] SFetchedBytes OfRecorded(const std::string& dayFile) const;
 
 private:
     void AddEntry(const SVisitEntry& entry, bool counts);

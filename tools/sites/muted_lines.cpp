@@ -11,7 +11,7 @@ namespace {
 
 /// The muted relay whose link the line is about; null for none.
 const SRelayVisit* MutedRelayOf(const SSiteVisits& visits, const SLogLine& line) {
-    const SRelayVisit* const relay = RelayOfConnection(visits, ShortConnectionName(line.connection));
+    const SRelayVisit* const relay = RelayOfConnection(visits, line.connection);
     const auto meaning = relay != nullptr && relay->mute ? Explain(line) : std::nullopt;
     return meaning && meaning->Concern() == EConcern::Link ? relay : nullptr;
 }

@@ -4,6 +4,8 @@
 #include "config/ethernet_entry.h"
 #include "ledger/visit_record.h"
 #include "tools/given_time.h"
+#include "tools/log_lines.h"
+#include "tools/text_encoding.h"
 
 #include <algorithm>
 
@@ -42,10 +44,10 @@ void ApplyMutes(const std::string& fullIniPath, SSiteVisits& visits, std::int64_
     }
 }
 
-/// As ShortConnectionName has it, without the name of a link that all relays of the site share.
-std::string ConnectionName(const std::string& address) {
+/// As ShortConnectionName has it.
+std::string ConnectionName(const std::string& linkName, const std::string& address) {
     if (address.find(',') == std::string::npos) {
-        return " device " + address;
+        return linkName + " device " + address;
     }
     const std::int32_t bus = ParseEthernetBusAddress(address);
     return ParseEthernetIp(address) + " device " + std::to_string(ParseEthernetDeviceAddress(address)) +
@@ -84,10 +86,12 @@ bool SSiteVisits::HasNothingLogged() const {
     return summary.last && summary.last->ended != ERunEnd::Killed && summary.last->logLines == 0;
 }
 
-SSiteVisits ReadSiteVisits(const std::string& fullIniPath, const SSitePlaces& places, std::int64_t now) {
+SSiteVisits ReadSiteVisits(const std::string& fullIniPath, const SSitePlaces& places, std::int64_t now,
+                           const CVisitHistory::Take& also) {
     SSiteVisits status;
-    status.summary = SummariseVisits(places.events, fullIniPath);
+    status.summary = SummariseVisits(places.events, fullIniPath, also);
     status.iniPath = RecordedIniPath(fullIniPath);
+    status.linkName = BlankControlCharacters(SystemTextToUtf8(places.linkName));
     const auto& last = status.summary.last;
     for (const SVisitedRelay& relay : places.relays) {
         SRelayVisit visit;
@@ -119,10 +123,11 @@ SSiteVisits ReadSiteVisits(const std::string& fullIniPath, const SSitePlaces& pl
     return status;
 }
 
-const SRelayVisit* RelayOfConnection(const SSiteVisits& visits, const std::string& connection) {
-    const auto found = std::ranges::find_if(visits.relays, [&connection](const SRelayVisit& relay) {
-        const std::string name = ConnectionName(relay.address);
-        return connection == name || (name.starts_with(' ') && connection.ends_with(name));
+const SRelayVisit* RelayOfConnection(const SSiteVisits& visits, std::string_view connection) {
+    const std::string_view link = LinkOfConnection(connection);
+    const std::string name = ShortConnectionName(connection);
+    const auto found = std::ranges::find_if(visits.relays, [&](const SRelayVisit& relay) {
+        return relay.link == link && name == ConnectionName(visits.linkName, relay.address);
     });
     return found == visits.relays.end() ? nullptr : &*found;
 }

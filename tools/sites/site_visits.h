@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace ruvo {
@@ -34,6 +35,7 @@ struct SRelayVisit {
 struct SSiteVisits {
     SVisitSummary summary;
     std::string iniPath;
+    std::string linkName;                      ///< of the COM port or the modem; empty for Ethernet
     std::vector<SRelayVisit> relays;           ///< in the order of the INI file
     std::string muteFailure;                   ///< why mutes could not be read; empty when they were
     std::optional<std::int64_t> ageSeconds;    ///< since the last visit began; below 0 in the future
@@ -48,12 +50,13 @@ struct SSiteVisits {
     [[nodiscard]] bool HasNothingLogged() const;
 };
 
-/// `now` is in Unix seconds.
+/// `now` is in Unix seconds; `also` as SummariseVisits takes it.
 [[nodiscard]] SSiteVisits ReadSiteVisits(const std::string& fullIniPath, const SSitePlaces& places,
-                                         std::int64_t now);
+                                         std::int64_t now, const CVisitHistory::Take& also = {});
 
-/// The relay that a line of the log means, by the short name of its connection; null for none.
-[[nodiscard]] const SRelayVisit* RelayOfConnection(const SSiteVisits& visits, const std::string& connection);
+/// The relay that a line of the log means, by the details of its connection; null for none. A relay at a
+/// serial link is another one than that of the same number behind a modem.
+[[nodiscard]] const SRelayVisit* RelayOfConnection(const SSiteVisits& visits, std::string_view connection);
 
 /// "not reached since 2026-11-22, 3 nights", of one that the last visit has missed.
 [[nodiscard]] std::string MissedSince(const SSiteVisits& visits, const SRelayVisit& relay);

@@ -8,18 +8,6 @@
 
 namespace ruvo {
 
-namespace {
-
-/// The filter without its bounds, which are compared with another time.
-SEventFilter TextsOf(const SEventFilter& filter) {
-    SEventFilter texts = filter;
-    texts.since.reset();
-    texts.until.reset();
-    return texts;
-}
-
-} // namespace
-
 std::string SSequenceEvent::Marks() const {
     std::string marks = relayTime.IsInvalid() ? "?" : "";
     marks += isDoubtful ? "~" : "";
@@ -30,38 +18,9 @@ CEventSequence::CEventSequence(SSequenceQuestion question) : m_question(std::mov
     m_choice.match = m_question.zeroText;
 }
 
-void CEventSequence::SetMoment(SSequenceEvent& event) const {
-    event.shownTime = event.relayTime;
-    event.hasTime = IsRealTime(event.relayTime);
-    if (!event.hasTime) {
-        return;
-    }
-    event.moment = MillisecondsOf(event.relayTime);
-    if (!m_question.hasClocks) {
-        return;
-    }
-    event.isDoubtful = event.source.clock == nullptr;
-    if (event.source.clock != nullptr) {
-        const SMoment moment = event.source.clock->ToUtc(event.moment, event.relayTime.IsSummerTime());
-        event.moment = moment.utc;
-        event.isDoubtful = moment.isDoubtful;
-    }
-    const SShownTime shown = m_question.zone.FromUtc(event.moment);
-    event.shownTime = StampOf(shown.milliseconds);
-    event.shownTime.SetSummerTime(shown.isSummerTime);
-}
-
-bool CEventSequence::IsWithin(const SSequenceEvent& event) const {
-    const TimeKey key = TimeKeyOf(event.shownTime);
-    const SEventFilter& filter = m_question.filter;
-    return (!filter.since || key >= *filter.since) && (!filter.until || key <= *filter.until);
-}
-
 void CEventSequence::Add(const SEventSource& source, const SDayFileItem& item) {
     const CEventRecord& record = *item.record;
-    if (record.GetTimeStamp().IsSummerTime()) {
-        m_flagging.emplace(source.site, source.relay);
-    }
+    m_flagging.Note(source, record.GetTimeStamp());
     if (!TextsOf(m_question.filter).MatchesRecord(record)) {
         return;
     }
@@ -69,10 +28,15 @@ void CEventSequence::Add(const SEventSource& source, const SDayFileItem& item) {
     event.source = source;
     event.offset = item.offset;
     event.relayTime = record.GetTimeStamp();
-    SetMoment(event);
-    if (!IsWithin(event)) {
+    const SShownStamp shown =
+        ShowStamp(event.relayTime, source.clock, m_question.hasClocks ? &m_question.zone : nullptr);
+    if (!IsWithin(m_question.filter, shown.time)) {
         return;
     }
+    event.hasTime = shown.hasTime;
+    event.moment = shown.moment;
+    event.isDoubtful = shown.isDoubtful;
+    event.shownTime = shown.time;
     event.plant = record.GetAuxText1();
     event.event = EventLine(record);
     event.value = MeasuredValueOf(record);
@@ -82,9 +46,8 @@ void CEventSequence::Add(const SEventSource& source, const SDayFileItem& item) {
 
 void CEventSequence::SettleDoubts() {
     for (SSequenceEvent& event : m_events) {
-        const bool isUnflagged = event.source.clock != nullptr && !event.relayTime.IsSummerTime();
-        event.isDoubtful = event.isDoubtful &&
-                           !(isUnflagged && m_flagging.contains({event.source.site, event.source.relay}));
+        event.isDoubtful =
+            event.isDoubtful && !m_flagging.Decide(event.source, event.relayTime.IsSummerTime());
     }
 }
 

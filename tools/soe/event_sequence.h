@@ -1,7 +1,7 @@
 // The events of many relays in one order, with the time between them.
 #pragma once
 
-#include "tools/clocks/zone_rule.h"
+#include "tools/clocks/shown_time.h"
 #include "tools/events/event_filter.h"
 #include "tools/events/event_printer.h"
 #include "tools/events/measured_value.h"
@@ -9,9 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <set>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace ruvo {
@@ -63,8 +61,6 @@ public:
     [[nodiscard]] bool IsZeroDoubted() const { return m_isZeroDoubted; }
 
 private:
-    void SetMoment(SSequenceEvent& event) const;
-    [[nodiscard]] bool IsWithin(const SSequenceEvent& event) const;
     /// Takes back the doubts that the relay's use of the flag decides.
     void SettleDoubts();
     [[nodiscard]] bool FindZero();
@@ -72,8 +68,7 @@ private:
     SSequenceQuestion m_question;
     SEventFilter m_choice;
     std::vector<SSequenceEvent> m_events;
-    /// Site and name of relays that use the flag of summer time: without it, their times are standard time.
-    std::set<std::pair<std::string, std::string>> m_flagging;
+    CFlaggingRelays m_flagging;
     std::optional<std::int64_t> m_zero;
     bool m_isZeroDoubted = false;
 };

@@ -10,7 +10,6 @@
 #include "tools/text_encoding.h"
 
 #include <array>
-#include <set>
 #include <utility>
 
 namespace ruvo {
@@ -32,8 +31,7 @@ constexpr std::array kOptions{
             "also count from this time, or from the first event with this text in its texts or cells",
             "TIME|TEXT"},
     kClocksOption,
-    SOption{EOptionKind::Text, "--zone",
-            "with --clocks: show times in this zone, such as UTC (default), +01:00 or Europe/Berlin", "ZONE"},
+    kZoneOption,
 };
 
 constexpr std::string_view kNotes =
@@ -57,36 +55,13 @@ bool ParseQuestion(const CArguments& arguments, SConsole& console, SSequenceQues
         return false;
     }
     question.hasClocks = arguments.Has("--clocks");
-    if (arguments.Has("--zone")) {
-        const auto zone = ReadZone(arguments.Get("--zone"));
-        if (!question.hasClocks || !zone) {
-            console.error.Write("--zone: " +
-                                (question.hasClocks
-                                     ? EscapeControls(SystemTextToUtf8(arguments.Get("--zone"))) +
-                                           ": expected UTC, an offset, a rule or the name of a zone\n"
-                                     : std::string("requires --clocks\n")));
-            return false;
-        }
-        question.zone = *zone;
+    if (!ParseZone(arguments, console, question.zone)) {
+        return false;
     }
     const std::string zero = SystemTextToUtf8(arguments.Get("--zero"));
     question.zeroTime = ParseTimeKey(zero, EDayEdge::Start);
     question.zeroText = question.zeroTime ? std::string() : zero;
     return true;
-}
-
-/// Relays of which the file of clocks says nothing count as UTC, with a mark.
-void ReportUnknownClocks(const SFoundFiles& found, const CRelaySelection& selection, SConsole& console) {
-    std::set<std::string> unknown;
-    for (const SFoundFile& file : found.files) {
-        if (file.clock == nullptr && selection.MatchesName(file.relay)) {
-            unknown.insert(file.relay);
-        }
-    }
-    for (const std::string& relay : unknown) {
-        console.error.Write("ruvoctl: --clocks: no line fits " + EscapeControls(relay) +
-                            "; its times are taken as UTC and marked with ~\n");
-    }
 }
 
 /// True when everything was read and nothing was damaged.
@@ -121,10 +96,7 @@ void Print(const CArguments& arguments, const CEventSequence& sequence, SConsole
     } else if (format == "csv") {
         PrintSequenceAsCsv(console.out, sequence, CsvFormOf(arguments));
     } else {
-        const std::string zone = arguments.Has("--zone") ? arguments.Get("--zone") : "UTC";
-        PrintSequenceAsText(console.out, sequence,
-                            sequence.Question().hasClocks ? SystemTextToUtf8(zone) : std::string(),
-                            console.width);
+        PrintSequenceAsText(console.out, sequence, ZoneName(arguments), console.width);
     }
     console.out.Flush();
 }
@@ -142,7 +114,7 @@ int RunSoe(const CArguments& arguments, SConsole& console) {
     CRelaySelection selection(question.filter.relay);
     CompleteSources(arguments, clocks, found);
     if (question.hasClocks) {
-        ReportUnknownClocks(found, selection, console);
+        selection.ReportUnknownClocks(found, console);
     }
     CEventSequence sequence(std::move(question));
     const bool isSound = ReadEvents(found, selection, sequence, console);

@@ -2,7 +2,6 @@
 
 #include "ledger/visit_record.h"
 #include "platform/full_path.h"
-#include "tools/sites/muted_lines.h"
 #include "tools/sites/site.h"
 #include "tools/text_encoding.h"
 
@@ -12,36 +11,41 @@ namespace ruvo {
 
 namespace {
 
-SSiteStatus ReadStatus(const CSite& site, const SStatusOptions& options, SConsole& console) {
-    SSiteStatus status;
+SSiteStatus ReadStatus(const CSite& site, const SStatusOptions& options, const std::vector<SLogUser>& others,
+                       CRootLeftovers& leftovers, SConsole& console) {
     if (!site.Places()) {
+        SSiteStatus status;
         status.since = options.since;
         status.failures = {site.Failure()};
         return status;
     }
     const SSitePlaces& places = *site.Places();
-    SSiteVisits visits = ReadSiteVisits(site.IniPath(), places, SecondsOfRecord(RecordedNow()).value_or(0));
-    status =
-        ReadSiteStatus({.eventRoot = SystemPath(places.events),
-                        .logPath = SystemPath(places.log),
-                        .iniPath = site.IniPath(),
-                        .mayHaveNoRoot = visits.IsVisited() && !visits.summary.hasEvents,
-                        .since = options.since,
-                        .expected = options.expected,
-                        .isMuted = [&visits](const SLogLine& line) { return IsMutedLine(visits, line); }},
-                       console);
-    status.visits = std::move(visits);
-    return status;
+    const SSiteVisits visits =
+        ReadSiteVisits(site.IniPath(), places, SecondsOfRecord(RecordedNow()).value_or(0));
+    COwnLines ownLines(site.IniPath(), places, others);
+    return ReadSiteStatus({.eventRoot = SystemPath(places.events),
+                           .logPath = SystemPath(places.log),
+                           .iniPath = site.IniPath(),
+                           .mayHaveNoRoot = visits.IsVisited() && !visits.summary.hasEvents,
+                           .since = options.since,
+                           .expected = options.expected,
+                           .choice = options.choice,
+                           .visits = &visits,
+                           .ownLines = &ownLines,
+                           .leftovers = &leftovers},
+                          console);
 }
 
 } // namespace
 
-SSiteReport ReadSiteReport(const std::string& fullIniPath, const SStatusOptions& options, SConsole& console) {
+SSiteReport ReadSiteReport(const std::string& fullIniPath, const SStatusOptions& options,
+                           SSharedBySites& shared, SConsole& console) {
+    const std::vector<SLogUser> others = shared.logUsers.Beside(fullIniPath);
     const CSite site(fullIniPath);
     SSiteReport report;
     report.name = site.Name();
     report.ini = SystemTextToUtf8(DisplayPath(fullIniPath));
-    report.status = ReadStatus(site, options, console);
+    report.status = ReadStatus(site, options, others, shared.leftovers, console);
     report.verdict = Evaluate(report.status, options.thresholds);
     return report;
 }
@@ -63,8 +67,15 @@ SAllSites ReadAllSites(const std::string& folder, const SStatusOptions& options,
     } else if (files.iniPaths.empty()) {
         all.failures.push_back(all.folder + ": there is no INI file of a site");
     }
+    SSharedBySites shared;
     for (const std::string& ini : files.iniPaths) {
-        all.sites.push_back(ReadSiteReport(ini, options, console));
+        SSiteReport site = ReadSiteReport(ini, options, shared, console);
+        if (site.status.hasRelay) {
+            all.sites.push_back(std::move(site));
+        }
+    }
+    if (all.sites.empty() && !files.iniPaths.empty()) {
+        all.failures.push_back("no relay of these sites matches \"" + options.choice.relay + "\"");
     }
     std::ranges::stable_sort(all.sites, [](const SSiteReport& a, const SSiteReport& b) {
         return Severity(a.verdict.state) > Severity(b.verdict.state);

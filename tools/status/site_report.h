@@ -1,6 +1,7 @@
 // The status of sites with the verdict on each, for one site and for all sites of a folder.
 #pragma once
 
+#include "tools/sites/shared_by_sites.h"
 #include "tools/status/status_options.h"
 #include "tools/status/verdict.h"
 
@@ -18,7 +19,7 @@ struct SSiteReport {
 
 /// Of an INI file, in the environment of its visits. One that cannot be read is unknown.
 [[nodiscard]] SSiteReport ReadSiteReport(const std::string& fullIniPath, const SStatusOptions& options,
-                                         SConsole& console);
+                                         SSharedBySites& shared, SConsole& console);
 
 struct SAllSites {
     std::string folder;                ///< in the system's own form, UTF-8
@@ -29,7 +30,7 @@ struct SAllSites {
     [[nodiscard]] EState State() const;
 };
 
-/// Of the machine's folder for sites when none is given.
+/// Of the machine's folder for sites when none is given. Of a choice of relays, only sites that have one.
 [[nodiscard]] SAllSites ReadAllSites(const std::string& folder, const SStatusOptions& options,
                                      SConsole& console);
 

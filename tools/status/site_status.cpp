@@ -6,6 +6,7 @@
 #include "tools/events/day_file_walk.h"
 #include "tools/events/event_fields.h"
 #include "tools/given_time.h"
+#include "tools/sites/muted_lines.h"
 #include "tools/text_encoding.h"
 
 #include <algorithm>
@@ -19,6 +20,9 @@ class CSiteReader {
 public:
     CSiteReader(const SSiteQuestion& question, SConsole& console) : m_question(question), m_console(console) {
         m_status.since = question.since;
+        if (question.visits != nullptr) {
+            m_status.visits = *question.visits;
+        }
     }
 
     SSiteStatus Read() {
@@ -31,9 +35,12 @@ public:
                 relay.silentDays = std::max<std::int64_t>(m_today - *last, 0);
             }
         }
+        ChooseRelays(m_question.choice, m_status);
         ReadLog();
+        CRootLeftovers ownLeftovers;
         m_status.leftovers =
-            FindLeftovers(FullPath(m_question.eventRoot), m_question.iniPath, EOtherRoots::Former);
+            FindLeftovers(FullPath(m_question.eventRoot), m_question.iniPath, EOtherRoots::Former,
+                          m_question.leftovers != nullptr ? *m_question.leftovers : ownLeftovers);
         for (const auto& [what, path] : {std::pair("events", FullPath(m_question.eventRoot)),
                                          {"log", ParentFolder(FullPath(m_question.logPath))},
                                          {"state", m_status.leftovers.stateFolder}}) {
@@ -66,6 +73,11 @@ private:
                 m_status.failures.push_back(source.file + ": could not be read to the end");
             }
         });
+        for (auto& [name, relay] : m_status.relays) {
+            for (std::string* const text : {&relay.plant, &relay.description, &relay.model}) {
+                *text = ReadableRelayLine(*text);
+            }
+        }
         m_status.failures.insert(m_status.failures.begin(), walk.Failures().begin(), walk.Failures().end());
     }
 
@@ -112,6 +124,12 @@ private:
             return;
         }
         ++relay.lastRecords;
+        const CEventRecord& record = *item.record;
+        for (const auto& [text, own] : {std::pair(&SRelayStatus::plant, &record.GetAuxText1()),
+                                        {&SRelayStatus::description, &record.GetAuxText2()},
+                                        {&SRelayStatus::model, &record.GetAuxText3()}}) {
+            relay.*text = *own; // as the relay has it, until all are read
+        }
         if (const CParlaneIEC870& time = item.record->GetTimeStamp(); IsRealTime(time)) {
             std::string text;
             AppendTime(text, time, 'T');
@@ -160,9 +178,14 @@ private:
 
     void AddProblem(const SLogLine& line) {
         SLogStatus& log = m_status.log;
+        const bool isOwn = m_question.ownLines == nullptr || m_question.ownLines->IsOwn(line);
+        if (!isOwn || !IsChosenLine(m_question.choice, m_status, m_question.visits, line)) {
+            return;
+        }
         ++log.problems;
-        log.muted += m_question.isMuted && m_question.isMuted(line) ? 1 : 0;
+        log.muted += m_question.visits != nullptr && IsMutedLine(*m_question.visits, line) ? 1 : 0;
         SLogGroup& group = log.groups[ShortConnectionName(line.connection)];
+        group.connection = line.connection;
         ++group.problems;
         group.lastTime = std::max(group.lastTime, line.time);
         if (log.latest.size() == SLogStatus::kKeptLines) {

@@ -3,12 +3,13 @@
 
 #include "tools/log_lines.h"
 #include "tools/recover/site_leftovers.h"
+#include "tools/sites/shared_logs.h"
 #include "tools/sites/site_visits.h"
+#include "tools/status/relay_choice.h"
 #include "tools/text_output.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -17,6 +18,9 @@
 namespace ruvo {
 
 struct SRelayStatus {
+    std::string plant; ///< what it calls itself, in its newest day file; UTF-8
+    std::string description;
+    std::string model;
     std::string lastFile;  ///< name of the newest day file that is not in the future, UTF-8; empty for none
     std::string lastDay;   ///< the UTC date in that name; empty for a name without one
     std::string futureDay; ///< latest UTC date in its names that is in the future; empty for none
@@ -30,6 +34,7 @@ struct SRelayStatus {
 
 /// Problems of one relay or link, by its name in the log.
 struct SLogGroup {
+    std::string connection; ///< its details in the log
     std::uint64_t problems = 0;
     std::string lastTime;
 };
@@ -54,17 +59,20 @@ struct SSiteStatus {
     std::map<std::string, std::uint64_t> freeBytes; ///< on the disk of "events", "log", "state"
     std::string since;                              ///< local date or time, "2026-11-16T03:00:00"
     std::vector<std::string> failures;              ///< what could not be read, with the reason
+    bool hasRelay = true;                           ///< false where no relay is as the choice wants it
 };
 
 struct SSiteQuestion {
     std::string eventRoot;
     std::string logPath;
-    std::string iniPath;               ///< empty where none is known
-    bool mayHaveNoRoot = false;        ///< no visit has stored anything yet, so that there is no event root
-    std::string since;                 ///< as in SSiteStatus
-    std::vector<std::string> expected; ///< names of relays that must be present
-    /// Whether it is known why the log has that line; may be empty.
-    std::function<bool(const SLogLine& line)> isMuted = {};
+    std::string iniPath = {};   ///< empty where none is known
+    bool mayHaveNoRoot = false; ///< no visit has stored anything yet, so that there is no event root
+    std::string since;          ///< as in SSiteStatus
+    std::vector<std::string> expected = {}; ///< names of relays that must be present
+    SStatusChoice choice = {};
+    const SSiteVisits* visits = nullptr; ///< null where no INI file names them
+    COwnLines* ownLines = nullptr;       ///< null where the whole log counts
+    CRootLeftovers* leftovers = nullptr; ///< null where no other sites are asked for
 };
 
 /// Reads all day files and the log. A missing log in an existing folder counts as empty: the first problem

@@ -52,6 +52,13 @@ constexpr std::array kOptions{
     SOption{EOptionKind::Text, "--expect",
             "file with the names of the relays that must be present, one per line, as in day file names",
             "FILE"},
+    SOption{
+        EOptionKind::Text, "--relay",
+        "only relays whose name, key, address, plant reference, description or model contains this text, such "
+        "as \"Feeder 7\"; case does not matter"},
+    SOption{
+        EOptionKind::Text, "--match",
+        "only problems with this text in their line, or in what their relay is called; case does not matter"},
     SOption{EOptionKind::Text, "--prometheus", "also write the figures as Prometheus metrics to this file",
             "FILE"},
     SOption{EOptionKind::Text, "--site",
@@ -63,6 +70,11 @@ constexpr std::string_view kNotes =
 which relays it reached. Event root, log and state folder are those of a visit; SITE.env next to SITE.ini
 counts. The records of visits are readable only to the user of the visits and to root. With two paths, the
 status describes the files alone: GOOD does not prove that last night's visit took place.
+With --relay, the status is that of these relays and of the visits as a whole; with --all, only of sites that
+have such a relay. If no relay matches, the status is unknown, and says which relays there are. With two
+paths, --relay leaves the whole error log: only an INI file tells which relay a line means.
+Of an error log that several INI files of a folder name, only lines of the site's own runs count, as far as
+the records of visits show.
 With --all, every INI file of the folder but registry.ini is a site. The worst site comes first, and the
 exit status is that of the worst site: critical, then unknown, then warning. An INI file that cannot be read
 is unknown.
@@ -88,6 +100,9 @@ struct SWhere {
 std::string_view FindWhere(const CArguments& arguments, SWhere& where) {
     where.place = arguments.Get("SITE");
     where.log = arguments.Get("LOG");
+    if (arguments.Has("--prometheus") && (arguments.Has("--relay") || arguments.Has("--match"))) {
+        return "--prometheus: expected all relays and problems, without --relay and --match\n";
+    }
     if (arguments.Has("--all")) {
         return !where.log.empty() || arguments.Has("--site") || arguments.Has("--expect")
                    ? "--all: expected only a folder of INI files, without LOG, --site and --expect\n"
@@ -140,15 +155,14 @@ int RunOfOne(const CArguments& arguments, const SWhere& where, const SStatusOpti
         site.name = NameOfRoot(where.place);
         site.status = ReadSiteStatus({.eventRoot = where.place,
                                       .logPath = where.log,
-                                      .iniPath = {},
-                                      .mayHaveNoRoot = false,
                                       .since = options.since,
                                       .expected = options.expected,
-                                      .isMuted = {}},
+                                      .choice = options.choice},
                                      console);
         site.verdict = Evaluate(site.status, options.thresholds);
     } else {
-        site = ReadSiteReport(where.ini, options, console);
+        SSharedBySites shared;
+        site = ReadSiteReport(where.ini, options, shared, console);
     }
     site.name = arguments.Has("--site") ? SystemTextToUtf8(arguments.Get("--site")) : site.name;
     // First, because a failure here is part of the verdict.

@@ -27,6 +27,9 @@ void WriteRelay(CJsonWriter& json, const std::string& name, const SRelayStatus& 
     json.Key("records").Number(relay.records);
     json.Key("records_in_last_file").Number(relay.lastRecords);
     json.Key("damaged_places").Number(relay.damaged);
+    WriteOptional(json, "plant", relay.plant);
+    WriteOptional(json, "description", relay.description);
+    WriteOptional(json, "model", relay.model);
     json.Close('}');
 }
 
@@ -51,7 +54,8 @@ void WriteLog(CJsonWriter& json, const SSiteStatus& status) {
     json.Key("by_connection").Open('[');
     for (const auto& [name, group] : log.groups) {
         json.Open('{');
-        const SRelayVisit* const relay = status.visits ? RelayOfConnection(*status.visits, name) : nullptr;
+        const SRelayVisit* const relay =
+            status.visits ? RelayOfConnection(*status.visits, group.connection) : nullptr;
         WriteOptional(json, "connection", name);
         WriteOptional(json, "key", relay == nullptr ? std::string() : relay->key);
         json.Key("problems").Number(group.problems);

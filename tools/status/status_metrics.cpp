@@ -69,8 +69,8 @@ constexpr std::array kRelayMetrics{
 /// Of each relay that the INI file names, as the log names its connection.
 void AddProblems(CMetrics& out, const SSiteStatus& status, const std::string& siteLabel) {
     std::map<const SRelayVisit*, std::uint64_t> problems;
-    for (const auto& [connection, group] : status.log.groups) {
-        problems[RelayOfConnection(*status.visits, connection)] += group.problems;
+    for (const auto& [name, group] : status.log.groups) {
+        problems[RelayOfConnection(*status.visits, group.connection)] += group.problems;
     }
     for (const SRelayVisit& relay : status.visits->relays) {
         out.Add("ruvo_relay_problems",

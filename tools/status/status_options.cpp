@@ -86,6 +86,7 @@ bool ParseThresholds(const CArguments& arguments, SThresholds& thresholds, SCons
 } // namespace
 
 bool ParseStatusOptions(const CArguments& arguments, SStatusOptions& options, SConsole& console) {
+    options.choice = {SystemTextToUtf8(arguments.Get("--relay")), SystemTextToUtf8(arguments.Get("--match"))};
     return ParseThresholds(arguments, options.thresholds, console) &&
            ParseSinceOption(arguments, options.since, console) &&
            ReadExpectedRelays(arguments, options.expected, console);

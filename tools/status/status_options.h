@@ -13,6 +13,7 @@ struct SStatusOptions {
     SThresholds thresholds;
     std::string since;                 ///< local time, as in SSiteStatus
     std::vector<std::string> expected; ///< names of relays that must be present
+    SStatusChoice choice;
 };
 
 /// Reports a mistake and returns false.

@@ -30,11 +30,12 @@ std::string Shortened(std::string text) {
 }
 
 void AppendRelays(std::string& out, const SSiteStatus& status) {
-    constexpr std::size_t kTextColumns = 3;
-    std::vector<TableRow> rows{
-        {"relay", "last day", "last event", "days silent", "records", "in last file", "damaged places"}};
+    constexpr std::size_t kTextColumns = 4;
+    std::vector<TableRow> rows{{"relay", "plant", "last day (UTC)", "last event", "days silent", "records",
+                                "in last file", "damaged places"}};
     for (const auto& [name, relay] : status.relays) {
-        rows.push_back({EscapeControls(name), relay.lastDay.empty() ? "-" : relay.lastDay,
+        rows.push_back({EscapeControls(name), relay.plant.empty() ? "-" : EscapeControls(relay.plant),
+                        relay.lastDay.empty() ? "-" : relay.lastDay,
                         relay.lastEvent.empty() ? "-" : TimeForPeople(relay.lastEvent),
                         relay.silentDays ? std::to_string(*relay.silentDays) : "-",
                         std::to_string(relay.records), std::to_string(relay.lastRecords),
@@ -66,11 +67,11 @@ void AppendVisits(std::string& out, const SSiteVisits& visits) {
 }
 
 /// "Feeder 7 (RV003), 10.0.0.6 device 2"
-std::string GroupName(const std::string& connection, const std::optional<SSiteVisits>& visits) {
-    const SRelayVisit* const relay = visits ? RelayOfConnection(*visits, connection) : nullptr;
-    return connection.empty()
-               ? "no particular relay"
-               : Shortened(EscapeControls((relay == nullptr ? "" : relay->Label() + ", ") + connection));
+std::string GroupName(const std::string& name, const SLogGroup& group,
+                      const std::optional<SSiteVisits>& visits) {
+    const SRelayVisit* const relay = visits ? RelayOfConnection(*visits, group.connection) : nullptr;
+    return name.empty() ? "no particular relay"
+                        : Shortened(EscapeControls((relay == nullptr ? "" : relay->Label() + ", ") + name));
 }
 
 void AppendGroups(std::string& out, const SLogStatus& log, const std::optional<SSiteVisits>& visits) {
@@ -81,7 +82,7 @@ void AppendGroups(std::string& out, const SLogStatus& log, const std::optional<S
     }
     const std::size_t listed = std::min(groups.size(), kMostListed);
     for (const auto& [name, group] : std::span(groups).first(listed)) {
-        out += "  " + std::to_string(group.problems) + " of " + GroupName(name, visits) + "\n";
+        out += "  " + std::to_string(group.problems) + " of " + GroupName(name, group, visits) + "\n";
     }
     if (const std::size_t rest = groups.size() - listed; rest > 0) {
         out += "  and " + std::to_string(rest) + " more\n";
@@ -142,6 +143,9 @@ std::string VerdictText(const SSiteStatus& status, const SVerdict& verdict, std:
 std::string StatusAsText(const SSiteStatus& status, const SVerdict& verdict) {
     std::string out;
     out += ToUpperText(StateName(verdict.state)) + ": " + VerdictText(status, verdict, kMostListed) + "\n\n";
+    if (!status.hasRelay) {
+        return out; // the verdict says which there are
+    }
     if (status.visits) {
         AppendVisits(out, *status.visits);
     }

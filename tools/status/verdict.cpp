@@ -63,12 +63,16 @@ void EvaluateFiles(const std::string& name, const SRelayStatus& relay, SVerdict&
     }
 }
 
-/// "Feeder 7 (AB12-1)", where the visits know its plant text.
+/// "Feeder 7 (AB12-1)", where the visits or the day files know its plant text.
 std::string NameForPeople(const SSiteStatus& status, const std::string& name) {
     const auto relays =
         status.visits ? std::span<const SRelayVisit>(status.visits->relays) : std::span<const SRelayVisit>();
     const auto found = std::ranges::find(relays, name, &SRelayVisit::name);
-    return found == relays.end() || found->plant.empty() ? name : found->plant + " (" + name + ")";
+    const auto own = status.relays.find(name);
+    const std::string plant = found != relays.end() && !found->plant.empty() ? found->plant
+                              : own != status.relays.end()                   ? own->second.plant
+                                                                             : std::string();
+    return plant.empty() ? name : plant + " (" + name + ")";
 }
 
 } // namespace

@@ -38,8 +38,8 @@ SITE.env next to SITE.ini is the environment of the comms server: lines of NAME=
 literally. RUVO_LOCK_DIR, RUVO_STATE_DIR, RUVO_SITE, RUVO_INI_NAME and XDG_STATE_HOME are refused there,
 because with them a site could be visited twice at the same time, or recorded as another one. A file that
 another user may have written is refused as a whole: it must be owned by root or by the user of the visit,
-and only its owner may be able to write it. The visit takes place even if something is refused. (On
-Windows, there is no such file.)
+and only its owner may be able to write it (on Windows: owned by the administrators, the system or the user,
+and not writable to others). The visit takes place even if something is refused.
 Started by root, it continues as another user, with a fresh environment, before it writes anything: as
 ruvo for a site of /etc/ruvo, for another file as the owner of its event root (or of the nearest existing
 parent). Only that user and root may then be able to create or write the file, its .env file and the

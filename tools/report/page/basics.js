@@ -47,15 +47,15 @@ const kMonths = ["Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", 
 
 const two = (number) => String(number).padStart(2, "0");
 
-// Times are counted as if every clock showed UTC: a relay's own time is shown as it is, whatever this
-// computer's time zone.
+// Without a zone, times are counted as if every clock showed UTC: a relay's own time is shown as it is. With one,
+// they are UTC, and are shown by the clock of that zone. This computer's time zone is never used.
 function dateText(time) {
-  const date = new Date(time);
+  const date = dateOf(time);
   return `${date.getUTCDate()} ${kMonths[date.getUTCMonth()]} ${date.getUTCFullYear()}`;
 }
 
 function clockText(time, digits = "seconds") {
-  const date = new Date(time);
+  const date = dateOf(time);
   const minutes = `${two(date.getUTCHours())}:${two(date.getUTCMinutes())}`;
   if (digits === "minutes") {
     return minutes;
@@ -66,12 +66,12 @@ function clockText(time, digits = "seconds") {
 
 /** "2026-11-16 03:12:07.045", for columns. */
 function stampText(time) {
-  const date = new Date(time);
+  const date = dateOf(time);
   return `${date.getUTCFullYear()}-${two(date.getUTCMonth() + 1)}-${two(date.getUTCDate())} ${clockText(time, "all")}`;
 }
 
 function weekdayText(time) {
-  return kDays[new Date(time).getUTCDay()];
+  return kDays[dateOf(time).getUTCDay()];
 }
 
 /** A span of time, as long as it needs to be told apart: "16 Nov 2026, 03:00 to 04:30". */

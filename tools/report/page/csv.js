@@ -3,6 +3,7 @@
 
 const kCsvColumns = [
   ["time", (id) => (hasTime(id) ? stampText(events.time[id]).replace(" ", "T") : "")],
+  ...(kZone === "" ? [] : [["utc", (id) => (hasTime(id) ? new Date(events.time[id]).toISOString() : "")]]),
   ["marks", (id) => csvText(markText(id))],
   ["delta_ms", (id) => csvNumber(deltaOf(id).span)],
   ["relay", (id) => csvText(relayText(id))],

@@ -13,6 +13,22 @@ const shapes = source.shapes.map(([event, kind, place, plant, description, model
 }));
 const lineLists = source.lists;
 
+// With relays lined up by their clocks, times are UTC and shown in a zone; else there is none.
+const kZone = readable(source.zone);
+
+/** What the zone's clock is ahead of UTC at that moment. */
+function zoneAhead(moment) {
+  const changes = source.zone_ahead;
+  const at = lowerBound(changes.length, (place) => changes[place][0], moment + 1) - 1;
+  return changes.length > 0 ? changes[Math.max(at, 0)][1] : 0;
+}
+
+const shownOf = (moment) => moment + zoneAhead(moment);
+/** The moment at which the zone's clock shows that. */
+const momentAt = (shown) => shown - zoneAhead(shown - zoneAhead(shown));
+/** Its UTC parts are those that the clock shows. */
+const dateOf = (moment) => new Date(shownOf(moment));
+
 /** The events' columns; an event is its number, and numbers follow the time. Those without a time come last. */
 const events = unpackEvents(source.events);
 
@@ -28,6 +44,8 @@ function unpackEvents(packed) {
     lines: Uint32Array.from(packed.lines),
     offset: unpackDeltas(packed.offset, packed.file),
     id: unpackDeltas(packed.id, packed.file),
+    doubtful: Uint8Array.from(packed.doubtful ?? new Uint8Array(count)),
+    ahead: Float64Array.from(packed.ahead ?? new Float64Array(count)),
     relay: new Uint32Array(count),
     kind: new Uint8Array(count),
   };
@@ -53,19 +71,28 @@ const eventText = (id) => texts[shapeOf(id).event];
 const valueText = (id) => texts[events.value[id]];
 const placeText = (id) => texts[shapeOf(id).place];
 const relayText = (id) => relays[events.relay[id]];
-const isDoubted = (id) => shapeOf(id).clockDoubted;
-/** "?" for a clock that its relay does not trust, "s" for summer time. */
-const markText = (id) => `${isDoubted(id) ? "?" : ""}${shapeOf(id).summerTime ? "s" : ""}`;
+const isDoubtful = (id) => events.doubtful[id] === 1;
+const isDoubted = (id) => shapeOf(id).clockDoubted || isDoubtful(id);
+/** "?" for a clock that its relay does not trust, "~" for a moment that may be wrong, "s" for summer time. */
+const markText = (id) =>
+  `${shapeOf(id).clockDoubted ? "?" : ""}${isDoubtful(id) ? "~" : ""}${shapeOf(id).summerTime ? "s" : ""}`;
 const timeText = (id) => (hasTime(id) ? `${stampText(events.time[id])} ${markText(id)}`.trimEnd() : "no time");
 const kMarks = [
-  ["?", "the relay reports its clock as unreliable; hollow in the time line", ({ clockDoubted }) => clockDoubted],
-  ["s", "summer time", ({ summerTime }) => summerTime],
-].filter(([, , isSo]) => shapes.some(isSo));
+  ["?", "the relay reports its clock as unreliable; hollow in the time line", shapes.some(({ clockDoubted }) => clockDoubted)],
+  ["~", "the moment may be wrong: an hour that the clock shows twice or skips, or an unknown zone; hollow, too",
+    events.doubtful.includes(1)],
+  ["s", "summer time", shapes.some(({ summerTime }) => summerTime)],
+].filter(([, , isThere]) => isThere);
 
 /** Lines of the error log, in their order. A foreign line has no time. */
 const logs = source.logs.map(readable);
-const problems = source.problems.map(([time, message, connection, status, log]) => ({
-  time: time === "" ? NaN : Date.parse(`${time}Z`),
+const mutes = source.mutes.map(([relay, label, until, why]) => ({
+  relay, label: readable(label), text: `muted until ${until}: ${readable(why)}`,
+}));
+const muteOf = (relay) => mutes.find((mute) => mute.relay === relay);
+const problems = source.problems.map(([time, message, connection, status, log, mute]) => ({
+  time: time === "" ? NaN : momentAt(Date.parse(`${time}Z`)),
+  mute: mutes[mute],
   message: readable(message),
   connection: readable(connection),
   status: readable(status),
@@ -133,10 +160,10 @@ function plantOfEachRelay() {
 // A relay without an event for days would go unnoticed otherwise. As ruvoctl status has it, days count from the date
 // of its newest day file, whatever its clock says, to the end of what the page could have shown.
 const lastEvents = lastEventOfEachRelay();
-const kEnd = source.until === "" ? kMade : Math.min(momentOf(source.until), kMade);
+const kEnd = source.until === "" ? kMade : Math.min(momentAt(momentOf(source.until)), kMade);
 const kSilent = source.last_days.map((day) =>
   Math.floor(kEnd / kDay) - Math.floor(Date.parse(`${day}T00:00Z`) / kDay) > source.silent);
-const isSilent = (relay) => kSilent[relay];
+const isSilent = (relay) => kSilent[relay] && muteOf(relay) === undefined;
 
 function lastEventOfEachRelay() {
   const last = new Float64Array(relays.length).fill(NaN);

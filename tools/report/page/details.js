@@ -22,8 +22,15 @@ function timeNotes(id) {
   return [
     ...(shape.summerTime ? ["summer time"] : []),
     ...(shape.clockDoubted ? ["the relay does not trust its clock"] : []),
+    ...(isDoubtful(id) ? ["the moment may be wrong"] : []),
     ...(shape.recordDoubted ? ["parts of the record could not be read"] : []),
   ].join("; ");
+}
+
+/** What the relay's clock showed, where times are shown in a zone. */
+function ownTimeText(id) {
+  return kZone !== "" && hasTime(id)
+    ? new Date(events.time[id] + events.ahead[id]).toISOString().slice(0, -1).replace("T", " ") : "";
 }
 
 /** Labels and values of what else the record holds. */
@@ -69,7 +76,7 @@ function describe(id) {
     make("p", { className: "details-event" }, kindDot(events.kind[id]), text(eventText(id) || "(no text)")),
     make("p", { className: "details-value" }, text(valueText(id))),
     terms([
-      ["Time", time], ["Note", timeNotes(id)], ["Relay", onlyRelay], ["Plant", texts[shape.plant]],
+      ["Time", time], ["Relay's clock", ownTimeText(id)], ["Note", timeNotes(id)], ["Relay", onlyRelay], ["Plant", texts[shape.plant]],
       ["Description", texts[shape.description]], ["Model", texts[shape.model]], ["Kind", kinds[shape.kind]],
       ["Location", texts[shape.place]], ["Device address", String(shape.code)],
     ]),

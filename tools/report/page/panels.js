@@ -7,12 +7,16 @@ function makeTile(name, number, note, tone = "") {
     make("span", { className: "quiet", textContent: note }));
 }
 
+const alarming = problems.filter(({ mute }) => mute === undefined);
+
 function problemNote() {
   if (logs.length === 0) {
     return "no error log was given";
   }
   const last = problems.findLast(({ time }) => !Number.isNaN(time));
-  return last === undefined ? "the error log has none" : `last ${stampText(last.time).slice(0, 16)}`;
+  const ofMuted = problems.length - alarming.length;
+  return `${last === undefined ? "the error log has none" : `last ${stampText(last.time).slice(0, 16)}`}${
+    ofMuted > 0 ? `; ${numberText(ofMuted)} of muted relays` : ""}`;
 }
 
 function silentNote() {
@@ -26,7 +30,7 @@ function fillTiles() {
   byId("tiles").append(
     makeTile("Relays", relays.length, counted(files.length, "day file")),
     makeTile("Events", events.count, untimed > 0 ? `${numberText(untimed)} without a time` : "all with a time"),
-    makeTile("Problems", problems.length, problemNote(), problems.length > 0 ? "is-problem" : ""),
+    makeTile("Problems", problems.length, problemNote(), alarming.length > 0 ? "is-problem" : ""),
     makeTile("Silent relays", silent, silentNote(), silent > 0 ? "is-warning" : ""),
     makeTile("Damaged places", damage.length,
       failures.length > 0 ? `${numberText(failures.length)} not readable` : "in the day files",
@@ -45,6 +49,9 @@ function fillHead() {
     ...(source.relay !== "" ? [`relays with "${readable(source.relay)}"`] : []),
     ...(source.match !== "" ? [`events with "${readable(source.match)}"`] : []),
   ].join(", ");
+  if (kZone !== "") {
+    byId("clocks").textContent = `All times are in the zone ${kZone}, by what the relays' clocks show.`;
+  }
   byId("made").textContent = `Made ${source.made.slice(0, 16)} UTC${limits === "" ? "" : `; ${limits}`}`;
 }
 
@@ -72,9 +79,12 @@ function fillRelays() {
       make("td", { className: "bar-cell" }, bar), shown,
       make("td", { className: "number", textContent: numberText(totals[relay]) }),
       make("td", {}, Number.isNaN(last) ? "never" : stampText(last).slice(0, 16),
-        ...(isSilent(relay) ? [make("span", { className: "badge", textContent: "silent" })] : [])));
+        ...(isSilent(relay) ? [make("span", { className: "badge", textContent: "silent" })] : []),
+        ...(muteOf(relay) !== undefined ? [make("p", { className: "quiet" }, text(muteOf(relay).text))] : [])));
     relayRows.push({ relay, row, shown, bar, button });
   });
+  const unlisted = mutes.filter(({ relay }) => relay < 0);
+  byId("relay-note").textContent = unlisted.map((mute) => `${mute.label} is ${mute.text}`).join("; ");
   byId("relay-list").append(relays.length > 0
     ? makeTable(["Relay", "", "Shown", "All", "Last event"], relayRows.map(({ row }) => row))
     : make("p", { className: "empty", textContent: "No day file was found." }));
@@ -101,12 +111,13 @@ function problemsInWindow() {
     .reverse();
 }
 
-function problemItem({ time, message, connection, status, log }) {
-  return make("li", {},
+function problemItem({ time, message, connection, status, log, mute }) {
+  return make("li", { className: mute === undefined ? "" : "muted" },
     make("p", { className: "problem-head" },
       make("time", { textContent: Number.isNaN(time) ? "no time" : stampText(time).slice(0, 19) }),
       ...(logs.length > 1 ? [make("span", { className: "tag" }, text(log))] : []),
-      ...(connection !== "" ? [make("span", { className: "tag" }, text(connection))] : [])),
+      ...(connection !== "" ? [make("span", { className: "tag" }, text(connection))] : []),
+      ...(mute === undefined ? [] : [make("span", { className: "tag" }, text(mute.text))])),
     make("p", {}, text(message), ...(status !== "" ? [make("span", { className: "status" }, text(status))] : [])));
 }
 

@@ -167,7 +167,7 @@ function zoom(factor, fixed = zoomCentre()) {
 
 /** A window of a day or an hour, beginning where the clock does. */
 function zoomTo(span) {
-  const start = Math.floor(zoomCentre() / span) * span;
+  const start = momentAt(Math.floor(shownOf(zoomCentre()) / span) * span);
   setWindow(start, start + span);
 }
 

@@ -27,15 +27,16 @@ function ticksOf(from, to, width) {
 
 function evenTicks(from, to, step) {
   const ticks = [];
-  for (let time = Math.ceil(from / step) * step; time <= to; time += step) {
-    const isMajor = time % kDay === 0;
+  for (let shown = Math.ceil(shownOf(from) / step) * step; momentAt(shown) <= to; shown += step) {
+    const time = momentAt(shown);
+    const isMajor = shown % kDay === 0;
     ticks.push({ time, isMajor, label: isMajor ? dayLabel(time, step) : clockLabel(time, step) });
   }
   return ticks;
 }
 
 function dayLabel(time, step) {
-  const date = new Date(time);
+  const date = dateOf(time);
   const day = `${date.getUTCDate()} ${kMonths[date.getUTCMonth()]}`;
   return step > kDay ? day : `${weekdayText(time)} ${day}`;
 }
@@ -47,15 +48,15 @@ function clockLabel(time, step) {
   return clockText(time, step < kMinute ? "seconds" : "minutes");
 }
 
-const monthStart = (month) => Date.UTC(Math.floor(month / 12), month % 12);
+const monthStart = (month) => momentAt(Date.UTC(Math.floor(month / 12), month % 12));
 
 function monthTicks(from, to, wanted) {
   const step = kMonthSteps.find((months) => months * 30 * kDay >= wanted) ?? kMonthSteps.at(-1);
   const ticks = [];
-  const first = new Date(from);
+  const first = dateOf(from);
   let month = Math.ceil((first.getUTCFullYear() * 12 + first.getUTCMonth()) / step) * step;
   for (let time = monthStart(month); time <= to; month += step, time = monthStart(month)) {
-    const date = new Date(time);
+    const date = dateOf(time);
     const isMajor = date.getUTCMonth() === 0;
     if (time >= from) {
       ticks.push({ time, isMajor, label: isMajor ? String(date.getUTCFullYear()) : kMonths[date.getUTCMonth()] });

@@ -1,0 +1,90 @@
+#include "tools/sites/shared_logs.h"
+
+#include "ledger/visit_history.h"
+#include "paths/path_utilities.h"
+#include "tools/given_time.h"
+#include "tools/sites/site.h"
+#include "tools/sites/site_visits.h"
+
+#include <algorithm>
+
+namespace ruvo {
+
+namespace {
+
+std::vector<SLogUser> ReadUsers(const std::string& folder) {
+    std::vector<SLogUser> users;
+    for (const std::string& ini : FindSites(folder).iniPaths) {
+        if (const CSite site(ini); site.Places()) {
+            users.push_back({ini, site.Places()->log, site.Places()->events});
+        }
+    }
+    return users;
+}
+
+/// The last moment of a run that is known; of a killed one, that of its last relay.
+std::string LastMoment(const SVisitLine& run, ERunState state) {
+    if (state == ERunState::Running) {
+        return LocalTimeText(NowSeconds());
+    }
+    std::string last = run.begin;
+    for (const SVisitEntry& entry : run.entries) {
+        last = std::max({last, entry.begin, entry.end});
+    }
+    const auto moment = SecondsOfRecord(run.end.empty() ? last : run.end);
+    return moment ? LocalTimeText(*moment) : std::string();
+}
+
+} // namespace
+
+std::vector<SLogUser> CLogUsers::Beside(const std::string& fullIniPath) {
+    const std::string folder = ParentFolder(fullIniPath);
+    auto known = m_folders.find(folder);
+    if (known == m_folders.end()) {
+        known = m_folders.emplace(folder, ReadUsers(folder)).first;
+    }
+    std::vector<SLogUser> others = known->second;
+    const auto own = std::ranges::find(others, fullIniPath, &SLogUser::iniPath);
+    if (own == others.end()) {
+        return {};
+    }
+    const std::string log = own->log;
+    std::erase_if(others,
+                  [&](const SLogUser& user) { return user.iniPath == fullIniPath || user.log != log; });
+    return others;
+}
+
+COwnLines::COwnLines(const std::string& fullIniPath, const SSitePlaces& places,
+                     const std::vector<SLogUser>& others) {
+    for (const SLogUser& other : others) {
+        AddSpans(other.events, other.iniPath, m_others);
+    }
+    if (!m_others.empty()) {
+        AddSpans(places.events, fullIniPath, m_own);
+    }
+}
+
+// A run within which the clock was put back has no span by which a line could be taken from anybody.
+void COwnLines::AddSpans(const std::string& events, const std::string& iniPath, std::vector<Span>& spans) {
+    const CVisitHistory history(events);
+    // Lines of runs that cannot be read are taken for anybody's.
+    static_cast<void>(history.ForEachOf(iniPath, [&spans](const SVisitLine& run, ERunState state) {
+        if (const auto begin = SecondsOfRecord(run.begin)) {
+            spans.emplace_back(LocalTimeText(*begin), LastMoment(run, state));
+        }
+    }));
+}
+
+bool COwnLines::IsOwn(const SLogLine& line) {
+    if (!line.time.empty()) {
+        const auto isIn = [&line](const std::vector<Span>& spans) {
+            return std::ranges::any_of(spans, [&line](const Span& span) {
+                return line.time >= span.first && line.time <= span.second;
+            });
+        };
+        m_isLastOwn = !isIn(m_others) || isIn(m_own);
+    }
+    return m_isLastOwn;
+}
+
+} // namespace ruvo
