@@ -122,6 +122,14 @@ TEST(RelayOfConnection, DependsOnTheLink) {
     }
 }
 
+TEST(RelayVisit, HasFilesWhoseNamesLackItsBlanks) {
+    SRelayVisit relay;
+    EXPECT_FALSE(relay.HasFilesOf("")) << "one without a name";
+    relay.name = "PS01- 17 42";
+    EXPECT_TRUE(relay.HasFilesOf("PS01-17 42"));
+    EXPECT_FALSE(relay.HasFilesOf("PS01-17 43"));
+}
+
 TEST(LogGrowth, IsWhatOthersAdd) {
     const CScratchFolder folder;
     const CLogGrowth missing(folder.Path("log"));

@@ -60,12 +60,12 @@ public:
     CFetchedOfSites(SPeriod period, std::string fullIniPath, SConsole& console)
         : m_period(period), m_iniPath(std::move(fullIniPath)), m_console(console) {}
 
-    SFetchedBytes Of(const std::string& site, const std::string& relay, const std::string& dayFile) {
+    SFetchedBytes Of(const std::string& site, const std::string& dayFile) {
         auto known = m_sites.find(site);
         if (known == m_sites.end()) {
             known = m_sites.emplace(site, Read(site)).first;
         }
-        SFetchedBytes bytes = known->second.OfRecorded(relay + "/" + dayFile);
+        SFetchedBytes bytes = known->second.OfName(dayFile);
         m_wholeCount += bytes.isWhole ? 1 : 0;
         return bytes;
     }
@@ -188,8 +188,9 @@ int RunFind(const CArguments& arguments, SConsole& console) {
     }
     CFetchedOfSites fetched(period.value_or(SPeriod()), ini, console);
     if (period) {
-        query.fetched = [&fetched](const std::string& site, const std::string& relay,
-                                   const std::string& dayFile) { return fetched.Of(site, relay, dayFile); };
+        query.fetched = [&fetched](const std::string& site, const std::string& dayFile) {
+            return fetched.Of(site, dayFile);
+        };
     }
     if (!query.text.empty() && FullTextQuery(query.text).empty()) {
         console.error.Write("ruvoctl find: no letter or digit to search for in \"" +

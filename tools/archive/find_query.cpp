@@ -87,11 +87,10 @@ using CFetchedFiles = std::map<std::int64_t, SFetchedBytes>;
 CFetchedFiles FetchedFiles(CDatabase& database, const SFindQuery& query) {
     CFetchedFiles fetched;
     if (query.fetched) {
-        CStatement files(database, "SELECT f.id, s.name, l.name, f.day_file FROM files f "
+        CStatement files(database, "SELECT f.id, s.name, f.day_file FROM files f "
                                    "JOIN relays l ON l.id = f.relay_id JOIN sites s ON s.id = l.site_id");
         while (files.Step()) {
-            if (SFetchedBytes bytes = query.fetched(files.TextAt(1), files.TextAt(2), files.TextAt(3));
-                !bytes.IsEmpty()) {
+            if (SFetchedBytes bytes = query.fetched(files.TextAt(1), files.TextAt(2)); !bytes.IsEmpty()) {
                 fetched.emplace(files.NumberAt(0), std::move(bytes));
             }
         }

@@ -21,10 +21,8 @@ struct SFindQuery {
     std::string relay;   ///< part of the relay's name; empty for all
     std::string site;    ///< the site's name; empty for all
     SEventFilter filter; ///< the same bounds, for records without a real time
-    /// What counts of a day file of a relay of a site; may be empty for all.
-    std::function<SFetchedBytes(const std::string& site, const std::string& relay,
-                                const std::string& dayFile)>
-        fetched;
+    /// What counts of a day file of a site; may be empty for all.
+    std::function<SFetchedBytes(const std::string& site, const std::string& dayFile)> fetched;
 };
 
 /// The words as a full-text query: all must match, each as the start of a word, or as a phrase if quoted.

@@ -115,7 +115,8 @@ private:
     SBay& Of(const std::string& relay) {
         const auto [at, isNew] = m_bays.try_emplace(relay);
         if (isNew) {
-            const auto known = std::ranges::find(m_visits.relays, relay, &SRelayVisit::name);
+            const auto known = std::ranges::find_if(
+                m_visits.relays, [&relay](const SRelayVisit& visit) { return visit.HasFilesOf(relay); });
             at->second.bay.name = EscapeControls(relay);
             if (known != m_visits.relays.end()) {
                 at->second.bay.key = known->key;

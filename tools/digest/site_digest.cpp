@@ -183,7 +183,9 @@ void FindSilent(const SFoundFiles& found, const SSiteVisits& visits, std::int64_
         }
     }
     for (const SRelayVisit& relay : visits.relays) {
-        const std::string day = relay.name.empty() ? std::string() : newest[relay.name];
+        const auto file = std::ranges::find_if(
+            newest, [&relay](const auto& entry) { return relay.HasFilesOf(entry.first); });
+        const std::string day = file == newest.end() ? std::string() : file->second;
         const auto since = DayNumber(day.empty() ? visits.summary.since.substr(0, 10) : day);
         if (relay.IsReached() && since && today - *since >= kSilentDays) {
             digest.silent.push_back({EscapeControls(relay.Label()), day, today - *since});
@@ -228,7 +230,7 @@ void NameByDescription(const SFoundFiles& found, SSiteVisits& visits, SConsole& 
     for (SRelayVisit& relay : visits.relays) {
         const SFoundFile* newest = nullptr;
         for (const SFoundFile& file : found.files) {
-            const bool isOne = relay.plant.empty() && !relay.name.empty() && file.relay == relay.name;
+            const bool isOne = relay.plant.empty() && relay.HasFilesOf(file.relay);
             newest = isOne && (newest == nullptr || file.path > newest->path) ? &file : newest;
         }
         if (newest != nullptr) {

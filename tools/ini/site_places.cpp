@@ -1,11 +1,13 @@
 #include "tools/ini/site_places.h"
 
 #include "app/program_folder.h"
+#include "base/text.h"
 #include "config/configuration.h"
 #include "config/destination_root.h"
 #include "config/ini_keys.h"
 #include "log/error_log.h"
 #include "paths/path_utilities.h"
+#include "tools/text_encoding.h"
 
 namespace ruvo {
 
@@ -37,7 +39,7 @@ std::optional<SSitePlaces> ReadSitePlaces(const std::string& fullIniPath) {
     SSitePlaces places{.events = context.DestinationRoot(),
                        .log = ErrorLogPath(),
                        .relays = VisitedRelays(context.Config()),
-                       .linkName = LinkName(context.Config())};
+                       .linkName = BlankControlCharacters(SystemTextToUtf8(LinkName(context.Config())))};
     StripTrailingSeparators(places.events); // the registry's ends with one
     return places.events.empty() || places.log.empty() ? std::nullopt : std::optional(std::move(places));
 }

@@ -13,7 +13,8 @@ struct SSitePlaces {
     std::string events; ///< full paths
     std::string log;
     std::vector<SVisitedRelay> relays;
-    std::string linkName = {}; ///< the COM port's or the modem's; empty for Ethernet
+    std::string linkName =
+        {}; ///< the COM port's or the modem's, as in the error log, UTF-8; empty for Ethernet
 };
 
 /// None when the file cannot be read, or a path cannot be resolved.

@@ -52,10 +52,11 @@ void ReadDayFiles(const std::string& events, SSiteRelays& all, SConsole& console
     std::map<std::string, SSiteRelay*> byName;
     found.files.clear();
     for (SSiteRelay& relay : all.relays) {
-        const auto file = newest.find(relay.visit.name);
-        if (file != newest.end() && !relay.visit.name.empty()) {
+        const auto file = std::ranges::find_if(
+            newest, [&relay](const auto& entry) { return relay.visit.HasFilesOf(entry.first); });
+        if (file != newest.end()) {
             relay.lastFile = SystemTextToUtf8(NameOf(file->second.path));
-            byName[relay.visit.name] = &relay;
+            byName[file->first] = &relay;
             found.files.push_back(file->second);
         }
     }

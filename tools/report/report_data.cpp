@@ -207,7 +207,8 @@ void CReportData::WriteProblems(CJsonWriter& json) const {
 
 void CReportData::WriteMutes(CJsonWriter& json) const {
     WriteList(json, "mutes", m_mutes, [&](const SReportMute& mute) {
-        const auto relay = m_relays.find(mute.relay);
+        const auto relay =
+            std::ranges::find_if(m_relays, [&mute](const auto& entry) { return mute.isOf(entry.first); });
         json.Open('[');
         json.Signed(relay == m_relays.end() ? -1 : static_cast<std::int64_t>(relay->second));
         for (const std::string& text : {mute.label, mute.until, mute.why}) {

@@ -9,6 +9,7 @@
 #include "tools/report/text_pool.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -32,7 +33,7 @@ struct SReportHead {
 
 /// A relay that is muted: what is known to be wrong with it alarms nobody. UTF-8.
 struct SReportMute {
-    std::string relay; ///< its name; empty while that is not known
+    std::function<bool(const std::string&)> isOf; ///< whether a relay of that name is meant
     std::string label;
     std::string until; ///< local time
     std::string why;

@@ -51,7 +51,8 @@ void CReportLogs::AddSite(const std::string& iniPath, CReportData& data) {
     const std::size_t firstMute = data.MuteCount();
     for (const SRelayVisit& relay : visits->relays) {
         if (relay.mute) {
-            data.AddMute({relay.name, relay.Label(), MuteEndForPeople(*relay.mute), relay.mute->why});
+            data.AddMute({[relay](const std::string& name) { return relay.HasFilesOf(name); }, relay.Label(),
+                          MuteEndForPeople(*relay.mute), relay.mute->why});
         }
     }
     COwnLines own(iniPath, *site.Places(), others);

@@ -56,6 +56,7 @@ void CFetchedBytes::AddRange(const SStoredBytes& bytes, bool counts) {
         return;
     }
     SFetchedBytes& file = m_files[bytes.dayFile];
+    m_byName[bytes.dayFile.substr(bytes.dayFile.find('/') + 1)] = bytes.dayFile;
     if (counts) {
         file.ranges.emplace_back(bytes.from, bytes.to);
     }
@@ -63,16 +64,21 @@ void CFetchedBytes::AddRange(const SStoredBytes& bytes, bool counts) {
 
 SFetchedBytes CFetchedBytes::Of(const std::string& path) const {
     const std::filesystem::path native(path);
-    return OfRecorded(
-        SystemTextToUtf8(native.parent_path().filename().string() + "/" + native.filename().string()));
+    const std::string name = native.filename().string();
+    return OfKey(SystemTextToUtf8(native.parent_path().filename().string() + "/" + name), name);
 }
 
-SFetchedBytes CFetchedBytes::OfRecorded(const std::string& dayFile) const {
+SFetchedBytes CFetchedBytes::OfName(const std::string& name) const {
+    const auto known = m_byName.find(name);
+    return OfKey(known == m_byName.end() ? std::string() : known->second, name);
+}
+
+SFetchedBytes CFetchedBytes::OfKey(const std::string& dayFile, const std::string& name) const {
     const auto known = m_files.find(dayFile);
     if (known != m_files.end()) {
         return known->second;
     }
-    return {.isWhole = IsOfPeriod(dayFile.substr(dayFile.find('/') + 1))};
+    return {.isWhole = IsOfPeriod(name)};
 }
 
 bool CFetchedBytes::IsOfPeriod(const std::string& name) const {

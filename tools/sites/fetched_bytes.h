@@ -36,10 +36,11 @@ public:
     /// Of a day file in the folder of its relay, by any path. A file that no run is known to have written
     /// counts as a whole, by the UTC day in its name.
     [[nodiscard]] SFetchedBytes Of(const std::string& path) const;
-    /// The same of FOLDER/FILE, UTF-8.
-    [[nodiscard]] SFetchedBytes OfRecorded(const std::string& dayFile) const;
+    /// The same of a file of that name, in whichever folder; UTF-8.
+    [[nodiscard]] SFetchedBytes OfName(const std::string& name) const;
 
 private:
+    [[nodiscard]] SFetchedBytes OfKey(const std::string& dayFile, const std::string& name) const;
     void AddEntry(const SVisitEntry& entry, bool counts);
     void AddRange(const SStoredBytes& bytes, bool counts);
     [[nodiscard]] bool IsOfPeriod(const std::string& name) const;
@@ -47,6 +48,7 @@ private:
     std::optional<SPeriod> m_period;
     /// By FOLDER/FILE, as the records have it; a file that is known has none where nothing in it counts.
     std::map<std::string, SFetchedBytes> m_files;
+    std::map<std::string, std::string> m_byName; ///< their keys by FILE
 };
 
 } // namespace ruvo

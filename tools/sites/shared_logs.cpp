@@ -16,7 +16,7 @@ std::vector<SLogUser> ReadUsers(const std::string& folder) {
     std::vector<SLogUser> users;
     for (const std::string& ini : FindSites(folder).iniPaths) {
         if (const CSite site(ini); site.Places()) {
-            users.push_back({ini, site.Places()->log, site.Places()->events});
+            users.push_back({ini, *site.Places()});
         }
     }
     return users;
@@ -48,16 +48,17 @@ std::vector<SLogUser> CLogUsers::Beside(const std::string& fullIniPath) {
     if (own == others.end()) {
         return {};
     }
-    const std::string log = own->log;
-    std::erase_if(others,
-                  [&](const SLogUser& user) { return user.iniPath == fullIniPath || user.log != log; });
+    const std::string log = own->places.log;
+    std::erase_if(
+        others, [&](const SLogUser& user) { return user.iniPath == fullIniPath || user.places.log != log; });
     return others;
 }
 
 COwnLines::COwnLines(const std::string& fullIniPath, const SSitePlaces& places,
-                     const std::vector<SLogUser>& others) {
+                     const std::vector<SLogUser>& others)
+    : m_places(places), m_users(others) {
     for (const SLogUser& other : others) {
-        AddSpans(other.events, other.iniPath, m_others);
+        AddSpans(other.places.events, other.iniPath, m_others);
     }
     if (!m_others.empty()) {
         AddSpans(places.events, fullIniPath, m_own);
@@ -75,6 +76,16 @@ void COwnLines::AddSpans(const std::string& events, const std::string& iniPath, 
     }));
 }
 
+bool COwnLines::IsOfOthersRelay(const SLogLine& line) const {
+    const auto isOf = [&line](const SSitePlaces& places) {
+        return std::ranges::any_of(places.relays, [&](const SVisitedRelay& relay) {
+            return IsConnectionOf(line.connection, relay.link, places.linkName, relay.address);
+        });
+    };
+    return !line.connection.empty() && !isOf(m_places) &&
+           std::ranges::any_of(m_users, [&isOf](const SLogUser& user) { return isOf(user.places); });
+}
+
 bool COwnLines::IsOwn(const SLogLine& line) {
     if (!line.time.empty()) {
         const auto isIn = [&line](const std::vector<Span>& spans) {
@@ -82,7 +93,9 @@ bool COwnLines::IsOwn(const SLogLine& line) {
                 return line.time >= span.first && line.time <= span.second;
             });
         };
-        m_isLastOwn = !isIn(m_others) || isIn(m_own);
+        const bool isOwnRun = isIn(m_own);
+        const bool isOthersRun = isIn(m_others);
+        m_isLastOwn = isOwnRun == isOthersRun ? !IsOfOthersRelay(line) : isOwnRun; // a second may be of both
     }
     return m_isLastOwn;
 }

@@ -11,11 +11,10 @@
 
 namespace ruvo {
 
-/// An INI file and where its runs write. Full paths.
+/// An INI file and where its runs write.
 struct SLogUser {
-    std::string iniPath;
-    std::string log;
-    std::string events;
+    std::string iniPath; ///< full
+    SSitePlaces places;
 };
 
 /// The INI files that share a log with a site. Each folder is read once.
@@ -30,13 +29,14 @@ private:
 };
 
 /// Tells a site's lines in a log from those that a run of another site has written, as far as the records of
-/// visits show when which run lasted: no two runs last at the same time.
+/// visits show when which run lasted (no two last at the same time), and their relays are others.
 class COwnLines {
 public:
     COwnLines(const std::string& fullIniPath, const SSitePlaces& places, const std::vector<SLogUser>& others);
 
-    /// False for a line that was written while a run of another site lasted, and none of this one. Takes the
-    /// lines in their order: one without a time belongs to the one before it.
+    /// False for a line that was written while a run of another site lasted, and none of this one, or is
+    /// about a relay that only others have. Takes the lines in their order: one without a time belongs to the
+    /// one before it.
     [[nodiscard]] bool IsOwn(const SLogLine& line);
 
 private:
@@ -44,6 +44,10 @@ private:
     using Span = std::pair<std::string, std::string>;
     static void AddSpans(const std::string& events, const std::string& iniPath, std::vector<Span>& spans);
 
+    [[nodiscard]] bool IsOfOthersRelay(const SLogLine& line) const;
+
+    SSitePlaces m_places;
+    std::vector<SLogUser> m_users;
     std::vector<Span> m_own;
     std::vector<Span> m_others;
     bool m_isLastOwn = true;

@@ -56,6 +56,15 @@ std::string ConnectionName(const std::string& linkName, const std::string& addre
 
 } // namespace
 
+bool SRelayVisit::HasFilesOf(std::string_view relayOfFile) const {
+    const auto withoutBlanks = [](std::string_view text) {
+        std::string rest(text);
+        std::erase(rest, ' ');
+        return rest;
+    };
+    return !name.empty() && (name == relayOfFile || withoutBlanks(name) == withoutBlanks(relayOfFile));
+}
+
 std::string SRelayVisit::Label() const {
     const std::string& known = plant.empty() ? name : plant;
     return known.empty() ? key + " (" + address + ")" : known + " (" + key + ")";
@@ -91,7 +100,7 @@ SSiteVisits ReadSiteVisits(const std::string& fullIniPath, const SSitePlaces& pl
     SSiteVisits status;
     status.summary = SummariseVisits(places.events, fullIniPath, also);
     status.iniPath = RecordedIniPath(fullIniPath);
-    status.linkName = BlankControlCharacters(SystemTextToUtf8(places.linkName));
+    status.linkName = places.linkName;
     const auto& last = status.summary.last;
     for (const SVisitedRelay& relay : places.relays) {
         SRelayVisit visit;
@@ -123,11 +132,15 @@ SSiteVisits ReadSiteVisits(const std::string& fullIniPath, const SSitePlaces& pl
     return status;
 }
 
+bool IsConnectionOf(std::string_view connection, std::string_view link, const std::string& linkName,
+                    const std::string& address) {
+    return LinkOfConnection(connection) == link &&
+           ShortConnectionName(connection) == ConnectionName(linkName, address);
+}
+
 const SRelayVisit* RelayOfConnection(const SSiteVisits& visits, std::string_view connection) {
-    const std::string_view link = LinkOfConnection(connection);
-    const std::string name = ShortConnectionName(connection);
     const auto found = std::ranges::find_if(visits.relays, [&](const SRelayVisit& relay) {
-        return relay.link == link && name == ConnectionName(visits.linkName, relay.address);
+        return IsConnectionOf(connection, relay.link, visits.linkName, relay.address);
     });
     return found == visits.relays.end() ? nullptr : &*found;
 }

@@ -28,6 +28,9 @@ struct SRelayVisit {
 
     [[nodiscard]] bool IsReached() const { return entry && entry->isReached; }
     [[nodiscard]] bool IsMissed() const { return entry && !entry->isReached; }
+    /// Whether day files of that name are its own. In the folder's name the serial number has its blanks, in
+    /// those of the files it has lost some.
+    [[nodiscard]] bool HasFilesOf(std::string_view relayOfFile) const;
     /// For people: its plant text, else its name, with its key; without either, its key and address.
     [[nodiscard]] std::string Label() const;
 };
@@ -54,6 +57,9 @@ struct SSiteVisits {
 [[nodiscard]] SSiteVisits ReadSiteVisits(const std::string& fullIniPath, const SSitePlaces& places,
                                          std::int64_t now, const CVisitHistory::Take& also = {});
 
+/// Whether details of a connection in the log are those of a relay of that link and address.
+[[nodiscard]] bool IsConnectionOf(std::string_view connection, std::string_view link,
+                                  const std::string& linkName, const std::string& address);
 /// The relay that a line of the log means, by the details of its connection; null for none. A relay at a
 /// serial link is another one than that of the same number behind a modem.
 [[nodiscard]] const SRelayVisit* RelayOfConnection(const SSiteVisits& visits, std::string_view connection);

@@ -20,19 +20,22 @@ bool IsMeant(const std::string& wanted, const SRelayVisit& relay) {
     return AnyContains({&relay.key, &relay.address, &relay.name, &relay.plant}, wanted);
 }
 
+auto HasFilesOf(const std::string& name) {
+    return [&name](const SRelayVisit& relay) { return relay.HasFilesOf(name); };
+}
+
 /// "Feeder 7 (RV003), TR42-00002001": those of the INI file, then those of the day files alone.
 std::string ChoicesText(const SSiteStatus& status) {
     constexpr std::size_t kMostListed = 20;
     std::vector<std::string> labels;
-    std::set<std::string> known;
     if (status.visits) {
         for (const SRelayVisit& relay : status.visits->relays) {
             labels.push_back(relay.Label());
-            known.insert(relay.name);
         }
     }
     for (const auto& [name, relay] : status.relays) {
-        if (!known.contains(name)) {
+        const bool isKnown = status.visits && std::ranges::any_of(status.visits->relays, HasFilesOf(name));
+        if (!isKnown) {
             labels.push_back(relay.plant.empty() ? name : relay.plant + " (" + name + ")");
         }
     }
@@ -61,13 +64,14 @@ void ChooseRelays(const SStatusChoice& choice, SSiteStatus& status) {
     }
     if (status.visits) {
         std::erase_if(status.visits->relays, [&](const SRelayVisit& relay) {
-            const bool isLeft =
-                IsMeant(choice.relay, relay) || (!relay.name.empty() && names.contains(relay.name));
-            if (isLeft) {
-                names.insert(relay.name);
-            }
-            return !isLeft;
+            return !IsMeant(choice.relay, relay) &&
+                   std::ranges::none_of(names, [&](const auto& name) { return relay.HasFilesOf(name); });
         });
+        for (const auto& [name, relay] : status.relays) {
+            if (std::ranges::any_of(status.visits->relays, HasFilesOf(name))) {
+                names.insert(name);
+            }
+        }
     }
     std::erase_if(status.relays, [&names](const auto& relay) { return !names.contains(relay.first); });
     status.hasRelay = !status.relays.empty() || (status.visits && !status.visits->relays.empty());

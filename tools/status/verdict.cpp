@@ -28,7 +28,7 @@ void Add(SVerdict& verdict, EState state, std::string text) {
 /// Whether it is known why the relay of that name has no new events.
 bool IsMuted(const SSiteStatus& status, const std::string& name) {
     return status.visits && std::ranges::any_of(status.visits->relays, [&name](const SRelayVisit& relay) {
-               return relay.mute && relay.name == name;
+               return relay.mute && relay.HasFilesOf(name);
            });
 }
 
@@ -67,7 +67,8 @@ void EvaluateFiles(const std::string& name, const SRelayStatus& relay, SVerdict&
 std::string NameForPeople(const SSiteStatus& status, const std::string& name) {
     const auto relays =
         status.visits ? std::span<const SRelayVisit>(status.visits->relays) : std::span<const SRelayVisit>();
-    const auto found = std::ranges::find(relays, name, &SRelayVisit::name);
+    const auto found =
+        std::ranges::find_if(relays, [&name](const SRelayVisit& relay) { return relay.HasFilesOf(name); });
     const auto own = status.relays.find(name);
     const std::string plant = found != relays.end() && !found->plant.empty() ? found->plant
                               : own != status.relays.end()                   ? own->second.plant
