@@ -7,11 +7,11 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 declare -A short=([archive]=6000 [cell]=20000 [day_file]=4000 [ethernet]=200000 [extraction]=4000 [find]=5000
-    [format]=20000 [ini]=6000 [ini_edit]=8000 [log]=20000 [record]=30000 [registry]=20000 [report]=3000
+    [format]=20000 [ini]=6000 [ini_edit]=8000 [log]=20000 [record]=30000 [recording]=4000 [registry]=20000 [report]=3000
     [scramble]=200000 [status]=1500 [substation]=3000 [values]=10000 [variant]=50000)
 declare -A longest=([ethernet]=64 [scramble]=64 [variant]=64 [find]=128 [registry]=256 [format]=512 [cell]=512
     [values]=512 [record]=1024 [extraction]=1024 [ini]=1024 [ini_edit]=1024 [log]=1024 [archive]=1024 [day_file]=2048
-    [report]=2048 [status]=2048 [substation]=2048) # bytes
+    [report]=2048 [recording]=2048 [status]=2048 [substation]=2048) # bytes
 # Targets whose inputs hold what another one's hold.
 declare -A alike=([archive]=day_file [report]=day_file [status]=day_file [ini_edit]=ini)
 
