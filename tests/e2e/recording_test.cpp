@@ -4,13 +4,15 @@
 
 #include <gtest/gtest.h>
 
+#include <regex>
+
 namespace ruvo::test {
 namespace {
 
 /// The bundled substation's three sites, each in a folder of its own below $DIR: `visit WHERE SOURCE SITE`
 /// visits it with the comms server that SOURCE describes.
 const std::string kBundled =
-    "S='" RUVO_TEST_DATA "/../examples/substation'\n"
+    "S='" RUVO_TEST_DATA "/../examples/substation' ODD='" RUVO_TEST_DATA "/e2e/odd_relays'\n"
     "visit() { mkdir -p $DIR/$1/state; sed -e \"s|^EventRootDir=.*|EventRootDir=$DIR/$1/ev|\" "
     "-e \"s|^ErrorLogPathname=.*|ErrorLogPathname=$DIR/$1/log|\" ${4:-$S/$3.ini} >$DIR/$1/$3.ini\n"
     "RUVO_STATE_DIR=$DIR/$1/state P32LS_SUBSTATION=$2 timeout 60 $RUVO $DIR/$1/$3.ini; }\n";
@@ -21,7 +23,8 @@ protected:
     /// What a visit with that name has left.
     std::map<std::string, std::string> Left(const std::string& visit) const {
         auto files = FilesBelow(run.Folder().Native(visit + "/ev"));
-        files["the log"] = WithoutTimeStamps(run.Folder().Read(visit + "/log"));
+        const std::string log = WithoutTimeStamps(run.Folder().Read(visit + "/log"));
+        files["the log"] = std::regex_replace(log, std::regex("/" + visit + "/ev"), "/WHERE/ev");
         return files;
     }
 
@@ -31,19 +34,21 @@ protected:
 TEST_F(RecordedRun, GivesTheSameFilesAndTheSameLogAgain) {
     const std::string said = Shell(
         "stand_in=$(echo RUVO | ${RUVO}ctl password encrypt)\n"
-        "for site in serial modem ethernet; do\n"
-        "visit plain $S/substation.toml $site\n"
-        "RUVO_RECORD=$DIR/$site.rec visit recorded $S/substation.toml $site\n"
-        "visit played $DIR/$site.rec $site\n"
+        "for site in serial modem ethernet odd; do\n"
+        "made=$S/substation.toml ini=$S/$site.ini; [ $site != odd ] || { made=$ODD.toml ini=$ODD.ini; }\n"
+        "visit plain $made $site $ini\n"
+        "RUVO_RECORD=$DIR/$site.rec visit recorded $made $site $ini\n"
+        "visit played $DIR/$site.rec $site $ini\n"
         "${RUVO}ctl recording to-substation $DIR/$site.rec -o $DIR/$site.toml\n"
-        "awk -v s=$stand_in '/PASSWORDS/ {p = 1} p && /^RV/ {sub(/=.*/, \"=\" s)} {print}' $S/$site.ini "
+        "awk -v s=$stand_in '/PASSWORDS/ {p = 1} p && /^RV/ {sub(/=.*/, \"=\" s)} {print}' $ini "
         ">$DIR/stand-in.ini\n"
         "visit made $DIR/$site.toml $site $DIR/stand-in.ini\n"
         "done");
     EXPECT_EQ(said, "");
     const auto expected = Left("plain");
-    EXPECT_EQ(expected.size(), 10U); // nine day files, as promised, and the log
-    EXPECT_NE(expected.at("the log").find("Invalid password."), std::string::npos);
+    // Nine day files, as promised, those of the odd relays, and the log.
+    EXPECT_EQ(expected.size(), 9U + 10U + 1U);
+    EXPECT_NE(expected.at("the log").find("Insufficient password level."), std::string::npos);
     for (const char* visit : {"recorded", "played", "made"})
         EXPECT_EQ(Left(visit), expected) << visit;
 }

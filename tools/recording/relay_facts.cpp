@@ -61,6 +61,12 @@ bool IsWrite(EOperation operation) {
 
 } // namespace
 
+std::optional<std::size_t> UselessOutput(const std::vector<SRecordedValue>& outputs) {
+    const auto found = std::ranges::find(outputs, EValueKind::Other, &SRecordedValue::kind);
+    return found == outputs.end() ? std::nullopt
+                                  : std::optional(static_cast<std::size_t>(found - outputs.begin()) + 1);
+}
+
 bool IsLoginCell(CellAddress cell) {
     return cell == cells::kPassword || cell == cells::kSecurityPassword || cell == cells::kSalt ||
            cell == cells::kUserName;
@@ -84,7 +90,7 @@ void CRelayFacts::SetOnce(std::optional<SRecordedValue>& fact, const SRecordedVa
     fact = fact ? fact : value;
 }
 
-void CRelayFacts::Take(const SWholeCall& call) {
+SNotedCall CRelayFacts::Note(const SWholeCall& call) const {
     SNotedCall noted;
     noted.operation = call.operation;
     noted.cell = TargetOf(call);
@@ -93,26 +99,41 @@ void CRelayFacts::Take(const SWholeCall& call) {
     noted.status = call.completion && !noted.isOfServer ? call.completion : call.status;
     noted.isLoggedIn = m_isLoggedIn;
     noted.isLogin = noted.cell && IsWrite(call.operation->operation) && IsLoginCell(*noted.cell);
+    if (!call.operation->runsOn) { // else its outputs are those of another call
+        noted.uselessOutput = UselessOutput(call.outputs);
+    }
+    return noted;
+}
+
+void CRelayFacts::Take(const SWholeCall& call) {
+    const SNotedCall noted = Note(call);
     calls.push_back(noted);
     if (!noted.status) {
         return;
     }
     hasAnswered = hasAnswered || IsWriteGood(*noted.status) || IsReply(*noted.status);
-    if (IsWrite(call.operation->operation) && noted.cell) {
-        TakeWrite(call, *noted.cell, *noted.status);
+    if (noted.isLogin) {
+        TakeLogin(*noted.cell, *noted.status);
     } else if (call.operation->operation == ResetCell && noted.cell == cells::kPassword) {
         m_isLoggedIn = m_isLoggedIn && !IsWriteGood(*noted.status);
-    } else if (*noted.status == kLinkGood && call.operation->operation == GetEvent) {
+    } else if (noted.cell && IsWrite(call.operation->operation)) {
+        TakeWrite(call, *noted.cell, *noted.status);
+    } else if (*noted.status == kLinkGood) {
+        TakeOutputs(call, noted.cell);
+    }
+    TakeRefusal(noted);
+}
+
+void CRelayFacts::TakeOutputs(const SWholeCall& call, std::optional<CellAddress> cell) {
+    if (call.operation->operation == GetEvent) {
         TakeEvent(call);
-    } else if (*noted.status == kLinkGood && call.operation->operation == GetDeviceStatus &&
-               !call.outputs.empty()) {
+    } else if (call.operation->operation == GetDeviceStatus && !call.outputs.empty()) {
         const auto byte = static_cast<std::uint8_t>(call.outputs.front().number);
         hasMoreEvents = (byte & kEventsPending) != 0;
         statusByte = byte & static_cast<std::uint8_t>(~kEventsPending);
-    } else if (*noted.status == kLinkGood && noted.cell) {
-        TakeAnswer(call, *noted.cell);
+    } else if (cell) {
+        TakeAnswer(call, *cell);
     }
-    TakeRefusal(noted);
 }
 
 void CRelayFacts::TakeRefusal(const SNotedCall& noted) {
@@ -167,16 +188,16 @@ void CRelayFacts::TakeListing(const SWholeCall& call, std::uint8_t column) {
     }
 }
 
-/// A number that is written to row 01 of a column may select a record: if it does not, nothing comes of it.
+void CRelayFacts::TakeLogin(CellAddress cell, LinkStatus status) {
+    if (cell == cells::kPassword || cell == cells::kSecurityPassword) {
+        m_isLoggedIn = m_isLoggedIn || IsWriteGood(status);
+        hasAccepted = hasAccepted || IsWriteGood(status);
+        hasRejected = hasRejected || status == kReplyRejected;
+    }
+}
+
 void CRelayFacts::TakeWrite(const SWholeCall& call, CellAddress cell, LinkStatus status) {
     constexpr std::size_t kValue = 2;
-    if (IsLoginCell(cell)) {
-        const bool isPassword = cell == cells::kPassword || cell == cells::kSecurityPassword;
-        m_isLoggedIn = m_isLoggedIn || (isPassword && IsWriteGood(status));
-        hasAccepted = hasAccepted || (isPassword && IsWriteGood(status));
-        hasRejected = hasRejected || (isPassword && status == kReplyRejected);
-        return;
-    }
     if (!IsWriteGood(status) || call.inputs.size() <= kValue) {
         return;
     }
@@ -184,15 +205,24 @@ void CRelayFacts::TakeWrite(const SWholeCall& call, CellAddress cell, LinkStatus
     SCellFacts& facts = FactsOf(cell);
     facts.isWritable = true;
     facts.tagged = facts.tagged || facts.packed ? facts.tagged : value;
+    if (RowOf(cell) == rows::kSelectRecord && ColumnOf(cell) != 0) {
+        TakeSelection(value, ColumnOf(cell));
+    }
+}
+
+/// A number that is written to row 01 of a column may select a record: if it does not, nothing comes of it.
+void CRelayFacts::TakeSelection(const SRecordedValue& value, std::uint8_t column) {
     const bool isNumber = value.kind == EValueKind::Bytes && value.bytes.size() > kHead &&
                           (value.bytes[0] == kTypeUint || value.bytes[0] == kTypeStringIndex);
-    if (RowOf(cell) == rows::kSelectRecord && isNumber && ColumnOf(cell) != 0) {
-        std::uint32_t number = 0;
-        for (std::size_t i = kHead; i < value.bytes.size() && i < kHead + sizeof number; ++i) {
-            number |= static_cast<std::uint32_t>(value.bytes[i]) << (8U * (i - kHead));
-        }
-        m_selected[ColumnOf(cell)] = number;
+    if (!isNumber) {
+        return;
     }
+    std::uint32_t number = 0;
+    for (std::size_t i = kHead; i < value.bytes.size() && i < kHead + sizeof number; ++i) {
+        number |= static_cast<std::uint32_t>(value.bytes[i]) << (8U * (i - kHead));
+    }
+    m_selected[column] = number;
+    records.insert({column, number});
 }
 
 void CRelayFacts::TakeEvent(const SWholeCall& call) {

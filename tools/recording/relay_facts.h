@@ -63,6 +63,7 @@ struct SNotedCall {
     bool isOfServer = false;          ///< the status is that of a start: the relay was not asked
     bool isLoggedIn = false;          ///< before it
     bool isLogin = false;
+    std::optional<std::size_t> uselessOutput; ///< from 1: the first one of an unsupported type
 };
 
 /// Collects what one relay has answered.
@@ -76,6 +77,7 @@ public:
     std::uint8_t address = 0;
     std::map<CellKey, SCellFacts> cells;
     std::map<ColumnKey, SListingFacts> listings;
+    std::set<ColumnKey> records; ///< that were selected
     std::vector<SEventFacts> events;
     std::vector<SNotedCall> calls;
     std::uint8_t statusByte = 0;
@@ -91,9 +93,13 @@ public:
 private:
     SCellFacts& FactsOf(CellAddress cell);
     RecordNumber SelectedIn(CellAddress cell) const;
+    SNotedCall Note(const SWholeCall& call) const;
+    void TakeOutputs(const SWholeCall& call, std::optional<CellAddress> cell);
     void TakeAnswer(const SWholeCall& call, CellAddress cell);
     void TakeListing(const SWholeCall& call, std::uint8_t column);
     void TakeWrite(const SWholeCall& call, CellAddress cell, LinkStatus status);
+    void TakeLogin(CellAddress cell, LinkStatus status);
+    void TakeSelection(const SRecordedValue& value, std::uint8_t column);
     void TakeEvent(const SWholeCall& call);
     void TakeRefusal(const SNotedCall& noted);
     void SetOnce(std::optional<SRecordedValue>& fact, const SRecordedValue& value, CellAddress cell);
@@ -102,6 +108,8 @@ private:
     bool m_isLoggedIn = false;
 };
 
+/// The first output of an unsupported type, from 1; none where there is none.
+[[nodiscard]] std::optional<std::size_t> UselessOutput(const std::vector<SRecordedValue>& outputs);
 /// Whether writing to the cell is a step of a login.
 [[nodiscard]] bool IsLoginCell(CellAddress cell);
 

@@ -116,6 +116,9 @@ std::string FaultTable(const SFaultText& fault) {
         text += "column = " + TomlText(TomlColumn(ColumnOf(*fault.cell))) + "\n";
     }
     text += "call = " + std::to_string(fault.number) + "\n";
+    if (fault.uselessOutput) {
+        return text + "wrong_type = " + std::to_string(*fault.uselessOutput) + "\n";
+    }
     if (!fault.status) {
         return text + "com_failure = true\n";
     }
@@ -130,14 +133,16 @@ std::string FaultTables(const CRelayFacts& relay) {
         const std::uint64_t number = ++numbers[{call.operation->operation, call.cell}];
         const std::optional<LinkStatus> expected = expectation.Of(call);
         constexpr LinkStatus kLargest = 0xFFFF;
-        const bool isAsExpected = !call.isOfServer && (!expected || expected == call.status);
+        const bool isAsExpected =
+            !call.isOfServer && !call.uselessOutput && (!expected || expected == call.status);
         if (!isAsExpected && call.status.value_or(0) <= kLargest) {
             text += FaultTable({.operation = *call.operation,
                                 .relay = NameOf(relay),
                                 .cell = call.cell,
                                 .number = number,
                                 .status = call.status,
-                                .isCompletion = call.operation->runsOn && !call.isOfServer});
+                                .isCompletion = call.operation->runsOn && !call.isOfServer,
+                                .uselessOutput = call.uselessOutput});
         }
     }
     return text;

@@ -136,21 +136,28 @@ std::string Refusal(const CRelayFacts& relay, const SCellFacts& facts) {
     return isNeeded ? "answers = " + std::to_string(facts.refusal) : "";
 }
 
-std::string CellMembers(const CRelayFacts& relay, const SCellFacts& facts, const SRecordedValue* listed) {
-    if (!facts.IsAnswered() && listed == nullptr) {
-        return Refusal(relay, facts);
-    }
+/// The members of the value, in the form in which it was seen first.
+std::string ValueMembers(const SCellFacts& facts, const SRecordedValue* listed) {
     std::string value = facts.packed ? TomlPacked(*facts.packed) : "";
-    const SRecordedValue* const tagged = facts.tagged        ? &*facts.tagged
-                                         : listed != nullptr ? listed
-                                         : facts.label       ? &*facts.label
-                                                             : nullptr;
+    const SRecordedValue* tagged = listed;
+    if (facts.tagged) {
+        tagged = &*facts.tagged;
+    } else if (listed == nullptr && facts.label) {
+        tagged = &*facts.label;
+    }
     const bool isTagged = tagged != nullptr && tagged->kind == EValueKind::Bytes &&
                           tagged->bytes.size() >= kHead && tagged->bytes[1] == tagged->bytes.size() - kHead;
     if (value.empty() && isTagged) {
         value = TomlMembers(tagged->bytes[0], tagged->bytes.subspan(kHead));
     }
-    std::string text = value.empty() ? "invalid = true" : value;
+    return value.empty() ? "invalid = true" : value;
+}
+
+std::string CellMembers(const CRelayFacts& relay, const SCellFacts& facts, const SRecordedValue* listed) {
+    if (!facts.IsAnswered() && listed == nullptr) {
+        return Refusal(relay, facts);
+    }
+    std::string text = ValueMembers(facts, listed);
     text += facts.limits ? ", limits = " + TomlValues(*facts.limits) : "";
     text += facts.strings ? ", strings = " + TomlValues(*facts.strings) : "";
     text += facts.label ? ", label = " + TomlValue(*facts.label) : "";
@@ -187,10 +194,8 @@ std::string ListingText(const CRelayFacts& relay, const ColumnKey& column) {
 }
 
 bool HasRecords(const CRelayFacts& relay, std::uint8_t column) {
-    const auto isOfRecord = [column](const auto& entry) {
-        return std::get<0>(entry.first) == column && std::get<1>(entry.first).has_value();
-    };
-    return std::ranges::any_of(relay.cells, isOfRecord) || std::ranges::any_of(relay.listings, isOfRecord);
+    const auto isOfRecord = [column](const ColumnKey& key) { return key.first == column; };
+    return std::ranges::any_of(relay.records, isOfRecord);
 }
 
 /// The cells of a column while that record is selected; of all columns, without a record, for none.
@@ -213,10 +218,7 @@ std::string CellLines(const CRelayFacts& relay, std::optional<std::uint8_t> colu
 }
 
 std::string RecordTables(const CRelayFacts& relay) {
-    std::set<ColumnKey> records;
-    for (const auto& [key, facts] : relay.cells) {
-        records.insert({std::get<0>(key), std::get<1>(key)});
-    }
+    std::set<ColumnKey> records = relay.records;
     for (const auto& [key, listing] : relay.listings) {
         records.insert(key);
     }

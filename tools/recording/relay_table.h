@@ -23,6 +23,7 @@ struct SFaultText {
     std::uint64_t number = 1;
     std::optional<LinkStatus> status;
     bool isCompletion = false;
+    std::optional<std::size_t> uselessOutput{}; ///< instead of a status
 };
 [[nodiscard]] std::string FaultTable(const SFaultText& fault);
 

@@ -46,6 +46,7 @@ public:
     std::string Text(std::int64_t begin, std::uint64_t leftOut) const;
 
 private:
+    void TakeFetch(const SWholeCall& call);
     void TakeOpening(const SWholeCall& call);
     void TakeModemCall(const SWholeCall& call);
     void TakeLinkCall(const SWholeCall& call);
@@ -63,7 +64,23 @@ private:
     std::string m_linkFaults;
 };
 
+/// Fetching names no relay: the calls of all count together.
+void CSubstationMaker::TakeFetch(const SWholeCall& call) {
+    constexpr std::string_view kStart = "StartGet";
+    const SOperationRow* const fetch =
+        FindOperation("Fetch" + std::string(call.operation->name.substr(kStart.size())));
+    const std::uint64_t number = fetch == nullptr ? 0 : ++m_linkCalls[fetch->operation];
+    const std::optional<std::size_t> useless = UselessOutput(call.outputs);
+    if (number > 0 && (call.fetchStatus != kLinkGood || useless)) {
+        m_linkFaults += FaultTable(
+            {.operation = *fetch, .relay = {}, .cell = {}, .number = number, .status = call.fetchStatus});
+    }
+}
+
 void CSubstationMaker::Take(const SWholeCall& call) {
+    if (call.fetchStatus) {
+        TakeFetch(call);
+    }
     const auto address = call.NumberAt(0, EValueKind::UI1);
     if (call.operation->target == ETarget::Link) {
         TakeLinkCall(call);
