@@ -220,23 +220,26 @@ void CheckRecover() {
                     "and nothing is listed");
 }
 
+struct SWindowsOf {
+    DWORD processId;
+    std::vector<HWND> found;
+};
+
+// (A lambda has not the calling convention that 32-bit Windows wants.)
+BOOL CALLBACK TakeWindow(HWND window, LPARAM parameter) {
+    auto& wanted = *reinterpret_cast<SWindowsOf*>(parameter);
+    DWORD owner = 0;
+    GetWindowThreadProcessId(window, &owner);
+    if (owner == wanted.processId) {
+        wanted.found.push_back(window);
+    }
+    return TRUE;
+}
+
 /// All top-level windows of the process, those that are never seen, too.
 std::vector<HWND> WindowsOf(DWORD processId) {
-    struct SSearch {
-        DWORD processId;
-        std::vector<HWND> found;
-    } search{processId, {}};
-    EnumWindows(
-        [](HWND window, LPARAM parameter) -> BOOL {
-            auto& wanted = *reinterpret_cast<SSearch*>(parameter);
-            DWORD owner = 0;
-            GetWindowThreadProcessId(window, &owner);
-            if (owner == wanted.processId) {
-                wanted.found.push_back(window);
-            }
-            return TRUE;
-        },
-        reinterpret_cast<LPARAM>(&search));
+    SWindowsOf search{processId, {}};
+    EnumWindows(TakeWindow, reinterpret_cast<LPARAM>(&search));
     return search.found;
 }
 
