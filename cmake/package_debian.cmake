@@ -17,6 +17,13 @@ foreach(program ruvo ruvoctl)
     install(FILES ${made}/links/${program} DESTINATION usr/bin)
 endforeach()
 install(FILES ${CMAKE_SOURCE_DIR}/include/ruvo/ruvo.h DESTINATION usr/include/ruvo)
+# What is stripped keeps a section that says which compiler was used.
+install(CODE "if(CMAKE_INSTALL_DO_STRIP)
+    foreach(file ruvo ruvoctl libruvo.so oncrpc.so simulator/p32ls.so simulator/HalvexCryptoKit.so)
+        execute_process(COMMAND ${CMAKE_STRIP} --remove-section=.comment \$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${private}/\${file}
+            COMMAND_ERROR_IS_FATAL ANY)
+    endforeach()
+endif()")
 
 install(FILES ${linux_files}/systemd/ruvo@.service ${linux_files}/systemd/ruvo@.timer DESTINATION lib/systemd/system)
 install(FILES ${linux_files}/systemd/sysusers.conf DESTINATION usr/lib/sysusers.d RENAME ruvo.conf)
@@ -62,9 +69,14 @@ if(RUVO_LOWDOWN)
     endforeach()
 endif()
 set(completion ${made}/ruvoctl.bash)
-add_custom_command(OUTPUT ${completion}
-    COMMAND make_command_pages completion >${completion}
-    DEPENDS make_command_pages)
+if(CMAKE_CROSSCOMPILING)
+    # The program that writes it runs elsewhere; what it writes is the same everywhere.
+    set(completion ${CMAKE_SOURCE_DIR}/build/release/package/ruvoctl.bash)
+else()
+    add_custom_command(OUTPUT ${completion}
+        COMMAND make_command_pages completion >${completion}
+        DEPENDS make_command_pages)
+endif()
 set(changelog ${made}/changelog.Debian.gz)
 add_custom_command(OUTPUT ${changelog}
     COMMAND gzip -9nc ${linux_files}/debian/changelog >${changelog}
@@ -121,6 +133,12 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # What makes the user and the folders; a container needs no more of systemd than that.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS
     "systemd-standalone-sysusers | systemd, systemd-standalone-tmpfiles | systemd")
+if(CMAKE_CROSSCOMPILING)
+    # dpkg knows no library of that machine: the same versions are needed as by the package of this one.
+    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS OFF)
+    set(CPACK_DEBIAN_PACKAGE_DEPENDS "$ENV{RUVO_DEPENDS}")
+    set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE ${RUVO_DEBIAN_ARCHITECTURE})
+endif()
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "bash-completion")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "unattended extractor of event records from protection relays")
 set(CPACK_PACKAGE_DESCRIPTION
