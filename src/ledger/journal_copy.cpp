@@ -3,6 +3,9 @@
 #include "ledger/journal_file.h"
 #include "paths/path_utilities.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace ruvo {
 
 namespace {
@@ -55,6 +58,13 @@ void CopyEntry(CFile& journal, const SJournalEntry& entry, std::uint64_t end, CP
 std::string CopyPathOf(const std::string& journalPath) {
     const std::size_t stem = journalPath.size() - kJournalEnding.size();
     return journalPath.substr(0, stem) + std::string(kCopyMark) + std::string(kJournalEnding);
+}
+
+void LeaveOutCopiesBesideTheirJournal(std::vector<std::string>& journals) {
+    std::vector<std::string> copies;
+    std::ranges::transform(journals, std::back_inserter(copies), CopyPathOf);
+    std::erase_if(journals,
+                  [&](const std::string& path) { return std::ranges::find(copies, path) != copies.end(); });
 }
 
 SFileResult CopyOpenEntries(const std::string& journalPath, CFile& journal,

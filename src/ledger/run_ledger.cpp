@@ -1,6 +1,7 @@
 #include "ledger/run_ledger.h"
 
 #include "ledger/entry_recovery.h"
+#include "ledger/journal_copy.h"
 #include "ledger/root_folder.h"
 #include "paths/path_utilities.h"
 #include "platform/clock.h"
@@ -136,8 +137,18 @@ void CRunLedger::BringIn() {
     BringInFrom(Folder());
 }
 
+/// All but its own, which may have the name that an earlier one had.
+std::vector<std::string> CRunLedger::EarlierJournals(const std::string& folder) const {
+    std::vector<std::string> journals = JournalsIn(folder);
+    if (m_journal) {
+        std::erase(journals, m_journal->Path());
+    }
+    LeaveOutCopiesBesideTheirJournal(journals);
+    return journals;
+}
+
 void CRunLedger::BringInFrom(const std::string& folder) {
-    for (const std::string& path : JournalsIn(folder)) {
+    for (const std::string& path : EarlierJournals(folder)) {
         static_cast<void>(CEntryRecovery(m_eventRoot, m_tell).BringIn(path, nullptr));
     }
     RemoveEmptySetAsideFiles(folder);
@@ -148,10 +159,8 @@ bool CRunLedger::BringInto(CHeldDayFile& file) {
         return std::ranges::find(files, file.Path()) != files.end();
     };
     bool isFree = !isIn(m_openFiles) && !isIn(m_waitingFiles);
-    for (const std::string& path : JournalsIn(Folder())) {
-        if (!m_journal || path != m_journal->Path()) {
-            isFree = CEntryRecovery(m_eventRoot, m_tell).BringIn(path, &file) && isFree;
-        }
+    for (const std::string& path : EarlierJournals(Folder())) {
+        isFree = CEntryRecovery(m_eventRoot, m_tell).BringIn(path, &file) && isFree;
     }
     return isFree;
 }

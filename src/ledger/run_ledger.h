@@ -44,6 +44,7 @@ public:
     void NoteClosed();
 
 private:
+    [[nodiscard]] std::vector<std::string> EarlierJournals(const std::string& folder) const;
     [[nodiscard]] const std::string& Folder();
     void PutFailedAway();
     void MakeJournal();

@@ -156,6 +156,19 @@ TEST_F(Recovery, ADamagedJournalIsReportedOnceAndKept) {
     EXPECT_EQ(Day().find(both), Day().size() - both.size()) << "once, although an end left the journal, too";
 }
 
+/// An end came between the copy and the new name of what it was made of.
+TEST_F(Recovery, ADamagedJournalIsPutAwayBeforeItsCopyGoes) {
+    Leave("RR");
+    const std::string journal = folder.Read(InState("ended.journal"));
+    folder.Write(InState("ended-copy.journal"), journal);
+    folder.Write(InState("ended.journal"), journal + std::string(40, '\x41'));
+    ASSERT_EQ(BringIn(), 2U);
+    EXPECT_EQ(told[0].outcome, ELedgerOutcome::DamagedJournal);
+    EXPECT_EQ(told[1].outcome, ELedgerOutcome::Stored);
+    EXPECT_FALSE(HasJournal() || folder.Has(InState("ended-copy.journal")));
+    EXPECT_EQ(Day().find(both), Day().size() - both.size());
+}
+
 TEST_F(Recovery, WhatWaitsInADamagedJournalIsSetAsideAfterAWeek) {
     const std::string torn = Header("headerText") + Record(1).substr(0, 30) + "x";
     Leave("RR");
