@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <set>
 #include <string_view>
 #include <system_error>
 
@@ -93,14 +94,17 @@ void AddFolder(const std::string& path, const std::string& site, SFoundFiles& fo
     }
 }
 
-/// The event root of an INI file, in the environment of its visits.
-void AddSite(const std::string& ini, SFoundFiles& found) {
+/// The event root of an INI file, in the environment of its visits. One of several INI files is taken once.
+void AddSite(const std::string& ini, std::set<std::string>& roots, SFoundFiles& found) {
     const CSite site(FullPath(ini));
     if (!site.Places()) {
         found.failures.push_back(site.Failure());
         return;
     }
     const std::string root = SystemPath(site.Places()->events);
+    if (!roots.insert(root).second) {
+        return;
+    }
     std::error_code error;
     if (fs::is_directory(root, error)) {
         AddFolder(root, site.Name(), found);
@@ -113,6 +117,7 @@ void AddSite(const std::string& ini, SFoundFiles& found) {
 
 SFoundFiles FindDayFiles(const std::vector<std::string>& paths) {
     SFoundFiles found;
+    std::set<std::string> roots;
     for (const std::string& path : paths) {
         std::error_code error;
         const fs::file_status status = fs::status(path, error);
@@ -121,7 +126,7 @@ SFoundFiles FindDayFiles(const std::vector<std::string>& paths) {
         } else if (fs::is_directory(status)) {
             AddFolder(path, NameOfFolder(path), found);
         } else if (EqualIniNames(SplitPath(path).extension, ".ini")) {
-            AddSite(path, found);
+            AddSite(path, roots, found);
         } else {
             AddFile(path, {}, found);
         }

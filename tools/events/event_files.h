@@ -23,8 +23,9 @@ struct SFoundFiles {
     std::vector<std::string> failures; ///< "PATH: reason" for each that could not be read
 };
 
-/// An INI file stands for its event root. A day file is accepted with any other extension; in a folder, all
-/// day files at any depth, sorted by path. Links inside a folder are not followed.
+/// An INI file stands for its event root, the first one where several have the same. A day file is accepted
+/// with any other extension; in a folder, all day files at any depth, sorted by path. Links inside a folder
+/// are not followed.
 [[nodiscard]] SFoundFiles FindDayFiles(const std::vector<std::string>& paths);
 
 /// The name of the day file up to its date; without a date, up to its extension.

@@ -70,7 +70,9 @@ SAllSites ReadAllSites(const std::string& folder, const SStatusOptions& options,
     SSharedBySites shared;
     for (const std::string& ini : files.iniPaths) {
         SSiteReport site = ReadSiteReport(ini, options, shared, console);
-        if (site.status.hasRelay) {
+        const bool isLeftOut =
+            !options.choice.relay.empty() && site.status.visits && site.status.visits->relays.empty();
+        if (!isLeftOut) {
             all.sites.push_back(std::move(site));
         }
     }

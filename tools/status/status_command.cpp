@@ -70,8 +70,8 @@ constexpr std::string_view kNotes =
 which relays it reached. Event root, log and state folder are those of a visit; SITE.env next to SITE.ini
 counts. The records of visits are readable only to the user of the visits and to root. With two paths, the
 status describes the files alone: GOOD does not prove that last night's visit took place.
-With --relay, the status is that of these relays and of the visits as a whole; with --all, only of sites that
-have such a relay. If no relay matches, the status is unknown, and says which relays there are. With two
+With --relay, the status is that of these relays and of the visits as a whole; with --all, only of sites whose
+INI file has such a relay. If no relay matches, the status is unknown, and says which relays there are. With two
 paths, --relay leaves the whole error log: only an INI file tells which relay a line means.
 Of an error log that several INI files of a folder name, only lines of the site's own runs count, as far as
 the records of visits show.

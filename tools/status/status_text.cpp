@@ -125,7 +125,8 @@ void AppendLeftovers(std::string& out, const SSiteLeftovers& leftovers) {
 
 std::string VerdictText(const SSiteStatus& status, const SVerdict& verdict, std::size_t mostCauses) {
     if (verdict.causes.empty()) {
-        const std::string visit = status.visits ? VisitSummaryText(*status.visits) : std::string();
+        const bool hasVisits = status.visits && !status.visits->relays.empty();
+        const std::string visit = hasVisits ? VisitSummaryText(*status.visits) : std::string();
         return (visit.empty() ? Counted(status.relays.size(), "relay") : visit) + ", " +
                Counted(status.log.problems - status.log.muted, "problem") + " in the error log since " +
                TimeForPeople(status.since);
@@ -146,7 +147,7 @@ std::string StatusAsText(const SSiteStatus& status, const SVerdict& verdict) {
     if (!status.hasRelay) {
         return out; // the verdict says which there are
     }
-    if (status.visits) {
+    if (status.visits && !status.visits->relays.empty()) { // else only day files have the chosen relay
         AppendVisits(out, *status.visits);
     }
     if (!status.relays.empty()) {
