@@ -311,6 +311,21 @@ void CheckStringTable() {
     FreeLibrary(program);
 }
 
+/// The log's viewer finds a text for every number that a visit is entered with.
+void CheckEventMessages() {
+    const HMODULE program =
+        LoadLibraryExA((CodeFolder() + "\\ruvoctl.exe").c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
+    for (const DWORD number :
+         {0x40000064U, 0x80000065U, 0xC0000066U, 0x80000067U, 0x80000068U, 0xC0000069U}) {
+        std::array<char, 16> text{};
+        const DWORD size =
+            FormatMessageA(FORMAT_MESSAGE_FROM_HMODULE | FORMAT_MESSAGE_IGNORE_INSERTS, program, number, 0,
+                           text.data(), static_cast<DWORD>(text.size()), nullptr);
+        g_checks.Equal(std::string(text.data(), size), std::string("%1\r\n"), "message of an event");
+    }
+    FreeLibrary(program);
+}
+
 } // namespace
 
 int CheckSystem() {
@@ -328,6 +343,7 @@ int CheckSystem() {
     CheckInstanceMarker();
     CheckSmallThings();
     CheckStringTable();
+    CheckEventMessages();
     std::vector<SFolderEntry> entries;
     ListFolder(g_folder, entries);
     for (const SFolderEntry& entry : entries) {
