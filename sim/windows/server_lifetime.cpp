@@ -7,8 +7,9 @@
 namespace ruvo::sim {
 namespace {
 
-// A client that comes right after the last one has gone finds this process and not one on its way out.
-constexpr std::chrono::seconds kReconnectTimeout(1);
+// A client that comes right after the last one has gone finds this process and not one on its way out: a
+// visit starts the extractor after a check, and a busy machine takes its time.
+constexpr std::chrono::seconds kReconnectTimeout(5);
 // From the start of the process to its first client.
 constexpr std::chrono::seconds kFirstClientTimeout(30);
 constexpr std::chrono::milliseconds kPollInterval(250);
