@@ -1,0 +1,31 @@
+// Why COM does not start the comms server, in words.
+#include "link/seam/com_failure.h"
+#include "support/case_table.h"
+
+#include <sstream>
+
+namespace ruvo::test {
+
+TEST(ComFailure, SaysWhatToDo) {
+    ForEachCase<4>("link/com_failures.txt", [](auto& code, auto& registrations, auto& bits, auto& words) {
+        SComFailure failure{.code = static_cast<std::uint32_t>(std::stoul(code, nullptr, 16)),
+                            .step = "creating it",
+                            .system = "the system's words",
+                            .account = "SITE\\night",
+                            .bits = static_cast<unsigned>(std::stoi(bits)),
+                            .registrations = {}};
+        std::istringstream each(registrations);
+        for (std::string one; each >> one;) {
+            failure.registrations.push_back({static_cast<unsigned>(std::stoi(one)), one[2] == 'P',
+                                             "C:\\P32LS\\server", !one.ends_with('!')});
+        }
+        const std::string text = DescribeComFailure(failure);
+        EXPECT_NE(text.find("creating it failed with " + code), std::string::npos) << text;
+        std::istringstream wanted(words);
+        for (std::string part; std::getline(wanted, part, '~');) {
+            EXPECT_NE(text.find(part), std::string::npos) << part << "\nin: " << text;
+        }
+    });
+}
+
+} // namespace ruvo::test
