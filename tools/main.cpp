@@ -2,7 +2,9 @@
 #include "tools/command.h"
 #include "tools/command_line.h"
 
+#include "platform/console_buffer.h"
 #include "platform/environment.h"
+#include "platform/native_text.h"
 #include "platform/process_protection.h"
 #include "platform/standard_streams.h"
 #include "platform/terminal.h"
@@ -13,6 +15,8 @@
 #include <cstdio>
 #include <exception>
 #include <iostream>
+#include <memory>
+#include <streambuf>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -49,11 +53,28 @@ void ChooseBuffers(const ruvo::SCommand* command) {
     }
 }
 
+/// A standard stream, through the console's own buffer where it takes one.
+template <class TStream>
+class CStream {
+public:
+    CStream(ruvo::EStandardStream which, TStream& usual)
+        : m_buffer(ruvo::ConsoleBuffer(which)), m_own(m_buffer.get()), m_usual(usual) {}
+    TStream& Get() { return m_buffer != nullptr ? m_own : m_usual; }
+
+private:
+    std::unique_ptr<std::streambuf> m_buffer;
+    TStream m_own;
+    TStream& m_usual;
+};
+
 int RunProgram(const std::vector<std::string>& arguments, const ruvo::SCommand* command) {
     ChooseBuffers(command);
-    ruvo::CTextOutput out(std::cout);
-    ruvo::CTextOutput error(std::cerr);
-    ruvo::SConsole console{.in = std::cin,
+    CStream<std::istream> inStream(ruvo::EStandardStream::Input, std::cin);
+    CStream<std::ostream> outStream(ruvo::EStandardStream::Output, std::cout);
+    CStream<std::ostream> errorStream(ruvo::EStandardStream::Error, std::cerr);
+    ruvo::CTextOutput out(outStream.Get());
+    ruvo::CTextOutput error(errorStream.Get());
+    ruvo::SConsole console{.in = inStream.Get(),
                            .out = out,
                            .error = error,
                            .inIsTerminal = ruvo::IsTerminal(ruvo::EStandardStream::Input),
@@ -78,11 +99,12 @@ int RunProgram(const std::vector<std::string>& arguments, const ruvo::SCommand* 
 } // namespace
 
 int main(int count, char** texts) {
+    ruvo::UseUtf8Texts();
     ruvo::OccupyClosedStandardStreams();
     ruvo::ProtectProcessMemory();
     const ruvo::SCommand* command = nullptr;
     try {
-        const std::vector<std::string> arguments(texts + (count > 0 ? 1 : 0), texts + count);
+        const std::vector<std::string> arguments = ruvo::ProgramArguments(count, texts);
         command = ruvo::FindNamedCommand(arguments);
         return RunProgram(arguments, command);
     } catch (const std::exception& failure) {

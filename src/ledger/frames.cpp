@@ -1,6 +1,7 @@
 #include "ledger/frames.h"
 
 #include "base/byte_cursor.h"
+#include "platform/native_text.h"
 
 #include <algorithm>
 #include <array>
@@ -82,9 +83,11 @@ void PutNumber(std::vector<std::uint8_t>& bytes, std::uint64_t value, std::size_
     bytes.insert(bytes.end(), number.begin(), number.begin() + static_cast<std::ptrdiff_t>(size));
 }
 
+/// In the encoding that every program reads which may bring the journal in.
 void PutText(std::vector<std::uint8_t>& bytes, const std::string& text) {
-    PutNumber(bytes, text.size(), 4);
-    bytes.insert(bytes.end(), text.begin(), text.end());
+    const std::string stored = StoredText(text).value_or(text);
+    PutNumber(bytes, stored.size(), 4);
+    bytes.insert(bytes.end(), stored.begin(), stored.end());
 }
 
 bool TakeText(CByteCursor& cursor, std::string& text) {
@@ -93,7 +96,7 @@ bool TakeText(CByteCursor& cursor, std::string& text) {
     if (!cursor.TakeDoubleWord(size) || !cursor.TakeBytes(size, taken)) {
         return false;
     }
-    text.assign(taken.begin(), taken.end());
+    text = TextOfStored(std::string(taken.begin(), taken.end()));
     return true;
 }
 

@@ -4,6 +4,7 @@
 #include "base/text.h"
 #include "platform/files.h"
 #include "platform/full_path.h"
+#include "platform/native_text.h"
 #include "platform/state_folder.h"
 
 #include <algorithm>
@@ -16,6 +17,7 @@ namespace ruvo {
 namespace {
 
 constexpr std::string_view kNote = "\\event-root.txt";
+constexpr std::string_view kLongForm = "\\\\?\\"; // of one system's resolved paths
 
 /// A folder's name for people: what is no letter or digit becomes a dash.
 std::string ReadableName(const std::string& path) {
@@ -26,16 +28,28 @@ std::string ReadableName(const std::string& path) {
     return name;
 }
 
+/// The same whichever program asks, and so for its bytes in a file that all of them read.
 std::string FolderName(const std::string& resolvedRoot) {
-    return ReadableName(resolvedRoot) + "-" + DigestOf(resolvedRoot);
+    const std::string root = StoredText(resolvedRoot).value_or(resolvedRoot);
+    return ReadableName(root) + "-" + DigestOf(root);
+}
+
+/// Where \\server\share ends; 0 for another path.
+std::size_t EndOfShare(const std::string& path) {
+    const std::size_t server = path.starts_with("\\\\") ? path.find('\\', 2) : std::string::npos;
+    return server == std::string::npos ? 0 : std::min(path.find('\\', server + 1), path.size());
 }
 
 /// The full path with all links resolved, or, of a folder that is not there, the one that it would have if it
-/// were made: the first visit makes it, and one that writes nothing into it removes it again.
+/// were made: the first visit makes it, and one that writes nothing into it removes it again. A share that
+/// cannot be reached has the form that it has when it can.
 std::string ResolvedOrMissing(const std::string& eventRoot) {
     std::string there = eventRoot;
     std::string resolved = ResolvedFolder(there);
     while (resolved.empty()) {
+        if (const std::size_t share = EndOfShare(eventRoot); share != 0 && there.size() <= share) {
+            return std::string(kLongForm) + "UNC" + eventRoot.substr(1);
+        }
         const std::size_t separator = there.rfind('\\');
         if (separator == std::string::npos) {
             return {};
@@ -51,8 +65,11 @@ std::string ResolvedOrMissing(const std::string& eventRoot) {
 
 /// Links resolved, but as people write it.
 std::string NoteFor(const std::string& eventRoot) {
-    constexpr std::string_view kLongForm = "\\\\?\\";
+    constexpr std::string_view kServerForm = "\\\\?\\UNC\\";
     const std::string root = ResolvedOrMissing(eventRoot);
+    if (root.starts_with(kServerForm)) {
+        return DisplayPath("\\\\" + root.substr(kServerForm.size()));
+    }
     return DisplayPath(root.starts_with(kLongForm) ? root.substr(kLongForm.size()) : root);
 }
 
@@ -81,7 +98,7 @@ bool PrepareRootFolder(const std::string& folder, const std::string& eventRoot) 
     const std::string root = NoteFor(eventRoot);
     if (EventRootOf(folder) != root) { // it only helps people: what comes of it does not matter
         CFile note;
-        const std::string line = root + "\n";
+        const std::string line = StoredText(root).value_or(root) + "\n";
         std::size_t count = 0;
         const SOpenMode mode{
             .write = true, .create = true, .truncate = true, .plain = true, .ownerOnly = true};
@@ -103,7 +120,7 @@ std::string EventRootOf(const std::string& folder) {
         return {};
     }
     const std::string text(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count));
-    return text.ends_with('\n') ? text.substr(0, text.size() - 1) : std::string();
+    return text.ends_with('\n') ? TextOfStored(text.substr(0, text.size() - 1)) : std::string();
 }
 
 std::vector<std::string> RootFoldersIn(const std::string& stateFolder) {

@@ -6,6 +6,7 @@
 #include "ledger/journal_file.h"
 #include "paths/path_utilities.h"
 #include "platform/full_path.h"
+#include "platform/native_text.h"
 
 #include <algorithm>
 
@@ -32,7 +33,7 @@ std::string StemOf(const std::string& dayFile) {
 std::string FreeText(const SSetAsideHeader& header) {
     std::string text(kTitle);
     for (const std::string* part : {&header.file, &header.key, &header.begun, &header.reason}) {
-        text += kSeparator + BlankControlCharacters(*part);
+        text += kSeparator + BlankControlCharacters(StoredText(*part).value_or(*part));
     }
     return text;
 }
@@ -80,7 +81,7 @@ std::optional<SSetAsideHeader> ReadSetAsideHeader(const std::string& path) {
     std::size_t at = 0;
     for (std::string* part : {&title, &header.file, &header.key, &header.begun, &header.reason}) {
         const std::size_t end = std::min(text.find(kSeparator, at), text.size());
-        *part = at <= text.size() ? text.substr(at, end - at) : std::string();
+        *part = at <= text.size() ? TextOfStored(text.substr(at, end - at)) : std::string();
         at = end + 1;
     }
     return title == kTitle && IsSafePlace(header.file) ? std::optional(header) : std::nullopt;

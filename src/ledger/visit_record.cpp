@@ -1,10 +1,10 @@
 #include "ledger/visit_record.h"
 
-#include "base/code_page.h"
 #include "ledger/root_folder.h"
 #include "platform/clock.h"
 #include "platform/environment.h"
 #include "platform/full_path.h"
+#include "platform/native_text.h"
 #include "platform/process.h"
 #include "platform/standard_error.h"
 #include "platform/state_folder.h"
@@ -47,10 +47,14 @@ bool EndRun(const std::string& folder, const std::string& path, CFile& file, SVi
 
 std::string RecordedIniPath(const std::string& iniPath) {
     constexpr std::string_view kLongForm = "\\\\?\\"; // of one system's resolved paths
+    constexpr std::string_view kServerForm = "\\\\?\\UNC\\";
     const std::string full = FullPath(iniPath);
     std::string path = full.empty() ? full : ResolvedFolder(full);
+    if (path.starts_with(kServerForm)) {
+        path.replace(0, kServerForm.size(), "\\\\");
+    }
     path.erase(0, path.starts_with(kLongForm) ? kLongForm.size() : 0);
-    return SystemTextToUtf8(DisplayPath(path.empty() ? full : path));
+    return NativeTextToUtf8(DisplayPath(path.empty() ? full : path));
 }
 
 std::string RecordedNow() {

@@ -12,6 +12,7 @@
 #include "platform/debug_output.h"
 #include "platform/files.h"
 #include "platform/full_path.h"
+#include "platform/native_text.h"
 #include "platform/standard_error.h"
 
 #include <array>
@@ -175,7 +176,7 @@ void AppendLine(std::string_view text, ELineWorth worth) {
     if (State().disabled) {
         return;
     }
-    const std::string line = TimeStamp() + ' ' + OneLine(text);
+    const std::string line = TimeStamp() + ' ' + OneLine(StoredText(text).value_or(std::string(text)));
     if (State().path.empty()) {
         ReportLineLost(line, "no path is known");
         ++State().lines;

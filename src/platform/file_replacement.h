@@ -33,7 +33,8 @@ struct [[nodiscard]] SAccessResult {
 };
 
 /// Creates a new file with these bytes, durably; a failure leaves no file. Only its owner may read it, on
-/// POSIX also the group `readers` if that is the folder's group. On Windows it has the folder's permissions.
+/// POSIX also the group `readers` if that is the folder's group, on Windows the system and the
+/// administrators.
 SAccessResult WriteNewPrivateFile(const std::string& path, std::string_view bytes, std::string_view readers);
 
 /// The pieces that differ from system to system.

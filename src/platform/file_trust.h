@@ -8,8 +8,12 @@
 namespace ruvo {
 
 /// Whether every user of the machine can read the file, by its permissions and those of the folders above it;
-/// none when there is no such file, or the system's permissions do not answer that by a simple mark.
+/// none when there is no such file, or they cannot be looked at.
 std::optional<bool> IsReadableByEveryone(const std::string& path);
+
+/// What restricts a file to its owner, and who counts as trusted, for people.
+const char* HowToRestrict();
+const char* TrustedUsers();
 
 enum class ETrustedRead : std::uint8_t {
     Read,
@@ -22,7 +26,7 @@ enum class ETrustedRead : std::uint8_t {
 ETrustedRead ReadTrustedFile(const std::string& path, std::string& bytes);
 
 /// Whether root and that user alone can decide, now or later, where the path leads and what is there, which
-/// may be nothing. Always true where the system's permissions do not answer that by a simple mark.
+/// may be nothing. (On Windows: administrators and the user of this process, and something must be there.)
 bool IsGuarded(const std::string& path, std::uint32_t user);
 
 } // namespace ruvo

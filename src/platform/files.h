@@ -17,6 +17,9 @@ enum class EPathKind : std::uint8_t { Missing, File, Folder };
 EPathKind GetPathKind(const std::string& path);
 /// True when the path itself is a link, whatever it leads to.
 bool IsLink(const std::string& path);
+/// Whether a file has the mark with which the system lets nobody write it. (POSIX has none beside
+/// permissions.)
+bool IsMarkedReadOnly(const std::string& path);
 /// What a disk still has room for; none where the system does not say.
 struct SFreeSpace {
     std::optional<std::uint64_t> bytes;

@@ -15,6 +15,10 @@ inline constexpr std::size_t kMaxPath = 260;
 /// Empty when the text is empty or blank, or when the result would have kMaxPath characters or more.
 std::string FullPath(const std::string& path);
 
+/// Whether no file or folder can have that path because one of its names is a device's. Nothing is one on
+/// POSIX.
+bool NamesDevice(const std::string& path);
+
 /// A full path as the system's own programs write it: /srv/ev for C:\srv\ev on POSIX, itself on Windows.
 /// Empty when nothing can exist there.
 std::string SystemPath(const std::string& fullPath);

@@ -3,6 +3,7 @@
 #include "base/text.h"
 
 #include <algorithm>
+#include <array>
 #include <vector>
 
 namespace ruvo {
@@ -157,6 +158,26 @@ std::string FormFullPath(std::string_view path, std::string_view currentFolder) 
     }
     TrimLastName(forming);
     return Join(forming);
+}
+
+// What follows a dot or a colon does not count, nor do blanks before them.
+bool HasDeviceName(std::string_view path) {
+    constexpr std::array<std::string_view, 6> kAlone{"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$"};
+    constexpr std::array<std::string_view, 2> kNumbered{"COM", "LPT"};
+    constexpr std::array<std::string_view, 3> kHighDigits{"\xC2\xB9", "\xC2\xB2", "\xC2\xB3"};
+    const std::string text = ToUpperText(WithBackslashes(path));
+    std::string_view rest = text;
+    bool isDevice = rest.starts_with(R"(\\.\)");
+    for (bool separated = true; separated && !isDevice;) {
+        std::string_view name = NextName(rest, separated);
+        name = TrimEnd(name.substr(0, name.find_first_of(".:")), " ");
+        const std::string_view number = name.substr(std::min<std::size_t>(name.size(), 3));
+        const bool isNumber = (number.size() == 1 && number >= "1" && number <= "9") ||
+                              std::ranges::find(kHighDigits, number) != kHighDigits.end();
+        isDevice = std::ranges::find(kAlone, name) != kAlone.end() ||
+                   (isNumber && std::ranges::find(kNumbered, name.substr(0, 3)) != kNumbered.end());
+    }
+    return isDevice;
 }
 
 } // namespace ruvo

@@ -6,8 +6,9 @@
 
 namespace ruvo {
 
-/// The folder that RUVO_STATE_DIR names; else the package's or installer's, where this user may write it;
-/// else one of the user's own. It is not made here. Empty when there is none.
+/// The folder that RUVO_STATE_DIR names; else the package's, where this user may write it, or the Windows
+/// installer's, where there is one; else one of the user's own. It is not made here. Empty when there is
+/// none.
 std::string StateFolder();
 
 /// Where a reader looks for it, who may be another user than the one who runs the program.

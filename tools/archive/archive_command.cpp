@@ -9,6 +9,7 @@
 #include "tools/events/day_file_walk.h"
 #include "tools/events/event_files.h"
 #include "tools/events/fetched_option.h"
+#include "tools/file_path.h"
 #include "tools/marks.h"
 #include "tools/progress.h"
 #include "tools/text_encoding.h"
@@ -67,7 +68,7 @@ public:
         }
         m_progress.emplace(m_console, found.files.size());
         for (const SFoundFile& file : found.files) {
-            ++m_names[{file.site, fs::path(file.path).filename().string()}];
+            ++m_names[{file.site, FilePath(file.path).filename().string()}];
             m_relays[file.site].insert(file.relay);
         }
         for (const SFoundFile& file : found.files) {
@@ -98,7 +99,7 @@ public:
 private:
     void ReadFile(const SFoundFile& file) {
         std::error_code error;
-        const fs::path path(file.path);
+        const fs::path path = FilePath(file.path);
         const std::string name = path.filename().string();
         // Taken before the file is read: a change in between is then seen by the next run.
         const SDayFileState state{.name = SystemTextToUtf8(name),
@@ -182,7 +183,7 @@ private:
         m_added += tally.added;
         m_known += tally.known;
         // Two files of the same name need not hold each other's records.
-        const bool isOnlyOne = m_names[{file.site, fs::path(file.path).filename().string()}] == 1;
+        const bool isOnlyOne = m_names[{file.site, FilePath(file.path).filename().string()}] == 1;
         if (isWhole && isOnlyOne && tally.gone > 0) {
             Report(file.path + ": changed: " + Counted(tally.gone, "archived record") +
                    " no longer in the file; kept in the archive");

@@ -1,13 +1,13 @@
 #include "tools/archive/database.h"
 
 #include "platform/file_replacement.h"
+#include "tools/file_path.h"
 #include "tools/whole_file.h"
 
 #include <sqlite3.h>
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
 
 namespace ruvo {
 
@@ -17,7 +17,7 @@ constexpr int kBusyTimeoutMilliseconds = 10'000; // for another program that wri
 
 /// Some names have a special meaning for SQLite; none of them starts like this.
 std::string PlainFileName(const std::string& path) {
-    return std::filesystem::path(path).has_root_path() ? path : "./" + path;
+    return FilePath(path).has_root_path() ? path : "./" + path;
 }
 
 struct SAdvice {

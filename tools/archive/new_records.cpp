@@ -7,6 +7,7 @@
 #include "platform/files.h"
 #include "platform/full_path.h"
 #include "platform/state_folder.h"
+#include "tools/file_path.h"
 #include "tools/marks.h"
 #include "tools/text_encoding.h"
 #include "tools/whole_file.h"
@@ -86,7 +87,7 @@ bool CNewRecords::StillBegins(const std::string& path, const SMark& mark) {
 
 bool CNewRecords::Begin(const std::string& path, std::uint64_t size, std::int64_t changed) {
     std::error_code ignored;
-    m_file = SystemTextToUtf8(std::filesystem::weakly_canonical(path, ignored).string());
+    m_file = SystemTextToUtf8(std::filesystem::weakly_canonical(FilePath(path), ignored).string());
     m_mark = {.size = size, .changed = changed};
     m_from = 0;
     m_isSound = true;

@@ -1,6 +1,7 @@
 #include "tools/clocks/relay_clocks.h"
 
 #include "base/text.h"
+#include "tools/file_path.h"
 #include "tools/text_encoding.h"
 
 #include <algorithm>
@@ -98,7 +99,7 @@ std::string CRelayClocks::ReadLine(std::string_view line) {
 }
 
 std::string CRelayClocks::Read(const std::string& path) {
-    std::ifstream file{std::filesystem::path(path), std::ios::binary};
+    std::ifstream file{FilePath(path), std::ios::binary};
     std::size_t number = 0;
     const auto where = [&] { return SystemTextToUtf8(path) + ":" + std::to_string(number) + ": "; };
     for (std::string text; std::getline(file, text);) {

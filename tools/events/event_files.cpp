@@ -4,6 +4,7 @@
 #include "paths/path_utilities.h"
 #include "platform/full_path.h"
 #include "platform/ini_text.h"
+#include "tools/file_path.h"
 #include "tools/sites/site.h"
 #include "tools/text_encoding.h"
 
@@ -70,18 +71,18 @@ void ReadFolder(const fs::path& folder, std::vector<fs::path>& folders, std::vec
 }
 
 void AddFile(const std::string& path, const std::string& site, SFoundFiles& found) {
-    found.files.push_back({path, RelayOfFileName(fs::path(path).filename().string()), site});
+    found.files.push_back({path, RelayOfFileName(FilePath(path).filename().string()), site});
 }
 
 /// "north" for "/var/lib/ruvo/north/".
 std::string NameOfFolder(const std::string& path) {
     std::error_code ignored;
-    const fs::path folder = fs::weakly_canonical(path, ignored);
+    const fs::path folder = fs::weakly_canonical(FilePath(path), ignored);
     return SystemTextToUtf8((folder.has_filename() ? folder : folder.parent_path()).filename().string());
 }
 
 void AddFolder(const std::string& path, const std::string& site, SFoundFiles& found) {
-    std::vector<fs::path> folders{path};
+    std::vector<fs::path> folders{FilePath(path)};
     std::vector<std::string> paths;
     while (!folders.empty()) {
         const fs::path folder = std::move(folders.back());
@@ -106,7 +107,7 @@ void AddSite(const std::string& ini, std::set<std::string>& roots, SFoundFiles& 
         return;
     }
     std::error_code error;
-    if (fs::is_directory(root, error)) {
+    if (fs::is_directory(FilePath(root), error)) {
         AddFolder(root, site.Name(), found);
     } else {
         Fail(found, root, "no such folder: no visit has stored an event yet, or the path is wrong");
@@ -120,7 +121,7 @@ SFoundFiles FindDayFiles(const std::vector<std::string>& paths) {
     std::set<std::string> roots;
     for (const std::string& path : paths) {
         std::error_code error;
-        const fs::file_status status = fs::status(path, error);
+        const fs::file_status status = fs::status(FilePath(path), error);
         if (!fs::exists(status)) {
             Fail(found, path, error ? error.message() : "no such file or folder");
         } else if (fs::is_directory(status)) {

@@ -4,6 +4,7 @@
 #include "ledger/visit_history.h"
 #include "platform/full_path.h"
 #include "tools/events/filter_options.h"
+#include "tools/file_path.h"
 #include "tools/sites/fetched_bytes.h"
 #include "tools/text_encoding.h"
 
@@ -17,7 +18,7 @@ namespace {
 /// The folder above that of the relay.
 std::string RootOf(const std::string& path) {
     std::error_code ignored;
-    return std::filesystem::absolute(path, ignored).parent_path().parent_path().string();
+    return std::filesystem::absolute(FilePath(path), ignored).parent_path().parent_path().string();
 }
 
 } // namespace

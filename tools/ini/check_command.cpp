@@ -15,6 +15,7 @@
 #include "tools/command.h"
 #include "tools/ini/diagnostics.h"
 #include "tools/ini/ini_document.h"
+#include "tools/ini/path_limits.h"
 #include "tools/ini/place_warnings.h"
 #include "tools/ini/site_environment.h"
 
@@ -86,8 +87,29 @@ std::vector<SDiagnostic> FindTroubledPlaces(const std::string& eventRoot, const 
     return places;
 }
 
+/// Some systems make a folder or a file where others have a device.
+EResultCode RefuseDevices(EResultCode code, const std::string& eventRoot, std::vector<SDiagnostic>& causes) {
+    struct SPlaceRow {
+        std::string path;
+        EResultCode refusal;
+        std::string_view key;
+    };
+    for (const SPlaceRow& place :
+         {SPlaceRow{eventRoot, EResultCode::EventRootInvalid, "EventRootDir"},
+          SPlaceRow{ErrorLogPath(), EResultCode::LogFileNotWritable, "ErrorLogPathname"}}) {
+        if (NamesDevice(place.path) && (code == EResultCode::Success || code == place.refusal)) {
+            causes.push_back({0, std::string(place.key) + ": " + WhyNoRunOpens(place.path)});
+            return place.refusal;
+        }
+    }
+    return code;
+}
+
 /// Why a run cannot read the file.
 std::string WhyNotOpened(const std::string& fullPath, const CIniText& ini) {
+    if (std::string why = WhyNoRunOpens(fullPath); !why.empty()) {
+        return why;
+    }
     if (fullPath.empty()) {
         return "expected a path whose absolute form is shorter than " + std::to_string(kMaxPath) +
                " characters";
@@ -118,13 +140,14 @@ SOutcome CheckFile(const std::string& fullPath, const CIniText& ini) {
     std::vector<SDiagnostic> causes;
     std::vector<SDiagnostic> places;
     EResultCode code = EResultCode::IniFileNotOpened;
-    if (!fullPath.empty()) {
+    if (!fullPath.empty() && WhyNoRunOpens(fullPath).empty()) {
         const CProgramFolder inProgramFolder;
         CRunContext context;
         code = LoadAndCheck(context, fullPath, true);
         if (!context.DestinationRoot().empty()) {
             places = FindTroubledPlaces(FullPath(context.DestinationRoot()), fullPath, code);
         }
+        code = RefuseDevices(code, context.DestinationRoot(), causes);
         code = code == EResultCode::Success ? TryCommsServer(causes) : code;
     }
     if (code == EResultCode::IniFileNotOpened) {
@@ -147,8 +170,8 @@ std::vector<SDiagnostic> FindOpenPasswords(const std::string& fullPath, const CI
     if (!holdsPasswords || !IsReadableByEveryone(fullPath).value_or(false)) {
         return {};
     }
-    return {{0, "every user of this machine can read the passwords in this file; \"chmod 600\" restricts it "
-                "to its owner, \"chmod 640\" to its owner and group"}};
+    return {{0, std::string("every user of this machine can read the passwords in this file; ") +
+                    HowToRestrict()}};
 }
 
 int RunCheck(const CArguments& arguments, SConsole& console) {

@@ -9,6 +9,7 @@
 #include "tools/ini/diagnostics.h"
 #include "tools/ini/ini_edit.h"
 #include "tools/ini/password_input.h"
+#include "tools/ini/path_limits.h"
 #include "tools/ini/site_questions.h"
 #include "tools/text_encoding.h"
 
@@ -43,8 +44,8 @@ static_assert(GeneralKey("CommPort").defaultText == "COM1" && GeneralKey("BaudRa
 constexpr std::string_view kNotes =
     R"(Prompts for values that no option gives; with --link and --relay it does not prompt. The new file has
 comments and passes check. Only its owner can read it; in a folder of the group ruvo, that group can too;
-on Windows the permissions of the folder apply. An existing file is never overwritten. A file in /etc/ruvo
-needs a name that is valid for its timer.
+on Windows, the system and the administrators can. An existing file is never overwritten. A file in
+/etc/ruvo needs a name that is valid for its timer.
 All paths in the file are absolute. The defaults are /var/lib/ruvo/SITE for events and
 /var/log/ruvo/SITE.log for the error log if those folders exist and are writable, else SITE and SITE.log
 next to the file.
@@ -93,6 +94,9 @@ bool CanBeScheduled(const std::string& site) {
 
 /// Why no file can be created there; empty if one can.
 std::string FindPlace(const std::string& typed, SPlace& place) {
+    if (std::string why = WhyNoRunOpens(typed); !why.empty()) {
+        return why;
+    }
     place.path = FullPath(typed);
     const SPathParts parts = SplitPath(place.path);
     place.folder = parts.drive + parts.folder;
@@ -118,6 +122,18 @@ std::string UsualPath(const SPlace& place, std::string_view folder, const std::s
 /// The path for the file: a relative one is resolved against the current folder here, but not in a run.
 std::string ChosenPath(const CArguments& arguments, std::string_view option, const std::string& usual) {
     return SystemPath(FullPath(arguments.Has(option) ? arguments.Get(option) : usual));
+}
+
+/// Empty when both can be written into the file.
+std::string WhyNotThesePlaces(const SNewSite& site) {
+    if (HasIniExtension(SplitPath(site.log))) {
+        return "--log: an INI file cannot be the error log; use another name";
+    }
+    if (const std::string why = WhyNoRunOpens(site.events); !why.empty()) {
+        return "--events: " + why;
+    }
+    const std::string why = WhyNoRunOpens(site.log);
+    return why.empty() ? why : "--log: " + why;
 }
 
 /// True when an option belongs to another link: it would have no effect.
@@ -262,27 +278,31 @@ int RunNew(const CArguments& arguments, SConsole& console) {
     site.name = place.site;
     site.events = ChosenPath(arguments, "--events", UsualPath(place, kUsualEvents, place.site));
     site.log = ChosenPath(arguments, "--log", UsualPath(place, kUsualLogs, place.site + ".log"));
-    if (HasIniExtension(SplitPath(site.log))) {
-        return Fail(console, "--log: an INI file cannot be the error log; use another name");
+    if (const std::string why = WhyNotThesePlaces(site); !why.empty()) {
+        return Fail(console, why);
     }
-    if (!TryPlaces(place, site, console)) {
+    if (!TryPlaces(place, *AsStored(site), console)) {
         return kExitFailed;
     }
     if (!FillSite(arguments, console, asks, site)) {
         console.error.Write(asks ? "\nruvoctl: no file created\n" : kNotice);
         return asks ? kExitFailed : kExitUsage;
     }
-    CIniDocument document(NewSiteText(site));
-    if (const std::string key = UnreadableEntry(site, document.Ini()); !key.empty()) {
+    const auto stored = AsStored(std::move(site));
+    if (!stored) {
+        return Fail(console, "expected only characters of this system's code page");
+    }
+    CIniDocument document(NewSiteText(*stored));
+    if (const std::string key = UnreadableEntry(*stored, document.Ini()); !key.empty()) {
         return Fail(console, key + ": expected at most " + std::to_string(kLongestText) +
                                  " characters, without control characters and without surrounding "
                                  "blanks or quotes; a path must be absolute");
     }
     if (!arguments.Has("--relay")) {
-        return AskRelays(console, site.link, document) ? WriteSite(place, document, typed, console)
-                                                       : Fail(console, "no file created");
+        return AskRelays(console, stored->link, document) ? WriteSite(place, document, typed, console)
+                                                          : Fail(console, "no file created");
     }
-    const std::string why = AddRelays(arguments, site.link, console, document);
+    const std::string why = AddRelays(arguments, stored->link, console, document);
     return why.empty() ? WriteSite(place, document, typed, console) : Fail(console, why);
 }
 

@@ -2,6 +2,7 @@
 
 #include "base/text.h"
 #include "config/configuration.h"
+#include "platform/native_text.h"
 
 #include <algorithm>
 #include <array>
@@ -113,6 +114,18 @@ std::string OnOneLine(std::string text) {
 }
 
 } // namespace
+
+std::optional<SNewSite> AsStored(SNewSite site) {
+    for (std::string SNewSite::*field : {&SNewSite::name, &SNewSite::events, &SNewSite::log, &SNewSite::port,
+                                         &SNewSite::baud, &SNewSite::modem, &SNewSite::number}) {
+        const auto stored = StoredText(site.*field);
+        if (!stored) {
+            return std::nullopt;
+        }
+        site.*field = *stored;
+    }
+    return site;
+}
 
 std::string NewSiteText(const SNewSite& site) {
     const SLinkRow& link = LinkRow(site.link);

@@ -3,6 +3,7 @@
 
 #include "tools/ini/relay_entries.h"
 
+#include <optional>
 #include <string>
 
 namespace ruvo {
@@ -18,6 +19,9 @@ struct SNewSite {
     std::string modem; ///< of a modem link
     std::string number;
 };
+
+/// The same in the bytes of a file that a run reads; none where the file cannot hold a text.
+std::optional<SNewSite> AsStored(SNewSite site);
 
 /// The file with comments, without relays; its last two sections are the link's and the passwords'.
 std::string NewSiteText(const SNewSite& site);

@@ -5,6 +5,7 @@
 #include "platform/full_path.h"
 #include "tools/events/day_file_walk.h"
 #include "tools/events/event_fields.h"
+#include "tools/file_path.h"
 #include "tools/text_encoding.h"
 
 #include <algorithm>
@@ -16,7 +17,7 @@ namespace ruvo {
 namespace {
 
 std::string NameOf(const std::string& path) {
-    return std::filesystem::path(path).filename().string();
+    return FilePath(path).filename().string();
 }
 
 /// The newest day file of each relay, by the date in its name.

@@ -9,6 +9,7 @@
 #include "tools/events/fetched_option.h"
 #include "tools/events/filter_options.h"
 #include "tools/events/relay_selection.h"
+#include "tools/file_path.h"
 #include "tools/report/report_data.h"
 #include "tools/report/report_logs.h"
 #include "tools/report/report_page.h"
@@ -113,7 +114,7 @@ bool AddEvents(const SFoundFiles& found, const SEventFilter& filter, const CZone
     }
     const std::string lastDay = LastDay(filter.untilText);
     for (const SFoundFile& file : found.files) {
-        const std::string day = DayOfFileName(std::filesystem::path(file.path).filename().string());
+        const std::string day = DayOfFileName(FilePath(file.path).filename().string());
         if (day <= lastDay) {
             data.AddDay(file.relay, day);
         }

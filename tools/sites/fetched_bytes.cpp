@@ -1,6 +1,7 @@
 #include "tools/sites/fetched_bytes.h"
 
 #include "tools/events/event_files.h"
+#include "tools/file_path.h"
 #include "tools/sites/site_visits.h"
 #include "tools/text_encoding.h"
 
@@ -63,7 +64,7 @@ void CFetchedBytes::AddRange(const SStoredBytes& bytes, bool counts) {
 }
 
 SFetchedBytes CFetchedBytes::Of(const std::string& path) const {
-    const std::filesystem::path native(path);
+    const std::filesystem::path native = FilePath(path);
     const std::string name = native.filename().string();
     return OfKey(SystemTextToUtf8(native.parent_path().filename().string() + "/" + name), name);
 }

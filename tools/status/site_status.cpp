@@ -5,6 +5,7 @@
 #include "platform/full_path.h"
 #include "tools/events/day_file_walk.h"
 #include "tools/events/event_fields.h"
+#include "tools/file_path.h"
 #include "tools/given_time.h"
 #include "tools/sites/muted_lines.h"
 #include "tools/text_encoding.h"
@@ -81,9 +82,7 @@ private:
         m_status.failures.insert(m_status.failures.begin(), walk.Failures().begin(), walk.Failures().end());
     }
 
-    static std::string NameOf(const std::string& path) {
-        return std::filesystem::path(path).filename().string();
-    }
+    static std::string NameOf(const std::string& path) { return FilePath(path).filename().string(); }
 
     /// True for the relay's newest day file so far. A date in the future, from a clock that was wrong once,
     /// must not hide for years that the relay sends nothing any more.

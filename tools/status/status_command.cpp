@@ -3,6 +3,7 @@
 #include "platform/clock.h"
 #include "platform/full_path.h"
 #include "platform/ini_text.h"
+#include "tools/file_path.h"
 #include "tools/status/site_report.h"
 #include "tools/status/status_options.h"
 #include "tools/status/status_output.h"
@@ -122,7 +123,7 @@ std::string_view FindWhere(const CArguments& arguments, SWhere& where) {
 
 std::string NameOfRoot(const std::string& place) {
     std::error_code ignored;
-    std::filesystem::path root = std::filesystem::weakly_canonical(place, ignored);
+    std::filesystem::path root = std::filesystem::weakly_canonical(FilePath(place), ignored);
     root = root.has_filename() ? root : root.parent_path();
     return SystemTextToUtf8(root.filename().string());
 }

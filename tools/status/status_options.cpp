@@ -2,6 +2,7 @@
 
 #include "base/text.h"
 #include "tools/events/filter_options.h"
+#include "tools/file_path.h"
 #include "tools/given_time.h"
 #include "tools/text_encoding.h"
 
@@ -44,7 +45,7 @@ bool ReadExpectedRelays(const CArguments& arguments, std::vector<std::string>& r
     if (path.empty()) {
         return true;
     }
-    std::ifstream file{std::filesystem::path(path), std::ios::binary};
+    std::ifstream file{FilePath(path), std::ios::binary};
     for (std::string line; std::getline(file, line);) {
         line.resize(std::min(line.size(), line.find('#')));
         if (const std::string_view relay = Trim(line, kWhiteSpace); !relay.empty()) {

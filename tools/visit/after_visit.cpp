@@ -105,8 +105,8 @@ SAfterPrograms FindAfterPrograms(const std::string& folder) {
 void RunAfterVisit(const SAfterPrograms& programs, const SAfterVisit& visit, CVisitControl& control,
                    CVisitOutput& output, std::chrono::milliseconds most) {
     for (const std::string& path : programs.refused) {
-        output.Complain("after the visit: " + Shown(path) +
-                            ": not started, because users other than root can write, replace or redirect it",
+        output.Complain("after the visit: " + Shown(path) + ": not started, because users other than " +
+                            TrustedUsers() + " can write, replace or redirect it",
                         EPriority::Warning);
     }
     const std::vector<std::string> environment = EnvironmentFor(visit);

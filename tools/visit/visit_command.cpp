@@ -4,6 +4,7 @@
 #include "platform/standard_streams.h"
 #include "platform/terminal.h"
 #include "tools/command.h"
+#include "tools/ini/path_limits.h"
 #include "tools/ini/site_user.h"
 #include "tools/sites/given_site.h"
 #include "tools/text_encoding.h"
@@ -118,6 +119,9 @@ int VisitSite(const CArguments& arguments, CVisitOutput& output, std::string& re
     const std::string iniPath = GivenSitePath(typed);
     if (iniPath.empty()) {
         return refuse(SystemTextToUtf8(typed) + ": the name of an INI file must end in .ini");
+    }
+    if (const std::string why = WhyNoRunOpens(iniPath); !why.empty()) {
+        return refuse(SystemTextToUtf8(DisplayPath(iniPath)) + ": " + why);
     }
     if (GetPathKind(iniPath) == EPathKind::Missing) {
         return refuse(SystemTextToUtf8(DisplayPath(iniPath)) + ": no such file");

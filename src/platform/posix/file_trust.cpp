@@ -63,6 +63,14 @@ std::optional<bool> IsReadableByEveryone(const std::string& path) {
     return !native || error ? std::nullopt : std::optional(isReadable);
 }
 
+const char* HowToRestrict() {
+    return "\"chmod 600\" restricts it to its owner, \"chmod 640\" to its owner and group";
+}
+
+const char* TrustedUsers() {
+    return "root";
+}
+
 ETrustedRead ReadTrustedFile(const std::string& path, std::string& bytes) {
     constexpr std::size_t kLargest = std::size_t{64} * 1024;
     const auto native = ToNativePath(path);

@@ -74,6 +74,10 @@ EPathKind GetPathKind(const std::string& path) {
     return S_ISDIR(status.st_mode) ? EPathKind::Folder : EPathKind::File;
 }
 
+bool IsMarkedReadOnly(const std::string& /*path*/) {
+    return false;
+}
+
 bool IsLink(const std::string& path) {
     struct stat status = {};
     return OnNativePath(path, [&](const char* native) { return lstat(native, &status); }) &&

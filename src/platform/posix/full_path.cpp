@@ -15,6 +15,10 @@ std::string FullPath(const std::string& path) {
     return full.size() < kMaxPath ? full : std::string();
 }
 
+bool NamesDevice(const std::string& /*path*/) {
+    return false;
+}
+
 std::string SystemPath(const std::string& fullPath) {
     return ToNativePath(fullPath).value_or("");
 }

@@ -3,7 +3,7 @@
 #include "platform/file.h"
 #include "platform/files.h"
 #include "platform/windows/owned_handle.h"
-#include "platform/windows/system.h"
+#include "platform/windows/wide_text.h"
 
 #include <algorithm>
 #include <array>
@@ -44,13 +44,13 @@ std::string CommandLineOf(const SChildProgram& program) {
     return line;
 }
 
-std::string BlockOf(std::vector<std::string> variables) {
+std::wstring BlockOf(std::vector<std::string> variables) {
     std::ranges::sort(variables);
-    std::string block;
+    std::wstring block;
     for (const std::string& variable : variables) {
-        block += variable + '\0';
+        block += Wide(variable) + L'\0';
     }
-    return block + '\0';
+    return block + L'\0';
 }
 
 SECURITY_ATTRIBUTES Inherited() {
@@ -61,13 +61,13 @@ SECURITY_ATTRIBUTES Inherited() {
 COwnedHandle OpenInput(const std::string& input) {
     SECURITY_ATTRIBUTES inherited = Inherited();
     if (input.empty()) {
-        return COwnedHandle(CreateFileA("NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
+        return COwnedHandle(CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
                                         OPEN_EXISTING, 0, nullptr));
     }
     const std::string path = MakeUniqueFile(TemporaryFolder(), "ruvo");
-    COwnedHandle file(CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, &inherited,
-                                  TRUNCATE_EXISTING, FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE,
-                                  nullptr));
+    COwnedHandle file(CreateFileW(Wide(path).c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ,
+                                  &inherited, TRUNCATE_EXISTING,
+                                  FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
     DWORD count = 0;
     const bool isGood =
         file.IsOpen() &&
@@ -144,17 +144,18 @@ std::string CChildProgram::Start(const SChildProgram& program) {
     COwnedHandle output(out);
     const COwnedHandle written(in);
     SetHandleInformation(out, HANDLE_FLAG_INHERIT, 0);
-    STARTUPINFOA startup = {};
+    STARTUPINFOW startup = {};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdInput = input.Get();
     startup.hStdOutput = in;
     startup.hStdError = in;
     PROCESS_INFORMATION made = {};
-    std::string line = CommandLineOf(program);
-    std::string block = BlockOf(program.environment);
-    if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW | CREATE_SUSPENDED,
-                       block.data(), nullptr, &startup, &made) == 0) {
+    std::wstring line = Wide(CommandLineOf(program));
+    std::wstring block = BlockOf(program.environment);
+    constexpr DWORD kFlags = CREATE_NO_WINDOW | CREATE_SUSPENDED | CREATE_UNICODE_ENVIRONMENT;
+    if (CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, kFlags, block.data(), nullptr, &startup,
+                       &made) == 0) {
         return LastFailure();
     }
     const COwnedHandle thread(made.hThread);

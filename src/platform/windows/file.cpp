@@ -4,6 +4,7 @@
 #include "platform/windows/file_failures.h"
 #include "platform/windows/file_handle.h"
 #include "platform/windows/held_entry.h"
+#include "platform/windows/wide_text.h"
 
 #include <algorithm>
 #include <array>
@@ -34,8 +35,8 @@ HANDLE OpenAny(const std::string& path, SOpenMode mode, DWORD disposition, DWORD
     const DWORD access = (mode.read ? GENERIC_READ : 0) | (mode.write ? GENERIC_WRITE : 0) |
                          (mode.exclusive ? DELETE : 0); // for RemoveIfEmpty
     const DWORD sharing = FILE_SHARE_READ | FILE_SHARE_WRITE | (mode.removable ? FILE_SHARE_DELETE : 0);
-    return CreateFileA(path.c_str(), access, sharing, nullptr, disposition, FILE_ATTRIBUTE_NORMAL | flags,
-                       nullptr);
+    return CreateFileW(Wide(path).c_str(), access, sharing, nullptr, disposition,
+                       FILE_ATTRIBUTE_NORMAL | flags, nullptr);
 }
 
 // A file that is there is held while it is opened, so that what is opened is what was looked at; one that is
@@ -68,10 +69,11 @@ SFileResult OpenPlain(const std::string& path, SOpenMode mode, HANDLE& opened) {
 
 std::string SystemErrorText(long systemCode) {
     constexpr DWORD kFlags = FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
-    std::array<char, 1024> buffer{};
-    const DWORD length = FormatMessageA(kFlags, nullptr, static_cast<DWORD>(systemCode), 0, buffer.data(),
+    std::array<wchar_t, 1024> buffer{};
+    const DWORD length = FormatMessageW(kFlags, nullptr, static_cast<DWORD>(systemCode), 0, buffer.data(),
                                         static_cast<DWORD>(buffer.size()), nullptr);
-    const std::string_view text = TrimEnd({buffer.data(), length}, "\r\n ");
+    const std::string message = Narrow({buffer.data(), length});
+    const std::string_view text = TrimEnd(message, "\r\n ");
     return text.empty() ? "System error " + std::to_string(systemCode) : std::string(text);
 }
 

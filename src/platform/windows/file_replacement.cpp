@@ -2,12 +2,14 @@
 
 #include "platform/files.h"
 #include "platform/full_path.h"
+#include "platform/windows/access_list.h"
 #include "platform/windows/owned_handle.h"
-#include "platform/windows/system.h"
+#include "platform/windows/wide_text.h"
 
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <sddl.h>
 #include <string_view>
 #include <thread>
 #include <utility>
@@ -33,17 +35,17 @@ std::string WithoutDevicePrefix(std::string_view path) {
 }
 
 std::string ResolvedPath(HANDLE file) {
-    std::array<char, 1024> path{};
-    const DWORD length = GetFinalPathNameByHandleA(file, path.data(), static_cast<DWORD>(path.size()),
+    std::array<wchar_t, 1024> path{};
+    const DWORD length = GetFinalPathNameByHandleW(file, path.data(), static_cast<DWORD>(path.size()),
                                                    FILE_NAME_NORMALIZED | VOLUME_NAME_DOS);
-    return length < path.size() ? WithoutDevicePrefix({path.data(), length}) : std::string();
+    return length < path.size() ? WithoutDevicePrefix(Narrow({path.data(), length})) : std::string();
 }
 
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 // Whether the path leads to that open file.
 bool IsSameFile(const std::string& path, const COwnedHandle& file) {
-    const COwnedHandle named(CreateFileA(path.c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr,
+    const COwnedHandle named(CreateFileW(Wide(path).c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr,
                                          OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     BY_HANDLE_FILE_INFORMATION one = {};
     BY_HANDLE_FILE_INFORMATION other = {};
@@ -74,11 +76,11 @@ void RemoveLeftovers(const std::string& oldPath) {
 }
 
 // With the access rights that changing its permissions takes and, where the system permits, its owner.
-COwnedHandle MakeFile(const std::string& path) {
+COwnedHandle MakeFile(const std::string& path, SECURITY_ATTRIBUTES* security) {
     constexpr DWORD kAccess = GENERIC_WRITE | READ_CONTROL | WRITE_DAC;
     const auto make = [&](DWORD access) {
-        return CreateFileA(path.c_str(), access, FILE_SHARE_READ, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL,
-                           nullptr);
+        return CreateFileW(Wide(path).c_str(), access, FILE_SHARE_READ, security, CREATE_NEW,
+                           FILE_ATTRIBUTE_NORMAL, nullptr);
     };
     COwnedHandle made(make(kAccess | WRITE_OWNER));
     if (!made.IsOpen() && GetLastError() == ERROR_ACCESS_DENIED) {
@@ -88,8 +90,8 @@ COwnedHandle MakeFile(const std::string& path) {
 }
 
 COwnedHandle OpenExisting(const std::string& path, DWORD access) {
-    return COwnedHandle(
-        CreateFileA(path.c_str(), access, kShareAll, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    return COwnedHandle(CreateFileW(Wide(path).c_str(), access, kShareAll, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
 bool IsThereAlready(DWORD code) {
@@ -186,7 +188,7 @@ SAccessResult COldFile::Lock() {
     DWORD code = ERROR_SUCCESS;
     for (int tries = 0; tries < kTries && !m_handle->lock.IsOpen(); ++tries) {
         m_handle->lock =
-            COwnedHandle(CreateFileA(lock.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+            COwnedHandle(CreateFileW(Wide(lock).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
                                      FILE_ATTRIBUTE_NORMAL | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
         code = m_handle->lock.IsOpen() ? ERROR_SUCCESS : GetLastError();
         // While a file is being deleted, the system answers "access denied".
@@ -227,6 +229,15 @@ bool COldFile::Contains(std::string_view bytes) {
 struct CNewFile::SHandle {
     COwnedHandle file;
     bool removeOnClose = false;
+
+    /// Null for the permissions of its folder.
+    SAccessResult Make(const std::string& path, SECURITY_ATTRIBUTES* security) {
+        file = MakeFile(path, security);
+        removeOnClose = file.IsOpen();
+        return removeOnClose ? SAccessResult{}
+                             : Failed(IsThereAlready(GetLastError()) ? EAccessFailure::Exists
+                                                                     : EAccessFailure::NotCreated);
+    }
 };
 
 CNewFile::CNewFile() : m_handle(std::make_unique<SHandle>()) {}
@@ -238,14 +249,19 @@ CNewFile::~CNewFile() {
     }
 }
 
+// The list comes with the file, so that nobody can open it before. A file system without such lists ignores
+// it.
 SAccessResult CNewFile::Create(const std::string& path, std::string_view /*readers*/) {
-    m_path = path;
-    m_handle->file = MakeFile(path);
-    m_handle->removeOnClose = m_handle->file.IsOpen();
-    if (m_handle->removeOnClose) {
-        return {};
+    SECURITY_ATTRIBUTES security = {sizeof(SECURITY_ATTRIBUTES), nullptr, FALSE};
+    if (ConvertStringSecurityDescriptorToSecurityDescriptorA(PrivateDescriptorText().c_str(), SDDL_REVISION_1,
+                                                             &security.lpSecurityDescriptor,
+                                                             nullptr) == FALSE) {
+        return Failed(EAccessFailure::NotCreated);
     }
-    return Failed(IsThereAlready(GetLastError()) ? EAccessFailure::Exists : EAccessFailure::NotCreated);
+    m_path = path;
+    const SAccessResult result = m_handle->Make(path, &security);
+    LocalFree(security.lpSecurityDescriptor);
+    return result;
 }
 
 SAccessResult CNewFile::CreateBeside(COldFile& old) {
@@ -257,7 +273,8 @@ SAccessResult CNewFile::CreateBeside(COldFile& old) {
     const std::string& oldPath = old.Handle().path;
     SAccessResult result{EAccessFailure::Exists, 0};
     for (int tries = 0; tries < kTries && result.failure == EAccessFailure::Exists; ++tries) {
-        result = Create(FolderOf(oldPath) + TemporaryName(NameOf(oldPath)), "");
+        m_path = FolderOf(oldPath) + TemporaryName(NameOf(oldPath));
+        result = m_handle->Make(m_path, nullptr);
     }
     if (!result.Good()) {
         return {EAccessFailure::NotCreated, result.systemCode};
@@ -293,7 +310,7 @@ SAccessResult CNewFile::Flush() {
 SAccessResult CNewFile::Replace(COldFile& old) {
     constexpr DWORD kFlags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
     old.Handle().file = COwnedHandle(); // the system does not replace an open file
-    if (MoveFileExA(m_path.c_str(), old.Handle().path.c_str(), kFlags) == FALSE) {
+    if (MoveFileExW(Wide(m_path).c_str(), Wide(old.Handle().path).c_str(), kFlags) == FALSE) {
         return Failed(EAccessFailure::NotReplaced);
     }
     Keep();

@@ -1,6 +1,7 @@
 // What programs that work on one file at the same time need: its lock, and the question whether the path
 // still leads to it.
 #include "platform/windows/file_handle.h"
+#include "platform/windows/wide_text.h"
 
 namespace ruvo {
 
@@ -58,8 +59,8 @@ std::optional<bool> CFile::IsLocked() {
 
 bool CFile::IsAt(const std::string& path) const {
     constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-    const HANDLE found = CreateFileA(path.c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING,
-                                     FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE found = CreateFileW(Wide(path).c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr,
+                                     OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (found == INVALID_HANDLE_VALUE) {
         return false;
     }

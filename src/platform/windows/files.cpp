@@ -3,6 +3,7 @@
 #include "platform/full_path.h"
 #include "platform/windows/file_failures.h"
 #include "platform/windows/held_entry.h"
+#include "platform/windows/wide_text.h"
 
 #include <array>
 
@@ -13,7 +14,8 @@ namespace {
 // The entries of a folder that a pattern names, one after the other.
 class CSearch {
 public:
-    explicit CSearch(const std::string& pattern) : m_handle(FindFirstFileA(pattern.c_str(), &m_entry)) {}
+    explicit CSearch(const std::string& pattern)
+        : m_handle(FindFirstFileW(Wide(pattern).c_str(), &m_entry)) {}
     CSearch(const CSearch&) = delete;
     CSearch& operator=(const CSearch&) = delete;
     ~CSearch() {
@@ -23,19 +25,19 @@ public:
     }
 
     bool HasEntry() const { return m_handle != INVALID_HANDLE_VALUE; }
-    const WIN32_FIND_DATAA& Entry() const { return m_entry; }
-    bool Next() { return FindNextFileA(m_handle, &m_entry) != FALSE; }
+    const WIN32_FIND_DATAW& Entry() const { return m_entry; }
+    bool Next() { return FindNextFileW(m_handle, &m_entry) != FALSE; }
 
 private:
-    WIN32_FIND_DATAA m_entry = {};
+    WIN32_FIND_DATAW m_entry = {};
     HANDLE m_handle;
 };
 
-bool IsLinkEntry(const WIN32_FIND_DATAA& entry) {
+bool IsLinkEntry(const WIN32_FIND_DATAW& entry) {
     return (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && IsLinkTag(entry.dwReserved0);
 }
 
-bool IsFolderEntry(const WIN32_FIND_DATAA& entry) {
+bool IsFolderEntry(const WIN32_FIND_DATAW& entry) {
     return (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 && !IsLinkEntry(entry);
 }
 
@@ -50,11 +52,16 @@ std::string WithSeparator(const std::string& folder) {
 } // namespace
 
 EPathKind GetPathKind(const std::string& path) {
-    const DWORD attributes = GetFileAttributesA(path.c_str());
+    const DWORD attributes = GetFileAttributesW(Wide(path).c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {
         return EPathKind::Missing;
     }
     return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? EPathKind::Folder : EPathKind::File;
+}
+
+bool IsMarkedReadOnly(const std::string& path) {
+    const DWORD attributes = GetFileAttributesW(Wide(path).c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
 }
 
 bool IsLink(const std::string& path) {
@@ -75,14 +82,14 @@ SFreeSpace FreeSpace(const std::string& path) {
     ULARGE_INTEGER size = {};
     const bool isStated =
         !folder.empty() &&
-        GetDiskFreeSpaceExA(WithSeparator(folder).c_str(), &available, &size, nullptr) != FALSE &&
+        GetDiskFreeSpaceExW(Wide(WithSeparator(folder)).c_str(), &available, &size, nullptr) != FALSE &&
         size.QuadPart != 0;
     return {isStated ? std::optional<std::uint64_t>(available.QuadPart) : std::nullopt, std::nullopt};
 }
 
 // The system requires a separator at the end, without which it would use the drive's current folder.
 bool IsDriveRoot(const std::string& path) {
-    const UINT type = path.empty() ? UINT{DRIVE_UNKNOWN} : GetDriveTypeA(WithSeparator(path).c_str());
+    const UINT type = path.empty() ? UINT{DRIVE_UNKNOWN} : GetDriveTypeW(Wide(WithSeparator(path)).c_str());
     return type >= DRIVE_REMOVABLE && type <= DRIVE_RAMDISK;
 }
 
@@ -92,7 +99,7 @@ SFileResult CanMakeEntryIn(const std::string& folder, EPathKind entry) {
         return Failed(ERROR_DIRECTORY);
     }
     const DWORD access = entry == EPathKind::Folder ? FILE_ADD_SUBDIRECTORY : FILE_ADD_FILE;
-    const HANDLE opened = CreateFileA(WithSeparator(folder).c_str(), access,
+    const HANDLE opened = CreateFileW(Wide(WithSeparator(folder)).c_str(), access,
                                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                       OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
     if (opened != INVALID_HANDLE_VALUE) {
@@ -104,15 +111,15 @@ SFileResult CanMakeEntryIn(const std::string& folder, EPathKind entry) {
 }
 
 SFileResult MakeFolder(const std::string& path) {
-    return Outcome(CreateDirectoryA(path.c_str(), nullptr));
+    return Outcome(CreateDirectoryW(Wide(path).c_str(), nullptr));
 }
 
 bool RemoveEmptyFolder(const std::string& path) {
-    return RemoveDirectoryA(path.c_str()) != FALSE;
+    return RemoveDirectoryW(Wide(path).c_str()) != FALSE;
 }
 
 bool RemoveFile(const std::string& path) {
-    return DeleteFileA(path.c_str()) != FALSE;
+    return DeleteFileW(Wide(path).c_str()) != FALSE;
 }
 
 bool RemovePlainFile(const std::string& path) {
@@ -121,17 +128,19 @@ bool RemovePlainFile(const std::string& path) {
 }
 
 bool RenameFile(const std::string& from, const std::string& to) {
-    return MoveFileExA(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != FALSE;
+    return MoveFileExW(Wide(from).c_str(), Wide(to).c_str(),
+                       MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != FALSE;
 }
 
 bool CopyToNewFile(const std::string& source, const std::string& destination) {
-    return CopyFileA(source.c_str(), destination.c_str(), TRUE) != FALSE;
+    return CopyFileW(Wide(source).c_str(), Wide(destination).c_str(), TRUE) != FALSE;
 }
 
 std::string MakeUniqueFile(const std::string& folder, const std::string& prefix) {
-    std::array<char, kMaxPath + 1> path{};
-    return GetTempFileNameA(folder.c_str(), prefix.c_str(), 0, path.data()) != 0 ? path.data()
-                                                                                 : std::string();
+    std::array<wchar_t, kMaxPath + 1> path{};
+    return GetTempFileNameW(Wide(folder).c_str(), Wide(prefix).c_str(), 0, path.data()) != 0
+               ? Narrow(path.data())
+               : std::string();
 }
 
 bool FlushFolder(const std::string& /*folder*/) {
@@ -149,7 +158,7 @@ bool ListFolder(const std::string& folder, std::vector<SFolderEntry>& entries) {
         return GetLastError() == ERROR_FILE_NOT_FOUND && GetPathKind(folder) == EPathKind::Folder;
     }
     do {
-        const std::string name = search.Entry().cFileName;
+        const std::string name = Narrow(search.Entry().cFileName);
         if (name != "." && name != "..") {
             const bool isFolder = IsFolderEntry(search.Entry());
             entries.push_back({name, isFolder, !isFolder && !IsLinkEntry(search.Entry())});
@@ -159,19 +168,19 @@ bool ListFolder(const std::string& folder, std::vector<SFolderEntry>& entries) {
 }
 
 std::string TemporaryFolder() {
-    std::array<char, kMaxPath + 1> folder{};
-    const DWORD length = GetTempPathA(static_cast<DWORD>(folder.size()), folder.data());
-    return length < kMaxPath ? std::string(folder.data(), length) : std::string();
+    std::array<wchar_t, kMaxPath + 1> folder{};
+    const DWORD length = GetTempPathW(static_cast<DWORD>(folder.size()), folder.data());
+    return length < kMaxPath ? Narrow({folder.data(), length}) : std::string();
 }
 
 std::string CurrentFolder() {
-    std::array<char, kMaxPath> folder{};
-    const DWORD length = GetCurrentDirectoryA(kMaxPath, folder.data());
-    return length < kMaxPath ? std::string(folder.data(), length) : std::string();
+    std::array<wchar_t, kMaxPath> folder{};
+    const DWORD length = GetCurrentDirectoryW(kMaxPath, folder.data());
+    return length < kMaxPath ? Narrow({folder.data(), length}) : std::string();
 }
 
 bool SetCurrentFolder(const std::string& folder) {
-    return SetCurrentDirectoryA(folder.c_str()) != FALSE;
+    return SetCurrentDirectoryW(Wide(folder).c_str()) != FALSE;
 }
 
 } // namespace ruvo

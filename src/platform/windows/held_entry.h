@@ -1,7 +1,7 @@
 // An entry of a folder, held in its place.
 #pragma once
 
-#include "platform/windows/system.h"
+#include "platform/windows/wide_text.h"
 
 #include <string>
 
@@ -24,7 +24,8 @@ inline std::string FolderOf(const std::string& path) {
 class CHeldEntry {
 public:
     explicit CHeldEntry(const std::string& path)
-        : m_handle(CreateFileA(path.c_str(), FILE_READ_DATA | FILE_READ_ATTRIBUTES, // a folder's names: alike
+        : m_handle(CreateFileW(Wide(path).c_str(),
+                               FILE_READ_DATA | FILE_READ_ATTRIBUTES, // a folder's names: alike
                                FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
                                FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr)),
           m_code(m_handle == INVALID_HANDLE_VALUE ? GetLastError() : DWORD{ERROR_SUCCESS}) {

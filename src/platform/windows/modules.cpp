@@ -2,7 +2,7 @@
 
 #include "platform/files.h"
 #include "platform/full_path.h"
-#include "platform/windows/system.h"
+#include "platform/windows/wide_text.h"
 
 #include <array>
 #include <utility>
@@ -14,9 +14,9 @@ namespace {
 // Full path of the program (null) or of a module of this process. Longer paths than the program takes are
 // cut.
 std::string ModulePath(HMODULE module) {
-    std::array<char, kMaxPath> path{};
-    const DWORD length = GetModuleFileNameA(module, path.data(), kMaxPath);
-    return {path.data(), length};
+    std::array<wchar_t, kMaxPath> path{};
+    const DWORD length = GetModuleFileNameW(module, path.data(), kMaxPath);
+    return Narrow({path.data(), length});
 }
 
 // The module that holds this code, and not one more reference to it.
@@ -24,7 +24,7 @@ HMODULE CodeModule() {
     constexpr DWORD kFlags =
         GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
     HMODULE module = nullptr;
-    GetModuleHandleExA(kFlags, reinterpret_cast<const char*>(&CodeModule), &module);
+    GetModuleHandleExW(kFlags, reinterpret_cast<const wchar_t*>(&CodeModule), &module);
     return module;
 }
 
@@ -75,7 +75,7 @@ bool CModule::Load(const std::string& path) {
     Unload();
     m_handle->failure.clear();
     const CNoLoaderBoxes quiet;
-    m_handle->module = LoadLibraryA(path.c_str());
+    m_handle->module = LoadLibraryW(Wide(path).c_str());
     if (!IsLoaded()) {
         m_handle->failure = path + ": " + SystemErrorText(static_cast<long>(GetLastError()));
     }

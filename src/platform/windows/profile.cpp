@@ -2,7 +2,7 @@
 
 #include "platform/ini_text.h"
 #include "platform/text_file.h"
-#include "platform/windows/system.h"
+#include "platform/windows/wide_text.h"
 
 #include <algorithm>
 #include <optional>
@@ -12,11 +12,12 @@ namespace ruvo {
 namespace {
 
 /// The names in a list of them, each ended by a NUL, or by the end of a list that was cut.
-std::vector<std::string> SplitNames(const std::string& list) {
+std::vector<std::string> SplitNames(std::wstring_view list) {
     std::vector<std::string> names;
-    for (std::size_t at = 0; at < list.size();) {
-        names.emplace_back(list.c_str() + at);
-        at += names.back().size() + 1;
+    while (!list.empty()) {
+        const std::wstring_view name = list.substr(0, list.find(L'\0'));
+        names.push_back(Narrow(name));
+        list.remove_prefix(std::min(name.size() + 1, list.size()));
     }
     return names;
 }
@@ -42,9 +43,9 @@ const CIniText* CProfileReader::Text() const {
 }
 
 std::vector<std::string> CProfileReader::SectionNames(std::size_t capacity) const {
-    std::string list(capacity, '\0');
-    const DWORD length =
-        GetPrivateProfileSectionNamesA(list.data(), static_cast<DWORD>(capacity), m_state->path.c_str());
+    std::wstring list(capacity, L'\0');
+    const DWORD length = GetPrivateProfileSectionNamesW(list.data(), static_cast<DWORD>(capacity),
+                                                        Wide(m_state->path).c_str());
     list.resize(std::min<std::size_t>(length, capacity));
     return SplitNames(list);
 }
@@ -52,11 +53,12 @@ std::vector<std::string> CProfileReader::SectionNames(std::size_t capacity) cons
 std::vector<std::string> CProfileReader::KeyNames(std::string_view section) const {
     constexpr std::size_t kFirstCapacity = std::size_t{64} * 1024;
     constexpr std::size_t kEndOfList = 2; // a list that was cut is shorter than its buffer by two NULs
-    const std::string name(section);
+    const std::wstring name = Wide(section);
     for (std::size_t capacity = kFirstCapacity;; capacity *= 2) {
-        std::string list(capacity, '\0');
-        const DWORD length = GetPrivateProfileStringA(name.c_str(), nullptr, "", list.data(),
-                                                      static_cast<DWORD>(capacity), m_state->path.c_str());
+        std::wstring list(capacity, L'\0');
+        const DWORD length =
+            GetPrivateProfileStringW(name.c_str(), nullptr, L"", list.data(), static_cast<DWORD>(capacity),
+                                     Wide(m_state->path).c_str());
         if (length < capacity - kEndOfList) {
             list.resize(length);
             return SplitNames(list);
@@ -66,12 +68,12 @@ std::vector<std::string> CProfileReader::KeyNames(std::string_view section) cons
 
 std::string CProfileReader::ReadString(std::string_view section, std::string_view key,
                                        std::string_view defaultValue, std::size_t capacity) const {
-    std::string value(capacity, '\0');
-    const DWORD length = GetPrivateProfileStringA(std::string(section).c_str(), std::string(key).c_str(),
-                                                  std::string(defaultValue).c_str(), value.data(),
-                                                  static_cast<DWORD>(capacity), m_state->path.c_str());
+    std::wstring value(capacity, L'\0');
+    const DWORD length =
+        GetPrivateProfileStringW(Wide(section).c_str(), Wide(key).c_str(), Wide(defaultValue).c_str(),
+                                 value.data(), static_cast<DWORD>(capacity), Wide(m_state->path).c_str());
     value.resize(std::min<std::size_t>(length, capacity));
-    return value;
+    return Narrow(value);
 }
 
 } // namespace ruvo

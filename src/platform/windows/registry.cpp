@@ -1,6 +1,7 @@
 #include "platform/registry.h"
 
-#include "platform/windows/system.h"
+#include "platform/native_text.h"
+#include "platform/windows/wide_text.h"
 
 namespace ruvo {
 
@@ -10,7 +11,7 @@ namespace {
 class CKey {
 public:
     CKey(HKEY root, const std::string& path) {
-        if (RegOpenKeyExA(root, path.c_str(), 0, KEY_READ, &m_key) != ERROR_SUCCESS) {
+        if (RegOpenKeyExW(root, Wide(path).c_str(), 0, KEY_READ, &m_key) != ERROR_SUCCESS) {
             m_key = nullptr;
         }
     }
@@ -25,9 +26,12 @@ public:
     bool Read(const std::string& name, std::string& bytes) const {
         auto size = static_cast<DWORD>(bytes.size());
         auto* const buffer = reinterpret_cast<BYTE*>(bytes.data());
-        const bool read = m_key != nullptr && RegQueryValueExA(m_key, name.c_str(), nullptr, nullptr, buffer,
+        DWORD type = REG_NONE;
+        // Texts come in the system's code page, and their length counts in it.
+        const bool read = m_key != nullptr && RegQueryValueExA(m_key, name.c_str(), nullptr, &type, buffer,
                                                                &size) == ERROR_SUCCESS;
         bytes.resize(read ? size : 0);
+        bytes = type == REG_SZ || type == REG_EXPAND_SZ ? TextOfStored(bytes) : bytes;
         return read;
     }
 

@@ -1,12 +1,12 @@
 #include "platform/sites_folder.h"
 
-#include "platform/environment.h"
 #include "platform/modules.h"
+#include "platform/windows/machine_folder.h"
 
 namespace ruvo {
 
 std::string SitesFolder() {
-    return EnvironmentValue("ProgramData").value_or("C:\\ProgramData") + "\\ruvo";
+    return MachineFolder();
 }
 
 // Beside the program: the sites' folder lets others make files.

@@ -3,7 +3,8 @@
 #include "platform/environment.h"
 #include "platform/files.h"
 #include "platform/full_path.h"
-#include "platform/windows/system.h"
+#include "platform/windows/machine_folder.h"
+#include "platform/windows/wide_text.h"
 
 #include <array>
 
@@ -11,8 +12,16 @@ namespace ruvo {
 
 namespace {
 
+/// Made by the installer, for the system, the administrators and the account of the task. Whether this user
+/// may write it does not matter: a user who may not would otherwise not find what a killed visit of the task
+/// has left.
 std::string InstalledFolder() {
-    return EnvironmentValue("ProgramData").value_or("") + "\\ruvo\\state";
+    return MachineFolder() + "\\state";
+}
+
+std::string OwnFolder() {
+    const auto own = EnvironmentValue("LOCALAPPDATA");
+    return own ? *own + "\\ruvo" : std::string();
 }
 
 } // namespace
@@ -22,19 +31,15 @@ std::string StateFolder() {
         return FullPath(*named);
     }
     const std::string installed = InstalledFolder();
-    if (GetPathKind(installed) == EPathKind::Folder && CanMakeEntryIn(installed, EPathKind::File).Good()) {
-        return installed;
-    }
-    const auto own = EnvironmentValue("LOCALAPPDATA");
-    return own ? *own + "\\ruvo" : std::string();
+    return GetPathKind(installed) == EPathKind::Folder ? installed : OwnFolder();
 }
 
 std::vector<std::string> StateFoldersToRead() {
     std::vector<std::string> folders{StateFolder()};
-    const std::string installed = InstalledFolder();
-    if (!EnvironmentValue("RUVO_STATE_DIR") && folders.front() != installed &&
-        GetPathKind(installed) == EPathKind::Folder) {
-        folders.insert(folders.begin(), installed);
+    const std::string own = OwnFolder(); // from before the installation
+    if (!EnvironmentValue("RUVO_STATE_DIR") && folders.front() != own &&
+        GetPathKind(own) == EPathKind::Folder) {
+        folders.push_back(own);
     }
     return folders;
 }
@@ -50,15 +55,15 @@ bool MakePrivateFolder(const std::string& folder) {
 
 std::string ResolvedFolder(const std::string& folder) {
     constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-    const HANDLE opened = CreateFileA(folder.c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING,
-                                      FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    const HANDLE opened = CreateFileW(Wide(folder).c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr,
+                                      OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
     if (opened == INVALID_HANDLE_VALUE) {
         return {};
     }
-    std::array<char, 1024> path{};
-    const DWORD size = GetFinalPathNameByHandleA(opened, path.data(), static_cast<DWORD>(path.size()), 0);
+    std::array<wchar_t, 1024> path{};
+    const DWORD size = GetFinalPathNameByHandleW(opened, path.data(), static_cast<DWORD>(path.size()), 0);
     CloseHandle(opened);
-    return size > 0 && size < path.size() ? std::string(path.data(), size) : std::string();
+    return size > 0 && size < path.size() ? Narrow({path.data(), size}) : std::string();
 }
 
 } // namespace ruvo
