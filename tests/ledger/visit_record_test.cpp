@@ -3,6 +3,7 @@
 #include "support/fake_system.h"
 #include "support/scratch_folder.h"
 
+#include "base/digest.h"
 #include "ledger/root_folder.h"
 #include "ledger/visit_history.h"
 #include "ledger/visit_record.h"
@@ -254,6 +255,15 @@ TEST_F(VisitRecord, OfASiteWithoutEventsHasItsPlace) {
     RunWhole(Entry("RV001"));
     std::filesystem::create_directory(folder.Native("ev"));
     EXPECT_TRUE(SummariseVisits(folder.Path("ev"), folder.Path("site.ini")).last);
+}
+
+// One that is reachable resolves to that form.
+TEST_F(VisitRecord, AShareThatIsAwayKeepsItsFolder) {
+    for (const char* const below : {"", "\\ev", "\\ev\\north"}) {
+        const std::string share = std::string("\\\\srv-that-is-away\\share") + below;
+        const std::string name = FolderOfRoot("C:\\state", share);
+        EXPECT_TRUE(name.ends_with("-" + DigestOf("\\\\?\\UNC" + share.substr(1)))) << name;
+    }
 }
 
 } // namespace ruvo::test

@@ -24,6 +24,11 @@
 namespace ruvo {
 namespace {
 
+TEST(HasDeviceName, GivesTheAnswersOfTheTable) {
+    test::ForEachCase<2>("platform/device_names.txt",
+                         [](auto& path, auto& is) { EXPECT_EQ(HasDeviceName(path), is == "yes") << path; });
+}
+
 TEST(FormFullPath, GivesTheAnswersOfTheTable) {
     std::ifstream observed(RUVO_TEST_DATA "/platform/full_path_cases.txt");
     const std::regex row("'(.*)' -> '(.*)'");

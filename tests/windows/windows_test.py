@@ -12,6 +12,7 @@ import tempfile
 import documented
 import setups
 from checks import check, count_checks, counts, equal, must, said
+from companion import test_companion
 from rooms import run_rooms
 from wine import HANGS, Windows
 
@@ -100,7 +101,7 @@ def run_twin(windows, name):
 
 def run_twins(windows):
     print("Running the 64-bit twins under Wine", flush=True)
-    for name in ("path_difference", "ini_difference", "system", "end_to_end"):
+    for name in ("path_difference", "ini_difference", "system", "names", "end_to_end"):
         text = run_twin(windows, name)
         if " passed, " not in last_line(text):
             print(f"  {name} {HANGS}", flush=True)
@@ -155,18 +156,19 @@ def visit_a_site(windows):
     """The runner: its status, the record, a further attempt, and the programs after it."""
     print("Visiting a site under Wine", flush=True)
     windows.end_session()
-    site, after = windows.work / "visited", windows.work / "visited/after"
+    # On the drive of this Windows: everybody may write the folder for temporary files, which Z: leads through.
+    site, after = windows.work / "prefix/drive_c/visited", windows.work / "prefix/drive_c/visited/after"
     after.mkdir(parents=True)
     (site / "substation.toml").write_text(VISITED, "utf-8")
     (after / "first.cmd").write_text("@echo after %RUVO_STATUS% %RUVO_REACHED%/%RUVO_RELAYS%\r\n", "ascii")
-    windows.run("register", 60, X64 / "p32ls-sim.exe", "/RegServer", f"Z:{site}/substation.toml".replace("/", "\\"))
-    ini = f"Z:{site}/site.ini"
+    windows.run("register", 60, X64 / "p32ls-sim.exe", "/RegServer", r"C:\visited\substation.toml")
+    ini = r"C:\visited\site.ini"
 
     def visit(what, status, relays, *options):
-        (site / "site.ini").write_text(f"[RUVO_GENERAL]\nEventRootDir=Z:{site}/events\nErrorLogPathname=Z:{site}/run.log\n"
+        (site / "site.ini").write_text("[RUVO_GENERAL]\nEventRootDir=C:/visited/events\nErrorLogPathname=C:/visited/run.log\n"
                                        f"[RUVO_SERIAL]\n{relays}", "utf-8")
-        ended = windows.run("visit", 120, X64 / "ruvoctl.exe", "visit", ini, *options, RUVO_STATE_DIR=f"Z:{site}/state",
-                            RUVO_AFTER_VISIT_DIR=f"Z:{after}")
+        ended = windows.run("visit", 120, X64 / "ruvoctl.exe", "visit", ini, *options, RUVO_STATE_DIR=r"C:\visited\state",
+                            RUVO_AFTER_VISIT_DIR=r"C:\visited\after")
         shown = windows.read("visit.log") + windows.read("visit.calls")
         check(f"visit: {what}", ended == status, f"ended with {ended}\n{shown}")
         return shown
@@ -177,6 +179,9 @@ def visit_a_site(windows):
     check("visit: its lines, and what came after", shown.count("Test connection failed") == 2 and "after 1 1/2" in shown, shown)
     records = next(iter(site.glob("state/*/visits.ndjson"))).read_text("utf-8")
     equal("visit: attempts", re.findall('"attempt":([0-9]*)', records), ["1", "1", "2"])
+    (after / "first.cmd").chmod(0o666)
+    shown = visit("a program that others can write", 0, "RV001=5\n")
+    check("visit: it is not started", "not started, because users other than administrators" in shown, shown)
     visit("check", 0, "RV001=5\n", "--check")
     visit("refused", 2, "RV001=x\n")
 
@@ -201,6 +206,7 @@ def test():
             run_rooms(windows, X64)
             run_connector(windows)
             visit_a_site(windows)
+            test_companion(windows, X64)
             look_at_icons(windows)
         new = work / "new"
         new.mkdir()
