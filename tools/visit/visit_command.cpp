@@ -51,11 +51,12 @@ again: that could cost one of its attempts. A relay that a further attempt reach
 lines stay in the error log.
 After a visit, unless a signal ended it, the programs of /etc/ruvo/after-visit.d (Windows: after-visit.d
 in the folder of this program) run as the user of the visit, in the order of their names, for at most two
-minutes each. RUVO_AFTER_VISIT_DIR names another folder. A program that users other than root can write or
-replace is not started. They get the digest of the visit on standard input, and in the environment, besides
-that of the visit, RUVO_SITE, RUVO_INI, RUVO_EVENT_ROOT, RUVO_LOG, RUVO_STATUS (the exit status), RUVO_RUNS
-(numbers of the runs), RUVO_RELAYS, RUVO_REACHED, and as numbers of events RUVO_TAKEN, RUVO_STORED,
-RUVO_LOST, RUVO_SET_ASIDE and RUVO_WAITING. If one fails, that is reported; it does not change the status.
+minutes each. RUVO_AFTER_VISIT_DIR names another folder. A program that users other than root (Windows:
+administrators and the user of the visit) can write or replace is not started. They get the digest of the
+visit on standard input, and in the environment, besides that of the visit, RUVO_SITE, RUVO_INI,
+RUVO_EVENT_ROOT, RUVO_LOG, RUVO_STATUS (the exit status), RUVO_RUNS (numbers of the runs), RUVO_RELAYS,
+RUVO_REACHED, and as numbers of events RUVO_TAKEN, RUVO_STORED, RUVO_LOST, RUVO_SET_ASIDE and RUVO_WAITING.
+If one fails, that is reported; it does not change the status.
 On Windows, a visit is one entry of the source "ruvo" in the log Application: number 100 for exit status 0,
 101 for status 1 and so on to 104, and 105 if the extractor crashed, with the lines that it reports. With
 --event-log bad, good visits leave none. (On Linux the systemd journal has what a service prints.)
