@@ -29,20 +29,6 @@ std::string TextOf(PSID sid) {
     return text;
 }
 
-/// The user of this process.
-std::string UserText() {
-    HANDLE opened = nullptr;
-    if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened) == FALSE) {
-        return {};
-    }
-    const COwnedHandle token(opened);
-    std::array<char, sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE> bytes{};
-    DWORD size = 0;
-    const bool isKnown = GetTokenInformation(token.Get(), TokenUser, bytes.data(),
-                                             static_cast<DWORD>(bytes.size()), &size) != FALSE;
-    return isKnown ? TextOf(reinterpret_cast<const TOKEN_USER*>(bytes.data())->User.Sid) : std::string();
-}
-
 bool IsEveryUser(std::string_view sid) {
     constexpr std::array<std::string_view, 6> kEveryUser{
         "S-1-1-0",      // everyone
@@ -123,13 +109,26 @@ private:
 };
 
 bool LetsOthers(const CAccess& access, DWORD rights) {
-    const std::string user = UserText();
+    const std::string user = UserIdentifier();
     return !access.IsKnown() || !IsTrusted(access.Owner(), user) ||
            access.Lets(rights | WRITE_DAC | WRITE_OWNER,
                        [&user](std::string_view sid) { return !IsTrusted(sid, user); });
 }
 
 } // namespace
+
+std::string UserIdentifier() {
+    HANDLE opened = nullptr;
+    if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened) == FALSE) {
+        return {};
+    }
+    const COwnedHandle token(opened);
+    alignas(TOKEN_USER) std::array<char, sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE> bytes{};
+    DWORD size = 0;
+    const bool isKnown = GetTokenInformation(token.Get(), TokenUser, bytes.data(),
+                                             static_cast<DWORD>(bytes.size()), &size) != FALSE;
+    return isKnown ? TextOf(reinterpret_cast<const TOKEN_USER*>(bytes.data())->User.Sid) : std::string();
+}
 
 bool LetsEveryUser(const std::string& path, DWORD rights) {
     const CAccess access(path);
@@ -145,7 +144,7 @@ bool LetsOthers(HANDLE file, DWORD rights) {
 }
 
 std::string PrivateDescriptorText() {
-    const std::string user = UserText();
+    const std::string user = UserIdentifier();
     return user.empty() ? user : "O:" + user + "D:P(A;;FA;;;" + user + ")(A;;FA;;;BA)(A;;FA;;;SY)";
 }
 

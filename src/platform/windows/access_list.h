@@ -7,6 +7,10 @@
 
 namespace ruvo {
 
+/// The security identifier of the user of this process, as text: names of accounts differ with the system's
+/// language. Empty when it is not known.
+std::string UserIdentifier();
+
 /// Whether the list of a file or folder lets every user, or every one that has logged on, do one of these.
 /// True also where there is no list; false where none can be read.
 bool LetsEveryUser(const std::string& path, DWORD rights);

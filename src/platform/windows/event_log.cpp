@@ -1,6 +1,6 @@
 #include "platform/event_log.h"
 
-#include "platform/windows/system.h"
+#include "platform/windows/wide_text.h"
 
 #include <array>
 
@@ -18,14 +18,6 @@ constexpr std::array kKinds{SKind{EVENTLOG_INFORMATION_TYPE, 1}, SKind{EVENTLOG_
                             SKind{EVENTLOG_ERROR_TYPE, 3}};
 constexpr unsigned kSeverityShift = 30;
 
-std::wstring WideText(const std::string& utf8) {
-    const int size = static_cast<int>(utf8.size());
-    const int needed = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), size, nullptr, 0);
-    std::wstring wide(static_cast<std::size_t>(needed > 0 ? needed : 0), L'\0');
-    MultiByteToWideChar(CP_UTF8, 0, utf8.data(), size, wide.data(), needed);
-    return wide;
-}
-
 } // namespace
 
 void WriteSystemEvent(EEventKind kind, std::uint16_t number, const std::string& utf8) {
@@ -34,7 +26,7 @@ void WriteSystemEvent(EEventKind kind, std::uint16_t number, const std::string& 
         return; // the service that keeps the log does not run; the visit's exit status still tells
     }
     const SKind& row = kKinds[static_cast<std::size_t>(kind)];
-    const std::wstring text = WideText(utf8);
+    const std::wstring text = WideOfUtf8(utf8);
     std::array<const wchar_t*, 1> texts{text.c_str()};
     ReportEventW(source, row.type, 0, row.severity << kSeverityShift | number, nullptr,
                  static_cast<WORD>(texts.size()), 0, texts.data(), nullptr);
