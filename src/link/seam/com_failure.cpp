@@ -20,12 +20,12 @@ struct SFailureRow {
 
 constexpr std::string_view kRegister = "run the server's program once with /RegServer, as administrator";
 constexpr std::string_view kGrant =
-    "run dcomcnfg as administrator, open Component Services, Computers, My Computer, DCOM Config, P32LS, "
-    "Properties, Security, and allow %A: \"Local Launch\" and \"Local Activation\" under Launch and Activation "
+    "as administrator run dcomcnfg (for a 32-bit server on a 64-bit Windows: mmc comexp.msc /32), open "
+    "Component Services, Computers, My Computer, DCOM Config, P32LS, Properties, Security, and allow %A: \"Local Launch\" and \"Local Activation\" under Launch and Activation "
     "Permissions, \"Local Access\" under Access Permissions";
 constexpr std::string_view kIdentity =
-    "run dcomcnfg as administrator, open Component Services, Computers, My Computer, DCOM Config, P32LS, "
-    "Properties, Identity, and correct the account or its password, or choose \"The launching user\"";
+    "as administrator run dcomcnfg (for a 32-bit server on a 64-bit Windows: mmc comexp.msc /32), open "
+    "Component Services, Computers, My Computer, DCOM Config, P32LS, Properties, Identity, and correct the account or its password, or choose \"The launching user\"";
 constexpr std::string_view kSeeEvents =
     "look for the server's program in the Event Viewer, under Windows Logs, Application and System, and start it by "
     "hand once to see what it shows";
