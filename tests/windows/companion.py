@@ -1,5 +1,6 @@
 """ruvoctl under Wine, as its users have it: names with letters of their language, a console, shares, COM's refusals."""
 
+import datetime
 import os
 import pty
 import re
@@ -32,6 +33,7 @@ values = [{ int = 5, size = 1 }]
 TEXT = f"[RUVO_GENERAL]\r\nEventRootDir=C:\\{FOLDER}\\Ereignisse ß\r\nErrorLogPathname=C:\\{FOLDER}\\Störung.log\r\n"
 SITE = "[RUVO_SERIAL]\r\nRV001=5\r\n"
 DEVICE = "expected another name: CON, PRN"
+SOON = (datetime.date.today() + datetime.timedelta(days=30)).isoformat()
 CODE_PAGE = "expected only characters of this system's code page"
 # What is tried, in this order; the exit status; what is seen.
 USES = [
@@ -45,11 +47,11 @@ USES = [
     ("its events", ["events", rf"C:\{FOLDER}\Ereignisse ß"], 0, "Trip"),
     ("the sequence of events", ["soe", INI], 0, "Trip"),
     ("what is left over", ["recover", INI], 0, "nothing is left"),
-    ("a report with a foreign name", ["report", INI, "-o", rf"C:\{FOLDER}\Ω.html"], 0, "Ω.html: 1 events of 1 relays"),
-    ("an archive with a foreign name", ["archive", INI, "--sqlite", rf"C:\{FOLDER}\Ω.sqlite"], 0, "1 records added"),
+    ("a report with a foreign name", ["report", INI, "-o", rf"C:\{FOLDER}\Ω.html"], 0, "Ω.html: 1 event of 1 relay"),
+    ("an archive with a foreign name", ["archive", INI, "--sqlite", rf"C:\{FOLDER}\Ω.sqlite"], 0, "1 record added"),
     ("the archive again", ["archive", INI, "--sqlite", rf"C:\{FOLDER}\Ω.sqlite"], 0, "0 records added"),
     ("a search", ["find", rf"C:\{FOLDER}\Ω.sqlite", "trip", "--site", "Süd"], 0, "Trip"),
-    ("a mute", ["mute", INI, "RV001", "--until", "2099-01-01", "--why", "Umbau Süd"], 0, "is muted until"),
+    ("a mute", ["mute", INI, "RV001", "--until", SOON, "--why", "Umbau Süd"], 0, "is muted until"),
     ("the mutes", ["mute", INI, "--list"], 0, "Umbau Süd"),
     ("a new file", ["new", rf"C:\{FOLDER}\Köln.ini", "--link", "serial", "--relay", "5"], 0, "created with 1 relays"),
     ("the new file", ["check", rf"C:\{FOLDER}\Köln.ini"], 0, "Success"),
@@ -61,10 +63,10 @@ USES = [
     ("a visit of a device", ["visit", r"C:\nul.ini"], 2, DEVICE),
     ("a new log on a device", ["new", r"C:\x.ini", "--link", "serial", "--relay", "5", "--log", r"C:\NUL.log"], 1, DEVICE),
     ("events on a device", ["check", rf"C:\{FOLDER}\device.ini"], 27, DEVICE),
-    ("a log on a device", ["check", rf"C:\{FOLDER}\devicelog.ini"], 38, DEVICE),
+    ("a log on a device", ["check", rf"C:\{FOLDER}\devicelog.ini"], 6, rf"C:\{FOLDER}\devicelog.ini: ErrorLogPathname: " + DEVICE),
     ("a root in long form", ["check", rf"C:\{FOLDER}\long.ini"], 27, "expected a folder without"),
     ("a day file marked read-only", ["check", INI], 0, "has the attribute \"read-only\""),
-    ("all sites", ["status", "--all"], 2, "no visit of C:\\ProgramData\\ruvo\\Öst.ini is recorded"),
+    ("all sites", ["status", "--all"], 3, "UNKNOWN  Öst"),
     ("a visit by a site's name", ["visit", "Öst"], 0, ""),
     ("all sites after it", ["status", "--all"], 0, "Öst"),
 ]
@@ -81,6 +83,8 @@ class Companion:
         return status, self.windows.read(f"{name}.log") + self.windows.read(f"{name}.calls")
 
     def expect(self, what, words, status, text):
+        if words[0] in ("check", "visit"):
+            self.windows.end_session()  # Wine goes on offering a server that is about to end
         got, shown = self.run(*words)
         return check(f"ruvoctl: {what}", got == status and text in shown, f"ended with {got}\n{shown}")
 
@@ -100,11 +104,9 @@ class Companion:
         shown, end = "", time.monotonic() + seconds
         try:
             while time.monotonic() < end:
-                if not select.select([terminal], [], [], 0.2)[0]:
-                    continue
-                piece = os.read(terminal, 65536)
-                shown += piece.decode("utf-8", "replace")
-                if answers and answers[0][0] in shown.rpartition("\n")[2]:
+                if select.select([terminal], [], [], 0.5)[0]:
+                    shown += os.read(terminal, 65536).decode("utf-8", "replace")
+                elif answers and answers[0][0] in shown.rpartition("\n")[2]:  # and it waits
                     os.write(terminal, answers.pop(0)[1].encode())
         except OSError:  # the other side is closed
             pass

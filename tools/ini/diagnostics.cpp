@@ -9,8 +9,10 @@ void PrintDiagnostics(CTextOutput& out, const std::string& file, std::string_vie
                       const std::vector<SDiagnostic>& diagnostics) {
     for (const SDiagnostic& diagnostic : diagnostics) {
         const std::string place = diagnostic.line > 0 ? file + ":" + std::to_string(diagnostic.line) : file;
-        const std::string line = place + ": " + std::string(prefix) + diagnostic.text;
-        out.Write(EscapeControls(SystemTextToUtf8(line)) + "\n");
+        // Each by itself: the encoding of the file's texts is not always that of paths.
+        const std::string line =
+            SystemTextToUtf8(place) + ": " + std::string(prefix) + SystemTextToUtf8(diagnostic.text);
+        out.Write(EscapeControls(line) + "\n");
     }
 }
 
