@@ -1,5 +1,5 @@
-// Standard error, which a scheduler keeps: the last resort for a message that has no other place. On Windows it
-// goes to a program that has started this one, or a file, never to a console.
+// Standard error, which a scheduler keeps: the last resort for a message that has no other place. On Windows
+// it goes to a program that has started this one, or a file, never to a console.
 #pragma once
 
 #include <string_view>
