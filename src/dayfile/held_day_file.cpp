@@ -192,13 +192,16 @@ void CHeldDayFile::WritePiece() {
     m_ends.clear();
 }
 
-void CHeldDayFile::Finish() {
+/// The folders of those on the way to an event root that was made here are no other visit's business.
+void CHeldDayFile::Finish(ERootNames rootNames) {
     if (!m_ends.empty()) { // a header without a record is none
         WritePiece();
     }
     m_hasFlushFailed = true; // until it is known to have come back
     m_file.FlushToDisk();
-    m_hasFlushFailed = !FlushNames(m_path, m_madeFolders.size());
+    m_areRootNamesLeft = rootNames == ERootNames::FlushedLater && m_madeFolders.size() <= 1;
+    m_hasFlushFailed =
+        !(m_areRootNamesLeft ? FlushFolder(m_folder) : FlushNames(m_path, m_madeFolders.size()));
     if (m_hasFlushFailed) {
         throw CFileException(EFileCause::Generic, m_path,
                              "The name of day file " + DisplayPath(m_path) + " could not be flushed");

@@ -22,6 +22,12 @@ struct SHoldFailure {
 /// What becomes of folders on the way to a day file that are missing.
 enum class EMissingFolders : std::uint8_t { AreMade, AreAFailure };
 
+/// When the names of the event root's folders are flushed, of which the day file's folder is one.
+enum class ERootNames : std::uint8_t {
+    FlushedNow,
+    FlushedLater, ///< by the caller, for several day files at once
+};
+
 /// Holds one day file, once. Failures of what is done with it then are raised as CFileException.
 class CHeldDayFile {
 public:
@@ -53,7 +59,9 @@ public:
     void Add(std::span<const std::uint8_t> image);
     /// Writes what is left, and returns when it is on the disk: bytes, the file's name, and those of its
     /// folder and the event root.
-    void Finish();
+    void Finish(ERootNames rootNames = ERootNames::FlushedNow);
+    /// Whether the caller has to flush the event root's names before the images are safe.
+    bool AreRootNamesLeft() const { return m_areRootNamesLeft; }
     /// Images that are whole in the file.
     std::size_t StoredCount() const { return m_storedCount; }
     /// Where they are: the first byte, a header's included, and the one after the last.
@@ -96,6 +104,7 @@ private:
     std::vector<std::size_t> m_ends; ///< of the images within the piece
     std::size_t m_storedCount = 0;
     bool m_hasFlushFailed = false;
+    bool m_areRootNamesLeft = false;
 };
 
 /// Removes a day file that is empty and not locked, on request with its folder.

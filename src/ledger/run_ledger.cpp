@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <exception>
+#include <utility>
 
 namespace ruvo {
 
@@ -55,6 +56,7 @@ CRunLedger::CRunLedger(std::string eventRoot, LedgerListener tell)
 
 /// What is open stays for the next run, which has to know what is done.
 CRunLedger::~CRunLedger() {
+    CloseAll();
     try {
         if (m_journal && m_openFiles.empty() && !m_journal->HasFailed()) {
             m_journal->Remove();
@@ -101,6 +103,7 @@ void CRunLedger::PutFailedAway() {
         m_openFiles.clear();
     }
     m_journal.reset();
+    m_unclosed.clear();
     m_visits = 0;
 }
 
@@ -122,10 +125,41 @@ std::string CRunLedger::BelowRoot(const std::string& path) const {
     return path.starts_with(begin) ? path.substr(begin.size()) : std::string();
 }
 
-void CRunLedger::NoteClosed() {
-    m_openFiles.pop_back();
+void CRunLedger::NoteClosed(const std::string& path) {
+    const auto open = std::ranges::find(m_openFiles, path);
+    if (open != m_openFiles.end()) {
+        m_openFiles.erase(open);
+    }
     if (m_openFiles.empty() && m_journal->End() > kLongestIdle) {
         m_journal->Clear();
+    }
+}
+
+void CRunLedger::CloseWhatIsDue() noexcept {
+    constexpr std::size_t kEnough = 16;
+    constexpr std::chrono::seconds kLongest{1};
+    const bool isDue =
+        m_unclosed.size() >= kEnough ||
+        (!m_unclosed.empty() && std::chrono::steady_clock::now() - m_unclosed.front().begun >= kLongest);
+    if (isDue) {
+        CloseAll();
+    }
+}
+
+/// What cannot be closed stays open for the next run.
+void CRunLedger::CloseAll() noexcept {
+    const std::vector<SUnclosed> entries = std::exchange(m_unclosed, {});
+    try {
+        const bool areNamesFlushed = entries.empty() || FlushFolder(m_eventRoot);
+        for (const SUnclosed& entry : entries) {
+            SChain chain = entry.chain;
+            if (!areNamesFlushed) {
+                Tell(entry.waits);
+            } else if (m_journal->Append(EFrame::Done, entry.visit, chain, {})) {
+                NoteClosed(entry.waits.path);
+            }
+        }
+    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): no memory; the next run closes them
     }
 }
 
@@ -155,6 +189,10 @@ void CRunLedger::BringInFrom(const std::string& folder) {
 }
 
 bool CRunLedger::BringInto(CHeldDayFile& file) {
+    if (std::ranges::any_of(m_unclosed,
+                            [&](const SUnclosed& entry) { return entry.waits.path == file.Path(); })) {
+        CloseAll(); // an earlier visit to this file is over
+    }
     const auto isIn = [&](const std::vector<std::string>& files) {
         return std::ranges::find(files, file.Path()) != files.end();
     };

@@ -6,6 +6,7 @@
 #include "ledger/journal_file.h"
 #include "ledger/ledger_report.h"
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <set>
@@ -41,7 +42,22 @@ public:
     [[nodiscard]] std::uint32_t NextVisit() { return ++m_visits; }
     /// An entry for this day file is begun; unless it is closed it waits for the next run.
     void NoteOpen(const std::string& path) { m_openFiles.push_back(path); }
-    void NoteClosed();
+    void NoteClosed(const std::string& path);
+
+    /// A visit's entry that lacks only its last frame, and the flush of the event root's names before that.
+    struct SUnclosed {
+        std::uint32_t visit = 0;
+        SChain chain;
+        std::chrono::steady_clock::time_point begun;
+        SLedgerReport waits; ///< what is reported when it cannot be closed
+    };
+    /// Takes it over: where visits are short, one flush serves several. Meanwhile the next run finds the
+    /// events where they are, in the day file.
+    void CloseLater(SUnclosed entry) { m_unclosed.push_back(std::move(entry)); }
+    /// At the end of each visit: closes them when they are enough, or the first of them was begun a second
+    /// ago. So a visit that takes its time is closed at its own end.
+    void CloseWhatIsDue() noexcept;
+    void CloseAll() noexcept;
 
 private:
     [[nodiscard]] std::vector<std::string> EarlierJournals(const std::string& folder) const;
@@ -58,6 +74,7 @@ private:
     bool m_areNamesFlushed = false;
     std::uint32_t m_visits = 0;
     std::vector<std::string> m_openFiles; ///< of the journal's open entries, the last one last
+    std::vector<SUnclosed> m_unclosed;    ///< some of those
     /// Those with open entries, which stay for the next run, and the files of these.
     std::vector<std::unique_ptr<CJournalFile>> m_failed;
     std::vector<std::string> m_waitingFiles;

@@ -22,6 +22,7 @@ constexpr std::size_t kClosingFrames = 4096;
 } // namespace
 
 std::optional<SHoldFailure> CVisitCustody::Begin(const std::string& path) {
+    m_begunAt = std::chrono::steady_clock::now();
     if (auto failure = m_file.Hold(path)) {
         return failure;
     }
@@ -53,7 +54,7 @@ std::optional<SHoldFailure> CVisitCustody::BeginEntry(std::uint64_t length) {
         if (HasRoom() && m_journal->Append(EFrame::Visit, m_visit, m_chain, Pack(info))) {
             break;
         }
-        m_ledger->NoteClosed();
+        m_ledger->NoteClosed(m_file.Path());
         if (m_journal->Failure().failure == EFileFailure::DiskFull) {
             const std::string where = DisplayPath(std::exchange(m_journal, nullptr)->Path());
             return SHoldFailure{EFileCause::DiskFull, "There is no room for journal " + where};
@@ -132,7 +133,9 @@ void CVisitCustody::Store() {
         const auto add = [this](Image image) { m_file.Add(image); };
         AddFramed(add);
         AddUnframed(add);
-        m_file.Finish();
+        // What a set-aside file or the memory has, too, is finished here and now.
+        const bool isInJournalAlone = IsJournaled() && m_ends.empty() && m_source.empty();
+        m_file.Finish(isInJournalAlone ? ERootNames::FlushedLater : ERootNames::FlushedNow);
         m_isSettled = true;
     } catch (const std::exception&) { // of the file, or no memory; what is whole stays
         m_mayBeTorn = !m_file.CutBack();
@@ -182,7 +185,7 @@ void CVisitCustody::SetAside(const std::string& reason) {
     m_ledger->Tell({ELedgerOutcome::SetAside, m_setAsideCount, file.Path(), {}, m_key, m_begun, reason});
     m_isSettled = takesFramed; // once the log has the name
     if (!isNamed && takesFramed && m_journal != nullptr && m_journal->TakeBack(m_entryOffset)) {
-        m_ledger->NoteClosed();
+        m_ledger->NoteClosed(m_file.Path());
         m_journal = nullptr;
     }
 }
@@ -247,12 +250,21 @@ std::size_t CVisitCustody::WaitingCount() const {
 void CVisitCustody::End() {
     if (m_journal != nullptr && m_chain.position > 0) {
         const bool isSettled = m_isSettled || m_framedCount == 0;
-        if (isSettled && m_journal->Append(EFrame::Done, m_visit, m_chain, {})) {
-            m_ledger->NoteClosed();
+        if (isSettled && m_file.AreRootNamesLeft()) {
+            m_ledger->CloseLater({m_visit,
+                                  m_chain,
+                                  m_begunAt,
+                                  {ELedgerOutcome::Waits, m_framedCount, m_file.Path(), m_journal->Path(),
+                                   m_key, m_begun, "the names of the folders could not be flushed"}});
+        } else if (isSettled && m_journal->Append(EFrame::Done, m_visit, m_chain, {})) {
+            m_ledger->NoteClosed(m_file.Path());
         }
     }
     m_journal = nullptr;
     m_file.Release();
+    if (m_ledger != nullptr) {
+        m_ledger->CloseWhatIsDue();
+    }
 }
 
 } // namespace ruvo

@@ -6,6 +6,7 @@
 #include "ledger/run_ledger.h"
 #include "ledger/set_aside_file.h"
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -40,8 +41,8 @@ public:
     void SetAside(const std::string& reason);
     /// Leaves what is kept to the next run. Without a journal, or with one that has failed, as Store.
     void LeaveOpen();
-    /// Closes the entry, after the log lines about the visit are written, and releases the day file. What
-    /// was neither stored nor set aside waits for the next run.
+    /// Closes the entry, or leaves that to the ledger, after the log lines about the visit are written, and
+    /// releases the day file. What was neither stored nor set aside waits for the next run.
     void End();
 
     /// Whether what is kept outlasts an end of the process.
@@ -82,6 +83,7 @@ private:
     CHeldDayFile m_file;
     CJournalFile* m_journal = nullptr; ///< null without one
     std::string m_begun;
+    std::chrono::steady_clock::time_point m_begunAt;
     std::uint32_t m_visit = 0;
     std::uint64_t m_entryOffset = 0;
     SChain m_chain;

@@ -74,8 +74,8 @@ void BringInEarlierEvents(CRunLedger& ledger) {
     }
 }
 
-/// The run's thread does not come back for what its visit has taken.
-void KeepAbandoned(CVisitCustody& custody) noexcept {
+/// The run's thread does not come back for what its visit has taken, or its ledger has left to close.
+void KeepAbandoned(CVisitCustody& custody, CRunLedger& ledger) noexcept {
     try {
         custody.LeaveOpen();
     } catch (const std::exception&) {
@@ -83,6 +83,7 @@ void KeepAbandoned(CVisitCustody& custody) noexcept {
         report.eventsLost = custody.KeptCount() - custody.StoredCount() - custody.WaitingCount();
         LogVisit(report);
     }
+    ledger.CloseAll();
 }
 
 /// Handles one relay, which the open link reaches: login, then its events. Throws nothing. False when the
@@ -101,14 +102,14 @@ bool VisitRelay(const SRun& run, const std::string& key, std::int32_t deviceAddr
             isVisited = false;
         } else {
             CVisitCustody custody(&run.ledger, key);
-            run.end.WhenAbandoned([&custody] { KeepAbandoned(custody); });
+            run.end.WhenAbandoned([&] { KeepAbandoned(custody, run.ledger); });
             isVisited = ExtractAndReport(run, deviceAddress, custody, entry);
             custody.End(); // the log says how the visit ended
         }
     } catch (const std::exception& exception) { // one relay's trouble is never the next one's
         LogUnhandled(exception);
     }
-    run.end.WhenAbandoned(nullptr);
+    run.end.WhenAbandoned([&run] { run.ledger.CloseAll(); });
     if (isVisited) {
         run.end.NoteVisited();
     }
@@ -206,6 +207,7 @@ void RunExtraction(CRunContext& context, CRunEnd& end, CVisitRecord* record) {
     } else {
         VisitRelays(run, entries);
     }
+    end.WhenAbandoned(nullptr);
 }
 
 } // namespace ruvo

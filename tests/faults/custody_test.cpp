@@ -29,7 +29,7 @@ std::vector<std::uint8_t> Record(int number) {
 
 class Custody : public testing::Test {
 protected:
-    Custody() {
+    void SetUp() override {
         g_disk = {};
         g_disk.PutFolder(kRoot);
         g_disk.PutFolder("C:\\var\\state");
@@ -105,6 +105,44 @@ TEST_F(Custody, TheLastJournalOfARunIsNamedTooAndNothingComesTwice) {
     EXPECT_EQ(Count(".journal"), 0U);
 }
 
+/// The last frames of short visits wait until the names of their folders are flushed, all at once.
+TEST_F(Custody, VisitsThatAreClosedTogetherLoseNothing) {
+    constexpr int kVisits = 17; // one more than are closed together
+    for (const std::string end : {"of the machine", "with a flush that fails", "of a run"}) {
+        SetUp();
+        told.clear();
+        std::size_t waiting = 0;
+        std::vector<int> all;
+        {
+            CRunLedger own(kRoot, [&](const SLedgerReport& report) {
+                waiting += report.outcome == ELedgerOutcome::Waits ? report.events : 0;
+            });
+            for (int visit = 1; visit <= kVisits; ++visit) {
+                CVisitCustody custody(&own, "RV001");
+                const std::string folder = "C:\\ev\\AB12-" + std::to_string(100 + visit);
+                ASSERT_FALSE(custody.Begin(folder + "\\day.evt"));
+                EXPECT_TRUE(custody.Keep(Record(visit), 0));
+                custody.Store();
+                EXPECT_EQ(custody.StoredCount(), 1U);
+                custody.End();
+                all.push_back(visit);
+            }
+            if (end == "of the machine")
+                g_disk.EndMachine([](std::size_t) { return std::size_t{0}; }); // only what is flushed is left
+            if (end != "of a run")
+                Break(EFileFailure::Other);
+        }
+        Mend();
+        g_disk.EndProcess();
+        EXPECT_EQ(waiting, end == "of a run" ? 0U : 1U) << end;
+        EXPECT_EQ(Stored().size() == kVisits, end != "of the machine") << end;
+        BringIn();
+        EXPECT_EQ(Stored(), all) << end;
+        EXPECT_EQ(told.size(), waiting) << end << ": the others were closed";
+        EXPECT_EQ(Count(".journal"), 0U) << end;
+    }
+}
+
 TEST_F(Custody, ABeginThatFailsSaysWhy) {
     const struct {
         const char* name;
@@ -169,9 +207,7 @@ TEST_F(Custody, AReadErrorIsNoEnd) {
 TEST_F(Custody, WhatIsMissingIsKnownFromAFileThatCouldBeRead) {
     std::size_t needed = 1;
     for (std::size_t nth = 0; nth <= needed; ++nth) {
-        g_disk = {};
-        g_disk.PutFolder(kRoot);
-        g_disk.PutFolder("C:\\var\\state");
+        SetUp();
         {
             CRunLedger killed(kRoot, [](const SLedgerReport&) {});
             CVisitCustody custody(&killed, "RV001");
@@ -203,9 +239,7 @@ TEST_F(Custody, ASetAsideFileIsStoredOnceWhateverFails) {
     bool hasRefused = false;
     for (std::size_t nth = 0; nth <= needed; ++nth) {
         for (const std::size_t many : {std::size_t{1}, std::size_t{1'000'000}}) {
-            g_disk = {};
-            g_disk.PutFolder(kRoot);
-            g_disk.PutFolder("C:\\var\\state");
+            SetUp();
             std::string file;
             {
                 CRunLedger own(kRoot, [&](const SLedgerReport& report) { file = report.path; });
