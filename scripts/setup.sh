@@ -55,12 +55,13 @@ for extra in "$@"; do
         ;;
     browser) packages+=(chromium chromium-driver python3-selenium) ;;
     alerts) packages+=(prometheus) ;;
+    prometheus) packages+=(prometheus prometheus-node-exporter faketime) ;;
     database) packages+=(postgresql sqlite3) ;;
     systemd) packages+=("${package_tools[@]}" debootstrap systemd-container) ;;
     containers) packages+=("${package_tools[@]}" debootstrap podman buildah crun python3-yaml) ;;
     machine) packages+=(mmdebstrap qemu-system-x86 e2fsprogs) ;;
     *)
-        echo "setup.sh: unknown set '$extra' (known: checks windows fuzz coverage mutants month packages package-test browser alerts database systemd containers machine)" >&2
+        echo "setup.sh: unknown set '$extra' (known: checks windows fuzz coverage mutants month packages package-test browser alerts prometheus database systemd containers machine)" >&2
         exit 2
         ;;
     esac

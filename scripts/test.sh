@@ -44,6 +44,8 @@ leg "the Windows programs" windows tests/windows/run.sh /usr/lib/wine/wine64 i68
 leg "the fuzz targets" fuzz fuzz/run.sh clang++
 leg "the report in a browser" browser tests/browser/run.sh chromium chromedriver
 RUVO_BIN_DIR=$PWD/build/$preset/bin leg "the metrics and their alert rules" alerts tests/alerts/run.sh promtool
+RUVO_BIN_DIR=$PWD/build/$preset/bin leg "alerts in a Prometheus" prometheus tests/machine/prometheus.sh prometheus promtool \
+    prometheus-node-exporter faketime
 RUVO_BIN_DIR=$PWD/build/$preset/bin leg "the archive in a database server" database tests/database/run.sh psql sqlite3 \
     /usr/lib/postgresql/*/bin/postgres
 if [ "$(id -u)" -eq 0 ]; then
