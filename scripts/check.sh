@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # The checks beside the tests; each can be named, all run by default.
 #   scripts/check.sh [format|rooms|functions|tidy|cppcheck|clang|asan|tsan|valgrind|month ...]
-# The month, a thousand relays over thirty nights, runs only when it is named.
+# The month, a thousand relays over thirty nights, runs only when it is named. So do those that make or emulate a machine first,
+# for an hour at most (tests/machine):
+#   scripts/check.sh autopkgtest|containers|fleet|shares|s390x|arm64|windows32 ...
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh checks
@@ -46,6 +48,9 @@ check_valgrind() {
     done
 }
 check_month() { scripts/month.sh 30 1000; }
+for machine in autopkgtest containers fleet shares s390x arm64 windows32; do
+    eval "check_$machine() { tests/machine/$machine.sh; }"
+done
 
 for check in "${@:-format rooms functions tidy cppcheck clang asan tsan valgrind}"; do
     for name in $check; do

@@ -15,6 +15,9 @@
 #   scripts/setup.sh database   the database server that the archive's rows are loaded into
 #   scripts/setup.sh systemd    what boots a small system that a real systemd runs (tests/machine/systemd.sh)
 #   scripts/setup.sh containers what builds an image and runs it (tests/machine/containers.sh)
+#   scripts/setup.sh autopkgtest   what runs the package's own test (tests/machine/autopkgtest.sh)
+#   scripts/setup.sh arm64      what cross-builds for another machine, and runs its programs (tests/machine/arm64.sh)
+#   scripts/setup.sh s390x      the same for one of the other byte order (tests/machine/s390x.sh)
 #   scripts/setup.sh machine    the emulator and the maker of systems for tests on whole machines (tests/machine)
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -59,9 +62,12 @@ for extra in "$@"; do
     database) packages+=(postgresql sqlite3) ;;
     systemd) packages+=("${package_tools[@]}" debootstrap systemd-container) ;;
     containers) packages+=("${package_tools[@]}" debootstrap podman buildah crun python3-yaml) ;;
+    autopkgtest) packages+=("${package_tools[@]}" debootstrap autopkgtest) ;;
+    arm64) packages+=("${package_tools[@]}" mmdebstrap g++-aarch64-linux-gnu qemu-user-static) ;;
+    s390x) packages+=(mmdebstrap g++-s390x-linux-gnu qemu-user-static) ;;
     machine) packages+=(mmdebstrap qemu-system-x86 e2fsprogs) ;;
     *)
-        echo "setup.sh: unknown set '$extra' (known: checks windows fuzz coverage mutants month packages package-test browser alerts prometheus database systemd containers machine)" >&2
+        echo "setup.sh: unknown set '$extra' (known: checks windows fuzz coverage mutants month packages package-test browser alerts prometheus database systemd containers autopkgtest arm64 s390x machine)" >&2
         exit 2
         ;;
     esac

@@ -14,8 +14,10 @@ TRACED = ("user32.MessageBoxA", "advapi32.ConvertStringSecurityDescriptorToSecur
 
 
 class Windows:
-    def __init__(self, work):
+    def __init__(self, work, patience=1):
+        """Waits so many times as long as it is told to, on a slow machine."""
         self.work = work
+        self.patience = patience
         self.drive = work / "prefix/drive_c"
         self.environment = {name: value for name, value in os.environ.items() if name not in ("DISPLAY", "WINEARCH")}
         self.environment.update(WINEPREFIX=str(work / "prefix"), WINEDEBUG="-all", LC_ALL="C.UTF-8",
@@ -49,7 +51,7 @@ class Windows:
         """The status, none after too long."""
         program = self.start(name, *words, **options)
         try:
-            return program.wait(seconds)
+            return program.wait(seconds * self.patience)
         except subprocess.TimeoutExpired:
             program.kill()
             program.wait()
