@@ -1,0 +1,44 @@
+"""The 32-bit Windows programs and their tests under 32-bit Wine: windows32_test.py, in a folder that has them in bin."""
+
+import pathlib
+import shutil
+import sys
+import tempfile
+
+import documented
+import windows_test
+import wine
+from checks import count_checks
+from rooms import run_rooms
+
+PROGRAMS = pathlib.Path("bin").resolve()
+PATIENCE = 10  # times as long as on a machine that is not emulated
+
+
+def new_windows(work):
+    work.mkdir()
+    windows = wine.Windows(work, PATIENCE)
+    windows.environment.update(WINEARCH="win32", WINESERVER=wine.WINESERVER)
+    windows.environment.setdefault("HOME", "/root") # a service has none
+    return windows
+
+
+def test():
+    wine.WINE, wine.WINESERVER = "/usr/lib/wine/wine", "/usr/lib/wine/wineserver32"
+    windows_test.X64 = PROGRAMS
+    with tempfile.TemporaryDirectory(ignore_cleanup_errors=True) as folder:
+        work = pathlib.Path(folder)
+        with new_windows(work / "one") as windows:
+            run_rooms(windows, PROGRAMS)
+            windows_test.run_twins(windows)
+            windows_test.run_connector(windows)
+            windows_test.visit_a_site(windows)
+        [setup] = pathlib.Path().glob("ruvo-*-setup.exe")
+        # Under the name that the page has for the other one.
+        shutil.copy(setup, work / setup.name.replace("-setup", "-x64-setup"))
+        with new_windows(work / "two") as windows:
+            documented.test(windows, {"windows-x64": (None, work / setup.name.replace("-setup", "-x64-setup"))})
+
+
+if __name__ == "__main__":
+    sys.exit(count_checks(test))
