@@ -78,13 +78,17 @@ class Companion:
         self.drive = windows.work / "prefix/drive_c"
         self.folder = self.drive / FOLDER
 
-    def run(self, *words, name="companion", **variables):
-        status = self.windows.run(name, 120, self.programs / "ruvoctl.exe", *words, **variables)
-        return status, self.windows.read(f"{name}.log") + self.windows.read(f"{name}.calls")
+    def run(self, *words, name="companion"):
+        for _ in range(3):
+            if words[0] in ("check", "visit"):
+                self.windows.end_session()  # Wine goes on offering a server that is about to end
+            status = self.windows.run(name, 120, self.programs / "ruvoctl.exe", *words)
+            shown = self.windows.read(f"{name}.log") + self.windows.read(f"{name}.calls")
+            if "P32LS failed to open" not in shown:
+                break
+        return status, shown
 
     def expect(self, what, words, status, text):
-        if words[0] in ("check", "visit"):
-            self.windows.end_session()  # Wine goes on offering a server that is about to end
         got, shown = self.run(*words)
         return check(f"ruvoctl: {what}", got == status and text in shown, f"ended with {got}\n{shown}")
 
@@ -179,12 +183,12 @@ def lose_a_share(companion):
     shown = companion.windows.read("share.log")
     check("a share that vanishes in mid-visit", status in (1, 2) and shown != "", f"ended with {status}\n{shown}")
     _, left = companion.run("recover", ini)
-    check("its events are kept", "event" in left and "nothing is left" not in left, left)
+    check("its events are kept", "waiting: 3 events of RV001" in left, left)
     share.with_name("gone").rename(share)
     companion.serve(SUBSTATION)
-    companion.run("visit", ini)
+    shown = [companion.run("visit", ini)[1] for _ in range(2)]  # the first may find a server that is about to end
     _, events = companion.run("events", r"\\server\share\ev", "--format", "csv")
-    equal("and stored when it is back", events.count("Trip,"), 3)
+    check("and stored when it is back", events.count(",Trip,Trip,") == 3, f"{shown}\n{events}")
 
 
 CLASS = r"HKEY_CLASSES_ROOT\CLSID\{9A69E99F-E86F-455D-B971-355C1139963E}"
@@ -194,8 +198,8 @@ OTHER = CLASS.replace(r"\CLSID", r"\Wow6432Node\CLSID")
 def look_at_com(companion):
     """Why the server does not start."""
     def failure(what, *words):
-        status, shown = companion.run("check", rf"C:\{FOLDER}\Köln.ini")
-        check(f"COM: {what}", status == 36 and all(word in shown for word in words), f"ended with {status}\n{shown}")
+        status, shown = companion.run("check", INI)
+        check(f"COM: {what}", status == 7 and all(word in shown for word in words), f"ended with {status}\n{shown}")
 
     companion.windows.end_session()
     companion.windows.run("register", 60, companion.programs / "p32ls-sim.exe", "/UnregServer")
@@ -205,7 +209,7 @@ def look_at_com(companion):
     failure("a library of other bits", "80040154", "registered for 32-bit programs alone; use the ruvo of that kind",
             "C:\\p32ls.dll, which does not exist")
     companion.windows.set_up("reg", "add", CLASS + r"\LocalServer32", *key, r"C:\gone\p32ls.exe")
-    failure("a program that has gone", "80070002", "not where it is registered", r"C:\gone\p32ls.exe, which does not exist")
+    failure("a program that has gone", r"for 64-bit programs (program C:\gone\p32ls.exe, which does not exist)")
     for key in (CLASS, OTHER):
         companion.windows.set_up("reg", "delete", key, "/f")
 
