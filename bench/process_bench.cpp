@@ -1,5 +1,6 @@
 // Whole processes: a start with a small INI file and nothing pending, next to a process that does nothing;
-// and day files as JSON and as CSV, next to a plain dump of their bytes.
+// day files as JSON and as CSV, next to a plain dump of their bytes; and a status over a long log, next to a
+// search in it.
 #include "tree.h"
 
 #include <benchmark/benchmark.h>
@@ -68,6 +69,34 @@ void StartOfTrue(benchmark::State& state) {
     state.counters["processor s"] = processor / static_cast<double>(state.iterations());
 }
 BENCHMARK(StartOfTrue)->UseRealTime();
+
+/// A log of a million lines.
+void WriteLongLog(const CScratchFolder& folder) {
+    constexpr int kLines = 1'000'000;
+    std::string text;
+    for (int line = 0; line < kLines; ++line) {
+        text += "2026/11/" + std::to_string(10 + line / 50'000) +
+                " 02:00:07 A problem occured during events extraction. Connection details: device address: " +
+                std::to_string(line % 250) + ". Problem details: Timed out.\r\n";
+    }
+    folder.Write("errors.log", text);
+}
+
+/// `command` with the log as its last argument.
+void ReadLongLog(benchmark::State& state, std::vector<std::string> command) {
+    const CScratchFolder folder;
+    WriteLongLog(folder);
+    if (command.back() == "status") { // of a folder of day files, here an empty one
+        std::filesystem::create_directory(folder.Native("ev"));
+        command.push_back(folder.Native("ev"));
+    }
+    command.push_back(folder.Native("errors.log"));
+    for (auto _ : state) {
+        state.SetIterationTime(RunProcess(command, {"RUVO_STATE_DIR=" + folder.Native("state")}));
+    }
+}
+BENCHMARK_CAPTURE(ReadLongLog, status, {RUVO_BIN_DIR "/ruvoctl", "status"})->UseManualTime();
+BENCHMARK_CAPTURE(ReadLongLog, grep, {"/bin/grep", "-c", "occured.*250"})->UseManualTime();
 
 constexpr int kTreeRelays = 10;
 constexpr std::size_t kTreeEventsPerRelay = 2000;
