@@ -206,10 +206,12 @@ def look_at_com(companion):
     failure("not registered", "80040154", "run the server's program once with /RegServer", "is registered for none")
     key = ("/ve", "/t", "REG_SZ", "/f", "/d")
     companion.windows.set_up("reg", "add", OTHER + r"\InprocServer32", *key, r"C:\p32ls.dll")
+    (companion.drive / "p32ls.dll").write_bytes(b"")
     failure("a library of other bits", "80040154", "registered for 32-bit programs alone; use the ruvo of that kind",
-            "C:\\p32ls.dll, which does not exist")
+            "library C:\\p32ls.dll)")
+    (companion.drive / "p32ls.dll").unlink()
     companion.windows.set_up("reg", "add", CLASS + r"\LocalServer32", *key, r"C:\gone\p32ls.exe")
-    failure("a program that has gone", r"for 64-bit programs (program C:\gone\p32ls.exe, which does not exist)")
+    failure("a program that has gone", "not where it is registered", r"for 64-bit programs (program C:\gone\p32ls.exe, which does not exist)")
     for key in (CLASS, OTHER):
         companion.windows.set_up("reg", "delete", key, "/f")
 

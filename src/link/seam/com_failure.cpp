@@ -11,6 +11,7 @@ namespace ruvo {
 namespace {
 
 constexpr std::uint32_t kNotRegistered = 0x80040154;
+constexpr std::uint32_t kFileMissing = 0x80070002;
 
 struct SFailureRow {
     std::uint32_t code;
@@ -52,7 +53,7 @@ constexpr std::array kRows{
     SFailureRow{0x80010108, "the server's program has ended", kSeeEvents},
     SFailureRow{0x80010105, "the server failed in the call", kSeeEvents},
     SFailureRow{0x80010012, "the server's program died before the call", kSeeEvents},
-    SFailureRow{0x80070002, "the server's program or library is not where it is registered", kRegister},
+    SFailureRow{kFileMissing, "the server's program or library is not where it is registered", kRegister},
     SFailureRow{0x80070003, "the folder of the server's program is not where it is registered", kRegister},
     SFailureRow{0x8007007E, "the server's library, or one that it needs, is missing",
                 "install the server again"},
@@ -107,8 +108,11 @@ std::string DescribeComFailure(const SComFailure& failure) {
     std::snprintf(code.data(), code.size(), "%08X", static_cast<unsigned>(failure.code));
     std::string text = "comms server P32LS, class " + std::string(kServerClassId) + ": " +
                        std::string(failure.step) + " failed with " + code.data();
-    const auto* const row = std::ranges::find(kRows, failure.code, &SFailureRow::code);
-    if (failure.code == kNotRegistered && IsOnlyForOthers(failure)) {
+    const bool areGone = !failure.registrations.empty() &&
+                         std::ranges::none_of(failure.registrations, &SServerRegistration::isFileThere);
+    const std::uint32_t meant = failure.code == kNotRegistered && areGone ? kFileMissing : failure.code;
+    const auto* const row = std::ranges::find(kRows, meant, &SFailureRow::code);
+    if (meant == kNotRegistered && IsOnlyForOthers(failure)) {
         text += ", the server is registered for " + BitsText(failure.registrations.front().bits) +
                 " alone; use the ruvo of that kind";
     } else if (row != kRows.end()) {
