@@ -12,6 +12,7 @@
 #   scripts/setup.sh package-test   what examines it as well (tests/packages), some of it from npm, into build/npm
 #   scripts/setup.sh browser    the browser that looks at the report
 #   scripts/setup.sh alerts     what examines the metrics and their alert rules (tests/alerts)
+#   scripts/setup.sh prometheus what watches simulated sites (tests/machine/prometheus.sh)
 #   scripts/setup.sh database   the database server that the archive's rows are loaded into
 #   scripts/setup.sh systemd    what boots a small system that a real systemd runs (tests/machine/systemd.sh)
 #   scripts/setup.sh containers what builds an image and runs it (tests/machine/containers.sh)

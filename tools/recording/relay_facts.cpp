@@ -62,9 +62,11 @@ bool IsWrite(EOperation operation) {
 } // namespace
 
 std::optional<std::size_t> UselessOutput(const std::vector<SRecordedValue>& outputs) {
-    const auto found = std::ranges::find(outputs, EValueKind::Other, &SRecordedValue::kind);
-    return found == outputs.end() ? std::nullopt
-                                  : std::optional(static_cast<std::size_t>(found - outputs.begin()) + 1);
+    constexpr std::size_t kMostOutputs = 4; // of any operation
+    const auto first = std::span(outputs).first(std::min(outputs.size(), kMostOutputs));
+    const auto found = std::ranges::find(first, EValueKind::Other, &SRecordedValue::kind);
+    return found == first.end() ? std::nullopt
+                                : std::optional(static_cast<std::size_t>(found - first.begin()) + 1);
 }
 
 bool IsLoginCell(CellAddress cell) {

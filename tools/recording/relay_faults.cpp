@@ -31,9 +31,9 @@ public:
         }
         switch (call.operation->target) {
         case ETarget::Cell:
-            return OfCell(call);
+            return call.cell ? OfCell(call) : std::nullopt;
         case ETarget::Column:
-            return OfColumn(call);
+            return call.cell ? OfColumn(call) : std::nullopt;
         case ETarget::Relay:
             return OfRelay(call);
         case ETarget::Link:
@@ -119,7 +119,8 @@ std::string FaultTable(const SFaultText& fault) {
     if (fault.uselessOutput) {
         return text + "wrong_type = " + std::to_string(*fault.uselessOutput) + "\n";
     }
-    if (!fault.status) {
+    constexpr LinkStatus kLargest = 0xFFFF; // a client takes what is larger for a failure to reach the server
+    if (fault.status.value_or(kLargest + 1) > kLargest) {
         return text + "com_failure = true\n";
     }
     return text + (fault.isCompletion ? "completion = " : "status = ") + std::to_string(*fault.status) + "\n";
@@ -132,10 +133,9 @@ std::string FaultTables(const CRelayFacts& relay) {
     for (const SNotedCall& call : relay.calls) {
         const std::uint64_t number = ++numbers[{call.operation->operation, call.cell}];
         const std::optional<LinkStatus> expected = expectation.Of(call);
-        constexpr LinkStatus kLargest = 0xFFFF;
         const bool isAsExpected =
             !call.isOfServer && !call.uselessOutput && (!expected || expected == call.status);
-        if (!isAsExpected && call.status.value_or(0) <= kLargest) {
+        if (!isAsExpected) {
             text += FaultTable({.operation = *call.operation,
                                 .relay = NameOf(relay),
                                 .cell = call.cell,

@@ -1,5 +1,6 @@
 #include "tools/recording/relay_table.h"
 
+#include "base/text.h"
 #include "link/seam/known_cells.h"
 #include "tools/recording/substation_file.h"
 #include "tools/recording/toml_text.h"
@@ -254,9 +255,18 @@ std::string EventTables(const CRelayFacts& relay) {
 } // namespace
 
 std::string NameOf(const CRelayFacts& relay) {
+    std::string name;
+    for (const char character : relay.link.name) { // a name has no control characters in the file
+        if (static_cast<unsigned char>(character) < ' ') {
+            name += "\\x";
+            AppendHexByte(name, static_cast<unsigned char>(character));
+        } else {
+            name += character;
+        }
+    }
     const std::string bus =
         relay.link.kind == ELinkKind::Ethernet ? " bus " + std::to_string(relay.link.bus) : "";
-    return relay.link.name + bus + " address " + std::to_string(relay.address);
+    return name + bus + " address " + std::to_string(relay.address);
 }
 
 std::string RelayTable(const CRelayFacts& relay) {

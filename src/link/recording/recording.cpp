@@ -102,7 +102,9 @@ bool CRecordingReader::TakeEntry(std::span<const std::uint8_t> bytes, SRecording
         return false;
     }
     entry.kind = static_cast<ERecordingEntry>(kind);
-    return TakeBody(cursor, entry) && cursor.Remaining() == 0;
+    const bool isTaken = TakeBody(cursor, entry) && cursor.Remaining() == 0;
+    m_isWhole = m_isWhole && isTaken;
+    return isTaken;
 }
 
 bool CRecordingReader::TakeBody(CByteCursor& cursor, SRecordingEntry& entry) {
