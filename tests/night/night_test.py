@@ -60,8 +60,8 @@ class Story:
         if words[0] == "cat":
             self.compare(name, DISK.sub(r"\1 N", (self.sites.folder / words[1]).read_text("utf-8")))
         else:
-            text = self.sites.ruvoctl(moment, words)
-            self.compare(name, f"{moment} $ ruvoctl {' '.join(words)}\n{text}")
+            command = "" if name.endswith(".html") else f"{moment} $ ruvoctl {' '.join(words)}\n"
+            self.compare(name, command + self.sites.ruvoctl(moment, words))
 
     def compare(self, name, text):
         path = HERE / "mornings" / name

@@ -54,12 +54,14 @@ protected:
 
 TEST_F(RelaysCommand, JoinsWhatIsKnown) {
     Visit();
-    EXPECT_EQ(Relays().out,
-              "KEY    LINK      ADDRESS     RELAY   PLANT     REACHED  LAST REACHED      LAST "
-              "EVENT           REMARK\n"
-              "RV001  ethernet  10.0.0.5,1  AB12-1  Feeder \xC3\xBC  yes      2026-11-20 02:00  "
-              "2026-11-19 03:12:01\n"
-              "RV002  ethernet  10.0.0.6,2  -       -         no       -                 -\n");
+    EXPECT_EQ(
+        Relays().out,
+        "KEY    LINK      ADDRESS     RELAY   PLANT     REACHED  LAST REACHED      LAST "
+        "EVENT           REMARK\n"
+        "RV001  ethernet  10.0.0.5,1  AB12-1  Feeder \xC3\xBC  yes      2026-11-20 02:00  "
+        "2026-11-19 03:12:01\n"
+        "RV002  ethernet  10.0.0.6,2  -       -         no       -                 -                    not reached for 1 "
+        "night\n");
     EXPECT_EQ(
         Relays("--format json --match feeder").out,
         "{\"site\":\"site\",\"key\":\"RV001\",\"link\":\"ethernet\",\"address\":\"10.0.0.5,1\",\"relay\":"

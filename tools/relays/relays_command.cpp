@@ -1,5 +1,6 @@
 // ruvoctl relays: the relays of a site, as the INI file, the records of visits and the day files know them.
 #include "base/json_writer.h"
+#include "base/text.h"
 #include "platform/full_path.h"
 #include "tools/events/csv_row.h"
 #include "tools/events/format_options.h"
@@ -66,19 +67,31 @@ std::string EventTimeForPeople(const std::string& time) {
     return OrDash(text);
 }
 
+/// "not reached for 2 nights; muted until the end of 2026-12-31".
+std::string RemarkOn(const SRelayVisit& visit) {
+    std::string text = visit.IsMissed() && visit.nights > 0
+                           ? "not reached for " + Counted(visit.nights, "night")
+                           : std::string();
+    if (visit.mute) {
+        text += (text.empty() ? "" : "; ") + ("muted until " + MuteEndForPeople(*visit.mute));
+    }
+    return text;
+}
+
 void PrintText(const std::vector<SSiteRelay>& relays, std::string& out) {
     std::vector<TableRow> rows{
         {"KEY", "LINK", "ADDRESS", "RELAY", "PLANT", "REACHED", "LAST REACHED", "LAST EVENT", "REMARK"}};
     for (const SSiteRelay& relay : relays) {
         const SRelayVisit& visit = relay.visit;
+        const std::string& title =
+            visit.plant.empty() && !relay.description.empty() ? "(" + relay.description + ")" : visit.plant;
         rows.push_back({EscapeControls(visit.key), EscapeControls(visit.link), EscapeControls(visit.address),
-                        OrDash(visit.name), OrDash(visit.plant),
+                        OrDash(visit.name), OrDash(title),
                         !visit.entry        ? "-"
                         : visit.IsReached() ? "yes"
                                             : "no",
                         visit.lastReached.empty() ? "-" : RecordTimeForPeople(visit.lastReached),
-                        EventTimeForPeople(relay.lastEvent),
-                        visit.mute ? "muted until " + MuteEndForPeople(*visit.mute) : ""});
+                        EventTimeForPeople(relay.lastEvent), RemarkOn(visit)});
     }
     AppendTable(out, rows, rows.front().size());
 }

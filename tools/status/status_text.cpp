@@ -29,12 +29,21 @@ std::string Shortened(std::string text) {
     return text.substr(0, size) + "...";
 }
 
+/// Its plant text, else its description in brackets.
+std::string TitleOf(const SRelayStatus& relay) {
+    return relay.plant.empty() && !relay.description.empty() ? "(" + relay.description + ")" : relay.plant;
+}
+
 void AppendRelays(std::string& out, const SSiteStatus& status) {
     constexpr std::size_t kTextColumns = 4;
     std::vector<TableRow> rows{{"relay", "plant", "last day (UTC)", "last event", "days silent", "records",
                                 "in last file", "damaged places"}};
     for (const auto& [name, relay] : status.relays) {
-        rows.push_back({EscapeControls(name), relay.plant.empty() ? "-" : EscapeControls(relay.plant),
+        std::string title = TitleOf(relay);
+        for (const SRelayVisit& visit : status.visits ? status.visits->relays : std::vector<SRelayVisit>()) {
+            title = title.empty() && visit.HasFilesOf(name) ? visit.plant : title; // there is no record yet
+        }
+        rows.push_back({EscapeControls(name), title.empty() ? "-" : EscapeControls(title),
                         relay.lastDay.empty() ? "-" : relay.lastDay,
                         relay.lastEvent.empty() ? "-" : TimeForPeople(relay.lastEvent),
                         relay.silentDays ? std::to_string(*relay.silentDays) : "-",
@@ -42,6 +51,16 @@ void AppendRelays(std::string& out, const SSiteStatus& status) {
                         std::to_string(relay.damaged)});
     }
     AppendTable(out, rows, kTextColumns);
+}
+
+/// Relays whose visits know no plant text, too, are called as their day files call them.
+void NameByDayFiles(const SSiteStatus& status, SSiteVisits& visits) {
+    for (SRelayVisit& relay : visits.relays) {
+        const auto found = status.relays.find(relay.name);
+        if (relay.plant.empty() && !relay.name.empty() && found != status.relays.end()) {
+            relay.plant = TitleOf(found->second);
+        }
+    }
 }
 
 void AppendVisits(std::string& out, const SSiteVisits& visits) {
@@ -93,7 +112,9 @@ void AppendProblems(std::string& out, const SSiteStatus& status) {
     const SLogStatus& log = status.log;
     out += "Problems in the error log since " + TimeForPeople(status.since) + ": " +
            std::to_string(log.problems) +
-           (log.muted > 0 ? ", " + std::to_string(log.muted) + " of them about muted relays" : "") +
+           (log.muted == 0              ? ""
+            : log.muted == log.problems ? ", about muted relays"
+                                        : ", " + std::to_string(log.muted) + " of them about muted relays") +
            (log.isThere ? "\n" : " (the log does not exist)\n");
     AppendGroups(out, log, status.visits);
     if (log.problems > log.latest.size()) {
@@ -103,8 +124,11 @@ void AppendProblems(std::string& out, const SSiteStatus& status) {
         std::string time = line.time.empty() ? "no time" : line.time;
         std::ranges::replace(time, 'T', ' ');
         out += "  " + time + "  " + Shortened(EscapeControls(line.message));
-        const std::string relay = ShortConnectionName(line.connection);
-        out += relay.empty() ? "" : " (" + Shortened(EscapeControls(relay)) + ")";
+        const std::string connection = ShortConnectionName(line.connection);
+        const SRelayVisit* const relay =
+            status.visits ? RelayOfConnection(*status.visits, line.connection) : nullptr;
+        const std::string name = relay != nullptr ? relay->Label() : connection;
+        out += name.empty() ? "" : " (" + Shortened(EscapeControls(name)) + ")";
         out += line.status.empty() ? "" : " " + Shortened(EscapeControls(line.status));
         out += '\n';
     }
@@ -148,7 +172,9 @@ std::string StatusAsText(const SSiteStatus& status, const SVerdict& verdict) {
         return out; // the verdict says which there are
     }
     if (status.visits && !status.visits->relays.empty()) { // else only day files have the chosen relay
-        AppendVisits(out, *status.visits);
+        SSiteVisits visits = *status.visits;
+        NameByDayFiles(status, visits);
+        AppendVisits(out, visits);
     }
     if (!status.relays.empty()) {
         AppendRelays(out, status);

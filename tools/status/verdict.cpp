@@ -2,6 +2,7 @@
 
 #include "base/text.h"
 #include "tools/given_time.h"
+#include "tools/lines/explain.h"
 #include "tools/text_encoding.h"
 
 #include <algorithm>
@@ -76,6 +77,39 @@ std::string NameForPeople(const SSiteStatus& status, const std::string& name) {
     return plant.empty() ? name : plant + " (" + name + ")";
 }
 
+/// The password that the relay has refused last, as the log says it; empty for none.
+std::string RefusalOf(const SSiteStatus& status, const std::string& connection) {
+    std::string refusal;
+    for (const SLogLine& line : status.log.latest) {
+        const auto meaning =
+            ShortConnectionName(line.connection) == connection ? Explain(line) : std::nullopt;
+        if (meaning && meaning->Concern() == EConcern::Password) {
+            refusal = ": " + std::string(TrimEnd(line.message, "."));
+        }
+    }
+    return refusal;
+}
+
+/// " (Feeder 7 (RV003): Invalid password)": those that no other cause names.
+std::string RelaysWithProblems(const SSiteStatus& status) {
+    constexpr std::size_t kMostNamed = 3;
+    std::vector<std::string> names;
+    for (const auto& [connection, group] : status.log.groups) {
+        const SRelayVisit* const relay =
+            status.visits ? RelayOfConnection(*status.visits, group.connection) : nullptr;
+        if (relay != nullptr && !relay->IsMissed()) {
+            names.push_back(relay->Label() + RefusalOf(status, connection));
+        }
+    }
+    std::string text;
+    for (const std::string& name : std::span(names).first(std::min(names.size(), kMostNamed))) {
+        text += (text.empty() ? "" : ", ") + name;
+    }
+    const std::size_t rest = names.size() - std::min(names.size(), kMostNamed);
+    text += rest > 0 ? " and " + std::to_string(rest) + " more" : "";
+    return text.empty() ? text : " (" + text + ")";
+}
+
 } // namespace
 
 int Severity(EState state) {
@@ -118,7 +152,8 @@ SVerdict Evaluate(const SSiteStatus& status, const SThresholds& thresholds) {
     }
     const std::uint64_t problems = status.log.problems - status.log.muted;
     Add(verdict, Grade(problems, thresholds.warnProblems, thresholds.criticalProblems),
-        Counted(problems, "problem") + " in the error log since " + TimeForPeople(status.since));
+        Counted(problems, "problem") + " in the error log since " + TimeForPeople(status.since) +
+            RelaysWithProblems(status));
     std::ranges::stable_sort(verdict.causes, [](const SCause& a, const SCause& b) {
         return Severity(a.state) > Severity(b.state);
     });

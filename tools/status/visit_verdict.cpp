@@ -3,6 +3,8 @@
 #include "config/result_messages.h"
 #include "tools/status/verdict.h"
 
+#include <algorithm>
+
 namespace ruvo {
 
 namespace {
@@ -15,7 +17,10 @@ std::string Joined(const std::vector<std::string>& folders) {
     return text.empty() ? "no state folder" : text;
 }
 
-void EvaluateEnd(const SVisitLine& last, SVerdict& verdict) {
+void EvaluateEnd(const SSiteVisits& visits, SVerdict& verdict) {
+    const SVisitLine& last = *visits.summary.last;
+    const auto isLeft = [](const SRelayVisit& relay) { return !relay.entry; };
+    const auto left = static_cast<std::uint64_t>(std::ranges::count_if(visits.relays, isLeft));
     const std::string visit = "the visit of " + RecordTimeForPeople(last.begin);
     switch (last.ended) {
     case ERunEnd::Whole:
@@ -25,7 +30,8 @@ void EvaluateEnd(const SVisitLine& last, SVerdict& verdict) {
                                                        Counted(last.notVisited, "relay") + " not visited"});
         break;
     case ERunEnd::Killed:
-        verdict.causes.push_back({EState::Warning, visit + " was killed, or the machine stopped"});
+        verdict.causes.push_back({EState::Warning, visit + " was killed, or the machine stopped; " +
+                                                       Counted(left, "relay") + " not visited"});
         break;
     case ERunEnd::NotBegun:
         verdict.causes.push_back(
@@ -48,9 +54,25 @@ void EvaluateAge(std::int64_t age, const SThresholds& thresholds, SVerdict& verd
     }
 }
 
+/// Whether the same has kept the visit from all of several relays.
+bool IsCutOff(const SSiteVisits& visits) {
+    return visits.relays.size() > 1 &&
+           std::ranges::all_of(visits.relays, [&visits](const SRelayVisit& relay) {
+               return relay.IsMissed() && !relay.mute &&
+                      MissedSince(visits, relay) == MissedSince(visits, visits.relays.front());
+           });
+}
+
 void EvaluateReach(const SSiteVisits& visits, SVerdict& verdict) {
+    const bool isCutOff = IsCutOff(visits);
+    if (isCutOff) {
+        constexpr std::string_view kNot = "not ";
+        const std::string since = MissedSince(visits, visits.relays.front());
+        verdict.causes.push_back({EState::Warning, "none of the " + Counted(visits.relays.size(), "relay") +
+                                                       " " + since.substr(kNot.size())});
+    }
     for (const SRelayVisit& relay : visits.relays) {
-        if (relay.IsMissed() && !relay.mute) {
+        if (relay.IsMissed() && !relay.mute && !isCutOff) {
             verdict.causes.push_back({EState::Warning, MissedText(visits, relay)});
         }
         if (relay.entry && relay.entry->lost > 0) {
@@ -82,7 +104,7 @@ void EvaluateVisits(const SSiteVisits& visits, const SThresholds& thresholds, SV
         verdict.causes.push_back({EState::Unknown, visits.muteFailure});
     }
     if (summary.last) {
-        EvaluateEnd(*summary.last, verdict);
+        EvaluateEnd(visits, verdict);
         EvaluateAge(visits.ageSeconds.value_or(0), thresholds, verdict);
         EvaluateReach(visits, verdict);
     }
