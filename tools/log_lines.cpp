@@ -49,9 +49,19 @@ std::string ParseTimeStamp(std::string_view& text) {
     return time;
 }
 
+/// The library's own search compares the whole mark at each place, which was the largest part of reading a
+/// log.
+std::size_t FindLast(std::string_view text, std::string_view mark) {
+    std::size_t at = text.rfind(mark.front());
+    while (at != std::string_view::npos && !text.substr(at).starts_with(mark)) {
+        at = at == 0 ? std::string_view::npos : text.rfind(mark.front(), at - 1);
+    }
+    return at;
+}
+
 /// Truncates the text before its last `mark` and returns the rest after the mark.
 std::string_view CutAfter(std::string_view& text, std::string_view mark) {
-    const std::size_t at = text.rfind(mark);
+    const std::size_t at = FindLast(text, mark);
     if (at == std::string_view::npos) {
         return {};
     }
@@ -62,7 +72,7 @@ std::string_view CutAfter(std::string_view& text, std::string_view mark) {
 
 /// The text between `mark` and the next comma or full stop.
 std::string_view FieldAfter(std::string_view text, std::string_view mark) {
-    const std::size_t at = text.rfind(mark);
+    const std::size_t at = FindLast(text, mark);
     if (at == std::string_view::npos) {
         return {};
     }
@@ -138,8 +148,9 @@ bool CLogReader::Next(SLogLine& line) {
 bool CLogReader::NextText(std::string_view& text) {
     const auto findEnd = [this] {
         const std::uint8_t* const buffer = m_buffer.get();
-        return static_cast<std::size_t>(std::find(buffer + m_begin, buffer + m_end, std::uint8_t{'\n'}) -
-                                        buffer);
+        const void* const found = std::memchr(buffer + m_begin, '\n', m_end - m_begin);
+        return found == nullptr ? m_end
+                                : static_cast<std::size_t>(static_cast<const std::uint8_t*>(found) - buffer);
     };
     std::size_t end = findEnd();
     if (end == m_end && !m_atEnd) {
@@ -175,8 +186,8 @@ SLogLine ParseLogLine(std::string_view text) {
     SLogLine line;
     line.time = ParseTimeStamp(rest);
     // A relay's own words come before the details: only what follows the last details is a status.
-    const std::size_t details = rest.rfind(kDetails);
-    if (details == std::string_view::npos || rest.rfind(kStatus) > details) {
+    const std::size_t details = FindLast(rest, kDetails);
+    if (details == std::string_view::npos || FindLast(rest, kStatus) > details) {
         line.status = CutAfter(rest, kStatus);
     }
     line.connection = CutAfter(rest, kDetails);
