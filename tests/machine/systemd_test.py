@@ -107,7 +107,7 @@ def look_at_visits(system, site):
 def look_at_priorities(system, site):
     """In the journal, a line has the priority that its relay has earned."""
     site.relay.fill(1)
-    before = system.must("date", "+%Y-%m-%d %H:%M:%S").strip()
+    before = system.must("date", "+@%s.%6N").strip()
     site.visit()
     lines = {}
     for priority in ("info", "warning", "err"):
