@@ -221,8 +221,9 @@ class Round:
             os.chmod(place, 0o755 if place.is_dir() else 0o644)
         self.end_by_itself(self.site.start(), "not permitted")
         for place, status in owners.items():
-            os.chown(place, status.st_uid, status.st_gid)
-            os.chmod(place, status.st_mode & 0o7777)
+            if place.exists():  # a folder that stayed empty is removed by those who may write to the one above
+                os.chown(place, status.st_uid, status.st_gid)
+                os.chmod(place, status.st_mode & 0o7777)
 
     def password_refused(self):
         self.note("password refused")

@@ -207,7 +207,8 @@ void CrashTest::Follow(SMemoryDisk disk, std::size_t ends, const std::string& st
 std::string CrashTest::Complaint(const SOutcome& last) const {
     const SEventLedger& events = last.disk.events;
     std::map<int, std::size_t> stored, away;
-    std::string complaint = ComplaintOfFiles(last, stored) + ComplaintOfState(last, stored);
+    std::string complaint = ComplaintOfFiles(last, stored);
+    complaint += ComplaintOfState(last, stored); // it has to know what the day files have
     for (const auto& [path, bytes] : last.disk.Files("C:\\moved"))
         for (const int event : RecordsOf(bytes).events)
             ++away[event];

@@ -93,7 +93,7 @@ protected:
                 LogLedgerReport({static_cast<ELedgerOutcome>(outcome), events, "C:\\p", "C:\\j", "K", "B",
                                  outcome == static_cast<int>(ELedgerOutcome::NotSetAside)
                                      ? "set-aside file /p cannot be written: No space left on device"
-                                     : "why"});
+                                     : "the names of the folders could not be flushed"});
     }
     template <class TSet>
     static void Log(const TSet& set) {
