@@ -6,6 +6,7 @@
 #include "fuzz/support/text_checks.h"
 
 #include "dayfile/day_file_reader.h"
+#include "tools/clocks/shown_time.h"
 #include "tools/report/event_kind.h"
 #include "tools/report/report_data.h"
 #include "tools/report/report_page.h"
@@ -52,7 +53,7 @@ void TakeDayFile(SGathered& gathered, std::size_t file, std::span<const std::uin
     Require(reader.Open("C:\\day.evt").Good(), "the file opens");
     for (SDayFileItem item; reader.Next(item);) {
         if (item.record != nullptr) {
-            gathered.data.AddRecord(source, item);
+            gathered.data.AddRecord(source, item, ShowStamp(item.record->GetTimeStamp(), nullptr, nullptr));
             gathered.places.emplace_back(file, item.offset, item.record->GetUniqueId());
         }
         if (item.damage) {
