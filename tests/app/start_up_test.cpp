@@ -155,7 +155,7 @@ TEST_F(StartUp, NoMissingMemoryEndsItWithoutAWord) {
             g_standardError.clear();
             EXPECT_NE(Run({mode, ini}, n) + g_debugOutput, "|") << n;
         }
-        EXPECT_GT(total, 200U);
+        EXPECT_GT(total, 150U);
     }
 }
 
