@@ -8,6 +8,7 @@
 
 #include "ledger/visit_record.h"
 #include "platform/environment.h"
+#include "tools/sites/fetched_bytes.h"
 
 #include <filesystem>
 
@@ -129,6 +130,23 @@ protected:
     std::string how;
     std::unique_ptr<CVisitRecord> record;
 };
+
+TEST(FetchedBytes, WhatAVisitHasStoredIsNotNewWhenItIsRecovered) {
+    const std::string file = "AB12-1/AB12-1-2026-11-24-DEV.evt";
+    SVisitLine killed, next;
+    SVisitEntry& visit = killed.entries.emplace_back();
+    visit.dayFile = file;
+    visit.from = 100;
+    visit.to = 200;
+    SVisitEntry& recovery = next.entries.emplace_back();
+    for (const std::uint64_t end : {200U, 260U}) {
+        recovery.recoveredIn = SStoredBytes{file, 100, end};
+        CFetchedBytes fetched;
+        fetched.AddOther(killed);
+        fetched.Add(next);
+        EXPECT_EQ(fetched.OfName("AB12-1-2026-11-24-DEV.evt").IsEmpty(), end == 200) << end;
+    }
+}
 
 TEST_F(DigestCommand, AMutedRelayAlarmsNobody) {
     EXPECT_EQ(Run("mute @/sites/north.ini RV002 --until 2026-12-31 --why CT").status, 0);

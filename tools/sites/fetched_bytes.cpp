@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
 
 namespace ruvo {
 
@@ -46,21 +47,25 @@ void CFetchedBytes::AddOther(const SVisitLine& run) {
 }
 
 void CFetchedBytes::AddEntry(const SVisitEntry& entry, bool counts) {
-    AddRange({entry.dayFile, entry.from, entry.to}, counts);
-    if (entry.recoveredIn) {
-        AddRange(*entry.recoveredIn, counts);
+    const SStoredBytes own{entry.dayFile, entry.from, entry.to};
+    if (SFileBytes* const file = FileOf(own)) {
+        file->visited.emplace_back(own.from, own.to);
+        if (counts) {
+            file->counted.emplace_back(own.from, own.to);
+        }
+    }
+    SFileBytes* const file = entry.recoveredIn ? FileOf(*entry.recoveredIn) : nullptr;
+    if (file != nullptr && counts) {
+        file->recovered.emplace_back(entry.recoveredIn->from, entry.recoveredIn->to);
     }
 }
 
-void CFetchedBytes::AddRange(const SStoredBytes& bytes, bool counts) {
+CFetchedBytes::SFileBytes* CFetchedBytes::FileOf(const SStoredBytes& bytes) {
     if (bytes.dayFile.empty() || bytes.from >= bytes.to) {
-        return;
+        return nullptr;
     }
-    SFetchedBytes& file = m_files[bytes.dayFile];
     m_byName[bytes.dayFile.substr(bytes.dayFile.find('/') + 1)] = bytes.dayFile;
-    if (counts) {
-        file.ranges.emplace_back(bytes.from, bytes.to);
-    }
+    return &m_files[bytes.dayFile];
 }
 
 SFetchedBytes CFetchedBytes::Of(const std::string& path) const {
@@ -76,10 +81,17 @@ SFetchedBytes CFetchedBytes::OfName(const std::string& name) const {
 
 SFetchedBytes CFetchedBytes::OfKey(const std::string& dayFile, const std::string& name) const {
     const auto known = m_files.find(dayFile);
-    if (known != m_files.end()) {
-        return known->second;
+    if (known == m_files.end()) {
+        return {.isWhole = IsOfPeriod(name)};
     }
-    return {.isWhole = IsOfPeriod(name)};
+    const SFileBytes& file = known->second;
+    SFetchedBytes fetched{.ranges = file.counted};
+    std::ranges::copy_if(file.recovered, std::back_inserter(fetched.ranges), [&file](const auto& recovered) {
+        return std::ranges::none_of(file.visited, [&recovered](const auto& visited) {
+            return visited.first <= recovered.first && recovered.second <= visited.second;
+        });
+    });
+    return fetched;
 }
 
 bool CFetchedBytes::IsOfPeriod(const std::string& name) const {

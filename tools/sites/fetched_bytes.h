@@ -40,14 +40,22 @@ public:
     [[nodiscard]] SFetchedBytes OfName(const std::string& name) const;
 
 private:
+    using Ranges = std::vector<std::pair<std::uint64_t, std::uint64_t>>;
+    /// A visit that is killed before it is closed may have stored all its events and have told of them: then
+    /// the run that recovers them brings nothing new.
+    struct SFileBytes {
+        Ranges visited;   ///< by visits, whether they count or not
+        Ranges counted;   ///< those of them that do
+        Ranges recovered; ///< by recoveries that count
+    };
+
     [[nodiscard]] SFetchedBytes OfKey(const std::string& dayFile, const std::string& name) const;
     void AddEntry(const SVisitEntry& entry, bool counts);
-    void AddRange(const SStoredBytes& bytes, bool counts);
+    SFileBytes* FileOf(const SStoredBytes& bytes);
     [[nodiscard]] bool IsOfPeriod(const std::string& name) const;
 
     std::optional<SPeriod> m_period;
-    /// By FOLDER/FILE, as the records have it; a file that is known has none where nothing in it counts.
-    std::map<std::string, SFetchedBytes> m_files;
+    std::map<std::string, SFileBytes> m_files;   ///< by FOLDER/FILE, as the records have it
     std::map<std::string, std::string> m_byName; ///< their keys by FILE
 };
 
