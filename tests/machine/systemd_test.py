@@ -112,12 +112,12 @@ def look_at_priorities(system, site):
     lines = {}
     for priority in ("info", "warning", "err"):
         lines[priority] = system.journal(SERVICE, f"--since={before}", f"--priority={priority}..{priority}")
-    equal("priorities: a good relay", [name for name, text in lines.items() if "Bay 1 (RV001): 1 event\n" in text + "\n"], ["info"])
+    equal("priorities: a good relay", [name for name, text in lines.items() if "(RV001): 1 event\n" in text + "\n"], ["info"])
     equal("priorities: nothing else of a good visit", (lines["warning"], lines["err"]), ("", ""))
     site.relay.fill(1, kind=9)
     site.visit()
     lost = system.journal(SERVICE, f"--since={before}", "--priority=err..err")
-    check("priorities: a relay whose event is lost", "Bay 1 (RV001): 1 event, 1 lost" in lost, lost)
+    check("priorities: a relay whose event is lost", "(RV001): 1 event, 1 lost" in lost, lost)
     warned = system.journal(SERVICE, f"--since={before}", "--priority=warning..warning")
     check("priorities: a line of the error log", PASSED_OVER in warned, warned)
     system.must("systemctl", "reset-failed")
