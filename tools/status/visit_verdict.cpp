@@ -77,8 +77,8 @@ void EvaluateReach(const SSiteVisits& visits, SVerdict& verdict) {
         }
         if (relay.entry && relay.entry->lost > 0) {
             verdict.causes.push_back(
-                {EState::Warning, Counted(relay.entry->lost, "event") + " of " + relay.Label() +
-                                      " lost by the last visit; the error log says why"});
+                {EState::Critical, Counted(relay.entry->lost, "event") + " of " + relay.Label() +
+                                       " lost by the last visit; the error log says why"});
         }
     }
 }
