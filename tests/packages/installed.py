@@ -143,9 +143,9 @@ def visit_yard(steps):
     equal("recover: whose files it makes", said("find", "/var/lib/ruvo-state", "-not", "-user", "ruvo"), "")
     steps.take("report", 0, "ruvoctl report")
     check("report: a page", "</html>" in (steps.place / "yard.html").read_text("utf-8"))
-    for what, start in (("with the visits", "runuser"), ("without them", "ruvoctl status")):
-        steps.take(f"status {what}: last night's line in the log", 1, start)
-        check(f"status {what}: the verdict", re.search("(?m)^WARNING", steps.shown), steps.shown)
+    for what, start, status, verdict in (("with the visits", "runuser", 2, "CRITICAL"), ("without them", "ruvoctl status", 1, "WARNING")):
+        steps.take(f"status {what}: the event passed over, or its line in the log", status, start)
+        check(f"status {what}: the verdict", re.search(f"(?m)^{verdict}", steps.shown), steps.shown)
         check(f"status {what}: the relays reached", ("1 of 1 relay reached" in steps.shown) == (start == "runuser"), steps.shown)
 
 

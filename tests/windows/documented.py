@@ -151,8 +151,8 @@ def visit_badly(steps):
 
 
 def watch(steps):
-    steps.take("status: last night's line in the log", 1, "ruvoctl status")
-    check("status: the verdict", steps.shown.startswith("WARNING"), steps.shown)
+    steps.take("status: the event passed over", 2, "ruvoctl status")
+    check("status: the verdict", steps.shown.startswith("CRITICAL"), steps.shown)
     steps.take("digest", 0, "ruvoctl digest")
     steps.take("report", 0, "ruvoctl report")
     check("report: a page", "</html>" in (steps.windows.drive / DATA / "yard.html").read_text("utf-8"))
