@@ -27,7 +27,8 @@ headers() {
             /^[^ ]/ { ours = 0; for (i = 1; i <= n; i++) if (index($0, room[i] "/") == 1) ours = 1 }
             /^ +(\/|cli11\/|tomlplusplus\/)/ && ours { print $1 }' |
         # (For Windows these two were copied from where they are installed.)
-        sed "s|^cli11/|$(cached RUVO_CLI11_DIR)/|; s|^tomlplusplus/|$(cached RUVO_TOMLPLUSPLUS_DIR)/|" |
+        sed -E "s|^($PWD/$build/)?cli11/|$(cached RUVO_CLI11_DIR)/|
+            s|^($PWD/$build/)?tomlplusplus/|$(cached RUVO_TOMLPLUSPLUS_DIR)/|" |
         sort -u | xargs realpath -e | grep -v "^$PWD/"
 }
 # The library that is compiled in for Windows, which no package of this machine has.
