@@ -3,7 +3,7 @@
 Its header in every C and C++ that it promises, with each compiler that is here, and its functions called from C and Python.
 """
 
-import importlib.util
+import importlib
 import os
 import pathlib
 import shutil
@@ -48,9 +48,8 @@ def look_at_header():
 
 
 def call(work):
-    spec = importlib.util.spec_from_file_location("ruvo_library", SOURCE / "examples/python/ruvo_library.py")
-    module = importlib.util.module_from_spec(spec)
-    spec.loader.exec_module(module)
+    sys.path.append(str(SOURCE / "examples/python"))
+    module = importlib.import_module("ruvo_library")
     library = module.Library(str(BIN / "libruvo.so"))
     for password in (b"", b"A", b"FDR1", b"8 chars!", b"\xe4\xff"):
         scrambled = library.encrypt(password)
