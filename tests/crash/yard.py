@@ -1,21 +1,13 @@
-"""A random yard of relays whose events can be told apart: the text of a relay's event number 7 is "E7"."""
+"""A random yard of relays whose events can be distinguished: the text of a relay's event number 7 is "E7"."""
 
-UNKNOWN, MALFORMED = 9, 10
+from relay_events import CELLS, MALFORMED, PASSWORD_CELL, UNKNOWN, event_toml
 
 FIXED = """serial = {number}
 name = "R{number}"
 identity = {{ model = "CR{number}", serial = "{number}", plant = "Yard", description = "Feeder" }}
 columns."30" = {{ locations = "uint" }}
 [relay.cells]
-"00.DF" = {{ uint = {generation}, size = 1 }}
-"BF.03" = {{ uint = 7, size = 1, writable = true }}
-"08.10" = {{ text = "Tap %d" }}
-"09.01" = {{ index = 1, strings = ["Off", "On"] }}
-[[relay.record]]
-column = "30"
-number = 1
-cells."30.02" = {{ text = "A", label = "Phase %s" }}
-"""
+""" + CELLS
 
 LOGIN = {
     0: 'password = "AAAA"',
@@ -23,32 +15,13 @@ LOGIN = {
     2: 'users = [{ name = "A", password = "B" }]',
     3: 'users = [{ name = "A", password = "B" }]',
 }
-PASSWORD_CELL = {0: "00.02", 1: "00.E1"}
-
-KEYS = {  # of a kind, behind those that every event has
-    1: 'format = "%d", values = [{ int = 5 }]',
-    2: 'text_cell = "08.10", values = [{ int = 7 }]',
-    3: 'record = { column = "30", number = 1 }',
-    4: "id = 4",
-    5: 'id = 5, record = { column = "30", number = 1 }',
-}
-
-
-def event_text(number, kind):
-    time = f"2026-03-05T{number // 3600 % 24:02}:{number // 60 % 60:02}:{number % 60:02}"
-    if kind == UNKNOWN:
-        return f'{{ kind = 9, elements = [{{ menu = "09.01" }}, {{ time = {time} }}, {{ text = "E{number}" }}, {{ uint = 1 }}] }}'
-    if kind == MALFORMED:
-        return f'{{ kind = 0, elements = [{{ menu = "09.01" }}, {{ text = "E{number}" }}] }}'
-    more = f", {KEYS[kind]}" if kind in KEYS else ""
-    return (f'{{ kind = {kind}, location = "09.01", time = {time}, text = "E{number}", value = {{ index = 1 }}{more} }}')
 
 
 class Relay:
     def __init__(self, random, number):
         self.number = number
         self.generation = random.randrange(4)
-        self.is_open = self.generation < 2 or random.random() < 0.5  # else it wants a user's name and keeps its events
+        self.is_open = self.generation < 2 or random.random() < 0.5  # else it requires a user name and keeps its events
         self.forgets = random.randrange(4, 30) if self.generation < 2 and random.random() < 0.5 else 0
         odd = [UNKNOWN, MALFORMED] if random.random() < 0.3 else []
         kinds = [0, 1, 2, 3, 4, 5] * 4 + odd
@@ -65,7 +38,7 @@ class Relay:
     def text(self, refuses):
         protect = "" if self.generation < 2 or not self.is_open else ", protect = []"
         forget = f", forget_after = {self.forgets}" if self.forgets else ""
-        lines = ["[[relay]]", "event = [", *(event_text(at + 1, kind) + "," for at, kind in enumerate(self.kinds[:self.shown])),
+        lines = ["[[relay]]", "event = [", *(event_toml(f"E{at + 1}", at + 1, kind) for at, kind in enumerate(self.kinds[:self.shown])),
                  "]", f"access = {{ generation = {self.generation}, {LOGIN[self.generation]}{protect}{forget} }}",
                  FIXED.format(number=self.number, generation=self.generation)]
         if refuses and self.forgets:

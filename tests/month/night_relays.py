@@ -6,7 +6,7 @@ still to hand over, so that a night's substation file stays short.
 
 import dataclasses
 
-UNKNOWN, MALFORMED = 9, 10
+from relay_events import CELLS, MALFORMED, PASSWORD_CELL, UNKNOWN, event_toml
 
 TEXT = """[[relay]]
 name = "{number}"
@@ -18,34 +18,7 @@ event = [
 {events}
 ]
 [relay.cells]
-"00.DF" = {{ uint = {generation}, size = 1 }}
-"BF.03" = {{ uint = 7, size = 1, writable = true }}
-"08.10" = {{ text = "Tap %d" }}
-"09.01" = {{ index = 1, strings = ["Off", "On"] }}
-[[relay.record]]
-column = "30"
-number = 1
-cells."30.02" = {{ text = "A", label = "Phase %s" }}
-"""
-
-MORE_KEYS = {  # of a kind, behind those that every event has
-    1: ', format = "%d", values = [{ int = 5 }]',
-    2: ', text_cell = "08.10", values = [{ int = 7 }]',
-    3: ', record = { column = "30", number = 1 }',
-    4: ", id = 4",
-    5: ', id = 5, record = { column = "30", number = 1 }',
-}
-PASSWORD_CELL = {0: "00.02", 1: "00.E1"}
-
-
-def event_text(relay, number, kind):
-    time = f"2026-03-05T{number // 3600 % 24:02}:{number // 60 % 60:02}:{number % 60:02}"
-    text = f'{{ text = "R{relay}E{number}" }}'
-    if kind == UNKNOWN:
-        return f'{{ kind = 9, elements = [{{ menu = "09.01" }}, {{ time = {time} }}, {text}, {{ uint = 1 }}] }},'
-    if kind == MALFORMED:
-        return f'{{ kind = 0, elements = [{{ menu = "09.01" }}, {text}] }},'
-    return f'{{ kind = {kind}, location = "09.01", time = {time}, text = {text}, value = {{ index = 1 }}{MORE_KEYS.get(kind, "")} }},'
+""" + CELLS
 
 
 @dataclasses.dataclass(frozen=True)
@@ -54,7 +27,7 @@ class Failure:
 
     name: str
     fault: str = ""
-    link_status: int = 0       # that opening its link gives
+    link_status: int = 0       # of opening its link
     nights: int = 1            # that it lasts at most
     needs_events: bool = False
     needs_login: bool = False
@@ -138,5 +111,5 @@ class Relay:
             login += f", forget_after = {self.random.randrange(4, 9)}"
             faults = (f'[[fault]]\noperation = "ChangeSetting"\nrelay = "{self.number}"\n'
                       f'cell = "{PASSWORD_CELL[self.generation]}"\nfrom = 3\nreply = 4\n')
-        events = "\n".join(event_text(self.number, at + 1, kind) for at, kind in enumerate(self.kinds) if at >= self.taken)
+        events = "\n".join(event_toml(f"R{self.number}E{at + 1}", at + 1, kind) for at, kind in enumerate(self.kinds) if at >= self.taken)
         return TEXT.format(number=self.number, ip=self.ip, generation=self.generation, login=login, events=events) + faults
