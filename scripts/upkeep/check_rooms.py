@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Keeps the house in order: which room may use which, where the system may be asked, and tidy files.
+"""Checks which room uses which, where the operating system is used, and that files are tidy.
 
     check_rooms.py [--calls BUILD] [TREE]
 
-Includes are found however they are written. With --calls the objects of that finished build are looked into as well, so
-that a call into a room that may not be used is found even where no header shows it. Prints what is wrong, and fails.
+Includes are found however they are written. With --calls the objects of that finished build are examined as well, so
+that a call into a room that may not be used is found even where no header shows it. Prints the violations, and fails.
 """
 import argparse
 import json
@@ -18,6 +18,8 @@ from cpp_source import directives_of, without_comments
 TOP = pathlib.Path(__file__).resolve().parents[2]
 CODE = ('.cpp', '.h', '.c')
 TEXTS = CODE + ('.sh', '.py', '.md')
+# Other names of C and C++ files, which would escape the checks.
+OTHER_CODE = ('.cc', '.cxx', '.c++', '.cppm', '.ixx', '.hh', '.hpp', '.hxx', '.h++', '.inc', '.inl', '.ipp', '.tcc', '.tpp')
 LONGEST = 400 # lines
 MADE = ('docs/ruvoctl.1.md', 'docs/ruvo-log.5.md') # as long as the commands and the lines are many
 PRODUCT = ('src', 'sim', 'tools')
@@ -36,24 +38,26 @@ STANDARD = set('''
     variant vector version'''.split())
 # Headers of libraries, and the folder that may know of each.
 LIBRARIES = {'toml++/': 'sim/file', 'openssl/': 'sim/module', 'CLI/': 'tools', 'sqlite3.h': 'tools/archive'}
-# Who may ask the operating system: what is chosen by it, and what looks at our programs from outside.
+# Folders that may use the operating system: its implementations, and tests of the programs from outside.
 SYSTEM_FOLDERS = ('src/platform', 'src/link/windows', 'sim/windows', 'sim/module/windows', 'tests', 'bench', 'fuzz')
 # In C there is no other name for these, and the exports are for programs in C.
 C_HEADERS = {'include': {'stdint.h'}, 'examples': {'stdint.h', 'stdio.h', 'stdlib.h', 'string.h'}}
 
-# What compiled code asks of the C library where it asks nothing of the system: C's own functions, what the compiler puts
-# there (names with an underscore), and what the threads of C++ come to; and the names of the libraries.
-C_NAMES = re.compile(r'_\w+|mem\w+|str(len|n?cmp|n?cpy|chr|rchr|str|to\w+)|is\w+|to(upper|lower)|v?(f|s|sn)?printf|std(in|out|err)'
+# Symbols that are not calls of the system: those of C++ and of the compiler, C's own functions, and the implementation of
+# C++ threads; and the names of the libraries.
+C_NAMES = re.compile(r'_(Z|Unwind_|GLOBAL_)\w+|__(cxa|gxx|stack_chk|dynamic_cast|dso_handle|(emu)?tls|errno_location|isoc|libc_single'
+                     r'|[atu]b?san|sanitizer|gcov)\w*|__\w*(printf|mem\w+|str\w+|fread|fgets)_chk'
+                     r'|mem\w+|str(len|n?cmp|n?cpy|chr|rchr|str|to\w+)|is\w+|to(upper|lower)|v?(f|s|sn)?printf|std(in|out|err)'
                      r'|f(open|close|read|write|puts|gets|flush|seek|tell)|setv?buf|s?rand|getenv|atexit|abort|l?div|qsort'
                      r'|(round|floor|ceil|trunc|pow|log|log10|exp|sqrt|fmod|ldexp|frexp|modf|fabs)[fl]?'
                      r'|(mk|gm|local|asc|strf)?time|malloc|calloc|realloc|free|pthread_\w+|sem_\w+|nanosleep|sched_yield')
 LIBRARY_NAMES = {'sqlite3_': 'tools/archive', 'HMAC': 'sim/module', 'EVP_': 'sim/module'}
 
-# What distinguishes systems. (Which compiler it is may be asked: a warning is no rule of the business.)
+# Macros that distinguish systems. (The compiler may be tested: suppressing a warning changes no behaviour.)
 PLATFORM_WORD = re.compile(r'\b(_WIN32|_WIN64|WIN32|__WIN(?:32|64|NT)__|__MINGW\w*|__CYGWIN__|_MSC_VER|__linux\w*|__gnu_linux__'
                            r'|linux|unix|__unix\w*|__APPLE__|__MACH__|__FreeBSD__|__ANDROID__|_POSIX_\w+|__has_include\w*)\b')
 PLATFORM_FOLDERS = ('src/platform',)
-PLATFORM_FILES = ('include/ruvo/ruvo.h',) # a calling convention that others compile against
+PLATFORM_FILES = ('include/ruvo/ruvo.h',) # the calling convention of the exports
 
 
 def is_below(name, folders):
@@ -63,7 +67,7 @@ def is_below(name, folders):
 class Rooms:
     """The table that CMake reads too."""
 
-    def __init__(self, tree, complain):
+    def __init__(self, tree, report):
         self.folders = {}
         self.uses = {}
         for number, line in enumerate((tree / 'cmake/rooms.txt').read_text().splitlines(), 1):
@@ -72,9 +76,9 @@ class Rooms:
             name, folder, *uses = line.split()
             for used in uses:
                 if used != '*' and used not in self.uses:
-                    complain('cmake/rooms.txt', number, f'room {name} may use rooms named above it alone, not {used}')
+                    report('cmake/rooms.txt', number, f'room {name} may use rooms named above it alone, not {used}')
             if not (tree / folder).is_dir():
-                complain('cmake/rooms.txt', number, f'there is no folder {folder}')
+                report('cmake/rooms.txt', number, f'there is no folder {folder}')
             self.folders[folder] = name
             self.uses[name] = set(uses)
 
@@ -94,19 +98,22 @@ class Check:
     def __init__(self, tree):
         self.tree = tree
         self.wrong = []
-        self.looked_at = 0
-        self.rooms = Rooms(tree, self.complain)
+        self.checked = 0
+        self.rooms = Rooms(tree, self.report)
         self.sources = {}
         self.texts = []
-        tops = {folder.split('/')[0] for folder in self.rooms.folders}
-        for top in sorted(tops | {'scripts', 'docs', 'packaging'}):
-            for path in sorted((tree / top).rglob('*')):
-                if path.suffix in TEXTS and path.is_file():
-                    name = path.relative_to(tree).as_posix()
+        for top in sorted(tree.iterdir()):
+            if top.name == 'build' or top.name.startswith(('.', 'demo-out')):
+                continue
+            for path in sorted(top.rglob('*')):
+                name = path.relative_to(tree).as_posix()
+                if path.suffix.lower() in OTHER_CODE and path.is_file():
+                    self.report(name, 1, 'a source is named .cpp, .c or .h')
+                elif path.suffix in TEXTS and path.is_file():
                     self.texts.append(name)
                     if path.suffix in CODE:
                         self.sources[name] = path.read_bytes().decode('utf-8', 'replace').replace('\r\n', '\n')
-        # What a name of the preprocessor's may stand for, in whichever file it is given.
+        # The possible values of each macro, in whichever file it is defined.
         self.macros = {}
         for source in self.sources.values():
             for _, word, rest in directives_of(source):
@@ -114,7 +121,7 @@ class Check:
                 if match:
                     self.macros.setdefault(match[1], set()).add(match[2])
 
-    def complain(self, name, line, what):
+    def report(self, name, line, what):
         self.wrong.append(f'{name}:{line}: {what}')
 
     def found_in_tree(self, name, header, quoted):
@@ -131,17 +138,17 @@ class Check:
         match = re.fullmatch(r'(["<])([^">]*)[">]', what)
         if not match:
             if not self.macros.get(what) or what in seen:
-                self.complain(name, line, f'includes what only the compiler can know: {what}')
+                self.report(name, line, f'include that cannot be resolved: {what}')
             for meant in sorted(self.macros.get(what, ())) if what not in seen else ():
                 self.check_include(name, line, meant, (*seen, what))
             return
-        self.looked_at += 1
+        self.checked += 1
         header = match[2]
         found = self.found_in_tree(name, header, match[1] == '"')
         if found:
             used = self.rooms.of(found)
             if used is None or not self.rooms.may_use(room, used):
-                self.complain(name, line, f'room {room} may not use {used or "what is in no room"} ({found})')
+                self.report(name, line, f'room {room} may not use {used or "what is in no room"} ({found})')
             return
         library = next((key for key in LIBRARIES if header.startswith(key)), None)
         if is_below(name, SYSTEM_FOLDERS) or header in STANDARD or library and is_below(name, (LIBRARIES[library],)):
@@ -149,14 +156,14 @@ class Check:
         if header in C_HEADERS.get(name.split('/')[0], ()):
             return
         if library:
-            self.complain(name, line, f'{header}: {LIBRARIES[library]} alone may know that library')
+            self.report(name, line, f'{header}: {LIBRARIES[library]} alone may use that library')
         else:
-            self.complain(name, line, f'{header}: neither ours nor of the C++ library; the system is asked in src/platform alone')
+            self.report(name, line, f'{header}: neither ours nor of the C++ library; only src/platform uses the system')
 
     def check_code(self):
         for name, source in self.sources.items():
             if self.rooms.of(name) is None:
-                self.complain(name, 1, 'in no room of cmake/rooms.txt')
+                self.report(name, 1, 'in no room of cmake/rooms.txt')
                 continue
             for line, word, rest in directives_of(source):
                 if word in ('include', 'include_next', 'import'):
@@ -166,17 +173,17 @@ class Check:
             for line, text in enumerate(without_comments(source).split('\n'), 1):
                 match = PLATFORM_WORD.search(re.sub(r'"(?:[^"\\]|\\.)*"', '""', text))
                 if match:
-                    self.complain(name, line, f'asks for the platform ({match[1]}) outside the platform room')
+                    self.report(name, line, f'tests for the platform ({match[1]}) outside src/platform')
 
     def check_texts(self):
         for name in self.texts:
             text = (self.tree / name).read_bytes()
             if not text.endswith(b'\n'):
-                self.complain(name, text.count(b'\n') + 1, 'no line end at its end')
+                self.report(name, text.count(b'\n') + 1, 'no line end at the end of the file')
             if b'\r' in text:
-                self.complain(name, text[:text.index(b'\r')].count(b'\n') + 1, 'a carriage return')
+                self.report(name, text[:text.index(b'\r')].count(b'\n') + 1, 'a carriage return')
             if text.count(b'\n') > LONGEST and name not in MADE:
-                self.complain(name, LONGEST + 1, f'above {LONGEST} lines')
+                self.report(name, LONGEST + 1, f'above {LONGEST} lines')
 
     def check_calls(self, build):
         """Every symbol that an object leaves undefined, against the rooms of the objects that define it."""
@@ -186,14 +193,14 @@ class Check:
             source = pathlib.Path(command['file'])
             output = re.search(r' -o (\S+)', command['command'])[1]
             place = pathlib.PurePosixPath(re.sub(r'CMakeFiles/[^/]*\.dir/', '', output))
-            # (What the build makes itself belongs where it is compiled.)
+            # (Generated files belong to the room that compiles them.)
             name = source.relative_to(self.tree).as_posix() if source.is_relative_to(self.tree) and \
                 not source.is_relative_to(build) else place.as_posix()
-            if is_below(name, PRODUCT): # what looks at it from outside may call anything, and takes the place of parts of it
+            if is_below(name, PRODUCT): # tests may call anything, and replace parts of it
                 objects[str(build / output)] = name
         missing = [path for path in objects if not pathlib.Path(path).is_file()]
         if missing or not objects:
-            self.complain(build, 0, f'{len(missing)} of {len(objects)} objects are not built, such as {(missing + ["all"])[0]}')
+            self.report(build, 0, f'{len(missing)} of {len(objects)} objects are not built, such as {(missing + ["all"])[0]}')
             return
         said = subprocess.run(['nm', '--print-file-name', '--portability', *objects], check=True, capture_output=True, text=True)
         for line in said.stdout.splitlines():
@@ -207,17 +214,17 @@ class Check:
         for name, symbol in used:
             rooms = defined.get(symbol)
             if rooms:
-                self.looked_at += 1
+                self.checked += 1
                 if not any(self.rooms.may_use(self.rooms.of(name), room) for room in rooms):
                     bad.setdefault((name, symbol), rooms)
             elif not (is_below(name, SYSTEM_FOLDERS) or C_NAMES.fullmatch(symbol) or
                       any(symbol.startswith(key) and is_below(name, (folder,)) for key, folder in LIBRARY_NAMES.items())):
                 asked.add((name, symbol))
         for name, symbol in sorted(asked):
-            self.complain(name, 1, f'asks the system ({symbol}) outside src/platform')
+            self.report(name, 1, f'calls the system ({symbol}) outside src/platform')
         for (name, symbol), rooms in sorted(bad.items()):
             plain = subprocess.run(['c++filt', symbol], check=True, capture_output=True, text=True).stdout.strip()
-            self.complain(name, 1, f'room {self.rooms.of(name)} may not call {" or ".join(sorted(rooms))} ({plain})')
+            self.report(name, 1, f'room {self.rooms.of(name)} may not call {" or ".join(sorted(rooms))} ({plain})')
 
 
 def main():
@@ -232,9 +239,9 @@ def main():
         check.check_calls(options.calls.resolve())
     for what in check.wrong:
         print(what, file=sys.stderr)
-    if not check.wrong and check.looked_at == 0:
-        print('check_rooms.py: found nothing to look at', file=sys.stderr)
-    return 1 if check.wrong or check.looked_at == 0 else 0
+    if not check.wrong and check.checked == 0:
+        print('check_rooms.py: found nothing to check', file=sys.stderr)
+    return 1 if check.wrong or check.checked == 0 else 0
 
 
 if __name__ == '__main__':

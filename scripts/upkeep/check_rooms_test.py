@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Plants one violation after the other in a small house, and sees that check_rooms.py refuses each, where it stands."""
+"""Inserts one violation after the other into a small tree, and checks that check_rooms.py refuses each at its place."""
 import json
 import pathlib
 import shutil
@@ -65,15 +65,15 @@ class RoomsCheck(unittest.TestCase):
         (self.tree / 'build/compile_commands.json').write_text(json.dumps(commands))
         return self.tree / 'build'
 
-    def refuses(self, name, text, *wanted, arguments=()):
-        """The text makes these complaints about its file, and no other."""
+    def refuses(self, name, text, *expected, arguments=()):
+        """The file with this text is refused for these reasons, and no others."""
         self.write(name, text)
         if arguments:
             arguments = ('--calls', self.build())
         code, lines = self.said(*arguments)
         self.assertEqual(code, 1)
-        self.assertEqual(len(lines), len(wanted), lines)
-        for line, (number, what) in zip(lines, wanted):
+        self.assertEqual(len(lines), len(expected), lines)
+        for line, (number, what) in zip(lines, expected):
             self.assertTrue(line.startswith(f'{name}:{number}: ') and what in line, line)
 
     def test_house_in_order(self):
@@ -84,7 +84,7 @@ class RoomsCheck(unittest.TestCase):
             shutil.rmtree(self.tree / name)
             (self.tree / name).mkdir()
         self.write('cmake/rooms.txt', 'sim sim\n')
-        self.assertEqual(self.said(), (1, ['check_rooms.py: found nothing to look at']))
+        self.assertEqual(self.said(), (1, ['check_rooms.py: found nothing to check']))
 
     def test_include_by_relative_path(self):
         self.refuses('src/base/new.h', '\n#include "../log/error_log.h"\n', (2, 'room base may not use log'))
@@ -101,7 +101,7 @@ class RoomsCheck(unittest.TestCase):
     def test_include_without_spaces(self):
         self.refuses('src/log/new.h', '#include<link/client.h>\n', (1, 'room log may not use link'))
 
-    def test_include_behind_comment(self):
+    def test_include_after_comment(self):
         self.refuses('src/log/new.h', '/* of\nus */ # /**/ include "link/client.h"\n', (2, 'room log may not use link'))
 
     def test_include_on_two_lines(self):
@@ -111,12 +111,12 @@ class RoomsCheck(unittest.TestCase):
         self.refuses('src/log/new.h', '#define ASKED <link/client.h>\n#include ASKED\n', (2, 'room log may not use link'))
 
     def test_include_by_unknown_macro(self):
-        self.refuses('src/log/new.h', '#include ASKED\n', (1, 'only the compiler can know: ASKED'))
+        self.refuses('src/log/new.h', '#include ASKED\n', (1, 'cannot be resolved: ASKED'))
 
     def test_include_into_the_seam_from_the_link_around_it(self):
         self.refuses('src/link/seam/new.h', '#include "link/client.h"\n', (1, 'room seam may not use link'))
 
-    def test_include_of_the_link_behind_the_seam(self):
+    def test_include_of_the_link_from_the_simulator(self):
         self.refuses('sim/new.cpp', '#include "link/client.h"\n', (1, 'room sim may not use link'))
 
     def test_call_without_include(self):
@@ -125,7 +125,11 @@ class RoomsCheck(unittest.TestCase):
 
     def test_system_call_without_header(self):
         self.refuses('src/run/new.cpp', 'extern "C" int getppid();\nint Call() { return getppid(); }\n',
-                     (1, 'asks the system (getppid)'), arguments=['--calls'])
+                     (1, 'calls the system (getppid)'), arguments=['--calls'])
+
+    def test_system_call_with_underscore(self):
+        self.refuses('tools/new.cpp', 'extern "C" void _exit(int);\nvoid Call() { _exit(1); }\n',
+                     (1, 'calls the system (_exit)'), arguments=['--calls'])
 
     def test_calls_of_unfinished_build(self):
         build = self.build()
@@ -143,10 +147,16 @@ class RoomsCheck(unittest.TestCase):
 
     def test_platform_conditional(self):
         self.refuses('tools/new.cpp', '#if defined (_WIN32)\n#endif\n#define HERE defined(__linux__)\n',
-                     (1, 'asks for the platform (_WIN32)'), (3, 'asks for the platform (__linux__)'))
+                     (1, 'tests for the platform (_WIN32)'), (3, 'tests for the platform (__linux__)'))
 
     def test_folder_of_no_room(self):
         self.refuses('src/attic/new.cpp', 'int old;\n', (1, 'in no room'))
+
+    def test_folder_beside_the_rooms(self):
+        self.refuses('extra/new.cpp', 'int old;\n', (1, 'in no room'))
+
+    def test_source_with_another_suffix(self):
+        self.refuses('tools/new.hpp', '#include <windows.h>\n', (1, 'a source is named'))
 
     def test_rooms_in_a_circle(self):
         self.refuses('cmake/rooms.txt', ROOMS.replace('src/base\n', 'src/base platform\n'), (2, 'may use rooms named above it'))
