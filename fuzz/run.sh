@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Builds the targets of this folder under the sanitizers and runs them; scripts/fuzz.sh tells how to call it. The last line
-# is the count of targets. What a run by minutes or by --runs discovers is kept in build/fuzz/inputs and taken up by the
-# next one. An input that fails is left in build/fuzz/findings: with its cause mended it becomes a file in
+# Builds the targets of this folder under the sanitizers and runs them; scripts/fuzz.sh describes the arguments. The last
+# line is the count of targets. Inputs found by a run with minutes or --runs are kept in build/fuzz/inputs, and the next run
+# begins with them. An input that fails is left in build/fuzz/findings; once its cause is fixed, move it to
 # fuzz/regressions/TARGET.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -12,7 +12,7 @@ declare -A short=([archive]=6000 [cell]=20000 [day_file]=4000 [ethernet]=200000 
 declare -A longest=([ethernet]=64 [scramble]=64 [variant]=64 [find]=128 [registry]=256 [format]=512 [cell]=512
     [values]=512 [record]=1024 [extraction]=1024 [ini]=1024 [ini_edit]=1024 [log]=1024 [archive]=1024 [day_file]=2048
     [report]=2048 [recording]=2048 [status]=2048 [substation]=2048) # bytes
-# Targets whose inputs hold what another one's hold.
+# Targets whose inputs have the form of those of another one, and so use its dictionary.
 declare -A alike=([archive]=day_file [report]=day_file [status]=day_file [ini_edit]=ini)
 
 kept=yes
@@ -23,7 +23,7 @@ case "${1:---short}" in
     ;;
 --runs)
     runs=${2:-}
-    [[ "$runs" =~ ^[1-9][0-9]*$ ]] || { echo "fuzz.sh: --runs: want a number of executions" >&2; exit 2; }
+    [[ "$runs" =~ ^[1-9][0-9]*$ ]] || { echo "fuzz.sh: --runs: expected a number of executions" >&2; exit 2; }
     shift 2
     ;;
 *[!0-9]*) kept= ;; # a target
@@ -43,7 +43,7 @@ echo "Building (fuzz)"
 scripts/build.sh fuzz "${targets[@]/#/fuzz_}"
 out=build/fuzz
 mkdir -p $out/inputs $out/findings $out/logs
-# Where memory was allocated is told in few frames, and what was freed kept for a shorter while: twice as fast.
+# Short call stacks of allocations, and a small quarantine for freed memory: twice as fast.
 export ASAN_OPTIONS=malloc_context_size=4:quarantine_size_mb=16
 
 # Some targets need a folder, which is quickest in memory.
@@ -60,7 +60,7 @@ run() { # one target
     local dictionary=fuzz/dictionaries/$target
     [ -f "$dictionary" ] || dictionary=fuzz/dictionaries/${alike[$target]:-}
     [ ! -f "$dictionary" ] || limit+=(-dict="$dictionary")
-    # (Its entropic schedule would take more time than the target's own work.)
+    # (The fuzzer's entropic schedule would take more time than the target itself.)
     { time $out/bin/fuzz_"$target" "${limit[@]}" -max_len="${longest[$target]}" -entropic=0 -timeout=20 \
         -rss_limit_mb=3072 -print_final_stats=1 -artifact_prefix="$out/findings/$target-" \
         "$inputs" fuzz/corpus/"$target" fuzz/regressions/"$target" >"$out/logs/$target" 2>&1; } \

@@ -24,7 +24,7 @@ export P32LS_SUBSTATION=$root/$example/substation.toml RUVO_LOCK_DIR=$dir RUVO_S
 export RUVO_REGISTRY_USER=$dir/no-registry RUVO_REGISTRY_MACHINE=$dir/no-registry
 
 echo
-echo "The substation of $example: relays behind a serial port, a modem line and Ethernet tunnels."
+echo "The substation of $example: relays on a serial port, a modem line and Ethernet tunnels."
 for link in serial modem ethernet; do
     sed -e "s|^EventRootDir=.*|EventRootDir=$dir/events|" -e "s|^ErrorLogPathname=.*|ErrorLogPathname=$dir/RUVO_Errors.log|" \
         "$example/$link.ini" >"$dir/$link.ini"
@@ -37,10 +37,10 @@ echo "The error log, one line per problem ($dir/RUVO_Errors.log):"
 sed 's/^/  /; s/\r$//' "$dir/RUVO_Errors.log"
 
 cat <<'END'
-What is behind it: address 4 is not there; 5 has another password than serial.ini; 8 and 9 want user names, which
-the INI file cannot hold; 10 says that its password is blocked; modem address 12 sends an event that makes no sense
+The causes: address 4 does not exist; 5 has another password than serial.ini; 8 and 9 require user names, which
+the INI file cannot contain; 10 reports that its password is blocked; modem address 12 sends a malformed event
 (the two before it are kept); one event of 10.20.0.5 is of an unknown kind; 10.20.0.9 has no tunnel.
-All other relays were read, one of them (7) with an enciphered password.
+All other relays were read, one of them (7) with an encrypted password.
 END
 
 echo

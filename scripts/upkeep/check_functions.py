@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Keeps functions short, 50 lines with their heads, and in what users run simple: a cyclomatic complexity of 16.
+"""Checks that functions have at most 50 lines, and those of the product a cyclomatic complexity of at most 16.
 
     check_functions.py [--all] [TREE]
 
@@ -98,7 +98,7 @@ class Walk:
         if '()' in words and '=' not in words[words.index('()') - 1:] or 'operator' in words:
             listed = ':' in words[words.index('()'):]
             if listed and (before.kind == 'word' or before.text == '>') and before.text != 'try':
-                self.inside_list = True # of members that are given their values
+                self.inside_list = True # of member initializers
                 return self.end_of(at)
             begins = before.text in BEFORE_BODY or '->' in words
             if begins and (words[0] not in SCOPES or words[0] == 'struct' and words[-1] == '()'):

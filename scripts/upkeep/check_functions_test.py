@@ -15,8 +15,8 @@ ROWS = (
     ('as long as may be', LONG.replace('    Step();\n', '', 1), []),
     ('a long head', LONG.replace('Long()', 'Long(int a,\n int b)').replace('    Step();\n', '', 1), ['1: Long: 51 lines']),
     ('a long member', 'namespace a {\nclass C : public B {\npublic:\n' + LONG + '};\n}\n', ['4: Long: 51 lines']),
-    ('behind a list of members', 'C::C(int a) : m_a{a}, m_b(std::move(b)) {\n' + '    Step();\n' * 49 + '}\n', ['1: C::C: 51 lines']),
-    ('with a result behind', 'auto Long() -> std::vector<int> {\n' + '    Step();\n' * 49 + '}\n', ['1: Long: 51 lines']),
+    ('after a list of member initializers', 'C::C(int a) : m_a{a}, m_b(std::move(b)) {\n' + '    Step();\n' * 49 + '}\n', ['1: C::C: 51 lines']),
+    ('with a trailing return type', 'auto Long() -> std::vector<int> {\n' + '    Step();\n' * 49 + '}\n', ['1: Long: 51 lines']),
     ('a lambda in a table', 'const S kRows[] = {\n{"a", [](int a) {\n' + '    Step();\n' * 49 + '}},\n};\n', ['2: lambda: 51 lines']),
     ('a long table', 'constexpr std::array<T, sizeof(T)> kRows{\n' + '    1,\n' * 60 + '};\n', []),
     ('text and comment', 'void F() {\n' + '    // if (a) {\n    Say("if && {");\n' * 20 + '}\n', []),
@@ -39,11 +39,11 @@ class FunctionsCheck(unittest.TestCase):
         return done.returncode, done.stderr.splitlines()
 
     def test_rows(self):
-        for what, source, wanted in ROWS:
+        for what, source, expected in ROWS:
             with self.subTest(what):
-                code, said = self.check(source if wanted else source + 'void Other() {}\n')
-                self.assertEqual([line[len('src/a.cpp:'):].split(';')[0] for line in said], wanted)
-                self.assertEqual(code, 1 if wanted else 0)
+                code, said = self.check(source if expected else source + 'void Other() {}\n')
+                self.assertEqual([line[len('src/a.cpp:'):].split(';')[0] for line in said], expected)
+                self.assertEqual(code, 1 if expected else 0)
 
     def test_nothing_to_look_at(self):
         self.assertEqual(self.check('int a;\n'), (1, ['check_functions.py: found no function']))

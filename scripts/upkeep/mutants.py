@@ -1,4 +1,4 @@
-"""Makes random single changes in src and runs the tests over each: those that no test notices are printed."""
+"""Makes random single changes in src, runs the tests after each, and prints the changes that no test detects."""
 import argparse
 import os
 import pathlib
@@ -17,10 +17,10 @@ from cpp_changes import changes_of
 
 TOP = pathlib.Path(__file__).resolve().parents[2]
 PLACE = TOP / 'build' / 'mutants'
-# A changed program may do anything, also to files: where we are root it runs as a user who owns nothing, and in bounds.
-NOBODY = 65533 # no user's, and not the one that tests take for a stranger
+# A changed program may do anything, also to files: started by root, it runs as a user who owns nothing, with limits.
+UNUSED_ID = 65533 # of no user, and not the one that tests use as another user
 MEMORY = 8 << 30
-PATIENCE = 20 # a test program that takes so many times as long as before hangs
+GRACE_SECONDS = 20 # a test program that takes longer than this and ten times its usual time hangs
 ROOMS = re.findall(r'^(\w+) +src/\1\b', (TOP / 'cmake' / 'rooms.txt').read_text(), re.M)
 OTHER_TESTS = ['sim', 'tools', 'e2e', 'faults'] # the slowest last
 
@@ -98,7 +98,7 @@ class Worker:
         self.must(['cmake', '-S', '.', '-B', 'build', '-G', 'Ninja', '-DRUVO_BENCH=OFF', '-DCMAKE_BUILD_TYPE=None',
                    '-DCMAKE_CXX_FLAGS=-O1 -w -Wno-error', *linker])
         self.must(['cmake', '--build', 'build', '-j', '1'])
-        for test in ROOMS + OTHER_TESTS: # nothing can be said of tests that fail by themselves
+        for test in ROOMS + OTHER_TESTS: # a test that fails without a change detects nothing
             begin = time.monotonic()
             if not self.passes(test):
                 self.give_up(f'test_{test} fails without any change; see {self.place}/test.log')
@@ -106,7 +106,7 @@ class Worker:
 
     def give_up(self, why):
         print(f'mutants.py: {why}', file=sys.stderr, flush=True)
-        raise SystemExit(2) # of this worker; the others are seen to come short
+        raise SystemExit(2) # of this worker; main() notices that it is missing
 
     def must(self, command):
         with open(self.place / 'build.log', 'w') as log:
@@ -117,7 +117,7 @@ class Worker:
         shutil.rmtree(self.scratch, ignore_errors=True)
         self.scratch.mkdir(parents=True)
         if os.geteuid() == 0:
-            os.chown(self.scratch, NOBODY, NOBODY)
+            os.chown(self.scratch, UNUSED_ID, UNUSED_ID)
 
     def build(self, *targets):
         with open(self.place / 'build.log', 'w') as log:
@@ -125,17 +125,17 @@ class Worker:
                                   stderr=subprocess.STDOUT).returncode == 0
 
     def passes(self, test):
-        bounded = PATIENCE + 10 * self.times.get(test, 300)
+        bounded = GRACE_SECONDS + 10 * self.times.get(test, 300)
         environment = {'PATH': os.environ['PATH'], 'HOME': str(self.scratch), 'TMPDIR': str(self.scratch),
                        'GTEST_FAIL_FAST': '1', 'GTEST_BRIEF': '1'}
 
         def restrain():
-            signal.signal(signal.SIGINT, signal.SIG_DFL) # whatever started us
+            signal.signal(signal.SIGINT, signal.SIG_DFL) # which the parent may ignore
             resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
             resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 30, 1 << 30))
-            resource.setrlimit(resource.RLIMIT_CORE, (0, resource.RLIM_INFINITY)) # which a test may raise
+            resource.setrlimit(resource.RLIMIT_CORE, (0, resource.RLIM_INFINITY)) # a test may raise it again
 
-        who = {'user': NOBODY, 'group': NOBODY, 'extra_groups': []} if os.geteuid() == 0 else {}
+        who = {'user': UNUSED_ID, 'group': UNUSED_ID, 'extra_groups': []} if os.geteuid() == 0 else {}
         with open(self.place / 'test.log', 'w') as log:
             program = subprocess.Popen([str(self.tree / 'build/bin' / f'test_{test}')], cwd=self.scratch, env=environment,
                                        stdin=subprocess.DEVNULL, stdout=log, stderr=subprocess.STDOUT, start_new_session=True,
@@ -144,7 +144,7 @@ class Worker:
                 good = program.wait(timeout=bounded) == 0
             except subprocess.TimeoutExpired:
                 good = False
-            try: # whatever it started
+            try: # and the programs that it started
                 os.killpg(program.pid, signal.SIGKILL)
             except ProcessLookupError:
                 pass
@@ -154,7 +154,7 @@ class Worker:
         return good
 
     def try_change(self, room, name, change):
-        """Who noticed: a test, the compiler, or none."""
+        """What detected the change: a test, the compiler, or None."""
         path = self.tree / name
         original = path.read_text()
         path.write_text(original[:change.start] + change.new + original[change.end:])
@@ -173,40 +173,40 @@ class Worker:
             path.write_text(original)
 
 
-def arguments():
+def parse_arguments():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument('count', nargs='?', type=int, default=300, help='how many changes (default 300)')
     parser.add_argument('seed', nargs='?', type=int, default=1, help='which ones: the same seed chooses the same changes')
-    parser.add_argument('--workers', type=int, default=os.cpu_count(), help='copies of the tree that are worked on at once')
+    parser.add_argument('--workers', type=int, default=os.cpu_count(), help='number of copies of the tree to work on in parallel')
     parser.add_argument('--list', action='store_true', help='only print what would be changed')
-    parser.add_argument('--only', metavar='TEXT', help='only changes whose line in the list holds this')
+    parser.add_argument('--only', metavar='TEXT', help='only changes whose line in the list matches this regular expression')
     return parser.parse_args()
 
 
 def main():
-    wanted = arguments()
-    # The compiler refuses some; for these others are tried, so that the count is of changes that were built.
-    candidates = choose(wanted.count * 3, wanted.seed)
-    if wanted.only:
-        candidates = [one for one in candidates if re.search(wanted.only, describe(*one[1:]))]
-    if wanted.list:
-        print('\n'.join(describe(name, change) for _, name, change in candidates[:wanted.count]))
+    options = parse_arguments()
+    # Some do not compile. Others are tried instead, so that the count is that of changes that were built.
+    candidates = choose(options.count * 3, options.seed)
+    if options.only:
+        candidates = [one for one in candidates if re.search(options.only, describe(*one[1:]))]
+    if options.list:
+        print('\n'.join(describe(name, change) for _, name, change in candidates[:options.count]))
         return 0
     files, work, outcomes, lock = tracked_files(), queue.SimpleQueue(), [], threading.Lock()
     for candidate in candidates:
         work.put(candidate)
-    workers = [Worker(number) for number in range(wanted.workers)]
-    print(f'Building ({wanted.workers} copies)', flush=True)
+    workers = [Worker(number) for number in range(options.workers)]
+    print(f'Building ({options.workers} copies)', flush=True)
 
     def run(worker):
-        while not work.empty() and len(outcomes) < wanted.count:
+        while not work.empty() and len(outcomes) < options.count:
             room, name, change = work.get()
-            noticed = worker.try_change(room, name, change)
+            detected_by = worker.try_change(room, name, change)
             with lock:
-                if noticed == 'compiler' or len(outcomes) >= wanted.count:
+                if detected_by == 'compiler' or len(outcomes) >= options.count:
                     continue
-                outcomes.append((room, noticed))
-                print(f'{len(outcomes)} {noticed or "SURVIVED"}: {describe(name, change)}', flush=True)
+                outcomes.append((room, detected_by))
+                print(f'{len(outcomes)} {detected_by or "SURVIVED"}: {describe(name, change)}', flush=True)
 
     def prepared(worker):
         worker.prepare(files)
@@ -224,9 +224,9 @@ def main():
         if stage is prepared:
             print('Changing', flush=True)
     for room in sorted({room for room, _ in outcomes}):
-        of_room = [noticed for where, noticed in outcomes if where == room]
+        of_room = [detected_by for where, detected_by in outcomes if where == room]
         print(f'{room:<12} {len(of_room):4} changes {of_room.count(None):4} survived')
-    survived = sum(noticed is None for _, noticed in outcomes)
+    survived = sum(detected_by is None for _, detected_by in outcomes)
     print(f'{len(outcomes) - survived} passed, {survived} failed')
     return 1 if survived else 0
 

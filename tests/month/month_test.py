@@ -41,7 +41,7 @@ def play(site, arguments):
     equal("nothing waits", waiting, 0)
     allowed = {".done"} if site.is_nobody else {".done", ".setaside"}
     left = {path.name for path in site.state.glob("*/*") if path.suffix not in allowed}
-    equal("the state folder holds the records of visits and what has been stored", left, {"visits.ndjson", "event-root.txt"})
+    equal("the state folder holds the visit records and what has been stored", left, {"visits.ndjson", "event-root.txt"})
     # (A short run may end before anybody has looked.)
     check_flat("memory", [figures.memory for figures in nights.whole if figures.memory > 0], 1024)
     check(f"no run has had more than {THREADS} threads", max(figures.threads for figures in nights.whole) <= THREADS)
