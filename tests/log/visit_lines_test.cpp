@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <vector>
 
 namespace ruvo {
 
@@ -67,47 +68,63 @@ protected:
         }
     }
 
+    void Refuse(ERefusal cause, const char* subject) { report.refusal = {cause, subject}; }
+    void End(EVisitEnd what, std::size_t taken) {
+        report.end = what;
+        report.eventsTaken = taken;
+    }
+
+    struct SCase {
+        const char* name;
+        std::function<void()> set;
+        std::string said;
+    };
+    void ExpectLines(const std::vector<SCase>& cases) {
+        for (const SCase& test : cases) {
+            report = SExtractionReport();
+            report.dayFile = "C:\\ev\\d\\f.evt";
+            test.set();
+            EXPECT_EQ(Lines(), OfThisSystem(test.said)) << test.name;
+        }
+    }
+
     CScratchFolder folder;
     SExtractionReport report;
 };
 
-TEST_F(VisitLines, EachReportHasItsWords) {
-    const auto refuse = [this](ERefusal cause, const char* subject) { report.refusal = {cause, subject}; };
-    const auto end = [this](EVisitEnd what, std::size_t taken) {
-        report.end = what;
-        report.eventsTaken = taken;
-    };
-    const struct {
-        const char* name;
-        std::function<void()> set;
-        std::string said;
-    } cases[] = {
+TEST_F(VisitLines, WhyNoEventWasTaken) {
+    ExpectLines({
         {"nothing", [] {}, ""},
-        {"an unfit name", [&] { refuse(ERefusal::UnfitName, "a\xE9"); },
+        {"an unfit name", [&] { Refuse(ERefusal::UnfitName, "a\xE9"); },
          "Failed to save event file The relay's model or serial number is unfit for a file name: a\xC3\xA9; no event "
          "was taken from the relay.|"},
-        {"a full disk", [&] { refuse(ERefusal::DiskFull, "C:\\ev"); },
+        {"a full disk", [&] { Refuse(ERefusal::DiskFull, "C:\\ev"); },
          "Failed to save event file The disk of /ev is full; no event was taken from the relay.|"},
-        {"no more files", [&] { refuse(ERefusal::NoMoreFiles, "C:\\ev"); },
+        {"no more files", [&] { Refuse(ERefusal::NoMoreFiles, "C:\\ev"); },
          "Failed to save event file The disk of /ev can take no more files; no event was taken from the relay.|"},
-        {"a file not held", [&] { refuse(ERefusal::FileNotHeld, "It is a link"); },
+        {"a file not held", [&] { Refuse(ERefusal::FileNotHeld, "It is a link"); },
          "Failed to save event file It is a link; no event was taken from the relay.|"},
+    });
+}
+
+TEST_F(VisitLines, HowAVisitEnded) {
+    ExpectLines({
         {"a record column, and a limit",
          [&] {
              CheckStatus(CStatus(0x0211), 0, 222, 526, kNoErrorCode, report.columnErrors);
-             end(EVisitEnd::LimitReached, 1);
+             End(EVisitEnd::LimitReached, 1);
          },
          "Extracting event records  Cell data not available.|"
          "This visit has taken 1 event; the rest waits in the relay for the next run.|"},
-        {"a full journal", [&] { end(EVisitEnd::JournalFull, 2); },
+        {"a full journal", [&] { End(EVisitEnd::JournalFull, 2); },
          "This visit has taken 2 events; there is no room for more in the journal, and the rest waits in the relay "
          "for the next run.|"},
-        {"a journal on a bad disk", [&] { end(EVisitEnd::JournalFailed, 1); },
+        {"a journal on a bad disk", [&] { End(EVisitEnd::JournalFailed, 1); },
          "This visit has taken 1 event; its journal cannot be written any more, and the rest waits in the relay "
          "for the next run.|"},
         {"a failed write",
          [&] {
-             end(EVisitEnd::DiskFull, 3);
+             End(EVisitEnd::DiskFull, 3);
              report.failedWrite = CFileException(EFileCause::DiskFull, "C:\\x", "No room.");
              report.tornAfter = 7;
              report.eventsWaiting = 2;
@@ -121,6 +138,11 @@ TEST_F(VisitLines, EachReportHasItsWords) {
         {"a failed flush", [&] { report.recordsUnflushed = 1; },
          "Day file /ev/d/f.evt could not be flushed to disk. It holds 1 event of this visit, which a power failure "
          "may still lose.|"},
+    });
+}
+
+TEST_F(VisitLines, WhatRecordsLack) {
+    ExpectLines({
         {"the day file",
          [&] {
              report.isNameUnread = true;
@@ -139,13 +161,7 @@ TEST_F(VisitLines, EachReportHasItsWords) {
          "which cannot be stored.|"
          "Event record of 1998-01-01 00:00:00.000 is written without cell \xC3\xA9 and 1 more, which cannot be "
          "stored.|"},
-    };
-    for (const auto& test : cases) {
-        report = SExtractionReport();
-        report.dayFile = "C:\\ev\\d\\f.evt";
-        test.set();
-        EXPECT_EQ(Lines(), OfThisSystem(test.said)) << test.name;
-    }
+    });
 }
 
 TEST_F(VisitLines, AreBoundedWhateverTheRelayLacks) {

@@ -111,12 +111,7 @@ private:
             m_site = file.site;
             m_store->BeginSite(file.site, m_relays[file.site]);
         }
-        if (!error && m_store != nullptr && m_lines == nullptr && m_store->IsUnchanged(state)) {
-            ++m_unchanged;
-            return;
-        }
-        if (m_marks != nullptr && !m_marks->Begin(file.path, error ? 0 : state.size, state.changed) &&
-            !error) {
+        if (IsUnchanged(file.path, state, !error)) {
             ++m_unchanged;
             return;
         }
@@ -139,6 +134,15 @@ private:
         if (m_store != nullptr) {
             EndFile(file, isComplete);
         }
+    }
+
+    /// Begins the file for the marks. One whose state is not known is read.
+    bool IsUnchanged(const std::string& path, const SDayFileState& state, bool isStateKnown) {
+        if (isStateKnown && m_store != nullptr && m_lines == nullptr && m_store->IsUnchanged(state)) {
+            return true;
+        }
+        return m_marks != nullptr && !m_marks->Begin(path, isStateKnown ? state.size : 0, state.changed) &&
+               isStateKnown;
     }
 
     bool ReadItems(const SFoundFile& file, const SDayFileState& state) {
@@ -252,23 +256,27 @@ bool FindFiles(const CArguments& arguments, SFoundFiles& found, SConsole& consol
     return true;
 }
 
+/// What is wrong with the options; empty when nothing is.
+std::string_view MistakeIn(const CArguments& arguments) {
+    const bool hasDatabase = !arguments.Get("--sqlite").empty();
+    const bool hasLines = !arguments.Get("--ndjson").empty();
+    if (!hasDatabase && !hasLines) {
+        return "no output given; use --sqlite FILE, --ndjson FILE or --ndjson -";
+    }
+    if (!arguments.Has("--new")) {
+        return {};
+    }
+    if (hasDatabase || !hasLines || !IsMarkName(arguments.Get("--new"))) {
+        return "--new takes a name of letters, digits, \"-\", \"_\" and \".\", and goes with --ndjson alone";
+    }
+    return arguments.Has("--fetched") ? "expected only one of --new and --fetched" : "";
+}
+
 int RunArchive(const CArguments& arguments, SConsole& console) {
     const std::string database = arguments.Get("--sqlite");
     const std::string linesPath = arguments.Get("--ndjson");
-    if (database.empty() && linesPath.empty()) {
-        console.error.Write(
-            "ruvoctl archive: no output given; use --sqlite FILE, --ndjson FILE or --ndjson -\n");
-        return kExitUsage;
-    }
-    if (arguments.Has("--new") &&
-        (!database.empty() || linesPath.empty() || !IsMarkName(arguments.Get("--new")))) {
-        console.error.Write(
-            "ruvoctl archive: --new takes a name of letters, digits, \"-\", \"_\" and \".\", and goes "
-            "with --ndjson alone\n");
-        return kExitUsage;
-    }
-    if (arguments.Has("--new") && arguments.Has("--fetched")) {
-        console.error.Write("ruvoctl archive: expected only one of --new and --fetched\n");
+    if (const std::string_view mistake = MistakeIn(arguments); !mistake.empty()) {
+        console.error.Write("ruvoctl archive: " + std::string(mistake) + "\n");
         return kExitUsage;
     }
     std::optional<CNewRecords> marks;

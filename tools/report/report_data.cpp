@@ -249,6 +249,29 @@ void CReportData::WriteZone(CJsonWriter& json, const std::string& name) const {
     json.Close(']');
 }
 
+namespace {
+
+/// What was asked for, in words.
+void WriteHead(CJsonWriter& json, const SReportHead& head) {
+    for (const auto& [key, text] : {std::pair<std::string_view, const std::string&>{"title", head.title},
+                                    {"made", head.made},
+                                    {"since", head.since},
+                                    {"until", head.until},
+                                    {"relay", head.relay},
+                                    {"match", head.match}}) {
+        json.Key(key).Text(EscapeControls(text));
+    }
+    WriteList(json, "logs", head.logs, [&json](std::string_view log) { json.Text(EscapeControls(log)); });
+    json.Key("silent").Number(head.silentDays);
+    json.Key("kinds").Open('[');
+    for (std::size_t kind = 0; kind < kEventKindCount; ++kind) {
+        json.Text(EventKindName(static_cast<EEventKind>(kind)));
+    }
+    json.Close(']');
+}
+
+} // namespace
+
 void CReportData::WriteJson(std::string& out, const SReportHead& head) {
     std::ranges::stable_sort(m_events, [](const SEvent& a, const SEvent& b) {
         return a.hasTime != b.hasTime ? a.hasTime : a.hasTime && a.time < b.time;
@@ -261,21 +284,7 @@ void CReportData::WriteJson(std::string& out, const SReportHead& head) {
     CJsonWriter json(out);
     const auto writeText = [&json](std::string_view text) { json.Text(EscapeControls(text)); };
     json.Open('{');
-    for (const auto& [key, text] : {std::pair<std::string_view, const std::string&>{"title", head.title},
-                                    {"made", head.made},
-                                    {"since", head.since},
-                                    {"until", head.until},
-                                    {"relay", head.relay},
-                                    {"match", head.match}}) {
-        json.Key(key).Text(EscapeControls(text));
-    }
-    WriteList(json, "logs", head.logs, writeText);
-    json.Key("silent").Number(head.silentDays);
-    json.Key("kinds").Open('[');
-    for (std::size_t kind = 0; kind < kEventKindCount; ++kind) {
-        json.Text(EventKindName(static_cast<EEventKind>(kind)));
-    }
-    json.Close(']');
+    WriteHead(json, head);
     WriteList(json, "relays", relays, writeText);
     WriteList(json, "last_days", relays, [&](std::string_view relay) {
         const auto day = m_lastDays.find(std::string(relay));
