@@ -1,11 +1,10 @@
 """Loads the rows of ruvoctl archive into a real PostgreSQL server with the very commands of docs/archive.md.
 
-The server is this test's own: in a temporary folder, on a Unix socket there, and gone at the end.
     database_test.py BIN      the folder of the programs
 """
 
-import glob
-import os
+import collections
+import json
 import pathlib
 import re
 import shutil
@@ -13,6 +12,7 @@ import sys
 import tempfile
 
 from checks import check, count_checks, equal, must, run
+from database_server import DatabaseServer, take_commands
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 COLUMNS = ("relay, day_file, byte_offset, kind, unique_id, event_code, location, event, text, value, plant, description, "
@@ -25,48 +25,15 @@ class Site:
     def __init__(self, work):
         self.work = work
         self.events = work / "events"
-        self.environment = {name: value for name, value in os.environ.items()
-                            if name not in ("PGSERVICE", "PGHOSTADDR", "PGPASSWORD", "PGOPTIONS")}
-        # Debian keeps the server out of the path.
-        folders = [sys.argv[1], *glob.glob("/usr/lib/postgresql/*/bin"), os.environ["PATH"]]
+        self.server = DatabaseServer(work, sys.argv[1])
+        self.environment = self.server.environment
         self.environment.update(
-            PATH=":".join(folders), PGHOST=str(work / "socket"), PGPORT="5432", PGUSER="postgres", PGDATABASE="postgres",
             P32LS_SUBSTATION=str(ROOT / "examples/substation/substation.toml"), RUVO_LOCK_DIR=str(work), RUVO_STATE_DIR=str(work / "state"),
-            RUVO_REGISTRY_USER=str(work / "none"), RUVO_REGISTRY_MACHINE=str(work / "none"), EVENTROOT=str(self.events))
+            RUVO_REGISTRY_USER=str(work / "none"), RUVO_REGISTRY_MACHINE=str(work / "none"))
+        self.ask = self.server.ask
 
     def must(self, *command, **options):
         return must(*command, env=self.environment, cwd=self.work, **options)
-
-    def as_owner(self, *command):
-        """The server refuses to run as root."""
-        if os.geteuid() == 0:
-            command = ("setpriv", "--reuid", "postgres", "--regid", "postgres", "--init-groups", *command)
-        return run(*command, env=self.environment, cwd="/")
-
-    def start_server(self):
-        (self.work / "socket").mkdir()
-        if os.geteuid() == 0:
-            shutil.chown(self.work, "postgres")
-            shutil.chown(self.work / "socket", "postgres")
-        data = self.work / "data"
-        made = self.as_owner("initdb", "-D", data, "-U", "postgres", "-A", "trust", "-E", "UTF8", "--no-locale", "--no-sync")
-        options = f"-c listen_addresses='' -c unix_socket_directories='{self.work}/socket' -c fsync=off"
-        # Its output stays open in the server, and so goes into a file.
-        with open(self.work / "start.log", "w", encoding="utf-8") as log:
-            command = ("setpriv", "--reuid", "postgres", "--regid", "postgres", "--init-groups") if os.geteuid() == 0 else ()
-            started = run(*command, "pg_ctl", "-D", data, "-l", data / "server.log", "-w", "-t", "60", "-o", options,
-                          "start", env=self.environment, cwd="/", stdout=log)
-        if made.returncode != 0 or started.returncode != 0:
-            raise RuntimeError(made.stdout + (self.work / "start.log").read_text("utf-8"))
-
-    def stop_server(self):
-        self.as_owner("pg_ctl", "-D", self.work / "data", "-m", "immediate", "-w", "stop")
-
-    def take_commands(self):
-        """The blocks of the document that carry a file's name."""
-        text = (ROOT / "docs/archive.md").read_text("utf-8")
-        for name, block in re.findall(r"^<!-- file: ([a-z.]+) -->\n+```[a-z]*\n(.*?)^```", text, re.M | re.S):
-            (self.work / name).write_text(block, "utf-8")
 
     def make_events(self):
         for link in ("serial", "ethernet"):
@@ -77,10 +44,7 @@ class Site:
             self.must("ruvo", self.work / f"{link}.ini")
 
     def load(self):
-        self.must("bash", "-e", "load.sh")
-
-    def ask(self, query):
-        return self.must("psql", "-v", "ON_ERROR_STOP=1", "-qAtX", "-c", query).rstrip("\n")
+        self.must("bash", "load.sh", self.events)
 
     def number(self, condition="true"):
         return int(self.ask(f"SELECT count(*) FROM ruvo_records WHERE {condition}"))
@@ -129,7 +93,7 @@ def test_failed_load(site):
     with open(sorted(site.events.glob("*/CB05*.evt"))[0], "ab") as file:
         file.write(hostile_record(b"late"))
     site.ask("ALTER TABLE ruvo_records ADD CONSTRAINT none CHECK (event <> 'late')")
-    failed = run("bash", "load.sh", env=site.environment, cwd=site.work)
+    failed = run("bash", "load.sh", site.events, env=site.environment, cwd=site.work)
     check("a load fails", failed.returncode != 0, failed.stdout)
     equal("and adds nothing", site.number(), before)
     site.ask("ALTER TABLE ruvo_records DROP CONSTRAINT none")
@@ -152,6 +116,14 @@ def test_hostile_texts(site):
 
 def test_both_archives(site):
     site.must("ruvoctl", "archive", site.events, "--sqlite", "site.sqlite")
+    site.must("ruvoctl", "archive", site.events, "--ndjson", "all.ndjson")
+    with open(site.work / "all.ndjson", encoding="utf-8") as lines:
+        rows = [json.loads(line) for line in lines]
+    counted = collections.Counter(row["relay"] for row in rows if (row["time"] or "") >= "2026-11-01" and
+                                  re.search(r"(?i)\btrip\b", " ".join(row[name] for name in ("event", "text", "value", "plant"))))
+    told = [line.split("|") for line in site.must("sqlite3", "site.sqlite", ".read trips.sql").splitlines()]
+    equal("the question to an SQLite archive", told and {relay: int(count) for relay, count in told}, dict(counted))
+    equal("its order", [int(count) for _, count in told], sorted(counted.values(), reverse=True))
     equal("both archives hold the same",
           site.ask(f'SELECT {COLUMNS} FROM ruvo_records ORDER BY day_file COLLATE "C", byte_offset'),
           site.must("sqlite3", "-separator", "|", "site.sqlite",
@@ -162,8 +134,8 @@ def test():
     with tempfile.TemporaryDirectory(prefix="ruvo-database-", dir="/tmp") as work:  # a short path: a socket's is limited
         site = Site(pathlib.Path(work))
         try:
-            site.start_server()
-            site.take_commands()
+            site.server.start()
+            take_commands(site.work)
             site.make_events()
             test_loading(site)
             test_earlier_version(site)
@@ -171,7 +143,7 @@ def test():
             test_failed_load(site)
             test_both_archives(site)
         finally:
-            site.stop_server()
+            site.server.stop()
 
 
 if __name__ == "__main__":
