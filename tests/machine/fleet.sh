@@ -8,6 +8,7 @@ if [ "$(id -u)" -ne 0 ]; then
     echo "fleet: the cluster's nodes are namespaces, which need root" >&2
     exit 1
 fi
+scripts/setup.sh database >&2
 deb=$(scripts/package.sh)
 mkdir -p build/machine
 export PYTHONDONTWRITEBYTECODE=1 PYTHONPATH=tests/support

@@ -1,18 +1,16 @@
 """A fleet's nights on a cluster that loses its parts: fleet_test.py DEB SITES. Needs root."""
 
 import collections
-import contextlib
-import json
-import os
 import pathlib
 import re
-import sqlite3
 import sys
 import tempfile
 import time
 
-from checks import check, count_checks, equal, must, run, said
+from checks import check, count_checks, equal, must, said
+from control_groups import MeasuredGroup
 from counted_relay import ENTRY, CountedRelay, texts
+from fleet_morning import look_at_the_morning
 from slurm_cluster import SlurmCluster
 
 EVENTS = 40  # of each relay
@@ -29,11 +27,11 @@ RV001={password}
 """
 # Tells when each copy of a visit began and ended, and hands TERM on.
 MARKER = """#!/bin/bash
-site=$(basename "$1" .ini)
-mark() {{ echo "$1 $site $SLURMD_NODENAME $(date +%s.%N) $2" >>{fleet}/marks; }}
+site=${{1##*/}} site=${{site%.ini}}
+mark() {{ echo "$1 $site $SLURMD_NODENAME $EPOCHREALTIME $2" >>{fleet}/marks; }} # without a program that could be killed alone
 trap 'kill -TERM "$visit" 2>/dev/null' TERM
 mark start
-{programs}/run-site "$1" &
+(echo 0 >{joined}; exec {programs}/run-site "$1") &
 visit=$!
 while kill -0 "$visit" 2>/dev/null; do wait "$visit"; status=$?; done
 mark end "$status"
@@ -49,7 +47,7 @@ class Copy:
 
 
 class Fleet:
-    def __init__(self, work, deb, sites):
+    def __init__(self, work, deb, sites, group):
         self.folder = work / "fleet"
         for name in ("sites", "events", "log", "out", "lock", "state", "relays"):
             (self.folder / name).mkdir(parents=True)
@@ -64,7 +62,7 @@ class Fleet:
         self.list = self.folder / "sites.txt"
         self.list.write_text("".join(f"{self.folder}/sites/{name}.ini\n" for name in self.relays), "utf-8")
         marker = self.folder / "visit"
-        marker.write_text(MARKER.format(fleet=self.folder, programs=self.programs), "utf-8")
+        marker.write_text(MARKER.format(fleet=self.folder, programs=self.programs, joined=group.joined), "utf-8")
         marker.chmod(0o755)
         job = pathlib.Path("packaging/fleet/slurm-night.sh").read_text("utf-8")
         (self.folder / "night.sh").write_text(job.replace("/usr/lib/ruvo/run-site", str(marker)), "utf-8")
@@ -107,18 +105,26 @@ class Fleet:
 class Fault:
     """What happened to a node at a moment, and the visits that were under way there."""
 
-    def __init__(self, what, copies):
+    def __init__(self, what, copies, handed_over):
         self.what, self.copies, self.moment = what, copies, time.time()
+        self.handed_over = handed_over  # events, of each of these sites
 
-    def tell(self, copies):
-        """What became of them, once the night is over."""
+    def tell(self, copies, lost):
+        """What became of them, once the night is over. Takes its own out of `lost`: the numbers of each site's events that are nowhere."""
         again = {}
         for copy in copies:
             if copy.begin > self.moment:
                 again.setdefault(copy.site, copy.begin - self.moment)
         waited = sorted(again[copy.site] for copy in self.copies if copy.site in again)
         seconds = f", after {waited[0]:.0f} to {waited[-1]:.0f} s" if waited else ""
-        print(f"  {self.what}: {len(self.copies)} visits under way, {len(waited)} of them started again{seconds}", flush=True)
+        ends = {(copy.site, copy.begin): copy.end for copy in copies}
+        killed = [copy.site for copy in self.copies if ends[copy.site, copy.begin] is None]
+        gone = 0
+        for site in killed:
+            gone += sum(number >= self.handed_over[site] for number in lost[site])
+            lost[site] = [number for number in lost[site] if number < self.handed_over[site]]
+        return (f"  {self.what}: {len(self.copies)} visits under way, {len(killed)} of them killed, {len(waited)} started again{seconds}; "
+                f"{gone} events lost")
 
 
 class Night:
@@ -140,7 +146,8 @@ class Night:
 
     def happens(self, what, *nodes):
         self.wait_for_visits(nodes[0])
-        self.faults.append(Fault(what, [copy for node in nodes for copy in self.living(node)]))
+        copies = [copy for node in nodes for copy in self.living(node)]
+        self.faults.append(Fault(what, copies, {copy.site: self.fleet.relays[copy.site].handed_over() for copy in copies}))
 
     def renew(self, node):
         self.cluster.lose(node)
@@ -156,6 +163,12 @@ class Night:
 
         self.cluster.wait_for(f"{fault.what}: its visits are started again", lambda: not open_sites())
 
+    def are_all_started(self):
+        nodes, tasks = self.cluster.set_right()
+        if nodes or tasks:
+            print(f"  {nodes} nodes drained and {tasks} tasks held by the controller: resumed and released", flush=True)
+        return {copy.site for copy in self.fleet.copies()} == set(self.fleet.relays)
+
     def run(self):
         cluster = self.cluster
         self.fleet.submit(cluster)
@@ -165,7 +178,7 @@ class Night:
         cluster.start_controller()
         cluster.wait_for("the controller answers", lambda: cluster.run("squeue", "-h").returncode == 0)
         # While other sites wait for a place, those that are to be started again wait behind them.
-        cluster.wait_for("all sites are started", lambda: {copy.site for copy in self.fleet.copies()} == set(self.fleet.relays))
+        cluster.wait_for("all sites are started", self.are_all_started)
         self.happens("a node lost", "n2")
         self.renew("n2")
         self.happens("a node's daemon killed", "n3")
@@ -178,13 +191,11 @@ class Night:
         cluster.wait_for("the visits without a daemon end by themselves", lambda: not self.living("n3"))
         self.renew("n3")
         self.wait_for_end()
-        for fault in self.faults:
-            fault.tell(self.fleet.copies())
 
     def wait_for_end(self):
         cluster = self.cluster
         cluster.wait_for("the controller answers", lambda: cluster.run("squeue", "-h").returncode == 0)
-        cluster.wait_for("the end of the night", lambda: not cluster.said("squeue", "-h", "-r", "-o", "%i"), 600)
+        cluster.wait_for("the end of the night", lambda: not cluster.said("squeue", "-h", "-r", "-o", "%i"))
 
 
 def beside_others(copies):
@@ -211,55 +222,64 @@ def look_at_copies(fleet):
 
 
 def look_at_ledger(fleet):
+    """The texts of each site's events that are stored, and the numbers of those that are nowhere."""
     killed = collections.Counter(copy.site for copy in fleet.copies() if copy.end is None)
-    wrong, missing = {}, 0
+    wrong, kept, lost = {}, {}, {}
     for site, relay in fleet.relays.items():
         stored = texts(said(fleet.programs / "ruvoctl", "events", "--format", "json", fleet.folder / "events" / site))
         handed = relay.recordable(relay.handed_over())
-        gone = [text for text in handed if text not in stored]
-        missing += len(gone)
-        if len(stored) != len(set(stored)) or not set(stored) <= set(handed) or len(gone) > killed[site] or len(handed) != EVENTS:
-            wrong[site] = (gone, len(stored), len(set(stored)), len(handed), killed[site])
+        kept[site] = [text for text in handed if text in stored]
+        lost[site] = [number for number, text in enumerate(handed, 1) if text not in stored]
+        if sorted(stored) != sorted(kept[site]) or len(lost[site]) > killed[site] or len(handed) != EVENTS:
+            wrong[site] = (lost[site], len(stored), len(set(stored)), len(handed), killed[site])
     equal("each event of each relay is stored once", wrong, {})
     print(f"  {len(fleet.relays) * EVENTS} events handed over; {sum(killed.values())} visits killed, "
-          f"{missing} events under way with them", flush=True)
+          f"{sum(map(len, lost.values()))} events under way with them", flush=True)
+    return kept, lost
 
 
-def look_at_the_morning(fleet):
-    """All sites in one look, and all their events in one archive."""
-    environment = {**os.environ, "RUVO_STATE_DIR": str(fleet.folder / "state")}
-    told = json.loads(run(fleet.programs / "ruvoctl", "status", "--all", "--format", "json", fleet.folder / "sites",
-                          env=environment).stdout)
-    equal("status of all sites", len(told["sites"]), len(fleet.relays))
-    told = json.loads(run(fleet.programs / "ruvoctl", "digest", "--all", fleet.folder / "sites", "--format", "json",
-                          env=environment).stdout)
-    equal("digest of all sites", len(told["sites"]), len(fleet.relays))
-    archive = fleet.folder / "archive.sqlite"
-    must(fleet.programs / "ruvoctl", "archive", *sorted(fleet.folder.glob("sites/*.ini")), "--sqlite", archive)
-    stored = sum(len(texts(said(fleet.programs / "ruvoctl", "events", "--format", "json", fleet.folder / "events" / site)))
-                 for site in fleet.relays)
-    with contextlib.closing(sqlite3.connect(archive)) as database:
-        equal("one archive of all sites", database.execute("SELECT count(*) FROM events").fetchone()[0], stored)
+class Cost:
+    """What has been spent since the last look: seconds, and processor time of all visits."""
+
+    def __init__(self, group):
+        self.group, self.begin, self.spent = group, time.monotonic(), (0, 0)
+
+    def tell(self, what):
+        user, system = self.group.seconds()
+        seconds = time.monotonic() - self.begin
+        print(f"  {what}: {seconds:.0f} s; processor time of all visits {user - self.spent[0]:.1f} s user, "
+              f"{system - self.spent[1]:.1f} s system", flush=True)
+        self.begin, self.spent = time.monotonic(), (user, system)
+
+
+def have_nights(fleet, work, group):
+    """The faults of the first night; the next one finds nothing out of order, and brings in what journals hold."""
+    cluster = SlurmCluster(work / "slurm")
+    try:
+        cluster.start()
+        night = Night(fleet, cluster)
+        cost = Cost(group)
+        night.run()
+        cost.tell("the night")
+        fleet.submit(cluster)
+        night.wait_for_end()
+        cost.tell("the next night")
+        return night.faults
+    finally:
+        cluster.close()
 
 
 def test():
     deb, sites = pathlib.Path(sys.argv[1]).resolve(), int(sys.argv[2])
-    with tempfile.TemporaryDirectory(dir="build/machine") as work:
+    with tempfile.TemporaryDirectory(dir="build/machine") as work, MeasuredGroup("ruvo_fleet") as group:
         work = pathlib.Path(work).resolve()
-        fleet = Fleet(work, deb, sites)
-        cluster = SlurmCluster(work / "slurm")
-        try:
-            cluster.start()
-            night = Night(fleet, cluster)
-            night.run()
-            # The next night finds nothing out of order, and brings in what journals hold.
-            fleet.submit(cluster)
-            night.wait_for_end()
-        finally:
-            cluster.close()
+        fleet = Fleet(work, deb, sites, group)
+        faults = have_nights(fleet, work, group)
         look_at_copies(fleet)
-        look_at_ledger(fleet)
-        look_at_the_morning(fleet)
+        kept, lost = look_at_ledger(fleet)
+        told = [fault.tell(fleet.copies(), lost) for fault in reversed(faults)]
+        print(*reversed(told), sep="\n", flush=True)
+        look_at_the_morning(fleet, kept)
 
 
 if __name__ == "__main__":

@@ -10,7 +10,7 @@ import time
 from checks import must, run, said
 
 NODES = ("n1", "n2", "n3")
-PATIENCE = 180  # seconds after which something counts as not happening
+PATIENCE = 900  # seconds after which something counts as not happening
 CONFIGURATION = """ClusterName=night
 SlurmctldHost={host}(127.0.0.1)
 SlurmctldPort={port}
@@ -122,13 +122,27 @@ class SlurmCluster:
     def said(self, *command, **options):
         return said(*command, env=self.environment, **{"stderr": subprocess.DEVNULL, **options})
 
-    def wait_for(self, what, happened, seconds=PATIENCE):
+    def must(self, *command, **options):
+        return must(*command, env=self.environment, **options)
+
+    def wait_for(self, what, happened):
         """Polls until it has happened; the outcome never depends on how long that takes."""
-        end = time.monotonic() + seconds
+        end = time.monotonic() + PATIENCE
         while not happened():
             if time.monotonic() > end:
-                raise RuntimeError(f"{what}: not seen for {seconds} s")
+                raise RuntimeError(f"{what}: not seen for {PATIENCE} s")
             time.sleep(0.1)
+
+    def set_right(self):
+        """What is left to an operator where the controller has started tasks beside copies that it had forgotten: it drains the nodes
+        for that and holds the tasks."""
+        nodes = self.said("sinfo", "-h", "-N", "-t", "drain", "-o", "%N").split()
+        if nodes:
+            self.must("scontrol", "update", f"NodeName={','.join(nodes)}", "State=RESUME")
+        tasks = [line.split()[0] for line in self.said("squeue", "-h", "-r", "-t", "PD", "-o", "%i %r").splitlines() if "held" in line]
+        if tasks:
+            self.must("scontrol", "release", ",".join(tasks))
+        return len(nodes), len(tasks)
 
     def namespace(self, name):
         """The processes of a node as this machine numbers them, its keeper first."""
