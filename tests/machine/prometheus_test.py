@@ -1,8 +1,9 @@
 """Alerts that fire and resolve in a real Prometheus.
     prometheus_test.py BIN      the folder of the programs
-Not driven here: a full disk, events that wait, and events that are set aside; tests/alerts has their rules."""
+The alert of a disk with little room is driven only by root, who can mount one."""
 
 import json
+import os
 import pathlib
 import re
 import signal
@@ -21,15 +22,25 @@ RULES = pathlib.Path("packaging/prometheus/ruvo.rules.yml")
 DEADLINE = 150  # seconds; what is waited for takes a third on an idle machine
 EVENT = '[[relay.event]]\nkind = 0\nlocation = "03.20"\ntime = {}\ntext = "Trip"\nvalue = {{ uint = 1, size = 1 }}\n'
 GOOD, MALFORMED = EVENT.format("2026-11-16T03:00:00"), EVENT.format("{ none = true }")
-# Site: number of its relay, the relay's events, more.
+# It asks for its password again in mid-visit, and refuses it then.
+FORGETFUL = '[relay.access]\npassword = "AAAA"\nforget_after = 10\n[relay.cells]\n"00.DF" = { uint = 0, size = 1 }\n'
+SLOW = '[[fault]]\noperation = "GetEvent"\nrelay = "{}"\nfrom = {}\ndelay = 2000\n'
+# Site: number of its relay, the relay's events, more of the relay, faults.
 SITES = {
-    "calm": (1, GOOD, ""),
-    "lost": (2, MALFORMED + GOOD, ""),
-    "slow": (3, GOOD, '[[fault]]\noperation = "GetEvent"\nrelay = "R3"\ndelay = 2000\n'),
-    "far": (4, "", ""),
+    "calm": (1, GOOD, "", ""),
+    "lost": (2, MALFORMED + GOOD, "", ""),
+    "slow": (3, GOOD, "", SLOW.format("R3", 1)),
+    "far": (4, "", "", ""),
+    "refused": (5, GOOD * 8, FORGETFUL,
+                '[[fault]]\noperation = "ChangeSetting"\nrelay = "R5"\ncell = "00.02"\nfrom = 3\nreply = 4\n'),
+    "killed": (6, GOOD * 8, "", SLOW.format("R6", 4)),
 }
+FULL = os.geteuid() == 0
+if FULL:
+    SITES["full"] = (7, "", "", "")
 BROKEN = {("RuvoDamage", "calm"), ("RuvoEventsLost", "lost"), ("RuvoVisitIncomplete", "slow"), ("RuvoNoVisitKnown", "gone"),
-          ("RuvoRelayNotReached", "far")}
+          ("RuvoRelayNotReached", "far"), ("RuvoEventsSetAside", "refused"), ("RuvoEventsWaiting", "killed"),
+          ("RuvoVisitIncomplete", "killed"), *([("RuvoDiskLow", "full")] if FULL else [])}
 OLD = {("RuvoNoVisit", site) for site in SITES}
 
 
@@ -57,17 +68,19 @@ class Yard:
         self.metrics.mkdir()
         self.inis.mkdir()
         self.describe("far")
+        password = must(self.site.bin / "ruvoctl", "password", "encrypt", input="AAAA\n", env=self.site.environment).strip()
         for name, (number, *_) in SITES.items():
+            (folder / name).mkdir()
             (self.inis / f"{name}.ini").write_text(
                 f"[RUVO_GENERAL]\nEventRootDir={folder}/{name}\nErrorLogPathname={folder}/{name}.log\nUseEthernet=1\n"
-                f"[RUVO_ETHERNET]\nRV001=10.0.0.{number},1\n", "utf-8")
+                f"[RUVO_ETHERNET]\nRV001=10.0.0.{number},1\n[RUVO_PASSWORDS]\nRV001={password}\n", "utf-8")
 
     def describe(self, absent=None):
         relays = [f'[[relay]]\nname = "R{number}"\nethernet = {{ ip = "10.0.0.{number}", address = 1 }}\n[relay.identity]\n'
-                  f'model = "AB12-X"\nserial = "000{number}"\n{events}'
-                  for name, (number, events, _) in SITES.items() if name != absent]
+                  f'model = "AB12-X"\nserial = "000{number}"\n{more}{events}'
+                  for name, (number, events, more, _) in SITES.items() if name != absent]
         self.site.describe('state = "state.txt"\ntrace = "trace"\n', *relays,
-                           *(fault for name, (_, _, fault) in SITES.items() if name != absent))
+                           *(faults for name, (*_, faults) in SITES.items() if name != absent))
 
     def command(self, name):
         return [str(self.site.bin / "ruvo"), str(self.inis / f"{name}.ini")]
@@ -75,15 +88,29 @@ class Yard:
     def visit(self, name, *before):
         must(*before, *self.command(name), env=self.site.environment)
 
-    def cut_short(self, name):
-        """A visit that a signal ends while it waits for an event."""
+    def cut_short(self, name, number, after):
+        """A visit that a signal ends while it waits for an event, once the trace has so many of these calls."""
         trace = self.folder / "trace"
         trace.unlink(missing_ok=True)
         visit = subprocess.Popen(self.command(name), env=self.site.environment)
-        while visit.poll() is None and "GetDeviceStatus" not in (trace.read_text("utf-8") if trace.exists() else ""):
+        operation, times = after
+        while visit.poll() is None and (trace.read_text("utf-8") if trace.exists() else "").count(operation) < times:
             time.sleep(0.02)
-        visit.send_signal(signal.SIGTERM)
+        visit.send_signal(number)
         visit.wait()
+
+    def disk(self, name, size):
+        """Gives a site an event root with a disk of its own, or changes that one's size."""
+        root = self.folder / name
+        must("mount", "-t", "tmpfs", "-o", f"{'remount,' if root.is_mount() else ''}size={size}", "ruvo-test", root)
+
+    def end(self):
+        if (self.folder / "full").is_mount():
+            must("umount", self.folder / "full")
+
+    def recover(self, name):
+        kept = next(self.folder.glob("**/*.setaside"))
+        self.site.ruvoctl("recover", self.inis / f"{name}.ini", kept)
 
     def measure(self):
         self.site.ruvoctl("status", "--all", self.inis, "--prometheus", self.metrics / "ruvo.prom")
@@ -146,13 +173,18 @@ def watch_over(yard, watch):
     for night in (3, 2, 1):
         yard.visit("far", "faketime", "-f", f"-{night}d")
     yard.visit("calm")
+    yard.visit("refused")
+    if FULL:
+        yard.disk("full", "100m")
+        yard.visit("full")
     damaged = next(yard.folder.glob("calm/*/*.evt"))
     whole = damaged.read_bytes()
     watch.wait("nothing fires for a site that is well", lambda seen: not any(site == "calm" for _, site in seen))
     # What is broken fires, and then what is old.
     damaged.write_bytes(whole + b"\0\xff" * 20)
     yard.visit("lost")
-    yard.cut_short("slow")
+    yard.cut_short("slow", signal.SIGTERM, ("GetDeviceStatus", 1))
+    yard.cut_short("killed", signal.SIGKILL, ("GetEvent", 4))
     yard.visit("far")
     (yard.inis / "gone.ini").symlink_to("nowhere")
     watch.wait("what is broken fires", lambda seen: BROKEN <= seen)
@@ -161,6 +193,9 @@ def watch_over(yard, watch):
     # What is mended resolves.
     damaged.write_bytes(whole)
     (yard.inis / "gone.ini").unlink()
+    yard.recover("refused")
+    if FULL:
+        yard.disk("full", "2g")
     yard.describe()
 
     def visits():
@@ -184,6 +219,7 @@ def test():
             watch_over(yard, watch)
         finally:
             watch.end()
+            yard.end()
 
 
 sys.exit(count_checks(test))
