@@ -1,5 +1,6 @@
 #include "ledger/journal_file.h"
 
+#include "ledger/journal_copy.h"
 #include "paths/path_utilities.h"
 
 #include <algorithm>
@@ -16,6 +17,13 @@ constexpr std::size_t kMappedSize = std::size_t{1024} * 1024;
 
 std::span<const std::uint8_t> HeadBytes() {
     return {reinterpret_cast<const std::uint8_t*>(kJournalHead.data()), kJournalHead.size()};
+}
+
+/// Whether an earlier journal of that name was damaged (a clock may have been set back): what is left of it
+/// would be taken for the new one's, or be overwritten.
+bool HasLeftover(const std::string& journalPath) {
+    return GetPathKind(CopyPathOf(journalPath)) != EPathKind::Missing ||
+           GetPathKind(journalPath + std::string(kDamagedEnding)) != EPathKind::Missing;
 }
 
 } // namespace
@@ -48,6 +56,9 @@ bool CJournalFile::Make(const std::string& folder, const std::string& nameBegin)
             .append("-")
             .append(std::to_string(number))
             .append(kJournalEnding);
+        if (HasLeftover(m_path)) {
+            continue;
+        }
         const SFileResult made = File().Open(
             m_path, {.read = true, .write = true, .create = true, .exclusive = true, .removable = true});
         if (made.failure != EFileFailure::Exists && !IsGood(made)) {

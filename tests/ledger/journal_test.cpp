@@ -136,6 +136,16 @@ TEST(Journal, FramesFollowOneAnotherWhateverIsDoneBetween) {
     EXPECT_EQ(FramesOf(folder, folder.Read("s/now-1.journal")), "V1 R1 R1 D1 ");
 }
 
+TEST(Journal, ItsNameIsNotThatOfAnEarlierOneOfWhichAnythingIsLeft) {
+    const CScratchFolder folder;
+    std::filesystem::create_directory(folder.Native("s"));
+    for (const char* left : {"now-1-copy.journal", "now-2.journal.damaged", "now-3.journal"})
+        folder.Write(std::string("s/") + left, "left");
+    CJournalFile journal;
+    ASSERT_TRUE(journal.Make(folder.Path("s"), "now"));
+    EXPECT_TRUE(folder.Has("s/now-4.journal"));
+}
+
 TEST(Journal, WhatItHoldsComesBackAsItWas) {
     const SStoreInfo store{0x123456789A, 7, {{0, 3}, {9, 1}}};
     const auto back = UnpackStore(Pack(store));
