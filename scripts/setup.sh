@@ -17,8 +17,10 @@
 #   scripts/setup.sh systemd    what boots a small system that a real systemd runs (tests/machine/systemd.sh)
 #   scripts/setup.sh containers what builds an image and runs it (tests/machine/containers.sh)
 #   scripts/setup.sh autopkgtest   what runs the package's own test (tests/machine/autopkgtest.sh)
-#   scripts/setup.sh arm64      what cross-builds for another machine, and runs its programs (tests/machine/arm64.sh)
-#   scripts/setup.sh s390x      the same for one of the other byte order (tests/machine/s390x.sh)
+#   scripts/setup.sh arm64      what cross-builds the Debian package for arm64 (scripts/package.sh arm64), looks into it and runs its
+#                               programs (tests/machine/arm64.sh)
+#   scripts/setup.sh s390x      what cross-builds the rooms for a machine of the other byte order, and runs their tests
+#                               (tests/machine/s390x.sh)
 #   scripts/setup.sh machine    the emulator and the maker of systems for tests on whole machines (tests/machine)
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -64,7 +66,7 @@ for extra in "$@"; do
     systemd) packages+=("${package_tools[@]}" debootstrap systemd-container) ;;
     containers) packages+=("${package_tools[@]}" debootstrap podman buildah crun python3-yaml) ;;
     autopkgtest) packages+=("${package_tools[@]}" debootstrap autopkgtest) ;;
-    arm64) packages+=("${package_tools[@]}" mmdebstrap g++-aarch64-linux-gnu qemu-user-static) ;;
+    arm64) packages+=("${package_tools[@]}" lintian mmdebstrap g++-aarch64-linux-gnu qemu-user-static) ;;
     s390x) packages+=(mmdebstrap g++-s390x-linux-gnu qemu-user-static) ;;
     machine) packages+=(mmdebstrap qemu-system-x86 e2fsprogs) ;;
     *)
@@ -88,8 +90,9 @@ install_packages() {
     fi
     echo "Installing: ${missing[*]}"
     export DEBIAN_FRONTEND=noninteractive
-    if ! { "${root[@]}" apt-get update && "${root[@]}" apt-get install -y --no-install-recommends "${missing[@]}"; } \
-        >"$log" 2>&1; then
+    # (What else installs at that moment, such as a machine's own upgrade, is waited for.)
+    if ! { "${root[@]}" apt-get update &&
+        "${root[@]}" apt-get -o DPkg::Lock::Timeout=600 install -y --no-install-recommends "${missing[@]}"; } >"$log" 2>&1; then
         cat "$log" >&2
         echo "setup.sh: installing failed" >&2
         exit 1
