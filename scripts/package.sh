@@ -10,6 +10,7 @@ cd "$(dirname "$0")/.."
 if [ "${1:-}" = --test ]; then
     exec tests/packages/run.sh
 fi
+umask 022 # folders of the package get their modes by it
 preset=${1:-release}
 case "$preset" in windows-*)
     scripts/setup.sh windows >&2
