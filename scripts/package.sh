@@ -3,6 +3,8 @@
 # windows-x86 and windows-x64 a zip and a set-up program, of another preset the Debian package.
 #   scripts/package.sh [PRESET]       default: release. Files for Windows are signed if RUVO_SIGN_CERTIFICATE and
 #                                     RUVO_SIGN_KEY name a certificate (packaging/windows/sign.sh)
+#   scripts/package.sh arm64          the Debian package for arm64, cross-built, without a .spdx.json; that of this
+#                                     machine, which tells what it depends on, is built first
 #   scripts/package.sh --test         also installs, runs, upgrades and removes it on this machine, as root, and
 #                                     leaves the machine as it was; the last line is the count
 set -euo pipefail
@@ -12,10 +14,19 @@ if [ "${1:-}" = --test ]; then
 fi
 umask 022 # folders of the package get their modes by it
 preset=${1:-release}
-case "$preset" in windows-*)
+case "$preset" in
+windows-*)
     scripts/setup.sh windows >&2
     scripts/build.sh "$preset"
     exec packaging/windows/make_packages.sh "$preset"
+    ;;
+arm64)
+    native=$(scripts/package.sh)
+    scripts/setup.sh arm64 >&2
+    # (The last one is for those who run the programs in an emulator.)
+    scripts/upkeep/libraries.sh arm64 libsqlite3-dev libssl-dev libstdc++6
+    RUVO_DEPENDS=$(dpkg-deb -f "$native" Depends)
+    export RUVO_DEPENDS
     ;;
 esac
 scripts/setup.sh packages >&2
@@ -28,5 +39,6 @@ log=$(mktemp)
 trap 'rm -f "$log"' EXIT
 cmake -E chdir "build/$preset" cpack -G DEB >"$log" 2>&1 || { cat "$log" >&2; exit 1; }
 deb=$(ls "build/$preset"/ruvo_*.deb)
-scripts/upkeep/sbom.sh "$preset" "$deb" >"${deb%.deb}.spdx.json"
+# (What was unpacked for another machine is not what dpkg knows of this one.)
+[ "$preset" = arm64 ] || scripts/upkeep/sbom.sh "$preset" "$deb" >"${deb%.deb}.spdx.json"
 echo "$deb"

@@ -6,7 +6,7 @@ make_machine() { # the system's tar file, packages with commas between; then fur
     shift 2
     [ ! -f "$file" ] || return 0
     # The main archive alone: with others beside it the versions of two architectures may differ.
-    mirror=$(sed -n 's/^URIs: *\(.*debian\)\/*$/\1/p' /etc/apt/sources.list.d/*.sources | head -1)
+    mirror=$(scripts/upkeep/main_archive.sh)
     mkdir -p "$(dirname "$file")"
     mmdebstrap --quiet --variant=minbase --format=tar "$@" --include="linux-image-amd64,systemd-sysv,udev,dbus,procps,$packages" \
         bookworm "$file.new" "deb $mirror bookworm main"
