@@ -19,7 +19,8 @@ unpack_machine() { # the tar file, a folder that is made anew
     tar -xf "$1" -C "$2"
 }
 
-# Boots the folder's system with a disk of that size, lets it run the command, and prints what that printed.
+# Boots the folder's system with a disk of that size, lets it run the command, and prints what that printed. Fails unless the last
+# line counts checks, none of them failed.
 run_machine() { # folder, size, the command, seconds after which the machine is ended
     local root=$1 size=$2 command=$3 seconds=$4 disk=$1.img
     cat >"$root/etc/systemd/system/test.service" <<END
@@ -41,5 +42,6 @@ END
     timeout "$seconds" qemu-system-x86_64 -accel tcg,thread=multi -cpu max,-smap,-smep,-pku -m 2048 -smp 2 -nographic -no-reboot \
         -kernel "$root"/boot/vmlinuz-* -initrd "$root"/boot/initrd.img-* -append "root=/dev/vda rw console=ttyS0 quiet no_timer_check panic=1" \
         -drive "file=$disk,if=virtio,format=raw,cache=unsafe" >"$root.console" 2>&1 </dev/null || tail -5 "$root.console"
-    debugfs -R "cat /root/result" "$disk" 2>/dev/null
+    debugfs -R "cat /root/result" "$disk" 2>/dev/null | tee "$root.result"
+    tail -1 "$root.result" | grep -q '^[1-9][0-9]* passed, 0 failed$'
 }
