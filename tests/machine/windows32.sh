@@ -16,7 +16,7 @@ place=$root/opt/ruvo
 mkdir -p $place/bin $place/tests $place/docs
 cp build/windows-x86-tests/bin/*.{exe,dll} $place/bin
 cp CMakeLists.txt "$setup" $place
-cp docs/windows.md $place/docs
+cp docs/*.md $place/docs
 cp tests/windows/*.py tests/support/checks.py tests/machine/windows32_test.py $place
 for room in tests/*/; do # their tables
     [ -z "$(ls "$room"*.txt 2>/dev/null)" ] || { mkdir "$place/$room"; cp "$room"*.txt "$place/$room"; }

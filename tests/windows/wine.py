@@ -25,19 +25,25 @@ class Windows:
                                 WINEDLLOVERRIDES="mscoree=;mshtml=;winemenubuilder.exe=d;winedbg.exe=d")
 
     def __enter__(self):
+        if not self.drive.exists():  # else a copy of a new one
+            self.make()
+        return self
+
+    def make(self):
         try:
-            self.set_up("wineboot", "-i")
+            # By itself. Otherwise the program loader starts it, waits for five minutes, too few on an emulated machine, and
+            # goes on without what is missing still.
+            self.set_up("wineboot", "-i", WINEBOOTSTRAPMODE="1")
             for key, value, text in (("Drivers", "Graphics", "null"), ("Debug", "RelayInclude", ";".join(TRACED))):
                 self.set_up("reg", "add", rf"HKCU\Software\Wine\{key}", "/v", value, "/t", "REG_SZ", "/d", text, "/f")
         finally:
             self.end_session()  # COM hangs in the session that made the Windows
-        return self
 
     def __exit__(self, *_):
         self.end_session()
 
-    def set_up(self, *words):
-        status = self.run("setup", 300, *words)
+    def set_up(self, *words, **variables):
+        status = self.run("setup", 300, *words, **variables)
         if status != 0:
             raise RuntimeError(f"{' '.join(words)}: ended with {status}")
 
