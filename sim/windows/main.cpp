@@ -62,12 +62,12 @@ int Serve() {
                               IID_IConnectionPoint, __uuidof(::IP32ls)};
     const CKeptStubs stubs(interfaces);
     CServerLifetime& lifetime = CServerLifetime::Get();
-    const std::chrono::seconds idleLimit = RegisteredIdleLimit();
-    lifetime.WaitUntilUnneeded(idleLimit);
+    const CServerLifetime::SLimits limits{RegisteredReconnectLimit(), RegisteredIdleLimit()};
+    lifetime.WaitUntilUnneeded(limits);
     static_cast<void>(CoRevokeClassObject(cookie));
     // One more round for a client that has found the class object in time; no other can come now.
     std::this_thread::sleep_for(kLateClientWait);
-    lifetime.WaitUntilUnneeded(idleLimit);
+    lifetime.WaitUntilUnneeded(limits);
     return kGood;
 }
 

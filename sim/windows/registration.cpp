@@ -13,7 +13,11 @@ namespace ruvo::sim {
 namespace {
 
 constexpr const char* kSubstationValue = "Substation";
+constexpr const char* kReconnectValue = "ReconnectSeconds";
 constexpr const char* kIdleValue = "IdleSeconds";
+// A client that comes right after the last one has gone finds this process and not one on its way out: a
+// visit starts the extractor after a check, and a busy machine takes its time.
+constexpr std::chrono::seconds kReconnectLimit(5);
 constexpr std::chrono::seconds kIdleLimit(300);
 constexpr DWORD kPathCapacity = 1024;
 
@@ -43,6 +47,14 @@ std::string RegisterLibrary() {
     CComPointer<ITypeLib> library;
     const HRESULT result = LoadTypeLibEx(path, REGKIND_REGISTER, library.Receive());
     return FAILED(result) ? Reason("Registering the type library", static_cast<unsigned long>(result)) : "";
+}
+
+std::chrono::seconds RegisteredSeconds(const char* name, std::chrono::seconds otherwise) {
+    DWORD seconds = 0;
+    DWORD size = sizeof(seconds);
+    const LSTATUS result = RegGetValueA(HKEY_CLASSES_ROOT, ServerClassKey().c_str(), name, RRF_RT_REG_DWORD,
+                                        nullptr, &seconds, &size);
+    return result == ERROR_SUCCESS ? std::chrono::seconds(seconds) : otherwise;
 }
 
 } // namespace
@@ -96,12 +108,12 @@ std::string RegisteredSubstation() {
     return result == ERROR_SUCCESS ? path : SubstationPath();
 }
 
+std::chrono::seconds RegisteredReconnectLimit() {
+    return RegisteredSeconds(kReconnectValue, kReconnectLimit);
+}
+
 std::chrono::seconds RegisteredIdleLimit() {
-    DWORD seconds = 0;
-    DWORD size = sizeof(seconds);
-    const LSTATUS result = RegGetValueA(HKEY_CLASSES_ROOT, ServerClassKey().c_str(), kIdleValue,
-                                        RRF_RT_REG_DWORD, nullptr, &seconds, &size);
-    return result == ERROR_SUCCESS ? std::chrono::seconds(seconds) : kIdleLimit;
+    return RegisteredSeconds(kIdleValue, kIdleLimit);
 }
 
 } // namespace ruvo::sim

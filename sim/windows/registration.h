@@ -13,6 +13,9 @@ std::string UnregisterServer();
 
 /// The registered substation file; without one what SubstationPath says.
 std::string RegisteredSubstation();
+/// How long a server without clients waits for the next one: the number "ReconnectSeconds" beside the
+/// substation, else five seconds.
+std::chrono::seconds RegisteredReconnectLimit();
 /// How long a client may be silent before the server looks whether it still lives: the number "IdleSeconds"
 /// beside the substation, else five minutes.
 std::chrono::seconds RegisteredIdleLimit();

@@ -7,9 +7,6 @@
 namespace ruvo::sim {
 namespace {
 
-// A client that comes right after the last one has gone finds this process and not one on its way out: a
-// visit starts the extractor after a check, and a busy machine takes its time.
-constexpr std::chrono::seconds kReconnectTimeout(5);
 // From the start of the process to its first client.
 constexpr std::chrono::seconds kFirstClientTimeout(30);
 constexpr std::chrono::milliseconds kPollInterval(250);
@@ -60,12 +57,12 @@ bool CServerLifetime::IsAnyClientAlive() {
     return std::ranges::any_of(m_sinks, [](CSinkFanOut* sinks) { return sinks->IsAnyAlive(); });
 }
 
-bool CServerLifetime::IsUnneeded(std::unique_lock<std::mutex>& lock, Clock::duration idleLimit) {
+bool CServerLifetime::IsUnneeded(std::unique_lock<std::mutex>& lock, const SLimits& limits) {
     const Clock::duration idle = Clock::now() - m_lastUse;
     if (m_references == 0) {
-        return idle >= (m_wasReferenced ? kReconnectTimeout : kFirstClientTimeout);
+        return idle >= (m_wasReferenced ? limits.reconnect : kFirstClientTimeout);
     }
-    if (m_calls != 0 || idle < idleLimit) {
+    if (m_calls != 0 || idle < limits.idle) {
         return false;
     }
     // Without the lock: asking a client waits for its process, and its calls take the lock meanwhile.
@@ -78,9 +75,9 @@ bool CServerLifetime::IsUnneeded(std::unique_lock<std::mutex>& lock, Clock::dura
     return !alive;
 }
 
-void CServerLifetime::WaitUntilUnneeded(Clock::duration idleLimit) {
+void CServerLifetime::WaitUntilUnneeded(const SLimits& limits) {
     std::unique_lock lock(m_mutex);
-    while (!IsUnneeded(lock, idleLimit)) {
+    while (!IsUnneeded(lock, limits)) {
         m_changed.wait_for(lock, kPollInterval);
     }
 }

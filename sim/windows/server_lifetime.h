@@ -28,12 +28,16 @@ public:
     void AddSinks(CSinkFanOut& sinks);
     void RemoveSinks(CSinkFanOut& sinks);
 
-    /// Waits until no client has held the process for a while, or until none has called it for `idleLimit`
-    /// and no client can be reached: one that was killed never releases its references.
-    void WaitUntilUnneeded(Clock::duration idleLimit);
+    struct SLimits {
+        Clock::duration reconnect;
+        Clock::duration idle;
+    };
+    /// Waits until no client has held the process for the time of `reconnect`, or until none has called it
+    /// for that of `idle` and no client can be reached: one that was killed never releases its references.
+    void WaitUntilUnneeded(const SLimits& limits);
 
 private:
-    bool IsUnneeded(std::unique_lock<std::mutex>& lock, Clock::duration idleLimit);
+    bool IsUnneeded(std::unique_lock<std::mutex>& lock, const SLimits& limits);
     bool IsAnyClientAlive();
 
     std::mutex m_mutex;
