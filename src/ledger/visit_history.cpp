@@ -155,13 +155,6 @@ bool CVisitHistory::ForEachOf(const std::string& iniPath, const Take& take) cons
     return isRead;
 }
 
-bool CVisitHistory::HasVisitsOf(const std::string& iniPath) const {
-    bool isFound = false;
-    static_cast<void>(
-        ForEachOf(iniPath, [&isFound](const SVisitLine& /*line*/, ERunState /*state*/) { isFound = true; }));
-    return isFound;
-}
-
 SVisitSummary SummariseVisits(const std::string& eventRoot, const std::string& iniPath,
                               const CVisitHistory::Take& also) {
     const std::string own = RecordedIniPath(iniPath);

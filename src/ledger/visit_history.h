@@ -42,9 +42,6 @@ public:
     /// The same of the runs of one INI file, given by any path of it; of others no entries are read.
     [[nodiscard]] bool ForEachOf(const std::string& iniPath, const Take& take) const;
 
-    /// Whether a run of that INI file is among them.
-    [[nodiscard]] bool HasVisitsOf(const std::string& iniPath) const;
-
 private:
     [[nodiscard]] EHistory LookIn(const std::string& state, const std::string& folder) const;
 

@@ -70,7 +70,6 @@ class Yard:
         self.describe("far")
         password = must(self.site.bin / "ruvoctl", "password", "encrypt", input="AAAA\n", env=self.site.environment).strip()
         for name, (number, *_) in SITES.items():
-            (folder / name).mkdir()
             (self.inis / f"{name}.ini").write_text(
                 f"[RUVO_GENERAL]\nEventRootDir={folder}/{name}\nErrorLogPathname={folder}/{name}.log\nUseEthernet=1\n"
                 f"[RUVO_ETHERNET]\nRV001=10.0.0.{number},1\n[RUVO_PASSWORDS]\nRV001={password}\n", "utf-8")
@@ -102,6 +101,7 @@ class Yard:
     def disk(self, name, size):
         """Gives a site an event root with a disk of its own, or changes that one's size."""
         root = self.folder / name
+        root.mkdir(exist_ok=True)
         must("mount", "-t", "tmpfs", "-o", f"{'remount,' if root.is_mount() else ''}size={size}", "ruvo-test", root)
 
     def end(self):

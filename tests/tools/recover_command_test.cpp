@@ -203,6 +203,20 @@ TEST_F(RecoverCommand, AnEventRootThatTheFileNamedEarlierIsNotForgotten) {
     EXPECT_TRUE(isListed(status)) << RunTool(status).out;
 }
 
+TEST_F(RecoverCommand, AnotherSitesEventRootIsItsOwnMatterThoughItDoesNotExist) {
+    const auto isListed = [&] {
+        return RunTool({"status", folder.Native("site.ini")})
+                   .out.find("/other (does not exist) are set aside in ") != std::string::npos;
+    };
+    Visit(EEnd::SetAside, "other"); // the first visit, before any day file
+    CVisitRecord record(folder.Path("other"), folder.Path("other.ini"));
+    record.Begin();
+    record.End({});
+    EXPECT_TRUE(isListed()) << "no other site is left that could say so";
+    folder.Write("other.ini", "");
+    EXPECT_FALSE(isListed());
+}
+
 TEST_F(RecoverCommand, TakesOverAnEventRootThatIsGone) {
     std::filesystem::create_directory(folder.Native("old"));
     Visit(EEnd::SetAside, "old");

@@ -2,6 +2,7 @@
 
 #include "ledger/root_folder.h"
 #include "ledger/visit_history.h"
+#include "ledger/visit_record.h"
 #include "platform/full_path.h"
 #include "platform/state_folder.h"
 
@@ -20,9 +21,27 @@ SRootLeftovers Read(const std::string& folder, const std::string& eventRoot) {
     return root;
 }
 
-/// Whether runs of the INI file have visited relays with that event root.
-bool WasRootOf(const std::string& iniPath, const SRootLeftovers& root) {
-    return !iniPath.empty() && CVisitHistory(FullPath(root.eventRoot)).HasVisitsOf(iniPath);
+SRootLeftovers ReadOther(const std::string& folder) {
+    SRootLeftovers root = Read(folder, "");
+    if (!root.found.IsEmpty() && !root.eventRoot.empty()) {
+        static_cast<void>(CVisitHistory(FullPath(root.eventRoot))
+                              .ForEach([&root](const SVisitLine& line, ERunState /*state*/) {
+                                  root.iniPaths.insert(line.iniPath);
+                              }));
+    }
+    return root;
+}
+
+/// Whether the status of another site reports what is left there.
+bool IsOfAnotherSite(const SRootLeftovers& root) {
+    return std::ranges::any_of(root.iniPaths, [](const std::string& iniPath) {
+        return GetPathKind(FullPath(iniPath)) == EPathKind::File;
+    });
+}
+
+bool IsFormerRootOf(const std::string& iniPath, const SRootLeftovers& root) {
+    return (!iniPath.empty() && root.iniPaths.contains(RecordedIniPath(iniPath))) ||
+           (!root.isThere && !IsOfAnotherSite(root));
 }
 
 } // namespace
@@ -63,7 +82,7 @@ const std::vector<std::string>& CRootLeftovers::FoldersIn(const std::string& sta
 const SRootLeftovers& CRootLeftovers::Of(const std::string& folder) {
     auto root = m_roots.find(folder);
     if (root == m_roots.end()) {
-        root = m_roots.emplace(folder, Read(folder, "")).first;
+        root = m_roots.emplace(folder, ReadOther(folder)).first;
     }
     return root->second;
 }
@@ -92,8 +111,7 @@ SSiteLeftovers FindLeftovers(const std::string& eventRoot, const std::string& in
             continue;
         }
         const SRootLeftovers& root = known.Of(folder);
-        if (!root.found.IsEmpty() &&
-            (others == EOtherRoots::All || !root.isThere || WasRootOf(iniPath, root))) {
+        if (!root.found.IsEmpty() && (others == EOtherRoots::All || IsFormerRootOf(iniPath, root))) {
             leftovers.roots.push_back(root);
         }
     }

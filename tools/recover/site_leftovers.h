@@ -4,6 +4,7 @@
 #include "ledger/leftovers.h"
 
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -15,12 +16,16 @@ class CJsonWriter;
 struct SRootLeftovers {
     std::string eventRoot; ///< in the system's own form; empty when it is unknown
     bool isThere = true;   ///< the event root
+    /// Whose runs had it as their event root, as their records name them; known of other sites' roots.
+    std::set<std::string> iniPaths;
     SLeftovers found;
 };
 
 /// Which event roots are looked at beside the one that the INI file names.
 enum class EOtherRoots : std::uint8_t {
-    Former, ///< those that do not exist any more or are unknown, and those that runs of the INI file had
+    /// Those that runs of the INI file had, and those that do not exist any more or are unknown, unless they
+    /// belong to another INI file that still exists.
+    Former,
     All,
 };
 
