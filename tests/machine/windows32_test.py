@@ -45,7 +45,7 @@ def test():
             run_rooms(windows, PROGRAMS)
             # From one run to the next it takes longer than the simulated server stays, and Wine offers one that is about to end.
             stay = (companion.CLASS, "/v", "ReconnectSeconds", "/f")
-            windows.set_up("reg", "add", *stay, "/t", "REG_DWORD", "/d", "60")
+            windows.set_up("reg", "add", *stay, "/t", "REG_DWORD", "/d", "600")
             windows_test.run_twins(windows)
             windows.set_up("reg", "delete", *stay)
             windows_test.run_connector(windows)

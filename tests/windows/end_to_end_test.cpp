@@ -2,12 +2,14 @@
 // boxes, the registry, the debugger, other programs that load the library, and a server that is a process of
 // its own.
 #include "e2e/cases.h"
+#include "platform/file.h"
 #include "platform/modules.h"
 #include "platform/single_instance.h"
 #include "windows/checks.h"
 #include "windows/program_run.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <functional>
 #include <tlhelp32.h>
@@ -243,11 +245,25 @@ std::vector<HWND> WindowsOf(DWORD processId) {
     return search.found;
 }
 
+/// What a file begins with that a run has open, too: as one that it may remove, which a stream does not
+/// share.
+std::string Beginning(const std::string& path) {
+    CFile file;
+    std::array<std::uint8_t, 4096> bytes{};
+    std::size_t count = 0;
+    const bool isRead =
+        file.Open(path, {.read = true, .removable = true}).Good() && file.Read(bytes, count).Good();
+    return isRead ? std::string(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count)) : "";
+}
+
 /// Whether the run that is under way has taken a trip from its relay.
 bool HasTakenTrip() {
-    const auto files = FilesBelow(std::string(std::getenv("LOCALAPPDATA")) + "\\ruvo");
-    return std::ranges::any_of(files, [](const auto& file) {
-        return file.first.ends_with(".journal") && file.second.find("Trip") != std::string::npos;
+    std::error_code code; // the run makes and removes files meanwhile
+    const std::filesystem::path folder = std::string(std::getenv("LOCALAPPDATA")) + "\\ruvo";
+    const std::filesystem::recursive_directory_iterator entries(folder, code);
+    return std::any_of(begin(entries), end(entries), [](const auto& entry) {
+        return entry.path().extension() == ".journal" &&
+               Beginning(entry.path().string()).find("Trip") != std::string::npos;
     });
 }
 
