@@ -2,7 +2,7 @@
 # The checks beside the tests; each can be named, all run by default.
 #   scripts/check.sh [format|rooms|functions|tidy|cppcheck|clang|asan|tsan|valgrind|month ...]
 # The month, a thousand relays over thirty nights, runs only when it is named. So do those that make or emulate a machine first,
-# for an hour at most (tests/machine):
+# for two hours at most (tests/machine):
 #   scripts/check.sh autopkgtest|containers|fleet|shares|s390x|arm64|windows32 ...
 set -euo pipefail
 cd "$(dirname "$0")/.."
