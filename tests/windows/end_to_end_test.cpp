@@ -22,7 +22,7 @@ constexpr const char* kSerial = "[RUVO_SERIAL]\nRV001=5\n";
 constexpr const char* kServerProgram = "p32ls-sim.exe";
 constexpr const char* kInstanceName = "RUVO:3B38A5F0-71B0-11d3-9C2B-00600816C2BEHX";
 constexpr const char* kStudioKey = "SOFTWARE\\Halvex\\Norvo Q7 Studio";
-constexpr DWORD kPatience = 60000;
+constexpr DWORD kPatience = 300000; // milliseconds, for an emulated machine
 
 CChecks g_checks;
 
