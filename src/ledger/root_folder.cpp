@@ -4,6 +4,7 @@
 #include "base/text.h"
 #include "platform/files.h"
 #include "platform/full_path.h"
+#include "platform/full_path_rules.h"
 #include "platform/native_text.h"
 #include "platform/state_folder.h"
 
@@ -48,7 +49,7 @@ std::string ResolvedOrMissing(const std::string& eventRoot) {
     std::string resolved = ResolvedFolder(there);
     while (resolved.empty()) {
         if (const std::size_t share = EndOfShare(eventRoot); share != 0 && there.size() <= share) {
-            return std::string(kLongForm) + "UNC" + eventRoot.substr(1);
+            return WithSmallShare(std::string(kLongForm) + "UNC" + eventRoot.substr(1));
         }
         const std::size_t separator = there.rfind('\\');
         if (separator == std::string::npos) {
@@ -60,7 +61,7 @@ std::string ResolvedOrMissing(const std::string& eventRoot) {
     if (there.size() < eventRoot.size() && resolved.ends_with('\\')) {
         resolved.pop_back();
     }
-    return resolved + eventRoot.substr(there.size());
+    return WithSmallShare(resolved + eventRoot.substr(there.size()));
 }
 
 /// Links resolved, but as people write it.

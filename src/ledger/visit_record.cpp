@@ -4,6 +4,7 @@
 #include "platform/clock.h"
 #include "platform/environment.h"
 #include "platform/full_path.h"
+#include "platform/full_path_rules.h"
 #include "platform/native_text.h"
 #include "platform/process.h"
 #include "platform/standard_error.h"
@@ -54,7 +55,7 @@ std::string RecordedIniPath(const std::string& iniPath) {
         path.replace(0, kServerForm.size(), "\\\\");
     }
     path.erase(0, path.starts_with(kLongForm) ? kLongForm.size() : 0);
-    return NativeTextToUtf8(DisplayPath(path.empty() ? full : path));
+    return NativeTextToUtf8(DisplayPath(WithSmallShare(path.empty() ? full : path)));
 }
 
 std::string RecordedNow() {

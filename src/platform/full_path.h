@@ -15,6 +15,11 @@ inline constexpr std::size_t kMaxPath = 260;
 /// Empty when the text is empty or blank, or when the result would have kMaxPath characters or more.
 std::string FullPath(const std::string& path);
 
+/// The path with each name as the disk has it, as far as it exists: on Windows other letter cases and short
+/// names (C:\PROGRA~1) lead to the same place. Unchanged where that would be too long for the programs, or in
+/// letters that a file of theirs cannot hold; on POSIX always, where no other name leads there.
+std::string OwnSpelling(const std::string& path);
+
 /// Whether no file or folder can have that path because one of its names is a device's. Nothing is one on
 /// POSIX.
 bool NamesDevice(const std::string& path);

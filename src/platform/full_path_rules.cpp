@@ -160,6 +160,19 @@ std::string FormFullPath(std::string_view path, std::string_view currentFolder) 
     return Join(forming);
 }
 
+std::string WithSmallShare(std::string path) {
+    constexpr std::string_view kLongForm = R"(\\?\UNC\)";
+    const bool isLong = path.starts_with(kLongForm);
+    if (isLong || (path.starts_with(R"(\\)") && !path.starts_with(R"(\\?)") && !path.starts_with(R"(\\.)"))) {
+        int separators = 0;
+        for (std::size_t at = isLong ? kLongForm.size() : 2; at < path.size() && separators < 2; ++at) {
+            path[at] = ToLower(path[at]);
+            separators += path[at] == '\\' ? 1 : 0;
+        }
+    }
+    return path;
+}
+
 // What follows a dot or a colon does not count, nor do blanks before them.
 bool HasDeviceName(std::string_view path) {
     constexpr std::array<std::string_view, 6> kAlone{"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$"};

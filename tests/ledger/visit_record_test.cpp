@@ -263,6 +263,7 @@ TEST_F(VisitRecord, AShareThatIsAwayKeepsItsFolder) {
         const std::string share = std::string("\\\\srv-that-is-away\\share") + below;
         const std::string name = FolderOfRoot("C:\\state", share);
         EXPECT_TRUE(name.ends_with("-" + DigestOf("\\\\?\\UNC" + share.substr(1)))) << name;
+        EXPECT_EQ(FolderOfRoot("C:\\state", std::string("\\\\SRV-that-is-away\\Share") + below), name);
     }
 }
 

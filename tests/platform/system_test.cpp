@@ -49,6 +49,15 @@ TEST(FormFullPath, GivesTheAnswersOfTheTable) {
     EXPECT_EQ(FullPath("x"), FormFullPath("x", CurrentFolder()));
 }
 
+TEST(SharePath, HasOneSpelling) {
+    std::string spelled;
+    for (const char* const path : {R"(\\SRV\Share\Ev)", R"(\\?\UNC\Srv\S\Ev)", R"(\\SRV)", R"(\\SRV\S)",
+                                   R"(\\?\C:\Ev)", R"(\\.\COM1)", R"(C:\Ev)", "", R"(\\)"}) {
+        spelled += WithSmallShare(path) + " ";
+    }
+    EXPECT_EQ(spelled, R"(\\srv\share\Ev \\?\UNC\srv\s\Ev \\srv \\srv\s \\?\C:\Ev \\.\COM1 C:\Ev  \\ )");
+}
+
 TEST(NativePath, MapsBothWays) {
     std::string native;
     for (const char* const path : {"C:\\srv\\ev", "c:/srv\\ev", "/srv", "a\\b", "C:a\\b", "C:", "C:\\",

@@ -90,6 +90,9 @@ void CheckUtf8Texts() {
     const CProfileReader reader(ini);
     g_checks.Equal(reader.ReadString("Gr\xC3\xBCn", "K\xC3\xA4", "", 100), "\xC3\x9F", "a value in it");
     g_checks.Expect(reader.KeyNames("Gr\xC3\xBCn") == std::vector<std::string>{"K\xC3\xA4"}, "a key in it");
+    g_checks.Equal(OwnSpelling(In("USUAL")), In("usual"), "a file in other letters");
+    g_checks.Equal(OwnSpelling(In("USUAL\\x\\Y")), In("usual\\x\\Y"), "what does not exist");
+    g_checks.Equal(OwnSpelling(ini), ini, "a name that no file of the extractor can hold");
     g_checks.Expect(RemoveFile(ini) && RemoveEmptyFolder(In(omega)), "removing them");
 }
 

@@ -11,6 +11,7 @@
 #include "tools/events/format_options.h"
 #include "tools/sites/site.h"
 #include "tools/text_encoding.h"
+#include "tools/typed_path.h"
 
 #include <array>
 #include <map>
@@ -174,7 +175,7 @@ int RunFind(const CArguments& arguments, SConsole& console) {
         return kExitUsage;
     }
     const std::string given = arguments.Get("--site");
-    const std::string ini = EqualIniNames(SplitPath(given).extension, ".ini") ? FullPath(given) : "";
+    const std::string ini = EqualIniNames(SplitPath(given).extension, ".ini") ? TypedPath(given) : "";
     SFindQuery query{.text = SystemTextToUtf8(arguments.Get("TEXT")),
                      .since = filter.sinceText,
                      .until = filter.untilText,

@@ -87,7 +87,8 @@ bool CNewRecords::StillBegins(const std::string& path, const SMark& mark) {
 
 bool CNewRecords::Begin(const std::string& path, std::uint64_t size, std::int64_t changed) {
     std::error_code ignored;
-    m_file = SystemTextToUtf8(std::filesystem::weakly_canonical(FilePath(path), ignored).string());
+    m_file =
+        SystemTextToUtf8(std::filesystem::weakly_canonical(FilePath(OwnSpelling(path)), ignored).string());
     m_mark = {.size = size, .changed = changed};
     m_from = 0;
     m_isSound = true;

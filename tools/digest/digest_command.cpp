@@ -9,6 +9,7 @@
 #include "tools/marks.h"
 #include "tools/sites/site.h"
 #include "tools/text_encoding.h"
+#include "tools/typed_path.h"
 
 #include <algorithm>
 #include <array>
@@ -147,7 +148,7 @@ bool ChooseSites(const CArguments& arguments, SRequest& request, SDigest& digest
         return true;
     }
     for (const std::string& place : places) {
-        request.iniPaths.push_back(FullPath(place));
+        request.iniPaths.push_back(TypedPath(place));
         if (!EqualIniNames(SplitPath(place).extension, ".ini") || request.iniPaths.back().empty()) {
             return Refuse(console,
                           EscapeControls(SystemTextToUtf8(place)) + ": expected an INI file, or --all");

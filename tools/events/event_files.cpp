@@ -4,9 +4,11 @@
 #include "paths/path_utilities.h"
 #include "platform/full_path.h"
 #include "platform/ini_text.h"
+#include "platform/state_folder.h"
 #include "tools/file_path.h"
 #include "tools/sites/site.h"
 #include "tools/text_encoding.h"
+#include "tools/typed_path.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -77,7 +79,7 @@ void AddFile(const std::string& path, const std::string& site, SFoundFiles& foun
 /// "north" for "/var/lib/ruvo/north/".
 std::string NameOfFolder(const std::string& path) {
     std::error_code ignored;
-    const fs::path folder = fs::weakly_canonical(FilePath(path), ignored);
+    const fs::path folder = fs::weakly_canonical(FilePath(OwnSpelling(path)), ignored);
     return SystemTextToUtf8((folder.has_filename() ? folder : folder.parent_path()).filename().string());
 }
 
@@ -97,13 +99,14 @@ void AddFolder(const std::string& path, const std::string& site, SFoundFiles& fo
 
 /// The event root of an INI file, in the environment of its visits. One of several INI files is taken once.
 void AddSite(const std::string& ini, std::set<std::string>& roots, SFoundFiles& found) {
-    const CSite site(FullPath(ini));
+    const CSite site(TypedPath(ini));
     if (!site.Places()) {
         found.failures.push_back(site.Failure());
         return;
     }
     const std::string root = SystemPath(site.Places()->events);
-    if (!roots.insert(root).second) {
+    const std::string resolved = ResolvedFolder(site.Places()->events);
+    if (!roots.insert(resolved.empty() ? root : resolved).second) {
         return;
     }
     std::error_code error;
@@ -129,7 +132,7 @@ SFoundFiles FindDayFiles(const std::vector<std::string>& paths) {
         } else if (EqualIniNames(SplitPath(path).extension, ".ini")) {
             AddSite(path, roots, found);
         } else {
-            AddFile(path, {}, found);
+            AddFile(OwnSpelling(path), {}, found); // its name is the relay's and the day's
         }
     }
     return found;

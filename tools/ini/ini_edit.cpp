@@ -10,6 +10,7 @@
 #include "tools/ini/diagnostics.h"
 #include "tools/ini/ini_document.h"
 #include "tools/text_encoding.h"
+#include "tools/typed_path.h"
 
 #include <algorithm>
 #include <array>
@@ -26,7 +27,8 @@ struct SFailureText {
 constexpr std::array kFailureTexts{
     SFailureText{EAccessFailure::NotFound,
                  "the INI file does not exist or is not a regular file; ruvoctl new creates one"},
-    SFailureText{EAccessFailure::NotWritable, "no permission to write the file; run as its owner or as root"},
+    SFailureText{EAccessFailure::NotWritable,
+                 "no permission to write the file; run as its owner or as root"},
     SFailureText{EAccessFailure::HardLinked,
                  "the file has another hard link, which would keep the old text; remove that link first"},
     SFailureText{EAccessFailure::Exists, "the file exists and is never overwritten; use another name"},
@@ -128,7 +130,7 @@ std::string AccessFailureText(const SAccessResult& result) {
 }
 
 int EditIniFile(const std::string& typedPath, SConsole& console, const MakeIniPlan& makePlan) {
-    const std::string path = FullPath(typedPath);
+    const std::string path = TypedPath(typedPath);
     std::string bytes;
     if (path.empty() || !ReadTextFileBytes(path, bytes)) {
         return Refuse(console, kNotReadable);

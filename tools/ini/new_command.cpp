@@ -12,6 +12,7 @@
 #include "tools/ini/path_limits.h"
 #include "tools/ini/site_questions.h"
 #include "tools/text_encoding.h"
+#include "tools/typed_path.h"
 
 #include <algorithm>
 #include <array>
@@ -97,7 +98,7 @@ std::string FindPlace(const std::string& typed, SPlace& place) {
     if (std::string why = WhyNoRunOpens(typed); !why.empty()) {
         return why;
     }
-    place.path = FullPath(typed);
+    place.path = TypedPath(typed);
     const SPathParts parts = SplitPath(place.path);
     place.folder = parts.drive + parts.folder;
     place.site = parts.name;

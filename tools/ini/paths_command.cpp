@@ -3,6 +3,7 @@
 #include "tools/command.h"
 #include "tools/ini/site_places.h"
 #include "tools/text_encoding.h"
+#include "tools/typed_path.h"
 
 #include <array>
 
@@ -30,7 +31,7 @@ std::string Shown(const std::string& path) {
 }
 
 int RunPaths(const CArguments& arguments, SConsole& console) {
-    const auto places = ReadSitePlaces(FullPath(arguments.Get("INI")));
+    const auto places = ReadSitePlaces(TypedPath(arguments.Get("INI")));
     const std::string events = places ? SystemPath(places->events) : std::string();
     const std::string log = places ? SystemPath(places->log) : std::string();
     if (events.empty() || log.empty()) {

@@ -66,10 +66,10 @@ void ApplyLines(const std::string& text, EEnvironmentOf use, SSiteEnvironment& e
 
 SSiteEnvironment ApplySiteEnvironment(const std::string& iniPath, EEnvironmentOf use) {
     constexpr std::string_view kIniExtension = ".ini";
-    const SPathParts parts = SplitPath(iniPath);
-    SSiteEnvironment environment{.path = iniPath.substr(0, iniPath.size() - parts.extension.size()) + ".env",
-                                 .diagnostics = {},
-                                 .before = {}};
+    const std::string own = OwnSpelling(iniPath);
+    const SPathParts parts = SplitPath(own);
+    SSiteEnvironment environment{
+        .path = own.substr(0, own.size() - parts.extension.size()) + ".env", .diagnostics = {}, .before = {}};
     const std::string path = FullPath(environment.path);
     if (!EqualIniNames(parts.extension, kIniExtension) || path.empty() ||
         EnvironmentValue(kSetByVisit) == parts.name) {

@@ -8,6 +8,7 @@
 #include "tools/sites/site_visits.h"
 #include "tools/text_encoding.h"
 #include "tools/text_table.h"
+#include "tools/typed_path.h"
 
 #include <algorithm>
 #include <array>
@@ -68,7 +69,7 @@ bool Fail(SConsole& console, const std::string& what) {
 }
 
 bool OpenSite(const CArguments& arguments, SMuteSite& site, SConsole& console) {
-    site.ini = FullPath(arguments.Get("SITE.ini"));
+    site.ini = TypedPath(arguments.Get("SITE.ini"));
     const CSite found(site.ini);
     if (!found.Places()) {
         return Fail(console, found.Failure());

@@ -13,6 +13,7 @@
 #include "tools/ini/site_user.h"
 #include "tools/recover/site_leftovers.h"
 #include "tools/text_encoding.h"
+#include "tools/typed_path.h"
 
 #include <algorithm>
 #include <array>
@@ -145,7 +146,7 @@ private:
     /// A name alone is one in the event root's folder.
     [[nodiscard]] std::string PathOf(const std::string& typed) const {
         const bool isName = typed.find_first_of("/\\") == std::string::npos;
-        const std::string path = isName ? m_folder + "\\" + typed : FullPath(typed);
+        const std::string path = isName ? m_folder + "\\" + typed : TypedPath(typed);
         const auto moved = std::ranges::find_if(m_moved, [&](const auto& row) {
             return row.first == path || (isName && row.first.ends_with("\\" + typed));
         });
@@ -195,7 +196,7 @@ int Store(const CArguments& arguments, const std::string& ownRoot, SConsole& con
         const bool isThere = GetPathKind(oldRoot) == EPathKind::Folder;
         eventRoot = isThere && FolderOfJournals(oldRoot) == folder ? oldRoot : ownRoot;
     }
-    CRecovery recovery(eventRoot, FullPath(arguments.Get("INI")), console);
+    CRecovery recovery(eventRoot, TypedPath(arguments.Get("INI")), console);
     if (!recovery.CanWork()) {
         return Refuse(console, "the state folder " + Shown(StateFolder()) + " cannot be used");
     }
@@ -228,13 +229,13 @@ std::vector<std::string> FullWords(const CArguments& arguments) {
 int RunRecover(const CArguments& arguments, SConsole& console) {
     const std::string typed = arguments.Get("INI");
     static_cast<void>(ApplySiteEnvironment(typed));
-    const auto places = ReadSitePlaces(FullPath(typed)); // which also finds the error log for the messages
+    const auto places = ReadSitePlaces(TypedPath(typed)); // which also finds the error log for the messages
     const std::string events = places ? FullPath(places->events) : std::string();
     if (events.empty()) {
         return Refuse(console, "cannot resolve the paths of this file; run ruvoctl check to see why");
     }
     const bool stores = arguments.Has("FILE") || arguments.Has("--from");
-    const SSiteUser site = FindSiteUser(FullPath(typed), *places);
+    const SSiteUser site = FindSiteUser(TypedPath(typed), *places);
     if (stores && !site.refusal.empty()) { // a list makes nothing
         return Refuse(console, site.refusal);
     }

@@ -7,6 +7,7 @@
 #include "tools/relays/site_relays.h"
 #include "tools/text_encoding.h"
 #include "tools/text_table.h"
+#include "tools/typed_path.h"
 
 #include <algorithm>
 #include <array>
@@ -149,7 +150,7 @@ int RunRelays(const CArguments& arguments, SConsole& console) {
     if (!CheckFormatOptions(arguments, console)) {
         return kExitUsage;
     }
-    const CSite site(FullPath(arguments.Get("SITE.ini")));
+    const CSite site(TypedPath(arguments.Get("SITE.ini")));
     const SSiteRelays all = ReadSiteRelays(site, console);
     for (const std::string& failure : all.failures) {
         console.error.Write("ruvoctl: " + EscapeControls(failure) + "\n");

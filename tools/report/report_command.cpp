@@ -14,6 +14,7 @@
 #include "tools/report/report_logs.h"
 #include "tools/report/report_page.h"
 #include "tools/text_encoding.h"
+#include "tools/typed_path.h"
 #include "tools/whole_file.h"
 
 #include <algorithm>
@@ -182,7 +183,7 @@ CReportLogs FindLogs(const CArguments& arguments, CReportData& data) {
     CReportLogs logs;
     for (const std::string& place : arguments.GetAll("SITE.ini|EVENTROOT")) {
         if (IsSite(place)) {
-            logs.AddSite(FullPath(place), data);
+            logs.AddSite(TypedPath(place), data);
         }
     }
     for (const std::string& log : arguments.GetAll("--log")) {

@@ -41,7 +41,7 @@ void CReportLogs::AddSite(const std::string& iniPath, CReportData& data) {
     if (!site.Places()) {
         return; // reported with its day files
     }
-    const std::string path = SystemPath(site.Places()->log);
+    const std::string path = SystemPath(OwnSpelling(site.Places()->log));
     auto log = std::ranges::find(m_logs, path, &SLog::path);
     if (log == m_logs.end()) {
         log = m_logs.insert(log, {path, {}});

@@ -153,7 +153,7 @@ int RunSchedule(const CArguments& arguments, SConsole& console) {
         console.error.Write(kElsewhere);
         return kExitFailed;
     }
-    const std::string name = TaskName(task.iniPath, SitesFolder());
+    const std::string name = TaskName(task.iniPath, OwnSpelling(SitesFolder()));
     if (arguments.Has("--show")) {
         return RunScheduler(*scheduler, {"/query", "/tn", name, "/v", "/fo", "LIST"}, console);
     }

@@ -4,6 +4,7 @@
 #include "platform/full_path.h"
 #include "platform/ini_text.h"
 #include "platform/sites_folder.h"
+#include "tools/typed_path.h"
 
 #include <string_view>
 
@@ -13,10 +14,10 @@ std::string GivenSitePath(const std::string& typed) {
     constexpr std::string_view kIniExtension = ".ini";
     const bool hasEnding = EqualIniNames(SplitPath(typed).extension, kIniExtension);
     if (typed.find_first_of("/\\:") != std::string::npos) {
-        return hasEnding ? FullPath(typed) : std::string();
+        return hasEnding ? TypedPath(typed) : std::string();
     }
-    return FullPath(SitesFolder() + "\\" + (hasEnding ? SplitPath(typed).name : typed) +
-                    std::string(kIniExtension));
+    return TypedPath(SitesFolder() + "\\" + (hasEnding ? SplitPath(typed).name : typed) +
+                     std::string(kIniExtension));
 }
 
 } // namespace ruvo

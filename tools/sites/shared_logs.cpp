@@ -2,6 +2,7 @@
 
 #include "ledger/visit_history.h"
 #include "paths/path_utilities.h"
+#include "platform/full_path.h"
 #include "tools/given_time.h"
 #include "tools/sites/site.h"
 #include "tools/sites/site_visits.h"
@@ -48,9 +49,10 @@ std::vector<SLogUser> CLogUsers::Beside(const std::string& fullIniPath) {
     if (own == others.end()) {
         return {};
     }
-    const std::string log = own->places.log;
-    std::erase_if(
-        others, [&](const SLogUser& user) { return user.iniPath == fullIniPath || user.places.log != log; });
+    const std::string log = OwnSpelling(own->places.log);
+    std::erase_if(others, [&](const SLogUser& user) {
+        return user.iniPath == fullIniPath || OwnSpelling(user.places.log) != log;
+    });
     return others;
 }
 

@@ -38,7 +38,7 @@ CSite::CSite(std::string fullIniPath)
 
 SSiteFiles FindSites(const std::string& folder) {
     SSiteFiles sites;
-    sites.folder = FullFolderPath(folder.empty() ? SitesFolder() : folder);
+    sites.folder = OwnSpelling(FullFolderPath(folder.empty() ? SitesFolder() : folder));
     std::vector<SFolderEntry> entries;
     if (sites.folder.empty() || !ListFolder(sites.folder, entries)) {
         sites.failure = Shown(sites.folder.empty() ? folder : sites.folder) +

@@ -8,6 +8,7 @@
 #include "tools/status/status_options.h"
 #include "tools/status/status_output.h"
 #include "tools/text_encoding.h"
+#include "tools/typed_path.h"
 #include "tools/whole_file.h"
 
 #include <array>
@@ -110,7 +111,7 @@ std::string_view FindWhere(const CArguments& arguments, SWhere& where) {
                    : "";
     }
     const bool isIni = EqualIniNames(SplitPath(where.place).extension, ".ini");
-    where.ini = where.log.empty() ? FullPath(where.place) : std::string();
+    where.ini = where.log.empty() ? TypedPath(where.place) : std::string();
     if (where.log.empty()) {
         return isIni && !where.ini.empty()
                    ? ""
@@ -123,7 +124,7 @@ std::string_view FindWhere(const CArguments& arguments, SWhere& where) {
 
 std::string NameOfRoot(const std::string& place) {
     std::error_code ignored;
-    std::filesystem::path root = std::filesystem::weakly_canonical(FilePath(place), ignored);
+    std::filesystem::path root = std::filesystem::weakly_canonical(FilePath(OwnSpelling(place)), ignored);
     root = root.has_filename() ? root : root.parent_path();
     return SystemTextToUtf8(root.filename().string());
 }

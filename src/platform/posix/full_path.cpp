@@ -15,6 +15,10 @@ std::string FullPath(const std::string& path) {
     return full.size() < kMaxPath ? full : std::string();
 }
 
+std::string OwnSpelling(const std::string& path) {
+    return path;
+}
+
 bool NamesDevice(const std::string& /*path*/) {
     return false;
 }
