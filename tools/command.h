@@ -27,6 +27,8 @@ enum class EOptionKind : std::uint8_t {
     Optional,   ///< one argument, optional
     List,       ///< one argument or more, required
     Rest,       ///< any number of arguments
+    Files,      ///< one file or folder or more, required; also patterns such as *.evt
+    MoreFiles,  ///< any number of them
 };
 
 struct SOption {

@@ -1,12 +1,14 @@
 #include "tools/command_line.h"
 
 #include "app/version.h"
+#include "platform/files.h"
 #include "tools/command.h"
 #include "tools/text_encoding.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <iterator>
 #include <sstream>
 #include <vector>
 
@@ -59,6 +61,7 @@ void AddOption(CLI::App& app, const SOption& option) {
             ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
         break;
     case EOptionKind::Rest:
+    case EOptionKind::MoreFiles:
         app.add_option(name, help)->type_name("")->expected(CLI::detail::expected_max_vector_size);
         break;
     case EOptionKind::Optional:
@@ -68,6 +71,7 @@ void AddOption(CLI::App& app, const SOption& option) {
         app.add_option(name, help)->required()->type_name("")->expected(1);
         break;
     case EOptionKind::List:
+    case EOptionKind::Files:
         app.add_option(name, help)
             ->required()
             ->type_name("")
@@ -89,13 +93,24 @@ std::vector<SParsedCommand> AddCommands(CLI::App& program) {
     return parsed;
 }
 
+std::vector<std::string> ValuesOf(const SOption& option, const std::vector<std::string>& typed) {
+    if (option.kind != EOptionKind::Files && option.kind != EOptionKind::MoreFiles) {
+        return typed;
+    }
+    std::vector<std::string> files;
+    for (const std::string& word : typed) {
+        std::ranges::move(FilesOfPattern(word), std::back_inserter(files));
+    }
+    return files;
+}
+
 CArguments CollectArguments(const SParsedCommand& parsed) {
     CArguments arguments;
     for (const SOption& option : parsed.command->options) {
         const std::string_view name = option.name.substr(option.name.find(',') + 1);
         const CLI::Option& found = *parsed.app->get_option(std::string(name));
         if (found.count() > 0) {
-            arguments.Set(name, found.results());
+            arguments.Set(name, ValuesOf(option, found.results()));
         } else if (!option.defaultChoice.empty()) {
             arguments.Set(name, {std::string(option.defaultChoice)});
         }

@@ -60,6 +60,11 @@ struct SFolderEntry {
 /// Lists a folder without "." and ".."; false when it cannot be read.
 bool ListFolder(const std::string& folder, std::vector<SFolderEntry>& entries);
 
+/// The files and folders that a typed path with * or ? in its last name stands for, in the order of their
+/// names; the path itself if it has neither, or nothing matches. (On POSIX it is the shell that replaces
+/// patterns, and the path is always returned as it is.)
+std::vector<std::string> FilesOfPattern(const std::string& typed);
+
 /// The folder for temporary files, ending in a backslash; empty when there is none.
 std::string TemporaryFolder();
 /// The working directory; empty when it cannot be had.

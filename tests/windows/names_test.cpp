@@ -96,6 +96,37 @@ void CheckUtf8Texts() {
     g_checks.Expect(RemoveFile(ini) && RemoveEmptyFolder(In(omega)), "removing them");
 }
 
+void CheckPatterns() {
+    const std::vector<std::string> names{"a.evt", "b.EVT", "c.evtx", "d", "\xC3\xA4.evt"};
+    for (const std::string& name : names) {
+        g_checks.Expect(Write(In(name), "x"), name);
+    }
+    const struct {
+        std::string pattern;
+        std::string found;
+    } cases[] = {{"*.evt", "a.evt b.EVT \xC3\xA4.evt "},
+                 {"*.EVT?", "c.evtx "},
+                 {"?.evt", "a.evt b.EVT \xC3\xA4.evt "},
+                 {"\xC3\x84*", "\xC3\xA4.evt "},
+                 {"*v*x", "c.evtx "},
+                 {"?", "d "},
+                 {"a.evt", "a.evt "},
+                 {"*.none", "*.none "},
+                 {"*l", "usual "},
+                 {"*.*", "a.evt b.EVT c.evtx d private usual \xC3\xA4.evt "},
+                 {"b.evt", "b.evt "}};
+    for (const auto& row : cases) {
+        std::string found;
+        for (const std::string& path : FilesOfPattern(In(row.pattern))) {
+            found += (path.starts_with(In("")) ? path.substr(In("").size()) : path) + " ";
+        }
+        g_checks.Equal(found, row.found, "the pattern " + row.pattern);
+    }
+    for (const std::string& name : names) {
+        RemoveFile(In(name));
+    }
+}
+
 } // namespace
 
 int CheckNames() {
@@ -103,6 +134,7 @@ int CheckNames() {
     g_checks.Expect(MakeFolder(g_folder).Good() && Write(In("usual"), "x"), "a folder for the test");
     CheckAccessLists();
     CheckUtf8Texts();
+    CheckPatterns();
     g_checks.Expect(RemoveFile(In("usual")) && RemoveFile(In("private")) && RemoveEmptyFolder(g_folder),
                     "nothing is left");
     return g_checks.Finish();

@@ -30,7 +30,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::array kOptions{
-    SOption{EOptionKind::List, "EVENTROOT",
+    SOption{EOptionKind::Files, "EVENTROOT",
             "the folder that contains the day files, at any depth, or the INI file of a site; or several"},
     SOption{EOptionKind::Text, "--site",
             "name of the site (default: the name of the INI file or of the event root)", "NAME"},

@@ -25,7 +25,7 @@ constexpr std::string_view kUsualPeriod = "24h";
 constexpr std::uint64_t kUsualLines = 100;
 
 constexpr std::array kOptions{
-    SOption{EOptionKind::Rest, "SITE", "INI files of sites; with --all, the folder of the INI files"},
+    SOption{EOptionKind::MoreFiles, "SITE", "INI files of sites; with --all, the folder of the INI files"},
     SOption{EOptionKind::Flag, "--all",
             "all sites of a folder (default folder: /etc/ruvo, on Windows %ProgramData%\\ruvo)"},
     SOption{EOptionKind::Text, "--fetched",

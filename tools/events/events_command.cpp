@@ -20,7 +20,7 @@ namespace ruvo {
 namespace {
 
 constexpr std::array kOptions{
-    SOption{EOptionKind::List, "FILE|FOLDER",
+    SOption{EOptionKind::Files, "FILE|FOLDER",
             "day files, folders that contain them at any depth, or INI files of sites"},
     kFormatOption,
     kSpreadsheetOption,

@@ -45,6 +45,16 @@ bool IsLiteral(std::string_view name) {
     return std::ranges::none_of(name, [](char c) { return c >= 'A' && c <= 'Z'; });
 }
 
+bool TakesSeveral(EOptionKind kind) {
+    using enum EOptionKind;
+    return kind == List || kind == Rest || kind == Files || kind == MoreFiles;
+}
+
+bool MayBeMissing(EOptionKind kind) {
+    using enum EOptionKind;
+    return kind == Optional || kind == Rest || kind == MoreFiles;
+}
+
 /// As it is typed: "--format text|json|csv", "-o, --output TEXT", "INI", "FILE|FOLDER...".
 std::string Spelling(const SOption& option) {
     std::string typed;
@@ -52,7 +62,7 @@ std::string Spelling(const SOption& option) {
         typed += (typed.empty() ? "" : ", ") + form;
     }
     if (IsPositional(option)) {
-        typed += option.kind == EOptionKind::List || option.kind == EOptionKind::Rest ? "..." : "";
+        typed += TakesSeveral(option.kind) ? "..." : "";
     } else if (!option.values.empty()) {
         typed += " " + std::string(option.values);
     } else if (option.kind != EOptionKind::Flag) {
@@ -67,7 +77,7 @@ std::string Synopsis(const SCommand& command) {
         line += " [OPTION...]";
     }
     for (const SOption& option : command.options) {
-        if (option.kind == EOptionKind::Optional || option.kind == EOptionKind::Rest) {
+        if (MayBeMissing(option.kind)) {
             line += " [" + Spelling(option) + "]";
         } else if (IsPositional(option)) {
             line += " " + Spelling(option);

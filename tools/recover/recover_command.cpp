@@ -26,7 +26,7 @@ namespace {
 constexpr std::array kOptions{
     SOption{EOptionKind::Positional, "INI",
             "INI file of the site; a relative path is resolved against the current folder"},
-    SOption{EOptionKind::Rest, "FILE", "set-aside files to store in their day files, as listed"},
+    SOption{EOptionKind::MoreFiles, "FILE", "set-aside files to store in their day files, as listed"},
     SOption{EOptionKind::Text, "--from",
             "take over what is left of another event root: a path that the INI file named earlier, or the "
             "folder that the list names",

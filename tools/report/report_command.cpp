@@ -36,7 +36,7 @@ constexpr unsigned kMostSilentDays = 3660;
 
 constexpr std::array kOptions{
     SOption{
-        EOptionKind::List, "SITE.ini|EVENTROOT",
+        EOptionKind::Files, "SITE.ini|EVENTROOT",
         "INI files of sites, whose error logs are shown too; folders that contain day files at any depth, or "
         "day files"},
     SOption{EOptionKind::Text, "-o,--output",

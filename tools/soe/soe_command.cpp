@@ -17,7 +17,7 @@ namespace ruvo {
 namespace {
 
 constexpr std::array kOptions{
-    SOption{EOptionKind::List, "SITE.ini|FOLDER",
+    SOption{EOptionKind::Files, "SITE.ini|FOLDER",
             "INI files of sites, folders that contain day files at any depth, or day files"},
     kFormatOption,
     kSpreadsheetOption,

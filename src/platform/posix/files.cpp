@@ -208,6 +208,10 @@ bool ListFolder(const std::string& folder, std::vector<SFolderEntry>& entries) {
     return errno == 0;
 }
 
+std::vector<std::string> FilesOfPattern(const std::string& typed) {
+    return {typed};
+}
+
 std::string TemporaryFolder() {
     const std::string native = EnvironmentValue("TMPDIR").value_or("/tmp");
     std::string folder = FromNativePath(native.starts_with('/') ? native : "/tmp");

@@ -5,6 +5,7 @@
 #include "platform/windows/held_entry.h"
 #include "platform/windows/wide_text.h"
 
+#include <algorithm>
 #include <array>
 
 namespace ruvo {
@@ -32,6 +33,33 @@ private:
     WIN32_FIND_DATAW m_entry = {};
     HANDLE m_handle;
 };
+
+std::wstring InCapitals(std::wstring text) {
+    CharUpperBuffW(text.data(), static_cast<DWORD>(text.size()));
+    return text;
+}
+
+/// Both in capitals. After a mismatch the last * takes one character more.
+bool Matches(std::wstring_view name, std::wstring_view pattern) {
+    std::size_t at = 0;
+    std::size_t star = std::wstring_view::npos;
+    std::size_t taken = 0; // of the name, up to the end of what that * takes
+    for (std::size_t i = 0; i < name.size();) {
+        if (at < pattern.size() && pattern[at] == L'*') {
+            star = at++;
+            taken = i;
+        } else if (at < pattern.size() && (pattern[at] == L'?' || pattern[at] == name[i])) {
+            ++at;
+            ++i;
+        } else if (star != std::wstring_view::npos) {
+            at = star + 1;
+            i = ++taken;
+        } else {
+            return false;
+        }
+    }
+    return pattern.find_first_not_of(L'*', at) == std::wstring_view::npos;
+}
 
 bool IsLinkEntry(const WIN32_FIND_DATAW& entry) {
     return (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && IsLinkTag(entry.dwReserved0);
@@ -165,6 +193,25 @@ bool ListFolder(const std::string& folder, std::vector<SFolderEntry>& entries) {
         }
     } while (search.Next());
     return GetLastError() == ERROR_NO_MORE_FILES;
+}
+
+// (The system's own search also looks at short names, by which *.evt matches a file .evtx.)
+std::vector<std::string> FilesOfPattern(const std::string& typed) {
+    const std::size_t folder = typed.find_last_of("/\\:") + 1; // none: 0
+    std::wstring pattern = InCapitals(Wide(typed.substr(folder)));
+    pattern = pattern == L"*.*" ? L"*" : pattern; // on this system also names without a dot
+    std::vector<std::string> files;
+    std::vector<SFolderEntry> entries;
+    const std::string place = folder == 0 ? "." : typed.substr(0, folder) + ".";
+    if (pattern.find_first_of(L"*?") != std::wstring::npos && ListFolder(place, entries)) {
+        for (const SFolderEntry& entry : entries) {
+            if (Matches(InCapitals(Wide(entry.name)), pattern)) {
+                files.push_back(typed.substr(0, folder) + entry.name);
+            }
+        }
+    }
+    std::ranges::sort(files);
+    return files.empty() ? std::vector{typed} : files;
 }
 
 std::string TemporaryFolder() {
