@@ -1,6 +1,7 @@
 #include "tools/whole_file.h"
 
 #include "platform/files.h"
+#include "tools/lines/advice.h"
 
 #include <algorithm>
 #include <array>
@@ -23,7 +24,7 @@ constexpr std::array kFailureTexts{
     SFailureText{EAccessFailure::InUse, "another program is writing the file; try again"},
     SFailureText{EAccessFailure::PermissionsNotKept,
                  "cannot set the owner and permissions of the old file on the new one; "
-                 "run as the file's owner or as root"},
+                 "run as the file's owner or as {administrator}"},
     SFailureText{EAccessFailure::NotReplaced, "cannot replace the old file"},
 };
 
@@ -36,7 +37,8 @@ std::string OutputFailureText(const SAccessResult& result) {
     if (row == kFailureTexts.end()) {
         return system;
     }
-    return result.systemCode == 0 ? std::string(row->text) : std::string(row->text) + " (" + system + ")";
+    const std::string text = AdviceOf(row->text);
+    return result.systemCode == 0 ? text : text + " (" + system + ")";
 }
 
 std::string ReplaceWholeFile(const std::string& path, std::string_view text) {

@@ -11,6 +11,7 @@
 #include "platform/posix/native_path.h"
 #include "platform/registry.h"
 #include "platform/single_instance.h"
+#include "platform/system_tools.h"
 #include "support/case_table.h"
 #include "support/scratch_folder.h"
 
@@ -56,6 +57,22 @@ TEST(SharePath, HasOneSpelling) {
         spelled += WithSmallShare(path) + " ";
     }
     EXPECT_EQ(spelled, R"(\\srv\share\Ev \\?\UNC\srv\s\Ev \\srv \\srv\s \\?\C:\Ev \\.\COM1 C:\Ev  \\ )");
+}
+
+TEST(ShellWord, ReadsAsOneWordAgain) {
+    for (const char* const word : {"/etc/ruvo/yard.ini", "a b", "it's", "$HOME;`x`", "",
+                                   "S\xC3\xBC"
+                                   "d",
+                                   "-x~*"}) {
+        const std::string command = "printf %s " + ShellWord(word);
+        FILE* const shell = popen(command.c_str(), "r");
+        ASSERT_NE(shell, nullptr);
+        std::string read(100, '\0');
+        read.resize(std::fread(read.data(), 1, read.size(), shell));
+        EXPECT_EQ(pclose(shell), 0);
+        EXPECT_EQ(read, word) << command;
+    }
+    EXPECT_EQ(ShellWord("/etc/ruvo/yard.ini"), "/etc/ruvo/yard.ini");
 }
 
 TEST(NativePath, MapsBothWays) {

@@ -151,6 +151,29 @@ TEST_F(EveryLine, HasItsRowAndEveryRowItsLine) {
             EXPECT_NE(log.find(text), std::string::npos) << source << ": no line of this test has: " << text;
 }
 
+TEST(Advice, NamesWhatTheSystemHas) {
+    std::string todo;
+    for (const SLineRow& row : LineTable())
+        todo +=
+            std::string(row.happened) + "\n" + std::string(row.cost) + "\n" + std::string(row.todo) + "\n";
+    const std::regex posix("systemctl|journalctl|reboot|dmesg|smartctl|\"(df|ls|ps|kill|free) |mode|root\\b");
+    const std::regex windows(
+        "Event Viewer|schedule|Explorer|Manager|\"(dir|icacls|taskkill|chkdsk)|powershell");
+    std::smatch found;
+    const std::string here = AdviceOf(todo, ESystemTools::Posix);
+    EXPECT_FALSE(std::regex_search(here, found, windows)) << found.str();
+    EXPECT_NE(here.find("\"systemctl start ruvo@SITE\""), std::string::npos);
+    const std::string there =
+        std::regex_replace(AdviceOf(todo, ESystemTools::Windows), std::regex("event root"), "");
+    EXPECT_FALSE(std::regex_search(there, found, posix)) << found.str();
+    EXPECT_NE(there.find("\"ruvoctl visit SITE.ini\""), std::string::npos);
+    EXPECT_EQ((here + there + AdviceForAll(todo)).find_first_of("{}"), std::string::npos);
+    EXPECT_EQ(AdviceForAll("At {memory}."), "At \"free -m\" (Windows: the Task Manager).");
+    EXPECT_EQ(AdviceForSite("In SITE.ini: \"ruvoctl check SITE.ini\", \"x -u ruvo@SITE\".",
+                            {"yard", "/a b/yard.ini"}),
+              "In /a b/yard.ini: \"ruvoctl check '/a b/yard.ini'\", \"x -u ruvo@yard\".");
+}
+
 TEST(Explain, FindsALineHoweverAPersonHasIt) {
     ForEachCase<4>("tools/explain_lines.txt", [](auto& line, auto& row, auto& concern, auto& severity) {
         const auto meaning = ExplainText(line);

@@ -2,6 +2,7 @@
 
 #include "base/text.h"
 #include "tools/digest/digest_words.h"
+#include "tools/lines/advice.h"
 
 #include <algorithm>
 #include <functional>
@@ -16,6 +17,10 @@ using Problems = std::vector<const SDigestProblem*>;
 
 bool IsSameCause(const SDigestProblem& a, const SDigestProblem& b) {
     return a.happened == b.happened && a.todo == b.todo && a.isOver == b.isOver;
+}
+
+std::string Advice(const SSiteDigest& site, std::string_view text) {
+    return AdviceForSite(AdviceOf(text), {site.name, site.ini});
 }
 
 class CLineMaker {
@@ -85,9 +90,9 @@ private:
         }
         if (site.lacksVisit) {
             Add(Alarm, "There was no visit.");
-            Add(Todo, "Is the timer on, and did the machine run? \"systemctl list-timers 'ruvo@*'\" and "
-                      "\"ruvoctl status " +
-                          site.ini + "\" tell more.");
+            Add(Todo,
+                Advice(site, "{is it scheduled}, and did the machine run? {schedule} and \"ruvoctl status "
+                             "SITE.ini\" tell more."));
         }
         for (const SVisitGap& gap : site.gaps) {
             Add(Alarm, "There was no visit from " + RecordTimeForPeople(gap.from) + " to " +
@@ -101,9 +106,8 @@ private:
             }
             if (run.ended == ERunEnd::Killed && isLast) {
                 Add(Todo,
-                    "Nothing is lost but perhaps the event that was just being read; the next visit goes "
-                    "on. Find out what ended this one: \"journalctl -u ruvo@" +
-                        site.name + "\", \"last reboot\".");
+                    Advice(site, "Nothing is lost but perhaps the event that was just being read; the next "
+                                 "visit goes on. Find out what ended this one: {what ended it}."));
             }
         }
     }
@@ -124,8 +128,8 @@ private:
             });
         }
         if (site.setAside > 0) {
-            Add(Alarm, Counted(site.setAside, "event") + " set aside: \"ruvoctl recover " + site.ini +
-                           "\" lists and stores them.");
+            Add(Alarm, Counted(site.setAside, "event") +
+                           Advice(site, " set aside: \"ruvoctl recover SITE.ini\" lists and stores them."));
         }
         if (site.waiting > 0) {
             Add(Alarm, Counted(site.waiting, "event") + " waiting in the journal: the next visit stores " +

@@ -32,18 +32,6 @@ constexpr std::string_view kTestFailed = "Test connection failed.";
 /// The digest counts these events from the records.
 constexpr std::string_view kRecovered = "N events of a visit that was ended are in day file";
 
-/// What to do, with this site in the place of the table's.
-std::string ForSite(std::string_view todo, const SSiteDigest& site) {
-    std::string text(todo);
-    for (const auto& [meant, with] : {std::pair<std::string_view, std::string>("SITE.ini", site.ini),
-                                      std::pair<std::string_view, std::string>("@SITE", "@" + site.name)}) {
-        for (std::size_t at = 0; (at = text.find(meant, at)) != std::string::npos; at += with.size()) {
-            text.replace(at, meant.size(), with);
-        }
-    }
-    return text;
-}
-
 /// The table is of all links; a site has one kind of them.
 std::string ForLink(std::string text, const SSiteVisits& visits) {
     constexpr std::string_view kSerial = "Serial: ";
@@ -75,7 +63,7 @@ SDigestProblem ProblemOf(const SLogLine& line, const SSiteVisits& visits, const 
         problem.mayBeEcho = meaning->line->form.Text().starts_with(kTestFailed) ||
                             (meaning->status != nullptr && meaning->status->first == kLinkAborted);
         problem.happened = meaning->Happened();
-        problem.todo = ForLink(ForSite(meaning->ToDo(), site), visits);
+        problem.todo = ForLink(AdviceForSite(meaning->ToDo(), {site.name, site.ini}), visits);
     } else {
         problem.happened = Shortened(EscapeControls(line.message));
     }

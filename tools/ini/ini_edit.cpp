@@ -9,6 +9,7 @@
 #include "platform/text_file.h"
 #include "tools/ini/diagnostics.h"
 #include "tools/ini/ini_document.h"
+#include "tools/lines/advice.h"
 #include "tools/text_encoding.h"
 #include "tools/typed_path.h"
 
@@ -28,7 +29,7 @@ constexpr std::array kFailureTexts{
     SFailureText{EAccessFailure::NotFound,
                  "the INI file does not exist or is not a regular file; ruvoctl new creates one"},
     SFailureText{EAccessFailure::NotWritable,
-                 "no permission to write the file; run as its owner or as root"},
+                 "no permission to write the file; run as its owner or as {administrator}"},
     SFailureText{EAccessFailure::HardLinked,
                  "the file has another hard link, which would keep the old text; remove that link first"},
     SFailureText{EAccessFailure::Exists, "the file exists and is never overwritten; use another name"},
@@ -36,7 +37,7 @@ constexpr std::array kFailureTexts{
                  "cannot create a file in that folder; use an existing, writable folder"},
     SFailureText{
         EAccessFailure::PermissionsNotKept,
-        "cannot set the owner and permissions of the old file on the new one; run as the file's owner or as root"},
+        "cannot set the owner and permissions of the old file on the new one; run as the file's owner or as {administrator}"},
     SFailureText{EAccessFailure::InUse,
                  "the file is being edited by another process; nothing was changed, try again"},
     SFailureText{EAccessFailure::Changed,
@@ -125,7 +126,7 @@ int ReplaceIni(const std::string& path, const std::string& oldBytes, const CIniD
 
 std::string AccessFailureText(const SAccessResult& result) {
     const auto* const row = std::ranges::find(kFailureTexts, result.failure, &SFailureText::failure);
-    std::string text(row == kFailureTexts.end() ? "" : row->text);
+    const std::string text = row == kFailureTexts.end() ? "" : AdviceOf(row->text);
     return result.systemCode == 0 ? text : text + " (" + SystemErrorText(result.systemCode) + ")";
 }
 

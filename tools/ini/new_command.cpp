@@ -5,6 +5,7 @@
 #include "paths/path_utilities.h"
 #include "platform/files.h"
 #include "platform/full_path.h"
+#include "platform/system_tools.h"
 #include "tools/command.h"
 #include "tools/ini/diagnostics.h"
 #include "tools/ini/ini_edit.h"
@@ -241,11 +242,6 @@ bool TryPlaces(const SPlace& place, const SNewSite& site, SConsole& console) {
     return false;
 }
 
-/// As typed in a shell.
-std::string Quoted(const std::string& file) {
-    return file.find_first_of(" \t") == std::string::npos ? file : "\"" + file + "\"";
-}
-
 /// Writes the file, and removes it again if it does not pass check.
 int WriteSite(const SPlace& place, const CIniDocument& document, const std::string& typed,
               SConsole& console) {
@@ -259,8 +255,8 @@ int WriteSite(const SPlace& place, const CIniDocument& document, const std::stri
     }
     const std::string file = EscapeControls(SystemTextToUtf8(typed));
     console.out.Write(file + ": created with " + std::to_string(ListRelays(document.Ini()).size()) +
-                      " relays.\nNext: run ruvoctl check " + Quoted(file) + ", then ruvoctl test " +
-                      Quoted(file) + " KEY for one of the relays.\n");
+                      " relays.\nNext: run ruvoctl check " + ShellWord(file) + ", then ruvoctl test " +
+                      ShellWord(file) + " KEY for one of the relays.\n");
     return kExitGood;
 }
 

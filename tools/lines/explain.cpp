@@ -61,7 +61,7 @@ const SStatusRow* FindStatusIn(std::string_view text) {
 } // namespace
 
 std::string SMeaning::Happened() const {
-    std::string text(line->happened);
+    std::string text = AdviceOf(line->happened);
     if (!line->expected.empty()) {
         text.back() = ':';
         text += " " + line->expected + ".";

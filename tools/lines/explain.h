@@ -1,6 +1,7 @@
 // What a line of the error log means.
 #pragma once
 
+#include "tools/lines/advice.h"
 #include "tools/lines/line_table.h"
 #include "tools/log_lines.h"
 
@@ -19,7 +20,7 @@ struct SMeaning {
     [[nodiscard]] std::string Happened() const;
     [[nodiscard]] std::string_view Cost() const { return line->cost; }
     /// The status knows better than the line, which knows only what was tried.
-    [[nodiscard]] std::string_view ToDo() const { return status != nullptr ? status->todo : line->todo; }
+    [[nodiscard]] std::string ToDo() const { return AdviceOf(status != nullptr ? status->todo : line->todo); }
 
     bool operator==(const SMeaning&) const = default;
 };

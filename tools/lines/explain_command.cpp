@@ -78,9 +78,9 @@ void PrintAll(SConsole& console) {
             if (i + 1 < table.size() && !table[i + 1].expected.empty()) {
                 continue;
             }
-            AppendParagraph(out, "What happened:", row.happened, console.width);
+            AppendParagraph(out, "What happened:", AdviceOf(row.happened), console.width);
             AppendParagraph(out, "What it cost:", row.cost, console.width);
-            AppendParagraph(out, "What to do:", row.todo, console.width);
+            AppendParagraph(out, "What to do:", AdviceOf(row.todo), console.width);
         }
         out += '\n';
     }
@@ -93,8 +93,8 @@ void PrintAll(SConsole& console) {
                 before = text;
             }
         }
-        AppendParagraph(out, "What happened:", row.happened, console.width);
-        AppendParagraph(out, "What to do:", row.todo, console.width);
+        AppendParagraph(out, "What happened:", AdviceOf(row.happened), console.width);
+        AppendParagraph(out, "What to do:", AdviceOf(row.todo), console.width);
         out += '\n';
     }
 }

@@ -36,7 +36,8 @@ enum class ESeverity : std::uint8_t {
 /// "notice", "warning", "critical".
 [[nodiscard]] std::string_view SeverityName(ESeverity severity);
 
-/// A line, without its time, the details of the connection and the status.
+/// A line, without its time, the details of the connection and the status. Its words name commands as
+/// advice.h says.
 struct SLineRow {
     EConcern concern = EConcern::Run;
     ESeverity severity = ESeverity::Warning;

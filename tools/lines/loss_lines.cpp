@@ -47,15 +47,16 @@ constexpr std::array kLines{
         "Read the record at the relay. If it happens again, \"ruvoctl test SITE.ini KEY\"."},
     SLineWords{
         Loss, Warning,
-        "<Event record of {TIME} is|{N} event records, the first of {TIME}, are> written without {ITEMS}, which "
-        "cannot be stored.",
+        "<Event record of {TIME} is|{N} event records, the first of {TIME}, are> written without {ITEMS}, "
+        "which cannot be stored.",
         "The relay delivered values or cells that are too long for a day file. The event itself is there, with "
         "all that fits.",
         "These items are lost, for these events.",
         "If they matter, read them at the relay. TIME is by the relay's clock."},
     SLineWords{
         Loss, Warning,
-        "<1 further event record is|{N} further event records are> written without items that cannot be stored.",
+        "<1 further event record is|{N} further event records are> written without items that cannot be "
+        "stored.",
         "More of the same kind as the lines before, with other items.", "These items are lost.",
         "See the lines before."},
     SLineWords{
@@ -64,19 +65,19 @@ constexpr std::array kLines{
         "Writing the day file failed, and so did taking back what had been written in part.",
         "Its earlier records are whole. If the last record is torn, the relay keeps its events until that is "
         "repaired: by the next run from the journal, or else at the next UTC day.",
-        "\"ruvoctl events FILE\" shows whether the file is damaged. Look at its disk (\"df -h\", \"dmesg\"), "
-        "then visit again."},
+        "\"ruvoctl events FILE\" shows whether the file is damaged. Look at its disk with {room} and {disk "
+        "errors}, then visit again."},
     SLineWords{
         Loss, Warning,
-        "Day file {FILE} could not be flushed to disk. It holds <1 event|{N} events> of this visit, which a power "
-        "failure may still lose.",
+        "Day file {FILE} could not be flushed to disk. It holds <1 event|{N} events> of this visit, which "
+        "a power failure may still lose.",
         "The events are written, but the disk did not confirm that it has them.",
         "Nothing yet. A power failure in the next minutes may lose them.",
-        "Copy the day file to another disk, then look at this one (\"dmesg\", \"smartctl -a\")."},
+        "Copy the day file to another disk, then look at this one with {disk errors} and {disk check}."},
     SLineWords{
         Loss, Warning,
-        "Failed to save event file Day file {FILE} does not end with a whole record: damage at byte {N}; no event "
-        "was taken from the relay.",
+        "Failed to save event file Day file {FILE} does not end with a whole record: damage at byte {N}; "
+        "no event was taken from the relay.",
         "The file was cut, or a run was stopped while it wrote and its journal is missing. Nothing is written "
         "behind a torn record, since nobody could find its end.",
         "The relay keeps its events, until the next UTC day or until you move the file. The record that is "
@@ -85,11 +86,12 @@ constexpr std::array kLines{
         "what is in it."},
     SLineWords{
         Loss, Warning,
-        "Failed to save event file Day file {FILE} cannot be read to its end; no event was taken from the relay.",
+        "Failed to save event file Day file {FILE} cannot be read to its end; no event was taken from the "
+        "relay.",
         "The disk reported an error while the file was read, so nobody knows how it ends. Nothing is written "
         "behind an end that is not known.",
         "The relay keeps its events, until the file can be read or the next UTC day.",
-        "Copy the day file to another disk, then look at this one (\"dmesg\", \"smartctl -a\")."},
+        "Copy the day file to another disk, then look at this one with {disk errors} and {disk check}."},
     SLineWords{
         Loss, Critical,
         "Journal {JOURNAL} is damaged. Its readable events are recovered from a copy; it is kept as {KEPT}.",

@@ -23,15 +23,13 @@ constexpr std::array kLines{
         "Another run of ruvo was at work when this one began. This one ended at once.",
         "Nothing. This start visited no relay, and the other run went on.",
         "A single line means that two starts overlapped. The same line night after night means that a run "
-        "hangs: \"ps -C ruvo -o pid,lstart,args\" shows it and its age. End it with \"kill PID\" (Windows: "
-        "\"taskkill /IM RUVO.exe\"); the next run stores what it had read."},
+        "hangs: {running} shows its age. End it with {end it}; the next run stores what it had read."},
     SLineWords{
         Run, Warning, "Run ended by {SIGNAL}; <1 relay|{N} relays> not visited.",
-        "A person, the time limit of the service manager, a log-off or a shutdown asked the run to end.",
+        "A person, the time limit of the {scheduler}, a log-off or a shutdown asked the run to end.",
         "Nothing is lost: these relays keep their events. Events that had been read are stored, or wait in "
         "the journal for the next run.",
-        "Visit again: \"systemctl start ruvo@SITE\". If nobody ended the run by hand, \"journalctl -u "
-        "ruvo@SITE\" says who did; \"timed out\" there means that a visit took longer than its limit."},
+        "Visit again: {visit now}. If nobody ended the run by hand, {who ended it}."},
     SLineWords{
         Run, Critical, "Unhandled exception occured:{TEXT}",
         "The program met an error for which it has no line of its own, such as a lack of memory; TEXT is the "
@@ -39,8 +37,8 @@ constexpr std::array kLines{
         "without, the run may have ended.",
         "Events that had been read are stored or wait in the journal, unless another line counts them as "
         "lost. The rest waits in the relays.",
-        "\"ruvoctl status SITE.ini\" shows which relays were reached. Look at memory and disk (\"free -m\", "
-        "\"df -h\"), then visit again. If the line returns, report it as a fault of the program."},
+        "\"ruvoctl status SITE.ini\" shows which relays were reached. Look at memory and disk with {memory} "
+        "and {room}, then visit again. If the line returns, report it as a fault of the program."},
     SLineWords{
         Run, Critical, "Fatal exception occured:{TEXT}",
         "A file that the run as a whole needs failed; TEXT names it. The run ended.",
@@ -107,8 +105,8 @@ constexpr std::array kLines{
         "KEY\", once."},
     SLineWords{
         Password, Warning, kInvalidUserPassword,
-        "The relay, one that enciphers passwords and counts refusals, refused the password. If the INI file has "
-        "none for this key, or a longer one than the relay takes, the run sends blanks.",
+        "The relay, one that enciphers passwords and counts refusals, refused the password. If the INI "
+        "file has none for this key, or a longer one than the relay takes, the run sends blanks.",
         "The relay keeps its further events. Each visit costs one of its attempts; after the last, it blocks "
         "the password. Events read before are set aside, and another line names their file.",
         "Act before the next visit. \"ruvoctl list SITE.ini\" shows whether a password is stored for the key. "

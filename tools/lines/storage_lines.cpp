@@ -23,10 +23,12 @@ constexpr std::array kLines{
         kKept,
         "Read the two cells at the relay and correct them there. It keeps its events until then, as long as "
         "its memory lasts."},
-    SLineWords{Storage, Critical,
-               "Failed to save event file The disk of {FOLDER} is full; no event was taken from the relay.",
-               "Less than 64 KB are free on the disk of the event root.", kKept,
-               "Make room (\"df -h FOLDER\"), then visit again, before the relays' memories are full."},
+    SLineWords{
+        Storage, Critical,
+        "Failed to save event file The disk of {FOLDER} is full; no event was taken from the relay.",
+        "Less than 64 KB are free on the disk of the event root.", kKept,
+        "Make room, then visit again, before the relays' memories are full. To see how much is free: {room "
+        "of folder}."},
     SLineWords{
         Storage, Critical,
         "Failed to save event file The disk of {FOLDER} can take no more files; no event was taken from the "
@@ -39,7 +41,8 @@ constexpr std::array kLines{
         "Another program visits the same event root at this moment: another user's run, or one on another "
         "host.",
         kKept,
-        "Once, it means nothing. Every night, it means that two schedulers visit one event root: stop one of them."},
+        "Once, it means nothing. Every night, it means that two schedulers visit one event root: stop one "
+        "of them."},
     SLineWords{
         Storage, Warning,
         "Failed to save event file Day file {FILE} keeps being replaced; no event was taken from the relay.",
@@ -59,20 +62,20 @@ constexpr std::array kLines{
         "Failed to save event file Day file {FILE} is not a regular file in a folder; no event was taken from "
         "the relay.",
         "Something else has the name of the day file or of the relay's folder.", kKept,
-        "\"ls -ld\" the file and its folder, and move away what does not belong there."},
+        "{look at it}, and move away what does not belong there."},
     SLineWords{
         Storage, Critical,
         "Failed to save event file No folder can be made in {FOLDER}; no event was taken from the relay.",
         "This user may not create the relay's folder, or the disk does not let it.", kKept,
-        "\"ruvoctl check SITE.ini\", as the user of the visits, says what is wrong. Correct owner and mode of "
-        "the folder."},
+        "\"ruvoctl check SITE.ini\", as the user of the visits, says what is wrong. Correct {owner and "
+        "mode} of the folder."},
     SLineWords{
         Storage, Critical,
         "Failed to save event file No file can be made in {FOLDER}: {REASON}; no event was taken from the "
         "relay.",
         "This user may not create the day file, or the disk does not let it.", kKept,
-        "Correct owner and mode of the folder, or what REASON says. \"ruvoctl check SITE.ini\", as the user of "
-        "the visits."},
+        "Correct {owner and mode} of the folder, or what REASON says. \"ruvoctl check SITE.ini\", as the "
+        "user of the visits."},
     SLineWords{
         Storage, Warning,
         "Failed to save event file Events of an earlier visit still wait for day file {FILE}; no event was "
@@ -83,17 +86,18 @@ constexpr std::array kLines{
         Storage, Critical,
         "Failed to save event file There is no room for journal {JOURNAL}; no event was taken from the relay.",
         "The disk of the state folder is full, so that the relay's events could not be kept on the way.",
-        kKept, "Make room on the disk of JOURNAL (\"df -h\"), then visit again."},
+        kKept, "Make room on the disk of JOURNAL, then visit again. To see how much is free: {room}."},
     SLineWords{
         Storage, Critical, "Failed to save event file {REASON}; no event was taken from the relay.",
         "The day file could not be opened and locked before the first event was read; REASON says why.",
         kKept,
         "Remove the cause, then visit again. \"ruvoctl check SITE.ini\", as the user of the visits, tries the "
         "same folders."},
-    SLineWords{Storage, Critical, "Failed to save event file {REASON}.",
-               "Events had been read, and the day file could not be written. REASON names the file.",
-               "The next line says whether the events wait in the journal or are lost.",
-               "Look at the disk of the file (\"df -h\", \"dmesg\"), remove the cause, then visit again."},
+    SLineWords{
+        Storage, Critical, "Failed to save event file {REASON}.",
+        "Events had been read, and the day file could not be written. REASON names the file.",
+        "The next line says whether the events wait in the journal or are lost.",
+        "Look at the disk of the file with {room} and {disk errors}, remove the cause, then visit again."},
     SLineWords{Storage, Notice,
                "This visit has taken <1 event|{N} events>; the rest waits in the relay for the next run.",
                "A visit ends after 1,000,000 events or 256 MB, or since the run was asked to end.", kKept,
@@ -110,18 +114,18 @@ constexpr std::array kLines{
         "This visit has taken <1 event|{N} events>; there is no room for more in the disk of {FILE}, and the "
         "rest waits in the relay for the next run.",
         "The disk of the day file is full.", kKept,
-        "Make room (\"df -h\"), then visit again, before the relay's memory is full."},
+        "Make room, then visit again, before the relay's memory is full. To see how much is free: {room}."},
     SLineWords{
         Storage, Critical,
-        "This visit has taken <1 event|{N} events>; its journal cannot be written any more, and the rest waits in "
-        "the relay for the next run.",
+        "This visit has taken <1 event|{N} events>; its journal cannot be written any more, and the rest "
+        "waits in the relay for the next run.",
         "The disk of the state folder has reported an error; the program's standard error names it.", kKept,
-        "Look at that disk (\"dmesg\", \"smartctl -a\"): \"ruvoctl recover SITE.ini\" names the folder. Then "
-        "visit again."},
+        "Look at that disk with {disk errors} and {disk check}: \"ruvoctl recover SITE.ini\" names the "
+        "folder. Then visit again."},
     SLineWords{
         Storage, Critical,
-        "This visit has taken <1 event|{N} events>; the disk of {FILE} can take no more files, and the rest waits "
-        "in the relay for the next run.",
+        "This visit has taken <1 event|{N} events>; the disk of {FILE} can take no more files, and the "
+        "rest waits in the relay for the next run.",
         "The disk of the day file has no inodes left.", kKept,
         "Remove files that nobody needs (\"df -i\"), then visit again, before the relay's memory is full."},
     SLineWords{Storage, Warning, "<1 event waits|{N} events wait> in the journal for the next run.",
@@ -131,8 +135,9 @@ constexpr std::array kLines{
         Storage, Warning,
         "<1 event waits|{N} events wait> in journal {JOURNAL} for day file {FILE}: {REASON}.",
         "An ended run has left events, and this run could not store them either.",
-        "Nothing is lost: the journal has the events, and each run tries again. They become a set-aside file when "
-        "their visit is a week old and runs on seven different days (UTC) have found them waiting.",
+        "Nothing is lost: the journal has the events, and each run tries again. They become a set-aside "
+        "file when their visit is a week old and runs on seven different days (UTC) have found them "
+        "waiting.",
         "Remove the cause that REASON names, then visit again. Do not delete the journal: it is the only "
         "copy."},
     SLineWords{
@@ -141,7 +146,7 @@ constexpr std::array kLines{
         "{TIME}.",
         "An earlier run was killed, or its disk was full. This run has stored what that one had read.",
         "Nothing. A killed run can have lost the one event that was just being transferred.",
-        "Find out what ended the earlier run: \"journalctl -u ruvo@SITE\" around TIME (UTC)."},
+        "Find out what ended the earlier run: {visits' log} around TIME (UTC)."},
     SLineWords{
         Storage, Warning,
         "<1 event|{N} events> of a visit that was ended <is|are> in day file {FILE} now. Visit of {KEY}, begun "
@@ -156,8 +161,8 @@ constexpr std::array kLines{
         "The relay refused a password in the middle of the visit, the visit was aborted, or the events had "
         "waited for a week. Such events are not written to the day file without a person's word.",
         "Nothing is lost: the set-aside file has the events.",
-        "Look at them (\"ruvoctl events FILE\"), then store them: \"ruvoctl recover SITE.ini FILE\", as the user "
-        "of the visits."},
+        "Look at them (\"ruvoctl events FILE\"), then store them: \"ruvoctl recover SITE.ini FILE\", as "
+        "the user of the visits."},
     SLineWords{Storage, Warning, "Visit of {KEY}: set-aside file {FILE} cannot be written: {REASON}.",
                "The events of this visit were to be set aside, and their file could not be written.",
                "Other lines of this visit say whether the events wait in the journal or are lost.",
@@ -169,11 +174,11 @@ constexpr std::array kLines{
         "Events in it are in no day file. They are safe as long as the file is.",
         "After a downgrade: run the newer version once, which stores them. Otherwise keep the file, and find "
         "out who put it there."},
-    SLineWords{
-        Storage, Warning, "Journal {JOURNAL} cannot be read. It is left unchanged; the next run tries again.",
-        "This user may not read it, or its disk reports an error.",
-        "Events in it are in no day file. They are safe as long as the file is.",
-        "\"ls -l JOURNAL\": it must belong to the user of the visits. \"dmesg\" shows errors of the disk."},
+    SLineWords{Storage, Warning,
+               "Journal {JOURNAL} cannot be read. It is left unchanged; the next run tries again.",
+               "This user may not read it, or its disk reports an error.",
+               "Events in it are in no day file. They are safe as long as the file is.",
+               "{rights of journal}. For errors of the disk: {disk errors}."},
     SLineWords{
         Storage, Notice, "The relay's model or serial number could not be read. Its events are in {FILE}.",
         "The relay was slow or the line was bad when its names were read. A part of the folder's name is "

@@ -30,7 +30,8 @@ std::string Marked(std::string_view text) {
 }
 
 std::string Paragraph(std::string_view heading, std::string_view text) {
-    return "\n  " + (heading.empty() ? "" : "**" + std::string(heading) + ":** ") + Marked(text) + "\n";
+    return "\n  " + (heading.empty() ? "" : "**" + std::string(heading) + ":** ") +
+           Marked(AdviceForAll(text)) + "\n";
 }
 
 void AppendLine(std::string& out, const SLineRow& row) {
