@@ -1,11 +1,11 @@
 // The simulated comms server as a loadable module.
 #include "link/seam/server_module.h"
-#include "sim/server/playback.h"
+#include "platform/standard_error.h"
+#include "sim/server/served_connection.h"
 #include "sim/server/simulated_connection.h"
 
 #include <cstdio>
 #include <exception>
-#include <memory>
 #include <string>
 
 namespace {
@@ -16,18 +16,14 @@ void PrintError(const char* before, const char* text) noexcept {
 
 ruvo::IServerConnection* Connect() noexcept {
     try {
-        std::string error;
-        bool isRecording = false;
-        const std::string path = ruvo::sim::SubstationPath();
-        std::unique_ptr<ruvo::IServerConnection> connection =
-            ruvo::sim::ConnectToRecording(path, isRecording, error);
-        if (!isRecording) {
-            connection = ruvo::sim::ConnectToSubstation(path, error);
+        ruvo::sim::SServed served =
+            ruvo::sim::ConnectToServedFile(ruvo::sim::SubstationPath(), [](const std::string& line) {
+                ruvo::WriteStandardError("p32ls: " + line);
+            });
+        if (!served.connection) {
+            PrintError("", served.error.c_str());
         }
-        if (!connection) {
-            PrintError("", error.c_str());
-        }
-        return connection.release();
+        return served.connection.release();
     } catch (const std::exception& error) {
         PrintError("p32ls: ", error.what());
         return nullptr;

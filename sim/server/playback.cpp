@@ -4,9 +4,9 @@
 #include "link/recording/recording_text.h"
 #include "link/seam/link_status.h"
 #include "platform/full_path.h"
-#include "platform/standard_error.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace ruvo::sim {
 
@@ -187,22 +187,38 @@ void CPlayback::EndAwaited(std::unique_lock<std::mutex>& lock) {
     lock.lock();
 }
 
-std::unique_ptr<CPlayback> ConnectToRecording(const std::string& path, bool& isRecording,
-                                              std::string& error) {
-    Variant::Bytes bytes;
-    const std::string name = DisplayPath(path);
-    isRecording = ReadRecordingFile(FullPath(path), bytes) == ERecordingRead::Read;
-    if (!isRecording) {
-        return nullptr;
+namespace {
+
+/// False when the file does not begin as a recording. The reason is empty when it can be played.
+bool ReadPlayed(const std::string& path, Variant::Bytes& bytes, std::string& reason) {
+    if (ReadRecordingFile(FullPath(path), bytes) != ERecordingRead::Read) {
+        return false;
     }
     const CRecordingReader head(bytes);
-    if (!head.Error().empty()) {
-        error = name + ": " + head.Error();
+    reason = head.Error().empty() ? std::string() : DisplayPath(path) + ": " + head.Error();
+    return true;
+}
+
+} // namespace
+
+std::unique_ptr<CPlayback> ConnectToRecording(const std::string& path, bool& isRecording, std::string& error,
+                                              std::function<void(const std::string&)> report) {
+    Variant::Bytes bytes;
+    isRecording = ReadPlayed(path, bytes, error);
+    if (!isRecording || !error.empty()) {
         return nullptr;
     }
-    return std::make_unique<CPlayback>(std::move(bytes), [name](const std::string& line) {
-        WriteStandardError("p32ls: " + name + ": " + line);
-    });
+    return std::make_unique<CPlayback>(
+        std::move(bytes), [name = DisplayPath(path), report = std::move(report)](const std::string& line) {
+            report(name + ": " + line);
+        });
+}
+
+std::string WhyNotPlayed(const std::string& path, bool& isRecording) {
+    Variant::Bytes bytes;
+    std::string reason;
+    isRecording = ReadPlayed(path, bytes, reason);
+    return reason;
 }
 
 } // namespace ruvo::sim

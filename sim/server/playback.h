@@ -63,7 +63,11 @@ private:
 };
 
 /// The playback of a file; null, with a reason, when it cannot be read as a recording. `isRecording` tells
-/// whether the file begins as one.
-std::unique_ptr<CPlayback> ConnectToRecording(const std::string& path, bool& isRecording, std::string& error);
+/// whether the file begins as one. `report` gets lines with the file's name; it is called from any thread.
+std::unique_ptr<CPlayback> ConnectToRecording(const std::string& path, bool& isRecording, std::string& error,
+                                              std::function<void(const std::string&)> report);
+
+/// The same without playing: why the file cannot be played, empty if it can.
+std::string WhyNotPlayed(const std::string& path, bool& isRecording);
 
 } // namespace ruvo::sim

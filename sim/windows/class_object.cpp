@@ -1,10 +1,25 @@
 #include "sim/windows/class_object.h"
 
+#include "sim/server/line_file.h"
+#include "sim/server/served_connection.h"
 #include "sim/windows/error_report.h"
 #include "sim/windows/registration.h"
 #include "sim/windows/server_object.h"
 
 namespace ruvo::sim {
+
+namespace {
+
+/// COM starts this program where nobody sees what it says, so it stands in a file beside the recording, too.
+void ReportPlayback(const std::string& line) {
+    ReportError(line);
+    CLineFile file;
+    if (file.Open(RegisteredSubstation() + ".txt")) {
+        file.Append(line);
+    }
+}
+
+} // namespace
 
 STDMETHODIMP CClassObject::QueryInterface(REFIID id, void** result) {
     if (result == nullptr) {
@@ -24,14 +39,13 @@ STDMETHODIMP CClassObject::CreateInstance(IUnknown* outer, REFIID id, void** res
         return CLASS_E_NOAGGREGATION;
     }
     try {
-        std::string error;
-        auto connection = ConnectToSubstation(RegisteredSubstation(), error);
-        if (!connection) {
-            ReportError(error);
+        SServed served = ConnectToServedFile(RegisteredSubstation(), ReportPlayback);
+        if (!served.connection) {
+            ReportError(served.error);
             return E_FAIL;
         }
         const auto object =
-            CComPointer<CServerObject>::Adopt(new CServerObject(std::move(connection), m_description));
+            CComPointer<CServerObject>::Adopt(new CServerObject(std::move(served), m_description));
         return object->QueryInterface(id, result);
     } catch (const std::bad_alloc&) {
         return E_OUTOFMEMORY;

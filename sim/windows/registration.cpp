@@ -4,7 +4,7 @@
 #include "link/windows/com_owners.h"
 #include "platform/full_path.h"
 #include "platform/modules.h"
-#include "sim/file/substation.h"
+#include "sim/server/served_connection.h"
 #include "sim/server/simulated_connection.h"
 
 #include <cstdio>
@@ -62,8 +62,8 @@ std::chrono::seconds RegisteredSeconds(const char* name, std::chrono::seconds ot
 std::string RegisterServer(const std::string& substation) {
     const std::string file = FullPath(substation);
     // Refused here, where the user sees the reason, and not when a client asks for the server.
-    if (const SLoadedSubstation loaded = LoadSubstation(file); !loaded.substation) {
-        return loaded.error;
+    if (std::string reason = WhyNotServed(file); !reason.empty()) {
+        return reason;
     }
     if (std::string reason = RegisterLibrary(); !reason.empty()) {
         return reason;

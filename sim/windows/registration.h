@@ -6,12 +6,13 @@
 
 namespace ruvo::sim {
 
-/// Registers this program, and the substation file that it serves from then on. Empty, or a reason.
+/// Registers this program, and the file that it serves from then on: a substation or a recording. Empty, or a
+/// reason.
 std::string RegisterServer(const std::string& substation);
 /// Takes everything out of the registry again; nothing there is no failure. Empty, or a reason.
 std::string UnregisterServer();
 
-/// The registered substation file; without one what SubstationPath says.
+/// The registered file; without one what SubstationPath says.
 std::string RegisteredSubstation();
 /// How long a server without clients waits for the next one: the number "ReconnectSeconds" beside the
 /// substation, else five seconds.

@@ -53,9 +53,9 @@ STDMETHODIMP CSinkPoint::Unadvise(DWORD cookie) {
     return m_sinks.Remove(cookie) ? S_OK : CONNECT_E_NOCONNECTION;
 }
 
-CServerObject::CServerObject(std::unique_ptr<CSimulatedConnection> connection,
-                             CComPointer<ITypeInfo> description)
-    : CDualInterface(std::move(description)), m_point(*this, m_sinks), m_connection(std::move(connection)) {
+CServerObject::CServerObject(SServed served, CComPointer<ITypeInfo> description)
+    : CDualInterface(std::move(description)), m_point(*this, m_sinks),
+      m_codePage(served.isRecording ? CP_ACP : CP_UTF8), m_connection(std::move(served.connection)) {
     std::uint32_t cookie = 0;
     m_connection->Advise(m_sinks, cookie); // for good: the sinks outlive the connection
     CServerLifetime::Get().AddSinks(m_sinks);

@@ -3,7 +3,7 @@
 
 #include "link/windows/dual_interface.h"
 #include "link/windows/variant_conversion.h"
-#include "sim/server/simulated_connection.h"
+#include "sim/server/served_connection.h"
 #include "sim/windows/server_lifetime.h"
 #include "sim/windows/sink_fan_out.h"
 
@@ -33,8 +33,13 @@ private:
     CSinkFanOut& m_sinks;
 };
 
+template <class T>
+struct SReceived {
+    T native;
+    UINT codePage; ///< of the texts in here
+};
+
 /// An argument as the client passes it: an input is converted, an output is kept until all can be delivered.
-/// Texts are UTF-8 in here, as in the substation file.
 template <class Ours>
 class CReceivedArgument;
 
@@ -42,7 +47,8 @@ template <>
 class CReceivedArgument<const Variant&> {
 public:
     using Native = VARIANT;
-    explicit CReceivedArgument(const VARIANT& native) : m_value(FromVariant(native, CP_UTF8)) {}
+    explicit CReceivedArgument(const SReceived<VARIANT>& received)
+        : m_value(FromVariant(received.native, received.codePage)) {}
     const Variant& Pass() { return m_value; }
     void Convert() {}
     void Deliver() {}
@@ -55,23 +61,25 @@ template <>
 class CReceivedArgument<Variant&> {
 public:
     using Native = VARIANT*;
-    explicit CReceivedArgument(VARIANT* target) : m_target(target) {}
+    explicit CReceivedArgument(const SReceived<VARIANT*>& received)
+        : m_target(received.native), m_codePage(received.codePage) {}
     Variant& Pass() { return m_value; }
-    void Convert() { ToVariant(m_value, m_native, CP_UTF8); }
+    void Convert() { ToVariant(m_value, m_native, m_codePage); }
     void Deliver() { *m_target = m_native.Release(); }
 
 private:
     VARIANT* m_target;
+    UINT m_codePage;
     Variant m_value;
     COwnedVariant m_native;
 };
 
-/// Serves one client, with a substation of its own. Every operation is one call of Answer.
+/// Serves one client, with a substation or a playback of its own. Every operation is one call of Answer.
 class CServerObject final : public CDualInterface<::IP32ls>, public IConnectionPointContainer {
 public:
     using Ours = ruvo::IP32ls; // the plain name is the COM interface's here
 
-    CServerObject(std::unique_ptr<CSimulatedConnection> connection, CComPointer<ITypeInfo> description);
+    CServerObject(SServed served, CComPointer<ITypeInfo> description);
 
     STDMETHODIMP QueryInterface(REFIID id, void** result) override;
     STDMETHODIMP_(ULONG) AddRef() override { return CDualInterface::AddRef(); }
@@ -243,7 +251,9 @@ private:
     SReference m_reference; ///< first: the process must see the end of all the others
     CSinkFanOut m_sinks;
     CSinkPoint m_point;
-    std::unique_ptr<CSimulatedConnection> m_connection; // last: its commands use the sinks
+    /// Substation files are in UTF-8, a recording has the texts of the program that made it.
+    const UINT m_codePage;
+    std::unique_ptr<IServerConnection> m_connection; // last: its commands use the sinks
 };
 
 /// Outputs are delivered all or none.
@@ -259,7 +269,8 @@ HRESULT CServerObject::Answer(EComResult (Ours::*operation)(Each...),
     }
     (ClearOutput(values), ...);
     try {
-        std::tuple<CReceivedArgument<Each>...> arguments(values...);
+        std::tuple<CReceivedArgument<Each>...> arguments(
+            SReceived<typename CReceivedArgument<Each>::Native>{values, m_codePage}...);
         const auto call = [&](auto&... each) { return (m_connection->Server().*operation)(each.Pass()...); };
         if (std::apply(call, arguments) != EComResult::Ok) {
             return E_FAIL;
