@@ -36,6 +36,29 @@ std::string ReadableRelayLine(std::string_view cp1252) {
     return ReadableRelayText(Trim(cp1252, kBlank));
 }
 
+std::string EscapeMarkup(std::string_view utf8) {
+    std::string out;
+    for (const char c : utf8) {
+        switch (c) {
+        case '&':
+            out += "&amp;";
+            break;
+        case '<':
+            out += "&lt;";
+            break;
+        case '>':
+            out += "&gt;";
+            break;
+        case '"':
+            out += "&quot;";
+            break;
+        default:
+            out += c;
+        }
+    }
+    return out;
+}
+
 std::size_t ColumnsOf(std::string_view utf8) {
     return static_cast<std::size_t>(
         std::ranges::count_if(utf8, [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));

@@ -19,6 +19,9 @@ std::string ReadableRelayText(std::string_view cp1252, ELineFeeds lineFeeds = EL
 /// The same on one line, without surrounding blanks.
 std::string ReadableRelayLine(std::string_view cp1252);
 
+/// As text of HTML and XML, between tags and within quotes.
+std::string EscapeMarkup(std::string_view utf8);
+
 /// The width of the text in columns: its number of characters.
 std::size_t ColumnsOf(std::string_view utf8);
 

@@ -129,34 +129,13 @@ std::vector<SDigestLine> FittingLines(const SDigest& digest, std::size_t most) {
     return lines;
 }
 
-void AppendHtml(std::string& out, std::string_view utf8) {
-    for (const char c : utf8) {
-        switch (c) {
-        case '&':
-            out += "&amp;";
-            break;
-        case '<':
-            out += "&lt;";
-            break;
-        case '>':
-            out += "&gt;";
-            break;
-        case '"':
-            out += "&quot;";
-            break;
-        default:
-            out += c;
-        }
-    }
-}
-
 void AppendHtmlEvent(std::string& out, const SDigestEvent& event) {
     constexpr std::string_view kCell = "<td style=\"padding:1px 12px 1px 0;vertical-align:top\">";
     out += "<table style=\"margin:0 0 0 32px;border-collapse:collapse\"><tr>";
     for (const std::string_view cell : {std::string_view(event.time), EventKindName(event.kind),
                                         std::string_view(event.event), std::string_view(event.value)}) {
         out += kCell;
-        AppendHtml(out, cell);
+        out += EscapeMarkup(cell);
         out += "</td>";
     }
     out += "</tr></table>\n";
@@ -170,7 +149,7 @@ std::string DigestAsText(const SDigest& digest, std::size_t mostLines) {
 
 std::string DigestAsHtml(const SDigest& digest, std::size_t mostLines) {
     std::string html = "<!DOCTYPE html>\n<html><head><meta charset=\"utf-8\"><title>";
-    AppendHtml(html, HeadlineOf(digest));
+    html += EscapeMarkup(HeadlineOf(digest));
     html +=
         "</title></head>\n<body style=\"font-family:Arial,Helvetica,sans-serif;font-size:14px;color:#111111;"
         "background:#ffffff\">\n";
@@ -181,7 +160,7 @@ std::string DigestAsHtml(const SDigest& digest, std::size_t mostLines) {
         }
         html += "<p style=\"" + std::string(LookOf(line.kind).style) + "\">";
         html += line.kind == EDigestLine::Todo ? "<b>To do:</b> " : "";
-        AppendHtml(html, line.text);
+        html += EscapeMarkup(line.text);
         html += "</p>\n";
     }
     return html + "</body></html>\n";

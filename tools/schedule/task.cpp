@@ -28,29 +28,9 @@ bool IsServiceAccount(std::string_view identifier) {
            kServiceAccounts.end();
 }
 
-std::string Escaped(std::string_view utf8) {
-    std::string out;
-    for (const char c : utf8) {
-        switch (c) {
-        case '&':
-            out += "&amp;";
-            break;
-        case '<':
-            out += "&lt;";
-            break;
-        case '>':
-            out += "&gt;";
-            break;
-        default:
-            out += c;
-        }
-    }
-    return out;
-}
-
 std::string Element(std::string_view name, std::string_view utf8) {
     const std::string tag(name);
-    return "<" + tag + ">" + Escaped(utf8) + "</" + tag + ">";
+    return "<" + tag + ">" + EscapeMarkup(utf8) + "</" + tag + ">";
 }
 
 /// The date of the first day on which the time is still to come.
