@@ -9,27 +9,11 @@ import signal
 import time
 
 from checks import check, equal
+from spellings import test_spellings
+from substation import EVENT, SUBSTATION
 
 FOLDER = "Prüf Ort"
 INI = rf"C:\{FOLDER}\Süd.ini"
-SUBSTATION = """[link]
-serial = ["COM1"]
-[[relay]]
-serial = 5
-[relay.identity]
-model = "AB12-X"
-serial = "0001"
-plant = "Plant"
-"""
-EVENT = """[[relay.event]]
-kind = 1
-location = "01.12"
-time = 2026-02-16T13:07:09.029
-text = "Trip"
-value = { uint = 7, size = 1 }
-format = "%d"
-values = [{ int = 5, size = 1 }]
-"""
 TEXT = f"[RUVO_GENERAL]\r\nEventRootDir=C:\\{FOLDER}\\Ereignisse ß\r\nErrorLogPathname=C:\\{FOLDER}\\Störung.log\r\n"
 SITE = "[RUVO_SERIAL]\r\nRV001=5\r\n"
 DEVICE = "expected another name: CON, PRN"
@@ -223,4 +207,5 @@ def test_companion(windows, programs):
     use_it(companion)
     use_a_console(companion)
     lose_a_share(companion)
+    test_spellings(companion)
     look_at_com(companion)

@@ -13,7 +13,8 @@ import documented
 import setups
 from checks import check, count_checks, counts, equal, must, said
 from companion import test_companion
-from rooms import run_rooms
+from rooms import count_tests, run_rooms
+from substation import EVENT, SUBSTATION
 from wine import HANGS, Windows
 
 X86, X64 = (pathlib.Path(f"build/windows-{bits}/bin").resolve() for bits in ("x86", "x64"))
@@ -121,35 +122,8 @@ def run_connector(windows):
             if status is not None or attempt == "second":
                 break
             print(f"  com {tests} {HANGS}", flush=True)
-        text = windows.read("com.log")
-        good = len(re.findall(r"(?m)^\[       OK \]", text))
-        bad = len(re.findall(r"(?m)^\[ RUN      \]", text)) - good  # what has begun and not ended well
-        if bad == 0 and (status != 0 or good == 0):
-            bad = 1
-        counts["passed"] += good
-        counts["failed"] += bad
-        if bad > 0:
-            print(f"test_com.exe {tests}: ended with {status}", text, windows.read("com.calls"), sep="\n")
-        print(f"  com {tests}: {good} passed, {bad} failed", flush=True)
-
-
-VISITED = """[link]
-serial = ["COM1"]
-[[relay]]
-serial = 5
-[relay.identity]
-model = "AB12-X"
-serial = "0001"
-plant = "Plant"
-[[relay.event]]
-kind = 1
-location = "01.12"
-time = 2026-02-16T13:07:09.029
-text = "Trip"
-value = { uint = 7, size = 1 }
-format = "%d"
-values = [{ int = 5, size = 1 }]
-"""
+        if not count_tests(f"com {tests}", status, windows.read("com.log")):
+            print(windows.read("com.calls"))
 
 
 def visit_a_site(windows):
@@ -159,7 +133,7 @@ def visit_a_site(windows):
     # On the drive of this Windows: everybody may write the folder for temporary files, which Z: leads through.
     site, after = windows.work / "prefix/drive_c/visited", windows.work / "prefix/drive_c/visited/after"
     after.mkdir(parents=True)
-    (site / "substation.toml").write_text(VISITED, "utf-8")
+    (site / "substation.toml").write_text(SUBSTATION + EVENT, "utf-8")
     (after / "first.cmd").write_text("@echo after %RUVO_STATUS% %RUVO_REACHED%/%RUVO_RELAYS%\r\n", "ascii")
     windows.run("register", 60, X64 / "p32ls-sim.exe", "/RegServer", r"C:\visited\substation.toml")
     ini = r"C:\visited\site.ini"
