@@ -1,5 +1,6 @@
 #include "tools/pages/line_chapter.h"
 
+#include "tools/lines/advice.h"
 #include "tools/lines/line_table.h"
 #include "tools/pages/markdown.h"
 
