@@ -156,9 +156,10 @@ TEST(Advice, NamesWhatTheSystemHas) {
     for (const SLineRow& row : LineTable())
         todo +=
             std::string(row.happened) + "\n" + std::string(row.cost) + "\n" + std::string(row.todo) + "\n";
-    const std::regex posix("systemctl|journalctl|reboot|dmesg|smartctl|\"(df|ls|ps|kill|free) |mode|root\\b");
+    const std::regex posix(
+        "systemctl|journalctl|reboot|dmesg|smartctl|\"(df|ls|ps|kill|free) |\\bmode\\b|root\\b");
     const std::regex windows(
-        "Event Viewer|schedule|Explorer|Manager|\"(dir|icacls|taskkill|chkdsk)|powershell");
+        "Event Viewer|ruvoctl schedule|Explorer|Manager|\"(dir|icacls|taskkill|chkdsk)|powershell");
     std::smatch found;
     const std::string here = AdviceOf(todo, ESystemTools::Posix);
     EXPECT_FALSE(std::regex_search(here, found, windows)) << found.str();
