@@ -32,6 +32,7 @@ constexpr std::array kNamed{
     SNamed{"{memory}", "\"free -m\"", "the Task Manager"},
     SNamed{"{room}", "\"df -h\"", "This PC in the Explorer"},
     SNamed{"{room of folder}", "\"df -h FOLDER\"", "\"dir FOLDER\""},
+    SNamed{"{room for files}", "\"df -i FOLDER\"", "\"dir FOLDER\""},
     SNamed{"{disk errors}", "\"dmesg\"", "the Event Viewer's log System"},
     SNamed{"{disk check}", "\"smartctl -a\"", "\"chkdsk /scan\""},
     SNamed{"{look at it}", "\"ls -ld\" the file and its folder", "\"dir /a\" the file and its folder"},

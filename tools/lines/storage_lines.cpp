@@ -34,7 +34,7 @@ constexpr std::array kLines{
         "Failed to save event file The disk of {FOLDER} can take no more files; no event was taken from the "
         "relay.",
         "The disk of the event root has room, but no free inode for another file.", kKept,
-        "\"df -i FOLDER\" shows it. Remove small files that nobody needs, then visit again."},
+        "{room for files} shows it. Remove small files that nobody needs, then visit again."},
     SLineWords{
         Storage, Warning,
         "Failed to save event file Day file {FILE} is held by another run; no event was taken from the relay.",
@@ -127,7 +127,7 @@ constexpr std::array kLines{
         "This visit has taken <1 event|{N} events>; the disk of {FILE} can take no more files, and the "
         "rest waits in the relay for the next run.",
         "The disk of the day file has no inodes left.", kKept,
-        "Remove files that nobody needs (\"df -i\"), then visit again, before the relay's memory is full."},
+        "Remove files that nobody needs ({room for files}), then visit again, before the relay's memory is full."},
     SLineWords{Storage, Warning, "<1 event waits|{N} events wait> in the journal for the next run.",
                "The events were read, but the day file could not be written; the line before says why.",
                kWaits, "Remove the cause, then visit again. Do not delete the journal: it is the only copy."},
