@@ -70,14 +70,15 @@ void StartOfTrue(benchmark::State& state) {
 }
 BENCHMARK(StartOfTrue)->UseRealTime();
 
-/// A log of a million lines.
+/// A log of a million lines, from twenty nights.
 void WriteLongLog(const CScratchFolder& folder) {
     constexpr int kLines = 1'000'000;
     std::string text;
     for (int line = 0; line < kLines; ++line) {
         text += "2026/11/" + std::to_string(10 + line / 50'000) +
-                " 02:00:07 A problem occured during events extraction. Connection details: device address: " +
-                std::to_string(line % 250) + ". Problem details: Timed out.\r\n";
+                " 02:00:07 A problem occured during events extraction. Connection details - COM Port: COM2, "
+                "device address: " +
+                std::to_string(line % 250) + ". P32LS status: P32LS Error - data error\r\n";
     }
     folder.Write("errors.log", text);
 }
@@ -86,7 +87,7 @@ void WriteLongLog(const CScratchFolder& folder) {
 void ReadLongLog(benchmark::State& state, std::vector<std::string> command) {
     const CScratchFolder folder;
     WriteLongLog(folder);
-    if (command.back() == "status") { // of a folder of day files, here an empty one
+    if (command[1] == "status") { // of a folder of day files, here an empty one
         std::filesystem::create_directory(folder.Native("ev"));
         command.push_back(folder.Native("ev"));
     }
@@ -95,7 +96,8 @@ void ReadLongLog(benchmark::State& state, std::vector<std::string> command) {
         state.SetIterationTime(RunProcess(command, {"RUVO_STATE_DIR=" + folder.Native("state")}));
     }
 }
-BENCHMARK_CAPTURE(ReadLongLog, status, {RUVO_BIN_DIR "/ruvoctl", "status"})->UseManualTime();
+BENCHMARK_CAPTURE(ReadLongLog, status, {RUVO_BIN_DIR "/ruvoctl", "status", "--since", "2026-11-26"})
+    ->UseManualTime();
 BENCHMARK_CAPTURE(ReadLongLog, grep, {"/bin/grep", "-c", "occured.*250"})->UseManualTime();
 
 constexpr int kTreeRelays = 10;

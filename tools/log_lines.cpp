@@ -12,7 +12,15 @@ namespace ruvo {
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF"; // of an editor
-constexpr std::string_view kTimePattern = "0000/00/00 00:00:00";
+/// What stands between the digits of "2026/11/16 03:12:45".
+struct STimeMark {
+    std::size_t at;
+    char logged;
+    char iso;
+};
+constexpr std::array kTimeMarks{STimeMark{4, '/', '-'}, STimeMark{7, '/', '-'}, STimeMark{10, ' ', 'T'},
+                                STimeMark{13, ':', ':'}, STimeMark{16, ':', ':'}};
+constexpr std::size_t kTimeSize = 19;
 constexpr std::string_view kDetails = " Connection details - ";
 constexpr std::string_view kStatus = " P32LS status: ";
 
@@ -29,39 +37,39 @@ const SDetailsForm* FindDetails(std::string_view connection) {
         kDetailsForms, [connection](const SDetailsForm& form) { return connection.starts_with(form.start); });
 }
 
-/// The timestamp at the start of the line, in ISO 8601 form; empty if there is none.
-std::string ParseTimeStamp(std::string_view& text) {
-    if (text.size() <= kTimePattern.size() || text[kTimePattern.size()] != ' ') {
-        return {};
+/// Takes the timestamp off the start of the line, in ISO 8601 form; none leaves `time` empty.
+void TakeTimeStamp(std::string_view& text, std::string& time) {
+    time.clear();
+    if (text.size() <= kTimeSize || text[kTimeSize] != ' ' ||
+        std::ranges::any_of(kTimeMarks,
+                            [&](const STimeMark& mark) { return text[mark.at] != mark.logged; })) {
+        return;
     }
-    std::string time(text.substr(0, kTimePattern.size()));
-    for (std::size_t at = 0; at < time.size(); ++at) {
-        const bool isMark = kTimePattern[at] != '0';
-        if (isMark && time[at] != kTimePattern[at]) {
-            return {};
-        }
-        time[at] = time[at] == '/' ? '-' : time[at] == ' ' ? 'T' : time[at];
+    time = text.substr(0, kTimeSize);
+    for (const STimeMark& mark : kTimeMarks) {
+        time[mark.at] = mark.iso;
     }
     if (!ParseTimeKey(time, EDayEdge::Start)) {
-        return {};
+        time.clear();
+        return;
     }
-    text.remove_prefix(kTimePattern.size() + 1);
-    return time;
+    text.remove_prefix(kTimeSize + 1);
 }
 
-/// The library's own search compares the whole mark at each place, which was the largest part of reading a
-/// log.
+/// A line has many of the blanks with which a mark begins, but few of the capital letters that follow:
+/// searching for the blanks, or for whole marks, was the largest part of reading a log.
 std::size_t FindLast(std::string_view text, std::string_view mark) {
-    std::size_t at = text.rfind(mark.front());
-    while (at != std::string_view::npos && !text.substr(at).starts_with(mark)) {
-        at = at == 0 ? std::string_view::npos : text.rfind(mark.front(), at - 1);
+    std::size_t found = std::string_view::npos;
+    for (std::size_t at = text.find(mark[1], 1); at != std::string_view::npos;
+         at = text.find(mark[1], at + 1)) {
+        found = text.substr(at - 1).starts_with(mark) ? at - 1 : found;
     }
-    return at;
+    return found;
 }
 
-/// Truncates the text before its last `mark` and returns the rest after the mark.
-std::string_view CutAfter(std::string_view& text, std::string_view mark) {
-    const std::size_t at = FindLast(text, mark);
+/// Truncates the text before the mark that begins at `at`, and returns the rest after the mark; nothing where
+/// there is none.
+std::string_view CutAt(std::string_view& text, std::size_t at, std::string_view mark) {
     if (at == std::string_view::npos) {
         return {};
     }
@@ -110,6 +118,22 @@ std::string ConnectionInMessage(std::string_view message) {
                       : "device IP: " + ip + ", device address: " + device + ", bus address: " + bus + ".";
 }
 
+/// Keeps the line's number and time.
+void ParseAfterTime(std::string_view text, SLogLine& line) {
+    const std::string converted = IsUtf8(text) ? std::string() : SystemTextToUtf8(text);
+    std::string_view rest = converted.empty() ? text : converted;
+    // A relay's own words come before the details: only what follows the last details is a status.
+    const std::size_t details = FindLast(rest, kDetails);
+    const std::size_t status = FindLast(rest, kStatus);
+    const bool isLast = details == std::string_view::npos || status > details;
+    line.status = isLast ? CutAt(rest, status, kStatus) : std::string_view();
+    line.connection = CutAt(rest, FindLast(rest, kDetails), kDetails);
+    line.message = rest;
+    if (line.connection.empty()) {
+        line.connection = ConnectionInMessage(rest);
+    }
+}
+
 } // namespace
 
 CLogReader::CLogReader() : m_buffer(std::make_unique_for_overwrite<std::uint8_t[]>(kLongestLine)) {}
@@ -130,18 +154,26 @@ SFileResult CLogReader::Open(const std::string& path) {
 }
 
 bool CLogReader::Next(SLogLine& line) {
-    std::string_view text;
-    for (;;) {
-        const std::uint64_t number = m_number;
-        if (!NextText(text)) {
+    const bool isThere = NextTime(line);
+    if (isThere) {
+        Complete(line);
+    }
+    return isThere;
+}
+
+bool CLogReader::NextTime(SLogLine& line) {
+    do {
+        line.number = m_number;
+        if (!NextText(m_text)) {
             return false;
         }
-        if (!text.empty()) {
-            line = ParseLogLine(text);
-            line.number = number;
-            return true;
-        }
-    }
+    } while (m_text.empty());
+    TakeTimeStamp(m_text, line.time);
+    return true;
+}
+
+void CLogReader::Complete(SLogLine& line) const {
+    ParseAfterTime(m_text, line);
 }
 
 /// The next line without its end, or as much of it as the buffer holds.
@@ -181,20 +213,9 @@ void CLogReader::Refill() {
 }
 
 SLogLine ParseLogLine(std::string_view text) {
-    const std::string utf8 = SystemTextToUtf8(text);
-    std::string_view rest = utf8;
     SLogLine line;
-    line.time = ParseTimeStamp(rest);
-    // A relay's own words come before the details: only what follows the last details is a status.
-    const std::size_t details = FindLast(rest, kDetails);
-    if (details == std::string_view::npos || FindLast(rest, kStatus) > details) {
-        line.status = CutAfter(rest, kStatus);
-    }
-    line.connection = CutAfter(rest, kDetails);
-    line.message = rest;
-    if (line.connection.empty()) {
-        line.connection = ConnectionInMessage(rest);
-    }
+    TakeTimeStamp(text, line.time);
+    ParseAfterTime(text, line);
     return line;
 }
 

@@ -33,6 +33,10 @@ public:
     SFileResult Open(const std::string& path);
     /// False at the end of the file or on a read error; see Result.
     [[nodiscard]] bool Next(SLogLine& line);
+    /// The same with number and time alone, for callers who take few lines, by their time.
+    [[nodiscard]] bool NextTime(SLogLine& line);
+    /// Fills in the rest of the line that NextTime has returned last.
+    void Complete(SLogLine& line) const;
     /// Good unless reading failed.
     [[nodiscard]] SFileResult Result() const { return m_result; }
 
@@ -45,6 +49,7 @@ private:
     std::size_t m_begin = 0;                  ///< of the bytes in the buffer that are still to come
     std::size_t m_end = 0;
     std::uint64_t m_number = 1; ///< of the line that the next bytes belong to
+    std::string_view m_text;    ///< of the last line, without its time; in the buffer
     bool m_atEnd = false;
     SFileResult m_result;
 };

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 
 namespace ruvo {
 
@@ -70,11 +71,14 @@ std::size_t CharacterSize(std::string_view text, std::size_t at) {
             secondFirst; ///< the second byte's range keeps out surrogates and forms that are too long
         unsigned char secondLast;
     };
-    static constexpr std::array kRows{
-        SRow{0x00, 0x7F, 1, 0x80, 0xBF}, SRow{0xC2, 0xDF, 2, 0x80, 0xBF}, SRow{0xE0, 0xE0, 3, 0xA0, 0xBF},
-        SRow{0xE1, 0xEC, 3, 0x80, 0xBF}, SRow{0xED, 0xED, 3, 0x80, 0x9F}, SRow{0xEE, 0xEF, 3, 0x80, 0xBF},
-        SRow{0xF0, 0xF0, 4, 0x90, 0xBF}, SRow{0xF1, 0xF3, 4, 0x80, 0xBF}, SRow{0xF4, 0xF4, 4, 0x80, 0x8F}};
+    static constexpr std::array kRows{SRow{0xC2, 0xDF, 2, 0x80, 0xBF}, SRow{0xE0, 0xE0, 3, 0xA0, 0xBF},
+                                      SRow{0xE1, 0xEC, 3, 0x80, 0xBF}, SRow{0xED, 0xED, 3, 0x80, 0x9F},
+                                      SRow{0xEE, 0xEF, 3, 0x80, 0xBF}, SRow{0xF0, 0xF0, 4, 0x90, 0xBF},
+                                      SRow{0xF1, 0xF3, 4, 0x80, 0xBF}, SRow{0xF4, 0xF4, 4, 0x80, 0x8F}};
     const unsigned char lead = ByteAt(text, at);
+    if (lead < kFirstSpecial) {
+        return 1;
+    }
     const auto* const row =
         std::ranges::find_if(kRows, [lead](const SRow& r) { return lead >= r.first && lead <= r.last; });
     if (row == kRows.end() || text.size() - at < row->size) {
@@ -100,15 +104,18 @@ char32_t CodePointAt(std::string_view text, std::size_t at, std::size_t size) {
     return point;
 }
 
-bool IsUtf8(std::string_view text) {
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t size = CharacterSize(text, at);
-        if (size == 0) {
-            return false;
+/// The length of the ASCII text from there on, in whole groups of bytes that are looked at together.
+std::size_t AsciiSize(std::string_view text, std::size_t at) {
+    constexpr std::uint64_t kHighBits = 0x8080808080808080U;
+    std::uint64_t group = 0;
+    std::size_t end = at;
+    for (; text.size() - end >= sizeof group; end += sizeof group) {
+        std::memcpy(&group, text.data() + end, sizeof group);
+        if ((group & kHighBits) != 0) {
+            break;
         }
-        at += size;
     }
-    return true;
+    return end - at;
 }
 
 } // namespace
@@ -162,6 +169,17 @@ std::string Utf8ToUtf16(std::string_view utf8) {
         at += std::max(size, std::size_t{1});
     }
     return converted;
+}
+
+bool IsUtf8(std::string_view text) {
+    for (std::size_t at = AsciiSize(text, 0); at < text.size(); at += AsciiSize(text, at)) {
+        const std::size_t size = CharacterSize(text, at);
+        if (size == 0) {
+            return false;
+        }
+        at += size;
+    }
+    return true;
 }
 
 std::string SystemTextToUtf8(std::string_view text) {

@@ -16,6 +16,9 @@ std::string Utf16ToUtf8(std::string_view bytes);
 /// UTF-8 to UTF-16, little-endian; a byte that is part of no character becomes U+FFFD.
 std::string Utf8ToUtf16(std::string_view utf8);
 
+/// Whether all of the text is well-formed UTF-8.
+bool IsUtf8(std::string_view text);
+
 /// A text of the system (a path, a line of a file) to UTF-8: one that is not valid UTF-8 is read as code page
 /// 1252.
 std::string SystemTextToUtf8(std::string_view text);

@@ -78,6 +78,18 @@ TEST_F(CStatus, NoNameHidesASilentRelay) {
     EXPECT_EQ(said.find("GH78-4 has"), std::string::npos) << "tomorrow is another clock's today: " << said;
 }
 
+TEST_F(CStatus, TheLatestProblemsAreInOrder) {
+    std::string text = "2026/11/18 03:00:00 old\r\n";
+    for (int line = 0; line < 47; ++line)
+        text += "2026/11/20 01:30:00 " + std::to_string(line) + "\r\nmore\r\n"; // a line of its own
+    m_folder.Write("many.log", text);
+    const auto log = nlohmann::json::parse(Status({"--format", "json"}, "many.log").out)["log"];
+    EXPECT_EQ(log["problems"], 94);
+    ASSERT_EQ(log["latest"].size(), 20);
+    for (int at = 0; at < 20; at += 2)
+        EXPECT_EQ(log["latest"][at]["message"], std::to_string(37 + at / 2));
+}
+
 TEST_F(CStatus, JsonAndMetrics) {
     const SOutcome outcome =
         Status({"--format", "json", "--prometheus", m_folder.Native("m.prom"), "--site", "N\"1"});

@@ -128,9 +128,13 @@ void ReadDigestProblems(const SLogSpan& log, COwnLines& ownLines, const SSiteVis
     }
     bool counts = false; // a line without a time belongs to the one before it
     std::uint64_t others = 0;
-    for (SLogLine line; opened.Good() && reader.Next(line);) {
+    for (SLogLine line; opened.Good() && reader.NextTime(line);) {
         counts = line.time.empty() ? counts : line.time >= log.from && line.time <= log.to;
-        if (counts && ownLines.IsOwn(line) && !IsSaidElsewhere(line, digest)) {
+        if (!counts) {
+            continue; // as nearly all of a log of years
+        }
+        reader.Complete(line);
+        if (ownLines.IsOwn(line) && !IsSaidElsewhere(line, digest)) {
             Add(ProblemOf(line, visits, digest), digest.problems, others);
         }
     }

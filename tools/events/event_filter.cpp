@@ -1,12 +1,12 @@
 #include "tools/events/event_filter.h"
 
 #include "base/code_page.h"
+#include "base/text.h"
 #include "tools/events/event_fields.h"
 #include "tools/text_encoding.h"
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <chrono>
 
 namespace ruvo {
@@ -26,11 +26,13 @@ TimeKey MakeKey(const STimeFields& fields) {
 
 /// Takes exactly `digits` digits off the text.
 bool ParseNumber(std::string_view& text, std::size_t digits, int& number) {
-    if (text.size() < digits ||
-        text.substr(0, digits).find_first_not_of("0123456789") != std::string_view::npos) {
+    if (text.size() < digits || !std::ranges::all_of(text.substr(0, digits), IsDigit)) {
         return false;
     }
-    std::from_chars(text.data(), text.data() + digits, number);
+    number = 0;
+    for (const char digit : text.substr(0, digits)) {
+        number = number * 10 + (digit - '0');
+    }
     text.remove_prefix(digits);
     return true;
 }

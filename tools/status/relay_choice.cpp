@@ -82,6 +82,9 @@ void ChooseRelays(const SStatusChoice& choice, SSiteStatus& status) {
 
 bool IsChosenLine(const SStatusChoice& choice, const SSiteStatus& status, const SSiteVisits* visits,
                   const SLogLine& line) {
+    if (choice.relay.empty() && choice.match.empty()) {
+        return true;
+    }
     const SRelayVisit* const relay =
         visits != nullptr ? RelayOfConnection(*visits, line.connection) : nullptr;
     if (!choice.relay.empty() && visits != nullptr && !line.connection.empty()) {

@@ -147,19 +147,24 @@ private:
         // A line without a time belongs to the line before it; at the start, to the first line with one.
         std::vector<SLogLine> early;
         std::optional<bool> counts;
-        for (SLogLine line; reader.Next(line);) {
+        for (SLogLine line; reader.NextTime(line);) {
             ++m_status.log.lines;
             if (!line.time.empty()) {
                 counts = line.time >= m_question.since;
                 FlushEarly(early, *counts);
             }
+            if (!counts.value_or(true)) {
+                continue; // as most of a log of years
+            }
+            reader.Complete(line);
             if (!counts && early.size() < kMostEarly) {
                 early.push_back(line);
-            } else if (counts.value_or(true)) {
+            } else {
                 AddProblem(line);
             }
         }
         FlushEarly(early, true);
+        SortLatest();
         if (!reader.Result().Good()) {
             m_status.failures.push_back(SystemTextToUtf8(m_question.logPath) + ": " +
                                         SystemErrorText(reader.Result().systemCode));
@@ -187,10 +192,25 @@ private:
         group.connection = line.connection;
         ++group.problems;
         group.lastTime = std::max(group.lastTime, line.time);
-        if (log.latest.size() == SLogStatus::kKeptLines) {
-            log.latest.erase(log.latest.begin());
+        KeepAsLatest(line);
+    }
+
+    /// Until the whole log is read, each line takes the place of the one that is the oldest then.
+    void KeepAsLatest(const SLogLine& line) {
+        SLogStatus& log = m_status.log;
+        if (log.latest.size() < SLogStatus::kKeptLines) {
+            log.latest.push_back(line);
+        } else {
+            log.latest[(log.problems - 1) % SLogStatus::kKeptLines] = line;
         }
-        log.latest.push_back(line);
+    }
+
+    void SortLatest() {
+        SLogStatus& log = m_status.log;
+        if (log.problems > log.latest.size()) {
+            const auto oldest = static_cast<std::ptrdiff_t>(log.problems % SLogStatus::kKeptLines);
+            std::ranges::rotate(log.latest, log.latest.begin() + oldest);
+        }
     }
 
     static constexpr std::size_t kMostEarly = 1000; ///< more of them do not occur in an error log
