@@ -1,11 +1,16 @@
+#include "model/format/format_digits.h"
 #include "model/format/formatter.h"
 #include "model/relay_values.h"
 #include "support/case_table.h"
 
 #include <gtest/gtest.h>
 
+#include <bit>
+#include <charconv>
+#include <cmath>
 #include <cstdlib>
 #include <new>
+#include <random>
 #include <vector>
 
 namespace {
@@ -174,6 +179,32 @@ TEST(Format, CapacityCutsAnywhere) {
         EXPECT_EQ(std::string(buffer.data(), want.size()), want);
         EXPECT_EQ(capacity > 0 ? buffer.at(want.size()) : '\0', '\0');
         EXPECT_EQ(buffer.at(capacity), '~');
+    }
+}
+
+// Numbers of every size; what relays send; halves between two of their digits; what 60 bits just hold.
+TEST(Format, DigitsAreExact) {
+    std::mt19937_64 random(1);
+    for (int round = 0; round < 10'000; ++round) {
+        const std::uint64_t bits = random();
+        const double thousandths = static_cast<double>(bits % 100'000'000) / 1000;
+        for (const double value :
+             {std::bit_cast<double>(bits), thousandths, double{static_cast<float>(thousandths)},
+              std::ldexp(static_cast<double>(bits % 4096), static_cast<int>(bits >> 58U) - 62)}) {
+            if (!std::isfinite(value)) {
+                continue;
+            }
+            std::array<char, 800> text;
+            const auto end = std::to_chars(text.data(), text.data() + text.size(), std::fabs(value),
+                                           std::chars_format::scientific, 766);
+            const std::string_view want(text.data(), end.ptr);
+            const std::size_t mark = want.find('e');
+            std::string digits = want[0] + std::string(want.substr(2, mark - 2));
+            digits.resize(digits.find_last_not_of('0') + 1);
+            const CDecimalDigits got(value);
+            ASSERT_EQ(got.GetDigits(), digits) << value;
+            ASSERT_EQ(got.GetExponent(), std::stoi(std::string(want.substr(mark + 1)))) << value;
+        }
     }
 }
 

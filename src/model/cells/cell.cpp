@@ -30,6 +30,9 @@ std::size_t FindFormatPart(std::string_view labelTemplate) {
 /// Display control characters as far as they have a meaning on one line: those that move become blanks, those
 /// that end a line go.
 std::string CleanText(std::string_view text) {
+    if (std::ranges::none_of(text, IsDisplayControl)) {
+        return std::string(Trim(text, kBlank));
+    }
     static constexpr std::string_view kBlanks = "\x09\x10\x19\x1D";
     static constexpr std::string_view kDropped = "\x0A\x0D\x14";
     std::string clean;

@@ -6,6 +6,7 @@
 #include "model/cells/other_cells.h"
 #include "model/cells/text_cells.h"
 #include "model/values/units.h"
+#include "model/values/value_as.h"
 
 #include <array>
 #include <utility>
@@ -22,18 +23,18 @@ struct SCellParts {
 
 template <class TCell, class TValue>
 std::unique_ptr<CCell> Make(SCellParts& parts) {
-    const auto* value = dynamic_cast<const TValue*>(&parts.value);
+    const auto* value = ValueAs<TValue>(&parts.value);
     return value != nullptr ? std::make_unique<TCell>(std::move(parts.head), *value, parts.limits) : nullptr;
 }
 
 /// An Int with a scale is shown as a number. A scale that is no number scales by nothing: times one, no unit.
 std::unique_ptr<CCell> MakeInt(SCellParts& parts) {
-    const auto* value = dynamic_cast<const CParlaneInt*>(&parts.value);
+    const auto* value = ValueAs<CParlaneInt>(&parts.value);
     if (value == nullptr || parts.scale == nullptr || parts.scale->GetTypeCode() == kTypeInvalid) {
         return Make<CIntCell, CParlaneInt>(parts);
     }
     const CParlaneNumber one(1.0, kNoUnit, ENumberForm::Long);
-    const auto* number = dynamic_cast<const CParlaneNumber*>(parts.scale);
+    const auto* number = ValueAs<CParlaneNumber>(parts.scale);
     return std::make_unique<CNumericCell>(std::move(parts.head), *value, parts.limits,
                                           number != nullptr ? *number : one);
 }

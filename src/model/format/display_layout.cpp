@@ -29,6 +29,11 @@ void PadLine(std::string& line, std::size_t length) {
     line.resize(std::max(line.size(), length), ' ');
 }
 
+bool IsBlankOrControl(char c) {
+    return c == ' ' || IsDisplayControl(c);
+}
+
+/// A blank or control character.
 void AppendCleaned(std::string& line, char c) {
     if (c == kTab) {
         PadLine(line, NextMultiple(line.size(), kTabColumns));
@@ -36,7 +41,7 @@ void AppendCleaned(std::string& line, char c) {
         PadLine(line, NextMultiple(line.size(), kWideTabColumns));
     } else if (c == ' ' && !line.empty() && line.back() == ' ') {
         return;
-    } else if (!IsDisplayControl(c)) {
+    } else if (c == ' ') {
         line += c;
     } else if (kLineEnds.find(c) == std::string_view::npos) {
         line += '.';
@@ -49,6 +54,14 @@ std::string CleanDisplayLine(std::string_view text) {
     std::string line;
     line.reserve(text.size());
     for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto* const wordEnd =
+            std::find_if(text.data() + i, text.data() + text.size(), IsBlankOrControl);
+        const auto wordSize = static_cast<std::size_t>(wordEnd - text.data()) - i;
+        line += text.substr(i, wordSize);
+        i += wordSize;
+        if (i == text.size()) {
+            break;
+        }
         if (text[i] != kColumn) {
             AppendCleaned(line, text[i]);
         } else if (++i < text.size()) {

@@ -4,6 +4,7 @@
 #include "model/values/parlane_location.h"
 #include "model/values/parlane_number.h"
 #include "model/values/parlane_text.h"
+#include "model/values/value_as.h"
 
 #include <algorithm>
 #include <array>
@@ -18,11 +19,11 @@ constexpr CParlaneIEC870::Octets kZeroTime{};
 
 /// The values that u, x, b and c take; false for any other.
 bool GetUnsignedArgument(const CParlaneData* value, std::uint32_t& number) {
-    if (const auto* timer = dynamic_cast<const CParlaneTimer*>(value)) {
+    if (const auto* timer = ValueAs<CParlaneTimer>(value)) {
         number = timer->GetValue();
         return true;
     }
-    if (const auto* menu = dynamic_cast<const CParlaneMenu*>(value)) {
+    if (const auto* menu = ValueAs<CParlaneMenu>(value)) {
         number = menu->GetLocation();
         return true;
     }
@@ -50,7 +51,7 @@ const CParlaneData* CValueArguments::Take() {
 
 template <class TValue>
 const TValue* CValueArguments::TakeAs() {
-    const auto* value = dynamic_cast<const TValue*>(Take());
+    const auto* value = ValueAs<TValue>(Take());
     if (value == nullptr) {
         *m_success = false;
     }
@@ -91,13 +92,13 @@ bool CValueArguments::TakeNumber(SFormatNumber& number) {
 
 SFormatText CValueArguments::TakeText() {
     const CParlaneData* value = Take();
-    if (const auto* text = dynamic_cast<const CParlaneText*>(value)) {
+    if (const auto* text = ValueAs<CParlaneText>(value)) {
         return {.text = text->GetText()};
     }
-    if (const auto* password = dynamic_cast<const CParlanePassword*>(value)) {
+    if (const auto* password = ValueAs<CParlanePassword>(value)) {
         return {.text = {}, .stars = password->GetText().size()};
     }
-    if (const auto* hex = dynamic_cast<const CParlaneHex*>(value)) {
+    if (const auto* hex = ValueAs<CParlaneHex>(value)) {
         return {.text = hex->GetText()};
     }
     *m_success = false;

@@ -29,10 +29,47 @@ CDecimalDigits::CDecimalDigits(double value) : m_negative(value < 0) {
     if (value == 0) {
         return;
     }
-    // The exact value is written once and rounded here: the library's own rounding takes ties to even. Point,
-    // mark, sign and three digits of the exponent come on top of the digits.
-    std::array<char, kMaxDigits + 10> text;
     const double magnitude = std::fabs(value);
+    if (!TakeParts(magnitude)) {
+        TakeText(magnitude);
+    }
+    DropTrailingZeros();
+}
+
+/// What relays measure fits into two whole numbers, before and behind the point, and their digits need no
+/// arithmetic of many words. False for other numbers.
+bool CDecimalDigits::TakeParts(double magnitude) {
+    constexpr double kWholeLimit = 1e15; // below it, a fraction is not rounded
+    constexpr int kFractionBits = 60;    // ten times as much fits into 64 bits
+    constexpr std::uint64_t kOne = std::uint64_t{1} << kFractionBits;
+    if (magnitude >= kWholeLimit) {
+        return false;
+    }
+    const auto whole = static_cast<std::uint64_t>(magnitude);
+    const double scaled = (magnitude - static_cast<double>(whole)) * static_cast<double>(kOne);
+    auto fraction = static_cast<std::uint64_t>(scaled);
+    if (static_cast<double>(fraction) != scaled) {
+        return false; // it has bits below
+    }
+    char* at = m_digits.data();
+    at = whole > 0 ? std::to_chars(at, at + m_digits.size(), whole).ptr : at;
+    m_exponent = static_cast<int>(at - m_digits.data()) - 1;
+    for (; fraction > 0; fraction %= kOne) {
+        fraction *= 10;
+        const auto digit = static_cast<char>('0' + fraction / kOne);
+        if (at == m_digits.data() && digit == '0') {
+            --m_exponent;
+        } else {
+            *at++ = digit;
+        }
+    }
+    m_count = static_cast<std::size_t>(at - m_digits.data());
+    return true;
+}
+
+/// The exact value is written once and rounded here: the library's own rounding takes ties to even.
+void CDecimalDigits::TakeText(double magnitude) {
+    std::array<char, kMaxDigits + 10> text; // point, mark, sign and three digits of the exponent on top
     m_count = std::min(static_cast<std::size_t>(std::max(ExactDigits(magnitude), 2)), kMaxDigits);
     const auto end = std::to_chars(text.data(), text.data() + text.size(), magnitude,
                                    std::chars_format::scientific, static_cast<int>(m_count) - 1);
@@ -41,7 +78,6 @@ CDecimalDigits::CDecimalDigits(double value) : m_negative(value < 0) {
     std::copy(static_cast<const char*>(text.data()) + 2, digitsEnd, m_digits.begin() + 1);
     const char* exponent = digitsEnd + 1;
     std::from_chars(*exponent == '+' ? exponent + 1 : exponent, end.ptr, m_exponent);
-    DropTrailingZeros();
 }
 
 void CDecimalDigits::DropTrailingZeros() {

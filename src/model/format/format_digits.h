@@ -26,6 +26,8 @@ private:
     /// No double has more significant digits.
     static constexpr std::size_t kMaxDigits = 767;
 
+    bool TakeParts(double magnitude);
+    void TakeText(double magnitude);
     void CarryInto(std::size_t position);
     void DropTrailingZeros();
 

@@ -81,9 +81,9 @@ void AddSignificant(CFieldText& field, const CDecimalDigits& digits, const SSign
     }
 }
 
-/// "e", sign and digits of an exponent.
-std::string ExponentText(int exponent) {
-    return "e" + std::to_string(exponent);
+/// "e", sign and digits of the exponent of an engineering form.
+std::string ExponentText(const SSignificant& layout) {
+    return layout.fixed ? std::string() : "e" + std::to_string(layout.exponent);
 }
 
 /// What follows the digits of a number: an SI prefix where the unit takes one, else the exponent.
@@ -97,7 +97,7 @@ std::string_view Scale(const SSignificant& layout, bool takesPrefix, std::string
 void WriteNonZeroNumber(const SFormatContext& context, const SConversion& conversion, CDecimalDigits& digits,
                         int precision, std::uint8_t unit) {
     const SSignificant layout = LayOut(digits, precision);
-    const std::string exponent = ExponentText(layout.exponent);
+    const std::string exponent = ExponentText(layout);
     CFieldText field;
     field.AddFill(' ', layout.point ? 0 : 1); // takes the place of the point, so that columns line up
     const std::string_view sign = conversion.GetSign(digits.IsNegative());
@@ -140,14 +140,12 @@ void ConvertFloat(const SFormatContext& context, const SConversion& conversion) 
     CDecimalDigits digits(value);
     const SSignificant layout = LayOut(
         digits, conversion.precision == SConversion::kNoPrecision ? kDefaultDigits : conversion.precision);
-    const std::string exponent = ExponentText(layout.exponent);
+    const std::string exponent = ExponentText(layout);
     CFieldText field;
     field.AddText(conversion.GetSign(digits.IsNegative()));
     field.SetZeroPlace();
     AddSignificant(field, digits, layout, context.locale.decimalPoint);
-    if (!layout.fixed) {
-        field.AddText(exponent);
-    }
+    field.AddText(exponent);
     field.Write(context.output, conversion);
 }
 
