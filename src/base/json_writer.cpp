@@ -3,6 +3,9 @@
 #include "base/code_page.h"
 #include "base/text.h"
 
+#include <algorithm>
+#include <array>
+
 namespace ruvo {
 
 namespace {
@@ -11,8 +14,21 @@ unsigned char ByteAt(std::string_view text, std::size_t at) {
     return static_cast<unsigned char>(text[at]);
 }
 
-bool IsPlainInJson(char c) {
-    return !IsControlCharacter(c) && static_cast<unsigned char>(c) < 0x80 && c != '"' && c != '\\';
+/// By character: whether it cannot stand in a JSON string as it is, or is none of ASCII.
+constexpr std::array<bool, 256> kSpecials = [] {
+    std::array<bool, 256> specials{};
+    for (std::size_t code = 0; code < specials.size(); ++code) {
+        const char c = static_cast<char>(code);
+        specials[code] = IsControlCharacter(c) || code >= 0x80 || c == '"' || c == '\\';
+    }
+    return specials;
+}();
+
+/// Where the next such character is, or the end.
+std::size_t NextSpecial(std::string_view text, std::size_t at) {
+    const auto* const found = std::find_if(text.data() + at, text.data() + text.size(),
+                                           [](char c) { return kSpecials[static_cast<unsigned char>(c)]; });
+    return static_cast<std::size_t>(found - text.data());
 }
 
 void AppendJsonEscape(std::string& out, unsigned code) {
@@ -29,10 +45,7 @@ void AppendJsonEscape(std::string& out, unsigned code) {
 
 void AppendJsonRelayText(std::string& out, std::string_view cp1252) {
     std::size_t done = 0;
-    for (std::size_t at = 0; at < cp1252.size(); ++at) {
-        if (IsPlainInJson(cp1252[at])) {
-            continue;
-        }
+    for (std::size_t at = NextSpecial(cp1252, 0); at < cp1252.size(); at = NextSpecial(cp1252, done)) {
         out += cp1252.substr(done, at - done);
         done = at + 1;
         if (ByteAt(cp1252, at) >= 0x80) {
@@ -46,19 +59,14 @@ void AppendJsonRelayText(std::string& out, std::string_view cp1252) {
 
 void AppendJsonText(std::string& out, std::string_view utf8) {
     std::size_t done = 0;
-    for (std::size_t at = 0; at < utf8.size();) {
-        if (IsPlainInJson(utf8[at])) {
-            ++at;
-            continue;
-        }
+    std::size_t size = 0;
+    for (std::size_t at = NextSpecial(utf8, 0); at < utf8.size(); at = NextSpecial(utf8, at + size)) {
         unsigned code = 0;
-        std::size_t size = 0;
         if (IsUtf8ControlAt(utf8, at, code, size) || code == '"' || code == '\\') {
             out += utf8.substr(done, at - done);
             AppendJsonEscape(out, code);
             done = at + size;
         }
-        at += size;
     }
     out += utf8.substr(done);
 }

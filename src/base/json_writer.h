@@ -1,7 +1,10 @@
 // Appends JSON to the caller's string; the only state is whether a comma is due.
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <charconv>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -27,7 +30,18 @@ public:
         m_out += bracket;
         m_isFirst = false;
     }
-    /// The key is plain ASCII.
+    /// The key is plain ASCII. Nearly all are literals, which are appended together with what is around them.
+    template <std::size_t TSize>
+    CJsonWriter& Key(const char (&key)[TSize]) {
+        constexpr std::size_t kSize = TSize - 1; // without the zero
+        std::array<char, kSize + 4> piece{',', '"'};
+        std::copy_n(key, kSize, piece.begin() + 2);
+        std::copy_n("\":", 2, piece.begin() + 2 + kSize);
+        const std::size_t skipped = m_isFirst ? 1 : 0;
+        m_out.append(piece.data() + skipped, piece.size() - skipped);
+        m_isFirst = true;
+        return *this;
+    }
     CJsonWriter& Key(std::string_view key) {
         OpenText();
         m_out += key;
@@ -75,8 +89,8 @@ private:
         m_isFirst = false;
     }
     void OpenText() {
-        m_out += m_isFirst ? "\"" : ",\"";
-        m_isFirst = false;
+        Separate();
+        m_out += '"';
     }
     void Literal(std::string_view json) {
         Separate();

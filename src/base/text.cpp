@@ -35,8 +35,7 @@ std::string Counted(std::uint64_t number, std::string_view what) {
 
 void AppendHexByte(std::string& out, unsigned byte) {
     constexpr std::string_view kDigits = "0123456789ABCDEF";
-    out += kDigits[byte >> 4U & 0x0FU];
-    out += kDigits[byte & 0x0FU];
+    out.append({kDigits[byte >> 4U & 0x0FU], kDigits[byte & 0x0FU]});
 }
 
 } // namespace ruvo

@@ -6,6 +6,7 @@
 
 #include <charconv>
 #include <chrono>
+#include <typeinfo>
 
 namespace ruvo {
 
@@ -108,12 +109,16 @@ void AppendWireHex(std::string& out, const CParlaneData& value) {
     AppendHex(out, std::span<const std::uint8_t>(buffer).first(std::min(size, buffer.size())));
 }
 
+// A record is just one of the two. The library's cast, which looks for classes derived from them, was a
+// fifteenth of the time that a record as JSON takes.
 const CSimpleEventRecord* AsSimple(const CEventRecord& record) {
-    return dynamic_cast<const CSimpleEventRecord*>(&record);
+    return typeid(record) == typeid(CSimpleEventRecord) ? static_cast<const CSimpleEventRecord*>(&record)
+                                                        : nullptr;
 }
 
 const CExtendedEventRecord* AsExtended(const CEventRecord& record) {
-    return dynamic_cast<const CExtendedEventRecord*>(&record);
+    return typeid(record) == typeid(CExtendedEventRecord) ? static_cast<const CExtendedEventRecord*>(&record)
+                                                          : nullptr;
 }
 
 const std::vector<std::string>& BitNamesOf(const CCell& cell) {

@@ -24,7 +24,10 @@ constexpr std::string_view kUnreadable = "????";
 
 /// Whether a format asks for any value: "80% zone" and "110%" hold no conversion that does.
 bool HasConversion(std::string_view format) {
-    std::array<char, kCellTextCapacity> text{};
+    if (format.find('%') == std::string_view::npos) {
+        return false;
+    }
+    std::array<char, kCellTextCapacity> text;
     bool lacksNone = true;
     FormatValues(nullptr, text.data(), text.size(), format, CParlaneDataList(), lacksNone);
     return !lacksNone;
@@ -100,7 +103,8 @@ std::string EventValueText(const CEventRecord& record) {
     if (const CCell* const cell = ValueCell(record)) {
         return ValueText(*cell);
     }
-    const auto cell = CCellFactory::CreateWithDefaultLimits(CCellID(), record.GetEventValue(), std::string());
+    const auto cell = CCellFactory::Create(CCellID(), record.GetEventValue(), nullptr, nullptr, nullptr,
+                                           nullptr, std::string(), 0, 1, 1);
     return cell != nullptr ? ValueText(*cell) : std::string();
 }
 
