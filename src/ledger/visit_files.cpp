@@ -101,11 +101,10 @@ bool CLineFile::Next(std::string_view& line) {
         m_bytes.erase(0, m_begin);
         m_begin = 0;
         searched = m_bytes.size();
-        m_bytes.resize(searched + kBlock);
+        std::array<std::uint8_t, kBlock> block; // most files are much smaller: its pages are not touched
         std::size_t count = 0;
-        m_hasFailed =
-            !m_file.Read({reinterpret_cast<std::uint8_t*>(m_bytes.data()) + searched, kBlock}, count).Good();
-        m_bytes.resize(searched + count);
+        m_hasFailed = !m_file.Read(block, count).Good();
+        m_bytes.append(reinterpret_cast<const char*>(block.data()), count);
         m_isAtEnd = m_hasFailed || count == 0;
     }
 }

@@ -12,7 +12,7 @@ namespace {
 constexpr std::size_t kReadBlock = std::size_t{64} * 1024;
 
 bool ReadAll(CFile& file, std::string& text) {
-    std::array<std::uint8_t, kReadBlock> block{};
+    std::array<std::uint8_t, kReadBlock> block; // the pages that a short file leaves are not touched
     for (std::size_t count = 1; count != 0;) {
         if (!file.Read(block, count).Good() || text.size() + count > kLargestTextFile) {
             return false;
