@@ -107,7 +107,6 @@ SSiteVisits ReadSiteVisits(const std::string& fullIniPath, const SSitePlaces& pl
         visit.key = relay.key;
         visit.address = relay.address;
         visit.link = relay.link;
-        visit.connection = ConnectionName(places.linkName, relay.address);
         if (const auto known = status.summary.relays.find({relay.key, relay.address});
             known != status.summary.relays.end()) {
             visit.name = known->second.name;
@@ -140,10 +139,8 @@ bool IsConnectionOf(std::string_view connection, std::string_view link, const st
 }
 
 const SRelayVisit* RelayOfConnection(const SSiteVisits& visits, std::string_view connection) {
-    const std::string_view link = LinkOfConnection(connection);
-    const std::string name = ShortConnectionName(connection);
     const auto found = std::ranges::find_if(visits.relays, [&](const SRelayVisit& relay) {
-        return relay.link == link && relay.connection == name;
+        return IsConnectionOf(connection, relay.link, visits.linkName, relay.address);
     });
     return found == visits.relays.end() ? nullptr : &*found;
 }

@@ -18,7 +18,6 @@ struct SRelayVisit {
     std::string key;
     std::string address;
     std::string link;                 ///< "serial", "modem" or "ethernet"
-    std::string connection;           ///< its short name in the log
     std::string name;                 ///< MODEL-SERIAL, from its latest visit with one; empty before that
     std::string plant;                ///< likewise
     std::string lastReached;          ///< UTC; empty for never, as far as is known
