@@ -46,7 +46,8 @@ CPlayback::~CPlayback() {
     for (; m_hasNext; Advance()) {
         left += m_next.kind == ERecordingEntry::Call ? 1 : 0;
     }
-    if (!m_isBroken && left > 0) {
+    // (A connection without a call only tried whether the server starts.)
+    if (!m_isBroken && m_made > 0 && left > 0) {
         m_report("the recording has " + std::to_string(left) + " more calls, from " + CallNumber(m_made + 1) +
                  " on");
     }
