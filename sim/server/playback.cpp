@@ -108,9 +108,12 @@ EComResult CPlayback::Call(EOperation operation, Inputs inputs, Outputs outputs,
     const std::uint64_t number = m_next.number;
     Advance();
     ++m_inside;
+    const std::uint64_t completed = m_completed;
     const EComResult result = PlayReply(lock, number, outputs, status);
     --m_inside;
-    m_isAwaited = m_isAwaited || (row.runsOn && result == EComResult::Ok && status == Variant::FromI4(0));
+    // What is complete before the call has returned is not awaited any more.
+    m_isAwaited = m_isAwaited || (row.runsOn && result == EComResult::Ok && status == Variant::FromI4(0) &&
+                                  m_completed == completed);
     m_changed.notify_all();
     return result;
 }
@@ -147,6 +150,7 @@ void CPlayback::PlayReport(std::unique_lock<std::mutex>& lock) {
     }
     const bool completes = slot == kCompletionSlot || slot == kCompletionSlotToo;
     m_isAwaited = m_isAwaited && !completes;
+    m_completed += completes ? 1 : 0;
     Advance();
     lock.unlock();
     m_sinks.Report(slot, values[0], values[1]);

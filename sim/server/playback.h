@@ -53,9 +53,10 @@ private:
     SRecordingEntry m_next; ///< to be played
     bool m_hasNext = false;
     CMasking m_masking;
-    std::uint64_t m_made = 0; ///< calls
-    unsigned m_inside = 0;    ///< calls that have not returned
-    bool m_isAwaited = false; ///< a started command has not completed
+    std::uint64_t m_made = 0;      ///< calls
+    unsigned m_inside = 0;         ///< calls that have not returned
+    bool m_isAwaited = false;      ///< a started command has not completed
+    std::uint64_t m_completed = 0; ///< commands, as reported
     bool m_isReporting = false;
     bool m_isBroken = false;
     bool m_isStopping = false;
