@@ -201,7 +201,7 @@ private:
         if (log.latest.size() < SLogStatus::kKeptLines) {
             log.latest.push_back(line);
         } else {
-            log.latest[(log.problems - 1) % SLogStatus::kKeptLines] = line;
+            log.latest[static_cast<size_t>((log.problems - 1) % SLogStatus::kKeptLines)] = line;
         }
     }
 
@@ -209,7 +209,7 @@ private:
         SLogStatus& log = m_status.log;
         if (log.problems > log.latest.size()) {
             const auto oldest = static_cast<std::ptrdiff_t>(log.problems % SLogStatus::kKeptLines);
-            std::ranges::rotate(log.latest, log.latest.begin() + oldest);
+            std::rotate(log.latest.begin(), log.latest.begin() + oldest, log.latest.end());
         }
     }
 
