@@ -1,9 +1,11 @@
 // What a recording of the calls at the comms server has in it, and what it must not have.
 #include "login_fixture.h"
+#include "support/case_table.h"
 #include "support/scratch_folder.h"
 
 #include "link/recording/recorded_connection.h"
 #include "link/recording/recording.h"
+#include "link/recording/recording_text.h"
 #include "model/values/parlane_text.h"
 
 namespace ruvo::test {
@@ -124,11 +126,17 @@ TEST_F(Recording, HasEveryCallItsReplyAndTheReportsBetween) {
     server.statuses["GetDeviceStatus"] = CScriptedServer::kComFailure;
     std::uint8_t byte = 0;
     EXPECT_EQ(link->GetDeviceStatus(nullptr, byte), kLinkComFailure);
+    server.sink->OnProgress(Variant::FromI4(1), Variant::FromI4(2));
+    server.sink->OnCommandCompleteAlt(Variant::FromUI1(3));
+    server.sink->OnLineStatus(Variant::FromText("4"));
+    server.sink->OnTransferProgress(Variant::FromText("x"));
     const std::vector<std::uint8_t> bytes = End();
     CRecordingReader reader(bytes);
     std::string told;
     for (const SRecordingEntry& entry : EntriesOf(reader)) {
         const bool isCall = entry.kind == ERecordingEntry::Call || entry.kind == ERecordingEntry::Reply;
+        if (entry.kind == ERecordingEntry::Event)
+            told += kSinkNames.at(entry.slot - kFirstSinkSlot);
         told += (isCall ? std::to_string(entry.number) + std::string(entry.operation->name) : "") + "/" +
                 std::to_string(static_cast<int>(entry.kind)) + "(";
         if (entry.isThrough)
@@ -137,17 +145,78 @@ TEST_F(Recording, HasEveryCallItsReplyAndTheReportsBetween) {
             told += value.kind == EValueKind::List ? "list " : Describe(ToVariant(value)) + " ";
         told += ")\n";
     }
-    EXPECT_EQ(told, "1StartGetColumnTextAndValues/1(UI1(200) UI1(5) )\n/3(I4(0) )\n"
+    EXPECT_EQ(told, "1StartGetColumnTextAndValues/1(UI1(200) UI1(5) )\nOnCommandComplete/3(I4(0) )\n"
                     "1StartGetColumnTextAndValues/2(I4(0): )\n"
                     "2FetchColumnTextAndValues/1()\n2FetchColumnTextAndValues/2(I4(0): list list list )\n"
                     "3GetText/1(UI1(200) I2(0501) )\n3GetText/2(I4(273): EMPTY )\n"
-                    "4GetDeviceStatus/1(UI1(200) )\n4GetDeviceStatus/2()\n/5()\n");
+                    "4GetDeviceStatus/1(UI1(200) )\n4GetDeviceStatus/2()\n"
+                    "OnProgress/3(I4(1) I4(2) )\nOnCommandCompleteAlt/3(UI1(3) )\n"
+                    "OnLineStatus/3(I4(4) )\nOnTransferProgress/3(OTHER )\n/5()\n");
     for (std::size_t length = 0; length < bytes.size(); ++length) { // as a killed program leaves it
         const std::vector<std::uint8_t> part(bytes.begin(), bytes.begin() + static_cast<long>(length));
         CRecordingReader cut(part);
-        EXPECT_LE(EntriesOf(cut).size(), 10U);
+        EXPECT_LE(EntriesOf(cut).size(), 14U);
         EXPECT_FALSE(cut.IsWhole());
     }
+}
+
+/// The bytes that a row of the table describes.
+Variant::Bytes RecordingOf(const std::string& described) {
+    if (described.empty() || described[0] == '=')
+        return Hex(described.substr(described.empty() ? 0 : 1));
+    Variant::Bytes bytes = Hex("5255564F5245430A 01 00");
+    std::istringstream entries(described.substr(1));
+    std::string entry;
+    std::getline(entries, entry, ';');
+    while (std::getline(entries, entry, ';')) {
+        const Variant::Bytes body = Hex(entry);
+        AppendNumber(bytes, body.size());
+        bytes.insert(bytes.end(), body.begin(), body.end());
+    }
+    return bytes;
+}
+
+/// The values; of a masked one also what a server that plays it back passes on.
+std::string ValuesText(const std::vector<SRecordedValue>& values) {
+    std::string text;
+    for (const SRecordedValue& value : values) {
+        const Variant passed = ToVariant(value);
+        const bool isMasked = value.kind == EValueKind::Masked;
+        text += " " + ValueText(value) + (isMasked ? Describe(passed) : "");
+        EXPECT_EQ(ValueText(RecordedValue(passed)) == ValueText(value), !isMasked) << text;
+    }
+    return text;
+}
+
+std::string EntryText(const SRecordingEntry& entry) {
+    const std::string number = std::to_string(entry.number);
+    switch (entry.kind) {
+    case ERecordingEntry::Call:
+        return number + " " + CallText(*entry.operation, entry.values);
+    case ERecordingEntry::Reply:
+        return number + " = " + std::string(entry.operation == nullptr ? "no call" : entry.operation->name) +
+               " " + (entry.isThrough ? StatusText(entry.status) : "failed") + ValuesText(entry.values);
+    case ERecordingEntry::Event:
+        return std::string(kSinkNames.at(entry.slot - kFirstSinkSlot)) + "@" + std::to_string(entry.time) +
+               "/" + std::to_string(entry.thread) + ValuesText(entry.values);
+    case ERecordingEntry::Gap:
+        return "gap " + number;
+    case ERecordingEntry::End:
+        break;
+    }
+    return entry.end == ERecordingEnd::Full ? "full" : "closed";
+}
+
+TEST(RecordingReader, TakesWhatMakesSenseAndTellsWhatDoesNot) {
+    ForEachCase<2>("link/recordings.txt", [](const std::string& described, const std::string& told) {
+        const Variant::Bytes bytes = RecordingOf(described);
+        CRecordingReader reader(bytes);
+        std::string text = reader.Begin() == 0 ? "" : "at " + std::to_string(reader.Begin()) + "; ";
+        for (SRecordingEntry entry; reader.Next(entry);)
+            text += EntryText(entry) + (reader.IsWhole() ? ", whole; " : "; ");
+        text += reader.Error();
+        EXPECT_EQ(text.substr(0, text.find_last_not_of(' ') + 1), told);
+    });
 }
 
 TEST(RecordingFile, LeavesOutWhatTheDiskOrTheBoundHasNoRoomFor) {
