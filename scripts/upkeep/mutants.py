@@ -130,7 +130,8 @@ class Worker:
                        'GTEST_FAIL_FAST': '1', 'GTEST_BRIEF': '1'}
 
         def restrain():
-            signal.signal(signal.SIGINT, signal.SIG_DFL) # which the parent may ignore
+            for asking in (signal.SIGHUP, signal.SIGINT, signal.SIGQUIT): # which the parent may ignore, such as by nohup
+                signal.signal(asking, signal.SIG_DFL)
             resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
             resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 30, 1 << 30))
             resource.setrlimit(resource.RLIMIT_CORE, (0, resource.RLIM_INFINITY)) # a test may raise it again
