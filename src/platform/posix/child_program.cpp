@@ -1,6 +1,7 @@
 #include "platform/child_program.h"
 
 #include "platform/posix/end_signals.h"
+#include "platform/posix/file_failures.h"
 #include "platform/posix/native_path.h"
 #include "platform/posix/place.h"
 #include "platform/posix/program_words.h"
@@ -53,14 +54,9 @@ CDescriptor OpenInput(const std::string& input) {
         return CDescriptor(open("/dev/null", O_RDONLY | O_CLOEXEC));
     }
     CDescriptor file(memfd_create("input", MFD_CLOEXEC));
-    for (std::size_t done = 0; done < input.size();) {
-        const ssize_t count = write(file.Get(), input.data() + done, input.size() - done);
-        if (count <= 0) {
-            return CDescriptor();
-        }
-        done += static_cast<std::size_t>(count);
-    }
-    return lseek(file.Get(), 0, SEEK_SET) == 0 ? std::move(file) : CDescriptor();
+    std::size_t count = 0;
+    const bool isWhole = WriteAll(file.Get(), input.data(), input.size(), count);
+    return isWhole && lseek(file.Get(), 0, SEEK_SET) == 0 ? std::move(file) : CDescriptor();
 }
 
 /// What the new process needs until it is the program; after the fork nothing may be made.
@@ -161,8 +157,7 @@ struct CChildProgram::SHandle {
     SChildEnd TakeEnd() {
         const std::lock_guard lock(mutex);
         int status = 0;
-        while (waitpid(process, &status, 0) == -1 && errno == EINTR) {
-        }
+        Retry([&] { return waitpid(process, &status, 0); });
         process = 0;
         ended = CDescriptor();
         output = CDescriptor();

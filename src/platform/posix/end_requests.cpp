@@ -1,6 +1,8 @@
 #include "platform/end_requests.h"
 
 #include "platform/posix/end_signals.h"
+#include "platform/posix/file_failures.h"
+#include "platform/posix/place.h"
 
 #include <array>
 #include <atomic>
@@ -55,27 +57,19 @@ void LeaveToTheSystem(const sigset_t& set) {
 /// could not be ended by them. A handler is gone in it.
 class CEndSignals final : public IEndRequests {
 public:
-    explicit CEndSignals(const sigset_t& set) : m_set(set), m_stop(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+    explicit CEndSignals(const sigset_t& set) : m_set(set), m_stop(eventfd(0, EFD_CLOEXEC)) {
         std::array<int, 2> ends{-1, -1};
         if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) == 0) {
-            m_signals = ends[0];
+            m_signals = CDescriptor(ends[0]);
             g_heard = ends[1];
-        }
-    }
-    ~CEndSignals() override {
-        for (const int file : {m_signals, m_stop}) {
-            if (file != -1) {
-                close(file);
-            }
         }
     }
 
     bool Listen() {
         struct sigaction action = {};
         action.sa_handler = &Hear;
-        action.sa_mask = m_set;
         action.sa_flags = SA_RESTART;
-        bool isGood = m_signals != -1 && m_stop != -1;
+        bool isGood = m_signals.IsOpen() && m_stop.IsOpen();
         for (const SSignalRow& row : kEndSignals) {
             isGood = isGood &&
                      (sigismember(&m_set, row.number) != 1 || sigaction(row.number, &action, nullptr) == 0);
@@ -86,25 +80,22 @@ public:
     EWake Wait(std::chrono::milliseconds most, const char*& name) override {
         const int timeout = most.count() > INT_MAX ? -1 : static_cast<int>(most.count());
         while (true) {
-            std::array files{pollfd{m_stop, POLLIN, 0}, pollfd{m_signals, POLLIN, 0}};
-            const int ready = poll(files.data(), files.size(), timeout);
+            std::array files{pollfd{m_stop.Get(), POLLIN, 0}, pollfd{m_signals.Get(), POLLIN, 0}};
+            const int ready = Retry([&] { return poll(files.data(), files.size(), timeout); });
             if (ready == 0) {
                 return EWake::Timeout;
             }
-            if (ready > 0 && files[0].revents != 0) {
+            if (ready == -1 || files[0].revents != 0) {
                 return EWake::Stopped;
             }
-            if (ready > 0 && Read(name)) {
+            if (Read(name)) {
                 return EWake::Request;
-            }
-            if (ready == -1 && errno != EINTR) {
-                return EWake::Stopped;
             }
         }
     }
 
     bool Skip(std::chrono::milliseconds time) override {
-        pollfd stop{m_stop, POLLIN, 0};
+        pollfd stop{m_stop.Get(), POLLIN, 0};
         if (poll(&stop, 1, static_cast<int>(time.count())) > 0) {
             return false;
         }
@@ -113,14 +104,14 @@ public:
         return true;
     }
 
-    void Stop() override { eventfd_write(m_stop, 1); }
+    void Stop() override { eventfd_write(m_stop.Get(), 1); }
 
     void Release() override { LeaveToTheSystem(m_set); }
 
 private:
     bool Read(const char*& name) {
         unsigned char number = 0;
-        if (read(m_signals, &number, 1) != 1) {
+        if (read(m_signals.Get(), &number, 1) != 1) {
             return false;
         }
         for (const SSignalRow& row : kEndSignals) {
@@ -132,8 +123,8 @@ private:
     }
 
     sigset_t m_set;
-    int m_signals = -1;
-    int m_stop;
+    CDescriptor m_signals;
+    CDescriptor m_stop;
 };
 
 } // namespace

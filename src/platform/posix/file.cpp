@@ -74,10 +74,6 @@ SFileResult OpenAny(std::string& native, SOpenMode mode, int& descriptor, struct
     return CheckRegular(descriptor, status);
 }
 
-SFileResult FlushOutcome(bool isFlushed) {
-    return Outcome(isFlushed || errno == EINVAL || errno == ENOSYS || errno == ENOTSUP); // not known here
-}
-
 } // namespace
 
 std::string SystemErrorText(long systemCode) {
@@ -148,15 +144,7 @@ SFileResult CFile::Write(std::span<const std::uint8_t> bytes, std::size_t& count
     if (!IsOpen()) {
         return Failed(EBADF);
     }
-    while (count < bytes.size()) {
-        const auto rest = bytes.subspan(count);
-        const ssize_t put = Retry([&] { return write(m_handle->descriptor, rest.data(), rest.size()); });
-        if (put <= 0) {
-            return Failed(put == 0 ? EIO : errno);
-        }
-        count += static_cast<std::size_t>(put);
-    }
-    return {};
+    return Outcome(WriteAll(m_handle->descriptor, bytes.data(), bytes.size(), count));
 }
 
 SFileResult CFile::SetLength(std::uint64_t length) {

@@ -5,6 +5,8 @@
 
 #include <array>
 #include <cerrno>
+#include <cstddef>
+#include <unistd.h>
 
 namespace ruvo {
 
@@ -50,6 +52,25 @@ auto Retry(TCall call) {
         result = call();
     }
     return result;
+}
+
+// Writes all bytes; false with errno. `count` becomes the number of those written.
+inline bool WriteAll(int descriptor, const void* bytes, std::size_t size, std::size_t& count) {
+    for (count = 0; count < size;) {
+        const auto* const rest = static_cast<const char*>(bytes) + count;
+        const ssize_t put = Retry([&] { return write(descriptor, rest, size - count); });
+        if (put <= 0) {
+            errno = put == 0 ? EIO : errno;
+            return false;
+        }
+        count += static_cast<std::size_t>(put);
+    }
+    return true;
+}
+
+// Of fsync or its like. Some file systems know no such thing, and have nothing that it could bring to a disk.
+inline SFileResult FlushOutcome(bool isFlushed) {
+    return Outcome(isFlushed || errno == EINVAL || errno == ENOSYS || errno == ENOTSUP);
 }
 
 } // namespace ruvo

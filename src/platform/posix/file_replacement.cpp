@@ -1,5 +1,6 @@
 #include "platform/file_replacement.h"
 
+#include "platform/posix/file_failures.h"
 #include "platform/posix/file_size_signal.h"
 #include "platform/posix/native_path.h"
 #include "platform/posix/place.h"
@@ -105,30 +106,6 @@ void RemoveLeftovers(const SPlace& old, uid_t owner) {
             static_cast<void>(unlinkat(old.folder.Get(), entry->d_name, 0));
         }
     }
-}
-
-// Writes all bytes; false with errno.
-bool WriteAll(int file, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t put = write(file, bytes.data(), bytes.size());
-        if (put == 0) {
-            errno = EIO;
-        }
-        if (put > 0) {
-            bytes.remove_prefix(static_cast<std::size_t>(put));
-        } else if (put == 0 || errno != EINTR) {
-            return false;
-        }
-    }
-    return true;
-}
-
-bool FlushToDisk(int file) {
-    int result = fsync(file);
-    while (result != 0 && errno == EINTR) {
-        result = fsync(file);
-    }
-    return result == 0 || errno == EINVAL || errno == ENOSYS || errno == ENOTSUP; // knows no such thing
 }
 
 } // namespace
@@ -324,12 +301,17 @@ SAccessResult CNewFile::CreateBeside(COldFile& old) {
 }
 
 SAccessResult CNewFile::Write(std::string_view bytes) {
+    std::size_t count = 0;
     IgnoreFileSizeSignal();
-    return WriteAll(m_handle->file.Get(), bytes) ? SAccessResult{} : Failed(EAccessFailure::NotWritten);
+    return WriteAll(m_handle->file.Get(), bytes.data(), bytes.size(), count)
+               ? SAccessResult{}
+               : Failed(EAccessFailure::NotWritten);
 }
 
 SAccessResult CNewFile::Flush() {
-    return FlushToDisk(m_handle->file.Get()) ? SAccessResult{} : Failed(EAccessFailure::NotWritten);
+    return FlushOutcome(Retry([&] { return fsync(m_handle->file.Get()); }) == 0).Good()
+               ? SAccessResult{}
+               : Failed(EAccessFailure::NotWritten);
 }
 
 SAccessResult CNewFile::Replace(COldFile& old) {

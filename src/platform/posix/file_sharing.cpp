@@ -1,5 +1,6 @@
 // What programs that work on one file at the same time need: its lock, and the question whether the path
 // still leads to it.
+#include "platform/posix/file_failures.h"
 #include "platform/posix/file_handle.h"
 #include "platform/posix/native_path.h"
 
@@ -54,11 +55,7 @@ int MakeNewFile(std::string& native, int flags, unsigned int mode) {
 
 EFileLock CFile::TryLock() {
     struct flock place = LockPlace();
-    int taken = -1;
-    do {
-        taken = fcntl(m_handle->descriptor, F_OFD_SETLK, &place);
-    } while (taken == -1 && errno == EINTR);
-    if (taken == 0) {
+    if (Retry([&] { return fcntl(m_handle->descriptor, F_OFD_SETLK, &place); }) == 0) {
         return EFileLock::Taken;
     }
     return errno == EAGAIN || errno == EACCES ? EFileLock::HeldByAnother : EFileLock::Unknown;

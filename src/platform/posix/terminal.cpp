@@ -1,9 +1,9 @@
 #include "platform/terminal.h"
 
 #include "base/secret.h"
+#include "platform/posix/file_failures.h"
 
 #include <array>
-#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -89,14 +89,11 @@ void WritePrompt(std::string_view prompt) {
 /// Waits for what comes first. A terminal has characters to read only when a whole line is there.
 EReading ReadCharacter(const CHeldSignals& signals, char& character) {
     std::array<pollfd, 2> sources{pollfd{STDIN_FILENO, POLLIN, 0}, pollfd{signals.Descriptor(), POLLIN, 0}};
-    int ready = 0;
-    do {
-        ready = poll(sources.data(), sources.size(), -1);
-    } while (ready == -1 && errno == EINTR);
-    if (ready > 0 && sources[1].revents != 0) {
+    const int ready = Retry([&] { return poll(sources.data(), sources.size(), -1); });
+    if (sources[1].revents != 0) {
         return EReading::Signal;
     }
-    if (ready <= 0 || read(STDIN_FILENO, &character, 1) != 1) {
+    if (ready == -1 || read(STDIN_FILENO, &character, 1) != 1) {
         return EReading::End;
     }
     return character == '\n' ? EReading::LineEnd : EReading::Character;
