@@ -82,6 +82,31 @@ TEST(EndRequests, OneThatIsIgnoredStaysSo) {
     sigaction(SIGINT, &before, nullptr);
 }
 
+TEST(EndRequests, AreHeardThoughTheStarterHasBlockedThem) {
+    EXPECT_EQ(RunInChild([] {
+                  sigset_t blocked;
+                  sigfillset(&blocked);
+                  pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
+                  const auto requests = HearEndRequests();
+                  kill(getpid(), SIGHUP);
+                  return Heard(*requests, 0ms) == "SIGHUP " ? 0 : 1;
+              }),
+              0);
+}
+
+TEST(EndRequests, MoreThanCanBeNotedLeaveNoTrace) {
+    EXPECT_EQ(RunInChild([] {
+                  const auto requests = HearEndRequests();
+                  errno = ENOENT;
+                  for (int sent = 0; sent < 100'000 && errno == ENOENT; ++sent) {
+                      raise(SIGTERM);
+                  }
+                  const bool isKept = errno == ENOENT;
+                  return isKept && requests->Skip(0ms) && Heard(*requests, 0ms) == "- " ? 0 : 1;
+              }),
+              0);
+}
+
 TEST(EndRequests, ProgramsThatAreSpawnedEndAsUsual) {
     EXPECT_EQ(RunInChild([] {
                   const auto requests = HearEndRequests();

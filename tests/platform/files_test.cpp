@@ -134,6 +134,14 @@ TEST(CFile, ReportsAFileSizeLimitAndWhatWasWritten) {
     });
     EXPECT_EQ(written, 4);
     EXPECT_EQ(folder.Read("f"), "0123");
+    const std::string source = folder.Write("long", "0123456789");
+    EXPECT_EQ(RunInChild([&] {
+                  const rlimit limit{4, 4};
+                  return setrlimit(RLIMIT_FSIZE, &limit) == 0 && !CopyToNewFile(source, folder.Path("g")) ? 0
+                                                                                                          : 1;
+              }),
+              0);
+    EXPECT_FALSE(folder.Has("g")) << "half a copy is none";
 }
 
 TEST(Files, AreListedNamedAndCopiedSafely) {
