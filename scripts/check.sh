@@ -3,7 +3,7 @@
 #   scripts/check.sh [format|rooms|functions|tidy|cppcheck|clang|asan|tsan|valgrind|month ...]
 # The month, a thousand relays over thirty nights, runs only when it is named. So do those that make or emulate a machine first,
 # for two hours at most (tests/machine):
-#   scripts/check.sh autopkgtest|containers|fleet|shares|s390x|arm64|windows32 ...
+#   scripts/check.sh autopkgtest|containers|fleet|shares|memory_limit|s390x|arm64|windows32 ...
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh checks
@@ -48,7 +48,7 @@ check_valgrind() {
     done
 }
 check_month() { scripts/month.sh 30 1000; }
-for machine in autopkgtest containers fleet shares s390x arm64 windows32; do
+for machine in autopkgtest containers fleet shares memory_limit s390x arm64 windows32; do
     eval "check_$machine() { tests/machine/$machine.sh; }"
 done
 

@@ -1,4 +1,4 @@
-"""A Debian in a folder, booted by its own systemd, and what is done inside."""
+"""A system that systemd runs, and what is done inside: this machine's own, or a Debian in a folder that is booted for it."""
 
 import os
 import pathlib
@@ -7,49 +7,18 @@ import time
 
 from checks import must, run, said
 
+LOGIN = ("PATH=/usr/sbin:/usr/bin:/sbin:/bin", "HOME=/root", "LC_ALL=C.UTF-8")
 PATIENCE = 120  # seconds after which something counts as not happening
 
 
-class BootedSystem:
-    """The system is unpacked into a new folder below `work`; `close` powers it off."""
+class System:
+    """The one of this machine."""
 
-    def __init__(self, image, work):
-        self.root = pathlib.Path(work) / "root"
-        self.console = pathlib.Path(work) / "console"
-        self.root.mkdir()
-        must("tar", "-C", self.root, "-xf", image)
-        self.container = None
-        self.first = None
-
-    def boot(self):
-        with open(self.console, "ab") as console:
-            self.container = subprocess.Popen(
-                ["systemd-nspawn", "--quiet", "--register=no", "--keep-unit", "--private-network", "--console=pipe", "-D", self.root, "-b"],
-                stdin=subprocess.DEVNULL, stdout=console, stderr=console, start_new_session=True)
-        self.wait_for("the first process", lambda: self.find_first())
-        self.wait_for("the boot", lambda: self.said("systemctl", "is-system-running") in ("running", "degraded"))
-
-    def find_first(self):
-        if self.container.poll() is not None:
-            raise RuntimeError(f"the system did not boot: {self.console.read_text('utf-8', 'replace')[-2000:]}")
-        children = pathlib.Path(f"/proc/{self.container.pid}/task/{self.container.pid}/children").read_text("utf-8").split()
-        self.first = children[0] if children else None
-        return self.first
-
-    def close(self):
-        if self.container and self.container.poll() is None:
-            if self.first:
-                self.run("systemctl", "poweroff", "--force")
-            try:
-                self.container.wait(30)
-            except subprocess.TimeoutExpired:
-                self.container.terminate()
-                self.container.wait(30)
+    root = pathlib.Path("/")
 
     def inside(self, *command):
         """The command that runs a command inside, with the environment that a login would have."""
-        return ("nsenter", "-a", "-t", self.first, "-r", "-w", "env", "-i", "PATH=/usr/sbin:/usr/bin:/sbin:/bin", "HOME=/root",
-                "LC_ALL=C.UTF-8", *map(str, command))
+        return ("env", "-i", *LOGIN, *map(str, command))
 
     def run(self, *command, **options):
         return run(*self.inside(*command), **options)
@@ -92,3 +61,43 @@ class BootedSystem:
         if text:
             self.write(place, text)
         self.must("systemctl", "daemon-reload")
+
+
+class BootedSystem(System):
+    """The system is unpacked into a new folder below `work`; `close` powers it off."""
+
+    def __init__(self, image, work):
+        self.root = pathlib.Path(work) / "root"
+        self.console = pathlib.Path(work) / "console"
+        self.root.mkdir()
+        must("tar", "-C", self.root, "-xf", image)
+        self.container = None
+        self.first = None
+
+    def boot(self):
+        with open(self.console, "ab") as console:
+            self.container = subprocess.Popen(
+                ["systemd-nspawn", "--quiet", "--register=no", "--keep-unit", "--private-network", "--console=pipe", "-D", self.root, "-b"],
+                stdin=subprocess.DEVNULL, stdout=console, stderr=console, start_new_session=True)
+        self.wait_for("the first process", lambda: self.find_first())
+        self.wait_for("the boot", lambda: self.said("systemctl", "is-system-running") in ("running", "degraded"))
+
+    def find_first(self):
+        if self.container.poll() is not None:
+            raise RuntimeError(f"the system did not boot: {self.console.read_text('utf-8', 'replace')[-2000:]}")
+        children = pathlib.Path(f"/proc/{self.container.pid}/task/{self.container.pid}/children").read_text("utf-8").split()
+        self.first = children[0] if children else None
+        return self.first
+
+    def close(self):
+        if self.container and self.container.poll() is None:
+            if self.first:
+                self.run("systemctl", "poweroff", "--force")
+            try:
+                self.container.wait(30)
+            except subprocess.TimeoutExpired:
+                self.container.terminate()
+                self.container.wait(30)
+
+    def inside(self, *command):
+        return ("nsenter", "-a", "-t", self.first, "-r", "-w", *super().inside(*command))
