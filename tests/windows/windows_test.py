@@ -101,7 +101,7 @@ def run_twin(windows, name):
 
 
 def run_twins(windows):
-    print("Running the 64-bit twins under Wine", flush=True)
+    print("Running the test programs under Wine", flush=True)
     for name in ("path_difference", "ini_difference", "system", "names", "end_to_end"):
         text = run_twin(windows, name)
         if " passed, " not in last_line(text):
