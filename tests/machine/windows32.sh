@@ -1,7 +1,6 @@
 #!/usr/bin/env bash
-# The 32-bit Windows programs and their tests under 32-bit Wine, in an emulated machine. Takes half an hour to two hours, for the emulator is
-# slow (the steps of docs/windows.md alone: 21 minutes beside other work), and 8 GB below build/machine.
-# The last line is the count.
+# The 32-bit Windows programs and their tests under 32-bit Wine, in an emulated machine. Takes twenty minutes on a quiet machine and
+# up to two hours beside other work, and 8 GB below build/machine. The last line is the count.
 #   tests/machine/windows32.sh
 set -euo pipefail
 cd "$(dirname "$0")/../.."
