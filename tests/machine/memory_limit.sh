@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The package's limit of memory (MemoryMax=), reached in mid-visit, on an emulated machine: a container that systemd boots has no
-# such limits. Takes a quarter of an hour and 4 GB below build/machine. The last line is the count.
+# such limits. Takes six minutes and 4 GB below build/machine. The last line is the count.
 #   tests/machine/memory_limit.sh
 set -euo pipefail
 cd "$(dirname "$0")/../.."
