@@ -19,6 +19,7 @@ tar -C "$work/root" -xf "$base"
 cp /etc/resolv.conf "$work/root/etc"
 cp -r packaging/debian "$work/source/debian"
 cp -r examples/substation "$work/source/examples"
+touch "$work/source/debian/files" # which says that all is built: else the tools for that are installed first
 status=0
 # (A mount of its own goes with its namespace.)
 unshare --mount sh -c 'mount --bind /proc "$1/root/proc" && exec autopkgtest -B "$2" "$1/source" -- chroot "$1/root"' sh \
