@@ -178,9 +178,14 @@ def look_at_ends(site):
     check("killed: at most the event that was under way is missing", missing in ([], [under_way]), missing)
 
 
-def clean_up(engine):
+def clean_up(engine, work):
     run(*engine.command("rm", "--all", "--force"))
     run(*engine.command("rmi", "--all", "--force"))
+    # What the engine started for a container outlives it for a moment, and writes into its folders.
+    end = time.monotonic() + PATIENCE
+    while run("pgrep", "--full", work).returncode == 0 and time.monotonic() < end:
+        time.sleep(0.1)
+    run("umount", "-R", work / "images/overlay")
 
 
 def test():
@@ -198,8 +203,7 @@ def test():
             look_at_visits(site)
             look_at_ends(site)
         finally:
-            clean_up(engine)
-            run("umount", "-R", work / "images/overlay")
+            clean_up(engine, work)
 
 
 if __name__ == "__main__":
