@@ -4,12 +4,15 @@
 #include "support/hex.h"
 #include "support/scratch_folder.h"
 
+#include "base/digest.h"
 #include "ledger/root_folder.h"
 #include "ledger/run_ledger.h"
+#include "ledger/set_aside_append.h"
 #include "ledger/waiting_time.h"
 #include "platform/environment.h"
 #include "platform/state_folder.h"
 
+#include <functional>
 #include <gtest/gtest.h>
 
 namespace ruvo::test {
@@ -34,7 +37,7 @@ protected:
                                "44657363 06 414231322D58 12 01 04 54726970 24 01 07 00 01 1500 01000000 0C "
                                "4576656E742056616C756520 24 01 07 00");
         std::string record(bytes.begin(), bytes.end());
-        record[4] = id;
+        record[4] = record[53] = id;
         return record;
     }
     static std::string Header(const std::string& freeText) {
@@ -43,7 +46,8 @@ protected:
     }
 
     /// Leaves the journal of an ended run with one visit: R are records, S is their store frame, A names the
-    /// set-aside file; a digit is the cause of a lost event, and L is a lost event without one.
+    /// set-aside file, X one elsewhere; a digit is the cause of a lost event, and L is a lost event without
+    /// one.
     void Leave(const std::string& frames, const std::string& source = "", const char* file = kDayFile) const {
         SChain chain;
         std::vector<std::uint8_t> bytes;
@@ -68,7 +72,8 @@ protected:
             } else if (frame == 'S') {
                 add(EFrame::Store, Pack(SStoreInfo{0, 2, {{0, 2}}}));
             } else {
-                add(EFrame::SetAside, Pack(SSetAsideInfo{kName, "a password was refused"}));
+                const std::string name = frame == 'A' ? kName : std::string("..\\") + kName;
+                add(EFrame::SetAside, Pack(SSetAsideInfo{name, "a password was refused"}));
             }
         folder.Write(place + "/ended.journal", journal);
     }
@@ -89,6 +94,7 @@ protected:
     }
 
     static constexpr const char* kDayFile = "AB12-1\\AB12-1-2026-11-16-DEV.evt";
+    static constexpr const char* kDayFileHere = "AB12-1/AB12-1-2026-11-16-DEV.evt";
     static constexpr const char* kName = "AB12-1-2026-11-16-DEV-1.setaside";
     const std::string both = Record(1) + Record(2);
     const std::string refused =
@@ -154,6 +160,105 @@ TEST_F(Recovery, ADamagedJournalIsReportedOnceAndKept) {
     EXPECT_EQ(BringIn(), 2U);
     EXPECT_EQ(Day().substr(Day().size() - both.size()), both);
     EXPECT_EQ(Day().find(both), Day().size() - both.size()) << "once, although an end left the journal, too";
+}
+
+TEST_F(Recovery, WhatWaitsSaysWhy) {
+    const struct {
+        const char* name;
+        const char* frames;
+        const char* file;
+        std::function<void(CFile& held)> prepare;
+        std::string reason; ///< "@": of the state folder
+    } cases[] = {
+        {"a place outside", "RR", "..\\outside", [](CFile&) {}, "its name leads out of the event root"},
+        {"a set-aside file outside", "RRX", kDayFile, [](CFile&) {},
+         "the name of its set-aside file leads elsewhere"},
+        {"a set-aside file that is held", "RRA", kDayFile,
+         [&](CFile& held) {
+             const SOpenMode make{.read = true, .write = true, .create = true};
+             const std::string path = folder.Path(InState(kName));
+             EXPECT_TRUE(held.Open(path, make).Good() && held.TryLock() == EFileLock::Taken);
+         },
+         std::string("set-aside file @/") + kName + " cannot be written: another run holds the file"},
+        {"a damaged journal without a place for its copy", "RR", kDayFile,
+         [&](CFile&) {
+             folder.Write(InState("ended.journal"),
+                          folder.Read(InState("ended.journal")) + std::string(40, '\x41'));
+             std::filesystem::create_directories(folder.Native(InState("ended-copy.journal.new")));
+         },
+         "the journal is damaged, and cannot be copied: Is a directory"},
+        {"a day file that is none", "RR", kDayFile,
+         [&](CFile&) { std::filesystem::create_directories(folder.Native("ev/") + kDayFileHere); },
+         "Day file " + folder.Native("ev/") + kDayFileHere + " is not a regular file in a folder"},
+    };
+    for (const auto& row : cases) {
+        Leave(row.frames, "", row.file);
+        CFile held;
+        row.prepare(held);
+        EXPECT_EQ(BringIn(), 1U) << row.name;
+        ASSERT_FALSE(told.empty()) << row.name;
+        EXPECT_EQ(told[0].outcome, ELedgerOutcome::Waits) << row.name;
+        const std::string at = folder.Native(place);
+        std::string reason = told[0].reason;
+        if (const std::size_t found = reason.find(at); found != std::string::npos)
+            reason.replace(found, at.size(), "@");
+        EXPECT_EQ(reason, row.reason) << row.name;
+        EXPECT_TRUE(HasJournal()) << row.name;
+    }
+    for (int day = 17; day <= 23; ++day) {
+        g_utcTime = {2026, 11, day, 23, 30, 0};
+        BringIn();
+    }
+    EXPECT_TRUE(told[0].reason.ends_with("; some of them may be in the day file")) << told[0].reason;
+}
+
+TEST_F(Recovery, WhatIsNotAppendedSaysWhy) {
+    const struct {
+        const char* name;
+        std::string file; ///< what the set-aside file holds
+        std::function<void(CFile& held)> prepare;
+        std::string failure;
+    } cases[] = {
+        {"no set-aside file", Header("headerText") + both, [](CFile&) {},
+         "it is no set-aside file, or cannot be read"},
+        {"no record", refused.substr(0, refused.size() - both.size()), [](CFile&) {}, "it holds no record"},
+        {"one that is held", refused,
+         [&](CFile& held) {
+             EXPECT_TRUE(held.Open(folder.Path(InState(kName)), {.read = true, .write = true}).Good() &&
+                         held.TryLock() == EFileLock::Taken);
+         },
+         "another run works on it"},
+        {"one that an ended run has begun to append", refused, [&](CFile&) { Leave("RRS", kName); },
+         "it has been appended already"},
+        {"one whose new name is taken", refused,
+         [&](CFile&) { std::filesystem::create_directories(folder.Native(InState(kName) + ".done/x")); },
+         "its events are in the day file, but it cannot be renamed; the next run tries again"},
+        {"no place for a journal", refused,
+         [&](CFile&) { SetEnvironmentValue("RUVO_STATE_DIR", "D:\\state"); }, "no journal can be made"},
+    };
+    for (const auto& row : cases) {
+        std::filesystem::remove_all(folder.Native("ev/AB12-1"));
+        std::filesystem::remove_all(folder.Native(InState(kName) + ".done"));
+        folder.Write(InState(kName), row.file);
+        CFile held;
+        row.prepare(held);
+        CRunLedger ledger(folder.Path("ev"), [](const SLedgerReport&) {});
+        const SAppendedFile appended =
+            AppendSetAsideFile(ledger, folder.Path("ev"), folder.Path(InState(kName)));
+        EXPECT_EQ(appended.failure, row.failure) << row.name;
+    }
+    EXPECT_EQ(g_standardError, "ruvo: no journal can be made in " + FolderOfJournals(folder.Path("ev")) +
+                                   "; until a visit ends, an end of the run would cost its events");
+    g_standardError.clear();
+}
+
+/// Programs of several versions may share a state folder.
+TEST_F(Recovery, WhatOtherVersionsReadStaysAsItIs) {
+    Leave("RL1AS", "source");
+    EXPECT_EQ(DigestOf(folder.Read(InState("ended.journal"))), "96359CA547F5F12D");
+    EXPECT_TRUE(folder.Read(InState("ended.journal")).starts_with("RUVO JOURNAL 1\r\n"));
+    EXPECT_TRUE(PrepareRootFolder(FolderOfJournals(folder.Path("ev")), folder.Path("ev")));
+    EXPECT_EQ(folder.Read(InState("event-root.txt")), folder.Native("ev") + "\n");
 }
 
 /// An end came between the copy and the new name of what it was made of.
