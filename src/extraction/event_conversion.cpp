@@ -28,7 +28,7 @@ template <class TValue>
 TValue& Require(const CParlaneDataArray& values, std::size_t element) {
     auto* value = dynamic_cast<TValue*>(values.at(element).get());
     if (value == nullptr) {
-        throw CMalformedEvent("element " + std::to_string(element) + " is of the wrong type");
+        throw CMalformedEvent();
     }
     return *value;
 }
@@ -51,7 +51,7 @@ CEventConverter::CEventConverter(std::uint32_t deviceAddress, SRecordTexts texts
 std::unique_ptr<CEventRecord> CEventConverter::Convert(std::uint8_t kind, CParlaneDataArray& values,
                                                        CStatus& status) {
     if (values.size() < kCommonElements) {
-        throw CMalformedEvent("an element that every event has is missing");
+        throw CMalformedEvent();
     }
     const SEventKind* known = FindEventKind(kind);
     SEvent event{known != nullptr ? *known : SEventKind{},
@@ -65,7 +65,7 @@ std::unique_ptr<CEventRecord> CEventConverter::Convert(std::uint8_t kind, CParla
     }
     const std::size_t needed = event.kind.MinimumElements();
     if (values.size() < needed || (event.kind.hasRecord && values.size() > needed)) {
-        throw CMalformedEvent("wrong number of elements");
+        throw CMalformedEvent();
     }
     if (event.kind.hasRecord) {
         return MakeWithRecordColumn(event);
@@ -135,7 +135,7 @@ std::string CEventConverter::FetchFormatText(SEvent& event) {
     }
     auto* text = dynamic_cast<CParlaneText*>(value.get());
     if (text == nullptr) {
-        throw CMalformedEvent("the format text is no text");
+        throw CMalformedEvent();
     }
     return text->TakeText();
 }

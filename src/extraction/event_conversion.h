@@ -8,17 +8,14 @@
 #include "model/values/parlane_data.h"
 
 #include <cstdint>
+#include <exception>
 #include <memory>
-#include <stdexcept>
 #include <string>
 
 namespace ruvo {
 
 /// Event data that does not have the elements that its kind asks for.
-class CMalformedEvent : public std::invalid_argument {
-public:
-    using std::invalid_argument::invalid_argument;
-};
+class CMalformedEvent : public std::exception {};
 
 /// What every record of one visit has in common.
 struct SRecordTexts {
