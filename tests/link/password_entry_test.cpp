@@ -165,8 +165,14 @@ TEST_F(PasswordEntry, OneBadAnswerDoesNotSendThePasswordAsItIs) {
             const std::string value = server.values[0x00DF] = reads < 2 ? first : second;
             return value.empty() && server.calls.back() == "GetValue 00.DF" ? 0x0111 : Answer(call);
         };
+        g_debugOutput.clear();
         EXPECT_EQ(Read(), sent.empty() ? 18U : 0U);
         EXPECT_EQ(written, sent.empty() ? "" : kPassword);
+        const std::string before = first.empty() ? "" : std::to_string(Hex(first).back());
+        EXPECT_EQ(g_debugOutput.ends_with("CP32Wrap::EnterPassword : Cell 00.DF gave " + before +
+                                          " before and gives no version now\n"),
+                  sent.empty())
+            << g_debugOutput;
         EXPECT_EQ(g_application.codes.size(), sent.empty() ? 0U : 1U);
     });
 }
@@ -233,8 +239,12 @@ TEST_F(PasswordEntry, AnEntryOutOfACallbackLeavesTheOneAroundItAsItWas) {
             act(row.behind);
             server.statuses["ChangeSetting BF.03"] = row.restored;
         };
+        g_debugOutput.clear();
         EXPECT_EQ(Read(), row.outer);
         EXPECT_EQ(written, "240100 " + row.passwords + "240107 ");
+        EXPECT_EQ(g_debugOutput.find("CP32Wrap::EnterPassword : Cell BF.03 could not be restored\n") !=
+                      std::string::npos,
+                  row.restored != 0);
         EXPECT_EQ(g_application.codes, std::vector<int>(row.inner == 0 ? 2 : 1, 0));
     }
     EXPECT_EQ(Read(), kLinkGood) << "no abort is left";
@@ -243,8 +253,10 @@ TEST_F(PasswordEntry, AnEntryOutOfACallbackLeavesTheOneAroundItAsItWas) {
 TEST_F(PasswordEntry, ASecurityEventCallbackThatThrowsDecidesNothing) {
     CP32Wrap::SetSecurityEventCallback([](auto...) { throw std::runtime_error("callback"); });
     server.values[0xBF03] = "240107";
+    g_debugOutput.clear();
     EXPECT_EQ(Read(), kLinkGood);
     EXPECT_EQ(written, "240100 " + kPassword + "240107 ");
+    EXPECT_NE(g_debugOutput.find("] A security event could not be reported\n"), std::string::npos);
     CP32Wrap::SetSecurityEventCallback(nullptr);
 }
 
