@@ -141,7 +141,12 @@ TEST_F(StartUp, FromItsFirstStepToItsLast) {
                                           : "Unhandled exception occured:no runtime") +
                                   "\r\n");
     }
+    g_onRuntimeStart = [] { throw 5; };
+    EXPECT_EQ(Run({ini}), stamp + "Unhandled exception occured:of an unknown type\r\n");
     g_onRuntimeStart = nullptr;
+    std::filesystem::remove_all(folder.Native("RUVO_LOCK_DIR"));
+    EXPECT_EQ(Run({ini}), "error test_app|Failed to create Mutex!||2021/03/02 14:03:07 Only one "
+                          "instance can be running at one time.\r\n");
 }
 
 TEST_F(StartUp, NoMissingMemoryEndsItWithoutAWord) {

@@ -90,6 +90,14 @@ TEST(DayFileReader, DamageIsToldOnceAndReadingGoesOnAtASoundRecordWithAWitness) 
         {"holding", MakeImage(kEvent + "'Start FF00 ' !18 " +
                               HexDigits(std::string(1, static_cast<char>(E.size())) + E) + " ]")
                         .bytes},
+        {"past", "\x01" + std::string(2, '\xFF') + std::string(300, '\x55')}, // its length says
+        {"code", MakeImage("[00 00 00000000 3C07D2040304100B1A 00 ' 02 AA05 'Plant 'Desc 'AB12 2003 'Trip "
+                           "FF00 'Trip ]")
+                     .bytes},
+        {"timeless", MakeImage("[00 00 00000000 2407D2040304100B1A 00 ' 01 05 'Plant 'Desc 'AB12 2003 'Trip "
+                               "FF00 'Trip ]")
+                         .bytes},
+        {"beheaded", kSimple.bytes.substr(0, kSimple.bytes.size() - 1)},
         {"unknown", MakeImage(kEvent + "'Trip 7E020500 ' ]").bytes},
         {"odd", MakeImage(kEvent + "'Trip 2803010203 ' ]").bytes},
         {"oddcell", MakeImage("[01 02000000 'Phase 5003010203 00 ]").bytes},

@@ -1,6 +1,7 @@
 #include "config/run_context.h"
 #include "log/connection_details.h"
 #include "log/error_log.h"
+#include "log/log_reserve.h"
 #include "log/status_to_string_id.h"
 #include "paths/path_utilities.h"
 #include "support/fake_system.h"
@@ -107,6 +108,13 @@ TEST_F(CErrorLog, UnwritableLogTellsTheDebugOutputAndStandardError) {
         EXPECT_EQ(g_standardError, "ruvo: " + g_debugOutput) << name;
     }
     EXPECT_FALSE(m_folder.Has("missing"));
+}
+
+TEST_F(CErrorLog, ALineWithoutMemoryIsToldWithoutAny) {
+    const std::string told = "ine of the error log is lost: no memory for it";
+    ReportNoMemoryForLine();
+    EXPECT_EQ(g_standardError, "ruvo: a l" + told);
+    EXPECT_EQ(g_debugOutput, " *** [ PARLANE QTV ERR  ] A l" + told + "\n");
 }
 
 TEST(StatusText, TheTextsThatUsersAndScriptsKnow) {

@@ -18,6 +18,9 @@ void SayWhoThisIs() {
     std::cout << "as " << getuid() << geteuid() << " groups " << getgroups(0, nullptr) << " in "
               << std::filesystem::current_path().string() << " home " << getenv("HOME") << " secret "
               << (getenv("SECRET") != nullptr) << "\n";
+    for (char** variable = environ; *variable != nullptr; ++variable)
+        std::cout << *variable << "|";
+    std::cout << "\n";
     std::ifstream status("/proc/self/status");
     for (std::string line; std::getline(status, line);)
         std::cout << (line.starts_with("Cap") ? line + "\n" : "");
@@ -37,6 +40,8 @@ TEST(Users, ContinuesWithNothingOfRoot) {
                   const gid_t more[] = {0, 1};
                   setgroups(2, more);
                   setenv("SECRET", "1", 1);
+                  for (const char* const kept : {"TERM", "COLUMNS", "JOURNAL_STREAM"})
+                      setenv(kept, "kept", 1);
                   dup2(out, STDOUT_FILENO);
                   ContinueAs(*nobody, {"--gtest_filter=Users.Continues*"});
                   return 9;
@@ -47,6 +52,10 @@ TEST(Users, ContinuesWithNothingOfRoot) {
     const std::string id = std::to_string(nobody->id);
     EXPECT_NE(said.find("as " + id + id + " "), std::string::npos) << said;
     EXPECT_NE(said.find(" groups 1 in / home /nonexistent secret 0\n"), std::string::npos) << said;
+    EXPECT_NE(said.find("\nPATH=/usr/local/bin:/usr/bin:/bin|HOME=/nonexistent|SHELL=/usr/sbin/nologin|"
+                        "USER=nobody|LOGNAME=nobody|TERM=kept|COLUMNS=kept|JOURNAL_STREAM=kept|\n"),
+              std::string::npos)
+        << said;
     for (const char* const set : {"CapInh", "CapPrm", "CapEff", "CapAmb"})
         EXPECT_NE(said.find(std::string(set) + ":\t0000000000000000\n"), std::string::npos) << set << said;
     EXPECT_EQ(ContinueAs({4'000'000'000, ""}, {}), "user 4000000000 is not known on this machine");
