@@ -68,11 +68,12 @@ std::string InWords(const SRead& read, std::map<std::uint64_t, std::string>& num
     return text;
 }
 
-TEST(DayFileReader, DamageIsToldOnceAndReadingGoesOnAtASoundRecordWithAWitness) {
+/// What the table's files are made of.
+std::map<std::string, std::string> Pieces() {
     const std::string& H = kHeader;
     const std::string F = MakeImage(kFirst).bytes;
     const std::string& E = kExtended.bytes;
-    const std::map<std::string, std::string> kPieces{
+    return {
         {"header", H},
         {"open", H.substr(0, H.size() - 1)}, // without its end byte
         {"settings", "TYPE: Settings\r\n\x1A"},
@@ -103,6 +104,10 @@ TEST(DayFileReader, DamageIsToldOnceAndReadingGoesOnAtASoundRecordWithAWitness) 
         {"oddcell", MakeImage("[01 02000000 'Phase 5003010203 00 ]").bytes},
         {"junk", std::string(100, '\x55')},
         {"zeros", std::string(5000, '\0')}};
+}
+
+TEST(DayFileReader, DamageIsToldOnceAndReadingGoesOnAtASoundRecordWithAWitness) {
+    const std::map<std::string, std::string> kPieces = Pieces();
     const CScratchFolder folder;
     ForEachCase<3>("dayfile/damage.txt", [&](auto& words, auto& want, auto& fault) {
         std::map<std::uint64_t, std::string> number; // of the piece that begins there
@@ -118,9 +123,9 @@ TEST(DayFileReader, DamageIsToldOnceAndReadingGoesOnAtASoundRecordWithAWitness) 
         if (want == "R1 D- R2") {
             const bool isOdd = words.find("odd") != std::string::npos;
             const std::size_t size = kPieces.at(isOdd ? "odd" : "unknown").size();
-            EXPECT_EQ(read.damage[0].offset, H.size() + size - (isOdd ? 6 : 5));
+            EXPECT_EQ(read.damage[0].offset, kHeader.size() + size - (isOdd ? 6 : 5));
             EXPECT_EQ(read.damage[0].length, isOdd ? 5U : 4U);
-            EXPECT_EQ(read.images.at(H.size()).size(), size - (isOdd ? 3 : 2));
+            EXPECT_EQ(read.images.at(kHeader.size()).size(), size - (isOdd ? 3 : 2));
         }
     });
 }

@@ -61,6 +61,35 @@ TEST(Users, ContinuesWithNothingOfRoot) {
     EXPECT_EQ(ContinueAs({4'000'000'000, ""}, {}), "user 4000000000 is not known on this machine");
 }
 
+TEST(Users, OnlyAFileThatNobodyElseCanWriteIsTrusted) {
+    const CScratchFolder folder;
+    const std::string largest(std::size_t{64} * 1024, 'x');
+    folder.Write("empty", "");
+    folder.Write("largest", largest);
+    folder.Write("larger", largest + "x");
+    folder.Write("lax", "x");
+    chmod(folder.Native("lax").c_str(), 0620);
+    mkfifo(folder.Native("pipe").c_str(), 0600);
+    std::filesystem::create_symlink("largest", folder.Native("link"));
+    std::filesystem::create_symlink("round", folder.Native("round"));
+    using enum ETrustedRead;
+    const struct {
+        const char* name;
+        ETrustedRead want;
+    } rows[] = {{"empty", Read},        {"largest", Read},       {"link", Read},       {"larger", Unreadable},
+                {"none", Missing},      {"lax", Untrusted},      {"pipe", Unreadable}, {"round", Untrusted},
+                {"none/deep", Missing}, {"empty/x", Unreadable}, {"", Unreadable}};
+    for (const auto& row : rows) {
+        std::string bytes = "before";
+        EXPECT_EQ(ReadTrustedFile(folder.Path(row.name), bytes), row.want) << row.name;
+        EXPECT_TRUE(row.want != Read || bytes == folder.Read(row.name)) << row.name;
+    }
+    std::string bytes;
+    EXPECT_EQ(ReadTrustedFile("D:\\x", bytes), Missing);
+    EXPECT_STREQ(HowToRestrict(),
+                 "\"chmod 600\" restricts it to its owner, \"chmod 640\" to its owner and group");
+}
+
 TEST(Users, KnowsWhoCanDecideWhereAPathLeads) {
     const CScratchFolder folder;
     const auto user = static_cast<std::uint32_t>(getuid());

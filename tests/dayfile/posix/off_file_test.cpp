@@ -59,7 +59,7 @@ TEST(OffFile, HeaderLinesAndTheirFilter) {
 TEST(OffFile, ClosingWhatWasNeverOpenedDoesNothing) {
     COffFile file;
     file.Close();
-    file.Remove();
+    EXPECT_TRUE(file.Remove());
     CFileException failure;
     EXPECT_FALSE(file.Open("C:\\no\\such\\folder\\x", {.write = true, .create = true}, failure));
     EXPECT_EQ(failure.GetCause(), EFileCause::BadPath);
