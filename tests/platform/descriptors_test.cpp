@@ -9,6 +9,7 @@
 #include "platform/single_instance.h"
 #include "support/scratch_folder.h"
 
+#include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 
@@ -35,9 +36,14 @@ int Inherited() {
     return CountOpen([](int flags) { return (flags & FD_CLOEXEC) == 0; });
 }
 
-/// Every test of this program leaves as many open as it found.
+/// Every test of this program leaves as many open as it found. It begins with the signals as they are by
+/// default: whoever has started this program may have it ignore some, and then they are heard by no test.
 class CNothingLeftOpen : public testing::EmptyTestEventListener {
-    void OnTestStart(const testing::TestInfo& /*test*/) override { m_before = Open(); }
+    void OnTestStart(const testing::TestInfo& /*test*/) override {
+        m_before = Open();
+        for (const int asking : {SIGHUP, SIGINT, SIGQUIT})
+            signal(asking, SIG_DFL);
+    }
     void OnTestEnd(const testing::TestInfo& /*test*/) override { EXPECT_EQ(Open(), m_before) << "left open"; }
 
     int m_before = 0;

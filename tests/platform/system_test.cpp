@@ -11,6 +11,7 @@
 #include "platform/posix/native_path.h"
 #include "platform/registry.h"
 #include "platform/single_instance.h"
+#include "platform/state_folder.h"
 #include "platform/system_tools.h"
 #include "support/case_table.h"
 #include "support/scratch_folder.h"
@@ -174,6 +175,13 @@ TEST(CInstanceMarker, KeepsAUsersRunsApartHoweverTheyAreStarted) {
         << "runs of another version would not see each other";
     chmod(folder.Native("state/ruvo").c_str(), 0777);
     EXPECT_EQ(claim("", marker), EInstanceClaim::MarkerFailed) << "others could take it";
+    setenv("XDG_STATE_HOME", "relative", 1); // and so no place to look
+    EXPECT_TRUE(StateFolder().starts_with("C:\\") && StateFolder().ends_with("\\.local\\state\\ruvo"))
+        << StateFolder();
+    setenv("RUVO_STATE_DIR", "/named", 1);
+    EXPECT_EQ(StateFolder(), "C:\\named");
+    EXPECT_EQ(StateFoldersToRead(), std::vector<std::string>{"C:\\named"});
+    unsetenv("RUVO_STATE_DIR");
     unsetenv("XDG_STATE_HOME");
     unsetenv("RUVO_SITE");
 }
