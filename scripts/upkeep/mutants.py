@@ -22,7 +22,8 @@ UNUSED_ID = 65533 # of no user, and not the one that tests use as another user
 MEMORY = 8 << 30
 GRACE_SECONDS = 20 # a test program that takes longer than this and ten times its usual time hangs
 ROOMS = re.findall(r'^(\w+) +src/\1\b', (TOP / 'cmake' / 'rooms.txt').read_text(), re.M)
-OTHER_TESTS = ['sim', 'tools', 'e2e', 'faults'] # the slowest last
+OTHER_TESTS = ['sim', 'pages', 'tools', 'e2e', 'faults'] # the slowest last
+PAGES = 'pages' # no test program, but whether the documentation has what the tables have
 
 
 def tracked_files():
@@ -73,6 +74,10 @@ def describe(name, change):
     return f'{name}:{line}: {change.kind}: {old} -> {change.new.strip()}   | {" ".join(source[begin:end].split())}'
 
 
+def target_of(test):
+    return 'make_command_pages' if test == PAGES else f'test_{test}'
+
+
 class Worker:
     """A copy of the tree with its own build, in which one change at a time is tried."""
 
@@ -97,8 +102,9 @@ class Worker:
         linker = ['-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld', '-DCMAKE_SHARED_LINKER_FLAGS=-fuse-ld=lld']
         self.must(['cmake', '-S', '.', '-B', 'build', '-G', 'Ninja', '-DRUVO_BENCH=OFF', '-DCMAKE_BUILD_TYPE=None',
                    '-DCMAKE_CXX_FLAGS=-O1 -w -Wno-error', *linker])
-        self.must(['cmake', '--build', 'build', '-j', '1'])
-        for test in ROOMS + OTHER_TESTS: # a test that fails without a change detects nothing
+        tests = ROOMS + OTHER_TESTS
+        self.must(['cmake', '--build', 'build', '-j', '1', '--target', *map(target_of, tests)])
+        for test in tests: # a test that fails without a change detects nothing
             begin = time.monotonic()
             if not self.passes(test):
                 self.give_up(f'test_{test} fails without any change; see {self.place}/test.log')
@@ -124,6 +130,12 @@ class Worker:
             return subprocess.run(['cmake', '--build', 'build', '-j', '1', '--target', *targets], cwd=self.tree, stdout=log,
                                   stderr=subprocess.STDOUT).returncode == 0
 
+    def command(self, test):
+        if test != PAGES:
+            return [str(self.tree / 'build/bin' / target_of(test))]
+        pages = ('ruvoctl.1.md', 'ruvo.ini.5.md', 'ruvo-log.5.md')
+        return [str(self.tree / 'build/pages' / target_of(test)), 'check', *(str(self.tree / 'docs' / page) for page in pages)]
+
     def passes(self, test):
         bounded = GRACE_SECONDS + 10 * self.times.get(test, 300)
         environment = {'PATH': os.environ['PATH'], 'HOME': str(self.scratch), 'TMPDIR': str(self.scratch),
@@ -138,9 +150,8 @@ class Worker:
 
         who = {'user': UNUSED_ID, 'group': UNUSED_ID, 'extra_groups': []} if os.geteuid() == 0 else {}
         with open(self.place / 'test.log', 'w') as log:
-            program = subprocess.Popen([str(self.tree / 'build/bin' / f'test_{test}')], cwd=self.scratch, env=environment,
-                                       stdin=subprocess.DEVNULL, stdout=log, stderr=subprocess.STDOUT, start_new_session=True,
-                                       preexec_fn=restrain, **who)
+            program = subprocess.Popen(self.command(test), cwd=self.scratch, env=environment, stdin=subprocess.DEVNULL, stdout=log,
+                                       stderr=subprocess.STDOUT, start_new_session=True, preexec_fn=restrain, **who)
             try:
                 good = program.wait(timeout=bounded) == 0
             except subprocess.TimeoutExpired:
@@ -164,9 +175,10 @@ class Worker:
                 return 'compiler'
             if not self.passes(room):
                 return f'test_{room}'
-            if not self.build('all'):
+            others = [other for other in ROOMS + OTHER_TESTS if other != room]
+            if not self.build(*map(target_of, others)):
                 return 'compiler'
-            for test in [other for other in ROOMS + OTHER_TESTS if other != room]:
+            for test in others:
                 if not self.passes(test):
                     return f'test_{test}'
             return None
