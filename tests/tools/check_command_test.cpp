@@ -81,7 +81,10 @@ TEST(CheckCommand, EveryKeyThatIsReadIsKnown) {
     std::string ini = kSerial + "[RUVO_GENERAL]\n";
     for (const SGeneralKey& key : kGeneralKeys)
         ini += std::string(key.name) + "=" +
-               (key.rule == EKeyRule::EventRoot ? folder.Path("e") : std::string(key.defaultText)) + "\n";
+               (key.rule == EKeyRule::EventRoot  ? folder.Path("e")
+                : key.rule == EKeyRule::ErrorLog ? folder.Path("log")
+                                                 : std::string(key.defaultText)) +
+               "\n";
     folder.Write("file.ini", ini);
     chmod(folder.Native("file.ini").c_str(), 0600);
     const SOutcome outcome = RunTool({"check", folder.Native("file.ini")});
