@@ -47,6 +47,11 @@ def without_effect(tokens):
         if texts[at:at + 2] == ['[', '[']: # an attribute, such as for the compiler's own checks of formats
             end = next((end for end in range(at, len(texts)) if texts[end:end + 2] == [']', ']']), at)
             places.update(range(at, end))
+        elif text == 'reserve' and texts[at + 1:at + 2] == ['(']: # more or less of what is found later as well
+            end = next((end for end in range(at, len(texts)) if texts[end] == ';'), at)
+            # A sum that becomes a difference may pass below 0, and a number that is taken off may become too large.
+            places.update(place for place in range(at, end) if texts[place] == '-' or
+                          tokens[place].kind == 'number' and texts[place - 1] != '-')
         elif text in ('min', 'max') and texts[at - 1] == '::' and texts[at + 1:at + 2] == ['(']: # the same either way round
             places.add(at)
         elif text == 'array' and texts[at + 1:at + 2] == ['<']: # a buffer holds what it has to with a byte more or less, too
