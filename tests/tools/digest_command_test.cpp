@@ -11,6 +11,7 @@
 #include "tools/sites/fetched_bytes.h"
 
 #include <filesystem>
+#include <regex>
 
 namespace ruvo::test {
 namespace {
@@ -192,8 +193,9 @@ TEST_F(DigestCommand, CountsWhatIsAskedFor) {
     ForEachCase<3>("tools/digest_cases.txt", [this](auto& line, auto& status, auto& said) {
         const SOutcome outcome = Run(line);
         EXPECT_EQ(outcome.status, std::stoi(status)) << outcome.error;
-        EXPECT_NE((outcome.error + outcome.out).find(said), std::string::npos)
-            << outcome.error << outcome.out;
+        // The folder's name may be long, and so decide where a line ends.
+        const std::string out = std::regex_replace(outcome.out, std::regex("\n +(?=read)"), " ");
+        EXPECT_NE((outcome.error + out).find(said), std::string::npos) << outcome.error << outcome.out;
     });
     g_utcTime = {2026, 12, 20, 6, 0, 0};
     const std::string late = Run("digest @/sites/south.ini").out;
