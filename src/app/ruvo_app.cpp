@@ -105,7 +105,7 @@ std::string IniPathForRecord(const std::string& iniPath) {
 
 /// A run that cannot begin has one, too, if it knows its event root.
 void CRuvoApp::BeginRecord(const CRunContext& context) {
-    if (!m_commandLine.checkOnly && !context.DestinationRoot().empty()) {
+    if (!m_commandLine.checkOnly) {
         m_record.emplace(context.DestinationRoot(), IniPathForRecord(m_commandLine.iniPath));
         m_record->Begin();
         m_runEnd.WhenRunAbandoned([this] { EndRecord(); });

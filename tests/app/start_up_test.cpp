@@ -149,6 +149,20 @@ TEST_F(StartUp, FromItsFirstStepToItsLast) {
                           "instance can be running at one time.\r\n");
 }
 
+TEST_F(StartUp, OnlyAVisitLeavesARecord) {
+    g_standardError.clear();
+    Run({"-t", ini});
+    EXPECT_FALSE(folder.Has("RUVO_STATE_DIR")) << "a check is none";
+    const std::string none = folder.Native("none.ini");
+    Run({none});
+    EXPECT_TRUE(g_standardError.starts_with("ruvo: " + none + ": the INI file cannot be read; no relay is "));
+    EXPECT_EQ(g_standardError.find("no record"), std::string::npos) << g_standardError;
+    EXPECT_FALSE(folder.Has("RUVO_STATE_DIR")) << "nor is one of which no event root is known";
+    Run({ini});
+    EXPECT_TRUE(folder.Has("RUVO_STATE_DIR"));
+    g_standardError.clear();
+}
+
 TEST_F(StartUp, NoMissingMemoryEndsItWithoutAWord) {
     server.statuses["GetDeviceStatus"] = 255;                    // for the log
     for (std::string* told : {&g_debugOutput, &g_standardError}) // what is told there needs no memory
