@@ -26,6 +26,10 @@ TEST(ComFailure, SaysWhatToDo) {
             EXPECT_NE(text.find(part), std::string::npos) << part << "\nin: " << text;
         }
     });
+    const SComFailure denied{
+        .code = 0x80070005, .step = "creating it", .system = {}, .account = {}, .registrations = {}};
+    EXPECT_NE(DescribeComFailure(denied).find(" and allow the account of this program: \"Local Launch\""),
+              std::string::npos);
 }
 
 } // namespace ruvo::test
