@@ -130,6 +130,21 @@ TEST(DayFileReader, DamageIsToldOnceAndReadingGoesOnAtASoundRecordWithAWitness) 
     });
 }
 
+// Its cells fill their block but for one byte.
+TEST(DayFileReader, TheLongestRecordIsReadWhole) {
+    const CScratchFolder folder;
+    std::string words = kFirst + " [01 02000000 ";
+    for (int cell = 0; cell < 13106; ++cell)
+        words += "'A FF00 00 ";
+    const std::string longest = MakeImage(words + "]").bytes;
+    const std::string torn = longest.substr(0, longest.size() - 2);
+    const std::size_t at = kHeader.size() + torn.size();
+    const SRead read = ReadBack(folder, kHeader + torn + longest + kSimple.bytes);
+    EXPECT_EQ(read.images, (Images{{at, longest}, {at + longest.size(), kSimple.bytes}}));
+    ASSERT_EQ(read.damage.size(), 1U);
+    EXPECT_EQ(read.damage[0].length, torn.size());
+}
+
 // Each 17 bytes look like the start of a record as long as can be, whose values take long to be found
 // wanting: the work must not be the product of both.
 TEST(DayFileReader, HostileFileIsReadInReasonableWork) {

@@ -41,6 +41,7 @@ inline SImage MakeImage(const std::string& words) {
             image.bytes += static_cast<char>(rest.size()) + rest;
         } else if (mark == ']') {
             image.bytes[block + 1] = static_cast<char>(start - block - 3);
+            image.bytes[block + 2] = static_cast<char>((start - block - 3) >> 8);
         } else {
             for (const std::uint8_t byte : Hex(rest + (mark == '[' ? "0000" : "")))
                 image.bytes += static_cast<char>(byte);
