@@ -29,7 +29,11 @@ TEST_F(RunEnd, ACallThatDoesNotComeBackIsLeftBehind) {
     EXPECT_NE(folder.Read("run.log").find("Run ended by SIGTERM; 2 relays not visited.\r\n"),
               std::string::npos);
     server.events.pop_front();
+    server.statuses = {{"OpenPort", 11}}; // no relay is reached, and none is needed for it
     EXPECT_TRUE(RunAll().starts_with("1 event of a visit that was ended is in day file "));
+    EXPECT_EQ(Stored(), 1U);
+    server.statuses.clear();
+    EXPECT_EQ(RunAll(), "");
     EXPECT_EQ(Stored(), 3U);
 }
 
