@@ -11,7 +11,7 @@ from checks import check, count_checks, equal, must, said
 from control_groups import MeasuredGroup
 from counted_relay import ENTRY, CountedRelay, texts
 from fleet_morning import look_at_the_morning
-from slurm_cluster import SlurmCluster
+from slurm_cluster import NODES, SlurmCluster
 
 EVENTS = 40  # of each relay
 SLOW = '[[fault]]\noperation = "GetEvent"\ndelay = 800\n'
@@ -141,11 +141,13 @@ class Night:
         newest = {copy.site: copy for copy in self.fleet.copies() if copy.node == node and copy.site in sites}
         return list(newest.values())
 
-    def wait_for_visits(self, node):
-        self.cluster.wait_for(f"visits on {node}", lambda: len(self.living(node)) >= 8)
+    def busy_node(self, *others):
+        """The one of most visits, which the scheduler decides on, but none of the others."""
+        nodes = [node for node in NODES if node not in others]
+        self.cluster.wait_for("visits on a node", lambda: max(len(self.living(node)) for node in nodes) >= 8)
+        return max(nodes, key=lambda node: len(self.living(node)))
 
     def happens(self, what, *nodes):
-        self.wait_for_visits(nodes[0])
         copies = [copy for node in nodes for copy in self.living(node)]
         self.faults.append(Fault(what, copies, {copy.site: self.fleet.relays[copy.site].handed_over() for copy in copies}))
 
@@ -172,24 +174,28 @@ class Night:
     def run(self):
         cluster = self.cluster
         self.fleet.submit(cluster)
-        self.happens("the controller killed", "n1", "n2", "n3")
+        self.busy_node()
+        self.happens("the controller killed", *NODES)
         cluster.controller.kill()
         cluster.controller.wait()
         cluster.start_controller()
         cluster.wait_for("the controller answers", lambda: cluster.run("squeue", "-h").returncode == 0)
         # While other sites wait for a place, those that are to be started again wait behind them.
         cluster.wait_for("all sites are started", self.are_all_started)
-        self.happens("a node lost", "n2")
-        self.renew("n2")
-        self.happens("a node's daemon killed", "n3")
-        cluster.kill_daemon("n3")
-        self.happens("a node frozen", "n1")
-        cluster.freeze("n1")
+        lost = self.busy_node()
+        self.happens("a node lost", lost)
+        self.renew(lost)
+        alone = self.busy_node(lost)
+        self.happens("a node's daemon killed", alone)
+        cluster.kill_daemon(alone)
+        frozen = self.busy_node(alone)
+        self.happens("a node frozen", frozen)
+        cluster.freeze(frozen)
         for fault in self.faults[-2:]:
             self.wait_until_started_again(fault)
         cluster.wake()
-        cluster.wait_for("the visits without a daemon end by themselves", lambda: not self.living("n3"))
-        self.renew("n3")
+        cluster.wait_for("the visits without a daemon end by themselves", lambda: not self.living(alone))
+        self.renew(alone)
         self.wait_for_end()
 
     def wait_for_end(self):
