@@ -86,6 +86,10 @@ TEST_F(LoginFlows, BuffersOfTheApplicationsOwnAndStatus1AreTakenToo) {
             ExpectDigestFor(version == 2 ? "ENGINEER OF MORE" : "ME");
     }
     g_own = false;
+    SetRelay(3);
+    server.values[0x00F2] = "240101"; // one user alone
+    EXPECT_EQ(Enter(), kLinkGood);
+    EXPECT_NE(flow.find("ask 32 VIEWER          ,VIEWER           0,-1;"), std::string::npos) << flow;
     SetRelay(2);
     server.values[0x00F2] = "2401DF"; // as many users as the column has rows
     for (CellAddress cell = 0x9C21; cell <= 0x9CFF; ++cell)

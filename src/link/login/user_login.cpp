@@ -118,12 +118,12 @@ private:
     }
 
     bool HasUsers(const std::optional<std::int64_t>& count) {
-        if (!count) {
-            m_attempts.Fail("Error during obtaining number of users from the device");
-        } else if (*count < 1) {
-            m_attempts.Fail("The number of users obtained from the device is equal or smaller than 0");
+        const bool hasUsers = count && *count >= 1;
+        if (!hasUsers) {
+            m_attempts.Fail(count ? "The number of users obtained from the device is equal or smaller than 0"
+                                  : "Error during obtaining number of users from the device");
         }
-        return count && *count >= 1;
+        return hasUsers;
     }
 
     bool HasNames(bool read) {
