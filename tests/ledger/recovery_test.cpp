@@ -8,6 +8,7 @@
 #include "ledger/root_folder.h"
 #include "ledger/run_ledger.h"
 #include "ledger/set_aside_append.h"
+#include "ledger/visit_custody.h"
 #include "ledger/waiting_time.h"
 #include "platform/environment.h"
 #include "platform/state_folder.h"
@@ -340,6 +341,27 @@ TEST_F(Recovery, TheRecordsOfASetAsideFileAreAppendedOnce) {
         EXPECT_EQ(folder.Has(InState(kName) + ".done"), !row.wantedDay.empty()) << row.name;
         EXPECT_FALSE(HasJournal()) << row.name;
     }
+}
+
+/// To cut it costs a wait for the disk, so it is done once in many visits.
+TEST_F(Recovery, AJournalIsCutOnceItIsLong) {
+    CRunLedger ledger(folder.Path("ev"), [](const SLedgerReport&) {});
+    const std::string record = Record(1);
+    const std::span image(reinterpret_cast<const std::uint8_t*>(record.data()), record.size());
+    const auto visit = [&](std::uint64_t bytes) {
+        CVisitCustody custody(&ledger, "RV001");
+        EXPECT_FALSE(custody.Begin(folder.Path("ev") + "\\" + kDayFile));
+        for (std::uint64_t kept = 0; kept < bytes; kept += record.size())
+            EXPECT_TRUE(custody.Keep(image, 1));
+        custody.Store();
+        custody.End();
+        ledger.CloseAll();
+        return ledger.Journal()->End();
+    };
+    const std::uint64_t first = visit(1'000);
+    EXPECT_GT(first, 1'000U);
+    EXPECT_GT(visit(200'000), first + 200'000U) << "behind what is done";
+    EXPECT_EQ(visit(1'000'000), kJournalHead.size());
 }
 
 TEST(WaitingTime, NoClockIsBelievedAlone) {
