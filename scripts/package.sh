@@ -32,7 +32,8 @@ esac
 scripts/setup.sh packages >&2
 scripts/build.sh "$preset" package_files
 rm -f "build/$preset"/ruvo_*.deb "build/$preset"/ruvo_*.spdx.json
-# The date of everything in it, so that the same source makes the same bytes at any time.
+# The date of everything in it, so that the same source makes the same bytes at any time. (Not so if a compiler cache rewrites
+# the names of folders, such as ccache with a base_dir: they are part of what the programs' build IDs are made from.)
 SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(dpkg-parsechangelog -l packaging/debian/changelog -S Timestamp)}
 export SOURCE_DATE_EPOCH
 log=$(mktemp)
