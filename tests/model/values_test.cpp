@@ -45,6 +45,25 @@ TEST(Values, DecodeAndEncodeAgain) {
     });
 }
 
+TEST(Values, EachTypeTakesItsSizesAndNoOthers) {
+    std::string taken;
+    for (std::uint32_t type = 0; type < 0x200; ++type) {
+        std::string sizes;
+        for (std::size_t size = 0; size <= 300; ++size) {
+            const bool isFirst = sizes.empty() || sizes.back() == ' ';
+            if (CDataFactory::Create(type, Bytes(size, 1)) != nullptr)
+                sizes += isFirst ? std::to_string(size) + "-" : "";
+            else if (!isFirst)
+                sizes += std::to_string(size - 1) + " ";
+        }
+        if (!sizes.empty())
+            taken += HexDigits(std::array{type}) + ":" + sizes + "|";
+    }
+    EXPECT_EQ(taken,
+              "18:0-|1C:0-|20:1-4 |24:1-4 |28:0-|2C:4-4 |30:6-6 |34:4-|38:4-|3C:7-7 |44:2-2 |48:1-|50:1-|"
+              "58:0-|64:0-|68:0-|6C:0-|FF:0-|");
+}
+
 TEST(Values, DefaultLimits) {
     ForEachCase<4>("model/default_limits.txt", [](auto& in, auto& minimum, auto& maximum, auto& step) {
         const auto value = CDataFactory::CreateTagged(FromHex(in));
