@@ -305,4 +305,22 @@ TEST(Visit, EndsWhenTheDiskTakesNoMoreFiles) {
     EXPECT_TRUE(rig.RunOn(disk, {}, {}).IsTold(" can take no more files, and the rest waits in the relay"));
 }
 
+TEST(Visit, EndsBehindTheEventThatItsJournalDoesNotTake) {
+    const SCrashCase test{.name = "long records", .cells = 200};
+    CFaultRig rig{LoadSubstation("[link]\nserial = [\"COM1\"]\n" + RelayText(test, kTested, true))};
+    rig.onEvent = [](int) {
+        const std::lock_guard lock(g_diskLock);
+        g_disk.full = "C:\\var\\state";
+        g_disk.fullAt = 0;
+    };
+    SMemoryDisk disk;
+    disk.PutFolder(kRoot);
+    disk.PutFolder("C:\\var\\state");
+    const SOutcome outcome = rig.RunOn(disk, {}, {});
+    EXPECT_TRUE(
+        outcome.IsTold("This visit has taken 4 events; there is no room for more in the journal, and the "
+                       "rest waits in the relay"))
+        << outcome.Log() << outcome.debug;
+}
+
 } // namespace ruvo::test
