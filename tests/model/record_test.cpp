@@ -209,8 +209,12 @@ TEST(Record, GivesUpWhatCannotBeWritten) {
     EXPECT_EQ(Fault(MakeExtended(MakeCells({}, {"off", std::string(256, 'x')}))), cell);
     auto extended = MakeExtended(MakeCells({"one", "two"}, {"off"}));
     EXPECT_EQ(Fault(extended), cell);
+    const std::size_t announced = extended.GetImageSize();
     SDroppedItems dropped = extended.DropUnwritable();
     EXPECT_EQ(dropped.count, 1U);
+    EXPECT_EQ(announced, extended.GetBlockSize() + extended.GetCellBlockSize() + 6)
+        << "as it is written then";
+    EXPECT_EQ(extended.GetImageSize(), announced);
     EXPECT_EQ(dropped.first, "the value of cell 3 (I)");
     EXPECT_EQ(Fault(extended), "");
     EXPECT_EQ(extended.GetCells()[2]->GetValue(), nullptr);
