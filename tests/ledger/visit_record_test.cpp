@@ -205,6 +205,7 @@ TEST_F(VisitRecord, KeepsAsManyRunsAsItMay) {
             RunWhole(Entry("RV00" + std::to_string(run)), bound);
         EXPECT_EQ(Runs(), "4 whole RV004|5 whole RV005|6 whole RV006|7 whole RV007|8 whole RV008|");
     }
+    EXPECT_TRUE(folder.Has(Name("visits-earlier.ndjson"))) << "where other versions look for them";
 }
 
 TEST_F(VisitRecord, KnowsWhenARelayWasLastReached) {
