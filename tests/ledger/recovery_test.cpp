@@ -13,6 +13,7 @@
 #include "platform/environment.h"
 #include "platform/state_folder.h"
 
+#include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
 
@@ -87,6 +88,14 @@ protected:
     }
     bool HasJournal() const { return folder.Has(place + "/ended.journal"); }
     std::string InState(const std::string& name) const { return place + "/" + name; }
+    /// A text that names files, the same on every system; "@" is the state folder.
+    std::string Plain(std::string text) const {
+        std::string at = folder.Native(place);
+        std::ranges::replace(at, '\\', '/');
+        std::ranges::replace(text, '\\', '/');
+        const std::size_t found = text.find(at);
+        return found == std::string::npos ? text : text.replace(found, at.size(), "@");
+    }
     std::string Aside() const { return folder.Read(InState(kName)); }
     std::string Day() const { return folder.Read("ev/AB12-1/AB12-1-2026-11-16-DEV.evt"); }
     void WriteDay(const std::string& bytes) const {
@@ -169,7 +178,7 @@ TEST_F(Recovery, WhatWaitsSaysWhy) {
         const char* frames;
         const char* file;
         std::function<void(CFile& held)> prepare;
-        std::string reason; ///< "@": of the state folder
+        std::string reason; ///< how it begins; the rest are the system's words
     } cases[] = {
         {"a place outside", "RR", "..\\outside", [](CFile&) {}, "its name leads out of the event root"},
         {"a set-aside file outside", "RRX", kDayFile, [](CFile&) {},
@@ -187,7 +196,7 @@ TEST_F(Recovery, WhatWaitsSaysWhy) {
                           folder.Read(InState("ended.journal")) + std::string(40, '\x41'));
              std::filesystem::create_directories(folder.Native(InState("ended-copy.journal.new")));
          },
-         "the journal is damaged, and cannot be copied: Is a directory"},
+         "the journal is damaged, and cannot be copied: "},
         {"a day file that is none", "RR", kDayFile,
          [&](CFile&) { std::filesystem::create_directories(folder.Native("ev/") + kDayFileHere); },
          "Day file " + folder.Native("ev/") + kDayFileHere + " is not a regular file in a folder"},
@@ -199,11 +208,8 @@ TEST_F(Recovery, WhatWaitsSaysWhy) {
         EXPECT_EQ(BringIn(), 1U) << row.name;
         ASSERT_FALSE(told.empty()) << row.name;
         EXPECT_EQ(told[0].outcome, ELedgerOutcome::Waits) << row.name;
-        const std::string at = folder.Native(place);
-        std::string reason = told[0].reason;
-        if (const std::size_t found = reason.find(at); found != std::string::npos)
-            reason.replace(found, at.size(), "@");
-        EXPECT_EQ(reason, row.reason) << row.name;
+        EXPECT_TRUE(Plain(told[0].reason).starts_with(Plain(row.reason)))
+            << row.name << ": " << told[0].reason;
         EXPECT_TRUE(HasJournal()) << row.name;
     }
     for (int day = 17; day <= 23; ++day) {
@@ -259,7 +265,7 @@ TEST_F(Recovery, WhatOtherVersionsReadStaysAsItIs) {
     EXPECT_EQ(DigestOf(folder.Read(InState("ended.journal"))), "96359CA547F5F12D");
     EXPECT_TRUE(folder.Read(InState("ended.journal")).starts_with("RUVO JOURNAL 1\r\n"));
     EXPECT_TRUE(PrepareRootFolder(FolderOfJournals(folder.Path("ev")), folder.Path("ev")));
-    EXPECT_EQ(folder.Read(InState("event-root.txt")), folder.Native("ev") + "\n");
+    EXPECT_EQ(Plain(folder.Read(InState("event-root.txt"))), Plain(folder.Native("ev") + "\n"));
 }
 
 /// An end came between the copy and the new name of what it was made of.
