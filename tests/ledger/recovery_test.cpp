@@ -9,7 +9,6 @@
 #include "ledger/run_ledger.h"
 #include "ledger/set_aside_append.h"
 #include "ledger/visit_custody.h"
-#include "ledger/waiting_time.h"
 #include "platform/environment.h"
 #include "platform/state_folder.h"
 
@@ -368,26 +367,6 @@ TEST_F(Recovery, AJournalIsCutOnceItIsLong) {
     EXPECT_GT(first, 1'000U);
     EXPECT_GT(visit(200'000), first + 200'000U) << "behind what is done";
     EXPECT_EQ(visit(1'000'000), kJournalHead.size());
-}
-
-TEST(WaitingTime, NoClockIsBelievedAlone) {
-    const std::set<std::string> week{"1", "2", "3", "4", "5", "6", "7"};
-    const std::set<std::string> six{"1", "2", "3", "4", "5", "6"};
-    const SCalendarTime now{2026, 11, 23, 23, 30, 0};
-    const struct {
-        const char* name;
-        const char* begun;
-        const std::set<std::string>& dates;
-        bool want;
-    } cases[] = {{"a week", "2026-11-16 23:30:00 UTC", week, true},
-                 {"a second less", "2026-11-16 23:30:01 UTC", week, false},
-                 {"a visit dated in the future", "2036-01-01 00:00:00 UTC", week, false},
-                 {"a visit whose clock stood in the past", "1970-01-01 00:00:00 UTC", six, false},
-                 {"a run whose clock is ahead for a night", "2026-11-01 00:00:00 UTC", six, false},
-                 {"no time", "2026-11-16", week, false},
-                 {"no date", "2026-02-31 25:00:00 UT", week, false}};
-    for (const auto& row : cases)
-        EXPECT_EQ(HasWaitedForAWeek(row.begun, row.dates, now), row.want) << row.name;
 }
 
 // An event root that a visit made is removed again when nothing could be written into it.
