@@ -217,7 +217,7 @@ private:
 
     const SSiteQuestion& m_question;
     SConsole& m_console;
-    const std::int64_t m_today = NowSeconds() / (24 * 3600);
+    const std::int64_t m_today = NowSeconds() / (std::int64_t{24} * 3600);
     SSiteStatus m_status;
 };
 
