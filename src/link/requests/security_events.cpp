@@ -17,6 +17,7 @@ namespace {
 // Codes used in place of a cell address.
 constexpr std::uint16_t kResetCellCode = 0xFFFD;
 constexpr std::uint16_t kChangeBreakerCode = 0xFFFC;
+constexpr std::uint16_t kCellChangeCode = 0xFFFB;
 
 constexpr std::size_t kTaggedHeaderSize = 1 + 1; // type code and length
 
@@ -76,8 +77,10 @@ void CSecurityEvents::LogWrite(CellAddress cell, const CParlaneIEC870& time,
                                const CParlaneData& value) noexcept {
     if (cell == cells::kBreaker) {
         LogEvent(kChangeBreakerCode, "Change Breaker", time, value);
-    } else {
+    } else if (m_settingChangeMode) {
         LogEvent(cell, "Setting change", time, value);
+    } else {
+        LogEvent(kCellChangeCode, CellLabel("Cell change", cell).text, time, value);
     }
 }
 

@@ -29,6 +29,7 @@ private:
     void WriteEvent(std::uint16_t code, const char* label, const CParlaneIEC870& time,
                     const CParlaneData& value);
 
+    bool m_settingChangeMode = true;                           ///< label of the events; nothing changes it
     char m_userName[kUserNameLength + 1] = "                "; ///< blanks: no login is known here
 };
 
