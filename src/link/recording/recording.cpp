@@ -65,12 +65,11 @@ void CRecordingReader::TakeHead() {
     std::span<const std::uint8_t> mark;
     std::uint8_t version = 0;
     std::uint64_t begin = 0;
-    if (!m_cursor.TakeBytes(kRecordingMark.size(), mark) || !m_cursor.TakeByte(version)) {
-        m_error = "its beginning is cut short";
-    } else if (version != kRecordingVersion) {
+    const bool hasVersion = m_cursor.TakeBytes(kRecordingMark.size(), mark) && m_cursor.TakeByte(version);
+    if (hasVersion && version != kRecordingVersion) {
         m_error = "a recording of version " + std::to_string(version) + "; this program reads version " +
                   std::to_string(kRecordingVersion);
-    } else if (!TakeNumber(m_cursor, begin) || begin > kLatest) {
+    } else if (!hasVersion || !TakeNumber(m_cursor, begin) || begin > kLatest) {
         m_error = "its beginning is cut short";
     }
     m_begin = static_cast<std::int64_t>(std::min(begin, kLatest));
