@@ -39,7 +39,7 @@ class Machine:
             file.unlink(missing_ok=True)
         if self.made_stamps:
             run("rmdir", installed.STAMP.parent)
-        for folder in ("/etc/ruvo", "/var/lib/ruvo", "/var/log/ruvo", "/run/ruvo"):
+        for folder in ("/etc/ruvo", "/var/lib/ruvo", "/var/lib/ruvo-state", "/var/log/ruvo", "/run/ruvo"):
             shutil.rmtree(folder, ignore_errors=True)
         run("userdel", "ruvo")
         run("groupdel", "ruvo")
@@ -50,7 +50,8 @@ def refuse_what_is_used():
     """Removes what a killed test left, but nothing that is in use."""
     user = run("getent", "passwd", "ruvo").returncode == 0
     package = run("dpkg-query", "-W", "ruvo").returncode == 0
-    if not MARK.exists() and (user or package or os.path.exists("/etc/ruvo") or os.path.exists("/var/lib/ruvo")):
+    folders = [path for path in ("/etc/ruvo", "/var/lib/ruvo", "/var/lib/ruvo-state") if os.path.exists(path)]
+    if not MARK.exists() and (user or package or folders):
         raise RuntimeError("ruvo is on this machine, and its sites and events are not for a test: not run")
 
 
