@@ -79,9 +79,13 @@ void Add(SDigestProblem problem, std::vector<SDigestProblem>& problems, std::uin
         ++others;
         return;
     }
-    SDigestProblem& found = same == problems.end() ? problems.emplace_back(std::move(problem)) : *same;
-    ++found.count;
-    found.lastTime = std::max(found.lastTime, problem.lastTime);
+    if (same == problems.end()) {
+        ++problem.count;
+        problems.push_back(std::move(problem));
+        return;
+    }
+    ++same->count;
+    same->lastTime = std::max(same->lastTime, problem.lastTime);
 }
 
 bool IsSaidElsewhere(const SLogLine& line, const SSiteDigest& digest) {

@@ -150,7 +150,7 @@ void JudgeReach(const std::vector<SVisitLine>& runs, const SSiteVisits& visits, 
             }
         }
     }
-    const bool endedEarly = !digest.visits.empty() && VisitsOf(digest).size() > 0 &&
+    const bool endedEarly = !digest.visits.empty() && !VisitsOf(digest).empty() &&
                             VisitsOf(digest).back().ended != ERunEnd::Whole;
     for (const SRelayVisit& relay : visits.relays) {
         const auto found = last.find({relay.key, relay.address});
