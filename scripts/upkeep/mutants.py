@@ -103,7 +103,7 @@ class Worker:
         self.must(['cmake', '-S', '.', '-B', 'build', '-G', 'Ninja', '-DRUVO_BENCH=OFF', '-DCMAKE_BUILD_TYPE=None',
                    '-DCMAKE_CXX_FLAGS=-O1 -w -Wno-error', *linker])
         tests = ROOMS + OTHER_TESTS
-        self.must(['cmake', '--build', 'build', '-j', '1', '--target', *map(target_of, tests)])
+        self.must(['cmake', '--build', 'build', '-j', str(os.cpu_count()), '--target', *map(target_of, tests)])
         for test in tests: # a test that fails without a change detects nothing
             begin = time.monotonic()
             if not self.passes(test):
@@ -112,7 +112,7 @@ class Worker:
 
     def give_up(self, why):
         print(f'mutants.py: {why}', file=sys.stderr, flush=True)
-        raise SystemExit(2) # of this worker; main() notices that it is missing
+        raise SystemExit(2)
 
     def must(self, command):
         with open(self.place / 'build.log', 'w') as log:
@@ -139,7 +139,7 @@ class Worker:
     def passes(self, test):
         bounded = GRACE_SECONDS + 10 * self.times.get(test, 300)
         environment = {'PATH': os.environ['PATH'], 'HOME': str(self.scratch), 'TMPDIR': str(self.scratch),
-                       'GTEST_FAIL_FAST': '1', 'GTEST_BRIEF': '1'}
+                       'RUVO_STATE_DIR': str(self.scratch / 'state'), 'GTEST_FAIL_FAST': '1', 'GTEST_BRIEF': '1'}
 
         def restrain():
             for asking in (signal.SIGHUP, signal.SIGINT, signal.SIGQUIT): # which the parent may ignore, such as by nohup
@@ -209,7 +209,6 @@ def main():
     for candidate in candidates:
         work.put(candidate)
     workers = [Worker(number) for number in range(options.workers)]
-    print(f'Building ({options.workers} copies)', flush=True)
 
     def run(worker):
         while not work.empty() and len(outcomes) < options.count:
@@ -221,21 +220,15 @@ def main():
                 outcomes.append((room, detected_by))
                 print(f'{len(outcomes)} {detected_by or "SURVIVED"}: {describe(name, change)}', flush=True)
 
-    def prepared(worker):
+    print(f'Building ({options.workers} copies)', flush=True)
+    for worker in workers: # one after the other, so that a compiler cache serves all but the first
         worker.prepare(files)
-        ready.append(worker)
-
-    ready = []
-    for stage in (prepared, run):
-        threads = [threading.Thread(target=stage, args=(worker,)) for worker in workers]
-        for thread in threads:
-            thread.start()
-        for thread in threads:
-            thread.join()
-        if len(ready) < len(workers):
-            return 2
-        if stage is prepared:
-            print('Changing', flush=True)
+    print('Changing', flush=True)
+    threads = [threading.Thread(target=run, args=(worker,)) for worker in workers]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join()
     for room in sorted({room for room, _ in outcomes}):
         of_room = [detected_by for where, detected_by in outcomes if where == room]
         print(f'{room:<12} {len(of_room):4} changes {of_room.count(None):4} survived')
