@@ -59,10 +59,10 @@ std::string WithSeparator(std::string text) {
 std::string RelayCondition() {
     std::string text =
         "EXISTS (SELECT 1 FROM (SELECT lower(?) AS part) a WHERE instr(lower(l.name), a.part) > 0";
-    for (const std::string column : {"r.plant", "r.description", "r.model"}) {
-        text += " OR instr(lower(CASE typeof(" + column +
-                ") WHEN 'integer' THEN (SELECT t.text FROM texts t WHERE t.id = " + column + ") ELSE " +
-                column + " END), a.part) > 0";
+    for (const std::string_view column : {"r.plant", "r.description", "r.model"}) {
+        text.append(" OR instr(lower(CASE typeof(").append(column);
+        text.append(") WHEN 'integer' THEN (SELECT t.text FROM texts t WHERE t.id = ").append(column);
+        text.append(") ELSE ").append(column).append(" END), a.part) > 0");
     }
     return text + ")";
 }

@@ -82,7 +82,7 @@ std::string AdviceForAll(std::string_view text) {
     ForEachPart(
         text, [&out](std::string_view part) { out += part; },
         [&out](const SNamed& row) {
-            out += std::string(row.posix) + " (Windows: " + std::string(row.windows) + ")";
+            out.append(row.posix).append(" (Windows: ").append(row.windows).append(")");
         });
     return out;
 }
@@ -96,8 +96,8 @@ std::string AdviceForSite(std::string_view text, const SAdvisedSite& site) {
         Replace(part, "SITE.ini", isCommand ? ShellWord(site.ini) : site.ini);
         Replace(part, "@SITE", "@" + site.name);
         // A command that has quotes of its own stands in others.
-        const std::string quote = !isCommand ? "" : part.find('"') == std::string::npos ? "\"" : "'";
-        out += quote + part + quote;
+        const std::string_view quote = !isCommand ? "" : part.find('"') == std::string::npos ? "\"" : "'";
+        out.append(quote).append(part).append(quote);
     }
     return out;
 }

@@ -43,16 +43,16 @@ void AppendLine(std::string& out, const SLineRow& row) {
 
 /// The lines of runs that could not begin differ only in what was expected.
 std::string Refusals() {
-    std::string out;
-    const SLineRow* first = nullptr;
+    const auto isRefusal = [](const SLineRow& row) { return !row.expected.empty(); };
+    const SLineRow& first = *std::ranges::find_if(LineTable(), isRefusal);
+    std::string out = "## A run that could not begin\n\n" + Escaped(first.happened) + " **Cost:** " +
+                      Marked(first.cost) + " **What to do:** " + Marked(first.todo) + "\n\n";
     for (const SLineRow& row : LineTable()) {
-        if (!row.expected.empty()) {
-            first = first == nullptr ? &row : first;
+        if (isRefusal(row)) {
             out += "- " + Code(row.form.Text()) + "\n" + Paragraph("", row.expected + ".") + "\n";
         }
     }
-    return "## A run that could not begin\n\n" + Escaped(first->happened) + " **Cost:** " +
-           Marked(first->cost) + " **What to do:** " + Marked(first->todo) + "\n\n" + out + "\n";
+    return out + "\n";
 }
 
 /// The beginning of a long text is enough to find it by.

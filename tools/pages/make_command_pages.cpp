@@ -137,8 +137,8 @@ struct SCompletionTables {
 };
 
 /// A pattern of the shell's "case" that also matches this.
-void AddPattern(std::string& patterns, const std::string& pattern) {
-    patterns.append(patterns.empty() ? "" : " | ").append("\"").append(pattern).append("\"");
+void AddPattern(std::string& patterns, std::string_view first, std::string_view rest = "") {
+    patterns.append(patterns.empty() ? "" : " | ").append("\"").append(first).append(rest).append("\"");
 }
 
 constexpr std::string_view kOfferFunctions =
@@ -187,14 +187,14 @@ void AddCommand(SCompletionTables& tables, const SCommand& command) {
                 AddPattern(tables.keys, name);
             } else if (name != "new" && (option.name.find("INI") != std::string_view::npos ||
                                          option.name.find("SITE") != std::string_view::npos)) {
-                AddPattern(tables.sites, " " + name);
+                AddPattern(tables.sites, " ", name);
             }
             continue;
         }
         for (const std::string& form : Split(option.name, ',')) {
             all.append(form).append(" ");
             if (option.kind == EOptionKind::Text && option.values == "KEY") {
-                AddPattern(tables.keys, name + " " + form);
+                AddPattern(tables.keys, name + " ", form);
             }
             if (option.kind == EOptionKind::Choice) {
                 AddCase(tables.choices, name, form, std::string(option.values));

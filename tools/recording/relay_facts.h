@@ -22,7 +22,7 @@ struct SOpenLink {
     ELinkKind kind = ELinkKind::Serial;
     std::string name;
     int bus = 0;
-    auto operator<=>(const SOpenLink&) const = default;
+    auto operator<=>(const SOpenLink&) const = default; // NOLINT(modernize-use-nullptr): the compiler's 0
 };
 
 /// A cell as it answered. Its values borrow the recording's bytes.

@@ -174,6 +174,7 @@ void CReportData::WriteEvents(CJsonWriter& json) const {
 /// By time, where there are several logs; a line without a time stays behind the one before it.
 void CReportData::SortProblems() {
     std::vector<std::pair<std::string, std::size_t>> order; // time and place
+    order.reserve(m_problems.size());
     std::size_t log = 0;
     for (std::size_t at = 0; at < m_problems.size(); ++at) {
         const bool hasBefore = at > 0 && m_problems[at].log == log;
