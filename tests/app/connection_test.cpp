@@ -123,8 +123,6 @@ TEST(ConnectionTest, EveryResult) {
             ExpectLogin(server.lines);
     });
     ResetErrorLog();
-    unsetenv("RUVO_REGISTRY_USER");
-    unsetenv("RUVO_REGISTRY_MACHINE");
 }
 
 // People and scripts of sites know the texts.

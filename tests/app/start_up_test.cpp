@@ -82,8 +82,6 @@ TEST(LoadAndCheck, TheOrderOfItsSteps) {
                  "[SOFTWARE\\Halvex\\Norvo Q7 Studio]\nQ7SecurityLogs=" + folder.Path("file") + "\n");
     EXPECT_EQ(LoadAndCheck(context, folder.Write("site.ini", "[RUVO_GENERAL]\n" + good), true),
               EResultCode::RegistryDestinationInvalid);
-    unsetenv("RUVO_REGISTRY_USER");
-    unsetenv("RUVO_REGISTRY_MACHINE");
 }
 
 /// Runs of the whole program over one site, whose events and log lie in `ev`.
@@ -94,12 +92,7 @@ struct StartUp : testing::Test {
             setenv(name, folder.Native(name).c_str(), 1);
         std::filesystem::create_directory(folder.Native("RUVO_LOCK_DIR"));
     }
-    ~StartUp() override {
-        for (const char* name :
-             {"RUVO_LOCK_DIR", "RUVO_STATE_DIR", "RUVO_REGISTRY_USER", "RUVO_REGISTRY_MACHINE"})
-            unsetenv(name);
-        ResetErrorLog();
-    }
+    ~StartUp() override { ResetErrorLog(); }
     /// What it shows, and what it logs.
     std::string Run(const std::vector<std::string>& arguments, std::size_t failingAllocation = 0) {
         g_runtimeStarts = 1;

@@ -17,7 +17,6 @@ protected:
         std::filesystem::create_directory(folder.Native("ev"));
         UseState("state");
     }
-    ~SetAside() override { ClearEnvironmentValue("RUVO_STATE_DIR"); }
     /// Those that the system gives to what one user alone may read.
     std::filesystem::perms PermissionsOfOwn() const {
         CFile file;

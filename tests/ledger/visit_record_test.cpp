@@ -51,7 +51,6 @@ protected:
         g_standardError.clear();
         g_utcTime = {2026, 11, 25, 2, 0, 0};
     }
-    ~VisitRecord() override { SetEnvironmentValue("RUVO_STATE_DIR", before); }
 
     std::unique_ptr<CVisitRecord> Begun(const std::string& ini = "site.ini", SVisitBounds bounds = {}) {
         auto record = std::make_unique<CVisitRecord>(folder.Path("ev"), folder.Path(ini), bounds);
@@ -83,7 +82,6 @@ protected:
     }
 
     CScratchFolder folder;
-    std::string before = EnvironmentValue("RUVO_STATE_DIR").value_or("");
 };
 
 } // namespace
@@ -148,7 +146,6 @@ TEST_F(VisitRecord, ARelayIsMissedUntilItIsReachedAndARepeatedAttemptCounts) {
     ASSERT_EQ(summary.last->entries.size(), 2U) << "the other relay was visited by the first attempt";
     EXPECT_TRUE(summary.last->entries[0].isReached);
     EXPECT_EQ(night(24, true, "2").last->entries.size(), 1U) << "what it repeats is not known";
-    SetEnvironmentValue("RUVO_ATTEMPT", "");
 }
 
 TEST_F(VisitRecord, AnAttemptThatIsNoNumberIsTheFirst) {
@@ -163,7 +160,6 @@ TEST_F(VisitRecord, AnAttemptThatIsNoNumberIsTheFirst) {
         RunWhole(Entry("RV001"));
         EXPECT_EQ(SummariseVisits(folder.Path("ev"), folder.Path("site.ini")).last->attempt, want) << text;
     }
-    SetEnvironmentValue("RUVO_ATTEMPT", "");
 }
 
 TEST_F(VisitRecord, EndedAnywhereItIsReadAndBecomesOneLine) {

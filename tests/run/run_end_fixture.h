@@ -50,8 +50,6 @@ protected:
     }
     void SetEvents(int count) { server.events.assign(static_cast<std::size_t>(count), kTrip); }
 
-    ~RunEnd() override { SetUsableState(true); }
-
     void SetUsableState(bool isUsable) const {
         SetEnvironmentValue("RUVO_STATE_DIR", isUsable ? m_state : m_noFolder);
     }

@@ -15,7 +15,6 @@ protected:
         std::filesystem::create_directories(folder.Native("ev"));
         g_utcTime = {2026, 11, 16, 23, 30, 0};
     }
-    ~RunRecord() override { SetEnvironmentValue("RUVO_STATE_DIR", before); }
 
     /// The entries of a run: "KEY ADDRESS LINK NAME reached TAKEN/STORED/LOST/ASIDE STATUS FILE FROM-TO|".
     std::string Entries() {
@@ -49,7 +48,6 @@ protected:
 
     const SScriptedEvent kTrip = Event(1, {"240107", TextHex("%d"), "280105"});
     std::string plant;
-    std::string before = EnvironmentValue("RUVO_STATE_DIR").value_or("");
 };
 
 TEST_F(RunRecord, SaysWhatBecameOfEachRelay) {

@@ -11,19 +11,27 @@ namespace ruvo {
 
 namespace {
 
-/// Each test begins with the clock and the time zone of the first, whatever others have set.
+/// Each test begins with the clock and the environment of the first, whatever others have set.
 class CSameBeginning : public testing::EmptyTestEventListener {
     void OnTestEnd(const testing::TestInfo& /*test*/) override {
         g_unixSeconds = m_unixSeconds;
         g_localTime = m_localTime;
         g_utcTime = m_utcTime;
-        m_zone ? SetEnvironmentValue("TZ", *m_zone) : ClearEnvironmentValue("TZ");
+        if (WholeEnvironment() != m_environment) {
+            for (const std::string& variable : WholeEnvironment())
+                ClearEnvironmentValue(NameOf(variable));
+            for (const std::string& variable : m_environment)
+                SetEnvironmentValue(NameOf(variable), variable.substr(NameOf(variable).size() + 1));
+        }
+    }
+    static std::string NameOf(const std::string& variable) {
+        return variable.substr(0, variable.find('=', 1)); // Windows has names that begin with "="
     }
 
     const std::int64_t m_unixSeconds = g_unixSeconds;
     const std::optional<SCalendarTime> m_localTime = g_localTime;
     const SCalendarTime m_utcTime = g_utcTime;
-    const std::optional<std::string> m_zone = EnvironmentValue("TZ");
+    const std::vector<std::string> m_environment = WholeEnvironment();
 };
 const bool g_isSame = (testing::UnitTest::GetInstance()->listeners().Append(new CSameBeginning), true);
 

@@ -34,7 +34,6 @@ protected:
         chmod(folder.Native("sites/south.env").c_str(), 0600);
         WriteSite("west", folder.Native("west"));
     }
-    ~AllSites() override { SetEnvironmentValue("RUVO_STATE_DIR", before); }
 
     void WriteSite(const std::string& name, const std::string& events) {
         folder.Write("sites/" + name + ".ini",
@@ -65,7 +64,6 @@ protected:
     }
 
     CScratchFolder folder;
-    std::string before = EnvironmentValue("RUVO_STATE_DIR").value_or("");
 };
 
 TEST_F(AllSites, EachIsALineTheWorstFirst) {

@@ -274,7 +274,6 @@ TEST_F(CArchive, WritesNewRecordsOnce) {
         << "another name";
     EXPECT_EQ(RunTool({"archive", events, "--new", "../x", "--ndjson", "-"}).status, 2);
     EXPECT_EQ(RunTool({"archive", events, "--new", "x", "--sqlite", "y"}).status, 2);
-    unsetenv("RUVO_STATE_DIR");
 }
 
 TEST_F(CArchive, LeavesOtherDatabasesAlone) {

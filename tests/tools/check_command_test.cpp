@@ -163,7 +163,6 @@ TEST(CheckCommand, WarnsOfPlacesThatARunCannotUse) {
                                   "the disk of /l/x.log" + want + "lines of the error log would be lost\n" +
                                   "the disk of /s" + want + "a run could make no journal\n");
     }
-    unsetenv("RUVO_STATE_DIR");
 }
 
 // A file beside the INI file may decide which libraries are loaded.
@@ -197,7 +196,6 @@ TEST(CheckCommand, TakesTheSitesEnvironmentFromItsOwnerAlone) {
               std::string::npos);
     setenv("RUVO_SITE", "a", 1); // run-site has read it
     EXPECT_EQ(check(), "none" + std::string(ResultMessage(EResultCode::Success)) + "\n");
-    unsetenv("RUVO_SITE");
     ResetErrorLog();
 }
 

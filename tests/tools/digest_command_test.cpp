@@ -39,7 +39,6 @@ protected:
         EndRun();
         g_utcTime = {2026, 11, 25, 6, 0, 0};
     }
-    ~DigestCommand() override { SetEnvironmentValue("RUVO_STATE_DIR", before); }
 
     void Happen(const std::string& what, const std::vector<std::string>& fields) {
         if (what == "run") {
@@ -126,7 +125,6 @@ protected:
     }
 
     CScratchFolder folder;
-    std::string before = EnvironmentValue("RUVO_STATE_DIR").value_or("");
     std::string site;
     std::string how;
     std::unique_ptr<CVisitRecord> record;

@@ -26,7 +26,6 @@ protected:
         g_utcTime = {2026, 11, 16, 23, 30, 0};
         UseRoot("ev");
     }
-    ~RecoverCommand() override { unsetenv("RUVO_STATE_DIR"); }
 
     void UseRoot(const std::string& root) const {
         std::filesystem::create_directories(folder.Native(root));

@@ -21,7 +21,6 @@ protected:
                                      "\n[RUVO_ETHERNET]\nRV001=10.0.0.5,1\nRV002=10.0.0.6,2\n");
         g_utcTime = {2026, 11, 20, 2, 0, 0};
     }
-    ~RelaysCommand() override { SetEnvironmentValue("RUVO_STATE_DIR", before); }
 
     void Visit() {
         std::filesystem::create_directories(folder.Native("ev/AB12-1"));
@@ -49,7 +48,6 @@ protected:
     }
 
     CScratchFolder folder;
-    std::string before = EnvironmentValue("RUVO_STATE_DIR").value_or("");
 };
 
 TEST_F(RelaysCommand, JoinsWhatIsKnown) {

@@ -20,7 +20,6 @@ protected:
         WriteSite("10.0.0.6,2");
         SetEnvironmentValue("TZ", "UTC0");
     }
-    ~CVisitStatus() override { SetEnvironmentValue("RUVO_STATE_DIR", before); }
 
     void WriteSite(const std::string& second) const {
         folder.Write("site.ini", "[RUVO_GENERAL]\nUseEthernet=1\nUseModem=0\nEventRootDir=" +
@@ -83,7 +82,6 @@ protected:
     void Do(const std::string& step);
 
     CScratchFolder folder;
-    std::string before = EnvironmentValue("RUVO_STATE_DIR").value_or("");
 };
 
 TEST_F(CVisitStatus, VerdictFollowsTheLastVisit) {

@@ -53,7 +53,6 @@ TEST(OffFile, HeaderLinesAndTheirFilter) {
               "Q7_MODEL_1: x\r\nQ7_LANG: en\r\nq7_lower\r\nQ7_VERSION:1700000000\r\nQ7_LANG\r\n\x1A");
     folder.Write("registry.ini", key + "00000002\r\n");
     EXPECT_EQ(WriteHeaderTo(folder, tools), "Q7_LANG: en\r\nq7_lower\r\n\x1A") << "bit 0 counts";
-    unsetenv("RUVO_REGISTRY_MACHINE");
 }
 
 TEST(OffFile, ClosingWhatWasNeverOpenedDoesNothing) {
