@@ -355,7 +355,10 @@ bool CEntryRecovery::WriteSetAside(SJournalEntry& entry, CSetAsideFile& file) {
     const bool isRead =
         ForEachImage(m_journal.File(), entry, wanted.records,
                      [&](std::uint32_t, Bytes image) { return file.Add(image), ++count, true; });
-    if (!file.Finish() || !isRead) {
+    if (!isRead) {
+        file.GiveUp(kUnreadJournal);
+    }
+    if (!file.Finish()) {
         TellWaits(entry, NotSetAsideText(file));
         return false;
     }

@@ -149,6 +149,10 @@ void CSetAsideFile::Add(std::span<const std::uint8_t> image) {
     }
 }
 
+void CSetAsideFile::GiveUp(std::string_view why) {
+    m_why = m_why.empty() ? why : m_why;
+}
+
 void CSetAsideFile::WritePiece() {
     std::size_t count = 0;
     static_cast<void>(m_why.empty() && Check(m_file.Write(m_piece, count)));

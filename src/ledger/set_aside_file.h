@@ -17,6 +17,8 @@ namespace ruvo {
 inline constexpr std::string_view kSetAsideEnding = ".setaside";
 /// Follows the name of one whose records are in their day file.
 inline constexpr std::string_view kAppendedEnding = ".done";
+/// Why one is given up whose records are in a journal.
+inline constexpr std::string_view kUnreadJournal = "the journal cannot be read";
 
 /// One name that leads nowhere else.
 [[nodiscard]] bool IsSafeName(const std::string& name);
@@ -47,6 +49,8 @@ public:
 
     void Start(std::uint32_t lastExtended, const SSetAsideHeader& header);
     void Add(std::span<const std::uint8_t> image);
+    /// Nothing more is written: not all that belongs into it can be had.
+    void GiveUp(std::string_view why);
     /// True when all of it, and the file's name, is on the disk.
     [[nodiscard]] bool Finish();
 

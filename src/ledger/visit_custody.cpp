@@ -172,12 +172,7 @@ void CVisitCustody::SetAside(const std::string& reason) {
         return;
     }
     file.Start(m_lastExtended, {m_ledger->BelowRoot(m_file.Path()), m_key, m_begun, reason});
-    const auto add = [&](Image image) { file.Add(image); };
-    if (takesFramed) {
-        AddFramed(add);
-    }
-    AddUnframed(add);
-    if (!file.Finish()) {
+    if (!CopyTo(file, takesFramed)) {
         TellNotSetAside(file);
         return;
     }
@@ -188,6 +183,20 @@ void CVisitCustody::SetAside(const std::string& reason) {
         m_ledger->NoteClosed(m_file.Path());
         m_journal = nullptr;
     }
+}
+
+/// False, with the cause in the file, unless all of it is on the disk.
+bool CVisitCustody::CopyTo(CSetAsideFile& file, bool takesFramed) {
+    const auto add = [&file](Image image) { file.Add(image); };
+    try {
+        if (takesFramed) {
+            AddFramed(add);
+        }
+    } catch (const CFileException&) {
+        file.GiveUp(kUnreadJournal);
+    }
+    AddUnframed(add);
+    return file.Finish();
 }
 
 bool CVisitCustody::CanReadFramed() {

@@ -67,6 +67,7 @@ public:
 private:
     [[nodiscard]] bool IsJournaled() const { return m_journal != nullptr && !m_journal->HasFailed(); }
     std::optional<SHoldFailure> BeginEntry(std::uint64_t length);
+    [[nodiscard]] bool CopyTo(CSetAsideFile& file, bool takesFramed);
     [[nodiscard]] bool CanReadFramed();
     [[nodiscard]] std::optional<SHoldFailure> RefuseTornFile(std::uint64_t length) const;
     void TellNotSetAside(const CSetAsideFile& file) const;

@@ -143,6 +143,21 @@ TEST_F(Custody, VisitsThatAreClosedTogetherLoseNothing) {
     }
 }
 
+TEST_F(Custody, AnEventRootThatHasJustBeenMadeSurvivesTheMachine) {
+    const std::string root = "C:\\made\\now";
+    EXPECT_TRUE(MakeFolder("C:\\made").Good() && MakeFolder(root).Good());
+    {
+        CRunLedger own(root, [](const SLedgerReport&) {});
+        CVisitCustody custody(&own, "RV001");
+        ASSERT_FALSE(custody.Begin(root + "\\AB12-1\\day.evt"));
+        EXPECT_TRUE(custody.Keep(Record(1), 0));
+        custody.Store();
+        custody.End();
+    }
+    g_disk.EndMachine([](std::size_t) { return std::size_t{0}; }); // only what is flushed is left
+    EXPECT_EQ(Stored(), std::vector{1});
+}
+
 TEST_F(Custody, ABeginThatFailsSaysWhy) {
     const struct {
         const char* name;
@@ -183,6 +198,44 @@ TEST_F(Custody, WhatAFailedJournalHasIsSetAsideAndNotStored) {
     EXPECT_EQ(Stored(".setaside"), (std::vector{1, 2}));
     BringIn();
     EXPECT_EQ(Stored(), std::vector<int>());
+}
+
+TEST_F(Custody, WhatNoJournalHasIsOnTheDiskWithItsNamesAtOnce) {
+    CVisitCustody custody(&ledger, "RV001");
+    ASSERT_FALSE(custody.Begin(kFile));
+    EXPECT_TRUE(custody.Keep(Record(1), 0));
+    Break(EFileFailure::Other);
+    EXPECT_FALSE(custody.Keep(Record(2), 0));
+    Mend();
+    custody.Store();
+    custody.End();
+    g_disk.EndMachine([](std::size_t) { return std::size_t{0}; }); // only what is flushed is left
+    EXPECT_EQ(Stored(), (std::vector{1, 2}));
+}
+
+TEST_F(Custody, WhatCannotBeReadOfAFailedJournalWaitsThere) {
+    bool hasWaited = false;
+    for (std::size_t nth = 1; nth < 40; ++nth) {
+        SetUp();
+        {
+            CRunLedger run(kRoot, [](const SLedgerReport&) {});
+            CVisitCustody custody(&run, "RV001");
+            ASSERT_FALSE(custody.Begin(kFile));
+            EXPECT_TRUE(custody.Keep(Record(1), 0));
+            Break(EFileFailure::Other);
+            EXPECT_FALSE(custody.Keep(Record(2), 0));
+            Break(EFileFailure::Other, nth, 1);
+            custody.SetAside("a password was refused");
+            Mend();
+            hasWaited = hasWaited ||
+                        std::tuple(custody.SetAsideCount(), custody.WaitingCount()) == std::tuple(1U, 1U);
+            custody.End();
+        }
+        BringIn();
+        const auto isIn = [](const std::string& ending) { return std::ranges::count(Stored(ending), 1); };
+        EXPECT_TRUE(isIn(".evt") + isIn(".setaside") >= 1 && isIn(".evt") <= 1) << "failed at " << nth;
+    }
+    EXPECT_TRUE(hasWaited);
 }
 
 TEST_F(Custody, AReadErrorIsNoEnd) {
