@@ -27,10 +27,6 @@ protected:
         std::ranges::replace(place, '\\', '/');
         EXPECT_TRUE(MakePrivateFolder(FolderOfJournals(folder.Path("ev"))));
     }
-    ~Recovery() override {
-        ClearEnvironmentValue("RUVO_STATE_DIR");
-        g_utcTime = {2026, 11, 16, 23, 30, 0};
-    }
 
     /// One whole record.
     static std::string Record(char id) {
@@ -57,7 +53,12 @@ protected:
             MakeFrame(bytes, kind, 1, chain, payload);
             journal.append(bytes.begin(), bytes.end());
         };
-        SVisitInfo info{.key = "RV001", .file = file, .begun = "2026-11-16 23:30:00 UTC", .source = source};
+        SVisitInfo info{.key = "RV001",
+                        .file = file,
+                        .begun = "2026-11-16 23:30:00 UTC",
+                        .isFileMade = isDayFileMade,
+                        .isFolderMade = isDayFileMade,
+                        .source = source};
         add(EFrame::Visit, Pack(info));
         char id = 0;
         for (const char frame : frames)
@@ -112,6 +113,7 @@ protected:
         both;
     CScratchFolder folder;
     std::string place;
+    bool isDayFileMade = false; ///< with its folder, by the visit of the journal that is left
     std::vector<SLedgerReport> told;
 };
 
@@ -140,6 +142,18 @@ TEST_F(Recovery, ASetAsideFileIsFinishedWhereverItsWritingEnded) {
     folder.Write(InState(kName), "");
     BringIn();
     EXPECT_FALSE(folder.Has(InState(kName))) << "one that was ended before its first byte goes";
+}
+
+TEST_F(Recovery, TheEmptyDayFileOfAnEndedVisitGoes) {
+    for (const char* frames : {"", "1", "RRA"})
+        for (const bool isMade : {true, false})
+            for (const std::string bytes : {"", "x"}) {
+                isDayFileMade = isMade;
+                WriteDay(bytes);
+                Leave(frames);
+                BringIn();
+                EXPECT_NE(folder.Has("ev/AB12-1"), isMade && bytes.empty()) << frames << isMade << bytes;
+            }
 }
 
 TEST_F(Recovery, LostEventsAreToldByTheirCause) {

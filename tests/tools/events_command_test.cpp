@@ -2,6 +2,7 @@
 #include "support/case_table.h"
 #include "support/scratch_folder.h"
 #include "tools/day_files.h"
+#include "tools/events/event_filter.h"
 #include "tools/run_tool.h"
 
 #include <gtest/gtest.h>
@@ -207,6 +208,19 @@ TEST(EventsCommand, FiltersAndSorting) {
         EXPECT_EQ(got, want);
         EXPECT_EQ(outcome.status, want.ends_with('!') ? 1 : 0);
     });
+}
+
+TEST(EventsCommand, ADayReachesFromItsFirstMillisecondToItsLast) {
+    for (const auto& [time, isIn] : {std::pair("2026-11-16T23:59:59.999", false),
+                                     {"2026-11-17T00:00:00.000", true},
+                                     {"2026-11-17T23:59:59.999", true},
+                                     {"2026-11-18T00:00:00.000", false}}) {
+        const TimeKey key = *ParseTimeKey(time, EDayEdge::Start);
+        EXPECT_EQ(key >= *ParseTimeKey("2026-11-17", EDayEdge::Start) &&
+                      key <= *ParseTimeKey("2026-11-17", EDayEdge::End),
+                  isIn)
+            << time;
+    }
 }
 
 TEST(EventsCommand, WhatCannotBeDoneIsSaid) {
