@@ -2,6 +2,10 @@
 #include "extraction/extraction_fixture.h"
 #include "support/case_table.h"
 
+#include "ledger/run_ledger.h"
+#include "ledger/visit_custody.h"
+#include "platform/environment.h"
+
 #include <filesystem>
 #include <sstream>
 
@@ -82,6 +86,35 @@ TEST_F(EventKinds, ARecordThatCannotBeReadIsLeftOut) {
                              ? ""
                              : Header("000002") + Bytes("002F00" + Body("02", "01000000", trip, "240107") +
                                                         "00" + fault.cells));
+    }
+}
+
+TEST_F(EventKinds, AKilledVisitLeavesWhyAnEventHasNoRecord) {
+    SetEnvironmentValue("RUVO_STATE_DIR", folder.Native("state"));
+    const std::string root = folder.Path("ev");
+    std::filesystem::create_directory(folder.Native("ev"));
+    const struct {
+        SScriptedEvent event;
+        LinkStatus status; ///< of the record's texts
+        const char* cause;
+    } rows[] = {
+        {Event(77, {"240107"}), 0, ""},
+        {Event(3, {"240107", "44020030", "240109"}), 9, "a record that could not be read"},
+        {Event(1, {}), 0, "a reply that makes no sense"},
+    };
+    for (const auto& row : rows) {
+        server.events = {row.event};
+        server.statuses = {{"FetchStrings 30.02", row.status}};
+        {
+            CRunLedger killed(root, [](const SLedgerReport&) {});
+            CVisitCustody custody(&killed, "RV001");
+            ExtractEventsToFile(5, root, kNoEventLimit, nullptr, {}, &custody);
+        }
+        std::vector<SLedgerReport> told;
+        CRunLedger(root, [&told](const SLedgerReport& report) { told.push_back(report); }).BringIn();
+        ASSERT_EQ(told.size(), 1U) << row.cause;
+        EXPECT_EQ(told[0].outcome, *row.cause == '\0' ? ELedgerOutcome::PassedOver : ELedgerOutcome::Lost);
+        EXPECT_EQ(told[0].reason, row.cause);
     }
 }
 

@@ -66,6 +66,9 @@ TEST_F(RunRecord, SaysWhatBecameOfEachRelay) {
     server.events = {kTrip, kTrip, {77, List({})}};
     entries = Entries();
     EXPECT_TRUE(entries.starts_with(begin + std::to_string(size) + "-")) << entries;
+    server.events = {kTrip, Event(77, {"240107"}), kTrip};
+    entries = Entries();
+    EXPECT_NE(entries.find(" 3/2/1/0 0 "), std::string::npos) << "one of unknown kind: " << entries;
 }
 
 TEST_F(RunRecord, SaysWhyARelayWasNotReached) {
