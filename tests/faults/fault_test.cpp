@@ -216,6 +216,25 @@ TEST(HeldDayFile, IsCutBackOnlyWhereItsOwnBytesStand) {
     }
 }
 
+TEST(HeldDayFile, WhatWasWrittenBeforeAPieceThatFailedLasts) {
+    const std::string image(std::size_t{64} * 1024, 'r'); // a piece by itself
+    const std::string path = "C:\\ev\\f.evt";
+    g_disk = {};
+    g_disk.PutFolder("C:\\ev");
+    g_disk.Put(path, "x");
+    CHeldDayFile file;
+    ASSERT_FALSE(file.Hold(path));
+    file.StartAt(1, {});
+    const std::span bytes(reinterpret_cast<const std::uint8_t*>(image.data()), image.size());
+    file.Add(bytes);
+    g_disk.faults = {{g_disk.operations + 1, g_disk.operations + 2, EFileFailure::DiskFull}};
+    EXPECT_THROW(file.Add(bytes), CFileException);
+    EXPECT_TRUE(file.CutBack());
+    EXPECT_EQ(std::pair(file.StoredCount(), file.HasFlushFailed()), std::pair(std::size_t{1}, false));
+    g_disk.EndMachine([](std::size_t) { return std::size_t{0}; }); // only what is flushed is left
+    EXPECT_EQ(g_disk.Files().at(path), "x" + image);
+}
+
 class ServerFaults : public testing::TestWithParam<std::tuple<int, ELinkType>> {
 protected:
     using enum EServerFault;

@@ -2,6 +2,7 @@
 // statuses make of both.
 #include "support/linked_test.h"
 
+#include "link/seam/operations.h"
 #include "model/values/data_factory.h"
 #include "model/values/parlane_integers.h"
 #include "model/values/parlane_time.h"
@@ -149,6 +150,24 @@ protected:
 
     bool wrongOutputs = false;
 };
+
+TEST(OperationRows, FollowTheirNames) {
+    for (const SOperationRow& row : kOperationRows) {
+        const bool isStart = row.name.starts_with("Start");
+        EXPECT_EQ(row.runsOn, isStart || row.name == "ModemConnect") << row.name;
+        EXPECT_EQ(FindOperation(row.name), &row);
+        EXPECT_EQ(FindOperationInSlot(row.slot), &row) << row.name;
+        if (row.name.starts_with("StartGetColumn") && row.name != "StartGetColumnHeadings") {
+            EXPECT_EQ(row.target, ETarget::Column) << row.name;
+        }
+        if (row.name.starts_with("Fetch")) {
+            EXPECT_EQ(row.target, ETarget::Link) << row.name;
+        }
+        if (isStart) {
+            EXPECT_NE(FindOperation("Fetch" + std::string(row.name.substr(8))), nullptr) << row.name;
+        }
+    }
+}
 
 TEST_F(Operations, TheirCallsTheirOutputsAndWhatStatusesMakeOfThem) {
     for (const SRow& row : kRows) {
