@@ -6,7 +6,10 @@
 
 #include "dayfile/day_file_writer.h"
 #include "dayfile/off_file.h"
+#include "ledger/journal_file.h"
 #include "ledger/root_folder.h"
+#include "ledger/set_aside_append.h"
+#include "ledger/set_aside_file.h"
 #include "ledger/visit_custody.h"
 #include "ledger/visit_history.h"
 #include "ledger/visit_record.h"
@@ -214,6 +217,18 @@ TEST_F(RecoverCommand, AnotherSitesEventRootIsItsOwnMatterThoughItDoesNotExist) 
     EXPECT_TRUE(isListed()) << "no other site is left that could say so";
     folder.Write("other.ini", "");
     EXPECT_FALSE(isListed());
+}
+
+TEST_F(RecoverCommand, TakesOverAFileBesideAJournalThatDoesNotNameIt) {
+    Visit(EEnd::SetAside);
+    Visit(EEnd::Killed);
+    const std::string from = FolderOfJournals(folder.Path("ev"));
+    const std::vector<std::string> files = SetAsideFilesIn(from);
+    ASSERT_TRUE(files.size() == 1 && JournalsIn(from).size() == 1);
+    std::filesystem::create_directory(folder.Native("taken"));
+    const std::string moved = AdoptSetAsideFile(files.front(), folder.Path("taken"));
+    EXPECT_TRUE(moved.starts_with(folder.Path("taken\\")) && moved.ends_with(kSetAsideEnding)) << moved;
+    EXPECT_TRUE(SetAsideFilesIn(from).empty());
 }
 
 TEST_F(RecoverCommand, TakesOverAnEventRootThatIsGone) {
