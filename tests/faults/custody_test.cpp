@@ -41,7 +41,10 @@ protected:
         g_disk.faults = {{g_disk.operations + nth, g_disk.operations + nth + many - 1, failure}};
     }
     static void Mend() { g_disk.faults.clear(); }
-    void Tell(const SLedgerReport& report) { told.push_back(report); }
+    void Tell(const SLedgerReport& report) {
+        EXPECT_FALSE(report.reason.ends_with(' ')) << "without the cause: " << report.reason;
+        told.push_back(report);
+    }
     void BringIn() {
         CRunLedger next(kRoot, [this](const SLedgerReport& report) { Tell(report); });
         next.BringIn();
@@ -218,7 +221,7 @@ TEST_F(Custody, WhatCannotBeReadOfAFailedJournalWaitsThere) {
     for (std::size_t nth = 1; nth < 40; ++nth) {
         SetUp();
         {
-            CRunLedger run(kRoot, [](const SLedgerReport&) {});
+            CRunLedger run(kRoot, [this](const SLedgerReport& report) { Tell(report); });
             CVisitCustody custody(&run, "RV001");
             ASSERT_FALSE(custody.Begin(kFile));
             EXPECT_TRUE(custody.Keep(Record(1), 0));
