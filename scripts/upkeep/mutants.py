@@ -82,12 +82,14 @@ def in_one_line(text):
 
 
 def equivalents():
-    """The listed changes. One whose source has changed since has to be looked at again."""
+    """The listed changes. One whose source has changed since, or that could be meant for two places, ends the run."""
     listed = {line.rstrip() for line in EQUIVALENT.read_text().splitlines() if line[:1].strip(' #')}
     for change in listed:
         name, source = change.partition(':')[0], change.partition('   | ')[2]
-        if source not in map(in_one_line, (TOP / name).read_text().splitlines()):
-            sys.exit(f'{EQUIVALENT.name}: {name} has no such line any more: {source}')
+        old = change.partition('   | ')[0].split(': ', 2)[2].partition(' -> ')[0]
+        found = [in_one_line(line) for line in (TOP / name).read_text().splitlines()].count(source)
+        if found != 1 or source.count(old) != 1:
+            sys.exit(f'{EQUIVALENT.name}: {name} has not just one such place: {old} in {source}')
     return listed
 
 
