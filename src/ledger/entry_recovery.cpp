@@ -6,8 +6,6 @@
 #include "ledger/journal_copy.h"
 #include "ledger/set_aside_file.h"
 #include "ledger/standing_bytes.h"
-#include "ledger/waiting_time.h"
-#include "platform/clock.h"
 
 #include <algorithm>
 #include <array>
@@ -53,14 +51,6 @@ SLedgerReport JournalReport(ELedgerOutcome outcome, const std::string& path) {
 }
 
 } // namespace
-
-/// What is to be written, and where.
-struct CEntryRecovery::SPlan {
-    SStoreInfo store;
-    bool isStored = false;    ///< all of it is in the file already, elsewhere
-    bool isInPlace = false;   ///< over what is torn, or whole: the flush of it may have failed
-    bool isElsewhere = false; ///< at the end: the file is no longer as it was
-};
 
 bool CEntryRecovery::BringIn(const std::string& journalPath, CHeldDayFile* held) {
     m_held = held;
@@ -187,11 +177,10 @@ bool CEntryRecovery::Store(SJournalEntry& entry, CHeldDayFile& file) {
     if (!MakePlan(entry, file, plan)) {
         return false;
     }
-    if (!plan.isStored && plan.isElsewhere &&
-        !m_journal.Append(EFrame::Store, entry.visit, entry.chain, Pack(plan.store))) {
-        return false;
-    }
-    if (!m_journal.Flush()) { // it has to outlast what is written by it
+    const bool isAnnounced = plan.isStored || !plan.isElsewhere ||
+                             m_journal.Append(EFrame::Store, entry.visit, entry.chain, Pack(plan.store));
+    if (!isAnnounced || !m_journal.Flush()) { // it has to outlast what is written by it
+        m_why = kUnwrittenJournal;
         return false;
     }
     try {
@@ -201,7 +190,7 @@ bool CEntryRecovery::Store(SJournalEntry& entry, CHeldDayFile& file) {
                                           [&](std::uint32_t, Bytes image) { return file.Add(image), true; });
         file.Finish();
         if (!isRead) {
-            m_why = "its journal cannot be read";
+            m_why = kUnreadJournal;
             return false;
         }
     } catch (const CFileException& failure) {
@@ -284,92 +273,14 @@ bool CEntryRecovery::FindMissing(const SJournalEntry& entry, const std::string& 
     const bool isRead = ForEachImage(m_journal.File(), entry, plan.store.records, look);
     plan.store.records = std::move(missing);
     plan.isStored = plan.store.records.empty();
+    if (!isRead) {
+        m_why = kUnreadJournal;
+    }
     return isRead;
 }
 
 SLedgerReport CEntryRecovery::ReportOf(ELedgerOutcome outcome, const SJournalEntry& entry) const {
     return {outcome, entry.records, PathOf(entry), {}, entry.info.key, entry.info.begun, {}};
-}
-
-bool CEntryRecovery::Wait(SJournalEntry& entry, const std::string& why) {
-    const SCalendarTime now = UtcTime();
-    const std::string today = UtcDateText(now);
-    if (entry.waits.insert(today).second) {
-        const auto* const bytes = reinterpret_cast<const std::uint8_t*>(today.data());
-        static_cast<void>(m_journal.Append(EFrame::Waits, entry.visit, entry.chain, {bytes, today.size()}));
-    }
-    if (HasWaitedForAWeek(entry.info.begun, entry.waits, now)) {
-        return SetAside(entry, "they had waited for a week: " + why);
-    }
-    TellWaits(entry, why);
-    return false;
-}
-
-/// Those of its records that are in the day file count as stored.
-bool CEntryRecovery::SetAside(SJournalEntry& entry, std::string reason) {
-    SPlan plan;
-    plan.store = entry.Wanted();
-    if (IsSafePlace(entry.info.file)) {
-        if (!FindMissing(entry, PathOf(entry), plan)) {
-            reason += "; some of them may be in the day file";
-        } else if (plan.isStored) {
-            m_tell(ReportOf(ELedgerOutcome::Stored, entry));
-            return Close(entry);
-        } else {
-            entry.store = plan.store;
-        }
-    }
-    CSetAsideFile file;
-    if (!file.Make(m_journal.Folder(), entry.info.file)) {
-        TellWaits(entry, NotSetAsideText(file));
-        return false;
-    }
-    entry.setAside = SSetAsideInfo{file.Name(), reason};
-    return (!entry.store || m_journal.Append(EFrame::Store, entry.visit, entry.chain, Pack(*entry.store))) &&
-           m_journal.Append(EFrame::SetAside, entry.visit, entry.chain, Pack(*entry.setAside)) &&
-           m_journal.Flush() && WriteSetAside(entry, file);
-}
-
-bool CEntryRecovery::FinishSetAside(SJournalEntry& entry) {
-    const std::string& name = entry.setAside->name;
-    if (!IsSetAsideName(name)) {
-        TellWaits(entry, "the name of its set-aside file leads elsewhere");
-        return false;
-    }
-    if (IsMarkedAppended(m_journal.Folder(), name)) {
-        return Close(entry);
-    }
-    CSetAsideFile file;
-    if (!file.Open(m_journal.Folder(), name)) {
-        TellWaits(entry, NotSetAsideText(file));
-        return false;
-    }
-    return m_journal.Flush() && WriteSetAside(entry, file);
-}
-
-bool CEntryRecovery::WriteSetAside(SJournalEntry& entry, CSetAsideFile& file) {
-    const SStoreInfo wanted = entry.Wanted();
-    std::uint32_t count = 0;
-    file.Start(wanted.lastExtended,
-               {entry.info.file, entry.info.key, entry.info.begun, entry.setAside->reason});
-    const bool isRead =
-        ForEachImage(m_journal.File(), entry, wanted.records,
-                     [&](std::uint32_t, Bytes image) { return file.Add(image), ++count, true; });
-    if (!isRead) {
-        file.GiveUp(kUnreadJournal);
-    }
-    if (!file.Finish()) {
-        TellWaits(entry, NotSetAsideText(file));
-        return false;
-    }
-    m_tell({ELedgerOutcome::SetAside,
-            count,
-            file.Path(),
-            {},
-            entry.info.key,
-            entry.info.begun,
-            entry.setAside->reason});
-    return Close(entry);
 }
 
 /// In the words that a visit has for them which has not been ended.

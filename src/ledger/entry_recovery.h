@@ -23,7 +23,13 @@ public:
     [[nodiscard]] bool BringIn(const std::string& journalPath, CHeldDayFile* held);
 
 private:
-    struct SPlan;
+    /// What is to be written, and where.
+    struct SPlan {
+        SStoreInfo store;
+        bool isStored = false;    ///< all of it is in the file already, elsewhere
+        bool isInPlace = false;   ///< over what is torn, or whole: the flush of it may have failed
+        bool isElsewhere = false; ///< at the end: the file is no longer as it was
+    };
     [[nodiscard]] bool Open(const std::string& journalPath, SJournalContents& contents);
     [[nodiscard]] bool BringInCopy(const std::string& journalPath, const SJournalContents& contents);
     [[nodiscard]] bool Settle(SJournalEntry& entry);
@@ -35,7 +41,7 @@ private:
     [[nodiscard]] bool Wait(SJournalEntry& entry, const std::string& why);
     [[nodiscard]] bool SetAside(SJournalEntry& entry, std::string reason);
     [[nodiscard]] bool FinishSetAside(SJournalEntry& entry);
-    [[nodiscard]] bool WriteSetAside(SJournalEntry& entry, CSetAsideFile& file);
+    [[nodiscard]] bool WriteSetAside(SJournalEntry& entry, CSetAsideFile& file, bool isNamed);
     [[nodiscard]] SLedgerReport ReportOf(ELedgerOutcome outcome, const SJournalEntry& entry) const;
     void TellLost(const SJournalEntry& entry) const;
     void TellWaits(const SJournalEntry& entry, const std::string& why) const;

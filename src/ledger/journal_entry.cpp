@@ -47,6 +47,7 @@ SJournalContents ReadJournal(CFile& journal) {
     SJournalContents contents;
     CFrameReader reader(journal, kJournalHead.size());
     bool isUnderstood = true;
+    contents.end = reader.Offset();
     for (SFrame frame; isUnderstood && reader.Next(frame);) {
         if (frame.kind == EFrame::Visit) {
             contents.entries.push_back(Begin(frame));
@@ -55,11 +56,11 @@ SJournalContents ReadJournal(CFile& journal) {
             isUnderstood =
                 AddTo(*std::ranges::find(contents.entries, frame.visit, &SJournalEntry::visit), frame);
         }
+        contents.end = isUnderstood ? reader.Offset() : contents.end; // else its copy would be damaged, too
     }
     for (SJournalEntry& entry : contents.entries) {
         entry.chain = reader.Chains().at(entry.visit);
     }
-    contents.end = reader.Offset();
     contents.isWhole = isUnderstood && reader.IsTornAtMost() && !reader.HasFailed();
     contents.isRead = !reader.HasFailed();
     return contents;

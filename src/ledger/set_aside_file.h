@@ -17,8 +17,9 @@ namespace ruvo {
 inline constexpr std::string_view kSetAsideEnding = ".setaside";
 /// Follows the name of one whose records are in their day file.
 inline constexpr std::string_view kAppendedEnding = ".done";
-/// Why one is given up whose records are in a journal.
+/// Why records stay in a journal.
 inline constexpr std::string_view kUnreadJournal = "the journal cannot be read";
+inline constexpr std::string_view kUnwrittenJournal = "the journal cannot be written";
 
 /// One name that leads nowhere else.
 [[nodiscard]] bool IsSafeName(const std::string& name);
