@@ -1,6 +1,7 @@
 #include "dayfile/held_day_file.h"
 
 #include "dayfile/block_parser.h"
+#include "model/records/block_layout.h"
 #include "paths/path_utilities.h"
 #include "platform/full_path.h"
 
@@ -14,7 +15,7 @@ namespace ruvo {
 namespace {
 
 constexpr std::size_t kPieceSize = std::size_t{64} * 1024;
-constexpr std::size_t kShortestImage = 32;
+constexpr std::size_t kShortestImage = kBlockHeadSize + kMinEventSize;
 
 /// Flushes the names that lead to the file, even if another run created them: its own, its folder's, and that
 /// of an event root that was created for it.

@@ -68,16 +68,32 @@ std::string InWords(const SRead& read, std::map<std::uint64_t, std::string>& num
     return text;
 }
 
+/// The values of no known type or size, by the pieces that hold them.
+const std::map<std::string, std::string> kUnknownValues = {
+    {"unknown", "7E020500"}, {"odd", "2803010203"},     {"oddextended", "2803010203"},
+    {"twin", "2803010203"},  {"shifted", "2803010203"}, {"doubled", "3406050405040504"}};
+
+/// A header that is so long.
+std::string HeaderOf(std::size_t size) {
+    const std::string begin = "TYPE: EventList\r\n", end = "\r\n\x1A";
+    return begin + std::string(size - begin.size() - end.size(), '\t') + end;
+}
+
 /// What the table's files are made of.
 std::map<std::string, std::string> Pieces() {
     const std::string& H = kHeader;
     const std::string F = MakeImage(kFirst).bytes;
     const std::string& E = kExtended.bytes;
+    std::string odd = kFirst;
+    odd.replace(odd.find("!20 !01 05"), 10, "2803010203");
     return {
         {"header", H},
         {"open", H.substr(0, H.size() - 1)}, // without its end byte
         {"settings", "TYPE: Settings\r\n\x1A"},
         {"cut", "TYPE: EventList\r\nFree\r\x1A"},
+        {"control", "TYPE: EventList\r\nFree\x1F\r\n\x1A"},
+        {"full", HeaderOf(16384)},
+        {"overfull", HeaderOf(16385)},
         {"simple", kSimple.bytes},
         {"extended", E},
         {"first", F},
@@ -85,6 +101,7 @@ std::map<std::string, std::string> Pieces() {
         {"torn", E.substr(F.size() + 1)},
         {"other", MakeImage("[01 03000000 ]").bytes},
         {"behind", MakeImage(kFirst.substr(0, kFirst.size() - 1) + "00 ]").bytes},
+        {"valued", MakeImage(kFirst.substr(0, kFirst.size() - 1) + "FF00 ]").bytes},
         {"lenient",
          MakeImage("[00 0000000000 3C07D2040304100B1A 41 'ab 02 0005 ' ' ' 2003 ' FF00 ' ]").bytes},
         {"small", MakeImage("[00 00 00000000 3C07D2040304100B1A 00 ' 01 05 ' ' ' 2003 ' FF00 ' ]").bytes},
@@ -101,7 +118,12 @@ std::map<std::string, std::string> Pieces() {
         {"beheaded", kSimple.bytes.substr(0, kSimple.bytes.size() - 1)},
         {"unknown", MakeImage(kEvent + "'Trip 7E020500 ' ]").bytes},
         {"odd", MakeImage(kEvent + "'Trip 2803010203 ' ]").bytes},
-        {"oddcell", MakeImage("[01 02000000 'Phase 5003010203 00 ]").bytes},
+        {"oddextended", MakeImage(odd).bytes + E.substr(F.size())},
+        {"twin", MakeImage(kEvent + "'Trip 2803010203 ' 2803000000 ]").bytes},
+        {"shifted", MakeImage(kEvent + "'Trip 2803010203 ' 1807414141 03000000 ]").bytes},
+        {"doubled", MakeImage(kEvent + "'Trip FF00 0100 3406050405040504 ]").bytes},
+        {"oddcell", MakeImage("[01 02000000 'Phase 2803010203 00 ]").bytes},
+        {"index", MakeImage("[01 02000000 'Phase 500105 00 ]").bytes},
         {"junk", std::string(100, '\x55')},
         {"zeros", std::string(5000, '\0')}};
 }
@@ -120,14 +142,78 @@ TEST(DayFileReader, DamageIsToldOnceAndReadingGoesOnAtASoundRecordWithAWitness) 
         const SRead read = ReadBack(folder, bytes);
         EXPECT_EQ(InWords(read, number), want.empty() ? "" : want + " ");
         EXPECT_EQ(read.damage.empty() ? "" : DayFileFaultText(read.damage[0].fault), fault);
-        if (want == "R1 D- R2") {
-            const bool isOdd = words.find("odd") != std::string::npos;
-            const std::size_t size = kPieces.at(isOdd ? "odd" : "unknown").size();
-            EXPECT_EQ(read.damage[0].offset, kHeader.size() + size - (isOdd ? 6 : 5));
-            EXPECT_EQ(read.damage[0].length, isOdd ? 5U : 4U);
-            EXPECT_EQ(read.images.at(kHeader.size()).size(), size - (isOdd ? 3 : 2));
-        }
+        for (const auto& [piece, digits] : kUnknownValues)
+            if (words == "header " + piece + " simple") {
+                const std::vector<std::uint8_t> value = Hex(digits);
+                ASSERT_EQ(read.damage.size(), 1U);
+                EXPECT_EQ(read.damage[0].offset, bytes.find(std::string(value.begin(), value.end())));
+                EXPECT_EQ(read.damage[0].length, value.size());
+                EXPECT_EQ(read.images.at(kHeader.size()).size(), kPieces.at(piece).size() - value.size() + 2)
+                    << "none in its place";
+            }
     });
+}
+
+TEST(DayFileReader, StartsOverWithEachFile) {
+    const CScratchFolder folder;
+    const std::string path = folder.Write("day.evt", kHeader + kSimple.bytes + kPlain.bytes);
+    CDayFileReader reader;
+    SDayFileItem item;
+    EXPECT_TRUE(reader.Open(path, {.write = true}).Good() && reader.Next(item) && item.IsReadFailure() &&
+                item.damage->offset + item.damage->length == 0);
+    EXPECT_FALSE(reader.Next(item)) << "it is told once";
+    for (int time = 0; time < 2; ++time) {
+        EXPECT_TRUE(reader.Open(path).Good() && reader.Next(item) && item.record);
+        EXPECT_EQ(item.offset, kHeader.size());
+        EXPECT_EQ(reader.Position(), kHeader.size() + kSimple.bytes.size());
+    }
+}
+
+/// A simple record of 65342 bytes, most of them in values that hold the text of 254 bytes; the first of those
+/// texts begins at byte 64.
+std::string LongRecord(const std::string& text) {
+    std::string words = kEvent + "'" + std::string(19, 's') + " FF00 ' ";
+    for (int value = 0; value < 255; ++value)
+        words += "18FE" + HexDigits(text) + " ";
+    return MakeImage(words + "]").bytes;
+}
+
+TEST(DayFileReader, ALargeFileIsReadToItsEnd) {
+    const CScratchFolder folder;
+    const std::string cell = "'Phase 18FF" + HexDigits(std::string(255, 'x')) + " 00 ";
+    const std::string extended = MakeImage(kFirst + " [01 02000000 " + cell + cell + "]").bytes;
+    std::string bytes = kHeader;
+    Images all;
+    const auto add = [&](const std::string& image) {
+        all[bytes.size()] = image;
+        bytes += image;
+    };
+    add(LongRecord(std::string(254, 'v')));
+    while (bytes.size() < 2'500'000) {
+        add(extended);
+        add(kSimple.bytes);
+    }
+    const SRead read = ReadBack(folder, bytes);
+    EXPECT_TRUE(read.images == all && read.damage.empty()) << read.images.size() << " of " << all.size();
+}
+
+// At each of four places something is wrong that a few bytes tell: no record behind it, no block's tag, no
+// timestamp, no cells behind it. What such places would cost to parse is not taken from the records behind
+// them.
+TEST(DayFileReader, JunkThatResemblesRecordsCostsNone) {
+    const CScratchFolder folder;
+    const std::string junk = MakeImage("00257F00000000003C07 FFFFFFFFFFFF 022D7F00000000003C07 FFFFFFFFFFFF "
+                                       "001D7F00000000000000 FFFFFFFFFFFF 00077F01000000003C07 FFFFFFFFFFFF")
+                                 .bytes;
+    const std::string record = LongRecord((junk + junk + junk + junk).substr(0, 254));
+    std::string bytes = kHeader;
+    for (int times = 0; times < 100; ++times)
+        bytes += junk;
+    const std::size_t at = bytes.size();
+    const SRead read = ReadBack(folder, bytes + record + record);
+    EXPECT_TRUE(read.images == (Images{{at, record}, {at + record.size(), record}}));
+    ASSERT_EQ(read.damage.size(), 1U);
+    EXPECT_EQ(read.damage[0].length, at - kHeader.size());
 }
 
 // Its cells fill their block but for one byte.

@@ -67,6 +67,7 @@ inline SRead ReadBack(const std::string& path) {
     SRead read;
     std::vector<std::uint8_t> image;
     for (SDayFileItem item; reader.Next(item);) {
+        EXPECT_TRUE(item.record || item.damage) << "nothing to tell at " << item.offset;
         if (item.damage)
             read.damage.push_back(*item.damage);
         if (!item.record)

@@ -31,10 +31,10 @@ TEST(PathText, IsCutStrippedAndJudged) {
 TEST(Folders, AreMadeForFilesAndRemovedWithout) {
     const CScratchFolder folder;
     for (const char* const left : {"a\\b\\", "c\\d?", "bare"}) {
-        EnsureFolderOfFile(folder.Path(left));
+        EXPECT_EQ(EnsureFolderOfFile(folder.Path(left)), left == std::string("bare")) << left;
     }
     EXPECT_TRUE(std::filesystem::is_empty(folder.Native()));
-    EnsureFolderOfFile(folder.Path("a\\b\\c\\f.txt"));
+    EXPECT_TRUE(EnsureFolderOfFile(folder.Path("a\\b\\c\\f.txt")));
     EXPECT_TRUE(folder.Has("a/b/c") && !folder.Has("a/b/c/f.txt"));
     EXPECT_TRUE(RemoveFolderTree(folder.Path("a")) && !folder.Has("a"));
     std::filesystem::create_directories(folder.Native("a/b/c"));

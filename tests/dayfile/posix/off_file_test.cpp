@@ -2,6 +2,7 @@
 #include "support/scratch_folder.h"
 #include "support/scripted_server.h"
 
+#include "dayfile/day_file_reader.h"
 #include "dayfile/day_file_writer.h"
 #include "dayfile/off_file.h"
 
@@ -62,6 +63,32 @@ TEST(OffFile, ClosingWhatWasNeverOpenedDoesNothing) {
     CFileException failure;
     EXPECT_FALSE(file.Open("C:\\no\\such\\folder\\x", {.write = true, .create = true}, failure));
     EXPECT_EQ(failure.GetCause(), EFileCause::BadPath);
+    EXPECT_FALSE(file.Open("C:\\proc\\version", {.read = true}, failure));
+    EXPECT_EQ(failure.GetSystemCode(), EINVAL) << "it has no end to seek";
+}
+
+TEST(OffFile, WritesFromItsStartUntilItIsClosed) {
+    const CScratchFolder folder;
+    CFileException failure;
+    for (const char* const before : {"a", "ab"}) {
+        COffFile file;
+        ASSERT_TRUE(file.Open(folder.Write("f", before), {.read = true, .write = true}, failure));
+        EXPECT_EQ(file.WriteLine("xy"), 4U);
+        EXPECT_EQ(folder.Read("f"), "xy\r\n");
+        file.Close();
+        EXPECT_THROW(file.WriteLine("z"), CFileException);
+        EXPECT_TRUE(file.Remove() && folder.Has("f")) << "it is no longer this object's";
+    }
+    COffFile file;
+    ASSERT_TRUE(file.Open(folder.Path("f"), {.write = true}, failure));
+    EXPECT_TRUE(file.Remove() && !folder.Has("f"));
+    std::string causes; // error lists carry the numbers
+    using enum EFileCause;
+    for (const EFileCause cause : {None, Generic, FileNotFound, BadPath, TooManyOpenFiles, AccessDenied,
+                                   InvalidFile, SharingViolation, DiskFull})
+        causes += std::to_string(static_cast<int>(cause)) + " ";
+    EXPECT_EQ(causes, "0 1 2 3 4 5 6 11 13 ");
+    EXPECT_EQ(CFileException(Generic, "C:\\f", "why").GetSystemCode(), 0);
 }
 
 TEST(OffFile, AFileThatDoesNotTakeBytesIsInvalid) {
@@ -79,6 +106,32 @@ TEST(OffFile, AFileThatDoesNotTakeBytesIsInvalid) {
                       std::tuple(EFileCause::InvalidFile, EBADF, folder.Path("old")));
         }
     }
+}
+
+TEST(WriteEventFile, AppendsAListBehindTheHeaderOfTheFirst) {
+    const CScratchFolder folder;
+    CErrorList errors;
+    SWritingNotes notes;
+    CEventList list = OneRecord(folder.Path("simple.evt"));
+    EXPECT_TRUE(WriteEventFile(list, "x", errors, notes));
+    EXPECT_TRUE(folder.Read("simple.evt").starts_with(COffFile::HeaderBytes(MakeEventListHeader(1, "x"))));
+    list.SetName(folder.Path("both.evt"));
+    list.GetRecords().insert(list.GetRecords().begin(),
+                             std::make_unique<CExtendedEventRecord>(1, 5, std::uint8_t{5}, CParlaneIEC870(),
+                                                                    "Trip", nullptr, "a", "b", "c",
+                                                                    std::uint16_t{1}, CCellList()));
+    std::vector<std::uint8_t> images;
+    for (const auto& record : list.GetRecords())
+        record->Serialise(images);
+    const std::string both(images.begin(), images.end());
+    EXPECT_TRUE(WriteEventFile(list, "x", errors, notes) && WriteEventFile(list, "x", errors, notes));
+    EXPECT_EQ(folder.Read("both.evt"), COffFile::HeaderBytes(MakeEventListHeader(6, "x")) + both + both);
+    list.SetName(folder.Path("none") + "\\f.evt");
+    EXPECT_FALSE(WriteEventFile(list, "x", errors, notes));
+    std::string text;
+    ASSERT_EQ(errors.size(), 1U);
+    errors[0]->GetMessageText(text);
+    EXPECT_TRUE(text.starts_with("Failed to save event file")) << text;
 }
 
 /// Runs in a child process whose files may not grow beyond so many bytes: a full disk that any machine has.
@@ -103,6 +156,7 @@ TEST(WriteEventFile, AFullDiskCostsNoEarlierRecord) {
             CErrorList errors;
             SWritingNotes notes;
             const bool refused = !WriteEventFile(list, "headerText", errors, notes) && errors.size() == 1 &&
+                                 !notes.tornAfter &&
                                  dynamic_cast<CFileError&>(*errors[0]).GetCause() == static_cast<int>(cause);
             return refused ? 0 : 1;
         };
@@ -118,7 +172,8 @@ TEST(WriteEventFile, AFullDiskCostsNoEarlierRecord) {
     EXPECT_FALSE(folder.Has("new.evt"));
     folder.Write("empty.evt", "");
     EXPECT_EQ(WithFileSizeLimit(100, append("empty.evt", EFileCause::DiskFull)), 0);
-    EXPECT_EQ(folder.Read("empty.evt"), "") << "made by somebody else, who may have it open";
+    EXPECT_TRUE(folder.Has("empty.evt") && folder.Read("empty.evt").empty())
+        << "made by somebody else, who may have it open";
 }
 
 /// As when it is put there while the relay is read.
@@ -143,6 +198,17 @@ TEST(WriteEventFile, FollowsNoLink) {
         EXPECT_TRUE(folder.Has("out/empty.evt") && folder.Read("out/empty.evt").empty()) << name;
         EXPECT_FALSE(folder.Has("out/new.evt")) << name;
     }
+    EXPECT_FALSE(ReadDayFileEnd(folder.Path("dev\\file.evt")).isRead);
+    RemoveEmptyDayFile(folder.Path("dev\\file.evt"), false);
+    EXPECT_TRUE(folder.Has("dev/file.evt"));
+}
+
+TEST(HeldDayFile, AsksForItsLengthAnew) {
+    const CScratchFolder folder;
+    CHeldDayFile file;
+    ASSERT_FALSE(file.Hold(folder.Write("f.evt", "old")));
+    std::ofstream(folder.Native("f.evt"), std::ios::app) << "more"; // by a program that asks for no lock
+    EXPECT_EQ(std::tuple(file.FoundLength(), file.LengthNow()), std::tuple(3U, 7U));
 }
 
 } // namespace ruvo::test

@@ -42,12 +42,18 @@ TEST(CreateDirectoryPath, ReportsTheFirstFolderItMade) {
     EXPECT_FALSE(folder.Has("q?") || folder.Has("q"));
     EXPECT_TRUE(CreateDirectoryPath(folder.Path("a\\b\\\\"), first) && folder.Has("a/b"));
     EXPECT_EQ(first, folder.Path("a"));
+    EXPECT_TRUE(CreateDirectoryPath(folder.Path("c\\"), first) && MakeDirectory(folder.Path("d\\")) &&
+                folder.Has("d"));
+    EXPECT_EQ(first, folder.Path("c"));
 }
 
 TEST(Proofs, LeaveNothingBehindAndChangeNothing) {
     const CScratchFolder folder;
     const std::string file = folder.Write("file", "kept");
     const std::string tooLong(300, 'x');
+    std::filesystem::create_directory(folder.Native("w?"));
+    const std::string locked = folder.Write("locked", "");
+    std::filesystem::permissions(folder.Native("locked"), std::filesystem::perms::owner_read);
     std::filesystem::create_symlink("gone", folder.Native("link"));
     EXPECT_TRUE(CanWriteInFolder(folder.Path("a\\b\\")) && CanWriteInFolder(folder.Path()));
     EXPECT_TRUE(CanCreateFile(file) && CanCreateFile(folder.Path("new")) &&
@@ -58,9 +64,11 @@ TEST(Proofs, LeaveNothingBehindAndChangeNothing) {
           folder.Path("y\\" + tooLong), folder.Path("y\\" + tooLong + "\\z")}) {
         EXPECT_FALSE(CanWriteInFolder(bad) || CanCreateFile(bad)) << bad;
     }
-    EXPECT_FALSE(CanWriteInFolder(file) || CanWriteInFolder("C:\\proc"));
+    EXPECT_FALSE(CanWriteInFolder(file) || CanWriteInFolder("C:\\proc") ||
+                 CanWriteInFolder(folder.Path("w?")));
+    EXPECT_EQ(CanCreateFile(locked), geteuid() == 0) << "root may everything";
     EXPECT_FALSE(CanCreateFile("bare") || CanCreateFile(folder.Path("q\\")) || CanCreateFile(folder.Path()));
-    EXPECT_TRUE(std::distance(std::filesystem::directory_iterator(folder.Native()), {}) == 2 &&
+    EXPECT_TRUE(std::distance(std::filesystem::directory_iterator(folder.Native()), {}) == 4 &&
                 folder.Read("file") == "kept");
 }
 
