@@ -4,11 +4,14 @@
 #include "support/scratch_folder.h"
 
 #include "ledger/journal_file.h"
+#include "ledger/set_aside_file.h"
 #include "ledger/standing_bytes.h"
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <optional>
+#include <thread>
 
 namespace ruvo::test {
 
@@ -31,7 +34,7 @@ std::string FramesOf(const CScratchFolder& folder, const std::string& bytes,
     return frames + (reader.IsTornAtMost() ? "" : "!");
 }
 
-/// Two visits; the second begins before the first is done.
+/// Two visits; the second begins before the first is done. Payloads hold a number of theirs, too.
 std::string TwoVisits(std::vector<std::size_t>& ends) {
     const struct {
         EFrame kind;
@@ -44,8 +47,9 @@ std::string TwoVisits(std::vector<std::size_t>& ends) {
     std::map<std::uint32_t, SChain> chains;
     std::vector<std::uint8_t> frame;
     for (const auto& row : frames) {
-        MakeFrame(frame, row.kind, row.visit, chains[row.visit],
-                  std::vector<std::uint8_t>(row.payload, 0x5A));
+        std::vector<std::uint8_t> payload = Hex("01000000");
+        payload.resize(row.payload, 0x5A);
+        MakeFrame(frame, row.kind, row.visit, chains[row.visit], payload);
         bytes.append(frame.begin(), frame.end());
         ends.push_back(bytes.size());
     }
@@ -72,17 +76,21 @@ TEST(Journal, CutAnywhereItGivesTheFramesBeforeTheCut) {
 TEST(Journal, NoChangedByteIsBelieved) {
     const CScratchFolder folder;
     std::vector<std::size_t> ends;
-    const std::string bytes = TwoVisits(ends);
-    for (std::size_t at = kHead; at < bytes.size(); ++at)
-        for (const char change : {'\x01', '\x80', '\xFF'}) {
-            std::string changed = bytes;
-            changed[at] = static_cast<char>(changed[at] ^ change);
-            const auto whole = std::ranges::count_if(ends, [at](std::size_t end) { return end <= at; });
-            const std::string read = FramesOf(folder, changed);
-            EXPECT_TRUE(read == std::string(kAll).substr(0, static_cast<std::size_t>(whole) * 3) + "!" ||
-                        (at >= ends[ends.size() - 2] && read == "V1 R1 S1 V2 L2 D1 "))
-                << "byte " << at << ": " << read;
-        }
+    const std::string all = TwoVisits(ends);
+    for (const std::size_t frames : {std::size_t{3}, std::size_t{4}, ends.size()})
+        for (std::size_t at = kHead; at < ends[frames - 1]; ++at)
+            for (const char change : {'\x01', '\x80', '\xFF'}) {
+                std::string changed = all.substr(0, ends[frames - 1]);
+                changed[at] = static_cast<char>(changed[at] ^ change);
+                const auto whole = std::ranges::count_if(ends, [at](std::size_t end) { return end <= at; });
+                const std::string read = FramesOf(folder, changed);
+                EXPECT_TRUE(read == std::string(kAll).substr(0, static_cast<std::size_t>(whole) * 3) + "!" ||
+                            (at >= ends[frames - 2] && read == std::string(kAll).substr(0, frames * 3 - 3)))
+                    << "byte " << at << " of " << frames << " frames: " << read;
+            }
+    std::string torn = all + "x";
+    torn[all.size() - 1] = static_cast<char>(torn[all.size() - 1] ^ '\x01');
+    EXPECT_EQ(FramesOf(folder, torn), "V1 R1 S1 V2 L2 D1 !") << "a byte behind one that is torn";
 }
 
 TEST(Journal, NothingOfAnEarlierVisitIsTakenForALaterOnes) {
@@ -96,13 +104,22 @@ TEST(Journal, NothingOfAnEarlierVisitIsTakenForALaterOnes) {
     EXPECT_EQ(FramesOf(folder, bytes.substr(0, kHead) + third + bytes.substr(ends[0])), "V3 !");
     EXPECT_EQ(FramesOf(folder, bytes + bytes.substr(kHead)), std::string(kAll) + "!") << "the same once more";
     EXPECT_EQ(FramesOf(folder, bytes, 2, ends[2]), "V2 L2 D2 ") << "one visit's alone";
+    for (const int kind : {0, 8}) {
+        SChain next = chain;
+        MakeFrame(frame, static_cast<EFrame>(kind), 3, next, {});
+        const std::string unknown(frame.begin(), frame.end());
+        EXPECT_EQ(FramesOf(folder, bytes.substr(0, kHead) + third + unknown + "x"), "V3 !") << kind;
+    }
 }
 
 TEST(Journal, ChecksumsAreThoseOfEarlierPrograms) {
     const struct {
         std::uint8_t payload;
         std::uint32_t first, second;
-    } cases[] = {{0, 0xA67A7688, 0x5ECFB857}, {3, 0x1F2F9F2E, 0x963E6A62}, {30, 0xAA6EDEC9, 0xE412313C}};
+    } cases[] = {{0, 0xA67A7688, 0x5ECFB857},
+                 {3, 0x1F2F9F2E, 0x963E6A62},
+                 {10, 0xF8DB957B, 0x564C8B9B},
+                 {30, 0xAA6EDEC9, 0xE412313C}};
     for (const auto& row : cases) {
         std::vector<std::uint8_t> payload, frame;
         for (std::uint8_t i = 0; i < row.payload; ++i)
@@ -144,6 +161,34 @@ TEST(Journal, ItsNameIsNotThatOfAnEarlierOneOfWhichAnythingIsLeft) {
     CJournalFile journal;
     ASSERT_TRUE(journal.Make(folder.Path("s"), "now"));
     EXPECT_TRUE(folder.Has("s/now-4.journal"));
+    for (const char* name : {"b", "e", "a", "d", "c"})
+        folder.Write("s/" + std::string(name) + ".journal", "");
+    const std::vector<std::string> all = JournalsIn(folder.Path("s"));
+    EXPECT_TRUE(all.size() == 8 && std::ranges::is_sorted(all)) << "the oldest comes first";
+}
+
+TEST(Journal, OneOfAnEndedRunIsKnownByItsHead) {
+    const CScratchFolder folder;
+    const std::string head(kJournalHead);
+    using enum EJournalHead;
+    const struct {
+        std::string bytes;
+        EJournalHead want;
+    } cases[] = {{head + "x", Known},
+                 {"", Known},
+                 {head.substr(0, 5), Known},
+                 {head.substr(0, 5) + std::string(11, '\0'), Known},
+                 {head.substr(0, 5) + std::string(10, '\0') + "x", Unknown},
+                 {"RUVO JOURNAL 2\r\n", Unknown}};
+    CJournalFile other;
+    for (const auto& row : cases) {
+        CJournalFile journal;
+        EXPECT_EQ(journal.OpenEnded(folder.Write("j", row.bytes)), EJournalOpening::Opened);
+        EXPECT_EQ(journal.Head(), row.want) << row.bytes;
+        EXPECT_EQ(other.OpenEnded(folder.Path("j")), EJournalOpening::InUse);
+    }
+    EXPECT_EQ(other.OpenEnded(folder.Path("none")), EJournalOpening::InUse) << "a run has just removed it";
+    EXPECT_EQ(other.OpenEnded(folder.Path()), EJournalOpening::Failed);
 }
 
 TEST(Journal, WhatItHoldsComesBackAsItWas) {
@@ -152,6 +197,14 @@ TEST(Journal, WhatItHoldsComesBackAsItWas) {
     ASSERT_TRUE(back && back->records.size() == 2);
     EXPECT_EQ(std::tuple(back->length, back->lastExtended, back->records[1].first, back->records[1].count),
               std::tuple(0x123456789AU, 7U, 9U, 1U));
+    const std::vector<std::uint8_t> visit = Pack(SVisitInfo{"K", "F", "B", 0x123456789A, false, true, "S"});
+    const auto info = UnpackVisit(visit);
+    ASSERT_TRUE(info);
+    EXPECT_EQ(std::tuple(info->length, info->isFileMade, info->isFolderMade, info->source),
+              std::tuple(0x123456789AU, false, true, "S"));
+    for (std::size_t cut = 0; cut < visit.size(); ++cut)
+        EXPECT_EQ(UnpackVisit(std::span(visit).first(cut)).has_value(), cut == visit.size() - 5)
+            << cut << "; the first programs noted no source";
     const struct {
         const char* name;
         const char* hex;
@@ -170,6 +223,11 @@ TEST(StandingBytes, TellWhatAnEndHasLeft) {
     const CScratchFolder folder;
     const std::string wanted = std::string(700, 'w') + std::string(500, 'x');
     const std::string before(100, 'b');
+    const auto image =
+        Hex("00 2F00 01 01000000 3C07 4523 8D 87 10 02 1A 00 00 01 05 05 506C616E74 04 44657363 06 "
+            "414231322D58 12 01 04 54726970 24 01 07 00 01 1500 01000000 0C "
+            "4576656E742056616C756520 24 01 07 00");
+    const std::string record(image.begin(), image.end());
     const auto zeros = [&](std::size_t from, std::size_t count) {
         return std::string(wanted).replace(from, count, count, '\0');
     };
@@ -186,6 +244,8 @@ TEST(StandingBytes, TellWhatAnEndHasLeft) {
                  {"the end of one", before + zeros(300, 112), Torn},
                  {"the middle of one", before + zeros(420, 20), Other},
                  {"zeros, and something behind", before + zeros(412, 512) + "more", Other},
+                 {"zeros, and records behind", before + zeros(412, 512) + record + record, Torn},
+                 {"zeros, a part of one", before + zeros(412, 512) + record + record.substr(0, 40), Other},
                  {"something else", before + std::string(40, 'o'), Other},
                  {"a file that was cut", before.substr(0, 99), Other}};
     for (const auto& row : cases) {
@@ -199,6 +259,61 @@ TEST(StandingBytes, TellWhatAnEndHasLeft) {
         }
         EXPECT_EQ(standing.Outcome(), row.want) << row.name;
     }
+}
+
+TEST(SetAsideFile, LeadsNowhereElse) {
+    for (const char* safe : {"AB12-1\\f.evt", "a b\\.f"})
+        EXPECT_TRUE(IsSafePlace(safe)) << safe;
+    for (const char* other :
+         {"", "f", "\\f", "AB\\", ".\\f", "..\\f", "AB\\..", "AB\\..\\f", "AB\\C:f", "AB\\f\n", "AB\\f/g"})
+        EXPECT_FALSE(IsSafePlace(other)) << other;
+    EXPECT_TRUE(IsSetAsideName("f-1.setaside"));
+    EXPECT_FALSE(IsSetAsideName("f-1.evt") || IsSetAsideName("..\\f-1.setaside"));
+    const CScratchFolder folder;
+    const auto read = [&](const std::string& text) {
+        return ReadSetAsideHeader(folder.Write(
+            "f", "APP: Parlane\r\nTYPE: EventList\r\nFORMAT: 1.0\r\nNEXTEXTENDED: 000001\r\n\r\n" + text +
+                     "\r\n\x1A"));
+    };
+    const auto header = read("set aside|AB12-1\\f.evt|RV001|now");
+    ASSERT_TRUE(header);
+    EXPECT_EQ(std::tuple(header->file, header->key, header->begun, header->reason),
+              std::tuple("AB12-1\\f.evt", "RV001", "now", ""));
+    EXPECT_FALSE(read("set aside|..\\f.evt|RV001|now") || read("put aside|AB12-1\\f.evt|RV001|now"));
+}
+
+TEST(SetAsideFile, IsNamedAfterItsDayFile) {
+    const CScratchFolder folder;
+    folder.Write("taken-1.setaside", "");
+    folder.Write("taken-2.setaside.done", "");
+    const std::string longest(150, 'a');
+    const std::string shorter(149, 'a');
+    const struct {
+        std::string dayFile, want;
+    } cases[] = {{"AB12-1\\x.y.evt", "x.y-1"},
+                 {"AB12-1\\taken.evt", "taken-3"},
+                 {longest + "\xC3\xA9.evt", longest + "-1"},
+                 {shorter + "\xC3\xA9.evt", shorter + "-1"}}; // no character is cut
+    for (const auto& row : cases)
+        EXPECT_EQ(FreeSetAsidePath(folder.Path(), row.dayFile), folder.Path(row.want + ".setaside"));
+}
+
+/// A file that has been closed stands in for a disk that fails.
+TEST(BackgroundFlush, NeedsNobodyWhoAsksForIt) {
+    const CScratchFolder folder;
+    CFile file;
+    ASSERT_TRUE(file.Open(folder.Write("f", ""), {.read = true, .write = true}).Good());
+    CBackgroundFlush flush(file);
+    EXPECT_TRUE(flush.NoteWrite() && flush.Flush());
+    static_cast<void>(file.Close());
+    std::this_thread::sleep_for(std::chrono::milliseconds(700)); // by then it waits for the next write
+    bool isGood = true;
+    for (int pause = 0; pause < 3000 && (isGood = flush.NoteWrite()); ++pause)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_FALSE(isGood || flush.Failure().Good());
+    flush.Stop();
+    ASSERT_TRUE(file.Open(folder.Path("f"), {.read = true, .write = true}).Good());
+    EXPECT_FALSE(flush.Flush()) << "what was written before may be lost";
 }
 
 } // namespace ruvo::test

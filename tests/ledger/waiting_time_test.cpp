@@ -18,6 +18,8 @@ TEST(WaitingTime, NoClockIsBelievedAlone) {
         bool want;
     } cases[] = {{"a week", "2026-11-16 23:30:00 UTC", week, true},
                  {"a second less", "2026-11-16 23:30:01 UTC", week, false},
+                 {"a minute less", "2026-11-16 23:31:00 UTC", week, false},
+                 {"half an hour more", "2026-11-16 22:59:00 UTC", week, true},
                  {"a visit dated in the future", "2036-01-01 00:00:00 UTC", week, false},
                  {"a visit whose clock stood in the past", "1970-01-01 00:00:00 UTC", six, false},
                  {"a run whose clock is ahead for a night", "2026-11-01 00:00:00 UTC", six, false},
@@ -25,6 +27,7 @@ TEST(WaitingTime, NoClockIsBelievedAlone) {
                  {"no date", "2026-02-31 25:00:00 UT", week, false}};
     for (const auto& row : cases)
         EXPECT_EQ(HasWaitedForAWeek(row.begun, row.dates, now), row.want) << row.name;
+    EXPECT_EQ(UtcDateText(now), "2026-11-23");
 }
 
 } // namespace ruvo::test

@@ -17,6 +17,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <span>
 
 namespace ruvo::test {
 
@@ -35,6 +36,9 @@ protected:
         folder.Write("site.ini", "[RUVO_GENERAL]\nEventRootDir=" + folder.Native(root) +
                                      "\nErrorLogPathname=" + folder.Native("log") + "\n");
     }
+    static std::span<const std::uint8_t> Bytes(const std::string& text) {
+        return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+    }
     /// A visit that takes two events and ends in one of three ways.
     enum class EEnd : std::uint8_t { SetAside, Killed, Stored };
     void Visit(EEnd end, const std::string& root = "ev", const std::string& day = kDay) const {
@@ -42,8 +46,7 @@ protected:
         CVisitCustody custody(&ledger, "RV001");
         ASSERT_FALSE(custody.Begin(folder.Path(root) + day));
         for (const std::string& record : records)
-            EXPECT_TRUE(
-                custody.Keep({reinterpret_cast<const std::uint8_t*>(record.data()), record.size()}, 0));
+            EXPECT_TRUE(custody.Keep(Bytes(record), 0));
         if (end == EEnd::SetAside)
             custody.SetAside("a password was refused");
         if (end == EEnd::Stored)
@@ -136,12 +139,91 @@ TEST_F(RecoverCommand, ListsWhatIsLeftAndWhereItLooked) {
     EXPECT_EQ(std::ranges::count(events.out, '\n'), 3) << events.out << events.error;
 }
 
+TEST_F(RecoverCommand, ListsTheEventsThatWaitAndNoOthers) {
+    {
+        CRunLedger ledger(folder.Path("ev"), [](const SLedgerReport&) {});
+        CVisitCustody none(&ledger, "RV001"), appended(&ledger, "RV002"), one(&ledger, "RV003");
+        appended.NameSource("day-1.setaside");
+        ASSERT_FALSE(none.Begin(folder.Path("ev\\AB12-1\\day.evt")));
+        ASSERT_FALSE(appended.Begin(folder.Path("ev\\AB12-2\\day.evt")));
+        ASSERT_FALSE(one.Begin(folder.Path("ev\\AB12-3\\day.evt")));
+        EXPECT_TRUE(appended.Keep(Bytes(records[0]), 0) && one.Keep(Bytes(records[1]), 0));
+    }
+    folder.Write("state/" + Digest() + "/day-2.setaside", "");
+    const std::string journal = "state/" + Digest() + "/2026-11-16T233000Z-1.journal";
+    const std::string all = "State folder: @/state\nEvent root: @/ev\n  looked in @/state/#\n"
+                            "  waiting: 1 event of RV003, visit begun 2026-11-16 23:30:00 UTC\n"
+                            "    day file AB12-3/day.evt\n"
+                            "    journal @/state/#/2026-11-16T233000Z-1.journal\n";
+    EXPECT_EQ(Recover().out, all);
+    folder.Write(journal, folder.Read(journal) + "more");
+    EXPECT_EQ(Recover().out, all + "  damaged, or written by another version\n"
+                                   "    journal @/state/#/2026-11-16T233000Z-1.journal\n");
+    std::filesystem::remove_all(folder.Native("state"));
+    folder.Write("state", ""); // what is no folder cannot be looked into
+    const SOutcome hidden = Recover();
+    EXPECT_TRUE(hidden.status == 1 && hidden.out.ends_with("\n  this user cannot read it\n")) << hidden.out;
+}
+
+TEST_F(RecoverCommand, StoresOnceWhatWaitsForADayFileThatHasChanged) {
+    const std::string other = Simple(At(16, 3), "Other");
+    const struct {
+        const char* name;
+        std::string there, added; ///< behind what the day file had before the visit
+        bool isChanged;
+    } cases[] = {{"as it was", "", both, false},
+                 {"another's record", other, both, true},
+                 {"one of ours and another's", records[0] + other, records[1], true},
+                 {"ours behind another's", other + both, "", false}};
+    for (const auto& row : cases) {
+        std::filesystem::remove_all(folder.Native("state"));
+        std::filesystem::remove_all(folder.Native("ev"));
+        UseRoot("ev");
+        Visit(EEnd::Stored);
+        const std::string before = Day();
+        Visit(EEnd::Killed); // its events look like earlier ones
+        const std::string there = before + row.there;
+        folder.Write("ev/AB12-1/AB12-1-2026-11-16-DEV.evt", there);
+        EXPECT_EQ(
+            Recover({"--from", folder.Native("ev")}).out,
+            "2 events of a visit that was ended are in day file @/ev/AB12-1/AB12-1-2026-11-16-DEV.evt "
+            "now. Visit of RV001, begun 2026-11-16 23:30:00 UTC." +
+                std::string(row.isChanged
+                                ? " The file had changed since then; the missing events are at its end.\n"
+                                : "\n"))
+            << row.name;
+        EXPECT_EQ(Day(), there + row.added) << row.name;
+        EXPECT_EQ(Record(), row.added.empty()
+                                ? "RV001 2  0-0|"
+                                : "RV001 2 AB12-1/AB12-1-2026-11-16-DEV.evt " + std::to_string(there.size()) +
+                                      "-" + std::to_string(Day().size()) + "|")
+            << row.name;
+    }
+}
+
+TEST_F(RecoverCommand, TellsWhatAKilledVisitHasLost) {
+    {
+        CRunLedger ledger(folder.Path("ev"), [](const SLedgerReport&) {});
+        CVisitCustody custody(&ledger, "RV001");
+        ASSERT_FALSE(custody.Begin(folder.Path("ev") + kDay));
+        EXPECT_TRUE(custody.Keep(Bytes(records[0]), 0x01020304));
+        using enum ELostCause;
+        for (const ELostCause cause : {NotStated, UnknownKind, Malformed, RecordNotRead, NoMemory})
+            custody.Lose(cause);
+    }
+    const std::string out = Recover({"--from", folder.Native("ev")}).out;
+    for (const char* told :
+         {"1 event of unknown kind passed over.", "Cause: not known.", "Cause: no memory.",
+          "Cause: a reply that makes no sense.", "Cause: a record that could not be read."})
+        EXPECT_NE(out.find(told), std::string::npos) << out;
+    EXPECT_NE(Day().find("NEXTEXTENDED: 16909061\r\n"), std::string::npos) << "as the visit would have it";
+}
+
 TEST_F(RecoverCommand, LeavesARunThatIsUnderWayAlone) {
     CRunLedger ledger(folder.Path("ev"), [](const SLedgerReport&) {});
     CVisitCustody custody(&ledger, "RV001");
     ASSERT_FALSE(custody.Begin(folder.Path("ev") + kDay));
-    EXPECT_TRUE(
-        custody.Keep({reinterpret_cast<const std::uint8_t*>(records[0].data()), records[0].size()}, 0));
+    EXPECT_TRUE(custody.Keep(Bytes(records[0]), 0));
     EXPECT_NE(Recover().out.find("nothing is left"), std::string::npos) << "it answers for its events itself";
     custody.Store();
     custody.End();
@@ -170,6 +252,20 @@ TEST_F(RecoverCommand, AppendsOnce) {
     EXPECT_TRUE(folder.Has("state/" + Digest() + "/" + name + ".done"));
 }
 
+TEST_F(RecoverCommand, KeepsWhatCannotBeReadOfASetAsideFile) {
+    Visit(EEnd::SetAside);
+    const std::string name = "AB12-1-2026-11-16-DEV-1.setaside", path = "state/" + Digest() + "/" + name;
+    const std::string whole = folder.Read(path);
+    folder.Write(path, whole + "xx");
+    EXPECT_TRUE(Recover().out.ends_with("/" + name + " (damaged)\n"));
+    const SOutcome appended = Recover({name});
+    EXPECT_EQ(std::tuple(appended.status, appended.error),
+              std::tuple(1, "ruvoctl: @/state/#/" + name + ".done: damage at byte " +
+                                std::to_string(whole.size()) + "; what could not be read is still there\n"));
+    EXPECT_TRUE(Day().ends_with(both));
+    EXPECT_EQ(folder.Read(path + ".done"), whole + "xx");
+}
+
 TEST_F(RecoverCommand, LeavesTheFileWhereTheDayFileCannotBeHad) {
     Visit(EEnd::SetAside);
     const std::string name = "AB12-1-2026-11-16-DEV-1.setaside";
@@ -181,7 +277,8 @@ TEST_F(RecoverCommand, LeavesTheFileWhereTheDayFileCannotBeHad) {
     other.Release();
     std::filesystem::create_directory(folder.Native("ev/AB12-1"));
     folder.Write("ev/AB12-1/AB12-1-2026-11-16-DEV.evt", "torn");
-    EXPECT_NE(Recover({name}).error.find(" does not end with a whole record"), std::string::npos);
+    EXPECT_NE(Recover({name}).error.find(" does not end with a whole record: damage at byte 0"),
+              std::string::npos);
     EXPECT_EQ(Day(), "torn");
     EXPECT_NE(Recover().out.find("set aside: 2 events"), std::string::npos) << "and nothing waits twice";
     EXPECT_EQ(Recover().out.find("waiting"), std::string::npos);
@@ -229,6 +326,18 @@ TEST_F(RecoverCommand, TakesOverAFileBesideAJournalThatDoesNotNameIt) {
     const std::string moved = AdoptSetAsideFile(files.front(), folder.Path("taken"));
     EXPECT_TRUE(moved.starts_with(folder.Path("taken\\")) && moved.ends_with(kSetAsideEnding)) << moved;
     EXPECT_TRUE(SetAsideFilesIn(from).empty());
+    Visit(EEnd::SetAside, "ev", "\\AB12-3\\day.evt");
+    {
+        CRunLedger ledger(folder.Path("ev"), [](const SLedgerReport&) {});
+        CVisitCustody appending(&ledger, "RV001"), ending(&ledger, "RV001");
+        appending.NameSource("day-1.setaside");
+        ASSERT_FALSE(appending.Begin(folder.Path("ev\\AB12-3\\day.evt")));
+        ASSERT_FALSE(ending.Begin(folder.Path("ev\\AB12-4\\other.evt")));
+        EXPECT_TRUE(ending.Keep(Bytes(records[0]), 0));
+        ending.SetAside("a password was refused");
+    }
+    for (const char* named : {"\\day-1.setaside", "\\other-1.setaside"})
+        EXPECT_EQ(AdoptSetAsideFile(from + named, folder.Path("taken")), "") << named;
 }
 
 TEST_F(RecoverCommand, TakesOverAnEventRootThatIsGone) {
