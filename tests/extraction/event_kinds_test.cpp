@@ -4,6 +4,7 @@
 
 #include "ledger/run_ledger.h"
 #include "ledger/visit_custody.h"
+#include "model/status/status.h"
 #include "platform/environment.h"
 
 #include <filesystem>
@@ -35,6 +36,10 @@ protected:
             List({"44020230", "24020330", "24020430", "24020530", "24020630", "44020730"}),
             List({TextHex("State"), TextHex("Text %s"), "240101", "240101"}),
             List({"500101", TextHex("old"), "480101", "240107", "240108"})};
+        server.strings[0x3103] = server.strings[0x3002];
+        server.limits[0x3104] = {}; // a text without any; and a value too many
+        server.columns[0x31] = {List({"24020331", "24020431"}), List({}),
+                                List({"500101", TextHex("Ok"), "240108"})};
     }
     const std::string trip = "04 54726970";
     const std::string column = // a state as its text, a text as its limit, two numbers without a label
@@ -64,15 +69,18 @@ TEST_F(EventKinds, EachBecomesItsRecord) {
 // A relay that does not let a record be selected, or its texts be read, still gives its event.
 TEST_F(EventKinds, ARecordThatCannotBeReadIsLeftOut) {
     const std::string value = " 01000000 0C 4576656E742056616C756520 24010700";
+    const std::string noState =
+        "01 3800" + value + "05 5374617465 FF00 00" + column.substr(column.find(" 07 "));
     const struct {
         const char* call;
         LinkStatus status;
         std::string cells; ///< hex; empty: no record
     } faults[] = {
+        {"ChangeSetting 30.01", ReplyStatus(5), "01 1500" + value},
         {"ChangeSetting 30.01", ReplyStatus(9), "01 1500" + value},
         {"FetchColumnTextAndValues 00.30", ReplyStatus(12), "01 1500" + value},
-        {"FetchStrings 30.02", ReplyStatus(9),
-         "01 3800" + value + "05 5374617465 FF00 00" + column.substr(column.find(" 07 "))},
+        {"FetchStrings 30.02", ReplyStatus(5), noState},
+        {"FetchStrings 30.02", ReplyStatus(9), noState},
         {"FetchStrings 30.02", 9, ""}, // the server does not understand itself
     };
     for (const auto& fault : faults) {
@@ -89,32 +97,59 @@ TEST_F(EventKinds, ARecordThatCannotBeReadIsLeftOut) {
     }
 }
 
+TEST_F(EventKinds, AFormatThatCannotBeReadIsLeftOut) {
+    for (const LinkStatus status : {ReplyStatus(5), ReplyStatus(9)}) {
+        server.events.push_back(Event(2, {"240107", "44020520"}));
+        server.statuses = {{"GetText 20.05", status}};
+        const SExtractionReport report = Extract();
+        EXPECT_EQ(report.recordsWritten, 1U) << status;
+        EXPECT_EQ(report.endStatus, status);
+    }
+}
+
 TEST_F(EventKinds, AKilledVisitLeavesWhyAnEventHasNoRecord) {
     SetEnvironmentValue("RUVO_STATE_DIR", folder.Native("state"));
     const std::string root = folder.Path("ev");
     std::filesystem::create_directory(folder.Native("ev"));
+    const SScriptedEvent unknown = Event(77, {"240107"});
+    const SScriptedEvent hasRecord = Event(3, {"240107", "44020030", "240109"});
     const struct {
-        SScriptedEvent event;
+        std::vector<SScriptedEvent> events;
         LinkStatus status; ///< of the record's texts
-        const char* cause;
+        bool isRefused;    ///< the password was, with the first event
+        std::string told;
     } rows[] = {
-        {Event(77, {"240107"}), 0, ""},
-        {Event(3, {"240107", "44020030", "240109"}), 9, "a record that could not be read"},
-        {Event(1, {}), 0, "a reply that makes no sense"},
+        {{unknown}, 0, false, "1 passed over|"},
+        {{hasRecord}, 9, false, "1 lost: a record that could not be read|"},
+        {{hasRecord}, kLinkAborted, false, "1 lost: a record that could not be read|"},
+        {{Event(1, {})}, 0, false, "1 lost: a reply that makes no sense|"},
+        {{Event(0, {"240107"})}, 0, true, "1 lost: a reply that makes no sense|"},
+        {{unknown, Event(0, {"240107"}), unknown, {1, Variant()}},
+         0,
+         false,
+         "1 stored|2 passed over|1 lost: a reply that makes no sense|"},
     };
     for (const auto& row : rows) {
-        server.events = {row.event};
+        server.events.assign(row.events.begin(), row.events.end());
         server.statuses = {{"FetchStrings 30.02", row.status}};
+        PasswordState().callbackCalled = row.isRefused;
         {
             CRunLedger killed(root, [](const SLedgerReport&) {});
             CVisitCustody custody(&killed, "RV001");
-            ExtractEventsToFile(5, root, kNoEventLimit, nullptr, {}, &custody);
+            const auto visit = [&] { ExtractEventsToFile(5, root, kNoEventLimit, nullptr, {}, &custody); };
+            if (row.status != kLinkAborted)
+                visit();
+            else
+                EXPECT_THROW(visit(), CStatus);
         }
-        std::vector<SLedgerReport> told;
-        CRunLedger(root, [&told](const SLedgerReport& report) { told.push_back(report); }).BringIn();
-        ASSERT_EQ(told.size(), 1U) << row.cause;
-        EXPECT_EQ(told[0].outcome, *row.cause == '\0' ? ELedgerOutcome::PassedOver : ELedgerOutcome::Lost);
-        EXPECT_EQ(told[0].reason, row.cause);
+        std::string told;
+        CRunLedger(root, [&told](const SLedgerReport& report) {
+            const bool isPassedOver = report.outcome == ELedgerOutcome::PassedOver;
+            told += std::to_string(report.events) + (report.IsStored() ? " stored|"
+                                                     : isPassedOver    ? " passed over|"
+                                                                       : " lost: " + report.reason + "|");
+        }).BringIn();
+        EXPECT_EQ(told, row.told);
     }
 }
 

@@ -129,7 +129,10 @@ TEST_F(Extraction, ARelayWithoutANameIsTold) {
 }
 
 TEST_F(Extraction, AnEndlessStreamIsTakenInPieces) {
-    for (const SVisitLimits limits : {SVisitLimits{.events = 3}, SVisitLimits{.bytes = 2 * 51 + 1}}) {
+    EXPECT_EQ(SVisitLimits{}.events, 1'000'000U) << "as people are told";
+    EXPECT_EQ(SVisitLimits{}.bytes, 268'435'456U);
+    for (const SVisitLimits limits :
+         {SVisitLimits{.events = 3}, SVisitLimits{.bytes = 2 * 51 + 1}, SVisitLimits{.bytes = 3 * 51}}) {
         SExtractionReport report;
         server.events.assign(5, Event(1, {"240107", TextHex("f")}));
         ExtractEventsToFile(5, folder.Path(), kNoEventLimit, &report, limits);
@@ -168,6 +171,9 @@ TEST_F(SecondEventFails, EndsTheVisit) {
         std::size_t lost;
     } cases[] = {{"no answer of the relay", 8, 8, 0},
                  {"would be success if its upper half were dropped", 0x10000, 255, 0},
+                 {"the largest status that there is", 0xFFFF, 0xFFFF, 0},
+                 {"the relay has no data", 0x0211, 0x0211, 0},
+                 {"the relay rejects the command", 0x0911, 0x0911, 0},
                  {"no answer", 254, 254, 0},
                  {"an answer that makes no sense", 0, 254, 1}};
     for (const auto& test : cases) {
@@ -185,11 +191,18 @@ TEST_F(SecondEventFails, WithAnAbortWhichADeclinedPasswordIsNot) {
     EXPECT_THROW(ExtractEventsToFile(5, folder.Path(), kNoEventLimit, &report), CStatus);
     EXPECT_EQ(report.eventsLost, 1U);
     EXPECT_FALSE(folder.Has("AB12-00001234"));
-    Prepare(18);
-    PasswordState().callbackCalled = true; // it ends with 18 too, but has been told already
-    report = Extract();
-    EXPECT_TRUE(report.passwordDeclined);
-    EXPECT_EQ(report.endStatus, kLinkGood);
+    for (const bool unanswered : {false, true}) { // if answered, it has been told
+        Prepare(18);
+        server.onCall = [fails = server.onCall, unanswered](SCall& call) {
+            const std::optional<std::int64_t> status = fails(call);
+            PasswordState().callbackCalled = status.has_value();
+            PasswordState().unanswered = status.has_value() && unanswered;
+            return status;
+        };
+        report = Extract();
+        EXPECT_TRUE(report.passwordDeclined);
+        EXPECT_EQ(report.endStatus, unanswered ? kLinkAborted : kLinkGood);
+    }
 }
 
 TEST_F(Extraction, OtherRequestsThatFailEndTheVisit) {
@@ -202,11 +215,13 @@ TEST_F(Extraction, OtherRequestsThatFailEndTheVisit) {
     server.events = {Event(1, {"240107", TextHex("f")})};
     EXPECT_EQ(Extract().eventsLost, 1U);
     PasswordState() = SPasswordState{};
-    server.events = {Event(3, {"240107", "44020030", "240109"})};
-    server.statuses["FetchColumnTextAndValues"] = 0x0211;
-    const SExtractionReport report = Extract();
-    ASSERT_EQ(report.columnErrors.size(), 1U);
-    EXPECT_EQ(report.columnErrors[0]->GetStatusCode(), 0x0211U);
+    for (const LinkStatus status : {0x0211U, 0x0911U}) {
+        server.events = {Event(3, {"240107", "44020030", "240109"})};
+        server.statuses["FetchColumnTextAndValues"] = status;
+        const SExtractionReport report = Extract();
+        ASSERT_EQ(report.columnErrors.size(), 1U);
+        EXPECT_EQ(report.columnErrors[0]->GetStatusCode(), status);
+    }
 }
 
 TEST_F(Extraction, NoNameLeadsOutOfTheEventRoot) {
@@ -247,8 +262,10 @@ TEST_F(Extraction, RecordsWithoutABinaryFormAreWrittenWithoutTheItem) {
     Variant::List list = *Event(1, {"240107", TextHex("f")}).values.AsList();
     for (int i = 0; i < 300; ++i)
         list.push_back(Tagged(TextHex(std::string(250, 'x'))));
-    server.events = {{1, Variant::FromList(list)}};
-    EXPECT_EQ(Extract().incomplete.Kinds().at(0).dropped, (SDroppedItems{41, "value 260"}));
+    server.events.assign(3, SScriptedEvent{1, Variant::FromList(list)});
+    const SExtractionReport large = Extract();
+    EXPECT_EQ(large.recordsWritten, 3U) << "the disk has room for more than is taken between two looks at it";
+    EXPECT_EQ(large.incomplete.Kinds().at(0).dropped, (SDroppedItems{41, "value 260"}));
 }
 
 } // namespace ruvo::test

@@ -5,11 +5,14 @@
 
 #include "base/digest.h"
 #include "ledger/root_folder.h"
+#include "ledger/run_watch.h"
 #include "ledger/visit_history.h"
 #include "ledger/visit_record.h"
 #include "platform/environment.h"
 #include "platform/file.h"
 #include "platform/full_path.h"
+#include "platform/process.h"
+#include "platform/state_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -30,6 +33,7 @@ SVisitLine Ended(ERunEnd how, const std::string& signal = "") {
     line.ended = how;
     line.signal = signal;
     line.notVisited = 3;
+    line.logLines = 2;
     return line;
 }
 
@@ -97,18 +101,46 @@ TEST(VisitLine, IsReadAndWrittenAsFilesHoldIt) {
     });
 }
 
+TEST(VisitLine, WhatItDoesNotHaveIsNotKnown) {
+    const auto line = ReadVisitLine(R"({"number":5})");
+    ASSERT_TRUE(line);
+    EXPECT_EQ(LineAsJson(BeginAsJson(*line), {}, ""),
+              R"({"number":5,"ini":"","process":0,"attempt":1,"begin":"","ended":"killed","end":null,)"
+              R"("log_lines":0,"relays":[]})");
+    EXPECT_EQ(std::tuple(line->ended, line->logLines, line->result, line->notVisited),
+              std::tuple(ERunEnd::Killed, 0U, 0U, 0U));
+    SVisitEntry bare = Entry("RV001", "");
+    bare.recoveredIn = SStoredBytes{};
+    EXPECT_EQ(AsJson(ReadVisitEntry(R"({"key":"RV001","recovered_in":{}})").value_or(SVisitEntry{})),
+              AsJson(bare));
+    EXPECT_FALSE(ReadVisitEntry("7") || ReadVisitEntry(R"({"address":"5"})"));
+    EXPECT_EQ(LineAsJson("{}", {}, "") + LineAsJson(R"({"number":5,)", {}, ""), "");
+    using Number = std::optional<std::uint64_t>;
+    EXPECT_EQ(NumberOf(R"({"number":10203,)"), Number(10203));
+    EXPECT_EQ(NumberOf(R"({"number":9999999999999999999})"), Number(9'999'999'999'999'999'999U));
+    EXPECT_FALSE(NumberOf(R"({"number":12345678901234567890})") || NumberOf(R"({"number":5)"));
+}
+
 TEST_F(VisitRecord, TellsOfARunAsLongAsItLastsAndAfterwards) {
     EXPECT_EQ(CVisitHistory(folder.Path("ev")).Found(), EHistory::None);
+    EXPECT_TRUE(PrepareRootFolder(FolderOfJournals(folder.Path("ev")), folder.Path("ev")));
+    for (const char* root : {"ev", "other"})
+        EXPECT_EQ(CVisitHistory(folder.Path(root)).Found(), EHistory::None) << root;
+    EXPECT_EQ(Runs(), "");
     auto record = Begun();
     EXPECT_EQ(Runs(), "1 running|");
     record->Add(Entry("RV001"));
     EXPECT_EQ(Runs(), "1 running RV001|");
     const auto other = Begun("other.ini");
     EXPECT_EQ(Runs(), "1 running RV001|2 running|") << "two at once";
+    other->AddRecovered("RV001", 1, std::nullopt);
     other->End(Ended(ERunEnd::NotBegun));
-    EXPECT_EQ(Runs(), "2 not begun|1 running RV001|");
-    record->End(Ended(ERunEnd::Signal, "SIGTERM"));
-    EXPECT_EQ(Runs(), "2 not begun|1 signal RV001|");
+    EXPECT_EQ(Runs(), "2 not begun RV001|1 running RV001|");
+    const SVisitSummary others = SummariseVisits(folder.Path("ev"), folder.Path("other.ini"));
+    EXPECT_TRUE(others.hasEvents && others.relays.empty()) << "no visit of that relay";
+    for (const ERunEnd how : {ERunEnd::Signal, ERunEnd::Whole}) // the first one counts
+        record->End(Ended(how, "SIGTERM"));
+    EXPECT_EQ(Runs(), "2 not begun RV001|1 signal RV001|");
     EXPECT_EQ(Runs("site.ini"), "1 signal RV001|");
     EXPECT_FALSE(folder.Has(Name("1.visit")) || folder.Has(Name("2.visit")));
     const SVisitSummary summary = SummariseVisits(folder.Path("ev"), folder.Path("site.ini"));
@@ -124,6 +156,7 @@ TEST_F(VisitRecord, ARelayIsMissedUntilItIsReachedAndARepeatedAttemptCounts) {
     SVisitEntry feeder = Entry("RV001");
     const auto night = [&](int day, bool isReached, const char* attempt) {
         g_utcTime.day = day;
+        g_utcTime.minute = *attempt - '1';
         SetEnvironmentValue("RUVO_ATTEMPT", attempt);
         feeder.isReached = isReached;
         feeder.end = RecordedNow();
@@ -142,7 +175,11 @@ TEST_F(VisitRecord, ARelayIsMissedUntilItIsReachedAndARepeatedAttemptCounts) {
     EXPECT_EQ(known.nights, 2U);
     EXPECT_EQ((night(23, false, "2").relays[{"RV001", "5"}].nights), 2U) << "of the same night";
     summary = night(23, true, "3");
-    EXPECT_EQ((summary.relays[{"RV001", "5"}].nights), 0U);
+    const SKnownRelay& reached = summary.relays[{"RV001", "5"}];
+    EXPECT_EQ(reached.missedSince + reached.missedLast, "");
+    EXPECT_EQ(reached.nights, 0U);
+    EXPECT_EQ(summary.last->begin, "2026-11-23T02:00:00Z") << "the first attempt's";
+    EXPECT_EQ(summary.last->logLines, 6U) << "of all three";
     ASSERT_EQ(summary.last->entries.size(), 2U) << "the other relay was visited by the first attempt";
     EXPECT_TRUE(summary.last->entries[0].isReached);
     EXPECT_EQ(night(24, true, "2").last->entries.size(), 1U) << "what it repeats is not known";
@@ -190,6 +227,7 @@ TEST_F(VisitRecord, EndedAnywhereItIsReadAndBecomesOneLine) {
     for (std::size_t cut = 0; cut <= line.size(); cut += 61)
         check(run + end, line.substr(0, cut), "1 whole RV001 RV002|");
     check(run + end, line, "1 whole RV001 RV002|");
+    EXPECT_EQ(std::ranges::count(folder.Read(Name("visits.ndjson")), '\n'), 2) << "no line twice";
     check(run + end, line + line, "1 whole RV001 RV002|");
 }
 
@@ -202,6 +240,67 @@ TEST_F(VisitRecord, KeepsAsManyRunsAsItMay) {
         EXPECT_EQ(Runs(), "4 whole RV004|5 whole RV005|6 whole RV006|7 whole RV007|8 whole RV008|");
     }
     EXPECT_TRUE(folder.Has(Name("visits-earlier.ndjson"))) << "where other versions look for them";
+    std::filesystem::remove_all(folder.Native("state"));
+    for (int run = 1; run <= 3; ++run)
+        RunWhole(Entry("RV00" + std::to_string(run)), {.runs = 1});
+    EXPECT_EQ(Runs(), "2 whole RV002|3 whole RV003|");
+}
+
+/// A file of so many runs is longer than what is read of it at once.
+TEST_F(VisitRecord, KeepsTwoYearsOfNights) {
+    RunWhole(Entry("RV001"));
+    std::string lines, runs;
+    for (SVisitLine line; ++line.number <= 731;) {
+        lines += LineAsJson(BeginAsJson(line), {}, "") + "\n";
+        runs += std::to_string(line.number) + " killed|";
+    }
+    folder.Write(Name("visits.ndjson"), lines);
+    for (const bool isFull : {false, true}) {
+        RunWhole(Entry("RV001"));
+        EXPECT_EQ(folder.Has(Name("visits-earlier.ndjson")), isFull);
+    }
+    EXPECT_EQ(Runs(), runs + "732 whole RV001|733 whole RV001|");
+    EXPECT_EQ(SVisitBounds{}.bytes, 33'554'432U) << "as people are told";
+}
+
+TEST_F(VisitRecord, WhatIsWrongWithTheFilesIsSeen) {
+    RunWhole(Entry("RV001"));
+    const auto running = Begun();
+    std::filesystem::remove(folder.Native(Name("visits.ndjson")));
+    const auto next = Begun();
+    EXPECT_EQ(Runs(), "2 running|3 running|") << "a number is not used again";
+    for (const char* name : {"visits-earlier.ndjson", "visits.ndjson"}) {
+        RunWhole(Entry("RV001"));
+        std::filesystem::remove(folder.Native(Name(name)));
+        std::filesystem::create_directory(folder.Native(Name(name)));
+        EXPECT_FALSE(SummariseVisits(folder.Path("ev"), folder.Path("site.ini")).isWhole) << name;
+        std::filesystem::remove(folder.Native(Name(name)));
+    }
+}
+
+TEST_F(VisitRecord, AWatchSeesTheRunsThatBeginAfterIt) {
+    RunWhole(Entry("RV001"));
+    EXPECT_FALSE(CRunWatch(folder.Path("ev")).Find(ProcessNumber()));
+    const auto earlier = Begun();
+    const CRunWatch watch(folder.Path("ev"));
+    const auto seen = [&watch](std::uint64_t process) {
+        const auto run = watch.Find(process);
+        return std::to_string(run ? run->line.number : 0) +
+               (run && run->state == ERunState::Ended ? " ended" : "");
+    };
+    EXPECT_EQ(seen(ProcessNumber()), "0");
+    const auto record = Begun("other.ini");
+    EXPECT_EQ(seen(ProcessNumber()), "3");
+    record->End(Ended(ERunEnd::Whole));
+    EXPECT_EQ(seen(ProcessNumber()), "3 ended");
+    EXPECT_EQ(seen(0), "0");
+    folder.Write(Name("4.visit"), "{\"number\":4,\"process\":0}\n"); // of a run that was killed
+    EXPECT_EQ(seen(0), "4 ended");
+    CVisitRecord recovery(folder.Path("ev"), folder.Path("third.ini"), {}, ERunKind::Recover);
+    recovery.Begin();
+    for (const char* ini : {"site.ini", "third.ini"})
+        EXPECT_EQ(FindRunningVisit(folder.Path("ev"), folder.Path(ini)).value_or(SVisitLine{}).number,
+                  ini == std::string("site.ini") ? 2U : 0U);
 }
 
 TEST_F(VisitRecord, KnowsWhenARelayWasLastReached) {
@@ -210,6 +309,10 @@ TEST_F(VisitRecord, KnowsWhenARelayWasLastReached) {
     entry.end = "2026-11-24T02:00:09Z";
     entry.isReached = true;
     RunWhole(entry);
+    entry.address = "6";
+    const auto other = Begun("other.ini");
+    other->Add(entry);
+    other->End(Ended(ERunEnd::Whole));
     entry = Entry("RV001");
     for (const char* address : {"5", "5", "6"}) {
         entry.address = address;
@@ -241,9 +344,9 @@ TEST_F(VisitRecord, HostileTextsStayText) {
 TEST_F(VisitRecord, WhatCannotBeWrittenIsToldOnce) {
     folder.Write("state", "no folder");
     RunWhole(Entry("RV001"));
-    EXPECT_TRUE(g_standardError.starts_with("ruvo: no record of this visit can be kept in "))
-        << g_standardError;
-    EXPECT_EQ(g_standardError.find("ruvo: ", 1), std::string::npos);
+    EXPECT_EQ(g_standardError, "ruvo: no record of this visit can be kept in " +
+                                   DisplayPath(FolderOfJournals(folder.Path("ev"))) +
+                                   "; ruvoctl status will not know of it");
 }
 
 /// The first visit of a site may find nothing to store, and leave no event root.
@@ -254,14 +357,43 @@ TEST_F(VisitRecord, OfASiteWithoutEventsHasItsPlace) {
     EXPECT_TRUE(SummariseVisits(folder.Path("ev"), folder.Path("site.ini")).last);
 }
 
-// One that is reachable resolves to that form.
+// One that is reachable resolves to that form. Later versions look for the journals in that folder, too.
 TEST_F(VisitRecord, AShareThatIsAwayKeepsItsFolder) {
-    for (const char* const below : {"", "\\ev", "\\ev\\north"}) {
-        const std::string share = std::string("\\\\srv-that-is-away\\share") + below;
+    for (const auto& [below, readable] : {std::pair<std::string, std::string>("", "share"),
+                                          {"\\ev", "ev"},
+                                          {"\\ev\\North Bay_7", "North-Bay-7"},
+                                          {"\\" + std::string(50, 'a'), std::string(40, 'a')}}) {
+        const std::string share = "\\\\srv-that-is-away\\share" + below;
         const std::string name = FolderOfRoot("C:\\state", share);
-        EXPECT_TRUE(name.ends_with("-" + DigestOf("\\\\?\\UNC" + share.substr(1)))) << name;
-        EXPECT_EQ(FolderOfRoot("C:\\state", std::string("\\\\SRV-that-is-away\\Share") + below), name);
+        EXPECT_EQ(name, "C:\\state\\" + readable + "-" + DigestOf("\\\\?\\UNC" + share.substr(1)));
+        EXPECT_EQ(FolderOfRoot("C:\\state", "\\\\SRV-that-is-away\\Share" + below), name);
     }
+    const std::string drive = ResolvedFolder("C:\\");
+    EXPECT_EQ(FolderOfRoot("C:\\state", "C:\\"), "C:\\state\\-" + DigestOf(drive));
+    EXPECT_EQ(FolderOfRoot("C:\\state", "C:\\no\\ev"), "C:\\state\\ev-" + DigestOf(drive + "no\\ev"));
+    EXPECT_EQ(FolderOfRoot("", "C:\\") + FolderOfRoot("C:\\state", ""), "");
+}
+
+TEST_F(VisitRecord, TheFolderOfAnEventRootIsFoundByWhatPeopleCallIt) {
+    const std::string own = FolderOfJournals(folder.Path("ev"));
+    for (const char* root : {"another", "ev"})
+        EXPECT_TRUE(PrepareRootFolder(FolderOfJournals(folder.Path(root)), folder.Path(root)));
+    for (const std::string& meant : {own.substr(own.rfind('\\') + 1), own, folder.Path("ev")})
+        EXPECT_EQ(FindRootFolder(StateFolder(), meant), own);
+    const std::string noted = EventRootOf(own);
+    folder.Write(Name("event-root.txt"), noted + std::string(300, 'x') + "\n");
+    EXPECT_TRUE(PrepareRootFolder(own, folder.Path("ev")));
+    EXPECT_EQ(EventRootOf(own), noted);
+    EXPECT_TRUE(PrepareRootFolder(own, "\\\\SRV-that-is-away\\Share\\ev"));
+    EXPECT_EQ(EventRootOf(own), "\\\\srv-that-is-away\\share\\ev");
+    EXPECT_FALSE(PrepareRootFolder(folder.Path("site.ini\\ev"), folder.Path("ev")));
+    const std::string many = folder.Path("many\\");
+    for (const char* name : {"ev-0123456789ABCDEF", "-0000000000000000", "ev-G123456789ABCDEF",
+                             "ev-0123456789ABCDE", "ev-00123456789ABCDEF", "0123456789ABCDEF"})
+        std::filesystem::create_directories(folder.Native(std::string("many/") + name));
+    folder.Write("many/f-0123456789ABCDEF", "");
+    EXPECT_EQ(RootFoldersIn(folder.Path("many")),
+              (std::vector{many + "-0000000000000000", many + "ev-0123456789ABCDEF"}));
 }
 
 } // namespace ruvo::test
