@@ -19,7 +19,7 @@ namespace ruvo {
 
 // What only a broken machine would refuse.
 int g_runtimeStarts = 2; // start-up's tests use it too
-static int g_runtimeUsers = 0;
+int g_runtimeUsers = 0;
 static bool g_hasThreads = true;
 
 std::function<void()> g_onRuntimeStart; ///< may throw
@@ -121,7 +121,11 @@ TEST(ConnectionTest, EveryResult) {
         EXPECT_FALSE(folder.Has("RUVO_Errors.log") || folder.Has("ev"));
         if (row.result == 0 && row.generation == 0 && row.requests == 1 && row.call.empty())
             ExpectLogin(server.lines);
+        if (row.ini == ethernet) {
+            EXPECT_NE(server.lines.front().find(R"("10.0.0.5","7","200","0")"), std::string::npos);
+        }
     });
+    g_hasThreads = true;
     ResetErrorLog();
 }
 

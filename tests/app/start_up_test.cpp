@@ -8,14 +8,19 @@
 #include "app/load_and_check.h"
 #include "app/ruvo_app.h"
 #include "dayfile/off_file.h"
+#include "ledger/visit_history.h"
 #include "log/error_log.h"
+#include "log/log_reserve.h"
 
+#include <csignal>
 #include <gtest/gtest.h>
+#include <new>
 #include <unistd.h>
 
 namespace ruvo {
 
 extern int g_runtimeStarts; // the connection test's tests stand in for the runtime
+extern int g_runtimeUsers;
 extern std::function<void()> g_onRuntimeStart;
 
 TEST(CommandLine, IniFileAndSwitch) {
@@ -92,7 +97,10 @@ struct StartUp : testing::Test {
             setenv(name, folder.Native(name).c_str(), 1);
         std::filesystem::create_directory(folder.Native("RUVO_LOCK_DIR"));
     }
-    ~StartUp() override { ResetErrorLog(); }
+    ~StartUp() override {
+        ResetErrorLog();
+        EXPECT_EQ(g_runtimeUsers, 0);
+    }
     /// What it shows, and what it logs.
     std::string Run(const std::vector<std::string>& arguments, std::size_t failingAllocation = 0) {
         g_runtimeStarts = 1;
@@ -102,7 +110,8 @@ struct StartUp : testing::Test {
         std::optional<test::CFailingMemory> memory(failingAllocation);
         application.Run(arguments);
         memory.reset();
-        EXPECT_TRUE(failingAllocation != 0 || std::filesystem::current_path() == home);
+        EXPECT_TRUE(failingAllocation != 0 ||
+                    (std::filesystem::current_path() == home && server.sink == nullptr));
         std::filesystem::current_path(home);
         return std::exchange(g_messageBoxes, "") + "|" + folder.Read("ev/RUVO_Errors.log");
     }
@@ -116,6 +125,7 @@ struct StartUp : testing::Test {
 
 TEST_F(StartUp, FromItsFirstStepToItsLast) {
     EXPECT_EQ(Run({ini}), "|");
+    EXPECT_TRUE(std::signal(SIGTERM, SIG_DFL) == SIG_DFL) << "a host hears its requests itself";
     ASSERT_GT(server.lines.size(), 2U);
     EXPECT_EQ(server.lines.front(), "OpenPort BSTR(\"COM1\") BSTR(\"9600,E,8,1\")");
     EXPECT_TRUE(server.lines.back() == "ClosePort" && server.sink == nullptr);
@@ -156,19 +166,68 @@ TEST_F(StartUp, OnlyAVisitLeavesARecord) {
     g_standardError.clear();
 }
 
+TEST_F(StartUp, TheRecordSaysHowItEnded) {
+    setenv("RUVO_INI_NAME", folder.Native("none.ini").c_str(), 1); // the name of no file
+    server.statuses["GetDeviceStatus"] = 255;                      // for the log
+    const auto record = [this](const std::string& path) {
+        ResetErrorLog();
+        const std::string log = Run({path});
+        const SVisitLine last = SummariseVisits(folder.Path("ev"), path).last.value_or(SVisitLine());
+        EXPECT_EQ(last.logLines, static_cast<std::size_t>(std::ranges::count(log, '\n'))) << log;
+        return std::string(RunEndName(last.ended)) + " " + std::to_string(last.result);
+    };
+    EXPECT_EQ(record(ini), "whole 0");
+    folder.Write("bad.ini", "[RUVO_GENERAL]\nBaudRate=7\nEventRootDir=" + folder.Path("ev") + "\n");
+    EXPECT_EQ(record(folder.Path("bad.ini")), "not begun 12");
+}
+
 TEST_F(StartUp, NoMissingMemoryEndsItWithoutAWord) {
     server.statuses["GetDeviceStatus"] = 255;                    // for the log
     for (std::string* told : {&g_debugOutput, &g_standardError}) // what is told there needs no memory
         told->reserve(std::size_t{1} << 20);
+    bool isVisited = false; // although earlier events could not be brought in
     for (const std::string mode : {"", "-t"}) {
         std::size_t total = 0; // known from the first run, in which nothing fails
         for (std::size_t n = 0; n <= total; total = std::max(total, test::CFailingMemory::Count()), ++n) {
             g_debugOutput.clear();
             g_standardError.clear();
-            EXPECT_NE(Run({mode, ini}, n) + g_debugOutput, "|") << n;
+            const std::string said = Run({mode, ini}, n);
+            EXPECT_NE(said + g_debugOutput, "|") << n;
+            isVisited |= said.find("std::bad_alloc\r\n2021/03/02 14:03:07 A problem ") != std::string::npos;
         }
         EXPECT_GT(total, 150U);
     }
+    EXPECT_TRUE(isVisited);
+}
+
+/// Whether it was kept; it is from here on.
+static bool WasReserveKept() {
+    const test::CFailingMemory counted(0);
+    KeepLogReserve();
+    return test::CFailingMemory::Count() == 0;
+}
+
+TEST(LogReserve, IsKeptButForTheLineThatNeedsIt) {
+    {
+        const test::CFailingMemory counted(0);
+        ::operator delete[](::operator new[](1, std::nothrow));
+    }
+    if (test::CFailingMemory::Count() == 0)
+        GTEST_SKIP() << "a checker of memory makes such memory itself";
+    ReleaseLogReserve();
+    EXPECT_FALSE(WasReserveKept());
+    ReleaseLogReserve();
+    ResolveErrorLogPath(CRunContext(), false);
+    EXPECT_TRUE(WasReserveKept());
+    int tries = 0;
+    WithLogReserve([&tries] {
+        if (++tries == 1)
+            throw std::bad_alloc();
+        EXPECT_FALSE(WasReserveKept());
+        ReleaseLogReserve();
+    });
+    EXPECT_TRUE(tries == 2 && WasReserveKept());
+    ResetErrorLog();
 }
 
 } // namespace ruvo

@@ -66,8 +66,8 @@ TEST(Load, Integers) {
         };
         expect(absent, "|  |\"\"|");
         expect(123, "123| \"123\" ");
-        expect(2147483647, "2147483647|2147483648|4294967296|" + std::string(1500, '9'));
-        expect(notANumber, "0123|00|-1|+5|1 2|0x10|1;c|yes");
+        expect(2147483647, "2147483647|2147483648|4294967296|" + std::string(1023, '9') + "x");
+        expect(notANumber, "0123|00|-1|+5|1 2|0x10|1;c|yes|" + std::string(1022, '9') + "x");
     }
     EXPECT_TRUE(IsNumericText("007", true) && !IsNumericText("", true));
 }
@@ -187,6 +187,15 @@ TEST(Scramble, OurKeysStayAsTheyAre) { // under others no password of any site's
     for (const std::uint8_t byte : kScrambleKeys)
         hash = (hash ^ byte) * 0x100000001B3;
     EXPECT_EQ(hash, 0x1DCF46BFFA668FCEU);
+}
+
+TEST(Scramble, WhatItCanHaveWritten) {
+    const std::string most = "4294967295", more = "4294967296";
+    EXPECT_TRUE(IsScrambledText("08" + most + most) && IsScrambledText("F0" + std::string(20, '0')));
+    for (const std::string& text :
+         {"08" + most + most + "0", "x8" + most + most, "0/" + most + most, "09" + most + most,
+          "08" + more + most, "08" + most + more, "08" + most + "000000000x", "08" + most + most.substr(1)})
+        EXPECT_FALSE(IsScrambledText(text)) << text;
 }
 
 TEST(Scramble, RefusalsAndOddTexts) {

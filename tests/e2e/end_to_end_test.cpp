@@ -117,8 +117,9 @@ TEST(EndToEnd, NoRunBesideAnother) {
 TEST(EndToEnd, WithoutArgumentsItTakesTheIniFileBesideIt) {
     const CProgramRun run(kLink + Relay("serial = 5", kTrip), "", "");
     run.Folder().Write("site.ini", "[RUVO_GENERAL]\nEventRootDir=ev\n[RUVO_SERIAL]\nRV001=5\n");
-    run.Shell("mkdir $DIR/bin; mv $DIR/site.ini $DIR/bin/RUVO.ini; cd $(dirname $RUVO)\n"
-              "cp ruvo p32ls.so oncrpc.so $DIR/bin; cd /; $DIR/bin/ruvo");
+    EXPECT_EQ(run.Shell("mkdir $DIR/bin; mv $DIR/site.ini $DIR/bin/RUVO.ini; cd $(dirname $RUVO)\n"
+                        "cp ruvo p32ls.so oncrpc.so $DIR/bin; cd /; $DIR/bin/ruvo"),
+              "");
     const std::map<std::string, std::string> files{{kDay, Header("000001") + Trip()}};
     EXPECT_EQ(FilesBelow(run.Folder().Native("bin/ev")), files);
 }

@@ -171,10 +171,12 @@ TEST(Secrets, AreInNoArgumentNoEnvironmentAndNoCoreImage) {
         run.Shell("ulimit -c unlimited; cd $DIR; $RUVO $DIR/site.ini & pid=$!\n"
                   "for i in {1..3000}; do grep -qs GetSettingLimits trace.txt && break; sleep 0.01; done\n"
                   "cat /proc/$pid/cmdline; cat /proc/$pid/environ; ps -fww $pid 2>/dev/null\n"
+                  "awk '/core/ {print \"largest image \" $5 \"/\" $6}' /proc/$pid/limits\n"
                   "kill -ABRT $pid; wait $pid; echo ended with $?; ls");
     EXPECT_NE(seen.find("ended with 134"), std::string::npos) << seen;
     EXPECT_NE(seen.find("site.ini"), std::string::npos) << seen;
     EXPECT_EQ(seen.find("core"), std::string::npos) << seen;
+    EXPECT_NE(seen.find("largest image 0/0\n"), std::string::npos) << seen;
     for (const SSecret& secret : secrets) {
         EXPECT_EQ(seen.find(secret.plain), std::string::npos);
         EXPECT_EQ(seen.find(secret.scrambled), std::string::npos);

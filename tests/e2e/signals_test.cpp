@@ -69,13 +69,15 @@ TEST(Signals, ASecondOneEndsWhatDoesNotComeBack) {
         const char* name;
         const char* fault;
         std::string log;
+        std::string record;
     } cases[] = {
         {"a command that is awaited", "operation = \"StartGetColumnTextAndValues\"\nhang = true\n",
          "Extracting event records  P32LS Error - Function Aborted by User. " + kSerialDetails +
              "\n1 event waits in the journal for the next run. " + kSerialDetails + "\n" + lost +
-             "Run ended by SIGTERM; 1 relay not visited.\n"},
+             "Run ended by SIGTERM; 1 relay not visited.\n",
+         "1,\"log_lines\":4"},
         {"a call", "operation = \"ChangeSetting\"\ncell = \"30.01\"\ndelay = 600000\n",
-         "Run ended by SIGTERM; 2 relays not visited.\n"},
+         "Run ended by SIGTERM; 2 relays not visited.\n", "2,\"log_lines\":1"},
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.name);
@@ -83,6 +85,9 @@ TEST(Signals, ASecondOneEndsWhatDoesNotComeBack) {
                               "", kRelays);
         EXPECT_EQ(run.Shell(kTools + "$RUVO $DIR/site.ini & p=$!; events 2; end"), "exit 0\n");
         EXPECT_EQ(run.Log(), row.log);
+        EXPECT_EQ(run.Shell("sed 's/.*\"ended\"/\"ended\"/; s/\"end\":[^,]*,//; s/,\"relays.*//' "
+                            "$DIR/state/*/visits.ndjson"),
+                  "\"ended\":\"signal\",\"signal\":\"SIGTERM\",\"not_visited\":" + row.record + "\n");
         EXPECT_EQ(CountRecords(run), 0U);
         EXPECT_EQ(run.Shell("sed -i '/fault/,$d' $DIR/substation.toml; rm $DIR/run.log; $RUVO $DIR/site.ini"),
                   "");

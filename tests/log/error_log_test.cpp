@@ -63,7 +63,7 @@ TEST_F(CErrorLog, LinesByteForByte) {
     LogStatusMessage("Failed to close COM port.", 15);
     LogStatusMessage("Failed.", 0x0211);
     g_localTime.reset();
-    WriteLogLine("a\r\n\r\nb\tc\x01\x01 d\n\xC3\xA4%s");
+    WriteLogLine("\r\na\r\n\r\nb\tc\x01\x01 d\n\xC3\xA4%s");
     const std::string want =
         "kept\n"
         "2024/03/05 14:07:09 fresh. Connection details - modem name: , device address: -1.\r\n"
@@ -75,7 +75,7 @@ TEST_F(CErrorLog, LinesByteForByte) {
         "2024/03/05 14:07:09 plain\r\n"
         "2024/03/05 14:07:09 Failed to close COM port. P32LS status: P32LS Error - no port open\r\n"
         "2024/03/05 14:07:09 Failed. P32LS status: Cell data not available\r\n"
-        "Invalid DateTime a b c   d \xC3\xA4%s\r\n";
+        "Invalid DateTime  a b c   d \xC3\xA4%s\r\n";
     EXPECT_EQ(m_folder.Read("run.log"), want);
     EXPECT_EQ(g_debugOutput, "");
     UseLog(m_folder.Path("logs\\deep\\run.log"));

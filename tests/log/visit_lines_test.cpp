@@ -61,7 +61,8 @@ protected:
     }
     /// As many records that lack the items, all of the same time.
     void AddIncomplete(int records, const std::string& item, std::size_t items = 1) {
-        const CSimpleEventRecord record(0, 0, std::uint8_t{5}, CParlaneIEC870(), "Trip", nullptr, "", "", "",
+        const CParlaneIEC870 time(CParlaneIEC870::Octets{0x45, 0x23, 7, 13, 16, 2, 26});
+        const CSimpleEventRecord record(0, 0, std::uint8_t{5}, time, "Trip", nullptr, "", "", "",
                                         std::uint16_t{1}, "", CParlaneDataList());
         for (; records > 0; --records) {
             report.incomplete.Add(record, SDroppedItems{items, item});
@@ -135,6 +136,9 @@ TEST_F(VisitLines, HowAVisitEnded) {
          "the relay for the next run.|"
          "/ev/d/f.evt could not be truncated to its earlier 7 bytes; it may end with a torn record.|"
          "2 events wait in the journal for the next run.|1 event taken from the relay, but not stored.|"},
+        {"no more files", [&] { End(EVisitEnd::NoMoreFiles, 2); },
+         "This visit has taken 2 events; the disk of /ev/d/f.evt can take no more files, and the rest waits in the "
+         "relay for the next run.|"},
         {"a failed flush", [&] { report.recordsUnflushed = 1; },
          "Day file /ev/d/f.evt could not be flushed to disk. It holds 1 event of this visit, which a power failure "
          "may still lose.|"},
@@ -156,10 +160,10 @@ TEST_F(VisitLines, WhatRecordsLack) {
              AddIncomplete(10'000, "value 260", 41);
              AddIncomplete(1, "cell \xE9", 2);
          },
-         "Event record of 1998-01-01 00:00:00.000 is written without cell \xC3\xA9, which cannot be stored.|"
-         "10000 event records, the first of 1998-01-01 00:00:00.000, are written without value 260 and 40 more, "
+         "Event record of 2026-02-16 13:07:09.029 is written without cell \xC3\xA9, which cannot be stored.|"
+         "10000 event records, the first of 2026-02-16 13:07:09.029, are written without value 260 and 40 more, "
          "which cannot be stored.|"
-         "Event record of 1998-01-01 00:00:00.000 is written without cell \xC3\xA9 and 1 more, which cannot be "
+         "Event record of 2026-02-16 13:07:09.029 is written without cell \xC3\xA9 and 1 more, which cannot be "
          "stored.|"},
     });
 }
@@ -172,6 +176,12 @@ TEST_F(VisitLines, AreBoundedWhateverTheRelayLacks) {
     EXPECT_EQ(std::ranges::count(lines, '|'), 17);
     EXPECT_TRUE(
         lines.ends_with("|1968 further event records are written without items that cannot be stored.|"));
+    report = SExtractionReport();
+    for (int kind = 0; kind < 17; ++kind) {
+        AddIncomplete(1, "cell " + std::to_string(kind));
+    }
+    EXPECT_TRUE(
+        Lines().ends_with("|1 further event record is written without items that cannot be stored.|"));
 }
 
 TEST(LedgerText, SaysWhatBecameOfEvents) {

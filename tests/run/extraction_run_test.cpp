@@ -2,6 +2,7 @@
 #include "run/run_fixture.h"
 #include "support/case_table.h"
 
+#include "run/login_probe.h"
 #include "run/password_callbacks.h"
 
 namespace ruvo::test {
@@ -128,6 +129,7 @@ TEST_F(Run, LinksThatFailSayWhy) {
         RunAll(),
         "Modem connect failed. Modem name: Acme 56k, number to dial: 555. P32LS status: The call cannot "
         "be established because the line is busy.|");
+    EXPECT_EQ(server.calls.size(), 1U) << "no relay is called over a line that is busy";
     server.statuses = {{"ModemHangUp", 46}};
     EXPECT_EQ(RunAll(), "Modem hang-up failed. P32LS status: The modem is hanging up already. Please wait.|");
     fields.useEthernet = 1;
@@ -193,7 +195,7 @@ TEST_F(Run, PasswordCallbackReasons) {
     ConnectionDetails().serialLink = true;
     ConnectionDetails().comPort.clear();
     const SPasswordRequest request{};
-    char text[] = "        ";
+    char text[] = "########";
     char* buffer = text;
     std::uint32_t noNotify = 9;
     ForEachCase<5>("run/password_callback.txt", [&](auto& codeText, auto& result, auto& message,
@@ -201,23 +203,26 @@ TEST_F(Run, PasswordCallbackReasons) {
         const int code = std::stoi(codeText);
         std::filesystem::remove(folder.Native("run.log"));
         PasswordState() = SPasswordState{};
-        PasswordState().accepted = true;
+        PasswordState().accepted = PasswordState().blocked = PasswordState().insufficientLevel = true;
         EXPECT_EQ(PasswordCallback(request, &buffer, 8, &noNotify, code, -1), std::stoi(result));
         EXPECT_TRUE(PasswordState().callbackCalled);
-        EXPECT_EQ(PasswordState().accepted, code == 1);
+        EXPECT_TRUE(PasswordState().accepted == (code == 1) && !PasswordState().unanswered);
         EXPECT_EQ(PasswordState().blocked, blocked == "1");
         EXPECT_EQ(PasswordState().insufficientLevel, level == "1");
         EXPECT_EQ(folder.Read("run.log"), code == 1 ? "" : "2021/03/02 14:03:07 " + (message + details));
     });
     PasswordState().currentPassword = "PASS";
     EXPECT_EQ(PasswordCallback(request, &buffer, 6, &noNotify, 0, -1), 0);
-    EXPECT_EQ(std::string(text), "PASS    ");
+    EXPECT_EQ(std::string(text), "PASS  ##");
     EXPECT_EQ(noNotify, 0U);
     PasswordState().currentPassword = "LONGPASS";
     EXPECT_EQ(PasswordCallback(request, &buffer, 6, &noNotify, 0, -1), 0);
-    EXPECT_EQ(std::string(text), "PASS    ") << "a password longer than the relay takes is not cut";
+    EXPECT_EQ(std::string(text), "PASS  ##") << "a password longer than the relay takes is not cut";
+    EXPECT_TRUE(PasswordState().unanswered);
     EXPECT_EQ(PasswordAcceptedCallback("m"), 1);
-    EXPECT_TRUE(PasswordState().accepted);
+    EXPECT_TRUE(PasswordState().accepted && !PasswordState().unanswered);
+    PrepareLogin(CRuvoConfig(fields), "RV001");
+    EXPECT_EQ(PasswordState().currentPassword, "") << "that of another relay";
 }
 
 } // namespace ruvo::test

@@ -9,6 +9,7 @@
 
 #include <condition_variable>
 #include <deque>
+#include <functional>
 #include <mutex>
 #include <thread>
 
@@ -22,8 +23,11 @@ public:
         m_wakes.push_back(wake);
         m_changed.notify_all();
     }
-    EWake Wait(std::chrono::milliseconds /*most*/, const char*& name) override {
+    EWake Wait(std::chrono::milliseconds most, const char*& name) override {
+        if (onWait)
+            onWait();
         std::unique_lock lock(m_mutex);
+        waits += (most == kForever ? "ever" : std::to_string(most.count())) + " ";
         m_changed.wait(lock, [this] { return !m_wakes.empty(); });
         const EWake wake = m_wakes.front();
         if (wake != EWake::Stopped)
@@ -31,9 +35,15 @@ public:
         name = wake == EWake::Request ? "SIGTERM" : name;
         return wake;
     }
-    bool Skip(std::chrono::milliseconds /*time*/) override { return true; }
+    bool Skip(std::chrono::milliseconds time) override {
+        waits += "+" + std::to_string(time.count()) + " ";
+        return true;
+    }
     void Stop() override { Add(EWake::Stopped); }
     void Release() override {}
+
+    std::string waits; ///< how long it was waited, "+" where requests did not count
+    std::function<void()> onWait;
 
 private:
     std::mutex m_mutex;

@@ -48,6 +48,9 @@ TEST_F(RunEnd, EndsBehindTheEventUnderWay) {
     AskAt("OpenPort", 2);
     EXPECT_EQ(RunAll(), "Run ended by SIGHUP; 2 relays not visited.|");
     EXPECT_EQ(server.calls.back(), "ClosePort");
+    server.statuses = {{"OpenPort", 11}};
+    AskAt("OpenPort", 2);
+    EXPECT_TRUE(RunAll().ends_with("|Run ended by SIGHUP; 1 relay not visited.|")) << "two had their turn";
 }
 
 TEST_F(RunEnd, WhatItAbortsIsNotTheUsersAbort) {
@@ -90,7 +93,7 @@ TEST_F(RunEnd, WhatItAbortsIsNotTheUsersAbort) {
 TEST_F(RunEnd, OnlyWhatIsStuckIsEnded) {
     using enum IEndRequests::EWake;
     using enum CRunEnd::EStage;
-    const std::string early = "ruvo: ended by SIGTERM; no relay was visited";
+    const std::string early = "ruvo: ended by SIGTERM; no relay was visited", asked = "ever +1000 10000 ";
     const std::string line = "2021/03/02 14:03:07 Run ended by SIGTERM; 3 relays not visited.\r\n";
     const struct {
         const char* name;
@@ -98,14 +101,17 @@ TEST_F(RunEnd, OnlyWhatIsStuckIsEnded) {
         std::deque<IEndRequests::EWake> wakes;
         int ends;
         std::string told;
+        std::string waits; ///< in milliseconds
+        bool comesBack = false;
     } cases[] = {
-        {"nobody asks", Visiting, {}, 0, ""},
-        {"the start may take its time", NotBegun, {Request}, 0, ""},
-        {"but not for ever", NotBegun, {Request, Timeout}, 1, early},
-        {"a second request shortens that", NotBegun, {Request, Request}, 0, ""},
-        {"a third one looks at once", NotBegun, {Request, Request, Request}, 1, early},
-        {"the run is busy with its files", Visiting, {Request, Timeout, Timeout}, 0, ""},
-        {"the server is not let go", Over, {Request, Timeout}, 1, line},
+        {"nobody asks", Visiting, {}, 0, "", "ever "},
+        {"the start may take its time", NotBegun, {Request}, 0, "", asked},
+        {"but not for ever", NotBegun, {Request, Timeout}, 1, early, asked + "10000 "},
+        {"unless something comes back", NotBegun, {Request, Timeout}, 0, "", asked + "10000 ", true},
+        {"a second request shortens that", NotBegun, {Request, Request}, 0, "", asked + "1000 "},
+        {"a third one looks at once", NotBegun, {Request, Request, Request}, 1, early, asked + "1000 1000 "},
+        {"busy with its files", Visiting, {Request, Timeout, Timeout}, 0, "", asked + "10000 10000 "},
+        {"the server is not let go", Over, {Request, Timeout}, 1, line, asked + "10000 "},
     };
     RunAll(); // names the log
     for (const auto& row : cases) {
@@ -119,15 +125,20 @@ TEST_F(RunEnd, OnlyWhatIsStuckIsEnded) {
             end->Finish();
         int ends = 0;
         CScriptedRequests requests;
+        if (row.comesBack)
+            requests.onWait = [this] { link->ResetCell(nullptr, 0x0002); };
         for (const IEndRequests::EWake wake : row.wakes)
             requests.Add(wake);
         {
             const CEndWatch watch(*end, requests, CEndWatch::kTimes, [&] { ++ends; });
         }
         EXPECT_EQ(ends, row.ends);
+        EXPECT_EQ(requests.waits, row.waits);
         EXPECT_EQ(end->IsAsked(), !row.wakes.empty());
         EXPECT_EQ(g_standardError + folder.Read("run.log"), row.told);
     }
+    end->WriteEndLine();
+    EXPECT_EQ(folder.Read("run.log"), line) << "once";
 }
 
 } // namespace ruvo::test
