@@ -7,7 +7,9 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <regex>
+#include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 
 namespace ruvo {
 namespace {
@@ -25,7 +27,10 @@ std::string Outcome(const SChildProgram& program, CChildProgram::SWatch watch = 
     if (!output.empty()) {
         return output;
     }
-    watch.take = [&output](std::string_view piece) { output += piece; };
+    watch.take = [&output](std::string_view piece) {
+        EXPECT_FALSE(piece.empty());
+        output += piece;
+    };
     const SChildEnd end = child.Await(watch);
     return output + "|" + std::to_string(end.status) + end.signal + (end.hasTimedOut ? " timeout" : "");
 }
@@ -36,12 +41,20 @@ TEST(ChildProgram, RunsWithWhatItIsGiven) {
     reader.input = std::string(200000, 'i');
     EXPECT_EQ(Outcome(reader), reader.input + "b c 1 x y\nerr\n2\n|3"); // the shell adds PWD
     EXPECT_EQ(Outcome(Shell("cat; kill -9 $$")), "|137SIGKILL");
+    EXPECT_EQ(Outcome(Shell("printf x; kill -40 $$")), "x|168signal 40");
+    EXPECT_EQ(Outcome(Shell("cut -d' ' -f5 /proc/$$/stat")), std::to_string(getpgrp()) + "\n|0");
+    const auto before = signal(SIGPIPE, SIG_IGN);
+    EXPECT_EQ(Outcome(Shell("kill -PIPE $$")), "|141SIGPIPE") << "what is ignored here is not ignored there";
+    signal(SIGPIPE, before);
     EXPECT_EQ(Outcome(Shell("dd if=/dev/zero bs=300000 count=1 2>/dev/null | tr '\\0' x")),
               std::string(300000, 'x') + "|0")
         << "more than a pipe holds";
     SChildProgram missing = Shell("");
     missing.path = "C:\\none\\such";
     EXPECT_EQ(Outcome(missing), "No such file or directory");
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "nobody took note of its end";
+    EXPECT_TRUE(IsProgram("C:\\bin\\sh"));
+    EXPECT_FALSE(IsProgram("C:\\bin") || IsProgram("C:\\etc\\passwd") || IsProgram(missing.path));
     const auto variables = WholeEnvironment();
     EXPECT_EQ(std::ranges::count(variables, "PATH=" + EnvironmentValue("PATH").value_or("")), 1);
 }
@@ -57,7 +70,9 @@ TEST(ChildProgram, IsAwaitedButNotWhatItLeavesBehind) {
     watch.every = milliseconds(20);
     watch.look = [&looks] { ++looks; };
     watch.most = milliseconds(200);
+    const auto begin = std::chrono::steady_clock::now();
     const std::string outcome = Outcome(group, watch);
+    EXPECT_LE(looks * watch.every, std::chrono::steady_clock::now() - begin) << "no oftener";
     EXPECT_TRUE(std::regex_match(outcome, std::regex("\\d+\n\\|137SIGKILL timeout"))) << outcome;
     EXPECT_GT(looks, 0);
     const auto runs = [process = "/proc/" + outcome.substr(0, outcome.find('\n')) + "/stat"] {

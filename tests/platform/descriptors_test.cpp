@@ -91,15 +91,15 @@ TEST(Descriptors, AreClosedAfterEachUse) {
                 CopyToNewFile(folder.Path("f"), folder.Path("g")) && !InstanceFolder().empty());
     EXPECT_EQ(Open(), before);
     CFile closed;
-    std::uint64_t number = 7;
-    std::size_t count = 7;
+    std::uint64_t number = 7, length = 7;
+    std::size_t count = 7, got = 7;
     std::uint8_t byte = 0;
     for (const SFileResult& result :
-         {closed.GetLength(number), closed.Seek(0, ESeekOrigin::Start, number),
-          closed.Read({&byte, 1}, count), closed.Write({&byte, 1}, count), closed.Write({}, count),
-          closed.SetLength(0), closed.FlushToDisk(), closed.FlushWritten(), closed.Close()})
+         {closed.GetLength(length), closed.Seek(0, ESeekOrigin::Start, number), closed.Read({&byte, 1}, got),
+          closed.Write({&byte, 1}, count), closed.Write({}, count), closed.SetLength(0), closed.FlushToDisk(),
+          closed.FlushWritten(), closed.Close()})
         EXPECT_EQ(result.failure, EFileFailure::BadDescriptor);
-    EXPECT_EQ(number + count, 0U);
+    EXPECT_EQ(number + length + count + got, 0U);
     EXPECT_EQ(closed.TryLock(), EFileLock::Unknown);
     EXPECT_FALSE(closed.IsLocked() || closed.IsAt(folder.Path("f")) || closed.RemoveIfEmpty());
     CFile virtualFile; // whose file system has no disk

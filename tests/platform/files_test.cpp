@@ -4,8 +4,10 @@
 #include "platform/files.h"
 #include "platform/mapped_part.h"
 #include "platform/posix/free_space.h"
+#include "platform/system_calls.h"
 #include "support/scratch_folder.h"
 
+#include <cerrno>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -50,6 +52,7 @@ TEST(CMappedPart, StoresLikeAWriteAndFailsLikeOne) {
     ASSERT_TRUE(file.Open(folder.Path("f"), {.read = true, .write = true}).Good());
     ASSERT_TRUE(mapped.Map(file, 5'000, 1'000'000));
     EXPECT_TRUE(mapped.Covers(5'000, 1'000'000) && !mapped.Covers(5'001, 1'000'000) && !mapped.Covers(0, 1));
+    EXPECT_TRUE(mapped.Covers(4'096, 1) && mapped.Covers(1'005'000, 0) && !mapped.Covers(2'000'000, 1));
     const pid_t child = fork(); // killed at once, it flushes nothing
     if (child == 0) {
         static_cast<void>(mapped.Store(8'180, bytes).Good() && raise(SIGKILL) == 0);
@@ -57,9 +60,11 @@ TEST(CMappedPart, StoresLikeAWriteAndFailsLikeOne) {
     waitpid(child, nullptr, 0);
     EXPECT_EQ(folder.Read("f"), std::string(before).replace(8'180, text.size(), text));
     ASSERT_TRUE(file.SetLength(8'192).Good());
-    EXPECT_FALSE(mapped.Store(8'180, bytes).Good()) << "the last of it has no page in the file";
+    for (const char* const again : {"", ", as before"})
+        EXPECT_FALSE(mapped.Store(8'180, bytes).Good()) << "the last of it has no page in the file" << again;
     EXPECT_TRUE(mapped.Store(5'000, bytes).Good());
     EXPECT_EQ(folder.Read("f").substr(5'000, text.size()), text);
+    EXPECT_TRUE(file.Close().Good() && !mapped.Map(file, 5'000, 1) && !mapped.Covers(5'000, 1));
 }
 
 TEST(CFile, TellsWhyItCannotOpen) {
@@ -90,6 +95,9 @@ TEST(CFile, TellsWhyItCannotOpen) {
     }
     EXPECT_EQ(open(folder.Path("none"), plain), EFileFailure::NotFound);
     EXPECT_EQ(open(folder.Path("none\\f"), plain), EFileFailure::BadPath);
+    EXPECT_EQ(open("C:\\proc", plain), EFileFailure::NotPlain);
+    for (const SOpenMode mode : {plain, SOpenMode{.read = true}})
+        EXPECT_EQ(open("no such file", mode), EFileFailure::NotFound) << "in the current folder";
     EXPECT_FALSE(RemovePlainFile(folder.Path("linked\\file")) || !RemovePlainFile(folder.Path("file")));
 }
 
@@ -157,15 +165,24 @@ TEST(Files, AreListedNamedAndCopiedSafely) {
         EXPECT_EQ(entry.isFolder, entry.name == "sub") << entry.name;
         EXPECT_EQ(entry.isFile, entry.name == "file") << entry.name;
     }
-    EXPECT_FALSE(ListFolder(folder.Path("none"), entries));
+    EXPECT_FALSE(ListFolder(folder.Path("none"), entries) || !entries.empty() || IsMarkedReadOnly(""));
     const std::string first = MakeUniqueFile(folder.Path(), "RWT");
+    EXPECT_TRUE(first.ends_with(".tmp")) << first;
+    EXPECT_TRUE(MakeUniqueFile(folder.Path() + "/", "RWT").starts_with(folder.Path() + "/RWT"));
     EXPECT_TRUE(first.starts_with(folder.Path("RWT")) && first != MakeUniqueFile(folder.Path("\\"), "RWT"));
     EXPECT_TRUE(GetPathKind(first) == EPathKind::File && MakeUniqueFile(folder.Path("none"), "RWT").empty());
     const std::string source = folder.Write("a", "secret");
     chmod(folder.Native("a").c_str(), 0600);
     EXPECT_TRUE(CopyToNewFile(source, folder.Path("b")) && folder.Read("b") == "secret");
     EXPECT_EQ(std::filesystem::status(folder.Native("b")).permissions(), std::filesystem::perms(0600));
-    EXPECT_FALSE(CopyToNewFile(folder.Path("none"), folder.Path("c")) || folder.Has("c"));
+    for (const std::string& unread : {folder.Path("none"), std::string("C:\\proc\\self\\mem")})
+        EXPECT_FALSE(CopyToNewFile(unread, folder.Path("c")) || folder.Has("c")) << unread;
+    chmod(folder.Native("a").c_str(), 0550);
+    const mode_t mask = umask(0);
+    EXPECT_TRUE(CopyToNewFile(source, folder.Path("d")) && MakeFolder(folder.Path("all")).Good());
+    umask(mask);
+    for (const auto& [name, mode] : {std::pair("d", 0640), {"all", 0777}})
+        EXPECT_EQ(std::filesystem::status(folder.Native(name)).permissions(), std::filesystem::perms(mode));
     using enum EFileFailure;
     const auto failure = [&](auto name) {
         return CanMakeEntryIn(folder.Path(name), EPathKind::File).failure;
@@ -196,6 +213,75 @@ TEST(FileReplacement, GoesOnWithTheFileThatNowHasTheName) {
     EXPECT_TRUE(taken.failure == EAccessFailure::NotReplaced && taken.systemCode == 0);
 }
 
+TEST(FileReplacement, TellsWhatItRefuses) {
+    using enum EAccessFailure;
+    const CScratchFolder folder;
+    const std::string path = folder.Write("f", "old");
+    const auto expect = [](const SAccessResult& result, EAccessFailure failure, long code, const char* name) {
+        EXPECT_TRUE(result.failure == failure && result.systemCode == code) << name << result.systemCode;
+        errno = 0;
+    };
+    folder.Write("twin", "");
+    std::filesystem::create_hard_link(folder.Native("twin"), folder.Native("other"));
+    std::filesystem::create_symlink("round", folder.Native("round"));
+    for (const auto& [name, failure, code] : {std::tuple("f", None, 0),
+                                              {"none", NotFound, ENOENT},
+                                              {"none\\f", NotFound, ENOENT},
+                                              {"f\\", NotFound, ENOTDIR},
+                                              {"", NotFound, 0},
+                                              {"round", UntrustedLink, 0},
+                                              {"twin", HardLinked, 0}})
+        expect(CheckReplaceable(folder.Path(name)), failure, code, name);
+    expect(CheckReplaceable("D:\\x"), NotFound, ENOENT, "another drive");
+    expect(WriteNewPrivateFile("D:\\x", "", ""), NotCreated, ENOENT, "a new one there");
+    expect(WriteNewPrivateFile(path, "", ""), Exists, EEXIST, "a new one");
+    for (const char* const bytes : {"olds", "ol", "other"}) {
+        CSecretFileReplacement secret;
+        EXPECT_TRUE(secret.Prepare(path, "new").Good());
+        expect(secret.Commit(bytes), Changed, 0, bytes);
+    }
+    CSecretFileReplacement late;
+    EXPECT_TRUE(late.Prepare(path, "new").Good());
+    std::filesystem::rename(folder.Native("f"), folder.Native("moved"));
+    folder.Write("f", "old");
+    expect(late.Commit("old"), Changed, 0, "another file");
+    COutputFileReplacement output;
+    EXPECT_TRUE(output.Open(folder.Path("to come")).Good() && output.Write("new").Good());
+    std::filesystem::create_directory(folder.Native("to come"));
+    expect(output.Commit(), NotReplaced, EISDIR, "a folder by now");
+    std::string resolved;
+    expect(ResolveOutputPath(folder.Native("round"), resolved), UntrustedLink, 0, "round");
+    expect(ResolveOutputPath(folder.Native("to come//f"), resolved), None, 0, "to come");
+    EXPECT_EQ(resolved, std::filesystem::canonical(folder.Native("to come")).string() + "/f");
+}
+
+TEST(FileReplacement, IsOnTheDiskWithItsName) {
+    const CScratchFolder folder;
+    for (const int error : {EIO, ENOSPC, EDQUOT, EINVAL, ENOSYS, ENOTSUP, 0}) {
+        const bool isDone = error != EIO && error != ENOSPC && error != EDQUOT;
+        test::g_refused = error == 0 ? "" : "fsync";
+        test::g_error = error;
+        CSecretFileReplacement secret;
+        const SAccessResult result = secret.Prepare(folder.Write("f", "old"), "new");
+        EXPECT_TRUE(result.Good() == isDone && result.systemCode == (isDone ? 0 : error)) << error;
+        EXPECT_EQ(FlushFolder(folder.Path()), isDone) << error;
+        test::g_flushes = 0;
+        EXPECT_TRUE(!isDone || (secret.Commit("old").Good() && test::g_flushes == 1)) << "of its folder";
+    }
+}
+
+TEST(FileReplacement, KnowsWhatItCanHaveLeft) {
+    using namespace file_replacement;
+    for (const char* const name : {".f.abcdef.tmp", ".f.ghijkl.tmp", ".f.mnopqr.tmp", ".f.stuvwx.tmp",
+                                   ".f.yz0123.tmp", ".f.45abcd.tmp"})
+        EXPECT_TRUE(IsTemporaryName(name, "f")) << name;
+    for (const char* const name : {".f.ABCDEF.tmp", ".f.6bcdef.tmp", ".g.abcdef.tmp", ".f.abcdef.txt",
+                                   ".f.abcdefg.tmp", ".f.abcde.tmp", "f"})
+        EXPECT_FALSE(IsTemporaryName(name, "f")) << name;
+    const std::string longest(255, 'n'), made = TemporaryName(longest);
+    EXPECT_TRUE(made.size() == 255 && IsTemporaryName(made, longest)) << made;
+}
+
 TEST(Files, RoomThatTheSystemDoesNotStateIsUnknown) {
     using Room = std::optional<std::uint64_t>;
     const std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
@@ -220,6 +306,7 @@ TEST(Files, RoomThatTheSystemDoesNotStateIsUnknown) {
         EXPECT_EQ(FreeSpaceFrom(status).files, test.more) << test.name;
     }
     EXPECT_TRUE(FreeSpace(CScratchFolder().Path("none\\deep")).bytes) << "that of the nearest folder";
+    EXPECT_FALSE(FreeSpace("C:\\proc").bytes) << "not that of the folder above it";
 }
 
 } // namespace

@@ -63,6 +63,10 @@ TEST(CIniText, FindsAllOccurrencesAndSkipsAByteOrderMark) {
         found[entry->line] = entry->value;
     }
     EXPECT_EQ(found, (decltype(found){{2, "1"}, {4, std::nullopt}, {8, "\xC3\xA4"}}));
+    const CIniText twice = CIniText::Parse("[S]\n;C=\nB=\nD\nA=1\n[s]\nA=2\n");
+    ASSERT_NE(twice.FindEntry("S", "A"), nullptr);
+    EXPECT_EQ(twice.FindEntry("S", "A")->value, "1") << "however early the section has it again";
+    EXPECT_EQ(twice.KeyNames(" s "), (std::vector<std::string>{"B", "D", "A"}));
 }
 
 // Each text is one that a parser or an index of quadratic cost would not finish before the test's time limit.
@@ -90,25 +94,30 @@ TEST(CProfileReader, CutsListsAndCleansDefaults) {
     EXPECT_EQ(reader.SectionNames(6), Names{"abc"}); // three letters, their NUL, and two for the cut
     EXPECT_EQ(reader.SectionNames(7), (Names{"abc", "d"}));
     EXPECT_EQ(reader.SectionNames(2), Names{});
-    EXPECT_EQ(reader.ReadString("S", "A", "'quoted' ", 99), "quoted");
+    for (const auto& [given, clean] :
+         {std::pair("'quoted' ", "quoted"), {"''", ""}, {"'", "'"}, {"xax", "xax"}, {"'a\"", "'a\""}})
+        EXPECT_EQ(reader.ReadString("S", "A", given, 99), clean);
 }
 
 TEST(CProfileReader, AnswersForWhatIsNoReadableFile) {
     const CScratchFolder folder;
     mkfifo(folder.Native("pipe").c_str(), 0600);
     folder.Write("large", "[S]\nA=1\n");
-    std::filesystem::resize_file(folder.Native("large"), kLargestTextFile + 1);
-    const std::string paths[] = {folder.Path("none"),
-                                 folder.Path(),
-                                 folder.Path("pipe"),
-                                 folder.Path("large"),
+    std::filesystem::resize_file(folder.Native("large"), 4'194'305);
+    const std::string paths[] = {folder.Path("none"),   folder.Path(),
+                                 folder.Path("pipe"),   folder.Path("large"),
                                  "C:\\dev\\zero",
-                                 "D:\\x.ini",
-                                 ""};
+                                 "C:\\proc\\self\\mem", // its reading fails
+                                 "D:\\x.ini",           ""};
     for (const std::string& path : paths) {
         const CProfileReader reader(path);
         EXPECT_TRUE(reader.SectionNames(301).empty() && reader.ReadString("S", "A", "d", 9) == "d") << path;
+        std::string bytes = "before";
+        EXPECT_FALSE(reader.Text() != nullptr || ReadTextFileBytes(path, bytes) || !bytes.empty()) << path;
     }
+    std::filesystem::resize_file(folder.Native("large"), 4'194'304);
+    std::string bytes = "before";
+    EXPECT_TRUE(ReadTextFileBytes(folder.Path("large"), bytes) && bytes.size() == 4'194'304);
 }
 
 } // namespace

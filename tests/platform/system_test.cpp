@@ -11,6 +11,8 @@
 #include "platform/posix/native_path.h"
 #include "platform/registry.h"
 #include "platform/single_instance.h"
+#include "platform/sites_folder.h"
+#include "platform/standard_streams.h"
 #include "platform/state_folder.h"
 #include "platform/system_tools.h"
 #include "support/case_table.h"
@@ -45,6 +47,8 @@ TEST(FormFullPath, GivesTheAnswersOfTheTable) {
     EXPECT_EQ(FormFullPath("x", "C:\\a.\\b "), "C:\\a.\\b \\x"); // a folder that exists keeps its name
     EXPECT_EQ(FormFullPath(".", "C:\\a.\\b "), "C:\\a.\\b ");
     EXPECT_EQ(FormFullPath("..\\.", "C:\\"), "C:\\");
+    EXPECT_EQ(FormFullPath("x", "") + FormFullPath("x", "\\\\s\\x") + FormFullPath("\\\\s\\x\\y", ""),
+              "\\\\s\\x\\y");
     EXPECT_EQ(FullPath("C:\\" + std::string(256, 'x')).size() +
                   FullPath("C:\\" + std::string(257, 'x')).size(),
               259U);
@@ -73,7 +77,8 @@ TEST(ShellWord, ReadsAsOneWordAgain) {
         EXPECT_EQ(pclose(shell), 0);
         EXPECT_EQ(read, word) << command;
     }
-    EXPECT_EQ(ShellWord("/etc/ruvo/yard.ini"), "/etc/ruvo/yard.ini");
+    for (const char* const plain : {"/etc/ruvo/yard.ini", "\xC3\x80_9-+=:,@%"})
+        EXPECT_EQ(ShellWord(plain), plain);
 }
 
 TEST(NativePath, MapsBothWays) {
@@ -86,10 +91,19 @@ TEST(NativePath, MapsBothWays) {
     EXPECT_EQ(ToNativePath(std::string("a\0b", 3)), std::nullopt);
     EXPECT_EQ(FromNativePath("/srv/ev") + FromNativePath("a/b"), "C:\\srv\\eva\\b");
     EXPECT_FALSE(!IsDriveRoot("C:") || !IsDriveRoot("c:\\") || IsDriveRoot("D:") || IsDriveRoot("") ||
-                 IsDriveRoot("C:\\x") || IsDriveRoot("\\"));
-    setenv("TMPDIR", "/var/tmp", 1);
-    EXPECT_EQ(TemporaryFolder(), "C:\\var\\tmp\\");
+                 IsDriveRoot("C:\\x") || IsDriveRoot("\\") || IsDriveRoot("C:x"));
+    const std::string longest(255, 'x');
+    for (const auto& [set, folder] : {std::pair<std::string, std::string>("/var/tmp", "C:\\var\\tmp\\"),
+                                      {"/var/tmp/", "C:\\var\\tmp\\"},
+                                      {"", "C:\\tmp\\"},
+                                      {"relative", "C:\\tmp\\"},
+                                      {"/" + longest, "C:\\" + longest + "\\"},
+                                      {"/x" + longest, ""}}) {
+        setenv("TMPDIR", set.c_str(), 1);
+        EXPECT_EQ(TemporaryFolder(), folder);
+    }
     unsetenv("TMPDIR");
+    EXPECT_EQ(SitesFolder() + AfterVisitFolder(), "C:\\etc\\ruvoC:\\etc\\ruvo\\after-visit.d");
 }
 
 TEST(Registry, ReadsTextsNumbersAndDefaults) {
@@ -101,7 +115,7 @@ TEST(Registry, ReadsTextsNumbersAndDefaults) {
     std::filesystem::create_directories(folder.Native(".config/ruvo"));
     folder.Write(".config/ruvo/registry.ini",
                  "[Software\\A B]\nText=C:\\x\nNumber=dword:0000aB01\nOdd=dword:1x\n"
-                 "Bare\n=default\n[CLSID]\n@=other\n");
+                 "Long=dword:000000001\nNone=dword:\nBare\n=default\n[CLSID]\n@=other\n");
     const auto read = [](const char* key, const char* value, std::size_t capacity) {
         return ReadRegistryValue(ERegistryRoot::CurrentUser, key, value, capacity).value_or("none");
     };
@@ -110,7 +124,14 @@ TEST(Registry, ReadsTextsNumbersAndDefaults) {
     EXPECT_EQ(read("Software\\A B", "Number", 4), std::string("\x01\xAB\0\0", 4));
     EXPECT_EQ(read("Software\\A B", "Odd", 100) + read("Software\\A B", "Bare", 100), "dword:1xnone");
     EXPECT_EQ(read("Software\\A B", "", 100) + read("CLSID", "", 100), "defaultother");
+    EXPECT_EQ(read("Software\\A B", "Long", 100) + read("Software\\A B", "None", 100) +
+                  read("CLSID", "x", 100),
+              "dword:000000001dword:none");
     EXPECT_EQ(ReadRegistryValue(ERegistryRoot::LocalMachine, "CLSID", "", 9), std::nullopt);
+    unsetenv("RUVO_REGISTRY_MACHINE");
+    setenv("XDG_CONFIG_HOME", "/x", 1);
+    EXPECT_EQ(RegistryPlace(ERegistryRoot::CurrentUser) + RegistryPlace(ERegistryRoot::LocalMachine),
+              "/x/ruvo/registry.ini/etc/ruvo/registry.ini");
 }
 
 TEST(Modules, AreFoundUnderTheirSystemName) {
@@ -122,6 +143,10 @@ TEST(Modules, AreFoundUnderTheirSystemName) {
     EXPECT_EQ(module.FailureText(), "D:\\x.dll: no such drive");
     EXPECT_FALSE(module.IsLoaded() || module.FindEntry("sin") || module.FindEntry(1U));
     EXPECT_TRUE(module.Load("libm.so.6") && module.FindEntry("sin") && !module.FindEntry(1U));
+    EXPECT_TRUE(module.FailureText().empty() && !module.Load("D:\\x.dll") && !module.IsLoaded());
+    EXPECT_EQ(SystemModulePath("C:\\P.DLL") + SystemModulePath("x") + SystemModulePath("D:\\P.dll"),
+              "/P.soxD:\\P.dll");
+    EXPECT_TRUE(CanReadModule(folder.Path("broken.dll")) && !CanReadModule(folder.Path("none.dll")));
     EXPECT_EQ(CodeFolder(), ProgramPath().substr(0, ProgramPath().rfind('\\')));
 }
 
@@ -134,10 +159,17 @@ TEST(CInstanceMarker, IsHeldByOneProcessAtATime) {
     {
         CInstanceMarker marker;
         EXPECT_EQ(marker.Claim("A/b"), EInstanceClaim::Claimed);
+        EXPECT_EQ(marker.Claim("A/b"), EInstanceClaim::Claimed) << "its own is no obstacle";
         EXPECT_EQ(claim("A/b"), EInstanceClaim::AlreadyRunning);
+        EXPECT_EQ(std::filesystem::status(folder.Native("A%2Fb.lock")).permissions(),
+                  std::filesystem::perms(0600));
         EXPECT_EQ(claim("other"), EInstanceClaim::Claimed);
     }
     EXPECT_EQ(claim("A/b"), EInstanceClaim::Claimed);
+    const std::string longest(64, 'n');
+    EXPECT_TRUE(claim(longest) == EInstanceClaim::Claimed && folder.Has(longest + ".lock"));
+    mkfifo(folder.Native("pipe.lock").c_str(), 0600);
+    EXPECT_EQ(claim("pipe"), EInstanceClaim::MarkerFailed);
     std::filesystem::create_symlink(folder.Native("target"), folder.Native("linked.lock"));
     EXPECT_TRUE(claim("linked") == EInstanceClaim::MarkerFailed && !folder.Has("target"));
     setenv("RUVO_LOCK_DIR", folder.Native("none").c_str(), 1);
@@ -169,7 +201,8 @@ TEST(CInstanceMarker, KeepsAUsersRunsApartHoweverTheyAreStarted) {
                   refused.empty() ? EInstanceClaim::Claimed : EInstanceClaim::AlreadyRunning);
     });
     CInstanceMarker marker;
-    EXPECT_TRUE(folder.Has("state/ruvo/A.lock") && folder.Has("state/ruvo/A@a%20b.lock"));
+    EXPECT_TRUE(folder.Has("state/ruvo/A.lock") && folder.Has("state/ruvo/A@a%20b.lock") &&
+                folder.Has("state/ruvo/A@a-b_9.lock"));
     EXPECT_TRUE(
         folder.Has("state/ruvo/A@%E9%E9%E9%E9%E9%E9%E9%E9%E9%E9%E9%E9%E9%E9%E9%E~EF13AF9D598F14F4.lock"))
         << "runs of another version would not see each other";
@@ -192,7 +225,8 @@ TEST(CInstanceMarker, KeepsAUsersRunsApartHoweverTheyAreStarted) {
 TEST(Texts, GoWhereTheyAreSent) {
     EXPECT_EQ(NativeRelayText(std::string_view("a\0\r\n\x7F\xE4", 6)), "a    \xC3\xA4");
     const CScratchFolder folder;
-    for (const char* const name : {"trace", "no/such/folder", "trace"}) {
+    mkfifo(folder.Native("pipe").c_str(), 0600); // which nobody reads
+    for (const char* const name : {"trace", "no/such/folder", "pipe", "trace"}) {
         setenv("RUVO_DEBUG_OUTPUT", folder.Native(name).c_str(), 1);
         WriteDebugOutput("a\r\n\x1B\x7F");
     }
@@ -232,6 +266,18 @@ TEST(Texts, GoWhereTheyAreSent) {
     EXPECT_EQ(ended, 42) << "neither ends it, and the signal is as it was";
 }
 
+TEST(StandardStreams, ThatWereClosedTakeAndReturnNothing) {
+    EXPECT_EQ(RunInChild([] {
+                  char byte = 0;
+                  close(0), close(1), close(2);
+                  OccupyClosedStandardStreams();
+                  const bool areOpen = fcntl(0, F_GETFD) + fcntl(1, F_GETFD) + fcntl(2, F_GETFD) == 0;
+                  const bool isRead = read(0, &byte, 1) != -1;
+                  return areOpen && !isRead && write(1, &byte, 1) + write(2, &byte, 1) == -2 ? 0 : 1;
+              }),
+              0);
+}
+
 TEST(Clock, FollowsTheTimeZone) {
     setenv("TZ", "AAA-05:30", 1);
     const SCalendarTime utc = UtcTime();
@@ -240,6 +286,8 @@ TEST(Clock, FollowsTheTimeZone) {
     EXPECT_TRUE(ahead == 330 || ahead == 331) << ahead; // a minute may have ended in between
     setenv("TZ", "AAA0BBB,J1/0,J365/25", 1);
     EXPECT_TRUE(IsDaylightTime());
+    setenv("TZ", "AAA0", 1);
+    EXPECT_FALSE(IsDaylightTime());
 }
 
 } // namespace

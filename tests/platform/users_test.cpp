@@ -1,9 +1,14 @@
 // Root continues as another user, and follows nobody else's files on the way.
 #include "platform/child_process.h"
+#include "platform/environment.h"
+#include "platform/file_replacement.h"
 #include "platform/file_trust.h"
+#include "platform/state_folder.h"
+#include "platform/system_calls.h"
 #include "platform/users.h"
 #include "support/scratch_folder.h"
 
+#include <cerrno>
 #include <fcntl.h>
 #include <grp.h>
 #include <gtest/gtest.h>
@@ -20,7 +25,7 @@ void SayWhoThisIs() {
               << (getenv("SECRET") != nullptr) << "\n";
     for (char** variable = environ; *variable != nullptr; ++variable)
         std::cout << *variable << "|";
-    std::cout << "\n";
+    std::cout << "\ncalled " << program_invocation_name << "\n";
     std::ifstream status("/proc/self/status");
     for (std::string line; std::getline(status, line);)
         std::cout << (line.starts_with("Cap") ? line + "\n" : "");
@@ -61,6 +66,64 @@ TEST(Users, ContinuesWithNothingOfRoot) {
     EXPECT_EQ(ContinueAs({4'000'000'000, ""}, {}), "user 4000000000 is not known on this machine");
 }
 
+TEST(Users, ContinueAsTheListOfUsersHasThem) {
+    if (EnvironmentValue("TERM") == "kept")
+        return SayWhoThisIs(); // started anew by the lines below
+    const CScratchFolder folder;
+    const int out = open(folder.Native("out").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
+    EXPECT_EQ(RunInChild([&] {
+                  test::g_home = "/home/v";
+                  test::g_mayBecomeAnyone = true;
+                  for (const char* const name : {"SECRET", "TERM", "COLUMNS", "JOURNAL_STREAM"})
+                      setenv(name, "kept", 1);
+                  dup2(out, STDOUT_FILENO);
+                  test::g_error = EPERM;
+                  for (const char* const call : {"initgroups", "setresgid", "setresuid"}) {
+                      test::g_refused = call;
+                      dprintf(STDOUT_FILENO, "%s\n", ContinueAs({5, ""}, {}).c_str());
+                  }
+                  test::g_refused = "";
+                  dprintf(STDOUT_FILENO, "%s\n", ContinueAs({5, ""}, {std::string(200'000, 'x')}).c_str());
+                  ContinueAs({5, ""}, {"--gtest_filter=Users.ContinueAs*"});
+                  return 9;
+              }),
+              0);
+    close(out);
+    const std::string said = folder.Read("out");
+    const std::string refused = "its permissions cannot be taken: Operation not permitted\n";
+    const std::string groups = "initgroups visitor 77 0 0|", all = groups + "setresgid  77 77 77|";
+    EXPECT_TRUE(said.starts_with("its groups cannot be taken: Operation not permitted\n" + groups + refused +
+                                 all + refused + all +
+                                 "setresuid  5 5 5|the program cannot be started: Argument list too long\n"))
+        << said;
+    EXPECT_NE(said.find(" in / home /home/v secret 0\nPATH=/usr/local/bin:/usr/bin:/bin|HOME=/home/v|"
+                        "SHELL=/bin/sh|USER=visitor|LOGNAME=visitor|TERM=kept|COLUMNS=kept|"
+                        "JOURNAL_STREAM=kept|\ncalled " +
+                        std::filesystem::read_symlink("/proc/self/exe").string() + "\n"),
+              std::string::npos)
+        << said;
+}
+
+TEST(Users, HaveTheirStateBelowTheirHome) {
+    EXPECT_EQ(RunInChild([] {
+                  unsetenv("RUVO_STATE_DIR"), unsetenv("XDG_STATE_HOME"), setenv("HOME", "/h", 1);
+                  std::string seen;
+                  for (const char* const home : {"/home/v", "relative", ""}) {
+                      test::g_home = home;
+                      seen += CurrentUser().name + OwnerOf("C:\\")->name + StateFolder() + " ";
+                  }
+                  unsetenv("HOME");
+                  return seen + StateFolder() == "visitorvisitorC:\\home\\v\\.local\\state\\ruvo "
+                                                 "visitorvisitorC:\\h\\.local\\state\\ruvo "
+                                                 "C:\\h\\.local\\state\\ruvo "
+                                                 "C:\\nonexistent\\.local\\state\\ruvo"
+                             ? 0
+                             : 1;
+              }),
+              0);
+    EXPECT_TRUE(FindUser("root")->id == 0 && !FindUser("no such user") && IsRoot() == (getuid() == 0));
+}
+
 TEST(Users, OnlyAFileThatNobodyElseCanWriteIsTrusted) {
     const CScratchFolder folder;
     const std::string largest(std::size_t{64} * 1024, 'x');
@@ -85,7 +148,10 @@ TEST(Users, OnlyAFileThatNobodyElseCanWriteIsTrusted) {
         EXPECT_TRUE(row.want != Read || bytes == folder.Read(row.name)) << row.name;
     }
     std::string bytes;
+    errno = 0;
     EXPECT_EQ(ReadTrustedFile("D:\\x", bytes), Missing);
+    EXPECT_FALSE(IsReadableByEveryone("D:\\x") || IsReadableByEveryone(folder.Path("none")));
+    EXPECT_STREQ(TrustedUsers(), "root");
     EXPECT_STREQ(HowToRestrict(),
                  "\"chmod 600\" restricts it to its owner, \"chmod 640\" to its owner and group");
 }
@@ -113,6 +179,12 @@ TEST(Users, KnowsWhoCanDecideWhereAPathLeads) {
                 {"own/astray", false}, {"own/round", false}};
     for (const auto& row : rows)
         EXPECT_EQ(IsGuarded(folder.Path(row.name), user), row.isGuarded) << row.name;
+    for (int link = 1; link <= 41; ++link) // as many as the system follows, and one more
+        std::filesystem::create_symlink(link == 1 ? "own/in/file" : std::to_string(link - 1),
+                                        folder.Native(std::to_string(link)));
+    EXPECT_FALSE(MakePrivateFolder(folder.Path("own\\in\\file")));
+    EXPECT_TRUE(IsGuarded(folder.Path("40"), user) && CheckReplaceable(folder.Path("40")).Good());
+    EXPECT_FALSE(IsGuarded(folder.Path("41"), user) || CheckReplaceable(folder.Path("41")).Good());
     EXPECT_EQ(OwnerOf(folder.Path("own/none/below"))->id, user);
     if (user == 0) {
         EXPECT_TRUE(chown(folder.Native("own/in/file").c_str(), 65534, 0) == 0 &&
