@@ -35,7 +35,7 @@ def changed_text(token, random):
         return None
     place = random.choice(letters)
     letter = token.text[place]
-    other = 'q' if letter != 'q' else 'k'
+    other = 'q' if letter.lower() != 'q' else 'k'
     return token.text[:place] + (other.upper() if letter.isupper() else other) + token.text[place + 1:]
 
 
