@@ -26,20 +26,31 @@ bool HasLeftover(const std::string& journalPath) {
            GetPathKind(journalPath + std::string(kDamagedEnding)) != EPathKind::Missing;
 }
 
+/// It is known only where the folder above can be read.
+bool IsMissing(const std::string& folder) {
+    std::vector<SFolderEntry> entries;
+    const std::string above = ParentFolder(folder);
+    return GetPathKind(folder) == EPathKind::Missing &&
+           (ListFolder(above, entries) || GetPathKind(above) == EPathKind::Missing);
+}
+
 } // namespace
 
-std::vector<std::string> FilesIn(const std::string& folder, std::string_view ending) {
+SFoundFiles FindFiles(const std::string& folder, std::string_view ending) {
     std::vector<SFolderEntry> entries;
-    std::vector<std::string> files;
-    if (!folder.empty() && ListFolder(folder, entries)) {
-        for (const SFolderEntry& entry : entries) {
-            if (entry.isFile && entry.name.ends_with(ending)) {
-                files.push_back(folder + "\\" + entry.name);
-            }
+    SFoundFiles found;
+    found.isRead = folder.empty() || ListFolder(folder, entries) || IsMissing(folder);
+    for (const SFolderEntry& entry : entries) {
+        if (entry.isFile && entry.name.ends_with(ending)) {
+            found.paths.push_back(folder + "\\" + entry.name);
         }
     }
-    std::ranges::sort(files);
-    return files;
+    std::ranges::sort(found.paths);
+    return found;
+}
+
+std::vector<std::string> FilesIn(const std::string& folder, std::string_view ending) {
+    return FindFiles(folder, ending).paths;
 }
 
 std::vector<std::string> JournalsIn(const std::string& folder) {

@@ -18,7 +18,12 @@ inline constexpr std::string_view kJournalEnding = ".journal";
 /// Added to the name of a journal that could not be read to its end, once all that could be read is stored.
 inline constexpr std::string_view kDamagedEnding = ".damaged";
 
-/// The files in a folder whose names end so, by name.
+struct SFoundFiles {
+    std::vector<std::string> paths; ///< by name
+    bool isRead = true;             ///< the folder, or it is missing
+};
+/// The files in a folder whose names end so.
+[[nodiscard]] SFoundFiles FindFiles(const std::string& folder, std::string_view ending);
 [[nodiscard]] std::vector<std::string> FilesIn(const std::string& folder, std::string_view ending);
 /// The journals in an event root's folder, the oldest first.
 [[nodiscard]] std::vector<std::string> JournalsIn(const std::string& folder);

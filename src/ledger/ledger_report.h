@@ -13,6 +13,7 @@ enum class ELedgerOutcome : std::uint8_t {
     UnknownJournal, ///< a file of another version, or no journal
     DamagedJournal,
     UnreadJournal, ///< a file that the system does not let this run read
+    UnreadFolder,  ///< likewise, the one that journals are in
     Stored,        ///< in the day file
     StoredAtEnd,   ///< of a day file that had changed since the visit
     Waits,         ///< for the day file
@@ -26,7 +27,7 @@ enum class ELedgerOutcome : std::uint8_t {
 struct SLedgerReport {
     ELedgerOutcome outcome = ELedgerOutcome::Stored;
     std::size_t events = 0;
-    std::string path;    ///< of the journal, the day file or the set-aside file
+    std::string path;    ///< of the journal or its folder, the day file or the set-aside file
     std::string journal; ///< where events wait
     std::string key;     ///< of the visited relay in the INI file
     std::string begun;

@@ -55,22 +55,14 @@ void AddSetAside(const std::string& path, SLeftovers& leftovers) {
     }
 }
 
-/// Whether a folder is missing is known only where the folder above can be read.
-bool CanRead(const std::string& folder) {
-    std::vector<SFolderEntry> entries;
-    const std::string above = ParentFolder(folder);
-    return ListFolder(folder, entries) ||
-           (GetPathKind(folder) == EPathKind::Missing &&
-            (ListFolder(above, entries) || GetPathKind(above) == EPathKind::Missing));
-}
-
 } // namespace
 
 SLeftovers ReadLeftovers(const std::string& folder) {
     SLeftovers leftovers;
     leftovers.folder = folder;
-    leftovers.isRead = CanRead(folder);
-    for (const std::string& path : JournalsIn(folder)) {
+    const SFoundFiles journals = FindFiles(folder, kJournalEnding);
+    leftovers.isRead = journals.isRead;
+    for (const std::string& path : journals.paths) {
         AddWaiting(path, leftovers);
     }
     for (const std::string& path : SetAsideFilesIn(folder)) {

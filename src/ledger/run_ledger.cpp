@@ -172,17 +172,24 @@ void CRunLedger::BringIn() {
 }
 
 /// All but its own, which may have the name that an earlier one had.
-std::vector<std::string> CRunLedger::EarlierJournals(const std::string& folder) const {
-    std::vector<std::string> journals = JournalsIn(folder);
+SFoundFiles CRunLedger::EarlierJournals(const std::string& folder) const {
+    SFoundFiles journals = FindFiles(folder, kJournalEnding);
     if (m_journal) {
-        std::erase(journals, m_journal->Path());
+        std::erase(journals.paths, m_journal->Path());
     }
-    LeaveOutCopiesBesideTheirJournal(journals);
+    LeaveOutCopiesBesideTheirJournal(journals.paths);
     return journals;
 }
 
 void CRunLedger::BringInFrom(const std::string& folder) {
-    for (const std::string& path : EarlierJournals(folder)) {
+    const SFoundFiles journals = EarlierJournals(folder);
+    if (!journals.isRead) {
+        SLedgerReport report;
+        report.outcome = ELedgerOutcome::UnreadFolder;
+        report.path = folder;
+        m_tell(report);
+    }
+    for (const std::string& path : journals.paths) {
         static_cast<void>(CEntryRecovery(m_eventRoot, m_tell).BringIn(path, nullptr));
     }
     RemoveEmptySetAsideFiles(folder);
@@ -197,7 +204,7 @@ bool CRunLedger::BringInto(CHeldDayFile& file) {
         return std::ranges::find(files, file.Path()) != files.end();
     };
     bool isFree = !isIn(m_openFiles) && !isIn(m_waitingFiles);
-    for (const std::string& path : EarlierJournals(Folder())) {
+    for (const std::string& path : EarlierJournals(Folder()).paths) {
         isFree = CEntryRecovery(m_eventRoot, m_tell).BringIn(path, &file) && isFree;
     }
     return isFree;

@@ -31,6 +31,9 @@ std::string LedgerText(const SLedgerReport& report) {
                ".damaged.";
     case ELedgerOutcome::UnreadJournal:
         return "Journal " + path + " cannot be read. It is left unchanged; the next run tries again.";
+    case ELedgerOutcome::UnreadFolder:
+        return "Folder " + path +
+               " cannot be read. Events of earlier visits may wait in its journals; the next run tries again.";
     case ELedgerOutcome::Stored:
         return StoredText(report, path);
     case ELedgerOutcome::StoredAtEnd:

@@ -196,6 +196,8 @@ TEST(LedgerText, SaysWhatBecameOfEvents) {
         {DamagedJournal, 0,
          "Journal /p is damaged. Its readable events are recovered from a copy; it is kept as /p.damaged."},
         {UnreadJournal, 0, "Journal /p cannot be read. It is left unchanged; the next run tries again."},
+        {UnreadFolder, 0,
+         "Folder /p cannot be read. Events of earlier visits may wait in its journals; the next run tries again."},
         {Stored, 1, "1 event of a visit that was ended is in day file /p now. Visit of K, begun B."},
         {StoredAtEnd, 2,
          "2 events of a visit that was ended are in day file /p now. Visit of K, begun B. The file had changed "

@@ -180,6 +180,13 @@ constexpr std::array kLines{
                "Events in it are in no day file. They are safe as long as the file is.",
                "{rights of journal}. For errors of the disk: {disk errors}."},
     SLineWords{
+        Storage, Warning,
+        "Folder {FOLDER} cannot be read. Events of earlier visits may wait in its journals; the next run "
+        "tries again.",
+        "The user of the visits may not list this folder below the state folder, or its disk reports an error.",
+        "Events in its journals are in no day file. They are safe as long as the journals are.",
+        "Give the folder back to the user of the visits. For errors of the disk: {disk errors}."},
+    SLineWords{
         Storage, Notice, "The relay's model or serial number could not be read. Its events are in {FILE}.",
         "The relay was slow or the line was bad when its names were read. A part of the folder's name is "
         "missing.",
