@@ -106,7 +106,7 @@ TEST_F(Custody, AJournalThatFailsIsNamedAndANewOneTakesItsPlace) {
         custody.End();
     }
     for (const char* const said :
-         {"-1.journal has failed: failure 1ruvo: ", "-2.journal has failed: failure 1ruvo: ",
+         {"-1.journal has failed: failure 1ruvo: journal ", "-2.journal has failed: failure 1ruvo: journal ",
           "-3.journal has failed: failure 1; no other is made: "})
         EXPECT_NE(g_standardError.find(said), std::string::npos) << g_standardError;
     EXPECT_EQ(Count(".journal"), 3U);

@@ -1,7 +1,9 @@
 // The client of the comms server: life, command discipline, requests and their replies.
 #include "support/case_table.h"
 #include "support/linked_test.h"
+#include "support/scratch_folder.h"
 
+#include "link/recording/recorded_connection.h"
 #include "model/status/progress.h"
 #include "model/values/parlane_integers.h"
 #include "model/values/parlane_text.h"
@@ -14,7 +16,13 @@
 
 namespace ruvo::test {
 
-using Client = LinkedTest;
+/// Plans a recording, of which the client behind it must not notice anything.
+struct SRecordedClient {
+    SRecordedClient() { PlannedRecording().path = folder.Path("calls.rec"); }
+    ~SRecordedClient() { PlannedRecording() = {}; }
+    CScratchFolder folder;
+};
+class Client : public SRecordedClient, public LinkedTest {};
 
 TEST(ClientLife, AServerThatCannotBeHadLeavesNoClient) {
     for (bool CScriptedServer::*refusal :
@@ -174,6 +182,7 @@ TEST_F(Client, ACommandThatIsCutShortIsTheOnlyOne) {
     server.statuses["Abort"] = 29;
     EXPECT_EQ(WhileWaiting(server, *link, cutShort), 29U);
     EXPECT_TRUE(link->HasCutShort());
+    EXPECT_FALSE(HoldChannel()->CutShort()) << "nothing is awaited any more";
 }
 
 TEST_F(Client, WhatIsKeptInTheServerDoesNotComeBack) {
@@ -195,6 +204,7 @@ TEST_F(Client, WhatIsKeptInTheServerDoesNotComeBack) {
                 std::this_thread::yield();
             const bool isKept = channel->Stay().Keep();
             mayReturn = true;
+            std::thread([&] { CServerStay::CScope(channel->Stay()), _exit(3); }).detach();
             std::this_thread::sleep_for(std::chrono::milliseconds(100)); // for a thread that would come back
             _exit(isKept && channel->Stay().Returns() == returns ? 0 : 2);
         },
@@ -204,6 +214,7 @@ TEST_F(Client, WhatIsKeptInTheServerDoesNotComeBack) {
     EXPECT_EQ(link->GetDeviceStatus(nullptr, byte), kLinkGood);
     server.sink->OnProgress(Variant::FromI4(1), Variant::FromI4(2));
     EXPECT_EQ(channel->Stay().Returns(), returns + 2) << "the call, and the report";
+    EXPECT_FALSE(channel->Stay().Keep()) << "nothing is there any more";
 }
 
 TEST_F(Client, DestroyingWhileACommandWaitsAbortsItFirst) {
@@ -228,6 +239,7 @@ TEST_F(Client, TheSinkReportsProgressToTheRunningCommandOnly) {
         report(2, 3); // 66 of 100, not 67
         report(2, 3); // told once
         report(5, 0);
+        server.sink->OnProgress(Tagged("01"), Variant::FromI4(2));
         report(INT32_MIN, -1); // unsigned: a half
         report(-1, 3);         // unsigned: far beyond the total
         server.sink->OnTransferProgress(Variant::FromI4(77));
@@ -306,8 +318,8 @@ TEST_F(Client, WritesLeaveSecurityEvents) {
               stamp + "[01.02] 'Setting change          '  dt:0x24  dl:0x01  dv:'0x05'\n" + stamp +
                   "[01.02] 'Setting reply code      '  dt:0x24  dl:0x01  dv:'0x00'\n");
     server.statuses["SetValue"] = 0x0411;
-    EXPECT_EQ(lines([&] { link->SetValue(nullptr, 0x0010, CParlaneText("trip\n")); }),
-              stamp + "[FF.FC] 'Change Breaker          '  dt:0x18  dl:0x05  dv:'trip\n'\n" + stamp +
+    EXPECT_EQ(lines([&] { link->SetValue(nullptr, 0x0010, CParlaneText(std::string_view("tr\0p\n", 5))); }),
+              stamp + "[FF.FC] 'Change Breaker          '  dt:0x18  dl:0x05  dv:'tr.p\n'\n" + stamp +
                   "[00.10] 'Setting reply code      '  dt:0x24  dl:0x01  dv:'0x04'\n");
     EXPECT_EQ(lines([&] { link->ResetCell(nullptr, 0x0010); }),
               stamp + "[FF.FD] 'Reset cell 00.10        '  dt:0x24  dl:0x02  dv:'0x00 0x00'\n");

@@ -20,6 +20,7 @@ TEST(ComFailure, SaysWhatToDo) {
                                              "C:\\P32LS\\server", !one.ends_with('!')});
         }
         const std::string text = DescribeComFailure(failure);
+        EXPECT_TRUE(text.starts_with("comms server P32LS, class {9A69E99F-")) << text;
         EXPECT_NE(text.find("creating it failed with " + code), std::string::npos) << text;
         std::istringstream wanted(words);
         for (std::string part; std::getline(wanted, part, '~');) {

@@ -115,7 +115,7 @@ TEST_F(PasswordEntry, PlainLoginMakesExactlyTheseRequests) {
     EXPECT_EQ(std::string(request.description) + "|" + request.plant + "|" + request.model + "|" +
                   request.serialNumber + "|" + request.software + "|" + request.displayText,
               "Feeder 1|Plant|MODEL-LONGER-THA|SERIAL|Software 3|");
-    server.limits.clear(); // of a length that nobody tells
+    server.limits[0x0002].clear(); // of a length that nobody tells
     EXPECT_EQ(Read(), kLinkGood);
     EXPECT_EQ(g_application.maxLength, 0U);
     EXPECT_EQ(written, "1C00 ");
@@ -202,6 +202,7 @@ TEST_F(PasswordEntry, AnAbortEndsTheEntryAndRestoresTheGuard) {
     for (const char* where : {"GetValue BF.12", "GetValue 00.08", "GetValue 00.01", "GetValue 00.DF"}) {
         EXPECT_EQ(abortAt(where), 18U) << where;
         EXPECT_EQ(written, guardOnly) << where;
+        EXPECT_EQ(std::ranges::count(server.calls, where), 1) << where;
     }
     server.values.erase(0x00DF);
     EXPECT_EQ(abortAt("GetSettingLimits 00.02"), 18U);
@@ -279,6 +280,7 @@ TEST_F(PasswordEntry, ReportsTheProgressOfThePasswordsWrite) {
         return Answer(call);
     };
     EXPECT_EQ(link->EnterPassword(&recorder, false), kLinkGood);
+    server.sink->OnProgress(Variant::FromI4(1), Variant::FromI4(4)); // nobody listens any more
     EXPECT_EQ(recorder.percents, std::vector{50});
 }
 

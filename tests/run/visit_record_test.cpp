@@ -28,6 +28,7 @@ protected:
         std::string all;
         const auto last = SummariseVisits(folder.Path("ev"), folder.Path("site.ini")).last;
         for (const SVisitEntry& entry : last ? last->entries : std::vector<SVisitEntry>()) {
+            EXPECT_EQ(entry.end, "2026-11-16T23:30:00Z");
             std::ostringstream text;
             text << entry.key << " " << entry.address << " " << entry.link << " " << entry.name << " "
                  << (entry.isReached ? "reached" : "not reached") << " " << entry.taken << "/" << entry.stored
@@ -36,6 +37,7 @@ protected:
                 text << " " << entry.dayFile << " " << entry.from << "-" << entry.to;
             all += text.str() + "|";
             plant = entry.plant;
+            logLines += std::to_string(entry.logLines) + " ";
         }
         return all;
     }
@@ -48,6 +50,7 @@ protected:
 
     const SScriptedEvent kTrip = Event(1, {"240107", TextHex("%d"), "280105"});
     std::string plant;
+    std::string logLines; ///< of all entries
 };
 
 TEST_F(RunRecord, SaysWhatBecameOfEachRelay) {
@@ -87,6 +90,10 @@ TEST_F(RunRecord, SaysWhyARelayWasNotReached) {
     fields.useEthernet = 1;
     fields.ethernetEntries = {{"RV001", "10.0.0.5,2,1"}};
     EXPECT_EQ(Entries(), "RV001 10.0.0.5,2,1 ethernet  not reached 0/0/0/0 12|");
+    fields.useEthernet = 0;
+    fields.serialEntries = {{"RV001", 5}, {"RV002", 6}};
+    EXPECT_EQ(Entries(), "RV001 5 serial  not reached 0/0/0/0 12|RV002 6 serial  not reached 0/0/0/0 12|");
+    EXPECT_EQ(logLines, "1 1 1 1 2 2 0 ") << "the first relay has those of a link";
 }
 
 TEST_F(RunRecord, LeavesOutWhatAnEndHasLeftOut) {
@@ -99,6 +106,13 @@ TEST_F(RunRecord, LeavesOutWhatAnEndHasLeftOut) {
     };
     EXPECT_EQ(Entries(), "RV001 5 serial AB12-00001234 reached 0/0/0/0 0|");
     EXPECT_EQ(end->NotVisited(), 2U);
+    server.statuses = {{"OpenPort", 11}};
+    server.onCall = [this](SCall& call) -> std::optional<std::int64_t> {
+        if (call.name == "OpenPort")
+            end->Ask("SIGTERM");
+        return std::nullopt;
+    };
+    EXPECT_EQ(Entries(), "") << "a port that then cannot be opened leaves out no more";
 }
 
 } // namespace ruvo::test

@@ -1,0 +1,130 @@
+// What single steps come to when the disk fails within them: day files that are held and flushed, folders and
+// set-aside files that are made, journals that are looked for, lines of the log.
+#include "fault_rig.h"
+
+#include "ledger/leftovers.h"
+#include "ledger/run_ledger.h"
+#include "log/ledger_lines.h"
+#include "paths/path_utilities.h"
+
+namespace ruvo::test {
+
+namespace {
+
+const std::string kRoot = "C:\\ev", kDay = "C:\\ev\\AB12\\f.evt", kNew = "C:\\ev\\AB12\\new.evt";
+
+void Start() {
+    g_disk = {};
+    for (const char* file : {"C:\\ev\\AB12\\f.evt", "C:\\ev\\f-1.setaside", "C:\\RUVO_Errors.log"})
+        g_disk.Put(file, "x");
+    CRunContext context;
+    context.SetDestinationRoot("C:");
+    context.SetDestinationFromRegistry(true);
+    ResolveErrorLogPath(context, false);
+    g_debugOutput.clear();
+}
+void Break(std::size_t nth) {
+    g_disk.faults = {{g_disk.operations + nth, g_disk.operations + nth, EFileFailure::Other}};
+}
+
+/// The steps, with their outcomes in words.
+std::string Hold(const std::string& path) {
+    CHeldDayFile file;
+    return file.Hold(path).value_or(SHoldFailure{.why = "held"}).why;
+}
+std::string MakeAside() {
+    CSetAsideFile file;
+    return file.Make(kRoot, kDay) ? file.Name() : NotSetAsideText(file);
+}
+std::string Tell() {
+    WriteLogLine("a line", ELineWorth::TellsOfLoss);
+    return g_debugOutput.substr(0, g_debugOutput.find(". Line lost: "));
+}
+std::string BringIn(const std::string& journal = std::string(kJournalHead)) {
+    std::string told;
+    g_disk.Put("C:\\ev\\x.journal", journal);
+    CRunLedger(kRoot, [&](const SLedgerReport& report) { told += LedgerText(report); }).BringInFrom(kRoot);
+    return g_disk.Files().contains("C:\\ev\\x.journal") ? told : "gone";
+}
+
+} // namespace
+
+TEST(StepFaults, AStepGoesOnOrSaysWhatStandsInItsWay) {
+    using enum EFileFailure;
+    const std::string day = "Day file /ev/AB12/f.evt", log = "Error log /RUVO_Errors.log: ";
+    const std::string left = " It is left unchanged", again = "; the next run tries again.";
+    const std::string unread = "Journal /ev/x.journal cannot be read." + left + again;
+    const struct {
+        std::function<std::string()> step;
+        std::size_t failing; ///< the number of the operation; 0 for none
+        EFileFailure failure;
+        std::string want;
+        std::size_t count = 1; ///< of the operations that fail, each the sixth after the one before
+    } cases[] = {
+        {[] { return Hold(kDay); }, 6, Other, "held", 3},
+        {[] { return Hold(kDay); }, 6, Other, day + " keeps being replaced", 4},
+        {[] { return Hold(kDay); }, 7, Other, day + ": failure 1"},
+        {[] { return Hold(kDay); }, 2, AccessDenied, day + ": failure 5"},
+        {[] { return Hold(kDay); }, 2, BadPath, "held"},
+        {[] { return Hold(kNew); }, 3, NotFound, "held"},
+        {[] { return std::to_string(EnsureFolderOfFile("C:\\a\\b\\c\\f")); }, 8, BadPath, "1"},
+        {[] { return std::to_string(EnsureFolderOfFile("C:\\a\\b\\c\\f")); }, 8, Exists, "1", 3},
+        {[] { return std::to_string(EnsureFolderOfFile("C:\\a\\b\\c\\f")); }, 8, Exists, "0", 4},
+        {[] { return std::to_string(EnsureFolderOfFile("C:\\a\\b\\c\\f")); }, 8, AccessDenied, "0"},
+        {[] { return std::to_string(CanCreateFile(kNew)); }, 1, AccessDenied, "1"},
+        {[] { return std::to_string(CanCreateFile(kNew)); }, 1, Other, "0"},
+        {[] { return std::to_string(CanCreateFile(kDay)); }, 1, AccessDenied, "0"},
+        {[] { return std::to_string(ReadLeftovers(kRoot).isRead); }, 3, Other, "0"},
+        {[] { return std::to_string(ReadLeftovers(kRoot).isRead); }, 3, NotFound, "1"},
+        {MakeAside, 1, Other, "set-aside file /ev/f-1.setaside cannot be written: all names are taken", 10},
+        {Tell, 0, None, ""},
+        {Tell, 7, Other, log + "the log's folder cannot be flushed to disk"},
+        {Tell, 8, Other, log + "failure 1"},
+        {[] { return BringIn("RUVO JOURNAL 2\r\n"); }, 0, None,
+         "Journal /ev/x.journal was written by another version, or is not a journal." + left + "."},
+        {[] { return BringIn(); }, 1, Other,
+         "Folder /ev cannot be read. Events of earlier visits may wait in its journals" + again},
+        {[] { return BringIn(); }, 2, Other, unread},
+        {[] { return BringIn(); }, 8, Other, unread},
+    };
+    for (const auto& row : cases) {
+        Start();
+        for (std::size_t n = 0; n < row.count; ++n)
+            g_disk.faults.push_back({row.failing + 6 * n, row.failing + 6 * n, row.failure});
+        EXPECT_EQ(row.step(), row.want) << "at operation " << row.failing;
+    }
+}
+
+TEST(StepFaults, WhatIsNotFlushedIsNotSafe) {
+    const std::vector<std::uint8_t> image(std::size_t{64} * 1024, 'r'); // a piece by itself
+    for (const std::size_t made : {1U, 2U})                             // folders
+        for (const char how : {'n', 'l', 'c'}) // now, the root's names later, by a cut behind a failure
+            for (std::size_t nth = 0; nth <= 6; ++nth) {
+                Start();
+                const std::string root = made == 1 ? "ev" : "new", path = "C:\\" + root + "\\CD34\\f.evt";
+                const std::string shown = "/" + root + "/CD34/f.evt";
+                CHeldDayFile file;
+                ASSERT_FALSE(file.Hold(path));
+                file.StartAt(0, {});
+                file.Add(image);
+                Break(how == 'c' ? 2 : nth);
+                std::string why;
+                try {
+                    how == 'c' ? file.Add(image)
+                               : file.Finish(how == 'l' ? ERootNames::FlushedLater : ERootNames::FlushedNow);
+                } catch (const CFileException& raised) {
+                    why = raised.what();
+                }
+                const std::size_t first = how == 'c' ? 2 : 1; // before it a cut asks for the length
+                const bool fails = nth >= first && nth <= first + (how == 'l' && made == 1 ? 1 : made + 1);
+                EXPECT_EQ(why, how == 'c' || nth == 1 ? shown + ": failure 1"
+                               : fails ? "The name of day file " + shown + " could not be flushed"
+                                       : "");
+                Break(how == 'c' ? nth : 0);
+                EXPECT_TRUE(file.CutBack() && file.HasFlushFailed() == fails) << made << how << nth;
+                g_disk.EndMachine([](std::size_t) { return std::size_t{0}; });
+                EXPECT_TRUE(fails || g_disk.Files()[path].size() > image.size()) << made << how << nth;
+            }
+}
+
+} // namespace ruvo::test
