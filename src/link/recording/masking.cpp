@@ -126,7 +126,6 @@ std::vector<SRecordedValue> CMasking::MaskInputs(EOperation operation, Inputs in
     }
     const std::optional<CellAddress> target = TargetOf(operation, inputs);
     if (OperationRow(operation).runsOn) {
-        m_started = operation;
         m_target = target;
     }
     constexpr std::size_t kWritten = 2;

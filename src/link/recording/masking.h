@@ -29,8 +29,8 @@ private:
     void MaskListing(std::vector<SRecordedValue>& outputs) const;
     [[nodiscard]] bool IsSecretPlace(const SRecordedValue* location) const;
 
-    std::optional<EOperation> m_started; ///< the last of the operations that run on
-    std::optional<CellAddress> m_target; ///< its cell, or its column as row 00
+    /// The cell, or the column as row 00, of the last operation that ran on.
+    std::optional<CellAddress> m_target;
 };
 
 } // namespace ruvo
