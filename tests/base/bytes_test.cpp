@@ -40,7 +40,8 @@ TEST(Secrets, AreWipedInPlace) {
     std::string text = "a password that does not fit into the object";
     const std::size_t size = text.size();
     text.resize(3); // what stands behind the end counts too
-    WipeText(text);
+    { const CWipeAtScopeEnd wipe(text); }
+    EXPECT_EQ(text, "");
     EXPECT_EQ(std::string(text.data(), size), std::string(size, '\0'));
     std::array<char, 4> bytes{'a', 'b', 'c', 'd'};
     { const CWipeValueAtScopeEnd wipe(bytes); }

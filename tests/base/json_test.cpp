@@ -15,8 +15,10 @@ TEST(Json, ComesBackAsItWasWritten) {
     json.Key("text").Text(text);
     json.Key("number").Number(18446744073709551615U);
     json.Key("yes").Bool(true);
+    json.Key("no").Bool(false);
+    json.Key("controls").Text("\x1F\x7F\xC2\x80\xC2\xA0\xC2\x9F");
     json.Key("items").Open('[');
-    json.RelayText("\xFC\"");
+    json.RelayText("\xFC\"\x7F\x80");
     json.Open('{');
     json.Close('}');
     json.Null();
@@ -26,24 +28,33 @@ TEST(Json, ComesBackAsItWasWritten) {
     ASSERT_TRUE(object);
     EXPECT_EQ(object->Text("text"), text);
     EXPECT_EQ(object->Number("number"), 18446744073709551615U);
-    EXPECT_TRUE(object->IsTrue("yes"));
+    EXPECT_TRUE(object->IsTrue("yes") && object->Value("no") == "false");
+    EXPECT_EQ(object->Value("controls"), "\"\\u001F\\u007F\\u0080\xC2\xA0\\u009F\"");
     EXPECT_EQ(JsonItems(object->Value("items")),
-              (std::vector<std::string_view>{"\"\xC3\xBC\\\"\"", "{}", "null"}));
+              (std::vector<std::string_view>{"\"\xC3\xBC\\\"\\u007F\xE2\x82\xAC\"", "{}", "null"}));
     EXPECT_EQ(object->Text("number") + object->Text("none"), "");
     EXPECT_EQ(object->Number("text"), std::nullopt);
     for (std::size_t size = 0; size < out.size(); ++size)
         EXPECT_FALSE(CJsonObject::Read(out.substr(0, size))) << size;
 }
 
+TEST(Json, BlanksMayStandBetween) {
+    const auto object = CJsonObject::Read(" { \"a\" : [ 1,\t2 ] ,\r\n\"b\" : \"\" } \n");
+    ASSERT_TRUE(object && object->Value("b") == "\"\"");
+    EXPECT_EQ(JsonItems(object->Value("a")), (std::vector<std::string_view>{"1", "2"}));
+}
+
 TEST(Json, WhatIsNoneIsRefused) {
     for (const char* text :
          {"", "[]", "{}}", "{\"a\"}", "{\"a\":}", "{a:1}", "{\"a\":1,}", "{\"a\":1 \"b\":2}", "{\"a\":[1}",
-          "{\"a\":\"\\\"}", "{\"a\":[[[[[[[[[[[[[[[[[[]]]]]]]]]]]]]]]]]]}"})
+          "{\"a\":\"\\\"}", "{\"a\":[[[[[[[[[[[[[[[[[]]]]]]]]]]]]]]]]]}"})
         EXPECT_FALSE(CJsonObject::Read(text)) << text;
+    EXPECT_TRUE(CJsonObject::Read("{\"a\":" + std::string(16, '[') + std::string(16, ']') + "}"));
     for (const char* text : {"[1", "[1,]", "[1]x", "{}", "1"})
         EXPECT_TRUE(JsonItems(text).empty()) << text;
     for (const auto& [escaped, meant] : {std::pair{"\\u00e4\\u20AC\\/", "\xC3\xA4\xE2\x82\xAC/"},
                                          {"\\uD800", "\xEF\xBF\xBD"},
+                                         {"\\b\\f\\n\\r\\t\\u0041B", "\b\f\n\r\tAB"},
                                          {"\\u12", "\x12"},
                                          {"\xFF", "\xC3\xBF"}})
         EXPECT_EQ(CJsonObject::Read("{\"t\":\"" + std::string(escaped) + "\"}")->Text("t"), meant);

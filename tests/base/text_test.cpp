@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+
 namespace ruvo {
 namespace {
 
@@ -19,9 +21,32 @@ TEST(CodePage, EveryByteBecomesItsCharacter) {
 TEST(CodePage, HalfCharactersOfUtf16AreMarked) {
     const std::pair<std::string_view, const char*> cases[] = {
         {"A\0\xFC\0\xAC\x20"sv, "Aü€"}, {"\x3D\xD8\x00\xDE"sv, "😀"}, {"\x3D\xD8\x41\0"sv, "�A"},
-        {"\x00\xDE\x41\0"sv, "�A"},     {"\x41\0\x42"sv, "A�"},      {"\x3D\xD8"sv, "�"}};
+        {"\x00\xDE\x41\0"sv, "�A"},     {"\x41\0\x42"sv, "A�"},      {"\x3D\xD8"sv, "�"},
+        {"\0\xD8\xFF\xDB"sv, "��"},     {"\0\xDC\0\xDC"sv, "��"}};
     for (const auto& [bytes, utf8] : cases)
         EXPECT_EQ(Utf16ToUtf8(bytes), utf8);
+    const auto ends = "\x7F\0\x80\0\xFF\x07\0\x08\xFF\xD7\0\xE0\xFF\xFF\0\xD8\0\xDC\xFF\xDB\xFF\xDF"sv;
+    EXPECT_EQ(Utf16ToUtf8(ends), "\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF"
+                                 "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF");
+    EXPECT_EQ(Utf8ToUtf16(Utf16ToUtf8(ends) + "\xFF~"), std::string(ends) + "\xFD\xFF~" + '\0');
+}
+
+TEST(CodePage, Utf8IsWhatIsWellFormed) {
+    std::array<int, 3> sound{}; // characters of two, three and four bytes, by their first two
+    for (int pair = 0x8000; pair < 0x10000; ++pair) {
+        std::string text{static_cast<char>(pair >> 8), static_cast<char>(pair & 0xFF)};
+        for (int& count : sound) {
+            count += IsUtf8(text) ? 1 : 0;
+            text += '\x80';
+        }
+    }
+    EXPECT_EQ(sound, (std::array{1920, 960, 256}));
+    for (const std::string_view bad : {"a\xC3\xBC"sv.substr(0, 2), "\xE1\x80\x7F"sv, "\xE1\x80\xC0"sv,
+                                       "ghijklm\xFFno"sv, "\x80ghijklmno"sv})
+        EXPECT_FALSE(IsUtf8(bad)) << bad;
+    unsigned code = 0;
+    std::size_t size = 0;
+    EXPECT_FALSE(IsUtf8ControlAt("a\xC2", 1, code, size)) << "half a character";
 }
 
 TEST(Text, ControlCharactersBecomeBlanks) {

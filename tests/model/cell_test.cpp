@@ -94,10 +94,12 @@ TEST(Cell, Validation) {
         EXPECT_EQ(ToBytes(cell->GetMaximum()), ToBytes(FromWord(maximumAfter).get()));
         CheckFindings(*cell, step == "V-3" ? "237 -3.000000" : "");
     });
-    for (const std::string type : {"24 01 ", "50 01 "}) { // no room for the limit
-        const auto narrow = Cell({type + "05", "24 02 2C 01", "24 02 00 10", "24 02 01 00"}, 0);
-        CheckFindings(*narrow, "230 5 300");
-        EXPECT_EQ(ToBytes(narrow->GetValue()), ToBytes(FromWord(type + "FF").get()));
+    for (const std::string type : {"24 01 ", "50 01 ", "28 01 "}) { // no room for the limit
+        const std::string limit = type == "28 01 " ? "28 0" : "24 0", most = limit == "28 0" ? "7F" : "FF";
+        const auto narrow = Cell({type + "05", limit + "2 2C 01", limit + "1 07", limit + "1 01"}, 0);
+        CheckFindings(*narrow, "228 7 300; 230 5 300");
+        EXPECT_EQ(ToBytes(narrow->GetValue()), FromHex(type + most));
+        EXPECT_EQ(ToBytes(narrow->GetMaximum()), FromHex(limit + "1 " + most));
     }
 }
 
@@ -132,10 +134,13 @@ TEST(Cell, Factory) {
     const auto cell =
         CCellFactory::Create({0xBF, 0x15}, value.get(), nullptr, nullptr, nullptr, nullptr, "", 3, 4, 5);
     EXPECT_EQ(cell->GetID().GetText() + CCellID().GetText(), "BF.15FF.FF");
-    EXPECT_EQ(CMenuLocation(cell->GetID()).GetLocation(), 0xBF15);
+    EXPECT_EQ(CMenuLocation(CMenuLocation(cell->GetID()).GetCellID()).GetLocation(), 0xBF15);
     EXPECT_EQ(cell->GetAttributeB() * 10 + cell->GetAttributeA(), 34);
     CheckFindings(*cell, "");
     EXPECT_FALSE(Cell("FF 00")->LimitsApply());
+    const auto plain = Cell("24 01 07");
+    EXPECT_EQ(plain->GetAttributeB() * 10 + plain->GetAttributeA() + plain->GetHead().limitsApply, 2);
+    EXPECT_EQ(ToBytes(plain->GetMaximum()), FromHex("24 01 FF"));
     EXPECT_EQ(Cell("48 01 05"), nullptr);
     const Value integer = FromWord("28 02 64 00"), scale = FromWord("2C 04 05 00 7C 01");
     const auto scaled = CCellFactory::Create({}, integer.get(), integer->CreateMinimum().get(), nullptr,
@@ -168,6 +173,13 @@ TEST(Cell, NamesAndTexts) {
     static_cast<CTextCell&>(*text).SetTextValue("A\x80"); // the relay has no euro
     EXPECT_EQ(ToBytes(text->GetValue()), FromHex("18 04 41 2E 20 20"));
     EXPECT_FALSE(static_cast<CTextCell&>(*text).IsTextAllowed("A\x80"));
+    for (const auto& [word, given, stored] : {std::tuple{"1C 02 41 42", "x", "1C 02 78 20"},
+                                              {"64 02 0A FF", "1", "64 02 10 00"},
+                                              {"6C 02 41 42", "xyz", "6C 02 78 79"}}) {
+        const auto other = Cell(word);
+        static_cast<CStringCell&>(*other).SetTextValue(given);
+        EXPECT_EQ(ToBytes(other->GetValue()), FromHex(stored));
+    }
 }
 
 } // namespace

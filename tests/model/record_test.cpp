@@ -207,6 +207,7 @@ std::string Fault(const CEventRecord& record) {
 TEST(Record, GivesUpWhatCannotBeWritten) {
     const std::string cell = "a cell's value is too long or its index selects no text (position 2)";
     EXPECT_EQ(Fault(MakeExtended(MakeCells({}, {"off", std::string(256, 'x')}))), cell);
+    EXPECT_EQ(MakeExtended(MakeCells({}, {"off", std::string(255, 'x')})).DropUnwritable().count, 0U);
     auto extended = MakeExtended(MakeCells({"one", "two"}, {"off"}));
     EXPECT_EQ(Fault(extended), cell);
     const std::size_t announced = extended.GetImageSize();
@@ -227,6 +228,7 @@ TEST(Record, GivesUpWhatCannotBeWritten) {
     EXPECT_EQ(dropped.first, "the event value");
     EXPECT_EQ(Fault(simple), "");
     EXPECT_EQ(simple.GetValues().size(), 2U) << "the others keep their places";
+    EXPECT_EQ(MakeSimple({"u1", "s256"}).DropUnwritable().first, "value 2");
 
     auto large = MakeSimple(std::vector<const char*>(256, "s255"), nullptr);
     EXPECT_EQ(Fault(large), "the event block is too long");
@@ -265,6 +267,7 @@ TEST(Record, Texts) {
     AddCell(continued, "u5", "two\n");
     EXPECT_EQ(MakeExtended(std::move(continued)).GetText(), "State s\nB\nI\n\none\x14two\n");
     EXPECT_EQ(CEventList().GetInfoText(2), "unknown");
+    EXPECT_EQ(CEventList().GetInfoText(0) + CEventList().GetInfoText(1), "unknownunknown");
 }
 
 TEST(Record, DisplayTexts) {

@@ -178,7 +178,9 @@ TEST(Times, CompareByCalendarFieldsAlone) {
     changed.SetMinute(63);
     changed.SetHour(0);
     changed.SetMilliseconds(0x1234);
-    EXPECT_EQ(Tagged(&changed), "3C 07 34 12 BF 80 25 F2 98");
+    changed.SetInvalid(false);
+    changed.SetDayOfWeek(6);
+    EXPECT_EQ(Tagged(&changed), "3C 07 34 12 3F 80 C5 F2 98");
 }
 
 TEST(Texts, DeviceCharacters) {
@@ -237,6 +239,8 @@ TEST(Texts, SettersAndForms) {
     EXPECT_EQ(hex.GetText(), "0AFF");
     hex.SetText("1fG12X7");
     EXPECT_EQ(Tagged(&hex), "64 03 1F 00 02") << "a pair ends at what is no digit";
+    EXPECT_EQ(Thrown<std::invalid_argument>([] { CParlaneEncryptedPassword("AbcdEf1", ""); }),
+              "a password to encipher needs 8 characters");
 }
 
 } // namespace
