@@ -83,13 +83,19 @@ def in_one_line(text):
 
 def equivalents():
     """The listed changes. One whose source has changed since, or that could be meant for two places, ends the run."""
-    listed = {line.rstrip() for line in EQUIVALENT.read_text().splitlines() if line[:1].strip(' #')}
-    for change in listed:
-        name, source = change.partition(':')[0], change.partition('   | ')[2]
-        old = change.partition('   | ')[0].split(': ', 2)[2].partition(' -> ')[0]
-        found = [in_one_line(line) for line in (TOP / name).read_text().splitlines()].count(source)
-        if found != 1 or source.count(old) != 1:
-            sys.exit(f'{EQUIVALENT.name}: {name} has not just one such place: {old} in {source}')
+    listed = set()
+    for line in EQUIVALENT.read_text().splitlines():
+        if line[:1].strip(' #'):
+            change, mark, source = line.rstrip().partition('   | ')
+            name = change.partition(':')[0]
+            begin, arrow, new = change.rpartition(' -> ')
+            old = change.split(': ', 2)[2].partition(' -> ')[0]
+            found = [in_one_line(line) for line in (TOP / name).read_text().splitlines()].count(source)
+            if found != 1 or source.count(old) != 1:
+                sys.exit(f'{EQUIVALENT.name}: {name} has not just one such place: {old} in {source}')
+            # A constant may have several others.
+            others = new.split(' or ') if ': constant: ' in begin else [new]
+            listed.update(begin + arrow + other + mark + source for other in others)
     return listed
 
 
