@@ -21,7 +21,6 @@ constexpr std::uint32_t kRecordNotRead = 2;
 constexpr int kAnyReplyLevel = 5; ///< accepts every reply of the device
 constexpr const char* kValueLabel = "Event Value ";
 constexpr const char* kUniqueIdLabel = "Evt Unique Id    %lu";
-const CCellID kNoCell(0xFFFFFFFF, 0xFFFFFFFF);
 
 /// The element as the class that it has to be.
 template <class TValue>
@@ -174,7 +173,7 @@ void CEventConverter::AddEventId(SEvent& event, CCellList& cells) {
 /// A value without a kind of cell makes none; the record is made nevertheless.
 void CEventConverter::AddValueCell(SEvent& event, std::string label, std::size_t element, CCellList& cells) {
     const CParlaneData& value = *event.values[element];
-    std::unique_ptr<CCell> cell = CCellFactory::CreateWithDefaultLimits(kNoCell, &value, std::move(label));
+    std::unique_ptr<CCell> cell = CCellFactory::CreateWithDefaultLimits(CCellID(), &value, std::move(label));
     if (cell == nullptr) {
         return;
     }
