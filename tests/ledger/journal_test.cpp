@@ -3,6 +3,7 @@
 #include "support/hex.h"
 #include "support/scratch_folder.h"
 
+#include "ledger/journal_entry.h"
 #include "ledger/journal_file.h"
 #include "ledger/set_aside_file.h"
 #include "ledger/standing_bytes.h"
@@ -186,6 +187,7 @@ TEST(Journal, OneOfAnEndedRunIsKnownByItsHead) {
         EXPECT_EQ(journal.OpenEnded(folder.Write("j", row.bytes)), EJournalOpening::Opened);
         EXPECT_EQ(journal.Head(), row.want) << row.bytes;
         EXPECT_EQ(other.OpenEnded(folder.Path("j")), EJournalOpening::InUse);
+        EXPECT_EQ(ReadJournal(journal.File()).end, head.size()) << "no frame is whole";
     }
     EXPECT_EQ(other.OpenEnded(folder.Path("none")), EJournalOpening::InUse) << "a run has just removed it";
     EXPECT_EQ(other.OpenEnded(folder.Path()), EJournalOpening::Failed);

@@ -105,6 +105,7 @@ TEST(Errors, Texts) {
                   std::tuple(hasMessage, hasLog, message, log));
     }
     EXPECT_EQ(FormatPositional("100%% %3%1%", {"a"}), "100% a%");
+    EXPECT_EQ(FormatPositional("%2%1", {"a", "b"}), "ba");
     EXPECT_EQ(CFileError(239U, 247).GetDetail(), "Unknown");
     EXPECT_EQ(CFileError(239U, 247).GetCause(), 0);
     EXPECT_STREQ(LoadStringText(526), "");
