@@ -97,6 +97,9 @@ TEST(EndToEnd, StandardErrorTellsWhatTheLogCannot) {
         EXPECT_TRUE(told.starts_with("ruvo: ") && told.ends_with("\nexit 0\n")) << row.name << ": " << told;
         EXPECT_NE(told.find(row.want), std::string::npos) << row.name << ": " << told;
     }
+    const std::string unread =
+        run.Shell("exec 8> >(exit 0); wait $!; $RUVO --help $DIR/site.ini 2>&8; echo exit $?");
+    EXPECT_EQ(unread, "exit 0\n") << "nobody reads it any more";
     const std::string made =
         run.Shell("ulimit -f 0; ${RUVO}ctl new $DIR/new.ini --link serial --relay 5 2>&1; echo exit $?");
     EXPECT_EQ(made, "ruvoctl: cannot write the new text; nothing was changed (File too large)\nexit 1\n");

@@ -32,6 +32,19 @@ std::string Hold(const std::string& path) {
     CHeldDayFile file;
     return file.Hold(path).value_or(SHoldFailure{.why = "held"}).why;
 }
+/// A folder takes the place of the file that is held.
+std::string Lose() {
+    CHeldDayFile file;
+    EXPECT_FALSE(file.Hold(kDay));
+    EXPECT_TRUE(RemoveFile(kDay) && MakeFolder(kDay).Good());
+    static_cast<void>(file.LengthNow());
+    try {
+        file.StartAt(0, {});
+    } catch (const CFileException& raised) {
+        return raised.GetPath() + ": " + raised.what();
+    }
+    return "";
+}
 std::string MakeAside() {
     CSetAsideFile file;
     return file.Make(kRoot, kDay) ? file.Name() : NotSetAsideText(file);
@@ -67,6 +80,7 @@ TEST(StepFaults, AStepGoesOnOrSaysWhatStandsInItsWay) {
         {[] { return Hold(kDay); }, 2, AccessDenied, day + ": failure 5"},
         {[] { return Hold(kDay); }, 2, BadPath, "held"},
         {[] { return Hold(kNew); }, 3, NotFound, "held"},
+        {Lose, 0, None, kDay + ": " + day + ": failure 5"},
         {[] { return std::to_string(EnsureFolderOfFile("C:\\a\\b\\c\\f")); }, 8, BadPath, "1"},
         {[] { return std::to_string(EnsureFolderOfFile("C:\\a\\b\\c\\f")); }, 8, Exists, "1", 3},
         {[] { return std::to_string(EnsureFolderOfFile("C:\\a\\b\\c\\f")); }, 8, Exists, "0", 4},

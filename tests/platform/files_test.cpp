@@ -262,6 +262,7 @@ TEST(FileReplacement, IsOnTheDiskWithItsName) {
         test::g_refused = error == 0 ? "" : "fsync";
         test::g_error = error;
         CSecretFileReplacement secret;
+        test::g_interruptions = 2;
         const SAccessResult result = secret.Prepare(folder.Write("f", "old"), "new");
         EXPECT_TRUE(result.Good() == isDone && result.systemCode == (isDone ? 0 : error)) << error;
         EXPECT_EQ(FlushFolder(folder.Path()), isDone) << error;

@@ -28,6 +28,11 @@ extern "C" {
 
 int fsync(int file) {
     ++g_flushes;
+    if (g_interruptions > 0) {
+        --g_interruptions;
+        errno = EINTR;
+        return -1;
+    }
     return IsRefused("fsync") ? -1 : static_cast<int>(syscall(SYS_fsync, file));
 }
 
