@@ -4,6 +4,7 @@
 
 #include "ledger/leftovers.h"
 #include "ledger/run_ledger.h"
+#include "ledger/visit_custody.h"
 #include "log/ledger_lines.h"
 #include "paths/path_utilities.h"
 
@@ -139,6 +140,28 @@ TEST(StepFaults, WhatIsNotFlushedIsNotSafe) {
                 g_disk.EndMachine([](std::size_t) { return std::size_t{0}; });
                 EXPECT_TRUE(fails || g_disk.Files()[path].size() > image.size()) << made << how << nth;
             }
+}
+
+TEST(StepFaults, ASetAsideFileThatCannotBeMadeIsTold) {
+    const std::vector<std::uint8_t> image(100, 'r');
+    bool isTold = false;
+    for (std::size_t nth = 1; nth <= 20; ++nth) {
+        Start();
+        g_disk.PutFolder("C:\\var\\state");
+        std::string reason;
+        CRunLedger ledger(kRoot, [&](const SLedgerReport& report) { reason = report.reason; });
+        CVisitCustody custody(&ledger, "RV001");
+        ASSERT_FALSE(custody.Begin(kNew));
+        EXPECT_TRUE(custody.Keep(image, 1));
+        Break(nth);
+        custody.SetAside("a password was refused");
+        g_disk.faults.clear();
+        const bool isMade = std::ranges::any_of(
+            g_disk.Files(), [](const auto& file) { return file.first.ends_with("new-1.setaside"); });
+        isTold = isTold || (!isMade && reason.ends_with("/new-1.setaside cannot be written: failure 1"));
+        EXPECT_TRUE(custody.SetAsideCount() == 1 || custody.WaitingCount() == 1) << nth;
+    }
+    EXPECT_TRUE(isTold);
 }
 
 } // namespace ruvo::test
