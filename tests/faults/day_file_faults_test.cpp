@@ -2,6 +2,8 @@
 // set-aside files that are made, journals that are looked for, lines of the log.
 #include "fault_rig.h"
 
+#include "dayfile/day_file_reader.h"
+#include "dayfile/day_file_writer.h"
 #include "ledger/leftovers.h"
 #include "ledger/run_ledger.h"
 #include "ledger/visit_custody.h"
@@ -46,6 +48,17 @@ std::string Lose() {
     }
     return "";
 }
+/// Where what is found in a day file begins.
+std::string Read() {
+    const std::string header = COffFile::HeaderBytes(MakeEventListHeader(1, kEventListText));
+    g_disk.Put(kDay, header);
+    CDayFileReader reader;
+    std::string found;
+    EXPECT_TRUE(reader.Open(kDay).Good());
+    for (SDayFileItem item; reader.Next(item);)
+        found += item.IsReadFailure() && item.offset == header.size() ? "unread behind the header" : "more";
+    return found;
+}
 std::string MakeAside() {
     CSetAsideFile file;
     return file.Make(kRoot, kDay) ? file.Name() : NotSetAsideText(file);
@@ -81,6 +94,8 @@ TEST(StepFaults, AStepGoesOnOrSaysWhatStandsInItsWay) {
         {[] { return Hold(kDay); }, 2, AccessDenied, day + ": failure 5"},
         {[] { return Hold(kDay); }, 2, BadPath, "held"},
         {[] { return Hold(kNew); }, 3, NotFound, "held"},
+        {Read, 0, None, ""},
+        {Read, 3, Other, "unread behind the header"},
         {Lose, 0, None, kDay + ": " + day + ": failure 5"},
         {[] { return std::to_string(EnsureFolderOfFile("C:\\a\\b\\c\\f")); }, 8, BadPath, "1"},
         {[] { return std::to_string(EnsureFolderOfFile("C:\\a\\b\\c\\f")); }, 8, Exists, "1", 3},

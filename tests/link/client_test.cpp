@@ -335,6 +335,9 @@ TEST_F(Client, WritesLeaveSecurityEvents) {
     EXPECT_EQ(lines([&] { link->ResetCell(nullptr, 0x0110); }),
               stamp + "[FF.FD] 'Reset cell 01.10        '  dt:0x24  dl:0x02  dv:'0x00 0x00'\n");
     EXPECT_EQ(called, "                |Reset cell 01.10|FFFD|3C07581B038E020315|24020000");
+    g_localTime = SCalendarTime{2027, 11, 29, 23, 59, 59};
+    EXPECT_NE(lines([&] { link->ResetCell(nullptr, 0x0110); }).find("Event : 2027-11-29 23:59:59.000  '"),
+              std::string::npos);
     g_localTime.reset();
     EXPECT_NE(lines([&] { link->SetValue(nullptr, 0xBF15, CParlaneUint(0x0203, 2)); }).find("01 00:00:00.0"),
               std::string::npos)

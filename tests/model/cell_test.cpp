@@ -162,6 +162,10 @@ TEST(Cell, NamesAndTexts) {
     EXPECT_EQ(made->Clone()->GetText(), "State On.");
     static_cast<CIndexedCell&>(*made).SetTexts({"Off"});
     EXPECT_EQ(made->GetRawText(), "State      .");
+    static_cast<CIndexedCell&>(*made).SetTexts({});
+    std::string output = "of another";
+    made->Format(output, "%s", EFormatMode::Value);
+    EXPECT_EQ(output, "");
 
     const auto flags = Cell({"b5", "u7", "u8", "u1"}, 1);
     static_cast<CBinaryCell&>(*flags).SetBitNames({"zero", "one", "two", "three"});

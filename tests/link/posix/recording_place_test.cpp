@@ -1,6 +1,7 @@
 // Where a recording may be made, on a system with links and modes.
 #include "support/scratch_folder.h"
 
+#include "link/recording/recording.h"
 #include "link/recording/recording_file.h"
 
 #include <gtest/gtest.h>
@@ -32,6 +33,12 @@ TEST(RecordingFile, IsNewAndItsOwnersAlone) {
     EXPECT_EQ(made.st_mode & 07777U, 0600U);
     EXPECT_EQ(folder.Read("a.b.rec") + folder.Read("target"), "oldold");
     EXPECT_FALSE(folder.Has("nowhere") || folder.Has("x.rec"));
+}
+
+TEST(RecordingFile, ThatCannotBeReadIsNotCalledSomethingElse) {
+    Variant::Bytes bytes;
+    EXPECT_EQ(ReadRecordingFile("C:\\proc\\self\\mem", bytes), ERecordingRead::Unreadable);
+    EXPECT_EQ(ReadRecordingFile("C:\\proc\\self\\status", bytes), ERecordingRead::NoRecording);
 }
 
 } // namespace ruvo::test
