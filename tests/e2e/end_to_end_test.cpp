@@ -61,10 +61,15 @@ TEST(EndToEnd, CheckOnlyModeShowsABoxAndTouchesNothing) {
 TEST(EndToEnd, WhatKeepsARunFromStarting) {
     const auto good = kLink + Relay("serial = 5", kTrip);
     const std::string sections = "[RUVO_SERIAL]\nRV001=5\n";
-    ForEachCase<2>("e2e/start_failures.txt", [&](auto& setUp, auto& log) {
+    ForEachCase<3>("e2e/start_failures.txt", [&](auto& setUp, auto& log, auto& server) {
         const CProgramRun run(good, "", sections);
-        run.Shell("BIN=" RUVO_BIN_DIR "\n" + setUp + "\n$RUVO $DIR/site.ini");
+        const std::string bin = "BIN=" RUVO_BIN_DIR "\n";
+        run.Shell(bin + setUp + "\n$RUVO $DIR/site.ini");
         EXPECT_EQ(run.Log(), log + "\n");
+        const std::string want = run.Shell(bin + "echo \"$DIR/site.ini: " + server + "\"");
+        EXPECT_TRUE(server.empty() ||
+                    run.Shell("${RUVO}ctl check $DIR/site.ini").find(want) != std::string::npos)
+            << want;
     });
     const CProgramRun run(good, "", sections);
     const std::string alone = run.Shell("cp $RUVO $DIR/lonely; $DIR/lonely $DIR/site.ini; echo exit $?");
