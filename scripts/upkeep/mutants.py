@@ -23,7 +23,7 @@ MEMORY = 8 << 30
 GRACE_SECONDS = 20 # a test program that takes longer than this and ten times its usual time hangs
 ROOMS = re.findall(r'^(\w+) +src/\1\b', (TOP / 'cmake' / 'rooms.txt').read_text(), re.M)
 # Changes that no test could notice, each as it is printed here but without the number of its line, with the reason
-# indented below it. They are not tried.
+# indented below it, or below several. They are not tried.
 EQUIVALENT = TOP / 'scripts' / 'upkeep' / 'equivalent_changes.txt'
 OTHER_TESTS = ['sim', 'pages', 'tools', 'e2e', 'faults'] # the slowest last
 PAGES = 'pages' # no test program, but whether the documentation has what the tables have

@@ -36,7 +36,7 @@ struct SJournalEntry {
 /// What could be read of a journal.
 struct SJournalContents {
     std::vector<SJournalEntry> entries;
-    std::uint64_t end = 0; ///< after the last whole frame
+    std::uint64_t end = 0; ///< after the last whole frame that makes sense
     bool isRead = true;    ///< else what follows the entries is not known
     bool isWhole = true;   ///< but for a frame that an end has torn
 };

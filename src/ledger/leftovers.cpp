@@ -3,7 +3,6 @@
 #include "dayfile/day_file_reader.h"
 #include "ledger/journal_entry.h"
 #include "ledger/journal_file.h"
-#include "paths/path_utilities.h"
 
 #include <utility>
 
