@@ -43,7 +43,8 @@ private:
     SFileResult m_result;
 };
 
-void CopyEntry(CFile& journal, const SJournalEntry& entry, std::uint64_t end, CPieces& pieces) {
+/// False when the journal cannot be read: a copy of what could be would look like a whole one.
+bool CopyEntry(CFile& journal, const SJournalEntry& entry, std::uint64_t end, CPieces& pieces) {
     CFrameReader reader(journal, entry.offset, entry.visit, end);
     std::vector<std::uint8_t> bytes;
     SChain chain;
@@ -51,6 +52,7 @@ void CopyEntry(CFile& journal, const SJournalEntry& entry, std::uint64_t end, CP
         MakeFrame(bytes, frame.kind, frame.visit, chain, frame.payload);
         pieces.Add(bytes);
     }
+    return !reader.HasFailed();
 }
 
 } // namespace
@@ -82,12 +84,11 @@ SFileResult CopyOpenEntries(const std::string& journalPath, CFile& journal,
     }
     CPieces pieces(copy);
     pieces.Add({reinterpret_cast<const std::uint8_t*>(kJournalHead.data()), kJournalHead.size()});
+    bool isRead = true;
     for (const SJournalEntry& entry : contents.entries) {
-        if (!entry.isDone) {
-            CopyEntry(journal, entry, contents.end, pieces);
-        }
+        isRead = isRead && (entry.isDone || CopyEntry(journal, entry, contents.end, pieces));
     }
-    const SFileResult written = pieces.Finish();
+    const SFileResult written = isRead ? pieces.Finish() : SFileResult{EFileFailure::Other, 0};
     static_cast<void>(copy.Close());
     if (!written.Good() || !RenameFile(unfinished, path)) {
         RemoveFile(unfinished);

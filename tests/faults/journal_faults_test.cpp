@@ -1,0 +1,98 @@
+// What a journal comes to when the disk fails as it is emptied, copied or read, and a visit when the disk
+// fills.
+#include "crash_case.h"
+
+#include "dayfile/block_parser.h"
+#include "ledger/journal_copy.h"
+#include "ledger/journal_file.h"
+
+namespace ruvo::test {
+
+namespace {
+
+/// With one visit, which lasts; it is on the disk.
+void Make(CJournalFile& journal) {
+    g_disk = {};
+    g_disk.PutFolder("C:\\s");
+    SChain chain;
+    EXPECT_TRUE(journal.Make("C:\\s", "now") && journal.Append(EFrame::Visit, 1, chain, Pack(SVisitInfo{})));
+    g_disk.FlushAll();
+}
+/// The nth operation from now on.
+void Break(std::size_t nth) {
+    g_disk.operations = 0;
+    g_disk.faults = {{nth, nth, EFileFailure::Other}};
+}
+
+} // namespace
+
+TEST(JournalFaults, OneThatMayNotBeEmptyTakesNoMore) {
+    for (const std::size_t nth : {0U, 1U, 2U, 3U}) { // the cut, and two flushes
+        CJournalFile journal;
+        Make(journal);
+        Break(nth);
+        journal.Clear();
+        EXPECT_EQ(journal.End() == kJournalHead.size(), nth != 1) << nth;
+        SChain chain;
+        EXPECT_EQ(journal.Append(EFrame::Visit, 2, chain, {}), nth < 2) << nth;
+        EXPECT_EQ(std::pair(journal.HasFailed(), journal.Failure().Good()), std::pair(nth >= 2, nth < 2));
+    }
+}
+
+TEST(JournalFaults, ACopyIsWholeAndOnTheDiskOrThereIsNone) {
+    std::string outcomes;
+    for (const std::size_t nth : {1U, 2U, 3U, 4U, 5U, 6U, 7U, 8U}) {
+        CJournalFile journal;
+        Make(journal);
+        const SJournalContents contents = ReadJournal(journal.File());
+        Break(nth);
+        const SFileResult copied = CopyOpenEntries(journal.Path(), journal.File(), contents);
+        outcomes += copied.Good() ? "copied " : std::to_string(copied.systemCode) + " ";
+        const auto left = g_disk.Files();
+        EXPECT_EQ(left.size(), copied.Good() ? 2U : 1U) << nth;
+        g_disk.EndMachine([](std::size_t) { return std::size_t{0}; }); // only what is flushed is left
+        EXPECT_EQ(g_disk.Files(), left) << nth;
+        EXPECT_TRUE(!copied.Good() || left.at(CopyPathOf(journal.Path())) == left.at(journal.Path())) << nth;
+    }
+    EXPECT_EQ(outcomes, "copied 1 0 0 1 1 copied 0 ") << "why a file cannot be renamed is not known";
+}
+
+TEST(JournalFaults, AReaderTakesNoMoreThanItHasRead) {
+    std::vector<std::uint8_t> frame;
+    SChain chain;
+    MakeFrame(frame, EFrame::Visit, 1, chain, {});
+    for (const int claimed : {0, 0xF0}) { // of the payload's length, the third byte
+        frame[11] = static_cast<std::uint8_t>(claimed);
+        for (const std::size_t end : {frame.size() - 1, frame.size(), frame.size() + 1'000'000'000}) {
+            g_disk = {};
+            g_disk.Put("C:\\j", {reinterpret_cast<const char*>(frame.data()), frame.size()});
+            Break(5); // the second search for a place
+            CFile file;
+            EXPECT_TRUE(file.Open("C:\\j", {.read = true}).Good());
+            SFrame read;
+            EXPECT_EQ(CFrameReader(file, 0, 1, end).Next(read), claimed == 0 && end >= frame.size()) << end;
+        }
+    }
+}
+
+TEST(RelayVisitFaults, GoesOnWhileItsDayFileHasRoom) {
+    const std::uint64_t least = std::size_t{64} * 1024 + kMaxRecordImage; // at the first look
+    const struct {
+        SFreeSpace room; ///< from the first event on
+        bool isFull;
+    } cases[] = {
+        {{10'000'000, 1}, false}, {{10'000'000, {}}, false}, {{{}, 1}, false}, {{least - 1, 1}, true}};
+    const SCrashCase test{.name = "long records", .cells = 200};
+    CFaultRig rig{LoadSubstation("[link]\nserial = [\"COM1\"]\n" + RelayText(test, kTested, true))};
+    SMemoryDisk disk;
+    disk.PutFolder("C:\\ev");
+    disk.PutFolder("C:\\var\\state");
+    for (const auto& row : cases) {
+        rig.onEvent = [&row](int) { g_disk.room = row.room; };
+        const SOutcome outcome = rig.RunOn(disk, {});
+        EXPECT_EQ(outcome.notes.taken == kEvents.size(), !row.isFull);
+        EXPECT_EQ(outcome.IsTold("; there is no room for more in the disk of "), row.isFull) << outcome.Log();
+    }
+}
+
+} // namespace ruvo::test
