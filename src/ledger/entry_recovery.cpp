@@ -221,11 +221,11 @@ bool CEntryRecovery::MakePlan(const SJournalEntry& entry, CHeldDayFile& file, SP
     }
     isRead = isRead && ForEachImage(m_journal.File(), entry, plan.store.records,
                                     [&](std::uint32_t, Bytes image) { return standing.Compare(image); });
-    if (!isRead) {
+    const EStanding outcome = isRead ? standing.Outcome() : EStanding::Unread;
+    if (outcome == EStanding::Unread) {
         m_why = "its journal or its day file cannot be read";
         return false;
     }
-    const EStanding outcome = standing.Outcome();
     plan.isInPlace = outcome == EStanding::Torn || outcome == EStanding::All;
     if (outcome != EStanding::Other) {
         return true;

@@ -36,9 +36,9 @@ bool IsMissing(const std::string& folder) {
 
 } // namespace
 
-SFoundFiles FindFiles(const std::string& folder, std::string_view ending) {
+SListedFiles ListFiles(const std::string& folder, std::string_view ending) {
     std::vector<SFolderEntry> entries;
-    SFoundFiles found;
+    SListedFiles found;
     found.isRead = folder.empty() || ListFolder(folder, entries) || IsMissing(folder);
     for (const SFolderEntry& entry : entries) {
         if (entry.isFile && entry.name.ends_with(ending)) {
@@ -49,12 +49,8 @@ SFoundFiles FindFiles(const std::string& folder, std::string_view ending) {
     return found;
 }
 
-std::vector<std::string> FilesIn(const std::string& folder, std::string_view ending) {
-    return FindFiles(folder, ending).paths;
-}
-
-std::vector<std::string> JournalsIn(const std::string& folder) {
-    return FilesIn(folder, kJournalEnding);
+SListedFiles JournalsIn(const std::string& folder) {
+    return ListFiles(folder, kJournalEnding);
 }
 
 bool CJournalFile::Make(const std::string& folder, const std::string& nameBegin) {

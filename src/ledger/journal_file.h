@@ -18,15 +18,17 @@ inline constexpr std::string_view kJournalEnding = ".journal";
 /// Added to the name of a journal that could not be read to its end, once all that could be read is stored.
 inline constexpr std::string_view kDamagedEnding = ".damaged";
 
-struct SFoundFiles {
+struct SListedFiles {
     std::vector<std::string> paths; ///< by name
     bool isRead = true;             ///< the folder, or it is missing
+
+    /// Of a folder that cannot be read that is not known.
+    [[nodiscard]] bool AreNone() const { return isRead && paths.empty(); }
 };
 /// The files in a folder whose names end so.
-[[nodiscard]] SFoundFiles FindFiles(const std::string& folder, std::string_view ending);
-[[nodiscard]] std::vector<std::string> FilesIn(const std::string& folder, std::string_view ending);
+[[nodiscard]] SListedFiles ListFiles(const std::string& folder, std::string_view ending);
 /// The journals in an event root's folder, the oldest first.
-[[nodiscard]] std::vector<std::string> JournalsIn(const std::string& folder);
+[[nodiscard]] SListedFiles JournalsIn(const std::string& folder);
 
 /// The outcome of opening an ended run's journal.
 enum class [[nodiscard]] EJournalOpening : std::uint8_t{

@@ -4,6 +4,8 @@
 #include "ledger/journal_entry.h"
 #include "ledger/journal_file.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace ruvo {
@@ -59,7 +61,7 @@ void AddSetAside(const std::string& path, SLeftovers& leftovers) {
 SLeftovers ReadLeftovers(const std::string& folder) {
     SLeftovers leftovers;
     leftovers.folder = folder;
-    const SFoundFiles journals = FindFiles(folder, kJournalEnding);
+    const SListedFiles journals = JournalsIn(folder);
     leftovers.isRead = journals.isRead;
     for (const std::string& path : journals.paths) {
         AddWaiting(path, leftovers);
@@ -67,9 +69,7 @@ SLeftovers ReadLeftovers(const std::string& folder) {
     for (const std::string& path : SetAsideFilesIn(folder)) {
         AddSetAside(path, leftovers);
     }
-    for (std::string& path : FilesIn(folder, kDamagedEnding)) {
-        leftovers.damaged.push_back(std::move(path));
-    }
+    std::ranges::move(ListFiles(folder, kDamagedEnding).paths, std::back_inserter(leftovers.damaged));
     return leftovers;
 }
 

@@ -172,8 +172,8 @@ void CRunLedger::BringIn() {
 }
 
 /// All but its own, which may have the name that an earlier one had.
-SFoundFiles CRunLedger::EarlierJournals(const std::string& folder) const {
-    SFoundFiles journals = FindFiles(folder, kJournalEnding);
+SListedFiles CRunLedger::EarlierJournals(const std::string& folder) const {
+    SListedFiles journals = JournalsIn(folder);
     if (m_journal) {
         std::erase(journals.paths, m_journal->Path());
     }
@@ -182,7 +182,7 @@ SFoundFiles CRunLedger::EarlierJournals(const std::string& folder) const {
 }
 
 void CRunLedger::BringInFrom(const std::string& folder) {
-    const SFoundFiles journals = EarlierJournals(folder);
+    const SListedFiles journals = EarlierJournals(folder);
     if (!journals.isRead) {
         SLedgerReport report;
         report.outcome = ELedgerOutcome::UnreadFolder;

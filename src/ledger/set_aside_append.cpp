@@ -57,10 +57,10 @@ std::string Append(const std::string& path, CVisitCustody& custody, SAppendedFil
                : "its events are in the day file, but it cannot be renamed; the next run tries again";
 }
 
-/// Whether an entry that is still open names the file: then its writing may go on.
+/// Whether an entry that is still open may name the file: then its writing may go on.
 bool IsNamedByJournal(const std::string& path) {
-    const std::vector<std::string> journals = JournalsIn(ParentFolder(path));
-    return std::ranges::any_of(journals, [&](const std::string& journal) {
+    const SListedFiles journals = JournalsIn(ParentFolder(path));
+    return !journals.isRead || std::ranges::any_of(journals.paths, [&](const std::string& journal) {
         CJournalFile file;
         if (!file.OpenToRead(journal)) {
             return true;

@@ -178,12 +178,12 @@ bool IsMarkedAppended(const std::string& folder, const std::string& name) {
 }
 
 std::vector<std::string> SetAsideFilesIn(const std::string& folder) {
-    return FilesIn(folder, kSetAsideEnding);
+    return ListFiles(folder, kSetAsideEnding).paths;
 }
 
 void RemoveEmptySetAsideFiles(const std::string& folder) {
     const std::vector<std::string> files = SetAsideFilesIn(folder);
-    if (!files.empty() && JournalsIn(folder).empty()) {
+    if (!files.empty() && JournalsIn(folder).AreNone()) {
         std::ranges::for_each(files, [](const std::string& path) { RemoveEmptyDayFile(path, false); });
     }
 }

@@ -35,7 +35,10 @@ EStanding CStandingBytes::Outcome() {
     if (m_isEqual) {
         return m_length < m_position ? EStanding::Beginning : EStanding::All;
     }
-    return m_length <= m_position || DoWholeRecordsFollow() ? EStanding::Torn : EStanding::Other;
+    if (m_length <= m_position || DoWholeRecordsFollow()) {
+        return EStanding::Torn;
+    }
+    return m_isUnread ? EStanding::Unread : EStanding::Other;
 }
 
 bool CStandingBytes::Read(std::uint64_t position, std::size_t count) {
@@ -45,6 +48,7 @@ bool CStandingBytes::Read(std::uint64_t position, std::size_t count) {
     for (std::size_t held = 0, got = 0; isRead && held < count; held += got) {
         isRead = m_file.Read(std::span(m_bytes).subspan(held), got).Good() && got > 0;
     }
+    m_isUnread = m_isUnread || !isRead;
     return isRead;
 }
 

@@ -14,6 +14,7 @@ enum class EStanding : std::uint8_t {
     Beginning, ///< or nothing, and nothing else
     Torn,      ///< each sector holds a beginning of its part and zeros after it, as a power failure leaves it
     Other,
+    Unread, ///< the file cannot be read
 };
 
 class CStandingBytes {
@@ -36,6 +37,7 @@ private:
     std::uint64_t m_position; ///< of the next byte
     std::vector<std::uint8_t> m_bytes;
     bool m_isOther;
+    bool m_isUnread = false;
     bool m_isEqual = true;
     bool m_isInZeros = false; ///< within a sector, after the beginning of its part
 };

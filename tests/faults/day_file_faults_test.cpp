@@ -67,6 +67,11 @@ std::string Tell() {
     WriteLogLine("a line", ELineWorth::TellsOfLoss);
     return g_debugOutput.substr(0, g_debugOutput.find(". Line lost: "));
 }
+std::string LookAt(const std::string& journal = std::string(kJournalHead)) {
+    g_disk.Put("C:\\ev\\x.journal", journal);
+    const SLeftovers left = ReadLeftovers(kRoot);
+    return std::to_string(left.isRead) + " " + std::to_string(left.damaged.size());
+}
 std::string BringIn(const std::string& journal = std::string(kJournalHead)) {
     std::string told;
     g_disk.Put("C:\\ev\\x.journal", journal);
@@ -106,6 +111,11 @@ TEST(StepFaults, AStepGoesOnOrSaysWhatStandsInItsWay) {
         {[] { return std::to_string(CanCreateFile(kDay)); }, 1, AccessDenied, "0"},
         {[] { return std::to_string(ReadLeftovers(kRoot).isRead); }, 3, Other, "0"},
         {[] { return std::to_string(ReadLeftovers(kRoot).isRead); }, 3, NotFound, "1"},
+        {[] { return LookAt("RUVO JOURNAL 2\r\n"); }, 0, None, "1 1"},
+        {[] { return LookAt(); }, 2, Other, "0 0"},
+        {[] { return LookAt(); }, 4, Other, "0 0"},
+        {[] { return LookAt(); }, 6, Other, "0 0"},
+        {MakeAside, 1, Other, "f-2.setaside", 9},
         {MakeAside, 1, Other, "set-aside file /ev/f-1.setaside cannot be written: all names are taken", 10},
         {Tell, 0, None, ""},
         {Tell, 7, Other, log + "the log's folder cannot be flushed to disk"},

@@ -141,6 +141,8 @@ TEST(Journal, FramesFollowOneAnotherWhateverIsDoneBetween) {
     ASSERT_TRUE(journal->Make(folder.Path("s"), "now"));
     const auto append = [&](EFrame kind) { EXPECT_TRUE(journal->Append(kind, 1, chain, Hex("0102"))); };
     append(EFrame::Visit);
+    EXPECT_EQ(journal->Head(), EJournalHead::Known);
+    append(EFrame::Record);
     EXPECT_TRUE(journal->Reserve(100'000));
     append(EFrame::Record);
     SFrame frame;
@@ -151,7 +153,7 @@ TEST(Journal, FramesFollowOneAnotherWhateverIsDoneBetween) {
     EXPECT_EQ(journal->Head(), EJournalHead::Known);
     append(EFrame::Done);
     journal.reset(); // nobody else reads it before
-    EXPECT_EQ(FramesOf(folder, folder.Read("s/now-1.journal")), "V1 R1 R1 D1 ");
+    EXPECT_EQ(FramesOf(folder, folder.Read("s/now-1.journal")), "V1 R1 R1 R1 D1 ");
 }
 
 TEST(Journal, ItsNameIsNotThatOfAnEarlierOneOfWhichAnythingIsLeft) {
@@ -164,7 +166,7 @@ TEST(Journal, ItsNameIsNotThatOfAnEarlierOneOfWhichAnythingIsLeft) {
     EXPECT_TRUE(folder.Has("s/now-4.journal"));
     for (const char* name : {"b", "e", "a", "d", "c"})
         folder.Write("s/" + std::string(name) + ".journal", "");
-    const std::vector<std::string> all = JournalsIn(folder.Path("s"));
+    const std::vector<std::string> all = JournalsIn(folder.Path("s")).paths;
     EXPECT_TRUE(all.size() == 8 && std::ranges::is_sorted(all)) << "the oldest comes first";
 }
 
@@ -221,6 +223,27 @@ TEST(Journal, WhatItHoldsComesBackAsItWas) {
         EXPECT_EQ(UnpackRecord(Hex(row.hex)).has_value(), row.isTaken) << row.name;
 }
 
+TEST(Journal, AFrameThatMakesNoSenseIsDamage) {
+    const CScratchFolder folder;
+    for (const auto& [kind, payload, isWhole] : {std::tuple(EFrame::Visit, "00000000", false),
+                                                 {EFrame::Record, "00000000", false},
+                                                 {EFrame::SetAside, "00000000", false},
+                                                 {EFrame::SetAside, "0000000000000000", true},
+                                                 {EFrame::Store, "0000000000000000", true}}) {
+        SChain first, other;
+        std::vector<std::uint8_t> frame;
+        MakeFrame(frame, EFrame::Visit, 1, first, Pack(SVisitInfo{}));
+        std::string bytes = std::string(kJournalHead).append(frame.begin(), frame.end());
+        const bool isOther = kind == EFrame::Visit;
+        MakeFrame(frame, kind, isOther ? 2 : 1, isOther ? other : first, Hex(payload));
+        CFile file;
+        const std::string path = folder.Write("j", bytes.append(frame.begin(), frame.end()));
+        EXPECT_TRUE(file.Open(path, {.read = true}).Good());
+        const SJournalContents contents = ReadJournal(file);
+        EXPECT_TRUE(contents.isWhole == isWhole && !contents.entries[0].store) << payload;
+    }
+}
+
 TEST(StandingBytes, TellWhatAnEndHasLeft) {
     const CScratchFolder folder;
     const std::string wanted = std::string(700, 'w') + std::string(500, 'x');
@@ -248,6 +271,8 @@ TEST(StandingBytes, TellWhatAnEndHasLeft) {
                  {"zeros, and something behind", before + zeros(412, 512) + "more", Other},
                  {"zeros, and records behind", before + zeros(412, 512) + record + record, Torn},
                  {"zeros, a part of one", before + zeros(412, 512) + record + record.substr(0, 40), Other},
+                 {"the first byte of what is compared", before + zeros(300, 1), Other},
+                 {"two bytes of it", before + wanted.substr(0, 302), Beginning},
                  {"something else", before + std::string(40, 'o'), Other},
                  {"a file that was cut", before.substr(0, 99), Other}};
     for (const auto& row : cases) {
@@ -261,6 +286,12 @@ TEST(StandingBytes, TellWhatAnEndHasLeft) {
         }
         EXPECT_EQ(standing.Outcome(), row.want) << row.name;
     }
+    CFile file;
+    ASSERT_TRUE(file.Open(folder.Write("day", std::string(1, '\0')), {.read = true}).Good());
+    CStandingBytes shorter(file, 0, 2); // than it was
+    EXPECT_TRUE(shorter.Compare(std::span(image).subspan(1, 1)));
+    EXPECT_EQ(shorter.Outcome(), Unread) << "what follows is not known";
+    EXPECT_FALSE(shorter.Compare(image));
 }
 
 TEST(SetAsideFile, LeadsNowhereElse) {
@@ -295,6 +326,7 @@ TEST(SetAsideFile, IsNamedAfterItsDayFile) {
     } cases[] = {{"AB12-1\\x.y.evt", "x.y-1"},
                  {"AB12-1\\taken.evt", "taken-3"},
                  {longest + "\xC3\xA9.evt", longest + "-1"},
+                 {std::string(151, '\x80') + ".evt", "-1"},
                  {shorter + "\xC3\xA9.evt", shorter + "-1"}}; // no character is cut
     for (const auto& row : cases)
         EXPECT_EQ(FreeSetAsidePath(folder.Path(), row.dayFile), folder.Path(row.want + ".setaside"));

@@ -206,7 +206,7 @@ TEST_F(RecoverCommand, TellsWhatAKilledVisitHasLost) {
         CRunLedger ledger(folder.Path("ev"), [](const SLedgerReport&) {});
         CVisitCustody custody(&ledger, "RV001");
         ASSERT_FALSE(custody.Begin(folder.Path("ev") + kDay));
-        EXPECT_TRUE(custody.Keep(Bytes(records[0]), 0x01020304));
+        EXPECT_TRUE(custody.Keep(Bytes(records[0]), 0x03050709));
         using enum ELostCause;
         for (const ELostCause cause : {NotStated, UnknownKind, Malformed, RecordNotRead, NoMemory})
             custody.Lose(cause);
@@ -216,7 +216,7 @@ TEST_F(RecoverCommand, TellsWhatAKilledVisitHasLost) {
          {"1 event of unknown kind passed over.", "Cause: not known.", "Cause: no memory.",
           "Cause: a reply that makes no sense.", "Cause: a record that could not be read."})
         EXPECT_NE(out.find(told), std::string::npos) << out;
-    EXPECT_NE(Day().find("NEXTEXTENDED: 16909061\r\n"), std::string::npos) << "as the visit would have it";
+    EXPECT_NE(Day().find("NEXTEXTENDED: 50661130\r\n"), std::string::npos) << "as the visit would have it";
 }
 
 TEST_F(RecoverCommand, LeavesARunThatIsUnderWayAlone) {
@@ -225,6 +225,9 @@ TEST_F(RecoverCommand, LeavesARunThatIsUnderWayAlone) {
     ASSERT_FALSE(custody.Begin(folder.Path("ev") + kDay));
     EXPECT_TRUE(custody.Keep(Bytes(records[0]), 0));
     EXPECT_NE(Recover().out.find("nothing is left"), std::string::npos) << "it answers for its events itself";
+    CRunLedger next(folder.Path("ev"), [](const SLedgerReport&) {});
+    next.BringIn();
+    EXPECT_FALSE(CVisitCustody(&next, "RV002").Begin(folder.Path("ev\\AB12-2\\day.evt")));
     custody.Store();
     custody.End();
     EXPECT_TRUE(Day().ends_with(records[0]));
@@ -256,6 +259,9 @@ TEST_F(RecoverCommand, KeepsWhatCannotBeReadOfASetAsideFile) {
     Visit(EEnd::SetAside);
     const std::string name = "AB12-1-2026-11-16-DEV-1.setaside", path = "state/" + Digest() + "/" + name;
     const std::string whole = folder.Read(path);
+    folder.Write(path, whole.substr(0, whole.size() - both.size()) + "xx");
+    EXPECT_NE(Recover({name}).error.find("it holds no record"), std::string::npos);
+    EXPECT_TRUE(JournalsIn(FolderOfJournals(folder.Path("ev"))).AreNone());
     folder.Write(path, whole + "xx");
     EXPECT_TRUE(Recover().out.ends_with("/" + name + " (damaged)\n"));
     const SOutcome appended = Recover({name});
@@ -321,8 +327,9 @@ TEST_F(RecoverCommand, TakesOverAFileBesideAJournalThatDoesNotNameIt) {
     Visit(EEnd::Killed);
     const std::string from = FolderOfJournals(folder.Path("ev"));
     const std::vector<std::string> files = SetAsideFilesIn(from);
-    ASSERT_TRUE(files.size() == 1 && JournalsIn(from).size() == 1);
+    ASSERT_TRUE(files.size() == 1 && JournalsIn(from).paths.size() == 1);
     std::filesystem::create_directory(folder.Native("taken"));
+    EXPECT_EQ(AdoptSetAsideFile(files.front(), folder.Path("nowhere")), "");
     const std::string moved = AdoptSetAsideFile(files.front(), folder.Path("taken"));
     EXPECT_TRUE(moved.starts_with(folder.Path("taken\\")) && moved.ends_with(kSetAsideEnding)) << moved;
     EXPECT_TRUE(SetAsideFilesIn(from).empty());

@@ -88,7 +88,7 @@ public:
                 m_console.out.Write(Shown(path) + " is " + Shown(moved) + " now.\n");
             }
         }
-        m_isWhole = m_isWhole && JournalsIn(folder).empty();
+        m_isWhole = m_isWhole && JournalsIn(folder).AreNone();
     }
 
     void Append(const std::string& typed) {
