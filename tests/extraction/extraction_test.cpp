@@ -12,6 +12,12 @@
 namespace ruvo::test {
 
 TEST_F(Extraction, NothingPendingLeavesNothingAndAsksExactlyThis) {
+    server.onCall = [](SCall& call) -> std::optional<std::int64_t> {
+        if (call.name != "GetDeviceStatus")
+            return std::nullopt;
+        *call.outputs[0] = Variant::FromUI1(0xDF); // all but one bit of a relay's status tell of other things
+        return 0;
+    };
     EXPECT_EQ(Extract().recordsWritten, 0U);
     EXPECT_EQ(Calls(0),
               "GetValue 00.08;GetValue 00.06;GetValue 00.08;GetValue 00.06;GetValue 00.05;GetValue 00.04;"
@@ -126,6 +132,8 @@ TEST_F(Extraction, ARelayWithoutANameIsTold) {
         EXPECT_EQ(Extract().isNameUnread, model.empty() || serialNumber.empty()) << model;
         EXPECT_TRUE(folder.Has(model + "-" + serialNumber)) << model;
     }
+    server.events = {Event(77, {"240107"})};
+    EXPECT_FALSE(Extract().isNameUnread) << "no day file has what is passed over";
 }
 
 TEST_F(Extraction, AnEndlessStreamIsTakenInPieces) {
@@ -237,7 +245,7 @@ TEST_F(Extraction, NoNameLeadsOutOfTheEventRoot) {
         << "no relay can send a DEL alone";
     server.values[0x0008] = "18FA" + std::string(500, '5'); // longer than a path may be
     server.events = {Event(1, {"240107", TextHex("f")})};
-    EXPECT_TRUE(Extract().refusal);
+    EXPECT_EQ(Extract().refusal.value_or(SRefusal{ERefusal::DiskFull, {}}).cause, ERefusal::UnfitName);
     EXPECT_EQ(server.events.size(), 1U);
     server.values[0x0008] = "1803209520"; // a device character that is no ASCII letter, blanks around it
     Extract();

@@ -39,9 +39,15 @@ TEST_F(Client, CreatingTwiceKeepsTheOneClientAndDestroyingUnadvises) {
     EXPECT_EQ(CP32Wrap::CreateInstance(), kLinkGood);
     EXPECT_EQ(CP32Wrap::GetInstance(), link);
     EXPECT_NE(server.sink, nullptr);
+    const std::shared_ptr<CChannel> held = HoldChannel(); // with which the client itself lives on
     CP32Wrap::DestroyInstance();
     EXPECT_EQ(server.sink, nullptr);
     EXPECT_EQ(CP32Wrap::GetInstance(), nullptr);
+    std::uint8_t byte = 0;
+    std::thread([&] { EXPECT_EQ(link->GetDeviceStatus(nullptr, byte), 255U); }).join();
+    EXPECT_EQ(CP32Wrap::CreateInstance(), kLinkGood);
+    EXPECT_EQ(CP32Wrap::GetInstance()->GetDeviceStatus(nullptr, byte), kLinkGood);
+    EXPECT_EQ(server.lines.back(), "GetDeviceStatus UI1(255)") << "before anybody has set an address";
 }
 
 TEST_F(Client, GetValueCutsPackedDataIntoValues) {
@@ -58,6 +64,10 @@ TEST_F(Client, GetValueCutsPackedDataIntoValues) {
                        CParlaneDataArray values;
                        EXPECT_EQ(link->GetValue(nullptr, 0x0102, values), std::stoul(status));
                        EXPECT_EQ(values.size(), std::stoul(count));
+                       std::unique_ptr<CParlaneData> first;
+                       std::vector<std::uint8_t> bytes;
+                       EXPECT_EQ(link->GetValue(nullptr, 0x0102, first, bytes), std::stoul(status));
+                       EXPECT_EQ(first != nullptr, count != "0");
                    });
 }
 
@@ -126,7 +136,11 @@ TEST_F(Client, StartedCommandsWaitForTheSink) {
     EXPECT_EQ(server.calls.back(), "FetchStrings 01.02");
     EXPECT_EQ(WhileWaiting(server, *link, complete(0x0211)), ReplyStatus(2));
     EXPECT_EQ(server.calls.back(), "GetStrings 01.02") << "nothing is fetched after a failure";
-    EXPECT_EQ(WhileWaiting(server, *link, [&] { server.sink->OnCommandCompleteAlt(Tagged("01")); }), 255U);
+    EXPECT_EQ(WhileWaiting(server, *link, [&] { server.sink->OnCommandComplete(Variant()); }), kLinkGood)
+        << "nothing is the number 0";
+    for (const Variant& wrong : {Tagged("01"), Variant::FromWords({1}), List({"240101"}),
+                                 Variant::FromText("1x"), Variant::FromText("")})
+        EXPECT_EQ(WhileWaiting(server, *link, [&] { server.sink->OnCommandCompleteAlt(wrong); }), 255U);
 }
 
 TEST_F(Client, AbortEndsAWaitingCommand) {
@@ -236,6 +250,7 @@ TEST_F(Client, TheSinkReportsProgressToTheRunningCommandOnly) {
         server.sink->OnProgress(Variant::FromI4(done), Variant::FromI4(total));
     };
     server.onCall = [&](SCall&) -> std::optional<std::int64_t> {
+        report(1, 1);
         report(2, 3); // 66 of 100, not 67
         report(2, 3); // told once
         report(5, 0);
@@ -251,7 +266,7 @@ TEST_F(Client, TheSinkReportsProgressToTheRunningCommandOnly) {
     monitor.SetReportingTransfer(true);
     EXPECT_EQ(link->GetDeviceStatus(&monitor, byte), kLinkGood);
     report(1, 4); // nobody listens any more
-    EXPECT_EQ(recorder.percents, (std::vector<int>{232, 200, 300, 232, 200, 300}));
+    EXPECT_EQ(recorder.percents, (std::vector<int>{300, 232, 200, 300, 232, 200, 300}));
     EXPECT_EQ(monitor.GetTransferred(), 77);
 }
 
@@ -268,10 +283,15 @@ TEST_F(Client, AReportMayAskTheClientItself) {
         CP32Wrap& link;
         std::vector<LinkStatus> statuses;
     } monitor(*link);
+    bool isInside = true;
     std::thread serverThread;
+    server.completeInside = false;
     server.onCall = [&](SCall& call) -> std::optional<std::int64_t> {
         const auto report = [&] { server.sink->OnProgress(Variant::FromI4(1), Variant::FromI4(2)); };
-        if (call.name == "GetStrings" && server.completeInside) {
+        if (call.name == "GetDeviceStatus") {
+            report(); // to nobody: what is asked out of a report has no monitor
+        } else if (call.name == "GetStrings" && isInside) {
+            server.sink->OnCommandComplete(Variant::FromI4(0)); // which is not forgotten over the reports
             report();
             report();
         } else if (call.name == "GetStrings") {
@@ -286,10 +306,30 @@ TEST_F(Client, AReportMayAskTheClientItself) {
     EXPECT_EQ(link->GetStrings(&monitor, 0x0102, strings), kLinkGood);
     EXPECT_EQ(monitor.statuses, (std::vector<LinkStatus>{0, 255, 0, 255})) << "inside the call that reports";
     monitor.statuses.clear();
-    server.completeInside = false;
+    isInside = false;
     EXPECT_EQ(link->GetStrings(&monitor, 0x0102, strings), kLinkGood);
     serverThread.join();
     EXPECT_EQ(monitor.statuses, (std::vector<LinkStatus>{255, 255})) << "the command would never end";
+}
+
+TEST_F(Client, AReportEndsItsCommandButNotTheClient) {
+    struct CEnding final : CProgressMonitor {
+        CEnding() : CProgressMonitor(nullptr, 0, 100) {}
+        void SetPercent(int) override { CP32Wrap::DestroyInstance(); }
+    } monitor;
+    std::thread serverThread;
+    server.completeInside = false;
+    server.onCall = [&](SCall& call) -> std::optional<std::int64_t> {
+        if (call.name == "Abort") {
+            serverThread.join(); // the command goes on for as long as the report
+            return 29;
+        }
+        serverThread = std::thread([&] { server.sink->OnProgress(Variant::FromI4(1), Variant::FromI4(2)); });
+        return std::nullopt;
+    };
+    CParlaneDataArray strings;
+    EXPECT_EQ(link->GetStrings(&monitor, 0x0102, strings), 29U);
+    EXPECT_EQ(CP32Wrap::GetInstance(), link);
 }
 
 TEST_F(Client, ALineThatHangsUpCallsTheHandler) {
@@ -317,10 +357,10 @@ TEST_F(Client, WritesLeaveSecurityEvents) {
     EXPECT_EQ(lines([&] { link->ChangeSetting(nullptr, 0x0102, CParlaneUint(5, 1)); }),
               stamp + "[01.02] 'Setting change          '  dt:0x24  dl:0x01  dv:'0x05'\n" + stamp +
                   "[01.02] 'Setting reply code      '  dt:0x24  dl:0x01  dv:'0x00'\n");
-    server.statuses["SetValue"] = 0x0411;
+    server.statuses["SetValue"] = 0x0511;
     EXPECT_EQ(lines([&] { link->SetValue(nullptr, 0x0010, CParlaneText(std::string_view("tr\0p\n", 5))); }),
               stamp + "[FF.FC] 'Change Breaker          '  dt:0x18  dl:0x05  dv:'tr.p\n'\n" + stamp +
-                  "[00.10] 'Setting reply code      '  dt:0x24  dl:0x01  dv:'0x04'\n");
+                  "[00.10] 'Setting reply code      '  dt:0x24  dl:0x01  dv:'0x05'\n");
     EXPECT_EQ(lines([&] { link->ResetCell(nullptr, 0x0010); }),
               stamp + "[FF.FD] 'Reset cell 00.10        '  dt:0x24  dl:0x02  dv:'0x00 0x00'\n");
     EXPECT_EQ(lines([&] { link->ResetCell(nullptr, 0x0002); }), "");
@@ -343,7 +383,7 @@ TEST_F(Client, WritesLeaveSecurityEvents) {
               std::string::npos)
         << "without a clock the event is still there";
     EXPECT_EQ(called, "                |Setting reply code|BF15|3C07000080800101"
-                      "62|240104");
+                      "62|240105");
     CP32Wrap::SetSecurityEventCallback(nullptr);
     g_daylight = false;
     g_localTime = SCalendarTime{2021, 3, 2, 14, 3, 7};

@@ -2,6 +2,7 @@
 #include "fake_modules.h"
 #include "support/case_table.h"
 #include "support/fake_system.h"
+#include "support/hex.h"
 
 #include "link/login/hashed_password.h"
 #include "platform/modules.h"
@@ -61,10 +62,10 @@ TEST_F(HashedPassword, TheModesAndThePublishedDigests) {
     char salt[17];
     salted.GetSalt(salt, sizeof salt);
     EXPECT_EQ(Wire(*salted.Clone()), Keyed(once + '\0', salt)) << "the NUL counts";
-    EXPECT_EQ(Wire(*salted.CreateMaximum()), "\xFF");
-    EXPECT_EQ(salted.GetTypeCode() * 10 + salted.CreateMinimum()->GetUnsigned() +
-                  salted.CreateStep()->GetUnsigned(),
-              281U);
+    EXPECT_EQ(salted.GetTypeCode(), 28U);
+    EXPECT_EQ(test::HexDigits(Wire(*salted.CreateMinimum()) + Wire(*salted.CreateMaximum()) +
+                              Wire(*salted.CreateStep())),
+              "00FF01");
 }
 
 TEST_F(HashedPassword, SaltsAreFreshAndOfTheTable) {

@@ -16,7 +16,7 @@ TEST_F(LoginFlows, WhatTheApplicationIsToldOfEachAnswer) {
                                                  auto& told, auto& want) {
         SetRelay(std::stoi(version));
         server.statuses["ChangeSetting 00.E1"] = std::stoll(answer, nullptr, 0);
-        SetValues({{0x9C11, attempts}, {0x9C12, blocking}});
+        SetValues({{0x9D11, attempts}, {0x9D12, blocking}});
         EXPECT_EQ(Enter(), 18U);
         EXPECT_EQ(g_told, "0,-1;" + told);
         const std::string mark = "|E " + flows[std::stoul(version)] + " : Password dialog : Password : ";
@@ -74,9 +74,9 @@ TEST_F(LoginFlows, ALoginByItselfIsAnEntryWithoutTheGuard) {
     const SPasswordRequest request{};
     const std::function<LinkStatus()> logins[] = {
         [&] { return link->EnterNonCyberSecurityPassword(request, false); },
-        [&] { return link->EnterCyberSecurityPassword(request, false, 0x9C); },
-        [&] { return link->EnterCyberSecurityBrickIntegratedLoginAndPassword(request, false, 0x9C); },
-        [&] { return link->EnterCyberSecurityBrickIntegratedLoginAndPasswordCSEd3(request, false, 0x9C); }};
+        [&] { return link->EnterCyberSecurityPassword(request, false, 0x9D); },
+        [&] { return link->EnterCyberSecurityBrickIntegratedLoginAndPassword(request, false, 0x9D); },
+        [&] { return link->EnterCyberSecurityBrickIntegratedLoginAndPasswordCSEd3(request, false, 0x9D); }};
     for (int version = 0; version < 4; ++version) {
         SetRelay(version);
         server.calls.clear();
@@ -128,11 +128,11 @@ TEST_F(LoginFlows, Determinations) {
 
 TEST_F(LoginFlows, ANewHashedPassword) {
     const auto change = [this](int flag) {
-        return link->ChangeHashedPasswordSettingForCSEd3(nullptr, 0x9C31, "ADMIN", "abc", flag);
+        return link->ChangeHashedPasswordSettingForCSEd3(nullptr, 0x9D31, "ADMIN", "abc", flag);
     };
     const std::string digest = "BA7816BF8F01CFEA414140DE5DAE2223B00361A396177A9CB410FF61F20015AD"; // of "abc"
     EXPECT_EQ(change(1) + change(0), kLinkGood);
-    EXPECT_EQ(server.calls[0] + server.calls[1], "SetValue 00.F1ChangeSetting 9C.31");
+    EXPECT_EQ(server.calls[0] + server.calls[1], "SetValue 00.F1ChangeSetting 9D.31");
     EXPECT_EQ(written[0] + written[1], TextHex("ADMIN") + "1C40" + TextHex(digest).substr(4));
     EXPECT_TRUE(written[3].size() == written[1].size() && written[3] != written[1]) << "keyed by the name";
     server.statuses["SetValue 00.F1"] = 0x0511;
@@ -141,6 +141,12 @@ TEST_F(LoginFlows, ANewHashedPassword) {
     g_modules.present = false;
     EXPECT_EQ(change(1), 254U);
     EXPECT_EQ(written.size(), 5U) << "only the refused user name was sent";
+    g_modules.present = true;
+    server.statuses["SetValue 00.F1"] = 0x0611;
+    EXPECT_EQ(change(1), 18U);
+    EXPECT_NE(g_events.find("I ChangeHashedPasswordSettingForCSEd3 calls EnterPassword()|"),
+              std::string::npos)
+        << g_events;
 }
 
 } // namespace

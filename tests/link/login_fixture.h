@@ -89,6 +89,7 @@ protected:
                                                      const SUserName* names, auto count, char** userName,
                                                      auto, int code, auto extra) {
             const std::string seen = std::string(*userName) + "," + names[count - 1].text;
+            EXPECT_LE(count, 2U) << "each user once, however often they are read";
             static char own[] = "ME";
             if (g_own)
                 *userName = own;
@@ -111,18 +112,18 @@ protected:
         return std::nullopt;
     }
 
-    /// A relay of that version with two users; its cyber-security column is 9C.
+    /// A relay of that version with two users; its cyber-security column is 9D, all of whose bits count.
     void SetRelay(int version) {
         server.statuses.clear();
         server.limits = {{0x0002, {"1C0420202020"}}, {0x00E1, {"1C082020202020202020"}}};
         const std::string one = "2401";
         server.values = {
-            {0x00DF, one + "0" + std::to_string(version)}, {0xBF12, "24029C01"}, {0x00F2, one + "02"}};
+            {0x00DF, one + "0" + std::to_string(version)}, {0xBF12, "24029D01"}, {0x00F2, one + "02"}};
         server.values[0xBF03] = one + "07";
         const std::pair<CellAddress, const char*> texts[] = {{0x0006, "M1"},
-                                                             {0x9C01, "Notice"},
-                                                             {0x9C21, "VIEWER"},
-                                                             {0x9C22, "ENGINEER OF MORE THAN 16"},
+                                                             {0x9D01, "Notice"},
+                                                             {0x9D21, "VIEWER"},
+                                                             {0x9D22, "ENGINEER OF MORE THAN 16"},
                                                              {0xBF10, "00112233445566778899aabbccddeeff"}};
         for (const auto& [cell, text] : texts)
             server.values[cell] = TextHex(text);

@@ -20,6 +20,10 @@ TEST_F(LoginFlows, EncipheredPassword) {
     EXPECT_EQ(flow,
               "GetSettingLimits 00.E1|E EnterCyberSecurityPassword : Check if P32LS supports cyber-security "
               "enhancements|");
+    SetRelay(1);
+    server.values[0x9D01] = TextHex(std::string(40, 'n'));
+    EXPECT_EQ(Enter(), kLinkGood);
+    EXPECT_NE(flow.find("|ask 8 " + std::string(32, 'n') + " 0,-1;|"), std::string::npos) << flow;
 }
 
 TEST_F(LoginFlows, WithoutItsKeyAPasswordIsNotEnciphered) {
@@ -43,7 +47,7 @@ TEST_F(LoginFlows, FirstEditionOfTheUserLogin) {
     SetRelay(2);
     EXPECT_EQ(Enter(), kLinkGood);
     EXPECT_EQ(flow,
-              "GetValue 00.F2|GetValue 9C.21|GetValue 9C.22|ask 16 ENGINEER OF MORE 0,-1;|SetValue 00.F1|"
+              "GetValue 00.F2|GetValue 9D.21|GetValue 9D.22|ask 16 ENGINEER OF MORE 0,-1;|SetValue 00.F1|"
               "SetValue 00.E5|ChangeSetting 00.E1|login M1|");
     EXPECT_EQ(written.at(0), TextHex("ENGINEER OF MORE"));
     ExpectDigestFor("ENGINEER OF MORE");
@@ -56,7 +60,7 @@ TEST_F(LoginFlows, SecondEditionOfTheUserLogin) {
     const std::string userLength = version + "I DetermineCSUsernameMaxLength : Username length: 16|";
     const std::string name = "I ExtractCSAvailableUsernames : Username: ";
     const std::string names = "GetValue 00.F2|GetValue BF.12|" + userLength +
-                              "GetValue 00.F2|GetValue 9C.21|" + name + "VIEWER          |GetValue 9C.22|" +
+                              "GetValue 00.F2|GetValue 9D.21|" + name + "VIEWER          |GetValue 9D.22|" +
                               name + "ENGINEER OF MORE|";
     EXPECT_EQ(Enter(true), 18U);
     EXPECT_EQ(flow, version + "GetValue 00.F4|I ExtractCSEd3SATSupported : CP32Wrap::GetValue: 273|" +
@@ -92,12 +96,12 @@ TEST_F(LoginFlows, BuffersOfTheApplicationsOwnAndStatus1AreTakenToo) {
     EXPECT_NE(flow.find("ask 32 VIEWER          ,VIEWER           0,-1;"), std::string::npos) << flow;
     SetRelay(2);
     server.values[0x00F2] = "2401DF"; // as many users as the column has rows
-    for (CellAddress cell = 0x9C21; cell <= 0x9CFF; ++cell)
-        server.values[cell] = TextHex("USER" + std::to_string(cell - 0x9C20));
+    for (CellAddress cell = 0x9D21; cell <= 0x9DFF; ++cell)
+        server.values[cell] = TextHex("USER" + std::to_string(cell - 0x9D20));
     EXPECT_EQ(Enter(), kLinkGood);
-    EXPECT_NE(flow.find("GetValue 9C.FF|ask 16 USER223          0,-1;"), std::string::npos) << flow;
+    EXPECT_NE(flow.find("GetValue 9D.FF|ask 16 USER223          0,-1;"), std::string::npos) << flow;
     server.values[0x00F2] = "2401E0";
-    server.values[0x9C00] = TextHex("USER224");
+    server.values[0x9D00] = TextHex("USER224");
     EXPECT_EQ(Enter(), 18U);
 }
 

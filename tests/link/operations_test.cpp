@@ -152,7 +152,9 @@ protected:
 };
 
 TEST(OperationRows, FollowTheirNames) {
+    std::string slots;
     for (const SOperationRow& row : kOperationRows) {
+        slots += std::to_string(row.slot) + " ";
         const bool isStart = row.name.starts_with("Start");
         EXPECT_EQ(row.runsOn, isStart || row.name == "ModemConnect") << row.name;
         EXPECT_EQ(FindOperation(row.name), &row);
@@ -167,6 +169,22 @@ TEST(OperationRows, FollowTheirNames) {
             EXPECT_NE(FindOperation("Fetch" + std::string(row.name.substr(8))), nullptr) << row.name;
         }
     }
+    EXPECT_EQ(slots,
+              "7 8 9 13 14 15 16 17 18 19 20 21 22 23 24 25 26 27 28 29 30 31 34 36 37 38 39 40 41 42 43 "
+              "44 47 50 51 53 54 55 ")
+        << "recordings have them, and other programs' servers";
+}
+
+TEST(LinkStatuses, AreTheServersNumbers) {
+    const LinkStatus statuses[] = {kLinkBadPortParameters,   kLinkNothingToClose,
+                                   kLinkNoDisturbanceRecord, kLinkNoDisturbanceConfiguration,
+                                   kLinkNoCompressedRecord,  kLinkWrongSerialNumber,
+                                   kLinkSameAddress,         kLinkAddressTaken,
+                                   kLinkAbortInProgress,     kLinkNoCall,
+                                   kLinkNoSuchLine,          kLinkLineInUse,
+                                   kLinkCallTimedOut};
+    EXPECT_TRUE(std::ranges::equal(
+        statuses, std::array<LinkStatus, 13>{12, 13, 19, 20, 21, 22, 23, 24, 29, 48, 50, 54, 68}));
 }
 
 TEST_F(Operations, TheirCallsTheirOutputsAndWhatStatusesMakeOfThem) {

@@ -56,11 +56,11 @@ protected:
         CP32Wrap::SetGetPasswordCallback(&GivePassword);
         CP32Wrap::SetPasswordAcceptedCallback(&NoteAccepted);
         CP32Wrap::SetLoginCancelledCallback([] { ++g_application.cancelled; });
-        server.values = {{0x0004, TextHex("Feeder 1")},
-                         {0x0005, TextHex("Plant")},
+        server.values = {{0x0004, TextHex("FEEDER-LONGER-THAN-16")},
+                         {0x0005, TextHex("PLANT-LONGER-THAN-16")},
                          {0x0006, TextHex("MODEL-LONGER-THAN-16")},
-                         {0x0008, TextHex("SERIAL")},
-                         {0x0011, TextHex("Software 3")}};
+                         {0x0008, TextHex("SERIAL-LONGER-THAN-16")},
+                         {0x0011, TextHex("SOFTWARE-LONGER-THAN-16")}};
         server.limits = {{0x0002, {"1C0420202020"}}};
         server.texts[0x0101] = TextHex("ok");
         server.onCall = [this](SCall& call) -> std::optional<std::int64_t> { return Answer(call); };
@@ -114,7 +114,7 @@ TEST_F(PasswordEntry, PlainLoginMakesExactlyTheseRequests) {
     const SPasswordRequest& request = g_application.request;
     EXPECT_EQ(std::string(request.description) + "|" + request.plant + "|" + request.model + "|" +
                   request.serialNumber + "|" + request.software + "|" + request.displayText,
-              "Feeder 1|Plant|MODEL-LONGER-THA|SERIAL|Software 3|");
+              "FEEDER-LONGER-TH|PLANT-LONGER-THA|MODEL-LONGER-THA|SERIAL-LONGER-TH|SOFTWARE-LONGER-|");
     server.limits[0x0002].clear(); // of a length that nobody tells
     EXPECT_EQ(Read(), kLinkGood);
     EXPECT_EQ(g_application.maxLength, 0U);
@@ -267,21 +267,25 @@ TEST_F(PasswordEntry, TheApplicationMaySilenceTheAcceptance) {
     EXPECT_TRUE(g_application.accepted.empty());
 }
 
-// The reads before have taken the monitor out.
-TEST_F(PasswordEntry, ReportsTheProgressOfThePasswordsWrite) {
+// The reads of the entry have taken the monitor out.
+TEST_F(PasswordEntry, ReportsTheProgressOfThePasswordsWriteAndOfTheRequest) {
     struct CRecorder final : CProgressMonitor {
         CRecorder() : CProgressMonitor(nullptr, 0, 100) {}
         void SetPercent(int percent) override { percents.push_back(percent); }
         std::vector<int> percents;
     } recorder;
     server.onCall = [&](SCall& call) -> std::optional<std::int64_t> {
-        if (call.name == "ChangeSetting" && call.Cell() == 0x0002)
-            server.sink->OnProgress(Variant::FromI4(1), Variant::FromI4(2));
-        return Answer(call);
+        const std::optional<std::int64_t> answer = Answer(call);
+        const bool isPassword = call.name == "ChangeSetting" && call.Cell() == 0x0002;
+        if (isPassword || (call.name == "GetText" && !answer))
+            server.sink->OnProgress(Variant::FromI4(isPassword ? 1 : 3), Variant::FromI4(4));
+        return answer;
     };
-    EXPECT_EQ(link->EnterPassword(&recorder, false), kLinkGood);
-    server.sink->OnProgress(Variant::FromI4(1), Variant::FromI4(4)); // nobody listens any more
-    EXPECT_EQ(recorder.percents, std::vector{50});
+    passwordRequests = 1;
+    std::unique_ptr<CParlaneData> text;
+    EXPECT_EQ(link->GetText(&recorder, 0x0101, text), kLinkGood);
+    server.sink->OnProgress(Variant::FromI4(1), Variant::FromI4(2)); // nobody listens any more
+    EXPECT_EQ(recorder.percents, (std::vector{25, 75}));
 }
 
 } // namespace ruvo::test

@@ -8,6 +8,7 @@
 #include "link/recording/recording.h"
 #include "link/recording/recording_text.h"
 #include "model/values/parlane_text.h"
+#include "platform/full_path.h"
 
 namespace ruvo::test {
 namespace {
@@ -78,6 +79,7 @@ void Recording::PassOn(const std::string& planted) {
     EXPECT_EQ(link->GetValue(nullptr, 0x0533, first), kLinkGood);
     link->ChangeSetting(nullptr, 0x0533, CParlanePassword(std::string_view(planted)));
     link->ChangeHashedPasswordSettingForCSEd3(nullptr, 0x0533, "ME", planted, 1);
+    link->GetCompressDisturbanceRecord(nullptr, CParlanePassword(std::string_view(planted)), first);
     server.events.push_back({0, List({"44021201", tagged})});
     std::uint8_t kind = 0, more = 0;
     link->GetEvent(nullptr, kind, first, more);
@@ -132,7 +134,7 @@ TEST_F(Recording, HasEveryCallItsReplyAndTheReportsBetween) {
     server.sink->OnProgress(Variant::FromI4(1), Variant::FromI4(2));
     server.sink->OnCommandCompleteAlt(Variant::FromUI1(3));
     std::thread([&] { server.sink->OnLineStatus(Variant::FromText("4")); }).join();
-    server.sink->OnTransferProgress(Variant::FromText("x"));
+    server.sink->OnTransferProgress(Variant::FromText("5x"));
     const std::vector<std::uint8_t> bytes = End();
     CRecordingReader reader(bytes);
     std::string told;
@@ -162,6 +164,16 @@ TEST_F(Recording, HasEveryCallItsReplyAndTheReportsBetween) {
         EXPECT_LE(EntriesOf(cut).size(), 16U);
         EXPECT_FALSE(cut.IsWhole());
     }
+}
+
+TEST_F(Recording, ThatCannotBeMadeIsTold) {
+    CP32Wrap::DestroyInstance();
+    PlannedRecording().path = folder.Path("none\\x.rec");
+    g_standardError.clear();
+    EXPECT_EQ(CP32Wrap::CreateInstance(), kLinkGood) << "the visit goes on";
+    const std::string told =
+        "ruvo: " + DisplayPath(PlannedRecording().path) + ": the recording cannot be made: ";
+    EXPECT_TRUE(g_standardError.starts_with(told) && g_standardError.size() > told.size()) << g_standardError;
 }
 
 /// The bytes that a row of the table describes.
@@ -222,6 +234,14 @@ TEST(RecordingReader, TakesWhatMakesSenseAndTellsWhatDoesNot) {
         EXPECT_EQ(reader.IsWhole(), told.find("whole") != std::string::npos);
         EXPECT_EQ(text.substr(0, text.find_last_not_of(' ') + 1), told);
     });
+}
+
+TEST(RecordingReader, TakesTheDeepestListThatIsRecorded) {
+    Variant deep;
+    for (unsigned i = 0; i <= kMaxValueDepth; ++i)
+        deep = Variant::FromList(Variant::List(1, deep));
+    EXPECT_EQ(ValueText(RecordedValue(deep)), "[[[[[[[[(other)]]]]]]]]");
+    EXPECT_EQ(kMaxRecording, 268'435'456U) << "as people are told";
 }
 
 /// A value as the bytes of a recording have it.
