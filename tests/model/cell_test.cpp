@@ -41,6 +41,7 @@ TEST(Cell, Texts) {
     EXPECT_EQ(Cell("24 01 07", "%d" + letters)->GetText(), "%d" + letters);
     const Value daily = FromWord("S4001");
     CDateTimeCell german({{}, "Um %t"}, CParlaneIEC870(kMonday), {.step = daily.get()}, 2);
+    EXPECT_EQ(german.GetAttributeB() * 10 + german.GetAttributeA() + german.GetHead().limitsApply, 2);
     EXPECT_EQ(german.Clone()->GetText(), "Um Montag 05 Februar 2024 13:07:09 GMT");
     CErrorList errors;
     EXPECT_FALSE(german.Validate(errors));
@@ -94,6 +95,8 @@ TEST(Cell, Validation) {
         EXPECT_EQ(ToBytes(cell->GetMaximum()), ToBytes(FromWord(maximumAfter).get()));
         CheckFindings(*cell, step == "V-3" ? "237 -3.000000" : "");
     });
+    for (const char* value : {"i5", "x5", "b5", "f5", "V5", "t", "T5", "18 01 41", "44 02 02 01"})
+        CheckFindings(*Cell({value, "FF", "FF", "FF"}, 0), "");
     for (const std::string type : {"24 01 ", "50 01 ", "28 01 "}) { // no room for the limit
         const std::string limit = type == "28 01 " ? "28 0" : "24 0", most = limit == "28 0" ? "7F" : "FF";
         const auto narrow = Cell({type + "05", limit + "2 2C 01", limit + "1 07", limit + "1 01"}, 0);
@@ -127,6 +130,7 @@ TEST(Cell, Compatibility) {
     check({"V7", "V5", "V9", "V1"}, "2C 04 07 00 7E 02", false, false); // another unit
     check({"18 01 41", "u65", "u90", "u1"}, "18 02 41 62", true, false);
     check({"18 01 41", "u65", "u90", "u1"}, "18 03 5A 20 20", true, true); // blanks at the end do not count
+    check({"18 01 41", "u65", "u90", "u1"}, "18 02 20 20", true, true);
 }
 
 TEST(Cell, Factory) {
@@ -135,6 +139,7 @@ TEST(Cell, Factory) {
         CCellFactory::Create({0xBF, 0x15}, value.get(), nullptr, nullptr, nullptr, nullptr, "", 3, 4, 5);
     EXPECT_EQ(cell->GetID().GetText() + CCellID().GetText(), "BF.15FF.FF");
     EXPECT_EQ(CMenuLocation(CMenuLocation(cell->GetID()).GetCellID()).GetLocation(), 0xBF15);
+    EXPECT_EQ(CMenuLocation().GetLocation(), 0);
     EXPECT_EQ(cell->GetAttributeB() * 10 + cell->GetAttributeA(), 34);
     CheckFindings(*cell, "");
     EXPECT_FALSE(Cell("FF 00")->LimitsApply());
@@ -143,10 +148,13 @@ TEST(Cell, Factory) {
     EXPECT_EQ(ToBytes(plain->GetMaximum()), FromHex("24 01 FF"));
     EXPECT_EQ(Cell("48 01 05"), nullptr);
     const Value integer = FromWord("28 02 64 00"), scale = FromWord("2C 04 05 00 7C 01");
-    const auto scaled = CCellFactory::Create({}, integer.get(), integer->CreateMinimum().get(), nullptr,
-                                             nullptr, scale.get(), "%k", 0, 1, 1);
+    const auto scaled =
+        CCellFactory::Create({}, integer.get(), integer->CreateMinimum().get(),
+                             integer->CreateMaximum().get(), integer.get(), scale.get(), "%k", 0, 1, 1);
     EXPECT_EQ(scaled->GetText(), " 5.000 V");
     EXPECT_DOUBLE_EQ(static_cast<CNumericCell&>(*scaled).GetMinimumNumber(), -32768 * 0.05);
+    EXPECT_DOUBLE_EQ(static_cast<CNumericCell&>(*scaled).GetMaximumNumber(), 32767 * 0.05);
+    EXPECT_EQ(ToBytes(scaled->GetStep()), ToBytes(scaled->GetValue()));
     const Value odd = FromWord("u5"), none = FromWord("FF");
     for (const auto& [other, text] : {std::pair("u5", " 100.0"), {"FF", "100"}}) {
         const Value noNumber = FromWord(other);
@@ -163,16 +171,27 @@ TEST(Cell, NamesAndTexts) {
     static_cast<CIndexedCell&>(*made).SetTexts({"Off"});
     EXPECT_EQ(made->GetRawText(), "State      .");
     static_cast<CIndexedCell&>(*made).SetTexts({});
-    std::string output = "of another";
-    made->Format(output, "%s", EFormatMode::Value);
-    EXPECT_EQ(output, "");
+    const auto heading = Cell("FF 00");
+    for (const CCell* cell : {made.get(), heading.get()}) {
+        std::string output = "of another";
+        cell->Format(output, "%s", EFormatMode::Value);
+        EXPECT_EQ(output, "");
+    }
 
     const auto flags = Cell({"b5", "u7", "u8", "u1"}, 1);
     static_cast<CBinaryCell&>(*flags).SetBitNames({"zero", "one", "two", "three"});
     std::string list;
     static_cast<CBinaryCell&>(*flags).GetBitListText(list, 98);
     EXPECT_EQ(list, "\x19  ON   98  zero\x19  OFF  99  one\x19  ON  100  two");
+    const auto longest = Cell("20 04 00 00 00 80"); // more names than bits
+    static_cast<CBinaryCell&>(*longest).SetBitNames(std::vector<std::string>(40, "n"));
+    static_cast<CBinaryCell&>(*longest).GetBitListText(list, 0);
+    EXPECT_TRUE(list.ends_with("\x19  ON   31  n")) << list;
 
+    const auto any = Cell({"18 01 41", "FF", "FF", "FF"}, 1);
+    const auto& free = static_cast<CStringCell&>(*any);
+    EXPECT_EQ(std::tuple(free.GetMinimumCode(), free.GetMaximumCode(), free.GetStepCode()),
+              std::tuple(0U, 255U, 1U));
     const auto text = Cell("18 04 41 42 20 20");
     static_cast<CTextCell&>(*text).SetTextValue("A\x80"); // the relay has no euro
     EXPECT_EQ(ToBytes(text->GetValue()), FromHex("18 04 41 2E 20 20"));

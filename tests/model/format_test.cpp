@@ -159,11 +159,11 @@ TEST(Format, WordsOfTheLocales) {
 TEST(Format, NativeArguments) {
     std::array<char, 150> text;
     const char* null = nullptr;
-    FormatText(nullptr, text.data(), text.size(), "%f %e %d %u %x %*.*d %s %s %.2s %k %d %t <%s><%5s>",
+    FormatText(nullptr, text.data(), text.size(), "%f %e %d %u %x %*.*d %s %s %.2s %k %d %t%.1k <%s><%5s>%u",
                1234567.891, 1e-320, -1, -1, 255U, 5, 3, 7, "a", null, std::string_view("xyz"),
-               SFormatNumber{-5e-324, 1}, "no integer", CParlaneIEC870(kMonday), 7);
+               SFormatNumber{-5e-324, 1}, "no integer", CParlaneIEC870(kMonday), SFormatNumber{0, 1}, 7);
     EXPECT_STREQ(text.data(), "1234567.891 10.00e-321 -1 4294967295 FF   007 a (null) xy -4.941e-324V 0 "
-                              "Monday 05 February 2024 13:07:09 GMT <><     >")
+                              "Monday 05 February 2024 13:07:09 GMT  0 V <><     >0")
         << "a text that is none or missing is empty, a null pointer is not";
 }
 

@@ -4,6 +4,7 @@
 #include "model/cells/number_cells.h"
 #include "model/cells/text_cells.h"
 #include "model/format/display_layout.h"
+#include "model/records/event_kinds.h"
 #include "model/records/event_location.h"
 #include "model/records/event_record.h"
 #include "model/relay_values.h"
@@ -20,6 +21,8 @@ namespace ruvo {
 namespace {
 
 using namespace test;
+
+static_assert(FindEventKind(5) != nullptr && FindEventKind(6) == nullptr);
 
 const std::string kTime = "04 03 02 01 3C 07 55 23 07 0D 25 02 18 00 00 "; // id, time, reserved
 const std::string kHead = kTime + "01 2A 01 61 01 62 00 31 01 ";           // event code, aux texts, location
@@ -110,6 +113,7 @@ TEST(Record, IsReadUpToEveryCut) {
         EXPECT_EQ(record.GetUniqueId(), cut < 4 ? 0U : 0x01020304U);
         EXPECT_EQ(record.GetTimeStamp(), cut < 13 ? CParlaneIEC870() : CParlaneIEC870(kMonday));
         EXPECT_EQ(record.GetAuxText1(), cut < 19 ? "" : "a");
+        EXPECT_EQ(record.GetEventLocation(), cut < 24 ? 0 : 0x131);
         EXPECT_EQ(record.GetEventText(), whole ? "Trip 15.00kA" : "");
         EXPECT_EQ(record.GetValues().size(),
                   (cut > body.size() - 3 ? 1U : 0U) + (cut == body.size() ? 1U : 0U));
@@ -192,12 +196,18 @@ TEST(VirtualOperations, KeepTheirOrder) {
                 &E::Clone);
 }
 
+/// A record that is written longer than it says.
+struct CUnderstated final : CSimpleEventRecord {
+    using CSimpleEventRecord::CSimpleEventRecord;
+    std::size_t GetBlockSize() const override { return CSimpleEventRecord::GetBlockSize() - 1; }
+};
+
 /// What keeps the record from being written; "" when it is.
 std::string Fault(const CEventRecord& record) {
     Bytes bytes{9};
     try {
         record.Serialise(bytes);
-    } catch (const CUnwritableRecord& fault) {
+    } catch (const std::logic_error& fault) {
         EXPECT_EQ(bytes, Bytes{9});
         return fault.what();
     }
@@ -205,6 +215,8 @@ std::string Fault(const CEventRecord& record) {
 }
 
 TEST(Record, GivesUpWhatCannotBeWritten) {
+    EXPECT_EQ(Fault(CUnderstated(0, 0, 0, {}, "", nullptr, "", "", "", 0, "", {})),
+              "an event block is larger than its stated size");
     const std::string cell = "a cell's value is too long or its index selects no text (position 2)";
     EXPECT_EQ(Fault(MakeExtended(MakeCells({}, {"off", std::string(256, 'x')}))), cell);
     EXPECT_EQ(MakeExtended(MakeCells({}, {"off", std::string(255, 'x')})).DropUnwritable().count, 0U);
@@ -272,21 +284,24 @@ TEST(Record, Texts) {
 
 TEST(Record, DisplayTexts) {
     ForEachCase<3>("model/display_texts.txt", [](auto& text, auto& line, auto& lines) {
+        const std::string more = text + "z"; // nothing behind the text counts
+        const std::string_view part(more.data(), text.size());
         CDisplayLayout layout;
-        layout.Write(text);
-        EXPECT_EQ(CleanDisplayLine(text), line);
+        layout.Write(part);
+        EXPECT_EQ(CleanDisplayLine(part), line);
         EXPECT_EQ(layout.GetText(), lines);
     });
     CDisplayLayout hostile;
     for (int i = 0; i < 20000; ++i) {
         hostile.Write("xx\ny");
     }
-    EXPECT_LT(hostile.GetText().size(), 300000U);
+    hostile.Write("\r" + std::string(300000, 'x'));
+    EXPECT_EQ(hostile.GetText().size(), 256U * 1024 + 20000) << "the ends of lines are not counted";
 }
 
 TEST(Record, LocationClasses) {
     std::istringstream cases(
-        "20 20 21 21 22 22 23 23 30 20 31 30 3F 30 40 21 41 40 4F 40 50 22 5A 50 60 23 61 60 "
+        "20 20 21 21 22 22 23 23 30 20 31 30 3F 30 40 21 41 40 4F 40 50 22 51 50 5A 50 60 23 61 60 "
         "6F 60 100 100 155 100 1FF 100 DF DF FFFB FFFB FFFC FFFC FFFD FFFD 0 0 1F 0 24 0 2F 0 "
         "70 0 DE 0 E0 0 200 0 1131 0 FFFA 0 FFFE 0");
     for (std::uint16_t location = 0, want = 0; cases >> std::hex >> location >> want;) {

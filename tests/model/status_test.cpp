@@ -43,7 +43,7 @@ TEST(Statuses, AcceptedAtEachLevel) {
         EXPECT_TRUE(!Accepted(value, 6) && Accepted(value + 256, 6));
     }
     EXPECT_FALSE(Accepted(3, 5));
-    EXPECT_EQ(CStatus::FromReplyCode(0), CStatus());
+    EXPECT_EQ(CStatus::FromReplyCode(0), CStatus(0));
     EXPECT_EQ(CStatus::FromReplyCode(8), CStatus(0x0801));
     EXPECT_EQ(CStatus::FromReplyCode(13), CStatus(0x0D11));
 }
@@ -52,8 +52,9 @@ TEST(Statuses, TextNumbers) {
     const std::tuple<unsigned, unsigned> kCases[] = {
         {0x0011, 138}, {0x0111, 129}, {0x0911, 137}, {0x0A11, 102}, {0x0D11, 105}, {0x0E11, 106},
         {0x0F11, 138}, {0, 209},      {0x0801, 209}, {0x0502, 139}, {54, 191},     {55, 184},
-        {56, 193},     {58, 195},     {61, 198},     {67, 195},     {68, 205},     {69, 205},
-        {71, 208},     {72, 138},     {250, 213},    {251, 210},    {253, 212},    {0x01FA, 138}};
+        {56, 193},     {58, 195},     {61, 198},     {62, 195},     {67, 195},     {68, 205},
+        {69, 205},     {0x0147, 208}, {72, 138},     {250, 213},    {251, 210},    {249, 138},
+        {253, 212},    {254, 138},    {0x01FA, 138}};
     for (const auto& [status, id] : kCases) {
         EXPECT_EQ(CStatus(status).GetMessageId(), id) << status;
     }
@@ -95,6 +96,7 @@ TEST(Errors, Texts) {
         {std::make_unique<CRelayError>(243, 242, 0x0A05, 139, 0x0502), true, true,
          "Error Connecting To Device:\nSet Password operation:  [0A05]  P32LS Error - Busy Counter overflow",
          "MV Event Extraction process: "},
+        {std::make_unique<CRelayError>(239, 0, kNoErrorCode, 0, 0), true, false, "Unknown", "-"},
         {std::make_unique<CCellError>(200), false, false, "", ""}};
     for (const auto& [error, hasMessage, hasLog, message, log] : kCases) {
         std::string shown;
@@ -104,10 +106,13 @@ TEST(Errors, Texts) {
         EXPECT_EQ(std::tuple(error->HasMessage(), error->HasLog(), shown, logged),
                   std::tuple(hasMessage, hasLog, message, log));
     }
-    EXPECT_EQ(FormatPositional("100%% %3%1%", {"a"}), "100% a%");
+    EXPECT_EQ(FormatPositional(std::string_view("100%% %3%2%9%1%1").substr(0, 15), {"a"}), "100% a%");
     EXPECT_EQ(FormatPositional("%2%1", {"a", "b"}), "ba");
     EXPECT_EQ(CFileError(239U, 247).GetDetail(), "Unknown");
     EXPECT_EQ(CFileError(239U, 247).GetCause(), 0);
+    EXPECT_EQ(CEventError(0).GetStatusCode(), 0U);
+    EXPECT_EQ(CRelayError(0, 0, 0, 0, 0).GetDetail(), " [0000]  ");
+    EXPECT_EQ(CRelayError(0, 0, 0xFFFFFFFE, 0, 0).GetDetail(), " [FFFFFFFE]  ");
     EXPECT_STREQ(LoadStringText(526), "");
     EXPECT_STREQ(LoadStringText(106), "Username not found");
     EXPECT_STREQ(LoadStringText(170), "P32LS Error - Disturbance channel names reply code ");
@@ -159,7 +164,7 @@ TEST(EncipheredPasswords, BuiltFromPasswordAndKey) {
     const std::tuple<const char*, const char*, std::vector<std::uint8_t>, std::string> kCases[] = {
         {"AbcdEf12", kKey, {0x33, 0xBF, 0xEF, 0x4B, 0x12, 0x22, 0x8A, 0x97}, ""},
         {"AbcdEf12x", kKey, {0x33, 0xBF, 0xEF, 0x4B, 0x12, 0x22, 0x8A, 0x97, 0}, length},
-        {"AbcdEf12", "00112233", {0x4E, 0x0C, 0x15, 0xCD, 0x17, 0xE0, 0xE1, 0x63}, keyLength}};
+        {"AbcdEf12", "0011223", {0x10, 0x91, 0xFF, 0x19, 0xBA, 0x29, 0x6F, 0xA6}, keyLength}};
     for (const auto& [password, key, bytes, trace] : kCases) {
         g_output.clear();
         EXPECT_EQ(CParlaneEncryptedPassword(password, key).GetBytes(), bytes);
@@ -181,11 +186,14 @@ TEST(Progress, MapsOntoThePartOfTheParent) {
     CProgressMonitor part(&recorder, 20, 50);
     using Report = std::pair<std::uint32_t, std::uint32_t>;
     for (const auto& [done, total] :
-         {Report{5, 0}, {0, 3}, {1, 3}, {34, 100}, {0xFFFFFFFE, 0xFFFFFFFF}, {7, 3}}) {
+         {Report{5, 0}, {0, 3}, {1, 3}, {34, 100}, {36, 100}, {0xFFFFFFFE, 0xFFFFFFFF}, {7, 3}}) {
         part.SetProgress(done, total);
     }
     CProgressMonitor(&recorder, 0, 100).SetProgress(0, 3); // the first report is no repetition
     EXPECT_EQ(recorder.seen, "20 29 30 49 50 0 ");
+    EXPECT_FALSE(part.IsTiming());
+    part.SetTiming(true);
+    EXPECT_TRUE(part.IsTiming());
 }
 
 } // namespace

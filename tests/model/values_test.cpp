@@ -67,9 +67,17 @@ TEST(Values, EachTypeTakesItsSizesAndNoOthers) {
 TEST(Values, DefaultLimits) {
     ForEachCase<4>("model/default_limits.txt", [](auto& in, auto& minimum, auto& maximum, auto& step) {
         const auto value = CDataFactory::CreateTagged(FromHex(in));
-        EXPECT_EQ(Tagged(value->CreateMinimum()), minimum);
-        EXPECT_EQ(Tagged(value->CreateMaximum()), maximum);
-        EXPECT_EQ(Tagged(value->CreateStep()), step);
+        const auto check = [](const Value& limit, const std::string& want) {
+            EXPECT_EQ(Tagged(limit), want);
+            if (limit != nullptr) { // says what its bytes say
+                const auto read = CDataFactory::CreateTagged(FromHex(want));
+                EXPECT_EQ(std::pair(limit->GetUnsigned(), limit->GetFloat()),
+                          std::pair(read->GetUnsigned(), read->GetFloat()));
+            }
+        };
+        check(value->CreateMinimum(), minimum);
+        check(value->CreateMaximum(), maximum);
+        check(value->CreateStep(), step);
     });
 }
 
@@ -108,7 +116,8 @@ TEST(Values, AppendingRefusesWhatTheLengthByteCannotSay) {
 }
 
 TEST(Values, WritesNothingBeyondTheValueOrTheBuffer) {
-    for (const char* hex : {"18 02 41 42", "24 02 01 02", "2C 04 01 02 03 04", "64 02 01 02", "FF 00"}) {
+    for (const char* hex : {"18 02 41 42", "24 02 01 02", "2C 04 01 02 03 04", "34 04 01 02 03 04",
+                            "38 04 01 02 03 04", "64 02 01 02", "FF 00"}) {
         const auto value = CDataFactory::CreateTagged(FromHex(hex));
         std::uint32_t typeCode = 0;
         std::size_t size = 0;
@@ -128,6 +137,8 @@ TEST(Numbers, SetFromDouble) {
         EXPECT_EQ(Tagged(&number), wire);
         EXPECT_EQ(number.GetValue(), std::isfinite(value) ? value : 0.0);
     });
+    const CParlaneNumber cut(FromHex("05 80"));
+    EXPECT_EQ(Tagged(&cut), "2C 04 05 80 00 00");
 }
 
 TEST(Numbers, ReadAsTheNearestDouble) {
@@ -143,13 +154,18 @@ TEST(Integers, BitsAndConversions) {
     flags.SetBit(33);
     EXPECT_EQ(flags.GetWord(), 2U);
     flags.SetAll();
-    flags.ClearBit(32);
-    EXPECT_EQ(Tagged(&flags), "20 02 FE FF");
+    flags.ClearBit(33);
+    EXPECT_EQ(Tagged(&flags), "20 02 FD FF");
     const CParlaneUint bits = CParlaneInt(-2, 1).ToUint();
     EXPECT_EQ(Tagged(&bits), "24 01 FE");
+    EXPECT_EQ(CParlaneInt(5, 3).ToUint().GetValue(), 0U);
+    CParlaneTimer timer(1U);
+    timer.SetValue(7);
+    EXPECT_EQ(Tagged(&timer), "38 04 07 00 00 00");
     CParlaneReply reply(FromHex("01 07"));
-    reply.SetCode(9);
-    EXPECT_EQ(Tagged(&reply), "48 02 09 07");
+    reply.SetCode(8);
+    EXPECT_EQ(Tagged(&reply), "48 02 08 07");
+    EXPECT_EQ(CParlaneReply(8).GetSize() + 10 * CParlaneStringIndex(8).GetSize(), 21U);
     CParlaneMenu menu(FromHex("DF 01"));
     EXPECT_EQ(menu.GetLocation(), 0x01DF);
     menu.Set(2, 3);
@@ -181,6 +197,16 @@ TEST(Times, CompareByCalendarFieldsAlone) {
     changed.SetInvalid(false);
     changed.SetDayOfWeek(6);
     EXPECT_EQ(Tagged(&changed), "3C 07 34 12 3F 80 C5 F2 98");
+    changed.SetHour(33);
+    changed.SetDay(0x28);
+    changed.SetMonth(0x1B);
+    changed.SetYear(0xA5);
+    for (const bool flag : {true, false}) {
+        changed.SetInvalid(flag);
+        changed.SetSummerTime(!flag);
+        EXPECT_EQ(Tagged(&changed), flag ? "3C 07 34 12 BF 01 C8 FB A5" : "3C 07 34 12 3F 81 C8 FB A5");
+        EXPECT_EQ(changed.IsInvalid(), flag);
+    }
 }
 
 TEST(Texts, DeviceCharacters) {
@@ -207,6 +233,8 @@ TEST(Texts, DeviceCharacters) {
         EXPECT_EQ(EncodeDeviceText(text), bytes) << codePage;
         EXPECT_EQ(DecodeDeviceText(bytes), read) << codePage;
     }
+    SetDeviceCodePage(1251);
+    EXPECT_EQ(ClampDeviceChar('\xC0', 'A', 'A'), '\xC0') << "within the range, it stays";
     SetDeviceCodePage(kDefaultCodePage);
     EXPECT_EQ(DecodeDeviceText("\x85\x10\x85\x85\xA4"), "\xCA\x10\x85\xCA.") << "the byte behind 0x10 stays";
 }
@@ -237,8 +265,12 @@ TEST(Texts, SettersAndForms) {
     EXPECT_EQ(Tagged(&unmapped), "18 00");
     CParlaneHex hex(FromHex("0A FF"));
     EXPECT_EQ(hex.GetText(), "0AFF");
-    hex.SetText("1fG12X7");
-    EXPECT_EQ(Tagged(&hex), "64 03 1F 00 02") << "a pair ends at what is no digit";
+    EXPECT_EQ(CParlanePassword("abc").GetMaskedText(), "***");
+    CParlaneModem modem;
+    modem.SetBytes(FromHex("41 54"));
+    EXPECT_EQ(Tagged(&modem), "68 02 41 54");
+    hex.SetText("1fG12X7A2B7");
+    EXPECT_EQ(Tagged(&hex), "64 05 1F 00 02 7A 2B") << "a pair ends at what is no digit";
     EXPECT_EQ(Thrown<std::invalid_argument>([] { CParlaneEncryptedPassword("AbcdEf1", ""); }),
               "a password to encipher needs 8 characters");
 }
