@@ -23,6 +23,16 @@ extern int g_runtimeStarts; // the connection test's tests stand in for the runt
 extern int g_runtimeUsers;
 extern std::function<void()> g_onRuntimeStart;
 
+// The marker of each system gives only some of these answers.
+static EInstanceClaim g_claim = EInstanceClaim::Claimed;
+struct CInstanceMarker::SHandle {};
+CInstanceMarker::CInstanceMarker() = default;
+CInstanceMarker::~CInstanceMarker() = default;
+EInstanceClaim CInstanceMarker::Claim(const std::string& name) {
+    EXPECT_EQ(name, "test_app:3B38A5F0-71B0-11d3-9C2B-00600816C2BEHX");
+    return g_claim;
+}
+
 TEST(CommandLine, IniFileAndSwitch) {
     struct SRow {
         std::vector<std::string> arguments;
@@ -92,10 +102,8 @@ TEST(LoadAndCheck, TheOrderOfItsSteps) {
 /// Runs of the whole program over one site, whose events and log lie in `ev`.
 struct StartUp : testing::Test {
     StartUp() {
-        for (const char* name :
-             {"RUVO_LOCK_DIR", "RUVO_STATE_DIR", "RUVO_REGISTRY_USER", "RUVO_REGISTRY_MACHINE"})
+        for (const char* name : {"RUVO_STATE_DIR", "RUVO_REGISTRY_USER", "RUVO_REGISTRY_MACHINE"})
             setenv(name, folder.Native(name).c_str(), 1);
-        std::filesystem::create_directory(folder.Native("RUVO_LOCK_DIR"));
     }
     ~StartUp() override {
         ResetErrorLog();
@@ -147,9 +155,14 @@ TEST_F(StartUp, FromItsFirstStepToItsLast) {
     g_onRuntimeStart = [] { throw 5; };
     EXPECT_EQ(Run({ini}), stamp + "Unhandled exception occured:of an unknown type\r\n");
     g_onRuntimeStart = nullptr;
-    std::filesystem::remove_all(folder.Native("RUVO_LOCK_DIR"));
-    EXPECT_EQ(Run({ini}), "error test_app|Failed to create Mutex!||2021/03/02 14:03:07 Only one "
-                          "instance can be running at one time.\r\n");
+    for (const auto& [claim, box] :
+         {std::pair(EInstanceClaim::MarkerFailed, "error test_app|Failed to create Mutex!|"),
+          {EInstanceClaim::WindowClassFailed, "error test_app|Failed to register window class!|"},
+          {static_cast<EInstanceClaim>(9), ""}}) {
+        g_claim = claim;
+        EXPECT_EQ(Run({ini}), box + stamp + "Only one instance can be running at one time.\r\n");
+    }
+    g_claim = EInstanceClaim::Claimed;
 }
 
 TEST_F(StartUp, OnlyAVisitLeavesARecord) {

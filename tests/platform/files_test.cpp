@@ -8,6 +8,8 @@
 #include "support/scratch_folder.h"
 
 #include <cerrno>
+#include <csignal>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -65,6 +67,7 @@ TEST(CMappedPart, StoresLikeAWriteAndFailsLikeOne) {
     EXPECT_TRUE(mapped.Store(5'000, bytes).Good());
     EXPECT_EQ(folder.Read("f").substr(5'000, text.size()), text);
     EXPECT_TRUE(file.Close().Good() && !mapped.Map(file, 5'000, 1) && !mapped.Covers(5'000, 1));
+    EXPECT_NE(RunInChild([] { return kill(getpid(), SIGBUS); }), 0) << "what is of no store ends it as ever";
 }
 
 TEST(CFile, TellsWhyItCannotOpen) {
@@ -116,6 +119,13 @@ TEST(CFile, IsSharedUnderItsLockAndTakenBack) {
     ASSERT_TRUE(other.Open(target, {.write = true}).Good());
     EXPECT_TRUE(other.TryLock() == EFileLock::Taken && made.TryLock() == EFileLock::HeldByAnother);
     EXPECT_FALSE(other.RemoveIfEmpty()) << "another has made it";
+    const int third = ::open(folder.Native("target").c_str(), O_RDWR | O_CLOEXEC);
+    const off_t place = off_t{1} << 62; // one byte there, and no other
+    for (const auto& [begin, size] : {std::pair(off_t{0}, place), {place + 1, off_t{0}}}) {
+        struct flock asked = {F_WRLCK, SEEK_SET, begin, size, 0};
+        EXPECT_TRUE(fcntl(third, F_OFD_GETLK, &asked) == 0 && asked.l_type == F_UNLCK) << begin;
+    }
+    close(third);
     EXPECT_TRUE(other.Close().Good() && made.TryLock() == EFileLock::Taken);
     EXPECT_TRUE(other.Open(target, {.read = true}).Good() && other.TryLock() == EFileLock::Unknown);
     EXPECT_TRUE(other.IsLocked() == true && made.IsLocked() == false);
@@ -160,10 +170,13 @@ TEST(Files, AreListedNamedAndCopiedSafely) {
     std::filesystem::create_directory_symlink(folder.Native("sub"), folder.Native("link"));
     std::filesystem::create_directory(folder.Native("..\\..\\out")); // one name here, a path above the seam
     std::vector<SFolderEntry> entries;
-    EXPECT_TRUE(ListFolder(folder.Path(), entries) && entries.size() == 3);
-    for (const SFolderEntry& entry : entries) {
-        EXPECT_EQ(entry.isFolder, entry.name == "sub") << entry.name;
-        EXPECT_EQ(entry.isFile, entry.name == "file") << entry.name;
+    for (const bool areUnknown : {true, false}) {
+        test::g_hidesKinds = areUnknown;
+        EXPECT_TRUE(ListFolder(folder.Path(), entries) && entries.size() == 3);
+        for (const SFolderEntry& entry : entries) {
+            EXPECT_EQ(entry.isFolder, entry.name == "sub") << entry.name;
+            EXPECT_EQ(entry.isFile, entry.name == "file") << entry.name;
+        }
     }
     EXPECT_FALSE(ListFolder(folder.Path("none"), entries) || !entries.empty() || IsMarkedReadOnly(""));
     const std::string first = MakeUniqueFile(folder.Path(), "RWT");
@@ -175,6 +188,7 @@ TEST(Files, AreListedNamedAndCopiedSafely) {
     chmod(folder.Native("a").c_str(), 0600);
     EXPECT_TRUE(CopyToNewFile(source, folder.Path("b")) && folder.Read("b") == "secret");
     EXPECT_EQ(std::filesystem::status(folder.Native("b")).permissions(), std::filesystem::perms(0600));
+    EXPECT_FALSE(CopyToNewFile(first, folder.Path("b")) || CopyToNewFile(source, "D:\\x")) << "not new";
     for (const std::string& unread : {folder.Path("none"), std::string("C:\\proc\\self\\mem")})
         EXPECT_FALSE(CopyToNewFile(unread, folder.Path("c")) || folder.Has("c")) << unread;
     chmod(folder.Native("a").c_str(), 0550);
@@ -255,6 +269,34 @@ TEST(FileReplacement, TellsWhatItRefuses) {
     EXPECT_EQ(resolved, std::filesystem::canonical(folder.Native("to come")).string() + "/f");
 }
 
+TEST(FileReplacement, IsWhereALinkLeads) {
+    const CScratchFolder folder;
+    const std::string real = std::filesystem::canonical(folder.Native()).string() + "/";
+    std::string resolved;
+    mkfifo(folder.Native("pipe").c_str(), 0600);
+    std::filesystem::create_symlink("pipe", folder.Native("link"));
+    EXPECT_TRUE(ResolveOutputPath(folder.Native("link"), resolved).Good() && resolved == real + "pipe");
+    folder.Write("f", "");
+    for (const std::string name : {"", "f"}) {
+        const int file = ::open((real + name).c_str(), O_RDONLY | O_CLOEXEC); // of what has a path
+        EXPECT_TRUE(ResolveOutputPath("/proc/self/fd/" + std::to_string(file), resolved).Good());
+        EXPECT_EQ(resolved + (name.empty() ? "/" : ""), real + name);
+        close(file);
+    }
+}
+
+TEST(FileReplacement, LetsTheGroupOfAPackageReadANewFile) {
+    const CScratchFolder folder;
+    for (const auto& [known, readers, mode] :
+         {std::tuple("crew", "crew", 0640U), {"crew", "others", 0600U}, {"", "nobody", 0600U}}) {
+        test::g_group = known;
+        EXPECT_TRUE(WriteNewPrivateFile(folder.Path(readers), "x", readers).Good());
+        EXPECT_EQ(std::filesystem::status(folder.Native(readers)).permissions(),
+                  std::filesystem::perms(mode));
+    }
+    test::g_group = nullptr;
+}
+
 TEST(FileReplacement, IsOnTheDiskWithItsName) {
     const CScratchFolder folder;
     for (const int error : {EIO, ENOSPC, EDQUOT, EINVAL, ENOSYS, ENOTSUP, 0}) {
@@ -265,7 +307,10 @@ TEST(FileReplacement, IsOnTheDiskWithItsName) {
         test::g_interruptions = 2;
         const SAccessResult result = secret.Prepare(folder.Write("f", "old"), "new");
         EXPECT_TRUE(result.Good() == isDone && result.systemCode == (isDone ? 0 : error)) << error;
+        errno = EIO; // of something else
         EXPECT_EQ(FlushFolder(folder.Path()), isDone) << error;
+        for (const std::string& none : {folder.Path("f"), folder.Path("none"), std::string("D:\\x")})
+            EXPECT_TRUE(FlushFolder(none)) << none;
         test::g_flushes = 0;
         EXPECT_TRUE(!isDone || (secret.Commit("old").Good() && test::g_flushes == 1)) << "of its folder";
     }

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <dirent.h>
 #include <dlfcn.h>
 #include <grp.h>
 #include <pwd.h>
@@ -59,6 +60,23 @@ int getpwuid_r(uid_t id, struct passwd* entry, char* buffer, std::size_t size, s
     *entry = {name, none, id, 77, none, const_cast<char*>(g_home), none};
     *found = *g_home == '\0' ? nullptr : entry;
     return 0;
+}
+
+int getgrgid_r(gid_t id, struct group* entry, char* buffer, std::size_t size, struct group** found) {
+    static const auto next = reinterpret_cast<decltype(&getgrgid_r)>(dlsym(RTLD_NEXT, "getgrgid_r"));
+    if (g_group == nullptr)
+        return next(id, entry, buffer, size, found);
+    entry->gr_name = const_cast<char*>(g_group);
+    *found = *g_group == '\0' ? nullptr : entry;
+    return 0;
+}
+
+struct dirent* readdir(DIR* folder) {
+    static const auto next = reinterpret_cast<decltype(&readdir)>(dlsym(RTLD_NEXT, "readdir"));
+    struct dirent* const entry = next(folder);
+    if (entry != nullptr && g_hidesKinds)
+        entry->d_type = DT_UNKNOWN;
+    return entry;
 }
 
 } // extern "C"

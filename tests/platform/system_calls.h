@@ -10,5 +10,7 @@ inline int g_flushes = 0;              ///< calls of fsync
 inline int g_interruptions = 0;        ///< so many of its next calls are ended by a signal
 inline bool g_mayBecomeAnyone = false; ///< on its standard output it tells whom it would become
 inline const char* g_home = nullptr;   ///< of every user; empty when the system knows none
+inline const char* g_group = nullptr;  ///< the name of every group; empty when the system knows none
+inline bool g_hidesKinds = false;      ///< folders are listed without the kinds of their entries
 
 } // namespace ruvo::test

@@ -32,11 +32,16 @@ TEST(ReadHiddenLine, ShowsNothingAndLeavesTheTerminalAsItWas) {
         std::string typed;
         std::string read;
         int signal;
+        bool isBlocked = false; ///< the signal, by whoever reads the line
     } rows[] = {
-        {"secret\n", "=secret", 0},          {"\n", "=", 0},
-        {"secretx\x7F\n", "=secret", 0},                          // with its last character taken back
-        {longest + "y\n", "=" + longest, 0}, {"\x04", "none", 0}, // the end of the input
-        {"secret\x04\x04", "none", 0},       {"secret\x03", "", SIGINT},
+        {"secret\n", "=secret", 0},
+        {"\n", "=", 0},
+        {"secretx\x7F\n", "=secret", 0}, // with its last character taken back
+        {longest + "y\n", "=" + longest, 0},
+        {"\x04", "none", 0}, // the end of the input
+        {"secret\x04\x04", "none", 0},
+        {"secret\x03", "", SIGINT},
+        {"x\x03secret\n", "=secret", 0, true}, // what was typed before is gone
     };
     for (const auto& row : rows) {
         std::array<int, 2> answer{};
@@ -44,8 +49,14 @@ TEST(ReadHiddenLine, ShowsNothingAndLeavesTheTerminalAsItWas) {
         int terminal = -1;
         const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
         if (child == 0) {
+            sigset_t blocked;
+            sigemptyset(&blocked);
+            sigaddset(&blocked, row.isBlocked ? SIGINT : SIGUSR1);
+            sigprocmask(SIG_SETMASK, &blocked, nullptr);
+            const int free = dup(STDIN_FILENO);
+            close(free);
             const auto line = ReadHiddenLine("Password: ");
-            const std::string text = line ? "=" + *line : "none";
+            const std::string text = dup(STDIN_FILENO) != free ? "left open" : line ? "=" + *line : "none";
             _exit(write(answer[1], text.data(), text.size()) == -1 ? 1 : 0);
         }
         ASSERT_GT(child, 0);

@@ -122,6 +122,7 @@ TEST_F(Run, LinksThatFailSayWhy) {
                             "communication parameters cannot be set|" + "Failed to close COM port." + status +
                             "there is no opened port to close|" +
                             "There were problems with setting transaction values. Port: COM3.|");
+    EXPECT_FALSE(OpenEthernetLink(context, "10.0.0.5", 2, 1)) << "another link is configured";
     fields.useModem = 1;
     fields.modemEntries = {{"RV001", 5}, {"RV002", 6}};
     server.statuses = {{"ModemConnect", 51}};

@@ -74,11 +74,15 @@ TEST_F(RunEnd, WhatItAbortsIsNotTheUsersAbort) {
                               "Run ended by SIGTERM; 1 relay not visited.|";
     server.events = {kTrip, hasRecord, kTrip};
     const std::string why = "Extracting event records  P32LS Error - Function Aborted by User." + kNext;
-    EXPECT_EQ(RunAll(), why + "1 event waits in the journal for the next run." + kNext + ended);
+    EXPECT_EQ(RunRecorded(), why + "1 event waits in the journal for the next run." + kNext + ended);
     EXPECT_EQ(Stored(), 0U);
-    const std::string next = RunAll();
+    EXPECT_EQ(std::tuple(entries.at(0).taken, entries[0].lost, entries[0].waiting), std::tuple(2U, 1U, 1U));
+    const std::string next = RunRecorded();
     EXPECT_TRUE(next.starts_with("1 event of a visit that was ended is in day file ")) << next;
     EXPECT_EQ(Stored(), 2U);
+    const SStoredBytes in = entries.at(0).recoveredIn.value_or(SStoredBytes()); // in front of the visit
+    EXPECT_EQ(std::tuple(entries[0].recovered, entries.at(1).stored), std::tuple(1U, 1U));
+    EXPECT_EQ(std::tuple(in.dayFile, in.to), std::tuple(entries[1].dayFile, entries[1].from));
 
     SetUsableState(false);
     server.events = {kTrip, hasRecord, kTrip};

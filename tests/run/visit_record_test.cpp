@@ -72,6 +72,10 @@ TEST_F(RunRecord, SaysWhatBecameOfEachRelay) {
     server.events = {kTrip, Event(77, {"240107"}), kTrip};
     entries = Entries();
     EXPECT_NE(entries.find(" 3/2/1/0 0 "), std::string::npos) << "one of unknown kind: " << entries;
+    server.events = {kTrip, Event(3, {"240107", "44020030", "240109"}), kTrip};
+    server.statuses = {{"GetColumnTextAndValues", 18}};
+    entries = Entries();
+    EXPECT_TRUE(entries.starts_with("RV001 5 serial " + name + " reached 2/0/1/1 18|")) << entries;
 }
 
 TEST_F(RunRecord, SaysWhyARelayWasNotReached) {

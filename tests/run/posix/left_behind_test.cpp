@@ -53,7 +53,8 @@ TEST_F(LeftBehind, WhatWasTakenIsStoredOrWaits) {
 TEST_F(LeftBehind, TheVisitBeforeIsClosed) {
     for (const auto& [call, nth, next] :
          {std::tuple("GetValue 00.DF", 2, "Failed to open COM port. "),
-          {"GetEvent", 5, "1 event of a visit that was ended is in day file "}}) {
+          {"GetEvent", 5, "1 event of a visit that was ended is in day file "},
+          {"ClosePort", 1, "Failed to open COM port. "}}) {
         std::filesystem::remove_all(folder.Native("ev"));
         SetEvents(3);
         server.statuses.clear();
@@ -70,16 +71,17 @@ TEST_F(LeftBehind, WhatThenHasNoPlaceIsLostAndTold) {
     SetEvents(30);
     EXPECT_EQ(RunAll(), "");
     SetEvents(3);
-    const auto fill = [] { // less than the day file has is all that a file may have
+    const std::size_t size = folder.Read("ev/AB12-00001234/AB12-00001234-2026-11-16-DEV.evt").size();
+    const auto fill = [size] { // the day file has room for one of the two
         rlimit limit{};
         ::getrlimit(RLIMIT_FSIZE, &limit);
-        limit.rlim_cur = 1000;
+        limit.rlim_cur = size + size / 30 + 20;
         ::setrlimit(RLIMIT_FSIZE, &limit);
     };
-    EXPECT_EXIT(VisitUntil("GetEvent", 2, fill), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(VisitUntil("GetEvent", 3, fill), testing::ExitedWithCode(0), "");
     EXPECT_NE(folder.Read("run.log").find(" 1 event taken from the relay, but not stored."),
               std::string::npos);
-    EXPECT_EQ(Stored(), 30U);
+    EXPECT_EQ(Stored(), 31U);
 }
 
 } // namespace ruvo::test
