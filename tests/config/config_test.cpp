@@ -41,6 +41,11 @@ TEST(Load, WhatHasNoSectionFails) {
         EXPECT_FALSE(LoadConfiguration(folder.Write("site.ini", ini), config)) << ini;
         EXPECT_EQ(config.IniPath() + config.ErrorLogPath() + config.CommPort(), folder.Path("site.ini"));
     }
+    for (const SGeneralKey& key : kGeneralKeys) {
+        const auto* const number = std::get_if<IntegerField>(&key.field);
+        EXPECT_TRUE(number == nullptr || config.Fields().**number == 0) << key.name;
+    }
+    EXPECT_FALSE(config.IsErrorLogPathGiven());
     EXPECT_FALSE(LoadConfiguration("C:\\no.ini", config) || LoadConfiguration(folder.Path(), config));
 }
 
@@ -102,6 +107,7 @@ TEST(Load, Entries) {
     EXPECT_EQ(Load(Ini("[MODEM]" + lines)).ModemEntries(), addresses);
     TextEntries texts{{"RV001", "5"}, {"RV002", "x"}, {"RV004", "0"}, {"RV010", "7"}, {"RV999", "300"}};
     EXPECT_EQ(Load(Ini("[ETHERNET]" + lines)).EthernetEntries(), texts);
+    EXPECT_EQ(RelayKey(kRelayKeyCount - 1) + RelayKey(70), "RV999RV070");
     const std::string passwords = " RV000=300000000000000000000X RV001=300000000000000000000 RV003= ";
     texts = {{"RV000", ""}};
     EXPECT_EQ(Load(Ini("[PASSWORDS] RV002=390000000000000000000X" + passwords)).Passwords(), texts);
@@ -120,6 +126,7 @@ TEST(ResultCodes, TheMessagesThatUsersAndScriptsKnow) {
         EXPECT_EQ(ResultMessage(static_cast<EResultCode>(code)), line) << code;
     }
     EXPECT_EQ(code, 39);
+    EXPECT_EQ(ResultMessage(static_cast<EResultCode>(code)), "");
 }
 
 // What reading, deleting the first occurrence from a copy and reading again would say.
@@ -128,7 +135,7 @@ TEST(Duplicates, AsDeletingAndReadingAgainTells) {
         const CIniText ini = CIniText::Parse(Ini(text));
         EXPECT_EQ(static_cast<int>(HasDuplicateKey(&ini, "ruvo_s", "K")), std::stoi(isTwice));
     });
-    EXPECT_EQ(HasDuplicateKey(nullptr, "S", "K"), EDuplicateKey::TextMissing);
+    EXPECT_EQ(static_cast<int>(HasDuplicateKey(nullptr, "S", "K")), 2);
 }
 
 TEST(EthernetEntry, Fields) {
@@ -162,7 +169,8 @@ std::string ScrambledByHand(unsigned index, const std::string& plain) {
 
 std::string Unscrambled(const std::string& text) {
     std::string plain = "########!";
-    return UnscramblePassword(text.c_str(), plain.data()) == 0 ? plain.c_str() : plain;
+    const int code = UnscramblePassword(text.c_str(), plain.data());
+    return code == 0 ? plain.c_str() : plain + std::to_string(code);
 }
 
 TEST(Scramble, EveryLengthAndEveryKeyComesBack) {
@@ -212,8 +220,8 @@ TEST(Scramble, RefusalsAndOddTexts) {
     EXPECT_EQ(Unscrambled("a" + ScrambledByHand(10, "abc").substr(1)), "abc");
     EXPECT_EQ(Unscrambled("03" + digits), "Sec");
     EXPECT_EQ(Unscrambled("0x" + digits), "");
-    EXPECT_EQ(Unscrambled("09" + digits), "########!");
-    EXPECT_EQ(Unscrambled("08" + digits.substr(0, 19)), "########!");
+    EXPECT_EQ(Unscrambled("09" + digits), "########!-1");
+    EXPECT_EQ(Unscrambled("08" + digits.substr(0, 19)), "########!-1");
     EXPECT_EQ(Unscrambled("08" + digits + "9"), "Secret12");
     EXPECT_EQ(Unscrambled("0842949672964294967297"), Unscrambled("0800000000000000000001")); // modulo 2^32
     EXPECT_EQ(Unscrambled("0812x456789012345 7890"), Unscrambled("0800000000120000012345"));

@@ -161,6 +161,7 @@ TEST(DayFileReader, StartsOverWithEachFile) {
     SDayFileItem item;
     EXPECT_TRUE(reader.Open(path, {.write = true}).Good() && reader.Next(item) && item.IsReadFailure() &&
                 item.damage->offset + item.damage->length == 0);
+    EXPECT_EQ(DayFileFaultText(item.damage->fault), "the file cannot be read further");
     EXPECT_FALSE(reader.Next(item)) << "it is told once";
     for (int time = 0; time < 2; ++time) {
         EXPECT_TRUE(reader.Open(path).Good() && reader.Next(item) && item.record);
@@ -203,7 +204,7 @@ TEST(DayFileReader, ALargeFileIsReadToItsEnd) {
 TEST(DayFileReader, JunkThatResemblesRecordsCostsNone) {
     const CScratchFolder folder;
     const std::string junk = MakeImage("00257F00000000003C07 FFFFFFFFFFFF 022D7F00000000003C07 FFFFFFFFFFFF "
-                                       "001D7F00000000000000 FFFFFFFFFFFF 00077F01000000003C07 FFFFFFFFFFFF")
+                                       "001D7F00000000000007 FFFFFFFFFFFF 00077F01000000003C07 FFFFFFFFFFFF")
                                  .bytes;
     const std::string record = LongRecord((junk + junk + junk + junk).substr(0, 254));
     std::string bytes = kHeader;

@@ -40,6 +40,9 @@ TEST(Destination, RegistryRules) {
     EXPECT_EQ(Destination("", unusable), unusable + "\\RUVO\\|registry"); // the machine's goes untested
     EXPECT_EQ(Destination("", "C:\\" + std::string(260, 'x')), "|registry");
     EXPECT_EQ(Destination(unusable, ""), "C:\\ini root|file");
+    EXPECT_EQ(Destination("", std::string(100000, 'x')), "|registry");
+    EXPECT_EQ(Destination("", std::string(100001, 'x')), "C:\\ini root|file"); // counts as none
+    EXPECT_EQ(Destination(present + std::string("\0x", 2), ""), present + "\\RUVO\\|registry");
     const std::string box = "Information|Registry entry with destination path for current user is invalid.\n"
                             "Events will be extracted with use of default application settings.\n"
                             "Destination path: ";

@@ -209,6 +209,11 @@ TEST(HeldDayFile, AsksForItsLengthAnew) {
     ASSERT_FALSE(file.Hold(folder.Write("f.evt", "old")));
     std::ofstream(folder.Native("f.evt"), std::ios::app) << "more"; // by a program that asks for no lock
     EXPECT_EQ(std::tuple(file.FoundLength(), file.LengthNow()), std::tuple(3U, 7U));
+    CHeldDayFile made;
+    ASSERT_FALSE(made.Hold(folder.Path("new.evt")));
+    folder.Write("new.evt", "more");
+    made.Release();
+    EXPECT_EQ(folder.Read("new.evt"), "more") << "what is not empty stays";
 }
 
 } // namespace ruvo::test

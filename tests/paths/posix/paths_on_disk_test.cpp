@@ -17,13 +17,15 @@ TEST(Existence, TellsFilesFromFolders) {
     const CScratchFolder folder;
     const std::string file = folder.Write("f", "");
     EXPECT_TRUE(DirectoryExists(folder.Path("\\/\\")) && DirectoryExists("C:") && DirectoryExists("C:\\"));
-    EXPECT_FALSE(DirectoryExists(file) || DirectoryExists("D:\\") || DirectoryExists(""));
+    EXPECT_FALSE(DirectoryExists(file) || DirectoryExists("D:\\") || DirectoryExists("") ||
+                 DirectoryExists("\\"));
     EXPECT_TRUE(IsExistingFile(file) && CopyFileStrict(file, folder.Path("g")));
     EXPECT_FALSE(CopyFileStrict(file, folder.Path("g")) || IsExistingFile(folder.Path()) ||
                  IsExistingFile(folder.Path("none")));
     std::filesystem::create_symlink("gone", folder.Native("link"));
     for (const std::string& nearest :
-         {folder.Path(), file, folder.Path("link"), std::string("D:"), std::string("\\\\srv\\share")})
+         {folder.Path(), file, folder.Path("link"), std::string("D:"), std::string("\\\\srv\\share"),
+          std::string("\\\\\\share"), std::string("\\none"), std::string("?")})
         EXPECT_EQ(NearestExisting(nearest + "\\a\\b"), nearest);
 }
 
@@ -45,6 +47,11 @@ TEST(CreateDirectoryPath, ReportsTheFirstFolderItMade) {
     EXPECT_TRUE(CreateDirectoryPath(folder.Path("c\\"), first) && MakeDirectory(folder.Path("d\\")) &&
                 folder.Has("d"));
     EXPECT_EQ(first, folder.Path("c"));
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(folder.Native());
+    EXPECT_TRUE(CreateDirectoryPath("r\\s\\t", first) && folder.Has("r/s/t"));
+    EXPECT_EQ(first, "r");
+    std::filesystem::current_path(before);
 }
 
 TEST(Proofs, LeaveNothingBehindAndChangeNothing) {
