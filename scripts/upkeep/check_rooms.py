@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks which room uses which, where the operating system is used, and that files are tidy.
+"""Checks which room uses which, where the operating system is used, that no two types share a name, and that files are tidy.
 
     check_rooms.py [--calls BUILD] [TREE]
 
@@ -58,6 +58,11 @@ PLATFORM_WORD = re.compile(r'\b(_WIN32|_WIN64|WIN32|__WIN(?:32|64|NT)__|__MINGW\
                            r'|linux|unix|__unix\w*|__APPLE__|__MACH__|__FreeBSD__|__ANDROID__|_POSIX_\w+|__has_include\w*)\b')
 PLATFORM_FOLDERS = ('src/platform',)
 PLATFORM_FILES = ('include/ruvo/ruvo.h',) # the calling convention of the exports
+
+# Folders of which a build takes one.
+SYSTEMS = ('posix', 'windows')
+# Where a type is defined, and its name.
+TYPE = re.compile(r'(?:struct|class|union|enum (?:class|struct)) (?:\[\[\w+\]\] )?(\w+)(?: final)?(?: ?:(?!:).*)? ?(?:\{|$)')
 
 
 def is_below(name, folders):
@@ -175,6 +180,24 @@ class Check:
                 if match:
                     self.report(name, line, f'tests for the platform ({match[1]}) outside src/platform')
 
+    def check_types(self):
+        """No two types of one name in a namespace: a linker takes what is inline of one of them for both, silently."""
+        places = {}
+        for name in (name for name in self.sources if is_below(name, PRODUCT)):
+            system = next((part for part in name.split('/') if part in SYSTEMS), '')
+            spaces = []
+            for line, text in enumerate(self.sources[name].split('\n'), 1):
+                space, kind = re.match(r'namespace ?([\w:]*) ?\{', text), TYPE.match(text)
+                if space:
+                    spaces.append(space[1])
+                elif text.startswith('} // namespace'):
+                    spaces.pop()
+                elif kind and '' not in spaces:
+                    for other, where in places.setdefault('::'.join((*spaces, kind[1])), []):
+                        if other == system or '' in (other, system):
+                            self.report(name, line, f'{kind[1]} is another type in {where}')
+                    places['::'.join((*spaces, kind[1]))].append((system, name))
+
     def check_texts(self):
         for name in self.texts:
             text = (self.tree / name).read_bytes()
@@ -234,6 +257,7 @@ def main():
     options = parser.parse_args()
     check = Check(options.tree.resolve())
     check.check_code()
+    check.check_types()
     check.check_texts()
     if options.calls:
         check.check_calls(options.calls.resolve())

@@ -149,6 +149,15 @@ class RoomsCheck(unittest.TestCase):
         self.refuses('tools/new.cpp', '#if defined (_WIN32)\n#endif\n#define HERE defined(__linux__)\n',
                      (1, 'tests for the platform (_WIN32)'), (3, 'tests for the platform (__linux__)'))
 
+    def test_two_types_of_one_name(self):
+        for name in ('src/platform/posix/new.h', 'src/platform/windows/new.h'): # a build takes one of them
+            self.write(name, 'namespace ruvo {\nstruct SPlace {};\n} // namespace ruvo\n')
+        self.write('src/run/new.cpp', 'namespace ruvo {\nnamespace {\nstruct SPlace {};\n} // namespace\n} // namespace ruvo\n')
+        self.write('sim/new.h', 'namespace ruvo::sim {\nstruct SPlace {};\nclass SOther;\n} // namespace ruvo::sim\n')
+        self.refuses('tools/new.h', 'namespace ruvo {\n\nclass SPlace final : SOther {\n};\n\n} // namespace ruvo\n',
+                     (3, 'SPlace is another type in src/platform/posix/new.h'),
+                     (3, 'SPlace is another type in src/platform/windows/new.h'))
+
     def test_folder_of_no_room(self):
         self.refuses('src/attic/new.cpp', 'int old;\n', (1, 'in no room'))
 

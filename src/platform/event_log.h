@@ -6,10 +6,10 @@
 
 namespace ruvo {
 
-enum class EEventKind : std::uint8_t { Information, Warning, Error };
+enum class ESystemEventKind : std::uint8_t { Information, Warning, Error };
 
 /// Writes one entry of the source "ruvo". The number is one of the system's message file; the text is UTF-8.
 /// On systems with a journal, what a program prints is there already, and nothing is written.
-void WriteSystemEvent(EEventKind kind, std::uint16_t number, const std::string& utf8);
+void WriteSystemEvent(ESystemEventKind kind, std::uint16_t number, const std::string& utf8);
 
 } // namespace ruvo

@@ -15,15 +15,16 @@ constexpr std::uint16_t kFirstNumber = 100;
 
 struct SRow {
     EVisitStatus status;
-    EEventKind kind;
+    ESystemEventKind kind;
     std::string_view text;
 };
 constexpr std::array kRows{
-    SRow{EVisitStatus::Good, EEventKind::Information, "visited, no problems"},
-    SRow{EVisitStatus::Problems, EEventKind::Warning, "visited, with problems"},
-    SRow{EVisitStatus::Refused, EEventKind::Error, "the visit could not take place as configured"},
-    SRow{EVisitStatus::Ended, EEventKind::Warning, "the visit was ended before it was complete"},
-    SRow{EVisitStatus::IsVisited, EEventKind::Warning, "not visited, because another visit was going on"},
+    SRow{EVisitStatus::Good, ESystemEventKind::Information, "visited, no problems"},
+    SRow{EVisitStatus::Problems, ESystemEventKind::Warning, "visited, with problems"},
+    SRow{EVisitStatus::Refused, ESystemEventKind::Error, "the visit could not take place as configured"},
+    SRow{EVisitStatus::Ended, ESystemEventKind::Warning, "the visit was ended before it was complete"},
+    SRow{EVisitStatus::IsVisited, ESystemEventKind::Warning,
+         "not visited, because another visit was going on"},
 };
 constexpr std::string_view kCrashed = "the extractor crashed";
 
@@ -45,7 +46,7 @@ SVisitEvent EventOfVisit(int status, const std::string& site, const std::string&
     const auto* const row = std::ranges::find(kRows, static_cast<EVisitStatus>(status), &SRow::status);
     const bool isKnown = row != kRows.end();
     SVisitEvent event;
-    event.kind = isKnown ? row->kind : EEventKind::Error;
+    event.kind = isKnown ? row->kind : ESystemEventKind::Error;
     event.number = static_cast<std::uint16_t>(
         kFirstNumber + (isKnown ? row - kRows.begin() : static_cast<long>(kRows.size())));
     event.text = site + ": " + std::string(isKnown ? row->text : kCrashed) + " (status " +

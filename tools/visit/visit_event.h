@@ -10,7 +10,7 @@
 namespace ruvo {
 
 struct SVisitEvent {
-    EEventKind kind = EEventKind::Information;
+    ESystemEventKind kind = ESystemEventKind::Information;
     std::uint16_t number = 0; ///< as in the message file of the programs: never renumber
     std::string text;         ///< UTF-8
 };

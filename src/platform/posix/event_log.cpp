@@ -2,6 +2,6 @@
 
 namespace ruvo {
 
-void WriteSystemEvent(EEventKind /*kind*/, std::uint16_t /*number*/, const std::string& /*utf8*/) {}
+void WriteSystemEvent(ESystemEventKind /*kind*/, std::uint16_t /*number*/, const std::string& /*utf8*/) {}
 
 } // namespace ruvo

@@ -13,14 +13,14 @@ struct SKind {
     DWORD severity; ///< the upper two bits of a message's number
 };
 
-/// In the order of EEventKind.
+/// In the order of ESystemEventKind.
 constexpr std::array kKinds{SKind{EVENTLOG_INFORMATION_TYPE, 1}, SKind{EVENTLOG_WARNING_TYPE, 2},
                             SKind{EVENTLOG_ERROR_TYPE, 3}};
 constexpr unsigned kSeverityShift = 30;
 
 } // namespace
 
-void WriteSystemEvent(EEventKind kind, std::uint16_t number, const std::string& utf8) {
+void WriteSystemEvent(ESystemEventKind kind, std::uint16_t number, const std::string& utf8) {
     const HANDLE source = RegisterEventSourceW(nullptr, L"ruvo");
     if (source == nullptr) {
         return; // the service that keeps the log does not run; the visit's exit status still tells
