@@ -43,6 +43,10 @@ TEST(ChildProgram, RunsWithWhatItIsGiven) {
     EXPECT_EQ(Outcome(Shell("cat; kill -9 $$")), "|137SIGKILL");
     EXPECT_EQ(Outcome(Shell("printf x; kill -40 $$")), "x|168signal 40");
     EXPECT_EQ(Outcome(Shell("cut -d' ' -f5 /proc/$$/stat")), std::to_string(getpgrp()) + "\n|0");
+    reader = Shell("ls /proc/$$/fd | wc -l");
+    const std::string open = Outcome(reader);
+    reader.input = "x";
+    EXPECT_EQ(Outcome(reader), open) << "nothing else is open there, whatever its input";
     const auto before = signal(SIGPIPE, SIG_IGN);
     EXPECT_EQ(Outcome(Shell("kill -PIPE $$")), "|141SIGPIPE") << "what is ignored here is not ignored there";
     signal(SIGPIPE, before);

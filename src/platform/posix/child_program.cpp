@@ -124,18 +124,14 @@ struct CChildProgram::SHandle {
         return waitid(P_PID, static_cast<id_t>(process), &info, WEXITED | WNOHANG | WNOWAIT) != 0 ||
                info.si_pid != 0;
     }
-    /// False when nothing more comes.
-    bool TakeOutput(const SWatch& watch) {
+    void TakeOutput(const SWatch& watch) {
         std::array<char, 4096> piece{};
         const ssize_t count = read(output.Get(), piece.data(), piece.size());
-        if (count <= 0) {
+        if (count <= 0) { // nothing more comes
             output = CDescriptor();
-            return false;
-        }
-        if (watch.take) {
+        } else if (watch.take) {
             watch.take({piece.data(), static_cast<std::size_t>(count)});
         }
-        return true;
     }
     /// What it has written before its end. Others may have the pipe open for as long as they like.
     void TakeRest(const SWatch& watch) {
