@@ -12,8 +12,8 @@
 
 TEST(Main, TellsWhyItCannotStart) {
     const auto start = [] {
-        const ruvo::test::CFailingMemory memory(
-            2); // the first is the thread's, without which it goes on, too
+        // The first one is for the thread, without which it goes on all the same.
+        const ruvo::test::CFailingMemory memory(2);
         std::array<char*, 1> texts{};
         std::exit(RunRuvo(0, texts.data()));
     };

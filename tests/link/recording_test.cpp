@@ -274,14 +274,17 @@ TEST(RecordingFile, LeavesOutWhatTheDiskOrTheBoundHasNoRoomFor) {
         EXPECT_TRUE(file.Make({folder.Path("full.rec"), UINT64_MAX, kMaxRecording}).Good());
         file.Append(ERecordingEntry::Event, body);
         file.End(ERecordingEnd::Closed);
-        CRecordingFile bounded;
-        EXPECT_TRUE(bounded.Make({folder.Path("bound.rec"), 0, 993}).Good());
-        for (int i = 0; i < 100; ++i)
-            bounded.Append(ERecordingEntry::Event, body);
+        for (const std::uint64_t bound : {993, 994}) {
+            CRecordingFile bounded;
+            EXPECT_TRUE(bounded.Make({folder.Path("bound.rec"), 0, bound}).Good());
+            for (int i = 0; i < 100; ++i)
+                bounded.Append(ERecordingEntry::Event, body);
+        }
     }
     EXPECT_LT(folder.Read("full.rec").size(), 32U);
     const std::string bytes = folder.Read("bound.rec");
     EXPECT_EQ(bytes.size(), 833U) << "a ninth entry would leave one byte too few for the end";
+    EXPECT_EQ(folder.Read("bound-2.rec").size(), 935U) << "here it just fits";
     EXPECT_EQ(HexDigits(bytes.substr(bytes.size() - 3)), "020502"); // the entry that says so
 }
 

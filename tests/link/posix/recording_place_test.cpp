@@ -80,7 +80,8 @@ TEST(RecordingFile, WhatAFullDiskHasNoRoomForIsAGapInIt) {
     AppendWithin(head + want.size() / 2 + 5, file);
     g_isCutRefused = false;
     AppendWithin(RLIM_INFINITY, file);
-    EXPECT_EQ(HexDigits(folder.Read("x.rec").substr(head)), want + "0204010303") << "nothing follows a part";
+    EXPECT_EQ(HexDigits(folder.Read("x.rec").substr(head)), want + "0204010303")
+        << "nothing follows what is left";
 }
 
 TEST(RecordingFile, IsNewAndItsOwnersAlone) {
