@@ -62,7 +62,7 @@ PLATFORM_FILES = ('include/ruvo/ruvo.h',) # the calling convention of the export
 # Folders of which a build takes one.
 SYSTEMS = ('posix', 'windows')
 # Where a type is defined, and its name.
-TYPE = re.compile(r'(?:struct|class|union|enum (?:class|struct)) (?:\[\[\w+\]\] )?(\w+)(?: final)?(?: ?:(?!:).*)? ?(?:\{|$)')
+TYPE = re.compile(r'(?:struct|class|union|enum (?:class|struct)) (?:\[\[\w+\]\] )?(\w+)(?: final)?(?: ?:(?!:)[^;]*)? ?(?:\{|$)')
 
 
 def is_below(name, folders):
@@ -185,18 +185,20 @@ class Check:
         places = {}
         for name in (name for name in self.sources if is_below(name, PRODUCT)):
             system = next((part for part in name.split('/') if part in SYSTEMS), '')
-            spaces = []
+            spaces, line = [], 0
             for line, text in enumerate(self.sources[name].split('\n'), 1):
                 space, kind = re.match(r'namespace ?([\w:]*) ?\{', text), TYPE.match(text)
                 if space:
                     spaces.append(space[1])
                 elif text.startswith('} // namespace'):
-                    spaces.pop()
+                    del spaces[-1:]
                 elif kind and '' not in spaces:
                     for other, where in places.setdefault('::'.join((*spaces, kind[1])), []):
                         if other == system or '' in (other, system):
                             self.report(name, line, f'{kind[1]} is another type in {where}')
                     places['::'.join((*spaces, kind[1]))].append((system, name))
+            if spaces:
+                self.report(name, line, 'a namespace that does not end with its name')
 
     def check_texts(self):
         for name in self.texts:

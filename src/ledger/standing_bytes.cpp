@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::uint64_t kSectorSize = 512;
 
-}
+} // namespace
 
 bool CStandingBytes::Compare(std::span<const std::uint8_t> expected) {
     const std::uint64_t left = m_length > m_position ? m_length - m_position : 0;
