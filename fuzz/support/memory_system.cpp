@@ -220,6 +220,10 @@ EPathKind GetPathKind(const std::string& path) {
     return MemorySystem().files.contains(key) ? EPathKind::File : EPathKind::Missing;
 }
 
+bool IsAbsent(const std::string& path) {
+    return GetPathKind(path) == EPathKind::Missing;
+}
+
 bool IsLink(const std::string& /*path*/) {
     return false;
 }

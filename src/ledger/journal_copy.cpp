@@ -43,16 +43,18 @@ private:
     SFileResult m_result;
 };
 
-/// False when the journal cannot be read: a copy of what could be would look like a whole one.
+/// False when the journal cannot be read now: a copy of what could be read would look like a whole one.
 bool CopyEntry(CFile& journal, const SJournalEntry& entry, std::uint64_t end, CPieces& pieces) {
     CFrameReader reader(journal, entry.offset, entry.visit, end);
     std::vector<std::uint8_t> bytes;
     SChain chain;
+    std::uint32_t records = 0;
     for (SFrame frame; reader.Next(frame);) {
+        records += frame.kind == EFrame::Record ? 1 : 0;
         MakeFrame(bytes, frame.kind, frame.visit, chain, frame.payload);
         pieces.Add(bytes);
     }
-    return !reader.HasFailed();
+    return !reader.HasFailed() && records == entry.records;
 }
 
 } // namespace

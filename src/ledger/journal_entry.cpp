@@ -27,7 +27,9 @@ bool AddTo(SJournalEntry& entry, const SFrame& frame) {
         entry.records += isUnderstood ? 1 : 0;
         entry.lastExtended = std::max(entry.lastExtended, isUnderstood ? record->extendedNumber : 0);
     } else if (frame.kind == EFrame::Store) {
-        entry.store = UnpackStore(frame.payload);
+        auto store = UnpackStore(frame.payload);
+        isUnderstood = store.has_value();
+        entry.store = isUnderstood ? std::move(store) : std::move(entry.store);
     } else if (frame.kind == EFrame::SetAside) {
         entry.setAside = UnpackSetAside(frame.payload);
         isUnderstood = entry.setAside.has_value();

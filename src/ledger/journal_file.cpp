@@ -22,16 +22,14 @@ std::span<const std::uint8_t> HeadBytes() {
 /// Whether an earlier journal of that name was damaged (a clock may have been set back): what is left of it
 /// would be taken for the new one's, or be overwritten.
 bool HasLeftover(const std::string& journalPath) {
-    return GetPathKind(CopyPathOf(journalPath)) != EPathKind::Missing ||
-           GetPathKind(journalPath + std::string(kDamagedEnding)) != EPathKind::Missing;
+    return !IsAbsent(CopyPathOf(journalPath)) || !IsAbsent(journalPath + std::string(kDamagedEnding));
 }
 
-/// It is known only where the folder above can be read.
+/// What is below something that is no folder is not known to be missing.
 bool IsMissing(const std::string& folder) {
     std::vector<SFolderEntry> entries;
     const std::string above = ParentFolder(folder);
-    return GetPathKind(folder) == EPathKind::Missing &&
-           (ListFolder(above, entries) || GetPathKind(above) == EPathKind::Missing);
+    return IsAbsent(folder) && (IsAbsent(above) || ListFolder(above, entries));
 }
 
 } // namespace

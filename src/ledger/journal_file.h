@@ -22,7 +22,7 @@ struct SListedFiles {
     std::vector<std::string> paths; ///< by name
     bool isRead = true;             ///< the folder, or it is missing
 
-    /// Of a folder that cannot be read that is not known.
+    /// False, too, for a folder that cannot be read: then it is not known.
     [[nodiscard]] bool AreNone() const { return isRead && paths.empty(); }
 };
 /// The files in a folder whose names end so.

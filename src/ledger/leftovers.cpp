@@ -16,7 +16,7 @@ namespace {
 void AddWaiting(const std::string& path, SLeftovers& leftovers) {
     CJournalFile journal;
     if (!journal.OpenToRead(path)) {
-        leftovers.isRead = leftovers.isRead && GetPathKind(path) == EPathKind::Missing;
+        leftovers.isRead = leftovers.isRead && IsAbsent(path);
         return;
     }
     if (journal.File().IsLocked().value_or(false)) {
@@ -61,15 +61,16 @@ void AddSetAside(const std::string& path, SLeftovers& leftovers) {
 SLeftovers ReadLeftovers(const std::string& folder) {
     SLeftovers leftovers;
     leftovers.folder = folder;
-    const SListedFiles journals = JournalsIn(folder);
-    leftovers.isRead = journals.isRead;
+    const SListedFiles journals = JournalsIn(folder), setAside = SetAsideFilesIn(folder);
+    SListedFiles damaged = ListFiles(folder, kDamagedEnding);
+    leftovers.isRead = journals.isRead && setAside.isRead && damaged.isRead;
     for (const std::string& path : journals.paths) {
         AddWaiting(path, leftovers);
     }
-    for (const std::string& path : SetAsideFilesIn(folder)) {
+    for (const std::string& path : setAside.paths) {
         AddSetAside(path, leftovers);
     }
-    std::ranges::move(ListFiles(folder, kDamagedEnding).paths, std::back_inserter(leftovers.damaged));
+    std::ranges::move(damaged.paths, std::back_inserter(leftovers.damaged));
     return leftovers;
 }
 

@@ -172,24 +172,23 @@ void CRunLedger::BringIn() {
 }
 
 /// All but its own, which may have the name that an earlier one had.
-SListedFiles CRunLedger::EarlierJournals(const std::string& folder) const {
+std::vector<std::string> CRunLedger::EarlierJournals(const std::string& folder) const {
     SListedFiles journals = JournalsIn(folder);
-    if (m_journal) {
-        std::erase(journals.paths, m_journal->Path());
-    }
-    LeaveOutCopiesBesideTheirJournal(journals.paths);
-    return journals;
-}
-
-void CRunLedger::BringInFrom(const std::string& folder) {
-    const SListedFiles journals = EarlierJournals(folder);
     if (!journals.isRead) {
         SLedgerReport report;
         report.outcome = ELedgerOutcome::UnreadFolder;
         report.path = folder;
         m_tell(report);
     }
-    for (const std::string& path : journals.paths) {
+    if (m_journal) {
+        std::erase(journals.paths, m_journal->Path());
+    }
+    LeaveOutCopiesBesideTheirJournal(journals.paths);
+    return std::move(journals.paths);
+}
+
+void CRunLedger::BringInFrom(const std::string& folder) {
+    for (const std::string& path : EarlierJournals(folder)) {
         static_cast<void>(CEntryRecovery(m_eventRoot, m_tell).BringIn(path, nullptr));
     }
     RemoveEmptySetAsideFiles(folder);
@@ -204,7 +203,7 @@ bool CRunLedger::BringInto(CHeldDayFile& file) {
         return std::ranges::find(files, file.Path()) != files.end();
     };
     bool isFree = !isIn(m_openFiles) && !isIn(m_waitingFiles);
-    for (const std::string& path : EarlierJournals(Folder()).paths) {
+    for (const std::string& path : EarlierJournals(Folder())) {
         isFree = CEntryRecovery(m_eventRoot, m_tell).BringIn(path, &file) && isFree;
     }
     return isFree;

@@ -60,7 +60,7 @@ public:
     void CloseAll() noexcept;
 
 private:
-    [[nodiscard]] SListedFiles EarlierJournals(const std::string& folder) const;
+    [[nodiscard]] std::vector<std::string> EarlierJournals(const std::string& folder) const;
     [[nodiscard]] const std::string& Folder();
     void PutFailedAway();
     void MakeJournal();

@@ -25,6 +25,9 @@ std::string KeepRecords(const std::string& path, CVisitCustody& custody, SAppend
         return "it cannot be read";
     }
     for (SDayFileItem item; reader.Next(item);) {
+        if (item.IsReadFailure()) { // what follows may be sound, and nobody would read it any more
+            return "it cannot be read";
+        }
         if (item.damage && !appended.damageAt) {
             appended.damageAt = item.damage->offset;
         }

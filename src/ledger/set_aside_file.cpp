@@ -39,7 +39,7 @@ std::string FreeText(const SSetAsideHeader& header) {
 }
 
 bool IsTaken(const std::string& path) {
-    return GetPathKind(path) != EPathKind::Missing || IsLink(path);
+    return !IsAbsent(path) || IsLink(path);
 }
 
 } // namespace
@@ -177,12 +177,12 @@ bool IsMarkedAppended(const std::string& folder, const std::string& name) {
     return IsTaken(folder + "\\" + name + std::string(kAppendedEnding));
 }
 
-std::vector<std::string> SetAsideFilesIn(const std::string& folder) {
-    return ListFiles(folder, kSetAsideEnding).paths;
+SListedFiles SetAsideFilesIn(const std::string& folder) {
+    return ListFiles(folder, kSetAsideEnding);
 }
 
 void RemoveEmptySetAsideFiles(const std::string& folder) {
-    const std::vector<std::string> files = SetAsideFilesIn(folder);
+    const std::vector<std::string> files = SetAsideFilesIn(folder).paths;
     if (!files.empty() && JournalsIn(folder).AreNone()) {
         std::ranges::for_each(files, [](const std::string& path) { RemoveEmptyDayFile(path, false); });
     }

@@ -2,6 +2,7 @@
 // It has the form of a day file, lies beside the journals, and its header says where the records belong.
 #pragma once
 
+#include "ledger/journal_file.h"
 #include "platform/files.h"
 
 #include <cstddef>
@@ -77,7 +78,7 @@ private:
 [[nodiscard]] bool IsMarkedAppended(const std::string& folder, const std::string& name);
 
 /// Those in an event root's folder that are not marked, by name.
-[[nodiscard]] std::vector<std::string> SetAsideFilesIn(const std::string& folder);
+[[nodiscard]] SListedFiles SetAsideFilesIn(const std::string& folder);
 /// Removes those that an end has left before their first byte, unless a journal may still name them.
 void RemoveEmptySetAsideFiles(const std::string& folder);
 

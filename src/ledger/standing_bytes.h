@@ -14,7 +14,7 @@ enum class EStanding : std::uint8_t {
     Beginning, ///< or nothing, and nothing else
     Torn,      ///< each sector holds a beginning of its part and zeros after it, as a power failure leaves it
     Other,
-    Unread, ///< the file cannot be read
+    Unread, ///< the file cannot be read, or is shorter than it was
 };
 
 class CStandingBytes {

@@ -117,9 +117,8 @@ EHistory CVisitHistory::LookIn(const std::string& state, const std::string& fold
         });
         return isThere ? EHistory::Found : EHistory::None;
     }
-    const bool isHidden = GetPathKind(folder) != EPathKind::Missing ||
-                          (GetPathKind(state) != EPathKind::Missing && !ListFolder(state, entries));
-    return isHidden ? EHistory::NotReadable : EHistory::None;
+    return IsAbsent(folder) && (IsAbsent(state) || ListFolder(state, entries)) ? EHistory::None
+                                                                               : EHistory::NotReadable;
 }
 
 bool CVisitHistory::ForEach(const Take& take) const {

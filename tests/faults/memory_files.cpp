@@ -186,6 +186,11 @@ EPathKind GetPathKind(const std::string& path) {
     const auto node = g_disk.Do().Good() ? g_disk.Find(path) : std::nullopt;
     return !node ? EPathKind::Missing : g_disk.nodes[*node].isFolder ? EPathKind::Folder : EPathKind::File;
 }
+bool IsAbsent(const std::string& path) {
+    const SDiskCall call;
+    const SFileResult result = g_disk.Do();
+    return result.failure == EFileFailure::NotFound || (result.Good() && !g_disk.Find(path));
+}
 SFileResult CanMakeEntryIn(const std::string& folder, EPathKind) {
     const SDiskCall call;
     return g_disk.Takes(folder) ? g_disk.Do() : g_disk.Fail(EFileFailure::AccessDenied);

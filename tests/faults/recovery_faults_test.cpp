@@ -4,7 +4,10 @@
 #include "dayfile/day_file_writer.h"
 #include "ledger/root_folder.h"
 #include "ledger/set_aside_append.h"
+#include "support/failing_memory.h"
 #include "support/fake_system.h"
+
+#include <new>
 
 namespace ruvo::test {
 
@@ -138,6 +141,25 @@ TEST_F(RecoveryFaults, ASetAsideFileIsMarkedOnceItsEventsAreStored) {
         EXPECT_EQ(std::pair(Count(".setaside"), Count(".setaside.done")),
                   std::pair(std::size_t{0}, std::size_t{1}))
             << nth;
+    }
+}
+
+TEST_F(RecoveryFaults, AVisitThatCannotBeginLeavesTheJournalToOthers) {
+    for (std::size_t nth = 1; nth <= 100; ++nth) {
+        SetUp();
+        {
+            CRunLedger run(kRoot, [](const SLedgerReport&) {});
+            CVisitCustody first(&run, "RV001"), second(&run, "RV002");
+            try {
+                const CFailingMemory memory(nth);
+                EXPECT_FALSE(first.Begin(kTorn)) << "no memory is no refusal";
+            } catch (const std::bad_alloc&) { // the visit ends
+            }
+            first.End();
+            Take(second, {1, 2});
+        }
+        BringIn();
+        EXPECT_EQ(Stored(), (std::vector{1, 2})) << nth;
     }
 }
 

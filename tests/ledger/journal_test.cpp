@@ -229,7 +229,7 @@ TEST(Journal, AFrameThatMakesNoSenseIsDamage) {
                                                  {EFrame::Record, "00000000", false},
                                                  {EFrame::SetAside, "00000000", false},
                                                  {EFrame::SetAside, "0000000000000000", true},
-                                                 {EFrame::Store, "0000000000000000", true}}) {
+                                                 {EFrame::Store, "0000000000000000", false}}) {
         SChain first, other;
         std::vector<std::uint8_t> frame;
         MakeFrame(frame, EFrame::Visit, 1, first, Pack(SVisitInfo{}));

@@ -326,13 +326,13 @@ TEST_F(RecoverCommand, TakesOverAFileBesideAJournalThatDoesNotNameIt) {
     Visit(EEnd::SetAside);
     Visit(EEnd::Killed);
     const std::string from = FolderOfJournals(folder.Path("ev"));
-    const std::vector<std::string> files = SetAsideFilesIn(from);
+    const std::vector<std::string> files = SetAsideFilesIn(from).paths;
     ASSERT_TRUE(files.size() == 1 && JournalsIn(from).paths.size() == 1);
     std::filesystem::create_directory(folder.Native("taken"));
     EXPECT_EQ(AdoptSetAsideFile(files.front(), folder.Path("nowhere")), "");
     const std::string moved = AdoptSetAsideFile(files.front(), folder.Path("taken"));
     EXPECT_TRUE(moved.starts_with(folder.Path("taken\\")) && moved.ends_with(kSetAsideEnding)) << moved;
-    EXPECT_TRUE(SetAsideFilesIn(from).empty());
+    EXPECT_TRUE(SetAsideFilesIn(from).AreNone());
     Visit(EEnd::SetAside, "ev", "\\AB12-3\\day.evt");
     {
         CRunLedger ledger(folder.Path("ev"), [](const SLedgerReport&) {});

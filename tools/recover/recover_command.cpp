@@ -76,7 +76,11 @@ public:
     /// Takes over the folder of another event root, or of this one where it still exists.
     void TakeOver(const std::string& folder) {
         m_ledger.BringInFrom(folder);
-        for (const std::string& path : SetAsideFilesIn(folder)) {
+        const SListedFiles files = SetAsideFilesIn(folder), journals = JournalsIn(folder);
+        if (!files.isRead || !journals.isRead) {
+            Fail(folder, "cannot be read");
+        }
+        for (const std::string& path : files.paths) {
             if (folder == m_folder) {
                 continue;
             }
@@ -88,14 +92,16 @@ public:
                 m_console.out.Write(Shown(path) + " is " + Shown(moved) + " now.\n");
             }
         }
-        m_isWhole = m_isWhole && JournalsIn(folder).AreNone();
+        m_isWhole = m_isWhole && journals.paths.empty();
     }
 
     void Append(const std::string& typed) {
         const std::string path = PathOf(typed);
-        const std::vector<std::string> files = SetAsideFilesIn(m_folder);
-        if (std::ranges::find(files, path) == files.end()) {
-            Fail(path, "is no set-aside file of this event root; run ruvoctl recover INI to list them");
+        const SListedFiles files = SetAsideFilesIn(m_folder);
+        if (std::ranges::find(files.paths, path) == files.paths.end()) {
+            Fail(path, files.isRead
+                           ? "is no set-aside file of this event root; run ruvoctl recover INI to list them"
+                           : "is in a folder that cannot be read");
             return;
         }
         const SAppendedFile appended = AppendSetAsideFile(m_ledger, m_eventRoot, path);

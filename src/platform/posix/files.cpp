@@ -74,6 +74,12 @@ EPathKind GetPathKind(const std::string& path) {
     return S_ISDIR(status.st_mode) ? EPathKind::Folder : EPathKind::File;
 }
 
+bool IsAbsent(const std::string& path) {
+    struct stat status = {};
+    const auto native = ToNativePath(path);
+    return native && stat(native->c_str(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR);
+}
+
 bool IsMarkedReadOnly(const std::string& /*path*/) {
     return false;
 }
@@ -201,9 +207,11 @@ bool ListFolder(const std::string& folder, std::vector<SFolderEntry>& entries) {
             continue;
         }
         struct stat status = {}; // of a link: the link's own
-        const bool isKnown = fstatat(dirfd(opened.get()), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
-        entries.push_back(
-            {std::move(name), isKnown && S_ISDIR(status.st_mode), isKnown && S_ISREG(status.st_mode)});
+        if (fstatat(dirfd(opened.get()), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
+            entries.push_back({std::move(name), S_ISDIR(status.st_mode), S_ISREG(status.st_mode)});
+        } else if (errno != ENOENT) { // it has not just gone
+            return false;
+        }
     }
     return errno == 0;
 }
