@@ -29,7 +29,9 @@ bool AddTo(SJournalEntry& entry, const SFrame& frame) {
     } else if (frame.kind == EFrame::Store) {
         auto store = UnpackStore(frame.payload);
         isUnderstood = store.has_value();
-        entry.store = isUnderstood ? std::move(store) : std::move(entry.store);
+        if (isUnderstood) { // else the one before it still holds
+            entry.store = std::move(store);
+        }
     } else if (frame.kind == EFrame::SetAside) {
         entry.setAside = UnpackSetAside(frame.payload);
         isUnderstood = entry.setAside.has_value();

@@ -15,7 +15,8 @@ enum class EPathKind : std::uint8_t { Missing, File, Folder };
 
 /// What kind of entry the path names; Missing when it cannot be examined at all.
 EPathKind GetPathKind(const std::string& path);
-/// True when nothing has that name, or a folder of the path is missing; false when that is not known.
+/// True when nothing has that name, or a folder of the path is missing or is none; false when that is not
+/// known.
 [[nodiscard]] bool IsAbsent(const std::string& path);
 /// True when the path itself is a link, whatever it leads to.
 bool IsLink(const std::string& path);

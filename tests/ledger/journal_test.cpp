@@ -234,13 +234,16 @@ TEST(Journal, AFrameThatMakesNoSenseIsDamage) {
         std::vector<std::uint8_t> frame;
         MakeFrame(frame, EFrame::Visit, 1, first, Pack(SVisitInfo{}));
         std::string bytes = std::string(kJournalHead).append(frame.begin(), frame.end());
+        MakeFrame(frame, EFrame::Store, 1, first, Pack(SStoreInfo{7, 0, {{0, 9}}}));
+        bytes.append(frame.begin(), frame.end());
         const bool isOther = kind == EFrame::Visit;
         MakeFrame(frame, kind, isOther ? 2 : 1, isOther ? other : first, Hex(payload));
         CFile file;
         const std::string path = folder.Write("j", bytes.append(frame.begin(), frame.end()));
         EXPECT_TRUE(file.Open(path, {.read = true}).Good());
         const SJournalContents contents = ReadJournal(file);
-        EXPECT_TRUE(contents.isWhole == isWhole && !contents.entries[0].store) << payload;
+        EXPECT_EQ(contents.isWhole, isWhole) << payload;
+        EXPECT_EQ(contents.entries.at(0).store.value_or(SStoreInfo()).records.size(), 1U) << "the one before";
     }
 }
 

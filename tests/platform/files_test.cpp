@@ -111,6 +111,8 @@ TEST(CFile, IsSharedUnderItsLockAndTakenBack) {
     const SOpenMode make{.write = true, .create = true, .exclusive = true};
     std::filesystem::create_symlink("target", folder.Native("link"));
     std::filesystem::create_symlink("circle", folder.Native("circle"));
+    EXPECT_TRUE(IsAbsent(folder.Path("none")) && IsAbsent(folder.Path("none\\f")) &&
+                !IsAbsent(folder.Path()) && !IsAbsent(folder.Path("circle")) && !IsAbsent("D:\\f"));
     CFile made;
     CFile other;
     std::size_t count = 0;
