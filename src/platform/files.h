@@ -52,7 +52,8 @@ bool CopyToNewFile(const std::string& source, const std::string& destination);
 /// failure.
 std::string MakeUniqueFile(const std::string& folder, const std::string& prefix);
 /// Makes the folder's own entries (a file just created in it) durable, where the system needs that. False
-/// only when the disk has failed to: a file system that cannot flush a folder has done what it can.
+/// only when the disk has failed to, or the process cannot ask it now (descriptors or memory are used up): a
+/// file system that cannot flush a folder, or a folder that may not be opened, has done what it can.
 bool FlushFolder(const std::string& folder);
 
 struct SFolderEntry {

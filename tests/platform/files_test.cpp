@@ -314,6 +314,12 @@ TEST(FileReplacement, IsOnTheDiskWithItsName) {
         EXPECT_EQ(FlushFolder(folder.Path()), isDone) << error;
         for (const std::string& none : {folder.Path("f"), folder.Path("none"), std::string("D:\\x")})
             EXPECT_TRUE(FlushFolder(none)) << none;
+        rlimit known{};
+        getrlimit(RLIMIT_NOFILE, &known);
+        const rlimit few{0, known.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &few);
+        EXPECT_FALSE(FlushFolder(folder.Path())) << "nobody has asked the disk";
+        setrlimit(RLIMIT_NOFILE, &known);
         test::g_flushes = 0;
         EXPECT_TRUE(!isDone || (secret.Commit("old").Good() && test::g_flushes == 1)) << "of its folder";
     }

@@ -7,6 +7,8 @@
 #include "platform/posix/native_path.h"
 #include "platform/posix/place.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -177,14 +179,18 @@ std::string MakeUniqueFile(const std::string& folder, const std::string& prefix)
 }
 
 bool FlushFolder(const std::string& folder) {
+    constexpr std::array kNotFlushed{EIO, ENOSPC, EDQUOT, EMFILE, ENFILE, ENOMEM};
     const auto native = ToNativePath(folder);
-    const int opened = native ? open(native->c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC) : -1;
-    bool isGood = true;
+    if (!native) {
+        return true;
+    }
+    const int opened = open(native->c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const bool isDone = opened != -1 && fsync(opened) == 0;
+    const int error = isDone ? 0 : errno;
     if (opened != -1) {
-        isGood = fsync(opened) == 0 || (errno != EIO && errno != ENOSPC && errno != EDQUOT);
         close(opened);
     }
-    return isGood;
+    return std::ranges::find(kNotFlushed, error) == kNotFlushed.end();
 }
 
 // Not by std::filesystem: its iterator ends the process when there is no memory for it.
