@@ -275,20 +275,18 @@ bool CFrameReader::Has(std::size_t count) {
     std::size_t held = m_bytes.size();
     const std::uint64_t left = m_end - std::min(m_end, m_offset);
     const std::uint64_t wanted = std::min<std::uint64_t>(std::max(count, kReadStep), left);
-    if (wanted < count) {
+    if (wanted < count || HasFailed()) {
         return false;
     }
-    if (!m_file.Seek(static_cast<std::int64_t>(m_offset + held), ESeekOrigin::Start, reached).Good()) {
-        m_hasFailed = true;
+    m_failure = m_file.Seek(static_cast<std::int64_t>(m_offset + held), ESeekOrigin::Start, reached);
+    if (HasFailed()) {
         return false;
     }
     m_bytes.resize(static_cast<std::size_t>(wanted));
     std::size_t got = 1;
     while (held < m_bytes.size() && got > 0) {
-        if (!m_file.Read(std::span(m_bytes).subspan(held), got).Good()) {
-            m_hasFailed = true;
-            got = 0;
-        }
+        m_failure = m_file.Read(std::span(m_bytes).subspan(held), got);
+        got = HasFailed() ? 0 : got;
         held += got;
     }
     m_bytes.resize(held);

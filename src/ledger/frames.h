@@ -124,7 +124,9 @@ public:
     /// Whether the bytes at the offset can be no more than one torn frame: only zeros follow it.
     [[nodiscard]] bool IsTornAtMost();
     /// Whether the file could not be read: then nothing is known of what follows.
-    [[nodiscard]] bool HasFailed() const { return m_hasFailed; }
+    [[nodiscard]] bool HasFailed() const { return !m_failure.Good(); }
+    /// Of reading the file.
+    [[nodiscard]] SFileResult Failure() const { return m_failure; }
 
 private:
     [[nodiscard]] bool Has(std::size_t count);
@@ -140,7 +142,7 @@ private:
     std::map<std::uint32_t, SChain> m_chains;
     std::vector<std::uint8_t> m_bytes; ///< from the offset on, after `m_passed`
     std::size_t m_passed = 0;
-    bool m_hasFailed = false;
+    SFileResult m_failure;
 };
 
 } // namespace ruvo

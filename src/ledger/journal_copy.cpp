@@ -43,8 +43,8 @@ private:
     SFileResult m_result;
 };
 
-/// False when the journal cannot be read now: a copy of what could be read would look like a whole one.
-bool CopyEntry(CFile& journal, const SJournalEntry& entry, std::uint64_t end, CPieces& pieces) {
+/// Fails when the journal cannot be read now: a copy of what could be read would look like a whole one.
+SFileResult CopyEntry(CFile& journal, const SJournalEntry& entry, std::uint64_t end, CPieces& pieces) {
     CFrameReader reader(journal, entry.offset, entry.visit, end);
     std::vector<std::uint8_t> bytes;
     SChain chain;
@@ -54,7 +54,8 @@ bool CopyEntry(CFile& journal, const SJournalEntry& entry, std::uint64_t end, CP
         MakeFrame(bytes, frame.kind, frame.visit, chain, frame.payload);
         pieces.Add(bytes);
     }
-    return !reader.HasFailed() && records == entry.records;
+    return reader.HasFailed() || records == entry.records ? reader.Failure()
+                                                          : SFileResult{EFileFailure::Other, 0};
 }
 
 } // namespace
@@ -86,18 +87,18 @@ SFileResult CopyOpenEntries(const std::string& journalPath, CFile& journal,
     }
     CPieces pieces(copy);
     pieces.Add({reinterpret_cast<const std::uint8_t*>(kJournalHead.data()), kJournalHead.size()});
-    bool isRead = true;
+    SFileResult copied;
     for (const SJournalEntry& entry : contents.entries) {
-        isRead = isRead && (entry.isDone || CopyEntry(journal, entry, contents.end, pieces));
+        copied = copied.Good() && !entry.isDone ? CopyEntry(journal, entry, contents.end, pieces) : copied;
     }
-    const SFileResult written = isRead ? pieces.Finish() : SFileResult{EFileFailure::Other, 0};
+    copied = copied.Good() ? pieces.Finish() : copied;
     static_cast<void>(copy.Close());
-    if (!written.Good() || !RenameFile(unfinished, path)) {
-        RemoveFile(unfinished);
-        return written.Good() ? SFileResult{EFileFailure::Other, 0} : written;
+    if (copied.Good() && RenameFile(unfinished, path) && FlushFolder(ParentFolder(path))) {
+        return {};
     }
-    FlushFolder(ParentFolder(path));
-    return {};
+    RemoveFile(unfinished);
+    RemoveFile(path);
+    return copied.Good() ? SFileResult{EFileFailure::Other, 0} : copied;
 }
 
 } // namespace ruvo
