@@ -25,7 +25,7 @@ public:
 
 private:
     std::string m_folder;
-    std::uint64_t m_before = 0; ///< the largest number that was there
+    std::optional<std::uint64_t> m_before; ///< the largest number that was there, where that is known
 };
 
 /// The run of the INI file that is going on, if there is one.

@@ -129,11 +129,11 @@ bool ReadRunFile(CFile& file, SRunFile& run) {
     return !lines.HasFailed();
 }
 
-std::vector<std::uint64_t> RunFilesIn(const std::string& folder) {
+std::optional<std::vector<std::uint64_t>> RunFilesIn(const std::string& folder) {
     std::vector<SFolderEntry> entries;
     std::vector<std::uint64_t> numbers;
-    if (folder.empty() || !ListFolder(folder, entries)) {
-        return numbers;
+    if (!ListFolder(folder, entries)) {
+        return IsAbsent(folder) ? std::optional(numbers) : std::nullopt;
     }
     for (const SFolderEntry& entry : entries) {
         std::uint64_t number = 0;
@@ -151,11 +151,11 @@ std::string RunFilePath(const std::string& folder, std::uint64_t number) {
     return folder + "\\" + std::to_string(number) + std::string(kRunEnding);
 }
 
-std::uint64_t LargestVisitNumber(const std::string& folder) {
+std::optional<std::uint64_t> LargestVisitNumber(const std::string& folder) {
     std::uint64_t largest = 0;
-    static_cast<void>(ForEachVisit(
-        folder, [&](std::string_view line) { largest = std::max(largest, NumberOf(line).value_or(0)); }));
-    return largest;
+    const bool isRead = ForEachVisit(
+        folder, [&](std::string_view line) { largest = std::max(largest, NumberOf(line).value_or(0)); });
+    return isRead ? std::optional(largest) : std::nullopt;
 }
 
 bool AppendVisit(const std::string& folder, const std::string& line, SVisitBounds bounds) {

@@ -19,21 +19,20 @@ struct SOpenRun {
     ERunState state = ERunState::Ended;
 };
 
-/// Nothing where it went meanwhile, or its making was ended.
-std::optional<SOpenRun> ReadOpenRun(const std::string& path) {
+/// Adds it, unless it went meanwhile or its making was ended. False when it cannot be read.
+bool ReadOpenRun(const std::string& path, std::vector<SOpenRun>& open) {
     CFile file;
     SRunFile run;
-    if (!file.Open(path, {.read = true, .removable = true}).Good() || !ReadRunFile(file, run)) {
-        return std::nullopt;
+    const SFileResult opened = file.Open(path, {.read = true, .removable = true});
+    if (!opened.Good() || !ReadRunFile(file, run)) {
+        return opened.failure == EFileFailure::NotFound;
     }
-    SOpenRun open;
-    open.json = LineAsJson(run.begin, run.entries, run.end);
-    if (open.json.empty()) {
-        return std::nullopt;
+    std::string json = LineAsJson(run.begin, run.entries, run.end);
+    if (!json.empty()) {
+        const bool isRunning = run.end.empty() && file.IsLocked().value_or(false);
+        open.push_back({std::move(json), isRunning ? ERunState::Running : ERunState::Ended});
     }
-    const bool isRunning = run.end.empty() && file.IsLocked().value_or(false);
-    open.state = isRunning ? ERunState::Running : ERunState::Ended;
-    return open;
+    return true;
 }
 
 void Learn(SKnownRelay& relay, const SVisitEntry& entry, const std::string& begin) {
@@ -141,13 +140,13 @@ bool CVisitHistory::ForEachOf(const std::string& iniPath, const Take& take) cons
     };
     // Read first: a run that ends meanwhile is in the file of visits then, under the same number.
     std::vector<SOpenRun> open;
-    for (const std::uint64_t number : RunFilesIn(m_folder)) {
-        if (auto run = ReadOpenRun(RunFilePath(m_folder, number))) {
-            open.push_back(*std::move(run));
-        }
+    const auto numbers = RunFilesIn(m_folder);
+    bool isRead = numbers.has_value();
+    for (const std::uint64_t number : numbers.value_or(std::vector<std::uint64_t>())) {
+        isRead = ReadOpenRun(RunFilePath(m_folder, number), open) && isRead;
     }
-    const bool isRead =
-        ForEachVisit(m_folder, [&](std::string_view json) { takeLine(json, ERunState::Ended); });
+    isRead =
+        ForEachVisit(m_folder, [&](std::string_view json) { takeLine(json, ERunState::Ended); }) && isRead;
     for (const SOpenRun& run : open) {
         takeLine(run.json, run.state);
     }

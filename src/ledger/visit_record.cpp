@@ -92,7 +92,7 @@ void CVisitRecord::Begin() noexcept {
 }
 
 void CVisitRecord::EndKilledRuns() {
-    for (const std::uint64_t number : RunFilesIn(m_folder)) {
+    for (const std::uint64_t number : RunFilesIn(m_folder).value_or(std::vector<std::uint64_t>())) {
         const std::string path = RunFilePath(m_folder, number);
         CFile file;
         if (file.Open(path, {.read = true, .write = true, .plain = true, .removable = true}).Good() &&
@@ -102,33 +102,34 @@ void CVisitRecord::EndKilledRuns() {
     }
 }
 
+/// Under a number that no other run has: a line under one that is in the file already would not be added.
 void CVisitRecord::MakeFile() {
     constexpr int kMostNumbers = 1000;
     m_line.process = ProcessNumber();
     m_line.attempt = Attempt();
     m_line.begin = RecordedNow();
-    std::uint64_t number = LargestVisitNumber(m_folder);
-    for (const std::uint64_t other : RunFilesIn(m_folder)) {
-        number = std::max(number, other);
+    const auto files = RunFilesIn(m_folder);
+    m_line.number = files && !files->empty() ? files->back() : 0;
+    auto largest = files ? LargestVisitNumber(m_folder) : std::nullopt;
+    for (int tried = 0; tried < kMostNumbers && largest && !m_isOpen; ++tried) {
+        m_line.number = std::max(m_line.number, *largest) + 1;
+        m_isOpen = TryNumber(largest);
     }
-    for (int tried = 0; tried < kMostNumbers && !m_isOpen; ++tried) {
-        m_isOpen = TryNumber(++number);
-    }
-    m_line.number = number;
     m_isOpen = m_isOpen && WriteLine(BeginAsJson(m_line));
     FlushFolder(m_folder);
 }
 
 /// A run that has ended meanwhile may have used the number and removed its file: then its line is there.
-bool CVisitRecord::TryNumber(std::uint64_t number) {
-    const std::string path = RunFilePath(m_folder, number);
+bool CVisitRecord::TryNumber(std::optional<std::uint64_t>& largest) {
+    const std::string path = RunFilePath(m_folder, m_line.number);
     if (!m_file
              .Open(path, {.read = true, .write = true, .create = true, .exclusive = true, .removable = true})
              .Good() ||
         m_file.TryLock() == EFileLock::HeldByAnother || !m_file.IsAt(path)) {
         return false;
     }
-    if (LargestVisitNumber(m_folder) < number) {
+    largest = LargestVisitNumber(m_folder);
+    if (largest && *largest < m_line.number) {
         return true;
     }
     RemoveFile(path);

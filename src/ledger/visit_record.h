@@ -44,7 +44,7 @@ public:
 
 private:
     void MakeFile();
-    [[nodiscard]] bool TryNumber(std::uint64_t number);
+    [[nodiscard]] bool TryNumber(std::optional<std::uint64_t>& largest);
     void EndKilledRuns();
     void Write(const SVisitEntry& entry);
     [[nodiscard]] bool WriteLine(const std::string& json);
