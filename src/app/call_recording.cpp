@@ -12,6 +12,7 @@
 #include "platform/state_folder.h"
 
 #include <algorithm>
+#include <optional>
 #include <vector>
 
 namespace ruvo {
@@ -30,10 +31,14 @@ bool IsIn(const std::string& folder, const std::string& root) {
     return ToUpperText(folder + "\\").starts_with(below);
 }
 
-/// Of this run and, as far as the state folder knows, of others.
-std::vector<std::string> EventRoots(const std::string& eventRoot) {
+/// Of this run and, as far as the state folder knows, of others; nullopt when that cannot be read.
+std::optional<std::vector<std::string>> EventRoots(const std::string& eventRoot) {
+    const auto folders = RootFoldersIn(StateFolder());
+    if (!folders) {
+        return std::nullopt;
+    }
     std::vector<std::string> roots{ResolvedFolder(eventRoot)};
-    for (const std::string& folder : RootFoldersIn(StateFolder())) {
+    for (const std::string& folder : *folders) {
         roots.push_back(ResolvedFolder(FullPath(EventRootOf(folder))));
     }
     return roots;
@@ -44,9 +49,13 @@ std::string WhyRefused(const std::string& path, const std::string& eventRoot) {
     if (path.empty() || folder.empty()) {
         return "its folder does not exist";
     }
-    const std::vector<std::string> roots = EventRoots(eventRoot);
+    const auto roots = EventRoots(eventRoot);
+    if (!roots) {
+        return "the event roots are not known: the state folder " + DisplayPath(StateFolder()) +
+               " cannot be read";
+    }
     const bool isInRoot =
-        std::ranges::any_of(roots, [&](const std::string& root) { return IsIn(folder, root); });
+        std::ranges::any_of(*roots, [&](const std::string& root) { return IsIn(folder, root); });
     return isInRoot ? "it would be in an event root" : "";
 }
 

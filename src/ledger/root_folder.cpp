@@ -124,31 +124,36 @@ std::string EventRootOf(const std::string& folder) {
     return text.ends_with('\n') ? TextOfStored(text.substr(0, text.size() - 1)) : std::string();
 }
 
-std::vector<std::string> RootFoldersIn(const std::string& stateFolder) {
+std::optional<std::vector<std::string>> RootFoldersIn(const std::string& stateFolder) {
     std::vector<SFolderEntry> entries;
     std::vector<std::string> folders;
-    if (!stateFolder.empty() && ListFolder(stateFolder, entries)) {
-        for (const SFolderEntry& entry : entries) {
-            if (entry.isFolder && HasRootFolderName(entry.name)) {
-                folders.push_back(stateFolder + "\\" + entry.name);
-            }
+    if (!stateFolder.empty() && !ListFolder(stateFolder, entries) && !IsAbsent(stateFolder)) {
+        return std::nullopt;
+    }
+    for (const SFolderEntry& entry : entries) {
+        if (entry.isFolder && HasRootFolderName(entry.name)) {
+            folders.push_back(stateFolder + "\\" + entry.name);
         }
     }
     std::ranges::sort(folders);
     return folders;
 }
 
-std::string FindRootFolder(const std::string& stateFolder, const std::string& meant) {
+std::optional<std::string> FindRootFolder(const std::string& stateFolder, const std::string& meant) {
+    const auto folders = RootFoldersIn(stateFolder);
+    if (!folders) {
+        return std::nullopt;
+    }
     const std::string full = FullPath(meant);
     const std::string resolved = ResolvedOrMissing(full);
-    for (const std::string& folder : RootFoldersIn(stateFolder)) {
+    for (const std::string& folder : *folders) {
         const std::string name = folder.substr(stateFolder.size() + 1);
         if (name == meant || folder == full || name == FolderName(full) || name == FolderName(resolved) ||
             (!full.empty() && EventRootOf(folder) == DisplayPath(full))) {
             return folder;
         }
     }
-    return {};
+    return std::string();
 }
 
 } // namespace ruvo

@@ -1,6 +1,7 @@
 // The folders of the state folder: one for each event root, with its journals and set-aside files.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,10 +19,12 @@ namespace ruvo {
 /// empty when it is not noted there.
 [[nodiscard]] std::string EventRootOf(const std::string& folder);
 
-/// The folders of all event roots, by name.
-[[nodiscard]] std::vector<std::string> RootFoldersIn(const std::string& stateFolder);
+/// The folders of all event roots, by name; none where there is no state folder, nullopt when it cannot be
+/// read.
+[[nodiscard]] std::optional<std::vector<std::string>> RootFoldersIn(const std::string& stateFolder);
 /// The one that a person means by an event root's path, which may be gone, or by the folder's name; empty for
-/// none.
-[[nodiscard]] std::string FindRootFolder(const std::string& stateFolder, const std::string& meant);
+/// none, nullopt when the state folder cannot be read.
+[[nodiscard]] std::optional<std::string> FindRootFolder(const std::string& stateFolder,
+                                                        const std::string& meant);
 
 } // namespace ruvo

@@ -47,6 +47,9 @@ TEST(CallRecording, IsAskedForAndKeptAwayFromEvents) {
     EXPECT_EQ(PlannedRecording().path, "") << "the event root of another run";
     EXPECT_TRUE(g_standardError.starts_with("ruvo: ")) << g_standardError;
     EXPECT_TRUE(g_standardError.ends_with("x.rec: no recording is made: it would be in an event root"));
+    setenv("RUVO_STATE_DIR", folder.Native("site.ini").c_str(), 1);
+    PlanRecording(folder.Path("new"));
+    EXPECT_TRUE(PlannedRecording().path.empty() && g_standardError.ends_with("site.ini cannot be read"));
     g_standardError.clear();
 }
 

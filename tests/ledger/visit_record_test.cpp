@@ -379,7 +379,7 @@ TEST_F(VisitRecord, TheFolderOfAnEventRootIsFoundByWhatPeopleCallIt) {
     for (const char* root : {"another", "ev"})
         EXPECT_TRUE(PrepareRootFolder(FolderOfJournals(folder.Path(root)), folder.Path(root)));
     for (const std::string& meant : {own.substr(own.rfind('\\') + 1), own, folder.Path("ev")})
-        EXPECT_EQ(FindRootFolder(StateFolder(), meant), own);
+        EXPECT_EQ(FindRootFolder(StateFolder(), meant).value(), own);
     const std::string noted = EventRootOf(own);
     folder.Write(Name("event-root.txt"), noted + std::string(300, 'x') + "\n");
     EXPECT_TRUE(PrepareRootFolder(own, folder.Path("ev")));
@@ -392,7 +392,7 @@ TEST_F(VisitRecord, TheFolderOfAnEventRootIsFoundByWhatPeopleCallIt) {
                              "ev-0123456789ABCDE", "ev-00123456789ABCDEF", "0123456789ABCDEF"})
         std::filesystem::create_directories(folder.Native(std::string("many/") + name));
     folder.Write("many/f-0123456789ABCDEF", "");
-    EXPECT_EQ(RootFoldersIn(folder.Path("many")),
+    EXPECT_EQ(RootFoldersIn(folder.Path("many")).value(),
               (std::vector{many + "-0000000000000000", many + "ev-0123456789ABCDEF"}));
 }
 

@@ -18,6 +18,8 @@
 
 #include <cstdlib>
 #include <span>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace ruvo::test {
 
@@ -80,8 +82,9 @@ protected:
         EXPECT_TRUE(summary.hasEvents);
         return said;
     }
-    std::string Digest() const {
-        const std::string path = FolderOfJournals(folder.Path("ev"));
+    std::string Digest() const { return Name("ev"); }
+    std::string Name(const std::string& root) const { // of its folder
+        const std::string path = FolderOfJournals(folder.Path(root));
         return path.empty() ? "-" : path.substr(path.rfind('\\') + 1);
     }
     std::string Day(const std::string& root = "ev") const {
@@ -163,6 +166,34 @@ TEST_F(RecoverCommand, ListsTheEventsThatWaitAndNoOthers) {
     folder.Write("state", ""); // what is no folder cannot be looked into
     const SOutcome hidden = Recover();
     EXPECT_TRUE(hidden.status == 1 && hidden.out.ends_with("\n  this user cannot read it\n")) << hidden.out;
+}
+
+TEST_F(RecoverCommand, SaysWhatItCannotRead) {
+    Visit(EEnd::Killed, "old");
+    Visit(EEnd::Stored);
+    const bool isRoot = geteuid() == 0;
+    const std::string old = "state/" + Name("old");
+    const std::pair<std::string, mode_t> modes[] = {
+        {"", 0755}, {"state/" + Digest(), 0755}, {old, isRoot ? 0700 : 0}};
+    for (const auto& [path, mode] : modes)
+        chmod(folder.Native(path).c_str(), mode);
+    for (const bool isListed : {true, false}) {
+        const std::string unread = isListed ? old : "state";
+        chmod(folder.Native("state").c_str(), isListed ? 0755 : 0311);
+        ASSERT_TRUE(!isRoot || seteuid(65534) == 0);
+        const SOutcome listed = Recover(), from = Recover({"--from", "old"}),
+                       status = RunTool({"status", folder.Native("ev"), folder.Native("log")});
+        EXPECT_TRUE(!isRoot || seteuid(0) == 0);
+        const std::string why = "  looked in @/" + unread + "\n  this user cannot read it\n";
+        EXPECT_TRUE(listed.out.ends_with("  nothing is left\nEvent root: an unknown event root\n" + why));
+        EXPECT_EQ(listed.status, 1);
+        EXPECT_NE(status.out.find("day file: unknown (looked in " + folder.Native(unread) + ", which"),
+                  std::string::npos);
+        EXPECT_EQ(from.error, isListed ? "ruvoctl: nothing is left of old in @/state\n"
+                                       : "ruvoctl: the state folder @/state cannot be read\n");
+    }
+    for (const std::string& path : {std::string("state"), old})
+        chmod(folder.Native(path).c_str(), 0700);
 }
 
 TEST_F(RecoverCommand, StoresOnceWhatWaitsForADayFileThatHasChanged) {
@@ -359,8 +390,7 @@ TEST_F(RecoverCommand, TakesOverAnEventRootThatIsGone) {
     const SOutcome taken = Recover({"--from", folder.Native("old")});
     EXPECT_EQ(taken.status, 0) << taken.error;
     EXPECT_TRUE(Day().ends_with(both)) << "what waited";
-    EXPECT_NE(folder.Read("log").find("2 events of a visit that was ended are in day file "),
-              std::string::npos);
+    EXPECT_NE(folder.Read("log").find("2 events of a visit that was ended are in"), std::string::npos);
     EXPECT_EQ(Recover().out.find("/old"), std::string::npos);
     EXPECT_EQ(Recover({"AB12-1-2026-11-16-DEV-1.setaside", "AB12-1-2026-11-16-DEV-2.setaside"}).status, 0);
     EXPECT_TRUE(Day().ends_with(both + both + both));

@@ -193,7 +193,11 @@ int Store(const CArguments& arguments, const std::string& ownRoot, SConsole& con
     const std::string from = arguments.Get("--from");
     std::string folder;
     if (!from.empty()) {
-        folder = FindRootFolder(StateFolder(), from);
+        const auto found = FindRootFolder(StateFolder(), from);
+        if (!found) {
+            return Refuse(console, "the state folder " + Shown(StateFolder()) + " cannot be read");
+        }
+        folder = *found;
         if (folder.empty()) {
             return Refuse(console, "nothing is left of " + EscapeControls(SystemTextToUtf8(from)) + " in " +
                                        Shown(StateFolder()));

@@ -21,9 +21,13 @@ SRootLeftovers Read(const std::string& folder, const std::string& eventRoot) {
     return root;
 }
 
+bool MayHoldEvents(const SRootLeftovers& root) {
+    return !root.found.IsEmpty() || !root.found.isRead;
+}
+
 SRootLeftovers ReadOther(const std::string& folder) {
     SRootLeftovers root = Read(folder, "");
-    if (!root.found.IsEmpty() && !root.eventRoot.empty()) {
+    if (MayHoldEvents(root) && !root.eventRoot.empty()) {
         static_cast<void>(CVisitHistory(FullPath(root.eventRoot))
                               .ForEach([&root](const SVisitLine& line, ERunState /*state*/) {
                                   root.iniPaths.insert(line.iniPath);
@@ -46,9 +50,10 @@ bool IsFormerRootOf(const std::string& iniPath, const SRootLeftovers& root) {
 
 } // namespace
 
-bool SSiteLeftovers::IsRead() const {
-    return !roots.empty() &&
-           std::ranges::all_of(roots, [](const SRootLeftovers& root) { return root.found.isRead; });
+const SRootLeftovers* SSiteLeftovers::FirstUnread() const {
+    const auto unread =
+        std::ranges::find_if(roots, [](const SRootLeftovers& root) { return !root.found.isRead; });
+    return unread == roots.end() ? nullptr : &*unread;
 }
 
 std::uint64_t SSiteLeftovers::EventsWaiting() const {
@@ -71,7 +76,7 @@ std::uint64_t SSiteLeftovers::EventsSetAside() const {
     return events;
 }
 
-const std::vector<std::string>& CRootLeftovers::FoldersIn(const std::string& stateFolder) {
+const std::optional<std::vector<std::string>>& CRootLeftovers::FoldersIn(const std::string& stateFolder) {
     auto folders = m_folders.find(stateFolder);
     if (folders == m_folders.end()) {
         folders = m_folders.emplace(stateFolder, RootFoldersIn(stateFolder)).first;
@@ -106,12 +111,18 @@ SSiteLeftovers FindLeftovers(const std::string& eventRoot, const std::string& in
             break;
         }
     }
-    for (const std::string& folder : known.FoldersIn(leftovers.stateFolder)) {
+    const auto& folders = known.FoldersIn(leftovers.stateFolder);
+    if (!folders && leftovers.IsRead()) {
+        SRootLeftovers& unknown = leftovers.roots.emplace_back();
+        unknown.found.folder = leftovers.stateFolder;
+        unknown.found.isRead = false;
+    }
+    for (const std::string& folder : folders.value_or(std::vector<std::string>())) {
         if (folder == own) {
             continue;
         }
         const SRootLeftovers& root = known.Of(folder);
-        if (!root.found.IsEmpty() && (others == EOtherRoots::All || IsFormerRootOf(iniPath, root))) {
+        if (MayHoldEvents(root) && (others == EOtherRoots::All || IsFormerRootOf(iniPath, root))) {
             leftovers.roots.push_back(root);
         }
     }

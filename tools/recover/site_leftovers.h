@@ -4,6 +4,7 @@
 #include "ledger/leftovers.h"
 
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -31,10 +32,12 @@ enum class EOtherRoots : std::uint8_t {
 
 struct SSiteLeftovers {
     std::string stateFolder; ///< where they were looked for; empty for none
-    /// The site's own first; of others only those with something left.
+    /// The site's own first; of others only those with something left, or that cannot be read. When the state
+    /// folder cannot be listed, one without an event root stands for the others.
     std::vector<SRootLeftovers> roots;
 
-    [[nodiscard]] bool IsRead() const;
+    [[nodiscard]] bool IsRead() const { return !roots.empty() && FirstUnread() == nullptr; }
+    [[nodiscard]] const SRootLeftovers* FirstUnread() const;
     [[nodiscard]] std::uint64_t EventsWaiting() const;
     [[nodiscard]] std::uint64_t EventsSetAside() const;
 };
@@ -43,11 +46,12 @@ struct SSiteLeftovers {
 /// others.
 class CRootLeftovers {
 public:
-    [[nodiscard]] const std::vector<std::string>& FoldersIn(const std::string& stateFolder);
+    /// nullopt when the state folder cannot be listed.
+    [[nodiscard]] const std::optional<std::vector<std::string>>& FoldersIn(const std::string& stateFolder);
     [[nodiscard]] const SRootLeftovers& Of(const std::string& folder);
 
 private:
-    std::map<std::string, std::vector<std::string>> m_folders;
+    std::map<std::string, std::optional<std::vector<std::string>>> m_folders;
     std::map<std::string, SRootLeftovers> m_roots;
 };
 

@@ -136,10 +136,12 @@ void AppendProblems(std::string& out, const SSiteStatus& status) {
 
 void AppendLeftovers(std::string& out, const SSiteLeftovers& leftovers) {
     const std::vector<std::string> lines = DescribeLeftovers(leftovers);
-    const std::string_view summary = !leftovers.IsRead() ? "unknown" : lines.empty() ? "none" : "see below";
+    const SRootLeftovers* const unread = leftovers.FirstUnread();
+    const std::string_view summary = unread != nullptr ? "unknown" : lines.empty() ? "none" : "see below";
+    const SRootLeftovers& shown = unread != nullptr ? *unread : leftovers.roots.front();
     out += "Events in no day file: " + std::string(summary) + " (looked in " +
-           EscapeControls(SystemTextToUtf8(DisplayPath(leftovers.roots.front().found.folder))) +
-           (leftovers.IsRead() ? ")\n" : ", which this user cannot read)\n");
+           EscapeControls(SystemTextToUtf8(DisplayPath(shown.found.folder))) +
+           (unread == nullptr ? ")\n" : ", which this user cannot read)\n");
     for (const std::string& line : lines) {
         out += "  " + Shortened(line) + "\n";
     }
