@@ -73,18 +73,10 @@ class Page:
         self.run("document.querySelector(arguments[0]).click()", selector)
         self.settle()
 
-    def picture(self, path, clip=None):
-        command = {"format": "png", "captureBeyondViewport": clip is not None}
-        if clip is not None:
-            command["clip"] = {**clip, "scale": 1}
-        image = self.driver.execute_cdp_cmd("Page.captureScreenshot", command)
+    def picture(self, path):
+        image = self.driver.execute_cdp_cmd("Page.captureScreenshot", {"format": "png"})
         with open(path, "wb") as file:
             file.write(base64.b64decode(image["data"]))
-
-    def whole_picture(self, path):
-        height = self.run("return document.documentElement.scrollHeight")
-        width = self.run("return document.documentElement.clientWidth")
-        self.picture(path, {"x": 0, "y": 0, "width": width, "height": height})
 
     def pdf(self):
         return base64.b64decode(self.driver.execute_cdp_cmd("Page.printToPDF", {"printBackground": False})["data"])

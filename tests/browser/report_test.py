@@ -9,19 +9,9 @@ import time
 
 import sites
 from browser import browser
+from checks import check, count_checks, equal
 
 ROWS = "#grid-space .grid-row"
-counts = {"passed": 0, "failed": 0}
-
-
-def check(what, good, seen=""):
-    counts["passed" if good else "failed"] += 1
-    if not good:
-        print(f"FAILED: {what}: {seen}")
-
-
-def equal(what, got, wanted):
-    check(what, got == wanted, f"got {got!r}, wanted {wanted!r}")
 
 
 def make_page(ruvoctl, folder, name, make=None, *options, made="2026-11-22 23:30:00"):
@@ -355,7 +345,7 @@ def run(ruvoctl, folder):
     clock_file = pathlib.Path(folder, "clocks.txt")
     clock_file.write_text("LO* +01:00\nUT* UTC\n", "utf-8")
     lined = make_page(ruvoctl, folder, "lined", sites.two_clocks, "--clocks", clock_file, "--zone", "Europe/Berlin")
-    large = make_page(ruvoctl, folder, "large", lambda root, _: sites.large(root))
+    large = make_page(ruvoctl, folder, "large", sites.large)
     with browser() as page:
         page.look(1440, 900)
         page.open(week)
@@ -392,9 +382,4 @@ def run(ruvoctl, folder):
 
 
 if __name__ == "__main__":
-    try:
-        run(sys.argv[1], sys.argv[2])
-    except Exception as failure:  # the count must come last whatever happens
-        check("the whole test", False, repr(failure))
-    print(f"{counts['passed']} passed, {counts['failed']} failed")
-    sys.exit(counts["failed"] > 0)
+    sys.exit(count_checks(lambda: run(*sys.argv[1:3])))

@@ -8,4 +8,4 @@ scripts/build.sh release ruvoctl
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 trap 'exit 1' INT TERM
-PYTHONDONTWRITEBYTECODE=1 /usr/bin/python3 tests/browser/report_test.py build/release/bin/ruvoctl "$work"
+PYTHONDONTWRITEBYTECODE=1 PYTHONPATH=tests/support /usr/bin/python3 tests/browser/report_test.py build/release/bin/ruvoctl "$work"

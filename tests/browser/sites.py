@@ -160,7 +160,7 @@ def sequence(root, log):
 WORDS = ("I> start", "I> trip", "CB open", "Thermal alarm", "Self test", "Earth fault", "Power swing")
 
 
-def large(root, count=100_000, relays=50, days=30):
+def large(root, log, count=100_000, relays=50, days=30):
     """`count` records of every kind, in day files of many relays."""
     rng = random.Random(1)
     made = [Relay(f"LG{at % 90 + 10}-{at:08d}", at % 250 + 1, f"Bay {at}", "Feeder relay", f"LG{at % 90 + 10}A0")
@@ -184,8 +184,5 @@ if __name__ == "__main__":
     import sys
     what, folder = sys.argv[1:3]
     os.makedirs(os.path.join(folder, "events"), exist_ok=True)
-    log_path = os.path.join(folder, "RUVO_Errors.log")
-    if what == "large":
-        large(os.path.join(folder, "events"))
-    else:
-        {"week": week, "hostile": hostile}[what](os.path.join(folder, "events"), log_path)
+    make = {"week": week, "hostile": hostile, "large": large}[what]
+    make(os.path.join(folder, "events"), os.path.join(folder, "RUVO_Errors.log"))

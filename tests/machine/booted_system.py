@@ -1,6 +1,5 @@
 """A system that systemd runs, and what is done inside: this machine's own, or a Debian in a folder that is booted for it."""
 
-import os
 import pathlib
 import subprocess
 import time

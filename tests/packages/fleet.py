@@ -5,7 +5,7 @@ import os
 import pathlib
 import re
 
-from checks import check, equal, fails, run, silent, succeeds
+from checks import check, equal, fails, silent, succeeds
 
 RECIPE = pathlib.Path("packaging/container/Containerfile")
 SITE = pathlib.Path("packaging/fleet/site.yaml")
