@@ -5,10 +5,7 @@
 #   tests/machine/arm64.sh
 set -euo pipefail
 cd "$(dirname "$0")/../.."
-if [ "$(id -u)" -ne 0 ]; then
-    echo "arm64: libraries of another machine are mounted for the emulator, which needs root" >&2
-    exit 1
-fi
+[ "$(id -u)" -eq 0 ] || { echo "arm64: libraries of another machine are mounted for the emulator, which needs root" >&2; exit 1; }
 scripts/setup.sh packages arm64 >&2
 deb=$(scripts/package.sh arm64)
 native=$(ls build/release/ruvo_*.deb)

@@ -4,10 +4,7 @@
 #   tests/machine/autopkgtest.sh
 set -euo pipefail
 cd "$(dirname "$0")/../.."
-if [ "$(id -u)" -ne 0 ]; then
-    echo "autopkgtest: a system is made for the test, which needs root" >&2
-    exit 1
-fi
+[ "$(id -u)" -eq 0 ] || { echo "autopkgtest: a system is made for the test, which needs root" >&2; exit 1; }
 scripts/setup.sh autopkgtest >&2
 deb=$(scripts/package.sh)
 source tests/machine/debian.sh

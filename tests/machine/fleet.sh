@@ -4,10 +4,7 @@
 #   tests/machine/fleet.sh [SITES]
 set -euo pipefail
 cd "$(dirname "$0")/../.."
-if [ "$(id -u)" -ne 0 ]; then
-    echo "fleet: the cluster's nodes are namespaces, which need root" >&2
-    exit 1
-fi
+[ "$(id -u)" -eq 0 ] || { echo "fleet: the cluster's nodes are namespaces, which need root" >&2; exit 1; }
 scripts/setup.sh database >&2
 deb=$(scripts/package.sh)
 mkdir -p build/machine

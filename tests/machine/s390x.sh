@@ -4,10 +4,7 @@
 #   tests/machine/s390x.sh
 set -euo pipefail
 cd "$(dirname "$0")/../.."
-if [ "$(id -u)" -ne 0 ]; then
-    echo "s390x: libraries of another machine are mounted for the emulator, which needs root" >&2
-    exit 1
-fi
+[ "$(id -u)" -eq 0 ] || { echo "s390x: libraries of another machine are mounted for the emulator, which needs root" >&2; exit 1; }
 scripts/setup.sh s390x >&2
 scripts/upkeep/libraries.sh s390x libssl-dev libstdc++6
 scripts/build.sh s390x

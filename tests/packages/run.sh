@@ -3,10 +3,7 @@
 #   tests/packages/run.sh
 set -euo pipefail
 cd "$(dirname "$0")/../.."
-if [ "$(id -u)" -ne 0 ]; then
-    echo "packages: the package is installed for its test, which needs root" >&2
-    exit 1
-fi
+[ "$(id -u)" -eq 0 ] || { echo "packages: the package is installed for its test, which needs root" >&2; exit 1; }
 scripts/setup.sh package-test >&2
 export PYTHONDONTWRITEBYTECODE=1 PYTHONPATH=tests/support
 exec /usr/bin/python3 tests/packages/packages_test.py "$(scripts/package.sh)"
