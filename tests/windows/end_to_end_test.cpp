@@ -32,9 +32,8 @@ std::string Plain() {
 
 std::string Listed(const std::map<std::string, std::string>& files) {
     std::string listed;
-    for (const auto& [name, bytes] : files) {
+    for (const auto& [name, bytes] : files)
         listed += name + ": " + bytes + "; ";
-    }
     return listed;
 }
 
@@ -183,9 +182,8 @@ std::string Shown(const std::string& program, const std::string& arguments) {
 void CheckRecover() {
     std::string more = kLocked;
     more.insert(more.find("[relay.cells]"), "forget_after = 10\n");
-    for (int event = 0; event < 8; ++event) {
+    for (int event = 0; event < 8; ++event)
         more += kTrip;
-    }
     const CRunFolder run(
         kLink + Relay("serial = 5", more) +
             "[[fault]]\noperation = \"ChangeSetting\"\ncell = \"00.02\"\nfrom = 3\nreply = 4\n",
@@ -197,9 +195,8 @@ void CheckRecover() {
     const std::size_t begin = log.find(mark);
     const std::size_t end = log.find(": a password was refused.");
     g_checks.Expect(begin != std::string::npos && end != std::string::npos, "the set-aside file: " + log);
-    if (begin == std::string::npos || end == std::string::npos) {
+    if (begin == std::string::npos || end == std::string::npos)
         return;
-    }
     const std::string file = log.substr(begin + mark.size(), end - begin - mark.size());
     const int events = std::atoi(log.c_str() + log.rfind('\n', begin) + 1);
     g_checks.Expect(events > 0, "events that are set aside: " + log);
@@ -210,9 +207,8 @@ void CheckRecover() {
         return CProcess("ruvoctl.exe", "recover " + ini + " \"" + file + "\"").Wait(kPatience);
     };
     std::map<std::string, std::string> wanted{{kDay, Header("000001")}};
-    for (int event = 0; event < events; ++event) {
+    for (int event = 0; event < events; ++event)
         wanted[kDay] += Trip();
-    }
     g_checks.Equal(store(), 0, "recover stores it");
     g_checks.Equal(Listed(run.Files()), Listed(wanted), "its events are in the day file");
     g_checks.Expect(!FileBytes(file + ".done").empty(), "it is marked");
@@ -232,9 +228,8 @@ BOOL CALLBACK TakeWindow(HWND window, LPARAM parameter) {
     auto& wanted = *reinterpret_cast<SWindowsOf*>(parameter);
     DWORD owner = 0;
     GetWindowThreadProcessId(window, &owner);
-    if (owner == wanted.processId) {
+    if (owner == wanted.processId)
         wanted.found.push_back(window);
-    }
     return TRUE;
 }
 
@@ -270,9 +265,8 @@ bool HasTakenTrip() {
 /// Asks a run that would never end to end, in the middle of its visit; its exit status.
 int EndRun(const std::function<void(DWORD processId)>& ask) {
     const CProcess program("RUVO.exe", CRunFolder::Path("site.ini"));
-    for (int i = 0; i < 600 && !HasTakenTrip(); ++i) {
+    for (int i = 0; i < 600 && !HasTakenTrip(); ++i)
         Sleep(50);
-    }
     ask(program.Id());
     return program.Wait(kPatience);
 }
@@ -285,9 +279,8 @@ void CheckRequestsToEnd() {
     };
     const auto message = [](UINT number, LPARAM parameter) {
         return [=](DWORD processId) {
-            for (const HWND window : WindowsOf(processId)) {
+            for (const HWND window : WindowsOf(processId))
                 SendMessageA(window, number, 0, parameter);
-            }
         };
     };
     const struct {
@@ -346,9 +339,8 @@ void CheckServerLost() {
     const auto isUnderWay = [] {
         return FileBytes(CRunFolder::Path("trace.txt")).find("GetDeviceStatus") != std::string::npos;
     };
-    for (int i = 0; i < 400 && !isUnderWay(); ++i) {
+    for (int i = 0; i < 400 && !isUnderWay(); ++i)
         Sleep(50);
-    }
     Sleep(500);
     g_checks.Expect(EndServer() == 1, "the server was there to be ended");
     g_checks.Equal(program.Wait(20000), 0, "the run ends without its server");
@@ -360,9 +352,8 @@ void CheckServerLost() {
 
 int CheckPrograms() {
     const bool outOfProcess = std::filesystem::exists(CodeFolder() + "\\" + kServerProgram);
-    if (outOfProcess) {
+    if (outOfProcess)
         RegisterServer();
-    }
     CheckSharedCases();
     CheckOnlyMode();
     CheckSecondInstance();

@@ -28,9 +28,8 @@ public:
         // code page, keeps the bytes. Both give the same as long as the text is ASCII.
         m_asciiOnly = !text.empty();
         const unsigned lines = 5 + Below(40);
-        for (unsigned line = 0; line < lines; ++line) {
+        for (unsigned line = 0; line < lines; ++line)
             text += Line() + (line + 1 < lines || Chance(60) ? End() : "");
-        }
         return text;
     }
 
@@ -73,9 +72,8 @@ private:
     }
 
     std::string Value() {
-        if (Chance(3)) {
+        if (Chance(3))
             return std::string(300 + Below(3000), 'x');
-        }
         const std::string core = Pick({"", "5", "9600", "a b", "a;b", "a=b", "C:\\srv\\ev", "\\\\s\\h", "x'y",
                                        "x\"y", "'", "\"", "[x]", "%1", "\"in\"", "007", ";"});
         const std::string quote = Chance(75) ? "" : Pick({"\"", "'"});
@@ -86,26 +84,21 @@ private:
 
     std::string Line() {
         const unsigned kind = Below(100);
-        if (kind < 18) {
+        if (kind < 18)
             return Header();
-        }
-        if (kind < 22) {
+        if (kind < 22)
             return Blanks() + ";" + Value();
-        }
-        if (kind < 26) {
+        if (kind < 26)
             return Blanks() + Key(); // no "=" at all
-        }
-        if (kind < 30) {
+        if (kind < 30)
             return Noise();
-        }
         return Blanks() + Key() + Blanks() + "=" + Blanks() + Value() + Blanks();
     }
 
     std::string Noise() {
         std::string noise;
-        for (unsigned i = Below(20); i > 0; --i) {
+        for (unsigned i = Below(20); i > 0; --i)
             noise += m_asciiOnly ? static_cast<char>(' ' + Below(95)) : static_cast<char>(1 + Below(255));
-        }
         return noise;
     }
 
@@ -113,39 +106,28 @@ private:
     bool m_asciiOnly = false;
 };
 
-struct SQuestion {
-    std::string section;
-    std::string key;
-
-    bool operator<(const SQuestion& other) const {
-        return std::tie(section, key) < std::tie(other.section, other.key);
-    }
-};
+using Question = std::pair<std::string, std::string>; // section and key
 
 /// All that the file could answer, and what it surely cannot.
-std::set<SQuestion> QuestionsAbout(const CIniText& ini) {
+std::set<Question> QuestionsAbout(const CIniText& ini) {
     std::set<std::string> sections{"S", "none", "", "t "};
     std::set<std::string> keys{"K", "rv001", " RV002 ", "none", "\tk"};
     for (const SIniSection& section : ini.Sections()) {
         sections.insert(section.name);
-        for (const SIniEntry& entry : section.entries) {
+        for (const SIniEntry& entry : section.entries)
             keys.insert(entry.key);
-        }
     }
-    std::set<SQuestion> questions;
-    for (const std::string& section : sections) {
-        for (const std::string& key : keys) {
-            questions.insert({section, key});
-        }
-    }
+    std::set<Question> questions;
+    for (const std::string& section : sections)
+        for (const std::string& key : keys)
+            questions.emplace(section, key);
     return questions;
 }
 
 std::string Joined(const std::vector<std::string>& names) {
     std::string joined;
-    for (const std::string& name : names) {
+    for (const std::string& name : names)
         joined += name + "|";
-    }
     return joined;
 }
 
@@ -167,21 +149,19 @@ bool IsExactFitOfQuoted(const std::string& ours, const std::string& system, std:
 
 void CompareReaders(CChecks& checks, const std::string& path, const std::string& text) {
     const CProfileReader system(path);
-    const CTextReader ours(path);
+    const STextReader ours = ReadAsText(path);
     const std::string about = "in file '" + CChecks::Shown(text) + "'";
-    for (const std::size_t capacity : {kCapacity, std::size_t{20}, std::size_t{5}}) {
-        checks.Equal(Joined(ours.SectionNames(capacity)), Joined(system.SectionNames(capacity)),
+    for (const std::size_t capacity : {kCapacity, std::size_t{20}, std::size_t{5}})
+        checks.Equal(Joined(ours.sectionNames(capacity)), Joined(system.SectionNames(capacity)),
                      "section names, capacity " + std::to_string(capacity) + ", " + about);
-    }
-    for (const SQuestion& question : QuestionsAbout(CIniText::Parse(text))) {
+    for (const auto& [section, key] : QuestionsAbout(CIniText::Parse(text))) {
         for (const std::size_t capacity : {kCapacity, std::size_t{4}}) {
-            const std::string mine = ours.Read(question.section, question.key, " 'd' ", capacity);
-            const std::string theirs = system.ReadString(question.section, question.key, " 'd' ", capacity);
-            if (!IsExactFitOfQuoted(mine, theirs, capacity)) {
+            const std::string mine = ours.read(section, key, " 'd' ", capacity);
+            const std::string theirs = system.ReadString(section, key, " 'd' ", capacity);
+            if (!IsExactFitOfQuoted(mine, theirs, capacity))
                 checks.Equal(mine, theirs,
-                             "[" + CChecks::Shown(question.section) + "] " + CChecks::Shown(question.key) +
-                                 ", capacity " + std::to_string(capacity) + ", " + about);
-            }
+                             "[" + CChecks::Shown(section) + "] " + CChecks::Shown(key) + ", capacity " +
+                                 std::to_string(capacity) + ", " + about);
         }
     }
 }

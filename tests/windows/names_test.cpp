@@ -98,9 +98,8 @@ void CheckUtf8Texts() {
 
 void CheckPatterns() {
     const std::vector<std::string> names{"a.evt", "b.EVT", "c.evtx", "d", "\xC3\xA4.evt"};
-    for (const std::string& name : names) {
+    for (const std::string& name : names)
         g_checks.Expect(Write(In(name), "x"), name);
-    }
     const struct {
         std::string pattern;
         std::string found;
@@ -117,14 +116,12 @@ void CheckPatterns() {
                  {"b.evt", "b.evt "}};
     for (const auto& row : cases) {
         std::string found;
-        for (const std::string& path : FilesOfPattern(In(row.pattern))) {
+        for (const std::string& path : FilesOfPattern(In(row.pattern)))
             found += (path.starts_with(In("")) ? path.substr(In("").size()) : path) + " ";
-        }
         g_checks.Equal(found, row.found, "the pattern " + row.pattern);
     }
-    for (const std::string& name : names) {
+    for (const std::string& name : names)
         RemoveFile(In(name));
-    }
 }
 
 } // namespace

@@ -53,9 +53,8 @@ bool HasFolderOfDots(const std::string& path) {
     for (std::size_t at = path.find("..."); at != std::string::npos; at = path.find("...", at + 1)) {
         const bool starts = at == 0 || std::string_view("\\/:").find(path[at - 1]) != std::string_view::npos;
         const std::size_t end = path.find_first_not_of('.', at);
-        if (starts && end != std::string::npos && (path[end] == '\\' || path[end] == '/')) {
+        if (starts && end != std::string::npos && (path[end] == '\\' || path[end] == '/'))
             return true;
-        }
     }
     return false;
 }
@@ -64,9 +63,8 @@ bool HasFolderOfDots(const std::string& path) {
 bool HasSeparatorsAroundShare(const std::string& path) {
     std::string text = path;
     std::ranges::replace(text, '/', '\\');
-    if (!text.starts_with("\\\\")) {
+    if (!text.starts_with("\\\\"))
         return false;
-    }
     const std::size_t server = text.find('\\', 2);
     const std::size_t share = text.find('\\', text.find_first_not_of('\\', server));
     const auto areSeveral = [&](std::size_t at) {

@@ -25,18 +25,16 @@ BOOL CALLBACK TakeBox(HWND window, LPARAM argument) {
     DWORD owner = 0;
     GetWindowThreadProcessId(window, &owner);
     GetClassNameA(window, className, sizeof className);
-    if (owner != search.processId || std::string(className) != "#32770" || IsWindowVisible(window) == FALSE) {
+    if (owner != search.processId || std::string(className) != "#32770" || IsWindowVisible(window) == FALSE)
         return TRUE;
-    }
     search.found = window;
     return FALSE;
 }
 
 void ServeMessages() {
     MSG message;
-    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE) != FALSE) {
+    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE) != FALSE)
         DispatchMessageA(&message);
-    }
 }
 
 } // namespace
@@ -53,9 +51,8 @@ CProcess::CProcess(const std::string& program, const std::string& arguments) {
 }
 
 CProcess::~CProcess() {
-    if (!HasEnded()) {
+    if (!HasEnded())
         TerminateProcess(m_information.hProcess, 99);
-    }
     CloseHandle(m_information.hThread);
     CloseHandle(m_information.hProcess);
 }
@@ -64,9 +61,8 @@ int CProcess::Wait(DWORD milliseconds) const {
     const ULONGLONG end = GetTickCount64() + milliseconds;
     while (WaitForSingleObject(m_information.hProcess, kLook) != WAIT_OBJECT_0) {
         ServeMessages();
-        if (GetTickCount64() > end) {
+        if (GetTickCount64() > end)
             return -1;
-        }
     }
     DWORD status = 0;
     GetExitCodeProcess(m_information.hProcess, &status);
@@ -77,17 +73,15 @@ SBox AnswerBox(const CProcess& process, DWORD milliseconds) {
     SSearch search{process.Id(), nullptr};
     for (const ULONGLONG end = GetTickCount64() + milliseconds; search.found == nullptr;) {
         EnumWindows(TakeBox, reinterpret_cast<LPARAM>(&search));
-        if (process.HasEnded() || GetTickCount64() > end) {
+        if (process.HasEnded() || GetTickCount64() > end)
             return {};
-        }
         Sleep(kLook);
     }
     std::string title(1024, '\0');
     std::string text(8192, '\0');
     // The box is there before its controls are.
-    for (int i = 0; i < 100 && GetDlgItem(search.found, IDOK) == nullptr; ++i) {
+    for (int i = 0; i < 100 && GetDlgItem(search.found, IDOK) == nullptr; ++i)
         Sleep(kLook);
-    }
     title.resize(
         static_cast<std::size_t>(GetWindowTextA(search.found, title.data(), static_cast<int>(title.size()))));
     text.resize(GetDlgItemTextA(search.found, kTextOfBox, text.data(), static_cast<int>(text.size())));
@@ -104,9 +98,8 @@ CDebuggerOutput::CDebuggerOutput()
 
 CDebuggerOutput::~CDebuggerOutput() {
     Of(0);
-    for (const HANDLE handle : {m_ready, m_data, m_stop, m_mapping}) {
+    for (const HANDLE handle : {m_ready, m_data, m_stop, m_mapping})
         CloseHandle(handle);
-    }
 }
 
 void CDebuggerOutput::Listen() {
@@ -126,13 +119,11 @@ void CDebuggerOutput::Listen() {
 
 std::string CDebuggerOutput::Of(DWORD processId) {
     SetEvent(m_stop);
-    if (m_listener.joinable()) {
+    if (m_listener.joinable())
         m_listener.join();
-    }
     std::string said;
-    for (const SSaid& one : m_said) {
+    for (const SSaid& one : m_said)
         said += one.processId == processId ? one.text : "";
-    }
     return said;
 }
 

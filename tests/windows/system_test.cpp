@@ -119,9 +119,8 @@ void CheckPlainFiles() {
     CFile file;
     std::size_t count = 0;
     const SOpenMode plain{.read = true, .write = true, .create = true, .plain = true};
-    for (const char* const what : {"a plain file is made", "and opened again"}) {
+    for (const char* const what : {"a plain file is made", "and opened again"})
         g_checks.Expect(file.Open(In("plain"), plain).Good() && Put(file, "x", count).Good(), what);
-    }
     g_checks.Expect(file.Close().Good() && RemovePlainFile(In("plain")) && !RemovePlainFile(In("plain")),
                     "and deleted");
 }
@@ -153,13 +152,11 @@ void CheckFolders() {
     g_checks.Expect(RemoveEmptyFolder(In("sub")) && !RemoveEmptyFolder(g_folder), "removing folders");
     g_checks.Expect(FreeSpace(In("none\\deep\\file")).bytes.value_or(0) > 0 && !FreeSpace("Q:\\x").bytes,
                     "free space");
-    for (const std::string root : {"C:", "C:\\", "c:"}) {
+    for (const std::string root : {"C:", "C:\\", "c:"})
         g_checks.Expect(IsDriveRoot(root), root + " is a root");
-    }
     // Asked for what does not exist alone: Wine calls every folder that exists a root.
-    for (const std::string other : {"", "Q:", "C:\\none", "\\\\server", "\\\\server\\share"}) {
+    for (const std::string other : {"", "Q:", "C:\\none", "\\\\server", "\\\\server\\share"})
         g_checks.Expect(!IsDriveRoot(other), other + " is no root");
-    }
     g_checks.Expect(SetCurrentFolder(g_folder) && CurrentFolder() == g_folder, "the current folder");
     g_checks.Equal(FullPath("x"), In("x"), "a path from there");
     g_checks.Expect(FullPath(" ").empty() && FullPath("").empty(), "no path");
@@ -178,9 +175,8 @@ void CheckFoldersBelowAShare() {
     g_checks.Expect(CanWriteInFolder(top + "\\c") && GetPathKind(top + "\\c") == EPathKind::Missing,
                     "a write test below a share");
     g_checks.Expect(RemoveFolderTree(In("net")), "removing it");
-    for (const std::string given : {"\\\\no-such-server", "\\\\no-such-server\\share\\a", "\\\\"}) {
+    for (const std::string given : {"\\\\no-such-server", "\\\\no-such-server\\share\\a", "\\\\"})
         g_checks.Expect(!CreateDirectoryPath(given, first), given + " cannot be made");
-    }
 }
 
 void CheckTrustedFiles() {
@@ -302,9 +298,8 @@ void CheckStringTable() {
     const auto* const fields =
         loaded == nullptr ? nullptr : static_cast<const std::uint8_t*>(LockResource(loaded)) + kFixedPart;
     std::string found; // behind the mark and the layout's version: minor, major, build, patch, 16 bits each
-    for (const std::size_t at : {10U, 8U, 14U, 12U}) {
+    for (const std::size_t at : {10U, 8U, 14U, 12U})
         found += (found.empty() ? "" : ".") + (fields == nullptr ? "" : std::to_string(fields[at]));
-    }
     g_checks.Equal(found, std::string(RUVO_VERSION), "version");
     g_checks.Expect(FindResourceA(program, MAKEINTRESOURCEA(1), MAKEINTRESOURCEA(24)) != nullptr,
                     "a manifest");
@@ -346,9 +341,8 @@ int CheckSystem() {
     CheckEventMessages();
     std::vector<SFolderEntry> entries;
     ListFolder(g_folder, entries);
-    for (const SFolderEntry& entry : entries) {
+    for (const SFolderEntry& entry : entries)
         RemoveFile(In(entry.name));
-    }
     RemoveEmptyFolder(g_folder);
     return g_checks.Finish();
 }

@@ -8,19 +8,10 @@
 
 namespace ruvo::test {
 
-CTextReader::CTextReader(const std::string& path) : m_reader(new CProfileTextReader(path)) {}
-
-CTextReader::~CTextReader() {
-    delete static_cast<CProfileTextReader*>(m_reader);
-}
-
-std::string CTextReader::Read(const std::string& section, const std::string& key,
-                              const std::string& defaultValue, std::size_t capacity) const {
-    return static_cast<CProfileTextReader*>(m_reader)->ReadString(section, key, defaultValue, capacity);
-}
-
-std::vector<std::string> CTextReader::SectionNames(std::size_t capacity) const {
-    return static_cast<CProfileTextReader*>(m_reader)->SectionNames(capacity);
+STextReader ReadAsText(const std::string& path) {
+    const auto reader = std::make_shared<const CProfileTextReader>(path);
+    return {std::bind_front(&CProfileTextReader::ReadString, reader),
+            std::bind_front(&CProfileTextReader::SectionNames, reader)};
 }
 
 } // namespace ruvo::test

@@ -53,9 +53,8 @@ std::size_t CountBlocks() {
     std::size_t blocks = 0;
     PROCESS_HEAP_ENTRY entry = {};
     HeapLock(GetProcessHeap());
-    while (HeapWalk(GetProcessHeap(), &entry) != FALSE) {
+    while (HeapWalk(GetProcessHeap(), &entry) != FALSE)
         blocks += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 ? 1 : 0;
-    }
     HeapUnlock(GetProcessHeap());
     return blocks;
 }
@@ -75,9 +74,8 @@ TEST_F(Server, IsAskedWithoutLeavingAnythingBehind) {
         ask();
     }
     const std::size_t before = CountBlocks();
-    for (int i = 0; i < 300; ++i) {
+    for (int i = 0; i < 300; ++i)
         ask();
-    }
     EXPECT_GT(before, 100U);
     EXPECT_LT(CountBlocks(), before + 100);
     std::printf("blocks: %zu to %zu\n", before, CountBlocks());
@@ -122,9 +120,8 @@ TEST_F(Server, IsConnectedToAgainAndAgain) {
     const DWORD client = GetCurrentProcessId();
     const std::size_t clientBefore = CountHandles(client);
     const std::size_t serverBefore = CountHandles(server);
-    for (int i = 0; i < 50; ++i) {
+    for (int i = 0; i < 50; ++i)
         ASSERT_NO_FATAL_FAILURE(useOnce()) << i;
-    }
     EXPECT_GT(clientBefore, 10U);
     EXPECT_GT(serverBefore, 10U);
     // Threads of the runtimes come and go, a few handles each; one handle per connection would be 50.

@@ -20,12 +20,10 @@ void Die() {
 } // namespace ruvo::test
 
 int main(int count, char** arguments) {
-    if (!ruvo::StartComRuntime()) {
+    if (!ruvo::StartComRuntime())
         return 1;
-    }
-    if (count == 2 && std::string(arguments[1]) == "--die") {
+    if (count == 2 && std::string(arguments[1]) == "--die")
         ruvo::test::Die();
-    }
     testing::InitGoogleTest(&count, arguments);
     int result = 1;
     {

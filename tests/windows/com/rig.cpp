@@ -36,9 +36,8 @@ int RunProgram(std::string commandLine) {
         return -1;
     }
     DWORD status = static_cast<DWORD>(-1);
-    if (WaitForSingleObject(process.hProcess, kPatience) == WAIT_OBJECT_0) {
+    if (WaitForSingleObject(process.hProcess, kPatience) == WAIT_OBJECT_0)
         GetExitCodeProcess(process.hProcess, &status);
-    }
     CloseHandle(process.hThread);
     CloseHandle(process.hProcess);
     return static_cast<int>(status);
@@ -55,9 +54,8 @@ std::vector<DWORD> ServerProcesses() {
     entry.dwSize = sizeof(entry);
     for (BOOL more = Process32First(snapshot, &entry); more != FALSE;
          more = Process32Next(snapshot, &entry)) {
-        if (_stricmp(entry.szExeFile, "p32ls-sim.exe") == 0) {
+        if (_stricmp(entry.szExeFile, "p32ls-sim.exe") == 0)
             found.push_back(entry.th32ProcessID);
-        }
     }
     CloseHandle(snapshot);
     return found;
@@ -74,9 +72,8 @@ void KillServer() {
 bool AwaitNoServer() {
     const auto end = std::chrono::steady_clock::now() + 20s;
     while (!ServerProcesses().empty()) {
-        if (std::chrono::steady_clock::now() > end) {
+        if (std::chrono::steady_clock::now() > end)
             return false;
-        }
         std::this_thread::sleep_for(50ms);
     }
     return true;

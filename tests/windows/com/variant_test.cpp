@@ -56,9 +56,8 @@ TEST(Conversion, OtherNumbersAreTakenWhereTheyFit) {
         {"an array that is not there", VT_ARRAY | VT_UI1, 0, Variant::Other()},
         {"an object", VT_UNKNOWN, 0, Variant::Other()},
     };
-    for (const auto& [name, type, bits, wanted] : cases) {
+    for (const auto& [name, type, bits, wanted] : cases)
         EXPECT_EQ(with(type, bits), wanted) << name;
-    }
     VARIANT inner;
     VariantInit(&inner);
     inner.vt = VT_I2;
