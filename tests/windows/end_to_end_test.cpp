@@ -7,19 +7,18 @@
 #include "platform/single_instance.h"
 #include "windows/checks.h"
 #include "windows/program_run.h"
+#include "windows/server_processes.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <functional>
-#include <tlhelp32.h>
 
 namespace ruvo::test {
 
 namespace {
 
 constexpr const char* kSerial = "[RUVO_SERIAL]\nRV001=5\n";
-constexpr const char* kServerProgram = "p32ls-sim.exe";
 constexpr const char* kInstanceName = "RUVO:3B38A5F0-71B0-11d3-9C2B-00600816C2BEHX";
 constexpr const char* kStudioKey = "SOFTWARE\\Halvex\\Norvo Q7 Studio";
 constexpr DWORD kPatience = 300000; // milliseconds, for an emulated machine
@@ -153,21 +152,10 @@ void CheckLibrary() {
     g_checks.Equal(test(ini.c_str(), "RV001"), 10, "the password missing");
 }
 
-/// The companion's exit status says what it found.
 void CheckCompanion() {
     const CRunFolder run(Plain(), "", kSerial);
-    const std::string ini = CRunFolder::Path("site.ini");
-    const auto status = [](const std::string& arguments) {
-        return CProcess("ruvoctl.exe", arguments).Wait(kPatience);
-    };
-    g_checks.Equal(status("check " + ini), 0, "ruvoctl check");
-    g_checks.Equal(status("test " + ini + " RV001"), 0, "ruvoctl test");
-    g_checks.Equal(run.Run(), 0, "a run for the companion: exit status");
-    g_checks.Equal(status("events --format json " + CRunFolder::Path("ev")), 0, "ruvoctl events");
-    run.Write("bad.evt", "no day file");
-    g_checks.Equal(status("events " + CRunFolder::Path("bad.evt")), 1, "ruvoctl events of what is none");
-    run.WriteIni("BaudRate=960\n", kSerial);
-    g_checks.Expect(status("check " + ini) > 0, "ruvoctl check with an error");
+    const CProcess program("ruvoctl.exe", "test " + CRunFolder::Path("site.ini") + " RV001");
+    g_checks.Equal(program.Wait(kPatience), 0, "ruvoctl test");
 }
 
 /// What a program writes on its standard output.
@@ -311,24 +299,6 @@ void CheckRequestsToEnd() {
                     "after the kill: log: " + log);
 }
 
-/// Ends the server's processes; how many there were.
-int EndServer() {
-    int ended = 0;
-    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
-    PROCESSENTRY32 entry = {};
-    entry.dwSize = sizeof entry;
-    for (BOOL more = Process32First(snapshot, &entry); more != FALSE;
-         more = Process32Next(snapshot, &entry)) {
-        if (std::string(entry.szExeFile) == kServerProgram) {
-            const HANDLE process = OpenProcess(PROCESS_TERMINATE, FALSE, entry.th32ProcessID);
-            ended += TerminateProcess(process, 1) != FALSE ? 1 : 0;
-            CloseHandle(process);
-        }
-    }
-    CloseHandle(snapshot);
-    return ended;
-}
-
 /// The server dies in the middle of a request: the run says so, and ends.
 void CheckServerLost() {
     const CRunFolder run(kLink + Relay("serial = 5", kTrip) +
@@ -342,7 +312,7 @@ void CheckServerLost() {
     for (int i = 0; i < 400 && !isUnderWay(); ++i)
         Sleep(50);
     Sleep(500);
-    g_checks.Expect(EndServer() == 1, "the server was there to be ended");
+    g_checks.Expect(KillServer() == 1, "the server was there to be ended");
     g_checks.Equal(program.Wait(20000), 0, "the run ends without its server");
     g_checks.Expect(run.Log().starts_with("A problem occured during events extraction. " + kSerialDetails),
                     "the loss is logged: " + run.Log());

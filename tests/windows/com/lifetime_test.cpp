@@ -19,7 +19,7 @@ protected:
         CP32Wrap& client = CreateClient();
         std::thread killer([] {
             std::this_thread::sleep_for(500ms);
-            KillServer();
+            EXPECT_GT(KillServer(), 0);
         });
         const auto begin = std::chrono::steady_clock::now();
         EXPECT_EQ(request(client), 255U);
@@ -70,9 +70,8 @@ TEST_F(Server, IsAskedWithoutLeavingAnythingBehind) {
         EXPECT_EQ(Status(server.GetText(address, Cell(0x0101), a, status)), 0x0111);
         EXPECT_EQ(Status(server.GetValues(address, Variant::FromWords({0x0502}), a, status)), 0);
     };
-    for (int i = 0; i < 20; ++i) { // what is cached is there afterwards
+    for (int i = 0; i < 20; ++i) // what is cached is there afterwards
         ask();
-    }
     const std::size_t before = CountBlocks();
     for (int i = 0; i < 300; ++i)
         ask();
@@ -112,9 +111,8 @@ TEST_F(Server, IsConnectedToAgainAndAgain) {
         connection.reset();
     };
     const auto other = ConnectToServer(); // so that the server's process stays the same
-    for (int i = 0; i < 5; ++i) {         // what the runtimes keep for good is there afterwards
+    for (int i = 0; i < 5; ++i)           // what the runtimes keep for good is there afterwards
         ASSERT_NO_FATAL_FAILURE(useOnce());
-    }
     ASSERT_EQ(ServerProcesses().size(), 1U);
     const DWORD server = ServerProcesses().front();
     const DWORD client = GetCurrentProcessId();

@@ -2,9 +2,7 @@
 
 #include "platform/modules.h"
 
-#include <filesystem>
 #include <fstream>
-#include <tlhelp32.h>
 
 namespace ruvo::test {
 
@@ -16,14 +14,6 @@ Variant Tagged(std::uint8_t type, Variant::Bytes data) {
 std::string Folder() {
     return std::filesystem::temp_directory_path().string() + "com_test_" +
            std::to_string(GetCurrentProcessId());
-}
-
-void CreateFolder() {
-    std::filesystem::create_directories(Folder());
-}
-
-void RemoveFolder() {
-    std::filesystem::remove_all(Folder());
 }
 
 int RunProgram(std::string commandLine) {
@@ -45,28 +35,6 @@ int RunProgram(std::string commandLine) {
 
 int RunServer(const std::string& arguments) {
     return RunProgram("\"" + CodeFolder() + "\\p32ls-sim.exe\" " + arguments);
-}
-
-std::vector<DWORD> ServerProcesses() {
-    std::vector<DWORD> found;
-    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
-    PROCESSENTRY32 entry = {};
-    entry.dwSize = sizeof(entry);
-    for (BOOL more = Process32First(snapshot, &entry); more != FALSE;
-         more = Process32Next(snapshot, &entry)) {
-        if (_stricmp(entry.szExeFile, "p32ls-sim.exe") == 0)
-            found.push_back(entry.th32ProcessID);
-    }
-    CloseHandle(snapshot);
-    return found;
-}
-
-void KillServer() {
-    for (const DWORD id : ServerProcesses()) {
-        const HANDLE process = OpenProcess(PROCESS_TERMINATE, FALSE, id);
-        EXPECT_NE(TerminateProcess(process, 9), FALSE);
-        CloseHandle(process);
-    }
 }
 
 bool AwaitNoServer() {

@@ -1,6 +1,8 @@
 // What the tests of the COM side share: the server's program, its substation file, a sink that counts.
 #pragma once
 
+#include "../server_processes.h"
+
 #include "link/client.h"
 #include "link/windows/com_headers.h"
 
@@ -8,6 +10,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <filesystem>
 #include <memory>
 #include <semaphore>
 #include <string>
@@ -24,13 +27,9 @@ Variant Tagged(std::uint8_t type, Variant::Bytes data);
 
 /// A folder of this process's own.
 std::string Folder();
-void CreateFolder();
-void RemoveFolder();
 /// Starts a program and gives its exit status, or -1 when it does not end in time.
 int RunProgram(std::string commandLine);
 int RunServer(const std::string& arguments);
-std::vector<DWORD> ServerProcesses();
-void KillServer();
 bool AwaitNoServer();
 
 class CTestSink final : public ruvo::IP32lsSink_v2 {
@@ -60,11 +59,11 @@ extern const std::string kSubstation;
 class Server : public testing::Test {
 protected:
     static void SetUpTestSuite() {
-        CreateFolder();
+        std::filesystem::create_directories(Folder());
         Serve(kSubstation);
         ASSERT_EQ(RunServer("/RegServer \"" + File() + "\""), 0);
     }
-    static void TearDownTestSuite() { RemoveFolder(); }
+    static void TearDownTestSuite() { std::filesystem::remove_all(Folder()); }
 
     static std::string File() { return Folder() + "\\yard \xE4.toml"; }
     static void Serve(const std::string& toml);

@@ -5,7 +5,6 @@
 #include "link/windows/variant_conversion.h"
 #include "model/status/progress.h"
 
-#include <filesystem>
 #include <fstream>
 
 namespace ruvo::test {
