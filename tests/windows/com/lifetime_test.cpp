@@ -2,7 +2,6 @@
 #include "rig.h"
 
 #include "link/windows/com_owners.h"
-#include "platform/modules.h"
 
 #include <algorithm>
 
@@ -150,7 +149,7 @@ TEST_F(Server, EndsWhenItsClientHasDiedAndNotBefore) {
     Connect();
     std::this_thread::sleep_for(4s);
     EXPECT_EQ(Status(connection->Server().GetDeviceStatus(address, a, status)), 0) << "silent, yet alive";
-    EXPECT_EQ(RunProgram("\"" + ProgramPath() + "\" --die"), 7);
+    EXPECT_EQ(CProcess("test_com.exe", "--die").Wait(30000), 7);
     connection->Unadvise(cookie);
     connection.reset();
     EXPECT_TRUE(AwaitNoServer());

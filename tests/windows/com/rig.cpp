@@ -1,7 +1,5 @@
 #include "rig.h"
 
-#include "platform/modules.h"
-
 #include <fstream>
 
 namespace ruvo::test {
@@ -14,27 +12,6 @@ Variant Tagged(std::uint8_t type, Variant::Bytes data) {
 std::string Folder() {
     return std::filesystem::temp_directory_path().string() + "com_test_" +
            std::to_string(GetCurrentProcessId());
-}
-
-int RunProgram(std::string commandLine) {
-    constexpr DWORD kPatience = 30000;
-    STARTUPINFOA start = {};
-    start.cb = sizeof(start);
-    PROCESS_INFORMATION process = {};
-    if (CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start,
-                       &process) == 0) {
-        return -1;
-    }
-    DWORD status = static_cast<DWORD>(-1);
-    if (WaitForSingleObject(process.hProcess, kPatience) == WAIT_OBJECT_0)
-        GetExitCodeProcess(process.hProcess, &status);
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
-    return static_cast<int>(status);
-}
-
-int RunServer(const std::string& arguments) {
-    return RunProgram("\"" + CodeFolder() + "\\p32ls-sim.exe\" " + arguments);
 }
 
 bool AwaitNoServer() {

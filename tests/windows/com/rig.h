@@ -1,21 +1,17 @@
 // What the tests of the COM side share: the server's program, its substation file, a sink that counts.
 #pragma once
 
-#include "../server_processes.h"
-
 #include "link/client.h"
 #include "link/windows/com_headers.h"
+#include "windows/program_run.h"
+#include "windows/server_processes.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
-#include <filesystem>
 #include <memory>
 #include <semaphore>
-#include <string>
-#include <thread>
-#include <vector>
 
 namespace ruvo::test {
 
@@ -27,9 +23,10 @@ Variant Tagged(std::uint8_t type, Variant::Bytes data);
 
 /// A folder of this process's own.
 std::string Folder();
-/// Starts a program and gives its exit status, or -1 when it does not end in time.
-int RunProgram(std::string commandLine);
-int RunServer(const std::string& arguments);
+/// Its exit status, or -1 when it does not end in time.
+inline int RunServer(const std::string& arguments) {
+    return CProcess(kServerProgram, arguments).Wait(30000);
+}
 bool AwaitNoServer();
 
 class CTestSink final : public ruvo::IP32lsSink_v2 {
