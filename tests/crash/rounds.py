@@ -5,8 +5,8 @@ import random
 import signal
 import time
 
-from ledger import Ledger
-from site_of_round import ended, limit_memory, may_be_nobody
+from ledger import RoundLedger
+from site_of_round import belonging_to_root, ended, limit_memory, may_be_nobody
 from yard import Yard
 
 ORDERLY = (signal.SIGTERM, signal.SIGHUP, signal.SIGINT)
@@ -18,7 +18,7 @@ class Round:
         self.random = random.Random(f"{seed}:{number}")
         self.site = site
         self.yard = Yard(self.random)
-        self.ledger = Ledger(self.yard)
+        self.ledger = RoundLedger(self.yard)
         self.names = []  # of the ends
         self.counts = {}
         small = site.disk.is_there
@@ -56,8 +56,7 @@ class Round:
             self.random.choice(ends)()
             self.site.disk.empty()
         self.recover()
-        state_places = [path for path in self.site.set_aside_files()]
-        return self.ledger.check(self.site, [self.site.events, self.site.folder / "away", *state_places], self.site.lines())
+        return self.ledger.check(self.site)
 
     def end_by_itself(self, program, what, statuses=(0,)):
         status = ended(program)
@@ -215,15 +214,8 @@ class Round:
         self.note("not permitted")
         places = [self.site.events, *self.site.events.glob("*"), *self.site.day_files(), self.site.states[0], self.site.folder / "log"]
         places = [place for place in places if place.exists()]
-        owners = {place: os.stat(place) for place in self.random.sample(places, min(len(places), 2))}
-        for place in owners:
-            os.chown(place, 0, 0)
-            os.chmod(place, 0o755 if place.is_dir() else 0o644)
-        self.end_by_itself(self.site.start(), "not permitted")
-        for place, status in owners.items():
-            if place.exists():  # a folder that stayed empty is removed by those who may write to the one above
-                os.chown(place, status.st_uid, status.st_gid)
-                os.chmod(place, status.st_mode & 0o7777)
+        with belonging_to_root(self.random.sample(places, min(len(places), 2))):
+            self.end_by_itself(self.site.start(), "not permitted")
 
     def password_refused(self):
         self.note("password refused")

@@ -1,6 +1,8 @@
 """The place of a round: programs, folders, runs and what they have said."""
 
+import contextlib
 import fcntl
+import json
 import os
 import pathlib
 import pwd
@@ -11,32 +13,68 @@ import signal
 import struct
 import subprocess
 
+from checks import must
 from small_disk import SmallDisk
 from substation import Substation
 
 PATIENCE = 60  # seconds after which a run counts as hanging
-PROGRAMS = ("HalvexCryptoKit.so",)
 NOBODY = pwd.getpwnam("nobody")
 OFD_GETLK, FLOCK = 36, "hhqqi4x"
+LOCKS = ("lock0", "lock1")
 
 
-class Site(Substation):
+class AccountedSite(Substation):
+    """Its relays note in an account what they hand over; `states` are its state folders."""
+
+    def __init__(self, folder, programs):
+        super().__init__(folder, programs)
+        shutil.copy(os.path.join(programs, "HalvexCryptoKit.so"), self.bin)
+        self.is_nobody = False  # who visits the relays
+        self.password = self.scrambled("AAAA")
+        for name in LOCKS:
+            (self.folder / name).mkdir()
+
+    def scrambled(self, password):
+        return must(self.bin / "ruvoctl", "password", "encrypt", input=f"{password}\n", env=self.environment).strip()
+
+    def start_program(self, program, *words, **environment):
+        with open(self.folder / "stderr", "ab") as said:
+            return subprocess.Popen([self.bin / program, *words], env={**self.environment, **environment},
+                                    stdout=subprocess.DEVNULL, stderr=said, **user_options(self.is_nobody))
+
+    def objects(self, *words):
+        return [json.loads(line) for line in self.ruvoctl(*words).splitlines() if line.startswith("{")]
+
+    def lines(self):
+        """What the log says, and what standard error says for it."""
+        said = (self.folder / "stderr").read_text("utf-8", "replace") if (self.folder / "stderr").exists() else ""
+        return [*self.log(), *(line for line in said.splitlines() if "Line lost: " in line)]
+
+    def account_size(self):
+        path = self.folder / "account"
+        return path.stat().st_size if path.exists() else 0
+
+    def account_lines(self, since=0):
+        """Beyond its first bytes, the parts of each line: relay, number of its event, and the rest."""
+        path = self.folder / "account"
+        return [line.split(";") for line in path.read_bytes()[since:].decode().splitlines()] if path.exists() else []
+
+    def waiting_journals(self):
+        return self.left("journal")
+
+    def set_aside_files(self):
+        return self.left("setaside")
+
+    def left(self, suffix):
+        return sorted(path for state in set(self.states) for path in state.glob(f"*/*.{suffix}"))
+
+
+class Site(AccountedSite):
     """Event root and state folders lie on the small disk where a round wants that."""
 
     def __init__(self, folder, programs):
         super().__init__(folder, programs)
-        for program in PROGRAMS:
-            shutil.copy(os.path.join(programs, program), self.bin)
         self.disk = SmallDisk(self.folder / "small")
-        self.is_nobody = False  # who visits the relays
-        self.password = self.ruvoctl_reading("AAAA\n", "password", "encrypt").strip()
-        for name in ("lock0", "lock1"):
-            (self.folder / name).mkdir()
-
-    def ruvoctl_reading(self, text, *words):
-        done = subprocess.run([self.bin / "ruvoctl", *words], input=text, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-                              text=True, env=self.environment, check=True)
-        return done.stdout
 
     def begin_round(self, events_small, state_small, two_states, is_nobody):
         for place in [place for place in [self.folder / "ev", self.folder / "away", *self.folder.glob("state*"), *self.disk.folder.glob("*")] if place.exists()]:
@@ -56,18 +94,14 @@ class Site(Substation):
 
     def start(self, at=0, state=None):
         """One of two runs that do not shut each other out."""
-        return self.start_program("ruvo", [self.folder / "site.ini"], at, state)
+        return self.start_program("ruvo", self.folder / "site.ini", **self.places(at, state))
 
     def start_recover(self, *files):
         """Lists what is left, or stores set-aside files."""
-        return self.start_program("ruvoctl", ["recover", self.folder / "site.ini", *files], 0)
+        return self.start_program("ruvoctl", "recover", self.folder / "site.ini", *files, **self.places(0))
 
-    def start_program(self, program, words, at, state=None):
-        environment = {**self.environment, "RUVO_LOCK_DIR": str(self.folder / f"lock{at}"),
-                       "RUVO_STATE_DIR": str(state or self.states[at])}
-        with open(self.folder / "stderr", "ab") as said:
-            return subprocess.Popen([self.bin / program, *words], env=environment, stdout=subprocess.DEVNULL, stderr=said,
-                                    **user_options(self.is_nobody))
+    def places(self, at, state=None):
+        return {"RUVO_LOCK_DIR": str(self.folder / LOCKS[at]), "RUVO_STATE_DIR": str(state or self.states[at])}
 
     def stop(self, program):
         """Stops it at a moment when it does not lock the account; false when it has ended."""
@@ -97,27 +131,9 @@ class Site(Substation):
         return {target.parent.name for target in (pathlib.Path(os.readlink(link)) for link in links.iterdir())
                 if target.suffix == ".evt"}
 
-    def lines(self):
-        """What the log says, and what standard error says for it."""
-        said = (self.folder / "stderr").read_text("utf-8", "replace") if (self.folder / "stderr").exists() else ""
-        return [*self.log(), *(line for line in said.splitlines() if "Line lost: " in line)]
-
-    def account_size(self):
-        path = self.folder / "account"
-        return path.stat().st_size if path.exists() else 0
-
     def handed_over_since(self, size):
         """The events that the account names beyond its first bytes, in their order."""
-        path = self.folder / "account"
-        lines = path.read_bytes()[size:].decode().splitlines() if path.exists() else []
-        parts = [line.split(";") for line in lines]
-        return [(f"CR{name[1:]}-{name[1:]}", int(number)) for name, number, _ in parts]
-
-    def waiting_journals(self):
-        return [path for state in set(self.states) if state.is_dir() for path in state.glob("*/*.journal")]
-
-    def set_aside_files(self):
-        return [path for state in set(self.states) if state.is_dir() for path in state.glob("*/*.setaside")]
+        return [(f"CR{name[1:]}-{name[1:]}", int(number)) for name, number, _ in self.account_lines(size)]
 
 
 def may_be_nobody():
@@ -129,6 +145,19 @@ def may_be_nobody():
 
 def user_options(is_nobody):
     return {"user": NOBODY.pw_uid, "group": NOBODY.pw_gid, "extra_groups": []} if is_nobody else {}
+
+
+@contextlib.contextmanager
+def belonging_to_root(places):
+    owners = {place: os.stat(place) for place in places}
+    for place in places:
+        os.chown(place, 0, 0)
+        os.chmod(place, 0o755 if place.is_dir() else 0o644)
+    yield
+    for place, status in owners.items():
+        if place.exists():  # a folder that stayed empty is removed by those who may write to the one above
+            os.chown(place, status.st_uid, status.st_gid)
+            os.chmod(place, status.st_mode & 0o7777)
 
 
 def limit(program, is_nobody, kind, value):

@@ -4,7 +4,7 @@ import collections
 import hashlib
 import re
 
-from ledger import AFTERWARDS, BROUGHT_IN, COUNTED, SET_ASIDE
+from ledger import Ledger
 from night_relays import UNKNOWN
 
 EVENT = re.compile(r"R(\d+)E(\d+)")
@@ -56,18 +56,14 @@ class DayFiles:
         return complaints
 
 
-class Account:
+class Account(Ledger):
+    """Events are (number of the relay, number)."""
+
     def __init__(self, site, relays):
+        super().__init__()
         self.site = site
         self.relays = {relay.number: relay for relay in relays}
         self.files = DayFiles(site)
-        self.under_way = []        # for each kill the events of which one may be lost
-        self.may_be_twice = set()  # a person has moved their file
-        self.may_be_gone = set()   # a person has cut them away
-        self.complaints = []
-
-    def complain(self, what):
-        self.complaints.append(what)
 
     def handed_over(self):
         tonight = self.site.taken()
@@ -84,31 +80,12 @@ class Account:
         """Of a morning; what may still wait is what recover lists as such."""
         self.complaints += self.files.look()
         given, lines = self.handed_over(), self.site.lines()
-        text = "\n".join(lines)
         stored = collections.Counter(event for events in self.files.events.values() for event in events)
-        for event, count in stored.items():
-            if event not in given or self.relays[event[0]].kind(event[1]) >= UNKNOWN:
-                self.complain(f"nobody handed over {event}")
-            if count > 1 and not (count == 2 and event in self.may_be_twice and BROUGHT_IN in text):
-                self.complain(f"{event} is stored {count} times")
+        sound = {event for event in given if self.relays[event[0]].kind(event[1]) < UNKNOWN}
+        self.check_stored(stored, sound, lines)
         waiting = sum(item["events"] for item in self.site.objects("recover", "--format", "json", self.site.folder / "site.ini")
                       if item["kind"] == "waiting")
-        named = {match for line in lines for match in SET_ASIDE.findall(line)}
-        for path in self.site.set_aside_files():
-            if str(path) not in named:
-                self.complain(f"no line names {path}")
-        self.check_missing(given - set(stored) - self.may_be_gone, lines, waiting)
-        return len(given), sum(stored.values()), waiting
-
-    def check_missing(self, missing, lines, waiting):
-        told = sum(int(number) for line in lines for number in COUNTED.findall(line))
-        afterwards = sum(int(number) for line in lines for number in AFTERWARDS.findall(line))
-        self.lost = sum(1 for events in self.under_way if missing & events)
-        self.told = told
+        self.check_set_aside(self.site.set_aside_files(), lines)
         # (What a journal says to be lost is told by the run that closes its entry.)
-        if len(missing) > told + waiting + self.lost and not self.site.waiting_journals():
-            self.complain(f"missing: {len(missing)}, such as {sorted(missing)[-5:]}; counted by the log: {told}; waiting: "
-                          f"{waiting}; under way at a kill: {self.lost}")
-        # An end between the line and the closing of the entry lets the next run say it again.
-        if told - len(missing) > afterwards + len(self.may_be_gone):
-            self.complain(f"the log counts {told}, but missing are {len(missing)}")
+        self.check_missing(given - set(stored) - self.may_be_gone, lines, waiting, bool(self.site.waiting_journals()))
+        return len(given), sum(stored.values()), waiting

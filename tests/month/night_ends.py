@@ -6,7 +6,7 @@ import signal
 import time
 
 from night_relays import UNKNOWN
-from site_of_round import ended, limit_memory
+from site_of_round import belonging_to_root, ended, limit_memory
 
 ORDERLY = (signal.SIGTERM, signal.SIGHUP, signal.SIGINT)
 KB = 1024
@@ -32,19 +32,9 @@ class Ends:
     def kill(self, program, before, is_alone=True):
         program.kill()
         if program.wait() != 0:
-            events = []
-            for line in self.site.account_lines(before):
-                number, event, _ = line.split(";")
-                events.append((int(number), self.by_number[int(number)].taken + int(event)))
+            events = [(int(number), self.by_number[int(number)].taken + int(event))
+                      for number, event, _ in self.site.account_lines(before)]
             self.account.under_way.append(set(events[-1:] if is_alone else events))
-
-    def stop_and_go(self, program, number):
-        """True when the run ended in the orderly way."""
-        program.send_signal(number)
-        status = ended(program)
-        if status not in (0, -number):
-            self.account.complain(f"{number.name}: ended with {status}")
-        return status == 0
 
     # Ends of the process
 
@@ -94,7 +84,8 @@ class Ends:
         for number in ORDERLY:
             program = self.site.start()
             self.wait_for_progress(program)
-            self.stop_and_go(program, number)
+            program.send_signal(number)
+            self.end_by_itself(program, number.name, (0, -number))
 
     def told_to_end_twice_while_it_hangs(self):
         waiting = [relay for relay in self.relays if relay.pending and relay.kind(relay.taken + 1) < UNKNOWN]
@@ -175,14 +166,8 @@ class Ends:
     def not_permitted(self):
         places = [self.site.events, *self.site.events.glob("*"), *self.site.day_files(), self.site.state, self.site.folder / "log"]
         places = [place for place in places if place.exists()]
-        owners = {place: os.stat(place) for place in self.random.sample(places, min(len(places), 1 + len(places) // 10))}
-        for place in owners:
-            os.chown(place, 0, 0)
-            os.chmod(place, 0o755 if place.is_dir() else 0o644)
-        self.end_by_itself(self.site.start(), "not permitted")
-        for place, status in owners.items():
-            os.chown(place, status.st_uid, status.st_gid)
-            os.chmod(place, status.st_mode & 0o7777)
+        with belonging_to_root(self.random.sample(places, min(len(places), 1 + len(places) // 10))):
+            self.end_by_itself(self.site.start(), "not permitted")
 
     def something_else_in_its_place(self):
         """A file where a folder should be, and the other way round: event root, log and a tenth of the folders."""
@@ -239,6 +224,6 @@ class Ends:
 
 def all_ends(is_nobody):
     """Their names."""
-    helpers = {"end_by_itself", "wait_for_progress", "kill", "stop_and_go", "without_room", "at"}
+    helpers = {"end_by_itself", "wait_for_progress", "kill", "without_room", "at"}
     left_out = helpers | (set() if is_nobody else {"not_permitted"})
     return [name for name, value in vars(Ends).items() if callable(value) and name not in left_out and not name.startswith("_")]
