@@ -2,12 +2,10 @@
 
 import pathlib
 import subprocess
-import time
 
-from checks import must, run, said
+from checks import must, run, said, wait_for
 
 LOGIN = ("PATH=/usr/sbin:/usr/bin:/sbin:/bin", "HOME=/root", "LC_ALL=C.UTF-8")
-PATIENCE = 120  # seconds after which something counts as not happening
 
 
 class System:
@@ -36,16 +34,6 @@ class System:
         path = self.path(place)
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_text(text, "utf-8")
-
-    def wait_for(self, what, happened, seconds=PATIENCE):
-        """Polls until it has happened; the outcome never depends on how long that takes."""
-        end = time.monotonic() + seconds
-        while time.monotonic() < end:
-            found = happened()
-            if found:
-                return found
-            time.sleep(0.05)
-        raise RuntimeError(f"{what}: not seen for {seconds} s")
 
     def journal(self, unit, *options):
         return self.said("journalctl", "--no-pager", "--output=cat", f"--unit={unit}", *options)
@@ -78,8 +66,8 @@ class BootedSystem(System):
             self.container = subprocess.Popen(
                 ["systemd-nspawn", "--quiet", "--register=no", "--keep-unit", "--private-network", "--console=pipe", "-D", self.root, "-b"],
                 stdin=subprocess.DEVNULL, stdout=console, stderr=console, start_new_session=True)
-        self.wait_for("the first process", lambda: self.find_first())
-        self.wait_for("the boot", lambda: self.said("systemctl", "is-system-running") in ("running", "degraded"))
+        wait_for("the first process", self.find_first)
+        wait_for("the boot", lambda: self.said("systemctl", "is-system-running") in ("running", "degraded"))
 
     def find_first(self):
         if self.container.poll() is not None:

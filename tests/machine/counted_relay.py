@@ -3,6 +3,8 @@
 import json
 import pathlib
 
+from checks import check, equal, wait_for
+
 RELAY = """account = "%s"
 [[relay]]
 name = "Bay 1"
@@ -47,6 +49,10 @@ class CountedRelay:
         """The texts of the events that can be stored, among that many first ones."""
         return [text for kind, text in self.events[:count] if kind == 0]
 
+    def under_way(self):
+        """The text of the last event that was asked for."""
+        return self.events[self.handed_over() - 1][1]
+
     def handed_over(self):
         return len(self.account.read_text("utf-8").splitlines()) if self.account.exists() else 0
 
@@ -54,3 +60,27 @@ class CountedRelay:
 def texts(told):
     """The events that `ruvoctl events --format json` tells of."""
     return [json.loads(line)["event_text"] for line in told.splitlines() if line.startswith("{")]
+
+
+class CountedSite:
+    """A site of one such `relay`. Those that derive from it `start` a visit in the background, and tell what is `stored`."""
+
+    def begin(self):
+        """A visit that has taken some of its events, and will go on for a while."""
+        before = self.relay.handed_over()
+        self.start()
+        wait_for("some events", lambda: self.relay.handed_over() >= before + 20)
+
+    def check_ledger(self, what):
+        """What the relay handed over is in the day file, each event once and in order."""
+        handed = self.relay.recordable(self.relay.handed_over())
+        check(f"{what}: the relay handed over some", handed)
+        equal(f"{what}: what the relay handed over is stored once", self.stored(), handed)
+
+    def check_after_kill(self, what, under_way):
+        """The events that are missing when the next visit has stored what the journal had: at most the one under way at the kill."""
+        found = self.stored()
+        missing = [text for text in self.relay.recordable(self.relay.handed_over()) if text not in found]
+        equal(f"{what}: each event once", len(found), len(set(found)))
+        check(f"{what}: at most the event that was under way is missing", missing in ([], [under_way]), missing)
+        return missing

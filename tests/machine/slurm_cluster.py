@@ -5,9 +5,8 @@ import pathlib
 import signal
 import socket
 import subprocess
-import time
 
-from checks import must, run, said
+from checks import must, run, said, wait_for
 
 NODES = ("n1", "n2", "n3")
 PATIENCE = 900  # seconds after which something counts as not happening
@@ -126,12 +125,7 @@ class SlurmCluster:
         return must(*command, env=self.environment, **options)
 
     def wait_for(self, what, happened):
-        """Polls until it has happened; the outcome never depends on how long that takes."""
-        end = time.monotonic() + PATIENCE
-        while not happened():
-            if time.monotonic() > end:
-                raise RuntimeError(f"{what}: not seen for {PATIENCE} s")
-            time.sleep(0.1)
+        wait_for(what, happened, PATIENCE)
 
     def set_right(self):
         """What is left to an operator where the controller has started tasks beside copies that it had forgotten: it drains the nodes

@@ -7,7 +7,7 @@ import sys
 import tempfile
 
 from booted_system import BootedSystem
-from checks import check, count_checks, equal, must, said
+from checks import check, count_checks, equal, must, said, wait_for
 from control_groups import removed_afterwards
 from counted_relay import SLOW
 from packaged_site import EVENTS, INI, LOG, SERVICE, Site
@@ -39,7 +39,7 @@ def look_at_visits(system, site):
     system.drop_in("ruvo@.service", "[Unit]\nOnFailure=tell.service\n")
     site.relay.fill(1, kind=9)
     equal("a visit with a problem", (site.visit(), site.result()), (1, "exit-code"))
-    system.wait_for("somebody is told", lambda: system.run("test", "-e", "/run/told").returncode == 0)
+    wait_for("somebody is told", lambda: system.run("test", "-e", "/run/told").returncode == 0)
     equal("a visit with a problem: told by systemctl", system.said("systemctl", "--failed", "--plain", "--no-legend").split()[:1], [SERVICE])
     check("a visit with a problem: its line in the journal", PASSED_OVER in system.journal(SERVICE))
     system.drop_in("ruvo@.service", "")
@@ -83,10 +83,10 @@ def look_at_starts_by_hand(system, site):
     site.relay.fill(MANY, faults=SLOW)
     before = site.relay.handed_over()
     system.must("systemd-run", "--quiet", "--unit=hand", "/usr/lib/ruvo/run-site", "yard")
-    system.wait_for("some events by hand", lambda: site.relay.handed_over() >= before + 20)
+    wait_for("some events by hand", lambda: site.relay.handed_over() >= before + 20)
     equal("the service beside one by hand", (site.visit(), site.result(), site.state()), (0, "success", "inactive"))
     equal("the service beside one by hand: its status", system.property_of(SERVICE, "ExecMainStatus"), "4")
-    system.wait_for("the end of the visit by hand", lambda: system.property_of("hand.service", "ActiveState") in ("inactive", "failed"))
+    wait_for("the end of the visit by hand", lambda: system.property_of("hand.service", "ActiveState") in ("inactive", "failed"))
     site.check_ledger("two starts at a time")
 
 
@@ -99,7 +99,7 @@ def look_at_timer(system, site):
     site.relay.fill(2)
     before = count_starts(system)
     system.must("systemctl", "enable", "--now", TIMER)
-    system.wait_for("a visit by the timer", lambda: count_starts(system) > before and site.state() != "activating")
+    wait_for("a visit by the timer", lambda: count_starts(system) > before and site.state() != "activating")
     system.must("systemctl", "stop", TIMER)
     site.wait_for_end()
     site.check_ledger("a visit by the timer")
@@ -112,7 +112,7 @@ def look_at_timer(system, site):
     system.must("touch", "--date=2 days ago", STAMP)
     site.relay.fill(2)
     system.must("systemctl", "start", TIMER)
-    system.wait_for("a missed night is made good", lambda: count_starts(system) > before)
+    wait_for("a missed night is made good", lambda: count_starts(system) > before)
     site.wait_for_end()
     site.check_ledger("a missed night is made good")
     system.drop_in(TIMER, "")

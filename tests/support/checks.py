@@ -3,6 +3,7 @@
 import signal
 import subprocess
 import sys
+import time
 
 counts = {"passed": 0, "failed": 0}
 
@@ -58,6 +59,15 @@ def silent(what, *command, status=0, **options):
     """Ends with that status and says nothing."""
     done = run(*command, **options)
     return check(what, done.returncode == status and done.stdout == "", f"ended with {done.returncode}\n{done.stdout}")
+
+
+def wait_for(what, happened, seconds=120):
+    """Polls until it has happened; the outcome never depends on how long that takes."""
+    end = time.monotonic() + seconds
+    while not happened():
+        if time.monotonic() > end:
+            raise RuntimeError(f"{what}: not seen for {seconds} s")
+        time.sleep(0.05)
 
 
 def stop(*_):
