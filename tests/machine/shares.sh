@@ -12,5 +12,5 @@ make_machine $system iproute2,kmod,nfs-kernel-server,nfs-common,samba,cifs-utils
 unpack_machine $system $root
 mkdir $root/opt/ruvo
 for program in ruvo ruvoctl p32ls.so oncrpc.so; do cp build/release/bin/$program $root/opt/ruvo; done
-cp tests/machine/shares_test.py tests/support/checks.py $root/opt/ruvo
+cp tests/machine/shares_test.py tests/support/{checks,substation}.py $root/opt/ruvo
 run_machine $root 3G "python3 /opt/ruvo/shares_test.py /opt/ruvo ${1:-12} ${2:-1}" 3h

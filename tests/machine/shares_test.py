@@ -9,7 +9,6 @@ locks, which ruvoctl check must name, the figures are shown only.
 
 import collections
 import json
-import os
 import pathlib
 import random
 import subprocess
@@ -17,6 +16,7 @@ import sys
 import time
 
 from checks import check, count_checks, must
+from substation import Substation
 
 EVENTS = 60
 PASSWORD = "share"
@@ -50,15 +50,15 @@ def serve():
     must("systemctl", "restart", "rpcbind", "nfs-kernel-server", "smbd")
 
 
-class Host:
+class Host(Substation):
     """One host with its relay: the folders outside the share are its own."""
 
     def __init__(self, name, net, programs):
+        folder = pathlib.Path("/var/tmp") / name
+        folder.mkdir()
+        super().__init__(folder, programs)
         self.name, self.net = name, net
-        self.folder = pathlib.Path("/var/tmp") / name
         self.mount = pathlib.Path("/mnt") / name
-        self.bin = programs
-        (self.folder / "lock").mkdir(parents=True)
         self.mount.mkdir(parents=True, exist_ok=True)
         must("ip", "netns", "add", name)
         must("ip", "link", "add", f"to-{name}", "type", "veth", "peer", "name", "eth0", "netns", name)
@@ -67,11 +67,6 @@ class Host:
         self.inside("ip", "addr", "add", f"10.9.{net}.2/24", "dev", "eth0")
         for device in ("eth0", "lo"):
             self.inside("ip", "link", "set", device, "up")
-        none = str(self.folder / "no-registry")
-        self.environment = {**os.environ, "LC_ALL": "C", "TZ": "UTC",
-                            "P32LS_SUBSTATION": str(self.folder / "substation.toml"),
-                            "RUVO_LOCK_DIR": str(self.folder / "lock"), "RUVO_STATE_DIR": str(self.folder / "state"),
-                            "RUVO_REGISTRY_USER": none, "RUVO_REGISTRY_MACHINE": none}
 
     def inside(self, *words):
         return must("nsenter", f"--net=/run/netns/{self.name}", *words)
@@ -88,59 +83,45 @@ class Host:
     def detach(self):
         must("umount", self.mount)
 
-    def set_relay(self, seed, events=EVENTS):
-        (self.folder / "substation.toml").write_text(f"""state = "delivered"
+    def set_relay(self, seed, root):
+        """Its events are to be stored there."""
+        self.describe(f"""state = "delivered"
 [link]
 serial = ["COM1"]
 [[relay]]
 serial = 1
 identity = {{ model = "MR01", serial = "000001", plant = "Yard", description = "Feeder 1" }}
 cells."05.02" = {{ number = 230.5, unit = "V" }}
-generate = {{ count = {events}, kinds = [0, 1], seed = {seed} }}
-""", "utf-8")
+generate = {{ count = {EVENTS}, kinds = [0, 1], seed = {seed} }}
+""")
         (self.folder / "delivered").unlink(missing_ok=True)
-        self.write_ini(self.mount / "ev")
-
-    def write_ini(self, root):
-        (self.folder / "site.ini").write_text(
-            f"[RUVO_GENERAL]\nEventRootDir={root}\nErrorLogPathname={self.folder}/log\n[RUVO_SERIAL]\nRV001=1\n", "utf-8")
+        self.events = root
+        self.write_ini("[RUVO_SERIAL]", "RV001=1")
 
     def has_locks(self):
         """As ruvoctl sees it."""
-        self.set_relay(1)
-        (self.mount / "ev").mkdir(exist_ok=True)
-        said = subprocess.run([self.bin / "ruvoctl", "check", self.folder / "site.ini"], env=self.environment,
-                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False).stdout
-        return NO_LOCKS not in said
-
-    def start(self):
-        return subprocess.Popen([self.bin / "ruvo", self.folder / "site.ini"], env=self.environment)
+        self.set_relay(1, self.mount / "ev")
+        self.events.mkdir(exist_ok=True)
+        return NO_LOCKS not in self.ruvoctl("check", self.folder / "site.ini")
 
     def delivered(self):
         account = self.folder / "delivered"
         return len(account.read_text("utf-8").splitlines()) if account.exists() else 0
 
-    def log(self):
-        log = self.folder / "log"
-        return log.read_text("utf-8", "replace").splitlines() if log.exists() else []
-
-    def records(self, root):
-        """What the day files below a folder hold, how often, and what is damaged in them."""
-        out = subprocess.run([self.bin / "ruvoctl", "events", "--format", "json", root], env=self.environment,
-                             stdout=subprocess.PIPE, text=True, check=False).stdout
-        items = [json.loads(line) for line in out.splitlines()]
+    def records(self):
+        """What the day files hold, how often, and what is damaged in them."""
+        told = self.ruvoctl("events", "--format", "json", self.events).splitlines()
+        items = [json.loads(line) for line in told if line.startswith("{")]
         damage = [item for item in items if "error" in item]
         records = (tuple(json.dumps(item[field]) for field in FIELDS) for item in items if "error" not in item)
         return collections.Counter(records), damage
 
     def pending_records(self, seed):
         """What a run of this host alone makes of the relay, in a folder of its own."""
-        alone = self.folder / "alone"
-        self.set_relay(seed)
-        self.write_ini(alone)
+        self.set_relay(seed, self.folder / "alone")
         self.start().wait()
-        wanted, _ = self.records(alone)
-        must("rm", "-r", alone)
+        wanted, _ = self.records()
+        must("rm", "-r", self.events)
         return wanted
 
 
@@ -171,9 +152,8 @@ class Night:
         root = f"ev{self.seed}"
         for at, host in enumerate(self.hosts):
             wanted += host.pending_records(self.seed + at)
-            host.set_relay(self.seed + at)
-            host.write_ini(host.mount / root)
-            (host.folder / "log").unlink(missing_ok=True)
+            host.set_relay(self.seed + at, host.mount / root)
+            host.clear_log()
         self.visit_both(kills)
         refused = sum("is held by another run" in line for host in self.hosts for line in host.log())
         for _ in range(4):
@@ -181,7 +161,7 @@ class Night:
                 host.start().wait()
             if all(host.delivered() == EVENTS for host in self.hosts):
                 break
-        found, damage = self.hosts[0].records(self.hosts[0].mount / root)
+        found, damage = self.hosts[0].records()
         lost, twice = wanted - found, found - wanted
         if not self.has_locks:
             return refused, lost.total(), twice.total()
