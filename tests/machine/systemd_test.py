@@ -21,7 +21,6 @@ PASSED_OVER = "of unknown kind passed over"
 def install(system, deb):
     shutil.copy(deb, system.path("/root"))
     system.must("dpkg", "-i", f"/root/{deb.name}")
-    equal("install: groups of the user", system.said("id", "-nG", "ruvo"), "ruvo dialout ruvo-events")
     told = system.said("systemd-analyze", "security", "--no-pager", "ruvo@demo.service")
     exposure = float(re.search(r"exposure level for [^:]*: ([0-9.]*) ", told)[1])
     print(f"  exposure of the service: {exposure} of 10")

@@ -12,14 +12,13 @@ import shutil
 import contents
 import visits
 from checks import check, ends_with, equal, fails, must, run, said, silent, succeeds
+from visits import ENVIRONMENT, EVENTS, count_events, visit
 
 ENABLED = pathlib.Path("/etc/systemd/system/timers.target.wants/ruvo@yard.timer")
 STAMP = pathlib.Path("/var/lib/systemd/timers/stamp-ruvo@yard.timer")
 UNITS = "/lib/systemd/system/ruvo@"
 EXAMPLES = "/usr/share/doc/ruvo/examples"
 SUBSTATION = f"P32LS_SUBSTATION={EXAMPLES}/simulator/substation.toml"
-ENVIRONMENT = pathlib.Path("/etc/ruvo/yard.env")
-EVENTS = "/var/lib/ruvo/yard"
 
 
 class Steps:
@@ -53,14 +52,6 @@ def modes(*paths):
     found = [os.stat(path) for path in paths]
     return [f"{status.st_mode & 0o7777:o} {pwd.getpwuid(status.st_uid).pw_name} {grp.getgrgid(status.st_gid).gr_name}"
             for status in found]
-
-
-def visit(site):
-    return "runuser", "-u", "ruvo", "--", "/usr/lib/ruvo/run-site", site
-
-
-def count_events(folder=EVENTS):
-    return len(said("ruvoctl", "events", "--format", "json", folder).splitlines())
 
 
 def nights(noon):

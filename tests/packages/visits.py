@@ -11,6 +11,7 @@ from checks import check, ends_with, equal, run, said, silent, succeeds
 RUN_SITE = "/usr/lib/ruvo/run-site"
 YARD = pathlib.Path("/etc/ruvo/yard.ini")
 ENVIRONMENT = pathlib.Path("/etc/ruvo/yard.env")
+EVENTS = "/var/lib/ruvo/yard"
 LOG = pathlib.Path("/var/log/ruvo/yard.log")
 
 
@@ -18,8 +19,8 @@ def visit(site):
     return "runuser", "-u", "ruvo", "--", RUN_SITE, site
 
 
-def count_events():
-    return len(said("ruvoctl", "events", "--format", "json", "/var/lib/ruvo/yard").splitlines())
+def count_events(folder=EVENTS):
+    return len(said("ruvoctl", "events", "--format", "json", folder).splitlines())
 
 
 def look_at_exit_statuses():
