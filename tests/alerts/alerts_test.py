@@ -20,11 +20,9 @@ def test_rules():
     done = run("promtool", "test", "rules", CASES)
     check("each rule fires when it should, and not before", done.returncode == 0, done.stdout)
     alerts = set(re.findall(r"- alert: (\w+)", RULES.read_text("utf-8")))
-    cases = CASES.read_text("utf-8")
-    fired = {alert for alert, wanted in re.findall(r"alertname: (\w+)\n +exp_alerts:(.*)", cases) if not wanted.strip()}
-    quiet = {alert for alert, wanted in re.findall(r"alertname: (\w+)\n +exp_alerts:(.*)", cases) if wanted.strip() == "[]"}
-    equal("each rule has a case in which it fires", fired, alerts)
-    equal("and one in which it does not", quiet, alerts)
+    cases = re.findall(r"alertname: (\w+)\n +exp_alerts: *(.*)", CASES.read_text("utf-8"))
+    equal("each rule has a case in which it fires", {alert for alert, wanted in cases if not wanted}, alerts)
+    equal("and one in which it does not", {alert for alert, wanted in cases if wanted == "[]"}, alerts)
 
 
 def metrics_of(folder):

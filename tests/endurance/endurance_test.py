@@ -8,7 +8,7 @@ import sys
 import tempfile
 import time
 
-from checks import check, count_checks, equal
+from checks import check, count_checks, equal, wait_for
 from substation import Substation
 
 SERIAL = '[link]\nserial = ["COM1"]'
@@ -78,9 +78,7 @@ def test_silent_server(site):
     site.describe(SERIAL, *relays, fault("StartGetStrings", 'relay = "0002"\ncall = 3\nhang = true'))
     hanging = site.start()
     try:
-        end = time.monotonic() + 10
-        while size_of(site, "0001") == 0 and time.monotonic() < end:
-            time.sleep(0.02)  # until the relay before it is done, and then a while
+        wait_for("the end of the relay before it", lambda: size_of(site, "0001") > 0, 10)
         time.sleep(0.5)
         check("the run waits: how long a relay may take is the server's to say", hanging.poll() is None)
         equal("the relay before it is on the disk", count_records(site, "EN-0001"), 5)

@@ -58,9 +58,9 @@ while :; do sleep 1000 & wait $!; done
 """
 
 
-def comm(process):
+def read(process, file):
     try:
-        return pathlib.Path(f"/proc/{process}/comm").read_text("utf-8").strip()
+        return pathlib.Path(f"/proc/{process}/{file}").read_text("utf-8")
     except OSError:
         return ""  # it has ended
 
@@ -153,13 +153,7 @@ class SlurmCluster:
 
     def command_lines(self, name):
         """The words of each process of a node."""
-        lines = []
-        for process in self.namespace(name):
-            try:
-                lines.append(pathlib.Path(f"/proc/{process}/cmdline").read_text("utf-8").split("\0"))
-            except OSError:
-                continue  # it has ended
-        return lines
+        return [read(process, "cmdline").split("\0") for process in self.namespace(name)]
 
     def lose(self, name):
         """All processes of the node end at once."""
@@ -168,7 +162,7 @@ class SlurmCluster:
 
     def kill_daemon(self, name):
         """The node's daemon ends; its visits live on."""
-        daemon = [process for process in self.namespace(name) if comm(process) == "slurmd"]
+        daemon = [process for process in self.namespace(name) if read(process, "comm") == "slurmd\n"]
         os.kill(min(daemon), signal.SIGKILL)  # the others are its children on their way to a step
 
     def freeze(self, name):

@@ -32,8 +32,7 @@ class Story:
     def play(self):
         for moment, word, rest, parts in steps():
             getattr(self, word)(moment, rest.strip(), *parts)
-        check("every text in the folder is of a morning", self.seen == {path.name for path in HERE.glob("mornings/*")},
-              self.seen ^ {path.name for path in HERE.glob("mornings/*")})
+        equal("every text in the folder is of a morning", self.seen, {path.name for path in HERE.glob("mornings/*")})
 
     def visit(self, moment, site):
         equal(f"what the visit of {site} says, {moment}", self.sites.visit(moment, site), "")
