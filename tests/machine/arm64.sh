@@ -37,13 +37,13 @@ sign_returns() { programs there | xargs aarch64-linux-gnu-objdump -d |
 # What the programs need of others: libraries, and of each the newest version that one of its functions is of.
 needs() {
     programs "$1" | xargs readelf -W -d -V | grep -oE '\[.*\.so\.[0-9]*\]|(GLIBC|GLIBCXX|CXXABI|OPENSSL)_[0-9.]+' | grep -v ld-linux |
-        sort -uV | awk -F _ '/\[/ { print; next } { newest[$1] = $0 } END { for (name in newest) print newest[name] }' | sort
+        sort -uV | newest
 }
+newest() { awk -F _ '/\[/ { print; next } { newest[$1] = $0 } END { for (name in newest) print newest[name] }' | sort; }
 needs_no_more() { # a newer version than the package of this machine needs sorts after it
     local there=$work/there.needs here=$work/here.needs
     needs there >"$there" && needs here >"$here" && [ -s "$there" ]
-    diff <(grep '\[' "$here") <(grep '\[' "$there") && sort -uV "$here" "$there" | awk -F _ '!/\[/ { newest[$1] = $0 }
-        END { for (name in newest) print newest[name] }' | sort | diff <(grep -v '\[' "$here") -
+    diff <(grep '\[' "$here") <(grep '\[' "$there") && sort -uV "$here" "$there" | newest | diff "$here" -
 }
 visit() { # whose programs, a command that runs them
     mkdir "$work/$1/visit"

@@ -56,9 +56,8 @@ def look_at_priorities(system, site):
     site.relay.fill(1)
     before = system.must("date", "+@%s.%6N").strip()
     site.visit()
-    lines = {}
-    for priority in ("info", "warning", "err"):
-        lines[priority] = system.journal(SERVICE, f"--since={before}", f"--priority={priority}..{priority}")
+    lines = {priority: system.journal(SERVICE, f"--since={before}", f"--priority={priority}..{priority}")
+             for priority in ("info", "warning", "err")}
     equal("priorities: a good relay", [name for name, text in lines.items() if "(RV001): 1 event\n" in text + "\n"], ["info"])
     equal("priorities: nothing else of a good visit", (lines["warning"], lines["err"]), ("", ""))
     site.relay.fill(1, kind=9)

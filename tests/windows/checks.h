@@ -1,6 +1,8 @@
 // Checks that count and tell, for test programs that run where no test library is.
 #pragma once
 
+#include "support/hex.h"
+
 #include <cstdio>
 #include <string>
 #include <type_traits>
@@ -32,12 +34,8 @@ public:
     /// The text with what cannot be printed as \xHH.
     static std::string Shown(const std::string& text) {
         std::string shown;
-        for (const char c : text) {
-            char escape[5];
-            std::snprintf(escape, sizeof escape, "\\x%02X",
-                          static_cast<unsigned>(static_cast<unsigned char>(c)));
-            shown += c >= ' ' && c <= '~' ? std::string(1, c) : std::string(escape);
-        }
+        for (const char c : text)
+            shown += c >= ' ' && c <= '~' ? std::string(1, c) : "\\x" + HexDigits(std::string(1, c));
         return shown.size() > kLongest ? shown.substr(0, kLongest) + "..." : shown;
     }
 

@@ -206,28 +206,6 @@ void CheckRecover() {
                     "and nothing is listed");
 }
 
-struct SWindowsOf {
-    DWORD processId;
-    std::vector<HWND> found;
-};
-
-// (A lambda has not the calling convention that 32-bit Windows wants.)
-BOOL CALLBACK TakeWindow(HWND window, LPARAM parameter) {
-    auto& wanted = *reinterpret_cast<SWindowsOf*>(parameter);
-    DWORD owner = 0;
-    GetWindowThreadProcessId(window, &owner);
-    if (owner == wanted.processId)
-        wanted.found.push_back(window);
-    return TRUE;
-}
-
-/// All top-level windows of the process, those that are never seen, too.
-std::vector<HWND> WindowsOf(DWORD processId) {
-    SWindowsOf search{processId, {}};
-    EnumWindows(TakeWindow, reinterpret_cast<LPARAM>(&search));
-    return search.found;
-}
-
 /// What a file begins with that a run has open, too: as one that it may remove, which a stream does not
 /// share.
 std::string Beginning(const std::string& path) {
@@ -271,21 +249,19 @@ void CheckRequestsToEnd() {
                 SendMessageA(window, number, 0, parameter);
         };
     };
-    const struct {
-        std::string word;
-        std::function<void(DWORD)> ask;
-    } cases[] = {{"a close request", message(WM_CLOSE, 0)},
-                 {"the end of the session", message(WM_QUERYENDSESSION, ENDSESSION_LOGOFF)},
-                 {"a close request", kill("")}};
+    const std::pair<std::string, std::function<void(DWORD)>> cases[] = {
+        {"a close request", message(WM_CLOSE, 0)},
+        {"the end of the session", message(WM_QUERYENDSESSION, ENDSESSION_LOGOFF)},
+        {"a close request", kill("")}};
     const std::string endless = kTrip + "[relay.generate]\ncount = 3\nseed = 1\nendless = true\n";
-    for (const auto& row : cases) {
+    for (const auto& [word, ask] : cases) {
         const CRunFolder run(kLink + Relay("serial = 5", endless), "", "[RUVO_SERIAL]\nRV001=5\nRV002=6\n");
-        g_checks.Equal(EndRun(row.ask), 0, row.word + ": exit status");
+        g_checks.Equal(EndRun(ask), 0, word + ": exit status");
         const std::string log = run.Log();
         g_checks.Expect(log.starts_with("This visit has taken ") &&
-                            log.ends_with("\nRun ended by " + row.word + "; 1 relay not visited.\n"),
-                        row.word + ": log: " + log);
-        g_checks.Equal(run.Files().size(), std::size_t{1}, row.word + ": day files");
+                            log.ends_with("\nRun ended by " + word + "; 1 relay not visited.\n"),
+                        word + ": log: " + log);
+        g_checks.Equal(run.Files().size(), std::size_t{1}, word + ": day files");
     }
     const CRunFolder run("", "", kSerial);
     run.Write("substation.toml",

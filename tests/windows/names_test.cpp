@@ -45,23 +45,20 @@ void CheckAccessLists() {
                     "a private file");
     g_checks.Expect(IsReadableByEveryone(In("usual")) == true && !IsReadableByEveryone(In("none")),
                     "a usual file, and none");
-    const struct {
-        std::string list; ///< after "D:"
-        bool everyUser;
-    } cases[] = {{"(A;;FA;;;SY)(A;;FA;;;BA)", false},
-                 {"(A;;FA;;;BA)(A;;FA;;;" + user + ")", false},
-                 {"(A;;FA;;;BA)(A;;FR;;;WD)", true}};
-    for (const auto& row : cases) {
+    const std::pair<std::string, bool> cases[] = {{"(A;;FA;;;SY)(A;;FA;;;BA)", false},
+                                                  {"(A;;FA;;;BA)(A;;FA;;;" + user + ")", false},
+                                                  {"(A;;FA;;;BA)(A;;FR;;;WD)", true}};
+    for (const auto& [list, everyUser] : cases) { // what follows "D:", and whether every user may read
         const std::string path = In("list");
         SECURITY_ATTRIBUTES security = {sizeof security, nullptr, FALSE};
-        const std::string whole = "O:" + user + "D:P" + row.list;
+        const std::string whole = "O:" + user + "D:P" + list;
         g_checks.Expect(ConvertStringSecurityDescriptorToSecurityDescriptorA(
                             whole.c_str(), SDDL_REVISION_1, &security.lpSecurityDescriptor, nullptr) != FALSE,
                         whole);
         CloseHandle(CreateFileA(path.c_str(), GENERIC_WRITE, 0, &security, CREATE_NEW, 0, nullptr));
         LocalFree(security.lpSecurityDescriptor);
-        g_checks.Expect(!LetsOthers(path, FILE_WRITE_DATA), row.list + ": who may write");
-        g_checks.Expect(LetsEveryUser(path, FILE_READ_DATA) == row.everyUser, row.list + ": who may read");
+        g_checks.Expect(!LetsOthers(path, FILE_WRITE_DATA), list + ": who may write");
+        g_checks.Expect(LetsEveryUser(path, FILE_READ_DATA) == everyUser, list + ": who may read");
         DeleteFileA(path.c_str());
     }
     g_checks.Expect(LetsOthers(In("none"), FILE_WRITE_DATA) && !LetsEveryUser(In("none"), FILE_READ_DATA),
@@ -100,25 +97,23 @@ void CheckPatterns() {
     const std::vector<std::string> names{"a.evt", "b.EVT", "c.evtx", "d", "\xC3\xA4.evt"};
     for (const std::string& name : names)
         g_checks.Expect(Write(In(name), "x"), name);
-    const struct {
-        std::string pattern;
+    const std::pair<std::string, std::string> cases[] = {
+        {"*.evt", "a.evt b.EVT \xC3\xA4.evt "},
+        {"*.EVT?", "c.evtx "},
+        {"?.evt", "a.evt b.EVT \xC3\xA4.evt "},
+        {"\xC3\x84*", "\xC3\xA4.evt "},
+        {"*v*x", "c.evtx "},
+        {"?", "d "},
+        {"a.evt", "a.evt "},
+        {"*.none", "*.none "},
+        {"*l", "usual "},
+        {"*.*", "a.evt b.EVT c.evtx d private usual \xC3\xA4.evt "},
+        {"b.evt", "b.evt "}};
+    for (const auto& [pattern, wanted] : cases) {
         std::string found;
-    } cases[] = {{"*.evt", "a.evt b.EVT \xC3\xA4.evt "},
-                 {"*.EVT?", "c.evtx "},
-                 {"?.evt", "a.evt b.EVT \xC3\xA4.evt "},
-                 {"\xC3\x84*", "\xC3\xA4.evt "},
-                 {"*v*x", "c.evtx "},
-                 {"?", "d "},
-                 {"a.evt", "a.evt "},
-                 {"*.none", "*.none "},
-                 {"*l", "usual "},
-                 {"*.*", "a.evt b.EVT c.evtx d private usual \xC3\xA4.evt "},
-                 {"b.evt", "b.evt "}};
-    for (const auto& row : cases) {
-        std::string found;
-        for (const std::string& path : FilesOfPattern(In(row.pattern)))
+        for (const std::string& path : FilesOfPattern(In(pattern)))
             found += (path.starts_with(In("")) ? path.substr(In("").size()) : path) + " ";
-        g_checks.Equal(found, row.found, "the pattern " + row.pattern);
+        g_checks.Equal(found, wanted, "the pattern " + pattern);
     }
     for (const std::string& name : names)
         RemoveFile(In(name));

@@ -16,19 +16,17 @@ constexpr int kTextOfBox = 0xFFFF; // number of the control that holds a message
 
 struct SSearch {
     DWORD processId;
-    HWND found;
+    std::vector<HWND> found;
 };
 
-BOOL CALLBACK TakeBox(HWND window, LPARAM argument) {
-    auto& search = *reinterpret_cast<SSearch*>(argument);
-    char className[32] = {};
+// (A lambda has not the calling convention that 32-bit Windows wants.)
+BOOL CALLBACK TakeWindow(HWND window, LPARAM parameter) {
+    auto& search = *reinterpret_cast<SSearch*>(parameter);
     DWORD owner = 0;
     GetWindowThreadProcessId(window, &owner);
-    GetClassNameA(window, className, sizeof className);
-    if (owner != search.processId || std::string(className) != "#32770" || IsWindowVisible(window) == FALSE)
-        return TRUE;
-    search.found = window;
-    return FALSE;
+    if (owner == search.processId)
+        search.found.push_back(window);
+    return TRUE;
 }
 
 void ServeMessages() {
@@ -69,10 +67,21 @@ int CProcess::Wait(DWORD milliseconds) const {
     return static_cast<int>(status);
 }
 
+std::vector<HWND> WindowsOf(DWORD processId) {
+    SSearch search{processId, {}};
+    EnumWindows(TakeWindow, reinterpret_cast<LPARAM>(&search));
+    return search.found;
+}
+
 SBox AnswerBox(const CProcess& process, DWORD milliseconds) {
-    SSearch search{process.Id(), nullptr};
-    for (const ULONGLONG end = GetTickCount64() + milliseconds; search.found == nullptr;) {
-        EnumWindows(TakeBox, reinterpret_cast<LPARAM>(&search));
+    HWND box = nullptr;
+    for (const ULONGLONG end = GetTickCount64() + milliseconds; box == nullptr;) {
+        for (const HWND window : WindowsOf(process.Id())) {
+            char className[32] = {};
+            GetClassNameA(window, className, sizeof className);
+            if (std::string(className) == "#32770" && IsWindowVisible(window) != FALSE)
+                box = window;
+        }
         if (process.HasEnded() || GetTickCount64() > end)
             return {};
         Sleep(kLook);
@@ -80,12 +89,11 @@ SBox AnswerBox(const CProcess& process, DWORD milliseconds) {
     std::string title(1024, '\0');
     std::string text(8192, '\0');
     // The box is there before its controls are.
-    for (int i = 0; i < 100 && GetDlgItem(search.found, IDOK) == nullptr; ++i)
+    for (int i = 0; i < 100 && GetDlgItem(box, IDOK) == nullptr; ++i)
         Sleep(kLook);
-    title.resize(
-        static_cast<std::size_t>(GetWindowTextA(search.found, title.data(), static_cast<int>(title.size()))));
-    text.resize(GetDlgItemTextA(search.found, kTextOfBox, text.data(), static_cast<int>(text.size())));
-    SendMessageA(GetDlgItem(search.found, IDOK), BM_CLICK, 0, 0);
+    title.resize(static_cast<std::size_t>(GetWindowTextA(box, title.data(), static_cast<int>(title.size()))));
+    text.resize(GetDlgItemTextA(box, kTextOfBox, text.data(), static_cast<int>(text.size())));
+    SendMessageA(GetDlgItem(box, IDOK), BM_CLICK, 0, 0);
     return {title, text};
 }
 
@@ -111,7 +119,7 @@ void CDebuggerOutput::Listen() {
     const HANDLE either[] = {m_data, m_stop};
     SetEvent(m_ready);
     while (WaitForMultipleObjects(2, either, FALSE, INFINITE) == WAIT_OBJECT_0) {
-        m_said.push_back({buffer->processId, buffer->text});
+        m_said.emplace_back(buffer->processId, buffer->text);
         SetEvent(m_ready);
     }
     UnmapViewOfFile(buffer);
@@ -122,8 +130,8 @@ std::string CDebuggerOutput::Of(DWORD processId) {
     if (m_listener.joinable())
         m_listener.join();
     std::string said;
-    for (const SSaid& one : m_said)
-        said += one.processId == processId ? one.text : "";
+    for (const auto& [process, text] : m_said)
+        said += process == processId ? text : "";
     return said;
 }
 

@@ -30,6 +30,9 @@ private:
     PROCESS_INFORMATION m_information = {};
 };
 
+/// All top-level windows of a process, those that are never seen, too.
+std::vector<HWND> WindowsOf(DWORD processId);
+
 /// What a message box of another process showed.
 struct SBox {
     std::string title;
@@ -53,15 +56,11 @@ public:
 private:
     void Listen();
 
-    struct SSaid {
-        DWORD processId;
-        std::string text;
-    };
     HANDLE m_ready;
     HANDLE m_data;
     HANDLE m_stop;
     HANDLE m_mapping;
-    std::vector<SSaid> m_said;
+    std::vector<std::pair<DWORD, std::string>> m_said; ///< by which process, and what
     std::thread m_listener;
 };
 

@@ -125,25 +125,19 @@ TEST_F(Server, RefusesTheSlotsThatNobodyUses) {
 }
 
 TEST_F(Server, DamagesRepliesAsItsFaultsSay) {
-    struct SCase {
-        const char* name;
-        const char* fault;
-        std::int32_t status;
-        Variant data;
-    };
-    const SCase cases[] = {
+    const std::tuple<const char*, const char*, std::int32_t, Variant> cases[] = {
         {"output of a useless type", "wrong_type = 3", 0, Variant::Other()},
         {"status of a useless type", "wrong_type = 0", -1, Variant::FromBytes({7, 0})},
         {"cut short", "truncate = 1", 0, Variant::FromBytes({7})},
         {"failed call", "com_failure = true", -1, Variant()},
     };
-    for (const SCase& row : cases) {
-        ServeWithFault(std::string("operation = \"GetValue\"\n") + row.fault);
+    for (const auto& [name, fault, wanted, data] : cases) {
+        ServeWithFault(std::string("operation = \"GetValue\"\n") + fault);
         ASSERT_NO_FATAL_FAILURE(Connect());
         c = {};
-        EXPECT_EQ(Status(connection->Server().GetValue(address, Cell(0x0502), a, b, c, status)), row.status)
-            << row.name;
-        EXPECT_EQ(c, row.data) << row.name;
+        EXPECT_EQ(Status(connection->Server().GetValue(address, Cell(0x0502), a, b, c, status)), wanted)
+            << name;
+        EXPECT_EQ(c, data) << name;
         connection.reset();
     }
 }
