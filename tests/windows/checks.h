@@ -9,48 +9,41 @@
 
 namespace ruvo::test {
 
-/// Counts passed and failed checks; a failed one says what it was about.
-class CChecks {
-public:
-    void Expect(bool good, const std::string& about) {
-        ++(good ? m_passed : m_failed);
-        if (!good && m_failed <= kMostShown) {
-            std::printf("FAILED: %s\n", about.c_str());
-            std::fflush(stdout);
-        }
+inline unsigned g_passed = 0, g_failed = 0;
+
+/// Counts; a failed check says what it was about.
+inline void Expect(bool good, const std::string& about) {
+    constexpr unsigned kMostShown = 40;
+    ++(good ? g_passed : g_failed);
+    if (!good && g_failed <= kMostShown) {
+        std::printf("FAILED: %s\n", about.c_str());
+        std::fflush(stdout);
     }
+}
 
-    template <typename TGot, typename TWanted>
-    void Equal(const TGot& got, const TWanted& wanted, const std::string& about) {
-        Expect(got == wanted, about + "\n  got    '" + Shown(got) + "'\n  wanted '" + Shown(wanted) + "'");
-    }
+/// The text with what cannot be printed as \xHH.
+inline std::string Shown(const std::string& text) {
+    constexpr std::size_t kLongest = 2000;
+    std::string shown;
+    for (const char c : text)
+        shown += c >= ' ' && c <= '~' ? std::string(1, c) : "\\x" + HexDigits(std::string(1, c));
+    return shown.size() > kLongest ? shown.substr(0, kLongest) + "..." : shown;
+}
 
-    /// Prints the count, in the form that scripts add up; the exit status.
-    int Finish() const {
-        std::printf("%u passed, %u failed\n", m_passed, m_failed);
-        return m_failed == 0 && m_passed > 0 ? 0 : 1;
-    }
+template <typename TNumber>
+std::string Shown(TNumber number) requires(std::is_arithmetic_v<TNumber>) {
+    return std::to_string(number);
+}
 
-    /// The text with what cannot be printed as \xHH.
-    static std::string Shown(const std::string& text) {
-        std::string shown;
-        for (const char c : text)
-            shown += c >= ' ' && c <= '~' ? std::string(1, c) : "\\x" + HexDigits(std::string(1, c));
-        return shown.size() > kLongest ? shown.substr(0, kLongest) + "..." : shown;
-    }
+template <typename TGot, typename TWanted>
+void Equal(const TGot& got, const TWanted& wanted, const std::string& about) {
+    Expect(got == wanted, about + "\n  got    '" + Shown(got) + "'\n  wanted '" + Shown(wanted) + "'");
+}
 
-private:
-    static std::string Shown(const char* text) { return Shown(std::string(text)); }
-    template <typename TNumber>
-    static std::string Shown(TNumber number) requires(std::is_arithmetic_v<TNumber>) {
-        return std::to_string(number);
-    }
-
-    static constexpr unsigned kMostShown = 40;
-    static constexpr std::size_t kLongest = 2000;
-
-    unsigned m_passed = 0;
-    unsigned m_failed = 0;
-};
+/// Prints the count, in the form that scripts add up; the exit status.
+inline int Finish() {
+    std::printf("%u passed, %u failed\n", g_passed, g_failed);
+    return g_failed == 0 && g_passed > 0 ? 0 : 1;
+}
 
 } // namespace ruvo::test

@@ -23,8 +23,6 @@ constexpr const char* kInstanceName = "RUVO:3B38A5F0-71B0-11d3-9C2B-00600816C2BE
 constexpr const char* kStudioKey = "SOFTWARE\\Halvex\\Norvo Q7 Studio";
 constexpr DWORD kPatience = 300000; // milliseconds, for an emulated machine
 
-CChecks g_checks;
-
 std::string Plain() {
     return kLink + Relay("serial = 5", kTrip);
 }
@@ -40,15 +38,15 @@ std::string Listed(const std::map<std::string, std::string>& files) {
 void RegisterServer() {
     const CRunFolder run(Plain(), "", kSerial);
     const CProcess registration(kServerProgram, "/RegServer " + CRunFolder::Path("substation.toml"));
-    g_checks.Equal(registration.Wait(kPatience), 0, "registering the server");
+    Equal(registration.Wait(kPatience), 0, "registering the server");
 }
 
 void CheckSharedCases() {
     for (const SCase& test : kRunCases) {
         const CRunFolder run(test.substation, test.general, test.sections);
-        g_checks.Equal(run.Run(), 0, std::string(test.name) + ": exit status");
-        g_checks.Equal(run.Log(), test.log, std::string(test.name) + ": log");
-        g_checks.Equal(Listed(run.Files()), Listed(test.files), std::string(test.name) + ": day files");
+        Equal(run.Run(), 0, std::string(test.name) + ": exit status");
+        Equal(run.Log(), test.log, std::string(test.name) + ": log");
+        Equal(Listed(run.Files()), Listed(test.files), std::string(test.name) + ": day files");
     }
 }
 
@@ -56,9 +54,9 @@ void CheckBox(const std::string& arguments, const std::string& title, const std:
               const std::string& about) {
     const CProcess program("RUVO.exe", arguments);
     const SBox box = AnswerBox(program, kPatience);
-    g_checks.Equal(box.title, title, about + ": title");
-    g_checks.Equal(box.text, text, about + ": text");
-    g_checks.Equal(program.Wait(kPatience), 0, about + ": exit status");
+    Equal(box.title, title, about + ": title");
+    Equal(box.text, text, about + ": text");
+    Equal(program.Wait(kPatience), 0, about + ": exit status");
 }
 
 void CheckOnlyMode() {
@@ -68,23 +66,23 @@ void CheckOnlyMode() {
     CheckBox("/t " + ini, "RUVO", start + "Success - No input errors found.\n", "check-only");
     run.WriteIni("BaudRate=960\n", kSerial);
     CheckBox("-t " + ini, "RUVO", start + "BaudRate value error.\n", "check-only with an error");
-    g_checks.Expect(run.Files().empty() && run.Log().empty(), "check-only touches nothing");
+    Expect(run.Files().empty() && run.Log().empty(), "check-only touches nothing");
 }
 
 /// A second instance brings the first one's window forward, logs, and contacts nobody.
 void CheckSecondInstance() {
     const CRunFolder run(Plain(), "", kSerial);
     CInstanceMarker first;
-    g_checks.Expect(first.Claim(kInstanceName) == EInstanceClaim::Claimed, "the first instance");
+    Expect(first.Claim(kInstanceName) == EInstanceClaim::Claimed, "the first instance");
     const HWND window = CreateWindowA(kInstanceName, "first", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 200,
                                       100, nullptr, nullptr, GetModuleHandleA(nullptr), nullptr);
     ShowWindow(window, SW_MINIMIZE);
-    g_checks.Expect(IsIconic(window) != FALSE, "the first instance's window is minimised");
-    g_checks.Equal(run.Run(), 0, "second instance: exit status");
-    g_checks.Equal(run.Log(), "Only one instance can be running at one time.\n", "second instance: log");
-    g_checks.Expect(IsIconic(window) == FALSE, "the first instance's window is restored");
-    g_checks.Expect(run.Files().empty() && !std::filesystem::exists(CRunFolder::Path("trace.txt")),
-                    "second instance: no relay was contacted");
+    Expect(IsIconic(window) != FALSE, "the first instance's window is minimised");
+    Equal(run.Run(), 0, "second instance: exit status");
+    Equal(run.Log(), "Only one instance can be running at one time.\n", "second instance: log");
+    Expect(IsIconic(window) == FALSE, "the first instance's window is restored");
+    Expect(run.Files().empty() && !std::filesystem::exists(CRunFolder::Path("trace.txt")),
+           "second instance: no relay was contacted");
     DestroyWindow(window);
 }
 
@@ -98,9 +96,9 @@ void CheckRegistryDestination() {
     {
         const CRunFolder run(Plain(), "", kSerial);
         SetDestination(HKEY_CURRENT_USER, CRunFolder::Path("user"));
-        g_checks.Equal(run.Run(), 0, "a destination of the user: exit status");
-        g_checks.Equal(Listed(run.Files("user\\RUVO")), Listed(wanted), "a destination of the user");
-        g_checks.Expect(run.Files().empty(), "a destination of the user replaces the INI file's");
+        Equal(run.Run(), 0, "a destination of the user: exit status");
+        Equal(Listed(run.Files("user\\RUVO")), Listed(wanted), "a destination of the user");
+        Expect(run.Files().empty(), "a destination of the user replaces the INI file's");
     }
     const CRunFolder run(Plain(), "", kSerial);
     SetDestination(HKEY_CURRENT_USER, "Q:\\none");
@@ -111,7 +109,7 @@ void CheckRegistryDestination() {
              "Destination path: " +
                  CRunFolder::Path("machine"),
              "an unusable destination of the user");
-    g_checks.Equal(Listed(run.Files("machine\\RUVO")), Listed(wanted), "a destination of the machine");
+    Equal(Listed(run.Files("machine\\RUVO")), Listed(wanted), "a destination of the machine");
     RegDeleteTreeA(HKEY_CURRENT_USER, kStudioKey);
     RegDeleteTreeA(HKEY_LOCAL_MACHINE, kStudioKey);
 }
@@ -120,42 +118,42 @@ void CheckDebuggerLines() {
     const CRunFolder run(kLink + Relay("serial = 5", kLocked + kTrip), "", kSerial + kPassword);
     CDebuggerOutput output;
     const CProcess program("RUVO.exe", CRunFolder::Path("site.ini"));
-    g_checks.Equal(program.Wait(kPatience), 0, "a login: exit status");
-    g_checks.Equal(WithoutTimes(output.Of(program.Id())), kLoginTrace, "a login: what the debugger sees");
+    Equal(program.Wait(kPatience), 0, "a login: exit status");
+    Equal(WithoutTimes(output.Of(program.Id())), kLoginTrace, "a login: what the debugger sees");
 }
 
 /// The entry points, called by another program: this one.
 void CheckLibrary() {
     const bool decorated = sizeof(void*) == 4;
     CModule library;
-    g_checks.Expect(library.Load(CodeFolder() + "\\ruvo.dll"), "the library");
+    Expect(library.Load(CodeFolder() + "\\ruvo.dll"), "the library");
     const auto entry = [&](const std::string& name) {
         using Function = std::int32_t(__stdcall*)(const char*, const char*);
         const std::string exported = decorated ? "_" + name + "@8" : name;
         const auto function = reinterpret_cast<Function>(library.FindEntry(exported.c_str()));
-        g_checks.Expect(function != nullptr, exported);
+        Expect(function != nullptr, exported);
         return function;
     };
     const auto test = entry("TestConnectionExt");
     char scrambled[23] = {};
     char plain[9] = {};
     // The second argument is what they write to.
-    g_checks.Equal(entry("encrypt")("AbC123", scrambled), 0, "scrambling");
-    g_checks.Equal(entry("decrypt")(scrambled, plain), 0, "turning back");
-    g_checks.Equal(std::string(plain), "AbC123", "the password");
+    Equal(entry("encrypt")("AbC123", scrambled), 0, "scrambling");
+    Equal(entry("decrypt")(scrambled, plain), 0, "turning back");
+    Equal(std::string(plain), "AbC123", "the password");
     const CRunFolder run(kLink + Relay("serial = 5", kLocked + kTrip), "", kSerial + kPassword);
     const std::string ini = CRunFolder::Path("site.ini");
-    g_checks.Equal(test(ini.c_str(), "rv001"), 0, "the right password");
-    g_checks.Equal(test(ini.c_str(), "RV002"), 3, "no such key");
-    g_checks.Equal(test(CRunFolder::Path("none.ini").c_str(), "RV001"), 2, "no such file");
+    Equal(test(ini.c_str(), "rv001"), 0, "the right password");
+    Equal(test(ini.c_str(), "RV002"), 3, "no such key");
+    Equal(test(CRunFolder::Path("none.ini").c_str(), "RV001"), 2, "no such file");
     run.WriteIni("", kSerial);
-    g_checks.Equal(test(ini.c_str(), "RV001"), 10, "the password missing");
+    Equal(test(ini.c_str(), "RV001"), 10, "the password missing");
 }
 
 void CheckCompanion() {
     const CRunFolder run(Plain(), "", kSerial);
     const CProcess program("ruvoctl.exe", "test " + CRunFolder::Path("site.ini") + " RV001");
-    g_checks.Equal(program.Wait(kPatience), 0, "ruvoctl test");
+    Equal(program.Wait(kPatience), 0, "ruvoctl test");
 }
 
 /// What a program writes on its standard output.
@@ -177,33 +175,32 @@ void CheckRecover() {
             "[[fault]]\noperation = \"ChangeSetting\"\ncell = \"00.02\"\nfrom = 3\nreply = 4\n",
         "", kSerial + kPassword);
     const std::string ini = CRunFolder::Path("site.ini");
-    g_checks.Equal(run.Run(), 0, "a refused password: exit status");
+    Equal(run.Run(), 0, "a refused password: exit status");
     const std::string log = run.Log();
     const std::string mark = " set aside in ";
     const std::size_t begin = log.find(mark);
     const std::size_t end = log.find(": a password was refused.");
-    g_checks.Expect(begin != std::string::npos && end != std::string::npos, "the set-aside file: " + log);
+    Expect(begin != std::string::npos && end != std::string::npos, "the set-aside file: " + log);
     if (begin == std::string::npos || end == std::string::npos)
         return;
     const std::string file = log.substr(begin + mark.size(), end - begin - mark.size());
     const int events = std::atoi(log.c_str() + log.rfind('\n', begin) + 1);
-    g_checks.Expect(events > 0, "events that are set aside: " + log);
-    g_checks.Equal(Listed(run.Files()), "", "nothing is in a day file");
-    g_checks.Expect(Shown("ruvoctl.exe", "recover " + ini).find(file) != std::string::npos,
-                    "recover lists it");
+    Expect(events > 0, "events that are set aside: " + log);
+    Equal(Listed(run.Files()), "", "nothing is in a day file");
+    Expect(Shown("ruvoctl.exe", "recover " + ini).find(file) != std::string::npos, "recover lists it");
     const auto store = [&] {
         return CProcess("ruvoctl.exe", "recover " + ini + " \"" + file + "\"").Wait(kPatience);
     };
     std::map<std::string, std::string> wanted{{kDay, Header("000001")}};
     for (int event = 0; event < events; ++event)
         wanted[kDay] += Trip();
-    g_checks.Equal(store(), 0, "recover stores it");
-    g_checks.Equal(Listed(run.Files()), Listed(wanted), "its events are in the day file");
-    g_checks.Expect(!FileBytes(file + ".done").empty(), "it is marked");
-    g_checks.Equal(store(), 1, "recover twice");
-    g_checks.Equal(Listed(run.Files()), Listed(wanted), "twice is once");
-    g_checks.Expect(Shown("ruvoctl.exe", "recover " + ini).find("nothing is left") != std::string::npos,
-                    "and nothing is listed");
+    Equal(store(), 0, "recover stores it");
+    Equal(Listed(run.Files()), Listed(wanted), "its events are in the day file");
+    Expect(!FileBytes(file + ".done").empty(), "it is marked");
+    Equal(store(), 1, "recover twice");
+    Equal(Listed(run.Files()), Listed(wanted), "twice is once");
+    Expect(Shown("ruvoctl.exe", "recover " + ini).find("nothing is left") != std::string::npos,
+           "and nothing is listed");
 }
 
 /// What a file begins with that a run has open, too: as one that it may remove, which a stream does not
@@ -256,23 +253,22 @@ void CheckRequestsToEnd() {
     const std::string endless = kTrip + "[relay.generate]\ncount = 3\nseed = 1\nendless = true\n";
     for (const auto& [word, ask] : cases) {
         const CRunFolder run(kLink + Relay("serial = 5", endless), "", "[RUVO_SERIAL]\nRV001=5\nRV002=6\n");
-        g_checks.Equal(EndRun(ask), 0, word + ": exit status");
+        Equal(EndRun(ask), 0, word + ": exit status");
         const std::string log = run.Log();
-        g_checks.Expect(log.starts_with("This visit has taken ") &&
-                            log.ends_with("\nRun ended by " + word + "; 1 relay not visited.\n"),
-                        word + ": log: " + log);
-        g_checks.Equal(run.Files().size(), std::size_t{1}, word + ": day files");
+        Expect(log.starts_with("This visit has taken ") &&
+                   log.ends_with("\nRun ended by " + word + "; 1 relay not visited.\n"),
+               word + ": log: " + log);
+        Equal(run.Files().size(), std::size_t{1}, word + ": day files");
     }
     const CRunFolder run("", "", kSerial);
     run.Write("substation.toml",
               kLink + Relay("serial = 5", endless)); // no trace, which the server would keep
     EndRun(kill("/F "));
-    g_checks.Equal(run.Log(), "", "killed: log");
+    Equal(run.Log(), "", "killed: log");
     run.Write("substation.toml", Plain());
-    g_checks.Equal(run.Run(), 0, "after the kill: exit status");
+    Equal(run.Run(), 0, "after the kill: exit status");
     const std::string log = run.Log();
-    g_checks.Expect(log.find(" of a visit that was ended ") != std::string::npos,
-                    "after the kill: log: " + log);
+    Expect(log.find(" of a visit that was ended ") != std::string::npos, "after the kill: log: " + log);
 }
 
 /// The server dies in the middle of a request: the run says so, and ends.
@@ -288,10 +284,10 @@ void CheckServerLost() {
     for (int i = 0; i < 400 && !isUnderWay(); ++i)
         Sleep(50);
     Sleep(500);
-    g_checks.Expect(KillServer() == 1, "the server was there to be ended");
-    g_checks.Equal(program.Wait(20000), 0, "the run ends without its server");
-    g_checks.Expect(run.Log().starts_with("A problem occured during events extraction. " + kSerialDetails),
-                    "the loss is logged: " + run.Log());
+    Expect(KillServer() == 1, "the server was there to be ended");
+    Equal(program.Wait(20000), 0, "the run ends without its server");
+    Expect(run.Log().starts_with("A problem occured during events extraction. " + kSerialDetails),
+           "the loss is logged: " + run.Log());
 }
 
 } // namespace
@@ -312,7 +308,7 @@ int CheckPrograms() {
     if (outOfProcess) {
         CheckServerLost(); // the last: Wine goes on offering a server that was killed until the session ends
     }
-    return g_checks.Finish();
+    return Finish();
 }
 
 } // namespace ruvo::test

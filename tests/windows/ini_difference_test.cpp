@@ -147,21 +147,21 @@ bool IsExactFitOfQuoted(const std::string& ours, const std::string& system, std:
     return ours.size() + 1 == capacity && system == ours.substr(0, ours.size() - 1);
 }
 
-void CompareReaders(CChecks& checks, const std::string& path, const std::string& text) {
+void CompareReaders(const std::string& path, const std::string& text) {
     const CProfileReader system(path);
     const STextReader ours = ReadAsText(path);
-    const std::string about = "in file '" + CChecks::Shown(text) + "'";
+    const std::string about = "in file '" + Shown(text) + "'";
     for (const std::size_t capacity : {kCapacity, std::size_t{20}, std::size_t{5}})
-        checks.Equal(Joined(ours.sectionNames(capacity)), Joined(system.SectionNames(capacity)),
-                     "section names, capacity " + std::to_string(capacity) + ", " + about);
+        Equal(Joined(ours.sectionNames(capacity)), Joined(system.SectionNames(capacity)),
+              "section names, capacity " + std::to_string(capacity) + ", " + about);
     for (const auto& [section, key] : QuestionsAbout(CIniText::Parse(text))) {
         for (const std::size_t capacity : {kCapacity, std::size_t{4}}) {
             const std::string mine = ours.read(section, key, " 'd' ", capacity);
             const std::string theirs = system.ReadString(section, key, " 'd' ", capacity);
             if (!IsExactFitOfQuoted(mine, theirs, capacity))
-                checks.Equal(mine, theirs,
-                             "[" + CChecks::Shown(section) + "] " + CChecks::Shown(key) + ", capacity " +
-                                 std::to_string(capacity) + ", " + about);
+                Equal(mine, theirs,
+                      "[" + Shown(section) + "] " + Shown(key) + ", capacity " + std::to_string(capacity) +
+                          ", " + about);
         }
     }
 }
@@ -169,15 +169,14 @@ void CompareReaders(CChecks& checks, const std::string& path, const std::string&
 } // namespace
 
 int CompareIniReaders() {
-    CChecks checks;
     const std::string path = TemporaryFolder() + "ini-difference.ini";
     for (unsigned seed = 1; seed <= kFileCount; ++seed) {
         const std::string text = CIniMaker(seed).Make();
         WriteFileBytes(path, text);
-        CompareReaders(checks, path, text);
+        CompareReaders(path, text);
     }
     RemoveFile(path);
-    return checks.Finish();
+    return Finish();
 }
 
 } // namespace ruvo::test

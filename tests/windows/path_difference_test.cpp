@@ -81,24 +81,22 @@ std::string Ours(const std::string& path, const std::string& folder) {
 } // namespace
 
 int CompareFullPaths() {
-    CChecks checks;
     static_cast<void>(MakeFolder("C:\\work")); // it may be there
     static_cast<void>(MakeFolder("C:\\work\\dir"));
     for (const std::string folder : {"C:\\work\\dir", "C:\\"}) {
-        checks.Expect(SetCurrentFolder(folder), "entering " + folder);
+        Expect(SetCurrentFolder(folder), "entering " + folder);
         for (int length = 240; length < 262; ++length) {
             const std::string path(static_cast<std::size_t>(length), 'n');
-            checks.Equal(Ours(path, folder), FullPath(path), "a name of " + std::to_string(length));
+            Equal(Ours(path, folder), FullPath(path), "a name of " + std::to_string(length));
         }
         for (unsigned seed = 1; seed <= kPathCount; ++seed) {
             const std::string path = CPathMaker(seed).Make();
             if (!MeansTheHostsFiles(path) && !HasFolderOfDots(path) && !HasSeparatorsAroundShare(path)) {
-                checks.Equal(Ours(path, folder), FullPath(path),
-                             "'" + CChecks::Shown(path) + "' in " + folder);
+                Equal(Ours(path, folder), FullPath(path), "'" + Shown(path) + "' in " + folder);
             }
         }
     }
-    return checks.Finish();
+    return Finish();
 }
 
 } // namespace ruvo::test
