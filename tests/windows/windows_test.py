@@ -20,7 +20,6 @@ from wine import HANGS, Windows
 X86, X64 = (pathlib.Path(f"build/windows-{bits}/bin").resolve() for bits in ("x86", "x64"))
 SYSTEM = {f"{name}.dll" for name in
           "kernel32 user32 gdi32 advapi32 ole32 oleaut32 msvcrt bcrypt shell32 version".split()}
-FILES = "RUVO.exe ruvoctl.exe p32ls-sim.exe ruvo.dll oncrpc.dll HalvexCryptoKit.dll".split()
 VERSION = re.search(r"(?m)^project\(ruvo VERSION ([0-9.]*)", pathlib.Path("CMakeLists.txt").read_text("utf-8"))[1]
 
 
@@ -47,7 +46,7 @@ def resources(file):
 
 def look_at_files():
     print("Looking into the 32-bit files", flush=True)
-    for file in FILES:
+    for file in setups.PROGRAMS:
         form = re.search("file format (.*)", said("i686-w64-mingw32-objdump", "-f", X86 / file))[1]
         equal(f"{file} is for 32-bit Windows", form, "pei-i386")
         needed = {name.lower() for name in re.findall("DLL Name: (.*)", headers(file))}
