@@ -6,7 +6,6 @@ import shutil
 import xml.etree.ElementTree
 
 from checks import check, equal
-from wine import HANGS
 
 FOLDER, DATA = "Program Files/ruvo", "ProgramData/ruvo"
 TASK = "{http://schemas.microsoft.com/windows/2004/02/mit/task}"
@@ -32,14 +31,12 @@ class Steps:
         # A session of its own for each that starts the server: Wine may still offer the one that is about to end.
         if re.search(r"\b(visit|check)\b", command):
             self.windows.end_session()
-        for again in (True, False):
+
+        def attempt():
             with open(answers, "rb") as stdin:
-                status = self.windows.type("step", 180, command, stdin=stdin, WINEPATH=r"C:\Program Files\ruvo",
-                                           WINEDEBUG="-all,+eventlog")
-            if status is not None or not again:
-                break
-            print(f"  {command} {HANGS}", flush=True)
-            self.windows.end_session()
+                return self.windows.type("step", 180, command, stdin=stdin, WINEPATH=r"C:\Program Files\ruvo", WINEDEBUG="-all,+eventlog")
+
+        status = self.windows.insist(command, attempt)
         self.shown = self.windows.read("step.log")
         return status
 

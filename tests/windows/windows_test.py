@@ -15,7 +15,7 @@ from checks import check, count_checks, counts, equal, said
 from companion import test_companion
 from rooms import count_tests, run_rooms
 from substation import EVENT, SUBSTATION
-from wine import HANGS, Windows
+from wine import Windows
 
 X86, X64 = (pathlib.Path(f"build/windows-{bits}/bin").resolve() for bits in ("x86", "x64"))
 SYSTEM = {f"{name}.dll" for name in
@@ -84,20 +84,11 @@ def take_count(name, text):
     print(f"  {name}: {last_line(text)}", flush=True)
 
 
-def run_twin(windows, name):
-    windows.run(name, 400, X64 / f"test_{name}.exe", WINEDEBUG="-all,+relay")
-    return windows.read(f"{name}.log")
-
-
 def run_twins(windows):
     print("Running the test programs under Wine", flush=True)
     for name in ("path_difference", "ini_difference", "system", "names", "end_to_end"):
-        text = run_twin(windows, name)
-        if " passed, " not in last_line(text):
-            print(f"  {name} {HANGS}", flush=True)
-            windows.end_session()
-            text = run_twin(windows, name)
-        take_count(name, text)
+        windows.insist(name, lambda: windows.run(name, 400, X64 / f"test_{name}.exe", WINEDEBUG="-all,+relay"))
+        take_count(name, windows.read(f"{name}.log"))
 
 
 def run_connector(windows):
@@ -105,12 +96,8 @@ def run_connector(windows):
     print("Running the COM connector under Wine", flush=True)
     # A session for each: Wine goes on offering the class object of a killed server for as long as the session lasts.
     for tests in ("-KilledServer.*", "KilledServer.*"):
-        for attempt in ("first", "second"):
-            windows.end_session()
-            status = windows.run("com", 200, X64 / "test_com.exe", f"--gtest_filter={tests}")
-            if status is not None or attempt == "second":
-                break
-            print(f"  com {tests} {HANGS}", flush=True)
+        windows.end_session()
+        status = windows.insist(f"com {tests}", lambda: windows.run("com", 200, X64 / "test_com.exe", f"--gtest_filter={tests}"))
         if not count_tests(f"com {tests}", status, windows.read("com.log")):
             print(windows.read("com.calls"))
 

@@ -6,8 +6,6 @@ import subprocess
 from checks import run
 
 WINE, WINESERVER = "/usr/lib/wine/wine64", "/usr/lib/wine/wineserver"
-# Wine itself hangs once in a long while, when COM releases an interface as a call returns.
-HANGS = "did not come to its end; once more in a new session"
 # The calls that a test reads back: a box's icon, which no other process can see, and permissions, which are not kept.
 TRACED = ("user32.MessageBoxA", "advapi32.ConvertStringSecurityDescriptorToSecurityDescriptorW",
           "advapi32.SetFileSecurityW")
@@ -62,6 +60,15 @@ class Windows:
             program.kill()
             program.wait()
             return None
+
+    def insist(self, what, attempt):
+        """Its status. Wine itself hangs once in a long while, when COM releases an interface as a call returns."""
+        status = attempt()
+        if status is None:
+            print(f"  {what} did not come to its end; once more in a new session", flush=True)
+            self.end_session()
+            status = attempt()
+        return status
 
     def type(self, name, seconds, line, **options):
         """The status of a command line, as one types it."""
