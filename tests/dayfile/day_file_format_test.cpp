@@ -71,9 +71,8 @@ TEST(DayFilePage, HasTheTypesAndTheSizesThatKeepEveryByte) {
             std::vector<std::uint8_t> bytes(kValueHeadSize + size, 0x02);
             bytes[1] = static_cast<std::uint8_t>(size);
             const auto value = CDataFactory::Create(code, std::span(bytes).subspan(kValueHeadSize));
-            if (value != nullptr && IsStoredThere(value.get(), bytes)) {
+            if (value != nullptr && IsStoredThere(value.get(), bytes))
                 sizes += (count++ > 0 ? ", " : "") + std::to_string(size);
-            }
         }
         if (count > 0)
             rows +=

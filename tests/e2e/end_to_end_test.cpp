@@ -38,9 +38,8 @@ TEST(EndToEnd, EveryLaterRunAppendsAndTheTimeZoneDoesNotMatter) {
     run.Run("TZ=Pacific/Honolulu");
     run.Run();
     std::string all;
-    for (const auto& [name, bytes] : run.Files()) {
+    for (const auto& [name, bytes] : run.Files())
         all += bytes;
-    }
     if (before == UtcDate()) {
         EXPECT_EQ(all, Header("000001") + Trip() + Trip()) << "each event once, in two runs";
     }
@@ -170,9 +169,8 @@ TEST(EndToEnd, AFullDiskAndAVanishedRootAreLoggedAndCostNoEarlierRecord) {
         "while [ $(wc -c <$day) -lt 400000 ]; do cat $DIR/records >>$day; done; cp $day $DIR/before\n"
         "${RUVO}ctl events --format json $day; rm -r $DIR/ev/AB12-0002 $DIR/run.log\n"
         "ulimit -f $(($(wc -c <$day) / 1024 + 4)); $RUVO $DIR/site.ini");
-    if (today != UtcDate()) {
+    if (today != UtcDate())
         GTEST_SKIP() << "midnight has passed";
-    }
     const std::string earlier = run.Folder().Read("before");
     const std::string file = run.Files()[kDay];
     EXPECT_TRUE(file.starts_with(earlier) && file.size() <= earlier.size() + 4096);

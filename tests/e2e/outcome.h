@@ -31,18 +31,15 @@ inline std::string WithoutTimeStamps(const std::string& log) {
 inline std::map<std::string, std::string> FilesBelow(const std::filesystem::path& folder,
                                                      bool keepsDates = false) {
     std::map<std::string, std::string> files;
-    if (!std::filesystem::exists(folder)) {
+    if (!std::filesystem::exists(folder))
         return files;
-    }
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
-        if (!entry.is_regular_file()) {
+        if (!entry.is_regular_file())
             continue;
-        }
         std::string name = entry.path().lexically_relative(folder).generic_string();
         if (const std::size_t date = name.rfind("-DEV.evt");
-            !keepsDates && date != std::string::npos && date > 10) {
+            !keepsDates && date != std::string::npos && date > 10)
             name.replace(date - 10, 10, "DATE");
-        }
         files[name] = FileBytes(entry.path());
     }
     return files;
@@ -51,9 +48,8 @@ inline std::map<std::string, std::string> FilesBelow(const std::filesystem::path
 /// Trace lines with "TIME" in the place of the times at which security events were seen.
 inline std::string WithoutTimes(std::string trace) {
     const std::string before = "Security Event : ";
-    for (std::size_t at = trace.find(before); at != std::string::npos; at = trace.find(before, at + 1)) {
+    for (std::size_t at = trace.find(before); at != std::string::npos; at = trace.find(before, at + 1))
         trace.replace(at + before.size(), std::string("2026-11-24 23:14:12.000").size(), "TIME");
-    }
     return trace;
 }
 

@@ -37,9 +37,8 @@ public:
         m_folder.Write("script.sh", script);
         std::string output;
         FILE* pipe = popen(("bash '" + m_folder.Native("script.sh") + "' 2>&1").c_str(), "r");
-        for (int character = fgetc(pipe); character != EOF; character = fgetc(pipe)) {
+        for (int character = fgetc(pipe); character != EOF; character = fgetc(pipe))
             output += static_cast<char>(character);
-        }
         pclose(pipe);
         return output;
     }

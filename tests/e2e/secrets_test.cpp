@@ -19,9 +19,8 @@ std::vector<SSecret> PlantSecrets(std::size_t count) {
     std::mt19937 draw(20261125);
     std::vector<SSecret> secrets(count);
     for (SSecret& secret : secrets) {
-        for (int i = 0; i < 8; ++i) {
+        for (int i = 0; i < 8; ++i)
             secret.plain += static_cast<char>('A' + draw() % 26); // letters that every relay's password has
-        }
         char scrambled[23];
         ScramblePassword(secret.plain.c_str(), scrambled);
         secret.scrambled = scrambled;
@@ -83,9 +82,8 @@ SSite MakeSite(const std::vector<SSecret>& secrets, std::size_t first) {
         const std::string number = std::to_string(100 + i);
         site.substation += Relay("serial = " + number,
                                  Access(flow, flow.knowsPassword ? ours.plain : other.plain) + kTrip, number);
-        if (*flow.fault != '\0') {
+        if (*flow.fault != '\0')
             faults += "[[fault]]\nrelay = \"R" + number + "\"\n" + flow.fault;
-        }
         site.sections += "RV" + number + "=" + number + "\n";
         passwords += "RV" + number + "=" + ours.scrambled + "\n";
     }
@@ -114,11 +112,9 @@ std::vector<std::string> FormsOf(const SSecret& secret) {
 /// All that the programs wrote: files but for the ones we made ourselves, and the output.
 std::string Leavings(const CProgramRun& run, const std::string& output) {
     std::string all = output;
-    for (const auto& [name, bytes] : FilesBelow(run.Folder().Native())) {
-        if (name != "site.ini" && name != "substation.toml" && name != "script.sh") {
+    for (const auto& [name, bytes] : FilesBelow(run.Folder().Native()))
+        if (name != "site.ini" && name != "substation.toml" && name != "script.sh")
             all += name + "\n" + bytes + "\n";
-        }
-    }
     return all;
 }
 
@@ -152,11 +148,9 @@ TEST(Secrets, AThousandPasswordsStayInside) {
         EXPECT_GT(run.Files().size(), 10U) << "and some logins were good";
         EXPECT_NE(all.find("ChangeSetting 101 00.02 (masked 1C)"), std::string::npos) << "and recorded";
         EXPECT_TRUE(run.Folder().Has("calls-15.rec")) << "as were the tests of the connection";
-        for (const SSecret& secret : secrets) {
-            for (const std::string& form : FormsOf(secret)) {
+        for (const SSecret& secret : secrets)
+            for (const std::string& form : FormsOf(secret))
                 ASSERT_EQ(all.find(form), std::string::npos) << secret.plain << " got out as " << form;
-            }
-        }
     }
 }
 

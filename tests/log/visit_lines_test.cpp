@@ -64,9 +64,8 @@ protected:
         const CParlaneIEC870 time(CParlaneIEC870::Octets{0x45, 0x23, 7, 13, 16, 2, 26});
         const CSimpleEventRecord record(0, 0, std::uint8_t{5}, time, "Trip", nullptr, "", "", "",
                                         std::uint16_t{1}, "", CParlaneDataList());
-        for (; records > 0; --records) {
+        for (; records > 0; --records)
             report.incomplete.Add(record, SDroppedItems{items, item});
-        }
     }
 
     void Refuse(ERefusal cause, const char* subject) { report.refusal = {cause, subject}; }
@@ -169,17 +168,15 @@ TEST_F(VisitLines, WhatRecordsLack) {
 }
 
 TEST_F(VisitLines, AreBoundedWhateverTheRelayLacks) {
-    for (int kind = 0; kind < 1000; ++kind) {
+    for (int kind = 0; kind < 1000; ++kind)
         AddIncomplete(2, "cell " + std::to_string(kind));
-    }
     const std::string lines = Lines();
     EXPECT_EQ(std::ranges::count(lines, '|'), 17);
     EXPECT_TRUE(
         lines.ends_with("|1968 further event records are written without items that cannot be stored.|"));
     report = SExtractionReport();
-    for (int kind = 0; kind < 17; ++kind) {
+    for (int kind = 0; kind < 17; ++kind)
         AddIncomplete(1, "cell " + std::to_string(kind));
-    }
     EXPECT_TRUE(
         Lines().ends_with("|1 further event record is written without items that cannot be stored.|"));
 }
