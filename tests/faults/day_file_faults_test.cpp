@@ -1,5 +1,6 @@
-// What single steps come to when the disk fails within them: day files that are held and flushed, folders and
-// set-aside files that are made, journals that are looked for, lines of the log.
+// What single steps come to when the disk fails within them, or others are at work there: places that are
+// proved, day files that are held and flushed, folders and set-aside files that are made, journals that are
+// looked for, lines of the log.
 #include "fault_rig.h"
 
 #include "dayfile/day_file_reader.h"
@@ -26,9 +27,11 @@ void Start() {
     ResolveErrorLogPath(context, false);
     g_debugOutput.clear();
 }
-void Break(std::size_t nth) {
-    g_disk.faults = {{g_disk.operations + nth, g_disk.operations + nth, EFileFailure::Other}};
+/// The operation of that number, counted from the next one.
+void Break(std::size_t nth, EFileFailure failure = EFileFailure::Other) {
+    g_disk.faults.push_back({g_disk.operations + nth, g_disk.operations + nth, failure});
 }
+const std::vector<std::uint8_t> kImage(40, 'r');
 
 /// The steps, with their outcomes in words.
 std::string Hold(const std::string& path) {
@@ -167,15 +170,16 @@ TEST(StepFaults, WhatIsNotFlushedIsNotSafe) {
                 EXPECT_EQ(why, how == 'c' || nth == 1 ? shown + ": failure 1"
                                : fails ? "The name of day file " + shown + " could not be flushed"
                                        : "");
+                g_disk.faults.clear();
                 Break(how == 'c' ? nth : 0);
-                EXPECT_TRUE(file.CutBack() && file.HasFlushFailed() == fails) << made << how << nth;
+                EXPECT_TRUE(file.CutBack() && file.StoredCount() == 1 && file.HasFlushFailed() == fails)
+                    << made << how << nth;
                 g_disk.EndMachine([](std::size_t) { return std::size_t{0}; });
                 EXPECT_TRUE(fails || g_disk.Files()[path].size() > image.size()) << made << how << nth;
             }
 }
 
 TEST(StepFaults, ASetAsideFileThatCannotBeMadeIsTold) {
-    const std::vector<std::uint8_t> image(100, 'r');
     bool isTold = false;
     for (std::size_t nth = 1; nth <= 20; ++nth) {
         Start();
@@ -184,7 +188,7 @@ TEST(StepFaults, ASetAsideFileThatCannotBeMadeIsTold) {
         CRunLedger ledger(kRoot, [&](const SLedgerReport& report) { reason = report.reason; });
         CVisitCustody custody(&ledger, "RV001");
         ASSERT_FALSE(custody.Begin(kNew));
-        EXPECT_TRUE(custody.Keep(image, 1));
+        EXPECT_TRUE(custody.Keep(kImage, 1));
         Break(nth);
         custody.SetAside("a password was refused");
         g_disk.faults.clear();
@@ -194,6 +198,69 @@ TEST(StepFaults, ASetAsideFileThatCannotBeMadeIsTold) {
         EXPECT_TRUE(custody.SetAsideCount() == 1 || custody.WaitingCount() == 1) << nth;
     }
     EXPECT_TRUE(isTold);
+}
+
+// On this disk no file can be made that is there for the proof of a folder alone.
+TEST(StepFaults, AProofBeginsAgainThreeTimesWhereItIsDisturbed) {
+    using enum EFileFailure;
+    for (const auto& [failure, attempts, isGiven] :
+         {std::tuple(BadPath, 1U, true), {Exists, 3U, true}, {NotFound, 4U, false}, {DiskFull, 1U, false}}) {
+        Start();
+        for (std::size_t attempt = 1; attempt <= attempts; ++attempt)
+            Break(3 * attempt, failure); // of each attempt the operation that makes the file
+        EXPECT_EQ(CanCreateFile("C:\\ev\\f"), isGiven) << attempts;
+    }
+    for (const auto& [locked, operations] : {std::pair("", 8U), {"C:\\ev", 1U}}) {
+        Start();
+        g_disk.locked = locked;
+        EXPECT_FALSE(CanWriteInFolder("C:\\ev"));
+        EXPECT_EQ(g_disk.operations, operations) << "what is refused would be refused again";
+    }
+}
+
+TEST(StepFaults, WhatAnotherMakesAtTheSameMomentIsThere) {
+    Start();
+    Break(1, EFileFailure::NotFound);
+    EXPECT_TRUE(MakeDirectory("C:\\ev"));
+    Start();
+    Break(2, EFileFailure::NotFound); // so it was missing
+    Break(9);                         // the flush
+    EXPECT_TRUE(CHeldDayFile().Hold(kDay)) << "what another has written into it may be lost";
+    Start();
+    CHeldDayFile file;
+    ASSERT_TRUE(MakeFolder("C:\\ev\\CD34").Good() && !file.Hold("C:\\ev\\CD34\\f"));
+    file.StartAt(0, {});
+    file.Add(kImage);
+    file.Finish();
+    g_disk.EndMachine([](std::size_t) { return std::size_t{0}; });
+    EXPECT_TRUE(g_disk.Files().contains("C:\\ev\\CD34\\f")) << "with the name of its folder";
+}
+
+TEST(StepFaults, AWriteThatHasStoredNothingLeavesNothingToFlush) {
+    for (const bool isLengthKnown : {true, false}) {
+        Start();
+        CHeldDayFile file;
+        ASSERT_FALSE(file.Hold(kDay));
+        file.StartAt(1, {});
+        file.Add(kImage);
+        Break(2, EFileFailure::DiskFull);
+        for (std::size_t nth = isLengthKnown ? 4 : 3; nth < 20; ++nth)
+            Break(nth);
+        EXPECT_THROW(file.Finish(), CFileException);
+        EXPECT_EQ(file.CutBack(), isLengthKnown) << "else part of it may be there";
+        EXPECT_FALSE(file.HasFlushFailed());
+    }
+}
+
+TEST(StepFaults, ImagesNeedNoMemory) {
+    Start();
+    CHeldDayFile file;
+    ASSERT_FALSE(file.Hold(kDay));
+    file.StartAt(1, {});
+    const CFailingMemory counted(0);
+    for (int images = 0; images < 5000; ++images)
+        file.Add(kImage);
+    EXPECT_EQ(CFailingMemory::Count(), 0U);
 }
 
 } // namespace ruvo::test

@@ -1,7 +1,6 @@
 // Complete runs in which one thing after the other fails: what was written stays, what is lost is told.
 #include "fault_rig.h"
 
-#include "dayfile/held_day_file.h"
 #include "log/visit_lines.h"
 #include "paths/path_utilities.h"
 
@@ -181,58 +180,6 @@ TEST_F(FileFaults, AnUnreachableShareIsWalkedOnce) {
     EXPECT_FALSE(CanWriteInFolder(folder) || CanCreateFile(ErrorLogPath()));
     WriteLogLine("lost");
     EXPECT_EQ(g_disk.operations, 18U) << "each may wait for minutes";
-}
-
-TEST(HeldDayFile, IsCutBackOnlyWhereItsOwnBytesStand) {
-    const std::string image(40, 'r');
-    const std::string path = "C:\\ev\\AB12\\f.evt";
-    const struct {
-        const char* name;
-        std::string appended; ///< in the moment of the failing write
-        bool takesPart;
-        bool isCut;
-        std::string left;
-    } cases[] = {{"nothing", "", false, true, image},
-                 {"half a record", "", true, true, image},
-                 {"another's bytes, not longer than ours", "other", false, false, image + "other"},
-                 {"another's behind half a record", "s", true, false, image + image.substr(20) + "s"},
-                 {"a record like ours", image, false, true, image + image}};
-    for (const auto& test : cases) {
-        g_disk = {};
-        g_disk.PutFolder("C:\\ev");
-        g_disk.PutFolder("C:\\ev\\AB12");
-        g_disk.Put(path, image);
-        CHeldDayFile file;
-        ASSERT_FALSE(file.Hold(path));
-        file.StartAt(image.size(), {});
-        file.Add({reinterpret_cast<const std::uint8_t*>(image.data()), image.size()});
-        const std::size_t write = g_disk.operations + 2; // behind the seek
-        g_disk.faults = {{write, write, EFileFailure::DiskFull, test.takesPart}};
-        EXPECT_THROW(file.Finish(), CFileException);
-        SMemoryNode& node = g_disk.nodes[*g_disk.Find(path)];
-        node.Write(node.bytes.size(), test.appended);
-        EXPECT_EQ(file.CutBack(), test.isCut) << test.name;
-        EXPECT_EQ(node.bytes, test.left) << test.name;
-    }
-}
-
-TEST(HeldDayFile, WhatWasWrittenBeforeAPieceThatFailedLasts) {
-    const std::string image(std::size_t{64} * 1024, 'r'); // a piece by itself
-    const std::string path = "C:\\ev\\f.evt";
-    g_disk = {};
-    g_disk.PutFolder("C:\\ev");
-    g_disk.Put(path, "x");
-    CHeldDayFile file;
-    ASSERT_FALSE(file.Hold(path));
-    file.StartAt(1, {});
-    const std::span bytes(reinterpret_cast<const std::uint8_t*>(image.data()), image.size());
-    file.Add(bytes);
-    g_disk.faults = {{g_disk.operations + 1, g_disk.operations + 2, EFileFailure::DiskFull}};
-    EXPECT_THROW(file.Add(bytes), CFileException);
-    EXPECT_TRUE(file.CutBack());
-    EXPECT_EQ(std::pair(file.StoredCount(), file.HasFlushFailed()), std::pair(std::size_t{1}, false));
-    g_disk.EndMachine([](std::size_t) { return std::size_t{0}; }); // only what is flushed is left
-    EXPECT_EQ(g_disk.Files().at(path), "x" + image);
 }
 
 class ServerFaults : public testing::TestWithParam<std::tuple<int, ELinkType>> {

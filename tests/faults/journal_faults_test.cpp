@@ -1,10 +1,10 @@
-// What a journal comes to when the disk fails as it is emptied, copied or read, and a visit when the disk
-// fills.
-#include "crash_case.h"
+// What a journal comes to when the disk fails as it is emptied, copied or read.
+#include "memory_disk.h"
 
-#include "dayfile/block_parser.h"
 #include "ledger/journal_copy.h"
 #include "ledger/journal_file.h"
+
+#include <gtest/gtest.h>
 
 namespace ruvo::test {
 
@@ -72,26 +72,6 @@ TEST(JournalFaults, AReaderTakesNoMoreThanItHasRead) {
             SFrame read;
             EXPECT_EQ(CFrameReader(file, 0, 1, end).Next(read), claimed == 0 && end >= frame.size()) << end;
         }
-    }
-}
-
-TEST(RelayVisitFaults, GoesOnWhileItsDayFileHasRoom) {
-    const std::uint64_t least = std::size_t{64} * 1024 + kMaxRecordImage; // at the first look
-    const struct {
-        SFreeSpace room; ///< from the first event on
-        bool isFull;
-    } cases[] = {
-        {{10'000'000, 1}, false}, {{10'000'000, {}}, false}, {{{}, 1}, false}, {{least - 1, 1}, true}};
-    const SCrashCase test{.name = "long records", .cells = 200};
-    CFaultRig rig{LoadSubstation("[link]\nserial = [\"COM1\"]\n" + RelayText(test, kTested, true))};
-    SMemoryDisk disk;
-    disk.PutFolder("C:\\ev");
-    disk.PutFolder("C:\\var\\state");
-    for (const auto& row : cases) {
-        rig.onEvent = [&row](int) { g_disk.room = row.room; };
-        const SOutcome outcome = rig.RunOn(disk, {});
-        EXPECT_EQ(outcome.notes.taken == kEvents.size(), !row.isFull);
-        EXPECT_EQ(outcome.IsTold("; there is no room for more in the disk of "), row.isFull) << outcome.Log();
     }
 }
 
