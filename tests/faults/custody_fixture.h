@@ -42,13 +42,18 @@ protected:
         g_disk.PutFolder(kRoot);
         g_disk.PutFolder("C:\\var\\state");
         g_standardError.clear();
+        isReached = true;
     }
 
     /// All operations until the next Mend, from the nth from now on.
     static void Break(EFileFailure failure, std::size_t nth = 1, std::size_t many = 1'000'000) {
         g_disk.faults = {{g_disk.operations + nth, g_disk.operations + nth + many - 1, failure}};
     }
-    static void Mend() { g_disk.faults.clear(); }
+    static void Mend() {
+        if (!g_disk.faults.empty())
+            isReached = g_disk.operations >= g_disk.faults.front().first;
+        g_disk.faults.clear();
+    }
     static void Take(CVisitCustody& custody, const std::vector<int>& numbers,
                      const std::string& path = kFile) {
         ASSERT_FALSE(custody.Begin(path));
@@ -86,6 +91,7 @@ protected:
             g_disk.Files(), [&](const auto& file) { return file.first.ends_with(ending); }));
     }
 
+    static inline bool isReached = true; ///< an operation that was to fail, before the last Mend
     std::vector<SLedgerReport> told;
     CRunLedger ledger{kRoot, [this](const SLedgerReport& report) { Tell(report); }};
 };
