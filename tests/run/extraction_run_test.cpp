@@ -45,64 +45,47 @@ TEST_F(Run, EachLinkTypeOpensAndClosesAsItShould) {
                            visit("212") + "ClosePort;");
 }
 
-/// Runs over two relays behind each link in turn.
-class EachLink : public Run {
-protected:
-    /// Of one relay: how the log names it while it is being handled, and afterwards.
-    using Lines = std::function<std::string(const std::string& during, const std::string& after)>;
-
-    /// Lets `check` say which lines each relay makes.
-    void ForEachLink(const std::function<void(const std::function<void(const Lines&)>&)>& check) {
-        fields.serialEntries = fields.modemEntries = {{"RV001", 5}, {"RV002", 200}};
-        fields.ethernetEntries = {{"RV001", "10.0.0.5,5,1"}, {"RV002", "10.0.0.6,200"}};
-        ForEachCase<6>("run/connection_details.txt", [&](auto& useModem, auto& useEthernet, auto& noted,
-                                                         auto& notedNext, auto& told, auto& toldNext) {
-            fields.useModem = std::stoi(useModem);
-            fields.useEthernet = std::stoi(useEthernet);
-            check([&](const Lines& lines) {
-                EXPECT_EQ(RunAll(), lines(noted, told) + lines(notedNext, toldNext));
-            });
-        });
-    }
-
+TEST_F(Run, TheLogNamesTheRelayWhoseLoginOrVisitFails) {
     const std::string details = "Connection details - ";
-};
-
-TEST_F(EachLink, TheLogNamesTheRelayWhoseLoginFails) {
     const std::string failed =
         "Test connection failed. Unable to connect to the device or password is invalid. ";
+    const auto failEverySecondTime = [] {
+        g_onTime = [calls = 0]() mutable {
+            if (calls++ % 2 == 0)
+                throw std::runtime_error("no clock");
+        };
+    };
+    fields.serialEntries = fields.modemEntries = {{"RV001", 5}, {"RV002", 200}};
+    fields.ethernetEntries = {{"RV001", "10.0.0.5,5,1"}, {"RV002", "10.0.0.6,200"}};
     server.limits[0x0002] = {"1C0420202020"};
-    ForEachLink([&](const auto& expect) {
+    // How the log names each relay while it is being handled, and afterwards.
+    ForEachCase<6>("run/connection_details.txt", [&](auto& useModem, auto& useEthernet, auto& noted,
+                                                     auto& notedNext, auto& told, auto& toldNext) {
+        fields.useModem = std::stoi(useModem);
+        fields.useEthernet = std::stoi(useEthernet);
+        const auto expect = [&](const auto& lines) {
+            EXPECT_EQ(RunAll(), lines(noted, told) + lines(notedNext, toldNext));
+            g_onTime = nullptr;
+        };
         server.values[0x00DF] = "240100";
         server.statuses = {{"ChangeSetting BF.15", 0x0611}, {"ChangeSetting 00.02", 0x0411}};
-        expect([&](const std::string& during, const std::string& after) {
+        expect([&](const auto& during, const auto& after) {
             return "Invalid password. " + details + during + "|" + failed + details + after + "|";
         });
         server.statuses = {{"GetValue 00.DF", 8}};
-        g_onTime = [calls = 0]() mutable {
-            if (calls++ % 2 == 0)
-                throw std::runtime_error("no clock");
-        };
+        failEverySecondTime();
         expect([&](const auto&, const auto& after) { return failed + details + after + "|"; });
-        g_onTime = nullptr;
-    });
-}
-
-TEST_F(EachLink, TheLogNamesTheRelayWhoseVisitFails) {
-    ForEachLink([&](const auto& expect) {
+        server.values.clear();
         server.statuses.clear();
-        g_onTime = [calls = 0]() mutable {
-            if (calls++ % 2 == 0)
-                throw std::runtime_error("no clock");
-        };
+        PasswordState() = SPasswordState{};
+        failEverySecondTime();
         expect([&](const auto& during, const auto&) {
             return "Unhandled exception occured:no clock " + details + during + "|";
         });
-        g_onTime = nullptr;
         for (const auto& [status, text] :
              {std::pair{15, "no port open|"}, {18, "Function Aborted by User|"}}) {
             server.statuses = {{"GetDeviceStatus", status}};
-            expect([&, end = text](const std::string&, const std::string& after) {
+            expect([&, end = text](const auto&, const auto& after) {
                 return "A problem occured during events extraction. " + details + after +
                        " P32LS status: P32LS Error - " + end;
             });

@@ -4,8 +4,6 @@
 #include "extraction/extraction_fixture.h"
 #include "run/run_fixture.h"
 
-#include "ledger/visit_history.h"
-#include "ledger/visit_record.h"
 #include "platform/environment.h"
 #include "run/end_watch.h"
 
@@ -65,18 +63,6 @@ protected:
     void SetUsableState(bool isUsable) const {
         SetEnvironmentValue("RUVO_STATE_DIR", isUsable ? m_state : m_noFolder);
     }
-    /// The log of a run whose record is kept; `entries` become those of that.
-    std::string RunRecorded() {
-        std::filesystem::create_directories(folder.Native("ev"));
-        CVisitRecord record(folder.Path("ev"), folder.Path("site.ini"));
-        record.Begin();
-        kept = &record;
-        const std::string log = RunAll();
-        kept = nullptr;
-        record.End({});
-        entries = SummariseVisits(folder.Path("ev"), folder.Path("site.ini")).last.value().entries;
-        return log;
-    }
     /// The events of all day files.
     std::size_t Stored() const {
         const std::string day = folder.Read("ev/AB12-00001234/AB12-00001234-2026-11-16-DEV.evt");
@@ -94,7 +80,6 @@ protected:
         };
     }
 
-    std::vector<SVisitEntry> entries;
     const SScriptedEvent kTrip = Event(1, {"240107", TextHex("%d"), "280105"});
     const std::string m_state = folder.Native("state");
     const std::string m_noFolder = folder.Native((folder.Write("file", ""), "file/none"));

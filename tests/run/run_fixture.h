@@ -5,6 +5,8 @@
 #include "support/scratch_folder.h"
 
 #include "extraction/password_state.h"
+#include "ledger/visit_history.h"
+#include "ledger/visit_record.h"
 #include "log/connection_details.h"
 #include "log/error_log.h"
 #include "run/extraction_run.h"
@@ -54,6 +56,19 @@ protected:
             lines += log.substr(at + 20, log.find("\r\n", at) - at - 20) + "|";
         return lines;
     }
+    /// The log of a run whose record is kept; `entries` become those of that.
+    std::string RunRecorded() {
+        std::filesystem::create_directories(folder.Native("ev"));
+        CVisitRecord record(folder.Path("ev"), folder.Path("site.ini"));
+        record.Begin();
+        kept = &record;
+        const std::string log = RunAll();
+        kept = nullptr;
+        record.End({});
+        const auto last = SummariseVisits(folder.Path("ev"), folder.Path("site.ini")).last;
+        entries = last.value_or(SVisitLine()).entries;
+        return log;
+    }
     /// All calls, whole but for those that read values.
     std::string Calls() const {
         std::string all;
@@ -67,6 +82,7 @@ protected:
     CRunContext context;
     std::optional<CRunEnd> end;
     CVisitRecord* kept = nullptr;
+    std::vector<SVisitEntry> entries;
 };
 
 } // namespace ruvo::test

@@ -2,32 +2,20 @@
 #include "extraction/extraction_fixture.h"
 #include "run/run_fixture.h"
 
-#include "ledger/visit_history.h"
-#include "ledger/visit_record.h"
 #include "platform/environment.h"
 
 namespace ruvo::test {
 
 class RunRecord : public Run {
 protected:
-    RunRecord() {
-        SetEnvironmentValue("RUVO_STATE_DIR", folder.Native("state"));
-        std::filesystem::create_directories(folder.Native("ev"));
-        g_utcTime = {2026, 11, 16, 23, 30, 0};
-    }
+    RunRecord() { SetEnvironmentValue("RUVO_STATE_DIR", folder.Native("state")); }
 
     /// The entries of a run: "KEY ADDRESS LINK NAME reached TAKEN/STORED/LOST/ASIDE STATUS FILE FROM-TO|".
     std::string Entries() {
         std::filesystem::remove_all(folder.Native("state"));
-        CVisitRecord record(folder.Path("ev"), folder.Path("site.ini"));
-        record.Begin();
-        kept = &record;
-        RunAll();
-        kept = nullptr;
-        record.End({});
+        RunRecorded();
         std::string all;
-        const auto last = SummariseVisits(folder.Path("ev"), folder.Path("site.ini")).last;
-        for (const SVisitEntry& entry : last ? last->entries : std::vector<SVisitEntry>()) {
+        for (const SVisitEntry& entry : entries) {
             EXPECT_EQ(entry.end, "2026-11-16T23:30:00Z");
             std::ostringstream text;
             text << entry.key << " " << entry.address << " " << entry.link << " " << entry.name << " "
@@ -61,21 +49,21 @@ TEST_F(RunRecord, SaysWhatBecameOfEachRelay) {
     const std::string begin =
         "RV001 5 serial " + name + " reached 3/2/1/0 251 " + name + "/" + name + "-2026-11-16-DEV.evt ";
     const std::string quiet = "RV002 6 serial " + name + " reached 0/0/0/0 0|";
-    std::string entries = Entries();
+    std::string found = Entries();
     const auto size =
         std::filesystem::file_size(folder.Native("ev/" + name + "/" + name + "-2026-11-16-DEV.evt"));
-    EXPECT_EQ(entries, begin + "0-" + std::to_string(size) + "|" + quiet);
+    EXPECT_EQ(found, begin + "0-" + std::to_string(size) + "|" + quiet);
     EXPECT_EQ(plant, "Pl\"ant");
     server.events = {kTrip, kTrip, {77, List({})}};
-    entries = Entries();
-    EXPECT_TRUE(entries.starts_with(begin + std::to_string(size) + "-")) << entries;
+    found = Entries();
+    EXPECT_TRUE(found.starts_with(begin + std::to_string(size) + "-")) << found;
     server.events = {kTrip, Event(77, {"240107"}), kTrip};
-    entries = Entries();
-    EXPECT_NE(entries.find(" 3/2/1/0 0 "), std::string::npos) << "one of unknown kind: " << entries;
+    found = Entries();
+    EXPECT_NE(found.find(" 3/2/1/0 0 "), std::string::npos) << "one of unknown kind: " << found;
     server.events = {kTrip, Event(3, {"240107", "44020030", "240109"}), kTrip};
     server.statuses = {{"GetColumnTextAndValues", 18}};
-    entries = Entries();
-    EXPECT_TRUE(entries.starts_with("RV001 5 serial " + name + " reached 2/0/1/1 18|")) << entries;
+    found = Entries();
+    EXPECT_TRUE(found.starts_with("RV001 5 serial " + name + " reached 2/0/1/1 18|")) << found;
 }
 
 TEST_F(RunRecord, SaysWhyARelayWasNotReached) {
