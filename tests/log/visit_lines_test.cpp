@@ -1,17 +1,11 @@
 // What an extraction and the ledger report, as lines of the error log.
-#include "log/connection_details.h"
-#include "log/error_log.h"
 #include "log/ledger_lines.h"
+#include "log/log_fixture.h"
 #include "log/visit_lines.h"
-#include "support/fake_system.h"
-#include "support/scratch_folder.h"
 
-#include "config/run_context.h"
 #include "model/status/status.h"
 #include "platform/full_path.h"
 #include "platform/native_text.h"
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <functional>
@@ -32,27 +26,17 @@ std::string OfThisSystem(std::string text) {
     return text;
 }
 
-class VisitLines : public testing::Test {
+class VisitLines : public CErrorLog {
 protected:
-    VisitLines() {
-        ResetErrorLog();
-        ResetConnectionDetails();
-        g_localTime = SCalendarTime{2024, 3, 5, 14, 7, 9};
-        SRuvoConfigFields fields;
-        fields.errorLogPath = folder.Path("run.log");
-        fields.errorLogPathGiven = true;
-        CRunContext context;
-        context.Config() = CRuvoConfig(fields);
-        ResolveErrorLogPath(context, true);
-    }
+    VisitLines() { UseLog(m_folder.Path("run.log")); }
 
     /// Without the time stamps and the details of the connection, each ended by "|".
     std::string Lines() const {
         static const std::string kEnd = " Connection details - modem name: , device address: -1.\r\n";
-        folder.Write("run.log", "");
+        m_folder.Write("run.log", "");
         LogVisit(report);
         std::string lines;
-        const std::string log = folder.Read("run.log");
+        const std::string log = m_folder.Read("run.log");
         for (std::size_t at = 0, end = 0; at < log.size(); at = end + kEnd.size()) {
             end = log.find(kEnd, at);
             lines += log.substr(at + 20, end - at - 20) + "|";
@@ -88,7 +72,6 @@ protected:
         }
     }
 
-    CScratchFolder folder;
     SExtractionReport report;
 };
 

@@ -1,11 +1,6 @@
 // The error log on a disk that takes no more, and between processes.
-#include "config/run_context.h"
-#include "log/error_log.h"
+#include "log/log_fixture.h"
 #include "paths/path_utilities.h"
-#include "support/fake_system.h"
-#include "support/scratch_folder.h"
-
-#include <gtest/gtest.h>
 
 #include <sstream>
 #include <sys/resource.h>
@@ -15,26 +10,8 @@
 
 namespace ruvo {
 
-class CLimitedErrorLog : public testing::Test {
-protected:
-    CLimitedErrorLog() {
-        ResetErrorLog();
-        g_debugOutput.clear();
-        g_localTime = SCalendarTime{2024, 3, 5, 14, 7, 9};
-    }
-    static void UseLog(const std::string& path) {
-        SRuvoConfigFields fields;
-        fields.errorLogPath = path;
-        fields.errorLogPathGiven = true;
-        CRunContext context;
-        context.Config() = CRuvoConfig(fields);
-        ResolveErrorLogPath(context, true);
-    }
-    CScratchFolder m_folder;
-};
-
 // A limit on the size of files cuts the write short, as a full disk would.
-TEST_F(CLimitedErrorLog, PartOfALineIsTakenBack) {
+TEST_F(CErrorLog, PartOfALineIsTakenBack) {
     UseLog(m_folder.Write("run.log", "kept\r\n"));
     rlimit limit{};
     ::getrlimit(RLIMIT_FSIZE, &limit);
@@ -48,7 +25,7 @@ TEST_F(CLimitedErrorLog, PartOfALineIsTakenBack) {
 
 // Two processes write, one of them against a limit at which it takes half a line back and writes no more. A
 // third one proves over and over that the log can be written.
-TEST_F(CLimitedErrorLog, ProcessesKeepEachOthersLines) {
+TEST_F(CErrorLog, ProcessesKeepEachOthersLines) {
     UseLog(m_folder.Path("logs\\run.log"));
     constexpr int kLines = 2000;
     for (const rlim_t limit : {rlim_t{4099}, RLIM_INFINITY, rlim_t{0}}) {
