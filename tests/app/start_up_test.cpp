@@ -34,13 +34,12 @@ EInstanceClaim CInstanceMarker::Claim(const std::string& name) {
 }
 
 TEST(CommandLine, IniFileAndSwitch) {
-    struct SRow {
+    const struct {
         std::vector<std::string> arguments;
         const char* iniPath;
         bool checkOnly;
         std::vector<std::string> withoutEffect{};
-    };
-    const SRow rows[] = {
+    } rows[] = {
         {{}, "RUVO.ini", false},
         {{"/t", "C:\\cfg\\site.INI"}, "C:\\cfg\\site.INI", true},
         {{"/T", "site.ini"}, "site.ini", false, {"/T"}},
@@ -53,7 +52,7 @@ TEST(CommandLine, IniFileAndSwitch) {
         {{"a.b/c.ini"}, "a.b/c.ini", false},
         {{"c.ini/t"}, "c.ini/t", false}, // three characters after the last dot
     };
-    for (const SRow& row : rows) {
+    for (const auto& row : rows) {
         const SCommandLine commandLine = ParseCommandLine(row.arguments);
         EXPECT_EQ(commandLine.iniPath, row.iniPath);
         EXPECT_EQ(commandLine.checkOnly, row.checkOnly) << row.iniPath;
@@ -68,13 +67,12 @@ TEST(LoadAndCheck, TheOrderOfItsSteps) {
     const std::string good = "EventRootDir=" + folder.Path("ev") + "\n[RUVO_SERIAL]\nRV001=5\n";
     const std::string badRoot = "EventRootDir=" + folder.Write("file", "x") + "\nBaudRate=7\n";
     const std::string badLog = "ErrorLogPathname=" + folder.Path() + "\\\n";
-    struct SRow {
+    const struct {
         const char* name;
         std::string general;
         bool checkOnly;
         EResultCode code;
-    };
-    const SRow rows[] = {
+    } rows[] = {
         {"good", good, true, EResultCode::Success},
         {"an event root that is a file, before the values", badRoot, true, EResultCode::EventRootInvalid},
         {"the log if checked", badLog + "BaudRate=7\n" + good, true, EResultCode::LogFileNotWritable},
@@ -83,7 +81,7 @@ TEST(LoadAndCheck, TheOrderOfItsSteps) {
         {"a path that is too long", "EventRootDir=" + std::string(280, 'x') + "\n", true,
          EResultCode::EventRootInvalid},
     };
-    for (const SRow& row : rows) {
+    for (const auto& row : rows) {
         CRunContext context;
         const std::string path = folder.Write("site.ini", "[RUVO_GENERAL]\n" + row.general);
         EXPECT_EQ(LoadAndCheck(context, path, row.checkOnly), row.code) << row.name;

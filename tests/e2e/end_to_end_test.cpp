@@ -20,8 +20,7 @@ TEST(EndToEnd, RunsOverEveryLink) {
 }
 
 TEST(EndToEnd, TheLoginIsTraced) {
-    const CProgramRun run(kLink + Relay("serial = 5", kLocked + kTrip), "",
-                          "[RUVO_SERIAL]\nRV001=5\n" + kPassword);
+    const CProgramRun run(kWithLogin, "", "[RUVO_SERIAL]\nRV001=5\n" + kPassword);
     EXPECT_EQ(WithoutTimes(run.Run("RUVO_DEBUG_OUTPUT=stderr")), kLoginTrace + "exit 0\n");
 }
 
@@ -46,7 +45,7 @@ TEST(EndToEnd, EveryLaterRunAppendsAndTheTimeZoneDoesNotMatter) {
 }
 
 TEST(EndToEnd, CheckOnlyModeShowsABoxAndTouchesNothing) {
-    CProgramRun run(kLink + Relay("serial = 5", kTrip), "", "[RUVO_SERIAL]\nRV001=5\n");
+    CProgramRun run(kPlain, "", "[RUVO_SERIAL]\nRV001=5\n");
     EXPECT_EQ(run.Shell("$RUVO -t $DIR/site.ini; echo exit $?"),
               "[Information] ruvo\nRuvo\nVersion Number: " RUVO_VERSION "\n\nINI file: " +
                   run.Folder().Native("site.ini") + "\n\nSuccess - No input errors found.\n\nexit 0\n");
@@ -58,10 +57,9 @@ TEST(EndToEnd, CheckOnlyModeShowsABoxAndTouchesNothing) {
 }
 
 TEST(EndToEnd, WhatKeepsARunFromStarting) {
-    const auto good = kLink + Relay("serial = 5", kTrip);
     const std::string sections = "[RUVO_SERIAL]\nRV001=5\n";
     ForEachCase<3>("e2e/start_failures.txt", [&](auto& setUp, auto& log, auto& server) {
-        const CProgramRun run(good, "", sections);
+        const CProgramRun run(kPlain, "", sections);
         const std::string bin = "BIN=" RUVO_BIN_DIR "\n";
         run.Shell(bin + setUp + "\n$RUVO $DIR/site.ini");
         EXPECT_EQ(run.Log(), log + "\n");
@@ -70,7 +68,7 @@ TEST(EndToEnd, WhatKeepsARunFromStarting) {
                     run.Shell("${RUVO}ctl check $DIR/site.ini").find(want) != std::string::npos)
             << want;
     });
-    const CProgramRun run(good, "", sections);
+    const CProgramRun run(kPlain, "", sections);
     const std::string alone = run.Shell("cp $RUVO $DIR/lonely; $DIR/lonely $DIR/site.ini; echo exit $?");
     EXPECT_EQ(alone,
               "[Error] lonely\noncrpc.dll or one of its dependencies is missing. Closing RUVO.\n\nexit 0\n");
@@ -83,20 +81,19 @@ TEST(EndToEnd, WhatKeepsARunFromStarting) {
 }
 
 TEST(EndToEnd, StandardErrorTellsWhatTheLogCannot) {
-    const CProgramRun run(kLink + Relay("serial = 5", kTrip), "", "[RUVO_SERIAL]\nRV001=6\n");
-    struct SRow {
+    const CProgramRun run(kPlain, "", "[RUVO_SERIAL]\nRV001=6\n");
+    const struct {
         const char* name;
         const char* command;
         const char* want;
-    };
-    const SRow rows[] = {
+    } rows[] = {
         {"a log on a full disk", "ulimit -f 0; $RUVO $DIR/site.ini", "run.log: File too large. Line lost: "},
         {"an INI file that is not there", "$RUVO $DIR/none.ini",
          "/none.ini: the INI file cannot be read; no relay is visited\n"},
         {"an argument without effect", "$RUVO --help $DIR/site.ini",
          "ruvo: --help: argument without effect; expected FILE.ini, or -t to check only\n"},
     };
-    for (const SRow& row : rows) {
+    for (const auto& row : rows) {
         const std::string told = run.Shell(row.command + std::string(" 2>&1 >/dev/null; echo exit $?"));
         EXPECT_TRUE(told.starts_with("ruvo: ") && told.ends_with("\nexit 0\n")) << row.name << ": " << told;
         EXPECT_NE(told.find(row.want), std::string::npos) << row.name << ": " << told;
@@ -110,7 +107,7 @@ TEST(EndToEnd, StandardErrorTellsWhatTheLogCannot) {
 }
 
 TEST(EndToEnd, NoRunBesideAnother) {
-    const CProgramRun run(kLink + Relay("serial = 5", kTrip), "", "[RUVO_SERIAL]\nRV001=5\n");
+    const CProgramRun run(kPlain, "", "[RUVO_SERIAL]\nRV001=5\n");
     setenv("RUVO_LOCK_DIR", run.Folder().Native().c_str(), 1);
     CInstanceMarker marker;
     ASSERT_EQ(marker.Claim("ruvo:3B38A5F0-71B0-11d3-9C2B-00600816C2BEHX"), EInstanceClaim::Claimed);
@@ -122,7 +119,7 @@ TEST(EndToEnd, NoRunBesideAnother) {
 }
 
 TEST(EndToEnd, WithoutArgumentsItTakesTheIniFileBesideIt) {
-    const CProgramRun run(kLink + Relay("serial = 5", kTrip), "", "");
+    const CProgramRun run(kPlain, "", "");
     run.Folder().Write("site.ini", "[RUVO_GENERAL]\nEventRootDir=ev\n[RUVO_SERIAL]\nRV001=5\n");
     EXPECT_EQ(run.Shell("mkdir $DIR/bin; mv $DIR/site.ini $DIR/bin/RUVO.ini; cd $(dirname $RUVO)\n"
                         "cp ruvo p32ls.so oncrpc.so $DIR/bin; cd /; $DIR/bin/ruvo"),
@@ -148,7 +145,7 @@ TEST(EndToEnd, TheDemoSubstationKeepsItsPromises) {
 }
 
 TEST(EndToEnd, OddIniFilesNeverBringItDown) {
-    const CProgramRun run(kLink + Relay("serial = 5", kTrip), "", "[RUVO_SERIAL]\nRV001=5\n");
+    const CProgramRun run(kPlain, "", "[RUVO_SERIAL]\nRV001=5\n");
     ForEachCase<2>("e2e/odd_ini_files.txt", [&](auto& make, auto& opens) {
         const std::string output = run.Shell(make + "\n$RUVO -t $DIR/site.ini; echo exit $?");
         EXPECT_EQ(output.find("Can't open INI file.\n") != std::string::npos, opens.empty()) << output;
@@ -196,7 +193,7 @@ TEST(EndToEnd, StreamsThatAreClosedOrThatNobodyReadsCostNoEvent) {
     const std::string silent =
         "exec 3> >(true); wait $!; export RUVO_DEBUG_OUTPUT=stderr\n"; // 3: nobody reads
     for (const char* const streams : {"2>&3", ">&3 2>&3", "2>&-", "<&- 2>&-", ">&- 2>&-", "<&- >&- 2>&-"}) {
-        const CProgramRun run(kLink + Relay("serial = 5", kTrip), "", "[RUVO_SERIAL]\nRV001=5\n");
+        const CProgramRun run(kPlain, "", "[RUVO_SERIAL]\nRV001=5\n");
         run.Shell(silent + "($RUVO -t $DIR/site.ini && $RUVO $DIR/site.ini) " + streams +
                   "; echo $? >$DIR/status; cat $DIR/*.lock >$DIR/locks");
         EXPECT_EQ(run.Folder().Read("status"), "0\n") << streams;
@@ -207,7 +204,7 @@ TEST(EndToEnd, StreamsThatAreClosedOrThatNobodyReadsCostNoEvent) {
 }
 
 TEST(EndToEnd, TheCompanionTellsTroubleApartFromItsFindings) {
-    const CProgramRun run(kLink + Relay("serial = 5", kTrip), "", "[RUVO_SERIAL]\nRV001=5\n");
+    const CProgramRun run(kPlain, "", "[RUVO_SERIAL]\nRV001=5\n");
     run.Run();
     EXPECT_EQ(run.Shell("cd $DIR; touch run.log; ${RUVO}ctl archive ev --sqlite a.sqlite >archived\n"
                         "for c in 'events ev' 'find a.sqlite trip' 'status ev run.log'; do\n"

@@ -17,10 +17,6 @@ public:
     /// The substation's TOML text, and what the INI file holds behind its paths.
     CProgramRun(const std::string& substation, const std::string& general, const std::string& sections) {
         m_folder.Write("substation.toml", "trace = \"trace.txt\"\n" + substation);
-        WriteIni(general, sections);
-    }
-
-    void WriteIni(const std::string& general, const std::string& sections) {
         m_folder.Write("site.ini", "[RUVO_GENERAL]\r\nEventRootDir=" + m_folder.Native("ev") +
                                        "\r\nErrorLogPathname=" + m_folder.Path("run.log") + "\r\n" + general +
                                        "\r\n" + sections);

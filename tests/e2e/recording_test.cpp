@@ -83,11 +83,10 @@ TEST_F(RecordedRun, TellsWhichCallDiffers) {
 }
 
 TEST_F(RecordedRun, IsNoConcernOfTheVisit) {
-    struct SRow {
+    const struct {
         const char* record;
         const char* said;
-    };
-    const SRow rows[] = {
+    } rows[] = {
         {"$DIR/none/x.rec", "no recording is made: its folder does not exist"},
         {"$DIR/1/ev/x.rec", "no recording is made: it would be in an event root"},
         {"$DIR/root/x.rec", "no recording is made: it would be in an event root"},
@@ -96,7 +95,7 @@ TEST_F(RecordedRun, IsNoConcernOfTheVisit) {
     };
     Shell("visit plain $S/substation.toml serial; mkdir -p $DIR/1/ev $DIR/real; ln -s $DIR/1 $DIR/other\n"
           "ln -s $DIR/1/ev $DIR/root; ln -s $DIR/real $DIR/link");
-    for (const SRow& row : rows) {
+    for (const auto& row : rows) {
         const std::string said =
             Shell("rm -rf $DIR/1/ev/* $DIR/1/log; export RUVO_RECORD=" + std::string(row.record) +
                   "\nvisit 1 $S/substation.toml serial");

@@ -14,6 +14,8 @@ const std::string kTools = "visit() { exec " RUVO_BIN_DIR "/ruvoctl visit \"$@\"
                            "events() { until [ \"$(grep -c ^GetEvent $DIR/trace.txt 2>/dev/null)\" -ge $1 ] "
                            "2>/dev/null; do sleep 0.02; done; }\n";
 
+const std::string kMissing = kFailed + "Connection details - COM Port: COM1, device address: 4.\n";
+
 /// What the visit prints, without times and paths that differ, and its status.
 std::string Visit(const CProgramRun& run, const std::string& script) {
     const std::string printed = run.Shell(kTools + script);
@@ -26,7 +28,6 @@ std::string Visit(const CProgramRun& run, const std::string& script) {
 
 TEST(Visit, EndsWithAStatusOfItsOwn) {
     const CProgramRun run(kPlain, "", "[RUVO_SERIAL]\nRV001=5\n");
-    const std::string missing = kFailed + "Connection details - COM Port: COM1, device address: 4.\n";
     EXPECT_EQ(Visit(run, "(visit $DIR/site.ini); echo $?"), "0\n");
     EXPECT_EQ(Visit(run, "(visit $DIR/site.ini --check); echo $?"), "Success - No input errors found.\n0\n");
     EXPECT_EQ(Visit(run, "(visit $DIR/site.ini --test rv001); echo $?"),
@@ -37,10 +38,10 @@ TEST(Visit, EndsWithAStatusOfItsOwn) {
               "ruvoctl: DIR/site.env: line 1: ignored; expected NAME=value with a permitted name\n"
               "Success - No input errors found.\n2\n");
     run.Shell("rm $DIR/site.env; sed -i 's/^RV001.*/RV000=4/' $DIR/site.ini");
-    EXPECT_EQ(Visit(run, "(visit $DIR/site.ini); echo $?"), missing + "1\n");
+    EXPECT_EQ(Visit(run, "(visit $DIR/site.ini); echo $?"), kMissing + "1\n");
     EXPECT_EQ(
         Visit(run, "(RUVO_STATE_DIR=/etc/passwd visit $DIR/site.ini) >$DIR/out; echo $?; tail -n 1 $DIR/out"),
-        "2\n" + missing);
+        "2\n" + kMissing);
     EXPECT_EQ(Visit(run, "(visit $DIR/none.ini); echo $?"), "ruvoctl: DIR/none.ini: no such file\n2\n");
     EXPECT_EQ(Visit(run, "(visit $DIR/site.conf); echo $?"),
               "ruvoctl: DIR/site.conf: the name of an INI file must end in .ini\n2\n");
@@ -50,7 +51,6 @@ TEST(Visit, EndsWithAStatusOfItsOwn) {
 
 TEST(Visit, ShowsHowFarItIs) {
     const CProgramRun run(kPlain, "", "[RUVO_SERIAL]\nRV000=4\nRV001=5\n");
-    const std::string missing = kFailed + "Connection details - COM Port: COM1, device address: 4.\n";
     const std::string journal =
         Visit(run, "echo > $DIR/out; export JOURNAL_STREAM=$(stat -c %d:%i $DIR/out)\n"
                    "(visit $DIR/site.ini) >>$DIR/out; echo $?; cat $DIR/out");
@@ -58,11 +58,11 @@ TEST(Visit, ShowsHowFarItIs) {
         std::regex_replace(journal, std::regex("00:\\d\\d"), "TIME"),
         "1\n\n<4>RV000 (4): not reached; P32LS Error - device is either not connected or not responding\n"
         "<6>Plant (RV001): 1 event\n<6>1 of 2 relays reached, 1 event, TIME\n<4>" +
-            missing);
+            kMissing);
     const std::string terminal = Visit(
         run, "script -qec '" RUVO_BIN_DIR "/ruvoctl visit $DIR/site.ini' /dev/null </dev/null | tr -d '\\r'");
     EXPECT_EQ(std::regex_replace(terminal, std::regex("\x1B\\[K|relay .*?00:\\d\\d|00:\\d\\d"), ""),
-              "1 of 2 relays reached, 1 event, \n" + missing);
+              "1 of 2 relays reached, 1 event, \n" + kMissing);
 }
 
 TEST(Visit, IsNotMadeBadByAnotherStart) {
@@ -76,7 +76,6 @@ TEST(Visit, IsNotMadeBadByAnotherStart) {
 }
 
 TEST(Visit, IsRepeatedForRelaysWithoutAnAnswer) {
-    const std::string missing = kFailed + "Connection details - COM Port: COM1, device address: 4.\n";
     const std::string counts =
         "; echo $?; grep -o '\"attempt\":[0-9]*\\|\"ini\":[^,]*\\|\"key\":\"[^\"]*' $DIR/state/*/visits.ndjson; "
         "ls $DIR/*.ini\n";
@@ -90,11 +89,11 @@ TEST(Visit, IsRepeatedForRelaysWithoutAnAnswer) {
         EXPECT_EQ(Visit(run, "visit $DIR/site.ini --retry 2 --after 0s & p=$!; events 1; cat $DIR/more.toml "
                              ">>$DIR/substation.toml; wait $p" +
                                  counts),
-                  missing + "0\n" + first + "\"key\":\"RV001\n" + second + "DIR/site.ini\n");
+                  kMissing + "0\n" + first + "\"key\":\"RV001\n" + second + "DIR/site.ini\n");
     }
     const CProgramRun away(kPlain, "", "[RUVO_SERIAL]\nRV000=4\n");
     EXPECT_EQ(Visit(away, "(visit $DIR/site.ini --retry 1 --after 0m)" + counts),
-              missing + missing + "1\n" + first + second + "DIR/site.ini\n");
+              kMissing + kMissing + "1\n" + first + second + "DIR/site.ini\n");
     const CProgramRun closed(kWithLogin, "", "[RUVO_SERIAL]\nRV000=5\n");
     EXPECT_EQ(Visit(closed, "(visit $DIR/site.ini --retry 9 --after 0s)" + counts),
               "Invalid password. " + kSerialDetails + "\n" + kFailed + kSerialDetails + "\n1\n" + first +
@@ -103,7 +102,7 @@ TEST(Visit, IsRepeatedForRelaysWithoutAnAnswer) {
     EXPECT_EQ(Visit(away, "visit $DIR/site.ini --retry 1 --after 1h & p=$!\n"
                           "until [ $(wc -l <$DIR/state/*/visits.ndjson) = 3 ]; do sleep 0.02; done\n"
                           "kill -TERM $p; wait $p; echo $?"),
-              missing + "ruvoctl: ended by SIGTERM; no further attempt for 1 relay without an answer\n3\n");
+              kMissing + "ruvoctl: ended by SIGTERM; no further attempt for 1 relay without an answer\n3\n");
 }
 
 TEST(Visit, IsFollowedByPrograms) {

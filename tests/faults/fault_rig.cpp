@@ -2,6 +2,7 @@
 
 #include <fstream>
 #include <iterator>
+#include <regex>
 
 namespace ruvo {
 
@@ -23,12 +24,8 @@ sim::SSubstation LoadFor(int generation) {
     const std::string login = generation == 0   ? R"(password = "SECRET78", length = 8)"
                               : generation == 1 ? R"(password = "SECRET78")"
                                                 : R"(users = [{ name = "A", password = "SECRET78" }])";
-    for (const auto& [name, value] :
-         {std::pair<std::string, std::string>{"GENERATION", std::to_string(generation)}, {"LOGIN", login}})
-        for (std::size_t at = text.find(name, text.find("[link]")); at != std::string::npos;
-             at = text.find(name, at))
-            text.replace(at, name.size(), value);
-    return LoadSubstation(text);
+    text = std::regex_replace(text, std::regex("GENERATION"), std::to_string(generation));
+    return LoadSubstation(std::regex_replace(text, std::regex("LOGIN"), login));
 }
 
 SRecords RecordsOf(const std::string& bytes) {

@@ -63,17 +63,13 @@ struct SOutcome {
     /// What a line lost to the log is told to counts as well.
     bool IsTold(const std::string& text) const { return (Log() + debug).find(text) != std::string::npos; }
     /// Events that the lines of the run say are lost; all, or those of one relay.
-    std::size_t CountLost() const { return LostIn(Log()) + LostIn(debug); }
+    std::size_t CountLost() const { return LostIn(Log() + debug); }
     /// Events that they say wait in the journal.
     std::size_t CountWaiting() const {
-        std::size_t waiting = 0;
-        for (const char* mark : {" waits in the journal for", " wait in the journal for"})
-            waiting += LostIn(Log(), mark) + LostIn(debug, mark);
-        return waiting;
+        return LostIn(Log() + debug, " waits in the journal for") +
+               LostIn(Log() + debug, " wait in the journal for");
     }
-    std::size_t CountSetAside() const {
-        return LostIn(Log(), " set aside in ") + LostIn(debug, " set aside in ");
-    }
+    std::size_t CountSetAside() const { return LostIn(Log() + debug, " set aside in "); }
     static std::size_t LostIn(const std::string& told,
                               std::string_view mark = " taken from the relay, but not stored.") {
         std::size_t lost = 0;
