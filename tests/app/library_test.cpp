@@ -13,14 +13,13 @@
 #include <tuple>
 
 namespace ruvo {
-namespace {
 
-std::string Bin(const std::string& name) {
+static std::string Bin(const std::string& name) {
     return std::filesystem::read_symlink("/proc/self/exe").parent_path() / name;
 }
 
 /// What a shell command prints, and its exit status behind it.
-std::string Output(const std::string& command) {
+static std::string Output(const std::string& command) {
     std::string text;
     FILE* pipe = popen(("(" + command + ") 2>&1; echo $?").c_str(), "r");
     for (int character = fgetc(pipe); character != EOF; character = fgetc(pipe))
@@ -29,7 +28,7 @@ std::string Output(const std::string& command) {
     return text;
 }
 
-long Entries(const char* folder) {
+static long Entries(const char* folder) {
     return std::distance(std::filesystem::directory_iterator(folder), {});
 }
 
@@ -90,5 +89,4 @@ TEST(Secrets, AreInNoDump) {
     EXPECT_EXIT(protect(), testing::ExitedWithCode(0), "");
 }
 
-} // namespace
 } // namespace ruvo

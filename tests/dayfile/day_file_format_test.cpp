@@ -10,10 +10,9 @@
 #include <sstream>
 
 namespace ruvo::test {
-namespace {
 
 /// The first cells of the rows of the page's tables that have this head, each row joined by ", ".
-std::string PageTable(const std::string& head, std::size_t cells) {
+static std::string PageTable(const std::string& head, std::size_t cells) {
     std::ifstream page(RUVO_TEST_DATA "/../docs/day-file-format.md");
     std::string rows;
     bool isInside = false;
@@ -32,7 +31,7 @@ std::string PageTable(const std::string& head, std::size_t cells) {
     return rows;
 }
 
-std::string Row(const SBlockItem& item) {
+static std::string Row(const SBlockItem& item) {
     static constexpr const char* kEncodings[] = {"byte, 1",    "16 bits, 2",         "32 bits, 4",
                                                  "text, 1 + ", "short number, 1 + ", "tagged value, 2 + "};
     const std::string data = item.dataSize > 0 ? std::to_string(item.dataSize) : "n";
@@ -88,5 +87,4 @@ TEST(DayFilePage, HasTheReasonsOfDamage) {
     EXPECT_EQ(PageTable("| reason | what was found |", 1), rows);
 }
 
-} // namespace
 } // namespace ruvo::test

@@ -9,7 +9,6 @@
 #include <map>
 
 namespace ruvo::test {
-namespace {
 
 const std::string kFirst =
     "[00 01 02000000 !3C !07 D2040304100B1A 00 ' !01 05 'Plant 'Desc 'AB12 2003 'Outputs !20 !01 05 ' ]";
@@ -21,11 +20,9 @@ const SImage kExtended =
                        "'Fault !FF !00 !00 ]");
 const std::string& kHeader = kDayFileHeader;
 
-SRead ReadBack(const CScratchFolder& folder, const std::string& bytes) {
+static SRead ReadBack(const CScratchFolder& folder, const std::string& bytes) {
     return test::ReadBack(folder.Write("day.evt", bytes));
 }
-
-} // namespace
 
 // A later run's records stand behind the torn one, and their first bytes complete it as its lengths say.
 TEST(DayFileReader, RecordTornAtEveryByteBeforeSoundOnes) {

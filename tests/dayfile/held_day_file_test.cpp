@@ -11,13 +11,10 @@
 #include <tuple>
 
 namespace ruvo::test {
-namespace {
 
-void Add(CHeldDayFile& file, const std::string& image) {
+static void Add(CHeldDayFile& file, const std::string& image) {
     file.Add({reinterpret_cast<const std::uint8_t*>(image.data()), image.size()});
 }
-
-} // namespace
 
 TEST(HeldDayFile, TakesAwayWhatItHasMadeAndNothingElse) {
     const CScratchFolder folder;

@@ -7,7 +7,6 @@
 #include <regex>
 
 namespace ruvo::test {
-namespace {
 
 /// The bundled substation's three sites, each in a folder of its own below $DIR: `visit WHERE SOURCE SITE`
 /// visits it with the comms server that SOURCE describes.
@@ -105,5 +104,4 @@ TEST_F(RecordedRun, IsNoConcernOfTheVisit) {
     EXPECT_EQ(Shell("ls $DIR/real"), "");
 }
 
-} // namespace
 } // namespace ruvo::test

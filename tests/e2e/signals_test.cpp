@@ -9,7 +9,6 @@
 #include <regex>
 
 namespace ruvo::test {
-namespace {
 
 const std::string kRelays = "[RUVO_SERIAL]\nRV001=5\nRV002=6\n";
 const std::string kEndless = "[relay.generate]\ncount = 3\nseed = 1\nendless = true\n";
@@ -24,7 +23,7 @@ const std::string kTools =
     "do sleep 0.02; done; }\n"
     "end() { while kill -TERM $p 2>/dev/null; do sleep 1.2; done; wait $p; echo exit $?; }\n";
 
-std::size_t CountRecords(const CProgramRun& run) {
+static std::size_t CountRecords(const CProgramRun& run) {
     std::size_t records = 0;
     for (const auto& [name, bytes] : FilesBelow(run.Folder().Native("ev"), true)) {
         CDayFileReader reader;
@@ -36,13 +35,11 @@ std::size_t CountRecords(const CProgramRun& run) {
 }
 
 /// The log of a visit that was ended by that signal with as many events as there are records.
-std::string LogOfLimit(const std::string& signal, std::size_t records) {
+static std::string LogOfLimit(const std::string& signal, std::size_t records) {
     return "This visit has taken " + std::to_string(records) + " event" + (records == 1 ? "" : "s") +
            "; the rest waits in the relay for the next run. " + kSerialDetails + "\nRun ended by " + signal +
            "; 1 relay not visited.\n";
 }
-
-} // namespace
 
 TEST(Signals, EndAVisitAsALimitDoes) {
     for (const std::string signal : {"TERM", "HUP", "INT"}) {

@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 namespace ruvo::test {
-namespace {
 
 const std::string kTools = "visit() { exec " RUVO_BIN_DIR "/ruvoctl visit \"$@\"; }\n"
                            "events() { until [ \"$(grep -c ^GetEvent $DIR/trace.txt 2>/dev/null)\" -ge $1 ] "
@@ -17,14 +16,12 @@ const std::string kTools = "visit() { exec " RUVO_BIN_DIR "/ruvoctl visit \"$@\"
 const std::string kMissing = kFailed + "Connection details - COM Port: COM1, device address: 4.\n";
 
 /// What the visit prints, without times and paths that differ, and its status.
-std::string Visit(const CProgramRun& run, const std::string& script) {
+static std::string Visit(const CProgramRun& run, const std::string& script) {
     const std::string printed = run.Shell(kTools + script);
     const std::string masked = std::regex_replace(
         printed, std::regex(R"(\d+/\d+/\d+ \d+:\d+:\d+ |process \d+|\d+-\d+-\d+ \d+:\d+)"), "");
     return std::regex_replace(masked, std::regex(run.Folder().Native()), "DIR");
 }
-
-} // namespace
 
 TEST(Visit, EndsWithAStatusOfItsOwn) {
     const CProgramRun run(kPlain, "", "[RUVO_SERIAL]\nRV001=5\n");

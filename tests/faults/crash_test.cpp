@@ -12,8 +12,6 @@
 
 namespace ruvo::test {
 
-namespace {
-
 constexpr std::size_t kNever = std::numeric_limits<std::size_t>::max();
 constexpr std::size_t kUsualStates = 5000;
 /// Goes through all combinations of choices.
@@ -302,8 +300,6 @@ std::map<int, std::size_t> CrashTest::ToldLosses(const std::string& log) const {
                     told[relay] += SOutcome::LostIn(line, mark);
     return told;
 }
-
-} // namespace
 
 TEST_P(CrashTest, EveryEventIsAccountedFor) {
     const char* const wanted = std::getenv("RUVO_CRASH_STATES");

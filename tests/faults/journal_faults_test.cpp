@@ -8,10 +8,8 @@
 
 namespace ruvo::test {
 
-namespace {
-
 /// With one visit, which lasts; it is on the disk.
-void Make(CJournalFile& journal) {
+static void Make(CJournalFile& journal) {
     g_disk = {};
     g_disk.PutFolder("C:\\s");
     SChain chain;
@@ -19,12 +17,10 @@ void Make(CJournalFile& journal) {
     g_disk.FlushAll();
 }
 /// The nth operation from now on.
-void Break(std::size_t nth) {
+static void Break(std::size_t nth) {
     g_disk.operations = 0;
     g_disk.faults = {{nth, nth, EFileFailure::Other}};
 }
-
-} // namespace
 
 TEST(JournalFaults, OneThatMayNotBeEmptyTakesNoMore) {
     for (const std::size_t nth : {0U, 1U, 2U, 3U}) { // the cut, and two flushes

@@ -7,21 +7,17 @@
 
 namespace ruvo::test {
 
-namespace {
-
 constexpr std::size_t kSector = 512;
 
-std::string SectorOf(const std::string& bytes, std::size_t sector) {
+static std::string SectorOf(const std::string& bytes, std::size_t sector) {
     std::string part = sector * kSector < bytes.size() ? bytes.substr(sector * kSector, kSector) : "";
     part.resize(kSector);
     return part;
 }
 
-void Resize(std::string& bytes, const SMemoryNode::SWrite& write) {
+static void Resize(std::string& bytes, const SMemoryNode::SWrite& write) {
     bytes.resize(write.isCut ? write.at : std::max(bytes.size(), write.at + write.bytes.size()));
 }
-
-} // namespace
 
 std::pair<std::string, std::string> FolderAndName(const std::string& path) {
     const std::size_t end = path.rfind('\\');

@@ -12,15 +12,11 @@ namespace ruvo {
 
 using namespace test;
 
-namespace {
-
 /// The memory is the test's, and so is the disk meanwhile.
 struct SDiskCall {
     CFailingMemory::SExempt exempt;
     std::lock_guard<std::recursive_mutex> lock{g_diskLock};
 };
-
-} // namespace
 
 struct CFile::SHandle {
     std::string path; ///< empty when closed
@@ -86,10 +82,9 @@ SFileResult CFile::Read(std::span<std::uint8_t> buffer, std::size_t& count) {
     m_handle->position += count;
     return g_disk.Do();
 }
-namespace {
 /// As a write, and as a store into what is mapped.
-SFileResult PutInto(const std::string& path, SMemoryNode& node, std::size_t position,
-                    std::span<const std::uint8_t> bytes, std::size_t& count) {
+static SFileResult PutInto(const std::string& path, SMemoryNode& node, std::size_t position,
+                           std::span<const std::uint8_t> bytes, std::size_t& count) {
     SDiskFault fault = g_disk.Count();
     const std::size_t end = position + bytes.size();
     const std::size_t growth = end > node.bytes.size() ? end - node.bytes.size() : 0;
@@ -117,7 +112,6 @@ SFileResult PutInto(const std::string& path, SMemoryNode& node, std::size_t posi
     }
     return g_disk.Fail(fault.failure);
 }
-} // namespace
 SFileResult CFile::Write(std::span<const std::uint8_t> bytes, std::size_t& count) {
     const SDiskCall call;
     const SFileResult result = PutInto(m_handle->path, m_handle->Node(), m_handle->position, bytes, count);

@@ -11,8 +11,6 @@
 
 namespace ruvo::test {
 
-namespace {
-
 class RecoveryFaults : public Custody {
 protected:
     void TearDown() override { g_utcTime.day = 16; }
@@ -45,8 +43,6 @@ protected:
 
     static constexpr const char* kTorn = "C:\\ev\\AB12-2\\torn.dat";
 };
-
-} // namespace
 
 TEST_F(RecoveryFaults, WhatStandsInADayFileStays) {
     const auto day = [](const std::vector<int>& numbers, std::size_t zeros = 0) {

@@ -16,14 +16,12 @@
 
 namespace ruvo::test {
 
-namespace {
-
 constexpr std::size_t kHead = kJournalHead.size();
 
 /// "V1 R1 R1 S1 D1 ": the kinds and visits of the frames that can be read, and "!" where what stands behind
 /// them is more than one torn frame.
-std::string FramesOf(const CScratchFolder& folder, const std::string& bytes,
-                     std::optional<std::uint32_t> visit = std::nullopt, std::uint64_t from = kHead) {
+static std::string FramesOf(const CScratchFolder& folder, const std::string& bytes,
+                            std::optional<std::uint32_t> visit = std::nullopt, std::uint64_t from = kHead) {
     folder.Write("j", bytes);
     CFile file;
     EXPECT_TRUE(file.Open(folder.Path("j"), {.read = true}).Good());
@@ -36,7 +34,7 @@ std::string FramesOf(const CScratchFolder& folder, const std::string& bytes,
 }
 
 /// Two visits; the second begins before the first is done. Payloads hold a number of theirs, too.
-std::string TwoVisits(std::vector<std::size_t>& ends) {
+static std::string TwoVisits(std::vector<std::size_t>& ends) {
     const struct {
         EFrame kind;
         std::uint32_t visit;
@@ -58,8 +56,6 @@ std::string TwoVisits(std::vector<std::size_t>& ends) {
 }
 
 constexpr const char* kAll = "V1 R1 S1 V2 L2 D1 D2 ";
-
-} // namespace
 
 TEST(Journal, CutAnywhereItGivesTheFramesBeforeTheCut) {
     const CScratchFolder folder;

@@ -15,9 +15,7 @@
 
 namespace ruvo::test {
 
-namespace {
-
-std::string WriteHeaderTo(const CScratchFolder& folder, const CTextFileHeader& header) {
+static std::string WriteHeaderTo(const CScratchFolder& folder, const CTextFileHeader& header) {
     COffFile file;
     CFileException failure;
     EXPECT_TRUE(file.Open(folder.Path("h"), {.read = true, .write = true, .create = true, .truncate = true},
@@ -29,7 +27,7 @@ std::string WriteHeaderTo(const CScratchFolder& folder, const CTextFileHeader& h
 }
 
 /// A list of one simple record whose image has 60 bytes or more.
-CEventList OneRecord(const std::string& name) {
+static CEventList OneRecord(const std::string& name) {
     CEventList list;
     list.SetName(name);
     list.GetRecords().push_back(std::make_unique<CSimpleEventRecord>(
@@ -37,8 +35,6 @@ CEventList OneRecord(const std::string& name) {
         std::string(60, 'f'), CParlaneDataList()));
     return list;
 }
-
-} // namespace
 
 TEST(OffFile, HeaderLinesAndTheirFilter) {
     const CScratchFolder folder;
