@@ -61,14 +61,12 @@ struct SSite {
 };
 
 std::string Access(const SFlow& flow, const std::string& password) {
-    const bool users = std::string(flow.access).find("generation = 2") == 0 ||
-                       std::string(flow.access).find("generation = 3") == 0;
-    return "[relay.access]\n" + std::string(flow.access) + "\n" +
+    const std::string access = flow.access;
+    const bool users = access.starts_with("generation = 2") || access.starts_with("generation = 3");
+    return "[relay.access]\n" + access + "\n" +
            (users ? "users = [{ name = \"ENGINEER\", password = \"" + password + "\" }]\n"
                   : "password = \"" + password + "\"\n") +
-           (std::string(flow.access).find("generation") == 0
-                ? ""
-                : "[relay.cells]\n\"00.DF\" = { uint = 0, size = 1 }\n");
+           (access.starts_with("generation") ? "" : "[relay.cells]\n\"00.DF\" = { uint = 0, size = 1 }\n");
 }
 
 SSite MakeSite(const std::vector<SSecret>& secrets, std::size_t first) {
@@ -130,16 +128,11 @@ TEST(Secrets, AThousandPasswordsStayInside) {
                                        "${RUVO}ctl recording show $DIR/calls.rec\n"
                                        "${RUVO}ctl recording to-substation $DIR/calls.rec");
         for (std::size_t i = first; i < first + 5; ++i) { // typed, and never repeated
-            output += run.Shell("echo " + secrets[i].plain +
-                                "123 | ${RUVO}ctl password encrypt --key RV100\n"
-                                "echo " +
-                                secrets[i].scrambled +
-                                "X | ${RUVO}ctl password encrypt\n"
-                                "${RUVO}ctl password encrypt " +
-                                secrets[i].plain +
-                                "\n"
-                                "${RUVO}ctl password decrypt " +
-                                secrets[i].scrambled);
+            output += run.Shell("plain=" + secrets[i].plain + " scrambled=" + secrets[i].scrambled +
+                                "\necho ${plain}123 | ${RUVO}ctl password encrypt --key RV100\n"
+                                "echo ${scrambled}X | ${RUVO}ctl password encrypt\n"
+                                "${RUVO}ctl password encrypt $plain\n"
+                                "${RUVO}ctl password decrypt $scrambled");
         }
         const std::string all = Leavings(run, output);
         EXPECT_NE(all.find("Invalid password. Connection details"), std::string::npos)

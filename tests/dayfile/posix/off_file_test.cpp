@@ -128,6 +128,7 @@ TEST(WriteEventFile, AppendsAListBehindTheHeaderOfTheFirst) {
     ASSERT_EQ(errors.size(), 1U);
     errors[0]->GetMessageText(text);
     EXPECT_TRUE(text.starts_with("Failed to save event file")) << text;
+    EXPECT_EQ(dynamic_cast<CFileError&>(*errors[0]).GetCause(), static_cast<int>(EFileCause::AccessDenied));
 }
 
 /// Runs in a child process whose files may not grow beyond so many bytes: a full disk that any machine has.
@@ -173,7 +174,7 @@ TEST(WriteEventFile, AFullDiskCostsNoEarlierRecord) {
 }
 
 /// As when it is put there while the relay is read.
-TEST(WriteEventFile, FollowsNoLink) {
+TEST(HeldDayFile, FollowsNoLink) {
     const CScratchFolder folder;
     std::filesystem::create_directory(folder.Native("out"));
     std::filesystem::create_directory(folder.Native("dev"));
@@ -183,14 +184,8 @@ TEST(WriteEventFile, FollowsNoLink) {
     std::filesystem::create_symlink(folder.Native("out/new.evt"), folder.Native("dev/none.evt"));
     for (const char* const name :
          {"linked\\empty.evt", "linked\\new.evt", "dev\\file.evt", "dev\\none.evt"}) {
-        CEventList list = OneRecord(folder.Path(name));
-        CErrorList errors;
-        SWritingNotes notes;
-        EXPECT_FALSE(WriteEventFile(list, "headerText", errors, notes)) << name;
-        ASSERT_EQ(errors.size(), 1U) << name;
-        EXPECT_EQ(dynamic_cast<CFileError&>(*errors[0]).GetCause(),
-                  static_cast<int>(EFileCause::AccessDenied))
-            << name;
+        const auto failure = CHeldDayFile().Hold(folder.Path(name), EMissingFolders::AreAFailure);
+        EXPECT_EQ(failure.value_or(SHoldFailure{}).cause, EFileCause::AccessDenied) << name;
         EXPECT_TRUE(folder.Has("out/empty.evt") && folder.Read("out/empty.evt").empty()) << name;
         EXPECT_FALSE(folder.Has("out/new.evt")) << name;
     }
