@@ -4,13 +4,15 @@
 #include "fault_rig.h"
 
 #include <array>
+#include <cstdio>
+#include <iomanip>
 #include <ostream>
+#include <sstream>
 #include <string>
 
 namespace ruvo::test {
 
 inline constexpr std::size_t kTextSize = 150;
-inline constexpr const char* kFolder = "C:\\ev\\AB12-0001";
 inline constexpr const char* kDayFile = "C:\\ev\\AB12-0001\\AB12-0001-2026-11-16-DEV.evt";
 
 enum class EStart : std::uint8_t { NoRoot, NoFolder, Folder, EmptyFile, Header, Records };
@@ -85,6 +87,26 @@ inline bool IsUnknown(int event) {
 }
 
 /// The relay at the address, as its substation file describes it.
-std::string RelayText(const SCrashCase& test, int address, bool hasEvents);
+inline std::string RelayText(const SCrashCase& test, int address, bool hasEvents) {
+    std::ostringstream text;
+    text << "[[relay]]\nserial = " << address << "\nidentity = { model = \"AB12-X\", serial = \"000"
+         << (test.bothInOneFile ? kTested : address) << "\" }\n"
+         << "cells.\"09.01\" = { index = 1, strings = [\"Off\", \"On\"] }\n"
+         << "columns.\"30\" = { locations = \"uint\" }\n"
+         << "[[relay.record]]\ncolumn = \"30\"\nnumber = 1\n";
+    for (int cell = 2; cell < 2 + test.cells; ++cell)
+        text << "cells.\"30." << std::hex << std::uppercase << std::setw(2) << std::setfill('0') << cell
+             << std::dec << "\" = { text = \"" << std::string(250, 'z') << "\", label = \"Cell\" }\n";
+    for (std::size_t n = 0; hasEvents && n < kEvents.size(); ++n) {
+        std::array<char, 16> mark{};
+        std::snprintf(mark.data(), mark.size(), "Event#%04d ", address * kPerRelay + static_cast<int>(n));
+        text << "[[relay.event]]\nkind = " << kEvents[n]
+             << "\nlocation = \"09.01\"\ntime = 2026-02-16T13:07:09\n"
+             << "text = \"" << mark.data() << std::string(kTextSize, static_cast<char>('a' + n))
+             << "\"\nvalue = { uint = 1 }\n"
+             << (kEvents[n] == kExtended ? "record = { column = \"30\", number = 1 }\n" : "");
+    }
+    return text.str();
+}
 
 } // namespace ruvo::test

@@ -80,10 +80,7 @@ SMemoryDisk CrashTest::Start() {
     SMemoryDisk disk;
     if (test.start != EStart::NoRoot)
         disk.PutFolder("C:\\ev");
-    if (test.hasState)
-        disk.PutFolder("C:\\var\\state");
-    else
-        disk.PutFolder("C:\\var");
+    disk.PutFolder(test.hasState ? "C:\\var\\state" : "C:\\var");
     if (test.start == EStart::Header || test.start == EStart::Records) {
         SMemoryDisk fresh;
         fresh.PutFolder("C:\\ev");
@@ -94,7 +91,7 @@ SMemoryDisk CrashTest::Start() {
             earlier.resize(earlier.find('\x1A') + 1);
     }
     if (test.start == EStart::Folder)
-        disk.PutFolder(kFolder);
+        disk.PutFolder(FolderAndName(kDayFile).first);
     else if (test.start > EStart::Folder)
         disk.Put(kDayFile, earlier);
     return disk;
