@@ -43,27 +43,16 @@ bool RunOnWorkerThread(const std::function<void()>& work) {
 namespace test {
 namespace {
 
-/// A row of connection_results.txt.
-struct SRow {
-    int result;
-    std::string key;
-    int generation, requests;
-    std::int64_t passwordStatus;
-    std::string call;
-    std::int64_t status;
-    std::string ini;
-};
-
-void Script(CScriptedServer& server, const SRow& row) {
-    if (row.generation >= 0)
-        server.values[0x00DF] = "24010" + std::to_string(row.generation);
+void Script(CScriptedServer& server, int generation, int requests, std::int64_t passwordStatus,
+            const std::string& call, std::int64_t status) {
+    if (generation >= 0)
+        server.values[0x00DF] = "24010" + std::to_string(generation);
     server.values[0xBF10] = TextHex("00112233445566778899aabbccddeeff");
     server.limits = {{0x0002, {"1C082020202020202020"}}, {0x00E1, {"1C082020202020202020"}}};
-    server.statuses = {{row.call, row.status},
-                       {"ChangeSetting 00.02", row.passwordStatus},
-                       {"ChangeSetting 00.E1", row.passwordStatus}};
-    server.onCall = [left = row.requests](SCall& call) mutable -> std::optional<std::int64_t> {
-        return call.name == "ChangeSetting" && call.Cell() == 0xBF15 && left-- > 0 ? std::optional(0x0611)
+    server.statuses = {
+        {call, status}, {"ChangeSetting 00.02", passwordStatus}, {"ChangeSetting 00.E1", passwordStatus}};
+    server.onCall = [left = requests](SCall& made) mutable -> std::optional<std::int64_t> {
+        return made.name == "ChangeSetting" && made.Cell() == 0xBF15 && left-- > 0 ? std::optional(0x0611)
                                                                                    : std::nullopt;
     };
 }
@@ -91,37 +80,30 @@ TEST(ConnectionTest, EveryResult) {
                                                      auto ini) {
         if (const std::size_t at = ini.find('@'); at != std::string::npos)
             ini.replace(at, 1, folder.Path());
-        const SRow row{std::stoi(result),
-                       key,
-                       std::stoi(generation),
-                       std::stoi(requests),
-                       std::stoi(answer, nullptr, 0),
-                       call,
-                       std::stoi(status, nullptr, 0),
-                       ini == "ethernet" ? ethernet
-                       : ini == "modem"  ? modem
-                                         : ini};
+        const bool isEthernet = ini == "ethernet", isModem = ini == "modem";
+        const std::string more = isEthernet ? ethernet : isModem ? modem : ini;
         CScriptedServer server;
-        Script(server, row);
-        server.refuseConnection = row.call == "no server";
-        g_runtimeStarts = row.call == "no runtime" ? 0 : row.call == "no second runtime" ? 1 : 2;
-        g_hasThreads = row.call != "no thread";
+        Script(server, std::stoi(generation), std::stoi(requests), std::stoi(answer, nullptr, 0), call,
+               std::stoi(status, nullptr, 0));
+        server.refuseConnection = call == "no server";
+        g_runtimeStarts = call == "no runtime" ? 0 : call == "no second runtime" ? 1 : 2;
+        g_hasThreads = call != "no thread";
         const std::string path = folder.Write(
-            "site.ini", "[RUVO_GENERAL]\nEventRootDir=" + folder.Path("ev") + "\n" + row.ini +
+            "site.ini", "[RUVO_GENERAL]\nEventRootDir=" + folder.Path("ev") + "\n" + more +
                             "\n[RUVO_SERIAL]\nRV001=200\nRV002=2\n[RUVO_PASSWORDS]\nRV003=" + scrambled +
                             "\nRV001=" + scrambled + "\n");
         EXPECT_EQ(static_cast<int>(TestConnection(path.c_str(), key == "-" ? nullptr : key.c_str())),
-                  row.result);
-        const std::string end = row.ini == modem ? "ModemHangUp" : "ClosePort";
-        const bool opened = !server.calls.empty() && row.call != "OpenPort";
+                  std::stoi(result));
+        const std::string end = isModem ? "ModemHangUp" : "ClosePort";
+        const bool opened = !server.calls.empty() && call != "OpenPort";
         EXPECT_EQ(std::ranges::count(server.calls, end), opened ? 1 : 0);
         EXPECT_TRUE(!opened || server.calls.back() == end);
         EXPECT_TRUE(CP32Wrap::GetInstance() == nullptr && server.sink == nullptr);
         EXPECT_TRUE(g_runtimeUsers == 0 && PasswordState().currentPassword.empty());
         EXPECT_FALSE(folder.Has("RUVO_Errors.log") || folder.Has("ev"));
-        if (row.result == 0 && row.generation == 0 && row.requests == 1 && row.call.empty())
+        if (result == "0" && generation == "0" && requests == "1" && call.empty())
             ExpectLogin(server.lines);
-        if (row.ini == ethernet) {
+        if (isEthernet) {
             EXPECT_NE(server.lines.front().find(R"("10.0.0.5","7","200","0")"), std::string::npos);
         }
     });

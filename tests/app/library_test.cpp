@@ -14,10 +14,6 @@
 
 namespace ruvo {
 
-static std::string Bin(const std::string& name) {
-    return std::filesystem::read_symlink("/proc/self/exe").parent_path() / name;
-}
-
 /// What a shell command prints, and its exit status behind it.
 static std::string Output(const std::string& command) {
     std::string text;
@@ -33,13 +29,13 @@ static long Entries(const char* folder) {
 }
 
 TEST(Library, ExportsItsThreeNamesAndNoOther) {
-    EXPECT_EQ(Output("nm -D --defined-only '" + Bin("libruvo.so") + "' | sed 's/.* //'"),
+    EXPECT_EQ(Output("nm -D --defined-only '" RUVO_BIN_DIR "/libruvo.so' | sed 's/.* //'"),
               "TestConnectionExt decrypt encrypt 0 ");
-    EXPECT_EQ(Output("ldd '" + Bin("libruvo.so") + "' | grep crypto"), "1 ") << "libcrypto stays outside";
+    EXPECT_EQ(Output("ldd '" RUVO_BIN_DIR "/libruvo.so' | grep crypto"), "1 ") << "libcrypto stays outside";
 }
 
 TEST(Library, TwoHundredTestsLeaveNothingBehind) {
-    void* const library = dlopen(Bin("libruvo.so").c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* const library = dlopen(RUVO_BIN_DIR "/libruvo.so", RTLD_NOW | RTLD_LOCAL);
     const auto test = reinterpret_cast<decltype(&TestConnectionExt)>(dlsym(library, "TestConnectionExt"));
     const auto scramble = reinterpret_cast<int32_t (*)(const char*, char*)>(dlsym(library, "encrypt"));
     const auto unscramble = reinterpret_cast<int32_t (*)(const char*, char*)>(dlsym(library, "decrypt"));
@@ -72,7 +68,7 @@ TEST(Library, TwoHundredTestsLeaveNothingBehind) {
     }
     EXPECT_EQ(std::tuple(Entries("/proc/self/task"), Entries("/proc/self/fd")), before);
     EXPECT_LT(mallinfo2().uordblks, memory + 200) << "less than a byte per call";
-    EXPECT_EQ(Output("'" + Bin("check_relay") + "' FDR2 RV001"), "RV001: the password was refused (6) 6 ");
+    EXPECT_EQ(Output("'" RUVO_BIN_DIR "/check_relay' FDR2 RV001"), "RV001: the password was refused (6) 6 ");
     EXPECT_EQ(std::filesystem::current_path(), folder.Native());
     EXPECT_FALSE(folder.Has("ev") || folder.Has("RUVO_Errors.log"));
     std::filesystem::current_path(home);

@@ -8,7 +8,6 @@
 #include <ctime>
 #include <map>
 #include <string>
-#include <vector>
 
 namespace ruvo::test {
 

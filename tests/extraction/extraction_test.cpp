@@ -6,7 +6,6 @@
 #include "extraction/event_file_names.h"
 #include "model/status/status.h"
 
-#include <cstdlib>
 #include <filesystem>
 
 namespace ruvo::test {

@@ -12,7 +12,6 @@
 
 namespace ruvo::test {
 
-inline constexpr std::size_t kTextSize = 150;
 inline constexpr const char* kDayFile = "C:\\ev\\AB12-0001\\AB12-0001-2026-11-16-DEV.evt";
 
 enum class EStart : std::uint8_t { NoRoot, NoFolder, Folder, EmptyFile, Header, Records };
@@ -102,7 +101,7 @@ inline std::string RelayText(const SCrashCase& test, int address, bool hasEvents
         std::snprintf(mark.data(), mark.size(), "Event#%04d ", address * kPerRelay + static_cast<int>(n));
         text << "[[relay.event]]\nkind = " << kEvents[n]
              << "\nlocation = \"09.01\"\ntime = 2026-02-16T13:07:09\n"
-             << "text = \"" << mark.data() << std::string(kTextSize, static_cast<char>('a' + n))
+             << "text = \"" << mark.data() << std::string(150, static_cast<char>('a' + n))
              << "\"\nvalue = { uint = 1 }\n"
              << (kEvents[n] == kExtended ? "record = { column = \"30\", number = 1 }\n" : "");
     }

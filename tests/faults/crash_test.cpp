@@ -2,7 +2,6 @@
 // After each, a run that nothing disturbs has to account for every event that a relay has handed over.
 // RUVO_CRASH_STATES says how many states are tried; docs/reliability.md tells of them.
 #include "crash_case.h"
-#include "fault_rig.h"
 
 #include "platform/full_path.h"
 

@@ -109,26 +109,6 @@ TEST(Journal, NothingOfAnEarlierVisitIsTakenForALaterOnes) {
     }
 }
 
-TEST(Journal, ChecksumsAreThoseOfEarlierPrograms) {
-    const struct {
-        std::uint8_t payload;
-        std::uint32_t first, second;
-    } cases[] = {{0, 0xA67A7688, 0x5ECFB857},
-                 {3, 0x1F2F9F2E, 0x963E6A62},
-                 {10, 0xF8DB957B, 0x564C8B9B},
-                 {30, 0xAA6EDEC9, 0xE412313C}};
-    for (const auto& row : cases) {
-        std::vector<std::uint8_t> payload, frame;
-        for (std::uint8_t i = 0; i < row.payload; ++i)
-            payload.push_back(i);
-        SChain chain;
-        MakeFrame(frame, EFrame::Visit, 7, chain, payload);
-        EXPECT_EQ(chain.checksum, row.first) << int{row.payload};
-        MakeFrame(frame, EFrame::Record, 7, chain, payload);
-        EXPECT_EQ(chain.checksum, row.second) << int{row.payload};
-    }
-}
-
 TEST(Journal, FramesFollowOneAnotherWhateverIsDoneBetween) {
     const CScratchFolder folder;
     std::filesystem::create_directory(folder.Native("s"));
