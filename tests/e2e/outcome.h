@@ -5,6 +5,7 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <regex>
 #include <string>
 
 namespace ruvo::test {
@@ -16,14 +17,7 @@ inline std::string FileBytes(const std::filesystem::path& path) {
 
 /// The error log without its time stamps, one problem a line.
 inline std::string WithoutTimeStamps(const std::string& log) {
-    std::string lines;
-    for (std::size_t at = 0; at < log.size();) {
-        const std::size_t end = log.find("\r\n", at);
-        const std::size_t stamp = std::string("2026/11/24 22:17:03 ").size();
-        lines += log.substr(at + stamp, end - at - stamp) + "\n";
-        at = end + 2;
-    }
-    return lines;
+    return std::regex_replace(log, std::regex("[^\r\n]{20}([^\r\n]*)\r\n"), "$1\n");
 }
 
 /// All files below a folder by path, the date of the run replaced by "DATE" unless it is to be kept. None
@@ -46,11 +40,8 @@ inline std::map<std::string, std::string> FilesBelow(const std::filesystem::path
 }
 
 /// Trace lines with "TIME" in the place of the times at which security events were seen.
-inline std::string WithoutTimes(std::string trace) {
-    const std::string before = "Security Event : ";
-    for (std::size_t at = trace.find(before); at != std::string::npos; at = trace.find(before, at + 1))
-        trace.replace(at + before.size(), std::string("2026-11-24 23:14:12.000").size(), "TIME");
-    return trace;
+inline std::string WithoutTimes(const std::string& trace) {
+    return std::regex_replace(trace, std::regex("(Security Event : ).{23}"), "$1TIME");
 }
 
 } // namespace ruvo::test

@@ -51,10 +51,10 @@ protected:
                          {0x0008, TextHex("00001234 ")}};
     }
 
-    SExtractionReport Extract(std::int32_t maxEvents = kNoEventLimit) {
+    SExtractionReport Extract(std::int32_t maxEvents = kNoEventLimit, const SVisitLimits& limits = {}) {
         SExtractionReport report;
         server.calls.clear();
-        ExtractEventsToFile(5, folder.Path(), maxEvents, &report);
+        ExtractEventsToFile(5, folder.Path(), maxEvents, &report, limits);
         return report;
     }
     std::string Calls(std::size_t from = 8) const {

@@ -140,9 +140,8 @@ TEST_F(Extraction, AnEndlessStreamIsTakenInPieces) {
     EXPECT_EQ(SVisitLimits{}.bytes, 268'435'456U);
     for (const SVisitLimits limits :
          {SVisitLimits{.events = 3}, SVisitLimits{.bytes = 2 * 51 + 1}, SVisitLimits{.bytes = 3 * 51}}) {
-        SExtractionReport report;
         server.events.assign(5, Event(1, {"240107", TextHex("f")}));
-        ExtractEventsToFile(5, folder.Path(), kNoEventLimit, &report, limits);
+        const SExtractionReport report = Extract(kNoEventLimit, limits);
         EXPECT_EQ(report.recordsWritten, 3U);
         EXPECT_TRUE(report.end == EVisitEnd::LimitReached && report.eventsTaken == 3);
         EXPECT_EQ(server.events.size(), 2U);
@@ -151,9 +150,8 @@ TEST_F(Extraction, AnEndlessStreamIsTakenInPieces) {
         server.events.assign(call.name == "GetEvent" ? 2 : server.events.size(), Event(77, {"240107"}));
         return std::nullopt;
     };
-    SExtractionReport report;
     server.events.push_back(Event(77, {"240107"}));
-    ExtractEventsToFile(5, folder.Path(), kNoEventLimit, &report, {.events = 3});
+    const SExtractionReport report = Extract(kNoEventLimit, {.events = 3});
     EXPECT_TRUE(report.end == EVisitEnd::LimitReached && report.eventsPassedOver == 3);
 }
 

@@ -9,6 +9,7 @@
 #include "ledger/run_ledger.h"
 #include "ledger/visit_custody.h"
 #include "log/ledger_lines.h"
+#include "log/visit_lines.h"
 #include "paths/path_utilities.h"
 
 namespace ruvo::test {
@@ -16,10 +17,11 @@ namespace ruvo::test {
 namespace {
 
 const std::string kRoot = "C:\\ev", kDay = "C:\\ev\\AB12\\f.evt", kNew = "C:\\ev\\AB12\\new.evt";
+constexpr const char* kLog = "C:\\RUVO_Errors.log";
 
 void Start() {
     g_disk = {};
-    for (const char* file : {"C:\\ev\\AB12\\f.evt", "C:\\ev\\f-1.setaside", "C:\\RUVO_Errors.log"})
+    for (const char* file : {"C:\\ev\\AB12\\f.evt", "C:\\ev\\f-1.setaside", kLog})
         g_disk.Put(file, "x");
     CRunContext context;
     context.SetDestinationRoot("C:");
@@ -199,6 +201,22 @@ TEST(StepFaults, ASetAsideFileThatCannotBeMadeIsTold) {
         EXPECT_TRUE(custody.SetAsideCount() == 1 || custody.WaitingCount() == 1) << nth;
     }
     EXPECT_TRUE(isTold);
+}
+
+/// A line that tells of a loss survives the machine; for others nobody waits.
+TEST(StepFaults, LinesAreFlushedIfTheyTellOfALoss) {
+    for (const auto& [count, isLoss] : {std::pair(&SExtractionReport::eventsLost, true),
+                                        {&SExtractionReport::eventsPassedOver, true},
+                                        {&SExtractionReport::recordsUnflushed, true},
+                                        {&SExtractionReport::eventsWaiting, false}}) {
+        Start();
+        SExtractionReport report;
+        report.*count = 1;
+        report.end = EVisitEnd::LimitReached;
+        LogVisit(report);
+        EXPECT_NE(g_disk.Files().at(kLog), "x");
+        EXPECT_EQ(g_disk.Files("C:", true).at(kLog) != "x", isLoss);
+    }
 }
 
 // On this disk no file can be made that is there for the proof of a folder alone.

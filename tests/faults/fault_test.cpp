@@ -1,7 +1,6 @@
 // Complete runs in which one thing after the other fails: what was written stays, what is lost is told.
 #include "fault_rig.h"
 
-#include "log/visit_lines.h"
 #include "paths/path_utilities.h"
 
 #include <limits>
@@ -146,28 +145,6 @@ TEST_F(FileFaults, WhereNothingCanBeMadeTheRelaysKeepTheirEvents) {
 TEST_F(FileFaults, DayFilesAreOnTheDiskWhenARunHasEnded) {
     EXPECT_TRUE(rig.clean.DayFile(kNext));
     EXPECT_EQ(rig.clean.disk.Files("C:\\ev"), rig.clean.disk.Files("C:\\ev", true));
-}
-
-/// A line that tells of a loss survives the machine; for others nobody waits.
-TEST(VisitLines, AreFlushedIfTheyTellOfALoss) {
-    CRunContext context;
-    SRuvoConfigFields fields;
-    fields.errorLogPath = "C:\\run.log";
-    context.Config() = CRuvoConfig(fields);
-    ResolveErrorLogPath(context, true);
-    for (const auto& [count, isLoss] : {std::pair(&SExtractionReport::eventsLost, true),
-                                        {&SExtractionReport::eventsPassedOver, true},
-                                        {&SExtractionReport::recordsUnflushed, true},
-                                        {&SExtractionReport::eventsWaiting, false}}) {
-        g_disk = {};
-        SExtractionReport report;
-        report.*count = 1;
-        report.end = EVisitEnd::LimitReached;
-        LogVisit(report);
-        const auto files = g_disk.Files("C:", true);
-        EXPECT_NE(g_disk.Files().at("C:\\run.log"), "");
-        EXPECT_EQ(files.contains("C:\\run.log") && !files.at("C:\\run.log").empty(), isLoss);
-    }
 }
 
 TEST_F(FileFaults, AnUnreachableShareIsWalkedOnce) {
