@@ -78,51 +78,47 @@ std::string HeaderOf(std::size_t size) {
 
 /// What the table's files are made of.
 std::map<std::string, std::string> Pieces() {
+    const auto image = [](const std::string& words) { return MakeImage(words).bytes; };
     const std::string& H = kHeader;
-    const std::string F = MakeImage(kFirst).bytes;
+    const std::string F = image(kFirst);
     const std::string& E = kExtended.bytes;
     std::string odd = kFirst;
     odd.replace(odd.find("!20 !01 05"), 10, "2803010203");
-    return {
-        {"header", H},
-        {"open", H.substr(0, H.size() - 1)}, // without its end byte
-        {"settings", "TYPE: Settings\r\n\x1A"},
-        {"cut", "TYPE: EventList\r\nFree\r\x1A"},
-        {"control", "TYPE: EventList\r\nFree\x1F\r\n\x1A"},
-        {"full", HeaderOf(16384)},
-        {"overfull", HeaderOf(16385)},
-        {"simple", kSimple.bytes},
-        {"extended", E},
-        {"first", F},
-        {"cells", E.substr(F.size())},
-        {"torn", E.substr(F.size() + 1)},
-        {"other", MakeImage("[01 03000000 ]").bytes},
-        {"behind", MakeImage(kFirst.substr(0, kFirst.size() - 1) + "00 ]").bytes},
-        {"valued", MakeImage(kFirst.substr(0, kFirst.size() - 1) + "FF00 ]").bytes},
-        {"lenient",
-         MakeImage("[00 0000000000 3C07D2040304100B1A 41 'ab 02 0005 ' ' ' 2003 ' FF00 ' ]").bytes},
-        {"small", MakeImage("[00 00 00000000 3C07D2040304100B1A 00 ' 01 05 ' ' ' 2003 ' FF00 ' ]").bytes},
-        {"holding", MakeImage(kEvent + "'Start FF00 ' !18 " +
-                              HexDigits(std::string(1, static_cast<char>(E.size())) + E) + " ]")
-                        .bytes},
-        {"past", "\x01" + std::string(2, '\xFF') + std::string(300, '\x55')}, // its length says
-        {"code", MakeImage("[00 00 00000000 3C07D2040304100B1A 00 ' 02 AA05 'Plant 'Desc 'AB12 2003 'Trip "
-                           "FF00 'Trip ]")
-                     .bytes},
-        {"timeless", MakeImage("[00 00 00000000 2407D2040304100B1A 00 ' 01 05 'Plant 'Desc 'AB12 2003 'Trip "
-                               "FF00 'Trip ]")
-                         .bytes},
-        {"beheaded", kSimple.bytes.substr(0, kSimple.bytes.size() - 1)},
-        {"unknown", MakeImage(kEvent + "'Trip 7E020500 ' ]").bytes},
-        {"odd", MakeImage(kEvent + "'Trip 2803010203 ' ]").bytes},
-        {"oddextended", MakeImage(odd).bytes + E.substr(F.size())},
-        {"twin", MakeImage(kEvent + "'Trip 2803010203 ' 2803000000 ]").bytes},
-        {"shifted", MakeImage(kEvent + "'Trip 2803010203 ' 1807414141 03000000 ]").bytes},
-        {"doubled", MakeImage(kEvent + "'Trip FF00 0100 3406050405040504 ]").bytes},
-        {"oddcell", MakeImage("[01 02000000 'Phase 2803010203 00 ]").bytes},
-        {"index", MakeImage("[01 02000000 'Phase 500105 00 ]").bytes},
-        {"junk", std::string(100, '\x55')},
-        {"zeros", std::string(5000, '\0')}};
+    return {{"header", H},
+            {"open", H.substr(0, H.size() - 1)}, // without its end byte
+            {"settings", "TYPE: Settings\r\n\x1A"},
+            {"cut", "TYPE: EventList\r\nFree\r\x1A"},
+            {"control", "TYPE: EventList\r\nFree\x1F\r\n\x1A"},
+            {"full", HeaderOf(16384)},
+            {"overfull", HeaderOf(16385)},
+            {"simple", kSimple.bytes},
+            {"extended", E},
+            {"first", F},
+            {"cells", E.substr(F.size())},
+            {"torn", E.substr(F.size() + 1)},
+            {"other", image("[01 03000000 ]")},
+            {"behind", image(kFirst.substr(0, kFirst.size() - 1) + "00 ]")},
+            {"valued", image(kFirst.substr(0, kFirst.size() - 1) + "FF00 ]")},
+            {"lenient", image("[00 0000000000 3C07D2040304100B1A 41 'ab 02 0005 ' ' ' 2003 ' FF00 ' ]")},
+            {"small", image("[00 00 00000000 3C07D2040304100B1A 00 ' 01 05 ' ' ' 2003 ' FF00 ' ]")},
+            {"holding", image(kEvent + "'Start FF00 ' !18 " +
+                              HexDigits(std::string(1, static_cast<char>(E.size())) + E) + " ]")},
+            {"past", "\x01" + std::string(2, '\xFF') + std::string(300, '\x55')}, // its length says
+            {"code", image("[00 00 00000000 3C07D2040304100B1A 00 ' 02 AA05 'Plant 'Desc 'AB12 2003 'Trip "
+                           "FF00 'Trip ]")},
+            {"timeless", image("[00 00 00000000 2407D2040304100B1A 00 ' 01 05 'Plant 'Desc 'AB12 2003 'Trip "
+                               "FF00 'Trip ]")},
+            {"beheaded", kSimple.bytes.substr(0, kSimple.bytes.size() - 1)},
+            {"unknown", image(kEvent + "'Trip 7E020500 ' ]")},
+            {"odd", image(kEvent + "'Trip 2803010203 ' ]")},
+            {"oddextended", image(odd) + E.substr(F.size())},
+            {"twin", image(kEvent + "'Trip 2803010203 ' 2803000000 ]")},
+            {"shifted", image(kEvent + "'Trip 2803010203 ' 1807414141 03000000 ]")},
+            {"doubled", image(kEvent + "'Trip FF00 0100 3406050405040504 ]")},
+            {"oddcell", image("[01 02000000 'Phase 2803010203 00 ]")},
+            {"index", image("[01 02000000 'Phase 500105 00 ]")},
+            {"junk", std::string(100, '\x55')},
+            {"zeros", std::string(5000, '\0')}};
 }
 
 TEST(DayFileReader, DamageIsToldOnceAndReadingGoesOnAtASoundRecordWithAWitness) {

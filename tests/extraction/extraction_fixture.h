@@ -20,9 +20,9 @@ inline std::string Bytes(std::string_view hex) {
     return {bytes.begin(), bytes.end()};
 }
 
-inline std::string Header(const std::string& nextExtended) {
-    return "APP: Parlane\r\nTYPE: EventList\r\nFORMAT: 1.0\r\nNEXTEXTENDED: " + nextExtended +
-           "\r\n\r\nheaderText\r\n\x1A";
+inline std::string Header(const std::string& nextExtended, const std::string& freeText = "headerText") {
+    return "APP: Parlane\r\nTYPE: EventList\r\nFORMAT: 1.0\r\nNEXTEXTENDED: " + nextExtended + "\r\n\r\n" +
+           freeText + "\r\n\x1A";
 }
 
 /// Items 3 to 15 of a block for device address 5, without the block's tag and length.

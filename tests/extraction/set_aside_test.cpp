@@ -82,9 +82,8 @@ TEST_F(SetAside, TheRecordsAreInAFileThatTheLogNames) {
                   "AB12-00001234-2026-11-16-DEV-" + std::to_string(number) + ".setaside");
         EXPECT_EQ(std::filesystem::status(files.back()).permissions(), PermissionsOfOwn());
         const std::string reason = isRefused ? "a password was refused" : "the visit was aborted";
-        std::string head = Header("000003");
-        head.replace(
-            head.find("headerText"), 10,
+        const std::string head = Header(
+            "000003",
             "set aside|AB12-00001234\\AB12-00001234-2026-11-16-DEV.evt|RV001|2026-11-16 23:30:00 UTC|" +
                 reason);
         EXPECT_EQ(folder.Read(files.back().string().substr(folder.Native().size() + 1)), head + records);

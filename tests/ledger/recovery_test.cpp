@@ -53,13 +53,8 @@ protected:
             MakeFrame(bytes, kind, 1, chain, payload);
             journal.append(bytes.begin(), bytes.end());
         };
-        SVisitInfo info{.key = "RV001",
-                        .file = file,
-                        .begun = "2026-11-16 23:30:00 UTC",
-                        .isFileMade = made > 0,
-                        .isFolderMade = made > 1,
-                        .source = source};
-        add(EFrame::Visit, Pack(info));
+        add(EFrame::Visit,
+            Pack(SVisitInfo{"RV001", file, "2026-11-16 23:30:00 UTC", 0, made > 0, made > 1, source}));
         char id = 0;
         for (const char frame : frames)
             if (frame == 'R') {
