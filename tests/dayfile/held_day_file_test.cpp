@@ -1,5 +1,4 @@
-// The day file of a visit: what is made for it, how records go out, how a failed write is taken back, and
-// what is told of records that lack something.
+// The day file of a visit: what is made for it, how records go out, and how a failed write is taken back.
 #include "support/fake_system.h"
 #include "support/scratch_folder.h"
 
@@ -108,18 +107,6 @@ TEST(HeldDayFile, IsCutBackToItsLastWholeImage) {
     cut(both, true, 2, both.size());
     for (const std::string& others : {std::string("other"), both.substr(0, 5000) + "other", both + "other"})
         cut(others, false, 0, others.size());
-}
-
-TEST(IncompleteRecords, AreTheSameWhileTheyLackTheSame) {
-    const CSimpleEventRecord record(0, 0, std::uint8_t{5}, CParlaneIEC870(), "On", nullptr, "", "", "",
-                                    std::uint16_t{1}, "", CParlaneDataList());
-    CIncompleteRecords incomplete;
-    EXPECT_TRUE(incomplete.IsEmpty());
-    for (std::size_t kind = 1; kind <= 17; ++kind) {
-        incomplete.Add(record, {kind, "value"});
-        EXPECT_FALSE(incomplete.IsEmpty());
-    }
-    EXPECT_EQ(std::tuple(incomplete.Kinds().size(), incomplete.OtherCount()), std::tuple(16U, 1U));
 }
 
 } // namespace ruvo::test

@@ -1,6 +1,7 @@
 // The platform's files, on the disk in memory.
 #include "memory_disk.h"
 
+#include "ledger/background_flush.h"
 #include "platform/mapped_part.h"
 #include "platform/state_folder.h"
 #include "support/failing_memory.h"
@@ -259,6 +260,20 @@ std::string ResolvedFolder(const std::string& folder) {
 SFreeSpace FreeSpace(const std::string&) {
     return g_disk.room;
 }
+
+// The journal's flushes without a thread of their own, so that a run asks the same of the disk each time.
+// What is flushed beside the run is as much as the disk says: by itself nothing, so that an end of the
+// machine loses the most.
+bool CBackgroundFlush::NoteWrite() noexcept {
+    const std::size_t every = g_disk.flushEvery;
+    return every != 0 && g_disk.operations % every == 0 ? Flush() : !m_hasFailed;
+}
+bool CBackgroundFlush::Flush() noexcept {
+    m_failure = m_file.FlushWritten();
+    m_hasFailed = !m_failure.Good() || m_hasFailed;
+    return !m_hasFailed;
+}
+void CBackgroundFlush::Stop() noexcept {}
 
 // Only linked.
 // clang-format off
