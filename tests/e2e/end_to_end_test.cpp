@@ -160,9 +160,7 @@ TEST(EndToEnd, AFullDiskAndAVanishedRootAreLoggedAndCostNoEarlierRecord) {
     const std::string today = UtcDate();
     const std::string before = run.Shell(
         "rm $DIR/substation.toml.tmp 2>/dev/null; sed -i '/^trace/d' $DIR/substation.toml; $RUVO $DIR/site.ini\n"
-        "day=$DIR/ev/AB12-0001/AB12-0001-" +
-        today +
-        "-DEV.evt; tail -c +82 $day >$DIR/records\n"
+        "day=$(ls $DIR/ev/AB12-0001/*-DEV.evt); tail -c +82 $day >$DIR/records\n"
         "while [ $(wc -c <$day) -lt 400000 ]; do cat $DIR/records >>$day; done; cp $day $DIR/before\n"
         "${RUVO}ctl events --format json $day; rm -r $DIR/ev/AB12-0002 $DIR/run.log\n"
         "ulimit -f $(($(wc -c <$day) / 1024 + 4)); $RUVO $DIR/site.ini");

@@ -25,7 +25,7 @@ struct SCrashCase {
     const char* locked = "";    ///< for the first run: a folder that takes nothing new
     const char* full = "";      ///< and one that takes some bytes only, another number in each run
     std::size_t fullAt = 0;     ///< the least of them, and by how many they may be more
-    std::size_t fullWithin = 1;
+    std::size_t fullWithin = 2'000;
     bool isMoved = false;       ///< a person may put the day file away after an end
     std::size_t abortedAt = 0;  ///< the first relay's event at which the first run's visit is aborted
     bool isRefusedOnce = false; ///< one operation of the first run fails
@@ -47,17 +47,9 @@ inline const SCrashCase kCases[] = {
     {.name = "TwoVisitsToOneFile", .bothInOneFile = true, .isNextVisited = true},
     {.name = "NoJournal", .hasState = false, .locked = "C:\\var"},
     {.name = "NoJournalNoEventRoot", .start = EStart::NoRoot, .locked = "C:\\var\\state"},
-    {.name = "FullJournalDisk",
-     .isNextVisited = true,
-     .full = "C:\\var",
-     .fullWithin = 400'000,
-     .cells = 200},
-    {.name = "FullEventDisk", .isNextVisited = true, .full = "C:\\ev", .fullWithin = 2'000},
-    {.name = "FullEventDiskBehindRecords",
-     .start = EStart::Records,
-     .full = "C:\\ev",
-     .fullAt = 1'000,
-     .fullWithin = 2'000},
+    {.name = "FullJournal", .isNextVisited = true, .full = "C:\\var", .fullWithin = 400'000, .cells = 200},
+    {.name = "FullEventDisk", .isNextVisited = true, .full = "C:\\ev"},
+    {.name = "FullEventDiskBehindRecords", .start = EStart::Records, .full = "C:\\ev", .fullAt = 1'000},
     {.name = "MovedDayFile", .start = EStart::Records, .isMoved = true},
     {.name = "MovedNewDayFile", .isMoved = true},
     {.name = "OneRefusal", .start = EStart::Records, .isNextVisited = true, .isRefusedOnce = true},
