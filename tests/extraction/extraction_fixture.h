@@ -57,6 +57,11 @@ protected:
         ExtractEventsToFile(5, folder.Path(), maxEvents, &report, limits);
         return report;
     }
+    /// The same where one event is pending.
+    SExtractionReport ExtractOne() {
+        server.events = {Event(0, {"240107"})};
+        return Extract();
+    }
     std::string Calls(std::size_t from = 8) const {
         std::string all;
         for (std::size_t i = from; i < server.calls.size(); ++i)

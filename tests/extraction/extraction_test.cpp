@@ -39,11 +39,7 @@ TEST_F(Extraction, ALaterRunAppendsAndKeepsTheHeader) {
 }
 
 TEST_F(Extraction, NothingIsWrittenBehindATornEnd) {
-    const auto run = [this] {
-        server.events = {Event(0, {"240107"})};
-        return Extract().refusal;
-    };
-    run();
+    ExtractOne();
     const std::string whole = Day();
     const std::size_t header = Header("000002").size();
     const std::string record = whole.substr(header);
@@ -66,7 +62,8 @@ TEST_F(Extraction, NothingIsWrittenBehindATornEnd) {
         folder.Write(kFile, test.before);
         const std::string why =
             "Day file " + DayFileShown() + " does not end with a whole record: damage at byte ";
-        EXPECT_EQ(run().value_or(SRefusal{}).subject, test.damageAt == nullptr ? "" : why + test.damageAt)
+        EXPECT_EQ(ExtractOne().refusal.value_or(SRefusal{}).subject,
+                  test.damageAt == nullptr ? "" : why + test.damageAt)
             << test.name;
         EXPECT_EQ(server.events.size(), test.damageAt == nullptr ? 0U : 1U) << test.name;
         EXPECT_EQ(Day(), test.damageAt != nullptr ? test.before
@@ -77,21 +74,17 @@ TEST_F(Extraction, NothingIsWrittenBehindATornEnd) {
 }
 
 TEST_F(Extraction, AFileThatAnotherRunHoldsLeavesTheEventsInTheRelay) {
-    const auto run = [this] {
-        server.events = {Event(0, {"240107"})};
-        return Extract();
-    };
     CHeldDayFile other;
     EXPECT_FALSE(other.Hold(folder.Path("AB12-00001234\\AB12-00001234-2026-11-16-DEV.evt")));
-    EXPECT_EQ(run().refusal,
+    EXPECT_EQ(ExtractOne().refusal,
               (SRefusal{ERefusal::FileNotHeld, "Day file " + DayFileShown() + " is held by another run"}));
     EXPECT_EQ(server.events.size(), 1U);
     EXPECT_EQ(Day(), "");
     other.Release();
     EXPECT_FALSE(folder.Has("AB12-00001234")) << "made by that one, for nothing";
-    EXPECT_EQ(run().recordsWritten, 1U);
+    EXPECT_EQ(ExtractOne().recordsWritten, 1U);
     const std::string once = Day();
-    EXPECT_EQ(run().recordsWritten, 1U);
+    EXPECT_EQ(ExtractOne().recordsWritten, 1U);
     EXPECT_EQ(Day(), once + once.substr(Header("000002").size()));
 }
 
@@ -99,7 +92,6 @@ TEST_F(Extraction, AFileThatGoesWhileItIsHeldTakesNoEventAlong) {
     CHeldDayFile other;
     bool isOthers = false;
     const auto run = [&](const std::string& moved, bool isTakenOver) {
-        server.events = {Event(0, {"240107"})};
         server.onCall = [&](SCall& call) -> std::optional<std::int64_t> {
             std::error_code ignored; // where an open file cannot be moved, its records are in it
             if (call.name == "GetEvent")
@@ -108,7 +100,7 @@ TEST_F(Extraction, AFileThatGoesWhileItIsHeldTakesNoEventAlong) {
                 isOthers = !other.Hold(folder.Path("AB12-00001234\\AB12-00001234-2026-11-16-DEV.evt"));
             return std::nullopt;
         };
-        return Extract();
+        return ExtractOne();
     };
     run("nothing", false);
     const std::string record = Day().substr(Header("000002").size());
@@ -127,8 +119,7 @@ TEST_F(Extraction, ARelayWithoutANameIsTold) {
     for (const auto& [model, serialNumber] : cases) { // dashes are no lack
         server.values[0x0006] = TextHex(model.c_str());
         server.values[0x0008] = TextHex(serialNumber.c_str());
-        server.events = {Event(1, {"240107", TextHex("f")})};
-        EXPECT_EQ(Extract().isNameUnread, model.empty() || serialNumber.empty()) << model;
+        EXPECT_EQ(ExtractOne().isNameUnread, model.empty() || serialNumber.empty()) << model;
         EXPECT_TRUE(folder.Has(model + "-" + serialNumber)) << model;
     }
     server.events = {Event(77, {"240107"})};
@@ -232,17 +223,14 @@ TEST_F(Extraction, OtherRequestsThatFailEndTheVisit) {
 TEST_F(Extraction, NoNameLeadsOutOfTheEventRoot) {
     for (const char* serial : {"..\\x", "a/b", "C:x", "a\nb", "a?b", "a|b"}) {
         server.values[0x0008] = TextHex(serial);
-        server.events = {Event(1, {"240107", TextHex("f")})};
-        const SExtractionReport report = Extract();
-        EXPECT_EQ(report.refusal, (SRefusal{ERefusal::UnfitName, std::string("AB12-") + serial}));
+        EXPECT_EQ(ExtractOne().refusal, (SRefusal{ERefusal::UnfitName, std::string("AB12-") + serial}));
         EXPECT_EQ(server.events.size(), 1U) << "no event is taken";
         EXPECT_TRUE(std::filesystem::is_empty(folder.Native())) << serial;
     }
     EXPECT_TRUE(IsSafeFileName("AB12-\xE9") && !IsSafeFileName("AB12-\x7F"))
         << "no relay can send a DEL alone";
     server.values[0x0008] = "18FA" + std::string(500, '5'); // longer than a path may be
-    server.events = {Event(1, {"240107", TextHex("f")})};
-    EXPECT_EQ(Extract().refusal.value_or(SRefusal{ERefusal::DiskFull, {}}).cause, ERefusal::UnfitName);
+    EXPECT_EQ(ExtractOne().refusal.value_or(SRefusal{ERefusal::DiskFull, {}}).cause, ERefusal::UnfitName);
     EXPECT_EQ(server.events.size(), 1U);
     server.values[0x0008] = "1803209520"; // a device character that is no ASCII letter, blanks around it
     Extract();
