@@ -376,11 +376,11 @@ TEST_F(Client, WritesLeaveSecurityEvents) {
               stamp + "[FF.FD] 'Reset cell 01.10        '  dt:0x24  dl:0x02  dv:'0x00 0x00'\n");
     EXPECT_EQ(called, "                |Reset cell 01.10|FFFD|3C07581B038E020315|24020000");
     g_localTime = SCalendarTime{2027, 11, 29, 23, 59, 59};
-    EXPECT_NE(lines([&] { link->ResetCell(nullptr, 0x0110); }).find("Event : 2027-11-29 23:59:59.000  '"),
-              std::string::npos);
+    EXPECT_TRUE(
+        Contains(lines([&] { link->ResetCell(nullptr, 0x0110); }), "Event : 2027-11-29 23:59:59.000  '"));
     g_localTime.reset();
-    EXPECT_NE(lines([&] { link->SetValue(nullptr, 0xBF15, CParlaneUint(0x0203, 2)); }).find("01 00:00:00.0"),
-              std::string::npos)
+    EXPECT_TRUE(
+        Contains(lines([&] { link->SetValue(nullptr, 0xBF15, CParlaneUint(0x0203, 2)); }), "01 00:00:00.0"))
         << "without a clock the event is still there";
     EXPECT_EQ(called, "                |Setting reply code|BF15|3C07000080800101"
                       "62|240105");

@@ -1,6 +1,7 @@
 // Why COM does not start the comms server, in words.
 #include "link/seam/com_failure.h"
 #include "support/case_table.h"
+#include "support/contains.h"
 
 #include <sstream>
 
@@ -21,16 +22,16 @@ TEST(ComFailure, SaysWhatToDo) {
         }
         const std::string text = DescribeComFailure(failure);
         EXPECT_TRUE(text.starts_with("comms server P32LS, class {9A69E99F-")) << text;
-        EXPECT_NE(text.find("creating it failed with " + code), std::string::npos) << text;
+        EXPECT_TRUE(Contains(text, "creating it failed with " + code));
         std::istringstream wanted(words);
         for (std::string part; std::getline(wanted, part, '~');) {
-            EXPECT_NE(text.find(part), std::string::npos) << part << "\nin: " << text;
+            EXPECT_TRUE(Contains(text, part));
         }
     });
     const SComFailure denied{
         .code = 0x80070005, .step = "creating it", .system = {}, .account = {}, .registrations = {}};
-    EXPECT_NE(DescribeComFailure(denied).find(" and allow the account of this program: \"Local Launch\""),
-              std::string::npos);
+    EXPECT_TRUE(
+        Contains(DescribeComFailure(denied), " and allow the account of this program: \"Local Launch\""));
 }
 
 } // namespace ruvo::test

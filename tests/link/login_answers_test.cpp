@@ -144,9 +144,7 @@ TEST_F(LoginFlows, ANewHashedPassword) {
     g_modules.present = true;
     server.statuses["SetValue 00.F1"] = 0x0611;
     EXPECT_EQ(change(1), 18U);
-    EXPECT_NE(g_events.find("I ChangeHashedPasswordSettingForCSEd3 calls EnterPassword()|"),
-              std::string::npos)
-        << g_events;
+    EXPECT_TRUE(Contains(g_events, "I ChangeHashedPasswordSettingForCSEd3 calls EnterPassword()|"));
 }
 
 } // namespace

@@ -23,7 +23,7 @@ TEST_F(LoginFlows, EncipheredPassword) {
     SetRelay(1);
     server.values[0x9D01] = TextHex(std::string(40, 'n'));
     EXPECT_EQ(Enter(), kLinkGood);
-    EXPECT_NE(flow.find("|ask 8 " + std::string(32, 'n') + " 0,-1;|"), std::string::npos) << flow;
+    EXPECT_TRUE(Contains(flow, "|ask 8 " + std::string(32, 'n') + " 0,-1;|"));
 }
 
 TEST_F(LoginFlows, WithoutItsKeyAPasswordIsNotEnciphered) {
@@ -93,13 +93,13 @@ TEST_F(LoginFlows, BuffersOfTheApplicationsOwnAndStatus1AreTakenToo) {
     SetRelay(3);
     server.values[0x00F2] = "240101"; // one user alone
     EXPECT_EQ(Enter(), kLinkGood);
-    EXPECT_NE(flow.find("ask 32 VIEWER          ,VIEWER           0,-1;"), std::string::npos) << flow;
+    EXPECT_TRUE(Contains(flow, "ask 32 VIEWER          ,VIEWER           0,-1;"));
     SetRelay(2);
     server.values[0x00F2] = "2401DF"; // as many users as the column has rows
     for (CellAddress cell = 0x9D21; cell <= 0x9DFF; ++cell)
         server.values[cell] = TextHex("USER" + std::to_string(cell - 0x9D20));
     EXPECT_EQ(Enter(), kLinkGood);
-    EXPECT_NE(flow.find("GetValue 9D.FF|ask 16 USER223          0,-1;"), std::string::npos) << flow;
+    EXPECT_TRUE(Contains(flow, "GetValue 9D.FF|ask 16 USER223          0,-1;"));
     server.values[0x00F2] = "2401E0";
     server.values[0x9D00] = TextHex("USER224");
     EXPECT_EQ(Enter(), 18U);

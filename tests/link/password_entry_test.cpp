@@ -257,7 +257,7 @@ TEST_F(PasswordEntry, ASecurityEventCallbackThatThrowsDecidesNothing) {
     g_debugOutput.clear();
     EXPECT_EQ(Read(), kLinkGood);
     EXPECT_EQ(written, "240100 " + kPassword + "240107 ");
-    EXPECT_NE(g_debugOutput.find("] A security event could not be reported\n"), std::string::npos);
+    EXPECT_TRUE(Contains(g_debugOutput, "] A security event could not be reported\n"));
     CP32Wrap::SetSecurityEventCallback(nullptr);
 }
 

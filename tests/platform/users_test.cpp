@@ -6,6 +6,7 @@
 #include "platform/state_folder.h"
 #include "platform/system_calls.h"
 #include "platform/users.h"
+#include "support/contains.h"
 #include "support/scratch_folder.h"
 
 #include <cerrno>
@@ -55,14 +56,13 @@ TEST(Users, ContinuesWithNothingOfRoot) {
     close(out);
     const std::string said = folder.Read("out");
     const std::string id = std::to_string(nobody->id);
-    EXPECT_NE(said.find("as " + id + id + " "), std::string::npos) << said;
-    EXPECT_NE(said.find(" groups 1 in / home /nonexistent secret 0\n"), std::string::npos) << said;
-    EXPECT_NE(said.find("\nPATH=/usr/local/bin:/usr/bin:/bin|HOME=/nonexistent|SHELL=/usr/sbin/nologin|"
-                        "USER=nobody|LOGNAME=nobody|TERM=kept|COLUMNS=kept|JOURNAL_STREAM=kept|\n"),
-              std::string::npos)
-        << said;
+    EXPECT_TRUE(test::Contains(said, "as " + id + id + " "));
+    EXPECT_TRUE(test::Contains(said, " groups 1 in / home /nonexistent secret 0\n"));
+    EXPECT_TRUE(
+        test::Contains(said, "\nPATH=/usr/local/bin:/usr/bin:/bin|HOME=/nonexistent|SHELL=/usr/sbin/nologin|"
+                             "USER=nobody|LOGNAME=nobody|TERM=kept|COLUMNS=kept|JOURNAL_STREAM=kept|\n"));
     for (const char* const set : {"CapInh", "CapPrm", "CapEff", "CapAmb"})
-        EXPECT_NE(said.find(std::string(set) + ":\t0000000000000000\n"), std::string::npos) << set << said;
+        EXPECT_TRUE(test::Contains(said, std::string(set) + ":\t0000000000000000\n")) << set;
     EXPECT_EQ(ContinueAs({4'000'000'000, ""}, {}), "user 4000000000 is not known on this machine");
 }
 
@@ -96,12 +96,11 @@ TEST(Users, ContinueAsTheListOfUsersHasThem) {
                                  all + refused + all +
                                  "setresuid  5 5 5|the program cannot be started: Argument list too long\n"))
         << said;
-    EXPECT_NE(said.find(" in / home /home/v secret 0\nPATH=/usr/local/bin:/usr/bin:/bin|HOME=/home/v|"
-                        "SHELL=/bin/sh|USER=visitor|LOGNAME=visitor|TERM=kept|COLUMNS=kept|"
-                        "JOURNAL_STREAM=kept|\ncalled " +
-                        std::filesystem::read_symlink("/proc/self/exe").string() + "\n"),
-              std::string::npos)
-        << said;
+    EXPECT_TRUE(
+        test::Contains(said, " in / home /home/v secret 0\nPATH=/usr/local/bin:/usr/bin:/bin|HOME=/home/v|"
+                             "SHELL=/bin/sh|USER=visitor|LOGNAME=visitor|TERM=kept|COLUMNS=kept|"
+                             "JOURNAL_STREAM=kept|\ncalled " +
+                                 std::filesystem::read_symlink("/proc/self/exe").string() + "\n"));
 }
 
 TEST(Users, HaveTheirStateBelowTheirHome) {

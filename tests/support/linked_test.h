@@ -1,6 +1,7 @@
 // What most tests above the comms server begin with: a scripted server, and the client that talks to it.
 #pragma once
 
+#include "support/contains.h"
 #include "support/fake_system.h"
 #include "support/scripted_server.h"
 

@@ -59,9 +59,7 @@ protected:
         record.End(end);
         g_utcTime = {2026, 11, 20, 23, 30, 0};
     }
-    SOutcome Status(const std::string& more = "") {
-        return RunWords("status --all @/sites " + more, "@", folder.Native());
-    }
+    SOutcome Status(const std::string& more = "") { return RunIn(folder, "status --all @/sites " + more); }
 
     CScratchFolder folder;
 };
@@ -76,33 +74,28 @@ TEST_F(AllSites, EachIsALineTheWorstFirst) {
         said += " " + site["site"].get<std::string>() + " " + site["state"].get<std::string>() + ",";
     EXPECT_EQ(said, "unknown: gone unknown, west unknown, south warning, north good,") << outcome.out;
     EXPECT_EQ(outcome.status, 3);
-    EXPECT_EQ(RunWords("paths @/sites/south.ini --of events", "@", folder.Native()).out.find(folder.Native()),
-              std::string::npos)
+    EXPECT_FALSE(Contains(RunIn(folder, "paths @/sites/south.ini --of events").out, folder.Native()))
         << "the environment is that of the caller again";
     const std::string text = Status().out;
     EXPECT_TRUE(text.starts_with("UNKNOWN: 4 sites in " + folder.Native("sites") +
                                  ": 2 unknown, 1 warning, 1 good\n\nUNKNOWN  gone   " +
                                  folder.Native("sites/gone.ini") + ": the file cannot be read"))
         << text;
-    EXPECT_NE(text.find("\nWARNING  south  RV001 (10.0.0.5,1) not reached since visits are recorded "
-                        "(2026-11-20), 1 night\n"),
-              std::string::npos)
-        << text;
-    EXPECT_NE(text.find("\nGOOD     north  last visit 2026-11-20 02:00 (0 s), 1 of 1 relay reached"),
-              std::string::npos)
-        << text;
+    EXPECT_TRUE(Contains(text, "\nWARNING  south  RV001 (10.0.0.5,1) not reached since visits are recorded "
+                               "(2026-11-20), 1 night\n"));
+    EXPECT_TRUE(Contains(text, "\nGOOD     north  last visit 2026-11-20 02:00 (0 s), 1 of 1 relay reached"));
     const std::string metrics = folder.Read("m.prom");
     for (const char* line :
          {"ruvo_site_state{site=\"gone\"} 3\nruvo_site_state{site=\"west\"} 3\n",
           "ruvo_relay_reached{site=\"south\",relay=\"RV001\",key=\"RV001\",plant=\"\"} 0\n"
           "ruvo_relay_reached{site=\"north\",relay=\"RV001\",key=\"RV001\",plant=\"Feeder 7\"} 1\n"})
-        EXPECT_NE(metrics.find(line), std::string::npos) << line << metrics;
-    EXPECT_EQ(metrics.find("ruvo_log_lines{site=\"gone\"}"), std::string::npos) << "nobody has read it";
+        EXPECT_TRUE(Contains(metrics, line));
+    EXPECT_FALSE(Contains(metrics, "ruvo_log_lines{site=\"gone\"}")) << "nobody has read it";
 }
 
 TEST_F(AllSites, WhatIsMissingIsSaid) {
     for (const char* line : {"status --all @/none", "status --all @/north"}) {
-        const SOutcome outcome = RunWords(line, "@", folder.Native());
+        const SOutcome outcome = RunIn(folder, line);
         EXPECT_EQ(outcome.status, 3) << line;
         EXPECT_TRUE(outcome.out.starts_with("UNKNOWN: " + folder.Native())) << outcome.out;
     }

@@ -24,9 +24,7 @@ class CArchive : public testing::Test {
 protected:
     CArchive() { std::filesystem::create_directories(m_folder.Native("events")); }
 
-    SOutcome Archive() {
-        return RunTool({"archive", m_folder.Native("events"), "--sqlite", m_folder.Native("a.db")});
-    }
+    SOutcome Archive() { return RunIn(m_folder, "archive @/events --sqlite @/a.db"); }
     SOutcome Find(const std::vector<std::string>& options) {
         std::vector<std::string> arguments{"find", m_folder.Native("a.db")};
         arguments.insert(arguments.end(), options.begin(), options.end());
@@ -69,8 +67,7 @@ TEST_F(CArchive, FollowsAFileThroughItsLife) {
         before = step.bytes;
         const SOutcome outcome = Archive();
         EXPECT_EQ(outcome.status, 0) << step.name;
-        EXPECT_NE((outcome.out + outcome.error).find(step.said), std::string::npos)
-            << step.name << ": " << outcome.out << outcome.error;
+        EXPECT_TRUE(Contains(outcome.out + outcome.error, step.said)) << step.name;
         EXPECT_EQ(Ask("SELECT count(*) FROM events"), step.records) << step.name;
         EXPECT_EQ(Ask("SELECT count(*) FROM damaged_places"), step.damaged) << step.name;
     }
@@ -130,10 +127,7 @@ TEST_F(CArchive, GrowsWhileASearchIsLeftOpen) {
 TEST_F(CArchive, LinesOfJsonHoldTheSameColumns) {
     m_folder.Write(kDayFile,
                    kHeader + Extended(At(16, 3), "a", std::string("\\u0000\0", 7)) + Simple(At(31, 2), "b"));
-    const std::string events = m_folder.Native("events");
-    const std::string target = m_folder.Native("lines");
-    ASSERT_EQ(RunTool({"archive", events, "--sqlite", m_folder.Native("a.db"), "--ndjson", target}).status,
-              0);
+    ASSERT_EQ(RunIn(m_folder, "archive @/events --sqlite @/a.db --ndjson @/lines").status, 0);
     const std::vector<std::string> lines = Lines(m_folder.Read("lines"));
     ASSERT_EQ(lines.size(), 2U);
     CDatabase database(m_folder.Native("a.db"), EDatabaseAccess::Read);
@@ -146,13 +140,12 @@ TEST_F(CArchive, LinesOfJsonHoldTheSameColumns) {
     }
     EXPECT_FALSE(columns.Step());
     CStatement cells(database, "SELECT cells FROM events");
-    EXPECT_NE(lines[0].find(cells.Step() ? ",\"cells\":" + cells.TextAt(0) + "," : "none"),
-              std::string::npos);
+    EXPECT_TRUE(Contains(lines[0], cells.Step() ? ",\"cells\":" + cells.TextAt(0) + "," : "none"));
     EXPECT_EQ(row["cells"][0]["bits"][2], "Gesperrt ü");
     EXPECT_EQ(row["cells"][1]["template"], "\\u0000\xEF\xBF\xBD") << "no NUL";
     EXPECT_EQ(nlohmann::json::parse(lines[1])["time"], nullptr) << "31 November";
     EXPECT_FALSE(m_folder.Has("lines.tmp"));
-    EXPECT_EQ(RunTool({"archive", events, "--ndjson", m_folder.Native("no/lines")}).status, 1);
+    EXPECT_EQ(RunIn(m_folder, "archive @/events --ndjson @/no/lines").status, 1);
 }
 
 /// The columns that all versions have; cells as JSON, which may be written in more than one way.
@@ -181,7 +174,7 @@ TEST_F(CArchive, BringsOneOfAnEarlierVersionUpToDate) {
     make();
     const std::vector<std::string> events = EventsOf(path);
     ASSERT_EQ(events.size(), 4U);
-    EXPECT_NE(Find({""}).error.find("run ruvoctl archive once"), std::string::npos);
+    EXPECT_TRUE(Contains(Find({""}).error, "run ruvoctl archive once"));
     CDatabase(path, EDatabaseAccess::Write).Run("UPDATE records SET bytes = x'00' WHERE id = 4");
     EXPECT_EQ(Archive().status, 1);
     EXPECT_EQ(Ask("PRAGMA user_version"), 1) << "all of it or nothing";
@@ -199,7 +192,7 @@ TEST_F(CArchive, BringsOneOfAnEarlierVersionUpToDate) {
     }
     m_folder.Write("events/\xC3\x89L04-D\xC3\xA9part 7-2026-11-25-DEV.evt", day);
     const SOutcome outcome = Archive();
-    EXPECT_NE(outcome.out.find("0 records added, 1 already archived"), std::string::npos) << outcome.out;
+    EXPECT_TRUE(Contains(outcome.out, "0 records added, 1 already archived"));
     EXPECT_EQ(EventsOf(path), events);
     EXPECT_EQ(Ask("SELECT count(*) FROM events WHERE site = 'events'"), 1) << "of the relay that is there";
     EXPECT_EQ(Ask("SELECT count(*) FROM events WHERE site = ''"), 3);
@@ -264,28 +257,26 @@ TEST_F(CArchive, WritesNewRecordsOnce) {
         std::filesystem::last_write_time(m_folder.Native(kDayFile), time);
         before = step.bytes;
         m_folder.Write("lines", "");
-        const SOutcome outcome = RunTool(
-            {"archive", m_folder.Native("events"), "--new", "pg", "--ndjson", m_folder.Native(step.target)});
+        const SOutcome outcome =
+            RunIn(m_folder, "archive @/events --new pg --ndjson @/" + std::string(step.target));
         EXPECT_EQ(outcome.status, step.status) << step.name << ": " << outcome.error;
         EXPECT_EQ(Lines(m_folder.Read("lines")).size(), step.lines) << step.name;
     }
-    const std::string events = m_folder.Native("events");
-    EXPECT_EQ(Lines(RunTool({"archive", events, "--new", "x", "--ndjson", "-"}).out).size(), 1U)
-        << "another name";
-    EXPECT_EQ(RunTool({"archive", events, "--new", "../x", "--ndjson", "-"}).status, 2);
-    EXPECT_EQ(RunTool({"archive", events, "--new", "x", "--sqlite", "y"}).status, 2);
+    EXPECT_EQ(Lines(RunIn(m_folder, "archive @/events --new x --ndjson -").out).size(), 1U) << "another name";
+    EXPECT_EQ(RunIn(m_folder, "archive @/events --new ../x --ndjson -").status, 2);
+    EXPECT_EQ(RunIn(m_folder, "archive @/events --new x --sqlite y").status, 2);
 }
 
 TEST_F(CArchive, LeavesOtherDatabasesAlone) {
     m_folder.Write(kDayFile, kHeader);
-    EXPECT_EQ(RunTool({"archive", m_folder.Native("events")}).status, 2) << "no output";
+    EXPECT_EQ(RunIn(m_folder, "archive @/events").status, 2) << "no output";
     EXPECT_EQ(Find({"x"}).status, 2) << "no archive";
     ASSERT_EQ(Archive().status, 0);
     const auto refuses = [this](const char* change, const char* why) {
         CDatabase(m_folder.Native("a.db"), EDatabaseAccess::Write).Run(change);
         for (const SOutcome& outcome : {Archive(), Find({"x"})}) {
             EXPECT_GT(outcome.status, 0) << change;
-            EXPECT_NE(outcome.error.find(why), std::string::npos) << outcome.error;
+            EXPECT_TRUE(Contains(outcome.error, why));
         }
     };
     const std::string archive = m_folder.Read("a.db");

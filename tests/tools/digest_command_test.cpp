@@ -109,7 +109,7 @@ protected:
     }
 
     SOutcome Run(const std::string& line) {
-        SOutcome outcome = RunWords(line, "@", folder.Native());
+        SOutcome outcome = RunIn(folder, line);
         for (std::string* text : {&outcome.out, &outcome.error})
             for (std::size_t at; (at = text->find(folder.Native())) != std::string::npos;)
                 text->replace(at, folder.Native().size(), "@");
@@ -150,9 +150,9 @@ TEST(FetchedBytes, WhatAVisitHasStoredIsNotNewWhenItIsRecovered) {
 TEST_F(DigestCommand, AMutedRelayAlarmsNobody) {
     EXPECT_EQ(Run("mute @/sites/north.ini RV002 --until 2026-12-31 --why CT").status, 0);
     const std::string text = Run("digest @/sites/north.ini --fetched 24h").out;
-    EXPECT_NE(text.find("2 nights; muted until the end of"), std::string::npos) << text;
+    EXPECT_TRUE(Contains(text, "2 nights; muted until the end of"));
     for (const char* alarm : {"1 relay not reached", "! Bus", "The link to", "\"ping\""})
-        EXPECT_EQ(text.find(alarm), std::string::npos) << alarm << text;
+        EXPECT_FALSE(Contains(text, alarm));
 }
 
 /// Its runs began at 03:00 and at 03:30 local time; what was written at other times may be anybody's.
@@ -166,15 +166,11 @@ TEST_F(DigestCommand, ASharedLogIsToldApartByItsRuns) {
                  "2026/11/25 03:31:00 In a run of south\r\nand its second line\r\n");
     for (const std::string command : {"digest @/sites/", "status @/sites/"}) {
         const std::string north = Run(command + "north.ini").out, south = Run(command + "south.ini").out;
-        const auto has = [](const std::string& text, const char* words) {
-            return text.find(words) != std::string::npos;
-        };
-        EXPECT_TRUE(has(north, "run of north") && has(north, "Between") && !has(north, "f south") &&
-                    !has(north, "second line"))
-            << north;
-        EXPECT_TRUE(has(south, "run of south") && has(south, "Of south") && has(south, "Between") &&
-                    !has(south, "run of north") && has(south, "second line"))
-            << south;
+        EXPECT_TRUE(Contains(north, "run of north") && Contains(north, "Between")) << north;
+        EXPECT_FALSE(Contains(north, "f south") || Contains(north, "second line")) << north;
+        for (const char* words : {"run of south", "Of south", "Between", "second line"})
+            EXPECT_TRUE(Contains(south, words));
+        EXPECT_FALSE(Contains(south, "run of north"));
     }
 }
 
@@ -193,13 +189,12 @@ TEST_F(DigestCommand, CountsWhatIsAskedFor) {
         EXPECT_EQ(outcome.status, std::stoi(status)) << outcome.error;
         // The folder's name may be long, and so decide where a line ends.
         const std::string out = std::regex_replace(outcome.out, std::regex("\n +(?=read)"), " ");
-        EXPECT_NE((outcome.error + out).find(said), std::string::npos) << outcome.error << outcome.out;
+        EXPECT_TRUE(Contains(outcome.error + out, said)) << outcome.out;
     });
     g_utcTime = {2026, 12, 20, 6, 0, 0};
     const std::string late = Run("digest @/sites/south.ini").out;
-    EXPECT_NE(late.find("Spare (RV001) answers, but has had no event for 25 days"), std::string::npos)
-        << late;
-    EXPECT_NE(late.find("1 site not visited\n"), std::string::npos) << late;
+    EXPECT_TRUE(Contains(late, "Spare (RV001) answers, but has had no event for 25 days"));
+    EXPECT_TRUE(Contains(late, "1 site not visited\n"));
 }
 
 /// Each run is in one digest of a name, also one that lasts while a digest is made, or whose digest nobody
@@ -207,7 +202,7 @@ TEST_F(DigestCommand, CountsWhatIsAskedFor) {
 TEST_F(DigestCommand, AMarkLeavesNoRunOut) {
     const auto digest = [this](const std::string& said) {
         const std::string out = Run("digest @/sites/north.ini --since-last mail").out;
-        EXPECT_NE(out.find(said), std::string::npos) << said << "\n" << out;
+        EXPECT_TRUE(Contains(out, said));
     };
     digest("this is the first digest \"mail\"");
     digest("north: no events\n");

@@ -57,11 +57,10 @@ TEST(EventsCommand, JsonHoldsEveryFieldInItsOrder) {
         R"("value_text":"0000000000000101","value_number":null,"value_unit":"","value_set":"Start, Gesperrt ü",)"
         R"("cell_values":[{"label":"Event Value","value":"0000000000000101","set":["Start","Gesperrt ü"]},)"
         R"({"label":"Fault","value":"271","set":[]}],"schema":2})");
-    EXPECT_NE(lines[1].find(R"("text":"Step 7","value":null,"aux":["Départ \"7\"","a\u0007\u001B[2J","�\\"],)"
-                            R"("format":"Step %u","values":[{"code":36,"bytes":"07"},null],"valid":true,)"),
-              std::string::npos);
-    EXPECT_NE(lines[3].find(R"("time":null,"time_bytes":"D2040C021F0B1A")"), std::string::npos)
-        << "31 November";
+    EXPECT_TRUE(Contains(lines[1],
+                         R"("text":"Step 7","value":null,"aux":["Départ \"7\"","a\u0007\u001B[2J","�\\"],)"
+                         R"("format":"Step %u","values":[{"code":36,"bytes":"07"},null],"valid":true,)"));
+    EXPECT_TRUE(Contains(lines[3], R"("time":null,"time_bytes":"D2040C021F0B1A")")) << "31 November";
     EXPECT_EQ(lines[4], R"({"file":"@/b/CD34-2-2026-11-16-DEV.EVT","offset":179,"length":2,)"
                         R"("error":"no block begins here","site":"@@","schema":2})");
     for (const std::string& line : lines)
@@ -71,8 +70,7 @@ TEST(EventsCommand, JsonHoldsEveryFieldInItsOrder) {
 TEST(EventsCommand, NoFormatLetsAControlCharacterThrough) {
     for (const char* format : {"text", "json", "csv"}) {
         const SOutcome outcome = SSite().Events({"--format", format});
-        const std::size_t control = outcome.out.find_first_of("\x01\x02\x07\x1B\x7F");
-        EXPECT_EQ(control, std::string::npos) << format;
+        EXPECT_EQ(outcome.out.find_first_of("\x01\x02\x07\x1B\x7F"), std::string::npos) << format;
         EXPECT_NO_THROW(static_cast<void>(json(outcome.out).dump())) << "well-formed UTF-8 in " << format;
         EXPECT_EQ(outcome.status, 1) << format;
     }
@@ -103,11 +101,9 @@ TEST(EventsCommand, SpreadsheetsGetNoFormula) {
     const std::string csv = RunTool({"events", path, "--format", "csv", "--spreadsheet"}).out;
     for (const char* part : {",'=R1,46,", ",'=1+1,'=1+1,", ",'+1,'+1,", ",'-1,'-1,", ",'@A1,'@A1,",
                              ",a=1,a=1,", R"(,"'=""x""",)", ",'  =1,", ",\\x09=2,", ",a;b,a;b,"})
-        EXPECT_NE(csv.find(part), std::string::npos) << part << '\n' << csv;
-    EXPECT_TRUE(csv.starts_with("\xEF\xBB\xBF"
-                                "file,"))
-        << "the mark of UTF-8";
-    EXPECT_NE(RunTool({"events", path, "--format", "csv"}).out.find(",=1+1,=1+1,"), std::string::npos);
+        EXPECT_TRUE(Contains(csv, part));
+    EXPECT_TRUE(csv.starts_with("\uFEFFfile,")) << "the mark of UTF-8";
+    EXPECT_TRUE(Contains(RunTool({"events", path, "--format", "csv"}).out, ",=1+1,=1+1,"));
     EXPECT_EQ(RunTool({"events", path, "--spreadsheet"}).status, 2);
 }
 
@@ -134,9 +130,7 @@ TEST(EventsCommand, ValuesAreTextsNumbersAndUnits) {
                                             0x0320, "", {}));
     folder.Write("R-1-2026-11-16-DEV.evt", kHeader + records);
     const std::vector<std::string> lines =
-        Lines(RunTool({"events", folder.Native("R-1-2026-11-16-DEV.evt"), "--format", "csv",
-                       "--decimal-comma", "--site", "N"})
-                  .out);
+        Lines(RunIn(folder, "events @/R-1-2026-11-16-DEV.evt --format csv --decimal-comma --site N").out);
     ASSERT_EQ(lines.size(), std::size(kCases) + 1);
     EXPECT_TRUE(lines[0].starts_with("file;relay;"));
     for (std::size_t at = 0; at < std::size(kCases); ++at)
@@ -227,17 +221,17 @@ TEST(EventsCommand, WhatCannotBeDoneIsSaid) {
     const CScratchFolder folder;
     folder.Write("x.evt", kHeader);
     ForEachCase<3>("tools/events_mistakes.txt", [&](auto& words, auto& status, auto& error) {
-        const SOutcome outcome = RunWords(words, "@", folder.Native());
+        const SOutcome outcome = RunIn(folder, words);
         EXPECT_EQ(outcome.status, std::stoi(status));
-        EXPECT_NE(outcome.error.find(error), std::string::npos) << outcome.error;
+        EXPECT_TRUE(Contains(outcome.error, error));
     });
 }
 
 TEST(HelpCommand, PrintsWhatTheOptionPrints) {
     EXPECT_EQ(RunTool({"help"}).out, RunTool({"--help"}).out);
     const std::string events = RunTool({"help", "events"}).out;
-    EXPECT_TRUE(events == RunTool({"events", "--help"}).out &&
-                events.find("Usage: ruvoctl events") != std::string::npos);
+    EXPECT_EQ(events, RunTool({"events", "--help"}).out);
+    EXPECT_TRUE(Contains(events, "Usage: ruvoctl events"));
 }
 
 } // namespace ruvo::test

@@ -58,8 +58,8 @@ TEST_F(IniCommands, EditOneEntryOrNothing) {
         EXPECT_EQ(Text(), std::string(kSite).replace(kSite.find(before), before.size(), with));
         EXPECT_EQ(outcome.status == 0, !before.empty());
         EXPECT_EQ(outcome.error.empty(), !before.empty());
-        EXPECT_NE((outcome.out + outcome.error).find(said), std::string::npos) << outcome.error;
-        EXPECT_EQ((outcome.out + outcome.error).find("SECR"), std::string::npos);
+        EXPECT_TRUE(Contains(outcome.out + outcome.error, said));
+        EXPECT_FALSE(Contains(outcome.out + outcome.error, "SECR"));
     });
 }
 
@@ -68,17 +68,17 @@ TEST_F(IniCommands, EditPasswordsAndFullOrOddFiles) {
     EXPECT_EQ(Tool("add INI 9 --password", " a=b;\"\n").status, 0);
     EXPECT_EQ(Tool("password set INI rv001", "PASSWORD\r\n").status, 0);
     EXPECT_EQ(Stored("RV009") + Stored("RV001"), " a=b;\"PASSWORD");
-    EXPECT_NE(Tool("remove INI RV009").out.find("its password was removed"), std::string::npos);
+    EXPECT_TRUE(Contains(Tool("remove INI RV009").out, "its password was removed"));
     EXPECT_EQ(Tool("remove INI RV003").status, 0);
     EXPECT_EQ(Stored("RV009") + Stored("RV001"), "-PASSWORD");
-    EXPECT_NE(Tool("remove INI RV001").error.find("last relay"), std::string::npos);
+    EXPECT_TRUE(Contains(Tool("remove INI RV001").error, "last relay"));
     m_folder.Write("site.ini", "[RUVO_GENERAL]\nEventRootDir=C:\\x\n[RUVO_SERIAL]\nRV001=5\nRV002=x\n");
-    EXPECT_NE(Tool("remove INI RV001").error.find("no longer pass check"), std::string::npos);
+    EXPECT_TRUE(Contains(Tool("remove INI RV001").error, "no longer pass check"));
     std::string full = "[RUVO_SERIAL]\n";
     for (int n = 1000; n < 2000; ++n)
         full += "RV" + std::to_string(n).substr(1) + "=\n";
     m_folder.Write("site.ini", full);
-    EXPECT_NE(Tool("add INI 9").error.find("RV000 to RV999"), std::string::npos);
+    EXPECT_TRUE(Contains(Tool("add INI 9").error, "RV000 to RV999"));
     EXPECT_EQ(Tool("remove INI RV999").status, 0); // it is no relay, and so not the last one
     full.resize(full.find("RV999"));
     EXPECT_EQ(Tool("add INI 9 --key RV000").status, 0); // it has no value, so it is free
@@ -115,7 +115,7 @@ TEST_F(IniCommands, ReplacementKeepsLinksPermissionsAndOwner) {
                     m_folder.Read("new") == "x");
     }
     std::filesystem::create_hard_link(m_file, m_folder.Native("twin"));
-    EXPECT_NE(Tool("password set INI RV001").error.find("hard link"), std::string::npos);
+    EXPECT_TRUE(Contains(Tool("password set INI RV001").error, "hard link"));
     std::filesystem::remove(m_folder.Native("twin"));
     const pid_t child = fork(); // a user who may read the file and write the folder, but not the file
     if (child == 0) {
@@ -126,7 +126,7 @@ TEST_F(IniCommands, ReplacementKeepsLinksPermissionsAndOwner) {
     }
     int result = -1;
     EXPECT_TRUE(waitpid(child, &result, 0) == child && result == 0);
-    EXPECT_EQ(Text().find("=99"), std::string::npos);
+    EXPECT_FALSE(Contains(Text(), "=99"));
     for (const auto& entry : std::filesystem::directory_iterator(m_folder.Native()))
         EXPECT_NE(entry.path().extension(), ".tmp") << entry.path(); // nothing is left beside it
 }
@@ -183,7 +183,7 @@ TEST_F(IniCommands, NewMakesAFileThatPassesCheck) {
         umask(mask);
         EXPECT_EQ(Mode(), 0600U);
         EXPECT_EQ(Tool("check INI").out, "Success - No input errors found.\n");
-        EXPECT_NE(Tool("list INI").out.find(listed), std::string::npos) << Tool("list INI").out;
+        EXPECT_TRUE(Contains(Tool("list INI").out, listed));
         const std::string text = Text();
         EXPECT_EQ(Tool(make + words, input).status, 1); // it is there
         EXPECT_EQ(Text(), text);
@@ -198,14 +198,14 @@ TEST_F(IniCommands, NewMakesAFileThatPassesCheck) {
     }
     for (const auto& [options, said] :
          {std::pair("--log /proc/none/l", "open log"), {"--events /", "EventRoot"}})
-        EXPECT_NE(
-            Tool("new INI --link serial --relay 5 --passwords " + std::string(options)).error.find(said),
-            std::string::npos); // before a password is asked for
+        EXPECT_TRUE(
+            Contains(Tool("new INI --link serial --relay 5 --passwords " + std::string(options)).error,
+                     said)); // before a password is asked for
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(m_folder.Native()), {}), 0);
     m_folder.Write("site.ini", kSite + "RV001=0028289361231177046833\r\n"); // of an empty password
     const std::string json =
         R"("visited":false,"text":"10.0.0.1,2","valid":true,"ip":"10.0.0.1","device":2,)";
-    EXPECT_NE(Tool("list --format json INI").out.find(json + R"("password":"none"})"), std::string::npos);
+    EXPECT_TRUE(Contains(Tool("list --format json INI").out, json + R"("password":"none"})"));
     ResetErrorLog();
 }
 
@@ -232,7 +232,7 @@ TEST_F(IniCommands, NewAsksAtATerminal) {
     EXPECT_LT(seen.find("do not match"), seen.rfind("Password of RV001")) << seen;
     EXPECT_TRUE(seen.find("SECR") == std::string::npos &&
                 Text().find("BaudRate=1200\n") != std::string::npos);
-    EXPECT_NE(Text().find("RV001=12\nRV002=14\n"), std::string::npos) << seen;
+    EXPECT_TRUE(Contains(Text(), "RV001=12\nRV002=14\n"));
     EXPECT_EQ(Stored("RV001") + Stored("RV002"), "SECRET-");
     close(terminal);
 }

@@ -148,7 +148,7 @@ TEST_F(EveryLine, HasItsRowAndEveryRowItsLine) {
     for (const char* source : {"log/visit_lines.cpp", "log/ledger_lines.cpp", "log/run_texts.cpp",
                                "log/run_texts.h", "dayfile/held_day_file.cpp", "ledger/visit_custody.cpp"})
         for (const std::string& text : TextsOf(source))
-            EXPECT_NE(log.find(text), std::string::npos) << source << ": no line of this test has: " << text;
+            EXPECT_TRUE(Contains(log, text)) << source;
 }
 
 TEST(Advice, NamesWhatTheSystemHas) {
@@ -163,11 +163,11 @@ TEST(Advice, NamesWhatTheSystemHas) {
     std::smatch found;
     const std::string here = AdviceOf(todo, ESystemTools::Posix);
     EXPECT_FALSE(std::regex_search(here, found, windows)) << found.str();
-    EXPECT_NE(here.find("\"systemctl start ruvo@SITE\""), std::string::npos);
+    EXPECT_TRUE(Contains(here, "\"systemctl start ruvo@SITE\""));
     const std::string there =
         std::regex_replace(AdviceOf(todo, ESystemTools::Windows), std::regex("event root"), "");
     EXPECT_FALSE(std::regex_search(there, found, posix)) << found.str();
-    EXPECT_NE(there.find("\"ruvoctl visit SITE.ini\""), std::string::npos);
+    EXPECT_TRUE(Contains(there, "\"ruvoctl visit SITE.ini\""));
     EXPECT_EQ((here + there + AdviceForAll(todo)).find_first_of("{}"), std::string::npos);
     EXPECT_EQ(AdviceForAll("At {memory}."), "At \"free -m\" (Windows: the Task Manager).");
     EXPECT_EQ(AdviceForSite("In SITE.ini: \"ruvoctl check SITE.ini\", \"x -u ruvo@SITE\".",
@@ -190,12 +190,12 @@ TEST(Explain, ReadsLogsAndSaysWhatItDoesNotKnow) {
     const SOutcome many = RunTool(
         {"explain", "-"}, 100, "2026/11/25 02:00:11 Invalid password.\r\n\r\nInvalid password.\nwhat\nwhy\n");
     EXPECT_EQ(many.status, 1);
-    EXPECT_NE(many.out.find("1 other line means the same"), std::string::npos) << many.out;
-    EXPECT_NE(many.out.find("Not a line that ruvo writes"), std::string::npos) << many.out;
+    EXPECT_TRUE(Contains(many.out, "1 other line means the same"));
+    EXPECT_TRUE(Contains(many.out, "Not a line that ruvo writes"));
     EXPECT_EQ(RunTool({"explain", "Invalid", "password."}).status, 0);
     const SOutcome all = RunTool({"explain"});
     for (const SLineRow& row : LineTable())
-        EXPECT_NE(all.out.find(row.form.Text() + "\n"), std::string::npos) << row.form.Text();
+        EXPECT_TRUE(Contains(all.out, row.form.Text() + "\n"));
 }
 
 } // namespace ruvo::test

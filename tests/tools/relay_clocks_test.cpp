@@ -50,11 +50,10 @@ TEST(RelayClocks, MistakesAreSaidWithTheirLine) {
     folder.Write("R-1-2026-11-16-DEV.evt", kHeader + Simple(At(16, 3), "Trip"));
     ForEachCase<2>("tools/zone_mistakes.txt", [&](auto& lines, auto& error) {
         folder.Write("clocks", lines);
-        const SOutcome outcome =
-            RunTool({"events", folder.Native("R-1-2026-11-16-DEV.evt"), "--clocks", folder.Native("clocks")});
+        const SOutcome outcome = RunIn(folder, "events @/R-1-2026-11-16-DEV.evt --clocks @/clocks");
         EXPECT_EQ(outcome.status, error.empty() ? 0 : 2);
         EXPECT_EQ(outcome.error.empty(), error.empty());
-        EXPECT_NE(outcome.error.find(error), std::string::npos) << outcome.error;
+        EXPECT_TRUE(Contains(outcome.error, error));
     });
 }
 
@@ -63,9 +62,8 @@ TEST(RelayClocks, TheFirstLineThatFitsApplies) {
     folder.Write("R-1-2026-11-16-DEV.evt", kHeader + Simple(At(16, 3), "Trip"));
     const auto utc = [&](const char* lines) {
         folder.Write("clocks", lines);
-        const std::string json = RunTool({"events", folder.Native("R-1-2026-11-16-DEV.evt"), "--clocks",
-                                          folder.Native("clocks"), "--site", "North", "--format", "json"})
-                                     .out;
+        const std::string json =
+            RunIn(folder, "events @/R-1-2026-11-16-DEV.evt --clocks @/clocks --site North --format json").out;
         const std::size_t start = json.find(R"("utc":)") + 6;
         return json.substr(start, json.find(R"(,"utc_)") - start);
     };

@@ -19,8 +19,8 @@ TEST(PasswordCommand, PipedLines) {
     ForEachCase<3>("tools/password_mistakes.txt", [](auto& words, auto& input, auto& error) {
         const SOutcome outcome = RunWords("password " + words, "@", "", input);
         EXPECT_EQ(outcome.status, error == "never an argument" ? 2 : 1);
-        EXPECT_NE(outcome.error.find(error), std::string::npos) << outcome.error;
-        EXPECT_EQ((outcome.out + outcome.error).find("SECR"), std::string::npos);
+        EXPECT_TRUE(Contains(outcome.error, error));
+        EXPECT_FALSE(Contains(outcome.out + outcome.error, "SECR"));
     });
     for (const std::string password : {"", "A", "PASSWORD", " a=b\xFC "}) {
         const SOutcome made = RunTool({"password", "encrypt", "--key", "rv003"}, 9, password + "\r\nx\n");
@@ -51,7 +51,7 @@ TEST(PasswordCommand, WhatIsTypedIsNotShown) {
         termios mode{};
         EXPECT_TRUE(waitpid(child, &status, 0) == child && status == want) << seen;
         EXPECT_TRUE(tcgetattr(terminal, &mode) == 0 && (mode.c_lflag & ECHO) != 0);
-        EXPECT_EQ(seen.find("SECR"), std::string::npos) << seen;
+        EXPECT_FALSE(Contains(seen, "SECR"));
         close(terminal);
     }
 }
@@ -76,7 +76,7 @@ TEST(TestCommand, StatusIsTheCode) {
     };
     const SOutcome outcome = RunTool({"test", folder.Native("a.ini"), "rv001"});
     EXPECT_EQ(outcome.status, 0);
-    EXPECT_NE(outcome.error.find("asked for a user name"), std::string::npos) << outcome.error;
+    EXPECT_TRUE(Contains(outcome.error, "asked for a user name"));
     ResetErrorLog();
 }
 

@@ -43,9 +43,7 @@ protected:
         folder.Write("ev/AB12-1/AB12-1-2026-11-19-DEV.evt",
                      kHeader + Simple(At(19, 3), "New") + Simple(At(19, 2), "x") + Simple(At(31, 2), "When"));
     }
-    SOutcome Relays(const std::string& more = "") {
-        return RunWords("relays @/site.ini " + more, "@", folder.Native());
-    }
+    SOutcome Relays(const std::string& more = "") { return RunIn(folder, "relays @/site.ini " + more); }
 
     CScratchFolder folder;
 };
@@ -78,12 +76,11 @@ TEST_F(RelaysCommand, JoinsWhatIsKnown) {
 TEST_F(RelaysCommand, WhatIsNotKnownIsSaid) {
     const SOutcome fresh = Relays();
     EXPECT_EQ(fresh.status, 0);
-    EXPECT_NE(fresh.error.find("no visit is recorded, so that no relay has a name; looked in "),
-              std::string::npos);
-    EXPECT_NE(fresh.out.find("RV002  ethernet  10.0.0.6,2  -"), std::string::npos) << fresh.out;
+    EXPECT_TRUE(Contains(fresh.error, "no visit is recorded, so that no relay has a name; looked in "));
+    EXPECT_TRUE(Contains(fresh.out, "RV002  ethernet  10.0.0.6,2  -"));
     folder.Write("state", ""); // what is no folder cannot be looked into
     EXPECT_EQ(Relays().status, 1);
-    EXPECT_EQ(RunWords("relays @/none.ini", "@", folder.Native()).status, 1);
+    EXPECT_EQ(RunIn(folder, "relays @/none.ini").status, 1);
 }
 
 } // namespace

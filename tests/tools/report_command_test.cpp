@@ -1,9 +1,9 @@
 // ruvoctl report: what reaches the page, and that nothing in it can be anything but data.
 #include "support/case_table.h"
 #include "support/scratch_folder.h"
+#include "tools/day_files.h"
 #include "tools/run_tool.h"
 
-#include "model/records/event_record.h"
 #include "tools/report/event_kind.h"
 #include "tools/report/report_page.h"
 
@@ -18,10 +18,7 @@ using nlohmann::json;
 constexpr std::string_view kDataStart = R"(<script type="application/json" id="data">)";
 
 std::string Record(std::uint8_t day, std::uint8_t hour, const std::string& text) {
-    const CParlaneIEC870 time(CParlaneIEC870::Octets{0xD2, 4, 12, hour, day, 11, 26});
-    std::vector<std::uint8_t> bytes;
-    CSimpleEventRecord(0, 0, 5, time, text, nullptr, "<i>", "", "", 0x0320, "", {}).Serialise(bytes);
-    return {bytes.begin(), bytes.end()};
+    return Image(CSimpleEventRecord(0, 0, 5, At(day, hour), text, nullptr, "<i>", "", "", 0x0320, "", {}));
 }
 
 /// The data element's text, up to where a browser sees its end.
@@ -29,8 +26,6 @@ std::string DataOf(const std::string& page) {
     const std::size_t start = page.find(kDataStart) + kDataStart.size();
     return page.substr(start, page.find("</", start) - start);
 }
-
-const std::string kHeader = "APP: Parlane\r\nTYPE: EventList\r\n\r\nheaderText\r\n\x1A";
 
 } // namespace
 
@@ -108,9 +103,8 @@ TEST(ReportCommand, AMutedRelaysLinkIsNoAlarm) {
                  "address: 5.\r\n");
     folder.Write("north.ini", "[RUVO_GENERAL]\nCommPort=COM1\nEventRootDir=" + folder.Path("ev") +
                                   "\nErrorLogPathname=" + folder.Path("log") + "\n[RUVO_SERIAL]\nRV001=5\n");
-    ASSERT_EQ(RunTool({"mute", folder.Native("north.ini"), "RV001", "--until", "7d", "--why", "<CT>"}).status,
-              0);
-    const json data = json::parse(DataOf(RunTool({"report", folder.Native("north.ini"), "-o", "-"}).out));
+    ASSERT_EQ(RunIn(folder, "mute @/north.ini RV001 --until 7d --why <CT>").status, 0);
+    const json data = json::parse(DataOf(RunIn(folder, "report @/north.ini -o -").out));
     EXPECT_EQ(data["mutes"][0][1], "RV001 (5)");
     EXPECT_EQ(data["mutes"][0][3], "<CT>");
     EXPECT_EQ(data["problems"][0][5], 0);
@@ -121,17 +115,16 @@ TEST(ReportCommand, FileIsReplacedAndMistakesAreSaid) {
     const CScratchFolder folder;
     folder.Write("AB12-1-2026-11-16-DEV.evt", kHeader + Record(16, 3, "Trip"));
     folder.Write("page.html", "old");
-    const SOutcome good = RunTool({"report", folder.Native(), "--output", folder.Native("page.html")});
+    const SOutcome good = RunIn(folder, "report @ --output @/page.html");
     EXPECT_EQ(good.status, 0) << good.error;
-    EXPECT_NE(good.out.find("page.html: 1 event of 1 relay, 0 problems"), std::string::npos) << good.out;
+    EXPECT_TRUE(Contains(good.out, "page.html: 1 event of 1 relay, 0 problems"));
     EXPECT_TRUE(folder.Read("page.html").starts_with("<!DOCTYPE html>"));
     EXPECT_FALSE(folder.Has("page.html.tmp"));
-    EXPECT_EQ(RunTool({"report", folder.Native()}).status, 2) << "no word where to";
-    EXPECT_EQ(RunTool({"report", folder.Native(), "-o", "-", "--silent", "0"}).status, 2);
-    EXPECT_EQ(RunTool({"report", folder.Native(), "-o", folder.Native("no/such/x.html")}).status, 1);
-    EXPECT_EQ(RunTool({"report", folder.Native(), "-o", "-", "--log", folder.Native("none")}).status, 0)
-        << "the first problem makes the log";
-    const SOutcome noLog = RunTool({"report", folder.Native(), "-o", "-", "--log", folder.Native("no/none")});
+    EXPECT_EQ(RunIn(folder, "report @").status, 2) << "no word where to";
+    EXPECT_EQ(RunIn(folder, "report @ -o - --silent 0").status, 2);
+    EXPECT_EQ(RunIn(folder, "report @ -o @/no/such/x.html").status, 1);
+    EXPECT_EQ(RunIn(folder, "report @ -o - --log @/none").status, 0) << "the first problem makes the log";
+    const SOutcome noLog = RunIn(folder, "report @ -o - --log @/no/none");
     EXPECT_EQ(noLog.status, 1);
     EXPECT_EQ(json::parse(DataOf(noLog.out))["failures"].size(), 1U) << "the page says so too";
 }

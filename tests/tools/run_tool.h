@@ -1,6 +1,8 @@
 // The companion program inside a test.
 #pragma once
 
+#include "support/contains.h"
+#include "support/scratch_folder.h"
 #include "tools/command_line.h"
 
 #include <sstream>
@@ -39,6 +41,11 @@ inline SOutcome RunWords(const std::string& line, const std::string& name, const
         for (std::size_t at = 0; (at = word.find(name, at)) != std::string::npos; at += meant.size())
             word.replace(at, name.size(), meant);
     return RunTool(arguments, 100, input);
+}
+
+/// The same with a folder, which is called "@".
+inline SOutcome RunIn(const CScratchFolder& folder, const std::string& line) {
+    return RunWords(line, "@", folder.Native());
 }
 
 } // namespace ruvo::test

@@ -51,7 +51,7 @@ TEST(Schedule, HasTheWholeTask) {
     STask service = task;
     service.account = AccountOf("local service");
     const std::string xml = TaskXml(service, now);
-    EXPECT_NE(xml.find("<UserId>S-1-5-19</UserId><RunLevel>"), std::string::npos) << "without a password";
+    EXPECT_TRUE(Contains(xml, "<UserId>S-1-5-19</UserId><RunLevel>")) << "without a password";
     EXPECT_EQ(AccountOf("SITE\\visitor"), "SITE\\visitor");
     EXPECT_EQ(Utf8ToUtf16("A\u00FC\U0001F600\xFF"), std::string("A\0\xFC\0\x3D\xD8\0\xDE\xFD\xFF", 10));
 }
@@ -72,7 +72,7 @@ TEST(Schedule, NamesEachSitesTask) {
 TEST(Schedule, SaysWhatElseThereIs) {
     const SOutcome elsewhere = RunTool({"schedule", "yard", "--at", "02:00"});
     EXPECT_EQ(elsewhere.status, 1);
-    EXPECT_NE(elsewhere.error.find("systemctl enable --now ruvo@SITE.timer"), std::string::npos);
+    EXPECT_TRUE(Contains(elsewhere.error, "systemctl enable --now ruvo@SITE.timer"));
     for (const auto& options : std::vector<std::vector<std::string>>{
              {}, {"--at", "2:00"}, {"--at", "02:00", "--remove"}, {"--at", "02:00", "--retry", "10"}}) {
         std::vector<std::string> words{"schedule", "yard"};

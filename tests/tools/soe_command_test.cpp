@@ -92,27 +92,24 @@ TEST(SoeCommand, ProgramsGetTheSame) {
     EXPECT_TRUE(last["time"].is_null() && last["utc"].is_null() && last["delta_ms"].is_null());
     const std::string csv =
         sites.Soe({sites.Clocks(), "--format=csv", "--spreadsheet", "--zero=2026-10-25T01:00"}).out;
-    EXPECT_NE(csv.find("\n3,2026-10-25T01:00:00.020,?,37,20,south,B1,,Backup.[2J start,7,7,,,"
-                       "2026-10-25T01:00:00.020Z,2026-10-25T01:00:00.020,true,false,false,"),
-              std::string::npos)
-        << csv;
-    EXPECT_NE(csv.find("\n5,,,,,south,B1,,'=When,7,7,,,,,false,false,false,"), std::string::npos) << csv;
+    EXPECT_TRUE(Contains(csv, "\n3,2026-10-25T01:00:00.020,?,37,20,south,B1,,Backup.[2J start,7,7,,,"
+                              "2026-10-25T01:00:00.020Z,2026-10-25T01:00:00.020,true,false,false,"));
+    EXPECT_TRUE(Contains(csv, "\n5,,,,,south,B1,,'=When,7,7,,,,,false,false,false,"));
 }
 
 TEST(SoeCommand, DoubtsAndMistakesAreSaid) {
     const SSites sites;
     sites.folder.Write("clocks", "A1 UTC\n");
     const SOutcome unknown = sites.Soe({sites.Clocks(), "--relay=B"});
-    EXPECT_NE(unknown.error.find("--clocks: no line fits B1;"), std::string::npos) << unknown.error;
-    EXPECT_NE(unknown.out.find("01:00:00.020?~ "), std::string::npos) << unknown.out;
+    EXPECT_TRUE(Contains(unknown.error, "--clocks: no line fits B1;"));
+    EXPECT_TRUE(Contains(unknown.out, "01:00:00.020?~ "));
     EXPECT_EQ(sites.Soe({"--zero=no such text"}).status, 1);
     EXPECT_EQ(sites.Soe({"--zone=UTC"}).status, 2);
     EXPECT_EQ(sites.Soe({sites.Clocks(), "--zone=Mars"}).status, 2);
     sites.Write("north/A1-2026-10-25-DEV.evt", "\x55\x55");
     const SOutcome damaged = sites.Soe({});
     EXPECT_EQ(damaged.status, 1);
-    EXPECT_NE(damaged.error.find("A1-2026-10-25-DEV.evt: damage at byte 46, 2 bytes: "), std::string::npos)
-        << damaged.error;
+    EXPECT_TRUE(Contains(damaged.error, "A1-2026-10-25-DEV.evt: damage at byte 46, 2 bytes: "));
 }
 
 TEST(SoeCommand, DifferencesAreAsLongAsTheyNeedToBe) {

@@ -50,13 +50,13 @@ TEST_F(CStatus, ExitStatusFollowsTheThresholds) {
         std::string line = "status @ @/" + log;
         for (const auto& [name, value] : options)
             line += " " + name + " " + value;
-        return RunWords(line, "@", m_folder.Native());
+        return RunIn(m_folder, line);
     };
     ForEachCase<3>("tools/status_cases.txt", [&](auto& options, auto& status, auto& said) {
         const SOutcome outcome = run(options);
         EXPECT_EQ(outcome.status, std::stoi(status)) << outcome.out;
-        EXPECT_NE((outcome.error + outcome.out).find(said), std::string::npos) << outcome.out;
-        EXPECT_EQ(outcome.out.find('\x1B'), std::string::npos);
+        EXPECT_TRUE(Contains(outcome.error + outcome.out, said));
+        EXPECT_FALSE(Contains(outcome.out, "\x1B"));
     });
     EXPECT_EQ(run("", "no/such.log").status, 3);
     std::filesystem::remove(m_folder.Native("CD\"34-2-2026-11-05-DEV.evt"));
@@ -74,8 +74,8 @@ TEST_F(CStatus, NoNameHidesASilentRelay) {
     for (const char* cause :
          {"CRITICAL: Départ \"7\" (CD\"34-2) has been silent for 15 days; EF56-3 has only day files dated",
           "Départ \"7\" (CD\"34-2) has a day file of 2099-01-01, which is in the future"})
-        EXPECT_NE(said.find(cause), std::string::npos) << said;
-    EXPECT_EQ(said.find("GH78-4 has"), std::string::npos) << "tomorrow is another clock's today: " << said;
+        EXPECT_TRUE(Contains(said, cause));
+    EXPECT_FALSE(Contains(said, "GH78-4 has")) << "tomorrow is another clock's today";
 }
 
 TEST_F(CStatus, TheLatestProblemsAreInOrder) {
@@ -111,7 +111,7 @@ TEST_F(CStatus, JsonAndMetrics) {
           "ruvo_relay_last_event_timestamp_seconds{site=\"N\\\"1\",relay=\"AB12-1\"} 1795057921\n",
           "# TYPE ruvo_site_state gauge\nruvo_site_state{site=\"N\\\"1\"} 1\n",
           "ruvo_status_timestamp_seconds{site=\"N\\\"1\"} 1700000000\n"})
-        EXPECT_NE(metrics.find(line), std::string::npos) << line << metrics;
+        EXPECT_TRUE(Contains(metrics, line));
 }
 
 } // namespace

@@ -85,26 +85,26 @@ protected:
 };
 
 TEST_F(CVisitStatus, VerdictFollowsTheLastVisit) {
-    ForEachCase<5>(
-        "tools/visit_status_cases.txt", [&](auto& visit, auto& log, auto& options, auto& status, auto& said) {
-            Prepare(visit);
-            std::filesystem::remove(folder.Native("run.log"));
-            if (log == "there")
-                folder.Write("run.log", "2026/11/18 03:00:00 Before.\r\n");
-            std::string wanted = said;
-            if (const auto at = wanted.find('@'); at != std::string::npos)
-                wanted.replace(at, 1, folder.Native());
-            const SOutcome outcome = RunWords("status @/site.ini " + options, "@", folder.Native());
-            EXPECT_EQ(outcome.status, std::stoi(status)) << outcome.out;
-            EXPECT_NE((outcome.error + outcome.out).find(wanted), std::string::npos) << outcome.out;
-        });
+    ForEachCase<5>("tools/visit_status_cases.txt",
+                   [&](auto& visit, auto& log, auto& options, auto& status, auto& said) {
+                       Prepare(visit);
+                       std::filesystem::remove(folder.Native("run.log"));
+                       if (log == "there")
+                           folder.Write("run.log", "2026/11/18 03:00:00 Before.\r\n");
+                       std::string wanted = said;
+                       if (const auto at = wanted.find('@'); at != std::string::npos)
+                           wanted.replace(at, 1, folder.Native());
+                       const SOutcome outcome = RunIn(folder, "status @/site.ini " + options);
+                       EXPECT_EQ(outcome.status, std::stoi(status)) << outcome.out;
+                       EXPECT_TRUE(Contains(outcome.error + outcome.out, wanted));
+                   });
 }
 
 /// A missing one is fine as long as no visit is known to have stored anything.
 TEST_F(CVisitStatus, AQuietSiteNeedsNoEventRoot) {
     Prepare("whole 0");
     std::filesystem::remove_all(folder.Native("ev"));
-    const auto status = [this] { return RunWords("status @/site.ini", "@", folder.Native()).status; };
+    const auto status = [this] { return RunIn(folder, "status @/site.ini").status; };
     EXPECT_EQ(status(), 0);
     CVisitRecord record(folder.Path("ev"), folder.Path("site.ini"));
     record.Begin();
@@ -118,12 +118,12 @@ TEST_F(CVisitStatus, AQuietSiteNeedsNoEventRoot) {
 TEST_F(CVisitStatus, JsonAndMetricsTellOfEachRelay) {
     Prepare("unreached 1");
     folder.Write("ev/AB12-2-2026-10-31-DEV.evt", "");
-    const std::string causes = RunWords("status @/site.ini", "@", folder.Native()).out;
-    EXPECT_NE(causes.find("Feeder 7 (AB12-2) has been silent for 20 days"), std::string::npos) << causes;
+    const std::string causes = RunIn(folder, "status @/site.ini").out;
+    EXPECT_TRUE(Contains(causes, "Feeder 7 (AB12-2) has been silent for 20 days"));
     folder.Write("run.log", "2026/11/20 03:00:00 Failed to open ethernet connection. Connection string: "
                             "TNLC=\"RPCDll.Dll\",\"10.0.0.6\",\"0\",\"2\",\"0\". P32LS status: x\r\n");
-    const auto status = nlohmann::json::parse(
-        RunWords("status @/site.ini --format json --prometheus @/m.prom", "@", folder.Native()).out);
+    const auto status =
+        nlohmann::json::parse(RunIn(folder, "status @/site.ini --format json --prometheus @/m.prom").out);
     EXPECT_EQ(status["visits"]["last"].dump(),
               R"({"begin":"2026-11-20T02:00:00Z","end":"2026-11-20T02:03:04Z","ended":"whole","events":5,)"
               R"("log_lines":1,"number":2,"relays_reached":1,"result":null,"seconds":184,"signal":null})");
@@ -145,23 +145,23 @@ TEST_F(CVisitStatus, JsonAndMetricsTellOfEachRelay) {
          "ruvo_relay_last_reached_timestamp_seconds{site=\"site\",relay=\"AB12-2\",key=\"RV002\",plant=\"Feeder 7\"} 1795053600\n",
          "ruvo_relay_problems{site=\"site\",relay=\"AB12-2\",key=\"RV002\",plant=\"Feeder 7\"} 1\n",
          "ruvo_relay_events_fetched{site=\"site\",relay=\"AB12-1\",key=\"RV001\",plant=\"\"} 5\n"})
-        EXPECT_NE(metrics.find(line), std::string::npos) << line << metrics;
+        EXPECT_TRUE(Contains(metrics, line));
 }
 
 TEST_F(CVisitStatus, WhatGoesOnIsNoVisitYet) {
     g_utcTime = {2026, 11, 20, 23, 29, 0};
     CVisitRecord record(folder.Path("ev"), folder.Path("site.ini"));
     record.Begin();
-    const std::string said = RunWords("status @/site.ini --max-visit-age 0", "@", folder.Native()).out;
-    EXPECT_NE(said.find("A visit that began on 2026-11-20 23:29 is going on."), std::string::npos) << said;
-    EXPECT_EQ(said.find("Last visit"), std::string::npos) << said;
+    const std::string said = RunIn(folder, "status @/site.ini --max-visit-age 0").out;
+    EXPECT_TRUE(Contains(said, "A visit that began on 2026-11-20 23:29 is going on."));
+    EXPECT_FALSE(Contains(said, "Last visit"));
     record.Add(Entry("RV002", "10.0.0.99,2", 0));
     record.End(SVisitLine{});
-    const std::string changed = RunWords("status @/site.ini", "@", folder.Native()).out;
-    EXPECT_NE(changed.find("0 of 2 relays reached"), std::string::npos) << "another address: " << changed;
-    EXPECT_EQ(changed.find("not reached since"), std::string::npos) << changed;
+    const std::string changed = RunIn(folder, "status @/site.ini").out;
+    EXPECT_TRUE(Contains(changed, "0 of 2 relays reached")) << "another address";
+    EXPECT_FALSE(Contains(changed, "not reached since"));
     for (const char* line : {"status @/none.ini", "status @/ev", "status @/ev @/run.log --max-visit-age 1d"})
-        EXPECT_EQ(RunWords(line, "@", folder.Native()).status, 3) << line;
+        EXPECT_EQ(RunIn(folder, line).status, 3) << line;
 }
 
 /// One step that a case names.
@@ -182,7 +182,7 @@ void CVisitStatus::Do(const std::string& step) {
     } else if (what == "folder") {
         std::filesystem::create_directories(folder.Native("site.mutes"));
     } else if (what != "-") {
-        const SOutcome outcome = RunWords(step, "@", folder.Native());
+        const SOutcome outcome = RunIn(folder, step);
         EXPECT_EQ(outcome.status, 0) << step << outcome.error;
     }
 }
@@ -215,41 +215,36 @@ TEST_F(CVisitStatus, AMuteQuietsWhatIsKnownAlone) {
             at = end + 2;
         }
         const SOutcome outcome =
-            RunWords(std::string("status @/site.ini") + (extra == "expect" ? " --expect @/expect" : ""), "@",
-                     folder.Native());
+            RunIn(folder, std::string("status @/site.ini") + (extra == "expect" ? " --expect @/expect" : ""));
         EXPECT_EQ(outcome.status, std::stoi(status)) << outcome.out;
-        EXPECT_NE(outcome.out.find(said), std::string::npos) << outcome.out;
+        EXPECT_TRUE(Contains(outcome.out, said));
     });
 }
 
 TEST_F(CVisitStatus, MutesAreListedWithWhatBecameOfThem) {
     Prepare("unreached 1");
     ForEachCase<3>("tools/mute_mistakes.txt", [&](auto& words, auto& status, auto& said) {
-        const SOutcome outcome = RunWords("mute " + words, "@", folder.Native());
+        const SOutcome outcome = RunIn(folder, "mute " + words);
         EXPECT_EQ(outcome.status, std::stoi(status)) << outcome.error;
-        EXPECT_NE((outcome.out + outcome.error).find(said), std::string::npos)
-            << outcome.out << outcome.error;
+        EXPECT_TRUE(Contains(outcome.out + outcome.error, said));
     });
-    EXPECT_EQ(
-        RunTool({"mute", folder.Native("site.ini"), "RV002", "--until", "7d", "--why", "\"new\" CT\n[RV001]"})
-            .status,
-        0);
+    const std::string site = folder.Native("site.ini"), why = "\"new\" CT\n[RV001]";
+    EXPECT_EQ(RunTool({"mute", site, "RV002", "--until", "7d", "--why", why}).status, 0);
     const auto relay = nlohmann::json::parse(
-        RunWords("status @/site.ini --format json --prometheus @/m.prom", "@", folder.Native())
-            .out)["visits"]["relays"][1];
+        RunIn(folder, "status @/site.ini --format json --prometheus @/m.prom").out)["visits"]["relays"][1];
     EXPECT_EQ(
         relay["muted"].dump(),
         R"({"since":"2026-11-20T23:30:00Z","until":"2026-11-27T23:30:00Z","why":"\"new\" CT [RV001]"})");
-    EXPECT_NE(folder.Read("m.prom").find(
-                  "ruvo_relay_muted{site=\"site\",relay=\"AB12-2\",key=\"RV002\",plant=\"Feeder 7\"} 1\n"),
-              std::string::npos);
+    EXPECT_TRUE(
+        Contains(folder.Read("m.prom"),
+                 "ruvo_relay_muted{site=\"site\",relay=\"AB12-2\",key=\"RV002\",plant=\"Feeder 7\"} 1\n"));
     Visit(21, SVisitLine{});
     EXPECT_EQ(
-        RunWords("mute --list @/site.ini", "@", folder.Native()).out,
+        RunIn(folder, "mute --list @/site.ini").out,
         "key    address     relay   until             why               state\n"
         "RV002  10.0.0.6,2  AB12-2  2026-11-27 23:30  \"new\" CT [RV001]  void: the relay was reached on "
         "2026-11-21 02:00\n");
-    EXPECT_EQ(RunWords("unmute @/site.ini RV001", "@", folder.Native()).status, 1);
+    EXPECT_EQ(RunIn(folder, "unmute @/site.ini RV001").status, 1);
 }
 
 } // namespace
