@@ -65,9 +65,8 @@ TEST(Load, Integers) {
         EXPECT_EQ((Load("[RUVO_SERIAL]\n").*ask)(), absent) << key;
         const auto expect = [&](std::int32_t want, const std::string& texts) {
             std::istringstream rest(texts); // the second occurrence must not count
-            for (std::string text; std::getline(rest, text, '|');) {
+            for (std::string text; std::getline(rest, text, '|');)
                 EXPECT_EQ((Load("[ruvo_General]\n" + key + text + "\n" + key + "7").*ask)(), want) << text;
-            }
         };
         expect(absent, "|  |\"\"|");
         expect(123, "123| \"123\" ");
@@ -122,9 +121,8 @@ TEST(ResultCodes, EveryRuleInItsOrder) {
 TEST(ResultCodes, TheMessagesThatUsersAndScriptsKnow) {
     std::ifstream lines(RUVO_TEST_DATA "/config/result_messages.txt");
     int code = 0;
-    for (std::string line; std::getline(lines, line); ++code) {
+    for (std::string line; std::getline(lines, line); ++code)
         EXPECT_EQ(ResultMessage(static_cast<EResultCode>(code)), line) << code;
-    }
     EXPECT_EQ(code, 39);
     EXPECT_EQ(ResultMessage(static_cast<EResultCode>(code)), "");
 }
@@ -151,12 +149,10 @@ TEST(EthernetEntry, Fields) {
 // The cipher written a second time, on its own, to hold the program's against.
 std::string ScrambledByHand(unsigned index, const std::string& plain) {
     std::array<std::uint32_t, 4> key{}, word{};
-    for (std::size_t i = 0; i < 16; ++i) {
+    for (std::size_t i = 0; i < 16; ++i)
         key[i / 4] |= std::uint32_t{kScrambleKeys[index * 16 + i]} << 8 * (i % 4);
-    }
-    for (std::size_t i = 0; i < plain.size(); ++i) {
+    for (std::size_t i = 0; i < plain.size(); ++i)
         word[i / 4] |= std::uint32_t{static_cast<unsigned char>(plain[i])} << (24 - 8 * (i % 4));
-    }
     for (std::uint32_t cycle = 1; cycle <= 32; ++cycle) {
         const std::uint32_t sum = cycle * 0x9E3779B9U;
         word[0] += ((word[1] << 4) + key[0]) ^ (word[1] + sum) ^ ((word[1] >> 5) + key[1]);

@@ -156,9 +156,8 @@ TEST_F(Client, AbortEndsAWaitingCommand) {
     EXPECT_EQ(WhileWaiting(server, *link,
                            [&] {
                                link->RequestAbort();
-                               while (!g_abortSeen) {
+                               while (!g_abortSeen)
                                    std::this_thread::yield();
-                               }
                                server.sink->OnCommandComplete(Variant::FromI4(18));
                            }),
               18U);
@@ -348,9 +347,8 @@ TEST_F(Client, WritesLeaveSecurityEvents) {
         write();
         const std::string tag = "     [ PARLANE QTV INFO ] P32Wrap : ";
         std::string all = g_debugOutput;
-        for (std::size_t at = all.find(tag); at != std::string::npos; at = all.find(tag)) {
+        for (std::size_t at = all.find(tag); at != std::string::npos; at = all.find(tag))
             all.erase(at, tag.size());
-        }
         return all;
     };
     const std::string stamp = "Security Event : 2021-03-02 14:03:07.000  '                ' ";

@@ -16,17 +16,15 @@ TEST(ComFailure, SaysWhatToDo) {
                             .bits = static_cast<unsigned>(std::stoi(bits)),
                             .registrations = {}};
         std::istringstream each(registrations);
-        for (std::string one; each >> one;) {
+        for (std::string one; each >> one;)
             failure.registrations.push_back({static_cast<unsigned>(std::stoi(one)), one[2] == 'P',
                                              "C:\\P32LS\\server", !one.ends_with('!')});
-        }
         const std::string text = DescribeComFailure(failure);
         EXPECT_TRUE(text.starts_with("comms server P32LS, class {9A69E99F-")) << text;
         EXPECT_TRUE(Contains(text, "creating it failed with " + code));
         std::istringstream wanted(words);
-        for (std::string part; std::getline(wanted, part, '~');) {
+        for (std::string part; std::getline(wanted, part, '~');)
             EXPECT_TRUE(Contains(text, part));
-        }
     });
     const SComFailure denied{
         .code = 0x80070005, .step = "creating it", .system = {}, .account = {}, .registrations = {}};

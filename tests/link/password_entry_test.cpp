@@ -77,9 +77,8 @@ protected:
             --passwordRequests;
             return 0x0611;
         }
-        if (call.name == "ChangeSetting") {
+        if (call.name == "ChangeSetting")
             written += Describe(call.inputs[2]) + " ";
-        }
         return std::nullopt;
     }
 
@@ -189,9 +188,8 @@ TEST_F(PasswordEntry, ARelayThatAsksDuringTheEntryStartsNoSecondOne) {
 TEST_F(PasswordEntry, AnAbortEndsTheEntryAndRestoresTheGuard) {
     const auto abortAt = [&](const std::string& where) {
         server.onCall = [&, where](SCall& call) -> std::optional<std::int64_t> {
-            if (server.calls.back() == where) {
+            if (server.calls.back() == where)
                 link->RequestAbort();
-            }
             return Answer(call);
         };
         return Read();

@@ -20,9 +20,8 @@ thread_local std::size_t g_allocations = 0;
 // Not to be inlined: compilers then take malloc and delete for a mismatch.
 [[gnu::noinline]] void* operator new(std::size_t size) {
     ++g_allocations;
-    if (void* memory = std::malloc(size > 0 ? size : 1)) {
+    if (void* memory = std::malloc(size > 0 ? size : 1))
         return memory;
-    }
     throw std::bad_alloc();
 }
 [[gnu::noinline]] void operator delete(void* memory) noexcept {
@@ -41,9 +40,8 @@ using namespace test;
 CParlaneDataList FromWords(const std::string& words) {
     CParlaneDataList values;
     std::istringstream text(words);
-    for (std::string word; std::getline(text, word, '+');) {
+    for (std::string word; std::getline(text, word, '+');)
         values.push_back(FromWord(word));
-    }
     return values;
 }
 
@@ -191,9 +189,8 @@ TEST(Format, DigitsAreExact) {
         for (const double value :
              {std::bit_cast<double>(bits), thousandths, double{static_cast<float>(thousandths)},
               std::ldexp(static_cast<double>(bits % 4096), static_cast<int>(bits >> 58U) - 62)}) {
-            if (!std::isfinite(value)) {
+            if (!std::isfinite(value))
                 continue;
-            }
             std::array<char, 800> text;
             const auto end = std::to_chars(text.data(), text.data() + text.size(), std::fabs(value),
                                            std::chars_format::scientific, 766);

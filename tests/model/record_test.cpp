@@ -292,9 +292,8 @@ TEST(Record, DisplayTexts) {
         EXPECT_EQ(layout.GetText(), lines);
     });
     CDisplayLayout hostile;
-    for (int i = 0; i < 20000; ++i) {
+    for (int i = 0; i < 20000; ++i)
         hostile.Write("xx\ny");
-    }
     hostile.Write("\r" + std::string(300000, 'x'));
     EXPECT_EQ(hostile.GetText().size(), 256U * 1024 + 20000) << "the ends of lines are not counted";
 }

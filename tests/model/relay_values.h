@@ -27,9 +27,8 @@ Value Make(TArguments... arguments) {
 inline constexpr CParlaneIEC870::Octets kMonday{0x55, 0x23, 7, 13, 0x25, 2, 24};
 /// The time with one octet replaced: the octet's number times 1000 plus its value; 0 for none.
 inline Value Time(CParlaneIEC870::Octets octets, double change) {
-    if (const auto number = static_cast<std::size_t>(change); number > 0) {
+    if (const auto number = static_cast<std::size_t>(change); number > 0)
         octets.at(number / 1000) = static_cast<std::uint8_t>(number % 1000);
-    }
     return Make<CParlaneIEC870>(octets);
 }
 
@@ -54,9 +53,8 @@ inline Value FromWord(const std::string& word) {
     static const std::map<char, std::uint8_t> kUnitCodes{{'A', 0},  {'V', 1},  {'%', 12},
                                                          {'_', 15}, {'^', 24}, {'?', 200}};
     const double number = std::strtod(word.c_str() + 1, nullptr);
-    if (const auto unit = kUnitCodes.find(word[0]); unit != kUnitCodes.end()) {
+    if (const auto unit = kUnitCodes.find(word[0]); unit != kUnitCodes.end())
         return Make<CParlaneNumber>(number, unit->second, ENumberForm::Long);
-    }
     const auto maker = kMakers.find(word[0]);
     return maker != kMakers.end() ? maker->second(number)
                                   : CDataFactory::CreateTagged(FromHex(word == "FF" ? "FF 00" : word));

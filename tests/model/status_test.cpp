@@ -39,9 +39,8 @@ TEST(Statuses, AcceptedAtEachLevel) {
         EXPECT_FALSE(Accepted(2, level) || Accepted(0x0912, level));
         EXPECT_THROW(Accepted(18, level), CStatus);
     }
-    for (const unsigned value : {2U, 8U, 15U, 18U}) {
+    for (const unsigned value : {2U, 8U, 15U, 18U})
         EXPECT_TRUE(!Accepted(value, 6) && Accepted(value + 256, 6));
-    }
     EXPECT_FALSE(Accepted(3, 5));
     EXPECT_EQ(CStatus::FromReplyCode(0), CStatus(0));
     EXPECT_EQ(CStatus::FromReplyCode(8), CStatus(0x0801));
@@ -55,9 +54,8 @@ TEST(Statuses, TextNumbers) {
         {56, 193},     {58, 195},     {61, 198},     {62, 195},     {67, 195},     {68, 205},
         {69, 205},     {0x0147, 208}, {72, 138},     {250, 213},    {251, 210},    {249, 138},
         {253, 212},    {254, 138},    {0x01FA, 138}};
-    for (const auto& [status, id] : kCases) {
+    for (const auto& [status, id] : kCases)
         EXPECT_EQ(CStatus(status).GetMessageId(), id) << status;
-    }
     EXPECT_EQ(CommsStatusStringId(69), 206U);
 }
 
@@ -118,9 +116,8 @@ TEST(Errors, Texts) {
     EXPECT_STREQ(LoadStringText(170), "P32LS Error - Disturbance channel names reply code ");
     for (const unsigned id : {102U, 103U, 104U, 105U, 138U})
         EXPECT_STREQ(LoadStringText(id), "Device returned an unspecified error") << id;
-    for (unsigned id = 129; id <= 213; ++id) {
+    for (unsigned id = 129; id <= 213; ++id)
         EXPECT_EQ(LoadStringText(id) != nullptr, id < 199 || id > 204) << id;
-    }
 }
 
 TEST(Errors, OurTextsStayAsTheyAre) { // users and scripts know them, and their numbers
@@ -149,9 +146,8 @@ TEST(Traces, Lines) {
 TEST(Traces, StatesOfAFunction) {
     g_output.clear();
     for (const EFunctionState state :
-         {EFunctionState::Started, EFunctionState::Succeeded, EFunctionState::Failed}) {
+         {EFunctionState::Started, EFunctionState::Succeeded, EFunctionState::Failed})
         TraceFunction(std::string(48, 'F'), state);
-    }
     const std::string line = "     [ PARLANE QTV INFO ] Function  ##  " + std::string(48, 'F') + "  ##  ";
     EXPECT_EQ(g_output, line + "started\n|" + line + "succeeded\n|" + line + "failed\n|");
 }
@@ -186,9 +182,8 @@ TEST(Progress, MapsOntoThePartOfTheParent) {
     CProgressMonitor part(&recorder, 20, 50);
     using Report = std::pair<std::uint32_t, std::uint32_t>;
     for (const auto& [done, total] :
-         {Report{5, 0}, {0, 3}, {1, 3}, {34, 100}, {36, 100}, {0xFFFFFFFE, 0xFFFFFFFF}, {7, 3}}) {
+         {Report{5, 0}, {0, 3}, {1, 3}, {34, 100}, {36, 100}, {0xFFFFFFFE, 0xFFFFFFFF}, {7, 3}})
         part.SetProgress(done, total);
-    }
     CProgressMonitor(&recorder, 0, 100).SetProgress(0, 3); // the first report is no repetition
     EXPECT_EQ(recorder.seen, "20 29 30 49 50 0 ");
     EXPECT_FALSE(part.IsTiming());

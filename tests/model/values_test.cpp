@@ -33,9 +33,8 @@ TEST(Values, DecodeAndEncodeAgain) {
          {"20 00", "20 05 01 02 03 04 05", "24 00", "24 05 01 02 03 04 05", "2C 06 01 00 00 00 7E 00",
           "30 04 01 00 7E 00", "34 03 00 00 40", "38 03 01 02 03", "3C 06 55 23 07 0D 25 02",
           "3C 08 55 23 07 0D 25 02 18 00", "44 01 0A", "44 03 0A 05 01", "48 00", "50 00", "40 01 00",
-          "17 01 00", "14 00"}) {
+          "17 01 00", "14 00"})
         EXPECT_EQ(CDataFactory::CreateTagged(FromHex(refused)), nullptr) << refused;
-    }
     ForEachCase<4>("model/values.txt", [](auto& in, auto& written, auto& number, auto& real) {
         const auto value = CDataFactory::CreateTagged(FromHex(in));
         ASSERT_NE(value, nullptr);

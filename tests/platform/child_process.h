@@ -10,9 +10,8 @@ namespace ruvo {
 /// The exit status of a child process that runs the code; -1 when it did not end by itself.
 inline int RunInChild(const std::function<int()>& code) {
     const pid_t child = fork();
-    if (child == 0) {
+    if (child == 0)
         _exit(code());
-    }
     int status = -1;
     waitpid(child, &status, 0);
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;

@@ -24,9 +24,8 @@ SChildProgram Shell(const std::string& script) {
 std::string Outcome(const SChildProgram& program, CChildProgram::SWatch watch = {}) {
     CChildProgram child;
     std::string output = child.Start(program);
-    if (!output.empty()) {
+    if (!output.empty())
         return output;
-    }
     watch.take = [&output](std::string_view piece) {
         EXPECT_FALSE(piece.empty());
         output += piece;
@@ -84,9 +83,8 @@ TEST(ChildProgram, IsAwaitedButNotWhatItLeavesBehind) {
         std::string word;
         return stat >> word >> word >> word && word != "Z";
     };
-    for (int tried = 0; tried < 200 && runs(); ++tried) {
+    for (int tried = 0; tried < 200 && runs(); ++tried)
         std::this_thread::sleep_for(milliseconds(10));
-    }
     EXPECT_FALSE(runs()) << "its group goes with it";
 }
 
@@ -97,9 +95,8 @@ TEST(ChildProgram, EndsWhenAsked) {
     std::string output;
     const SChildEnd end = child.Await({.take = [&](std::string_view piece) {
         output += piece;
-        if (output == "up\n") {
+        if (output == "up\n")
             child.AskToEnd("SIGHUP");
-        }
     }});
     EXPECT_EQ(output + std::to_string(end.status), "up\nhup\n5");
     child.AskToEnd("SIGTERM"); // nor any more

@@ -98,9 +98,8 @@ TEST(EndRequests, MoreThanCanBeNotedLeaveNoTrace) {
     EXPECT_EQ(RunInChild([] {
                   const auto requests = HearEndRequests();
                   errno = ENOENT;
-                  for (int sent = 0; sent < 100'000 && errno == ENOENT; ++sent) {
+                  for (int sent = 0; sent < 100'000 && errno == ENOENT; ++sent)
                       raise(SIGTERM);
-                  }
                   const bool isKept = errno == ENOENT;
                   return isKept && requests->Skip(0ms) && Heard(*requests, 0ms) == "- " ? 0 : 1;
               }),
@@ -144,9 +143,8 @@ TEST(EndRequests, InterruptNoCallOfTheCode) {
                       requests = HearEndRequests();
                       for (int wait = 0; wait < 20; ++wait) {
                           const pid_t asking = fork();
-                          if (asking == 0) {
+                          if (asking == 0)
                               _exit(kill(getppid(), SIGTERM));
-                          }
                           interrupted += poll(nullptr, 0, 20) == -1 ? 1 : 0;
                           waitpid(asking, nullptr, 0);
                       }
@@ -161,9 +159,8 @@ TEST(EndRequests, ProgramsThatAreExecutedEndAsUsual) {
     EXPECT_EQ(RunInChild([] {
                   const auto requests = HearEndRequests();
                   const pid_t program = fork();
-                  if (program == 0) {
+                  if (program == 0)
                       execl("/bin/sh", "sh", "-c", "kill -TERM $$; sleep 60", nullptr);
-                  }
                   int status = 0;
                   waitpid(program, &status, 0);
                   return WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM ? 0 : 1;

@@ -45,9 +45,8 @@ TEST(Profile, GivesTheRecordedAnswers) {
                 << line;
         } else if (std::regex_match(line, part, names)) {
             std::string list; // as the buffer holds it: a list that was cut lacks the NUL of its last name
-            for (const std::string& name : reader.SectionNames(std::stoul(part[1]))) {
+            for (const std::string& name : reader.SectionNames(std::stoul(part[1])))
                 list += name + '\0';
-            }
             list.resize(std::min(list.size(), std::stoul(part[1]) - 2));
             EXPECT_EQ(list, Unescape(part[3]).substr(0, std::stoul(part[2]))) << line;
         } else {
@@ -59,9 +58,8 @@ TEST(Profile, GivesTheRecordedAnswers) {
 TEST(CIniText, FindsAllOccurrencesAndSkipsAByteOrderMark) {
     const CIniText ini = CIniText::Parse("\xEF\xBB\xBF[S]\nK=1\r\n\r\nk\r[T]\nK=x\n[s]\n K =\xC3\xA4\nL=4\n");
     std::map<std::size_t, std::optional<std::string>> found;
-    for (const SIniEntry* const entry : ini.FindAll(" S", "K ")) {
+    for (const SIniEntry* const entry : ini.FindAll(" S", "K "))
         found[entry->line] = entry->value;
-    }
     EXPECT_EQ(found, (decltype(found){{2, "1"}, {4, std::nullopt}, {8, "\xC3\xA4"}}));
     const CIniText twice = CIniText::Parse("[S]\n;C=\nB=\nD\nA=1\n[s]\nA=2\n");
     ASSERT_NE(twice.FindEntry("S", "A"), nullptr);
@@ -80,10 +78,9 @@ TEST(CIniText, TakesLargeAndBinaryTextsInLinearTime) {
     for (const std::string& text :
          {repeated, headers, binary, std::string(5000000, '\0'), std::string(5000000, '[')}) {
         const CIniText ini = CIniText::Parse(text);
-        for (int i = 0; i < 5000; ++i) {
+        for (int i = 0; i < 5000; ++i)
             ASSERT_EQ(ini.FindEntry(i % 2 == 0 ? "" : "a", "RV001") != nullptr,
                       i % 2 == 0 && text == repeated);
-        }
     }
 }
 

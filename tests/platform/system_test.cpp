@@ -58,9 +58,8 @@ TEST(FormFullPath, GivesTheAnswersOfTheTable) {
 TEST(SharePath, HasOneSpelling) {
     std::string spelled;
     for (const char* const path : {R"(\\SRV\Share\Ev)", R"(\\?\UNC\Srv\S\Ev)", R"(\\SRV)", R"(\\SRV\S)",
-                                   R"(\\?\C:\Ev)", R"(\\.\COM1)", R"(C:\Ev)", "", R"(\\)"}) {
+                                   R"(\\?\C:\Ev)", R"(\\.\COM1)", R"(C:\Ev)", "", R"(\\)"})
         spelled += WithSmallShare(path) + " ";
-    }
     EXPECT_EQ(spelled, R"(\\srv\share\Ev \\?\UNC\srv\s\Ev \\srv \\srv\s \\?\C:\Ev \\.\COM1 C:\Ev  \\ )");
 }
 
@@ -84,9 +83,8 @@ TEST(ShellWord, ReadsAsOneWordAgain) {
 TEST(NativePath, MapsBothWays) {
     std::string native;
     for (const char* const path : {"C:\\srv\\ev", "c:/srv\\ev", "/srv", "a\\b", "C:a\\b", "C:", "C:\\",
-                                   "ab:c", "D:\\x", "d:x", "", "//s/x"}) {
+                                   "ab:c", "D:\\x", "d:x", "", "//s/x"})
         native += ToNativePath(path).value_or("none") + " ";
-    }
     EXPECT_EQ(native, "/srv/ev /srv/ev /srv a/b a/b . / ab:c none none none none ");
     EXPECT_EQ(ToNativePath(std::string("a\0b", 3)), std::nullopt);
     EXPECT_EQ(FromNativePath("/srv/ev") + FromNativePath("a/b"), "C:\\srv\\eva\\b");
@@ -252,9 +250,8 @@ TEST(Texts, GoWhereTheyAreSent) {
         int ends[2] = {};
         signal(SIGPIPE, SIG_DFL);
         setenv("RUVO_DEBUG_OUTPUT", "stderr", 1);
-        if (pipe(ends) != 0 || close(ends[0]) != 0 || dup2(ends[1], 1) != 1 || dup2(ends[1], 2) != 2) {
+        if (pipe(ends) != 0 || close(ends[0]) != 0 || dup2(ends[1], 1) != 1 || dup2(ends[1], 2) != 2)
             return 1;
-        }
         WriteDebugOutput("line\n");
         ShowMessageBox(EMessageIcon::Warning, "Title", "Text");
         sigset_t held;

@@ -18,9 +18,8 @@ std::string ReadUntil(int descriptor, const std::string& text) {
     std::array<char, 256> part{};
     while (text.empty() || all.find(text) == std::string::npos) {
         const ssize_t count = read(descriptor, part.data(), part.size());
-        if (count <= 0) {
+        if (count <= 0)
             break;
-        }
         all.append(part.data(), static_cast<std::size_t>(count));
     }
     return all;

@@ -51,9 +51,8 @@ public:
                   bool cryptoProvider = true) {
         SLoadedSubstation loaded = ReadSubstation("link.serial = [\"COM1\"]\n" + toml, "f", folder);
         EXPECT_EQ(loaded.error, "");
-        if (!cryptoProvider) {
+        if (!cryptoProvider)
             loaded.substation->relays.at(0).access->providerFiles = {"C:\\nowhere\\HalvexCryptoKit.dll"};
-        }
         connection = std::make_unique<CSimulatedConnection>(std::move(loaded.substation));
         EXPECT_EQ(connection->OpenFiles(), "");
         connection->Advise(sink, cookie);

@@ -21,8 +21,7 @@ extern "C" std::time_t time(std::time_t* result) noexcept {
     const char* const begin = std::getenv("RUVO_CLOCK_BEGIN");
     const std::time_t now = (begin == nullptr ? 0 : std::strtoll(begin, nullptr, 10)) +
                             SizeOf(std::getenv("RUVO_CLOCK_TRACE")) / kBytesOfSecond;
-    if (result != nullptr) {
+    if (result != nullptr)
         *result = now;
-    }
     return now;
 }

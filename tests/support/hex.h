@@ -13,9 +13,8 @@ inline std::vector<std::uint8_t> Hex(std::string_view text) {
     std::vector<std::uint8_t> bytes;
     std::string digits;
     for (const char character : text) {
-        if (character == ' ') {
+        if (character == ' ')
             continue;
-        }
         digits += character;
         if (digits.size() == 2) {
             bytes.push_back(static_cast<std::uint8_t>(std::stoi(digits, nullptr, 16)));

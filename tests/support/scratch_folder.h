@@ -15,9 +15,8 @@ class CScratchFolder {
 public:
     explicit CScratchFolder(const std::filesystem::path& parent = std::filesystem::temp_directory_path())
         : m_native((parent / ("ruvo-test-" + std::to_string(std::random_device{}()))).string()) {
-        if (!std::filesystem::create_directory(m_native)) {
+        if (!std::filesystem::create_directory(m_native))
             throw std::runtime_error("no folder for the test"); // nothing outside may be written or removed
-        }
         std::filesystem::permissions(m_native, std::filesystem::perms::owner_all);
     }
     CScratchFolder(const CScratchFolder&) = delete;

@@ -106,18 +106,15 @@ EComResult CScriptedServer::Run(SCall call, const std::string& line, Variant& st
     calls.push_back(label);
     lines.push_back(line);
     std::optional<std::int64_t> scripted;
-    if (onCall) {
+    if (onCall)
         scripted = onCall(call);
-    }
     for (const std::string& key : {label, call.name}) {
-        if (const auto found = statuses.find(key); !scripted && found != statuses.end()) {
+        if (const auto found = statuses.find(key); !scripted && found != statuses.end())
             scripted = found->second;
-        }
     }
     const std::int64_t answer = scripted ? *scripted : Answer(call);
-    if (answer == kComFailure) {
+    if (answer == kComFailure)
         return EComResult::Failed;
-    }
     status = answer == kNoNumber ? Variant::Other() : Variant::FromI4(static_cast<std::int32_t>(answer));
     return EComResult::Ok;
 }
@@ -127,9 +124,8 @@ EComResult CScriptedServer::Start(const char* name, Inputs inputs, Variant& stat
     const std::string line = AddInputs(m_started, inputs);
     const EComResult result = Run(m_started, line, status);
     std::int32_t number = 0;
-    if (completeInside && result == EComResult::Ok && (!status.ToI4(number) || number == 0)) {
+    if (completeInside && result == EComResult::Ok && (!status.ToI4(number) || number == 0))
         sink->OnCommandComplete(Variant::FromI4(0));
-    }
     return result;
 }
 

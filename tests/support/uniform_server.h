@@ -18,9 +18,8 @@ public:
     Com Call(EOperation operation, Inputs inputs, Outputs outputs, Variant& status) override {
         constexpr std::string_view kStart = "Start";
         const std::string_view name = OperationRow(operation).name;
-        if (OperationRow(operation).runsOn) {
+        if (OperationRow(operation).runsOn)
             return Start(name.data() + (name.starts_with(kStart) ? kStart.size() : 0), inputs, status);
-        }
         return name.starts_with("Fetch") ? Fetch(name.data(), outputs, status)
                                          : Do(name.data(), inputs, outputs, status);
     }

@@ -64,9 +64,8 @@ TEST(Schedule, NamesEachSitesTask) {
     EXPECT_EQ(other, TaskName(R"(d:\A\yard.ini)", folder));
     EXPECT_NE(other, TaskName(R"(D:\b\yard.ini)", folder));
     EXPECT_EQ(WhyNotScheduled(R"(C:\a b\$x(1).ini)"), "");
-    for (const char* const path : {R"(C:\100%\a.ini)", R"(C:\$(Arg0)\a.ini)"}) {
+    for (const char* const path : {R"(C:\100%\a.ini)", R"(C:\$(Arg0)\a.ini)"})
         EXPECT_NE(WhyNotScheduled(path), "") << path;
-    }
 }
 
 TEST(Schedule, SaysWhatElseThereIs) {

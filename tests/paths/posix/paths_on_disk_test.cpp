@@ -35,9 +35,8 @@ TEST(CreateDirectoryPath, ReportsTheFirstFolderItMade) {
     const std::string file = folder.Write("f", "x");
     for (const std::string& bad :
          {std::string(), std::string("\\\\"), folder.Path("q?"), folder.Path("q/r"), file,
-          folder.Path("f\\g"), std::string("D:\\q"), std::string("\\\\srv\\share\\q")}) {
+          folder.Path("f\\g"), std::string("D:\\q"), std::string("\\\\srv\\share\\q")})
         EXPECT_FALSE(CreateDirectoryPath(bad, first)) << bad;
-    }
     EXPECT_FALSE(MakeDirectory("") || MakeDirectory("\\") || MakeDirectory(folder.Path("x\\y")));
     EXPECT_TRUE(CreateDirectoryPath(folder.Path(), first) && MakeDirectory(folder.Path()));
     EXPECT_EQ(first, "before");
@@ -68,9 +67,8 @@ TEST(Proofs, LeaveNothingBehindAndChangeNothing) {
                 CanCreateFile(folder.Path("a\\..\\b\\new")));
     for (const std::string& bad :
          {std::string(), std::string("\\\\"), folder.Path("q?"), folder.Path("file\\x"), folder.Path("q/r"),
-          folder.Path("y\\" + tooLong), folder.Path("y\\" + tooLong + "\\z")}) {
+          folder.Path("y\\" + tooLong), folder.Path("y\\" + tooLong + "\\z")})
         EXPECT_FALSE(CanWriteInFolder(bad) || CanCreateFile(bad)) << bad;
-    }
     EXPECT_FALSE(CanWriteInFolder(file) || CanWriteInFolder("C:\\proc") ||
                  CanWriteInFolder(folder.Path("w?")));
     EXPECT_EQ(CanCreateFile(locked), geteuid() == 0) << "root may everything";
