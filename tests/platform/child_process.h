@@ -17,4 +17,9 @@ inline int RunInChild(const std::function<int()>& code) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
+/// What the code finds in a child process, which has to end by itself.
+inline bool HoldsInChild(const std::function<bool()>& code) {
+    return RunInChild([&] { return code() ? 0 : 1; }) == 0;
+}
+
 } // namespace ruvo

@@ -53,32 +53,30 @@ const bool g_isWatched = (testing::UnitTest::GetInstance()->listeners().Append(n
 TEST(Descriptors, AreNotHandedOn) {
     const CScratchFolder folder;
     folder.Write("f", "old");
-    EXPECT_EQ(
-        RunInChild([&] {
-            using namespace file_replacement;
-            const int before = Inherited();
-            SetEnvironmentValue("RUVO_LOCK_DIR", folder.Native());
-            CFile plain, any, made;
-            CMappedPart mapped;
-            CInstanceMarker marker;
-            COldFile old;
-            CNewFile fresh;
-            CChildProgram program;
-            const auto requests = HearEndRequests();
-            const bool areOpen =
-                plain.Open(folder.Path("f"), {.read = true, .write = true, .plain = true}).Good() &&
-                any.Open(folder.Path("f"), {.read = true}).Good() &&
-                made.Open(folder.Path("new"), {.write = true, .create = true, .exclusive = true}).Good() &&
-                mapped.Map(plain, 0, 3) && marker.Claim("A") == EInstanceClaim::Claimed &&
-                old.Open(folder.Path("f"), EFileKind::Secret).Good() && fresh.CreateBeside(old).Good() &&
-                program.Start({.path = "C:\\bin\\cat", .arguments = {}, .environment = {}, .input = "x"})
-                    .empty() &&
-                requests != nullptr;
-            const int more = Inherited() - before;
-            program.Await({});
-            return areOpen ? more : kMost;
-        }),
-        0);
+    EXPECT_TRUE(HoldsInChild([&] {
+        using namespace file_replacement;
+        const int before = Inherited();
+        SetEnvironmentValue("RUVO_LOCK_DIR", folder.Native());
+        CFile plain, any, made;
+        CMappedPart mapped;
+        CInstanceMarker marker;
+        COldFile old;
+        CNewFile fresh;
+        CChildProgram program;
+        const auto requests = HearEndRequests();
+        const bool areOpen =
+            plain.Open(folder.Path("f"), {.read = true, .write = true, .plain = true}).Good() &&
+            any.Open(folder.Path("f"), {.read = true}).Good() &&
+            made.Open(folder.Path("new"), {.write = true, .create = true, .exclusive = true}).Good() &&
+            mapped.Map(plain, 0, 3) && marker.Claim("A") == EInstanceClaim::Claimed &&
+            old.Open(folder.Path("f"), EFileKind::Secret).Good() && fresh.CreateBeside(old).Good() &&
+            program.Start({.path = "C:\\bin\\cat", .arguments = {}, .environment = {}, .input = "x"})
+                .empty() &&
+            requests != nullptr;
+        const bool isAsBefore = Inherited() == before;
+        program.Await({});
+        return areOpen && isAsBefore;
+    }));
 }
 
 TEST(Descriptors, AreClosedAfterEachUse) {

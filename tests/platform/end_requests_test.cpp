@@ -33,12 +33,11 @@ std::string Heard(IEndRequests& requests, std::chrono::milliseconds most) {
 std::string HeardByChild(const std::function<std::string(IEndRequests&)>& ask) {
     int ends[2];
     EXPECT_EQ(pipe(ends), 0);
-    EXPECT_EQ(RunInChild([&] {
-                  const auto requests = HearEndRequests();
-                  const std::string heard = ask(*requests);
-                  return write(ends[1], heard.data(), heard.size()) > 0 ? 0 : 1;
-              }),
-              0);
+    EXPECT_TRUE(HoldsInChild([&] {
+        const auto requests = HearEndRequests();
+        const std::string heard = ask(*requests);
+        return write(ends[1], heard.data(), heard.size()) > 0;
+    }));
     char text[200];
     const ssize_t count = read(ends[0], text, sizeof text);
     close(ends[0]), close(ends[1]);
@@ -83,93 +82,77 @@ TEST(EndRequests, OneThatIsIgnoredStaysSo) {
 }
 
 TEST(EndRequests, AreHeardThoughTheStarterHasBlockedThem) {
-    EXPECT_EQ(RunInChild([] {
-                  sigset_t blocked;
-                  sigfillset(&blocked);
-                  pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
-                  const auto requests = HearEndRequests();
-                  kill(getpid(), SIGHUP);
-                  return Heard(*requests, 0ms) == "SIGHUP " ? 0 : 1;
-              }),
-              0);
+    EXPECT_TRUE(HoldsInChild([] {
+        sigset_t blocked;
+        sigfillset(&blocked);
+        pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
+        const auto requests = HearEndRequests();
+        kill(getpid(), SIGHUP);
+        return Heard(*requests, 0ms) == "SIGHUP ";
+    }));
 }
 
 TEST(EndRequests, MoreThanCanBeNotedLeaveNoTrace) {
-    EXPECT_EQ(RunInChild([] {
-                  const auto requests = HearEndRequests();
-                  errno = ENOENT;
-                  for (int sent = 0; sent < 100'000 && errno == ENOENT; ++sent)
-                      raise(SIGTERM);
-                  const bool isKept = errno == ENOENT;
-                  return isKept && requests->Skip(0ms) && Heard(*requests, 0ms) == "- " ? 0 : 1;
-              }),
-              0);
+    EXPECT_TRUE(HoldsInChild([] {
+        const auto requests = HearEndRequests();
+        errno = ENOENT;
+        for (int sent = 0; sent < 100'000 && errno == ENOENT; ++sent)
+            raise(SIGTERM);
+        const bool isKept = errno == ENOENT;
+        return isKept && requests->Skip(0ms) && Heard(*requests, 0ms) == "- ";
+    }));
 }
 
 TEST(EndRequests, ProgramsThatAreSpawnedEndAsUsual) {
-    EXPECT_EQ(RunInChild([] {
-                  const auto requests = HearEndRequests();
-                  char shell[] = "sh", option[] = "-c", command[] = "exec sleep 60";
-                  char* words[] = {shell, option, command, nullptr};
-                  pid_t program = 0;
-                  posix_spawn(&program, "/bin/sh", nullptr, nullptr, words, environ);
-                  kill(program, SIGTERM);
-                  int status = 0;
-                  waitpid(program, &status, 0);
-                  const int ended = system("kill -HUP $$; sleep 60");
-                  return WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM && WIFSIGNALED(ended) ? 0 : 1;
-              }),
-              0);
+    EXPECT_TRUE(HoldsInChild([] {
+        const auto requests = HearEndRequests();
+        char shell[] = "sh", option[] = "-c", command[] = "exec sleep 60";
+        char* words[] = {shell, option, command, nullptr};
+        pid_t program = 0;
+        posix_spawn(&program, "/bin/sh", nullptr, nullptr, words, environ);
+        kill(program, SIGTERM);
+        int status = 0;
+        waitpid(program, &status, 0);
+        const int ended = system("kill -HUP $$; sleep 60");
+        return WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM && WIFSIGNALED(ended);
+    }));
     EXPECT_EQ(HeardByChild([](IEndRequests& requests) {
-                  const pid_t copy = fork();
-                  if (copy == 0) {
-                      raise(SIGTERM);
-                      _exit(0);
-                  }
-                  int status = 0;
-                  waitpid(copy, &status, 0);
-                  return Heard(requests, 0ms) + (WIFSIGNALED(status) ? "ended" : "went on");
+                  const int copy = RunInChild([] { return raise(SIGTERM); });
+                  return Heard(requests, 0ms) + (copy == -1 ? "ended" : "went on");
               }),
               "- ended")
         << "and what a copy of the process is asked is not heard here";
 }
 
 TEST(EndRequests, InterruptNoCallOfTheCode) {
-    EXPECT_EQ(RunInChild([] {
-                  std::unique_ptr<IEndRequests> requests;
-                  int interrupted = 0;
-                  std::string heard;
-                  RunUndisturbed([&] {
-                      requests = HearEndRequests();
-                      for (int wait = 0; wait < 20; ++wait) {
-                          const pid_t asking = fork();
-                          if (asking == 0)
-                              _exit(kill(getppid(), SIGTERM));
-                          interrupted += poll(nullptr, 0, 20) == -1 ? 1 : 0;
-                          waitpid(asking, nullptr, 0);
-                      }
-                      heard = Heard(*requests, IEndRequests::kForever);
-                  });
-                  return heard == "SIGTERM " ? interrupted : 100;
-              }),
-              0);
+    EXPECT_TRUE(HoldsInChild([] {
+        std::unique_ptr<IEndRequests> requests;
+        int interrupted = 0;
+        std::string heard;
+        RunUndisturbed([&] {
+            requests = HearEndRequests();
+            for (int wait = 0; wait < 20; ++wait) {
+                const pid_t asking = fork();
+                if (asking == 0)
+                    _exit(kill(getppid(), SIGTERM));
+                interrupted += poll(nullptr, 0, 20) == -1 ? 1 : 0;
+                waitpid(asking, nullptr, 0);
+            }
+            heard = Heard(*requests, IEndRequests::kForever);
+        });
+        return heard == "SIGTERM " && interrupted == 0;
+    }));
 }
 
 TEST(EndRequests, ProgramsThatAreExecutedEndAsUsual) {
-    EXPECT_EQ(RunInChild([] {
-                  const auto requests = HearEndRequests();
-                  const pid_t program = fork();
-                  if (program == 0)
-                      execl("/bin/sh", "sh", "-c", "kill -TERM $$; sleep 60", nullptr);
-                  int status = 0;
-                  waitpid(program, &status, 0);
-                  return WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM ? 0 : 1;
-              }),
-              0);
+    EXPECT_TRUE(HoldsInChild([] {
+        const auto requests = HearEndRequests();
+        const char* const script = "kill -TERM $$; sleep 60";
+        return RunInChild([&] { return execl("/bin/sh", "sh", "-c", script, nullptr); }) == -1;
+    }));
     EXPECT_EQ(RunInChild([] {
                   HearEndRequests()->Release();
-                  kill(getpid(), SIGHUP);
-                  return 0;
+                  return kill(getpid(), SIGHUP);
               }),
               -1)
         << "the same after nobody could be found to listen";

@@ -104,22 +104,19 @@ TEST(Users, ContinueAsTheListOfUsersHasThem) {
 }
 
 TEST(Users, HaveTheirStateBelowTheirHome) {
-    EXPECT_EQ(RunInChild([] {
-                  unsetenv("RUVO_STATE_DIR"), unsetenv("XDG_STATE_HOME"), setenv("HOME", "/h", 1);
-                  std::string seen;
-                  for (const char* const home : {"/home/v", "relative", ""}) {
-                      test::g_home = home;
-                      seen += CurrentUser().name + OwnerOf("C:\\")->name + StateFolder() + " ";
-                  }
-                  unsetenv("HOME");
-                  return seen + StateFolder() == "visitorvisitorC:\\home\\v\\.local\\state\\ruvo "
-                                                 "visitorvisitorC:\\h\\.local\\state\\ruvo "
-                                                 "C:\\h\\.local\\state\\ruvo "
-                                                 "C:\\nonexistent\\.local\\state\\ruvo"
-                             ? 0
-                             : 1;
-              }),
-              0);
+    EXPECT_TRUE(HoldsInChild([] {
+        unsetenv("RUVO_STATE_DIR"), unsetenv("XDG_STATE_HOME"), setenv("HOME", "/h", 1);
+        std::string seen;
+        for (const char* const home : {"/home/v", "relative", ""}) {
+            test::g_home = home;
+            seen += CurrentUser().name + OwnerOf("C:\\")->name + StateFolder() + " ";
+        }
+        unsetenv("HOME");
+        return seen + StateFolder() == "visitorvisitorC:\\home\\v\\.local\\state\\ruvo "
+                                       "visitorvisitorC:\\h\\.local\\state\\ruvo "
+                                       "C:\\h\\.local\\state\\ruvo "
+                                       "C:\\nonexistent\\.local\\state\\ruvo";
+    }));
     EXPECT_TRUE(FindUser("root")->id == 0 && !FindUser("no such user") && IsRoot() == (getuid() == 0));
 }
 
