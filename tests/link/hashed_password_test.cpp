@@ -13,6 +13,7 @@
 namespace ruvo {
 
 using test::g_modules;
+using test::Keyed;
 
 std::string ProgramPath() {
     return "C:\\opt\\ruvo\\ruvo";
@@ -31,13 +32,6 @@ std::string Wire(const CParlaneData& value) {
     std::size_t size = 0;
     EXPECT_EQ(value.GetWireBytes(bytes, type, size), value.GetTypeCode());
     return {bytes.begin(), bytes.end()};
-}
-
-std::string Keyed(const std::string& text, const std::string& key) {
-    DigestText digest{};
-    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
-    EXPECT_TRUE(CryptoLibrary::MakeKeyedDigest({bytes, text.size()}, key.c_str(), digest));
-    return digest.data();
 }
 
 class HashedPassword : public testing::Test {

@@ -5,8 +5,6 @@
 #include "fake_modules.h"
 #include "support/linked_test.h"
 
-#include "link/login/crypto_library.h"
-
 #include <cstring>
 #include <sstream>
 #include <stdexcept>
@@ -155,15 +153,9 @@ protected:
 
     /// The last two writes of a login with the password Secret78: a salt, and the digest that belongs to it.
     void ExpectDigestFor(const std::string& user) const {
-        const auto keyed = [](const std::string& text, const std::string& key) {
-            DigestText digest{};
-            const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
-            EXPECT_TRUE(CryptoLibrary::MakeKeyedDigest({bytes, text.size()}, key.c_str(), digest));
-            return std::string(digest.data());
-        };
         const auto salt = Hex(written.at(1).substr(4));
         EXPECT_EQ(written[1].substr(0, 4), "1810");
-        const std::string digest = keyed(keyed("Secret78", user) + '\0', {salt.begin(), salt.end()});
+        const std::string digest = Keyed(Keyed("Secret78", user) + '\0', {salt.begin(), salt.end()});
         EXPECT_EQ(written.at(2), "1C40" + TextHex(digest).substr(4));
     }
 

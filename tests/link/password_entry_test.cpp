@@ -2,7 +2,6 @@
 #include "support/case_table.h"
 #include "support/linked_test.h"
 
-#include "model/status/progress.h"
 #include "model/values/parlane_integers.h"
 
 #include <algorithm>
@@ -267,11 +266,7 @@ TEST_F(PasswordEntry, TheApplicationMaySilenceTheAcceptance) {
 
 // The reads of the entry have taken the monitor out.
 TEST_F(PasswordEntry, ReportsTheProgressOfThePasswordsWriteAndOfTheRequest) {
-    struct CRecorder final : CProgressMonitor {
-        CRecorder() : CProgressMonitor(nullptr, 0, 100) {}
-        void SetPercent(int percent) override { percents.push_back(percent); }
-        std::vector<int> percents;
-    } recorder;
+    CProgressRecorder recorder;
     server.onCall = [&](SCall& call) -> std::optional<std::int64_t> {
         const std::optional<std::int64_t> answer = Answer(call);
         const bool isPassword = call.name == "ChangeSetting" && call.Cell() == 0x0002;

@@ -1,10 +1,8 @@
 // What a recording of the calls at the comms server has in it, and what it must not have.
 #include "login_fixture.h"
 #include "support/case_table.h"
-#include "support/scratch_folder.h"
 
 #include "link/recording/call_recorder.h"
-#include "link/recording/recorded_connection.h"
 #include "link/recording/recording.h"
 #include "link/recording/recording_text.h"
 #include "model/values/parlane_text.h"
@@ -24,14 +22,7 @@ std::vector<SRecordingEntry> EntriesOf(CRecordingReader& reader) {
     return entries;
 }
 
-/// Plans a recording before the client of the fixture behind it connects.
-struct SPlanned {
-    SPlanned() { PlannedRecording().path = folder.Path("calls.rec"); }
-    ~SPlanned() { PlannedRecording() = {}; }
-    CScratchFolder folder;
-};
-
-class Recording : public SPlanned, public LoginFlows {
+class Recording : public SPlannedRecording, public LoginFlows {
 protected:
     /// The bytes of the recording, which is whole once the client is gone.
     std::vector<std::uint8_t> End(const std::string& name = "calls.rec") {

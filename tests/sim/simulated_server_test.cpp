@@ -1,10 +1,9 @@
-#include "platform/text_file.h"
+#include "platform/files.h"
 #include "sim/server/simulated_connection.h"
 #include "support/case_table.h"
 #include "support/hex.h"
+#include "support/scratch_folder.h"
 
-#include <cstdlib>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <semaphore>
 #include <thread>
@@ -244,12 +243,11 @@ TEST(Relay, BlocksUsersWhenNoAttemptsAreLeft) {
 }
 
 TEST(Relay, WantsAFreshSaltAfterTheNameAndHidesIt) {
-    std::string folder = testing::TempDir() + "simXXXXXX", trace;
-    ASSERT_NE(mkdtemp(folder.data()), nullptr);
-    CRig rig("trace = \"t\"\n" + UserRelay(3, ", fresh_salt = true"), folder, false);
+    const CScratchFolder folder;
+    CRig rig("trace = \"t\"\n" + UserRelay(3, ", fresh_salt = true"), folder.Path(), false);
     EXPECT_EQ(LogIn(rig, "OPERATOR", kOperator), 0x911);
     EXPECT_EQ(rig.Change(0x00E5, TaggedText(0x18, kSalt)), 0x411);
-    ASSERT_TRUE(ReadTextFile(folder + "\\t", trace));
+    const std::string trace = folder.Read("t");
     EXPECT_EQ(trace.substr(trace.find('\n') + 1), "ChangeSetting 5 00.F1 0x0000 18084F50455241544F52\n"
                                                   "ChangeSetting 5 00.E5 0x0000 (masked)\n"
                                                   "ChangeSetting 5 00.E1 0x0911 (masked) no crypto provider\n"
@@ -319,38 +317,32 @@ TEST(Commands, RunOnAnotherThreadUntilTheyAreCompleteOrAborted) {
 }
 
 TEST(Commands, StateAndTraceAreKept) {
-    std::string folder = testing::TempDir() + "simXXXXXX";
-    ASSERT_NE(mkdtemp(folder.data()), nullptr);
+    const CScratchFolder folder;
     const std::string toml = "state = \"s\"\ntrace = \"t\"\n" + kRelay + "access = { protect = [] }\n" +
                              "event = [{ kind = 0, elements = [] }, { kind = 0, elements = [] }]\n";
-    EXPECT_EQ(CRig(toml, folder).Event(), 0);
-    CRig rig(toml, folder);
+    EXPECT_EQ(CRig(toml, folder.Path()).Event(), 0);
+    CRig rig(toml, folder.Path());
     EXPECT_EQ(rig.Event(), 0);
     EXPECT_EQ(rig.Event(), 0x211);
     EXPECT_EQ(rig.Change(0x0002, Tagged(0x1C, {'X', 'X', 'X', 'X'})), 0x411);
-    std::string trace;
-    ASSERT_TRUE(ReadTextFile(folder + "\\t", trace));
-    EXPECT_EQ(trace, "OpenPort - - 0x0000 COM1 \nGetEvent 5 - 0x0000\nOpenPort - - 0x0000 COM1 \n"
-                     "GetEvent 5 - 0x0000\nGetEvent 5 - 0x0211\nChangeSetting 5 00.02 0x0411 (masked)\n");
+    EXPECT_EQ(folder.Read("t"),
+              "OpenPort - - 0x0000 COM1 \nGetEvent 5 - 0x0000\nOpenPort - - 0x0000 COM1 \n"
+              "GetEvent 5 - 0x0000\nGetEvent 5 - 0x0211\nChangeSetting 5 00.02 0x0411 (masked)\n");
 }
 
 TEST(Commands, ConnectionsThatShareAnAccountGetEachEventOnce) {
-    std::string folder = testing::TempDir() + "simXXXXXX";
-    ASSERT_NE(mkdtemp(folder.data()), nullptr);
+    const CScratchFolder folder;
     const std::string toml = "account = \"a\"\n" + kRelay + "access = { protect = [] }\n" +
                              "event = [{ kind = 0, elements = [] }, { kind = 1, elements = [] }]\n";
-    std::ofstream(folder + "/a") << "relay 1;1";
-    CRig first(toml, folder);
-    CRig second(toml, folder);
+    folder.Write("a", "relay 1;1");
+    CRig first(toml, folder.Path()), second(toml, folder.Path());
     EXPECT_EQ(first.Event(), 0) << "the line that was cut short does not count";
     EXPECT_EQ(second.Event(), 0);
     EXPECT_EQ(first.Event(), 0x211);
-    std::string account;
-    ASSERT_TRUE(ReadTextFile(folder + "\\a", account));
-    EXPECT_EQ(account, "relay 1;1\nrelay 1;1;\nrelay 1;2;\n");
-    ASSERT_TRUE(RemoveFile(folder + "\\a"));
+    EXPECT_EQ(folder.Read("a"), "relay 1;1\nrelay 1;1;\nrelay 1;2;\n");
+    ASSERT_TRUE(RemoveFile(folder.Path("a")));
     EXPECT_EQ(second.Event(), 0) << "started over";
-    ASSERT_TRUE(RemoveFile(folder + "\\a") && MakeFolder(folder + "\\a").Good());
+    ASSERT_TRUE(RemoveFile(folder.Path("a")) && MakeFolder(folder.Path("a")).Good());
     EXPECT_EQ(second.Event(), 8) << "what cannot be noted is not handed over";
 }
 

@@ -2,8 +2,6 @@
 
 #include "platform/modules.h"
 
-#include <gtest/gtest.h>
-
 #include <dlfcn.h>
 #include <filesystem>
 

@@ -3,8 +3,6 @@
 #include "platform/modules.h"
 #include "platform/windows/system.h"
 
-#include <gtest/gtest.h>
-
 namespace ruvo {
 
 using test::g_modules;
