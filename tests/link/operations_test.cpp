@@ -175,17 +175,12 @@ TEST(OperationRows, FollowTheirNames) {
         << "recordings have them, and other programs' servers";
 }
 
-TEST(LinkStatuses, AreTheServersNumbers) {
-    const LinkStatus statuses[] = {kLinkBadPortParameters,   kLinkNothingToClose,
-                                   kLinkNoDisturbanceRecord, kLinkNoDisturbanceConfiguration,
-                                   kLinkNoCompressedRecord,  kLinkWrongSerialNumber,
-                                   kLinkSameAddress,         kLinkAddressTaken,
-                                   kLinkAbortInProgress,     kLinkNoCall,
-                                   kLinkNoSuchLine,          kLinkLineInUse,
-                                   kLinkCallTimedOut};
-    EXPECT_TRUE(std::ranges::equal(
-        statuses, std::array<LinkStatus, 13>{12, 13, 19, 20, 21, 22, 23, 24, 29, 48, 50, 54, 68}));
-}
+static_assert(kLinkBadPortParameters == 12 && kLinkNothingToClose == 13 && kLinkNoDisturbanceRecord == 19 &&
+                  kLinkNoDisturbanceConfiguration == 20 && kLinkNoCompressedRecord == 21 &&
+                  kLinkWrongSerialNumber == 22 && kLinkSameAddress == 23 && kLinkAddressTaken == 24 &&
+                  kLinkAbortInProgress == 29 && kLinkNoCall == 48 && kLinkNoSuchLine == 50 &&
+                  kLinkLineInUse == 54 && kLinkCallTimedOut == 68,
+              "the server's numbers");
 
 TEST_F(Operations, TheirCallsTheirOutputsAndWhatStatusesMakeOfThem) {
     for (const SRow& row : kRows) {

@@ -32,6 +32,15 @@ void SayWhoThisIs() {
         std::cout << (line.starts_with("Cap") ? line + "\n" : "");
 }
 
+/// What comes from a child process, which has to continue as somebody else.
+std::string SaidByChild(const std::function<void()>& become) {
+    const CScratchFolder folder;
+    const int out = open(folder.Native("out").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
+    EXPECT_EQ(RunInChild([&] { return dup2(out, STDOUT_FILENO), become(), 9; }), 0);
+    close(out);
+    return folder.Read("out");
+}
+
 } // namespace
 
 TEST(Users, ContinuesWithNothingOfRoot) {
@@ -40,21 +49,14 @@ TEST(Users, ContinuesWithNothingOfRoot) {
         SayWhoThisIs(); // also when this program has been started anew by the lines below
         GTEST_SKIP() << "only root can become another user";
     }
-    const CScratchFolder folder;
-    const int out = open(folder.Native("out").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
-    EXPECT_EQ(RunInChild([&] {
-                  const gid_t more[] = {0, 1};
-                  setgroups(2, more);
-                  setenv("SECRET", "1", 1);
-                  for (const char* const kept : {"TERM", "COLUMNS", "JOURNAL_STREAM"})
-                      setenv(kept, "kept", 1);
-                  dup2(out, STDOUT_FILENO);
-                  ContinueAs(*nobody, {"--gtest_filter=Users.Continues*"});
-                  return 9;
-              }),
-              0);
-    close(out);
-    const std::string said = folder.Read("out");
+    const std::string said = SaidByChild([&] {
+        const gid_t more[] = {0, 1};
+        setgroups(2, more);
+        setenv("SECRET", "1", 1);
+        for (const char* const kept : {"TERM", "COLUMNS", "JOURNAL_STREAM"})
+            setenv(kept, "kept", 1);
+        ContinueAs(*nobody, {"--gtest_filter=Users.Continues*"});
+    });
     const std::string id = std::to_string(nobody->id);
     EXPECT_TRUE(test::Contains(said, "as " + id + id + " "));
     EXPECT_TRUE(test::Contains(said, " groups 1 in / home /nonexistent secret 0\n"));
@@ -69,27 +71,20 @@ TEST(Users, ContinuesWithNothingOfRoot) {
 TEST(Users, ContinueAsTheListOfUsersHasThem) {
     if (EnvironmentValue("TERM") == "kept")
         return SayWhoThisIs(); // started anew by the lines below
-    const CScratchFolder folder;
-    const int out = open(folder.Native("out").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
-    EXPECT_EQ(RunInChild([&] {
-                  test::g_home = "/home/v";
-                  test::g_mayBecomeAnyone = true;
-                  for (const char* const name : {"SECRET", "TERM", "COLUMNS", "JOURNAL_STREAM"})
-                      setenv(name, "kept", 1);
-                  dup2(out, STDOUT_FILENO);
-                  test::g_error = EPERM;
-                  for (const char* const call : {"initgroups", "setresgid", "setresuid"}) {
-                      test::g_refused = call;
-                      dprintf(STDOUT_FILENO, "%s\n", ContinueAs({5, ""}, {}).c_str());
-                  }
-                  test::g_refused = "";
-                  dprintf(STDOUT_FILENO, "%s\n", ContinueAs({5, ""}, {std::string(200'000, 'x')}).c_str());
-                  ContinueAs({5, ""}, {"--gtest_filter=Users.ContinueAs*"});
-                  return 9;
-              }),
-              0);
-    close(out);
-    const std::string said = folder.Read("out");
+    const std::string said = SaidByChild([] {
+        test::g_home = "/home/v";
+        test::g_mayBecomeAnyone = true;
+        for (const char* const name : {"SECRET", "TERM", "COLUMNS", "JOURNAL_STREAM"})
+            setenv(name, "kept", 1);
+        test::g_error = EPERM;
+        for (const char* const call : {"initgroups", "setresgid", "setresuid"}) {
+            test::g_refused = call;
+            dprintf(STDOUT_FILENO, "%s\n", ContinueAs({5, ""}, {}).c_str());
+        }
+        test::g_refused = "";
+        dprintf(STDOUT_FILENO, "%s\n", ContinueAs({5, ""}, {std::string(200'000, 'x')}).c_str());
+        ContinueAs({5, ""}, {"--gtest_filter=Users.ContinueAs*"});
+    });
     const std::string refused = "its permissions cannot be taken: Operation not permitted\n";
     const std::string groups = "initgroups visitor 77 0 0|", all = groups + "setresgid  77 77 77|";
     EXPECT_TRUE(said.starts_with("its groups cannot be taken: Operation not permitted\n" + groups + refused +

@@ -34,7 +34,14 @@ protected:
         CDatabase database(m_folder.Native("a.db"), EDatabaseAccess::Read);
         return database.Number(query);
     }
+    /// Bytes that it has not had last are of a later time.
+    void WriteDay(const std::string& bytes) {
+        m_time += std::chrono::seconds(bytes == m_folder.Read(kDayFile) ? 0 : 1);
+        m_folder.Write(kDayFile, bytes);
+        std::filesystem::last_write_time(m_folder.Native(kDayFile), m_time);
+    }
     CScratchFolder m_folder;
+    std::filesystem::file_time_type m_time = std::filesystem::file_time_type::clock::now();
 };
 
 TEST_F(CArchive, FollowsAFileThroughItsLife) {
@@ -58,13 +65,8 @@ TEST_F(CArchive, FollowsAFileThroughItsLife) {
         {"another one in its place", kHeader + twin + first, "2 records added, 0 already", 6, 0},
         {"spoilt", "x", "0 records added, 0 already archived; 1 damaged place\n", 6, 1},
     };
-    std::filesystem::file_time_type time = std::filesystem::file_time_type::clock::now();
-    std::string before;
     for (const SStep& step : kSteps) {
-        m_folder.Write(kDayFile, step.bytes);
-        time += std::chrono::seconds(step.bytes == before ? 0 : 1);
-        std::filesystem::last_write_time(m_folder.Native(kDayFile), time);
-        before = step.bytes;
+        WriteDay(step.bytes);
         const SOutcome outcome = Archive();
         EXPECT_EQ(outcome.status, 0) << step.name;
         EXPECT_TRUE(Contains(outcome.out + outcome.error, step.said)) << step.name;
@@ -249,13 +251,8 @@ TEST_F(CArchive, WritesNewRecordsOnce) {
         {"other bytes before it", kHeader + other + first + first + first + first + first + first, 7},
         {"shorter", kHeader + other, 1},
     };
-    std::filesystem::file_time_type time = std::filesystem::file_time_type::clock::now();
-    std::string before;
     for (const SStep& step : kSteps) {
-        m_folder.Write(kDayFile, step.bytes);
-        time += std::chrono::seconds(step.bytes == before ? 0 : 1);
-        std::filesystem::last_write_time(m_folder.Native(kDayFile), time);
-        before = step.bytes;
+        WriteDay(step.bytes);
         m_folder.Write("lines", "");
         const SOutcome outcome =
             RunIn(m_folder, "archive @/events --new pg --ndjson @/" + std::string(step.target));

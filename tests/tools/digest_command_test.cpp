@@ -55,9 +55,7 @@ protected:
         }
     }
     void Begin(const std::string& when) {
-        g_utcTime = {
-            2026, 11, std::stoi(when.substr(0, 2)), std::stoi(when.substr(3, 2)), std::stoi(when.substr(6)),
-            0};
+        g_utcTime = CalendarTime("2026-11-" + when);
         record = std::make_unique<CVisitRecord>(folder.Path("ev\\" + site),
                                                 folder.Path("sites\\" + site + ".ini"));
         record->Begin();

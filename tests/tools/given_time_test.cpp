@@ -1,26 +1,16 @@
 // Times as people give them, in time zones whose clocks change.
 #include "support/case_table.h"
 #include "support/fake_system.h"
+#include "tools/run_tool.h"
 
 #include "platform/environment.h"
 #include "tools/given_time.h"
 
-#include <cstdio>
-
 namespace ruvo::test {
 namespace {
 
-SCalendarTime Utc(const std::string& text) {
-    SCalendarTime time;
-    EXPECT_EQ(std::sscanf(text.c_str(), "%d-%d-%d %d:%d:%d", &time.year, &time.month, &time.day, &time.hour,
-                          &time.minute, &time.second),
-              6)
-        << text;
-    return time;
-}
-
 std::int64_t Seconds(const std::string& text) {
-    g_utcTime = Utc(text);
+    g_utcTime = CalendarTime(text);
     return NowSeconds();
 }
 
@@ -28,7 +18,7 @@ TEST(GivenTime, NamesATimeAndAPeriod) {
     ForEachCase<6>("tools/given_time_cases.txt",
                    [](auto& zone, auto& now, auto& text, auto& time, auto& begin, auto& end) {
                        SetEnvironmentValue("TZ", zone);
-                       g_utcTime = Utc(now);
+                       g_utcTime = CalendarTime(now);
                        const auto period = ParsePeriod(text);
                        EXPECT_EQ(ParseGivenTime(text).value_or("-"), time);
                        ASSERT_EQ(period.has_value(), begin != "-");

@@ -5,11 +5,24 @@
 #include "support/scratch_folder.h"
 #include "tools/command_line.h"
 
+#include "platform/clock.h"
+
+#include <cstdio>
 #include <sstream>
 #include <string>
 #include <vector>
 
 namespace ruvo::test {
+
+/// Of "2026-11-25 06:00", with seconds or without.
+inline SCalendarTime CalendarTime(const std::string& text) {
+    SCalendarTime time;
+    EXPECT_GE(std::sscanf(text.c_str(), "%d-%d-%d %d:%d:%d", &time.year, &time.month, &time.day, &time.hour,
+                          &time.minute, &time.second),
+              5)
+        << text;
+    return time;
+}
 
 struct SOutcome {
     int status = 0;

@@ -9,22 +9,9 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <iterator>
 
 namespace ruvo::test {
-namespace {
-
-SCalendarTime Moment(const std::string& text) {
-    SCalendarTime time;
-    EXPECT_EQ(std::sscanf(text.c_str(), "%d-%d-%d %d:%d", &time.year, &time.month, &time.day, &time.hour,
-                          &time.minute),
-              5)
-        << text;
-    return time;
-}
-
-} // namespace
 
 TEST(Schedule, BeginsWithTheNextOccurrence) {
     ForEachCase<4>("tools/schedule_times.txt", [](auto& given, auto& local, auto& utc, auto& begin) {
@@ -32,7 +19,7 @@ TEST(Schedule, BeginsWithTheNextOccurrence) {
         ASSERT_EQ(time.has_value(), begin != "-");
         STask task;
         task.times = {time.value_or(SDailyTime())};
-        const std::string xml = time ? TaskXml(task, {Moment(local), Moment(utc)}) : "";
+        const std::string xml = time ? TaskXml(task, {CalendarTime(local), CalendarTime(utc)}) : "";
         EXPECT_NE(xml.find("<StartBoundary>" + begin + "</StartBoundary>"), time ? std::string::npos : 0);
     });
 }
