@@ -159,15 +159,11 @@ TEST(OperationRows, FollowTheirNames) {
         EXPECT_EQ(row.runsOn, isStart || row.name == "ModemConnect") << row.name;
         EXPECT_EQ(FindOperation(row.name), &row);
         EXPECT_EQ(FindOperationInSlot(row.slot), &row) << row.name;
-        if (row.name.starts_with("StartGetColumn") && row.name != "StartGetColumnHeadings") {
-            EXPECT_EQ(row.target, ETarget::Column) << row.name;
-        }
-        if (row.name.starts_with("Fetch")) {
-            EXPECT_EQ(row.target, ETarget::Link) << row.name;
-        }
-        if (isStart) {
-            EXPECT_NE(FindOperation("Fetch" + std::string(row.name.substr(8))), nullptr) << row.name;
-        }
+        const bool isOfColumn =
+            row.name.starts_with("StartGetColumn") && row.name != "StartGetColumnHeadings";
+        EXPECT_TRUE(!isOfColumn || row.target == ETarget::Column) << row.name;
+        EXPECT_TRUE(!row.name.starts_with("Fetch") || row.target == ETarget::Link) << row.name;
+        EXPECT_TRUE(!isStart || FindOperation("Fetch" + std::string(row.name.substr(8))) != nullptr);
     }
     EXPECT_EQ(slots,
               "7 8 9 13 14 15 16 17 18 19 20 21 22 23 24 25 26 27 28 29 30 31 34 36 37 38 39 40 41 42 43 "

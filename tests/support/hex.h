@@ -10,17 +10,11 @@ namespace ruvo::test {
 
 /// Pairs of hexadecimal digits; blanks between them do not count.
 inline std::vector<std::uint8_t> Hex(std::string_view text) {
+    std::string digits(text);
+    std::erase(digits, ' ');
     std::vector<std::uint8_t> bytes;
-    std::string digits;
-    for (const char character : text) {
-        if (character == ' ')
-            continue;
-        digits += character;
-        if (digits.size() == 2) {
-            bytes.push_back(static_cast<std::uint8_t>(std::stoi(digits, nullptr, 16)));
-            digits.clear();
-        }
-    }
+    for (std::size_t at = 0; at + 1 < digits.size(); at += 2)
+        bytes.push_back(static_cast<std::uint8_t>(std::stoi(digits.substr(at, 2), nullptr, 16)));
     return bytes;
 }
 

@@ -1,7 +1,6 @@
 #include "support/scripted_server.h"
 
 #include <array>
-#include <cstdio>
 #include <stdexcept>
 
 namespace ruvo::test {
@@ -98,11 +97,9 @@ EComResult CScriptedServer::Do(const char* name, Inputs inputs, Outputs outputs,
 
 EComResult CScriptedServer::Run(SCall call, const std::string& line, Variant& status) {
     std::string label = call.name;
-    if (call.inputs.size() > 1) {
-        char cell[16];
-        std::snprintf(cell, sizeof cell, " %02X.%02X", ColumnOf(call.Cell()), RowOf(call.Cell()));
-        label += cell;
-    }
+    if (call.inputs.size() > 1)
+        label += " " + HexDigits(std::array{ColumnOf(call.Cell())}) + "." +
+                 HexDigits(std::array{RowOf(call.Cell())});
     calls.push_back(label);
     lines.push_back(line);
     std::optional<std::int64_t> scripted;
@@ -133,14 +130,6 @@ EComResult CScriptedServer::Fetch(const char* name, Outputs outputs, Variant& st
     return Run(SCall{name, m_started.inputs, outputs}, name, status);
 }
 
-std::int64_t CScriptedServer::AnswerEvent(SCall& call) {
-    *call.outputs[0] = Variant::FromUI1(events.front().kind);
-    *call.outputs[1] = events.front().values;
-    events.pop_front();
-    *call.outputs[2] = Variant::FromUI1(1);
-    return 0;
-}
-
 std::int64_t CScriptedServer::Answer(SCall& call) {
     constexpr std::int64_t kNoSuchCell = 0x0111;
     const CellAddress cell = call.Cell();
@@ -168,7 +157,12 @@ std::int64_t CScriptedServer::Answer(SCall& call) {
     } else if (call.name == "GetDeviceStatus") {
         *call.outputs[0] = Variant::FromUI1(events.empty() ? 0x00 : 0x20);
     } else if (call.name == "GetEvent") {
-        return events.empty() ? 14 : AnswerEvent(call);
+        if (events.empty())
+            return 14;
+        *call.outputs[0] = Variant::FromUI1(events.front().kind);
+        *call.outputs[1] = events.front().values;
+        events.pop_front();
+        *call.outputs[2] = Variant::FromUI1(1);
     }
     return 0;
 }

@@ -72,7 +72,6 @@ public:
 private:
     EComResult Run(SCall call, const std::string& line, Variant& status);
     std::int64_t Answer(SCall& call);
-    std::int64_t AnswerEvent(SCall& call);
 
     SCall m_started;
 };

@@ -28,6 +28,16 @@ std::optional<SSeenRun> RecordOf(const std::string& text) {
     return std::nullopt;
 }
 
+SVisitEntry Entry(const std::string& key, const std::string& address, std::uint64_t logLines = 0,
+                  bool isReached = false) {
+    SVisitEntry entry;
+    entry.key = key;
+    entry.address = address;
+    entry.logLines = logLines;
+    entry.isReached = isReached;
+    return entry;
+}
+
 } // namespace
 
 TEST(VisitOutcome, IsTheRecordsBeforeTheLogs) {
@@ -54,11 +64,7 @@ TEST(VisitOutcome, OfAttemptsCountsWhatALaterOneReaches) {
         return outcome;
     };
     const auto relay = [](const char* key, std::uint64_t logLines, bool isReached) {
-        SVisitEntry entry;
-        entry.key = entry.address = key;
-        entry.logLines = logLines;
-        entry.isReached = isReached;
-        return entry;
+        return Entry(key, key, logLines, isReached);
     };
     const SRunOutcome first = attempt(3, {relay("A", 2, false), relay("B", 1, false), relay("C", 0, true)});
     EXPECT_EQ(RelaysWithoutAnswer(first), (std::vector<std::string>{"A", "B"}));
@@ -89,9 +95,8 @@ TEST(MutedLines, MakeNoProblemOfAVisit) {
         SRunOutcome outcome;
         outcome.record = RecordOf("whole " + std::to_string(std::stoul(first) + std::stoul(second)));
         for (const SRelayVisit& relay : visits.relays) {
-            outcome.record->line.entries.emplace_back();
-            outcome.record->line.entries.back().key = relay.key;
-            outcome.record->line.entries.back().logLines = std::stoul(relay.key == "RV001" ? first : second);
+            const std::size_t lines = std::stoul(relay.key == "RV001" ? first : second);
+            outcome.record->line.entries.push_back(Entry(relay.key, "", lines));
         }
         outcome.mutedLines = CountMutedLines(visits, logged);
         EXPECT_EQ(std::to_string(StatusOfAttempts({outcome})), status);
@@ -174,19 +179,12 @@ TEST(RelayProgress, SaysWhatIsUnderWayAndWhatCameOfIt) {
     const SSitePlaces places{.events = "", .log = "", .relays = {{"RV001", "5"}, {"RV002", "6"}}};
     const CRelayNames names;
     SVisitLine line;
-    const auto entry = [](const char* key, const char* address) {
-        SVisitEntry made;
-        made.key = key;
-        made.address = address;
-        return made;
-    };
-    line.entries = {entry("RV009", "")}; // only tells of recovered events
+    line.entries = {Entry("RV009", "")}; // only tells of recovered events
     EXPECT_EQ(ProgressText(line, places, names, 41), "relay 1 of 2, RV001 (5), 0 events, 00:41");
-    line.entries.push_back(entry("RV001", "5"));
-    line.entries.back().isReached = true;
+    line.entries.push_back(Entry("RV001", "5", 0, true));
     line.entries.back().taken = 4;
     EXPECT_EQ(ProgressText(line, places, names, 3725), "relay 2 of 2, RV002 (6), 4 events, 62:05");
-    line.entries.push_back(entry("RV002", "6"));
+    line.entries.push_back(Entry("RV002", "6"));
     EXPECT_EQ(ProgressText(line, places, names, 1), "2 relays visited, 4 events, 00:01");
     EXPECT_EQ(TotalText(line, 2, 9), "1 of 2 relays reached, 4 events, 00:09");
 

@@ -188,20 +188,20 @@ void CVisitStatus::Do(const std::string& step) {
 }
 
 TEST_F(CVisitStatus, AMuteQuietsWhatIsKnownAlone) {
+    static const std::string kLink = "Failed to open ethernet connection. Connection string: "
+                                     "TNLC=\"RPCDll.Dll\",\"10.0.0.",
+                             kStatus = "\",\"0\",\"2\",\"0\". P32LS status: x",
+                             kSecond = " Connection details - IP address: 10.0.0.6, device address: 2, bus "
+                                       "address: 0.";
     static const std::map<std::string, std::string> kLines{
-        {"link", "Failed to open ethernet connection. Connection string: "
-                 "TNLC=\"RPCDll.Dll\",\"10.0.0.6\",\"0\",\"2\",\"0\". P32LS status: x"},
-        {"link2", "Failed to open ethernet connection. Connection string: "
-                  "TNLC=\"RPCDll.Dll\",\"10.0.0.7\",\"0\",\"2\",\"0\". P32LS status: x"},
+        {"link", kLink + "6" + kStatus},
+        {"link2", kLink + "7" + kStatus},
         {"other",
          "Test connection failed. Unable to connect to the device or password is invalid. Connection "
          "details - device IP: 10.0.0.5, device address: 1, bus address: 0."},
-        {"password",
-         "Invalid password. Connection details - IP address: 10.0.0.6, device address: 2, bus address: 0."},
-        {"lost",
-         "1 event taken from the relay, but not stored. Connection details - IP address: 10.0.0.6, device "
-         "address: 2, bus address: 0."},
-        {"unknown", "What? Connection details - IP address: 10.0.0.6, device address: 2, bus address: 0."}};
+        {"password", "Invalid password." + kSecond},
+        {"lost", "1 event taken from the relay, but not stored." + kSecond},
+        {"unknown", "What?" + kSecond}};
     folder.Write("expect", "AB12-2\n");
     ForEachCase<4>("tools/mute_cases.txt", [&](auto& steps, auto& extra, auto& status, auto& said) {
         WriteSite("10.0.0.6,2");
