@@ -11,7 +11,6 @@
 #include <cstdlib>
 #include <new>
 #include <random>
-#include <vector>
 
 namespace {
 thread_local std::size_t g_allocations = 0;

@@ -15,7 +15,6 @@
 #include <algorithm>
 #include <cstring>
 #include <numeric>
-#include <tuple>
 
 namespace ruvo {
 namespace {

@@ -5,7 +5,6 @@
 #include "tools/run_tool.h"
 
 #include "tools/archive/database.h"
-#include "tools/archive/find_query.h"
 
 #include <cstdlib>
 #include <fstream>

@@ -4,9 +4,8 @@
 #include "tools/day_files.h"
 #include "tools/run_tool.h"
 
-#include "tools/clocks/relay_clocks.h"
+#include "tools/clocks/zone_rule.h"
 #include "tools/events/event_fields.h"
-#include "tools/events/event_filter.h"
 
 namespace ruvo::test {
 namespace {

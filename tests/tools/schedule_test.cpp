@@ -4,7 +4,6 @@
 
 #include "base/code_page.h"
 #include "tools/schedule/task.h"
-#include "tools/visit/run_outcome.h"
 #include "tools/visit/visit_event.h"
 
 #include <gtest/gtest.h>
