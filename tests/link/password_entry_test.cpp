@@ -242,9 +242,8 @@ TEST_F(PasswordEntry, AnEntryOutOfACallbackLeavesTheOneAroundItAsItWas) {
         g_debugOutput.clear();
         EXPECT_EQ(Read(), row.outer);
         EXPECT_EQ(written, "240100 " + row.passwords + "240107 ");
-        EXPECT_EQ(g_debugOutput.find("CP32Wrap::EnterPassword : Cell BF.03 could not be restored\n") !=
-                      std::string::npos,
-                  row.restored != 0);
+        const char* const failed = "CP32Wrap::EnterPassword : Cell BF.03 could not be restored\n";
+        EXPECT_EQ(bool(Contains(g_debugOutput, failed)), row.restored != 0);
         EXPECT_EQ(g_application.codes, std::vector<int>(row.inner == 0 ? 2 : 1, 0));
     }
     EXPECT_EQ(Read(), kLinkGood) << "no abort is left";

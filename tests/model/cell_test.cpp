@@ -18,9 +18,8 @@ namespace {
 using namespace test;
 
 /// The cell of a value with its default limits.
-std::unique_ptr<CCell> Cell(const std::string& value, std::string labelTemplate = "") {
-    return CCellFactory::CreateWithDefaultLimits({0xBF, 0x15}, FromWord(value).get(),
-                                                 std::move(labelTemplate));
+std::unique_ptr<CCell> Cell(const std::string& value, std::string label = "") {
+    return CCellFactory::CreateWithDefaultLimits({0xBF, 0x15}, FromWord(value).get(), std::move(label));
 }
 
 /// The cell of value, minimum, maximum and step.

@@ -44,9 +44,8 @@ CExtendedEventRecord MakeExtended(CCellList cells, std::uint16_t location = 0x13
             "b ", "",         location, std::move(cells)};
 }
 
-void AddCell(CCellList& cells, const std::string& value, std::string labelTemplate) {
-    cells.push_back(
-        CCellFactory::CreateWithDefaultLimits({}, FromWord(value).get(), std::move(labelTemplate)));
+void AddCell(CCellList& cells, const std::string& value, std::string label) {
+    cells.push_back(CCellFactory::CreateWithDefaultLimits({}, FromWord(value).get(), std::move(label)));
 }
 
 CCellList MakeCells(std::vector<std::string> bitNames = {"one", "two"},

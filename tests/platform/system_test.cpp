@@ -64,10 +64,8 @@ TEST(SharePath, HasOneSpelling) {
 }
 
 TEST(ShellWord, ReadsAsOneWordAgain) {
-    for (const char* const word : {"/etc/ruvo/yard.ini", "a b", "it's", "$HOME;`x`", "",
-                                   "S\xC3\xBC"
-                                   "d",
-                                   "-x~*"}) {
+    for (const char* const word :
+         {"/etc/ruvo/yard.ini", "a b", "it's", "$HOME;`x`", "", "S\u00FCd", "-x~*"}) {
         const std::string command = "printf %s " + ShellWord(word);
         FILE* const shell = popen(command.c_str(), "r");
         ASSERT_NE(shell, nullptr);

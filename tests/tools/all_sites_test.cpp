@@ -2,8 +2,8 @@
 #include "support/fake_system.h"
 #include "support/scratch_folder.h"
 #include "tools/run_tool.h"
+#include "tools/visit_entries.h"
 
-#include "ledger/visit_record.h"
 #include "platform/environment.h"
 
 #include <gtest/gtest.h>
@@ -47,13 +47,7 @@ protected:
         g_utcTime = {2026, 11, 20, 2, 0, 0};
         CVisitRecord record(folder.Path(root), folder.Path("sites\\" + name + ".ini"));
         record.Begin();
-        SVisitEntry entry;
-        entry.key = "RV001";
-        entry.address = "10.0.0.5,1";
-        entry.begin = entry.end = RecordedNow();
-        entry.plant = isReached ? "Feeder 7" : "";
-        entry.isReached = isReached;
-        record.Add(entry);
+        record.Add(EntryNow("RV001", "10.0.0.5,1", isReached, "", isReached ? "Feeder 7" : ""));
         SVisitLine end;
         end.ended = ERunEnd::Whole;
         record.End(end);

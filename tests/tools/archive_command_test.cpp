@@ -245,8 +245,7 @@ TEST_F(CArchive, WritesNewRecordsOnce) {
         {"with half a record", kHeader + first + other + first.substr(0, 20), 0},
         {"mended", kHeader + first + other + first, 1},
         {"damage, and a record after it", kHeader + first + other + first + "xyz" + first + other, 2},
-        {"what followed damage comes again", kHeader + first + other + first + "xyz" + first + other + other,
-         3},
+        {"what followed damage again", kHeader + first + other + first + "xyz" + first + other + other, 3},
         {"other bytes before it", kHeader + other + first + first + first + first + first + first, 7},
         {"shorter", kHeader + other, 1},
     };

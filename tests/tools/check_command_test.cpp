@@ -57,9 +57,8 @@ TEST(CheckCommand, EachResultCodeNamesItsLines) {
         }
         EXPECT_EQ(outcome.status, code);
         EXPECT_EQ(text, std::string(ResultMessage(static_cast<EResultCode>(code))) + "\n" + want);
-        EXPECT_EQ(outcome.out.find("960: expected 1200, 2400, 4800, 9600, 19200, 38400, 57600 or 115200\n") !=
-                      std::string::npos,
-                  code == 12);
+        const char* const rates = "960: expected 1200, 2400, 4800, 9600, 19200, 38400, 57600 or 115200\n";
+        EXPECT_EQ(bool(Contains(outcome.out, rates)), code == 12);
         EXPECT_EQ(CurrentFolder(), before);
     });
     folder.Write("file.ini",
@@ -135,8 +134,7 @@ TEST(CheckCommand, WarnsOfPlacesThatARunCannotUse) {
         setenv("RUVO_STATE_DIR", folder.Native(name).c_str(), 1);
         const SOutcome outcome = RunTool({"check", folder.Native("a.ini")});
         EXPECT_EQ(outcome.status, 0);
-        EXPECT_EQ(outcome.out.find("cannot be used; a run could make no journal") != std::string::npos,
-                  isWarned)
+        EXPECT_EQ(bool(Contains(outcome.out, "cannot be used; a run could make no journal")), isWarned)
             << name << ": " << outcome.out;
     }
     EXPECT_FALSE(folder.Has("none")) << "nothing is made to find out";
@@ -180,8 +178,7 @@ TEST(CheckCommand, TakesTheSitesEnvironmentFromItsOwnerAlone) {
         const SOutcome checked = RunTool({"check", folder.Native("a.ini")});
         const SOutcome tested = RunTool({"test", folder.Native("a.ini"), "RV001"});
         EXPECT_EQ(checked.status, 0);
-        EXPECT_EQ(checked.out.find("a.env") == std::string::npos,
-                  tested.error.find("a.env") == std::string::npos);
+        EXPECT_EQ(bool(Contains(checked.out, "a.env")), bool(Contains(tested.error, "a.env")));
         return EnvironmentValue("RUVO_TEST_A").value_or("none") + checked.out;
     };
     chmod(path.c_str(), 0640);

@@ -5,8 +5,8 @@
 #include "support/scratch_folder.h"
 #include "tools/day_files.h"
 #include "tools/run_tool.h"
+#include "tools/visit_entries.h"
 
-#include "ledger/visit_record.h"
 #include "platform/environment.h"
 #include "tools/sites/fetched_bytes.h"
 
@@ -71,13 +71,7 @@ protected:
         record.reset();
     }
     void AddRelay(const std::vector<std::string>& fields) {
-        SVisitEntry entry;
-        entry.key = fields[0];
-        entry.address = fields[1];
-        entry.name = fields[2];
-        entry.plant = fields[3];
-        entry.begin = entry.end = RecordedNow();
-        entry.isReached = fields[4] == "reached";
+        SVisitEntry entry = EntryNow(fields[0], fields[1], fields[4] == "reached", fields[2], fields[3]);
         entry.statusText = entry.isReached ? "" : fields[4];
         if (!fields[5].empty()) {
             const SStoredBytes bytes = Store(entry.name, fields[5]);

@@ -38,6 +38,11 @@ struct SSite {
     }
 };
 
+std::string WithValue(const std::string& text, std::unique_ptr<CParlaneData> value) {
+    return Image(
+        CSimpleEventRecord(0, 0, 5, At(16, 3), text, std::move(value), "P", "Q", "R", 0x0320, "", {}));
+}
+
 } // namespace
 
 // The names, their order and what is null are relied on by scripts.
@@ -126,8 +131,7 @@ TEST(EventsCommand, ValuesAreTextsNumbersAndUnits) {
     const CScratchFolder folder;
     std::string records;
     for (const SCase& row : kCases)
-        records += Image(CSimpleEventRecord(0, 0, 5, At(16, 3), "E", Value(row.type, row.data), "P", "Q", "R",
-                                            0x0320, "", {}));
+        records += WithValue("E", Value(row.type, row.data));
     folder.Write("R-1-2026-11-16-DEV.evt", kHeader + records);
     const std::vector<std::string> lines =
         Lines(RunIn(folder, "events @/R-1-2026-11-16-DEV.evt --format csv --decimal-comma --site N").out);
@@ -173,12 +177,8 @@ TEST(EventsCommand, NoPercentSignHidesAValue) {
         {extended("Load 80%%, fast", 152, "Stage %u"), "Load 80%, fast 152\n Stage 10\n"},
         {extended("Load %u A", 152, "90% y"), "Load 152 A\n 90 10\n"},
         {extended("Load", 152, "%s"), "Load 152\n %s 10\n"},
-        {Image(CSimpleEventRecord(0, 0, 5, At(16, 3), "Overload 80% stage", Value(0xFF, {}), "", "", "",
-                                  0x0320, "", {})),
-         "???? (Overload 80% stage)\n"},
-        {Image(CSimpleEventRecord(0, 0, 5, At(16, 3), "At 80% zone", Value(0x24, {7}), "", "", "", 0x0320, "",
-                                  {})),
-         "At 80% zone 7\n"},
+        {WithValue("Overload 80% stage", Value(0xFF, {})), "???? (Overload 80% stage)\n"},
+        {WithValue("At 80% zone", Value(0x24, {7})), "At 80% zone 7\n"},
     };
     for (const SCase& row : kCases) {
         folder.Write("R-1-2026-11-16-DEV.evt", kHeader + row.record);

@@ -121,8 +121,7 @@ TEST_F(IniCommands, ReplacementKeepsLinksPermissionsAndOwner) {
     if (child == 0) {
         const bool isOther = chmod(m_file.c_str(), 0444) == 0 &&
                              chmod(m_folder.Native().c_str(), 0777) == 0 && (!isRoot || seteuid(65532) == 0);
-        _exit(isOther && Tool("add INI 99").error.find("no permission to write") != std::string::npos ? 0
-                                                                                                      : 1);
+        _exit(isOther && Contains(Tool("add INI 99").error, "no permission to write") ? 0 : 1);
     }
     int result = -1;
     EXPECT_TRUE(waitpid(child, &result, 0) == child && result == 0);
@@ -230,8 +229,8 @@ TEST_F(IniCommands, NewAsksAtATerminal) {
             dprintf(terminal, "%s\n", answers[asked++]);
     EXPECT_TRUE(waitpid(child, &status, 0) == child && status == 0) << seen;
     EXPECT_LT(seen.find("do not match"), seen.rfind("Password of RV001")) << seen;
-    EXPECT_TRUE(seen.find("SECR") == std::string::npos &&
-                Text().find("BaudRate=1200\n") != std::string::npos);
+    EXPECT_FALSE(Contains(seen, "SECR"));
+    EXPECT_TRUE(Contains(Text(), "BaudRate=1200\n"));
     EXPECT_TRUE(Contains(Text(), "RV001=12\nRV002=14\n"));
     EXPECT_EQ(Stored("RV001") + Stored("RV002"), "SECRET-");
     close(terminal);

@@ -3,8 +3,8 @@
 #include "support/scratch_folder.h"
 #include "tools/day_files.h"
 #include "tools/run_tool.h"
+#include "tools/visit_entries.h"
 
-#include "ledger/visit_record.h"
 #include "platform/environment.h"
 
 #include <gtest/gtest.h>
@@ -26,14 +26,7 @@ protected:
         std::filesystem::create_directories(folder.Native("ev/AB12-1"));
         CVisitRecord record(folder.Path("ev"), folder.Path("site.ini"));
         record.Begin();
-        SVisitEntry entry;
-        entry.key = "RV001";
-        entry.address = "10.0.0.5,1";
-        entry.begin = entry.end = RecordedNow();
-        entry.isReached = true;
-        entry.name = "AB12-1";
-        entry.plant = "Feeder \xC3\xBC";
-        record.Add(entry);
+        record.Add(EntryNow("RV001", "10.0.0.5,1", true, "AB12-1", "Feeder \xC3\xBC"));
         SVisitEntry missed;
         missed.key = "RV002";
         missed.address = "10.0.0.6,2";

@@ -25,8 +25,7 @@ TEST(Schedule, BeginsWithTheNextOccurrence) {
 
 TEST(Schedule, HasTheWholeTask) {
     const STask task{.program = R"(C:\Program Files\ruvo\ruvoctl.exe)",
-                     .iniPath = "C:\\sites\\S\xFC"
-                                "d & <x>.ini",
+                     .iniPath = "C:\\sites\\S\374d & <x>.ini",
                      .options = {"--retry=2", "--event-log=bad"},
                      .times = {{2, 0, false}, {14, 30, true}},
                      .account = "S-1-5-21-1-2-3-1001"};

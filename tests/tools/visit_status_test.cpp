@@ -3,8 +3,8 @@
 #include "support/fake_system.h"
 #include "support/scratch_folder.h"
 #include "tools/run_tool.h"
+#include "tools/visit_entries.h"
 
-#include "ledger/visit_record.h"
 #include "platform/environment.h"
 
 #include <nlohmann/json.hpp>
@@ -27,12 +27,7 @@ protected:
                                      "\n[RUVO_ETHERNET]\nRV001=10.0.0.5,1\nRV002=" + second + "\n");
     }
     static SVisitEntry Entry(const std::string& key, const std::string& address, std::uint64_t events) {
-        SVisitEntry entry;
-        entry.key = key;
-        entry.address = address;
-        entry.isReached = true;
-        entry.begin = entry.end = RecordedNow();
-        entry.name = "AB12-" + key.substr(4);
+        SVisitEntry entry = EntryNow(key, address, true, "AB12-" + key.substr(4), "");
         entry.taken = events;
         return entry;
     }
