@@ -107,10 +107,16 @@ TEST(Users, HaveTheirStateBelowTheirHome) {
             seen += CurrentUser().name + OwnerOf("C:\\")->name + StateFolder() + " ";
         }
         unsetenv("HOME");
-        return seen + StateFolder() == "visitorvisitorC:\\home\\v\\.local\\state\\ruvo "
+        seen += StateFolder() + " ";
+        setenv("XDG_STATE_HOME", "relative", 1); // and so no place to look
+        seen += StateFolder() + " ";
+        setenv("RUVO_STATE_DIR", "/named", 1);
+        return StateFoldersToRead() == std::vector<std::string>{"C:\\named"} &&
+               seen + StateFolder() == "visitorvisitorC:\\home\\v\\.local\\state\\ruvo "
                                        "visitorvisitorC:\\h\\.local\\state\\ruvo "
                                        "C:\\h\\.local\\state\\ruvo "
-                                       "C:\\nonexistent\\.local\\state\\ruvo";
+                                       "C:\\nonexistent\\.local\\state\\ruvo "
+                                       "C:\\nonexistent\\.local\\state\\ruvo C:\\named";
     }));
     EXPECT_TRUE(FindUser("root")->id == 0 && !FindUser("no such user") && IsRoot() == (getuid() == 0));
 }

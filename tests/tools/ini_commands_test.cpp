@@ -23,10 +23,9 @@
 namespace ruvo::test {
 namespace {
 
-const std::string kPassword = "RV008=6426392349950675645036\r\n";
 const std::string kSite = "[RUVO_GENERAL]\r\nEventRootDir=C:\\x\r\n[RUVO_SERIAL]\r\nRV001=5\r\nRV003=7\r\n"
-                          "[RUVO_ETHERNET]\r\nRV001=10.0.0.1,2\r\n[RUVO_PASSWORDS]\r\n" +
-                          kPassword;
+                          "[RUVO_ETHERNET]\r\nRV001=10.0.0.1,2\r\n[RUVO_PASSWORDS]\r\n"
+                          "RV008=6426392349950675645036\r\n";
 
 class IniCommands : public testing::Test {
 protected:
