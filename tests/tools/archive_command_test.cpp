@@ -10,7 +10,6 @@
 #include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
-#include <iostream>
 #include <iterator>
 #include <nlohmann/json.hpp>
 
@@ -118,10 +117,7 @@ TEST_F(CArchive, GrowsWhileASearchIsLeftOpen) {
     } pager;
     pager.look = [this] { return Archive().status + 1; };
     std::ostream stream(&pager);
-    CTextOutput out(stream);
-    SConsole console{.in = std::cin, .out = out, .error = out};
-    RunCommandLine(std::vector<std::string>{"find", m_folder.Native("a.db"), "", "--format", "json"},
-                   console);
+    RunOn(stream, {"find", m_folder.Native("a.db"), "", "--format", "json"});
     EXPECT_EQ(pager.seen, 1) << "every run was good";
 }
 

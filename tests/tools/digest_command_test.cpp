@@ -202,16 +202,9 @@ TEST_F(DigestCommand, AMarkLeavesNoRunOut) {
     Happen("relay", {"RV001", "10.0.0.5,1", "AB12-1", "Feeder 1", "reached", "25 06 New trip"});
     digest("north: no events\n");
     EndRun();
-    std::istringstream in;
     std::ostringstream full;
     full.setstate(std::ios::badbit);
-    {
-        CTextOutput out(full), error(full);
-        SConsole console{.in = in, .out = out, .error = error};
-        RunCommandLine(
-            std::vector<std::string>{"digest", folder.Native("sites/north.ini"), "--since-last", "mail"},
-            console);
-    }
+    RunOn(full, {"digest", folder.Native("sites/north.ini"), "--since-last", "mail"});
     digest("north: 1 trip\n");
     digest("north: no events\n");
     std::filesystem::rename(folder.Native("state/marks"), folder.Native("marks"));

@@ -215,9 +215,7 @@ TEST_F(IniCommands, NewAsksAtATerminal) {
     }
     if (child == 0) {
         setvbuf(stdin, nullptr, _IONBF, 0); // as the program does
-        CTextOutput text(std::cout);
-        SConsole console{.in = std::cin, .out = text, .error = text, .inIsTerminal = true};
-        _exit(RunCommandLine(std::vector<std::string>{"new", m_file}, console));
+        _exit(RunOn(std::cout, {"new", m_file}, true));
     }
     const char* const answers[] = {"serail", "serial", "",       "96", "1200", "", "12", "SECRIT",
                                    "SECRET", "SECRET", "SECRET", "12", "14",   "", "",   ""};

@@ -40,9 +40,7 @@ TEST(PasswordCommand, WhatIsTypedIsNotShown) {
         }
         if (child == 0) {
             signal(SIGINT, SIG_DFL); // a shell ignores it for what it starts in the background
-            CTextOutput text(std::cout);
-            SConsole console{.in = std::cin, .out = text, .error = text, .inIsTerminal = true};
-            _exit(RunCommandLine(std::vector<std::string>{"password", "encrypt"}, console));
+            _exit(RunOn(std::cout, {"password", "encrypt"}, true));
         }
         std::string seen;
         for (char c = 0; read(terminal, &c, 1) == 1;)

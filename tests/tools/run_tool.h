@@ -8,6 +8,7 @@
 #include "platform/clock.h"
 
 #include <cstdio>
+#include <iostream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -43,6 +44,13 @@ inline SOutcome RunTool(const std::vector<std::string>& arguments, std::size_t w
         status = RunCommandLine(arguments, console);
     }
     return {status, out.str(), error.str()};
+}
+
+/// With all that it says on one stream; its status.
+inline int RunOn(std::ostream& stream, const std::vector<std::string>& arguments, bool isAtTerminal = false) {
+    CTextOutput text(stream);
+    SConsole console{.in = std::cin, .out = text, .error = text, .inIsTerminal = isAtTerminal};
+    return RunCommandLine(arguments, console);
 }
 
 /// The words of a line as arguments, `name` in them replaced by what it stands for.
