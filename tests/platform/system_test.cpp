@@ -107,7 +107,6 @@ TEST(Registry, ReadsTextsNumbersAndDefaults) {
     setenv("XDG_CONFIG_HOME", "relative", 1); // and so no place to look
     setenv("HOME", folder.Native().c_str(), 1);
     setenv("RUVO_REGISTRY_MACHINE", folder.Native("none.ini").c_str(), 1);
-    std::filesystem::create_directories(folder.Native(".config/ruvo"));
     folder.Write(".config/ruvo/registry.ini",
                  "[Software\\A B]\nText=C:\\x\nNumber=dword:0000aB01\nOdd=dword:1x\n"
                  "Long=dword:000000001\nNone=dword:\nBare\n=default\n[CLSID]\n@=other\n");

@@ -156,9 +156,6 @@ TEST(Users, OnlyAFileThatNobodyElseCanWriteIsTrusted) {
 TEST(Users, KnowsWhoCanDecideWhereAPathLeads) {
     const CScratchFolder folder;
     const auto user = static_cast<std::uint32_t>(getuid());
-    std::filesystem::create_directories(folder.Native("own/in"));
-    std::filesystem::create_directory(folder.Native("open"));
-    std::filesystem::create_directory(folder.Native("sticky"));
     for (const char* const file : {"own/in/file", "own/lax", "open/file", "sticky/file"})
         folder.Write(file, "");
     chmod(folder.Native("own/lax").c_str(), 0664);

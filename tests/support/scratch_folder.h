@@ -32,7 +32,10 @@ public:
         std::ranges::replace(path, '/', '\\');
         return name.empty() ? path : path + "\\" + name;
     }
+    /// Makes the folders that are missing on the way.
     std::string Write(const std::string& name, const std::string& bytes) const {
+        std::error_code ignored;
+        std::filesystem::create_directories(std::filesystem::path(Native(name)).parent_path(), ignored);
         std::ofstream(Native(name), std::ios::binary) << bytes;
         return Path(name);
     }

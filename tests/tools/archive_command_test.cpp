@@ -200,8 +200,6 @@ TEST_F(CArchive, BringsOneOfAnEarlierVersionUpToDate) {
 
 TEST_F(CArchive, KeepsSitesApart) {
     const std::string north = m_folder.Native("north"), south = m_folder.Native("south");
-    std::filesystem::create_directories(north);
-    std::filesystem::create_directories(south);
     const std::string image = kHeader + Simple(At(16, 4), "Trip") + Extended(At(16, 5), "Fault");
     m_folder.Write("north/AB12-1-2026-11-16-DEV.evt", image);
     m_folder.Write("south/AB12-1-2026-11-16-DEV.evt", image);

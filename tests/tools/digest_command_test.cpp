@@ -23,7 +23,6 @@ protected:
         SetEnvironmentValue("TZ", "Europe/Berlin");
         for (const std::string name : {"north", "south"}) {
             std::filesystem::create_directories(folder.Native("ev/" + name));
-            std::filesystem::create_directories(folder.Native("sites"));
             const std::string link = name == "north"
                                          ? "RV001=10.0.0.5,1\nRV002=10.0.0.6,2\nRV003=10.0.0.7,3\n"
                                          : "RV001=10.1.0.5,1\n";
@@ -85,7 +84,6 @@ protected:
     /// "21 05 TEXT; 21 06 TEXT" into the day file of that day.
     SStoredBytes Store(const std::string& name, const std::string& events) {
         const std::string file = name + "/" + name + "-2026-11-" + std::to_string(g_utcTime.day) + "-DEV.evt";
-        std::filesystem::create_directories(folder.Native("ev/" + site + "/" + name));
         const std::string path = "ev/" + site + "/" + file;
         const std::string there = folder.Read(path);
         std::string bytes = there.empty() ? kHeader : there;
@@ -172,7 +170,6 @@ TEST_F(DigestCommand, SaysWhatCameInAndWhatWentWrong) {
 }
 
 TEST_F(DigestCommand, CountsWhatIsAskedFor) {
-    std::filesystem::create_directories(folder.Native("ev/copy/XY-9"));
     for (const std::string day : {"2026-11-24", "2026-11-22"})
         folder.Write("ev/copy/XY-9/XY-9-" + day + "-DEV.evt", kHeader + Simple(At(1, 1), "Copied"));
     folder.Write("east.ini", folder.Read("sites/north.ini"));

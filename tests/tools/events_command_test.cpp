@@ -17,7 +17,6 @@ using nlohmann::json;
 struct SSite {
     CScratchFolder folder;
     SSite() {
-        std::filesystem::create_directories(folder.Native("b"));
         folder.Write("AB12-1-2026-11-16-DEV.evt",
                      kHeader + Extended(At(16, 3), "Gesch\xE4lt\x02") + Simple(At(17, 5), "Late"));
         folder.Write("b/CD34-2-2026-11-16-DEV.EVT",

@@ -18,7 +18,6 @@ constexpr uid_t kOther = 65534;
 class COutputFile : public testing::TestWithParam<std::vector<std::string>> {
 protected:
     COutputFile() {
-        std::filesystem::create_directories(m_folder.Native("events"));
         std::filesystem::create_directories(m_folder.Native("real"));
         m_folder.Write("events/AB12-1-2026-11-16-DEV.evt", kHeader + Simple(At(16, 3), "a"));
         m_folder.Write("events/log", "");

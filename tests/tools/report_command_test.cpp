@@ -67,10 +67,8 @@ TEST(ReportCommand, PageHoldsEventsDamageAndProblems) {
 TEST(ReportCommand, ASiteBringsItsLogAndItsName) {
     const CScratchFolder folder;
     for (const char* name : {"AB12-1-2026-11-16-DEV.evt", "AB12-1-2026-11-14-DEV.evt",
-                             "AB12-1-2099-01-01-DEV.evt", "CD34-2-2026-11-12-DEV.evt"}) {
-        std::filesystem::create_directories(folder.Native("ev"));
+                             "AB12-1-2099-01-01-DEV.evt", "CD34-2-2026-11-12-DEV.evt"})
         folder.Write(std::string("ev/") + name, kHeader);
-    }
     folder.Write("log", "2026/11/16 03:00:00 First\r\nand more\r\n2026/11/16 05:00:00 Last\r\n");
     folder.Write("other", "2026/11/16 04:00:00 Between\r\n");
     folder.Write("north.ini", "[RUVO_GENERAL]\nEventRootDir=" + folder.Path("ev") +

@@ -37,7 +37,6 @@ struct SSites {
         folder.Write("clocks", "A1 CET-1CEST,M3.5.0,M10.5.0/3\n* UTC\n");
     }
     void Write(const std::string& name, const std::string& records) const {
-        std::filesystem::create_directories(folder.Native(name.substr(0, name.find('/'))));
         folder.Write(name, kHeader + records);
     }
     SOutcome Soe(std::vector<std::string> options, std::size_t width = 100) const {
