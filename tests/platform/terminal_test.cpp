@@ -27,22 +27,15 @@ std::string ReadUntil(int descriptor, const std::string& text) {
 
 TEST(ReadHiddenLine, ShowsNothingAndLeavesTheTerminalAsItWas) {
     const std::string longest(kLongestHiddenLine, 'x');
-    const struct {
-        std::string typed;
-        std::string read;
-        int signal;
-        bool isBlocked = false; ///< the signal, by whoever reads the line
-    } rows[] = {
-        {"secret\n", "=secret", 0},
-        {"\n", "=", 0},
-        {"secretx\x7F\n", "=secret", 0}, // with its last character taken back
-        {longest + "y\n", "=" + longest, 0},
-        {"\x04", "none", 0}, // the end of the input
-        {"secret\x04\x04", "none", 0},
-        {"secret\x03", "", SIGINT},
+    // What is typed and what is read, the signal that comes of it, and whether the reader has blocked that.
+    const std::tuple<std::string, std::string, int, bool> rows[] = {
+        {"secret\n", "=secret", 0, false},          {"\n", "=", 0, false},
+        {"secretx\x7F\n", "=secret", 0, false}, // with its last character taken back
+        {longest + "y\n", "=" + longest, 0, false}, {"\x04", "none", 0, false}, // the end of the input
+        {"secret\x04\x04", "none", 0, false},       {"secret\x03", "", SIGINT, false},
         {"x\x03secret\n", "=secret", 0, true}, // what was typed before is gone
     };
-    for (const auto& row : rows) {
+    for (const auto& [typed, want, caught, isBlocked] : rows) {
         std::array<int, 2> answer{};
         ASSERT_EQ(pipe(answer.data()), 0);
         int terminal = -1;
@@ -50,7 +43,7 @@ TEST(ReadHiddenLine, ShowsNothingAndLeavesTheTerminalAsItWas) {
         if (child == 0) {
             sigset_t blocked;
             sigemptyset(&blocked);
-            sigaddset(&blocked, row.isBlocked ? SIGINT : SIGUSR1);
+            sigaddset(&blocked, isBlocked ? SIGINT : SIGUSR1);
             sigprocmask(SIG_SETMASK, &blocked, nullptr);
             const int free = dup(STDIN_FILENO);
             close(free);
@@ -61,16 +54,16 @@ TEST(ReadHiddenLine, ShowsNothingAndLeavesTheTerminalAsItWas) {
         ASSERT_GT(child, 0);
         close(answer[1]);
         std::string shown = ReadUntil(terminal, "Password: ");
-        EXPECT_NE(write(terminal, row.typed.data(), row.typed.size()), -1);
-        EXPECT_EQ(ReadUntil(answer[0], ""), row.read) << row.typed;
+        EXPECT_NE(write(terminal, typed.data(), typed.size()), -1);
+        EXPECT_EQ(ReadUntil(answer[0], ""), want) << typed;
         shown += ReadUntil(terminal, "\n");
         EXPECT_TRUE(shown.find("secret") == std::string::npos && shown.ends_with("\n")) << shown;
         int status = 0;
         waitpid(child, &status, 0);
-        EXPECT_EQ(WIFSIGNALED(status) ? WTERMSIG(status) : 0, row.signal) << row.typed;
+        EXPECT_EQ(WIFSIGNALED(status) ? WTERMSIG(status) : 0, caught) << typed;
         termios after{};
         EXPECT_EQ(tcgetattr(terminal, &after), 0);
-        EXPECT_NE(after.c_lflag & ECHO, 0U) << row.typed;
+        EXPECT_NE(after.c_lflag & ECHO, 0U) << typed;
         close(terminal);
         close(answer[0]);
     }

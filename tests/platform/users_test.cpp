@@ -133,16 +133,14 @@ TEST(Users, OnlyAFileThatNobodyElseCanWriteIsTrusted) {
     std::filesystem::create_symlink("largest", folder.Native("link"));
     std::filesystem::create_symlink("round", folder.Native("round"));
     using enum ETrustedRead;
-    const struct {
-        const char* name;
-        ETrustedRead want;
-    } rows[] = {{"empty", Read},        {"largest", Read},       {"link", Read},       {"larger", Unreadable},
-                {"none", Missing},      {"lax", Untrusted},      {"pipe", Unreadable}, {"round", Untrusted},
-                {"none/deep", Missing}, {"empty/x", Unreadable}, {"", Unreadable}};
-    for (const auto& row : rows) {
+    const std::pair<const char*, ETrustedRead> rows[] = {
+        {"empty", Read},        {"largest", Read},       {"link", Read},       {"larger", Unreadable},
+        {"none", Missing},      {"lax", Untrusted},      {"pipe", Unreadable}, {"round", Untrusted},
+        {"none/deep", Missing}, {"empty/x", Unreadable}, {"", Unreadable}};
+    for (const auto& [name, want] : rows) {
         std::string bytes = "before";
-        EXPECT_EQ(ReadTrustedFile(folder.Path(row.name), bytes), row.want) << row.name;
-        EXPECT_TRUE(row.want != Read || bytes == folder.Read(row.name)) << row.name;
+        EXPECT_EQ(ReadTrustedFile(folder.Path(name), bytes), want) << name;
+        EXPECT_TRUE(want != Read || bytes == folder.Read(name)) << name;
     }
     std::string bytes;
     errno = 0;
@@ -164,15 +162,12 @@ TEST(Users, KnowsWhoCanDecideWhereAPathLeads) {
     std::filesystem::create_symlink("../open/file", folder.Native("own/astray"));
     std::filesystem::create_symlink("in", folder.Native("own/link"));
     std::filesystem::create_symlink("round", folder.Native("own/round"));
-    const struct {
-        const char* name;
-        bool isGuarded;
-    } rows[] = {{"own/in/file", true}, {"own/in/new", true},  {"own/none/new", true},
-                {"own/lax", false},    {"open/file", false},  {"open/none/new", false},
-                {"sticky/file", true}, {"sticky/new", false}, {"own/link/file", true},
-                {"own/astray", false}, {"own/round", false}};
-    for (const auto& row : rows)
-        EXPECT_EQ(IsGuarded(folder.Path(row.name), user), row.isGuarded) << row.name;
+    const std::pair<const char*, bool> rows[] = {
+        {"own/in/file", true},   {"own/in/new", true},     {"own/none/new", true}, {"own/lax", false},
+        {"open/file", false},    {"open/none/new", false}, {"sticky/file", true},  {"sticky/new", false},
+        {"own/link/file", true}, {"own/astray", false},    {"own/round", false}};
+    for (const auto& [name, isGuarded] : rows)
+        EXPECT_EQ(IsGuarded(folder.Path(name), user), isGuarded) << name;
     for (int link = 1; link <= 41; ++link) // as many as the system follows, and one more
         std::filesystem::create_symlink(link == 1 ? "own/in/file" : std::to_string(link - 1),
                                         folder.Native(std::to_string(link)));

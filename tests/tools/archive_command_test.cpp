@@ -45,14 +45,8 @@ protected:
 TEST_F(CArchive, FollowsAFileThroughItsLife) {
     const std::string first = Extended(At(16, 3), "Gesch\xE4lt");
     const std::string twin = Simple(At(16, 4), "Trip");
-    struct SStep {
-        const char* name;
-        std::string bytes;
-        const char* said; ///< "added, known; damage", and on the error output
-        std::int64_t records;
-        std::int64_t damaged;
-    };
-    const SStep kSteps[] = {
+    // What it is, its bytes, what is said of it, and the records and damaged places that are archived then.
+    const std::tuple<const char*, std::string, const char*, std::int64_t, std::int64_t> kSteps[] = {
         {"new", kHeader + first + twin, "1 day file read, 0 unchanged; 2 records added, 0 already", 2, 0},
         {"as it was", kHeader + first + twin, "0 day files read, 1 unchanged; 0 records added", 2, 0},
         {"appended, with a twin", kHeader + first + twin + twin, "1 record added, 2 already archived", 3, 0},
@@ -63,13 +57,13 @@ TEST_F(CArchive, FollowsAFileThroughItsLife) {
         {"another one in its place", kHeader + twin + first, "2 records added, 0 already", 6, 0},
         {"spoilt", "x", "0 records added, 0 already archived; 1 damaged place\n", 6, 1},
     };
-    for (const SStep& step : kSteps) {
-        WriteDay(step.bytes);
+    for (const auto& [name, bytes, said, records, damaged] : kSteps) {
+        WriteDay(bytes);
         const SOutcome outcome = Archive();
-        EXPECT_EQ(outcome.status, 0) << step.name;
-        EXPECT_TRUE(Contains(outcome.out + outcome.error, step.said)) << step.name;
-        EXPECT_EQ(Ask("SELECT count(*) FROM events"), step.records) << step.name;
-        EXPECT_EQ(Ask("SELECT count(*) FROM damaged_places"), step.damaged) << step.name;
+        EXPECT_EQ(outcome.status, 0) << name;
+        EXPECT_TRUE(Contains(outcome.out + outcome.error, said)) << name;
+        EXPECT_EQ(Ask("SELECT count(*) FROM events"), records) << name;
+        EXPECT_EQ(Ask("SELECT count(*) FROM damaged_places"), damaged) << name;
     }
     EXPECT_EQ(Ask("SELECT count(*) FROM records_text WHERE records_text MATCH 'trip'"), 3);
     std::filesystem::remove(m_folder.Native(kDayFile));

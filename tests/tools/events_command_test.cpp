@@ -112,12 +112,8 @@ TEST(EventsCommand, SpreadsheetsGetNoFormula) {
 }
 
 TEST(EventsCommand, ValuesAreTextsNumbersAndUnits) {
-    struct SCase {
-        std::uint32_t type;
-        std::vector<std::uint8_t> data;
-        const char* wanted; ///< text, number and unit
-    };
-    const SCase kCases[] = {
+    // A value's type and data; its text, number and unit.
+    const std::tuple<std::uint32_t, std::vector<std::uint8_t>, const char*> kCases[] = {
         {0x24, {152}, "152;152;"},
         {0x28, {0xFE, 0xFF}, "-2;-2;"},
         {0x2C, {0xE2, 0x04, 127, 1}, "12.50kV;12500;V"},
@@ -129,15 +125,16 @@ TEST(EventsCommand, ValuesAreTextsNumbersAndUnits) {
     };
     const CScratchFolder folder;
     std::string records;
-    for (const SCase& row : kCases)
-        records += WithValue("E", Value(row.type, row.data));
+    for (const auto& [type, data, wanted] : kCases)
+        records += WithValue("E", Value(type, data));
     folder.Write("R-1-2026-11-16-DEV.evt", kHeader + records);
     const std::vector<std::string> lines =
         Lines(RunIn(folder, "events @/R-1-2026-11-16-DEV.evt --format csv --decimal-comma --site N").out);
     ASSERT_EQ(lines.size(), std::size(kCases) + 1);
     EXPECT_TRUE(lines[0].starts_with("file;relay;"));
     for (std::size_t at = 0; at < std::size(kCases); ++at)
-        EXPECT_TRUE(lines[at + 1].ends_with(";true;;;N;P;Q;R;;;" + std::string(kCases[at].wanted) + ";;\r"))
+        EXPECT_TRUE(
+            lines[at + 1].ends_with(";true;;;N;P;Q;R;;;" + std::string(std::get<2>(kCases[at])) + ";;\r"))
             << lines[at + 1];
 }
 
@@ -166,11 +163,8 @@ TEST(EventsCommand, NoPercentSignHidesAValue) {
         return Image(CExtendedEventRecord(1, 9, 5, At(16, 3), text.substr(0, percent), Value(0x24, {value}),
                                           "", "", "", 0x0901, std::move(cells)));
     };
-    struct SCase {
-        std::string record;
-        const char* wanted; ///< event, value and the other cell, blanks as one
-    };
-    const SCase kCases[] = {
+    // A record; its event, value and other cell, blanks as one.
+    const std::pair<std::string, const char*> kCases[] = {
         {extended("Thermal state above 80% zone 1", 97, "%u"), "Thermal state above 80% zone 1 97\n 10\n"},
         {extended("Overload 110%", 113, "[%u]"), "Overload 110% 113\n [10]\n"},
         {extended("Load 80%%, fast", 152, "Stage %u"), "Load 80%, fast 152\n Stage 10\n"},
@@ -179,13 +173,13 @@ TEST(EventsCommand, NoPercentSignHidesAValue) {
         {WithValue("Overload 80% stage", Value(0xFF, {})), "???? (Overload 80% stage)\n"},
         {WithValue("At 80% zone", Value(0x24, {7})), "At 80% zone 7\n"},
     };
-    for (const SCase& row : kCases) {
-        folder.Write("R-1-2026-11-16-DEV.evt", kHeader + row.record);
+    for (const auto& [record, wanted] : kCases) {
+        folder.Write("R-1-2026-11-16-DEV.evt", kHeader + record);
         std::string text = RunTool({"events", folder.Native()}, 200).out;
         text.erase(0, text.find("R-1") + 4);
         const auto isBlanks = [](char a, char b) { return a == ' ' && b == ' '; };
         text.erase(std::unique(text.begin(), text.end(), isBlanks), text.end());
-        EXPECT_EQ(text, " " + std::string(row.wanted));
+        EXPECT_EQ(text, " " + std::string(wanted));
     }
 }
 

@@ -106,24 +106,19 @@ TEST(MutedLines, MakeNoProblemOfAVisit) {
 }
 
 TEST(RelayOfConnection, DependsOnTheLink) {
-    struct {
-        const char* name;
-        const char* link;
-        const char* connection;
-        bool isFound;
-    } const cases[] = {
+    const std::tuple<const char*, const char*, const char*, bool> cases[] = {
         {"its port", "serial", "COM Port: COM2, device address: 3.", true},
         {"another port", "serial", "COM Port: COM1, device address: 3.", false},
         {"another number", "serial", "COM Port: COM2, device address: 13.", false},
         {"a modem", "serial", "modem name: COM2, device address: 3.", false},
         {"its modem", "modem", "modem name: COM2, number to dial: 1, device address: 3.", true},
         {"a port", "modem", "COM Port: COM2, device address: 3.", false}};
-    for (const auto& row : cases) {
+    for (const auto& [name, link, connection, isFound] : cases) {
         SSiteVisits visits;
         visits.linkName = "COM2";
         visits.relays.emplace_back().address = "3";
-        visits.relays.back().link = row.link;
-        EXPECT_EQ(RelayOfConnection(visits, row.connection) != nullptr, row.isFound) << row.name;
+        visits.relays.back().link = link;
+        EXPECT_EQ(RelayOfConnection(visits, connection) != nullptr, isFound) << name;
     }
 }
 

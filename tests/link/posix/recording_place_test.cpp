@@ -53,27 +53,23 @@ TEST(RecordingFile, WhatAFullDiskHasNoRoomForIsAGapInIt) {
     EXPECT_TRUE(file.Make({folder.Path("x.rec"), 1000, kMaxRecording}).Good());
     const std::size_t head = folder.Read("x.rec").size();
     std::string want;
-    const struct {
-        const char* name;
-        unsigned long free;
-        std::size_t room; ///< how much the file may grow
-        const char* added;
-        std::size_t bodySize = 2;
-    } rows[] = {
-        {"just enough is left free", 1000, 4, "03030707"},
-        {"too little is left free", 999, 100, ""},
-        {"no room for the whole gap", 1000, 2, ""},
-        {"no room for what is behind the gap", 1000, 6, "020402"},
-        {"room again", 1000, 100, "02040103030707"},
-        {"nothing was left out since", 1000, 100, "03030707"},
+    // What is left free, how much the file may grow, what is added to it then, and how long the entry's body
+    // is.
+    const std::tuple<const char*, unsigned long, std::size_t, const char*, std::size_t> rows[] = {
+        {"just enough is left free", 1000, 4, "03030707", 2},
+        {"too little is left free", 999, 100, "", 2},
+        {"no room for the whole gap", 1000, 2, "", 2},
+        {"no room for what is behind the gap", 1000, 6, "020402", 2},
+        {"room again", 1000, 100, "02040103030707", 2},
+        {"nothing was left out since", 1000, 100, "03030707", 2},
         {"an entry too long for any disk", 1000, 2 * kMaxRecordingEntry, "", kMaxRecordingEntry},
     };
-    for (const auto& row : rows) {
-        g_free = row.free;
-        AppendWithin(head + want.size() / 2 + row.room, file, row.bodySize);
-        want += row.added;
-        EXPECT_EQ(HexDigits(folder.Read("x.rec").substr(head)), want) << row.name;
-        EXPECT_EQ(g_examined, row.bodySize == 2 ? folder.Native() + "/" : "") << row.name;
+    for (const auto& [name, left, room, added, bodySize] : rows) {
+        g_free = left;
+        AppendWithin(head + want.size() / 2 + room, file, bodySize);
+        want += added;
+        EXPECT_EQ(HexDigits(folder.Read("x.rec").substr(head)), want) << name;
+        EXPECT_EQ(g_examined, bodySize == 2 ? folder.Native() + "/" : "") << name;
         g_examined.clear();
     }
     g_isCutRefused = true;
