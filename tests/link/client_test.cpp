@@ -64,13 +64,7 @@ TEST_F(Client, GetValueCutsPackedDataIntoValues) {
 }
 
 TEST_F(Client, ValueListsStopAtTheFirstElementThatIsNoValue) {
-    struct SRow {
-        const char* name;
-        Variant list;
-        LinkStatus status;
-        std::size_t count;
-    };
-    const SRow rows[] = {
+    const std::tuple<const char*, Variant, LinkStatus, std::size_t> rows[] = {
         {"an empty element is the invalid value", List({"240101", "", "1800"}), kLinkGood, 3},
         {"an empty list", List({}), kLinkGood, 0},
         {"no list", Variant(), 254U, 0},
@@ -80,14 +74,14 @@ TEST_F(Client, ValueListsStopAtTheFirstElementThatIsNoValue) {
         {"an unknown type", List({"110101"}), 254U, 0},
         {"an element that is no bytes", Variant::FromList({Variant::FromUI1(1)}), 254U, 0},
     };
-    for (const SRow& row : rows) {
-        server.onCall = [&](SCall& call) {
-            *call.outputs[0] = row.list;
+    for (const auto& [name, list, status, count] : rows) {
+        server.onCall = [&given = list](SCall& call) {
+            *call.outputs[0] = given;
             return 0;
         };
         CParlaneDataArray values;
-        EXPECT_EQ(link->GetSettingLimits(nullptr, 0x0102, values), row.status) << row.name;
-        EXPECT_EQ(values.size(), row.count) << row.name;
+        EXPECT_EQ(link->GetSettingLimits(nullptr, 0x0102, values), status) << name;
+        EXPECT_EQ(values.size(), count) << name;
     }
 }
 

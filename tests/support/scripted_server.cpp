@@ -105,10 +105,9 @@ EComResult CScriptedServer::Run(SCall call, const std::string& line, Variant& st
     std::optional<std::int64_t> scripted;
     if (onCall)
         scripted = onCall(call);
-    for (const std::string& key : {label, call.name}) {
+    for (const std::string& key : {label, call.name})
         if (const auto found = statuses.find(key); !scripted && found != statuses.end())
             scripted = found->second;
-    }
     const std::int64_t answer = scripted ? *scripted : Answer(call);
     if (answer == kComFailure)
         return EComResult::Failed;

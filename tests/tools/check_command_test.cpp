@@ -111,10 +111,9 @@ TEST(CheckCommand, NamesTheLinksThatARunWouldRefuse) {
     std::string names;
     std::istringstream lines(outcome.out);
     const std::string start = ini + ": warning: " + folder.Native("root/");
-    for (std::string line; std::getline(lines, line);) {
+    for (std::string line; std::getline(lines, line);)
         if (line.starts_with(start))
             names += line.substr(start.size(), line.find(':', start.size()) - start.size()) + "\n";
-    }
     EXPECT_EQ(
         names,
         "A/b.evt is not a regular file\nA/c.evt is not a regular file\nC is a symbolic link\nD is a symbolic link\n")
@@ -139,22 +138,18 @@ TEST(CheckCommand, WarnsOfPlacesThatARunCannotUse) {
     }
     EXPECT_FALSE(folder.Has("none")) << "nothing is made to find out";
     setenv("RUVO_STATE_DIR", "/s", 1);
-    struct SRow {
-        SFreeSpace room;
-        const char* want; ///< of each of the three disks
-    };
-    const SRow rows[] = {
+    const std::pair<SFreeSpace, std::string> rows[] = {
+        // what is said of each of the three disks
         {{}, ""}, // the system does not say
         {{65536, 2}, ""},
         {{65535, 2}, " is full; "},
         {{65536, 1}, " can take no more files; "},
     };
-    for (const SRow& row : rows) {
+    for (const auto& [room, want] : rows) {
         std::string text;
         for (const SDiagnostic& found :
-             FindFullDisks("C:\\e", "C:\\l\\x.log", [&](const std::string&) { return row.room; }))
+             FindFullDisks("C:\\e", "C:\\l\\x.log", [&given = room](const std::string&) { return given; }))
             text += found.text + "\n";
-        const std::string want = row.want;
         EXPECT_EQ(text, want.empty()
                             ? ""
                             : "the disk of /e" + want + "the relays keep their events\n" +
