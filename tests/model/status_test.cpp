@@ -97,8 +97,7 @@ TEST(Errors, Texts) {
         {std::make_unique<CRelayError>(239, 0, kNoErrorCode, 0, 0), true, false, "Unknown", "-"},
         {std::make_unique<CCellError>(200), false, false, "", ""}};
     for (const auto& [error, hasMessage, hasLog, message, log] : kCases) {
-        std::string shown;
-        std::string logged;
+        std::string shown, logged;
         error->GetMessageText(shown);
         error->Clone()->GetLogText(logged);
         EXPECT_EQ(std::tuple(error->HasMessage(), error->HasLog(), shown, logged),

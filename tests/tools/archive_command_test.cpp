@@ -43,8 +43,7 @@ protected:
 };
 
 TEST_F(CArchive, FollowsAFileThroughItsLife) {
-    const std::string first = Extended(At(16, 3), "Gesch\xE4lt");
-    const std::string twin = Simple(At(16, 4), "Trip");
+    const std::string first = Extended(At(16, 3), "Gesch\xE4lt"), twin = Simple(At(16, 4), "Trip");
     // What it is, its bytes, what is said of it, and the records and damaged places that are archived then.
     const std::tuple<const char*, std::string, const char*, std::int64_t, std::int64_t> kSteps[] = {
         {"new", kHeader + first + twin, "1 day file read, 0 unchanged; 2 records added, 0 already", 2, 0},

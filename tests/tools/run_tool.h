@@ -34,12 +34,10 @@ struct SOutcome {
 inline SOutcome RunTool(const std::vector<std::string>& arguments, std::size_t width = 100,
                         const std::string& input = "") {
     std::istringstream in(input);
-    std::ostringstream out;
-    std::ostringstream error;
+    std::ostringstream out, error;
     int status = -1;
     {
-        CTextOutput outText(out);
-        CTextOutput errorText(error);
+        CTextOutput outText(out), errorText(error);
         SConsole console{.in = in, .out = outText, .error = errorText, .width = width};
         status = RunCommandLine(arguments, console);
     }

@@ -78,8 +78,7 @@ TEST(VisitEvent, SaysWhatCameOfTheVisit) {
 TEST(VisitEvent, HoldsWhatTheVisitSaidOfProblems) {
     std::istringstream in;
     std::ostringstream text;
-    CTextOutput out(text);
-    CTextOutput error(text);
+    CTextOutput out(text), error(text);
     SConsole console{.in = in, .out = out, .error = error};
     CVisitOutput output(console, false, false);
     output.Say(EPriority::Notice, "progress\n");

@@ -146,10 +146,8 @@ TEST(LogGrowth, IsWhatOthersAdd) {
 
 TEST(VisitOutput, FitsWhoReadsIt) {
     std::istringstream in;
-    std::ostringstream outText;
-    std::ostringstream errorText;
-    CTextOutput out(outText);
-    CTextOutput error(errorText);
+    std::ostringstream outText, errorText;
+    CTextOutput out(outText), error(errorText);
     SConsole console{.in = in, .out = out, .error = error, .width = 12};
     CVisitOutput(console, true, true).Say(EPriority::Warning, "a\x1B[2J\tb\r\n\nc");
     EXPECT_EQ(outText.str(), "<4>a[2J b\n<4>\n<4>c\n");
