@@ -50,8 +50,7 @@ TEST(CheckCommand, EachResultCodeNamesItsLines) {
         std::istringstream lines(outcome.out);
         for (std::string line; std::getline(lines, line); text += line + "\n") {
             line.replace(0, line.starts_with(path) ? path.size() : 0, line.starts_with(path) ? "ini" : "");
-            if (const std::size_t at = line.find(folder.Native()); at != std::string::npos)
-                line.replace(at, folder.Native().size(), "@");
+            line = Replaced(line, folder.Native(), "@");
             const std::size_t wanted = std::min(line.find(" expected "), line.find(" the registry value"));
             line.erase(wanted == std::string::npos ? line.size() : wanted - 1); // and the mark before it
         }

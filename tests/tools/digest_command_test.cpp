@@ -101,8 +101,7 @@ protected:
     SOutcome Run(const std::string& line) {
         SOutcome outcome = RunIn(folder, line);
         for (std::string* text : {&outcome.out, &outcome.error})
-            for (std::size_t at; (at = text->find(folder.Native())) != std::string::npos;)
-                text->replace(at, folder.Native().size(), "@");
+            *text = Replaced(*text, folder.Native(), "@");
         return outcome;
     }
     /// With RUVO_WRITE_EXPECTED set, the file is made anew, for a person to read.

@@ -30,9 +30,7 @@ struct SSite {
         options.insert(options.begin(), {"events", folder.Native()});
         SOutcome outcome = RunTool(options);
         const std::string path = folder.Native();
-        for (const auto& [text, mark] : {std::pair(path, "@"), {path.substr(path.rfind('/') + 1), "@@"}})
-            for (std::size_t at = 0; (at = outcome.out.find(text)) != std::string::npos;)
-                outcome.out.replace(at, text.size(), mark);
+        outcome.out = Replaced(Replaced(outcome.out, path, "@"), path.substr(path.rfind('/') + 1), "@@");
         return outcome;
     }
 };

@@ -1,4 +1,5 @@
 // The commands that make, list and edit INI files: what they write, what they refuse, and whose the file is.
+#include "platform/child_process.h"
 #include "support/case_table.h"
 #include "support/scratch_folder.h"
 #include "support/scripted_server.h"
@@ -116,14 +117,11 @@ TEST_F(IniCommands, ReplacementKeepsLinksPermissionsAndOwner) {
     std::filesystem::create_hard_link(m_file, m_folder.Native("twin"));
     EXPECT_TRUE(Contains(Tool("password set INI RV001").error, "hard link"));
     std::filesystem::remove(m_folder.Native("twin"));
-    const pid_t child = fork(); // a user who may read the file and write the folder, but not the file
-    if (child == 0) {
+    EXPECT_TRUE(HoldsInChild([&] { // a user who may read the file and write the folder, but not the file
         const bool isOther = chmod(m_file.c_str(), 0444) == 0 &&
                              chmod(m_folder.Native().c_str(), 0777) == 0 && (!isRoot || seteuid(65532) == 0);
-        _exit(isOther && Contains(Tool("add INI 99").error, "no permission to write") ? 0 : 1);
-    }
-    int result = -1;
-    EXPECT_TRUE(waitpid(child, &result, 0) == child && result == 0);
+        return isOther && Contains(Tool("add INI 99").error, "no permission to write");
+    }));
     EXPECT_FALSE(Contains(Text(), "=99"));
     for (const auto& entry : std::filesystem::directory_iterator(m_folder.Native()))
         EXPECT_NE(entry.path().extension(), ".tmp") << entry.path(); // nothing is left beside it

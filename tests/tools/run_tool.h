@@ -51,14 +51,20 @@ inline int RunOn(std::ostream& stream, const std::vector<std::string>& arguments
     return RunCommandLine(arguments, console);
 }
 
+/// Every `part` of the text becomes something else.
+inline std::string Replaced(std::string text, const std::string& part, const std::string& by) {
+    for (std::size_t at = 0; (at = text.find(part, at)) != std::string::npos; at += by.size())
+        text.replace(at, part.size(), by);
+    return text;
+}
+
 /// The words of a line as arguments, `name` in them replaced by what it stands for.
 inline SOutcome RunWords(const std::string& line, const std::string& name, const std::string& meant,
                          const std::string& input = "") {
     std::vector<std::string> arguments;
     std::istringstream words(line);
-    for (std::string word; words >> word; arguments.push_back(word))
-        for (std::size_t at = 0; (at = word.find(name, at)) != std::string::npos; at += meant.size())
-            word.replace(at, name.size(), meant);
+    for (std::string word; words >> word;)
+        arguments.push_back(Replaced(word, name, meant));
     return RunTool(arguments, 100, input);
 }
 

@@ -86,11 +86,9 @@ TEST_F(CVisitStatus, VerdictFollowsTheLastVisit) {
                        std::filesystem::remove(folder.Native("run.log"));
                        if (log == "there")
                            folder.Write("run.log", "2026/11/18 03:00:00 Before.\r\n");
-                       std::string wanted = said;
-                       if (const auto at = wanted.find('@'); at != std::string::npos)
-                           wanted.replace(at, 1, folder.Native());
                        const SOutcome outcome = RunIn(folder, "status @/site.ini " + options);
                        EXPECT_EQ(outcome.status, std::stoi(status)) << outcome.out;
+                       const std::string wanted = Replaced(said, "@", folder.Native());
                        EXPECT_TRUE(Contains(outcome.error + outcome.out, wanted));
                    });
 }
