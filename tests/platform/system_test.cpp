@@ -20,7 +20,6 @@
 #include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <regex>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -33,16 +32,9 @@ TEST(HasDeviceName, GivesTheAnswersOfTheTable) {
 }
 
 TEST(FormFullPath, GivesTheAnswersOfTheTable) {
-    std::ifstream observed(RUVO_TEST_DATA "/platform/full_path_cases.txt");
-    const std::regex row("'(.*)' -> '(.*)'");
-    ASSERT_TRUE(observed);
-    for (std::string line; std::getline(observed, line);) {
-        if (std::smatch part; std::regex_match(line, part, row)) {
-            EXPECT_EQ(FormFullPath(part.str(1), "C:\\work\\dir"), part.str(2)) << line;
-        } else {
-            EXPECT_TRUE(line.starts_with("#")) << line;
-        }
-    }
+    test::ForEachCase<2>("platform/full_path_cases.txt", [](auto& path, auto& want) {
+        EXPECT_EQ(FormFullPath(path, "C:\\work\\dir"), want);
+    });
     EXPECT_EQ(FormFullPath("x", "C:\\a.\\b "), "C:\\a.\\b \\x"); // a folder that exists keeps its name
     EXPECT_EQ(FormFullPath(".", "C:\\a.\\b "), "C:\\a.\\b ");
     EXPECT_EQ(FormFullPath("..\\.", "C:\\"), "C:\\");
