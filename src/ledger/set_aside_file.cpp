@@ -16,6 +16,7 @@ namespace {
 
 constexpr std::size_t kPieceSize = std::size_t{64} * 1024;
 constexpr std::string_view kTitle = "set aside";
+constexpr std::string_view kNotNamed = "its name could not be flushed";
 constexpr char kSeparator = '|'; // which no path may hold
 
 /// The name of a day file without its ending, short enough for what follows it.
@@ -121,8 +122,10 @@ bool CSetAsideFile::Make(const std::string& folder, const std::string& dayFile) 
     for (int attempt = 0; attempt < kMostAttempts && m_why.empty(); ++attempt) {
         m_path = FreeSetAsidePath(folder, dayFile);
         if (!m_path.empty() && TryOpen(true)) {
-            FlushFolder(folder); // before a journal names it: else another file could take the name
-            return true;
+            if (FlushFolder(folder)) { // before a journal names it: else another file could take the name
+                return true;
+            }
+            m_why = kNotNamed;
         }
     }
     m_why = m_why.empty() ? "all names are taken" : m_why;
@@ -161,16 +164,16 @@ void CSetAsideFile::WritePiece() {
 
 bool CSetAsideFile::Finish() {
     WritePiece();
-    const bool isDone = m_why.empty() && Check(m_file.FlushToDisk());
-    FlushFolder(m_folder);
-    return isDone;
+    if (m_why.empty() && Check(m_file.FlushToDisk()) && !FlushFolder(m_folder)) {
+        m_why = kNotNamed;
+    }
+    return m_why.empty();
 }
 
 bool MarkAppended(const std::string& folder, const std::string& name) {
     const std::string path = folder + "\\" + name;
     const bool isMarked = RenameFile(path, path + std::string(kAppendedEnding)) || !IsTaken(path);
-    FlushFolder(folder);
-    return isMarked;
+    return FlushFolder(folder) && isMarked;
 }
 
 bool IsMarkedAppended(const std::string& folder, const std::string& name) {

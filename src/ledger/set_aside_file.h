@@ -73,7 +73,7 @@ private:
     std::string m_why;
 };
 
-/// Marks one as appended, on the disk when this returns. False when one that is not marked is left.
+/// Marks one as appended. False when one that is not marked is left, or may be after an end of the machine.
 [[nodiscard]] bool MarkAppended(const std::string& folder, const std::string& name);
 [[nodiscard]] bool IsMarkedAppended(const std::string& folder, const std::string& name);
 

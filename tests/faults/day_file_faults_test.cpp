@@ -119,6 +119,8 @@ TEST(StepFaults, AStepGoesOnOrSaysWhatStandsInItsWay) {
         {MakeAside, 1, NotFound, "f-2.setaside", 9},
         {MakeAside, 1, NotFound, "set-aside file /ev/f-1.setaside cannot be written: all names are taken",
          10},
+        {MakeAside, 8, Other,
+         "set-aside file /ev/f-2.setaside cannot be written: its name could not be flushed"},
         {Tell, 0, None, ""},
         {Tell, 7, Other, log + "the log's folder cannot be flushed to disk"},
         {Tell, 8, Other, log + "failure 1"},

@@ -84,6 +84,7 @@ struct SMemoryDisk {
     std::string locked{}; ///< a folder in which nothing can be made
     std::string full{};   ///< a folder below which files take `fullAt` bytes at most
     std::size_t fullAt = 0;
+    bool flushesNames = true;   ///< of what is in folders
     std::size_t flushEvery = 0; ///< so many frames are flushed beside the run; 0 for none
     std::size_t otherRunAt = 0; ///< before this operation another run removes what is empty and not locked
     SEventLedger events{};

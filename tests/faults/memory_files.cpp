@@ -236,7 +236,7 @@ bool ListFolder(const std::string& folder, std::vector<SFolderEntry>& entries) {
 bool FlushFolder(const std::string& folder) {
     const SDiskCall call;
     const auto node = g_disk.FindFolder(folder.substr(0, folder.find_last_not_of('\\') + 1));
-    const bool isGood = g_disk.Do().Good();
+    const bool isGood = g_disk.Do().Good() && g_disk.flushesNames;
     if (isGood && node)
         g_disk.nodes[*node].Flush();
     g_disk.NoteNames();
