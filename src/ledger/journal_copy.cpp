@@ -75,8 +75,8 @@ void LeaveOutCopiesBesideTheirJournal(std::vector<std::string>& journals) {
 SFileResult CopyOpenEntries(const std::string& journalPath, CFile& journal,
                             const SJournalContents& contents) {
     const std::string path = CopyPathOf(journalPath);
-    if (GetPathKind(path) == EPathKind::File) {
-        return {};
+    if (!IsAbsent(path)) {
+        return GetPathKind(path) == EPathKind::File ? SFileResult() : SFileResult{EFileFailure::Other, 0};
     }
     const std::string unfinished = path + std::string(kUnfinishedEnding);
     CFile copy;
@@ -93,11 +93,11 @@ SFileResult CopyOpenEntries(const std::string& journalPath, CFile& journal,
     }
     copied = copied.Good() ? pieces.Finish() : copied;
     static_cast<void>(copy.Close());
-    if (copied.Good() && RenameFile(unfinished, path) && FlushFolder(ParentFolder(path))) {
+    const bool isNamed = copied.Good() && RenameFile(unfinished, path);
+    if (isNamed && FlushFolder(ParentFolder(path))) {
         return {};
     }
-    RemoveFile(unfinished);
-    RemoveFile(path);
+    RemoveFile(isNamed ? path : unfinished);
     return copied.Good() ? SFileResult{EFileFailure::Other, 0} : copied;
 }
 

@@ -50,7 +50,16 @@ TEST(JournalFaults, ACopyIsWholeAndOnTheDiskOrThereIsNone) {
         EXPECT_EQ(g_disk.Files(), left) << nth;
         EXPECT_TRUE(!copied.Good() || left.at(CopyPathOf(journal.Path())) == left.at(journal.Path())) << nth;
     }
-    EXPECT_EQ(outcomes, "copied 1 1 1 1 1 copied 0 0 copied ") << "a name's failures have no cause";
+    EXPECT_EQ(outcomes, "0 1 1 1 1 1 copied 0 0 copied ") << "a name's failures have no cause";
+    for (const std::size_t last : {1U, 2U}) { // an earlier run's copy may be all that can be read
+        CJournalFile journal;
+        Make(journal);
+        const SJournalContents contents = ReadJournal(journal.File());
+        g_disk.Put(CopyPathOf(journal.Path()), "earlier");
+        g_disk.faults = {{g_disk.operations + 1, g_disk.operations + last, EFileFailure::Other}};
+        EXPECT_EQ(CopyOpenEntries(journal.Path(), journal.File(), contents).Good(), last == 1);
+        EXPECT_EQ(g_disk.Files().at(CopyPathOf(journal.Path())), "earlier");
+    }
 }
 
 TEST(JournalFaults, AReaderTakesNoMoreThanItHasRead) {
