@@ -96,9 +96,9 @@ EJournalOpening CJournalFile::OpenEnded(const std::string& path) {
                                                                              : EJournalOpening::InUse;
 }
 
-bool CJournalFile::OpenToRead(const std::string& path) {
+SFileResult CJournalFile::OpenToRead(const std::string& path) {
     m_path = path;
-    return File().Open(path, {.read = true, .plain = true, .removable = true}).Good();
+    return File().Open(path, {.read = true, .plain = true, .removable = true});
 }
 
 EJournalHead CJournalFile::Head() {

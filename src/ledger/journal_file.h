@@ -46,7 +46,7 @@ public:
     [[nodiscard]] bool Make(const std::string& folder, const std::string& nameBegin);
     EJournalOpening OpenEnded(const std::string& path);
     /// Opens one to read it, without its lock.
-    [[nodiscard]] bool OpenToRead(const std::string& path);
+    [[nodiscard]] SFileResult OpenToRead(const std::string& path);
     /// Whether it begins as journals of this version do. One with a part of that does: its making was ended.
     EJournalHead Head();
 

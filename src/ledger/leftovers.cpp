@@ -12,11 +12,19 @@ namespace ruvo {
 
 namespace {
 
+/// Of a run that lasts, whose journal one system does not let others hold.
+bool IsInUse(const std::string& path, SFileResult opened) {
+    CFile journal;
+    return opened.failure == EFileFailure::SharingViolation &&
+           journal.Open(path, {.read = true, .removable = true}).Good() && journal.IsLocked().value_or(false);
+}
+
 /// It may be cut, or go, while it is read: then its run, or a later one, has brought in what was there.
 void AddWaiting(const std::string& path, SLeftovers& leftovers) {
     CJournalFile journal;
-    if (!journal.OpenToRead(path)) {
-        leftovers.isRead = leftovers.isRead && IsAbsent(path);
+    const SFileResult opened = journal.OpenToRead(path);
+    if (!opened.Good()) {
+        leftovers.isRead = leftovers.isRead && (IsAbsent(path) || IsInUse(path, opened));
         return;
     }
     if (journal.File().IsLocked().value_or(false)) {

@@ -65,7 +65,7 @@ bool IsNamedByJournal(const std::string& path) {
     const SListedFiles journals = JournalsIn(ParentFolder(path));
     return !journals.isRead || std::ranges::any_of(journals.paths, [&](const std::string& journal) {
         CJournalFile file;
-        if (!file.OpenToRead(journal)) {
+        if (!file.OpenToRead(journal).Good()) {
             return true;
         }
         const SJournalContents contents = ReadJournal(file.File());

@@ -5,6 +5,7 @@
 
 #include "ledger/journal_entry.h"
 #include "ledger/journal_file.h"
+#include "ledger/leftovers.h"
 #include "ledger/set_aside_file.h"
 #include "ledger/standing_bytes.h"
 
@@ -144,6 +145,16 @@ TEST(Journal, ItsNameIsNotThatOfAnEarlierOneOfWhichAnythingIsLeft) {
         folder.Write("s/" + std::string(name) + ".journal", "");
     const std::vector<std::string> all = JournalsIn(folder.Path("s")).paths;
     EXPECT_TRUE(all.size() == 8 && std::ranges::is_sorted(all)) << "the oldest comes first";
+}
+
+TEST(Journal, OneInUseIsNeitherLeftNorUnread) {
+    const CScratchFolder folder;
+    CJournalFile journal;
+    SChain chain;
+    ASSERT_TRUE(journal.Make(folder.Path(), "now") &&
+                journal.Append(EFrame::Visit, 1, chain, Pack(SVisitInfo{})) && journal.Flush());
+    const SLeftovers left = ReadLeftovers(folder.Path());
+    EXPECT_TRUE(left.isRead && left.IsEmpty());
 }
 
 TEST(Journal, OneOfAnEndedRunIsKnownByItsHead) {
