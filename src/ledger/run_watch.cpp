@@ -32,7 +32,8 @@ std::vector<std::uint64_t> NumbersIn(const std::string& folder) {
 } // namespace
 
 CRunWatch::CRunWatch(const std::string& eventRoot) : m_folder(FolderOfJournals(eventRoot)) {
-    if (const auto files = RunFilesIn(m_folder)) {
+    const auto files = RunFilesIn(m_folder);
+    if (files && !m_folder.empty()) {
         m_before = LargestVisitNumber(m_folder);
         m_before = m_before && !files->empty() ? std::max(*m_before, files->back()) : m_before;
     }

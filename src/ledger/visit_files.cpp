@@ -78,6 +78,30 @@ bool AppendTo(CFile& file, std::uint64_t length, const std::string& line) {
     return false;
 }
 
+/// False when the file exists and cannot be read to its end.
+bool ForEachLine(const std::string& folder, std::string_view name,
+                 const std::function<void(std::string_view line)>& take) {
+    CFile file;
+    const SFileResult opened =
+        file.Open(folder + "\\" + std::string(name), {.read = true, .removable = true});
+    if (!opened.Good()) {
+        return opened.failure == EFileFailure::NotFound || opened.failure == EFileFailure::BadPath;
+    }
+    CLineFile lines(file);
+    for (std::string_view line; lines.Next(line);) {
+        take(line);
+    }
+    return !lines.HasFailed();
+}
+
+std::optional<std::uint64_t> LargestNumberIn(const std::string& folder, std::string_view name) {
+    std::uint64_t largest = 0;
+    const bool isRead = ForEachLine(folder, name, [&largest](std::string_view line) {
+        largest = std::max(largest, NumberOf(line).value_or(0));
+    });
+    return isRead ? std::optional(largest) : std::nullopt;
+}
+
 } // namespace
 
 CLineFile::CLineFile(CFile& file) : m_file(file) {
@@ -132,8 +156,8 @@ bool ReadRunFile(CFile& file, SRunFile& run) {
 std::optional<std::vector<std::uint64_t>> RunFilesIn(const std::string& folder) {
     std::vector<SFolderEntry> entries;
     std::vector<std::uint64_t> numbers;
-    if (!ListFolder(folder, entries)) {
-        return IsAbsent(folder) ? std::optional(numbers) : std::nullopt;
+    if (folder.empty() || !ListFolder(folder, entries)) {
+        return folder.empty() || IsAbsent(folder) ? std::optional(numbers) : std::nullopt;
     }
     for (const SFolderEntry& entry : entries) {
         std::uint64_t number = 0;
@@ -152,10 +176,17 @@ std::string RunFilePath(const std::string& folder, std::uint64_t number) {
 }
 
 std::optional<std::uint64_t> LargestVisitNumber(const std::string& folder) {
-    std::uint64_t largest = 0;
-    const bool isRead = ForEachVisit(
-        folder, [&](std::string_view line) { largest = std::max(largest, NumberOf(line).value_or(0)); });
-    return isRead ? std::optional(largest) : std::nullopt;
+    constexpr std::chrono::milliseconds kWait{10};
+    constexpr int kMostReadings = 5; // another program may keep a file to itself for a moment
+    for (int reading = 0; reading < kMostReadings; ++reading) {
+        const auto earlier = LargestNumberIn(folder, kEarlierVisitsName);
+        const auto latest = LargestNumberIn(folder, kVisitsName);
+        if (latest && (earlier || *latest > 0)) {
+            return std::max(earlier.value_or(0), *latest);
+        }
+        std::this_thread::sleep_for(kWait);
+    }
+    return std::nullopt;
 }
 
 bool AppendVisit(const std::string& folder, const std::string& line, SVisitBounds bounds) {
@@ -184,23 +215,8 @@ bool AppendVisit(const std::string& folder, const std::string& line, SVisitBound
 }
 
 bool ForEachVisit(const std::string& folder, const std::function<void(std::string_view line)>& take) {
-    bool isRead = true;
-    for (const std::string_view name : {kEarlierVisitsName, kVisitsName}) {
-        CFile file;
-        const SFileResult opened =
-            file.Open(folder + "\\" + std::string(name), {.read = true, .removable = true});
-        if (!opened.Good()) {
-            isRead = isRead &&
-                     (opened.failure == EFileFailure::NotFound || opened.failure == EFileFailure::BadPath);
-            continue;
-        }
-        CLineFile lines(file);
-        for (std::string_view line; lines.Next(line);) {
-            take(line);
-        }
-        isRead = isRead && !lines.HasFailed();
-    }
-    return isRead;
+    const bool isEarlierRead = ForEachLine(folder, kEarlierVisitsName, take);
+    return ForEachLine(folder, kVisitsName, take) && isEarlierRead;
 }
 
 } // namespace ruvo

@@ -54,12 +54,13 @@ struct SRunFile {
 /// False when it cannot be read.
 [[nodiscard]] bool ReadRunFile(CFile& file, SRunFile& run);
 
-/// The numbers of the runs that have a file in the folder, which may be missing, in order; nullopt when it
-/// cannot be read.
+/// The numbers of the runs that have a file in the folder, which may be missing or none, in order; nullopt
+/// when it cannot be read.
 [[nodiscard]] std::optional<std::vector<std::uint64_t>> RunFilesIn(const std::string& folder);
 [[nodiscard]] std::string RunFilePath(const std::string& folder, std::uint64_t number);
 
-/// The largest number of a line; 0 without one, nullopt when not every line can be read.
+/// The largest number of a line; 0 without one. Nullopt when the lines cannot be read; of those that were
+/// moved to the earlier file it can do without, as they have smaller numbers.
 [[nodiscard]] std::optional<std::uint64_t> LargestVisitNumber(const std::string& folder);
 
 /// Appends a complete line and flushes it, unless the file has its number already. False when the line is not

@@ -19,13 +19,12 @@ struct SOpenRun {
     ERunState state = ERunState::Ended;
 };
 
-/// Adds it, unless it went meanwhile or its making was ended. False when it cannot be read.
+/// Adds it, unless its making was ended. False when it cannot be read.
 bool ReadOpenRun(const std::string& path, std::vector<SOpenRun>& open) {
     CFile file;
     SRunFile run;
-    const SFileResult opened = file.Open(path, {.read = true, .removable = true});
-    if (!opened.Good() || !ReadRunFile(file, run)) {
-        return opened.failure == EFileFailure::NotFound;
+    if (!file.Open(path, {.read = true, .removable = true}).Good() || !ReadRunFile(file, run)) {
+        return false;
     }
     std::string json = LineAsJson(run.begin, run.entries, run.end);
     if (!json.empty()) {
@@ -33,6 +32,14 @@ bool ReadOpenRun(const std::string& path, std::vector<SOpenRun>& open) {
         open.push_back({std::move(json), isRunning ? ERunState::Running : ERunState::Ended});
     }
     return true;
+}
+
+/// Those that have become lines meanwhile do not count.
+bool AreGone(const std::vector<std::uint64_t>& unread, const std::string& folder) {
+    const auto left = unread.empty() ? std::nullopt : RunFilesIn(folder);
+    return unread.empty() || (left && std::ranges::none_of(unread, [&left](std::uint64_t number) {
+                                  return std::ranges::binary_search(*left, number);
+                              }));
 }
 
 void Learn(SKnownRelay& relay, const SVisitEntry& entry, const std::string& begin) {
@@ -141,16 +148,18 @@ bool CVisitHistory::ForEachOf(const std::string& iniPath, const Take& take) cons
     // Read first: a run that ends meanwhile is in the file of visits then, under the same number.
     std::vector<SOpenRun> open;
     const auto numbers = RunFilesIn(m_folder);
-    bool isRead = numbers.has_value();
+    std::vector<std::uint64_t> unread;
     for (const std::uint64_t number : numbers.value_or(std::vector<std::uint64_t>())) {
-        isRead = ReadOpenRun(RunFilePath(m_folder, number), open) && isRead;
+        if (!ReadOpenRun(RunFilePath(m_folder, number), open)) {
+            unread.push_back(number);
+        }
     }
-    isRead =
-        ForEachVisit(m_folder, [&](std::string_view json) { takeLine(json, ERunState::Ended); }) && isRead;
+    const bool isRead =
+        ForEachVisit(m_folder, [&](std::string_view json) { takeLine(json, ERunState::Ended); });
     for (const SOpenRun& run : open) {
         takeLine(run.json, run.state);
     }
-    return isRead;
+    return isRead && numbers && AreGone(unread, m_folder);
 }
 
 SVisitSummary SummariseVisits(const std::string& eventRoot, const std::string& iniPath,

@@ -37,7 +37,7 @@ public:
 
     using Take = std::function<void(const SVisitLine& line, ERunState state)>;
     /// Hands over every run, the earliest first and each number once; those that have no line yet come last.
-    /// False when a file cannot be read to its end.
+    /// False when the folder, or a file to its end, cannot be read.
     [[nodiscard]] bool ForEach(const Take& take) const;
     /// The same of the runs of one INI file, given by any path of it; of others no entries are read.
     [[nodiscard]] bool ForEachOf(const std::string& iniPath, const Take& take) const;
