@@ -39,7 +39,11 @@ std::optional<std::vector<std::string>> EventRoots(const std::string& eventRoot)
     }
     std::vector<std::string> roots{ResolvedFolder(eventRoot)};
     for (const std::string& folder : *folders) {
-        roots.push_back(ResolvedFolder(FullPath(EventRootOf(folder))));
+        const auto root = EventRootOf(folder);
+        if (!root) {
+            return std::nullopt;
+        }
+        roots.push_back(ResolvedFolder(FullPath(*root)));
     }
     return roots;
 }
@@ -52,7 +56,7 @@ std::string WhyRefused(const std::string& path, const std::string& eventRoot) {
     const auto roots = EventRoots(eventRoot);
     if (!roots) {
         return "the event roots are not known: the state folder " + DisplayPath(StateFolder()) +
-               " cannot be read";
+               " cannot be read in whole";
     }
     const bool isInRoot =
         std::ranges::any_of(*roots, [&](const std::string& root) { return IsIn(folder, root); });

@@ -111,14 +111,14 @@ bool PrepareRootFolder(const std::string& folder, const std::string& eventRoot) 
     return true;
 }
 
-std::string EventRootOf(const std::string& folder) {
+std::optional<std::string> EventRootOf(const std::string& folder) {
     constexpr std::size_t kLongest = 4096;
+    const std::string path = folder + std::string(kNote);
     CFile note;
     std::vector<std::uint8_t> bytes(kLongest);
     std::size_t count = 0;
-    if (!note.Open(folder + std::string(kNote), {.read = true, .plain = true}).Good() ||
-        !note.Read(bytes, count).Good()) {
-        return {};
+    if (!note.Open(path, {.read = true, .plain = true}).Good() || !note.Read(bytes, count).Good()) {
+        return IsAbsent(path) ? std::optional(std::string()) : std::nullopt;
     }
     const std::string text(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count));
     return text.ends_with('\n') ? TextOfStored(text.substr(0, text.size() - 1)) : std::string();

@@ -16,8 +16,8 @@ namespace ruvo {
 /// be used.
 [[nodiscard]] bool PrepareRootFolder(const std::string& folder, const std::string& eventRoot);
 /// The full path of the event root to which the folder belongs, links resolved, in the system's own form;
-/// empty when it is not noted there.
-[[nodiscard]] std::string EventRootOf(const std::string& folder);
+/// empty when it is not noted there, nullopt when the note cannot be read.
+[[nodiscard]] std::optional<std::string> EventRootOf(const std::string& folder);
 
 /// The folders of all event roots, by name; none where there is no state folder, nullopt when it cannot be
 /// read.

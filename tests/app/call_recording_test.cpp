@@ -49,7 +49,8 @@ TEST(CallRecording, IsAskedForAndKeptAwayFromEvents) {
     EXPECT_TRUE(g_standardError.ends_with("x.rec: no recording is made: it would be in an event root"));
     setenv("RUVO_STATE_DIR", folder.Native("site.ini").c_str(), 1);
     PlanRecording(folder.Path("new"));
-    EXPECT_TRUE(PlannedRecording().path.empty() && g_standardError.ends_with("site.ini cannot be read"));
+    EXPECT_TRUE(PlannedRecording().path.empty() &&
+                g_standardError.ends_with("site.ini cannot be read in whole"));
     g_standardError.clear();
 }
 

@@ -380,7 +380,7 @@ TEST_F(VisitRecord, TheFolderOfAnEventRootIsFoundByWhatPeopleCallIt) {
         EXPECT_TRUE(PrepareRootFolder(FolderOfJournals(folder.Path(root)), folder.Path(root)));
     for (const std::string& meant : {own.substr(own.rfind('\\') + 1), own, folder.Path("ev")})
         EXPECT_EQ(FindRootFolder(StateFolder(), meant).value(), own);
-    const std::string noted = EventRootOf(own);
+    const std::string noted = EventRootOf(own).value();
     folder.Write(Name("event-root.txt"), noted + std::string(300, 'x') + "\n");
     EXPECT_TRUE(PrepareRootFolder(own, folder.Path("ev")));
     EXPECT_EQ(EventRootOf(own), noted);

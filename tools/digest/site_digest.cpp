@@ -252,7 +252,12 @@ void CountWaiting(const SSitePlaces& places, const std::string& fullIniPath, CRo
                   SSiteDigest& digest) {
     const SSiteLeftovers leftovers = FindLeftovers(places.events, fullIniPath, EOtherRoots::Former, known);
     if (leftovers.IsRead()) {
-        digest.waiting = leftovers.EventsWaiting();
+        digest.waiting = leftovers.EventsWaiting().value_or(0);
+    } else {
+        digest.waiting = std::max(digest.waiting, leftovers.EventsWaiting().value_or(0));
+        digest.failures.push_back("this user cannot read " +
+                                  EscapeControls(SystemTextToUtf8(leftovers.UnreadFolder())) +
+                                  ", where events may wait");
     }
 }
 

@@ -94,9 +94,8 @@ std::vector<SDiagnostic> FindLeftoverEvents(const std::string& eventRoot, const 
         diagnostics.push_back({0, line + "; see \"ruvoctl recover\""});
     }
     if (!leftovers.IsRead()) {
-        diagnostics.push_back({0, "this user cannot read the state folder " +
-                                      DisplayPath(leftovers.stateFolder) +
-                                      ", so events that are in no day file are not reported"});
+        diagnostics.push_back({0, "this user cannot read " + leftovers.UnreadFolder() +
+                                      ", so events that are there and in no day file are not reported"});
     }
     return diagnostics;
 }

@@ -39,7 +39,7 @@ constexpr std::string_view kNotes =
     R"(Without FILE and --from, lists the events that relays have delivered and that are not in a day file, and
 the folder of each event root: set-aside files, and visits that wait in the journals of runs that have
 ended. The next run stores the latter by itself. Other event roots are listed if something is left of
-them. Changes nothing.
+them, or if their folder cannot be read. Changes nothing.
 With FILE, appends the events of these set-aside files to their day files, as a visit does, and renames
 each file to FILE.done. Doing it twice, or after an interruption, stores nothing twice. Messages also go
 to the error log.
@@ -202,7 +202,11 @@ int Store(const CArguments& arguments, const std::string& ownRoot, SConsole& con
             return Refuse(console, "nothing is left of " + EscapeControls(SystemTextToUtf8(from)) + " in " +
                                        Shown(StateFolder()));
         }
-        const std::string oldRoot = FullPath(EventRootOf(folder));
+        const auto noted = EventRootOf(folder);
+        if (!noted) {
+            return Refuse(console, Shown(folder) + ": the note of its event root cannot be read");
+        }
+        const std::string oldRoot = FullPath(*noted);
         const bool isThere = GetPathKind(oldRoot) == EPathKind::Folder;
         eventRoot = isThere && FolderOfJournals(oldRoot) == folder ? oldRoot : ownRoot;
     }

@@ -14,7 +14,7 @@ namespace {
 
 SRootLeftovers Read(const std::string& folder, const std::string& eventRoot) {
     SRootLeftovers root;
-    root.eventRoot = eventRoot.empty() ? EventRootOf(folder) : DisplayPath(eventRoot);
+    root.eventRoot = eventRoot.empty() ? EventRootOf(folder).value_or("") : DisplayPath(eventRoot);
     const std::string place = eventRoot.empty() ? FullPath(root.eventRoot) : eventRoot;
     root.isThere = !place.empty() && GetPathKind(place) == EPathKind::Folder;
     root.found = ReadLeftovers(folder);
@@ -28,10 +28,10 @@ bool MayHoldEvents(const SRootLeftovers& root) {
 SRootLeftovers ReadOther(const std::string& folder) {
     SRootLeftovers root = Read(folder, "");
     if (MayHoldEvents(root) && !root.eventRoot.empty()) {
-        static_cast<void>(CVisitHistory(FullPath(root.eventRoot))
-                              .ForEach([&root](const SVisitLine& line, ERunState /*state*/) {
-                                  root.iniPaths.insert(line.iniPath);
-                              }));
+        root.areRunsKnown = CVisitHistory(FullPath(root.eventRoot))
+                                .ForEach([&root](const SVisitLine& line, ERunState /*state*/) {
+                                    root.iniPaths.insert(line.iniPath);
+                                });
     }
     return root;
 }
@@ -44,36 +44,43 @@ bool IsOfAnotherSite(const SRootLeftovers& root) {
 }
 
 bool IsFormerRootOf(const std::string& iniPath, const SRootLeftovers& root) {
-    return (!iniPath.empty() && root.iniPaths.contains(RecordedIniPath(iniPath))) ||
+    return !root.areRunsKnown || (!iniPath.empty() && root.iniPaths.contains(RecordedIniPath(iniPath))) ||
            (!root.isThere && !IsOfAnotherSite(root));
 }
 
 } // namespace
 
-const SRootLeftovers* SSiteLeftovers::FirstUnread() const {
+std::string SSiteLeftovers::UnreadFolder() const {
     const auto unread =
         std::ranges::find_if(roots, [](const SRootLeftovers& root) { return !root.found.isRead; });
-    return unread == roots.end() ? nullptr : &*unread;
+    if (unread != roots.end()) {
+        return DisplayPath(unread->found.folder);
+    }
+    return roots.empty() ? "the state folder" : "";
 }
 
-std::uint64_t SSiteLeftovers::EventsWaiting() const {
+std::optional<std::uint64_t> SSiteLeftovers::OrUnknown(std::uint64_t events) const {
+    return events > 0 || IsRead() ? std::optional(events) : std::nullopt;
+}
+
+std::optional<std::uint64_t> SSiteLeftovers::EventsWaiting() const {
     std::uint64_t events = 0;
     for (const SRootLeftovers& root : roots) {
         for (const SWaitingVisit& visit : root.found.waiting) {
             events += visit.events;
         }
     }
-    return events;
+    return OrUnknown(events);
 }
 
-std::uint64_t SSiteLeftovers::EventsSetAside() const {
+std::optional<std::uint64_t> SSiteLeftovers::EventsSetAside() const {
     std::uint64_t events = 0;
     for (const SRootLeftovers& root : roots) {
         for (const SSetAsideFile& file : root.found.setAside) {
             events += file.events;
         }
     }
-    return events;
+    return OrUnknown(events);
 }
 
 const std::optional<std::vector<std::string>>& CRootLeftovers::FoldersIn(const std::string& stateFolder) {

@@ -19,13 +19,14 @@ struct SRootLeftovers {
     bool isThere = true;   ///< the event root
     /// Whose runs had it as their event root, as their records name them; known of other sites' roots.
     std::set<std::string> iniPaths;
+    bool areRunsKnown = true; ///< all of them
     SLeftovers found;
 };
 
 /// Which event roots are looked at beside the one that the INI file names.
 enum class EOtherRoots : std::uint8_t {
     /// Those that runs of the INI file had, and those that do not exist any more or are unknown, unless they
-    /// belong to another INI file that still exists.
+    /// belong to another INI file that still exists; those, too, whose runs cannot be read.
     Former,
     All,
 };
@@ -36,10 +37,15 @@ struct SSiteLeftovers {
     /// folder cannot be listed, one without an event root stands for the others.
     std::vector<SRootLeftovers> roots;
 
-    [[nodiscard]] bool IsRead() const { return !roots.empty() && FirstUnread() == nullptr; }
-    [[nodiscard]] const SRootLeftovers* FirstUnread() const;
-    [[nodiscard]] std::uint64_t EventsWaiting() const;
-    [[nodiscard]] std::uint64_t EventsSetAside() const;
+    [[nodiscard]] bool IsRead() const { return UnreadFolder().empty(); }
+    /// The first that could not be read, for people; empty for none.
+    [[nodiscard]] std::string UnreadFolder() const;
+    /// Where not all could be read, those that could be; nullopt when these are none.
+    [[nodiscard]] std::optional<std::uint64_t> EventsWaiting() const;
+    [[nodiscard]] std::optional<std::uint64_t> EventsSetAside() const;
+
+private:
+    [[nodiscard]] std::optional<std::uint64_t> OrUnknown(std::uint64_t events) const;
 };
 
 /// What the folders of event roots hold, each read once: every one of many sites asks for those of the

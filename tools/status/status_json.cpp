@@ -78,7 +78,7 @@ void WriteLeftovers(CJsonWriter& json, const SSiteLeftovers& leftovers) {
     for (const auto& [name, number] : {std::pair("events_waiting", leftovers.EventsWaiting()),
                                        {"events_set_aside", leftovers.EventsSetAside()}}) {
         json.Key(name);
-        leftovers.IsRead() ? json.Number(number) : json.Null();
+        number ? json.Number(*number) : json.Null();
     }
     json.Close('}');
 }

@@ -107,11 +107,13 @@ void AddSite(CMetrics& out, const SSiteReport& site, std::int64_t now) {
         out.Add("ruvo_disk_free_bytes", "Room on the disk of the day files, the error log, the state folder",
                 siteLabel + ',' + MetricLabel("of", what), *Whole(bytes));
     }
-    if (status.leftovers.IsRead()) { // else a 0 would be a guess
+    // What is unknown is left out: a 0 would be a guess.
+    if (const auto waiting = status.leftovers.EventsWaiting()) {
         out.Add("ruvo_events_waiting", "Events in the journals of runs that have ended", siteLabel,
-                *Whole(status.leftovers.EventsWaiting()));
-        out.Add("ruvo_events_set_aside", "Events in set-aside files", siteLabel,
-                *Whole(status.leftovers.EventsSetAside()));
+                *Whole(*waiting));
+    }
+    if (const auto setAside = status.leftovers.EventsSetAside()) {
+        out.Add("ruvo_events_set_aside", "Events in set-aside files", siteLabel, *Whole(*setAside));
     }
 }
 

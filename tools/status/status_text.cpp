@@ -136,12 +136,12 @@ void AppendProblems(std::string& out, const SSiteStatus& status) {
 
 void AppendLeftovers(std::string& out, const SSiteLeftovers& leftovers) {
     const std::vector<std::string> lines = DescribeLeftovers(leftovers);
-    const SRootLeftovers* const unread = leftovers.FirstUnread();
-    const std::string_view summary = unread != nullptr ? "unknown" : lines.empty() ? "none" : "see below";
-    const SRootLeftovers& shown = unread != nullptr ? *unread : leftovers.roots.front();
+    const std::string unread = leftovers.UnreadFolder();
+    const std::string_view summary = !unread.empty() ? "unknown" : lines.empty() ? "none" : "see below";
+    const std::string shown = unread.empty() ? DisplayPath(leftovers.roots.front().found.folder) : unread;
     out += "Events in no day file: " + std::string(summary) + " (looked in " +
-           EscapeControls(SystemTextToUtf8(DisplayPath(shown.found.folder))) +
-           (unread == nullptr ? ")\n" : ", which this user cannot read)\n");
+           EscapeControls(SystemTextToUtf8(shown)) +
+           (unread.empty() ? ")\n" : ", which this user cannot read)\n");
     for (const std::string& line : lines) {
         out += "  " + Shortened(line) + "\n";
     }
