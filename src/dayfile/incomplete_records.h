@@ -28,7 +28,6 @@ public:
     /// In the order in which they first occurred.
     [[nodiscard]] const std::vector<SIncompleteRecords>& Kinds() const { return m_kinds; }
     [[nodiscard]] std::size_t OtherCount() const { return m_otherCount; }
-    [[nodiscard]] bool IsEmpty() const { return m_kinds.empty() && m_otherCount == 0; }
 
 private:
     std::vector<SIncompleteRecords> m_kinds;

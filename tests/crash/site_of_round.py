@@ -153,11 +153,13 @@ def belonging_to_root(places):
     for place in places:
         os.chown(place, 0, 0)
         os.chmod(place, 0o755 if place.is_dir() else 0o644)
-    yield
-    for place, status in owners.items():
-        if place.exists():  # a folder that stayed empty is removed by those who may write to the one above
-            os.chown(place, status.st_uid, status.st_gid)
-            os.chmod(place, status.st_mode & 0o7777)
+    try:
+        yield
+    finally:
+        for place, status in owners.items():
+            if place.exists():  # a folder that stayed empty is removed by those who may write to the one above
+                os.chown(place, status.st_uid, status.st_gid)
+                os.chmod(place, status.st_mode & 0o7777)
 
 
 def limit(program, is_nobody, kind, value):

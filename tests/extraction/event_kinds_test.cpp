@@ -55,7 +55,7 @@ TEST_F(EventKinds, EachBecomesItsRecord) {
         const SExtractionReport report = Extract();
         EXPECT_EQ(report.recordsWritten, 1U);
         EXPECT_EQ(report.endStatus, endStatus.empty() ? kLinkGood : 0x0111U);
-        EXPECT_TRUE(report.columnErrors.empty() && report.incomplete.IsEmpty());
+        EXPECT_TRUE(report.columnErrors.empty() && report.incomplete.Kinds().empty());
         EXPECT_EQ(Calls(), "GetEvent;" + calls + (endStatus.empty() ? "GetDeviceStatus;" : ""));
         if (const std::size_t at = rest.find("COLUMN"); at != std::string::npos)
             rest.replace(at, 6, column);

@@ -163,6 +163,16 @@ TEST_F(Run, TheLoginProbe) {
     });
 }
 
+TEST_F(Run, ANameThatNoFileCanHaveIsLogged) {
+    fields.serialEntries = {{"RV001", 5}};
+    server.values[0x0008] = TextHex("a\\b");
+    EXPECT_EQ(RunAll().find(
+                  "Failed to save event file The relay's model or serial number is unfit for a file name: "
+                  "-a\\b; no event was taken from the relay. Connection details - COM Port: COM3, device "
+                  "address: 5.|"),
+              0U);
+}
+
 TEST_F(Run, PasswordCallbackReasons) {
     RunAll();
     const std::string details = " Connection details - COM Port: , device address: -1.\r\n";

@@ -181,7 +181,7 @@ TEST_F(RecoverCommand, SaysWhatItCannotRead) {
         const std::string unread = isListed ? old : "state";
         chmod(folder.Native("state").c_str(), isListed ? 0755 : 0311);
         ASSERT_TRUE(!isRoot || seteuid(65534) == 0);
-        const SOutcome listed = Recover(), from = Recover({"--from", "old"}),
+        const SOutcome listed = Recover(), from = Recover({"--from", old.substr(6)}),
                        status = RunTool({"status", folder.Native("ev"), folder.Native("log")});
         EXPECT_TRUE(!isRoot || seteuid(0) == 0);
         const std::string why = "  looked in @/" + unread + "\n  this user cannot read it\n";
@@ -189,7 +189,7 @@ TEST_F(RecoverCommand, SaysWhatItCannotRead) {
         EXPECT_EQ(listed.status, 1);
         EXPECT_NE(status.out.find("day file: unknown (looked in " + folder.Native(unread) + ", which"),
                   std::string::npos);
-        EXPECT_EQ(from.error, isListed ? "ruvoctl: nothing is left of old in @/state\n"
+        EXPECT_EQ(from.error, isListed ? "ruvoctl: @/" + old + ": the note of its event root cannot be read\n"
                                        : "ruvoctl: the state folder @/state cannot be read\n");
     }
     for (const std::string& path : {std::string("state"), old})

@@ -183,8 +183,10 @@ TEST(HeldDayFile, FollowsNoLink) {
     std::filesystem::create_symlink(folder.Native("out/new.evt"), folder.Native("dev/none.evt"));
     for (const char* const name :
          {"linked\\empty.evt", "linked\\new.evt", "dev\\file.evt", "dev\\none.evt"}) {
-        const auto failure = CHeldDayFile().Hold(folder.Path(name), EMissingFolders::AreAFailure);
-        EXPECT_EQ(failure.value_or(SHoldFailure{}).cause, EFileCause::AccessDenied) << name;
+        for (const auto missing : {EMissingFolders::AreMade, EMissingFolders::AreAFailure}) {
+            const auto failure = CHeldDayFile().Hold(folder.Path(name), missing);
+            EXPECT_EQ(failure.value_or(SHoldFailure{}).cause, EFileCause::AccessDenied) << name;
+        }
         EXPECT_TRUE(folder.Has("out/empty.evt") && folder.Read("out/empty.evt").empty()) << name;
         EXPECT_FALSE(folder.Has("out/new.evt")) << name;
     }

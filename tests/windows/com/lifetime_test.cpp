@@ -8,26 +8,43 @@
 namespace ruvo::test {
 namespace {
 
-/// In a session of its own: Wine goes on offering the class object of a server that was killed, for as long
-/// as its services run.
-class KilledServer : public Server {};
+/// Each of these runs in a session of its own: Wine goes on offering the class object of a server that was
+/// killed, for as long as its services run.
+class KilledServer : public Server {
+protected:
+    template <class Request>
+    void ExpectLoss(const char* fault, Request request) {
+        ServeWithFault(fault);
+        CP32Wrap& client = CreateClient();
+        std::thread killer([] {
+            std::this_thread::sleep_for(500ms);
+            EXPECT_GT(KillServer(), 0);
+        });
+        const auto begin = std::chrono::steady_clock::now();
+        EXPECT_EQ(request(client), 255U);
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, 20s);
+        killer.join();
+        std::uint8_t byte = 0;
+        EXPECT_EQ(client.GetDeviceStatus(nullptr, byte), 255U);
+        CParlaneDataArray strings;
+        EXPECT_EQ(client.GetStrings(nullptr, 0x0504, strings), 255U);
+        EXPECT_EQ(client.ClosePort(nullptr), 255U);
+        CP32Wrap::DestroyInstance();
+    }
+};
 
 TEST_F(KilledServer, EndsTheWaitForAStartedCommand) {
-    ServeWithFault("operation = \"StartGetStrings\"\nhang = true");
-    CP32Wrap& client = CreateClient();
-    std::thread killer([] {
-        std::this_thread::sleep_for(500ms);
-        EXPECT_GT(KillServer(), 0);
+    ExpectLoss("operation = \"StartGetStrings\"\nhang = true", [](CP32Wrap& client) {
+        CParlaneDataArray strings;
+        return client.GetStrings(nullptr, 0x0504, strings);
     });
-    const auto begin = std::chrono::steady_clock::now();
-    CParlaneDataArray strings;
-    EXPECT_EQ(client.GetStrings(nullptr, 0x0504, strings), 255U);
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, 20s);
-    killer.join();
-    std::uint8_t byte = 0;
-    EXPECT_EQ(client.GetDeviceStatus(nullptr, byte), 255U);
-    EXPECT_EQ(client.GetStrings(nullptr, 0x0504, strings), 255U);
-    EXPECT_EQ(client.ClosePort(nullptr), 255U);
+}
+
+TEST_F(KilledServer, EndsTheCallInProgress) {
+    ExpectLoss("operation = \"GetText\"\ndelay = 60000", [](CP32Wrap& client) {
+        std::unique_ptr<CParlaneData> text;
+        return client.GetText(nullptr, 0x0502, text);
+    });
 }
 
 /// Blocks in use on the heap where the system keeps texts and arrays.
