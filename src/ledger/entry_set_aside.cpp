@@ -37,7 +37,11 @@ bool CEntryRecovery::SetAside(SJournalEntry& entry, std::string reason) {
         }
     }
     CSetAsideFile file;
-    if (!file.Make(m_journal.Folder(), entry.info.file)) {
+    const bool isMade = file.Make(m_journal.Folder(), entry.info.file);
+    if (!isMade || !file.FlushName()) {
+        if (isMade) {
+            file.Remove();
+        }
         TellWaits(entry, NotSetAsideText(file));
         return false;
     }
@@ -81,7 +85,7 @@ bool CEntryRecovery::WriteSetAside(SJournalEntry& entry, CSetAsideFile& file, bo
     if (!isRead) {
         file.GiveUp(kUnreadJournal);
     }
-    if (!file.Finish()) {
+    if (!file.Finish() || !file.FlushName()) {
         TellWaits(entry, NotSetAsideText(file));
         return false;
     }

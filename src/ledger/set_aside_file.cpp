@@ -16,7 +16,6 @@ namespace {
 
 constexpr std::size_t kPieceSize = std::size_t{64} * 1024;
 constexpr std::string_view kTitle = "set aside";
-constexpr std::string_view kNotNamed = "its name could not be flushed";
 constexpr char kSeparator = '|'; // which no path may hold
 
 /// The name of a day file without its ending, short enough for what follows it.
@@ -122,10 +121,7 @@ bool CSetAsideFile::Make(const std::string& folder, const std::string& dayFile) 
     for (int attempt = 0; attempt < kMostAttempts && m_why.empty(); ++attempt) {
         m_path = FreeSetAsidePath(folder, dayFile);
         if (!m_path.empty() && TryOpen(true)) {
-            if (FlushFolder(folder)) { // before a journal names it: else another file could take the name
-                return true;
-            }
-            m_why = kNotNamed;
+            return true;
         }
     }
     m_why = m_why.empty() ? "all names are taken" : m_why;
@@ -164,10 +160,12 @@ void CSetAsideFile::WritePiece() {
 
 bool CSetAsideFile::Finish() {
     WritePiece();
-    if (m_why.empty() && Check(m_file.FlushToDisk()) && !FlushFolder(m_folder)) {
-        m_why = kNotNamed;
-    }
-    return m_why.empty();
+    return m_why.empty() && Check(m_file.FlushToDisk());
+}
+
+bool CSetAsideFile::FlushName() {
+    m_isNamed = m_isNamed || FlushFolder(m_folder);
+    return m_isNamed;
 }
 
 bool MarkAppended(const std::string& folder, const std::string& name) {
@@ -192,7 +190,8 @@ void RemoveEmptySetAsideFiles(const std::string& folder) {
 }
 
 std::string NotSetAsideText(const CSetAsideFile& file) {
-    return "set-aside file " + DisplayPath(file.Path()) + " cannot be written: " + file.Why();
+    return "set-aside file " + DisplayPath(file.Path()) +
+           " cannot be written: " + (file.Why().empty() ? "its name could not be flushed" : file.Why());
 }
 
 } // namespace ruvo

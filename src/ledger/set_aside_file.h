@@ -53,8 +53,13 @@ public:
     void Add(std::span<const std::uint8_t> image);
     /// Nothing more is written: not all that belongs into it can be had.
     void GiveUp(std::string_view why);
-    /// True when all of it, and the file's name, is on the disk.
+    /// True when all of it is on the disk.
     [[nodiscard]] bool Finish();
+    /// True when the file's name is on the disk. To be asked before a journal names the file, else another
+    /// one could take the name, and before a journal that has its records goes.
+    [[nodiscard]] bool FlushName();
+    /// While nothing is in it, and no journal names it.
+    void Remove() { RemoveFile(m_path); }
 
     [[nodiscard]] const std::string& Path() const { return m_path; }
     [[nodiscard]] std::string Name() const { return m_path.substr(m_folder.size() + 1); }
@@ -71,6 +76,7 @@ private:
     std::string m_path;
     std::vector<std::uint8_t> m_piece;
     std::string m_why;
+    bool m_isNamed = false; ///< on the disk
 };
 
 /// Marks one as appended. False when one that is not marked is left, or may be after an end of the machine.

@@ -166,8 +166,15 @@ void CVisitCustody::SetAside(const std::string& reason) {
         TellNotSetAside(file);
         return;
     }
-    const bool isNamed = IsJournaled() && NameSetAside(file.Name(), reason);
-    const bool takesFramed = isNamed || CanReadFramed();
+    // One whose name an end of the machine can take is no place for what a journal has.
+    const bool isSafe = file.FlushName();
+    if (!isSafe && m_ends.empty()) {
+        file.Remove();
+        TellNotSetAside(file);
+        return;
+    }
+    const bool isNamed = isSafe && IsJournaled() && NameSetAside(file.Name(), reason);
+    const bool takesFramed = isNamed || ((isSafe || m_framedCount == 0) && CanReadFramed());
     if (!takesFramed && m_ends.empty()) {
         return;
     }

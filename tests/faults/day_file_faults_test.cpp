@@ -66,7 +66,7 @@ std::string Read() {
 }
 std::string MakeAside() {
     CSetAsideFile file;
-    return file.Make(kRoot, kDay) ? file.Name() : NotSetAsideText(file);
+    return file.Make(kRoot, kDay) && file.FlushName() ? file.Name() : NotSetAsideText(file);
 }
 std::string Tell() {
     WriteLogLine("a line", ELineWorth::TellsOfLoss);

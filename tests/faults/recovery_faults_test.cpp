@@ -85,8 +85,12 @@ TEST_F(RecoveryFaults, WhatHasWaitedForAWeekIsSetAsideOnce) {
             Break(EFileFailure::Other, nth, many);
             g_disk.flushesNames = many > 0; // as with the last descriptor in use
             BringIn();
-            g_disk.flushesNames = true;
             Mend();
+            if (many == 1) {
+                g_disk.flushesNames = false;
+                BringIn();
+            }
+            g_disk.flushesNames = true;
             EndMachine();
             BringIn();
             EXPECT_EQ(Stored(".setaside"), std::vector{3}) << nth << ", " << many << " times";
@@ -109,6 +113,26 @@ TEST_F(RecoveryFaults, WhatHasWaitedForAWeekIsSetAsideOnce) {
         BringIn();
         EXPECT_TRUE(!told.empty() && told.back().outcome == ELedgerOutcome::SetAside);
         EXPECT_FALSE(IsTold("in the day file")) << "there is none";
+    }
+}
+
+TEST_F(RecoveryFaults, OnlyWhatMemoryAloneHasIsSetAsideUnderANameThatIsNotFlushed) {
+    for (const bool isJournaled : {true, false}) {
+        SetUp();
+        g_disk.flushesNames = isJournaled;
+        {
+            CRunLedger run(kRoot, [](const SLedgerReport&) {});
+            CVisitCustody custody(&run, "RV001");
+            Take(custody, {1, 2});
+            g_disk.flushesNames = false;
+            custody.SetAside("a password was refused");
+            custody.End();
+        }
+        g_disk.flushesNames = true;
+        EXPECT_EQ(Stored(".setaside"), isJournaled ? std::vector<int>() : std::vector({1, 2}));
+        EXPECT_EQ(Count(".setaside"), isJournaled ? 0U : 1U);
+        BringIn();
+        EXPECT_EQ(Stored(), isJournaled ? std::vector({1, 2}) : std::vector<int>());
     }
 }
 
