@@ -57,7 +57,7 @@ std::string Append(const std::string& path, CVisitCustody& custody, SAppendedFil
     appended.to = custody.File().WrittenTo();
     return MarkAppended(ParentFolder(path), NameOf(path))
                ? ""
-               : "its events are in the day file, but it cannot be renamed; the next run tries again";
+               : "its events are in the day file, but it cannot be marked; the next run tries again";
 }
 
 /// Whether an entry that is still open may name the file: then its writing may go on.
@@ -121,8 +121,9 @@ std::string AdoptSetAsideFile(const std::string& path, const std::string& folder
     if (moved.empty() || !RenameFile(path, moved)) {
         return {};
     }
-    FlushFolder(folder); // in this order it is in one folder at least
-    FlushFolder(ParentFolder(path));
+    if (FlushFolder(folder)) { // in this order it is in one folder at least
+        FlushFolder(ParentFolder(path));
+    }
     return moved;
 }
 

@@ -257,7 +257,7 @@ TEST_F(Recovery, WhatIsNotAppendedSaysWhy) {
          "it has been appended already"},
         {"one whose new name is taken", refused,
          [&](CFile&) { std::filesystem::create_directories(folder.Native(InState(kName) + ".done/x")); },
-         "its events are in the day file, but it cannot be renamed; the next run tries again"},
+         "its events are in the day file, but it cannot be marked; the next run tries again"},
         {"no place for a journal", refused,
          [&](CFile&) { SetEnvironmentValue("RUVO_STATE_DIR", "D:\\state"); }, "no journal can be made"},
     };
