@@ -146,14 +146,17 @@ std::optional<std::string> FindRootFolder(const std::string& stateFolder, const 
     }
     const std::string full = FullPath(meant);
     const std::string resolved = ResolvedOrMissing(full);
+    bool areNotesRead = true;
     for (const std::string& folder : *folders) {
         const std::string name = folder.substr(stateFolder.size() + 1);
+        const auto noted = EventRootOf(folder);
         if (name == meant || folder == full || name == FolderName(full) || name == FolderName(resolved) ||
-            (!full.empty() && EventRootOf(folder) == DisplayPath(full))) {
+            (!full.empty() && noted == DisplayPath(full))) {
             return folder;
         }
+        areNotesRead = areNotesRead && noted;
     }
-    return std::string();
+    return areNotesRead ? std::optional(std::string()) : std::nullopt;
 }
 
 } // namespace ruvo

@@ -23,7 +23,7 @@ namespace ruvo {
 /// read.
 [[nodiscard]] std::optional<std::vector<std::string>> RootFoldersIn(const std::string& stateFolder);
 /// The one that a person means by an event root's path, which may be gone, or by the folder's name; empty for
-/// none, nullopt when the state folder cannot be read.
+/// none, nullopt when the state folder, or a note in it, cannot be read.
 [[nodiscard]] std::optional<std::string> FindRootFolder(const std::string& stateFolder,
                                                         const std::string& meant);
 

@@ -60,7 +60,7 @@ struct SRunFile {
 [[nodiscard]] std::string RunFilePath(const std::string& folder, std::uint64_t number);
 
 /// The largest number of a line; 0 without one. Nullopt when the lines cannot be read; of those that were
-/// moved to the earlier file it can do without, as they have smaller numbers.
+/// moved to the earlier file it can do without, as they have smaller numbers as a rule.
 [[nodiscard]] std::optional<std::uint64_t> LargestVisitNumber(const std::string& folder);
 
 /// Appends a complete line and flushes it, unless the file has its number already. False when the line is not

@@ -154,12 +154,13 @@ bool CVisitHistory::ForEachOf(const std::string& iniPath, const Take& take) cons
             unread.push_back(number);
         }
     }
+    const bool isKnown = numbers && AreGone(unread, m_folder); // if so, their lines are there
     const bool isRead =
         ForEachVisit(m_folder, [&](std::string_view json) { takeLine(json, ERunState::Ended); });
     for (const SOpenRun& run : open) {
         takeLine(run.json, run.state);
     }
-    return isRead && numbers && AreGone(unread, m_folder);
+    return isRead && isKnown;
 }
 
 SVisitSummary SummariseVisits(const std::string& eventRoot, const std::string& iniPath,
