@@ -190,7 +190,7 @@ TEST_F(RecoverCommand, SaysWhatItCannotRead) {
         EXPECT_NE(status.out.find("day file: unknown (looked in " + folder.Native(unread) + ", which"),
                   std::string::npos);
         EXPECT_EQ(from.error, isListed ? "ruvoctl: @/" + old + ": the note of its event root cannot be read\n"
-                                       : "ruvoctl: the state folder @/state cannot be read\n");
+                                       : "ruvoctl: the state folder @/state cannot be read in whole\n");
     }
     for (const std::string& path : {std::string("state"), old})
         chmod(folder.Native(path).c_str(), 0700);

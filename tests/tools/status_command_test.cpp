@@ -3,6 +3,7 @@
 #include "support/fake_system.h"
 #include "support/scratch_folder.h"
 #include "tools/day_files.h"
+#include "tools/recover/site_leftovers.h"
 #include "tools/run_tool.h"
 
 #include "platform/environment.h"
@@ -115,4 +116,16 @@ TEST_F(CStatus, JsonAndMetrics) {
 }
 
 } // namespace
+TEST(SiteLeftovers, AreCountedAsFarAsTheyAreKnown) {
+    SSiteLeftovers left;
+    EXPECT_FALSE(left.IsRead() || left.EventsWaiting());
+    left.roots.resize(2);
+    left.roots[1].found.isRead = false;
+    left.roots[0].found.waiting.push_back({"x.journal", {}, 3});
+    EXPECT_EQ(std::pair(left.EventsWaiting(), left.EventsSetAside()),
+              std::pair(std::optional<std::uint64_t>(3), std::optional<std::uint64_t>()));
+    left.roots[1].found.isRead = true;
+    EXPECT_EQ(left.EventsSetAside(), 0U);
+}
+
 } // namespace ruvo::test

@@ -255,9 +255,11 @@ void CountWaiting(const SSitePlaces& places, const std::string& fullIniPath, CRo
         digest.waiting = leftovers.EventsWaiting().value_or(0);
     } else {
         digest.waiting = std::max(digest.waiting, leftovers.EventsWaiting().value_or(0));
-        digest.failures.push_back("this user cannot read " +
-                                  EscapeControls(SystemTextToUtf8(leftovers.UnreadFolder())) +
-                                  ", where events may wait");
+        if (digest.failures.empty()) { // the records of visits are in the same folder
+            digest.failures.push_back("this user cannot read " +
+                                      EscapeControls(SystemTextToUtf8(leftovers.UnreadFolder())) +
+                                      ", where events may wait");
+        }
     }
 }
 

@@ -195,7 +195,7 @@ int Store(const CArguments& arguments, const std::string& ownRoot, SConsole& con
     if (!from.empty()) {
         const auto found = FindRootFolder(StateFolder(), from);
         if (!found) {
-            return Refuse(console, "the state folder " + Shown(StateFolder()) + " cannot be read");
+            return Refuse(console, "the state folder " + Shown(StateFolder()) + " cannot be read in whole");
         }
         folder = *found;
         if (folder.empty()) {

@@ -50,6 +50,11 @@ bool IsFormerRootOf(const std::string& iniPath, const SRootLeftovers& root) {
 
 } // namespace
 
+bool SSiteLeftovers::IsRead() const {
+    return !roots.empty() &&
+           std::ranges::all_of(roots, [](const SRootLeftovers& root) { return root.found.isRead; });
+}
+
 std::string SSiteLeftovers::UnreadFolder() const {
     const auto unread =
         std::ranges::find_if(roots, [](const SRootLeftovers& root) { return !root.found.isRead; });

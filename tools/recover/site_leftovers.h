@@ -37,7 +37,7 @@ struct SSiteLeftovers {
     /// folder cannot be listed, one without an event root stands for the others.
     std::vector<SRootLeftovers> roots;
 
-    [[nodiscard]] bool IsRead() const { return UnreadFolder().empty(); }
+    [[nodiscard]] bool IsRead() const;
     /// The first that could not be read, for people; empty for none.
     [[nodiscard]] std::string UnreadFolder() const;
     /// Where not all could be read, those that could be; nullopt when these are none.
