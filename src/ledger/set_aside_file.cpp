@@ -16,6 +16,7 @@ namespace {
 
 constexpr std::size_t kPieceSize = std::size_t{64} * 1024;
 constexpr std::string_view kTitle = "set aside";
+constexpr const char* kNotNamed = "its name could not be flushed";
 constexpr char kSeparator = '|'; // which no path may hold
 
 /// The name of a day file without its ending, short enough for what follows it.
@@ -189,9 +190,13 @@ void RemoveEmptySetAsideFiles(const std::string& folder) {
     }
 }
 
+std::string WithUnflushedName(const std::string& reason, CSetAsideFile& file) {
+    return file.FlushName() ? reason : reason + "; " + kNotNamed;
+}
+
 std::string NotSetAsideText(const CSetAsideFile& file) {
     return "set-aside file " + DisplayPath(file.Path()) +
-           " cannot be written: " + (file.Why().empty() ? "its name could not be flushed" : file.Why());
+           " cannot be written: " + (file.Why().empty() ? kNotNamed : file.Why());
 }
 
 } // namespace ruvo

@@ -88,6 +88,8 @@ private:
 /// Removes those that an end has left before their first byte, unless a journal may still name them.
 void RemoveEmptySetAsideFiles(const std::string& folder);
 
+/// The reason of one that has been written; if its name cannot be flushed, followed by that.
+[[nodiscard]] std::string WithUnflushedName(const std::string& reason, CSetAsideFile& file);
 /// Why there is none, without a full stop.
 [[nodiscard]] std::string NotSetAsideText(const CSetAsideFile& file);
 

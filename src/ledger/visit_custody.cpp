@@ -184,7 +184,13 @@ void CVisitCustody::SetAside(const std::string& reason) {
         return;
     }
     m_setAsideCount = (takesFramed ? m_framedCount : 0) + m_ends.size();
-    m_ledger->Tell({ELedgerOutcome::SetAside, m_setAsideCount, file.Path(), {}, m_key, m_begun, reason});
+    m_ledger->Tell({ELedgerOutcome::SetAside,
+                    m_setAsideCount,
+                    file.Path(),
+                    {},
+                    m_key,
+                    m_begun,
+                    WithUnflushedName(reason, file)});
     m_isSettled = takesFramed; // once the log has the name
     if (!isNamed && takesFramed && m_journal != nullptr && m_journal->TakeBack(m_entryOffset)) {
         m_ledger->NoteClosed(m_file.Path());

@@ -248,14 +248,14 @@ void NameByDescription(const SFoundFiles& found, SSiteVisits& visits, SConsole& 
 }
 
 /// What waits now, of a digest that reaches until now: the records know it only at the end of a run.
-void CountWaiting(const SSitePlaces& places, const std::string& fullIniPath, CRootLeftovers& known,
-                  SSiteDigest& digest) {
+void CountWaiting(const SSitePlaces& places, const std::string& fullIniPath, EHistory history,
+                  CRootLeftovers& known, SSiteDigest& digest) {
     const SSiteLeftovers leftovers = FindLeftovers(places.events, fullIniPath, EOtherRoots::Former, known);
     if (leftovers.IsRead()) {
         digest.waiting = leftovers.EventsWaiting().value_or(0);
     } else {
         digest.waiting = std::max(digest.waiting, leftovers.EventsWaiting().value_or(0));
-        if (digest.failures.empty()) { // the records of visits are in the same folder
+        if (history != EHistory::NotReadable) { // else it is told: the records are in the same folder
             digest.failures.push_back("this user cannot read " +
                                       EscapeControls(SystemTextToUtf8(leftovers.UnreadFolder())) +
                                       ", where events may wait");
@@ -377,7 +377,7 @@ SSiteDigest ReadSiteDigest(const std::string& fullIniPath, const SDigestQuestion
     NameByDescription(found, visits, console);
     CountEvents(runs.Chosen(), visits, digest);
     if (!question.visit && (question.ofMark || question.period.end > NowSeconds())) {
-        CountWaiting(places, fullIniPath, shared.leftovers, digest);
+        CountWaiting(places, fullIniPath, visits.summary.history, shared.leftovers, digest);
     }
     JudgeReach(runs.Chosen(), visits, digest);
     FindSilent(found, visits, NowSeconds(), digest);

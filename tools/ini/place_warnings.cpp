@@ -95,7 +95,7 @@ std::vector<SDiagnostic> FindLeftoverEvents(const std::string& eventRoot, const 
     }
     if (!leftovers.IsRead()) {
         diagnostics.push_back({0, "this user cannot read " + leftovers.UnreadFolder() +
-                                      ", so not all events that are in no day file are reported"});
+                                      ", so events that are there and in no day file may not be reported"});
     }
     return diagnostics;
 }
