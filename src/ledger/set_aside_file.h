@@ -58,7 +58,7 @@ public:
     /// True when the file's name is on the disk. To be asked before a journal names the file, else another
     /// one could take the name, and before a journal that has its records goes.
     [[nodiscard]] bool FlushName();
-    /// While nothing is in it, and no journal names it.
+    /// Takes it away. Only while nothing is in it and no journal names it.
     void Remove() { RemoveFile(m_path); }
 
     [[nodiscard]] const std::string& Path() const { return m_path; }
